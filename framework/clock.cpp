@@ -1,0 +1,60 @@
+#include "framework/clock.h"
+
+#include <atomic>
+#include <cerrno>
+
+namespace {
+
+std::time_t systemWallClock() {
+    return std::time(nullptr);
+}
+
+std::int64_t systemMonotonicMS() {
+    timespec now{};
+    clock_gettime(CLOCK_MONOTONIC, &now);
+    return std::int64_t{now.tv_sec} * 1000 + now.tv_nsec / 1'000'000;
+}
+
+void systemSleepMS(int ms) {
+    timespec rest{ms / 1000, (ms % 1000) * 1'000'000L};
+    while (clock_nanosleep(CLOCK_MONOTONIC, 0, &rest, &rest) == EINTR) {
+    }
+}
+
+// Constant-initialised: threads may ask for the time before main starts and after it has ended.
+std::atomic<std::time_t (*)()> wallClockInForce{systemWallClock};
+std::atomic<std::int64_t (*)()> monotonicInForce{systemMonotonicMS};
+std::atomic<void (*)(int)> sleepInForce{systemSleepMS};
+
+thread_local void (*pauseHook)(void*) = nullptr;
+thread_local void* pauseHookArgument = nullptr;
+
+}  // namespace
+
+std::time_t wallClock() {
+    return wallClockInForce.load()();
+}
+
+std::int64_t monotonicMS() {
+    return monotonicInForce.load()();
+}
+
+void sleepMS(int ms) {
+    if (pauseHook != nullptr) {
+        pauseHook(pauseHookArgument);
+    }
+    if (ms > 0) {
+        sleepInForce.load()(ms);
+    }
+}
+
+void setTimeSource(const TimeSource& source) {
+    wallClockInForce = source.wallClock != nullptr ? source.wallClock : systemWallClock;
+    monotonicInForce = source.monotonicMS != nullptr ? source.monotonicMS : systemMonotonicMS;
+    sleepInForce = source.sleepMS != nullptr ? source.sleepMS : systemSleepMS;
+}
+
+void setThreadPauseHook(void (*hook)(void*), void* argument) {
+    pauseHook = hook;
+    pauseHookArgument = argument;
+}

@@ -1,0 +1,31 @@
+#pragma once
+
+#include <cstdint>
+#include <ctime>
+
+/// @file
+/// The host's clocks and its sleep. Every function here may be called from any thread.
+
+/// The wall clock, in seconds since 1970 UTC. It may jump.
+std::time_t wallClock();
+
+/// A clock that never jumps, in ms since an arbitrary start: for ages and time limits.
+std::int64_t monotonicMS();
+
+/// Sleeps the calling thread for at least `ms` milliseconds; not at all when it is 0 or negative.
+/// A pause hook of this thread is called first.
+void sleepMS(int ms);
+
+/// Replacements for the clocks and the sleep, so that a test need not wait for real time. A null
+/// member stands for the system's own.
+struct TimeSource {
+    std::time_t (*wallClock)() = nullptr;
+    std::int64_t (*monotonicMS)() = nullptr;
+    void (*sleepMS)(int) = nullptr;
+};
+
+/// Puts `source` in force for the whole process.
+void setTimeSource(const TimeSource& source);
+
+/// Has `hook(argument)` called whenever this thread is about to sleep in `sleepMS`. Null ends that.
+void setThreadPauseHook(void (*hook)(void*), void* argument);

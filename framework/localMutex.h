@@ -1,0 +1,46 @@
+#pragma once
+
+#include <atomic>
+#include <pthread.h>
+
+#include "framework/threadAnnotations.h"
+
+/// A mutex as the SDK's parts know it, whatever stands behind it.
+///
+/// All operations may be called from any thread; `init()` once, before the first `enter()`.
+class PA_CAPABILITY("mutex") qxMutexBase {
+public:
+    /// Waits for the mutex and takes it.
+    virtual void enter() PA_ACQUIRE() = 0;
+    /// Gives the mutex back. Only its holder may call this.
+    virtual void leave() PA_RELEASE() = 0;
+    /// Makes the mutex ready for use.
+    /// @return 0, or an errno value
+    virtual int init() = 0;
+    /// Reports through `handleError` when the calling thread does not hold the mutex.
+    /// @param where the function that relies on it, for the report
+    virtual void assertLocked(const char* where) PA_ASSERT_CAPABILITY(this) = 0;
+    virtual ~qxMutexBase();
+};
+
+/// The mutex between the threads of one process.
+class PA_CAPABILITY("mutex") qxLocalMutex final : public qxMutexBase {
+public:
+    /// @param reentrant whether its holder may enter it again; it is free once it has been left as
+    ///                  often as it was entered
+    /// @throws std::system_error when the system has no room for a mutex
+    explicit qxLocalMutex(bool reentrant);
+    qxLocalMutex(const qxLocalMutex&) = delete;
+    qxLocalMutex& operator=(const qxLocalMutex&) = delete;
+    ~qxLocalMutex() override;
+
+    void enter() PA_ACQUIRE() override;
+    void leave() PA_RELEASE() override;
+    int init() override;
+    void assertLocked(const char* where) PA_ASSERT_CAPABILITY(this) override;
+
+private:
+    pthread_mutex_t mutex_;
+    std::atomic<int> holderTid_{0};  // written by the holder alone; 0 while the mutex is free
+    int depth_ = 0;                  // guarded by mutex_
+};

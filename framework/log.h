@@ -1,0 +1,48 @@
+#pragma once
+
+#include <atomic>
+#include <ctime>
+#include <functional>
+#include <string>
+
+/// @file
+/// Log and error lines. Every function here may be called from any thread, with any lock held.
+
+/// Current verbosity: a line of level n is issued only when this is greater than n - 1. Call sites
+/// test it before they call `debug`.
+extern std::atomic<long> debugLevel;
+
+/// Writes a diagnostic line, printf style.
+/// @param level 1 (events) to 3 (details)
+[[gnu::format(printf, 2, 3)]] void debug(int level, const char* format, ...);
+
+/// Reports a misuse or a bad record, printf style. Never throws. Identical reports within ten
+/// seconds are written once, and their number is told afterwards.
+/// @param level 1 (misuse by the application), 2 (trouble on the link), 3 (bad record of the
+/// server)
+[[gnu::format(printf, 2, 3)]] void handleError(int level, const char* format, ...);
+
+/// One line, as a log sink receives it.
+struct LogLine {
+    enum class Kind { Debug, Error };
+
+    Kind kind = Kind::Debug;
+    int level = 0;
+    std::time_t time = 0;  ///< wall clock, seconds since 1970 UTC
+    std::string thread;    ///< name and number of the thread that wrote it
+    std::string text;
+};
+
+/// Takes every line. Called with the log's lock held, one line at a time: it must not log itself.
+using LogSink = std::function<void(const LogLine&)>;
+
+/// Replaces the sink; an empty one restores the default, which writes `formatLogLine` to stderr.
+/// @return the sink that was in force, empty for the default
+LogSink setLogSink(LogSink sink);
+
+/// The line as the default sink writes it, without a line end: UTC time, kind and level, thread,
+/// text. Control characters are written as \xNN, so that a text cannot forge a line.
+std::string formatLogLine(const LogLine& line);
+
+/// Writes what `handleError` has suppressed and not yet told. The process's end does this too.
+void flushSuppressedErrors();

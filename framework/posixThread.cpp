@@ -1,0 +1,56 @@
+#include "framework/posixThread.h"
+
+#include <csignal>
+#include <memory>
+#include <string>
+#include <system_error>
+#include <utility>
+
+namespace {
+
+struct Body {
+    std::string name;
+    std::function<void()> run;
+};
+
+void* runBody(void* argument) {
+    const std::unique_ptr<Body> body(static_cast<Body*>(argument));
+    pthread_setname_np(pthread_self(), body->name.substr(0, 15).c_str());
+    body->run();
+    return nullptr;
+}
+
+}  // namespace
+
+PosixThread::PosixThread(const char* name, std::function<void()> body, std::size_t stackBytes) {
+    auto owned = std::make_unique<Body>(Body{name, std::move(body)});
+    pthread_attr_t attributes;
+    pthread_attr_init(&attributes);
+    if (stackBytes != 0) {
+        pthread_attr_setstacksize(&attributes, stackBytes);
+    }
+    // A thread starts with its creator's mask, so there is no moment at which a signal can reach
+    // it.
+    sigset_t all;
+    sigset_t before;
+    sigfillset(&all);
+    pthread_sigmask(SIG_SETMASK, &all, &before);
+    const int error = pthread_create(&thread_, &attributes, runBody, owned.get());
+    pthread_sigmask(SIG_SETMASK, &before, nullptr);
+    pthread_attr_destroy(&attributes);
+    if (error != 0) {
+        throw std::system_error(error, std::generic_category(), "cannot create a thread");
+    }
+    static_cast<void>(owned.release());  // the thread owns it now
+}
+
+PosixThread::~PosixThread() {
+    if (joinable_) {
+        pthread_join(thread_, nullptr);
+    }
+}
+
+void PosixThread::detach() {
+    pthread_detach(thread_);
+    joinable_ = false;
+}

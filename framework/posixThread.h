@@ -1,0 +1,29 @@
+#pragma once
+
+#include <cstddef>
+#include <functional>
+#include <pthread.h>
+
+/// A thread of the library: it blocks every signal (they belong to the application) and bears a
+/// name that log lines and debuggers show.
+///
+/// The object belongs to the thread that made it. Its destructor joins.
+class PosixThread {
+public:
+    /// Starts the thread.
+    /// @param name       at most 15 bytes are kept
+    /// @param body       what it runs; an exception that leaves it ends the process
+    /// @param stackBytes the size of its stack, 0 for the system's default
+    /// @throws std::system_error when no thread can be created
+    PosixThread(const char* name, std::function<void()> body, std::size_t stackBytes = 0);
+    PosixThread(const PosixThread&) = delete;
+    PosixThread& operator=(const PosixThread&) = delete;
+    ~PosixThread();
+
+    /// Lets the thread go: the destructor does not wait for it any more.
+    void detach();
+
+private:
+    pthread_t thread_;
+    bool joinable_ = true;
+};

@@ -1,0 +1,30 @@
+#pragma once
+
+#include <atomic>
+
+/// Base of an object that runs a thread of its own.
+///
+/// The thread blocks every signal: signals belong to the application. Nothing stops it from
+/// outside, so the object must outlive it; the destructor ends the process (std::terminate) rather
+/// than let a thread run on in a destroyed object.
+class threadClass {
+public:
+    threadClass() = default;
+    threadClass(const threadClass&) = delete;
+    threadClass& operator=(const threadClass&) = delete;
+    virtual ~threadClass();
+
+    /// The body of the thread.
+    /// @param argument what `start` was given
+    /// @return nobody reads it
+    virtual int threadFunction(void* argument) = 0;
+
+    /// Creates the thread, which calls `threadFunction(argument)` once. At most one thread runs at
+    /// a time.
+    /// @throws std::system_error when no thread can be created
+    /// @throws std::logic_error when the thread runs already
+    void start(void* argument);
+
+private:
+    std::atomic<bool> running_{false};
+};

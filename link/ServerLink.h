@@ -1,0 +1,85 @@
+#pragma once
+
+#include <chrono>
+#include <condition_variable>
+#include <functional>
+#include <mutex>
+#include <string>
+
+#include "link/Router.h"
+#include "link/Transport.h"
+#include "sdk/AudioServer.h"
+#include "sdk/PAController.h"
+#include "sdk/QXReceiver.h"
+
+namespace palink {
+
+/// The client's connection to its audio server: joins a transport to the controller, the send queue
+/// and the facade.
+///
+///     AudioServer audioServer(gPaController);
+///     palink::ServerLink link(audioServer, transport);
+///     link.start();
+///     if (!link.waitUntilReady(std::chrono::seconds(5))) ...
+///
+/// `start` and `stop` are called by one thread, never from a callback; the other functions by any.
+class ServerLink final : private ServerEventSink, private OperationSender {
+public:
+    /// Told why the server will not do what an operation asks for. Called on a thread of the
+    /// transport, without the controller's mutex.
+    using RefusalHandler = std::function<void(const Refusal&)>;
+
+    /// @param audioServer the facade of the process
+    /// @param transport   must outlive the link
+    ServerLink(AudioServer& audioServer, Transport& transport);
+    ServerLink(const ServerLink&) = delete;
+    ServerLink& operator=(const ServerLink&) = delete;
+    /// Stops.
+    ~ServerLink() override;
+
+    /// Sets the process's `gAudioServerInstance` and begins to connect. The application sets
+    /// `gDeviceIPAddress` before.
+    void start();
+
+    /// Ends the connection; operations wait in the send queue from now on. `gAudioServerInstance`
+    /// stays, so the facade must outlive every use of the controller.
+    void stop();
+
+    /// Waits until everything that the server holds is in the caches.
+    /// @return false when that takes longer than `limit`
+    bool waitUntilReady(std::chrono::milliseconds limit);
+
+    /// Waits until every record that has been delivered so far has been handled.
+    void waitUntilHandled();
+
+    bool isConnected() const;
+
+    /// Replaces the handler of refusals; without one they are reported through `handleError`.
+    void setRefusalHandler(RefusalHandler handler);
+
+private:
+    void deliver(ServerEvent event) override;                 // by the transport
+    bool sendOperation(const Operation& operation) override;  // by the send queue
+
+    void on(const Connected& connected);
+    void on(const Disconnected& disconnected);
+    void on(const Record& record);
+    void on(const Withdrawal& withdrawal);
+    void on(const Refusal& refusal);
+    void on(const InitialSetComplete& complete);
+    int upload(const std::string& localPath, const std::string& serverPath);
+
+    AudioServer& audioServer_;
+    Transport& transport_;
+    Router router_;
+    bool started_ = false;  // of start and stop alone
+
+    mutable std::mutex lock_;
+    std::condition_variable changed_;
+    // Guarded by lock_.
+    bool connected_ = false;
+    bool ready_ = false;
+    RefusalHandler refusalHandler_;
+};
+
+}  // namespace palink

@@ -1,0 +1,103 @@
+#pragma once
+
+#include <string>
+#include <variant>
+
+#include "include/common/RecordList.h"
+#include "sdk/KeyValueMap.h"
+#include "sdk/QXReceiver.h"
+
+/// @file
+/// The one interface behind which every way to a server stands.
+
+namespace palink {
+
+/// What a record describes. The numbers are those of withdrawals; text-to-speech records are
+/// withdrawn through handlers of their own.
+enum class RecordKind : int {
+    Source = 2,
+    Sink = 3,
+    AttachedZones = 6,
+    Announcement = 11,
+    Zone = 20,
+    TtsPort = 101,
+};
+
+/// The connection stands. The caches are emptied before anything that follows is handled.
+struct Connected {
+    int localDstNo = 0;      ///< destination number of the directly connected server
+    int activeDstNo = 0;     ///< destination number of the active audio server, 0 for none
+    bool indirect = false;   ///< the active server is reached through the local one
+    KeyValueMap serverInfo;  ///< what the server says of itself, for example "name"
+};
+
+/// The connection is lost; the caches keep their state.
+struct Disconnected {
+    std::string reason;
+};
+
+/// A resource was added or changed.
+struct Record {
+    int dstNo = 0;  ///< destination number of the server that reports it
+    RecordKind kind = RecordKind::Source;
+    int key = 0;
+    RecordFields fields;
+};
+
+/// Resources are gone.
+struct Withdrawal {
+    int dstNo = 0;  ///< 0 for any server
+    int kind = 0;   ///< number of a RecordKind, 0 for every kind
+    int key = 0;    ///< 0 for every key
+};
+
+/// The server will not do what an operation asks for.
+struct Refusal {
+    int operationClass = 0;
+    int operationNumber = 0;
+    std::string requestId;  ///< empty when the operation has none, or it could not be read
+    std::string reason;
+};
+
+/// Everything that the server holds has been reported.
+struct InitialSetComplete {};
+
+using ServerEvent =
+    std::variant<Connected, Disconnected, Record, Withdrawal, Refusal, InitialSetComplete>;
+
+/// Takes what a server says, one event at a time, in the order in which it was said.
+class ServerEventSink {
+public:
+    virtual ~ServerEventSink() = default;
+    virtual void deliver(ServerEvent event) = 0;
+};
+
+/// What became of an upload.
+struct UploadResult {
+    bool stored = false;
+    std::string reason;  ///< why it was not stored
+};
+
+/// A way to a server. It never sees the controller.
+///
+/// `start` and `stop` are called by one thread; the other functions by any.
+class Transport {
+public:
+    virtual ~Transport() = default;
+
+    /// Begins to connect, and delivers what the server says, on threads of its own. It connects
+    /// again by itself after a loss.
+    virtual void start(ServerEventSink& sink) = 0;
+
+    /// Ends the connection. When this returns nothing more is delivered.
+    virtual void stop() = 0;
+
+    /// Takes an operation without blocking on the network.
+    /// @return false when the link is down
+    virtual bool send(const Operation& operation) = 0;
+
+    /// Sends a file of this device and waits for the result.
+    virtual UploadResult upload(const std::string& localPath, const std::string& serverPath) = 0;
+};
+
+}  // namespace palink

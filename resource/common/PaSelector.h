@@ -1,0 +1,48 @@
+#pragma once
+
+#include <map>
+#include <string>
+
+/// What chooses the sinks or zones that a source reaches: a key, a digital input, a touch-pad
+/// region, a dialled number. A plain value.
+struct PaSelector {
+    enum Type : int {
+        SELECTOR_TYPE_UNDEFINED = 0,
+        DIN_NORMALLY_OPEN = 1,
+        DIN_NORMALLY_CLOSED = 2,
+        KEYPAD_KEY = 3,
+        TOUCHPAD_REGION = 4,
+        TELEPHONY_INPUT = 5,
+        TELEPHONY_DID = 6,
+        USER_DEFINED = 7,
+    };
+    enum Protection : int {
+        FIXED_CONFIGURATION = 0,
+        VOLATILE_SOFTWARE_CONFIGURABLE = 1,
+        NONVOLATILE_SOFTWARE_CONFIGURABLE = 2,
+    };
+    enum Mode : int { ADD_TO_EXISTING_SET = 0, REPLACE_EXISTING_SET = 1 };
+    enum DynamicRestriction : int {
+        UPDATES_NOT_ALLOWED = 0,
+        ADD_SINKS_TO_SET_ALLOWED = 1,
+        ADD_REMOVE_SINKS_TO_SET_ALLOWED = 2,
+    };
+    enum State : int {
+        ENABLED_AND_UNKNOWN = 0,
+        ENABLED_AND_INACTIVE = 1,
+        ENABLED_AND_ACTIVE = 2,
+        DISABLED = 3,
+    };
+
+    int id = 0;
+    int associatedSourceId = 0;  ///< source the selector belongs to
+    std::string label;           ///< display name
+    Type type = SELECTOR_TYPE_UNDEFINED;
+    std::string number;                           ///< key, region or dialled number
+    Protection protection = FIXED_CONFIGURATION;  ///< who may change its configuration
+    Mode mode = ADD_TO_EXISTING_SET;
+    DynamicRestriction dynamicRestriction =
+        UPDATES_NOT_ALLOWED;  ///< changes of its set at run time
+    State state = DISABLED;
+    std::map<int, std::string> paZoneList;  ///< zones of the selector, by number
+};

@@ -1,0 +1,40 @@
+#pragma once
+
+#include <string>
+
+/// What starts an announcement from a source: a digital input, a key, voice, a call. A plain value.
+struct PaTrigger {
+    enum Type : int {
+        TRIGGER_TYPE_UNDEFINED = 0,
+        DIN_NORMALLY_OPEN = 1,
+        DIN_NORMALLY_CLOSED = 2,
+        KEYPAD_KEY = 3,
+        VOX = 4,
+        STREAM_PRESENCE = 5,
+        TOUCHPAD_ZONE = 6,
+        INCOMING_TELEPHONY_CALL = 7,
+        MICROPHONE_CURRENT_SENSE = 8,
+        USER_CONDITIONAL = 9,
+    };
+    enum State : int { UNKNOWN = 0, INACTIVE = 1, ACTIVE = 2 };
+    enum PRIORITY_MODE : int { ABSOLUTE_PRIORITY = 0, RELATIVE_PRIORITY = 1 };
+
+    int id = 0;
+    int associatedSourceId = 0;    ///< source that the trigger starts
+    int associatedSelectorId = 0;  ///< selector that gives the target zones
+    std::string label;             ///< display name
+    Type type = DIN_NORMALLY_OPEN;
+    std::string subAddress;                          ///< of the trigger on its device
+    int priority = 500;                              ///< of the announcement it starts
+    PRIORITY_MODE priorityMode = ABSOLUTE_PRIORITY;  ///< how `priority` is applied
+    State state = UNKNOWN;
+    bool resumeAfterInterruption = false;
+};
+
+/// A trigger that this client has made itself. A plain value.
+struct PaSWTrigger {
+    PaTrigger trigger;           ///< its own `associatedSourceId` stays 0
+    int associatedSourceId = 0;  ///< source that the trigger starts
+    std::string preChime;
+    std::string displayParameters;
+};

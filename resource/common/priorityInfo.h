@@ -1,0 +1,41 @@
+#pragma once
+
+/// How a priority level is meant.
+enum AnnouncementPriorityMode : int {
+    APM_ABSOLUTE_PRIORITY = 0,  ///< the level itself
+    APM_RELATIVE_PRIORITY = 1,  ///< an offset that the server applies to its own level
+};
+
+/// Kinds of announcement, as they travel to and from the server.
+enum AnnouncementType : int {
+    AT_LIVE = 0,
+    AT_STORED_DATA = 1,
+    AT_TEV = 2,
+    AT_DISPLAY_v0 = 3,
+    AT_TTS = 4,
+    AT_BGM = 5,
+    AT_MIXED = 6,
+    AT_NONE = 7,
+    AT_TEMPLATE = 8,
+    AT_DISPLAY_TEMPLATE = 9,
+    AT_TTS_SAF = 10,
+    AT_STORED_DATA_SAF = 11,
+    AT_MAX_ANNOUNCEMENT_TYPES = 12,
+};
+
+/// The priority of an announcement. A plain value.
+class MessagePriority {
+public:
+    /// Absolute, level 500.
+    MessagePriority() = default;
+    MessagePriority(AnnouncementPriorityMode priorityMode, int priorityLevel)
+        : mode(priorityMode), level(priorityLevel) {}
+
+    void setPriorityMode(AnnouncementPriorityMode priorityMode) { mode = priorityMode; }
+    AnnouncementPriorityMode getPriorityMode() const { return mode; }
+    void setPrioritylevel(int priorityLevel) { level = priorityLevel; }
+    int getPriorityLevel() const { return level; }
+
+    AnnouncementPriorityMode mode = APM_ABSOLUTE_PRIORITY;
+    int level = 500;
+};

@@ -1,0 +1,69 @@
+#pragma once
+
+#include <deque>
+#include <functional>
+#include <mutex>
+#include <shared_mutex>
+#include <string>
+#include <vector>
+
+#include "sdk/KeyValueMap.h"
+
+class PAController;
+
+/// The facade through which an application reaches its audio server: this client's identity, the
+/// controller, file uploads, the media log and what the server says of itself.
+///
+/// Every function may be called from any thread. None calls back into the controller.
+class AudioServer {
+public:
+    /// Sends a file to the active server.
+    /// @return 1 for success, any other number for a failure, which it has reported
+    using Uploader =
+        std::function<int(const std::string& localPath, const std::string& serverPath)>;
+
+    /// The most media-log texts that are kept; the oldest go first.
+    static constexpr std::size_t campaignLogCapacity = 1000;
+
+    /// A facade with a new UUID.
+    explicit AudioServer(PAController& controller);
+    AudioServer(const AudioServer&) = delete;
+    AudioServer& operator=(const AudioServer&) = delete;
+    ~AudioServer();
+
+    /// This client's own UUID, the same for the object's whole life.
+    std::string getUUID() const;
+
+    /// The process's controller.
+    PAController& getPAController() const;
+
+    /// Uploads a file and waits for the result.
+    /// @param localPath  a file of this device
+    /// @param serverPath where the server is to keep it
+    /// @return 1 for success; anything else is a failure, also when there is no link
+    int uploadFileToActiveServer(const std::string& localPath, const std::string& serverPath);
+
+    /// Appends a media-log text that a sink record brought.
+    void addCampaignLog(const std::string& text);
+
+    /// The media-log texts kept, oldest first.
+    std::vector<std::string> getCampaignLog() const;
+
+    /// Sets the way of uploads; an empty one ends it. Waits for uploads that are under way.
+    void setUploader(Uploader uploader);
+
+    /// What the server says of itself (for example "name"); empty before the first connection.
+    KeyValueMap getServerInfo() const;
+    void setServerInfo(const KeyValueMap& info);
+
+private:
+    PAController& controller_;
+    std::string uuid_;  // never changes
+
+    std::shared_mutex uploaderLock_;  // shared for the length of an upload
+    Uploader uploader_;               // guarded by uploaderLock_
+
+    mutable std::mutex lock_;
+    std::deque<std::string> campaignLog_;  // guarded by lock_
+    KeyValueMap serverInfo_;               // guarded by lock_
+};

@@ -1,0 +1,207 @@
+#pragma once
+
+#include <map>
+#include <string>
+#include <vector>
+
+#include "resource/common/priorityInfo.h"
+
+struct TTSVocalizer;
+
+/// One value of a display-template variable. A plain value.
+struct DISPLAY_VALUE_INFO {
+    DISPLAY_VALUE_INFO() = default;
+    DISPLAY_VALUE_INFO(const std::string& valueText, const int& valueTimeout)
+        : text(valueText), timeout(valueTimeout) {}
+
+    std::string text;  ///< what is shown
+    int timeout = 0;   ///< how long it is shown, as the template reads it
+};
+
+/// One announcement, composed before it is played: what is heard, what is shown, and how.
+///
+/// The first content setter that succeeds fixes the type of its part; the others then refuse a
+/// content of another type. A message can be played once. Setters throw the exceptions named with
+/// them and leave the object unchanged; checks are made in the order given.
+///
+/// A message has no lock: it belongs to the thread that builds it.
+class Message {
+public:
+    /// Kinds of content. The values travel to the server.
+    enum Type : int {
+        LIVE_STREAM = 0,
+        RECORDED_STREAM = 1,
+        DICTIONARY = 2,
+        DISPLAY = 3,
+        TTS = 4,
+        BGM = 5,
+        MIXED = 6,
+        NONE = 7,
+        TEMPLATE = 8,
+        DISPLAY_TEMPLATE = 9,
+        TTS_SAF = 10,
+        RECORDED_STREAM_SAF = 11,
+    };
+    enum TextEncoding : int { ISO_8859_1 = 0, UTF_8 = 1 };
+    enum AudioEncoding : int { L16_48K = 0, L16_16k = 1, L24_48K = 2, L24_16K = 3 };
+
+    /// Display-template variables: the values of each key.
+    using DisplayVariables = std::map<std::string, std::vector<DISPLAY_VALUE_INFO>>;
+
+    /// An empty message: both types `NONE`, absolute priority 500, no chimes, played once.
+    Message();
+    Message(const Message&);
+    Message& operator=(const Message&);
+    ~Message();
+
+    /// The id of the play request. One of 6 to 63 characters is used as it is; for any other a new
+    /// one is made when the message is played.
+    void setRequestID(const std::string& id) { requestId = id; }
+    std::string getRequestID() const { return requestId; }
+
+    void setPriority(const MessagePriority& value) { priority = value; }
+    MessagePriority getPriority() const { return priority; }
+
+    /// Number of the chime before the message, 0 for none.
+    void setPreChime(int chime) { preChime = chime; }
+    int getPreChime() const { return preChime; }
+
+    /// Number of the chime after the message, 0 for none.
+    void setPostChime(int chime) { postChime = chime; }
+    int getPostChime() const { return postChime; }
+
+    /// Sets the gain in dB and has it sent in place of the server's default. No range check.
+    void setGain(double level) {
+        gain = level;
+        overrideDefaultGain = true;
+    }
+    double getGain() const { return gain; }
+    bool getOverrideDefaultGain() const { return overrideDefaultGain; }
+
+    /// Sets the type of the audio part without any check.
+    void setAudioMessageType(Type type) { audioMessageType = type; }
+    Type getAudioMessageType() const { return audioMessageType; }
+
+    /// Sets the type of the visual part without any check.
+    void setVisualMessageType(Type type) { visualMessageType = type; }
+    Type getVisualMessageType() const { return visualMessageType; }
+
+    /// How often a sequence of dictionary items is played.
+    void setRepeatCnt(int count) { repeatCnt = count; }
+    int getRepeatCnt() const { return repeatCnt; }
+
+    std::string getAudioMessageAbsoluteFilePath() const {
+        return recordedStreamAbsoluteFilePathWithName;
+    }
+    std::string getVisualMessageText() const { return displayText; }
+    std::vector<unsigned> getAudioMessageDictionaryItems() const { return audioDictionaryItems; }
+    std::vector<unsigned> getVisualMessageDictionaryItems() const { return displayDictionaryItems; }
+
+    /// @name The first spoken text
+    /// Empty texts, 48000 Hz and UTF-8 when there is none.
+    /// @{
+    std::string getAudioMessageTTSText() const;
+    std::string getAudioMessageTTSLanguage() const;
+    std::string getAudioMessageTTSVoice() const;
+    int getAudioMessageTTSRate() const;
+    TextEncoding getAudioMessageTTSEncoding() const;
+    /// @}
+
+    /// A recorded stream that lies on the server already.
+    /// @throws std::out_of_range    when the path is empty
+    /// @throws std::invalid_argument when the audio part has another type
+    void setAudioMessage(const std::string& absolutePathWithFileName);
+
+    /// A local file, uploaded when the message is played.
+    /// @param path     its file name is what follows the last slash or backslash
+    /// @param encoding accepted and not used
+    /// @throws std::out_of_range    when the path is empty
+    /// @throws std::invalid_argument when the audio part has another type, `RECORDED_STREAM_SAF`
+    ///                               included
+    void setAudioMessage(const std::string& path, AudioEncoding encoding);
+
+    /// Not available.
+    /// @throws std::invalid_argument always
+    [[noreturn]] void setAudioMessage(const std::string& templateName,
+                                      const std::map<std::string, std::string>& arguments);
+
+    /// Dictionary items, played one after the other.
+    /// @throws std::out_of_range    when there is none
+    /// @throws std::invalid_argument when the audio part has another type
+    void setAudioMessage(const std::vector<unsigned>& dictionaryItems);
+
+    /// Adds one text to be spoken; several are spoken in turn. The vocalizer must be known to the
+    /// controller at 48000 Hz, except on an indirect connection. Takes the controller's mutex.
+    /// @throws std::invalid_argument when the audio part has another type
+    /// @throws std::out_of_range    when text, language or voice is empty, the encoding is not
+    /// UTF-8,
+    ///                               or no such vocalizer is known
+    void setAudioMessage(const std::string& text, const std::string& language,
+                         const std::string& voice, TextEncoding encoding);
+
+    /// Adds each text as above; port and rate of the elements are not used. When one is refused,
+    /// those before it stay.
+    void setAudioMessage(const std::vector<TTSVocalizer>& texts);
+
+    /// A visual text.
+    /// @throws std::out_of_range    when it is empty
+    /// @throws std::invalid_argument when there are visual dictionary items, or the visual part has
+    ///                               another type
+    void setVisualMessage(const std::string& text);
+
+    /// Visual dictionary items.
+    /// @throws std::out_of_range    when there is none
+    /// @throws std::invalid_argument when there is a visual text, or the visual part has another
+    /// type
+    void setVisualMessage(const std::vector<unsigned>& dictionaryItems);
+
+    /// A display template with its variables. This alone of the visual contents reaches the server.
+    /// @param templateName the screen, shown as the variable "{SCREEN}"; empty for none
+    /// @param variables    keys are sent as they stand: one with a quote, a backslash or a control
+    ///                     character makes a request that the server cannot read
+    /// @param validity     in seconds
+    /// @throws std::invalid_argument when the visual part has another type
+    void setVisualMessage(const std::string& templateName, const DisplayVariables& variables,
+                          int validity);
+
+    /// Sends the message to the zones. Returns at once, except for the upload of a local file,
+    /// whose failure is told through `onMessageDelete` (without the controller's mutex) with the
+    /// request id alone; the message can then be played again.
+    /// @return the request id under which it was sent
+    /// @throws std::invalid_argument when it has been played, or has neither part
+    std::string playAnnouncement(const std::vector<std::string>& zones);
+
+private:
+    std::string requestIdToUse() const;
+    std::string templateText() const;
+
+    std::string requestId;
+    MessagePriority priority;
+    int preChime = 0;
+    int postChime = 0;
+    double gain = 0.0;  // dB, sent only when overrideDefaultGain is set
+    bool overrideDefaultGain = false;
+    Type audioMessageType = NONE;
+    Type visualMessageType = NONE;
+    std::vector<unsigned> audioDictionaryItems;
+    std::vector<TTSVocalizer> ttsList;
+    std::string recordedStreamAbsoluteFilePathWithName;  // as the server sees it
+    std::string pathToRecordedStreamToUpload;            // local file, empty when there is none
+    std::string displayText;
+    std::vector<unsigned> displayDictionaryItems;
+    bool playedOnce = false;
+    int repeatCnt = 1;
+    DisplayVariables displayKeyValueList;
+    int displayValidityPeriod = -1;  // seconds
+};
+
+/// A text-to-speech port: one language and voice that the server can speak at one rate. In a
+/// message or a schedule, one text to be spoken on it. A plain value.
+struct TTSVocalizer {
+    int portNo = 0;        ///< port number on the server
+    std::string text;      ///< text to be spoken
+    std::string language;  ///< as the server spells it
+    std::string voice;     ///< as the server spells it
+    int rate = 48000;      ///< sample rate, Hz
+    Message::TextEncoding encoding = Message::UTF_8;
+};

@@ -1,0 +1,98 @@
+#include "sdk/PAController.h"
+
+#include <algorithm>
+#include <exception>
+
+#include "framework/clock.h"
+#include "sdk/AudioServer.h"
+#include "sdk/Payload.h"
+#include "sdk/QXReceiver.h"
+#include "sdk/globals.h"
+#include "sdk/notify.h"
+#include "sdk/paDebug.h"
+
+namespace {
+
+constexpr int workerPauseMS = 9000;
+
+/// Part of the module's layout; nothing takes it.
+[[maybe_unused]] qxLocalMutex mtx(true);
+
+}  // namespace
+
+PAController& gPaController = *new PAController;
+
+PAController::PAController() {
+    paControllerMtx.init();
+    start(nullptr);
+}
+
+PAController::~PAController() = default;
+
+void PAController::registerObserver(PAControllerObserver* observer) {
+    if (observer == nullptr) {
+        return;
+    }
+    bool added = false;
+    std::size_t total = 0;
+    {
+        const LeafGuard guard(lookupLock);
+        auto& list = paControllerObservers;
+        added = std::find(list.begin(), list.end(), observer) == list.end();
+        if (added) {
+            list.push_back(observer);
+        }
+        total = list.size();
+    }
+    if (!added) {
+        handleError(1, "%s: paObserver already part of list. Not adding to list",
+                    "registerObserver");
+        return;
+    }
+    PA_DEBUG(1, "%s: Adding observer to list. Total Observers >%zd<", "registerObserver", total);
+}
+
+std::vector<PAControllerObserver*> PAController::observers() const {
+    const LeafGuard guard(lookupLock);
+    return paControllerObservers;
+}
+
+void PAController::reportThrowingObserver() {
+    try {
+        throw;
+    } catch (const std::exception& e) {
+        handleError(1, "%s: an observer threw >%s<", "notifyObservers", e.what());
+    } catch (...) {
+        handleError(1, "%s: an observer threw", "notifyObservers");
+    }
+}
+
+int PAController::threadFunction(void* /*argument*/) {
+    PA_DEBUG(3, "%s: PAController worker thread started", "threadFunction");
+    while (true) {
+        {
+            const MutexGuard guard(paControllerMtx);
+            renewSourceLocks();
+        }
+        sleepMS(workerPauseMS);
+    }
+}
+
+// Operation 92/7: sourceId,lockedUUID
+void PAController::renewSourceLocks() {
+    AudioServer* const audioServer = gAudioServerInstance;
+    if (audioServer == nullptr) {
+        return;
+    }
+    for (const PaSourceLockStatus& lock : availablePaSourcesLockStatus) {
+        if (lock.lockedUUID.empty() || lock.lockedUUID != audioServer->getUUID()) {
+            continue;  // nobody's lock, or another client's
+        }
+        const Payload payload =
+            Payload().number(lock.sourceId).separator(',').plain(lock.lockedUUID);
+        gQXReceiver.addOperationToSendQueue(gIndirectCXSConnection ? -2 : -1, 92, 7, 1,
+                                            payload.text());
+        PA_DEBUG(1, "%s: sending extend lock for sourceId >%d<, UUID >%s<", "threadFunction",
+                 lock.sourceId, lock.lockedUUID.c_str());
+    }
+}

@@ -1,0 +1,234 @@
+#pragma once
+
+#include <map>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "framework/eventQueue.h"
+#include "framework/localMutex.h"
+#include "framework/log.h"
+#include "framework/threadAnnotations.h"
+#include "framework/threadClass.h"
+#include "include/common/tevlist.h"
+#include "resource/common/paInfo.h"
+#include "sdk/AnnouncementRequest.h"
+#include "sdk/Gain.h"
+#include "sdk/Message.h"
+#include "sdk/PAControllerObserver.h"
+#include "sdk/ScheduleDefinition.h"
+#include "sdk/TTSDictionary.h"
+#include "sdk/lock.h"
+
+/// Parameters of the reduced `playMessage`. A plain value.
+struct PlayMessageParams {
+    bool resumeOnInterruptFlag = false;  ///< reserved, must be false
+    bool overrideExisting = false;       ///< accepted and not used
+    unsigned validityPeriod = 0;         ///< accepted and not used
+    unsigned priority = 0;               ///< accepted and not used
+    unsigned mode = 0;                   ///< 1 sends the repeat value 0, any other sends 1
+};
+
+/// The client's picture of the PA system: one cache for each kind of resource, filled from the
+/// server's records, watched by observers, read through getters that hand out copies. Requests of
+/// the application are checked here and queued as operations for the server.
+///
+/// Every public function may be called from any thread, also from inside an observer's callback.
+/// The object lives as long as the process: its worker thread never ends.
+class PAController final : public threadClass {
+public:
+    /// Starts the worker thread.
+    /// @throws std::system_error when the thread or the mutex cannot be made
+    PAController();
+    PAController(const PAController&) = delete;
+    PAController& operator=(const PAController&) = delete;
+    ~PAController() override;
+
+    /// The worker: renews the source locks of this client, then sleeps for 9000 ms, for ever.
+    int threadFunction(void* argument) override;
+
+    /// @name Observers
+    /// @{
+
+    /// Adds an observer, behind those that are registered. Does not wait for a callback that is
+    /// running. Null is ignored; one that is registered already is reported. There is no removal:
+    /// an observer must outlive the controller.
+    void registerObserver(PAControllerObserver* observer);
+    /// @}
+
+    /// @name Connection and withdrawal (for the server link)
+    /// @{
+
+    /// Empties every cache at a (re)connection to the server. Observers hear of what is deleted.
+    void initPaResources();
+
+    /// Removes what the server has withdrawn.
+    /// @param dstNo destination number of that server, 0 for any
+    /// @param kind  2 sources, 3 sinks, 6 attached zones, 11 announcement requests, 20 zones, 0 all
+    /// @param key   cache key of the entry, 0 for every entry
+    void deleteAudioVideoControllerInfo(int dstNo, int kind, int key);
+    /// @}
+
+    /// @name Sources
+    /// @{
+
+    /// Record handler. Pauses for 100 ms between the merge and the notification.
+    void addUpdatePaSource(int key, TEVlist* record);
+
+    /// Every source, in ascending key order.
+    std::vector<PaSource> getPaSources();
+    /// @}
+
+    /// @name Sinks
+    /// @{
+
+    /// Record handler.
+    void addUpdatePaSink(int elemNo, TEVlist* elemArgList);
+
+    /// Every sink, in ascending key order, whatever the positive id; empty for 0 and for negative
+    /// ids other than -1.
+    std::vector<PaSink> getPaSinks(int sourceId);
+
+    /// Every sink, in ascending key order.
+    std::vector<PaSink> getPaSinks();
+    /// @}
+
+    /// @name Zones
+    /// @{
+
+    /// Record handler.
+    /// @param dstNo  destination number of the server that sent it
+    /// @param elemNo cache key; a record with 0 for either of them is ignored
+    void addUpdatePaZone(int dstNo, int elemNo, TEVlist* elemArgList);
+
+    /// Record handler for the zones that are attached to a source.
+    void addUpdateAttachedPaZone(int elemNo, TEVlist* elemArgList);
+
+    /// Appends the ids of the zones attached to a source, in sorted order.
+    void getAttachedPaZoneList(int sourceId, std::vector<std::string>* attachedPaZoneList);
+
+    /// Every zone of the server in force, in ascending key order: those of the active audio server,
+    /// without one those of the local server on an indirect connection, else none.
+    std::vector<PaZone> getPaZones();
+    /// @}
+
+    /// @name Text-to-speech ports
+    /// @{
+
+    /// Record handler. Nobody is notified.
+    void updateFromTTS_Ports(int portNo, TEVlist* record);
+
+    /// Removes one port, or every port for 0. Nobody is notified.
+    void deleteFromTTS_Ports(int portNo);
+
+    /// Removes one dictionary item, or every item for 0. Nobody is notified.
+    void deleteFromTTS_Dictionary(int key);
+
+    /// The vocalizers at 48000 Hz, in ascending port order: those that a message can use.
+    std::vector<TTSVocalizer> getTTSVocalizerList();
+    /// @}
+
+    /// @name Announcements
+    /// @{
+
+    /// Plays a message: `message.playAnnouncement(zones)`, with its exceptions and its result.
+    std::string playMessage(const std::vector<std::string>& zones, Message& message);
+
+    /// Plays dictionary items in zones and shows a text on visual devices, each when both its lists
+    /// or texts are given. The requests bear no id.
+    /// @param visualText null for none
+    /// @param mode       1 sends the repeat value 0, any other sends 1
+    /// @return 0
+    /// @throws std::invalid_argument when `resumeOnInterruptFlag` is set
+    unsigned playMessage(const std::vector<std::string>& zones,
+                         const std::vector<std::string>& visualDevices, const Gain& gain,
+                         const std::vector<unsigned>& dictionaryItems, const char* visualText,
+                         bool resumeOnInterruptFlag, bool overrideExisting, unsigned validityPeriod,
+                         unsigned priority, unsigned mode);
+
+    /// The same, with the last five parameters in a record.
+    unsigned playMessage(const std::vector<std::string>& zones,
+                         const std::vector<std::string>& visualDevices, const Gain& gain,
+                         const std::vector<unsigned>& dictionaryItems, const char* visualText,
+                         const PlayMessageParams& params);
+
+    /// 0 cancels the dictionary announcements; any other number is reported and nothing is sent.
+    void cancelMessage(unsigned messageId);
+
+    /// Cancels the announcement with the request id that `playMessage` returned.
+    void cancelMessage(const std::string& requestId);
+
+    /// Cancels every announcement of the type.
+    void cancelMessage(Message::Type messageType);
+
+    /// Record handler.
+    void addUpdateAnnouncementRequest(int elemNo, TEVlist* elemArgList);
+
+    /// The announcement requests that are active on the server, in ascending key order.
+    std::vector<AnnouncementRequest> getAnnouncementRequests();
+    /// @}
+
+private:
+    friend class Message;
+    struct DeletionTable;
+
+    template <class Record, class Argument>
+    struct DeletionRow;
+
+    /// Calls `slot` on every observer in registration order, each with its own copies. An observer
+    /// that throws is reported and the next one called.
+    template <class... Parameters, class... Arguments>
+    void notifyObservers(void (PAControllerObserver::*slot)(Parameters...),
+                         const Arguments&... arguments);
+
+    /// Tells the observers of a changed entry and posts its event. Nothing happens when the entry
+    /// is gone, or goes in a callback.
+    template <class Record>
+    void publish(std::map<int, Record>& cache, int key, bool changed,
+                 void (PAControllerObserver::*slot)(Record), EventItem::EVENT_TYPE event)
+        PA_REQUIRES(paControllerMtx);
+
+    template <class Record, class Argument>
+    void deleteEntries(const DeletionRow<Record, Argument>& row, int key)
+        PA_REQUIRES(paControllerMtx);
+
+    std::vector<PAControllerObserver*> observers() const;
+    void reportThrowingObserver();
+    void renewSourceLocks() PA_REQUIRES(paControllerMtx);
+    void updateLockStatus(int sourceId, const std::string& lockedUUID) PA_REQUIRES(paControllerMtx);
+    void tellUploadFailed(const std::string& requestId);
+
+    // Guarded by paControllerMtx.
+    std::map<int, PaSource> availablePaSources PA_GUARDED_BY(paControllerMtx);
+    /// In order of arrival.
+    std::vector<PaSourceLockStatus> availablePaSourcesLockStatus PA_GUARDED_BY(paControllerMtx);
+    std::map<int, PaSink> availablePaSinks PA_GUARDED_BY(paControllerMtx);
+    std::map<int, PaTrigger> availablePaTriggersHW PA_GUARDED_BY(paControllerMtx);
+    std::vector<PaSWTrigger> availablePaTriggersSW PA_GUARDED_BY(paControllerMtx);
+    std::map<int, PaSelector> availablePaSelectors PA_GUARDED_BY(paControllerMtx);
+    /// By element number of the source record.
+    std::map<int, std::set<std::string>> attachedPaZonesToPaSourceList
+        PA_GUARDED_BY(paControllerMtx);
+
+    /// Held across callbacks of observers, hence re-entrant. Taken before lookupLock.
+    qxLocalMutex paControllerMtx{true};
+    /// Guards what is searched or cleared without waiting for a callback that is running. What it
+    /// guards changes under both locks, but for the registration of observers and the last step of
+    /// initPaResources.
+    mutable LeafLock lookupLock;
+
+    /// In registration order; not owned.
+    std::vector<PAControllerObserver*> paControllerObservers PA_GUARDED_BY(lookupLock);
+
+    std::map<int, PaZone> availablePaZonesPrimaryServer PA_GUARDED_BY(paControllerMtx);
+    std::map<int, PaZone> availablePaZonesLocalServer PA_GUARDED_BY(paControllerMtx);
+    std::vector<ScheduleDefinition> scheduleList PA_GUARDED_BY(lookupLock);
+    std::map<int, TTSVocalizer> ttsVocalizertList PA_GUARDED_BY(paControllerMtx);
+    std::map<int, TTSDictionary> ttsDictionaryList PA_GUARDED_BY(paControllerMtx);
+    /// By request id.
+    std::map<std::string, TTSPendingInfo> ttsPendingPreviewList PA_GUARDED_BY(lookupLock);
+    std::map<int, AnnouncementRequest> activeAnnouncementRequestList PA_GUARDED_BY(lookupLock);
+};
+
+/// The controller of the process. Never destroyed.
+extern PAController& gPaController;

@@ -1,0 +1,72 @@
+#pragma once
+
+#include <string>
+
+#include "resource/common/paInfo.h"
+#include "sdk/AnnouncementRequest.h"
+#include "sdk/ScheduleDefinition.h"
+
+/// What an application learns of changes in the controller. An observer is owned by the
+/// application, is never removed, and must outlive the controller.
+///
+/// Every callback runs with the controller's mutex held, on a thread of the server link or the
+/// controller's worker; `onMessageDelete` after a failed upload alone runs on the thread that
+/// played the message, without the mutex. A callback may call getters and operations of the
+/// controller; it must not wait for another thread that does, nor for an answer of the server. An
+/// exception that leaves it is reported and the next observer is called.
+class PAControllerObserver {
+public:
+    enum MessageRetrievalError : int {
+        MRE_NO_ERROR = 0,
+        MRE_TIMED_OUT = 1,
+        MRE_INVALID_PARAMS = 2
+    };
+
+    virtual void onPaSourceUpdate(PaSource source) = 0;     ///< added or changed
+    virtual void onPaSourceDelete(int sourceId) = 0;        ///< deleted
+    virtual void onPaSinkUpdate(PaSink sink) = 0;           ///< added or changed
+    virtual void onPaSinkDelete(int sinkId) = 0;            ///< deleted
+    virtual void onPaTriggerUpdate(PaTrigger trigger) = 0;  ///< hardware trigger added or changed
+    virtual void onPaTriggerDelete(int triggerId) = 0;      ///< hardware trigger deleted
+    virtual void onPaSelectorUpdate(PaSelector selector) = 0;        ///< added or changed
+    virtual void onPaSelectorDelete(int selectorId) = 0;             ///< deleted
+    virtual void onScheduleUpdate(ScheduleDefinition schedule) = 0;  ///< added or changed
+    virtual void onScheduleDelete(ScheduleDefinition schedule) = 0;  ///< deleted
+    virtual void onPaZoneUpdate(PaZone zone) = 0;                    ///< added or changed
+    virtual void onPaZoneDelete(std::string zoneId) = 0;             ///< deleted
+
+    /// An audio retrieval or a spoken preview has finished or expired.
+    /// @param requestId of the retrieval, or the item's UUID when nobody asked for it
+    /// @param success   whether there is audio
+    /// @param error     why not
+    /// @param uri       where the audio can be fetched
+    virtual void onAudioMessageRetrievalComplete(const std::string& requestId, bool success,
+                                                 MessageRetrievalError error,
+                                                 const std::string& uri) = 0;
+
+    virtual void onMessageUpdate(AnnouncementRequest request) = 0;  ///< added or changed
+    virtual void onMessageDelete(AnnouncementRequest request) = 0;  ///< ended, or its upload failed
+
+    virtual ~PAControllerObserver() = default;
+};
+
+/// An observer that ignores everything, for applications that want a few of the callbacks.
+class PAControllerObserverAdapter : public PAControllerObserver {
+public:
+    void onPaSourceUpdate(PaSource) override {}
+    void onPaSourceDelete(int) override {}
+    void onPaSinkUpdate(PaSink) override {}
+    void onPaSinkDelete(int) override {}
+    void onPaTriggerUpdate(PaTrigger) override {}
+    void onPaTriggerDelete(int) override {}
+    void onPaSelectorUpdate(PaSelector) override {}
+    void onPaSelectorDelete(int) override {}
+    void onScheduleUpdate(ScheduleDefinition) override {}
+    void onScheduleDelete(ScheduleDefinition) override {}
+    void onPaZoneUpdate(PaZone) override {}
+    void onPaZoneDelete(std::string) override {}
+    void onAudioMessageRetrievalComplete(const std::string&, bool, MessageRetrievalError,
+                                         const std::string&) override {}
+    void onMessageUpdate(AnnouncementRequest) override {}
+    void onMessageDelete(AnnouncementRequest) override {}
+};

@@ -1,0 +1,110 @@
+// The room of PA sources: record, cache, queries.
+#include <algorithm>
+#include <optional>
+
+#include "framework/clock.h"
+#include "sdk/PAController.h"
+#include "sdk/cacheValues.h"
+#include "sdk/globals.h"
+#include "sdk/notify.h"
+#include "sdk/paDebug.h"
+#include "sdk/recordColumns.h"
+#include "sdk/recordMerge.h"
+
+namespace {
+
+constexpr int pauseBeforeNotificationMS = 100;
+
+/// What a source record brings beside the source itself.
+struct SourceRecord : PaSource {
+    SourceRecord() { healthState = HEALTHY; }  // a source that says nothing of its health is well
+
+    std::string lockedUUID;
+    std::optional<int> reportingServer;  // destination number
+};
+
+constexpr Column<SourceRecord> columns[] = {
+    integer<&SourceRecord::id>,
+    translated<&SourceRecord::location>,
+    translated<&SourceRecord::label>,
+    asReceived<&SourceRecord::ipAddress>,
+    integer<&SourceRecord::type>,
+    skipped,  // 5
+    asReceived<&SourceRecord::subAddress>,
+    integer<&SourceRecord::state>,
+    skipped,  // 8
+    asReceived<&SourceRecord::lockedUUID>,
+    [](SourceRecord& record, const char* text) { record.reportingServer = decodeInt(text); },  // 10
+    floating<&SourceRecord::inputGain>,
+    integer<&SourceRecord::broadcastType>,
+    skipped,  // 13
+    skipped,
+    skipped,
+    integer<&SourceRecord::healthState>,  // 16
+};
+
+/// The broadcast type is not among them: an update never changes it.
+constexpr Field<PaSource> fields[] = {
+    byValue<PaSource, &PaSource::location>,   byValue<PaSource, &PaSource::label>,
+    byValue<PaSource, &PaSource::ipAddress>,  byValue<PaSource, &PaSource::type>,
+    byValue<PaSource, &PaSource::subAddress>, byValue<PaSource, &PaSource::state>,
+    byValue<PaSource, &PaSource::inputGain>,  byValue<PaSource, &PaSource::healthState>,
+};
+
+}  // namespace
+
+void PAController::addUpdatePaSource(int key, TEVlist* record) {
+    if (!hasRecord(record, "addUpdatePaSource", key)) {
+        return;
+    }
+    SourceRecord decoded;
+    decodeRecord(*record, columns, decoded);
+    if (gIndirectCXSConnection && decoded.reportingServer &&
+        *decoded.reportingServer != gLocalDstNo) {
+        return;  // another server's source, seen through the local one
+    }
+
+    MutexGuard guard(paControllerMtx);
+    const Merge merged =
+        mergeRecord<PaSource>(availablePaSources, key, decoded, fields, matchById<PaSource>);
+    const int sourceId = availablePaSources.at(key).id;
+    if (merged == Merge::Updated) {
+        PA_DEBUG(1, "%s: sourceId >%d< updated. Total available sources >%zd<", "addUpdatePaSource",
+                 sourceId, availablePaSources.size());
+    } else if (merged == Merge::Added) {
+        PA_DEBUG(1, "%s: sourceId >%d< added to list. Total available sources >%zd<",
+                 "addUpdatePaSource", sourceId, availablePaSources.size());
+    }
+    updateLockStatus(decoded.id, decoded.lockedUUID);
+
+    // A synchronous operation that waits for this record gets the mutex before the observers.
+    guard.leave();
+    sleepMS(pauseBeforeNotificationMS);
+    guard.enter();
+
+    publish(availablePaSources, key, merged != Merge::Unchanged,
+            &PAControllerObserver::onPaSourceUpdate, EventItem::PA_SOURCE_UPDATED);
+}
+
+void PAController::updateLockStatus(int sourceId, const std::string& lockedUUID) {
+    auto& locks = availablePaSourcesLockStatus;
+    const auto found = std::find_if(
+        locks.begin(), locks.end(),
+        [sourceId](const PaSourceLockStatus& lock) { return lock.sourceId == sourceId; });
+    if (found != locks.end()) {
+        found->lockedUUID = lockedUUID;
+        PA_DEBUG(1, "%s: Lock Info for sourceId >%d< updated. Updated UUID >%s<",
+                 "addUpdatePaSource", sourceId, lockedUUID.c_str());
+        return;
+    }
+    locks.push_back({sourceId, lockedUUID});
+    PA_DEBUG(1,
+             "%s: Lock Info for sourceId >%d<, UUID >%s< added to list. Total available lock info "
+             "in list >%zd<",
+             "addUpdatePaSource", sourceId, lockedUUID.c_str(), locks.size());
+}
+
+std::vector<PaSource> PAController::getPaSources() {
+    const MutexGuard guard(paControllerMtx);
+    return valuesOf(availablePaSources);
+}

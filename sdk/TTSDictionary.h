@@ -1,0 +1,36 @@
+#pragma once
+
+#include <ctime>
+#include <string>
+
+/// A text that the server has rendered to audio. A plain value.
+struct TTSDictionary {
+    int key = 0;           ///< item number
+    int portNo = 0;        ///< port that rendered it, -1 when the rendering failed
+    std::string text;      ///< what was rendered
+    std::string fullName;  ///< of the audio item on the server
+    std::string size;      ///< as the server writes it
+    std::string checksum;  ///< as the server writes it
+    std::string uuid;
+    std::string uri;  ///< where the audio can be retrieved
+};
+
+/// A spoken preview that waits for its audio. A plain value.
+struct TTSPendingInfo {
+    TTSPendingInfo() = default;
+    TTSPendingInfo(int port, const std::string& textLanguage, const std::string& textVoice,
+                   int sampleRate, const std::string& textToRender, std::time_t requestedAt)
+        : portNo(port),
+          language(textLanguage),
+          voice(textVoice),
+          rate(sampleRate),
+          text(textToRender),
+          startTime(requestedAt) {}
+
+    int portNo = 0;
+    std::string language;
+    std::string voice;
+    int rate = 0;  ///< Hz
+    std::string text;
+    std::time_t startTime = 0;  ///< when it was requested, seconds since 1970 UTC
+};

@@ -1,0 +1,74 @@
+// The room of text-to-speech ports: record, cache, withdrawal, queries.
+#include "sdk/PAController.h"
+#include "sdk/paDebug.h"
+#include "sdk/recordColumns.h"
+#include "sdk/recordMerge.h"
+
+namespace {
+
+constexpr int usableRate = 48000;  // Hz
+
+constexpr Column<TTSVocalizer> columns[] = {
+    translated<&TTSVocalizer::language>,
+    translated<&TTSVocalizer::voice>,
+    integer<&TTSVocalizer::rate>,
+    translated<&TTSVocalizer::text>,
+};
+
+constexpr Field<TTSVocalizer> fields[] = {
+    byValue<TTSVocalizer, &TTSVocalizer::language>,
+    byValue<TTSVocalizer, &TTSVocalizer::voice>,
+    byValue<TTSVocalizer, &TTSVocalizer::rate>,
+    byValue<TTSVocalizer, &TTSVocalizer::text>,
+};
+
+/// Removes one entry of a cache, or every entry for 0.
+template <class Record>
+void eraseFrom(std::map<int, Record>& cache, int key) {
+    if (key == 0) {
+        cache.clear();
+    } else {
+        cache.erase(key);
+    }
+}
+
+}  // namespace
+
+void PAController::updateFromTTS_Ports(int portNo, TEVlist* record) {
+    if (!hasRecord(record, "updateFromTTS_Ports", portNo)) {
+        return;
+    }
+    TTSVocalizer decoded;
+    decoded.portNo = portNo;
+    decodeRecord(*record, columns, decoded);
+
+    const MutexGuard guard(paControllerMtx);
+    const Merge merged =
+        mergeRecord(ttsVocalizertList, portNo, decoded, fields, matchByKey<TTSVocalizer>);
+    if (merged != Merge::Unchanged) {
+        PA_DEBUG(1, "%s: %s - TTS Dictionary Port >%d< Language >%s< Voice >%s< Rate >%d<",
+                 "updateFromTTS_Ports", merged == Merge::Added ? "Added" : "Updated", portNo,
+                 decoded.language.c_str(), decoded.voice.c_str(), decoded.rate);
+    }
+}
+
+void PAController::deleteFromTTS_Ports(int portNo) {
+    const MutexGuard guard(paControllerMtx);
+    eraseFrom(ttsVocalizertList, portNo);
+}
+
+void PAController::deleteFromTTS_Dictionary(int key) {
+    const MutexGuard guard(paControllerMtx);
+    eraseFrom(ttsDictionaryList, key);
+}
+
+std::vector<TTSVocalizer> PAController::getTTSVocalizerList() {
+    const MutexGuard guard(paControllerMtx);
+    std::vector<TTSVocalizer> usable;
+    for (const auto& [portNo, vocalizer] : ttsVocalizertList) {
+        if (vocalizer.rate == usableRate) {
+            usable.push_back(vocalizer);
+        }
+    }
+    return usable;
+}

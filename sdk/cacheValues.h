@@ -1,0 +1,15 @@
+#pragma once
+
+#include <map>
+#include <vector>
+
+/// Copies of every value of a cache, in ascending key order.
+template <class Key, class Record>
+std::vector<Record> valuesOf(const std::map<Key, Record>& cache) {
+    std::vector<Record> values;
+    values.reserve(cache.size());
+    for (const auto& entry : cache) {
+        values.push_back(entry.second);
+    }
+    return values;
+}

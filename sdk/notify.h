@@ -1,0 +1,43 @@
+#pragma once
+
+#include "sdk/PAController.h"
+
+/// @file
+/// How the controller's sources call observers and post events; the templates that PAController.h
+/// declares.
+
+/// The key that an event carries: the resource's id, for zones the cache key.
+template <class Record>
+int eventKey(int /*cacheKey*/, const Record& record) {
+    return record.id;
+}
+inline int eventKey(int cacheKey, const PaZone& /*zone*/) {
+    return cacheKey;
+}
+
+template <class... Parameters, class... Arguments>
+void PAController::notifyObservers(void (PAControllerObserver::*slot)(Parameters...),
+                                   const Arguments&... arguments) {
+    for (PAControllerObserver* const observer : observers()) {
+        try {
+            (observer->*slot)(arguments...);
+        } catch (...) {
+            reportThrowingObserver();
+        }
+    }
+}
+
+template <class Record>
+void PAController::publish(std::map<int, Record>& cache, int key, bool changed,
+                           void (PAControllerObserver::*slot)(Record),
+                           EventItem::EVENT_TYPE event) {
+    auto entry = cache.find(key);
+    if (entry != cache.end() && changed) {
+        const Record copy = entry->second;
+        notifyObservers(slot, copy);
+        entry = cache.find(key);
+    }
+    if (entry != cache.end()) {
+        addNewEventItem(event, eventKey(key, entry->second), &entry->second);
+    }
+}

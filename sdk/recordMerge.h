@@ -1,0 +1,68 @@
+#pragma once
+
+#include <algorithm>
+#include <cstddef>
+#include <iterator>
+#include <map>
+
+/// @file
+/// Which members an update of a cached record compares and copies is a table, and `mergeRecord` is
+/// the one place that reads it.
+
+/// One member that an update compares and copies.
+template <class Record>
+struct Field {
+    bool (*same)(const Record& cached, const Record& decoded);
+    void (*copy)(Record& cached, const Record& decoded);
+};
+
+template <class Record, auto Member>
+constexpr auto copyMember =
+    [](Record& cached, const Record& decoded) { cached.*Member = decoded.*Member; };
+
+/// A member that is compared by its value.
+template <class Record, auto Member>
+constexpr Field<Record> byValue{
+    [](const Record& cached, const Record& decoded) { return cached.*Member == decoded.*Member; },
+    copyMember<Record, Member>};
+
+/// A list that is compared by the number of its entries alone.
+template <class Record, auto Member>
+constexpr Field<Record> bySize{[](const Record& cached, const Record& decoded) {
+                                   return (cached.*Member).size() == (decoded.*Member).size();
+                               },
+                               copyMember<Record, Member>};
+
+/// What the merge of a record into its cache came to.
+enum class Merge { Unchanged, Updated, Added };
+
+/// An entry is matched by its cache key and the resource's own id. An entry with another id stays
+/// as it is, and the merge still counts as an addition.
+template <class Record>
+constexpr auto matchById =
+    [](const Record& cached, const Record& decoded) { return cached.id == decoded.id; };
+
+/// An entry is matched by its cache key alone.
+template <class Record>
+constexpr auto matchByKey = [](const Record&, const Record&) { return true; };
+
+/// Merges a decoded record into the cache: at the first difference all fields of the table are
+/// copied, a record without a matching entry is added.
+template <class Record, std::size_t N, class Match>
+Merge mergeRecord(std::map<int, Record>& cache, int key, const Record& decoded,
+                  const Field<Record> (&fields)[N], Match matches) {
+    const auto found = cache.find(key);
+    if (found == cache.end() || !matches(found->second, decoded)) {
+        cache.emplace(key, decoded);
+        return Merge::Added;
+    }
+    Record& cached = found->second;
+    if (std::all_of(std::begin(fields), std::end(fields),
+                    [&](const Field<Record>& field) { return field.same(cached, decoded); })) {
+        return Merge::Unchanged;
+    }
+    for (const Field<Record>& field : fields) {
+        field.copy(cached, decoded);
+    }
+    return Merge::Updated;
+}

@@ -1,0 +1,54 @@
+#include "framework/eventQueue.h"
+
+#include <gtest/gtest.h>
+#include <poll.h>
+
+#include "framework/levelMeter.h"
+
+namespace {
+
+bool isReadable() {
+    pollfd fd{eventQueue::fileDescriptor(), POLLIN, 0};
+    return poll(&fd, 1, 0) == 1;
+}
+
+TEST(EventQueueTest, KeepsOrderIsBoundedAndWakesTheApplication) {
+    EventItem item;
+    EXPECT_FALSE(isReadable());
+    EXPECT_FALSE(eventQueue::next(item));
+
+    addNewEventItem(EventItem::PA_ZONE_UPDATED, 5, nullptr);
+    addNewEventItem(EventItem::PA_SOURCE_DELETED, 6, nullptr);
+    EXPECT_TRUE(isReadable());
+    ASSERT_TRUE(eventQueue::next(item));
+    EXPECT_EQ(item.type, 40);
+    EXPECT_EQ(item.key, 5);
+    EXPECT_TRUE(isReadable());
+    ASSERT_TRUE(eventQueue::next(item));
+    EXPECT_EQ(item.type, 7);
+    EXPECT_FALSE(isReadable());
+
+    const auto before = eventQueue::dropped();
+    for (std::size_t i = 0; i < eventQueue::capacity + 3; ++i) {
+        addNewEventItem(EventItem::PA_SINK_UPDATED, static_cast<int>(i), nullptr);
+    }
+    EXPECT_EQ(eventQueue::dropped() - before, 3U);
+    int last = -1;
+    while (eventQueue::next(item)) {
+        EXPECT_EQ(item.key, last + 1);
+        last = item.key;
+    }
+    EXPECT_EQ(last, static_cast<int>(eventQueue::capacity) - 1);
+}
+
+TEST(LevelMeterTest, KeepsEachSubscriptionOnce) {
+    subscribeUnsubscribeToResAmpVUMeterElement(true, 7);
+    subscribeUnsubscribeToResAmpVUMeterElement(true, 3);
+    subscribeUnsubscribeToResAmpVUMeterElement(true, 7);
+    subscribeUnsubscribeToResAmpVUMeterElement(false, 9);
+    EXPECT_EQ(subscribedLevelMeters(), (std::vector<int>{3, 7}));
+    subscribeUnsubscribeToResAmpVUMeterElement(false, 7);
+    EXPECT_EQ(subscribedLevelMeters(), (std::vector<int>{3}));
+}
+
+}  // namespace

@@ -1,0 +1,92 @@
+#include "framework/log.h"
+
+#include <gtest/gtest.h>
+#include <vector>
+
+#include "framework/clock.h"
+
+namespace {
+
+std::time_t now = 0;
+
+struct LogTest : testing::Test {
+    LogTest() {
+        flushSuppressedErrors();
+        now = 1000;
+        TimeSource source;
+        source.wallClock = [] { return now; };
+        setTimeSource(source);
+        setLogSink([this](const LogLine& line) {
+            texts.push_back((line.kind == LogLine::Kind::Error ? "E" : "D") +
+                            std::to_string(line.level) + " " + line.text);
+            lastTime = line.time;
+        });
+    }
+    ~LogTest() override {
+        flushSuppressedErrors();
+        setLogSink({});
+        setTimeSource({});
+    }
+
+    std::vector<std::string> texts;
+    std::time_t lastTime = 0;
+};
+
+using Texts = std::vector<std::string>;
+
+TEST_F(LogTest, EachLineHasItsLevelAndTime) {
+    debug(2, "%s: sinkId >%d<", "f", 5);
+    handleError(3, "%s: bad", "f");
+    EXPECT_EQ(texts, (Texts{"D2 f: sinkId >5<", "E3 f: bad"}));
+    EXPECT_EQ(lastTime, 1000);
+}
+
+TEST_F(LogTest, ABurstOfIdenticalErrorsIsToldOnceAndCounted) {
+    for (int i = 0; i < 1000; ++i) {
+        handleError(3, "bad record");
+        handleError(3, "another %d", 1);
+        handleError(2, "bad record");
+    }
+    EXPECT_EQ(texts, (Texts{"E3 bad record", "E3 another 1", "E2 bad record"}));
+    now += 9;
+    handleError(3, "bad record");
+    EXPECT_EQ(texts.size(), 3U);
+    now += 1;
+    debug(1, "later");
+    EXPECT_EQ(texts, (Texts{"E3 bad record", "E3 another 1", "E2 bad record",
+                            "E2 suppressed 999 more of: bad record",
+                            "E3 suppressed 999 more of: another 1",
+                            "E3 suppressed 1000 more of: bad record", "D1 later"}));
+    handleError(3, "bad record");
+    EXPECT_EQ(texts.back(), "E3 bad record");
+}
+
+TEST_F(LogTest, WhatIsSuppressedIsToldAtTheEndAndAfterTheClockWasSetBack) {
+    handleError(3, "bad");
+    handleError(3, "bad");
+    flushSuppressedErrors();
+    EXPECT_EQ(texts, (Texts{"E3 bad", "E3 suppressed 1 more of: bad"}));
+    handleError(3, "bad");
+    now -= 500;
+    handleError(3, "bad");
+    EXPECT_EQ(texts.size(), 4U);
+}
+
+TEST_F(LogTest, ALongTextIsCutAndALineCannotBeForged) {
+    handleError(1, "%s", std::string(1'000'000, 'x').c_str());
+    EXPECT_EQ(texts.at(0), "E1 " + std::string(2000, 'x') + "...");
+    const LogLine line{LogLine::Kind::Error, 3, 86399, "worker/7", "a\nb\x1b[2J\x7f\xc3\xa9"};
+    EXPECT_EQ(formatLogLine(line),
+              "1970-01-01T23:59:59Z error 3 [worker/7] a\\x0ab\\x1b[2J\\x7f\xc3\xa9");
+}
+
+TEST_F(LogTest, ASinkThatThrowsHurtsNobody) {
+    setLogSink([](const LogLine&) { throw 1; });
+    handleError(1, "x");
+    debug(1, "y");
+    setLogSink([this](const LogLine& line) { texts.push_back(line.text); });
+    debug(1, "z");
+    EXPECT_EQ(texts, (Texts{"z"}));
+}
+
+}  // namespace

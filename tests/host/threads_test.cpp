@@ -1,0 +1,116 @@
+// Threads, mutex, UUIDs and the facade.
+#include <csignal>
+#include <future>
+#include <gtest/gtest.h>
+#include <regex>
+#include <set>
+
+#include "framework/localMutex.h"
+#include "framework/log.h"
+#include "framework/posixThread.h"
+#include "framework/threadAnnotations.h"
+#include "framework/threadClass.h"
+#include "framework/uuid.h"
+#include "sdk/AudioServer.h"
+
+class PAController {};  // the facade only hands it on
+
+namespace {
+
+struct Worker : threadClass {
+    int threadFunction(void* argument) override {
+        pthread_sigmask(SIG_SETMASK, nullptr, &mask);
+        static_cast<std::promise<void>*>(argument)->set_value();
+        return 0;
+    }
+    sigset_t mask{};
+};
+
+TEST(ThreadClassTest, RunsOnceWithEverySignalBlocked) {
+    static auto& worker = *new Worker;  // outlives its thread
+    std::promise<void> ran;
+    worker.start(&ran);
+    ran.get_future().wait();
+    for (const int signal : {SIGINT, SIGTERM, SIGALRM, SIGUSR1}) {
+        EXPECT_EQ(sigismember(&worker.mask, signal), 1) << signal;
+    }
+    sigset_t own;
+    pthread_sigmask(SIG_SETMASK, nullptr, &own);
+    EXPECT_EQ(sigismember(&own, SIGINT), 0) << "the creator keeps its mask";
+}
+
+/// Enters twice, and lets another thread do what it must not. Not analysed: the compiler would
+/// refuse it, rightly.
+void misuse(qxLocalMutex& mutex) PA_NO_THREAD_SAFETY_ANALYSIS {
+    mutex.enter();
+    mutex.enter();
+    mutex.assertLocked("here");
+    mutex.leave();
+    std::atomic<bool> entered{false};
+    {
+        PosixThread other("other", [&]() PA_NO_THREAD_SAFETY_ANALYSIS {
+            mutex.assertLocked("other");
+            mutex.leave();  // not its own
+            mutex.enter();
+            entered = true;
+            mutex.leave();
+        });
+        EXPECT_FALSE(entered);
+        mutex.leave();
+    }
+    EXPECT_TRUE(entered);
+    mutex.assertLocked("there");
+}
+
+TEST(LocalMutexTest, ItsHolderMayEnterItAgainAndOthersWait) {
+    qxLocalMutex mutex(true);
+    std::string errors;
+    setLogSink([&errors](const LogLine& line) { errors += line.text + "\n"; });
+    EXPECT_EQ(mutex.init(), 0);
+    misuse(mutex);
+    setLogSink({});
+    EXPECT_EQ(errors,
+              "other: called without the mutex\nleave: the mutex is not held by this thread\n"
+              "there: called without the mutex\n");
+}
+
+TEST(UuidTest, IsVersionFourAndNew) {
+    const std::regex form("[0-9a-f]{8}-[0-9a-f]{4}-4[0-9a-f]{3}-[89ab][0-9a-f]{3}-[0-9a-f]{12}");
+    std::set<std::string> seen;
+    for (int i = 0; i < 1000; ++i) {
+        std::string uuid = "left over";
+        generateUUID(uuid);
+        EXPECT_TRUE(std::regex_match(uuid, form)) << uuid;
+        seen.insert(uuid);
+    }
+    EXPECT_EQ(seen.size(), 1000U);
+}
+
+TEST(AudioServerTest, UploadsThroughTheLinkAndKeepsABoundedLog) {
+    PAController controller;
+    AudioServer server(controller);
+    std::string errors;
+    setLogSink([&errors](const LogLine& line) { errors += line.text + "\n"; });
+    EXPECT_NE(server.uploadFileToActiveServer("a", "b"), 1);
+    server.setUploader([](const std::string& local, const std::string& remote) {
+        return local == "a" && remote == "b" ? 1 : 2;
+    });
+    EXPECT_EQ(server.uploadFileToActiveServer("a", "b"), 1);
+    server.setUploader([](const std::string&, const std::string&) -> int {
+        throw std::runtime_error("disk on fire");
+    });
+    EXPECT_NE(server.uploadFileToActiveServer("a", "b"), 1);
+    setLogSink({});
+    EXPECT_EQ(errors, "upload of a: no connection to the server\nupload of a: disk on fire\n");
+
+    EXPECT_EQ(&server.getPAController(), &controller);
+    EXPECT_EQ(server.getUUID(), server.getUUID());
+    EXPECT_NE(server.getUUID(), AudioServer(controller).getUUID());
+    for (std::size_t i = 0; i <= AudioServer::campaignLogCapacity; ++i) {
+        server.addCampaignLog(std::to_string(i));
+    }
+    EXPECT_EQ(server.getCampaignLog().size(), AudioServer::campaignLogCapacity);
+    EXPECT_EQ(server.getCampaignLog().front(), "1");
+}
+
+}  // namespace

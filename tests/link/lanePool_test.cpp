@@ -1,0 +1,126 @@
+#include "link/LanePool.h"
+
+#include <atomic>
+#include <condition_variable>
+#include <gtest/gtest.h>
+#include <mutex>
+#include <string>
+
+#include "framework/clock.h"
+
+namespace {
+
+/// Sleepers wait here until the test lets them go on: no real time passes.
+struct Gate {
+    std::mutex lock;
+    std::condition_variable changed;
+    bool open = false;
+    int sleeping = 0;
+    int mostSleeping = 0;
+
+    void pass() {
+        std::unique_lock guard(lock);
+        ++sleeping;
+        mostSleeping = std::max(mostSleeping, sleeping);
+        changed.notify_all();
+        changed.wait(guard, [this] { return open; });
+        --sleeping;
+    }
+    void waitForSleepers(int count) {
+        std::unique_lock guard(lock);
+        changed.wait(guard, [&] { return sleeping >= count; });
+    }
+    void letGo() {
+        const std::lock_guard guard(lock);
+        open = true;
+        changed.notify_all();
+    }
+};
+
+Gate* gate = nullptr;
+
+struct LanePoolTest : testing::Test {
+    LanePoolTest() {
+        gate = &theGate;
+        TimeSource source;
+        source.sleepMS = [](int) { gate->pass(); };
+        setTimeSource(source);
+    }
+    ~LanePoolTest() override { setTimeSource({}); }
+
+    void note(const std::string& text) {
+        const std::lock_guard guard(lock);
+        notes += text + " ";
+    }
+    std::string noted() {
+        const std::lock_guard guard(lock);
+        return notes;
+    }
+    /// A job that notes its start, pauses, and notes its end.
+    palink::LanePool::Job pausing(const std::string& name) {
+        return [this, name] {
+            note(name);
+            sleepMS(100);
+            note(name + "'");
+        };
+    }
+
+    Gate theGate;
+    std::mutex lock;
+    std::string notes;
+};
+
+TEST_F(LanePoolTest, OverlapsPausesAndStartsInOrderOfArrival) {
+    constexpr int jobs = 200;
+    std::string expected;
+    {
+        palink::LanePool pool;
+        for (int i = 0; i < jobs; ++i) {
+            pool.submit(1, i, pausing(std::to_string(i)));
+            expected += std::to_string(i) + " ";
+        }
+        theGate.waitForSleepers(jobs);
+        EXPECT_EQ(noted(), expected);
+        EXPECT_EQ(pool.threads(), static_cast<std::size_t>(jobs));
+        theGate.letGo();
+        pool.waitUntilIdle();
+    }
+    EXPECT_EQ(theGate.mostSleeping, jobs);
+}
+
+TEST_F(LanePoolTest, RunsTheSameKeyOneAfterTheOtherAndKeepsTheOrderOfTheLane) {
+    palink::LanePool pool;
+    pool.submit(1, 7, pausing("a7"));
+    pool.submit(1, 8, pausing("b8"));
+    pool.submit(1, 7, [this] { note("c7"); });
+    pool.submit(1, 9, [this] { note("d9"); });
+    pool.submit(2, 7, pausing("other"));
+    theGate.waitForSleepers(3);
+    EXPECT_EQ(noted().find("c7"), std::string::npos);
+    EXPECT_EQ(noted().find("d9"), std::string::npos);
+    theGate.letGo();
+    pool.waitUntilIdle();
+    const std::string all = noted();
+    EXPECT_LT(all.find("a7 "), all.find("b8 "));
+    EXPECT_LT(all.find("a7'"), all.find("c7"));
+    EXPECT_LT(all.find("c7"), all.find("d9"));
+}
+
+TEST_F(LanePoolTest, GrowsToItsLimitAndStillRunsEverything) {
+    constexpr int jobs = static_cast<int>(palink::LanePool::mostThreads) + 50;
+    std::atomic<int> done{0};
+    palink::LanePool pool;
+    for (int i = 0; i < jobs; ++i) {
+        pool.submit(1, i, [&done] {
+            sleepMS(100);
+            ++done;
+        });
+    }
+    theGate.waitForSleepers(static_cast<int>(palink::LanePool::mostThreads));
+    EXPECT_EQ(pool.threads(), palink::LanePool::mostThreads);
+    theGate.letGo();
+    pool.waitUntilIdle();
+    EXPECT_EQ(done, jobs);
+}
+
+}  // namespace

@@ -1,0 +1,160 @@
+#include "link/Router.h"
+
+#include <gtest/gtest.h>
+#include <mutex>
+#include <string>
+
+#include "framework/clock.h"
+#include "framework/log.h"
+#include "sdk/globals.h"
+
+namespace {
+
+using palink::Record;
+using palink::RecordKind;
+using palink::Withdrawal;
+
+constexpr int server = 1;
+
+/// Notes what the controller tells of.
+struct Notes : PAControllerObserverAdapter {
+    void onPaSourceUpdate(PaSource source) override {
+        add("source " + std::to_string(source.id) + " " + source.label);
+    }
+    void onPaSourceDelete(int id) override { add("source " + std::to_string(id) + " gone"); }
+    void onPaSinkUpdate(PaSink sink) override { add("sink " + std::to_string(sink.id)); }
+    void onPaZoneUpdate(PaZone zone) override { add("zone " + zone.id); }
+    void onMessageUpdate(AnnouncementRequest request) override {
+        add("request " + request.getRequestID());
+    }
+
+    void add(const std::string& text) {
+        const std::lock_guard guard(lock);
+        all += text + "; ";
+    }
+    std::string take() {
+        const std::lock_guard guard(lock);
+        return std::exchange(all, {});
+    }
+
+    std::mutex lock;
+    std::string all;
+};
+
+struct RouterTest : testing::Test {
+    RouterTest() {
+        static bool registered = false;
+        if (!std::exchange(registered, true)) {
+            gPaController.registerObserver(&notes());
+        }
+        gLocalDstNo = server;
+        gActiveAudioServerDstNo = server;
+        TimeSource source;
+        source.sleepMS = [](int) {};
+        setTimeSource(source);
+        gPaController.initPaResources();
+        notes().take();
+    }
+    ~RouterTest() override {
+        router.waitUntilIdle();
+        setTimeSource({});
+        setLogSink({});
+    }
+
+    static Notes& notes() {
+        static Notes& theNotes = *new Notes;  // must outlive the controller
+        return theNotes;
+    }
+
+    palink::Router router{gPaController};
+};
+
+TEST_F(RouterTest, BringsEachKindToItsHandler) {
+    router.handle(Record{server, RecordKind::Source, 1, {"11"}});
+    router.waitUntilIdle();
+    router.handle(Record{server, RecordKind::Sink, 2, {"12"}});
+    router.handle(Record{server, RecordKind::Zone, 3, {"Z"}});
+    router.handle(Record{server, RecordKind::AttachedZones, 4, {"A"}});
+    router.handle(Record{server, RecordKind::Announcement, 5, {"r"}});
+    router.handle(Record{server, RecordKind::TtsPort, 6, {"en", "anna"}});
+    EXPECT_EQ(notes().take(), "source 11 ; sink 12; zone Z; request r; ");
+    std::vector<std::string> attached;
+    gPaController.getAttachedPaZoneList(4, &attached);
+    EXPECT_EQ(attached.size(), 1U);
+    EXPECT_EQ(gPaController.getTTSVocalizerList().at(0).portNo, 6);
+
+    router.handle(Withdrawal{server, static_cast<int>(RecordKind::TtsPort), 6});
+    EXPECT_TRUE(gPaController.getTTSVocalizerList().empty());
+    router.handle(Withdrawal{server, static_cast<int>(RecordKind::Zone), 3});
+    EXPECT_TRUE(gPaController.getPaZones().empty());
+    EXPECT_EQ(gPaController.getPaSinks().size(), 1U);
+}
+
+TEST_F(RouterTest, KeepsTheOrderOfOneKeyWithdrawalsIncluded) {
+    for (int round = 0; round < 20; ++round) {
+        const std::string label = std::to_string(round);
+        router.handle(Record{server, RecordKind::Source, 7, {"70", "", label}});
+        router.handle(Withdrawal{server, 2, 7});
+    }
+    router.handle(Record{server, RecordKind::Source, 7, {"70", "", "last"}});
+    router.waitUntilIdle();
+    std::string expected;
+    for (int round = 0; round < 20; ++round) {
+        expected += "source 70 " + std::to_string(round) + "; source 70 gone; ";
+    }
+    EXPECT_EQ(notes().take(), expected + "source 70 last; ");
+}
+
+TEST_F(RouterTest, AWithdrawalOfAllAndAResetWaitForThePool) {
+    for (const bool reset : {false, true}) {
+        for (int key = 1; key <= 50; ++key) {
+            router.handle(Record{server, RecordKind::Source, key, {std::to_string(key)}});
+        }
+        if (reset) {
+            router.reset();
+        } else {
+            router.handle(Withdrawal{server, 2, 0});
+        }
+        EXPECT_TRUE(gPaController.getPaSources().empty());
+        const std::string told = notes().take();
+        EXPECT_LT(told.rfind("source 50 ; "), told.find("gone"));
+        EXPECT_NE(told.find("source 50 gone; "), std::string::npos);
+    }
+}
+
+TEST_F(RouterTest, ReportsAKindThatItDoesNotKnow) {
+    std::string errors;
+    setLogSink([&errors](const LogLine& line) { errors += line.text; });
+    router.handle(Record{server, static_cast<RecordKind>(77), 5, {"x"}});
+    EXPECT_EQ(errors, "record of unknown kind >77< key >5< dropped");
+    EXPECT_EQ(notes().take(), "");
+}
+
+TEST_F(RouterTest, SurvivesWhateverAFieldHolds) {
+    const std::vector<std::optional<std::string>> hostile = {std::nullopt,
+                                                             "",
+                                                             "(null)",
+                                                             "\"",
+                                                             "\\",
+                                                             "^^^",
+                                                             "-",
+                                                             "99999999999999999999",
+                                                             "nan",
+                                                             "\xff\xfe\x80",
+                                                             std::string(1'000'000, '\\'),
+                                                             std::string(1'000'000, '"')};
+    for (const RecordKind kind :
+         {RecordKind::Source, RecordKind::Sink, RecordKind::Zone, RecordKind::AttachedZones,
+          RecordKind::Announcement, RecordKind::TtsPort}) {
+        for (const auto& field : hostile) {
+            router.handle(Record{server, kind, 9, RecordFields(40, field)});
+        }
+        router.handle(Record{server, kind, 9, {}});
+    }
+    router.waitUntilIdle();
+    EXPECT_EQ(gPaController.getPaZones().size(), 1U);
+    // A record that decodes to another id never replaces the first.
+    EXPECT_EQ(gPaController.getPaSinks().at(0).id, 0);
+}
+
+}  // namespace

@@ -1,0 +1,257 @@
+#include "tests/recordingHost/RecordingHost.h"
+
+#include <array>
+#include <cstdarg>
+#include <cstdio>
+#include <utility>
+
+#include "framework/clock.h"
+#include "framework/eventQueue.h"
+#include "framework/fieldEncoding.h"
+#include "framework/levelMeter.h"
+#include "framework/localMutex.h"
+#include "framework/log.h"
+#include "framework/threadClass.h"
+#include "framework/uuid.h"
+#include "sdk/PAController.h"
+#include "sdk/QXReceiver.h"
+
+namespace real {
+// The real encoding, under names of its own beside the switchable one below.
+#include "framework/fieldEncoding.cpp"
+}  // namespace real
+
+namespace {
+
+struct Host {
+    std::string transcript;
+    int mutexDepth = 0;
+    bool plainEncoding = false;
+    int uploadResult = 1;
+    int uuids = 0;
+    std::function<void(int)> sleepAction;
+};
+
+// Never destroyed, as the controller that uses it.
+Host& host() {
+    static Host& theHost = *new Host;
+    return theHost;
+}
+
+[[gnu::format(printf, 1, 0)]] std::string formatted(const char* format, va_list arguments) {
+    std::array<char, 4096> buffer{};
+    std::vsnprintf(buffer.data(), buffer.size(), format, arguments);
+    return buffer.data();
+}
+
+}  // namespace
+
+namespace recordingHost {
+
+void reset() {
+    host().transcript.clear();
+    host().plainEncoding = false;
+    host().uploadResult = 1;
+    host().uuids = 0;
+    host().sleepAction = nullptr;
+    debugLevel = 0;
+    gAudioServerInstance = &audioServer();
+    gLocalDstNo = 1;
+    gActiveAudioServerDstNo = 1;
+    gIndirectCXSConnection = false;
+    gDeviceIPAddress = "10.0.0.5";
+}
+
+std::string transcript() {
+    return std::exchange(host().transcript, {});
+}
+
+void setPlainEncoding(bool plain) {
+    host().plainEncoding = plain;
+}
+
+void setUploadResult(int result) {
+    host().uploadResult = result;
+}
+
+void setSleepAction(std::function<void(int)> action) {
+    host().sleepAction = std::move(action);
+}
+
+AudioServer& audioServer() {
+    static AudioServer& theServer = *new AudioServer(gPaController);
+    return theServer;
+}
+
+void note(const std::string& line) {
+    host().transcript += (host().mutexDepth > 0 ? "*" : "") + line + '\n';
+}
+
+}  // namespace recordingHost
+
+using recordingHost::note;
+
+// ---- the host's functions
+
+std::atomic<long> debugLevel{0};
+std::atomic<AudioServer*> gAudioServerInstance{nullptr};
+QXReceiver gQXReceiver;
+std::atomic<int> gLocalDstNo{1};
+std::atomic<int> gActiveAudioServerDstNo{1};
+std::atomic<bool> gIndirectCXSConnection{false};
+std::atomic<int> gMaxServerWaitTimeSeconds{10};
+std::string& gDeviceIPAddress = *new std::string("10.0.0.5");
+
+void debug(int level, const char* format, ...) {
+    va_list arguments;
+    va_start(arguments, format);
+    note("log " + std::to_string(level) + " " + formatted(format, arguments));
+    va_end(arguments);
+}
+
+void handleError(int level, const char* format, ...) {
+    va_list arguments;
+    va_start(arguments, format);
+    note("error " + std::to_string(level) + " " + formatted(format, arguments));
+    va_end(arguments);
+}
+
+void sleepMS(int ms) {
+    note("sleep " + std::to_string(ms));
+    if (host().sleepAction) {
+        host().sleepAction(ms);
+    }
+}
+
+void generateUUID(std::string& out) {
+    out = "generated-" + std::to_string(++host().uuids);
+}
+
+void prepareElemStringFieldForSvr(std::string& text) {
+    if (!host().plainEncoding) {
+        real::prepareElemStringFieldForSvr(text);
+    }
+}
+
+void translateElemStringFieldFromSvr(std::string& text) {
+    if (!host().plainEncoding) {
+        real::translateElemStringFieldFromSvr(text);
+    }
+}
+
+void addNewEventItem(EventItem::EVENT_TYPE type, int key, void* data) {
+    note("event " + std::to_string(type) + " " + std::to_string(key) +
+         (data == nullptr ? " without data" : ""));
+}
+
+threadClass::~threadClass() = default;
+
+void threadClass::start(void* /*argument*/) {}
+
+qxMutexBase::~qxMutexBase() = default;
+
+qxLocalMutex::qxLocalMutex(bool /*reentrant*/) : mutex_{} {}
+
+qxLocalMutex::~qxLocalMutex() = default;
+
+void qxLocalMutex::enter() {
+    ++host().mutexDepth;
+}
+
+void qxLocalMutex::leave() {
+    if (--host().mutexDepth < 0) {
+        note("the mutex was left once too often");
+    }
+}
+
+int qxLocalMutex::init() {
+    return 0;
+}
+
+void qxLocalMutex::assertLocked(const char* /*where*/) {}
+
+void QXReceiver::addOperationToSendQueue(int destination, int operationClass, int operationNumber,
+                                         int flag, const std::string& payload) {
+    note("send " + std::to_string(destination) + " " + std::to_string(operationClass) + "/" +
+         std::to_string(operationNumber) + " " + std::to_string(flag) + " " + payload);
+}
+
+AudioServer::AudioServer(PAController& controller) : controller_(controller), uuid_("uuid-self") {}
+
+AudioServer::~AudioServer() = default;
+
+std::string AudioServer::getUUID() const {
+    return uuid_;
+}
+
+PAController& AudioServer::getPAController() const {
+    return controller_;
+}
+
+int AudioServer::uploadFileToActiveServer(const std::string& localPath,
+                                          const std::string& serverPath) {
+    note("upload " + localPath + " to " + serverPath);
+    return host().uploadResult;
+}
+
+void AudioServer::addCampaignLog(const std::string& text) {
+    note("campaign log " + text);
+}
+
+// ---- the observer
+
+void RecordingObserver::called(const std::string& what) {
+    note(name_ + ": " + what);
+    if (inCallback) {
+        inCallback();
+    }
+}
+
+void RecordingObserver::onPaSourceUpdate(PaSource source) {
+    called("source " + std::to_string(source.id) + " " + source.label);
+}
+void RecordingObserver::onPaSourceDelete(int sourceId) {
+    called("source " + std::to_string(sourceId) + " deleted");
+}
+void RecordingObserver::onPaSinkUpdate(PaSink sink) {
+    called("sink " + std::to_string(sink.id) + " " + sink.label);
+}
+void RecordingObserver::onPaSinkDelete(int sinkId) {
+    called("sink " + std::to_string(sinkId) + " deleted");
+}
+void RecordingObserver::onPaTriggerUpdate(PaTrigger trigger) {
+    called("trigger " + std::to_string(trigger.id));
+}
+void RecordingObserver::onPaTriggerDelete(int triggerId) {
+    called("trigger " + std::to_string(triggerId) + " deleted");
+}
+void RecordingObserver::onPaSelectorUpdate(PaSelector selector) {
+    called("selector " + std::to_string(selector.id));
+}
+void RecordingObserver::onPaSelectorDelete(int selectorId) {
+    called("selector " + std::to_string(selectorId) + " deleted");
+}
+void RecordingObserver::onScheduleUpdate(ScheduleDefinition schedule) {
+    called("schedule " + std::to_string(schedule.Id));
+}
+void RecordingObserver::onScheduleDelete(ScheduleDefinition schedule) {
+    called("schedule " + std::to_string(schedule.Id) + " deleted");
+}
+void RecordingObserver::onPaZoneUpdate(PaZone zone) {
+    called("zone " + zone.id + " " + zone.activityText);
+}
+void RecordingObserver::onPaZoneDelete(std::string zoneId) {
+    called("zone " + zoneId + " deleted");
+}
+void RecordingObserver::onAudioMessageRetrievalComplete(const std::string& requestId, bool success,
+                                                        MessageRetrievalError error,
+                                                        const std::string& uri) {
+    called("retrieval " + requestId + " " + std::to_string(success) + " " + std::to_string(error) +
+           " " + uri);
+}
+void RecordingObserver::onMessageUpdate(AnnouncementRequest request) {
+    called("message " + request.getRequestID() + " " + request.stateText);
+}
+void RecordingObserver::onMessageDelete(AnnouncementRequest request) {
+    called("message " + request.getRequestID() + " deleted");
+}
