@@ -17,6 +17,8 @@ std::atomic<long> debugLevel{0};
 
 namespace {
 
+/// Reports of bad server records: the one kind that can come in a burst.
+constexpr int suppressedLevel = 3;
 constexpr std::time_t suppressionSeconds = 10;
 constexpr std::size_t rememberedErrors = 64;
 constexpr std::size_t longestText = 2000;
@@ -27,12 +29,10 @@ struct RecentError {
     unsigned long repeats = 0;
 };
 
-using ErrorKey = std::pair<int, std::string>;  // level and text
-
 struct Log {
     std::mutex lock;
-    LogSink sink;  // empty for stderr
-    std::map<ErrorKey, RecentError> recent;
+    LogSink sink;                               // empty for stderr
+    std::map<std::string, RecentError> recent;  // of the suppressed level, by text
 };
 
 // Built on first use and never destroyed: threads of the library log before main and after it.
@@ -73,15 +73,15 @@ void write(Log& log, LogLine::Kind kind, int level, std::time_t now, const std::
 /// Forgets the errors that were written before `before`, and tells how often they came again.
 void tellRepeats(Log& log, std::time_t before, std::time_t now) {
     for (auto it = log.recent.begin(); it != log.recent.end();) {
-        const auto& [key, error] = *it;
+        const auto& [text, error] = *it;
         // A clock set back must not keep an error silent for years.
         if (error.writtenAt >= before && error.writtenAt <= now) {
             ++it;
             continue;
         }
         if (error.repeats > 0) {
-            write(log, LogLine::Kind::Error, key.first, now,
-                  "suppressed " + std::to_string(error.repeats) + " more of: " + key.second);
+            write(log, LogLine::Kind::Error, suppressedLevel, now,
+                  "suppressed " + std::to_string(error.repeats) + " more of: " + text);
         }
         it = log.recent.erase(it);
     }
@@ -92,15 +92,16 @@ void report(int level, const std::string& text) {
     const std::time_t now = wallClock();
     const std::lock_guard guard(log.lock);
     tellRepeats(log, now - suppressionSeconds + 1, now);
-    const ErrorKey key(level, text);
-    if (const auto found = log.recent.find(key); found != log.recent.end()) {
-        ++found->second.repeats;
-        return;
+    if (level == suppressedLevel) {
+        if (const auto found = log.recent.find(text); found != log.recent.end()) {
+            ++found->second.repeats;
+            return;
+        }
+        if (log.recent.size() < rememberedErrors) {
+            log.recent[text] = {now, 0};
+        }
     }
     write(log, LogLine::Kind::Error, level, now, text);
-    if (log.recent.size() < rememberedErrors) {
-        log.recent[key] = {now, 0};
-    }
 }
 
 void trace(int level, const std::string& text) {

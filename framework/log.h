@@ -16,8 +16,8 @@ extern std::atomic<long> debugLevel;
 /// @param level 1 (events) to 3 (details)
 [[gnu::format(printf, 2, 3)]] void debug(int level, const char* format, ...);
 
-/// Reports a misuse or a bad record, printf style. Never throws. Identical reports within ten
-/// seconds are written once, and their number is told afterwards.
+/// Reports a misuse or a bad record, printf style. Never throws. Identical reports of level 3
+/// within ten seconds are written once, and their number is told afterwards.
 /// @param level 1 (misuse by the application), 2 (trouble on the link), 3 (bad record of the
 /// server)
 [[gnu::format(printf, 2, 3)]] void handleError(int level, const char* format, ...);

@@ -63,6 +63,7 @@ LanePool::Lane* LanePool::startableLane() {
 
 /// Runs one job to its end, if any can start.
 bool LanePool::runNext(Guard& guard) {
+    wakePending_ = false;
     Lane* const lane = startableLane();
     if (lane == nullptr) {
         return false;
@@ -106,10 +107,11 @@ void LanePool::passTurn(Running& running) {
 
 /// Sees to it that a thread looks at a job that can start.
 void LanePool::wakeThread() {
-    if (startableLane() == nullptr) {
-        return;
+    if (wakePending_ || startableLane() == nullptr) {
+        return;  // whoever takes a job comes here again for the next one
     }
     if (idleThreads_ > 0) {
+        wakePending_ = true;
         startable_.notify_one();
         return;
     }
@@ -121,6 +123,7 @@ void LanePool::wakeThread() {
             "record-lane", [this] { threadBody(); }, stackBytes);
         thread.detach();
         ++threads_;
+        wakePending_ = true;
     } catch (const std::system_error&) {
         // Those that there are must do; submit() helps when there is none.
     }

@@ -75,6 +75,7 @@ private:
     std::size_t running_ = 0;
     std::size_t threads_ = 0;
     std::size_t idleThreads_ = 0;
+    bool wakePending_ = false;  // a thread has been made or woken and has not looked for a job yet
     bool stopping_ = false;
 };
 

@@ -1,5 +1,4 @@
 // Withdrawal of records: one table of what is deleted how, and one walk.
-#include <atomic>
 #include <optional>
 #include <string>
 #include <vector>
@@ -32,13 +31,6 @@ AnnouncementRequest wholeRequest(const AnnouncementRequest& request) {
 
 constexpr int attachedZonesKind = 6;
 
-bool always() {
-    return true;
-}
-bool localServerIsInForce() {
-    return gActiveAudioServerDstNo == 0 && gIndirectCXSConnection;
-}
-
 /// Whether a row is concerned: 0 selects every server and every kind.
 bool selects(int wanted, int actual) {
     return wanted == 0 || wanted == actual;
@@ -51,12 +43,12 @@ template <class Record, class Argument>
 struct PAController::DeletionRow {
     int kind;
     std::map<int, Record> PAController::*cache;
-    const std::atomic<int>& server;
+    int server;  // whose withdrawals concern it
     void (PAControllerObserver::*slot)(Argument);
     Argument (*argument)(const Record&);
     std::optional<EventItem::EVENT_TYPE> event;
     const char* name;  // as the log calls it
-    bool (*notifies)() = always;
+    bool notifies = true;
 };
 
 /// The rows, in the order in which the caches are visited. Zones attached to sources have none:
@@ -64,25 +56,30 @@ struct PAController::DeletionRow {
 struct PAController::DeletionTable {
     using Observer = PAControllerObserver;
 
+    // Read once for each withdrawal.
+    const int local = gLocalDstNo;
+    const int active = gActiveAudioServerDstNo;
+    const bool localStandsIn = active == 0 && gIndirectCXSConnection;
+
     // clang-format off
     DeletionRow<PaSource, int> sources{
-        2, &PAController::availablePaSources, gLocalDstNo,
+        2, &PAController::availablePaSources, local,
         &Observer::onPaSourceDelete, idOf, EventItem::PA_SOURCE_DELETED, "PaSource ID"};
     DeletionRow<PaSink, int> sinks{
-        3, &PAController::availablePaSinks, gLocalDstNo,
+        3, &PAController::availablePaSinks, local,
         &Observer::onPaSinkDelete, idOf, EventItem::PA_SINK_DELETED, "PaSink ID"};
     /// No event: the queue has no type for it.
     DeletionRow<AnnouncementRequest, AnnouncementRequest> requests{
-        11, &PAController::activeAnnouncementRequestList, gActiveAudioServerDstNo,
+        11, &PAController::activeAnnouncementRequestList, active,
         &Observer::onMessageDelete, wholeRequest, std::nullopt, "Announcement Request UUID"};
     DeletionRow<PaZone, std::string> primaryZones{
-        20, &PAController::availablePaZonesPrimaryServer, gActiveAudioServerDstNo,
+        20, &PAController::availablePaZonesPrimaryServer, active,
         &Observer::onPaZoneDelete, idOf, EventItem::PA_ZONE_DELETED, "PaZone ID"};
     /// Observers know these zones only while the local server stands in for the active one.
     DeletionRow<PaZone, std::string> localZones{
-        20, &PAController::availablePaZonesLocalServer, gLocalDstNo,
+        20, &PAController::availablePaZonesLocalServer, local,
         &Observer::onPaZoneDelete, idOf, EventItem::PA_ZONE_DELETED, "PaZone ID",
-        localServerIsInForce};
+        localStandsIn};
     // clang-format on
 };
 
@@ -109,7 +106,7 @@ void PAController::deleteEntries(const DeletionRow<Record, Argument>& row, int k
         if (!told) {
             continue;
         }
-        if (row.notifies()) {
+        if (row.notifies) {
             notifyObservers(row.slot, *told);
             if (!lookUp(entryKey)) {
                 continue;
@@ -136,7 +133,7 @@ void PAController::deleteAudioVideoControllerInfo(int dstNo, int kind, int key) 
     };
     visit(table.sources);
     visit(table.sinks);
-    if (selects(dstNo, gLocalDstNo) && selects(kind, attachedZonesKind)) {
+    if (selects(dstNo, table.local) && selects(kind, attachedZonesKind)) {
         if (key == 0) {
             attachedPaZonesToPaSourceList.clear();
         } else {

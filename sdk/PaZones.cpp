@@ -45,9 +45,9 @@ void takeAttachedZones(ZoneIds& zones, const char* text) {
 
 constexpr Column<ZoneIds> attachedZonesColumns[] = {takeAttachedZones};
 
-bool isActiveServer(int dstNo) {
+bool isActiveServer(int dstNo, int localServer) {
     const int active = gActiveAudioServerDstNo;
-    return dstNo == active || (active == 0 && dstNo == gLocalDstNo);
+    return dstNo == active || (active == 0 && dstNo == localServer);
 }
 
 /// Whether `listed`, an entry of a sink's zone list, is the zone or one of its sub-zones.
@@ -67,8 +67,9 @@ void PAController::addUpdatePaZone(int dstNo, int elemNo, TEVlist* elemArgList) 
     PaZone decoded;
     decodeRecord(*elemArgList, columns, decoded);
 
+    const int localServer = gLocalDstNo;
     const MutexGuard guard(paControllerMtx);
-    auto& cache = gIndirectCXSConnection && dstNo == gLocalDstNo ? availablePaZonesLocalServer
+    auto& cache = gIndirectCXSConnection && dstNo == localServer ? availablePaZonesLocalServer
                                                                  : availablePaZonesPrimaryServer;
     const Merge merged = mergeRecord(cache, elemNo, decoded, fields, matchByKey<PaZone>);
     if (merged == Merge::Unchanged) {
@@ -82,7 +83,7 @@ void PAController::addUpdatePaZone(int dstNo, int elemNo, TEVlist* elemArgList) 
         PA_DEBUG(1, "%s: PaZone added to local cache: key >%d< PaZone Label >%s<",
                  "addUpdatePaZone", elemNo, zoneId.c_str());
     }
-    if (isActiveServer(dstNo) && !observers().empty()) {
+    if (isActiveServer(dstNo, localServer) && !observers().empty()) {
         publish(cache, elemNo, true, &PAControllerObserver::onPaZoneUpdate,
                 EventItem::PA_ZONE_UPDATED);
     }

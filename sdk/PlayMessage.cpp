@@ -37,18 +37,18 @@ void appendItems(Payload& payload, const std::vector<unsigned>& items) {
 }
 
 // type,origin,zones, - what both parts of a request begin with
-Payload partHead(Message::Type type, const std::vector<std::string>& zones) {
+Payload partHead(Message::Type type, const std::string& origin,
+                 const std::vector<std::string>& zones) {
     Payload part;
-    part.number(type).separator(',');
-    if (gIndirectCXSConnection) {
-        part.number(gLocalDstNo * 100LL + 1);
-    } else {
-        part.plain(gDeviceIPAddress);
-    }
-    part.separator(',');
+    part.number(type).separator(',').plain(origin).separator(',');
     appendZones(part, zones);
     part.separator(',');
     return part;
+}
+
+/// Who asks: this device's address, or on an indirect connection a number.
+std::string originText(long long numberWhenIndirect) {
+    return gIndirectCXSConnection ? Payload().number(numberWhenIndirect).text() : gDeviceIPAddress;
 }
 
 // language^voice^rate^text, prepared as a whole
@@ -92,11 +92,13 @@ std::string Message::playAnnouncement(const std::vector<std::string>& zones) {
         return id;
     }
 
-    Payload audio = partHead(audioMessageType, zones);
+    const int localServer = gLocalDstNo;
+    const std::string origin = originText(localServer * 100LL + 1);
+    Payload audio = partHead(audioMessageType, origin, zones);
     switch (audioMessageType) {
         case RECORDED_STREAM:
         case RECORDED_STREAM_SAF:
-            audio.number(gLocalDstNo).separator('^').plain(recordedStreamAbsoluteFilePathWithName);
+            audio.number(localServer).separator('^').plain(recordedStreamAbsoluteFilePathWithName);
             break;
         case DICTIONARY:
             appendItems(audio, audioDictionaryItems);
@@ -109,7 +111,7 @@ std::string Message::playAnnouncement(const std::vector<std::string>& zones) {
         default:
             break;
     }
-    Payload visual = partHead(visualMessageType, zones);
+    Payload visual = partHead(visualMessageType, origin, zones);
     if (visualMessageType == DISPLAY_TEMPLATE && !displayKeyValueList.empty()) {
         visual.prepared(templateText());
     }
@@ -183,12 +185,8 @@ unsigned PAController::playMessage(const std::vector<std::string>& zones,
             "resumeOnInterruptFlag is reserved for future use. Only false can be sent as this "
             "argument");
     }
-    Payload origin;
-    if (gIndirectCXSConnection) {
-        origin.number(gLocalDstNo);  // unlike a message, whose origin is a number of its own
-    } else {
-        origin.plain(gDeviceIPAddress);
-    }
+    // Unlike a message, whose origin is a number of its own.
+    const std::string origin = originText(gLocalDstNo);
     const auto sendPart = [&gain](Payload& part) {
         part.separator(',').level(gain.getLevel()).plain(",,startCondition,stopCondition,0,0,0,0");
         // No request id, absolute priority 500.
@@ -196,17 +194,14 @@ unsigned PAController::playMessage(const std::vector<std::string>& zones,
     };
 
     if (!zones.empty() && !dictionaryItems.empty()) {
-        Payload audio;
-        audio.number(Message::DICTIONARY).separator(',').plain(origin.text()).separator(',');
-        appendZones(audio, zones);
-        audio.separator(',');
+        Payload audio = partHead(Message::DICTIONARY, origin, zones);
         appendItems(audio, dictionaryItems);
         audio.separator('!').number(mode == 1 ? 0 : 1);
         sendPart(audio);
     }
     if (!visualDevices.empty() && visualText != nullptr) {
         Payload visual;
-        visual.number(Message::DISPLAY).separator(',').plain(origin.text()).separator(',');
+        visual.number(Message::DISPLAY).separator(',').plain(origin).separator(',');
         visual.list(visualDevices, '^',
                     [](Payload& p, const std::string& device) { p.plain(device); });
         visual.separator(',').prepared(visualText);

@@ -1,15 +1,16 @@
 // Everything at once, for the sanitizers: records, withdrawals, queries, registrations, operations.
 #include <atomic>
+#include <future>
 #include <gtest/gtest.h>
 #include <memory>
 #include <string>
 #include <vector>
 
-#include "framework/clock.h"
 #include "framework/posixThread.h"
 #include "link/Router.h"
 #include "sdk/AudioServer.h"
 #include "sdk/globals.h"
+#include "tests/support/noPauses.h"
 
 namespace {
 
@@ -18,27 +19,50 @@ using palink::RecordKind;
 
 /// Calls back into the controller, as applications do.
 struct Nosy : PAControllerObserverAdapter {
-    void onPaSourceUpdate(PaSource source) override {
-        seen += static_cast<int>(gPaController.getPaSinks().size()) + source.id;
+    void onPaSourceUpdate(PaSource) override {
+        if (active) {
+            seen += static_cast<int>(gPaController.getPaSinks().size()) + 1;
+        }
     }
     void onMessageUpdate(AnnouncementRequest request) override {
-        seen += static_cast<int>(gPaController.getAnnouncementRequests().size());
-        gPaController.cancelMessage(request.getRequestID());
+        if (active) {
+            gPaController.cancelMessage(request.getRequestID());
+        }
     }
+    std::atomic<bool> active{true};
     std::atomic<int> seen{0};
+};
+
+/// Takes every operation, until the last one.
+class Sender : public OperationSender {
+public:
+    Sender() { gQXReceiver.connect(*this); }
+    ~Sender() override { gQXReceiver.disconnect(); }
+    bool sendOperation(const Operation& operation) override {
+        if (operation.payload == "\"\",9") {
+            last_.set_value();
+        }
+        return true;
+    }
+    void waitForLast() {
+        gPaController.cancelMessage(Message::DISPLAY_TEMPLATE);
+        last_.get_future().wait();
+    }
+
+private:
+    std::promise<void> last_;
 };
 
 TEST(ConcurrencyTest, ThreadsOfEveryKindMeetInTheController) {
     constexpr int rounds = 200;
-    TimeSource source;
-    source.sleepMS = [](int) {};
-    setTimeSource(source);
+    skipPauses();
     auto& observer = *new Nosy;  // must outlive the controller
     static auto& observers = *new std::vector<PAControllerObserverAdapter>(rounds + 1);
     AudioServer audioServer(gPaController);
     gAudioServerInstance = &audioServer;
     gLocalDstNo = 1;
     gActiveAudioServerDstNo = 1;
+    Sender sender;
     palink::Router router(gPaController);
 
     std::vector<std::unique_ptr<PosixThread>> threads;
@@ -85,6 +109,8 @@ TEST(ConcurrencyTest, ThreadsOfEveryKindMeetInTheController) {
     router.handle(Record{1, RecordKind::Announcement, 1, {"last"}});
     EXPECT_GT(observer.seen, 0);
     EXPECT_EQ(gPaController.getAnnouncementRequests().empty(), false);
+    observer.active = false;
+    sender.waitForLast();
     gAudioServerInstance = nullptr;
     setTimeSource({});
 }

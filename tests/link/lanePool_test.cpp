@@ -6,7 +6,7 @@
 #include <mutex>
 #include <string>
 
-#include "framework/clock.h"
+#include "tests/support/noPauses.h"
 
 namespace {
 
@@ -42,9 +42,7 @@ Gate* gate = nullptr;
 struct LanePoolTest : testing::Test {
     LanePoolTest() {
         gate = &theGate;
-        TimeSource source;
-        source.sleepMS = [](int) { gate->pass(); };
-        setTimeSource(source);
+        skipPauses([](int) { gate->pass(); });
     }
     ~LanePoolTest() override { setTimeSource({}); }
 

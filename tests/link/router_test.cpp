@@ -4,9 +4,9 @@
 #include <mutex>
 #include <string>
 
-#include "framework/clock.h"
 #include "framework/log.h"
 #include "sdk/globals.h"
+#include "tests/support/noPauses.h"
 
 namespace {
 
@@ -49,9 +49,7 @@ struct RouterTest : testing::Test {
         }
         gLocalDstNo = server;
         gActiveAudioServerDstNo = server;
-        TimeSource source;
-        source.sleepMS = [](int) {};
-        setTimeSource(source);
+        skipPauses();
         gPaController.initPaResources();
         notes().take();
     }
@@ -123,6 +121,7 @@ TEST_F(RouterTest, AWithdrawalOfAllAndAResetWaitForThePool) {
 }
 
 TEST_F(RouterTest, ReportsAKindThatItDoesNotKnow) {
+    flushSuppressedErrors();  // of a run before this one
     std::string errors;
     setLogSink([&errors](const LogLine& line) { errors += line.text; });
     router.handle(Record{server, static_cast<RecordKind>(77), 5, {"x"}});

@@ -4,10 +4,10 @@
 #include <gtest/gtest.h>
 #include <string>
 
-#include "framework/clock.h"
 #include "framework/log.h"
 #include "link/EmbeddedTransport.h"
 #include "sdk/globals.h"
+#include "tests/support/noPauses.h"
 
 namespace {
 
@@ -46,9 +46,7 @@ private:
 
 struct ServerLinkTest : testing::Test {
     ServerLinkTest() {
-        TimeSource source;
-        source.sleepMS = [](int) {};
-        setTimeSource(source);
+        skipPauses();
         setLogSink([this](const LogLine& line) { errors += line.text + "\n"; });
         link.start();
     }
