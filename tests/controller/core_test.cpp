@@ -15,8 +15,7 @@ struct ControllerTest : testing::Test {
     ControllerTest() { recordingHost::reset(); }
 
     void addSource(int key, const std::string& label, const std::string& lock) {
-        RecordList record(
-            RecordBuilder(17).with(0, std::to_string(key)).with(2, label).with(9, lock));
+        RecordList record(with(with({std::to_string(key)}, 2, label), 9, lock));
         controller.addUpdatePaSource(key, record.list());
     }
 
@@ -108,6 +107,20 @@ TEST_F(ControllerTest, RenewsTheLocksOfThisClientInOrder) {
     gAudioServerInstance = nullptr;
     runWorker(1);
     EXPECT_EQ(recordingHost::transcript(), "sleep 9000\n");
+}
+
+TEST_F(ControllerTest, ReportsMissingRecords) {
+    controller.addUpdatePaSource(1, nullptr);
+    controller.addUpdatePaSink(2, nullptr);
+    controller.addUpdateAttachedPaZone(3, nullptr);
+    controller.updateFromTTS_Ports(4, nullptr);
+    controller.addUpdateAnnouncementRequest(5, nullptr);
+    EXPECT_EQ(recordingHost::transcript(),
+              "error 3 addUpdatePaSource: no record for key >1<\n"
+              "error 3 addUpdatePaSink: no record for key >2<\n"
+              "error 3 addUpdateAttachedPaZone: no record for key >3<\n"
+              "error 3 updateFromTTS_Ports: no record for key >4<\n"
+              "error 3 addUpdateAnnouncementRequest: no record for key >5<\n");
 }
 
 TEST(NumberText, ReadsIntegersAsTheTable) {

@@ -122,7 +122,7 @@ TEST_F(DeletionTest, AnObserverMayDeleteWhatIsBeingDeleted) {
 
 TEST_F(DeletionTest, AReconnectionEmptiesEveryCacheAndKeepsTheObservers) {
     debugLevel = 0;
-    RecordList locked(RecordBuilder(17).with(0, "5").with(9, "uuid-self"));
+    RecordList locked(with({"5"}, 9, "uuid-self"));
     controller.addUpdatePaSource(5, locked.list());
     recordingHost::transcript();
     debugLevel = 1;

@@ -56,7 +56,7 @@ TEST_F(LocaleTest, ChangesNeitherPayloadsNorDecoding) {
     EXPECT_EQ(decodeInt("1.234"), 1);
     PaZone zone;
     zone.id = "\xc4";  // a capital letter in one-byte locales
-    RecordList record(RecordBuilder(27).with(0, "1").with(26, "\xe4"));
+    RecordList record(with({"1"}, 26, "\xe4"));
     gPaController.addUpdatePaSink(1, record.list());
     EXPECT_TRUE(zone.getMembers().empty());
     gPaController.initPaResources();

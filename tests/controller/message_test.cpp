@@ -22,23 +22,18 @@ struct MessageTest : testing::Test {
 };
 
 TEST_F(MessageTest, BeginsEmpty) {
-    const Message message;
-    EXPECT_EQ(message.getRequestID(), "");
+    Message message;
     EXPECT_EQ(message.getPriority().getPriorityMode(), APM_ABSOLUTE_PRIORITY);
     EXPECT_EQ(message.getPriority().getPriorityLevel(), 500);
     EXPECT_EQ(message.getRepeatCnt(), 1);
     EXPECT_EQ(message.getAudioMessageType(), Message::NONE);
     EXPECT_EQ(message.getVisualMessageType(), Message::NONE);
-    EXPECT_FALSE(message.getOverrideDefaultGain());
-    EXPECT_EQ(message.getAudioMessageTTSText(), "");
-    EXPECT_EQ(message.getAudioMessageTTSLanguage(), "");
-    EXPECT_EQ(message.getAudioMessageTTSVoice(), "");
+    EXPECT_EQ(message.getAudioMessageTTSText() + message.getAudioMessageTTSLanguage() +
+                  message.getAudioMessageTTSVoice() + message.getRequestID(),
+              "");
     EXPECT_EQ(message.getAudioMessageTTSRate(), 48000);
     EXPECT_EQ(message.getAudioMessageTTSEncoding(), Message::UTF_8);
-}
-
-TEST_F(MessageTest, SettingAGainOverridesTheDefaultEvenAtZero) {
-    Message message;
+    EXPECT_FALSE(message.getOverrideDefaultGain());
     message.setGain(0.0);
     EXPECT_TRUE(message.getOverrideDefaultGain());
 }
@@ -130,30 +125,31 @@ TEST_F(MessageTest, RefusesWhatDoesNotFit) {
 }
 
 TEST_F(MessageTest, AContentFixesItsType) {
-    const std::vector<std::pair<std::function<void(Message&)>, Message::Type>> audio = {
-        {serverFile, Message::RECORDED_STREAM},
-        {localFile, Message::RECORDED_STREAM},
-        {audioItems, Message::DICTIONARY},
-        {speak("t", "en", "anna"), Message::TTS}};
-    for (const auto& [set, type] : audio) {
+    struct Case {
+        Message::Type before;
+        std::function<void(Message&)> set;
+        Message::Type audio;
+        Message::Type visual;
+    };
+    const Message::Type none = Message::NONE;
+    const std::vector<Case> cases = {
+        {none, serverFile, Message::RECORDED_STREAM, none},
+        {Message::RECORDED_STREAM_SAF, serverFile, Message::RECORDED_STREAM_SAF, none},
+        {none, localFile, Message::RECORDED_STREAM, none},
+        {none, audioItems, Message::DICTIONARY, none},
+        {none, speak("t", "en", "anna"), Message::TTS, none},
+        {Message::TTS_SAF, speak("t", "en", "anna"), Message::TTS_SAF, none},
+        {none, visualText, none, Message::DISPLAY_TEMPLATE},
+        {none, visualItems, none, Message::DISPLAY_TEMPLATE},
+        {none, visualTemplate, none, Message::DISPLAY_TEMPLATE},
+    };
+    for (const Case& c : cases) {
         Message message;
-        set(message);
-        EXPECT_EQ(message.getAudioMessageType(), type);
+        message.setAudioMessageType(c.before);
+        c.set(message);
+        EXPECT_EQ(message.getAudioMessageType(), c.audio) << &c - cases.data();
+        EXPECT_EQ(message.getVisualMessageType(), c.visual) << &c - cases.data();
     }
-    for (const std::function<void(Message&)>& set :
-         std::vector<std::function<void(Message&)>>{visualText, visualItems, visualTemplate}) {
-        Message message;
-        set(message);
-        EXPECT_EQ(message.getVisualMessageType(), Message::DISPLAY_TEMPLATE);
-    }
-    Message saf;
-    saf.setAudioMessageType(Message::RECORDED_STREAM_SAF);
-    serverFile(saf);
-    EXPECT_EQ(saf.getAudioMessageType(), Message::RECORDED_STREAM_SAF);
-    Message spokenSaf;
-    spokenSaf.setAudioMessageType(Message::TTS_SAF);
-    speak("t", "en", "anna")(spokenSaf);
-    EXPECT_EQ(spokenSaf.getAudioMessageType(), Message::TTS_SAF);
 }
 
 TEST_F(MessageTest, AnUploadGoesToTheServersFolderUnderItsFileName) {

@@ -7,17 +7,8 @@ namespace {
 
 using Texts = std::vector<std::string>;
 
-RecordBuilder fullRecord() {
-    return RecordBuilder(8)
-        .with(0, "\"Platform \\\"1\\\"\"")
-        .with(1, "skipped")
-        .with(2, "1")
-        .with(3, "\"Active\"")
-        .with(4, "2")
-        .with(5, "\"Dictionary\"")
-        .with(6, "3")
-        .with(7, "\"Fair\"");
-}
+const RecordFields full =
+    fieldsOf(R"("Platform \"1\""|skipped|1|"Active"|2|"Dictionary"|3|"Fair")");
 
 struct ZonesTest : testing::Test {
     ZonesTest() {
@@ -31,9 +22,12 @@ struct ZonesTest : testing::Test {
         return recordingHost::transcript();
     }
 
-    void attach(int key, const RecordFields& fields) {
+    Texts attachedTo(int key, const RecordFields& fields) {
         RecordList record(fields);
         controller.addUpdateAttachedPaZone(key, record.list());
+        Texts zones = {"kept"};
+        controller.getAttachedPaZoneList(key, &zones);
+        return zones;
     }
 
     RecordingObserver observer{"o"};
@@ -41,52 +35,44 @@ struct ZonesTest : testing::Test {
 };
 
 TEST_F(ZonesTest, DecodesEveryColumn) {
-    handle(1, 5, fullRecord());
+    handle(1, 5, full);
     const PaZone zone = controller.getPaZones().at(0);
-    EXPECT_EQ(zone.elemNo, 0U);
     EXPECT_EQ(zone.id, "Platform \"1\"");
-    EXPECT_EQ(zone.activity, 1);
-    EXPECT_EQ(zone.activityText, "\"Active\"");
-    EXPECT_EQ(zone.announcementType, 2);
-    EXPECT_EQ(zone.announcementTypeText, "\"Dictionary\"");
-    EXPECT_EQ(zone.health, 3);
-    EXPECT_EQ(zone.healthText, "\"Fair\"");
+    EXPECT_EQ(zone.activityText + zone.announcementTypeText + zone.healthText,
+              "\"Active\"\"Dictionary\"\"Fair\"");
+    EXPECT_EQ((std::vector<int>{static_cast<int>(zone.elemNo), zone.activity, zone.announcementType,
+                                zone.health}),
+              (std::vector<int>{0, 1, 2, 3}));
 }
 
 TEST_F(ZonesTest, TellsOfEachChangeButNotOfHealth) {
     debugLevel = 1;
-    EXPECT_EQ(handle(1, 5, fullRecord()),
+    EXPECT_EQ(handle(1, 5, full),
               "*log 1 addUpdatePaZone: PaZone added to local cache: key >5< PaZone Label "
               ">Platform \"1\"<\n*o: zone Platform \"1\" \"Active\"\n*event 40 5\n");
-    EXPECT_EQ(handle(1, 5, fullRecord().with(6, "1").with(7, "Good")), "");
-    EXPECT_EQ(handle(1, 5, fullRecord().with(0, "P1").with(6, "1")),
+    EXPECT_EQ(handle(1, 5, with(with(full, 6, "1"), 7, "Good")), "");
+    EXPECT_EQ(handle(1, 5, with(with(full, 0, "P1"), 6, "1")),
               "*log 1 addUpdatePaZone: updated key >5< PaZone Label >P1<\n"
               "*o: zone P1 \"Active\"\n*event 40 5\n");
     EXPECT_EQ(controller.getPaZones().at(0).health, 3);
-    debugLevel = 0;
-    const std::vector<std::pair<std::size_t, const char*>> changes = {
-        {0, "x"}, {2, "0"}, {3, "x"}, {4, "9"}, {5, "x"}};
-    for (const auto& [column, text] : changes) {
-        handle(1, 100, fullRecord());
-        EXPECT_NE(handle(1, 100, fullRecord().with(column, text)), "") << column;
-        EXPECT_EQ(handle(1, 100, fullRecord().with(column, text)), "") << column;
+    for (const std::size_t column : std::vector<std::size_t>{0, 2, 3, 4, 5}) {
+        handle(1, 100, full);
+        EXPECT_NE(handle(1, 100, with(full, column, "0")), "") << column;
+        EXPECT_EQ(handle(1, 100, with(full, column, "0")), "") << column;
     }
 }
 
 TEST_F(ZonesTest, IgnoresRecordsWithoutServerKeyOrList) {
     debugLevel = 1;
-    EXPECT_EQ(handle(0, 5, fullRecord()), "");
-    EXPECT_EQ(handle(1, 0, fullRecord()), "");
+    EXPECT_EQ(handle(0, 5, full) + handle(1, 0, full), "");
     controller.addUpdatePaZone(1, 5, nullptr);
     EXPECT_EQ(recordingHost::transcript(), "");
     EXPECT_TRUE(controller.getPaZones().empty());
-}
-
-TEST_F(ZonesTest, WithoutAnObserverNothingIsPosted) {
     PAController lonely;
-    RecordList record(fullRecord());
+    RecordList record(full);
+    debugLevel = 0;
     lonely.addUpdatePaZone(1, 5, record.list());
-    EXPECT_EQ(recordingHost::transcript(), "");
+    EXPECT_EQ(recordingHost::transcript(), "") << "without an observer nothing is posted";
 }
 
 /// Which cache a zone goes to, whether it is told, and what is then in force.
@@ -112,38 +98,27 @@ TEST_F(ZonesTest, ChoosesItsCacheAsTheTable) {
         fresh.registerObserver(&observer);
         gIndirectCXSConnection = c.indirect;
         gActiveAudioServerDstNo = c.active;
-        RecordList record(fullRecord());
+        RecordList record(full);
         fresh.addUpdatePaZone(c.dstNo, 5, record.list());
-        const std::string where = std::to_string(c.indirect) + " " + std::to_string(c.active) +
-                                  " " + std::to_string(c.dstNo);
-        EXPECT_EQ(recordingHost::transcript() != "", c.told) << where;
-        EXPECT_EQ(fresh.getPaZones().size(), c.inForce ? 1U : 0U) << where;
+        EXPECT_EQ(recordingHost::transcript() != "", c.told) << &c - cases.data();
+        EXPECT_EQ(fresh.getPaZones().size(), c.inForce ? 1U : 0U) << &c - cases.data();
     }
 }
 
 TEST_F(ZonesTest, KeepsTheAttachedZonesOfASource) {
-    attach(3, {"\"Z2^\\\"Z^1\\\"^Z2\"", "ignored"});
-    Texts zones = {"kept"};
-    controller.getAttachedPaZoneList(3, &zones);
-    EXPECT_EQ(zones, (Texts{"kept", "Z2", "Z^1"}));
-    controller.getAttachedPaZoneList(4, &zones);
-    EXPECT_EQ(zones.size(), 3U);
-
-    attach(3, {"(null)"});
-    Texts none;
-    controller.getAttachedPaZoneList(3, &none);
-    EXPECT_TRUE(none.empty());
-    controller.addUpdateAttachedPaZone(3, nullptr);
-    EXPECT_EQ(recordingHost::transcript(),
-              "error 3 addUpdateAttachedPaZone: no record for key >3<\n");
+    EXPECT_EQ(attachedTo(3, fieldsOf(R"("Z2^\"Z^1\"^Z2"|ignored)")), (Texts{"kept", "Z2", "Z^1"}));
+    Texts unknown;
+    controller.getAttachedPaZoneList(4, &unknown);
+    EXPECT_TRUE(unknown.empty());
+    EXPECT_EQ(attachedTo(3, {"(null)"}), (Texts{"kept"}));
 }
 
 TEST_F(ZonesTest, FindsItsMembers) {
     gPaController.initPaResources();
-    const Texts lists = {"hall/North", "Hallway", "HALL^Hall/East", "Hal", "Other^Hall^Hall", ""};
     int key = 0;
-    for (const std::string& list : lists) {
-        RecordList record(RecordBuilder(32).with(0, std::to_string(++key)).with(26, list));
+    for (const char* const list :
+         {"hall/North", "Hallway", "HALL^Hall/East", "Hal", "Other^Hall^Hall", ""}) {
+        RecordList record(with({std::to_string(++key)}, 26, list));
         gPaController.addUpdatePaSink(key, record.list());
     }
     PaZone zone;

@@ -1,9 +1,11 @@
 #include "sdk/SendQueue.h"
 
+#include <atomic>
 #include <condition_variable>
 #include <gtest/gtest.h>
 #include <mutex>
 #include <string>
+#include <thread>
 
 #include "framework/clock.h"
 #include "framework/log.h"
@@ -121,6 +123,33 @@ TEST(QXReceiverTest, KeepsOrderAcrossALossAndReportsWhatItDrops) {
     gQXReceiver.disconnect();
     setLogSink({});
     setTimeSource({});
+}
+
+/// Takes its time over each operation.
+struct SlowSender : OperationSender {
+    bool sendOperation(const Operation&) override {
+        entered = true;
+        for (int i = 0; i < 50; ++i) {
+            std::this_thread::yield();
+        }
+        left = true;
+        return true;
+    }
+    std::atomic<bool> entered{false};
+    std::atomic<bool> left{false};
+};
+
+TEST(QXReceiverTest, DisconnectsFromASenderThatIsNotInUseAnyMore) {
+    for (int round = 0; round < 100; ++round) {
+        SlowSender sender;
+        gQXReceiver.addOperationToSendQueue(-1, 92, 1, 1, "");
+        gQXReceiver.connect(sender);
+        while (!sender.entered) {
+            std::this_thread::yield();
+        }
+        gQXReceiver.disconnect();
+        EXPECT_TRUE(sender.left);
+    }
 }
 
 }  // namespace

@@ -1,8 +1,10 @@
 #include "tests/recordingHost/RecordingHost.h"
 
+#include <algorithm>
 #include <array>
 #include <cstdarg>
 #include <cstdio>
+#include <sstream>
 #include <utility>
 
 #include "framework/clock.h"
@@ -198,60 +200,27 @@ void AudioServer::addCampaignLog(const std::string& text) {
     note("campaign log " + text);
 }
 
-// ---- the observer
+// ---- the observer and the records
 
-void RecordingObserver::called(const std::string& what) {
-    note(name_ + ": " + what);
+void RecordingObserver::called(const std::string& kind, const std::string& id,
+                               const std::string& what) {
+    note(name_ + ": " + kind + " " + id + " " + what);
     if (inCallback) {
         inCallback();
     }
 }
 
-void RecordingObserver::onPaSourceUpdate(PaSource source) {
-    called("source " + std::to_string(source.id) + " " + source.label);
+RecordFields fieldsOf(const std::string& text) {
+    RecordFields fields;
+    std::istringstream stream(text);
+    for (std::string field; std::getline(stream, field, '|');) {
+        fields.push_back(field == "-" ? std::nullopt : std::optional(field));
+    }
+    return fields;
 }
-void RecordingObserver::onPaSourceDelete(int sourceId) {
-    called("source " + std::to_string(sourceId) + " deleted");
-}
-void RecordingObserver::onPaSinkUpdate(PaSink sink) {
-    called("sink " + std::to_string(sink.id) + " " + sink.label);
-}
-void RecordingObserver::onPaSinkDelete(int sinkId) {
-    called("sink " + std::to_string(sinkId) + " deleted");
-}
-void RecordingObserver::onPaTriggerUpdate(PaTrigger trigger) {
-    called("trigger " + std::to_string(trigger.id));
-}
-void RecordingObserver::onPaTriggerDelete(int triggerId) {
-    called("trigger " + std::to_string(triggerId) + " deleted");
-}
-void RecordingObserver::onPaSelectorUpdate(PaSelector selector) {
-    called("selector " + std::to_string(selector.id));
-}
-void RecordingObserver::onPaSelectorDelete(int selectorId) {
-    called("selector " + std::to_string(selectorId) + " deleted");
-}
-void RecordingObserver::onScheduleUpdate(ScheduleDefinition schedule) {
-    called("schedule " + std::to_string(schedule.Id));
-}
-void RecordingObserver::onScheduleDelete(ScheduleDefinition schedule) {
-    called("schedule " + std::to_string(schedule.Id) + " deleted");
-}
-void RecordingObserver::onPaZoneUpdate(PaZone zone) {
-    called("zone " + zone.id + " " + zone.activityText);
-}
-void RecordingObserver::onPaZoneDelete(std::string zoneId) {
-    called("zone " + zoneId + " deleted");
-}
-void RecordingObserver::onAudioMessageRetrievalComplete(const std::string& requestId, bool success,
-                                                        MessageRetrievalError error,
-                                                        const std::string& uri) {
-    called("retrieval " + requestId + " " + std::to_string(success) + " " + std::to_string(error) +
-           " " + uri);
-}
-void RecordingObserver::onMessageUpdate(AnnouncementRequest request) {
-    called("message " + request.getRequestID() + " " + request.stateText);
-}
-void RecordingObserver::onMessageDelete(AnnouncementRequest request) {
-    called("message " + request.getRequestID() + " deleted");
+
+RecordFields with(RecordFields fields, std::size_t column, const std::string& text) {
+    fields.resize(std::max(fields.size(), column + 1));
+    fields[column] = text;
+    return fields;
 }

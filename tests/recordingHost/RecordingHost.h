@@ -41,47 +41,42 @@ void note(const std::string& line);
 }  // namespace recordingHost
 
 /// Writes every call into the transcript, as "name: call arguments".
-class RecordingObserver : public PAControllerObserver {
+class RecordingObserver : public PAControllerObserverAdapter {
 public:
     explicit RecordingObserver(std::string name) : name_(std::move(name)) {}
 
-    void onPaSourceUpdate(PaSource source) override;
-    void onPaSourceDelete(int sourceId) override;
-    void onPaSinkUpdate(PaSink sink) override;
-    void onPaSinkDelete(int sinkId) override;
-    void onPaTriggerUpdate(PaTrigger trigger) override;
-    void onPaTriggerDelete(int triggerId) override;
-    void onPaSelectorUpdate(PaSelector selector) override;
-    void onPaSelectorDelete(int selectorId) override;
-    void onScheduleUpdate(ScheduleDefinition schedule) override;
-    void onScheduleDelete(ScheduleDefinition schedule) override;
-    void onPaZoneUpdate(PaZone zone) override;
-    void onPaZoneDelete(std::string zoneId) override;
-    void onAudioMessageRetrievalComplete(const std::string& requestId, bool success,
-                                         MessageRetrievalError error,
-                                         const std::string& uri) override;
-    void onMessageUpdate(AnnouncementRequest request) override;
-    void onMessageDelete(AnnouncementRequest request) override;
+    void onPaSourceUpdate(PaSource source) override { called("source", source.id, source.label); }
+    void onPaSourceDelete(int id) override { called("source", id, "deleted"); }
+    void onPaSinkUpdate(PaSink sink) override { called("sink", sink.id, sink.label); }
+    void onPaSinkDelete(int id) override { called("sink", id, "deleted"); }
+    void onPaZoneUpdate(PaZone zone) override { called("zone", zone.id, zone.activityText); }
+    void onPaZoneDelete(std::string id) override { called("zone", id, "deleted"); }
+    void onMessageUpdate(AnnouncementRequest request) override {
+        called("message", request.getRequestID(), request.stateText);
+    }
+    void onMessageDelete(AnnouncementRequest request) override {
+        called("message", request.getRequestID(), "deleted");
+    }
 
     /// Called in every callback, after it has been written down.
     std::function<void()> inCallback;
 
 private:
-    void called(const std::string& what);
+    void called(const std::string& kind, int id, const std::string& what) {
+        called(kind, std::to_string(id), what);
+    }
+    void called(const std::string& kind, const std::string& id, const std::string& what);
 
     std::string name_;
 };
 
-/// A record whose first `columns` fields are absent but for those named.
-class RecordBuilder {
-public:
-    explicit RecordBuilder(std::size_t columns) : fields_(columns) {}
-    RecordBuilder& with(std::size_t column, const std::string& text) {
-        fields_.at(column) = text;
-        return *this;
-    }
-    operator RecordFields() const { return fields_; }  // NOLINT: it is what it builds
+/// The fields of a record, written with "|" between them and "-" for one that is absent.
+RecordFields fieldsOf(const std::string& text);
 
-private:
-    RecordFields fields_;
-};
+/// Fields with one of them replaced, and absent ones up to it.
+RecordFields with(RecordFields fields, std::size_t column, const std::string& text);
+
+/// A record with one or two fields and no other.
+inline RecordFields only(std::size_t column, const std::string& text) {
+    return with({}, column, text);
+}

@@ -1,0 +1,12 @@
+# The program in the README is the one that is built: cmake -D README=... -D EXAMPLE=... -P this
+file(READ ${README} readme)
+file(READ ${EXAMPLE} example)
+string(FIND "${readme}" "```cpp\n" begin)
+string(SUBSTRING "${readme}" ${begin} -1 code)
+string(SUBSTRING "${code}" 7 -1 code)
+string(FIND "${code}" "```" end)
+string(SUBSTRING "${code}" 0 ${end} code)
+string(FIND "${example}" "${code}" found)
+if(code STREQUAL "" OR found EQUAL -1)
+  message(FATAL_ERROR "the program in ${README} is not that of ${EXAMPLE}")
+endif()

@@ -1,0 +1,36 @@
+#pragma once
+
+#include <map>
+#include <string>
+#include <vector>
+
+#include "link/Transport.h"
+#include "simserver/PlayEngine.h"
+#include "simserver/Station.h"
+
+namespace simserver {
+
+/// What plays in each zone, and from which sinks it is heard, as the client was last told. Belongs
+/// to its server, whose lock guards it.
+class Activity {
+public:
+    /// @param station must outlive the object
+    explicit Activity(const Station& station);
+
+    /// Takes what the engine plays now.
+    /// @return the records of sinks and zones that changed
+    std::vector<palink::Record> update(const PlayEngine& engine);
+
+    /// The records of every sink, then of every zone.
+    std::vector<palink::Record> all() const;
+
+private:
+    palink::Record sinkRecordAt(std::size_t i) const;
+    palink::Record zoneRecordAt(std::size_t i) const;
+
+    const Station& station_;
+    std::vector<bool> sinksPlaying_;                    // by place in the station
+    std::vector<const AnnouncementType*> zonePlaying_;  // by place in the station, null for nothing
+};
+
+}  // namespace simserver

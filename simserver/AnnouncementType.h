@@ -1,0 +1,26 @@
+#pragma once
+
+namespace simserver {
+
+/// What a part of an announcement occupies in a zone.
+enum class Medium { Audio, Visual };
+
+/// How the content of a part is written.
+enum class ContentForm { None, Recorded, Dictionary, Text, Spoken, Template };
+
+/// A type of announcement and what the server makes of it.
+struct AnnouncementType {
+    int number;
+    const char* name;
+    Medium medium;
+    ContentForm form;         ///< `None` for a type that the server does not play
+    const char* whyNot = "";  ///< why it does not
+};
+
+/// The type that stands for nothing at all.
+constexpr int noAnnouncement = 7;
+
+/// The type with a number, null for a number that is none.
+const AnnouncementType* findType(int number);
+
+}  // namespace simserver

@@ -1,0 +1,206 @@
+#include "simserver/Records.h"
+
+#include <algorithm>
+#include <array>
+
+#include "simserver/FieldText.h"
+
+namespace simserver {
+
+namespace {
+
+using Field = std::optional<std::string>;
+
+constexpr std::nullopt_t skipped = std::nullopt;
+constexpr std::nullopt_t absent = std::nullopt;
+
+Field number(int value) {
+    return std::to_string(value);
+}
+
+/// Every text quoted, with a separator between them: a list that its reader splits once.
+std::string quotedList(const std::vector<std::string>& texts, char separator) {
+    std::string list;
+    for (const std::string& text : texts) {
+        list += list.empty() ? quoted(text) : separator + quoted(text);
+    }
+    return list;
+}
+
+/// A list of zones that its reader translates before it splits it.
+Field zoneField(const std::vector<std::string>& zones) {
+    return zones.empty() ? Field() : quoted(quotedList(zones, '^'));
+}
+
+const char* healthText(int health) {
+    constexpr std::array<const char*, 5> names = {"Unknown", "Healthy", "Minor fault",
+                                                  "Major fault", "Inactive"};
+    return names.at(static_cast<std::size_t>(health));
+}
+
+/// A state as its record says it; the completion code only of what is over.
+struct StateText {
+    PartState state;
+    const char* text;
+    const char* completionCode;
+};
+
+constexpr StateText stateTexts[] = {
+    {PartState::Queued, "Queued", nullptr},    {PartState::Playing, "Playing", nullptr},
+    {PartState::Finished, "Finished", "0"},    {PartState::Cancelled, "Cancelled", "1"},
+    {PartState::PreEmpted, "Pre-empted", "2"}, {PartState::Failed, "Failed", "3"},
+};
+
+const StateText& textOf(PartState state) {
+    return *std::find_if(std::begin(stateTexts), std::end(stateTexts),
+                         [state](const StateText& row) { return row.state == state; });
+}
+
+std::string dateText(std::time_t time) {
+    std::tm utc{};
+    std::array<char, 32> text{};
+    if (gmtime_r(&time, &utc) == nullptr) {
+        return "";
+    }
+    return {text.data(), std::strftime(text.data(), text.size(), "%Y-%m-%d %H:%M:%S", &utc)};
+}
+
+std::string contentText(const RecordedContent& content) {
+    return content.path;
+}
+std::string contentText(const DictionaryContent& content) {
+    std::string items;
+    for (const unsigned item : content.items) {
+        items += (items.empty() ? "" : "^") + std::to_string(item);
+    }
+    return items + "!" + std::to_string(content.repeats);
+}
+std::string contentText(const TextContent& content) {
+    return content.text;
+}
+std::string contentText(const SpokenContent& content) {
+    std::string texts;
+    for (const SpokenText& spoken : content.texts) {
+        texts += (texts.empty() ? "" : "!") + spoken.text;
+    }
+    return texts;
+}
+std::string contentText(const TemplateContent& content) {
+    return content.json;
+}
+
+// type,origin,zones,content,gain,before^after^0
+std::string messageContent(const RequestPart& part) {
+    const std::string content =
+        std::visit([](const auto& alternative) { return contentText(alternative); }, part.content);
+    return std::to_string(part.type->number) + "," + quoted(part.origin) + "," +
+           quoted(quotedList(part.zones, '^')) + "," + quoted(content) + "," +
+           (part.gain ? decimalText(*part.gain) : "") + "," + std::to_string(part.preChime) + "^" +
+           std::to_string(part.postChime) + "^0";
+}
+
+}  // namespace
+
+RecordFields sourceRecord(const Source& source, int dstNo) {
+    constexpr int notAttached = 1;
+    constexpr int attached = 2;
+    return {
+        number(source.id),
+        quoted(source.location),
+        quoted(source.label),
+        source.ipAddress,
+        number(source.type),
+        skipped,  // 5
+        source.subAddress,
+        number(source.attachedZones.empty() ? notAttached : attached),
+        skipped,  // 8
+        absent,   // nobody holds its lock
+        number(dstNo),
+        decimalText(source.inputGain),
+        number(source.broadcastType),
+        skipped,  // 13
+        skipped,
+        skipped,
+        number(source.health),  // 16
+    };
+}
+
+RecordFields attachedZonesRecord(const Source& source) {
+    return {zoneField(source.attachedZones)};
+}
+
+RecordFields sinkRecord(const Sink& sink, bool playing) {
+    constexpr int idle = 1;
+    constexpr int active = 2;
+    constexpr int nothing = 0;
+    constexpr int filePlay = 1;
+    RecordFields fields = {
+        number(sink.id),
+        quoted(sink.location),
+        quoted(sink.label),
+        sink.ipAddress,
+        number(sink.type),
+        skipped,  // 5
+        sink.ampPorts,
+        number(playing ? active : idle),
+        skipped,  // 8
+        number(playing ? filePlay : nothing),
+        skipped,  // 10
+        decimalText(sink.outputGain),
+        number(sink.muteState),
+        skipped,  // 13
+        skipped,
+        number(sink.monitoringSinkId),  // 15
+        skipped,
+        number(sink.health),
+    };
+    fields.resize(26);  // 18 to 25 are skipped
+    fields.push_back(zoneField(sink.zones));
+    fields.push_back(number(sink.monitoringEnabled ? 1 : 0));
+    fields.push_back(quotedList(sink.monitoringZones, '^'));
+    fields.resize(31);  // 29 and 30 are skipped
+    fields.push_back(quoted(sink.mediaLog));
+    return fields;
+}
+
+RecordFields zoneRecord(const Zone& zone, const AnnouncementType* playing) {
+    const AnnouncementType& type = playing != nullptr ? *playing : *findType(noAnnouncement);
+    return {
+        quoted(zone.id),
+        skipped,  // 1
+        number(playing != nullptr ? 1 : 0),
+        playing != nullptr ? "Active" : "Idle",
+        number(type.number),
+        type.name,
+        number(zone.health),
+        healthText(zone.health),
+    };
+}
+
+RecordFields voiceRecord(const Voice& voice) {
+    return {quoted(voice.language), quoted(voice.voice), number(voice.rate), quoted(voice.text)};
+}
+
+RecordFields announcementRecord(const PlayPart& part, std::time_t epoch) {
+    const StateText& state = textOf(part.state);
+    RecordFields fields = {quoted(part.requestId)};
+    fields.resize(5);  // 1 to 4 are skipped
+    fields.emplace_back(state.text);
+    fields.push_back(absent);
+    if (part.start) {
+        const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(*part.start);
+        fields.back() = dateText(epoch + static_cast<std::time_t>(seconds.count()));
+    }
+    fields.resize(9);  // 7 and 8 are skipped
+    fields.push_back(quoted(messageContent(part.request)));
+    fields.resize(16);  // 10 to 15 are skipped
+    fields.push_back(part.priority);
+    fields.push_back(skipped);  // 17
+    if (part.isOver()) {
+        fields.emplace_back(state.completionCode);
+        fields.push_back(quoted(part.outcome));
+    }
+    return fields;
+}
+
+}  // namespace simserver

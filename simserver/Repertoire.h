@@ -1,0 +1,49 @@
+#pragma once
+
+#include <map>
+#include <optional>
+#include <set>
+#include <string>
+
+#include "simserver/Request.h"
+#include "simserver/SimTime.h"
+#include "simserver/Spool.h"
+#include "simserver/Station.h"
+
+namespace simserver {
+
+/// What a station can play, and how long that lasts. Does not change; reads the spool.
+class Repertoire {
+public:
+    /// Both must outlive the object.
+    Repertoire(const Station& station, const Spool& spool);
+
+    /// @throws Refused for a zone, dictionary item, chime or voice that the station does not have
+    void check(const RequestPart& part) const;
+
+    /// How long a part of a request lasts if it begins now; nothing when it has no end of its own.
+    /// @throws Refused when it cannot be played after all
+    std::optional<SimTime> lengthOf(const RequestPart& part) const;
+
+private:
+    using Length = std::optional<SimTime>;
+
+    void check(const DictionaryContent& content) const;
+    void check(const SpokenContent& content) const;
+    template <class Content>
+    void check(const Content& /*unused*/) const {}
+
+    Length lengthOf(const RecordedContent& content) const;
+    Length lengthOf(const DictionaryContent& content) const;
+    Length lengthOf(const TextContent& content) const;
+    Length lengthOf(const SpokenContent& content) const;
+    Length lengthOf(const TemplateContent& content) const;
+    SimTime lengthOfChime(int number) const;
+
+    const Station& station_;
+    const Spool& spool_;
+    std::set<std::string> zones_;
+    std::map<unsigned, const DictionaryItem*> items_;
+};
+
+}  // namespace simserver

@@ -1,0 +1,65 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <variant>
+#include <vector>
+
+#include "simserver/AnnouncementType.h"
+
+/// @file
+/// What a play or cancel operation asks for, once decoded. Plain values.
+
+namespace simserver {
+
+struct RecordedContent {
+    std::string path;  ///< as the server sees it
+};
+struct DictionaryContent {
+    std::vector<unsigned> items;
+    int repeats = 1;  ///< 0 for endless
+};
+struct TextContent {
+    std::string text;
+};
+struct SpokenText {
+    std::string language;
+    std::string voice;
+    int rate = 0;  ///< Hz
+    std::string text;
+};
+struct SpokenContent {
+    std::vector<SpokenText> texts;
+};
+struct TemplateContent {
+    std::string json;   ///< compact, empty for a template without variables
+    int validity = -1;  ///< seconds; negative: until cancelled or replaced
+};
+using Content =
+    std::variant<RecordedContent, DictionaryContent, TextContent, SpokenContent, TemplateContent>;
+
+/// What is heard, or what is shown.
+struct RequestPart {
+    const AnnouncementType* type = nullptr;
+    std::string origin;
+    std::vector<std::string> zones;
+    Content content;
+    std::optional<double> gain;  ///< dB
+    int preChime = 0;            ///< dictionary item, 0 for none
+    int postChime = 0;
+};
+
+struct PlayRequest {
+    std::string id;  ///< empty when the client leaves it to the server
+    bool relative = false;
+    int level = 0;  ///< as given, in the mode above
+    std::vector<RequestPart> parts;
+};
+
+/// Names either a request or a type.
+struct CancelRequest {
+    std::string id;
+    const AnnouncementType* type = nullptr;
+};
+
+}  // namespace simserver

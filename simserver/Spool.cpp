@@ -1,0 +1,92 @@
+#include "simserver/Spool.h"
+
+#include <cerrno>
+#include <cstdlib>
+#include <string_view>
+#include <system_error>
+#include <unistd.h>
+
+namespace simserver {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+std::error_code lastError() {
+    return {errno, std::generic_category()};
+}
+
+fs::path madeFolder(const fs::path& wanted) {
+    if (!wanted.empty()) {
+        fs::create_directories(wanted);
+        return wanted;
+    }
+    std::string name = (fs::temp_directory_path() / "pa-spool-XXXXXX").string();
+    if (mkdtemp(name.data()) == nullptr) {
+        throw fs::filesystem_error("cannot make a spool folder", name, lastError());
+    }
+    return name;
+}
+
+/// A new, empty file for what is being uploaded.
+fs::path newFile(const fs::path& folder, std::error_code& error) {
+    std::string name = (folder / ".upload-XXXXXX").string();
+    const int file = mkstemp(name.data());
+    if (file < 0) {
+        error = lastError();
+    } else {
+        close(file);
+    }
+    return name;
+}
+
+}  // namespace
+
+Spool::Spool(const fs::path& folder) : temporary_(folder.empty()), folder_(madeFolder(folder)) {}
+
+Spool::~Spool() {
+    if (temporary_) {
+        std::error_code ignored;
+        fs::remove_all(folder_, ignored);
+    }
+}
+
+std::optional<fs::path> Spool::placeOf(const std::string& serverPath) const {
+    const std::string_view folder = serverFolder;
+    if (serverPath.compare(0, folder.size(), folder) != 0) {
+        return std::nullopt;
+    }
+    const std::string name = serverPath.substr(folder.size());
+    const bool leaves = name.empty() || name == "." || name == ".." ||
+                        name.find_first_of(std::string_view("/\0", 2)) != std::string::npos;
+    return leaves ? std::nullopt : std::optional(folder_ / name);
+}
+
+palink::UploadResult Spool::store(const std::string& localPath,
+                                  const std::string& serverPath) const {
+    const std::optional<fs::path> place = placeOf(serverPath);
+    if (!place) {
+        return {false, "\"" + serverPath + "\" is not a file name in " + serverFolder};
+    }
+    std::error_code error;
+    if (!fs::is_regular_file(localPath, error)) {
+        return {false, "cannot read \"" + localPath +
+                           "\": " + (error ? error.message() : "not a regular file")};
+    }
+    // The file is written beside its place and put there whole.
+    const fs::path written = newFile(folder_, error);
+    if (!error) {
+        fs::copy_file(localPath, written, fs::copy_options::overwrite_existing, error);
+    }
+    if (!error) {
+        fs::rename(written, *place, error);
+    }
+    if (error) {
+        std::error_code ignored;
+        fs::remove(written, ignored);
+        return {false, "cannot store \"" + localPath + "\": " + error.message()};
+    }
+    return {true, ""};
+}
+
+}  // namespace simserver

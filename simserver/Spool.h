@@ -1,0 +1,36 @@
+#pragma once
+
+#include <filesystem>
+#include <optional>
+#include <string>
+
+#include "link/Transport.h"
+
+namespace simserver {
+
+/// The folder of this machine that stands for the server's folder of uploaded files. Every function
+/// may be called from any thread: nothing changes but the files, each of them at one stroke.
+class Spool {
+public:
+    static constexpr const char* serverFolder = "/home/quillon/tmp/";
+
+    /// @param folder made if needed; empty for a temporary one, removed with this object
+    /// @throws std::filesystem::filesystem_error when it cannot be made
+    explicit Spool(const std::filesystem::path& folder);
+    Spool(const Spool&) = delete;
+    Spool& operator=(const Spool&) = delete;
+    ~Spool();
+
+    /// Where a file of the server's folder lies on this machine; nothing for a path that does not
+    /// name a file of that very folder.
+    std::optional<std::filesystem::path> placeOf(const std::string& serverPath) const;
+
+    /// Copies a file of this machine, in place of one that has the same name.
+    palink::UploadResult store(const std::string& localPath, const std::string& serverPath) const;
+
+private:
+    const bool temporary_;
+    const std::filesystem::path folder_;
+};
+
+}  // namespace simserver

@@ -1,0 +1,238 @@
+// One announcement on its whole road: application, controller, link, simulated server, and back.
+#include <condition_variable>
+#include <gtest/gtest.h>
+#include <mutex>
+#include <nlohmann/json.hpp>
+#include <sndfile.h>
+#include <string>
+#include <utility>
+#include <variant>
+#include <vector>
+
+#include "link/EmbeddedTransport.h"
+#include "link/ServerLink.h"
+#include "sdk/PAController.h"
+#include "sdk/globals.h"
+#include "simserver/RequestDecoder.h"
+#include "simserver/SimServer.h"
+#include "tests/support/noPauses.h"
+
+namespace {
+
+using namespace std::chrono_literals;
+using Texts = std::vector<std::string>;
+
+/// Texts that the encodings must carry. Leading blanks do not survive a list, so none has any.
+const Texts hostileTexts = {
+    "a,b^c!d~e=f",
+    "\"",
+    "say \"hello\"",
+    "back\\slash\\",
+    "\\\"",
+    "line\nend\r\n\ttab",
+    "Gr\xc3\xbc\xc3\x9f"
+    "e \xe2\x82\xac \xf0\x9f\x9a\x86",
+    "{\"json\" : [1, 2]}",
+    "(null)",
+    "trailing blanks  ",
+    std::string(200'000, '\\') + std::string(200'000, '"'),
+};
+
+/// Keeps what the controller tells of announcements, each as "id: state".
+class Watch : public PAControllerObserverAdapter {
+public:
+    void onMessageUpdate(AnnouncementRequest request) override {
+        const std::lock_guard guard(lock_);
+        last_ = request;
+        add(request.getRequestID() + ": " + request.stateText);
+    }
+    void onMessageDelete(AnnouncementRequest request) override {
+        const std::lock_guard guard(lock_);
+        add(request.getRequestID() + " over");
+    }
+
+    /// Waits until `line` has been told.
+    void waitFor(const std::string& line) {
+        std::unique_lock guard(lock_);
+        changed_.wait(guard, [&] { return all_.find(line + "\n") != std::string::npos; });
+    }
+    std::string all() {
+        const std::lock_guard guard(lock_);
+        return all_;
+    }
+    AnnouncementRequest last() {
+        const std::lock_guard guard(lock_);
+        return last_;
+    }
+    void clear() {
+        const std::lock_guard guard(lock_);
+        all_.clear();
+    }
+
+private:
+    void add(const std::string& line) {
+        all_ += line + "\n";
+        changed_.notify_all();
+    }
+
+    std::mutex lock_;
+    std::condition_variable changed_;
+    std::string all_;
+    AnnouncementRequest last_;
+};
+
+Watch& watch() {
+    static Watch& theWatch = *[] {
+        auto* const registered = new Watch;  // an observer stays for ever
+        gPaController.registerObserver(registered);
+        return registered;
+    }();
+    return theWatch;
+}
+
+simserver::Station station() {
+    simserver::Station station;
+    station.name = "Test";
+    for (const std::string& id : hostileTexts) {
+        station.zones.push_back({id, 1});
+    }
+    station.zones.push_back({"Hall", 1});
+    station.zones.push_back({"Hall/North", 1});
+    station.sinks.resize(1);
+    station.sinks[0].zones = {"Hall/North", hostileTexts[0], hostileTexts[2]};
+    station.sources.resize(1);
+    station.voices.push_back({4, "en", "anna", 48000, ""});
+    station.dictionary.push_back({12, "Mind the gap", 2s, false});
+    return station;
+}
+
+struct EndToEndTest : testing::Test {
+    EndToEndTest() {
+        skipPauses();
+        watch().clear();
+        link.start();
+        EXPECT_TRUE(link.waitUntilReady(10s));
+    }
+    ~EndToEndTest() override {
+        link.stop();
+        setTimeSource({});
+        gAudioServerInstance = nullptr;
+    }
+
+    /// Lets simulated time pass and everything that it brings reach the observers.
+    void advance(std::chrono::milliseconds time) {
+        server.advance(time);
+        transport.waitUntilDelivered();
+        link.waitUntilHandled();
+    }
+
+    static void play(const std::string& id, int level, const Texts& zones) {
+        Message message;
+        message.setRequestID(id);
+        message.setAudioMessage(std::vector<unsigned>{12});
+        message.setPriority(MessagePriority(APM_ABSOLUTE_PRIORITY, level));
+        gPaController.playMessage(zones, message);
+    }
+
+    static PaZone zoneNamed(const std::string& id) {
+        for (const PaZone& zone : gPaController.getPaZones()) {
+            if (zone.id == id) {
+                return zone;
+            }
+        }
+        ADD_FAILURE() << "no zone " << id;
+        return {};
+    }
+
+    simserver::SimServer server{station(), {1.0, true, {}}};  // time passes by hand
+    palink::EmbeddedTransport transport{server};
+    AudioServer audioServer{gPaController};
+    palink::ServerLink link{audioServer, transport};
+};
+
+TEST_F(EndToEndTest, AHigherPriorityTakesTheZoneAndEachStateIsTold) {
+    play("low-priority", 500, {"Hall"});
+    watch().waitFor("low-priority: Playing");
+    advance(1s);
+    EXPECT_EQ(zoneNamed("Hall/North").activity, 1);
+    EXPECT_EQ(gPaController.getPaSinks().at(0).state, PaSink::ACTIVE);
+
+    play("high-priority", 600, {"Hall"});
+    watch().waitFor("low-priority over");
+    watch().waitFor("high-priority: Playing");
+    advance(2s);
+    EXPECT_EQ(watch().last().completionCode, "0");
+    EXPECT_EQ(watch().all(),
+              "low-priority: Queued\nlow-priority: Playing\n"
+              "high-priority: Queued\nlow-priority: Pre-empted\nlow-priority over\n"
+              "high-priority: Playing\nhigh-priority: Finished\nhigh-priority over\n");
+    EXPECT_TRUE(gPaController.getAnnouncementRequests().empty());
+    EXPECT_EQ(zoneNamed("Hall/North").activity, 0);
+    EXPECT_EQ(gPaController.getPaSinks().at(0).state, PaSink::IDLE);
+}
+
+TEST_F(EndToEndTest, HostileZoneNamesComeBackAsTheyWere) {
+    for (std::size_t i = 0; i < hostileTexts.size(); ++i) {
+        EXPECT_EQ(gPaController.getPaZones()[i].id, hostileTexts[i]);
+    }
+    EXPECT_EQ(zoneNamed(hostileTexts[2]).getMembers().size(), 1U);
+    play("hostile", 500, hostileTexts);
+    watch().waitFor("hostile: Playing");
+    EXPECT_EQ(watch().last().zones, hostileTexts);
+}
+
+/// Stands in for the link and keeps the payload of what is sent.
+class Capture : public OperationSender {
+public:
+    Capture() { gQXReceiver.connect(*this); }
+    ~Capture() override { gQXReceiver.disconnect(); }
+
+    bool sendOperation(const Operation& operation) override {
+        const std::lock_guard guard(lock_);
+        payload_ = operation.payload;
+        changed_.notify_all();
+        return true;
+    }
+    /// What the simulated server reads in the next request.
+    simserver::RequestPart nextPart() {
+        std::unique_lock guard(lock_);
+        changed_.wait(guard, [this] { return !payload_.empty(); });
+        simserver::PlayRequest request;
+        simserver::decodePlay(std::exchange(payload_, {}), request);
+        return request.parts.at(0);
+    }
+
+private:
+    std::mutex lock_;
+    std::condition_variable changed_;
+    std::string payload_;
+};
+
+TEST(HostileTexts, ArriveByteForByteInEveryPlace) {
+    RecordList voice({"en", "anna", "48000"});
+    gPaController.updateFromTTS_Ports(4, voice.list());
+    Capture capture;
+    for (const std::string& text : hostileTexts) {
+        Message spoken;
+        spoken.setAudioMessage(text, "en", "anna", Message::UTF_8);
+        spoken.setAudioMessage("after it", "en", "anna", Message::UTF_8);
+        spoken.playAnnouncement({text, "Hall"});
+        const simserver::RequestPart heard = capture.nextPart();
+        EXPECT_EQ(heard.zones, (Texts{text, "Hall"}));
+        const auto& texts = std::get<simserver::SpokenContent>(heard.content).texts;
+        ASSERT_EQ(texts.size(), 2U);
+        EXPECT_EQ(texts[0].text, text);
+        EXPECT_EQ(texts[1].text, "after it");
+
+        Message shown;
+        shown.setVisualMessage("Main", {{"LINE", {{text, 5}}}}, 30);
+        shown.playAnnouncement({"Hall"});
+        const simserver::RequestPart seen = capture.nextPart();
+        const auto json =
+            nlohmann::json::parse(std::get<simserver::TemplateContent>(seen.content).json);
+        EXPECT_EQ(json["kvPairs"]["LINE"]["values"][0]["text"].get<std::string>(), text);
+        EXPECT_EQ(json["validity"], 30);
+    }
+}
+
+}  // namespace
