@@ -1,0 +1,28 @@
+#pragma once
+
+#include <ostream>
+#include <string>
+#include <vector>
+
+#include "console/Context.h"
+
+namespace console {
+
+/// Where a console writes.
+struct Streams {
+    std::ostream& out;  ///< data
+    std::ostream& err;  ///< diagnostics, a line each
+    int terminal = -1;  ///< file descriptor of `out` when that is a terminal
+};
+
+/// Runs a command line, from reading it to closing the connection. Throws nothing but what says
+/// that the system has no memory or threads left.
+/// @param words without the program's name
+/// @return the exit code
+int run(const std::vector<std::string>& words, const Streams& streams);
+
+/// Runs the lines of the script that the settings name, over the same connection.
+/// @throws Failure when a line fails
+void runScriptLines(const Context& context);
+
+}  // namespace console

@@ -1,0 +1,50 @@
+#pragma once
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "console/Output.h"
+#include "console/Session.h"
+#include "console/Settings.h"
+#include "console/json.h"
+
+namespace console {
+
+/// The connection, made when a command first needs it, and what was played over it. One for all
+/// commands of a script.
+class Connection {
+public:
+    Connection(const Settings& settings, Output& diagnostics)
+        : settings_(settings), diagnostics_(diagnostics) {}
+
+    Session& session() {
+        if (session_ == nullptr) {
+            session_ = std::make_unique<Session>(settings_, diagnostics_);
+        }
+        return *session_;
+    }
+
+    std::vector<std::string> playedIds;  ///< request ids, in order
+
+private:
+    const Settings settings_;
+    Output& diagnostics_;
+    std::unique_ptr<Session> session_;
+};
+
+/// What a command works with.
+struct Context {
+    Settings settings;
+    Output& out;
+    Output& diagnostics;
+    int terminal;  ///< file descriptor of `out` when that is a terminal, else -1
+    Connection& connection;
+
+    Session& session() const { return connection.session(); }
+
+    /// Writes a record, or an array of records a line each.
+    void writeJson(const Json& json) const { out.write(jsonLines(json)); }
+};
+
+}  // namespace console

@@ -1,0 +1,29 @@
+#pragma once
+
+#include <stdexcept>
+#include <string>
+
+namespace console {
+
+/// How a command ended, for the shell.
+enum class ExitCode : int {
+    Done = 0,
+    Usage = 1,  ///< wrong arguments, a file that cannot be used, output that cannot be written
+    CannotConnect = 2,   ///< no server, or a scenario file that cannot be used
+    NotFound = 3,        ///< no such resource, or more than one
+    Refused = 4,         ///< refused, failed, cancelled or pre-empted
+    TimedOut = 5,        ///< the outcome is unknown
+    ConnectionLost = 8,  ///< while a command was at work
+    Interrupted = 130,   ///< SIGINT or SIGTERM
+};
+
+/// Why a command ends early: its text is one line for stderr.
+class Failure : public std::runtime_error {
+public:
+    Failure(ExitCode exitCode, const std::string& text)
+        : std::runtime_error(text), code(exitCode) {}
+
+    const ExitCode code;
+};
+
+}  // namespace console

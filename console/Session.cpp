@@ -1,0 +1,113 @@
+#include "console/Session.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <string>
+#include <system_error>
+
+#include "console/ExitCode.h"
+#include "console/interrupt.h"
+#include "framework/log.h"
+#include "sdk/PAController.h"
+#include "sdk/globals.h"
+#include "simserver/StationFile.h"
+
+namespace console {
+
+namespace {
+
+/// How often somebody who waits looks for an interruption or a lost connection.
+constexpr std::chrono::milliseconds tick{50};
+constexpr double connectSeconds = 10;
+
+/// The facade of the process. Never destroyed: the controller uses it for as long as it lives.
+AudioServer& audioServer() {
+    static AudioServer& instance = []() -> AudioServer& {
+        gDeviceIPAddress = "127.0.0.1";
+        return *new AudioServer(gPaController);
+    }();
+    return instance;
+}
+
+/// The scenario that is installed beside the program, wherever that is.
+std::filesystem::path defaultScenario() {
+    std::error_code unknown;
+    const auto program = std::filesystem::read_symlink("/proc/self/exe", unknown);
+    return (program.parent_path() / "../share/public-address/scenarios/central-station.json")
+        .lexically_normal();
+}
+
+simserver::SimServer serverFor(const Settings& settings) try {
+    simserver::Options options;
+    options.speed = settings.speed;
+    options.spool = settings.spool;
+    return simserver::SimServer(
+        simserver::loadStation(settings.scenario.empty() ? defaultScenario() : settings.scenario),
+        options);
+} catch (const std::exception& error) {
+    throw Failure(ExitCode::CannotConnect, error.what());
+}
+
+}  // namespace
+
+Moment after(double seconds) {
+    constexpr double longest = 1e9;  // the clock's own range is a few times this
+    const std::chrono::duration<double> limit(std::min(seconds, longest));
+    return std::chrono::steady_clock::now() +
+           std::chrono::duration_cast<std::chrono::steady_clock::duration>(limit);
+}
+
+Session::LogRedirection::LogRedirection(Output& diagnostics, long level) {
+    setLogSink([&diagnostics](const LogLine& line) {
+        const bool error = line.kind == LogLine::Kind::Error;
+        diagnostics.diagnostic(error ? line.text : formatLogLine(line));
+    });
+    debugLevel = level;
+}
+
+Session::LogRedirection::~LogRedirection() {
+    flushSuppressedErrors();
+    setLogSink({});
+    debugLevel = 0;
+}
+
+Session::Session(const Settings& settings, Output& diagnostics)
+    : log_(diagnostics, settings.debug),
+      server_(serverFor(settings)),
+      transport_(server_),
+      link_(audioServer(), transport_) {
+    link_.setRefusalHandler(tellRefusal);
+    link_.start();
+    const Moment deadline = after(settings.timeout.value_or(connectSeconds));
+    while (!link_.waitUntilReady(tick)) {
+        interrupt::check();
+        if (std::chrono::steady_clock::now() >= deadline) {
+            throw Failure(ExitCode::CannotConnect, "the server does not answer in time");
+        }
+    }
+}
+
+Session::~Session() = default;
+
+std::optional<Change> Session::nextChange(Changes& changes, Moment deadline) {
+    while (true) {
+        interrupt::check();
+        const auto left = std::chrono::ceil<std::chrono::milliseconds>(
+            deadline - std::chrono::steady_clock::now());
+        if (auto change = changes.next(std::clamp(left, std::chrono::milliseconds(0), tick))) {
+            return change;
+        }
+        if (!link_.isConnected()) {
+            throw Failure(ExitCode::ConnectionLost, "the connection to the server is lost");
+        }
+        if (left.count() <= 0) {
+            return std::nullopt;
+        }
+    }
+}
+
+KeyValueMap Session::serverInfo() const {
+    return audioServer().getServerInfo();
+}
+
+}  // namespace console

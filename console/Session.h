@@ -1,0 +1,56 @@
+#pragma once
+
+#include <chrono>
+#include <optional>
+
+#include "console/Changes.h"
+#include "console/Output.h"
+#include "console/Settings.h"
+#include "link/EmbeddedTransport.h"
+#include "link/ServerLink.h"
+#include "sdk/AudioServer.h"
+#include "simserver/SimServer.h"
+
+namespace console {
+
+/// A moment on the clock that never jumps.
+using Moment = std::chrono::steady_clock::time_point;
+
+/// A time limit in seconds as a moment from now on, however large it is.
+Moment after(double seconds);
+
+/// The connection to a simulated server of its own, for as long as the object lives. One at a time.
+class Session {
+public:
+    /// Connects and waits until everything that the server holds is known.
+    /// @param diagnostics receives the log and the error lines
+    /// @throws Failure when the scenario cannot be used or the server does not answer in time
+    Session(const Settings& settings, Output& diagnostics);
+    Session(const Session&) = delete;
+    Session& operator=(const Session&) = delete;
+    ~Session();
+
+    /// Takes the next change.
+    /// @return nothing when none has come until `deadline`
+    /// @throws Failure when the user interrupts, or the connection is lost
+    std::optional<Change> nextChange(Changes& changes, Moment deadline);
+
+    KeyValueMap serverInfo() const;
+
+private:
+    /// Sends the lines of the log to the diagnostics while it lives.
+    class LogRedirection {
+    public:
+        LogRedirection(Output& diagnostics, long debugLevel);
+        LogRedirection(const LogRedirection&) = delete;
+        LogRedirection& operator=(const LogRedirection&) = delete;
+        ~LogRedirection();
+    };
+
+    LogRedirection log_;
+    simserver::SimServer server_;
+    palink::EmbeddedTransport transport_;
+    palink::ServerLink link_;
+};
+
+}  // namespace console

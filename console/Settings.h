@@ -1,0 +1,20 @@
+#pragma once
+
+#include <filesystem>
+#include <optional>
+#include <string>
+
+namespace console {
+
+/// The global options.
+struct Settings {
+    bool json = false;
+    std::filesystem::path scenario;  ///< empty for the default one
+    double speed = 1.0;              ///< simulated seconds per real second
+    std::optional<double> timeout;   ///< seconds
+    std::filesystem::path spool;  ///< where the simulated server keeps uploads; empty: for itself
+    long debug = 0;
+    std::string script;  ///< a file, "-" for the standard input, empty for none
+};
+
+}  // namespace console

@@ -1,0 +1,121 @@
+#include <algorithm>
+#include <atomic>
+#include <memory>
+
+#include "console/Console.h"
+#include "console/ExitCode.h"
+#include "console/changeText.h"
+#include "console/commands.h"
+#include "console/options.h"
+#include "framework/posixThread.h"
+#include "sdk/PAController.h"
+
+namespace console {
+
+namespace {
+
+constexpr double forEver = 1e9;  // seconds
+/// For what follows the end of a request: zones and sinks fall silent.
+constexpr double settleSeconds = 0.1;
+
+/// Prints every change on a thread of its own. The destructor prints what has been told so far.
+class Printer {
+public:
+    explicit Printer(const Context& context)
+        : out_(context.out), json_(context.settings.json), thread_("monitor", [this] { run(); }) {}
+    Printer(const Printer&) = delete;
+    Printer& operator=(const Printer&) = delete;
+    ~Printer() { finishing_ = true; }
+
+    /// @throws Failure when a change could not be printed
+    void check() const {
+        if (failed_) {
+            throw Failure(ExitCode::Usage, "the output cannot be written");
+        }
+    }
+
+private:
+    void run() {
+        constexpr std::chrono::milliseconds tick{50};
+        bool isLastRound = false;
+        while (!isLastRound && !failed_) {
+            isLastRound = finishing_;
+            auto change = changes_.next(isLastRound ? tick * 0 : tick);
+            for (; change && !failed_; change = changes_.next(tick * 0)) {
+                print(*change);
+            }
+        }
+    }
+
+    void print(const Change& change) {
+        try {
+            out_.write(json_ ? changeJson(change) : changeText(change));
+        } catch (const Failure&) {
+            failed_ = true;
+        }
+    }
+
+    Output& out_;
+    const bool json_;
+    Changes changes_;
+    std::atomic<bool> finishing_{false};
+    std::atomic<bool> failed_{false};
+    PosixThread thread_;  // last: it uses the others
+};
+
+void watch(const Context& context, double seconds) {
+    Changes changes;
+    const Printer printer(context);
+    const Moment deadline = after(seconds);
+    while (context.session().nextChange(changes, deadline)) {
+        printer.check();
+    }
+}
+
+/// Waits until nothing that the script has played is active any more.
+void waitForRequests(const Context& context, Changes& changes) {
+    const auto& ids = context.connection.playedIds;
+    const auto isOurs = [&ids](const AnnouncementRequest& record) {
+        return std::find(ids.begin(), ids.end(), record.getRequestID()) != ids.end();
+    };
+    const Moment deadline = after(context.settings.timeout.value_or(forEver));
+    while (true) {
+        const auto active = gPaController.getAnnouncementRequests();
+        if (std::none_of(active.begin(), active.end(), isOurs)) {
+            return;
+        }
+        if (!context.session().nextChange(changes, deadline)) {
+            throw Failure(ExitCode::TimedOut, "the script's announcements are not over in time");
+        }
+    }
+}
+
+/// Runs the script beside the monitor: its commands write to the diagnostics.
+void watchScript(const Context& context) {
+    Changes changes;
+    const Printer printer(context);
+    runScriptLines(
+        {context.settings, context.diagnostics, context.diagnostics, -1, context.connection});
+    waitForRequests(context, changes);
+    const Moment settled = after(settleSeconds);
+    while (context.session().nextChange(changes, settled)) {
+    }
+    printer.check();
+}
+
+}  // namespace
+
+Handler defineMonitor(CLI::App& parser) {
+    const auto seconds = std::make_shared<std::optional<double>>();
+    addNumber(parser, "--seconds", *seconds, {0, forEver}, "End after so many seconds");
+    return [seconds](const Context& context) {
+        const bool hasScript = !context.settings.script.empty();
+        if (hasScript && *seconds) {
+            throw Failure(ExitCode::Usage, "--seconds does not go with --script");
+        }
+        context.session();
+        hasScript ? watchScript(context) : watch(context, seconds->value_or(forEver));
+    };
+}
+
+}  // namespace console

@@ -1,0 +1,33 @@
+#pragma once
+
+#include <optional>
+#include <string>
+
+#include "resource/common/paInfo.h"
+#include "sdk/Message.h"
+
+/// @file
+/// The values of the records' enumerations by name. A value without a name is written as a number.
+
+namespace console {
+
+std::string nameOf(PaSource::Type value);
+std::string nameOf(PaSource::AttachState value);
+std::string nameOf(PaSource::BroadcastType value);
+std::string nameOf(PaSource::HealthState value);
+std::string nameOf(PaSink::Type value);
+std::string nameOf(PaSink::State value);
+std::string nameOf(PaSink::AnnouncementType value);
+std::string nameOf(PaSink::HealthState value);
+std::string nameOf(PaSink::BroadcastType value);
+std::string nameOf(PaSink::MuteState value);
+std::string nameOf(Message::Type value);
+std::string nameOf(Message::TextEncoding value);
+
+/// The type of a content with this name, letter case aside. `NONE` is not one.
+std::optional<Message::Type> messageTypeNamed(const std::string& name);
+
+/// The names of all types of content, with commas between.
+std::string messageTypeNames();
+
+}  // namespace console
