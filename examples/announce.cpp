@@ -18,9 +18,9 @@ struct Watch : PAControllerObserverAdapter {
 int main(int argc, char** argv) {
     simserver::SimServer server(simserver::loadStation(argc > 1 ? argv[1] : "scenarios/tram.json"));
     palink::EmbeddedTransport transport(server);
-    AudioServer audioServer(gPaController);
+    auto& audioServer = *new AudioServer(gPaController);  // lives as long as the process
     palink::ServerLink link(audioServer, transport);
-    auto& watch = *new Watch;  // an observer stays for ever
+    auto& watch = *new Watch;  // and so does an observer
     gPaController.registerObserver(&watch);
     link.start();
     if (!link.waitUntilReady(std::chrono::seconds(5))) {

@@ -97,9 +97,10 @@ void report(int level, const std::string& text) {
             ++found->second.repeats;
             return;
         }
-        if (log.recent.size() < rememberedErrors) {
-            log.recent[text] = {now, 0};
+        if (log.recent.size() >= rememberedErrors) {
+            tellRepeats(log, now + 1, now);  // all of them, to make room
         }
+        log.recent[text] = {now, 0};
     }
     write(log, LogLine::Kind::Error, level, now, text);
 }

@@ -18,8 +18,7 @@ extern std::atomic<long> debugLevel;
 
 /// Reports a misuse or a bad record, printf style. Never throws. Identical reports of level 3
 /// within ten seconds are written once, and their number is told afterwards.
-/// @param level 1 (misuse by the application), 2 (trouble on the link), 3 (bad record of the
-/// server)
+/// @param level 1 (misuse by the application), 2 (trouble on the link), 3 (bad server record)
 [[gnu::format(printf, 2, 3)]] void handleError(int level, const char* format, ...);
 
 /// One line, as a log sink receives it.
@@ -36,7 +35,8 @@ struct LogLine {
 /// Takes every line. Called with the log's lock held, one line at a time: it must not log itself.
 using LogSink = std::function<void(const LogLine&)>;
 
-/// Replaces the sink; an empty one restores the default, which writes `formatLogLine` to stderr.
+/// Replaces the sink; an empty one restores the default, which writes `formatLogLine` to stderr. A
+/// sink is called until the process ends, by threads that never stop and at its exit.
 /// @return the sink that was in force, empty for the default
 LogSink setLogSink(LogSink sink);
 

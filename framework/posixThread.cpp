@@ -29,8 +29,7 @@ PosixThread::PosixThread(const char* name, std::function<void()> body, std::size
     if (stackBytes != 0) {
         pthread_attr_setstacksize(&attributes, stackBytes);
     }
-    // A thread starts with its creator's mask, so there is no moment at which a signal can reach
-    // it.
+    // A thread starts with its creator's mask: there is no moment at which a signal can reach it.
     sigset_t all;
     sigset_t before;
     sigfillset(&all);

@@ -11,11 +11,11 @@ EmbeddedTransport::~EmbeddedTransport() {
 }
 
 void EmbeddedTransport::start(ServerEventSink& sink) {
+    thread_ = std::make_unique<PosixThread>("embedded-link", [this, &sink] { run(sink); });
     {
         const std::lock_guard guard(lock_);
         connected_ = true;
     }
-    thread_ = std::make_unique<PosixThread>("embedded-link", [this, &sink] { run(sink); });
     server_.connectClient(*this);
 }
 
@@ -27,10 +27,12 @@ void EmbeddedTransport::stop() {
     {
         const std::lock_guard guard(lock_);
         connected_ = false;
+        stopping_ = true;
         queue_.clear();
+        changed_.notify_all();
     }
-    changed_.notify_all();
     thread_.reset();
+    stopping_ = false;
 }
 
 bool EmbeddedTransport::send(const Operation& operation) {
@@ -65,8 +67,8 @@ void EmbeddedTransport::deliver(ServerEvent event) {
 void EmbeddedTransport::run(ServerEventSink& sink) {
     std::unique_lock guard(lock_);
     while (true) {
-        changed_.wait(guard, [this] { return !connected_ || !queue_.empty(); });
-        if (!connected_) {
+        changed_.wait(guard, [this] { return stopping_ || !queue_.empty(); });
+        if (stopping_) {
             return;
         }
         ServerEvent event = std::move(queue_.front());

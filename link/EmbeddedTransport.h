@@ -44,7 +44,8 @@ public:
     bool send(const Operation& operation) override;
     UploadResult upload(const std::string& localPath, const std::string& serverPath) override;
 
-    /// Waits until everything that the server has said so far has been delivered.
+    /// Waits until everything that the server has said so far has been delivered. Not to be called
+    /// from a callback.
     void waitUntilDelivered();
 
 private:
@@ -59,6 +60,7 @@ private:
     // Guarded by lock_.
     std::deque<ServerEvent> queue_;
     bool connected_ = false;
+    bool stopping_ = false;
     bool delivering_ = false;
 };
 

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <exception>
 #include <iterator>
+#include <memory>
+#include <utility>
 
 #include "framework/log.h"
 #include "include/common/RecordList.h"
@@ -14,17 +16,17 @@ namespace {
 /// Where the records of one kind go.
 struct Route {
     RecordKind kind;
-    void (*handle)(PAController&, const Record&, TEVlist*);
+    void (*handle)(PAController&, int dstNo, int key, TEVlist*);
     bool pauses;  // between its merge and its notification
 };
 
 template <void (PAController::*Handler)(int, TEVlist*)>
-void byKey(PAController& controller, const Record& record, TEVlist* list) {
-    (controller.*Handler)(record.key, list);
+void byKey(PAController& controller, int /*dstNo*/, int key, TEVlist* list) {
+    (controller.*Handler)(key, list);
 }
 
-void byServerAndKey(PAController& controller, const Record& record, TEVlist* list) {
-    controller.addUpdatePaZone(record.dstNo, record.key, list);
+void byServerAndKey(PAController& controller, int dstNo, int key, TEVlist* list) {
+    controller.addUpdatePaZone(dstNo, key, list);
 }
 
 constexpr Route routes[] = {
@@ -57,25 +59,26 @@ void guarded(int kind, int key, Handler handler) {
 
 Router::Router(PAController& controller) : controller_(controller) {}
 
-void Router::handle(const Record& record) {
+void Router::handle(Record record) {
     const std::lock_guard arrival(arrival_);
     const int kind = static_cast<int>(record.kind);
+    const int key = record.key;
     const Route* const route = routeOf(kind);
     if (route == nullptr) {
-        handleError(3, "record of unknown kind >%d< key >%d< dropped", kind, record.key);
+        handleError(3, "record of unknown kind >%d< key >%d< dropped", kind, key);
         return;
     }
-    const auto run = [this, route](const Record& arrived) {
-        guarded(static_cast<int>(route->kind), arrived.key, [&] {
-            RecordList list(arrived.fields);
-            route->handle(controller_, arrived, list.list());
-        });
-    };
-    if (route->pauses) {
-        pool_.submit(kind, record.key, [run, record] { run(record); });
-    } else {
-        run(record);
-    }
+    guarded(kind, key, [&] {
+        const auto list = std::make_shared<RecordList>(std::move(record.fields));
+        const auto run = [this, route, kind, dstNo = record.dstNo, key, list] {
+            guarded(kind, key, [&] { route->handle(controller_, dstNo, key, list->list()); });
+        };
+        if (route->pauses) {
+            pool_.submit(kind, key, run);
+        } else {
+            run();
+        }
+    });
 }
 
 void Router::handle(const Withdrawal& withdrawal) {
@@ -106,7 +109,7 @@ void Router::withdraw(const Withdrawal& withdrawal) {
 void Router::reset() {
     const std::lock_guard arrival(arrival_);
     pool_.waitUntilIdle();
-    controller_.initPaResources();
+    guarded(0, 0, [this] { controller_.initPaResources(); });
 }
 
 void Router::waitUntilIdle() {

@@ -20,7 +20,7 @@ class Router {
 public:
     explicit Router(PAController& controller);
 
-    void handle(const Record& record);
+    void handle(Record record);
     void handle(const Withdrawal& withdrawal);
 
     /// Empties the controller's caches, at a (re)connection.

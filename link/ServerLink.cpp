@@ -1,5 +1,6 @@
 #include "link/ServerLink.h"
 
+#include <exception>
 #include <utility>
 #include <variant>
 
@@ -34,9 +35,7 @@ void ServerLink::stop() {
     transport_.stop();
     gQXReceiver.disconnect();
     router_.waitUntilIdle();
-    const std::lock_guard guard(lock_);
-    connected_ = false;
-    ready_ = false;
+    setState(false, false);
 }
 
 bool ServerLink::waitUntilReady(std::chrono::milliseconds limit) {
@@ -59,33 +58,28 @@ void ServerLink::setRefusalHandler(RefusalHandler handler) {
 }
 
 void ServerLink::deliver(ServerEvent event) {
-    std::visit([this](const auto& what) { on(what); }, event);
+    std::visit([this](auto& what) { on(std::move(what)); }, event);
 }
 
 void ServerLink::on(const Connected& connected) {
+    setState(false, false);
+    router_.reset();  // under the globals of the connection that the caches came from
     gLocalDstNo = connected.localDstNo;
     gActiveAudioServerDstNo = connected.activeDstNo;
     gIndirectCXSConnection = connected.indirect;
     audioServer_.setServerInfo(connected.serverInfo);
-    router_.reset();
-    {
-        const std::lock_guard guard(lock_);
-        connected_ = true;
-        ready_ = false;
-    }
+    setState(true, false);
     gQXReceiver.connect(*this);
 }
 
 void ServerLink::on(const Disconnected& disconnected) {
     handleError(2, "the connection to the server is lost: %s", disconnected.reason.c_str());
     gQXReceiver.disconnect();
-    const std::lock_guard guard(lock_);
-    connected_ = false;
-    ready_ = false;
+    setState(false, false);
 }
 
-void ServerLink::on(const Record& record) {
-    router_.handle(record);
+void ServerLink::on(Record record) {
+    router_.handle(std::move(record));
 }
 
 void ServerLink::on(const Withdrawal& withdrawal) {
@@ -99,7 +93,11 @@ void ServerLink::on(const Refusal& refusal) {
         handler = refusalHandler_;
     }
     if (handler) {
-        handler(refusal);
+        try {
+            handler(refusal);
+        } catch (const std::exception& e) {
+            handleError(1, "the handler of refusals threw >%s<", e.what());
+        }
         return;
     }
     handleError(2, "the server refuses operation %d/%d of request >%s<: %s", refusal.operationClass,
@@ -108,8 +106,13 @@ void ServerLink::on(const Refusal& refusal) {
 
 void ServerLink::on(const InitialSetComplete& /*complete*/) {
     router_.waitUntilIdle();
+    setState(true, true);
+}
+
+void ServerLink::setState(bool connected, bool ready) {
     const std::lock_guard guard(lock_);
-    ready_ = true;
+    connected_ = connected;
+    ready_ = ready;
     changed_.notify_all();
 }
 

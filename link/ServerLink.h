@@ -17,19 +17,21 @@ namespace palink {
 /// The client's connection to its audio server: joins a transport to the controller, the send queue
 /// and the facade.
 ///
-///     AudioServer audioServer(gPaController);
+///     auto& audioServer = *new AudioServer(gPaController);
 ///     palink::ServerLink link(audioServer, transport);
 ///     link.start();
 ///     if (!link.waitUntilReady(std::chrono::seconds(5))) ...
 ///
-/// `start` and `stop` are called by one thread, never from a callback; the other functions by any.
+/// `start` and `stop` are called by one thread; the other functions by any. None but `isConnected`
+/// and `setRefusalHandler` may be called from a callback.
 class ServerLink final : private ServerEventSink, private OperationSender {
 public:
     /// Told why the server will not do what an operation asks for. Called on a thread of the
-    /// transport, without the controller's mutex.
+    /// transport, without the controller's mutex. An exception that leaves it is reported.
     using RefusalHandler = std::function<void(const Refusal&)>;
 
-    /// @param audioServer the facade of the process
+    /// @param audioServer the facade of the process, never destroyed: the controller's worker uses
+    /// it
     /// @param transport   must outlive the link
     ServerLink(AudioServer& audioServer, Transport& transport);
     ServerLink(const ServerLink&) = delete;
@@ -42,7 +44,7 @@ public:
     void start();
 
     /// Ends the connection; operations wait in the send queue from now on. `gAudioServerInstance`
-    /// stays, so the facade must outlive every use of the controller.
+    /// stays.
     void stop();
 
     /// Waits until everything that the server holds is in the caches.
@@ -63,10 +65,11 @@ private:
 
     void on(const Connected& connected);
     void on(const Disconnected& disconnected);
-    void on(const Record& record);
+    void on(Record record);
     void on(const Withdrawal& withdrawal);
     void on(const Refusal& refusal);
     void on(const InitialSetComplete& complete);
+    void setState(bool connected, bool ready);
     int upload(const std::string& localPath, const std::string& serverPath);
 
     AudioServer& audioServer_;

@@ -14,7 +14,9 @@ class PAController;
 /// The facade through which an application reaches its audio server: this client's identity, the
 /// controller, file uploads, the media log and what the server says of itself.
 ///
-/// Every function may be called from any thread. None calls back into the controller.
+/// Every function may be called from any thread. None calls back into the controller. The facade
+/// that `gAudioServerInstance` names is never destroyed: the controller's worker may use it until
+/// the process is gone.
 class AudioServer {
 public:
     /// Sends a file to the active server.

@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "sdk/PAController.h"
+#include "sdk/cacheValues.h"
 #include "sdk/globals.h"
 #include "sdk/notify.h"
 #include "sdk/paDebug.h"
@@ -75,7 +76,7 @@ struct PAController::DeletionTable {
     DeletionRow<PaZone, std::string> primaryZones{
         20, &PAController::availablePaZonesPrimaryServer, active,
         &Observer::onPaZoneDelete, idOf, EventItem::PA_ZONE_DELETED, "PaZone ID"};
-    /// Observers know these zones only while the local server stands in for the active one.
+    /// Told only while the local server stands in for the active one.
     DeletionRow<PaZone, std::string> localZones{
         20, &PAController::availablePaZonesLocalServer, local,
         &Observer::onPaZoneDelete, idOf, EventItem::PA_ZONE_DELETED, "PaZone ID",
@@ -134,11 +135,7 @@ void PAController::deleteAudioVideoControllerInfo(int dstNo, int kind, int key) 
     visit(table.sources);
     visit(table.sinks);
     if (selects(dstNo, table.local) && selects(kind, attachedZonesKind)) {
-        if (key == 0) {
-            attachedPaZonesToPaSourceList.clear();
-        } else {
-            attachedPaZonesToPaSourceList.erase(key);
-        }
+        eraseFrom(attachedPaZonesToPaSourceList, key);
     }
     visit(table.requests);
     visit(table.primaryZones);

@@ -9,7 +9,6 @@
 
 namespace {
 
-constexpr int spokenRate = 48000;  // Hz
 constexpr char uploadFolder[] = "/home/quillon/tmp/";
 constexpr char wrongType[] = "message type not valid for this function";
 
@@ -49,7 +48,7 @@ std::string Message::getAudioMessageTTSVoice() const {
 }
 
 int Message::getAudioMessageTTSRate() const {
-    return ttsList.empty() ? spokenRate : ttsList.front().rate;
+    return ttsList.empty() ? TTSVocalizer::usableRate : ttsList.front().rate;
 }
 
 Message::TextEncoding Message::getAudioMessageTTSEncoding() const {
@@ -100,7 +99,7 @@ void Message::setAudioMessage(const std::string& text, const std::string& langua
     const std::vector<TTSVocalizer> known = gPaController.getTTSVocalizerList();
     const auto match = std::find_if(known.begin(), known.end(), [&](const TTSVocalizer& vocalizer) {
         return vocalizer.language == language && vocalizer.voice == voice &&
-               vocalizer.rate == spokenRate;
+               vocalizer.rate == TTSVocalizer::usableRate;
     });
     require<std::out_of_range>(match != known.end() || indirect,
                                "invalid language/voice vocalizer combination");
@@ -110,7 +109,7 @@ void Message::setAudioMessage(const std::string& text, const std::string& langua
     spoken.text = text;
     spoken.language = language;
     spoken.voice = voice;
-    spoken.rate = spokenRate;
+    spoken.rate = TTSVocalizer::usableRate;
     spoken.encoding = encoding;
     ttsList.push_back(spoken);
     if (audioMessageType == NONE) {

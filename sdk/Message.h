@@ -134,7 +134,7 @@ public:
     /// controller at 48000 Hz, except on an indirect connection. Takes the controller's mutex.
     /// @throws std::invalid_argument when the audio part has another type
     /// @throws std::out_of_range    when text, language or voice is empty, the encoding is not
-    /// UTF-8,
+    /// UTF-8
     ///                               or no such vocalizer is known
     void setAudioMessage(const std::string& text, const std::string& language,
                          const std::string& voice, TextEncoding encoding);
@@ -151,8 +151,7 @@ public:
 
     /// Visual dictionary items.
     /// @throws std::out_of_range    when there is none
-    /// @throws std::invalid_argument when there is a visual text, or the visual part has another
-    /// type
+    /// @throws std::invalid_argument when there is a visual text, or the part has another type
     void setVisualMessage(const std::vector<unsigned>& dictionaryItems);
 
     /// A display template with its variables. This alone of the visual contents reaches the server.
@@ -165,8 +164,8 @@ public:
                           int validity);
 
     /// Sends the message to the zones. Returns at once, except for the upload of a local file,
-    /// whose failure is told through `onMessageDelete` (without the controller's mutex) with the
-    /// request id alone; the message can then be played again.
+    /// whose failure is told through `onMessageDelete`, on the calling thread, with the request id
+    /// alone; the message can then be played again. Takes no lock of the controller's.
     /// @return the request id under which it was sent
     /// @throws std::invalid_argument when it has been played, or has neither part
     std::string playAnnouncement(const std::vector<std::string>& zones);
@@ -198,10 +197,13 @@ private:
 /// A text-to-speech port: one language and voice that the server can speak at one rate. In a
 /// message or a schedule, one text to be spoken on it. A plain value.
 struct TTSVocalizer {
-    int portNo = 0;        ///< port number on the server
-    std::string text;      ///< text to be spoken
-    std::string language;  ///< as the server spells it
-    std::string voice;     ///< as the server spells it
-    int rate = 48000;      ///< sample rate, Hz
+    /// The one rate, in Hz, at which messages and schedules are spoken.
+    static constexpr int usableRate = 48000;
+
+    int portNo = 0;         ///< port number on the server
+    std::string text;       ///< text to be spoken
+    std::string language;   ///< as the server spells it
+    std::string voice;      ///< as the server spells it
+    int rate = usableRate;  ///< sample rate, Hz
     Message::TextEncoding encoding = Message::UTF_8;
 };

@@ -70,9 +70,12 @@ void PAController::reportThrowingObserver() {
 int PAController::threadFunction(void* /*argument*/) {
     PA_DEBUG(3, "%s: PAController worker thread started", "threadFunction");
     while (true) {
-        {
+        try {
             const MutexGuard guard(paControllerMtx);
             renewSourceLocks();
+        } catch (const std::exception& e) {
+            // Short of memory or threads: the next pass may fare better.
+            handleError(1, "%s: a pass was given up: %s", "threadFunction", e.what());
         }
         sleepMS(workerPauseMS);
     }

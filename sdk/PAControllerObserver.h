@@ -9,11 +9,11 @@
 /// What an application learns of changes in the controller. An observer is owned by the
 /// application, is never removed, and must outlive the controller.
 ///
-/// Every callback runs with the controller's mutex held, on a thread of the server link or the
-/// controller's worker; `onMessageDelete` after a failed upload alone runs on the thread that
-/// played the message, without the mutex. A callback may call getters and operations of the
-/// controller; it must not wait for another thread that does, nor for an answer of the server. An
-/// exception that leaves it is reported and the next observer is called.
+/// Every callback runs with the controller's mutex held, on a thread of the server link;
+/// `onMessageDelete` after a failed upload alone runs on the thread that played the message, with
+/// whatever it holds. A callback may call getters and operations of the controller; it must not
+/// wait for another thread that does, nor for an answer of the server, as playing a message with a
+/// local file does. An exception that leaves it is reported and the next observer is called.
 class PAControllerObserver {
 public:
     enum MessageRetrievalError : int {

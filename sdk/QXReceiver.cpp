@@ -12,9 +12,10 @@
 
 namespace {
 
-void reportDropped(const Operation& operation, std::int64_t ageMS, const char* why) {
-    handleError(2, "operation %d/%d dropped after %lld ms: %s", operation.operationClass,
-                operation.operationNumber, static_cast<long long>(ageMS), why);
+void reportDropped(const SendQueue::Waiting& dropped, const char* why) {
+    handleError(2, "operation %d/%d dropped after %lld ms: %s", dropped.operation.operationClass,
+                dropped.operation.operationNumber,
+                static_cast<long long>(monotonicMS() - dropped.since), why);
 }
 
 /// The queue, its sender and the thread between them.
@@ -27,8 +28,9 @@ public:
 
     void add(Operation operation) {
         const std::unique_lock guard(lock_);
-        if (!queue_.push(operation, monotonicMS())) {
-            reportDropped(operation, 0, "the send queue is full");
+        const std::int64_t now = monotonicMS();
+        if (!queue_.push(operation, now)) {
+            reportDropped({std::move(operation), now}, "the send queue is full");
             return;
         }
         changed_.notify_all();
@@ -60,12 +62,12 @@ private:
     void run() {
         std::unique_lock guard(lock_);
         while (true) {
-            for (const auto& [operation, ageMS] : queue_.dropExpired(monotonicMS())) {
-                reportDropped(operation, ageMS, "the link was down");
-            }
             if (queue_.empty()) {
                 changed_.wait(guard);
             } else if (sender_ == nullptr || linkLost_) {
+                for (const SendQueue::Waiting& expired : queue_.takeExpired(monotonicMS())) {
+                    reportDropped(expired, "the link was down");
+                }
                 changed_.wait_for(guard, tick);
                 linkLost_ = false;  // try again
             } else {
@@ -75,25 +77,25 @@ private:
     }
 
     void sendNext(std::unique_lock<std::mutex>& guard) {
-        Operation operation = *queue_.pop();
+        SendQueue::Waiting next = *queue_.pop();
         OperationSender* const sender = sender_;
         sending_ = true;
         guard.unlock();
-        const bool sent = handOver(*sender, operation);
+        const bool sent = handOver(*sender, next);
         guard.lock();
         sending_ = false;
         if (!sent) {
-            queue_.putBack(std::move(operation));
+            queue_.putBack(std::move(next));
             linkLost_ = true;
         }
         changed_.notify_all();
     }
 
-    static bool handOver(OperationSender& sender, const Operation& operation) {
+    static bool handOver(OperationSender& sender, const SendQueue::Waiting& next) {
         try {
-            return sender.sendOperation(operation);
+            return sender.sendOperation(next.operation);
         } catch (const std::exception& e) {
-            reportDropped(operation, 0, e.what());
+            reportDropped(next, e.what());
             return true;
         }
     }

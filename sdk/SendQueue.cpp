@@ -10,25 +10,23 @@ bool SendQueue::push(Operation operation, std::int64_t nowMS) {
     return true;
 }
 
-std::optional<Operation> SendQueue::pop() {
+std::optional<SendQueue::Waiting> SendQueue::pop() {
     if (waiting_.empty()) {
         return std::nullopt;
     }
-    poppedSince_ = waiting_.front().since;
-    Operation operation = std::move(waiting_.front().operation);
+    Waiting taken = std::move(waiting_.front());
     waiting_.pop_front();
-    return operation;
+    return taken;
 }
 
-void SendQueue::putBack(Operation operation) {
-    waiting_.push_front({std::move(operation), poppedSince_});
+void SendQueue::putBack(Waiting taken) {
+    waiting_.push_front(std::move(taken));
 }
 
-std::vector<SendQueue::Dropped> SendQueue::dropExpired(std::int64_t nowMS) {
-    std::vector<Dropped> dropped;
+std::vector<SendQueue::Waiting> SendQueue::takeExpired(std::int64_t nowMS) {
+    std::vector<Waiting> expired;
     while (!waiting_.empty() && nowMS - waiting_.front().since > maxWait_.count()) {
-        dropped.push_back({std::move(waiting_.front().operation), nowMS - waiting_.front().since});
-        waiting_.pop_front();
+        expired.push_back(*pop());
     }
-    return dropped;
+    return expired;
 }

@@ -13,10 +13,9 @@
 /// lock; times are in ms of the host's monotonic clock.
 class SendQueue {
 public:
-    /// An operation that will not be sent.
-    struct Dropped {
+    struct Waiting {
         Operation operation;
-        std::int64_t ageMS;
+        std::int64_t since;  ///< when it was queued
     };
 
     explicit SendQueue(std::size_t capacity) : capacity_(capacity) {}
@@ -26,25 +25,19 @@ public:
     bool push(Operation operation, std::int64_t nowMS);
 
     /// Takes the operation at the head.
-    std::optional<Operation> pop();
+    std::optional<Waiting> pop();
 
     /// Puts back at the head what `pop` has taken last.
-    void putBack(Operation operation);
+    void putBack(Waiting taken);
 
-    /// Removes the operations that have waited for longer than the limit.
-    std::vector<Dropped> dropExpired(std::int64_t nowMS);
+    /// Takes the operations that have waited for longer than the limit.
+    std::vector<Waiting> takeExpired(std::int64_t nowMS);
 
     void setMaxWait(std::chrono::milliseconds wait) { maxWait_ = wait; }
     bool empty() const { return waiting_.empty(); }
 
 private:
-    struct Waiting {
-        Operation operation;
-        std::int64_t since;
-    };
-
     std::size_t capacity_;
     std::chrono::milliseconds maxWait_{5000};
     std::deque<Waiting> waiting_;  // oldest first
-    std::int64_t poppedSince_ = 0;
 };

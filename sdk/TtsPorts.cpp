@@ -1,12 +1,11 @@
 // The room of text-to-speech ports: record, cache, withdrawal, queries.
 #include "sdk/PAController.h"
+#include "sdk/cacheValues.h"
 #include "sdk/paDebug.h"
 #include "sdk/recordColumns.h"
 #include "sdk/recordMerge.h"
 
 namespace {
-
-constexpr int usableRate = 48000;  // Hz
 
 constexpr Column<TTSVocalizer> columns[] = {
     translated<&TTSVocalizer::language>,
@@ -21,16 +20,6 @@ constexpr Field<TTSVocalizer> fields[] = {
     byValue<TTSVocalizer, &TTSVocalizer::rate>,
     byValue<TTSVocalizer, &TTSVocalizer::text>,
 };
-
-/// Removes one entry of a cache, or every entry for 0.
-template <class Record>
-void eraseFrom(std::map<int, Record>& cache, int key) {
-    if (key == 0) {
-        cache.clear();
-    } else {
-        cache.erase(key);
-    }
-}
 
 }  // namespace
 
@@ -66,7 +55,7 @@ std::vector<TTSVocalizer> PAController::getTTSVocalizerList() {
     const MutexGuard guard(paControllerMtx);
     std::vector<TTSVocalizer> usable;
     for (const auto& [portNo, vocalizer] : ttsVocalizertList) {
-        if (vocalizer.rate == usableRate) {
+        if (vocalizer.rate == TTSVocalizer::usableRate) {
             usable.push_back(vocalizer);
         }
     }

@@ -13,3 +13,13 @@ std::vector<Record> valuesOf(const std::map<Key, Record>& cache) {
     }
     return values;
 }
+
+/// Removes one entry of a cache, or every entry for the key 0.
+template <class Record>
+void eraseFrom(std::map<int, Record>& cache, int key) {
+    if (key == 0) {
+        cache.clear();
+    } else {
+        cache.erase(key);
+    }
+}

@@ -8,7 +8,7 @@ class QXReceiver;
 
 /// @file
 /// What the parts of the SDK share across the process. The controller reads these and writes none.
-/// They are usable before main starts and never destroyed.
+/// They are never destroyed, and but for `gDeviceIPAddress` usable before main starts.
 
 /// The audio-server facade; null before the SDK is connected. Set before the link starts, then left
 /// alone.

@@ -41,8 +41,8 @@ struct PaSelector {
     std::string number;                           ///< key, region or dialled number
     Protection protection = FIXED_CONFIGURATION;  ///< who may change its configuration
     Mode mode = ADD_TO_EXISTING_SET;
-    DynamicRestriction dynamicRestriction =
-        UPDATES_NOT_ALLOWED;  ///< changes of its set at run time
+    /// Which changes of its set are allowed at run time.
+    DynamicRestriction dynamicRestriction = UPDATES_NOT_ALLOWED;
     State state = DISABLED;
     std::map<int, std::string> paZoneList;  ///< zones of the selector, by number
 };

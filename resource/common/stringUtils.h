@@ -6,8 +6,7 @@
 /// Splits a list of texts at `separator`. Double quotes keep a separator inside a token, a
 /// backslash takes the next character literally; both are dropped. Leading blanks and tabs of a
 /// token are dropped, even where they are quoted or escaped. May be called from any thread.
-/// @param text      the list; an empty text has no tokens, a list that ends with the separator has
-/// an
+/// @param text      the list; an empty one has no tokens, one that ends with the separator has an
 ///                  empty last token
 /// @param separator any character but a double quote and a backslash
 /// @param out       cleared first, then receives the tokens

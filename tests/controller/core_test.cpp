@@ -68,17 +68,9 @@ TEST_F(ControllerTest, GoesOnAfterAnObserverThatThrows) {
               "*event 6 3\n");
 }
 
-TEST_F(ControllerTest, AnObserverMayCallBack) {
-    RecordingObserver a("a");
-    PAControllerObserverAdapter other;
-    std::size_t seen = 0;
-    a.inCallback = [&] {
-        seen = controller.getPaSources().size();
-        controller.registerObserver(&other);
-    };
-    controller.registerObserver(&a);
-    addSource(3, "Desk", "");
-    EXPECT_EQ(seen, 1U);
+TEST_F(ControllerTest, StartsItsWorkerOnceTheMutexIsReady) {
+    PAController fresh;
+    EXPECT_EQ(recordingHost::transcript(), "mutex ready\nthread started\n");
 }
 
 TEST_F(ControllerTest, RenewsTheLocksOfThisClientInOrder) {

@@ -33,6 +33,7 @@ struct PlayTest : testing::Test {
     static Message dictionaryMessage() {
         Message message;
         message.setRequestID("request-1");
+        message.setAudioMessage(Items{7});  // replaced by the next
         message.setAudioMessage(Items{12, 40});
         message.setRepeatCnt(2);
         return message;
@@ -66,6 +67,7 @@ TEST_F(PlayTest, SpokenTexts) {
     plain.setAudioMessage("One", "en", "anna", Message::UTF_8);
     plain.setAudioMessage("Two", "en", "anna", Message::UTF_8);
     Message encoded = plain;
+    encoded.setAudioMessageType(Message::TTS_SAF);
     recordingHost::setPlainEncoding(true);
     plain.playAnnouncement({"Z"});
     EXPECT_EQ(recordingHost::transcript(),
@@ -75,7 +77,7 @@ TEST_F(PlayTest, SpokenTexts) {
     encoded.playAnnouncement({"Z"});
     EXPECT_EQ(
         recordingHost::transcript(),
-        R"(send -2 92/17 1 "request-1",0,500,"4,10.0.0.5,\"Z\",\"en^anna^48000^\\\"One\\\"\"!\"en^anna^48000^\\\"Two\\\"\",,0^0^0")"
+        R"(send -2 92/17 1 "request-1",0,500,"10,10.0.0.5,\"Z\",\"en^anna^48000^\\\"One\\\"\"!\"en^anna^48000^\\\"Two\\\"\",,0^0^0")"
         "\n");
 }
 
@@ -93,7 +95,7 @@ TEST_F(PlayTest, RecordedStreams) {
     Message local;
     local.setRequestID("request-1");
     local.setAudioMessage("/d/a.wav", Message::L16_48K);
-    recordingHost::setUploadResult(0);
+    recordingHost::setUploadResult(2);
     EXPECT_EQ(local.playAnnouncement({"Z"}), "request-1");
     EXPECT_EQ(recordingHost::transcript(),
               "upload /d/a.wav to /home/quillon/tmp/a.wav\no: message request-1 deleted\n");
@@ -124,6 +126,7 @@ TEST_F(PlayTest, DisplayTemplates) {
 
     Message several;
     several.setRequestID("request-1");
+    several.setVisualMessage("", {{"replaced", {{"z", 1}}}}, 1);
     several.setVisualMessage(
         "Main", {{"B", {{"x", 5}, {"y", 6}}}, {"{SCREEN}", {{"Old", 9}}}, {"A", {}}}, -1);
     several.playAnnouncement({"Z"});
@@ -156,12 +159,14 @@ TEST_F(PlayTest, BothPartsFollowEachOther) {
               "send -2 92/17 1 request-1,0,500,2,10.0.0.5,Z,12^40!2,0,0^0^0,"
               "9,10.0.0.5,Z,,0,0^0^0\n");
 
-    Message live;
-    live.setRequestID("request-1");
-    live.setAudioMessageType(Message::LIVE_STREAM);
-    live.playAnnouncement({"Z"});
+    Message bare;  // types alone, without the content that belongs to them
+    bare.setRequestID("request-1");
+    bare.setVisualMessage("Main", {}, 30);
+    bare.setVisualMessageType(Message::DISPLAY);
+    bare.setAudioMessageType(Message::LIVE_STREAM);
+    bare.playAnnouncement({"Z"});
     EXPECT_EQ(recordingHost::transcript(),
-              "send -2 92/17 1 request-1,0,500,0,10.0.0.5,Z,,,0^0^0\n");
+              "send -2 92/17 1 request-1,0,500,0,10.0.0.5,Z,,,0^0^0,3,10.0.0.5,Z,,,0^0^0\n");
 }
 
 TEST_F(PlayTest, KeepsARequestIdOfSixToSixtyThreeCharacters) {
@@ -199,11 +204,11 @@ TEST_F(PlayTest, PlaysAMessageOnce) {
 TEST_F(PlayTest, TheReducedForm) {
     recordingHost::setPlainEncoding(true);
     const std::string tail = ",-6.5,,startCondition,stopCondition,0,0,0,0\n";
-    EXPECT_EQ(gPaController.playMessage({"Z1", "Z2"}, {"D1", "D2"}, Gain(-6.5), {7, 8}, "Hi", false,
-                                        true, 9, 9, 1),
+    EXPECT_EQ(gPaController.playMessage({"Z1", "Z2"}, {"D1", "D2"}, Gain(-6.5), {7, 4294967295U},
+                                        "Hi", false, true, 9, 9, 1),
               0U);
     EXPECT_EQ(recordingHost::transcript(),
-              "send -2 92/17 1 \"\",0,500,2,10.0.0.5,Z1^Z2,7^8!0" + tail +
+              "send -2 92/17 1 \"\",0,500,2,10.0.0.5,Z1^Z2,7^4294967295!0" + tail +
                   "send -2 92/17 1 \"\",0,500,3,10.0.0.5,D1^D2,Hi" + tail);
 
     gIndirectCXSConnection = true;

@@ -7,7 +7,7 @@
 namespace {
 
 const RecordFields full = fieldsOf(
-    R"(12|"Room \"A\""|"Desk"|"10.1.1.1"|2|skipped|"in1"|1|skipped|lock-1|1|-12.5|1|skipped|skipped|skipped|2)");
+    R"(12|"Room \"A\""|"Desk"|"10.1.1.1"|2|skipped|"in1"|1|skipped|"lock-1"|1|-12.5|1|skipped|skipped|skipped|2)");
 
 std::string text(const PaSource& s) {
     std::ostringstream out;
@@ -44,15 +44,15 @@ TEST_F(SourcesTest, DecodesEveryColumnAndKeepsDefaults) {
 
 TEST_F(SourcesTest, TellsOfEachChangeAfterThePause) {
     debugLevel = 1;
-    EXPECT_EQ(
-        handle(7, full),
-        "*log 1 addUpdatePaSource: sourceId >12< added to list. Total available sources >1<\n"
-        "*log 1 addUpdatePaSource: Lock Info for sourceId >12<, UUID >lock-1< added to list. Total "
-        "available lock info in list >1<\n"
-        "sleep 100\n*o: source 12 Desk\n*event 6 12\n");
+    EXPECT_EQ(handle(7, full),
+              "*log 1 addUpdatePaSource: sourceId >12< added to list. Total available sources >1<\n"
+              "*log 1 addUpdatePaSource: Lock Info for sourceId >12<, UUID >\"lock-1\"< added to "
+              "list. Total "
+              "available lock info in list >1<\n"
+              "sleep 100\n*o: source 12 Desk\n*event 6 12\n");
     EXPECT_EQ(handle(7, full),
               "*log 1 addUpdatePaSource: Lock Info for sourceId >12< updated. Updated UUID "
-              ">lock-1<\nsleep 100\n*event 6 12\n");
+              ">\"lock-1\"<\nsleep 100\n*event 6 12\n");
     EXPECT_EQ(handle(7, with(with(full, 2, "Mic"), 9, "(null)")),
               "*log 1 addUpdatePaSource: sourceId >12< updated. Total available sources >1<\n"
               "*log 1 addUpdatePaSource: Lock Info for sourceId >12< updated. Updated UUID ><\n"

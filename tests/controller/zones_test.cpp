@@ -71,6 +71,7 @@ TEST_F(ZonesTest, IgnoresRecordsWithoutServerKeyOrList) {
     PAController lonely;
     RecordList record(full);
     debugLevel = 0;
+    recordingHost::transcript();
     lonely.addUpdatePaZone(1, 5, record.list());
     EXPECT_EQ(recordingHost::transcript(), "") << "without an observer nothing is posted";
 }
@@ -99,6 +100,7 @@ TEST_F(ZonesTest, ChoosesItsCacheAsTheTable) {
         gIndirectCXSConnection = c.indirect;
         gActiveAudioServerDstNo = c.active;
         RecordList record(full);
+        recordingHost::transcript();
         fresh.addUpdatePaZone(c.dstNo, 5, record.list());
         EXPECT_EQ(recordingHost::transcript() != "", c.told) << &c - cases.data();
         EXPECT_EQ(fresh.getPaZones().size(), c.inForce ? 1U : 0U) << &c - cases.data();

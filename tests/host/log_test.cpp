@@ -19,7 +19,7 @@ struct LogTest : testing::Test {
         setLogSink([this](const LogLine& line) {
             texts.push_back((line.kind == LogLine::Kind::Error ? "E" : "D") +
                             std::to_string(line.level) + " " + line.text);
-            lastTime = line.time;
+            last = line;
         });
     }
     ~LogTest() override {
@@ -29,7 +29,7 @@ struct LogTest : testing::Test {
     }
 
     std::vector<std::string> texts;
-    std::time_t lastTime = 0;
+    LogLine last;
 };
 
 using Texts = std::vector<std::string>;
@@ -38,7 +38,13 @@ TEST_F(LogTest, EachLineHasItsLevelAndTime) {
     debug(2, "%s: sinkId >%d<", "f", 5);
     handleError(3, "%s: bad", "f");
     EXPECT_EQ(texts, (Texts{"D2 f: sinkId >5<", "E3 f: bad"}));
-    EXPECT_EQ(lastTime, 1000);
+    EXPECT_EQ(last.time, 1000);
+    EXPECT_NE(last.thread.find('/'), std::string::npos);
+    setLogSink({});
+    testing::internal::CaptureStderr();
+    debug(1, "to stderr");
+    EXPECT_EQ(testing::internal::GetCapturedStderr(),
+              "1970-01-01T00:16:40Z debug 1 [" + last.thread + "] to stderr\n");
 }
 
 TEST_F(LogTest, ABurstOfIdenticalErrorsIsToldOnceAndCounted) {
@@ -70,6 +76,17 @@ TEST_F(LogTest, WhatIsSuppressedIsToldAtTheEndAndAfterTheClockWasSetBack) {
     now -= 500;
     handleError(3, "bad");
     EXPECT_EQ(texts.size(), 4U);
+}
+
+TEST_F(LogTest, ManyDifferentErrorsMakeNoRoomForABurst) {
+    for (int key = 0; key < 200; ++key) {
+        handleError(3, "bad key %d", key);
+    }
+    for (int i = 0; i < 100; ++i) {
+        handleError(3, "bad key 199");
+        handleError(3, "late");
+    }
+    EXPECT_EQ(texts.size(), 201U);
 }
 
 TEST_F(LogTest, ALongTextIsCutAndALineCannotBeForged) {

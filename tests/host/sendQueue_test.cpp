@@ -25,16 +25,15 @@ TEST(SendQueueTest, IsBoundedInOrderAndForgetsWhatIsTooOld) {
     EXPECT_TRUE(queue.push(operation(3), 140));
     EXPECT_FALSE(queue.push(operation(4), 140));
 
-    Operation first = *queue.pop();
-    EXPECT_EQ(first.operationNumber, 1);
+    SendQueue::Waiting first = *queue.pop();
+    EXPECT_EQ(first.operation.operationNumber, 1);
     queue.putBack(std::move(first));
-    EXPECT_TRUE(queue.dropExpired(150).empty());
-    const auto dropped = queue.dropExpired(171);
+    EXPECT_TRUE(queue.takeExpired(150).empty());
+    const auto dropped = queue.takeExpired(171);
     ASSERT_EQ(dropped.size(), 2U) << "what is put back keeps its age";
     EXPECT_EQ(dropped[0].operation.payload, "payload 1");
-    EXPECT_EQ(dropped[0].ageMS, 71);
-    EXPECT_EQ(dropped[1].ageMS, 51);
-    EXPECT_EQ(queue.pop()->operationNumber, 3);
+    EXPECT_EQ(dropped[0].since, 100);
+    EXPECT_EQ(queue.pop()->operation.operationNumber, 3);
     EXPECT_FALSE(queue.pop());
 }
 

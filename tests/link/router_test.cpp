@@ -1,8 +1,13 @@
 #include "link/Router.h"
 
+#include <atomic>
+#include <functional>
 #include <gtest/gtest.h>
 #include <mutex>
 #include <string>
+#include <thread>
+#include <utility>
+#include <vector>
 
 #include "framework/log.h"
 #include "sdk/globals.h"
@@ -104,20 +109,42 @@ TEST_F(RouterTest, KeepsTheOrderOfOneKeyWithdrawalsIncluded) {
 }
 
 TEST_F(RouterTest, AWithdrawalOfAllAndAResetWaitForThePool) {
-    for (const bool reset : {false, true}) {
+    const std::vector<std::function<void()>> removals = {
+        [this] { router.reset(); },
+        [this] {
+            router.handle(Withdrawal{server, 2, 0});
+        },
+        [this] {
+            router.handle(Withdrawal{0, 0, 0});
+        },
+    };
+    for (const auto& remove : removals) {
         for (int key = 1; key <= 50; ++key) {
             router.handle(Record{server, RecordKind::Source, key, {std::to_string(key)}});
         }
-        if (reset) {
-            router.reset();
-        } else {
-            router.handle(Withdrawal{server, 2, 0});
-        }
+        remove();
         EXPECT_TRUE(gPaController.getPaSources().empty());
         const std::string told = notes().take();
         EXPECT_LT(told.rfind("source 50 ; "), told.find("gone"));
         EXPECT_NE(told.find("source 50 gone; "), std::string::npos);
     }
+}
+
+std::atomic<int> pausing{0};
+
+TEST_F(RouterTest, SourcesPauseSideBySide) {
+    constexpr int sources = 100;
+    skipPauses([](int) {
+        ++pausing;
+        while (pausing < sources) {  // nobody goes on before everybody pauses
+            std::this_thread::yield();
+        }
+    });
+    for (int key = 1; key <= sources; ++key) {
+        router.handle(Record{server, RecordKind::Source, key, {std::to_string(key)}});
+    }
+    router.waitUntilIdle();
+    EXPECT_EQ(gPaController.getPaSources().size(), static_cast<std::size_t>(sources));
 }
 
 TEST_F(RouterTest, ReportsAKindThatItDoesNotKnow) {

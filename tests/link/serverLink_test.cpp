@@ -3,6 +3,7 @@
 #include <future>
 #include <gtest/gtest.h>
 #include <string>
+#include <vector>
 
 #include "framework/log.h"
 #include "link/EmbeddedTransport.h"
@@ -37,11 +38,13 @@ public:
                                      : palink::UploadResult{false, "no room"};
     }
     void say(palink::ServerEvent event) { client_->deliver(std::move(event)); }
-    Operation received() { return received_.get_future().get(); }
+    Operation received() { return receiving_.get(); }
+    bool hasReceived() { return receiving_.wait_for(50ms) == std::future_status::ready; }
 
 private:
     palink::ServerEventSink* client_ = nullptr;
     std::promise<Operation> received_;
+    std::future<Operation> receiving_ = received_.get_future();
 };
 
 struct ServerLinkTest : testing::Test {
@@ -58,10 +61,17 @@ struct ServerLinkTest : testing::Test {
         gIndirectCXSConnection = false;
     }
 
+    /// One for each test, never destroyed.
+    static AudioServer* facade() {
+        static auto& facades = *new std::vector<AudioServer*>;
+        facades.push_back(new AudioServer(gPaController));
+        return facades.back();
+    }
+
     std::string errors;
     ScriptedServer server;
     palink::EmbeddedTransport transport{server};
-    AudioServer audioServer{gPaController};
+    AudioServer& audioServer = *facade();
     palink::ServerLink link{audioServer, transport};
 };
 
@@ -97,6 +107,10 @@ TEST_F(ServerLinkTest, TellsOfRefusals) {
     server.say(palink::Refusal{92, 17, "r", "busy"});
     transport.waitUntilDelivered();
     EXPECT_EQ(reason, "busy");
+    link.setRefusalHandler([](const palink::Refusal&) { throw std::runtime_error("oh"); });
+    server.say(palink::Refusal{92, 17, "r", "busy"});
+    transport.waitUntilDelivered();
+    EXPECT_NE(errors.find("the handler of refusals threw >oh<\n"), std::string::npos);
 }
 
 TEST_F(ServerLinkTest, ALostConnectionKeepsTheCachesAndANewOneEmptiesThem) {
@@ -107,10 +121,29 @@ TEST_F(ServerLinkTest, ALostConnectionKeepsTheCachesAndANewOneEmptiesThem) {
     EXPECT_FALSE(link.waitUntilReady(0s));
     EXPECT_EQ(gPaController.getPaZones().size(), 1U);
     EXPECT_EQ(errors, "the connection to the server is lost: cable pulled\n");
+    gPaController.cancelMessage(Message::TTS);
+    EXPECT_FALSE(server.hasReceived()) << "operations wait for the link";
     server.say(palink::Connected{3, 4, false, {}});
     server.say(palink::InitialSetComplete{});
     ASSERT_TRUE(link.waitUntilReady(10s));
     EXPECT_TRUE(gPaController.getPaZones().empty());
+    EXPECT_EQ(server.received().payload, "\"\",4");
+}
+
+TEST_F(ServerLinkTest, AtANewConnectionTheZonesThatWereToldOfAreTakenBack) {
+    struct Zones : PAControllerObserverAdapter {
+        void onPaZoneDelete(std::string id) override { deleted += id; }
+        std::string deleted;
+    };
+    static auto& zones = *new Zones;  // must outlive the controller
+    gPaController.registerObserver(&zones);
+    ASSERT_TRUE(link.waitUntilReady(10s));
+    server.say(palink::Connected{1, 0, true, {}});  // the local server stands in
+    server.say(palink::Record{1, palink::RecordKind::Zone, 1, {"Hall"}});
+    zones.deleted.clear();
+    server.say(palink::Connected{1, 4, true, {}});
+    transport.waitUntilDelivered();
+    EXPECT_NE(zones.deleted.find("Hall"), std::string::npos);
 }
 
 TEST_F(ServerLinkTest, MayStopAndStartAgain) {

@@ -18,10 +18,9 @@
 #include "sdk/PAController.h"
 #include "sdk/QXReceiver.h"
 
-namespace real {
-// The real encoding, under names of its own beside the switchable one below.
-#include "framework/fieldEncoding.cpp"
-}  // namespace real
+// framework/fieldEncoding.cpp, compiled under names of its own beside the switchable ones below.
+void realPrepare(std::string& text);
+void realTranslate(std::string& text);
 
 namespace {
 
@@ -131,13 +130,13 @@ void generateUUID(std::string& out) {
 
 void prepareElemStringFieldForSvr(std::string& text) {
     if (!host().plainEncoding) {
-        real::prepareElemStringFieldForSvr(text);
+        realPrepare(text);
     }
 }
 
 void translateElemStringFieldFromSvr(std::string& text) {
     if (!host().plainEncoding) {
-        real::translateElemStringFieldFromSvr(text);
+        realTranslate(text);
     }
 }
 
@@ -148,7 +147,9 @@ void addNewEventItem(EventItem::EVENT_TYPE type, int key, void* data) {
 
 threadClass::~threadClass() = default;
 
-void threadClass::start(void* /*argument*/) {}
+void threadClass::start(void* argument) {
+    note(std::string("thread started") + (argument == nullptr ? "" : " with an argument"));
+}
 
 qxMutexBase::~qxMutexBase() = default;
 
@@ -167,6 +168,7 @@ void qxLocalMutex::leave() {
 }
 
 int qxLocalMutex::init() {
+    note("mutex ready");
     return 0;
 }
 

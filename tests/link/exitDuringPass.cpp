@@ -1,0 +1,50 @@
+// A process that ends while the controller's worker is in the middle of a pass: the sanitizers must
+// find nothing, and the exit code is that of main.
+#include <atomic>
+#include <ctime>
+
+#include "framework/clock.h"
+#include "include/common/RecordList.h"
+#include "sdk/AudioServer.h"
+#include "sdk/PAController.h"
+#include "sdk/QXReceiver.h"
+#include "sdk/globals.h"
+
+namespace {
+
+std::atomic<int> renewals{0};
+
+/// Takes the renewals, one of which is under way at any time.
+struct Sender : OperationSender {
+    bool sendOperation(const Operation& operation) override {
+        renewals += operation.operationNumber == 7 ? 1 : 0;
+        return true;
+    }
+};
+
+}  // namespace
+
+int main() {
+    auto& audioServer = *new AudioServer(gPaController);  // lives as long as the process
+    auto& sender = *new Sender;
+    gAudioServerInstance = &audioServer;
+    gQXReceiver.connect(sender);
+    TimeSource source;
+    source.sleepMS = [](int) {};  // pass after pass
+    setTimeSource(source);
+    for (int id = 1; id <= 50; ++id) {
+        RecordList record(
+            {std::to_string(id), "", "", "", "", "", "", "", "", audioServer.getUUID()});
+        gPaController.addUpdatePaSource(id, record.list());
+    }
+    // The worker's first sleep began before the time source was replaced; a pass of another thread
+    // stands in for it until then.
+    static PAController& second = *new PAController;
+    RecordList record({"1", "", "", "", "", "", "", "", "", audioServer.getUUID()});
+    second.addUpdatePaSource(1, record.list());
+    while (renewals < 100) {
+        timespec tick{0, 1000000};
+        nanosleep(&tick, nullptr);
+    }
+    return 0;
+}
