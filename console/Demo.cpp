@@ -15,7 +15,7 @@ namespace console {
 namespace {
 
 constexpr double stepSeconds = 3;      // simulated, between two announcements
-constexpr double settleSeconds = 0.5;  // for what follows the end of the last announcement
+constexpr double settleSeconds = 0.2;  // for what follows the end of the last announcement
 
 }  // namespace
 
@@ -41,7 +41,7 @@ void Demo::play(const std::vector<DemoItem>& plan) {
             gPaController.cancelMessage(playing.follower.requestId());
         }
     }
-    watchUntil(limit_, [this] { return isOver(Outcome::Finished); });
+    watchUntil(limit_, [this] { return isOver(); });
     // What was to be ended by something else has ended by now, or will not.
     watchUntil(after(settleSeconds), [] { return false; });
     view_.reset();
@@ -57,9 +57,9 @@ void Demo::begin(const DemoItem& item) {
     gPaController.playMessage(zonesFor(item.request), message);
 }
 
-bool Demo::isOver(Outcome expected) const {
-    return std::all_of(playing_.begin(), playing_.end(), [expected](const Playing& playing) {
-        return playing.item.expected != expected || playing.follower.isOver();
+bool Demo::isOver() const {
+    return std::all_of(playing_.begin(), playing_.end(), [](const Playing& playing) {
+        return playing.item.expected != Outcome::Finished || playing.follower.isOver();
     });
 }
 

@@ -33,8 +33,8 @@ public:
 
 private:
     void begin(const DemoItem& item);
-    /// Whether everything is over that is to end so.
-    bool isOver(Outcome expected) const;
+    /// Whether everything is over that is to end by itself.
+    bool isOver() const;
     template <class Condition>
     void watchUntil(Moment deadline, Condition isReached);
     void take(const Change& change);

@@ -14,7 +14,7 @@ enum class ExitCode : int {
     Refused = 4,         ///< refused, failed, cancelled or pre-empted
     TimedOut = 5,        ///< the outcome is unknown
     ConnectionLost = 8,  ///< while a command was at work
-    Interrupted = 130,   ///< SIGINT or SIGTERM
+    Interrupted = 130,   ///< SIGINT, SIGTERM or SIGHUP
 };
 
 /// Why a command ends early: its text is one line for stderr.

@@ -51,8 +51,7 @@ simserver::SimServer serverFor(const Settings& settings) try {
 }  // namespace
 
 Moment after(double seconds) {
-    constexpr double longest = 1e9;  // the clock's own range is a few times this
-    const std::chrono::duration<double> limit(std::min(seconds, longest));
+    const std::chrono::duration<double> limit(std::min(seconds, forEver));
     return std::chrono::steady_clock::now() +
            std::chrono::duration_cast<std::chrono::steady_clock::duration>(limit);
 }

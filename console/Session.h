@@ -16,7 +16,10 @@ namespace console {
 /// A moment on the clock that never jumps.
 using Moment = std::chrono::steady_clock::time_point;
 
-/// A time limit in seconds as a moment from now on, however large it is.
+/// More seconds than anybody waits, and few enough for the clock.
+constexpr double forEver = 1e9;
+
+/// The moment that is so many seconds away, `forEver` at most.
 Moment after(double seconds);
 
 /// The connection to a simulated server of its own, for as long as the object lives. One at a time.

@@ -10,7 +10,7 @@ namespace console {
 
 namespace {
 
-constexpr const char* version = "paconsole 0.1.0";
+constexpr const char* version = "paconsole " PA_VERSION;
 constexpr const char* exitCodes =
     "Exit codes: 0 done, 1 usage, 2 cannot connect, 3 not found or ambiguous,\n"
     "  4 refused, failed, cancelled or pre-empted, 5 timed out with the outcome unknown,\n"
@@ -24,7 +24,7 @@ void addLineOptions(CLI::App& parser, Settings& settings) {
     parser.add_option_function<std::string>("--format", takeFormat, "text (default) or json")
         ->check(CLI::IsMember({"text", "json"}))
         ->type_name("FORMAT");
-    addNumber(parser, "--timeout", settings.timeout, {0, 1e9},
+    addNumber(parser, "--timeout", settings.timeout, {0, forEver},
               "Seconds to wait for the server (default 10; play --wait: no limit)");
 }
 

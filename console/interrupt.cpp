@@ -23,16 +23,13 @@ void install() {
     action.sa_handler = note;
     action.sa_flags = static_cast<int>(SA_RESETHAND);
     sigemptyset(&action.sa_mask);
-    sigaction(SIGINT, &action, nullptr);
-    sigaction(SIGTERM, &action, nullptr);
-}
-
-bool requested() {
-    return noted;
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
+        sigaction(signal, &action, nullptr);
+    }
 }
 
 void check() {
-    if (requested()) {
+    if (noted) {
         throw Failure(ExitCode::Interrupted, "interrupted");
     }
 }

@@ -14,7 +14,6 @@ namespace console {
 
 namespace {
 
-constexpr double forEver = 1e9;  // seconds
 /// For what follows the end of a request: zones and sinks fall silent.
 constexpr double settleSeconds = 0.1;
 

@@ -15,7 +15,6 @@ namespace console {
 namespace {
 
 constexpr double acceptSeconds = 10;
-constexpr double forEver = 1e9;
 constexpr double refusalSeconds = 1;  // for a request of which nothing else will be heard
 
 /// The id that is asked for, or a new one.

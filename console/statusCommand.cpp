@@ -31,7 +31,8 @@ void status(const Context& context) {
         return;
     }
     TextTable table({"ITEM", "VALUE"});
-    for (const auto& entry : report.flatten().items()) {
+    const Json items = report.flatten();
+    for (const auto& entry : items.items()) {
         const Json& value = entry.value();
         const std::string text = value.is_string() ? value.get<std::string>() : value.dump();
         table.addRow({entry.key().substr(1), text});

@@ -161,6 +161,23 @@ TEST(Output, listsZonesAsObjectsWithTheMembersOfTheRecord) {
     EXPECT_EQ(runConsole({"list", "announcements", "--format", "json"}).out, "[]\n");
 }
 
+TEST(Output, isAlignedTextByDefault) {
+    const std::pair<Words, std::string> cases[] = {
+        {{"status"}, "\nserver/name      Central Station\n"},
+        {{"list", "sources"}, "ID  LABEL  "},
+        {{"list", "sinks"}, "\n120  "},
+        {{"list", "zones"}, "\nPlatform 1             Idle      None          Healthy\n"},
+        {{"list", "voices"}, "\n6     es        Lucía    48000\n7     nl        Daan     48000\n"},
+        {{"list", "announcements"}, "ID  REQUEST  AUDIO  VISUAL  STATE  PRIORITY  START  ZONES\n"},
+        {{"get", "sink", "3"}, "\ntype                  INDUCTION_LOOP_OUTPUT\n"},
+    };
+    for (const auto& [words, part] : cases) {
+        const Ran ran = runConsole(words);
+        EXPECT_EQ(ran.code, 0);
+        EXPECT_TRUE(contains(ran.out, part)) << ran.out;
+    }
+}
+
 TEST(Output, showsEachMemberOfAZoneOnce) {
     // Its sinks name the platform, or one of its two ends.
     const auto members = linesOf(runConsole({"zone", "members", "platform 1"}).out);

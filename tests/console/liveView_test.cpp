@@ -42,7 +42,7 @@ TEST(LiveView, staysWithinTheTerminalAndReturnsTheCursor) {
     std::ostringstream text;
     console::Output out(text);
     const auto drawn = [&text] {
-        const std::string result = text.str();
+        std::string result = text.str();
         text.str("");
         return result;
     };

@@ -25,7 +25,7 @@ Words statesIn(const std::string& out) {
         std::string part;
         std::string state;
         line >> time >> unit >> part >> state;
-        states.push_back(part + ' ' + state);
+        states.push_back(part.append(" ").append(state));
     }
     return states;
 }

@@ -20,13 +20,11 @@ TEST(CleanText, leavesNothingThatATerminalObeys) {
         {"\xc2\x9b"
          "31m",
          "\\u{009B}31m"},  // a control sequence begun by one character
-        {"\xe2\x80\xae"
-         "gpj",
-         "\\u{202E}gpj"},                             // turns the direction of writing
-        {"\xff\xc3", "\\xFF\\xC3"},                   // no lead byte; cut off
-        {"\xc0\xaf", "\\xC0\\xAF"},                   // longer than needed
-        {"\xed\xa0\x80", "\\xED\\xA0\\x80"},          // half of a pair
-        {"\xf4\x90\x80\x80", "\\xF4\\x90\\x80\\x80"}  // beyond the last character
+        {"\xe2\x80\xaegpj\xe2\x80\xac", "\\u{202E}gpj\\u{202C}"},  // turns the direction of writing
+        {"\xff\xc3", "\\xFF\\xC3"},                                // no lead byte; cut off
+        {"\xc0\xaf", "\\xC0\\xAF"},                                // longer than needed
+        {"\xed\xa0\x80", "\\xED\\xA0\\x80"},                       // half of a pair
+        {"\xf4\x90\x80\x80", "\\xF4\\x90\\x80\\x80"}               // beyond the last character
     };
     for (const auto& [text, expected] : cases) {
         EXPECT_EQ(clean(text), expected);
