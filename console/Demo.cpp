@@ -23,7 +23,7 @@ Demo::Demo(const Context& context)
     : context_(context),
       limit_(after(context.settings.timeout.value_or(60 + 90 / context.settings.speed))) {
     if (context.terminal >= 0 && !context.settings.json) {
-        view_.emplace(context.out, context.terminal);
+        view_.emplace(context.out);
     }
 }
 
@@ -123,7 +123,7 @@ void Demo::draw() {
     for (const auto& part : {requestTable.lines(), {""}, zoneTable.lines()}) {
         lines.insert(lines.end(), part.begin(), part.end());
     }
-    view_->draw(lines);
+    view_->draw(lines, sizeOfTerminal(context_.terminal));
 }
 
 std::string Demo::elapsed() const {

@@ -20,21 +20,16 @@ std::string upwards(std::size_t lines) {
     return lines == 0 ? "\r" : "\r\x1b[" + std::to_string(lines) + "A";
 }
 
-struct Size {
-    std::size_t columns;
-    std::size_t rows;
-};
+}  // namespace
 
-Size sizeOf(int terminal) {
+TerminalSize sizeOfTerminal(int terminal) {
     winsize size = {};
     const bool known =
         ioctl(terminal, TIOCGWINSZ, &size) == 0 && size.ws_col > 0 && size.ws_row > 0;
-    return known ? Size{size.ws_col, size.ws_row} : Size{80, 24};
+    return known ? TerminalSize{size.ws_col, size.ws_row} : TerminalSize{};
 }
 
-}  // namespace
-
-LiveView::LiveView(Output& out, int terminal) : out_(out), terminal_(terminal) {
+LiveView::LiveView(Output& out) : out_(out) {
     out_.write(hideCursor);
 }
 
@@ -46,8 +41,7 @@ LiveView::~LiveView() {
     }
 }
 
-void LiveView::draw(const std::vector<std::string>& cleanLines) {
-    const Size size = sizeOf(terminal_);
+void LiveView::draw(const std::vector<std::string>& cleanLines, TerminalSize size) {
     const std::size_t count = std::min(cleanLines.size(), size.rows - 1);  // the cursor has a row
     const bool isResized = drawn_ > 0 && size.columns != columns_;
     std::string text = isResized ? clearScreen : upwards(std::min(drawn_, size.rows - 1));
