@@ -62,8 +62,10 @@ int run(const std::vector<std::string>& words, const Streams& streams) {
 }
 
 void runScriptLines(const Context& context) {
-    runScript(context.settings.script, [&context](const std::vector<std::string>& words) {
-        const auto line = readCommandLine(words, context.settings, LineKind::Script, context.out);
+    Settings defaults = context.settings;
+    defaults.script.clear();  // a line has no script of its own
+    runScript(context.settings.script, [&](const std::vector<std::string>& words) {
+        const auto line = readCommandLine(words, defaults, LineKind::Script, context.out);
         if (!line) {
             return;
         }

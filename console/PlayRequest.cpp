@@ -56,6 +56,7 @@ void checkFileName(const std::string& path) {
 }
 
 void checkRequestId(const std::string& id) {
+    requireUtf8("the request id", id);
     const bool fits = id.size() >= 6 && id.size() <= 63;  // any other length is replaced on sending
     if (!fits || startsBlank(id) || hasControlCharacter(id)) {
         throw wrong("the request id '" + id +
@@ -118,6 +119,9 @@ void check(const PlayRequest& request) {
         requireUtf8("the text", text);
     }
     if (request.display) {
+        if (request.display->empty()) {
+            throw wrong("--display needs the name of a template");
+        }
         requireUtf8("the template", *request.display);
     }
     displayVariables(request);

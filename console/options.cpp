@@ -66,13 +66,22 @@ std::vector<unsigned> parseNumberList(const std::string& option, const std::stri
     return numbers;
 }
 
+std::string valueMissingBefore(const CLI::App& parser, const std::string& text) {
+    const bool isOption =
+        text.size() > 2 && text[0] == '-' && parser.get_option_no_throw(text) != nullptr;
+    return isOption ? "a value is missing before " + text : std::string();
+}
+
 CLI::Option* addTexts(CLI::App& parser, const std::string& name, std::vector<std::string>& values,
                       const std::string& help, const std::string& type) {
     const CLI::callback_t take = [&values](const CLI::results_t& texts) {
         values = texts;
         return true;
     };
-    return parser.add_option(name, take, help)->take_all()->type_name(type);
+    return parser.add_option(name, take, help)
+        ->take_all()
+        ->type_name(type)
+        ->check([&parser](const std::string& text) { return valueMissingBefore(parser, text); });
 }
 
 }  // namespace console

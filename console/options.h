@@ -58,13 +58,19 @@ CLI::Option* addNumber(CLI::App& parser, const std::string& name, Target& value,
     return parser.add_option_function<std::string>(name, take, help)->type_name("NUMBER");
 }
 
+/// What is wrong when the text of an option is itself an option of the command: its own value was
+/// forgotten. Empty for any other text.
+std::string valueMissingBefore(const CLI::App& parser, const std::string& text);
+
 /// An option or a positional argument with one text.
 /// @param value anything that a text can be assigned to
 template <class Target>
 CLI::Option* addText(CLI::App& parser, const std::string& name, Target& value,
                      const std::string& help, const std::string& type = "TEXT") {
     const auto take = [&value](const std::string& text) { value = text; };
-    return parser.add_option_function<std::string>(name, take, help)->type_name(type);
+    return parser.add_option_function<std::string>(name, take, help)
+        ->type_name(type)
+        ->check([&parser](const std::string& text) { return valueMissingBefore(parser, text); });
 }
 
 /// An option that may be given several times, with one text each time.

@@ -26,6 +26,7 @@ public:
         : name_(path == "-" ? "standard input" : path),
           descriptor_(path == "-" ? dup(STDIN_FILENO) : open(path.c_str(), O_RDONLY | O_CLOEXEC)) {
         if (descriptor_ < 0) {
+            interrupt::check();                           // a pipe that nobody writes to waits here
             throw unusable(name_, std::strerror(errno));  // NOLINT: one thread alone opens scripts
         }
     }
@@ -63,6 +64,7 @@ private:
         char buffer[4096];
         const ssize_t count = read(descriptor_, buffer, sizeof buffer);
         if (count < 0) {
+            interrupt::check();
             throw unusable(name_, std::strerror(errno));  // NOLINT: as above
         }
         pending_.append(buffer, static_cast<std::size_t>(count));
@@ -124,6 +126,7 @@ void runScript(const std::string& path,
     ScriptFile file(path);
     std::string line;
     for (int number = 1; file.next(line); ++number) {
+        interrupt::check();
         const std::string place = file.name() + ", line " + std::to_string(number) + ": ";
         try {
             if (line.find('\0') != std::string::npos) {

@@ -2,8 +2,8 @@
 
 #include <cerrno>
 #include <fstream>
+#include <iterator>
 #include <limits>
-#include <sstream>
 #include <system_error>
 
 #include "simserver/JsonFault.h"
@@ -168,16 +168,18 @@ private:
 };
 
 std::string contentOf(const std::filesystem::path& file) {
+    if (std::filesystem::exists(file) && !std::filesystem::is_regular_file(file)) {
+        throw ScenarioError("a file is expected, not a folder or a device");
+    }
     std::ifstream stream(file, std::ios::binary);
     if (!stream) {
         throw ScenarioError(std::generic_category().message(errno));
     }
-    if (std::filesystem::is_directory(file)) {
-        throw ScenarioError("a file is expected, not a folder");
+    std::string content(std::istreambuf_iterator<char>(stream), {});
+    if (stream.bad()) {
+        throw ScenarioError("cannot be read");
     }
-    std::ostringstream content;
-    content << stream.rdbuf();
-    return content.str();
+    return content;
 }
 
 }  // namespace

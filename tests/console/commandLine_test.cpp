@@ -56,6 +56,9 @@ TEST(CommandLine, saysWhatIsWrongWithIt) {
         {play({"--items", "1", "--text", "x"}), 1, "excludes"},
         {play({"--items", "1", "--voice", "x"}), 1, "requires --text"},
         {play({"--text="}), 1, "text argument is empty"},
+        {play({"--text", "--wait"}), 1, "missing before --wait"},
+        {play({"--display", ""}), 1, "--display needs"},
+        {play({"--items", "1", "--request-id", "\xff\xff-not-text"}), 1, "UTF-8"},
         {play({"--display", "T", "--validity", "0", "--wait"}), 1, "--wait cannot follow"},
         {play({"--items", "1", "--request-id", "short"}), 1, "6 to 63 characters"},
     });
