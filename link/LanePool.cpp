@@ -11,7 +11,7 @@ namespace palink {
 
 namespace {
 
-constexpr std::size_t stackBytes = 512 * 1024;  // the threads run observers
+constexpr std::size_t stackBytes = std::size_t{512} * 1024;  // the threads run observers
 constexpr std::chrono::seconds idleTime{2};
 
 }  // namespace

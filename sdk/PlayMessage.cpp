@@ -85,7 +85,7 @@ std::string Message::playAnnouncement(const std::vector<std::string>& zones) {
         throw std::invalid_argument(
             "audio message type OR visual message type not set. nothing to do");
     }
-    const std::string id = requestIdToUse();
+    std::string id = requestIdToUse();
     if (!pathToRecordedStreamToUpload.empty() &&
         !upload(pathToRecordedStreamToUpload, recordedStreamAbsoluteFilePathWithName)) {
         gPaController.tellUploadFailed(id);

@@ -14,16 +14,12 @@ inline simserver::Station smallStation() {
         {1, "Chime", 500ms, true}, {12, "Train", 1s, false}, {40, "Four", 2s, false}};
     station.voices = {{7, "en", "Ann", 48000, ""}, {8, "en", "Bob", 22050, ""}};
     station.recordings = {{"/srv/evacuation.wav", 24s}};
-    simserver::Sink east;
-    east.id = 5;
-    east.zones = {"Hall/East"};
-    simserver::Sink hall;
-    hall.id = 6;
-    hall.zones = {"Yard", "Hall"};
-    station.sinks = {east, hall};
-    simserver::Source microphone;
-    microphone.id = 9;
-    microphone.attachedZones = {"Yard", "Hall/East"};
-    station.sources = {microphone};
+    station.sinks.resize(2);
+    station.sinks[0].id = 5;
+    station.sinks[0].zones = {"Hall/East"};
+    station.sinks[1].id = 6;
+    station.sinks[1].zones = {"Yard", "Hall"};
+    station.sources.resize(1);
+    station.sources[0].id = 9;
     return station;
 }

@@ -1,19 +1,16 @@
 #include "simserver/PlayEngine.h"
 
-#include <gtest/gtest.h>
-#include <sstream>
-
 #include "simserver/Refused.h"
+#include "tests/simserver/tables.h"
 
 namespace {
 
 using namespace simserver;
 
-/// Plays a script of steps, each ended by ";": a time in ms and one of
-///     play ID LEVEL ZONE[+ZONE] LENGTH [shown]   LEVEL +50 or -50 is relative; LENGTH in ms,
-///                                                "endless" or "broken"
-///     cancel ID or cancelType NUMBER
-///     show                                       which part is heard in each zone
+/// Plays a script of steps, parted by ";": a time in ms and one of
+///     heard ID LEVEL LENGTH ZONE...   LEVEL +50 or -50 is relative; LENGTH in ms, "endless" or
+///     shown ID LEVEL LENGTH ZONE...       "broken"; an ID is one letter
+///     cancel ID or NUMBER-OF-TYPE
 /// and writes down what happens and when: "+" queued, ">" playing, "." finished, "!" pre-empted,
 /// "x" cancelled, "?" failed.
 class Stage : private PlayHost {
@@ -22,14 +19,19 @@ public:
         std::istringstream steps(script);
         for (std::string step; std::getline(steps, step, ';');) {
             std::istringstream words(step);
-            long long at = 0;
-            std::string command;
-            words >> at >> command;
+            SimTime::rep at = 0;
+            std::string command, id;
+            words >> at >> command >> id;
             pass(SimTime(at));
-            obey(command, words);
+            if (command == "cancel") {
+                const auto* const type = std::isdigit(id[0]) != 0 ? findType(id[0] - '0') : nullptr;
+                write(engine_.cancel({id, type}, now_) ? "done" : "none");
+            } else {
+                play(id, findType(command == "shown" ? 9 : 2), words);
+            }
         }
         pass(SimTime::max());
-        return happened_;
+        return happened_.substr(1);
     }
 
 private:
@@ -41,36 +43,15 @@ private:
         now_ = until;
     }
 
-    void obey(const std::string& command, std::istringstream& words) {
-        CancelRequest cancelled;
-        if (command == "play") {
-            play(words);
-        } else if (command == "show") {
-            for (const char* const zone : {"A", "A/x", "A/y", "Ab", "B"}) {
-                const PlayPart* const part = engine_.playingIn(zone, Medium::Audio);
-                write(std::string(zone) + "=" + (part != nullptr ? part->requestId : ""));
-            }
-        } else {
-            words >> cancelled.id;
-            cancelled.type = command == "cancelType" ? findType(std::stoi(cancelled.id)) : nullptr;
-            write(engine_.cancel(cancelled, now_) ? "done" : "none");
-        }
-    }
-
-    void play(std::istringstream& words) {
-        PlayRequest request;
-        std::string level, zones, shown;
+    void play(const std::string& id, const AnnouncementType* type, std::istringstream& words) {
         RequestPart part;
-        words >> request.id >> level >> zones >> part.origin >> shown;
-        request.relative = level[0] == '+' || level[0] == '-';
-        request.level = std::stoi(level);
-        part.type = findType(shown.empty() ? 2 : 9);
-        std::istringstream zoneWords(zones);
-        for (std::string zone; std::getline(zoneWords, zone, '+');) {
+        part.type = type;
+        std::string level;
+        words >> level >> part.origin;
+        for (std::string zone; words >> zone;) {
             part.zones.push_back(zone);
         }
-        request.parts = {part};
-        engine_.play(request, now_);
+        engine_.play({id, std::isdigit(level[0]) == 0, std::stoi(level), {part}}, now_);
     }
 
     std::optional<SimTime> lengthOf(const RequestPart& part) override {
@@ -86,8 +67,8 @@ private:
     }
 
     void write(const std::string& what) {
-        const std::string time = std::to_string(now_.count()) + ":";
-        happened_ += (happened_.empty() ? "" : " ") + (written_ == now_ ? "" : time + " ") + what;
+        const bool same = written_ == now_;
+        happened_ += (same ? " " : " " + std::to_string(now_.count()) + ": ") + what;
         written_ = now_;
     }
 
@@ -98,65 +79,47 @@ private:
 };
 
 TEST(PlayEngine, DecidesWhoPlaysWhereAndWhen) {
-    struct {
-        const char* rule;
-        const char* script;
-        const char* happens;
-    } const cases[] = {
-        {"equal levels queue in order of arrival",
-         "0 play a 500 A 100; 10 play b 500 A 100; 20 play c 500 A 100",
-         "0: +a >a 10: +b 20: +c 100: .a >b 200: .b >c 300: .c"},
-        {"a higher level pre-empts, and what it ended does not come back",
-         "0 play a 500 A+B 100; 10 play b 501 A+B 10", "0: +a >a 10: +b !a >b 20: .b"},
-        {"higher ones overtake those that wait",
-         "0 play a 500 A 100; 1 play b 300 A 10; 2 play c 400 A 10",
-         "0: +a >a 1: +b 2: +c 100: .a >c 110: .c >b 120: .b"},
-        {"relative levels count from 500",
-         "0 play a 500 A 100; 1 play b -1 A 10; 2 play c +1 A 10; 3 play d 501 A 10",
-         "0: +a >a 1: +b 2: +c !a >c 3: +d 12: .c >d 22: .d >b 32: .b"},
-        {"a part goes on in the zones that it has left",
-         "0 play a 500 A+B 100; 10 play b 600 B 10; 11 show; 30 show; 40 play c 700 A 5",
-         "0: +a >a 10: +b >b 11: A=a A/x=a A/y=a Ab= B=b 20: .b 30: A=a A/x=a A/y=a Ab= B= "
-         "40: +c !a >c 45: .c"},
-        {"a zone covers its sub-zones, and no zone that only begins like it",
-         "0 play a 500 A 100; 1 play b 500 A/x 10; 2 play c 500 Ab 10; 3 show",
-         "0: +a >a 1: +b 2: +c >c 3: A=a A/x=a A/y=a Ab=c B= 12: .c 100: .a >b 110: .b"},
-        {"a sub-zone is taken from the whole", "0 play a 500 A 100; 1 play b 600 A/x 10; 2 show",
-         "0: +a >a 1: +b >b 2: A=a A/x=b A/y=a Ab= B= 11: .b 100: .a"},
-        {"who waits keeps its zones from those behind it, not from those ahead",
-         "0 play a 700 A 100; 1 play w 600 A+B 100; 2 play b 600 B 100; 3 play c 650 B 10",
-         "0: +a >a 1: +w 2: +b 3: +c >c 13: .c 100: .a >w 200: .w >b 300: .b"},
-        {"what plays goes on until who waits can begin everywhere",
-         "0 play a 700 A 100; 1 play b 500 B 1000; 2 play w 600 A+B 10",
-         "0: +a >a 1: +b >b 2: +w 100: .a !b >w 110: .w"},
-        {"what is heard and what is shown do not contend",
-         "0 play a 500 A 100; 1 play s 400 A 100 shown", "0: +a >a 1: +s >s 100: .a 101: .s"},
-        {"what is shown keeps its zones in the same way",
-         "0 play a 700 A 99 shown; 1 play w 600 A+B 50 shown; 2 play b 600 B 50 shown",
-         "0: +a >a 1: +w 2: +b 99: .a >w 149: .w >b 199: .b"},
-        {"a display without an end gives way to an equal one, another does not",
-         "0 play s 500 A endless shown; 1 play t 499 A 5 shown; 2 play u 500 A 50 shown;"
-         "3 play v 500 A 5 shown",
-         "0: +s >s 1: +t 2: +u !s >u 3: +v 52: .u >v 57: .v >t 62: .t"},
-        {"endless sound gives way to higher ones alone",
-         "0 play a 500 A endless; 1 play b 500 A 10; 999 cancel a",
-         "0: +a >a 1: +b 999: xa >b done 1009: .b"},
-        {"cancels what waits and what plays, by id and by type",
-         "0 play a 500 A 99; 1 play b 500 A 99; 2 play s 500 B 99 shown; 3 cancel b; 4 cancelType "
-         "2;"
-         "5 cancelType 2; 6 cancel b; 7 cancelType 9",
-         "0: +a >a 1: +b 2: +s >s 3: xb done 4: xa done 5: none 6: none 7: xs done"},
-        {"a failure takes nothing from anybody and lets the next begin",
-         "0 play a 400 A 10; 1 play b 500 A broken; 2 play w 700 B 50; 3 play f 600 A+B broken;"
-         "4 play c 300 A 10",
-         "0: +a >a 1: +b ?b 2: +w >w 3: +f 4: +c 10: .a 52: .w ?f >c 62: .c"},
-        {"no length is too short or too long",
-         "0 play s 500 A 0 shown; 0 play l 500 A 9223372036854775807",
-         "0: +s >s .s +l >l 3153600000000: .l"},
-    };
-    for (const auto& [rule, script, happens] : cases) {
-        EXPECT_EQ(Stage().run(script), happens) << rule;
-    }
+    expectResults([](const std::string& script) { return Stage().run(script); }, R"~(
+# Equal levels queue in order of arrival; higher ones overtake those that wait.
+0 heard a 500 100 A; 10 heard b 500 100 A; 20 heard c 500 100 A; 30 heard d 501 9 B; 31 heard e 502 9 B
+    | 0: +a >a 10: +b 20: +c 30: +d >d 31: +e !d >e 40: .e 100: .a >b 200: .b >c 300: .c
+0 heard a 500 100 A; 1 heard b 300 10 A; 2 heard c 400 10 A
+    | 0: +a >a 1: +b 2: +c 100: .a >c 110: .c >b 120: .b
+# Relative levels count from 500.
+0 heard a 500 100 A; 1 heard b -1 10 A; 2 heard c +1 10 A; 3 heard d 501 10 A
+    | 0: +a >a 1: +b 2: +c !a >c 3: +d 12: .c >d 22: .d >b 32: .b
+# A part goes on in the zones that it has left; what is lost does not come back.
+0 heard a 500 100 A B; 10 heard b 600 10 B; 40 heard c 700 5 A
+    | 0: +a >a 10: +b >b 20: .b 40: +c !a >c 45: .c
+# A zone covers its sub-zones, and no zone that only begins like it.
+0 heard a 500 100 A; 1 heard b 500 10 A/x; 2 heard c 500 10 Ab
+    | 0: +a >a 1: +b 2: +c >c 12: .c 100: .a >b 110: .b
+0 heard a 500 100 A; 1 heard b 600 10 A/x
+    | 0: +a >a 1: +b >b 11: .b 100: .a
+# Who waits keeps its zones from those behind it, not from those ahead.
+0 heard a 700 100 A; 1 heard w 600 100 A B; 2 heard b 600 100 B; 3 heard c 650 10 B
+    | 0: +a >a 1: +w 2: +b 3: +c >c 13: .c 100: .a >w 200: .w >b 300: .b
+# What plays goes on until who waits can begin everywhere.
+0 heard a 700 100 A; 1 heard b 500 1000 B; 2 heard w 600 10 A B
+    | 0: +a >a 1: +b >b 2: +w 100: .a !b >w 110: .w
+# What is heard and what is shown do not contend; what is shown keeps its zones in the same way.
+0 heard a 500 100 A; 1 shown s 700 99 A; 2 shown w 600 50 A B; 3 shown b 600 50 B
+    | 0: +a >a 1: +s >s 2: +w 3: +b 100: .a .s >w 150: .w >b 200: .b
+# A display without an end gives way to an equal one; other displays and endless sound do not.
+0 shown s 500 endless A; 1 shown t 499 5 A; 2 shown u 500 50 A; 3 shown v 500 5 A
+    | 0: +s >s 1: +t 2: +u !s >u 3: +v 52: .u >v 57: .v >t 62: .t
+0 heard a 500 endless A; 1 heard b 500 10 A; 999 cancel a
+    | 0: +a >a 1: +b 999: xa >b done 1009: .b
+# What waits and what plays is cancelled by its id or its type.
+0 heard a 500 99 A; 1 heard b 500 99 A; 2 shown s 500 99 B; 3 cancel b; 4 cancel 2; 5 cancel 2
+    | 0: +a >a 1: +b 2: +s >s 3: xb done 4: xa done 5: none 101: .s
+# A failure takes nothing from anybody and lets the next begin.
+0 heard a 400 10 A; 1 heard b 500 broken A; 2 heard w 700 50 B; 3 heard f 600 broken A B; 4 heard c 300 10 A
+    | 0: +a >a 1: +b ?b 2: +w >w 3: +f 4: +c 10: .a 52: .w ?f >c 62: .c
+# No length is too short or too long.
+0 shown s 500 0 A; 0 heard l 500 9223372036854775807 A
+    | 0: +s >s .s +l >l 3153600000000: .l
+)~");
 }
 
 }  // namespace

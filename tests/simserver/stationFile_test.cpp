@@ -1,11 +1,10 @@
 #include "simserver/StationFile.h"
 
-#include <algorithm>
 #include <filesystem>
 #include <fstream>
-#include <gtest/gtest.h>
-#include <set>
 #include <unistd.h>
+
+#include "tests/simserver/tables.h"
 
 namespace {
 
@@ -13,25 +12,16 @@ using namespace simserver;
 namespace fs = std::filesystem;
 
 struct StationFileTest : testing::Test {
-    ~StationFileTest() override { fs::remove(file); }
+    StationFileTest() { fs::create_directories(folder); }
+    ~StationFileTest() override { fs::remove_all(folder); }
 
-    /// Why a file is refused, "accepted" when it is not.
-    static std::string refusal(const fs::path& path) {
-        try {
-            loadStation(path);
-            return "accepted";
-        } catch (const ScenarioError& error) {
-            return error.what();
-        }
-    }
-    std::string refusalOf(const std::string& content) const {
-        std::ofstream(file, std::ios::binary) << content;
-        return refusal(file);
+    Station load(const std::string& content) const {
+        std::ofstream(folder / "s.json", std::ios::binary) << content;
+        return loadStation(folder / "s.json");
     }
 
-    /// A good file, in which the first `from` is replaced.
-    static std::string with(const std::string& from, const std::string& to) {
-        std::string content = R"({"name": "S", "dstNo": 2,
+    const fs::path folder = fs::path(testing::TempDir()) / ("station-" + std::to_string(getpid()));
+    const std::string good = R"({"name": "S", "dstNo": 2,
  "zones": [{"id": "A"}, {"id": "A/x", "health": 2}],
  "sinks": [{"id": 1, "location": "l", "label": "s1", "ipAddress": "i", "type": 1, "zones": ["A"]},
            {"id": 2, "location": "l", "label": "s2", "ipAddress": "i", "type": 10, "zones": [],
@@ -41,133 +31,65 @@ struct StationFileTest : testing::Test {
  "voices": [{"port": 1, "language": "en", "voice": "Ann", "rate": 48000}],
  "dictionary": [{"item": 1, "text": "t", "seconds": 1.25, "chime": true}],
  "recordings": [{"path": "/r.wav", "seconds": 2}]})";
-        const std::size_t place = content.find(from);
-        EXPECT_NE(place, std::string::npos) << from;
-        return content.replace(place, from.size(), to);
-    }
-
-    const fs::path file =
-        fs::path(testing::TempDir()) / ("station-" + std::to_string(getpid()) + ".json");
-    const std::string head = file.filename().string() + ": ";
 };
 
 TEST_F(StationFileTest, ReadsEveryMember) {
-    ASSERT_EQ(refusalOf(with("S", "S")), "accepted");
-    const Station station = loadStation(file);
-    EXPECT_EQ(station.name, "S");
-    EXPECT_EQ(station.dstNo, 2);
-    EXPECT_EQ(station.zones.at(1).id, "A/x");
-    EXPECT_EQ(station.zones.at(1).health, 2);
-    EXPECT_EQ(station.sinks.at(1).monitoringSinkId, 1);
-    EXPECT_TRUE(station.sinks.at(1).monitoringEnabled);
-    EXPECT_EQ(station.sources.at(0).inputGain, -12.5);
-    EXPECT_EQ(station.sources.at(0).attachedZones, std::vector<std::string>{"A"});
-    EXPECT_EQ(station.voices.at(0).voice, "Ann");
-    EXPECT_EQ(station.dictionary.at(0).duration, std::chrono::milliseconds(1250));
-    EXPECT_TRUE(station.dictionary.at(0).chime);
-    EXPECT_EQ(station.recordings.at(0).path, "/r.wav");
+    const Station station = load(good);
+    const Sink& sink = station.sinks.at(1);
+    const Source& source = station.sources.at(0);
+    const DictionaryItem& item = station.dictionary.at(0);
+    std::ostringstream read;
+    read << station.name << station.dstNo << " " << station.zones.at(1).id
+         << station.zones[1].health << " " << sink.monitoringSinkId << sink.monitoringEnabled
+         << sink.monitoringZones.at(0) << sink.type << " " << source.inputGain
+         << source.attachedZones.at(0) << " " << station.voices.at(0).voice << " " << item.chime
+         << item.duration.count() << " " << station.recordings.at(0).path;
+    EXPECT_EQ(read.str(), "S2 A/x2 11A10 -12.5A Ann 11250 /r.wav");
 }
 
 TEST_F(StationFileTest, NamesThePlaceOfAFault) {
-    struct {
-        const char* from;
-        const char* to;
-        const char* fault;
-    } const cases[] = {
-        {R"("dstNo": 2,)", "", "accepted"},
-        {R"("name": "S",)", "", R"(/: "name" is missing)"},
-        {R"("dstNo")", R"("dstno")", "/dstno: unknown member"},
-        {R"("dstNo": 2)", R"("dstNo": 0)", "/dstNo: out of range, expected 1 to 2147483647"},
-        {R"("name": "S")", R"("name": "S\u0000")", "/name: a text without NUL is expected"},
-        {R"([{"id": "A"}, )", R"({"id": "A"}, "x": [)", "/zones: expected a list, found object"},
-        {R"({"id": "A"})", R"("A")", "/zones/0: expected an object, found string"},
-        {R"("A/x")", R"(" x")",
-         "/zones/1/id: a zone id is neither empty nor does it begin with a blank"},
-        {R"("A/x")", R"("A")", R"(/zones/1/id: "A" is given twice)"},
-        {R"("health": 2)", R"("heath": 2)", "/zones/1/heath: unknown member"},
-        {R"("health": 2)", R"("health": 2.0)",
-         "/zones/1/health: expected a whole number, found number"},
-        {R"("health": 2)", R"("health": 5)", "/zones/1/health: out of range, expected 0 to 4"},
-        {R"({"id": 2,)", R"({"id": 1,)", "/sinks/1/id: 1 is given twice"},
-        {R"({"id": 2,)", R"({)", R"(/sinks/1: "id" is missing)"},
-        {R"("type": 10)", R"("type": 99999999999999999999)",
-         "/sinks/1/type: expected a whole number, found number"},
-        {R"("zones": ["A"])", R"("zones": ["A", "B"])", R"(/sinks/0/zones/1: unknown zone "B")"},
-        {R"("zones": ["A"])", R"("zones": ["A", 5])",
-         "/sinks/0/zones/1: expected a text, found number"},
-        {R"("monitoringZones": ["A"])", R"("monitoringZones": ["a"])",
-         R"(/sinks/1/monitoringZones/0: unknown zone "a")"},
-        {R"("monitoringSinkId": 1)", R"("monitoringSinkId": 3)",
-         "/sinks/1/monitoringSinkId: unknown sink"},
-        {R"("monitoringEnabled": true)", R"("monitoringEnabled": 1)",
-         "/sinks/1/monitoringEnabled: expected true or false, found number"},
-        {R"("attachedZones": ["A"])", R"("attachedZones": ["A/y"])",
-         R"(/sources/0/attachedZones/0: unknown zone "A/y")"},
-        {R"("inputGain": -12.5)", R"("inputGain": 42.5)",
-         "/sources/0/inputGain: out of range, expected -96 to 42"},
-        {R"("seconds": 1.25)", R"("seconds": -1)",
-         "/dictionary/0/seconds: out of range, expected 0.001 to 86400.0"},
-        {R"("seconds": 2}])", R"("seconds": 2}, {"path": "/r.wav", "seconds": 1}])",
-         R"(/recordings/1/path: "/r.wav" is given twice)"},
-        {R"("label": "s2")", R"("label": "s2", "label": "s3")",
-         "/sinks/1/label: the member is given twice"},
-        {R"("dstNo": 2)", R"("name": "T")", "/name: the member is given twice"},
+    // What is replaced in a good file and by what; what is wrong then.
+    const auto loadChanged = [this](const std::string& change) {
+        const std::size_t arrow = change.find(" => ");
+        std::string content = good;
+        content.replace(content.find(change.substr(0, arrow)), arrow, change.substr(arrow + 4));
+        return load(content).name;
     };
-    for (const auto& [from, to, fault] : cases) {
-        const std::string expected = fault;
-        EXPECT_EQ(refusalOf(with(from, to)), expected == "accepted" ? expected : head + expected);
-    }
+    expectResults(loadChanged, R"~(
+"dstNo": 2, => ,                       | s.json: parse error at line 1, column 15...
+"dstNo": 2 => "name": "T"              | s.json: /name: the member is given twice
+"label": "s2" => "label": "s2", "label": "s3" | s.json: /sinks/1/label: the member is given twice
+"name": "S", => "x": "S",              | s.json: /: "name" is missing
+"name": "S" => "name": "\u0000"        | s.json: /name: a text without NUL is expected
+"dstNo": 2 => "dstNo": 0               | s.json: /dstNo: out of range, expected 1 to 2147483647
+"dstNo" => "dstno"                     | s.json: /dstno: unknown member
+[{"id": "A"}, => {"id": "A"}, "x": [   | s.json: /zones: expected a list, found object
+{"id": "A"} => "A"                     | s.json: /zones/0: expected an object, found string
+"A/x" => " x"                          | s.json: /zones/1/id: a zone id is neither empty nor does it begin with a blank
+"A/x" => "A"                           | s.json: /zones/1/id: "A" is given twice
+"health": 2 => "health": 2.0           | s.json: /zones/1/health: expected a whole number, found number
+"zones": ["A"] => "zones": ["B"]       | s.json: /sinks/0/zones/0: unknown zone "B"
+{"id": 2, => {"id": 1,                 | s.json: /sinks/1/id: 1 is given twice
+"label": "s2" => "label": 2            | s.json: /sinks/1/label: expected a text, found number
+SinkId": 1 => SinkId": 3               | s.json: /sinks/1/monitoringSinkId: unknown sink
+Zones": ["A"] => Zones": ["a"]         | s.json: /sinks/1/monitoringZones/0: unknown zone "a"
+true} => 1}                            | s.json: /sinks/1/monitoringEnabled: expected true or false, found number
+attachedZones": ["A"] => attachedZones": ["B"] | s.json: /sources/0/attachedZones/0: unknown zone "B"
+-12.5 => 42.5                          | s.json: /sources/0/inputGain: out of range, expected -96 to 42
+1.25 => -1                             | s.json: /dictionary/0/seconds: out of range, expected 0.001 to 86400.0
+{"path" => {"path": "/r.wav", "seconds": 1}, {"path" | s.json: /recordings/1/path: "/r.wav" is given twice
+)~");
+    EXPECT_THROW(loadStation("/nowhere/at-all.json"), ScenarioError);
+    EXPECT_THROW(loadStation(testing::TempDir()), ScenarioError);
 }
 
-TEST_F(StationFileTest, RefusesWhatIsNoJson) {
-    struct {
-        const char* content;
-        const char* fault;  // its beginning
-    } const cases[] = {
-        {"", "parse error at line 1, column 1"},
-        {"{\n\"name\": }", "parse error at line 2, column 9"},
-        {"{\"name\": \"\xFF\"}", "parse error at line 1, column 11"},
-        {"[]", "/: expected an object, found array"},
-    };
-    for (const auto& [content, fault] : cases) {
-        const std::string refused = refusalOf(content);
-        EXPECT_EQ(refused.rfind(head + fault, 0), 0U) << refused;
-    }
-    EXPECT_EQ(refusal("/nowhere/at-all.json"), "at-all.json: No such file or directory");
-    const fs::path folder = fs::path(testing::TempDir()).parent_path();
-    EXPECT_EQ(refusal(folder), folder.filename().string() + ": a file is expected, not a folder");
-}
-
-template <class Record, class Key>
-std::set<Key> keys(const std::vector<Record>& records, Key Record::*key) {
-    std::set<Key> all;
-    for (const Record& record : records) {
-        all.insert(record.*key);
-    }
-    return all;
-}
-
-TEST(Scenarios, HoldAWholeStation) {
+TEST(Scenarios, HoldAStationAndATram) {
     const Station station = loadStation(fs::path(PA_SCENARIO_DIR) / "central-station.json");
     EXPECT_EQ(station.zones.size(), 40U);
     EXPECT_EQ(station.sinks.size(), 120U);
-    EXPECT_EQ(keys(station.sinks, &Sink::type).size(), 10U);
     EXPECT_EQ(station.sources.size(), 12U);
-    EXPECT_GE(keys(station.sources, &Source::type).size(), 8U);
-    const auto chimes = std::count_if(station.dictionary.begin(), station.dictionary.end(),
-                                      [](const DictionaryItem& item) { return item.chime; });
-    EXPECT_EQ(chimes, 4);
     EXPECT_EQ(station.dictionary.size(), 64U);
-    const auto zones = keys(station.zones, &Zone::id);
-    EXPECT_EQ(zones.count("Platform 1") + zones.count("Platform 1/North"), 2U);
-    EXPECT_GE(keys(station.voices, &Voice::language).size(), 3U);
-    EXPECT_EQ(keys(station.voices, &Voice::rate), (std::set<int>{22050, 48000}));
-}
-
-TEST(Scenarios, HoldATram) {
-    const Station station = loadStation(fs::path(PA_SCENARIO_DIR) / "tram.json");
-    EXPECT_EQ(keys(station.zones, &Zone::id).count("Driver's cab"), 1U);
-    EXPECT_EQ(station.voices.size(), 2U);
+    EXPECT_EQ(loadStation(fs::path(PA_SCENARIO_DIR) / "tram.json").voices.size(), 2U);
 }
 
 }  // namespace
