@@ -80,13 +80,11 @@ private:
 
 TEST(PlayEngine, DecidesWhoPlaysWhereAndWhen) {
     expectResults([](const std::string& script) { return Stage().run(script); }, R"~(
-# Equal levels queue in order of arrival; higher ones overtake those that wait.
-0 heard a 500 100 A; 10 heard b 500 100 A; 20 heard c 500 100 A; 30 heard d 501 9 B; 31 heard e 502 9 B
-    | 0: +a >a 10: +b 20: +c 30: +d >d 31: +e !d >e 40: .e 100: .a >b 200: .b >c 300: .c
-0 heard a 500 100 A; 1 heard b 300 10 A; 2 heard c 400 10 A
-    | 0: +a >a 1: +b 2: +c 100: .a >c 110: .c >b 120: .b
-# Relative levels count from 500.
-0 heard a 500 100 A; 1 heard b -1 10 A; 2 heard c +1 10 A; 3 heard d 501 10 A
+# Equal levels queue in order of arrival.
+0 heard a 500 100 A; 10 heard b 500 100 A; 20 heard c 500 100 A
+    | 0: +a >a 10: +b 20: +c 100: .a >b 200: .b >c 300: .c
+# Relative levels count from 500; higher ones overtake those that wait.
+0 heard a 500 100 A; 1 heard b -1 10 A; 2 heard c +1 10 A; 3 heard d 500 10 A
     | 0: +a >a 1: +b 2: +c !a >c 3: +d 12: .c >d 22: .d >b 32: .b
 # A part goes on in the zones that it has left; what is lost does not come back.
 0 heard a 500 100 A B; 10 heard b 600 10 B; 40 heard c 700 5 A
@@ -111,8 +109,8 @@ TEST(PlayEngine, DecidesWhoPlaysWhereAndWhen) {
 0 heard a 500 endless A; 1 heard b 500 10 A; 999 cancel a
     | 0: +a >a 1: +b 999: xa >b done 1009: .b
 # What waits and what plays is cancelled by its id or its type.
-0 heard a 500 99 A; 1 heard b 500 99 A; 2 shown s 500 99 B; 3 cancel b; 4 cancel 2; 5 cancel 2
-    | 0: +a >a 1: +b 2: +s >s 3: xb done 4: xa done 5: none 101: .s
+0 heard a 500 99 A; 1 heard b 500 99 A; 2 shown s 500 99 B; 3 cancel b; 4 heard c 500 9 A; 5 cancel 2; 6 cancel 2
+    | 0: +a >a 1: +b 2: +s >s 3: xb done 4: +c 5: xa xc done 6: none 101: .s
 # A failure takes nothing from anybody and lets the next begin.
 0 heard a 400 10 A; 1 heard b 500 broken A; 2 heard w 700 50 B; 3 heard f 600 broken A B; 4 heard c 300 10 A
     | 0: +a >a 1: +b ?b 2: +w >w 3: +f 4: +c 10: .a 52: .w ?f >c 62: .c

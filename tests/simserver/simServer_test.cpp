@@ -163,8 +163,8 @@ refused: 92/18 [server-2] no announcement "server-2" is active
     {\\\"type\\\":\\\"literal\\\",\\\"values\\\":[]}},\\\"validity\\\":0}\",,0^0^0"
 11: 4 "r" Queued, 4 "r" Playing / 20: 5 Active Display template
     / 11: 4 "r" Finished 0 "played to its end", 4 gone / 20: 5 Idle None
-> 92/17 "r",0,500,"3,ip,Yard,\"Hi\",,0^0^0","2,ip,\"Yrad\",12!1,,0^0^0"
-refused: 92/17 [r] unknown zone "Yrad"
+> 92/17 "r",0,500,"3,ip,Yard,\"Hi\",,0^0^0","2,ip,\"Yard\",12!1,,0^12^0"
+refused: 92/17 [r] unknown chime 12
 > 92/17 "r",0,500,"2,ip"
 refused: 92/17 [r] part 1: 2 fields; expected type,origin,zones,content,gain,chimes
 > 92/3 9,"Yard"
