@@ -69,6 +69,12 @@ struct PAController::DeletionTable {
     DeletionRow<PaSink, int> sinks{
         3, &PAController::availablePaSinks, local,
         &Observer::onPaSinkDelete, idOf, EventItem::PA_SINK_DELETED, "PaSink ID"};
+    DeletionRow<PaTrigger, int> triggers{
+        4, &PAController::availablePaTriggersHW, local,
+        &Observer::onPaTriggerDelete, idOf, EventItem::PA_TRIGGER_DELETED, "PaTrigger ID"};
+    DeletionRow<PaSelector, int> selectors{
+        5, &PAController::availablePaSelectors, local,
+        &Observer::onPaSelectorDelete, idOf, EventItem::PA_SELECTOR_DELETED, "PaSelector ID"};
     /// No event: the queue has no type for it.
     DeletionRow<AnnouncementRequest, AnnouncementRequest> requests{
         11, &PAController::activeAnnouncementRequestList, active,
@@ -134,6 +140,8 @@ void PAController::deleteAudioVideoControllerInfo(int dstNo, int kind, int key) 
     };
     visit(table.sources);
     visit(table.sinks);
+    visit(table.triggers);
+    visit(table.selectors);
     if (selects(dstNo, table.local) && selects(kind, attachedZonesKind)) {
         eraseFrom(attachedPaZonesToPaSourceList, key);
     }

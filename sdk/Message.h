@@ -170,6 +170,13 @@ public:
     /// @throws std::invalid_argument when it has been played, or has neither part
     std::string playAnnouncement(const std::vector<std::string>& zones);
 
+    /// Asks the server for the audio of the first spoken text. Returns at once; the observers are
+    /// told through `onAudioMessageRetrievalComplete`, after 90 s at the latest. The message itself
+    /// is not changed. Takes the controller's mutex.
+    /// @return the request id that the observers will be told
+    /// @throws std::invalid_argument when the audio part is not `TTS`, or there is no text
+    std::string retrieveAudioMessage() const;
+
 private:
     std::string requestIdToUse() const;
     std::string templateText() const;

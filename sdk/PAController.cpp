@@ -7,6 +7,7 @@
 #include "sdk/AudioServer.h"
 #include "sdk/Payload.h"
 #include "sdk/QXReceiver.h"
+#include "sdk/destination.h"
 #include "sdk/globals.h"
 #include "sdk/notify.h"
 #include "sdk/paDebug.h"
@@ -73,6 +74,7 @@ int PAController::threadFunction(void* /*argument*/) {
         try {
             const MutexGuard guard(paControllerMtx);
             renewSourceLocks();
+            giveUpOldPreviews();
         } catch (const std::exception& e) {
             // Short of memory or threads: the next pass may fare better.
             handleError(1, "%s: a pass was given up: %s", "threadFunction", e.what());
@@ -93,8 +95,7 @@ void PAController::renewSourceLocks() {
         }
         const Payload payload =
             Payload().number(lock.sourceId).separator(',').plain(lock.lockedUUID);
-        gQXReceiver.addOperationToSendQueue(gIndirectCXSConnection ? -2 : -1, 92, 7, 1,
-                                            payload.text());
+        gQXReceiver.addOperationToSendQueue(destination::activeServer(), 92, 7, 1, payload.text());
         PA_DEBUG(1, "%s: sending extend lock for sourceId >%d<, UUID >%s<", "threadFunction",
                  lock.sourceId, lock.lockedUUID.c_str());
     }

@@ -1,6 +1,8 @@
 #pragma once
 
+#include <ctime>
 #include <map>
+#include <optional>
 #include <set>
 #include <string>
 #include <vector>
@@ -44,7 +46,8 @@ public:
     PAController& operator=(const PAController&) = delete;
     ~PAController() override;
 
-    /// The worker: renews the source locks of this client, then sleeps for 9000 ms, for ever.
+    /// The worker: renews the source locks of this client, gives up the previews that have waited
+    /// for 90 s, then sleeps for 9000 ms, for ever.
     int threadFunction(void* argument) override;
 
     /// @name Observers
@@ -60,11 +63,13 @@ public:
     /// @{
 
     /// Empties every cache at a (re)connection to the server. Observers hear of what is deleted.
+    /// The software triggers stay: they are this client's own.
     void initPaResources();
 
     /// Removes what the server has withdrawn.
     /// @param dstNo destination number of that server, 0 for any
-    /// @param kind  2 sources, 3 sinks, 6 attached zones, 11 announcement requests, 20 zones, 0 all
+    /// @param kind  2 sources, 3 sinks, 4 hardware triggers, 5 selectors, 6 attached zones,
+    ///              11 announcement requests, 20 zones, 0 all
     /// @param key   cache key of the entry, 0 for every entry
     void deleteAudioVideoControllerInfo(int dstNo, int kind, int key);
     /// @}
@@ -77,6 +82,28 @@ public:
 
     /// Every source, in ascending key order.
     std::vector<PaSource> getPaSources();
+
+    /// Which client holds the lock of each source, in order of arrival. The entry of a source that
+    /// the server has withdrawn stays until `initPaResources`.
+    std::vector<PaSourceLockStatus> getPaSourceLocks();
+
+    /// Takes a source's lock for this client and waits until the server confirms it. The worker
+    /// renews the lock from then on. Inside an observer's callback the confirmation cannot arrive:
+    /// the call times out.
+    /// @return whether this client holds the lock; false when the source is unknown or locked by
+    ///         another client, and after `gMaxServerWaitTimeSeconds`
+    bool attachPaSource(int sourceId);
+
+    /// Releases this client's lock of a source and waits until the server confirms it; as above.
+    /// @return whether it is released; false when this client does not hold it
+    bool detachPaSource(int sourceId);
+
+    /// Starts the level-meter feed of the amplifier element that a source belongs to: its id
+    /// divided by 100. An unknown source is ignored.
+    void enablePaSourceVUMeter(int sourceId);
+
+    /// Stops it.
+    void disablePaSourceVUMeter(int sourceId);
     /// @}
 
     /// @name Sinks
@@ -112,6 +139,79 @@ public:
     std::vector<PaZone> getPaZones();
     /// @}
 
+    /// @name Hardware triggers
+    /// @{
+
+    /// Record handler.
+    void addUpdatePaTrigger(int elemNo, TEVlist* elemArgList);
+
+    /// The hardware triggers of a source, in ascending key order; none for an id below 1.
+    std::vector<PaTrigger> getHwPaTriggers(int sourceId);
+
+    /// Every hardware trigger, in ascending key order.
+    std::vector<PaTrigger> getHwPaTriggers();
+
+    /// The state of a hardware trigger, `UNKNOWN` for an unknown one.
+    PaTrigger::State getHwPaTriggerState(int triggerId);
+    /// @}
+
+    /// @name Software triggers
+    /// This client's own: they live in this process alone, and the server hears of their
+    /// activations. Their state stays `INACTIVE`.
+    /// @{
+
+    /// Makes a software trigger. Nothing is sent.
+    /// @param sourceId          source that it starts, above 0
+    /// @param triggerPriority   0 to 100
+    /// @param preChime          sent as it stands
+    /// @param displayParameters sent as they stand
+    /// @return its id, one above the highest there is; 0 for a value out of range and when there is
+    ///         no audio server instance
+    int createSwPaTrigger(int sourceId, int triggerPriority, const std::string& preChime,
+                          const std::string& displayParameters);
+
+    /// The same with neither chime nor display parameters.
+    int createSwPaTrigger(int sourceId, int triggerPriority);
+
+    /// Forgets a software trigger. Nothing is sent; an unknown id is ignored.
+    void deleteSwPaTrigger(int triggerId);
+
+    /// Has the server start the announcement of a software trigger. An unknown id is reported, but
+    /// for one below 1 or when there is no software trigger at all.
+    void activateSwPaTrigger(int triggerId);
+
+    /// Has the server stop it; as above.
+    void deactivateSwPaTrigger(int triggerId);
+
+    /// Every software trigger, in the order in which they were made.
+    std::vector<PaSWTrigger> getSwPaTriggers();
+    /// @}
+
+    /// @name Selectors
+    /// @{
+
+    /// Record handler. Ignores a record with the key 0.
+    void addUpdatePaSelector(int elemNo, TEVlist* elemArgList);
+
+    /// The selectors of a source, in ascending key order; none for an id below 1.
+    std::vector<PaSelector> getPaSelectors(int sourceId);
+
+    /// Every selector, in ascending key order.
+    std::vector<PaSelector> getPaSelectors();
+
+    /// The state of a selector, `DISABLED` for an unknown one.
+    PaSelector::State getPaSelectorState(int selectorId);
+
+    /// Reserved: always empty.
+    std::vector<PaSink> getPaSinksForSelector(int selectorId);
+
+    /// Reserved: these have no effect.
+    void addPaSinkToSelector(int selectorId, int sinkId);
+    void deletePaSinkFromSelector(int selectorId, int sinkId);
+    void enablePaSelector(int selectorId);
+    void disablePaSelector(int selectorId);
+    /// @}
+
     /// @name Text-to-speech ports
     /// @{
 
@@ -121,11 +221,26 @@ public:
     /// Removes one port, or every port for 0. Nobody is notified.
     void deleteFromTTS_Ports(int portNo);
 
-    /// Removes one dictionary item, or every item for 0. Nobody is notified.
-    void deleteFromTTS_Dictionary(int key);
-
     /// The vocalizers at 48000 Hz, in ascending port order: those that a message can use.
     std::vector<TTSVocalizer> getTTSVocalizerList();
+    /// @}
+
+    /// @name Text-to-speech dictionary and previews
+    /// @{
+
+    /// Record handler. Completes the previews of the same text on the same port, and tells the
+    /// observers of every item through `onAudioMessageRetrievalComplete`.
+    void updateFromTTS_Dictionary(int key, TEVlist* record);
+
+    /// Removes one dictionary item, or every item for 0. Nobody is notified; previews still wait.
+    void deleteFromTTS_Dictionary(int key);
+
+    /// Every dictionary item, in ascending key order.
+    std::vector<TTSDictionary> getTTSDictionaryList();
+
+    /// Has a preview wait for its audio; one with the same key is replaced.
+    /// @param requestKey the request id that observers will be told
+    void addToTTSPreviewPendingList(const std::string& requestKey, TTSPendingInfo& info);
     /// @}
 
     /// @name Announcements
@@ -168,6 +283,23 @@ public:
     std::vector<AnnouncementRequest> getAnnouncementRequests();
     /// @}
 
+    /// @name User recordings
+    /// Each returns at once; a failure is the server's to tell.
+    /// @{
+
+    /// Starts a recording into a file of the server. The path goes out as it stands.
+    void startUserRecording(const std::string& absolutePathWithFileName);
+
+    /// Stops the recording.
+    void stopUserRecording();
+
+    /// Plays a recording back to the user.
+    void previewUserRecording(const std::string& absolutePathWithFileName);
+
+    /// Deletes a recording.
+    void deleteUserRecording(const std::string& absolutePathWithFileName);
+    /// @}
+
 private:
     friend class Message;
     struct DeletionTable;
@@ -195,7 +327,21 @@ private:
     std::vector<PAControllerObserver*> observers() const;
     void reportThrowingObserver();
     void renewSourceLocks() PA_REQUIRES(paControllerMtx);
+    void giveUpOldPreviews() PA_REQUIRES(paControllerMtx);
     void updateLockStatus(int sourceId, const std::string& lockedUUID) PA_REQUIRES(paControllerMtx);
+    /// The first entry of a source, null for none.
+    PaSourceLockStatus* lockOf(int sourceId) PA_REQUIRES(paControllerMtx);
+    template <class Confirms>
+    bool waitForLock(int sourceId, std::time_t sent, Confirms confirms);
+    void subscribeVUMeter(bool subscribe, int sourceId);
+    bool hasSwTriggers() const;
+    template <class PayloadOf>
+    void sendSwTrigger(int triggerId, const char* caller, int operationNumber, PayloadOf payloadOf);
+    std::string completePreviews(const TTSDictionary& item) PA_REQUIRES(paControllerMtx);
+    std::optional<std::string> takeOldPreview(std::time_t now,
+                                              const std::optional<std::string>& behind)
+        PA_REQUIRES(paControllerMtx);
+    void passMutex();
     void tellUploadFailed(const std::string& requestId);
 
     // Guarded by paControllerMtx.
@@ -204,7 +350,7 @@ private:
     std::vector<PaSourceLockStatus> availablePaSourcesLockStatus PA_GUARDED_BY(paControllerMtx);
     std::map<int, PaSink> availablePaSinks PA_GUARDED_BY(paControllerMtx);
     std::map<int, PaTrigger> availablePaTriggersHW PA_GUARDED_BY(paControllerMtx);
-    std::vector<PaSWTrigger> availablePaTriggersSW PA_GUARDED_BY(paControllerMtx);
+    std::vector<PaSWTrigger> availablePaTriggersSW PA_GUARDED_BY(lookupLock);
     std::map<int, PaSelector> availablePaSelectors PA_GUARDED_BY(paControllerMtx);
     /// By element number of the source record.
     std::map<int, std::set<std::string>> attachedPaZonesToPaSourceList

@@ -8,11 +8,13 @@
 #include "sdk/Payload.h"
 #include "sdk/QXReceiver.h"
 #include "sdk/cacheValues.h"
+#include "sdk/destination.h"
 #include "sdk/globals.h"
 #include "sdk/notify.h"
 #include "sdk/paDebug.h"
 #include "sdk/recordColumns.h"
 #include "sdk/recordMerge.h"
+#include "sdk/unsupportedType.h"
 
 namespace {
 
@@ -87,12 +89,6 @@ bool hasGain(PaSink::Type type) {
     return type >= PaSink::HIGH_IMPEDANCE_SPEAKER_BUS && type <= PaSink::LINE_LEVEL_AUDIO_OUTPUT;
 }
 
-template <class Exception>
-[[noreturn]] void throwUnsupportedType(const char* operation, PaSink::Type type) {
-    throw Exception(std::string(operation) + ": Unsupported Sink Type >" +
-                    std::to_string(static_cast<int>(type)) + "<");
-}
-
 }  // namespace
 
 void PAController::addUpdatePaSink(int elemNo, TEVlist* elemArgList) {
@@ -137,7 +133,7 @@ std::vector<PaSink> PAController::getPaSinks() {
 // Operation 92/8: id,level,persistent,delayPersistence
 void PaSink::setGain(Gain gain, bool persistent, bool delayPersistence) {
     if (!hasGain(type)) {
-        throwUnsupportedType<std::invalid_argument>("setGain", type);
+        throwUnsupportedType<std::invalid_argument>("setGain: Unsupported Sink Type", type);
     }
     if (gain.getLevel() < -96.0 || gain.getLevel() > 0.0) {
         throw std::out_of_range("PaSink::setGain(): Invalid Gain Level. Valid Range [-96, 0]");
@@ -150,12 +146,12 @@ void PaSink::setGain(Gain gain, bool persistent, bool delayPersistence) {
                                 .flag(persistent)
                                 .separator(',')
                                 .flag(delayPersistence);
-    gQXReceiver.addOperationToSendQueue(-1, 92, 8, 1, payload.text());
+    gQXReceiver.addOperationToSendQueue(destination::directLink, 92, 8, 1, payload.text());
 }
 
 Gain PaSink::getGain() {
     if (!hasGain(type)) {
-        throwUnsupportedType<std::out_of_range>("getGain", type);
+        throwUnsupportedType<std::out_of_range>("getGain: Unsupported Sink Type", type);
     }
     return outputGain;
 }
@@ -163,7 +159,7 @@ Gain PaSink::getGain() {
 // Operation 92/10: enable,id
 void PaSink::setPAMonitoring(bool enable) {
     const Payload payload = Payload().flag(enable).separator(',').number(id);
-    gQXReceiver.addOperationToSendQueue(-1, 92, 10, 1, payload.text());
+    gQXReceiver.addOperationToSendQueue(destination::directLink, 92, 10, 1, payload.text());
 }
 
 bool PaSink::getPAMonitoring() {
@@ -173,7 +169,8 @@ bool PaSink::getPAMonitoring() {
 // Operation 92/29: id
 void PaSink::reset() {
     if (type != ZENTRIQ_KPL2 && type != ZENTRIQ_RMX4) {
-        throwUnsupportedType<std::out_of_range>("reset", type);
+        throwUnsupportedType<std::out_of_range>("reset: Unsupported Sink Type", type);
     }
-    gQXReceiver.addOperationToSendQueue(-1, 92, 29, 1, Payload().number(id).text());
+    gQXReceiver.addOperationToSendQueue(destination::directLink, 92, 29, 1,
+                                        Payload().number(id).text());
 }

@@ -86,17 +86,22 @@ void PAController::addUpdatePaSource(int key, TEVlist* record) {
             &PAControllerObserver::onPaSourceUpdate, EventItem::PA_SOURCE_UPDATED);
 }
 
-void PAController::updateLockStatus(int sourceId, const std::string& lockedUUID) {
+PaSourceLockStatus* PAController::lockOf(int sourceId) {
     auto& locks = availablePaSourcesLockStatus;
     const auto found = std::find_if(
         locks.begin(), locks.end(),
         [sourceId](const PaSourceLockStatus& lock) { return lock.sourceId == sourceId; });
-    if (found != locks.end()) {
-        found->lockedUUID = lockedUUID;
+    return found == locks.end() ? nullptr : &*found;
+}
+
+void PAController::updateLockStatus(int sourceId, const std::string& lockedUUID) {
+    if (PaSourceLockStatus* const known = lockOf(sourceId); known != nullptr) {
+        known->lockedUUID = lockedUUID;
         PA_DEBUG(1, "%s: Lock Info for sourceId >%d< updated. Updated UUID >%s<",
                  "addUpdatePaSource", sourceId, lockedUUID.c_str());
         return;
     }
+    auto& locks = availablePaSourcesLockStatus;
     locks.push_back({sourceId, lockedUUID});
     PA_DEBUG(1,
              "%s: Lock Info for sourceId >%d<, UUID >%s< added to list. Total available lock info "
@@ -107,4 +112,9 @@ void PAController::updateLockStatus(int sourceId, const std::string& lockedUUID)
 std::vector<PaSource> PAController::getPaSources() {
     const MutexGuard guard(paControllerMtx);
     return valuesOf(availablePaSources);
+}
+
+std::vector<PaSourceLockStatus> PAController::getPaSourceLocks() {
+    const MutexGuard guard(paControllerMtx);
+    return availablePaSourcesLockStatus;
 }

@@ -7,19 +7,19 @@
 #include "sdk/PAController.h"
 #include "sdk/Payload.h"
 #include "sdk/QXReceiver.h"
+#include "sdk/destination.h"
 #include "sdk/globals.h"
 #include "sdk/notify.h"
 
 namespace {
 
-constexpr int viaIndirectLink = -2;
 constexpr int announcementClass = 92;
 constexpr int playOperation = 17;
 constexpr int cancelOperation = 18;
 
 void send(int operationNumber, const Payload& payload) {
-    gQXReceiver.addOperationToSendQueue(viaIndirectLink, announcementClass, operationNumber, 1,
-                                        payload.text());
+    gQXReceiver.addOperationToSendQueue(destination::indirectLink, announcementClass,
+                                        operationNumber, 1, payload.text());
 }
 
 bool upload(const std::string& localPath, const std::string& serverPath) {

@@ -46,11 +46,6 @@ void PAController::deleteFromTTS_Ports(int portNo) {
     eraseFrom(ttsVocalizertList, portNo);
 }
 
-void PAController::deleteFromTTS_Dictionary(int key) {
-    const MutexGuard guard(paControllerMtx);
-    eraseFrom(ttsDictionaryList, key);
-}
-
 std::vector<TTSVocalizer> PAController::getTTSVocalizerList() {
     const MutexGuard guard(paControllerMtx);
     std::vector<TTSVocalizer> usable;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <map>
+#include <optional>
 #include <vector>
 
 /// Copies of every value of a cache, in ascending key order.
@@ -12,6 +13,30 @@ std::vector<Record> valuesOf(const std::map<Key, Record>& cache) {
         values.push_back(entry.second);
     }
     return values;
+}
+
+/// Copies of the values whose `member` has a value, in ascending key order.
+template <class Record, class Value>
+std::vector<Record> valuesWith(const std::map<int, Record>& cache, Value Record::*member,
+                               const Value& value) {
+    std::vector<Record> values;
+    for (const auto& entry : cache) {
+        if (entry.second.*member == value) {
+            values.push_back(entry.second);
+        }
+    }
+    return values;
+}
+
+/// The state of the first resource with an id, in ascending key order; nothing for an unknown one.
+template <class Record>
+auto stateOf(const std::map<int, Record>& cache, int id) -> std::optional<decltype(Record::state)> {
+    for (const auto& entry : cache) {
+        if (entry.second.id == id) {
+            return entry.second.state;
+        }
+    }
+    return std::nullopt;
 }
 
 /// Removes one entry of a cache, or every entry for the key 0.

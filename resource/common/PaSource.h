@@ -1,9 +1,11 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 /// An audio input of the PA system: an analogue input, a paging station, a handset, a train radio.
-/// A plain value; the controller hands out copies.
+/// A plain value; the controller hands out copies. Operations go to the server and leave the copy
+/// as it is; they may be called from any thread and return at once.
 struct PaSource {
     enum Type : int {
         SOURCE_TYPE_NOT_DEFINED = 0,
@@ -35,6 +37,46 @@ struct PaSource {
     HealthState healthState = UNKNOWN_HEALTHSTATE;
     int targetGainAdjustment = 0;
     int priority = 500;
+
+    /// Has the server set the input gain.
+    /// @param level  in dB, -96 to +42
+    /// @param first  the server's own flags, sent as
+    /// @param second they stand
+    /// @throws std::invalid_argument when the source is neither an analogue input nor a paging
+    ///                               station
+    /// @throws std::out_of_range     when the level is out of range
+    void setGain(double level, bool first, bool second) const;
+
+    /// The input gain in dB, as last received.
+    /// @throws std::out_of_range when the source is neither an analogue input nor a paging station
+    double getGain() const;
+
+    /// Has the server attach a zone to this source.
+    /// @param mode whether the zones that are attached already stay
+    /// @throws std::out_of_range when the id is empty
+    void attachPaZone(const std::string& zoneId, AttachMode mode) const;
+
+    /// The same with several zones.
+    /// @throws std::out_of_range when there is none
+    void attachPaZone(const std::vector<std::string>& zoneIds, AttachMode mode) const;
+
+    /// Has the server detach a zone from this source.
+    /// @throws std::out_of_range when the id is empty
+    void detachPaZone(const std::string& zoneId) const;
+
+    /// The same with several zones.
+    /// @throws std::out_of_range when there is none
+    void detachPaZone(const std::vector<std::string>& zoneIds) const;
+
+    /// Has the server detach every zone from this source.
+    void detachAllPaZones() const;
+
+    /// The ids of the zones that are attached to this source now, in sorted order; none without an
+    /// audio server instance. Takes the controller's mutex.
+    std::vector<std::string> getAttachedPaZones() const;
+
+    /// Whether the source is attached, as last received.
+    AttachState getAttachState() const { return state; }
 };
 
 /// Which client holds the lock of a source.

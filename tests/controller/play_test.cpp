@@ -10,19 +10,9 @@ namespace {
 using Zones = std::vector<std::string>;
 using Items = std::vector<unsigned>;
 
-/// Registered with the process's controller once and for all.
-void watchTheController() {
-    static RecordingObserver& observer = *[] {
-        auto* const registered = new RecordingObserver("o");
-        gPaController.registerObserver(registered);
-        return registered;
-    }();
-    static_cast<void>(observer);
-}
-
 struct PlayTest : testing::Test {
     PlayTest() {
-        watchTheController();
+        recordingHost::watchTheController();
         recordingHost::reset();
         gPaController.initPaResources();
         RecordList port({"en", "anna", "48000"});
@@ -239,18 +229,6 @@ TEST_F(PlayTest, TheReducedForm) {
                      "resumeOnInterruptFlag is reserved for future use. Only false can be sent as "
                      "this argument");
     }
-}
-
-TEST_F(PlayTest, Cancels) {
-    gPaController.cancelMessage(std::string("re\"quest"));
-    gPaController.cancelMessage(std::string());
-    gPaController.cancelMessage(Message::TTS);
-    gPaController.cancelMessage(0U);
-    gPaController.cancelMessage(7U);
-    EXPECT_EQ(recordingHost::transcript(),
-              "send -2 92/18 1 \"re\\\"quest\"\nsend -2 92/18 1 \"\"\n"
-              "send -2 92/18 1 \"\",4\nsend -2 92/18 1 \"\",2\n"
-              "error 3 cancelMessage: messageId > 0 is not supported\n");
 }
 
 }  // namespace

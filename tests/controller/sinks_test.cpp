@@ -1,10 +1,10 @@
-#include <cmath>
 #include <gtest/gtest.h>
 #include <sstream>
 #include <stdexcept>
 
 #include "sdk/PAController.h"
 #include "tests/recordingHost/RecordingHost.h"
+#include "tests/support/thrownBy.h"
 
 namespace {
 
@@ -128,30 +128,9 @@ TEST_F(SinksTest, ListsAllOrNone) {
     EXPECT_EQ(controller.getPaSinks()[0].id, 17);
 }
 
-template <class Exception, class Call>
-std::string thrownBy(Call call) {
-    try {
-        call();
-    } catch (const Exception& e) {
-        return e.what();
-    }
-    return "nothing thrown";
-}
-
-TEST_F(SinksTest, SendsItsOperationsOrRefuses) {
+TEST_F(SinksTest, RefusesWhatItsTypeOrALevelDoesNotAllow) {
     PaSink sink;
-    sink.id = 17;
     sink.type = PaSink::LINE_LEVEL_AUDIO_OUTPUT;
-    sink.setGain(-12.5, true, false);
-    sink.setGain(-96, false, true);
-    sink.setGain(0.0, false, false);
-    sink.setGain(std::nan(""), false, false);
-    sink.setPAMonitoring(true);
-    sink.setPAMonitoring(false);
-    EXPECT_EQ(recordingHost::transcript(),
-              "send -1 92/8 1 17,-12.5,1,0\nsend -1 92/8 1 17,-96,0,1\n"
-              "send -1 92/8 1 17,0,0,0\nsend -1 92/8 1 17,nan,0,0\n"
-              "send -1 92/10 1 1,17\nsend -1 92/10 1 0,17\n");
     EXPECT_TRUE(sink.getPAMonitoring());
     EXPECT_EQ(sink.getGain().getLevel(), -96.0);
     for (const double level : {-96.5, 0.1}) {
@@ -160,15 +139,12 @@ TEST_F(SinksTest, SendsItsOperationsOrRefuses) {
     }
     EXPECT_EQ(thrownBy<std::out_of_range>([&] { sink.reset(); }),
               "reset: Unsupported Sink Type >4<");
-    for (const PaSink::Type type : {PaSink::ZENTRIQ_KPL2, PaSink::ZENTRIQ_RMX4}) {
-        sink.type = type;
-        sink.reset();
-    }
+    sink.type = PaSink::ZENTRIQ_RMX4;
     EXPECT_EQ(thrownBy<std::invalid_argument>([&] { sink.setGain(5, true, true); }),
               "setGain: Unsupported Sink Type >10<");
     EXPECT_EQ(thrownBy<std::out_of_range>([&] { sink.getGain(); }),
               "getGain: Unsupported Sink Type >10<");
-    EXPECT_EQ(recordingHost::transcript(), "send -1 92/29 1 17\nsend -1 92/29 1 17\n");
+    EXPECT_EQ(recordingHost::transcript(), "");
 }
 
 }  // namespace

@@ -30,6 +30,7 @@ struct Host {
     bool plainEncoding = false;
     int uploadResult = 1;
     int uuids = 0;
+    std::time_t now = 0;
     std::function<void(int)> sleepAction;
 };
 
@@ -54,6 +55,7 @@ void reset() {
     host().plainEncoding = false;
     host().uploadResult = 1;
     host().uuids = 0;
+    host().now = 1000;
     host().sleepAction = nullptr;
     debugLevel = 0;
     gAudioServerInstance = &audioServer();
@@ -61,6 +63,14 @@ void reset() {
     gActiveAudioServerDstNo = 1;
     gIndirectCXSConnection = false;
     gDeviceIPAddress = "10.0.0.5";
+}
+
+void watchTheController() {
+    static RecordingObserver* observer = nullptr;
+    if (observer == nullptr) {
+        observer = new RecordingObserver("o");
+        gPaController.registerObserver(observer);
+    }
 }
 
 std::string transcript() {
@@ -73,6 +83,10 @@ void setPlainEncoding(bool plain) {
 
 void setUploadResult(int result) {
     host().uploadResult = result;
+}
+
+void setWallClock(std::time_t now) {
+    host().now = now;
 }
 
 void setSleepAction(std::function<void(int)> action) {
@@ -117,6 +131,10 @@ void handleError(int level, const char* format, ...) {
     va_end(arguments);
 }
 
+std::time_t wallClock() {
+    return host().now;
+}
+
 void sleepMS(int ms) {
     note("sleep " + std::to_string(ms));
     if (host().sleepAction) {
@@ -143,6 +161,10 @@ void translateElemStringFieldFromSvr(std::string& text) {
 void addNewEventItem(EventItem::EVENT_TYPE type, int key, void* data) {
     note("event " + std::to_string(type) + " " + std::to_string(key) +
          (data == nullptr ? " without data" : ""));
+}
+
+void subscribeUnsubscribeToResAmpVUMeterElement(bool subscribe, int element) {
+    note(std::string("meter ") + (subscribe ? "on " : "off ") + std::to_string(element));
 }
 
 threadClass::~threadClass() = default;

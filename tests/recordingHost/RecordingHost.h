@@ -1,5 +1,6 @@
 #pragma once
 
+#include <ctime>
 #include <functional>
 #include <string>
 #include <vector>
@@ -18,8 +19,12 @@
 namespace recordingHost {
 
 /// Puts the host in its first state: empty transcript, direct connection to server 1, this device
-/// at 10.0.0.5, verbosity 0, an audio server instance with the UUID "uuid-self".
+/// at 10.0.0.5, verbosity 0, wall clock at 1000 s, an audio server instance with the UUID
+/// "uuid-self".
 void reset();
+
+/// Has an observer "o" write down what the process's controller tells, from now on.
+void watchTheController();
 
 /// The transcript since the last call or reset, a line each.
 std::string transcript();
@@ -29,6 +34,9 @@ void setPlainEncoding(bool plain);
 
 /// What the next uploads return; 1 is success.
 void setUploadResult(int result);
+
+/// What the wall clock says from now on.
+void setWallClock(std::time_t now);
 
 /// Called in place of every sleep, after it has been written down.
 void setSleepAction(std::function<void(int ms)> action);
@@ -49,8 +57,22 @@ public:
     void onPaSourceDelete(int id) override { called("source", id, "deleted"); }
     void onPaSinkUpdate(PaSink sink) override { called("sink", sink.id, sink.label); }
     void onPaSinkDelete(int id) override { called("sink", id, "deleted"); }
+    void onPaTriggerUpdate(PaTrigger trigger) override {
+        called("trigger", trigger.id, trigger.label);
+    }
+    void onPaTriggerDelete(int id) override { called("trigger", id, "deleted"); }
+    void onPaSelectorUpdate(PaSelector selector) override {
+        called("selector", selector.id, selector.label);
+    }
+    void onPaSelectorDelete(int id) override { called("selector", id, "deleted"); }
     void onPaZoneUpdate(PaZone zone) override { called("zone", zone.id, zone.activityText); }
     void onPaZoneDelete(std::string id) override { called("zone", id, "deleted"); }
+    void onAudioMessageRetrievalComplete(const std::string& requestId, bool success,
+                                         MessageRetrievalError error,
+                                         const std::string& uri) override {
+        called("audio", requestId,
+               (success ? "rendered " : "failed ") + std::to_string(error) + " " + uri);
+    }
     void onMessageUpdate(AnnouncementRequest request) override {
         called("message", request.getRequestID(), request.stateText);
     }
