@@ -2,12 +2,14 @@
 
 #include <mutex>
 #include <set>
+#include <utility>
 
 namespace {
 
 struct Meters {
     std::mutex lock;
     std::set<int> subscribed;
+    LevelMeterSwitch feed;
 };
 
 Meters& meters() {
@@ -20,10 +22,10 @@ Meters& meters() {
 void subscribeUnsubscribeToResAmpVUMeterElement(bool subscribe, int element) {
     Meters& m = meters();
     const std::lock_guard guard(m.lock);
-    if (subscribe) {
-        m.subscribed.insert(element);
-    } else {
-        m.subscribed.erase(element);
+    const bool changed =
+        subscribe ? m.subscribed.insert(element).second : m.subscribed.erase(element) > 0;
+    if (changed && m.feed) {
+        m.feed(subscribe, element);
     }
 }
 
@@ -31,4 +33,15 @@ std::vector<int> subscribedLevelMeters() {
     Meters& m = meters();
     const std::lock_guard guard(m.lock);
     return {m.subscribed.begin(), m.subscribed.end()};
+}
+
+void setLevelMeterSwitch(LevelMeterSwitch feed) {
+    Meters& m = meters();
+    const std::lock_guard guard(m.lock);
+    m.feed = std::move(feed);
+    if (m.feed) {
+        for (const int element : m.subscribed) {
+            m.feed(true, element);
+        }
+    }
 }

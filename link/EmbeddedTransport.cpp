@@ -46,6 +46,16 @@ bool EmbeddedTransport::send(const Operation& operation) {
     return true;
 }
 
+void EmbeddedTransport::meterLevel(bool subscribe, int element) {
+    {
+        const std::lock_guard guard(lock_);
+        if (!connected_) {
+            return;
+        }
+    }
+    server_.meterLevel(subscribe, element);
+}
+
 UploadResult EmbeddedTransport::upload(const std::string& localPath,
                                        const std::string& serverPath) {
     return server_.storeFile(localPath, serverPath);

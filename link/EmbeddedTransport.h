@@ -27,6 +27,9 @@ public:
     /// Does what an operation asks for, or tells the client why not. May come with no client there.
     virtual void handleOperation(const Operation& operation) = 0;
 
+    /// Starts or stops the level-meter feed of an amplifier element. Feeds end with the client.
+    virtual void meterLevel(bool subscribe, int element) = 0;
+
     /// Stores a file under a name of the server.
     virtual UploadResult storeFile(const std::string& localPath, const std::string& serverPath) = 0;
 };
@@ -42,6 +45,7 @@ public:
     void start(ServerEventSink& sink) override;
     void stop() override;
     bool send(const Operation& operation) override;
+    void meterLevel(bool subscribe, int element) override;
     UploadResult upload(const std::string& localPath, const std::string& serverPath) override;
 
     /// Waits until everything that the server has said so far has been delivered. Not to be called

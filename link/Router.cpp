@@ -32,10 +32,13 @@ void byServerAndKey(PAController& controller, int dstNo, int key, TEVlist* list)
 constexpr Route routes[] = {
     {RecordKind::Source, byKey<&PAController::addUpdatePaSource>, true},
     {RecordKind::Sink, byKey<&PAController::addUpdatePaSink>, false},
+    {RecordKind::Trigger, byKey<&PAController::addUpdatePaTrigger>, false},
+    {RecordKind::Selector, byKey<&PAController::addUpdatePaSelector>, false},
     {RecordKind::AttachedZones, byKey<&PAController::addUpdateAttachedPaZone>, false},
     {RecordKind::Announcement, byKey<&PAController::addUpdateAnnouncementRequest>, false},
     {RecordKind::Zone, byServerAndKey, false},
     {RecordKind::TtsPort, byKey<&PAController::updateFromTTS_Ports>, false},
+    {RecordKind::TtsDictionary, byKey<&PAController::updateFromTTS_Dictionary>, false},
 };
 
 const Route* routeOf(int kind) {
@@ -97,11 +100,16 @@ void Router::handle(const Withdrawal& withdrawal) {
 
 void Router::withdraw(const Withdrawal& withdrawal) {
     guarded(withdrawal.kind, withdrawal.key, [&] {
-        if (withdrawal.kind == static_cast<int>(RecordKind::TtsPort)) {
-            controller_.deleteFromTTS_Ports(withdrawal.key);
-        } else {
-            controller_.deleteAudioVideoControllerInfo(withdrawal.dstNo, withdrawal.kind,
-                                                       withdrawal.key);
+        switch (static_cast<RecordKind>(withdrawal.kind)) {
+            case RecordKind::TtsPort:
+                controller_.deleteFromTTS_Ports(withdrawal.key);
+                break;
+            case RecordKind::TtsDictionary:
+                controller_.deleteFromTTS_Dictionary(withdrawal.key);
+                break;
+            default:
+                controller_.deleteAudioVideoControllerInfo(withdrawal.dstNo, withdrawal.kind,
+                                                           withdrawal.key);
         }
     });
 }

@@ -4,6 +4,7 @@
 #include <utility>
 #include <variant>
 
+#include "framework/levelMeter.h"
 #include "framework/log.h"
 #include "sdk/globals.h"
 
@@ -32,6 +33,7 @@ void ServerLink::stop() {
         return;
     }
     audioServer_.setUploader({});
+    setLevelMeterSwitch({});
     transport_.stop();
     gQXReceiver.disconnect();
     router_.waitUntilIdle();
@@ -57,6 +59,11 @@ void ServerLink::setRefusalHandler(RefusalHandler handler) {
     refusalHandler_ = std::move(handler);
 }
 
+void ServerLink::setLevelHandler(LevelHandler handler) {
+    const std::lock_guard guard(lock_);
+    levelHandler_ = std::move(handler);
+}
+
 void ServerLink::deliver(ServerEvent event) {
     std::visit([this](auto& what) { on(std::move(what)); }, event);
 }
@@ -70,6 +77,8 @@ void ServerLink::on(const Connected& connected) {
     audioServer_.setServerInfo(connected.serverInfo);
     setState(true, false);
     gQXReceiver.connect(*this);
+    setLevelMeterSwitch(
+        [this](bool subscribe, int element) { transport_.meterLevel(subscribe, element); });
 }
 
 void ServerLink::on(const Disconnected& disconnected) {
@@ -87,21 +96,35 @@ void ServerLink::on(const Withdrawal& withdrawal) {
 }
 
 void ServerLink::on(const Refusal& refusal) {
-    RefusalHandler handler;
+    if (!tell(refusalHandler_, refusal)) {
+        handleError(2, "the server refuses operation %d/%d of request >%s<: %s",
+                    refusal.operationClass, refusal.operationNumber, refusal.requestId.c_str(),
+                    refusal.reason.c_str());
+    }
+}
+
+void ServerLink::on(const LevelReading& reading) {
+    tell(levelHandler_, reading);
+}
+
+/// Calls a handler of the application without a lock.
+/// @return false when there is none
+template <class What>
+bool ServerLink::tell(const std::function<void(const What&)>& handler, const What& what) {
+    std::function<void(const What&)> current;
     {
         const std::lock_guard guard(lock_);
-        handler = refusalHandler_;
+        current = handler;
     }
-    if (handler) {
-        try {
-            handler(refusal);
-        } catch (const std::exception& e) {
-            handleError(1, "the handler of refusals threw >%s<", e.what());
-        }
-        return;
+    if (!current) {
+        return false;
     }
-    handleError(2, "the server refuses operation %d/%d of request >%s<: %s", refusal.operationClass,
-                refusal.operationNumber, refusal.requestId.c_str(), refusal.reason.c_str());
+    try {
+        current(what);
+    } catch (const std::exception& e) {
+        handleError(1, "a handler of the server link threw >%s<", e.what());
+    }
+    return true;
 }
 
 void ServerLink::on(const InitialSetComplete& /*complete*/) {

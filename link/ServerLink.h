@@ -23,12 +23,15 @@ namespace palink {
 ///     if (!link.waitUntilReady(std::chrono::seconds(5))) ...
 ///
 /// `start` and `stop` are called by one thread; the other functions by any. None but `isConnected`
-/// and `setRefusalHandler` may be called from a callback.
+/// and the setters of handlers may be called from a callback.
 class ServerLink final : private ServerEventSink, private OperationSender {
 public:
     /// Told why the server will not do what an operation asks for. Called on a thread of the
     /// transport, without the controller's mutex. An exception that leaves it is reported.
     using RefusalHandler = std::function<void(const Refusal&)>;
+
+    /// Told what the level meters show. Called as above; must not block.
+    using LevelHandler = std::function<void(const LevelReading&)>;
 
     /// @param audioServer the facade of the process, never destroyed: the controller's worker uses
     /// it
@@ -59,6 +62,9 @@ public:
     /// Replaces the handler of refusals; without one they are reported through `handleError`.
     void setRefusalHandler(RefusalHandler handler);
 
+    /// Replaces the handler of level readings; without one they are dropped.
+    void setLevelHandler(LevelHandler handler);
+
 private:
     void deliver(ServerEvent event) override;                 // by the transport
     bool sendOperation(const Operation& operation) override;  // by the send queue
@@ -68,7 +74,10 @@ private:
     void on(Record record);
     void on(const Withdrawal& withdrawal);
     void on(const Refusal& refusal);
+    void on(const LevelReading& reading);
     void on(const InitialSetComplete& complete);
+    template <class What>
+    bool tell(const std::function<void(const What&)>& handler, const What& what);
     void setState(bool connected, bool ready);
     int upload(const std::string& localPath, const std::string& serverPath);
 
@@ -83,6 +92,7 @@ private:
     bool connected_ = false;
     bool ready_ = false;
     RefusalHandler refusalHandler_;
+    LevelHandler levelHandler_;
 };
 
 }  // namespace palink

@@ -17,10 +17,13 @@ namespace palink {
 enum class RecordKind : int {
     Source = 2,
     Sink = 3,
+    Trigger = 4,
+    Selector = 5,
     AttachedZones = 6,
     Announcement = 11,
     Zone = 20,
     TtsPort = 101,
+    TtsDictionary = 102,
 };
 
 /// The connection stands. The caches are emptied before anything that follows is handled.
@@ -59,11 +62,18 @@ struct Refusal {
     std::string reason;
 };
 
+/// What the level meter of an amplifier element shows. Told several times a second while its feed
+/// is subscribed.
+struct LevelReading {
+    int element = 0;
+    double level = 0.0;  ///< dB
+};
+
 /// Everything that the server holds has been reported.
 struct InitialSetComplete {};
 
-using ServerEvent =
-    std::variant<Connected, Disconnected, Record, Withdrawal, Refusal, InitialSetComplete>;
+using ServerEvent = std::variant<Connected, Disconnected, Record, Withdrawal, Refusal, LevelReading,
+                                 InitialSetComplete>;
 
 /// Takes what a server says, one event at a time, in the order in which it was said.
 class ServerEventSink {
@@ -95,6 +105,10 @@ public:
     /// Takes an operation without blocking on the network.
     /// @return false when the link is down
     virtual bool send(const Operation& operation) = 0;
+
+    /// Starts or stops the level-meter feed of an amplifier element, without blocking on the
+    /// network. A server that is not there is told nothing; a feed ends with its connection.
+    virtual void meterLevel(bool subscribe, int element) = 0;
 
     /// Sends a file of this device and waits for the result.
     virtual UploadResult upload(const std::string& localPath, const std::string& serverPath) = 0;

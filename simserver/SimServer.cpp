@@ -71,6 +71,8 @@ void SimServer::disconnectClient() {
     client_ = nullptr;
 }
 
+void SimServer::meterLevel(bool /*subscribe*/, int /*element*/) {}
+
 palink::UploadResult SimServer::storeFile(const std::string& localPath,
                                           const std::string& serverPath) {
     return spool_.store(localPath, serverPath);  // a long copy does not hold up what plays

@@ -41,6 +41,7 @@ public:
     void connectClient(palink::ServerEventSink& client) override;
     void disconnectClient() override;
     void handleOperation(const Operation& operation) override;
+    void meterLevel(bool subscribe, int element) override;
     palink::UploadResult storeFile(const std::string& localPath,
                                    const std::string& serverPath) override;
 
