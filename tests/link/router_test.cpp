@@ -29,6 +29,17 @@ struct Notes : PAControllerObserverAdapter {
     void onPaSourceDelete(int id) override { add("source " + std::to_string(id) + " gone"); }
     void onPaSinkUpdate(PaSink sink) override { add("sink " + std::to_string(sink.id)); }
     void onPaZoneUpdate(PaZone zone) override { add("zone " + zone.id); }
+    void onPaTriggerUpdate(PaTrigger trigger) override {
+        add("trigger " + std::to_string(trigger.id));
+    }
+    void onPaSelectorUpdate(PaSelector selector) override {
+        add("selector " + std::to_string(selector.id));
+    }
+    void onAudioMessageRetrievalComplete(const std::string& id, bool /*success*/,
+                                         MessageRetrievalError /*error*/,
+                                         const std::string& /*uri*/) override {
+        add("audio " + id);
+    }
     void onMessageUpdate(AnnouncementRequest request) override {
         add("request " + request.getRequestID());
     }
@@ -80,7 +91,11 @@ TEST_F(RouterTest, BringsEachKindToItsHandler) {
     router.handle(Record{server, RecordKind::AttachedZones, 4, {"A"}});
     router.handle(Record{server, RecordKind::Announcement, 5, {"r"}});
     router.handle(Record{server, RecordKind::TtsPort, 6, {"en", "anna"}});
-    EXPECT_EQ(notes().take(), "source 11 ; sink 12; zone Z; request r; ");
+    router.handle(Record{server, RecordKind::Trigger, 7, {"17"}});
+    router.handle(Record{server, RecordKind::Selector, 8, {"18"}});
+    router.handle(Record{server, RecordKind::TtsDictionary, 9, {"6", "u"}});
+    EXPECT_EQ(notes().take(),
+              "source 11 ; sink 12; zone Z; request r; trigger 17; selector 18; audio u; ");
     std::vector<std::string> attached;
     gPaController.getAttachedPaZoneList(4, &attached);
     EXPECT_EQ(attached.size(), 1U);
@@ -88,6 +103,8 @@ TEST_F(RouterTest, BringsEachKindToItsHandler) {
 
     router.handle(Withdrawal{server, static_cast<int>(RecordKind::TtsPort), 6});
     EXPECT_TRUE(gPaController.getTTSVocalizerList().empty());
+    router.handle(Withdrawal{server, static_cast<int>(RecordKind::TtsDictionary), 9});
+    EXPECT_TRUE(gPaController.getTTSDictionaryList().empty());
     router.handle(Withdrawal{server, static_cast<int>(RecordKind::Zone), 3});
     EXPECT_TRUE(gPaController.getPaZones().empty());
     EXPECT_EQ(gPaController.getPaSinks().size(), 1U);

@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "framework/levelMeter.h"
 #include "framework/log.h"
 #include "link/EmbeddedTransport.h"
 #include "sdk/globals.h"
@@ -18,8 +19,7 @@ using namespace std::chrono_literals;
 class ScriptedServer : public palink::EmbeddedServer {
 public:
     void meterLevel(bool subscribe, int element) override {
-        (void)subscribe;
-        (void)element;
+        feeds += (subscribe ? "+" : "-") + std::to_string(element) + " ";
     }
     void connectClient(palink::ServerEventSink& client) override {
         client_ = &client;
@@ -43,6 +43,7 @@ public:
     }
     void say(palink::ServerEvent event) { client_->deliver(std::move(event)); }
     Operation received() { return receiving_.get(); }
+    std::string feeds;
     bool hasReceived() { return receiving_.wait_for(50ms) == std::future_status::ready; }
 
 private:
@@ -115,6 +116,25 @@ TEST_F(ServerLinkTest, TellsOfRefusals) {
     server.say(palink::Refusal{92, 17, "r", "busy"});
     transport.waitUntilDelivered();
     EXPECT_NE(errors.find("a handler of the server link threw >oh<\n"), std::string::npos);
+}
+
+TEST_F(ServerLinkTest, FeedsLevelMetersFromEachConnection) {
+    ASSERT_TRUE(link.waitUntilReady(10s));
+    double level = 0.0;
+    subscribeUnsubscribeToResAmpVUMeterElement(true, 3);
+    subscribeUnsubscribeToResAmpVUMeterElement(true, 5);
+    subscribeUnsubscribeToResAmpVUMeterElement(true, 3);
+    subscribeUnsubscribeToResAmpVUMeterElement(false, 5);
+    server.say(palink::LevelReading{3, -1.0});  // nobody listens
+    link.setLevelHandler([&level](const palink::LevelReading& reading) { level = reading.level; });
+    server.say(palink::LevelReading{3, -12.5});
+    server.say(palink::Connected{3, 4, false, {}});
+    transport.waitUntilDelivered();
+    EXPECT_EQ(level, -12.5);
+    EXPECT_EQ(errors, "");
+    link.stop();
+    subscribeUnsubscribeToResAmpVUMeterElement(false, 3);
+    EXPECT_EQ(server.feeds, "+3 +5 -5 +3 ");
 }
 
 TEST_F(ServerLinkTest, ALostConnectionKeepsTheCachesAndANewOneEmptiesThem) {
