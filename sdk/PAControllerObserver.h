@@ -9,11 +9,12 @@
 /// What an application learns of changes in the controller. An observer is owned by the
 /// application, is never removed, and must outlive the controller.
 ///
-/// Every callback runs with the controller's mutex held, on a thread of the server link;
-/// `onMessageDelete` after a failed upload alone runs on the thread that played the message, with
-/// whatever it holds. A callback may call getters and operations of the controller; it must not
-/// wait for another thread that does, nor for an answer of the server, as playing a message with a
-/// local file does. An exception that leaves it is reported and the next observer is called.
+/// Every callback runs with the controller's mutex held, on a thread of the server link or, for
+/// what has waited too long, on the controller's worker; `onMessageDelete` after a failed upload
+/// alone runs on the thread that played the message, with whatever it holds. A callback may call
+/// getters and operations of the controller; it must not wait for another thread that does, nor for
+/// an answer of the server, as `attachPaSource`, `detachPaSource` and playing a message with a
+/// local file do. An exception that leaves it is reported and the next observer is called.
 class PAControllerObserver {
 public:
     enum MessageRetrievalError : int {
@@ -35,10 +36,13 @@ public:
     virtual void onPaZoneUpdate(PaZone zone) = 0;                    ///< added or changed
     virtual void onPaZoneDelete(std::string zoneId) = 0;             ///< deleted
 
-    /// An audio retrieval or a spoken preview has finished or expired.
-    /// @param requestId of the retrieval, or the item's UUID when nobody asked for it
+    /// An audio retrieval or a spoken preview has finished or expired. Called for every item of the
+    /// server's dictionary, too. The server tells of a rendering that failed under the request's
+    /// own id; the preview still waits then, and expires later under the same id.
+    /// @param requestId of the retrieval (the last in order when one item answers several), or the
+    ///                  item's UUID when it answers none
     /// @param success   whether there is audio
-    /// @param error     why not
+    /// @param error     why not: `MRE_INVALID_PARAMS` not rendered, `MRE_TIMED_OUT` after 90 s
     /// @param uri       where the audio can be fetched
     virtual void onAudioMessageRetrievalComplete(const std::string& requestId, bool success,
                                                  MessageRetrievalError error,

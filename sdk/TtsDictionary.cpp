@@ -79,7 +79,7 @@ std::string Message::retrieveAudioMessage() const {
     if (audioMessageType != TTS || ttsList.empty()) {
         throw std::invalid_argument("invalid audio message type");
     }
-    const std::string id = requestIdToUse();
+    std::string id = requestIdToUse();
     const TTSVocalizer& spoken = ttsList.front();
     const Payload payload = Payload()
                                 .plain(id)
