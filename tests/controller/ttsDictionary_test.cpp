@@ -34,10 +34,10 @@ struct TtsDictionaryTest : testing::Test {
     }
 
     /// What the worker's next pass does.
-    static std::string pass() {
+    static std::string pass(PAController& controller = gPaController) {
         struct Stop {};
         recordingHost::setSleepAction([](int) { throw Stop(); });
-        EXPECT_THROW(gPaController.threadFunction(nullptr), Stop);
+        EXPECT_THROW(controller.threadFunction(nullptr), Stop);
         recordingHost::setSleepAction(nullptr);
         return recordingHost::transcript();
     }
@@ -68,13 +68,13 @@ TEST_F(TtsDictionaryTest, CachesItemsAndTellsOfEveryRecord) {
               ">Mind, the gap<\n" +
                   told);
     EXPECT_EQ(handle(9, full), told);
-    EXPECT_EQ(handle(9, with(full, 3, "b")),
+    EXPECT_EQ(handle(9, with(full, 3, R"("b\"")")),
               "*log 1 updateFromTTS_Dictionary: TTS Dictionary Item >9< UUID >u\"1< updated. Text "
               ">Mind, the gap<\n" +
                   told);
     debugLevel = 0;
     EXPECT_EQ(handle(2, {"-1", "request"}), "*o: audio request failed 2 \n");
-    EXPECT_EQ(listed(), "2|-1|request||||| 9|4|u\"1|Mind, the gap|b|96044|c0ffee|file:///a.wav ");
+    EXPECT_EQ(listed(), "2|-1|request||||| 9|4|u\"1|Mind, the gap|b\"|96044|c0ffee|file:///a.wav ");
     debugLevel = 1;
     for (std::size_t column = 0; column < full.size(); ++column) {
         const int key = static_cast<int>(column) + 10;
@@ -117,6 +117,18 @@ TEST_F(TtsDictionaryTest, PreviewsAreGivenUpAfterNinetySeconds) {
     recordingHost::setWallClock(1091);
     EXPECT_EQ(pass(), "*o: audio n failed 1 \nsleep 9000\n");
     EXPECT_EQ(pass(), "sleep 9000\n");
+}
+
+TEST_F(TtsDictionaryTest, AnObserverMayAskAnewWhenItIsToldOfATimeOut) {
+    PAController controller;
+    RecordingObserver observer("o");
+    TTSPendingInfo old(4, "en", "anna", 48000, "a", 0);
+    observer.inCallback = [&] { controller.addToTTSPreviewPendingList("k", old); };
+    controller.registerObserver(&observer);
+    controller.addToTTSPreviewPendingList("k", old);
+    recordingHost::transcript();
+    EXPECT_EQ(pass(controller), "*o: audio k failed 1 \nsleep 9000\n") << "once in a pass";
+    EXPECT_EQ(pass(controller), "*o: audio k failed 1 \nsleep 9000\n");
 }
 
 TEST_F(TtsDictionaryTest, AMessageAsksForTheAudioOfItsFirstText) {
