@@ -36,6 +36,7 @@ constexpr Route routes[] = {
     {RecordKind::Selector, byKey<&PAController::addUpdatePaSelector>, false},
     {RecordKind::AttachedZones, byKey<&PAController::addUpdateAttachedPaZone>, false},
     {RecordKind::Announcement, byKey<&PAController::addUpdateAnnouncementRequest>, false},
+    {RecordKind::Schedule, byKey<&PAController::updateScheduleList>, true},
     {RecordKind::Zone, byServerAndKey, false},
     {RecordKind::TtsPort, byKey<&PAController::updateFromTTS_Ports>, false},
     {RecordKind::TtsDictionary, byKey<&PAController::updateFromTTS_Dictionary>, false},

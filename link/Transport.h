@@ -21,6 +21,7 @@ enum class RecordKind : int {
     Selector = 5,
     AttachedZones = 6,
     Announcement = 11,
+    Schedule = 18,
     Zone = 20,
     TtsPort = 101,
     TtsDictionary = 102,

@@ -1,6 +1,9 @@
 // Withdrawal of records: one table of what is deleted how, and one walk.
+#include <algorithm>
 #include <optional>
 #include <string>
+#include <type_traits>
+#include <utility>
 #include <vector>
 
 #include "sdk/PAController.h"
@@ -8,6 +11,7 @@
 #include "sdk/globals.h"
 #include "sdk/notify.h"
 #include "sdk/paDebug.h"
+#include "sdk/scheduleDescription.h"
 
 namespace {
 
@@ -21,6 +25,9 @@ std::string asText(const std::string& id) {
 std::string asText(const AnnouncementRequest& request) {
     return request.getRequestID();
 }
+std::string asText(const ScheduleDefinition& schedule) {
+    return std::to_string(schedule.Id);
+}
 
 template <class Record>
 auto idOf(const Record& record) {
@@ -28,6 +35,37 @@ auto idOf(const Record& record) {
 }
 AnnouncementRequest wholeRequest(const AnnouncementRequest& request) {
     return request;
+}
+ScheduleDefinition asApplicationKnowsIt(const ScheduleDefinition& schedule) {
+    return withoutRequestUUID(schedule);
+}
+
+// A cache is a map by key, or for schedules a list whose entries bear their key.
+
+template <class Entry>
+int keyOf(const std::pair<const int, Entry>& entry) {
+    return entry.first;
+}
+int keyOf(const ScheduleDefinition& schedule) {
+    return schedule.Id;
+}
+template <class Entry>
+Entry& recordOf(std::pair<const int, Entry>& entry) {
+    return entry.second;
+}
+ScheduleDefinition& recordOf(ScheduleDefinition& schedule) {
+    return schedule;
+}
+template <class Cache>
+using RecordOf = std::remove_reference_t<decltype(recordOf(*std::declval<Cache&>().begin()))>;
+
+template <class Record>
+auto find(std::map<int, Record>& cache, int key) {
+    return cache.find(key);
+}
+auto find(std::vector<ScheduleDefinition>& cache, int key) {
+    return std::find_if(cache.begin(), cache.end(),
+                        [key](const ScheduleDefinition& schedule) { return schedule.Id == key; });
 }
 
 constexpr int attachedZonesKind = 6;
@@ -40,15 +78,15 @@ bool selects(int wanted, int actual) {
 }  // namespace
 
 /// One kind of record that the server can withdraw.
-template <class Record, class Argument>
+template <class Cache, class Argument>
 struct PAController::DeletionRow {
     int kind;
-    std::map<int, Record> PAController::*cache;
+    Cache PAController::*cache;
     int server;  // whose withdrawals concern it
     void (PAControllerObserver::*slot)(Argument);
-    Argument (*argument)(const Record&);
+    Argument (*argument)(const RecordOf<Cache>&);
     std::optional<EventItem::EVENT_TYPE> event;
-    const char* name;  // as the log calls it
+    const char* name;  // as the log calls it; null: not logged
     bool notifies = true;
 };
 
@@ -56,6 +94,8 @@ struct PAController::DeletionRow {
 /// they go without a word, as a part of their sources.
 struct PAController::DeletionTable {
     using Observer = PAControllerObserver;
+    template <class Record>
+    using Map = std::map<int, Record>;
 
     // Read once for each withdrawal.
     const int local = gLocalDstNo;
@@ -63,50 +103,53 @@ struct PAController::DeletionTable {
     const bool localStandsIn = active == 0 && gIndirectCXSConnection;
 
     // clang-format off
-    DeletionRow<PaSource, int> sources{
+    DeletionRow<Map<PaSource>, int> sources{
         2, &PAController::availablePaSources, local,
         &Observer::onPaSourceDelete, idOf, EventItem::PA_SOURCE_DELETED, "PaSource ID"};
-    DeletionRow<PaSink, int> sinks{
+    DeletionRow<Map<PaSink>, int> sinks{
         3, &PAController::availablePaSinks, local,
         &Observer::onPaSinkDelete, idOf, EventItem::PA_SINK_DELETED, "PaSink ID"};
-    DeletionRow<PaTrigger, int> triggers{
+    DeletionRow<Map<PaTrigger>, int> triggers{
         4, &PAController::availablePaTriggersHW, local,
         &Observer::onPaTriggerDelete, idOf, EventItem::PA_TRIGGER_DELETED, "PaTrigger ID"};
-    DeletionRow<PaSelector, int> selectors{
+    DeletionRow<Map<PaSelector>, int> selectors{
         5, &PAController::availablePaSelectors, local,
         &Observer::onPaSelectorDelete, idOf, EventItem::PA_SELECTOR_DELETED, "PaSelector ID"};
     /// No event: the queue has no type for it.
-    DeletionRow<AnnouncementRequest, AnnouncementRequest> requests{
+    DeletionRow<Map<AnnouncementRequest>, AnnouncementRequest> requests{
         11, &PAController::activeAnnouncementRequestList, active,
         &Observer::onMessageDelete, wholeRequest, std::nullopt, "Announcement Request UUID"};
-    DeletionRow<PaZone, std::string> primaryZones{
+    DeletionRow<Map<PaZone>, std::string> primaryZones{
         20, &PAController::availablePaZonesPrimaryServer, active,
         &Observer::onPaZoneDelete, idOf, EventItem::PA_ZONE_DELETED, "PaZone ID"};
     /// Told only while the local server stands in for the active one.
-    DeletionRow<PaZone, std::string> localZones{
+    DeletionRow<Map<PaZone>, std::string> localZones{
         20, &PAController::availablePaZonesLocalServer, local,
         &Observer::onPaZoneDelete, idOf, EventItem::PA_ZONE_DELETED, "PaZone ID",
         localStandsIn};
+    DeletionRow<std::vector<ScheduleDefinition>, ScheduleDefinition> schedules{
+        18, &PAController::scheduleList, active,
+        &Observer::onScheduleDelete, asApplicationKnowsIt, EventItem::SCHEDULE_DELETED, nullptr};
     // clang-format on
 };
 
-template <class Record, class Argument>
-void PAController::deleteEntries(const DeletionRow<Record, Argument>& row, int key) {
-    auto& cache = this->*row.cache;
+template <class Cache, class Argument>
+void PAController::deleteEntries(const DeletionRow<Cache, Argument>& row, int key) {
+    Cache& cache = this->*row.cache;
     // Keys, not iterators: an observer may clear what is being walked.
     std::vector<int> keys;
     {
         const LeafGuard leaf(lookupLock);
         for (const auto& entry : cache) {
-            if (selects(key, entry.first)) {
-                keys.push_back(entry.first);
+            if (selects(key, keyOf(entry))) {
+                keys.push_back(keyOf(entry));
             }
         }
     }
     const auto lookUp = [&](int entryKey) -> std::optional<Argument> {
         const LeafGuard leaf(lookupLock);
-        const auto found = cache.find(entryKey);
-        return found == cache.end() ? std::nullopt : std::optional(row.argument(found->second));
+        const auto found = find(cache, entryKey);
+        return found == cache.end() ? std::nullopt : std::optional(row.argument(recordOf(*found)));
     };
     for (const int entryKey : keys) {
         const std::optional<Argument> told = lookUp(entryKey);
@@ -120,13 +163,17 @@ void PAController::deleteEntries(const DeletionRow<Record, Argument>& row, int k
             }
         }
         if (row.event) {
-            Record& entry = cache.at(entryKey);
+            auto& entry = recordOf(*find(cache, entryKey));
             addNewEventItem(*row.event, eventKey(entryKey, entry), &entry);
         }
-        PA_DEBUG(1, "%s: %s >%s< deleted", "deleteAudioVideoControllerInfo", row.name,
-                 asText(*told).c_str());
+        if (row.name != nullptr) {
+            PA_DEBUG(1, "%s: %s >%s< deleted", "deleteAudioVideoControllerInfo", row.name,
+                     asText(*told).c_str());
+        }
         const LeafGuard leaf(lookupLock);
-        cache.erase(entryKey);
+        if (const auto found = find(cache, entryKey); found != cache.end()) {
+            cache.erase(found);
+        }
     }
 }
 
@@ -148,6 +195,7 @@ void PAController::deleteAudioVideoControllerInfo(int dstNo, int kind, int key) 
     visit(table.requests);
     visit(table.primaryZones);
     visit(table.localZones);
+    visit(table.schedules);
 }
 
 void PAController::initPaResources() {

@@ -69,7 +69,7 @@ public:
     /// Removes what the server has withdrawn.
     /// @param dstNo destination number of that server, 0 for any
     /// @param kind  2 sources, 3 sinks, 4 hardware triggers, 5 selectors, 6 attached zones,
-    ///              11 announcement requests, 20 zones, 0 all
+    ///              11 announcement requests, 18 schedules, 20 zones, 0 all
     /// @param key   cache key of the entry, 0 for every entry
     void deleteAudioVideoControllerInfo(int dstNo, int kind, int key);
     /// @}
@@ -283,6 +283,39 @@ public:
     std::vector<AnnouncementRequest> getAnnouncementRequests();
     /// @}
 
+    /// @name Schedules
+    /// The server plays them by itself. The cache changes when the server tells of the change, not
+    /// when it is asked for.
+    /// @{
+
+    /// Has the server keep a schedule under an identifier of the caller's. Returns at once.
+    /// @throws std::invalid_argument when `Id` is not above 0, no announcement is set, a content is
+    ///                               empty or no zone is given; the text says which
+    void createSchedule(const ScheduleDefinition& def);
+
+    /// Has the server replace the schedule with this identifier; as above.
+    void modifySchedule(const ScheduleDefinition& def);
+
+    /// Has the server keep a new schedule and waits until it has told of it. Inside an observer's
+    /// callback that cannot be: the call times out.
+    /// @param def its `Id` is 0
+    /// @return the identifier that the server has given it
+    /// @throws std::invalid_argument as above, and after `gMaxServerWaitTimeSeconds`, when the
+    ///                               schedule may still come
+    int createScheduleSync(const ScheduleDefinition& def);
+
+    /// Has the server delete a schedule. An unknown one is ignored. Does not wait for a callback
+    /// that is running.
+    /// @throws std::invalid_argument when the identifier is not above 0
+    void deleteSchedule(int scheduleId);
+
+    /// Record handler. Pauses for 100 ms between the merge and the notification.
+    void updateScheduleList(int scheduleId, TEVlist* record);
+
+    /// Every schedule, in order of arrival. The descriptions are those that the application gave.
+    std::vector<ScheduleDefinition> listSchedules();
+    /// @}
+
     /// @name User recordings
     /// Each returns at once; a failure is the server's to tell.
     /// @{
@@ -304,7 +337,7 @@ private:
     friend class Message;
     struct DeletionTable;
 
-    template <class Record, class Argument>
+    template <class Cache, class Argument>
     struct DeletionRow;
 
     /// Calls `slot` on every observer in registration order, each with its own copies. An observer
@@ -320,8 +353,8 @@ private:
                  void (PAControllerObserver::*slot)(Record), EventItem::EVENT_TYPE event)
         PA_REQUIRES(paControllerMtx);
 
-    template <class Record, class Argument>
-    void deleteEntries(const DeletionRow<Record, Argument>& row, int key)
+    template <class Cache, class Argument>
+    void deleteEntries(const DeletionRow<Cache, Argument>& row, int key)
         PA_REQUIRES(paControllerMtx);
 
     std::vector<PAControllerObserver*> observers() const;
@@ -342,6 +375,12 @@ private:
                                               const std::optional<std::string>& behind)
         PA_REQUIRES(paControllerMtx);
     void passMutex();
+    std::string createScheduleHelper(bool serverAssignsId, const ScheduleDefinition& def);
+    std::optional<int> idOfRequest(const std::string& requestUUID);
+    void storeSchedule(const ScheduleDefinition& decoded) PA_REQUIRES(paControllerMtx);
+    void publishSchedule(int scheduleId) PA_REQUIRES(paControllerMtx);
+    /// The stored schedule, null for none. It stays where it is while the mutex is held.
+    ScheduleDefinition* scheduleOf(int scheduleId) PA_REQUIRES(paControllerMtx);
     void tellUploadFailed(const std::string& requestId);
 
     // Guarded by paControllerMtx.

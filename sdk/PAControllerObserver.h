@@ -13,8 +13,9 @@
 /// what has waited too long, on the controller's worker; `onMessageDelete` after a failed upload
 /// alone runs on the thread that played the message, with whatever it holds. A callback may call
 /// getters and operations of the controller; it must not wait for another thread that does, nor for
-/// an answer of the server, as `attachPaSource`, `detachPaSource` and playing a message with a
-/// local file do. An exception that leaves it is reported and the next observer is called.
+/// an answer of the server, as `attachPaSource`, `detachPaSource`, `createScheduleSync` and playing
+/// a message with a local file do. An exception that leaves it is reported and the next observer is
+/// called.
 class PAControllerObserver {
 public:
     enum MessageRetrievalError : int {

@@ -47,9 +47,7 @@ void refuseEmptyList(const std::vector<std::string>& zoneIds) {
 // id,zone^zone
 Payload zonesPayload(int sourceId, const std::vector<std::string>& zoneIds) {
     Payload payload;
-    payload.number(sourceId).separator(',');
-    payload.list(zoneIds, '^', [](Payload& p, const std::string& zone) { p.prepared(zone); });
-    return payload;
+    return payload.number(sourceId).separator(',').preparedList(zoneIds, '^');
 }
 
 // sourceId,uuid

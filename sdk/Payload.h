@@ -3,6 +3,7 @@
 #include <string>
 #include <string_view>
 #include <utility>
+#include <vector>
 
 #include "framework/fieldEncoding.h"
 #include "sdk/numberText.h"
@@ -46,6 +47,11 @@ public:
             append(*this, element);
         }
         return *this;
+    }
+
+    /// Every text in the encoding of the link, with a separator between them.
+    Payload& preparedList(const std::vector<std::string>& texts, char between) {
+        return list(texts, between, [](Payload& p, const std::string& text) { p.prepared(text); });
     }
 
     const std::string& text() const { return text_; }

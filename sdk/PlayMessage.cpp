@@ -10,6 +10,7 @@
 #include "sdk/destination.h"
 #include "sdk/globals.h"
 #include "sdk/notify.h"
+#include "sdk/requestParts.h"
 
 namespace {
 
@@ -28,10 +29,6 @@ bool upload(const std::string& localPath, const std::string& serverPath) {
            audioServer->uploadFileToActiveServer(localPath, serverPath) == 1;
 }
 
-void appendZones(Payload& payload, const std::vector<std::string>& zones) {
-    payload.list(zones, '^', [](Payload& p, const std::string& zone) { p.prepared(zone); });
-}
-
 void appendItems(Payload& payload, const std::vector<unsigned>& items) {
     payload.list(items, '^', [](Payload& p, unsigned item) { p.number(item); });
 }
@@ -41,27 +38,7 @@ Payload partHead(Message::Type type, const std::string& origin,
                  const std::vector<std::string>& zones) {
     Payload part;
     part.number(type).separator(',').plain(origin).separator(',');
-    appendZones(part, zones);
-    part.separator(',');
-    return part;
-}
-
-/// Who asks: this device's address, or on an indirect connection a number.
-std::string originText(long long numberWhenIndirect) {
-    return gIndirectCXSConnection ? Payload().number(numberWhenIndirect).text() : gDeviceIPAddress;
-}
-
-// language^voice^rate^text, prepared as a whole
-void appendSpoken(Payload& payload, const TTSVocalizer& spoken) {
-    Payload entry;
-    entry.plain(spoken.language)
-        .separator('^')
-        .plain(spoken.voice)
-        .separator('^')
-        .number(spoken.rate)
-        .separator('^')
-        .prepared(spoken.text);
-    payload.prepared(entry.text());
+    return part.preparedList(zones, '^').separator(',');
 }
 
 void appendValue(Payload& payload, const DISPLAY_VALUE_INFO& value) {
@@ -106,7 +83,9 @@ std::string Message::playAnnouncement(const std::vector<std::string>& zones) {
             break;
         case TTS:
         case TTS_SAF:
-            audio.list(ttsList, '!', appendSpoken);
+            audio.list(ttsList, '!', [](Payload& p, const TTSVocalizer& spoken) {
+                appendSpoken(p, spoken, spoken.rate);
+            });
             break;
         default:
             break;

@@ -14,6 +14,9 @@ int eventKey(int /*cacheKey*/, const Record& record) {
 inline int eventKey(int cacheKey, const PaZone& /*zone*/) {
     return cacheKey;
 }
+inline int eventKey(int /*cacheKey*/, const ScheduleDefinition& schedule) {
+    return schedule.Id;
+}
 
 template <class... Parameters, class... Arguments>
 void PAController::notifyObservers(void (PAControllerObserver::*slot)(Parameters...),

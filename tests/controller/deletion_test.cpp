@@ -21,6 +21,8 @@ struct DeletionTest : testing::Test {
             RecordList zone({"Z" + id});
             controller.addUpdatePaSource(key, record.list());
             controller.addUpdatePaSink(key, record.list());
+            RecordList schedule({"uuid~Z" + id});
+            controller.updateScheduleList(key, schedule.list());
             controller.addUpdatePaTrigger(key, record.list());
             controller.addUpdatePaSelector(key, record.list());
             controller.addUpdateAttachedPaZone(key, zone.list());
@@ -41,7 +43,7 @@ struct DeletionTest : testing::Test {
     }
 
     /// How many entries each cache holds: sources, sinks, triggers, selectors, attachments,
-    /// requests, zones in force.
+    /// requests, zones in force, schedules.
     std::string counts() {
         std::vector<std::string> attached;
         controller.getAttachedPaZoneList(7, &attached);
@@ -52,7 +54,8 @@ struct DeletionTest : testing::Test {
                std::to_string(controller.getPaSelectors().size()) +
                std::to_string(attached.size()) +
                std::to_string(controller.getAnnouncementRequests().size()) +
-               std::to_string(controller.getPaZones().size());
+               std::to_string(controller.getPaZones().size()) +
+               std::to_string(controller.listSchedules().size());
     }
 
     RecordingObserver observer{"o"};
@@ -87,20 +90,23 @@ const std::string primaryZones = bothDeleted("zone", "Z", 41, "PaZone ID");
 const std::string localZonesUntold =
     "*event 41 7\n" + logged("PaZone ID >Z70<") + "*event 41 9\n" + logged("PaZone ID >Z90<");
 
+const std::string schedules =  // in order of arrival
+    "*o: schedule 9 Z90 deleted\n*event 39 9\n*o: schedule 7 Z70 deleted\n*event 39 7\n";
+
 TEST_F(DeletionTest, EverythingGoesInTheOrderOfTheTable) {
-    EXPECT_EQ(remove(0, 0, 0),
-              sources + sinks + triggers + selectors + requests + primaryZones + localZonesUntold);
-    EXPECT_EQ(counts(), "0000000");
+    EXPECT_EQ(remove(0, 0, 0), sources + sinks + triggers + selectors + requests + primaryZones +
+                                   localZonesUntold + schedules);
+    EXPECT_EQ(counts(), "00000000");
     gActiveAudioServerDstNo = 0;
     EXPECT_TRUE(controller.getPaZones().empty());
 }
 
 TEST_F(DeletionTest, AServersWithdrawalsConcernItsOwnRows) {
     EXPECT_EQ(remove(5, 0, 0), "");
-    EXPECT_EQ(remove(activeServer, 0, 0), requests + primaryZones);
-    EXPECT_EQ(counts(), "2222200");
+    EXPECT_EQ(remove(activeServer, 0, 0), requests + primaryZones + schedules);
+    EXPECT_EQ(counts(), "22222000");
     EXPECT_EQ(remove(localServer, 0, 0), sources + sinks + triggers + selectors + localZonesUntold);
-    EXPECT_EQ(counts(), "0000000");
+    EXPECT_EQ(counts(), "00000000");
 }
 
 TEST_F(DeletionTest, OneEntryOfOneKind) {
@@ -115,10 +121,12 @@ TEST_F(DeletionTest, OneEntryOfOneKind) {
     EXPECT_EQ(remove(activeServer, 6, 9), "");
     EXPECT_EQ(remove(0, 11, 9),
               "*o: message 90 deleted\n" + logged("Announcement Request UUID >90<"));
+    EXPECT_EQ(remove(activeServer, 18, 8) + remove(localServer, 18, 9), "");
+    EXPECT_EQ(remove(activeServer, 18, 9), "*o: schedule 9 Z90 deleted\n*event 39 9\n");
     EXPECT_EQ(remove(0, 1, 0), "");
-    EXPECT_EQ(counts(), "1211112");
+    EXPECT_EQ(counts(), "12111121");
     EXPECT_EQ(remove(0, 6, 0), "");
-    EXPECT_EQ(counts(), "1211012");
+    EXPECT_EQ(counts(), "12110121");
 }
 
 TEST_F(DeletionTest, ALocalZoneIsToldOfWhileTheLocalServerStandsIn) {
@@ -143,8 +151,9 @@ TEST_F(DeletionTest, AnObserverMayDeleteWhatIsBeingDeleted) {
               "*o: selector 70 deleted\n*event 13 70\n*o: selector 90 deleted\n*event 13 90\n"
               "*o: message 70 deleted\n*o: message 90 deleted\n"
               "*o: zone Z70 deleted\n*event 41 7\n*o: zone Z90 deleted\n*event 41 9\n"
-              "*event 41 7\n*event 41 9\n");
-    EXPECT_EQ(counts(), "0000000");
+              "*event 41 7\n*event 41 9\n" +
+                  schedules);
+    EXPECT_EQ(counts(), "00000000");
 }
 
 TEST_F(DeletionTest, AReconnectionEmptiesEveryCacheAndKeepsTheObservers) {
@@ -159,8 +168,8 @@ TEST_F(DeletionTest, AReconnectionEmptiesEveryCacheAndKeepsTheObservers) {
     controller.initPaResources();
     EXPECT_EQ(recordingHost::transcript(),
               "*o: source 5 deleted\n*event 7 5\n" + logged("PaSource ID >5<") + sources + sinks +
-                  triggers + selectors + requests + primaryZones + localZonesUntold);
-    EXPECT_EQ(counts(), "0000000");
+                  triggers + selectors + requests + primaryZones + localZonesUntold + schedules);
+    EXPECT_EQ(counts(), "00000000");
     EXPECT_TRUE(controller.getTTSVocalizerList().empty());
     EXPECT_TRUE(controller.getTTSDictionaryList().empty());
     EXPECT_EQ(controller.getSwPaTriggers().size(), 1U) << "they are this client's own";

@@ -31,9 +31,9 @@ struct Reconnection {};
 using Event = std::variant<Record, Withdrawal, Reconnection>;
 
 constexpr RecordKind kinds[] = {
-    RecordKind::Source,   RecordKind::Sink,          RecordKind::Trigger,
-    RecordKind::Selector, RecordKind::AttachedZones, RecordKind::Announcement,
-    RecordKind::Zone,     RecordKind::TtsPort,       RecordKind::TtsDictionary,
+    RecordKind::Source,        RecordKind::Sink,         RecordKind::Trigger, RecordKind::Selector,
+    RecordKind::AttachedZones, RecordKind::Announcement, RecordKind::Zone,    RecordKind::TtsPort,
+    RecordKind::TtsDictionary, RecordKind::Schedule,
 };
 
 /// The same events at each call. Every field is a small number, which suits every kind.
@@ -83,6 +83,8 @@ struct Replay {
                 return controller.addUpdateAnnouncementRequest(key, list.list());
             case RecordKind::Zone:
                 return controller.addUpdatePaZone(server, key, list.list());
+            case RecordKind::Schedule:
+                return controller.updateScheduleList(key, list.list());
             case RecordKind::TtsPort:
                 return controller.updateFromTTS_Ports(key, list.list());
             case RecordKind::TtsDictionary:
@@ -134,6 +136,9 @@ std::string cachesOf(PAController& c) {
         out << "request " << a.id << ' ' << a.getRequestID() << a.stateText << a.messageContent
             << '\n';
     }
+    for (const ScheduleDefinition& s : c.listSchedules()) {
+        out << "schedule " << s.Id << ' ' << s.descrption << s.startYear << s.dayMask << '\n';
+    }
     for (const TTSDictionary& d : c.getTTSDictionaryList()) {
         out << "item " << d.key << ' ' << d.portNo << d.uuid << d.text << d.uri << '\n';
     }
@@ -166,6 +171,12 @@ void useController(int round) {
     TTSPendingInfo pending(id, "", "", 48000, std::to_string(id % 3), 0);
     c.addToTTSPreviewPendingList("preview " + std::to_string(id), pending);
     c.startUserRecording("/r");
+    ScheduleDefinition schedule;
+    schedule.Id = id;
+    schedule.announcementType = AT_LIVE;
+    schedule.paZones = {"Z"};
+    c.createSchedule(schedule);
+    c.deleteSchedule(id);
     c.cancelMessage(Message::TTS);
     cachesOf(c);
 }

@@ -29,6 +29,9 @@ struct Notes : PAControllerObserverAdapter {
     void onPaSourceDelete(int id) override { add("source " + std::to_string(id) + " gone"); }
     void onPaSinkUpdate(PaSink sink) override { add("sink " + std::to_string(sink.id)); }
     void onPaZoneUpdate(PaZone zone) override { add("zone " + zone.id); }
+    void onScheduleUpdate(ScheduleDefinition schedule) override {
+        add("schedule " + schedule.descrption);
+    }
     void onPaTriggerUpdate(PaTrigger trigger) override {
         add("trigger " + std::to_string(trigger.id));
     }
@@ -86,6 +89,8 @@ struct RouterTest : testing::Test {
 TEST_F(RouterTest, BringsEachKindToItsHandler) {
     router.handle(Record{server, RecordKind::Source, 1, {"11"}});
     router.waitUntilIdle();
+    router.handle(Record{server, RecordKind::Schedule, 10, {"Daily"}});
+    router.waitUntilIdle();
     router.handle(Record{server, RecordKind::Sink, 2, {"12"}});
     router.handle(Record{server, RecordKind::Zone, 3, {"Z"}});
     router.handle(Record{server, RecordKind::AttachedZones, 4, {"A"}});
@@ -95,7 +100,8 @@ TEST_F(RouterTest, BringsEachKindToItsHandler) {
     router.handle(Record{server, RecordKind::Selector, 8, {"18"}});
     router.handle(Record{server, RecordKind::TtsDictionary, 9, {"6", "u"}});
     EXPECT_EQ(notes().take(),
-              "source 11 ; sink 12; zone Z; request r; trigger 17; selector 18; audio u; ");
+              "source 11 ; schedule Daily; sink 12; zone Z; request r; trigger 17; selector 18; "
+              "audio u; ");
     std::vector<std::string> attached;
     gPaController.getAttachedPaZoneList(4, &attached);
     EXPECT_EQ(attached.size(), 1U);

@@ -65,6 +65,12 @@ public:
         called("selector", selector.id, selector.label);
     }
     void onPaSelectorDelete(int id) override { called("selector", id, "deleted"); }
+    void onScheduleUpdate(ScheduleDefinition schedule) override {
+        called("schedule", schedule.Id, schedule.descrption);
+    }
+    void onScheduleDelete(ScheduleDefinition schedule) override {
+        called("schedule", schedule.Id, schedule.descrption + " deleted");
+    }
     void onPaZoneUpdate(PaZone zone) override { called("zone", zone.id, zone.activityText); }
     void onPaZoneDelete(std::string id) override { called("zone", id, "deleted"); }
     void onAudioMessageRetrievalComplete(const std::string& requestId, bool success,

@@ -1,0 +1,189 @@
+// What an application asks for schedules: the checks, the request, the wait for a new identifier.
+#include <algorithm>
+#include <optional>
+#include <stdexcept>
+
+#include "framework/clock.h"
+#include "framework/uuid.h"
+#include "resource/common/stringUtils.h"
+#include "sdk/PAController.h"
+#include "sdk/QXReceiver.h"
+#include "sdk/destination.h"
+#include "sdk/paDebug.h"
+#include "sdk/requestParts.h"
+#include "sdk/scheduleDescription.h"
+
+namespace {
+
+constexpr int pollMS = 50;
+
+void require(bool condition, const char* text) {
+    if (!condition) {
+        throw std::invalid_argument(text);
+    }
+}
+
+bool isSpoken(AnnouncementType type) {
+    return type == AT_TTS || type == AT_TTS_SAF;
+}
+bool isStored(AnnouncementType type) {
+    return type == AT_STORED_DATA || type == AT_STORED_DATA_SAF;
+}
+
+void check(const ScheduleDefinition& def) {
+    require(def.announcementType != AT_NONE || def.visualAnnouncementType != AT_NONE,
+            "announcement type not set for audio/display");
+    require(def.announcementType != AT_TEV || !def.dictionaryItems.empty(),
+            "dictionary items not defined for announcement type TEV");
+    require(!isSpoken(def.announcementType) || !def.ttsList.empty(), "empty TTS entries");
+    require(def.visualAnnouncementType != AT_DISPLAY_TEMPLATE || !def.displayTemplateName.empty() ||
+                !def.displayTemplateKeyValueList.empty(),
+            "template name OR variable list not specified for announcement type DISPLAY_TEMPLATE");
+    require(!def.paZones.empty(), "audio zones not defined");
+}
+
+std::string prepared(const std::string& text) {
+    return Payload().prepared(text).text();
+}
+
+Payload audioContent(const ScheduleDefinition& def) {
+    Payload content;
+    if (def.announcementType == AT_TEV) {
+        content.list(def.dictionaryItems, '^', [](Payload& p, unsigned item) { p.number(item); })
+            .separator('!')
+            .number(def.repeatCnt);
+    } else if (isSpoken(def.announcementType)) {
+        content.list(def.ttsList, '!', [](Payload& p, const TTSVocalizer& spoken) {
+            appendSpoken(p, spoken, TTSVocalizer::usableRate);
+        });
+    } else if (isStored(def.announcementType)) {
+        content.number(def.storedDataSourceId).separator('^').plain(def.storedDataFilePath);
+    }
+    return content;
+}
+
+// Prepared as a whole: (list of key=value with ^ between, prepared)!validity
+Payload visualContent(const ScheduleDefinition& def) {
+    if (def.visualAnnouncementType != AT_DISPLAY_TEMPLATE) {
+        return {};
+    }
+    std::vector<std::string> pairs;
+    const auto add = [&pairs](const std::string& key, const std::string& value) {
+        pairs.push_back(prepared(key) + '=' + prepared(value));
+    };
+    for (const auto& [key, value] : def.displayTemplateKeyValueList) {
+        if (key.empty()) {
+            handleError(1,
+                        "%s: std::map contains empty key for display template variable list. not "
+                        "processing",
+                        "createScheduleHelper");
+            continue;
+        }
+        add(key, value);
+    }
+    if (!def.displayTemplateName.empty()) {
+        add("{SCREEN}", def.displayTemplateName);
+    }
+    const Payload content = Payload()
+                                .prepared(Payload().preparedList(pairs, '^').text())
+                                .separator('!')
+                                .number(def.displayTemplateValidityPeriodSeconds);
+    return Payload().prepared(content.text());
+}
+
+// type,origin,zone^zone,content,gain,chime
+std::string partText(AnnouncementType type, const ScheduleDefinition& def, const Payload& content) {
+    Payload part;
+    part.number(type).separator(',').plain(originText(gLocalDstNo)).separator(',');
+    part.preparedList(def.paZones, '^').separator(',').plain(content.text()).separator(',');
+    if (def.gain != 0.0) {
+        part.level(def.gain);
+    }
+    return part.separator(',').plain(def.chime).text();
+}
+
+}  // namespace
+
+void PAController::createSchedule(const ScheduleDefinition& def) {
+    createScheduleHelper(false, def);
+}
+
+void PAController::modifySchedule(const ScheduleDefinition& def) {
+    createScheduleHelper(false, def);
+}
+
+// Operation 92/19: id,description,start: year,month,day,hour,minute,end: the
+// same,dayMask,frequency, 1,"",mode,level,[audio part][visual part] - with nothing between the
+// parts
+std::string PAController::createScheduleHelper(bool serverAssignsId,
+                                               const ScheduleDefinition& def) {
+    require(serverAssignsId ? def.Id == 0 : def.Id > 0, "invalid scheduleId");
+    check(def);
+    std::string requestUUID;
+    generateUUID(requestUUID);
+
+    Payload request;
+    request.number(def.Id).separator(',');
+    request.prepared(requestUUID + behindRequestUUID + prepared(def.descrption)).separator(',');
+    for (const int value :
+         {def.startYear, def.startMonth, def.startDay, def.startHour, def.startMinute, def.endYear,
+          def.endMonth, def.endDay, def.endHour, def.endMinute, def.dayMask, def.frequency}) {
+        request.number(value).separator(',');
+    }
+    request.plain("1,\"\",");
+    request.number(def.priorityMode).separator(',').number(def.priorityLevel).separator(',');
+    const std::string audio = partText(def.announcementType, def, audioContent(def));
+    const std::string visual = partText(def.visualAnnouncementType, def, visualContent(def));
+    if (def.announcementType != AT_NONE) {
+        request.prepared(audio);
+    }
+    if (def.visualAnnouncementType != AT_NONE) {
+        request.prepared(visual);
+    }
+    gQXReceiver.addOperationToSendQueue(destination::directLink, 92, 19, 1, request.text());
+    return requestUUID;
+}
+
+int PAController::createScheduleSync(const ScheduleDefinition& def) {
+    const std::string requestUUID = createScheduleHelper(true, def);
+    const std::time_t sent = wallClock();
+    const int limit = gMaxServerWaitTimeSeconds;
+    while (std::difftime(wallClock(), sent) < limit) {
+        if (const std::optional<int> id = idOfRequest(requestUUID)) {
+            return *id;
+        }
+        sleepMS(pollMS);
+    }
+    throw std::invalid_argument("operation timed out");
+}
+
+/// The identifier of the schedule that a request has made, once the server has told of it.
+std::optional<int> PAController::idOfRequest(const std::string& requestUUID) {
+    const MutexGuard guard(paControllerMtx);
+    const LeafGuard leaf(lookupLock);
+    std::vector<std::string> pieces;
+    for (const ScheduleDefinition& schedule : scheduleList) {
+        splitStr(schedule.descrption.c_str(), behindRequestUUID, pieces, false);
+        if (!pieces.empty() && pieces[0] == requestUUID) {
+            return schedule.Id;
+        }
+    }
+    return std::nullopt;
+}
+
+// Operation 92/20: id
+void PAController::deleteSchedule(int scheduleId) {
+    require(scheduleId > 0, "Invalid scheduleId");
+    {
+        const LeafGuard leaf(lookupLock);
+        if (std::none_of(scheduleList.begin(), scheduleList.end(),
+                         [scheduleId](const ScheduleDefinition& schedule) {
+                             return schedule.Id == scheduleId;
+                         })) {
+            return;
+        }
+    }
+    gQXReceiver.addOperationToSendQueue(destination::directLink, 92, 20, 1,
+                                        Payload().number(scheduleId).text());
+    PA_DEBUG(2, "%s: request sent to AS to delete schduleId >%d<", "deleteSchedule", scheduleId);
+}

@@ -1,0 +1,29 @@
+#pragma once
+
+#include <string>
+
+#include "sdk/Message.h"
+#include "sdk/Payload.h"
+#include "sdk/globals.h"
+
+/// @file
+/// What the requests of announcements and of schedules have in common.
+
+/// Who asks: this device's address, or on an indirect connection a number.
+inline std::string originText(long long numberWhenIndirect) {
+    return gIndirectCXSConnection ? Payload().number(numberWhenIndirect).text() : gDeviceIPAddress;
+}
+
+/// A text to be spoken: language^voice^rate^text, prepared as a whole
+/// @param rate in Hz
+inline void appendSpoken(Payload& payload, const TTSVocalizer& spoken, int rate) {
+    Payload entry;
+    entry.plain(spoken.language)
+        .separator('^')
+        .plain(spoken.voice)
+        .separator('^')
+        .number(rate)
+        .separator('^')
+        .prepared(spoken.text);
+    payload.prepared(entry.text());
+}

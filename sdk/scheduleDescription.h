@@ -1,0 +1,19 @@
+#pragma once
+
+#include "resource/common/stringUtils.h"
+#include "sdk/ScheduleDefinition.h"
+
+/// @file
+/// In the description of a schedule that this SDK has asked for, the UUID of the request stands
+/// before what the application gave: uuid~description. A waiting request is recognised by it.
+
+constexpr char behindRequestUUID = '~';
+
+/// The schedule with the description that the application gave.
+inline ScheduleDefinition withoutRequestUUID(ScheduleDefinition schedule) {
+    std::vector<std::string> pieces;
+    if (splitStr(schedule.descrption.c_str(), behindRequestUUID, pieces, false) == 2) {
+        schedule.descrption = pieces[1];
+    }
+    return schedule;
+}
