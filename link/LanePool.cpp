@@ -1,7 +1,7 @@
 #include "link/LanePool.h"
 
 #include <chrono>
-#include <system_error>
+#include <exception>
 #include <utility>
 
 #include "framework/clock.h"
@@ -124,7 +124,7 @@ void LanePool::wakeThread() {
         thread.detach();
         ++threads_;
         wakePending_ = true;
-    } catch (const std::system_error&) {
+    } catch (const std::exception&) {
         // Those that there are must do; submit() helps when there is none.
     }
 }

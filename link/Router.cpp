@@ -90,7 +90,10 @@ void Router::handle(const Withdrawal& withdrawal) {
     const Route* const route = routeOf(withdrawal.kind);
     const bool pauses = route != nullptr && route->pauses;
     if (pauses && withdrawal.key != 0) {
-        pool_.submit(withdrawal.kind, withdrawal.key, [this, withdrawal] { withdraw(withdrawal); });
+        guarded(withdrawal.kind, withdrawal.key, [&] {
+            pool_.submit(withdrawal.kind, withdrawal.key,
+                         [this, withdrawal] { withdraw(withdrawal); });
+        });
         return;
     }
     if (pauses || withdrawal.kind == 0) {

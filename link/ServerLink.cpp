@@ -33,8 +33,8 @@ void ServerLink::stop() {
         return;
     }
     audioServer_.setUploader({});
-    setLevelMeterSwitch({});
     transport_.stop();
+    setLevelMeterSwitch({});  // not before: a connection that is just being made sets it
     gQXReceiver.disconnect();
     router_.waitUntilIdle();
     setState(false, false);
@@ -65,7 +65,12 @@ void ServerLink::setLevelHandler(LevelHandler handler) {
 }
 
 void ServerLink::deliver(ServerEvent event) {
-    std::visit([this](auto& what) { on(std::move(what)); }, event);
+    try {
+        std::visit([this](auto& what) { on(std::move(what)); }, event);
+    } catch (const std::exception& e) {
+        // Short of memory or threads: that costs this event alone.
+        handleError(1, "an event of the server is lost: %s", e.what());
+    }
 }
 
 void ServerLink::on(const Connected& connected) {
@@ -123,6 +128,8 @@ bool ServerLink::tell(const std::function<void(const What&)>& handler, const Wha
         current(what);
     } catch (const std::exception& e) {
         handleError(1, "a handler of the server link threw >%s<", e.what());
+    } catch (...) {
+        handleError(1, "a handler of the server link threw");
     }
     return true;
 }

@@ -91,7 +91,7 @@ struct PAController::DeletionRow {
 };
 
 /// The rows, in the order in which the caches are visited. Zones attached to sources have none:
-/// they go without a word, as a part of their sources.
+/// they go without a word.
 struct PAController::DeletionTable {
     using Observer = PAControllerObserver;
     template <class Record>

@@ -165,14 +165,15 @@ public:
 
     /// Sends the message to the zones. Returns at once, except for the upload of a local file,
     /// whose failure is told through `onMessageDelete`, on the calling thread, with the request id
-    /// alone; the message can then be played again. Takes no lock of the controller's.
+    /// alone; the message can then be played again. Does not take the controller's mutex.
     /// @return the request id under which it was sent
     /// @throws std::invalid_argument when it has been played, or has neither part
     std::string playAnnouncement(const std::vector<std::string>& zones);
 
     /// Asks the server for the audio of the first spoken text. Returns at once; the observers are
-    /// told through `onAudioMessageRetrievalComplete`, after 90 s at the latest. The message itself
-    /// is not changed. Takes the controller's mutex.
+    /// told through `onAudioMessageRetrievalComplete`, at the latest when the worker makes its
+    /// first pass after 90 s; after a reconnection nobody is told of what waited before. The
+    /// message itself is not changed. Takes the controller's mutex.
     /// @return the request id that the observers will be told
     /// @throws std::invalid_argument when the audio part is not `TTS`, or there is no text
     std::string retrieveAudioMessage() const;

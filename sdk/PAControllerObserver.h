@@ -43,7 +43,8 @@ public:
     /// @param requestId of the retrieval (the last in order when one item answers several), or the
     ///                  item's UUID when it answers none
     /// @param success   whether there is audio
-    /// @param error     why not: `MRE_INVALID_PARAMS` not rendered, `MRE_TIMED_OUT` after 90 s
+    /// @param error     why not: `MRE_INVALID_PARAMS` not rendered, `MRE_TIMED_OUT` not answered
+    /// within 90 s
     /// @param uri       where the audio can be fetched
     virtual void onAudioMessageRetrievalComplete(const std::string& requestId, bool success,
                                                  MessageRetrievalError error,

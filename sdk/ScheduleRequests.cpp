@@ -92,9 +92,10 @@ Payload visualContent(const ScheduleDefinition& def) {
 }
 
 // type,origin,zone^zone,content,gain,chime
-std::string partText(AnnouncementType type, const ScheduleDefinition& def, const Payload& content) {
+std::string partText(AnnouncementType type, const std::string& origin,
+                     const ScheduleDefinition& def, const Payload& content) {
     Payload part;
-    part.number(type).separator(',').plain(originText(gLocalDstNo)).separator(',');
+    part.number(type).separator(',').plain(origin).separator(',');
     part.preparedList(def.paZones, '^').separator(',').plain(content.text()).separator(',');
     if (def.gain != 0.0) {
         part.level(def.gain);
@@ -132,8 +133,10 @@ std::string PAController::createScheduleHelper(bool serverAssignsId,
     }
     request.plain("1,\"\",");
     request.number(def.priorityMode).separator(',').number(def.priorityLevel).separator(',');
-    const std::string audio = partText(def.announcementType, def, audioContent(def));
-    const std::string visual = partText(def.visualAnnouncementType, def, visualContent(def));
+    const std::string origin = originText(gLocalDstNo);
+    const std::string audio = partText(def.announcementType, origin, def, audioContent(def));
+    const std::string visual =
+        partText(def.visualAnnouncementType, origin, def, visualContent(def));
     if (def.announcementType != AT_NONE) {
         request.prepared(audio);
     }

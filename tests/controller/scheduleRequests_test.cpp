@@ -204,8 +204,10 @@ TEST_F(ScheduleRequestsTest, DeleteWhatIsKnown) {
     tell(5, "a");
     recordingHost::transcript();
     debugLevel = 2;
+    recordingHost::mutexEntries();
     controller.deleteSchedule(5);
     controller.deleteSchedule(6);
+    EXPECT_EQ(recordingHost::mutexEntries(), 0) << "it does not wait for a callback";
     EXPECT_EQ(recordingHost::transcript(),
               "send -1 92/20 1 5\n"
               "log 2 deleteSchedule: request sent to AS to delete schduleId >5<\n");

@@ -77,12 +77,26 @@ TEST_F(SelectorsTest, AnswersForASourceAndASelector) {
     for (const int unknown : {9, 0, -1}) {
         EXPECT_EQ(controller.getPaSelectorState(unknown), PaSelector::DISABLED);
     }
-    controller.addPaSinkToSelector(41, 1);
-    controller.deletePaSinkFromSelector(41, 1);
-    controller.enablePaSelector(40);
-    controller.disablePaSelector(41);
-    EXPECT_EQ(controller.getPaSelectorState(41), PaSelector::ENABLED_AND_ACTIVE);
     EXPECT_TRUE(controller.getPaSinksForSelector(41).empty());
+}
+
+TEST_F(SelectorsTest, ReservedOperationsPassTheMutexAndDoNothing) {
+    handle(9, full);
+    const auto entries = [this](void (*call)(PAController&)) {
+        recordingHost::mutexEntries();
+        call(controller);
+        return recordingHost::mutexEntries();
+    };
+    using C = PAController;
+    EXPECT_EQ(entries([](C& c) { c.getPaSelectors(0), c.getPaSelectorState(0); }), 0);
+    EXPECT_EQ(entries([](C& c) { c.getPaSinksForSelector(41), c.getPaSinksForSelector(0); }), 1);
+    EXPECT_EQ(entries([](C& c) { c.addPaSinkToSelector(41, 1); }), 1);
+    EXPECT_EQ(entries([](C& c) { c.addPaSinkToSelector(41, 0), c.addPaSinkToSelector(0, 1); }), 0);
+    EXPECT_EQ(entries([](C& c) { c.deletePaSinkFromSelector(41, 0); }), 1);
+    EXPECT_EQ(entries([](C& c) { c.deletePaSinkFromSelector(0, 1); }), 0);
+    EXPECT_EQ(entries([](C& c) { c.enablePaSelector(41), c.enablePaSelector(0); }), 1);
+    EXPECT_EQ(entries([](C& c) { c.disablePaSelector(41), c.disablePaSelector(-1); }), 1);
+    EXPECT_EQ(controller.getPaSelectorState(41), PaSelector::ENABLED_AND_INACTIVE);
     EXPECT_EQ(recordingHost::transcript(), "");
 }
 

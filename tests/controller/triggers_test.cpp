@@ -120,12 +120,15 @@ TEST_F(TriggersTest, NumbersTheSoftwareTriggersItMakes) {
 }
 
 TEST_F(TriggersTest, ReportsAnUnknownSoftwareTriggerOnceThereIsOne) {
+    recordingHost::mutexEntries();
     controller.activateSwPaTrigger(5);
     controller.deactivateSwPaTrigger(5);
     EXPECT_EQ(recordingHost::transcript(), "");
     controller.createSwPaTrigger(3, 50);
     controller.activateSwPaTrigger(0);
     controller.deactivateSwPaTrigger(-1);
+    controller.getHwPaTriggers(0);
+    EXPECT_EQ(recordingHost::mutexEntries(), 1) << "to make it";
     controller.activateSwPaTrigger(5);
     controller.deactivateSwPaTrigger(5);
     EXPECT_EQ(recordingHost::transcript(),

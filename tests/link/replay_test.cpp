@@ -36,7 +36,8 @@ constexpr RecordKind kinds[] = {
     RecordKind::TtsDictionary, RecordKind::Schedule,
 };
 
-/// The same events at each call. Every field is a small number, which suits every kind.
+/// The same events at each call. Every field is a small number, which suits every kind but for a
+/// schedule's parts and a port's rate.
 std::vector<Event> makeStream() {
     std::mt19937 random(20'000);
     const auto upTo = [&random](int n) { return static_cast<int>(random() % unsigned(n)) + 1; };
@@ -55,6 +56,12 @@ std::vector<Event> makeStream() {
             RecordFields fields(32);
             std::generate(fields.begin(), fields.end(), [&] { return std::to_string(upTo(3)); });
             fields[0] = std::to_string(key);
+            if (kind == RecordKind::Schedule) {
+                fields[9] = "2,o,Z" + *fields[1] + ",1^" + *fields[2] + "!3";
+                fields[10].reset();
+            } else if (kind == RecordKind::TtsPort) {
+                fields[2] = "48000";
+            }
             stream.emplace_back(Record{server, kind, key, std::move(fields)});
         }
     }
@@ -137,7 +144,11 @@ std::string cachesOf(PAController& c) {
             << '\n';
     }
     for (const ScheduleDefinition& s : c.listSchedules()) {
-        out << "schedule " << s.Id << ' ' << s.descrption << s.startYear << s.dayMask << '\n';
+        out << "schedule " << s.Id << ' ' << s.descrption << s.startYear << s.dayMask
+            << s.paZones.front() << s.dictionaryItems.back() << '\n';
+    }
+    for (const TTSVocalizer& v : c.getTTSVocalizerList()) {
+        out << "voice " << v.portNo << v.language << v.voice << '\n';
     }
     for (const TTSDictionary& d : c.getTTSDictionaryList()) {
         out << "item " << d.key << ' ' << d.portNo << d.uuid << d.text << d.uri << '\n';
@@ -177,6 +188,8 @@ void useController(int round) {
     schedule.paZones = {"Z"};
     c.createSchedule(schedule);
     c.deleteSchedule(id);
+    schedule.Id = 0;
+    EXPECT_THROW(c.createScheduleSync(schedule), std::invalid_argument) << "no time to wait";
     c.cancelMessage(Message::TTS);
     cachesOf(c);
 }
@@ -240,7 +253,10 @@ TEST(ReplayTest, TheCachesAreThoseOfOneThread) {
         std::visit(Replay{alone}, event);
     }
     EXPECT_EQ(cachesOf(gPaController), cachesOf(alone));
-    EXPECT_NE(cachesOf(alone).find("lock"), std::string::npos);
+    for (const char* const kind : {"source ", "lock ", "sink ", "trigger ", "selector ", "zone ",
+                                   "request ", "schedule ", "voice ", "item "}) {
+        EXPECT_NE(cachesOf(alone).find(kind), std::string::npos) << kind;
+    }
 
     gPaController.initPaResources();
     gMaxServerWaitTimeSeconds = 10;

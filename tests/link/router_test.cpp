@@ -180,6 +180,7 @@ TEST_F(RouterTest, ReportsAKindThatItDoesNotKnow) {
 }
 
 TEST_F(RouterTest, SurvivesWhateverAFieldHolds) {
+    setLogSink([](const LogLine&) {});
     const std::vector<std::optional<std::string>> hostile = {std::nullopt,
                                                              "",
                                                              "(null)",
@@ -194,16 +195,26 @@ TEST_F(RouterTest, SurvivesWhateverAFieldHolds) {
                                                              std::string(1'000'000, '"')};
     for (const RecordKind kind :
          {RecordKind::Source, RecordKind::Sink, RecordKind::Zone, RecordKind::AttachedZones,
-          RecordKind::Announcement, RecordKind::TtsPort}) {
+          RecordKind::Announcement, RecordKind::Trigger, RecordKind::Selector, RecordKind::Schedule,
+          RecordKind::TtsPort, RecordKind::TtsDictionary}) {
         for (const auto& field : hostile) {
             router.handle(Record{server, kind, 9, RecordFields(40, field)});
         }
         router.handle(Record{server, kind, 9, {}});
     }
+    for (const auto& content : hostile) {  // in the parts of a schedule
+        for (const std::string type : {"2", "4", "1", "9"}) {
+            RecordFields fields(11);
+            fields[9] = type + ",o,Z," + content.value_or("");
+            fields[10] = "9,o,Z," + content.value_or("");
+            router.handle(Record{server, RecordKind::Schedule, 9, fields});
+        }
+    }
     router.waitUntilIdle();
     EXPECT_EQ(gPaController.getPaZones().size(), 1U);
     // A record that decodes to another id never replaces the first.
     EXPECT_EQ(gPaController.getPaSinks().at(0).id, 0);
+    flushSuppressedErrors();
 }
 
 }  // namespace

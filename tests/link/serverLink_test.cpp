@@ -116,6 +116,10 @@ TEST_F(ServerLinkTest, TellsOfRefusals) {
     server.say(palink::Refusal{92, 17, "r", "busy"});
     transport.waitUntilDelivered();
     EXPECT_NE(errors.find("a handler of the server link threw >oh<\n"), std::string::npos);
+    link.setRefusalHandler([](const palink::Refusal&) { throw 5; });
+    server.say(palink::Refusal{92, 17, "r", "busy"});
+    transport.waitUntilDelivered();
+    EXPECT_NE(errors.find("a handler of the server link threw\n"), std::string::npos);
 }
 
 TEST_F(ServerLinkTest, FeedsLevelMetersFromEachConnection) {
@@ -168,6 +172,16 @@ TEST_F(ServerLinkTest, AtANewConnectionTheZonesThatWereToldOfAreTakenBack) {
     server.say(palink::Connected{1, 4, true, {}});
     transport.waitUntilDelivered();
     EXPECT_NE(zones.deleted.find("Hall"), std::string::npos);
+}
+
+TEST_F(ServerLinkTest, LeavesNothingBehindThatLevelMetersWouldCall) {
+    for (int i = 0; i < 50; ++i) {
+        ScriptedServer shortLived;
+        palink::EmbeddedTransport way(shortLived);
+        palink::ServerLink(audioServer, way).start();  // and stops while it connects
+        subscribeUnsubscribeToResAmpVUMeterElement(true, 3);
+        subscribeUnsubscribeToResAmpVUMeterElement(false, 3);
+    }
 }
 
 TEST_F(ServerLinkTest, MayStopAndStartAgain) {

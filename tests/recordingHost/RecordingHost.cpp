@@ -27,6 +27,7 @@ namespace {
 struct Host {
     std::string transcript;
     int mutexDepth = 0;
+    int mutexEntries = 0;
     bool plainEncoding = false;
     int uploadResult = 1;
     int uuids = 0;
@@ -56,6 +57,7 @@ void reset() {
     host().uploadResult = 1;
     host().uuids = 0;
     host().now = 1000;
+    host().mutexEntries = 0;
     host().sleepAction = nullptr;
     debugLevel = 0;
     gAudioServerInstance = &audioServer();
@@ -91,6 +93,10 @@ void setWallClock(std::time_t now) {
 
 void setSleepAction(std::function<void(int)> action) {
     host().sleepAction = std::move(action);
+}
+
+int mutexEntries() {
+    return std::exchange(host().mutexEntries, 0);
 }
 
 AudioServer& audioServer() {
@@ -181,6 +187,7 @@ qxLocalMutex::~qxLocalMutex() = default;
 
 void qxLocalMutex::enter() {
     ++host().mutexDepth;
+    ++host().mutexEntries;
 }
 
 void qxLocalMutex::leave() {

@@ -41,6 +41,9 @@ void setWallClock(std::time_t now);
 /// Called in place of every sleep, after it has been written down.
 void setSleepAction(std::function<void(int ms)> action);
 
+/// How often the controller's mutex was entered since the last call or reset.
+int mutexEntries();
+
 AudioServer& audioServer();
 
 /// Writes a line into the transcript.
