@@ -3,10 +3,6 @@ function(pa_warnings target)
   target_compile_options(${target} PRIVATE
     -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wformat=2 -Wnon-virtual-dtor
     -Woverloaded-virtual -Wold-style-cast -Werror)
-  if(PA_SANITIZE AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
-    # Instrumented code misleads this warning; the other builds keep it.
-    target_compile_options(${target} PRIVATE -Wno-maybe-uninitialized)
-  endif()
   if(CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
     # The lock annotations of the headers are checked by the compiler.
     target_compile_options(${target} PRIVATE -Wthread-safety)

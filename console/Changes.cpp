@@ -28,6 +28,29 @@ public:
     void onPaZoneDelete(std::string id) override {
         tell({Kind::Delete, "zoneDelete", GoneName{std::move(id)}});
     }
+    void onPaTriggerUpdate(PaTrigger trigger) override {
+        tell({Kind::Update, "triggerUpdate", std::move(trigger)});
+    }
+    void onPaTriggerDelete(int id) override {
+        tell({Kind::Delete, "triggerDelete", GoneNumber{id}});
+    }
+    void onPaSelectorUpdate(PaSelector selector) override {
+        tell({Kind::Update, "selectorUpdate", std::move(selector)});
+    }
+    void onPaSelectorDelete(int id) override {
+        tell({Kind::Delete, "selectorDelete", GoneNumber{id}});
+    }
+    void onScheduleUpdate(ScheduleDefinition schedule) override {
+        tell({Kind::Update, "scheduleUpdate", std::move(schedule)});
+    }
+    void onScheduleDelete(ScheduleDefinition schedule) override {
+        tell({Kind::Delete, "scheduleDelete", std::move(schedule)});
+    }
+    void onAudioMessageRetrievalComplete(const std::string& requestId, bool success,
+                                         MessageRetrievalError error,
+                                         const std::string& uri) override {
+        tell({Kind::Retrieval, "audioRetrieval", Retrieval{requestId, success, error, uri}});
+    }
     void onMessageUpdate(AnnouncementRequest request) override {
         tell({Kind::Update, "announcementUpdate", std::move(request)});
     }
@@ -97,6 +120,10 @@ void Changes::add(const Change& change) {
 
 void tellRefusal(const palink::Refusal& refusal) {
     hub().tell({Change::Kind::Refusal, "refusal", refusal});
+}
+
+void tellLevel(const palink::LevelReading& reading) {
+    hub().tell({Change::Kind::Level, "level", reading});
 }
 
 }  // namespace console

@@ -13,12 +13,13 @@ namespace console {
 
 /// One thing that the controller, or the link, has told.
 struct Change {
-    enum class Kind { Update, Delete, Refusal };
+    enum class Kind { Update, Delete, Refusal, Retrieval, Level };
 
     Kind kind;
     const char* event;  ///< stable name, for example "zoneUpdate"
-    std::variant<PaSource, PaSink, PaZone, AnnouncementRequest, GoneNumber, GoneName,
-                 palink::Refusal>
+    std::variant<PaSource, PaSink, PaZone, AnnouncementRequest, PaTrigger, PaSelector,
+                 ScheduleDefinition, Lock, GoneNumber, GoneName, Retrieval, palink::Refusal,
+                 palink::LevelReading>
         what;
 };
 
@@ -45,5 +46,8 @@ private:
 
 /// Tells every subscriber of a refusal, which reaches the console beside the controller.
 void tellRefusal(const palink::Refusal& refusal);
+
+/// The same for what a level meter shows.
+void tellLevel(const palink::LevelReading& reading);
 
 }  // namespace console

@@ -4,7 +4,6 @@
 #include <stdexcept>
 
 #include "console/ExitCode.h"
-#include "console/commandLine.h"
 #include "console/script.h"
 
 namespace console {
@@ -35,9 +34,10 @@ Handler taskOf(const CommandLine& line) {
     return line.handler;
 }
 
-void runLine(const std::vector<std::string>& words, const Streams& streams, Output& diagnostics) {
+void runProcess(const std::vector<std::string>& words, const Streams& streams,
+                Output& diagnostics) {
     Output out(streams.out);
-    const auto line = readCommandLine(words, Settings{}, LineKind::Process, out);
+    const auto line = CommandParser(Settings{}, LineKind::Process).read(words, out);
     if (line) {
         const Handler task = taskOf(*line);
         Connection connection(line->settings, diagnostics);
@@ -50,9 +50,11 @@ void runLine(const std::vector<std::string>& words, const Streams& streams, Outp
 int run(const std::vector<std::string>& words, const Streams& streams) {
     Output diagnostics(streams.err);
     try {
-        runLine(words, streams, diagnostics);
+        runProcess(words, streams, diagnostics);
     } catch (const Failure& failure) {
-        diagnostics.diagnostic(failure.what());
+        if (*failure.what() != '\0') {
+            diagnostics.diagnostic(failure.what());
+        }
         return static_cast<int>(failure.code);
     } catch (const std::exception& error) {
         diagnostics.diagnostic(error.what());
@@ -62,20 +64,28 @@ int run(const std::vector<std::string>& words, const Streams& streams) {
 }
 
 void runScriptLines(const Context& context) {
-    Settings defaults = context.settings;
-    defaults.script.clear();  // a line has no script of its own
-    runScript(context.settings.script, [&](const std::vector<std::string>& words) {
-        const auto line = readCommandLine(words, defaults, LineKind::Script, context.out);
-        if (!line) {
-            return;
-        }
-        if (!line->handler) {
-            throw Failure(ExitCode::Usage, "no command");
-        }
+    Context lineContext = context;
+    lineContext.settings.script.clear();  // a line has no script of its own
+    context.connection.lasts = true;
+    runScript(context.settings.script, [&lineContext](const std::vector<std::string>& words) {
+        runLine(lineContext, words, LineKind::Script);
+    });
+}
+
+std::string runLine(const Context& context, const std::vector<std::string>& words, LineKind kind) {
+    const auto line = CommandParser(context.settings, kind).read(words, context.out);
+    if (!line) {
+        return {};
+    }
+    if (line->command.empty()) {
+        throw Failure(ExitCode::Usage, "no command");
+    }
+    if (line->handler) {
         Context lineContext = context;
         lineContext.settings = line->settings;
         execute(line->handler, lineContext);
-    });
+    }
+    return line->command;
 }
 
 }  // namespace console

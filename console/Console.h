@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "console/Context.h"
+#include "console/commandLine.h"
 
 namespace console {
 
@@ -24,5 +25,11 @@ int run(const std::vector<std::string>& words, const Streams& streams);
 /// Runs the lines of the script that the settings name, over the same connection.
 /// @throws Failure when a line fails
 void runScriptLines(const Context& context);
+
+/// Runs the words of one line over the same connection.
+/// @param context with the settings that hold where the line says nothing
+/// @return the line's command, empty when it asked for help
+/// @throws Failure when it fails
+std::string runLine(const Context& context, const std::vector<std::string>& words, LineKind kind);
 
 }  // namespace console

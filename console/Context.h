@@ -1,5 +1,6 @@
 #pragma once
 
+#include <map>
 #include <memory>
 #include <string>
 #include <vector>
@@ -26,6 +27,13 @@ public:
     }
 
     std::vector<std::string> playedIds;  ///< request ids, in order
+
+    /// The records of the announcements that software triggers have started, by source.
+    std::map<int, int> startedAnnouncements;
+
+    /// Whether other commands may follow over this connection, as in a script. What lives as long
+    /// as the connection is of little use without.
+    bool lasts = false;
 
 private:
     const Settings settings_;

@@ -17,7 +17,7 @@ enum class ExitCode : int {
     Interrupted = 130,   ///< SIGINT, SIGTERM or SIGHUP
 };
 
-/// Why a command ends early: its text is one line for stderr.
+/// Why a command ends early: its text is one line for stderr, or empty when all has been said.
 class Failure : public std::runtime_error {
 public:
     Failure(ExitCode exitCode, const std::string& text)

@@ -1,5 +1,7 @@
 #include "console/Output.h"
 
+#include <utility>
+
 #include "console/ExitCode.h"
 #include "console/cleanText.h"
 
@@ -15,7 +17,28 @@ void Output::write(const std::string& lines) {
 
 void Output::diagnostic(const std::string& text) {
     const std::lock_guard guard(lock_);
-    stream_ << "paconsole: " << clean(text) << std::endl;
+    const std::string line = "paconsole: " + clean(text) + '\n';
+    if (holding_) {
+        held_ += line;
+    } else {
+        stream_ << line << std::flush;
+    }
+}
+
+void Output::hold() {
+    const std::lock_guard guard(lock_);
+    holding_ = true;
+}
+
+std::string Output::takeHeld() {
+    const std::lock_guard guard(lock_);
+    return std::exchange(held_, {});
+}
+
+void Output::release() {
+    const std::lock_guard guard(lock_);
+    holding_ = false;
+    stream_ << std::exchange(held_, {}) << std::flush;
 }
 
 }  // namespace console

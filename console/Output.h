@@ -19,9 +19,21 @@ public:
     /// Writes one line of diagnostics, made harmless for a terminal. Nobody hears of a failure.
     void diagnostic(const std::string& text);
 
+    /// From now on diagnostics are kept for `takeHeld`, because somebody else has the cursor.
+    void hold();
+
+    /// What has been kept since it was last asked for.
+    std::string takeHeld();
+
+    /// Writes what has been kept, and from now on all at once again.
+    void release();
+
 private:
     std::mutex lock_;
-    std::ostream& stream_;  // guarded by lock_
+    // Guarded by lock_.
+    std::ostream& stream_;
+    bool holding_ = false;
+    std::string held_;
 };
 
 }  // namespace console

@@ -7,9 +7,11 @@
 
 #include "console/ExitCode.h"
 #include "console/interrupt.h"
+#include "console/stationClock.h"
 #include "framework/log.h"
 #include "sdk/PAController.h"
 #include "sdk/globals.h"
+#include "simserver/Calendar.h"
 #include "simserver/StationFile.h"
 
 namespace console {
@@ -41,9 +43,16 @@ simserver::SimServer serverFor(const Settings& settings) try {
     simserver::Options options;
     options.speed = settings.speed;
     options.spool = settings.spool;
-    return simserver::SimServer(
-        simserver::loadStation(settings.scenario.empty() ? defaultScenario() : settings.scenario),
-        options);
+    options.state = settings.state;
+    const simserver::Station station =
+        simserver::loadStation(settings.scenario.empty() ? defaultScenario() : settings.scenario);
+    if (settings.clock) {
+        const auto& [date, time] = *settings.clock;
+        options.clock =
+            simserver::Calendar(station.timeZone)
+                .momentOf({date->year, date->month, date->day, time->hour, time->minute});
+    }
+    return simserver::SimServer(station, options);
 } catch (const std::exception& error) {
     throw Failure(ExitCode::CannotConnect, error.what());
 }
@@ -73,9 +82,11 @@ Session::LogRedirection::~LogRedirection() {
 Session::Session(const Settings& settings, Output& diagnostics)
     : log_(diagnostics, settings.debug),
       server_(serverFor(settings)),
-      transport_(server_),
+      renewals_(server_),
+      transport_(renewals_),
       link_(audioServer(), transport_) {
     link_.setRefusalHandler(tellRefusal);
+    link_.setLevelHandler(tellLevel);
     link_.start();
     const Moment deadline = after(settings.timeout.value_or(connectSeconds));
     while (!link_.waitUntilReady(tick)) {
@@ -84,6 +95,7 @@ Session::Session(const Settings& settings, Output& diagnostics)
             throw Failure(ExitCode::CannotConnect, "the server does not answer in time");
         }
     }
+    setStationClock(serverInfo(), settings.speed);
 }
 
 Session::~Session() = default;
@@ -103,6 +115,12 @@ std::optional<Change> Session::nextChange(Changes& changes, Moment deadline) {
             return std::nullopt;
         }
     }
+}
+
+std::optional<Change> Session::nextAnswer(Changes& changes, Moment deadline) try {
+    return nextChange(changes, deadline);
+} catch (const Failure& failure) {
+    throw Failure(failure.code, std::string(failure.what()) + "; the outcome is unknown");
 }
 
 KeyValueMap Session::serverInfo() const {

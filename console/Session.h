@@ -5,6 +5,7 @@
 
 #include "console/Changes.h"
 #include "console/Output.h"
+#include "console/RenewalCounter.h"
 #include "console/Settings.h"
 #include "link/EmbeddedTransport.h"
 #include "link/ServerLink.h"
@@ -38,7 +39,17 @@ public:
     /// @throws Failure when the user interrupts, or the connection is lost
     std::optional<Change> nextChange(Changes& changes, Moment deadline);
 
+    /// The same for somebody who has asked for something: the failure says that what has become of
+    /// it is unknown.
+    std::optional<Change> nextAnswer(Changes& changes, Moment deadline);
+
     KeyValueMap serverInfo() const;
+
+    /// How often this client has renewed the lock of a source.
+    int renewalsOf(int sourceId) const { return renewals_.renewalsOf(sourceId); }
+
+    /// The simulated server itself, for what happens on its own side.
+    simserver::SimServer& server() { return server_; }
 
 private:
     /// Sends the lines of the log to the diagnostics while it lives.
@@ -52,6 +63,7 @@ private:
 
     LogRedirection log_;
     simserver::SimServer server_;
+    RenewalCounter renewals_;
     palink::EmbeddedTransport transport_;
     palink::ServerLink link_;
 };

@@ -4,6 +4,8 @@
 #include <optional>
 #include <string>
 
+#include "console/scheduleTimes.h"
+
 namespace console {
 
 /// The global options.
@@ -12,7 +14,9 @@ struct Settings {
     std::filesystem::path scenario;  ///< empty for the default one
     double speed = 1.0;              ///< simulated seconds per real second
     std::optional<double> timeout;   ///< seconds
-    std::filesystem::path spool;  ///< where the simulated server keeps uploads; empty: for itself
+    std::filesystem::path spool;    ///< where the simulated server keeps uploads; empty: for itself
+    std::filesystem::path state;    ///< where it keeps schedules; empty: nowhere
+    std::optional<DateTime> clock;  ///< what it is at the station at first; empty: the real time
     long debug = 0;
     std::string script;  ///< a file, "-" for the standard input, empty for none
 };

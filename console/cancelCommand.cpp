@@ -49,7 +49,7 @@ Records waitUntilGone(const Context& context, Changes& changes, const Records& o
     const Moment deadline = after(context.settings.timeout.value_or(cancelSeconds));
     Records gone;
     while (gone.size() < open.size()) {
-        const auto change = context.session().nextChange(changes, deadline);
+        const auto change = context.session().nextAnswer(changes, deadline);
         if (!change) {
             throw Failure(ExitCode::TimedOut,
                           "the server has not answered; whether anything is "

@@ -3,6 +3,7 @@
 #include "console/cleanText.h"
 #include "console/json.h"
 #include "console/recordText.h"
+#include "console/scheduleText.h"
 
 namespace console {
 
@@ -38,6 +39,28 @@ std::string text(const PaZone& zone) {
 std::string text(const AnnouncementRequest& record) {
     return withStates(numbered(record.id, record.getRequestID()),
                       {record.stateText, record.completionMsg});
+}
+std::string text(const PaTrigger& trigger) {
+    return withStates(numbered(trigger.id, trigger.label), {nameOf(trigger.state)});
+}
+std::string text(const PaSelector& selector) {
+    return withStates(numbered(selector.id, selector.label), {nameOf(selector.state)});
+}
+std::string text(const ScheduleDefinition& definition) {
+    const Schedule schedule = described(definition);
+    return withStates(numbered(schedule.Id, schedule.descrption),
+                      {schedule.periodText, schedule.daysText, schedule.timesText,
+                       schedule.contentText, valueText(schedule.paZones)});
+}
+std::string text(const Lock& lock) {
+    return withStates("source " + std::to_string(lock.sourceId), {holderText(lock)});
+}
+std::string text(const Retrieval& retrieval) {
+    return withStates(retrieval.requestId, {nameOf(retrieval.error), retrieval.uri});
+}
+std::string text(const palink::LevelReading& reading) {
+    return withStates("element " + std::to_string(reading.element),
+                      {valueText(reading.level) + " dB"});
 }
 std::string text(const palink::Refusal& refusal) {
     return withStates(refusal.requestId, {refusal.reason});

@@ -1,7 +1,7 @@
 #include "console/commandLine.h"
 
-#include <CLI/CLI.hpp>
 #include <algorithm>
+#include <utility>
 
 #include "console/ExitCode.h"
 #include "console/options.h"
@@ -35,6 +35,20 @@ void addProcessOptions(CLI::App& parser, Settings& settings) {
               "Simulated seconds per second (default 1)");
     addText(parser, "--spool", settings.spool, "Folder where the simulated server keeps uploads",
             "DIR");
+    addText(parser, "--state", settings.state, "Folder where the simulated server keeps schedules",
+            "DIR");
+    const auto takeClock = [&settings](const std::string& text) {
+        const DateTime typed = parseDateTime("--clock", text);
+        if (!typed.date || !typed.time) {
+            throw CLI::ValidationError("--clock", "'" + text + "' is not a date and a time");
+        }
+        settings.clock = typed;
+    };
+    parser
+        .add_option_function<std::string>("--clock", takeClock,
+                                          "What time it is at the station at first, as "
+                                          "2026-12-01T05:59 (default: the real time)")
+        ->type_name("DATETTIME");
     addWhole(parser, "--debug", settings.debug, {0, 3}, "Verbosity of the log, 0 to 3");
     addText(parser, "--script", settings.script,
             "Run console commands, one a line; - for the standard input", "FILE");
@@ -55,33 +69,65 @@ std::vector<std::string> withEmptyValues(const std::vector<std::string>& words) 
     return result;
 }
 
+void refuseInside(const Context& /*context*/) {
+    throw Failure(ExitCode::Usage, "a shell cannot run inside a script or a shell");
+}
+
+/// What a shell understands beside the commands.
+constexpr std::pair<const char*, const char*> shellWords[] = {
+    {"help", "Show the commands, or with a command its options"},
+    {"exit", "Leave the shell"},
+    {"quit", "Leave the shell"},
+};
+
 }  // namespace
 
-std::optional<CommandLine> readCommandLine(const std::vector<std::string>& words,
-                                           const Settings& defaults, LineKind kind, Output& out) {
-    CommandLine line{defaults, {}, {}};
-    CLI::App parser("The operator's console of a public-address system.", "paconsole");
-    parser.fallthrough();
-    parser.require_subcommand(0, 1);
-    parser.footer(exitCodes);
-    parser.get_formatter()->label("SUBCOMMAND", "COMMAND");
-    parser.get_formatter()->column_width(36);
-    addLineOptions(parser, line.settings);
+CommandParser::CommandParser(const Settings& defaults, LineKind kind)
+    : kind_(kind),
+      line_{defaults, {}, {}},
+      app_("The operator's console of a public-address system.", "paconsole") {
+    app_.fallthrough();
+    app_.require_subcommand(0, 1);
+    app_.footer(exitCodes);
+    app_.get_formatter()->label("SUBCOMMAND", "COMMAND");
+    app_.get_formatter()->column_width(36);
+    addLineOptions(app_, line_.settings);
     if (kind == LineKind::Process) {
-        addProcessOptions(parser, line.settings);
+        addProcessOptions(app_, line_.settings);
     }
-    std::vector<Handler> handlers;
-    std::vector<CLI::App*> parsers;
     for (const Command& command : commands()) {
-        parsers.push_back(parser.add_subcommand(command.name, command.help)->group("Commands"));
-        handlers.push_back(command.define(*parsers.back()));
+        CLI::App* const parser = app_.add_subcommand(command.name, command.help);
+        if (command.ownsProcess && kind != LineKind::Process) {
+            parser->group("");  // the help leaves it out
+            handlers_.emplace_back(refuseInside);
+        } else {
+            parser->group("Commands");
+            handlers_.push_back(command.define(*parser));
+        }
+    }
+    if (kind == LineKind::Shell) {
+        addShellWords();
+    }
+}
+
+void CommandParser::addShellWords() {
+    for (const auto& [name, help] : shellWords) {
+        app_.add_subcommand(name, help)->group("Shell");
+        handlers_.emplace_back();
+    }
+}
+
+std::optional<CommandLine> CommandParser::read(std::vector<std::string> words, Output& out) {
+    if (kind_ == LineKind::Shell && !words.empty() && words.front() == "help") {
+        words.erase(words.begin());
+        words.emplace_back("--help");
     }
     try {
         auto arguments = withEmptyValues(words);
         std::reverse(arguments.begin(), arguments.end());  // as the parser wants them
-        parser.parse(arguments);
+        app_.parse(arguments);
     } catch (const CLI::CallForHelp&) {
-        out.write(parser.help());
+        out.write(app_.help());
         return std::nullopt;
     } catch (const CLI::CallForVersion& wanted) {
         out.write(std::string(wanted.what()) + '\n');
@@ -89,13 +135,14 @@ std::optional<CommandLine> readCommandLine(const std::vector<std::string>& words
     } catch (const CLI::ParseError& error) {
         throw Failure(ExitCode::Usage, error.what());
     }
-    for (std::size_t i = 0; i < parsers.size(); ++i) {
-        if (parsers[i]->parsed()) {
-            line.command = parsers[i]->get_name();
-            line.handler = handlers[i];
+    const auto all = app_.get_subcommands({});
+    for (std::size_t i = 0; i < all.size(); ++i) {
+        if (all[i]->parsed()) {
+            line_.command = all[i]->get_name();
+            line_.handler = handlers_[i];
         }
     }
-    return line;
+    return line_;
 }
 
 }  // namespace console

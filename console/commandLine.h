@@ -1,5 +1,6 @@
 #pragma once
 
+#include <CLI/CLI.hpp>
 #include <optional>
 #include <string>
 #include <vector>
@@ -18,15 +19,33 @@ struct CommandLine {
 };
 
 /// What a command line may choose: the server and all that the process does, or, on a line of a
-/// script, only what the line itself does.
-enum class LineKind { Process, Script };
+/// script or a shell, only what the line itself does.
+enum class LineKind { Process, Script, Shell };
 
-/// Reads a command line, or prints the help that it asks for.
-/// @param words    without the program's name
-/// @param defaults what holds where it says nothing
-/// @return nothing when it asks for help
-/// @throws Failure when it is wrong
-std::optional<CommandLine> readCommandLine(const std::vector<std::string>& words,
-                                           const Settings& defaults, LineKind kind, Output& out);
+/// The parser of command lines.
+class CommandParser {
+public:
+    /// @param defaults what holds where a line says nothing
+    CommandParser(const Settings& defaults, LineKind kind);
+    CommandParser(const CommandParser&) = delete;  // the parser points into the line
+    CommandParser& operator=(const CommandParser&) = delete;
+
+    /// Reads one command line, or prints the help that it asks for. Not to be called twice.
+    /// @param words without the program's name
+    /// @return nothing when it asks for help
+    /// @throws Failure when it is wrong
+    std::optional<CommandLine> read(std::vector<std::string> words, Output& out);
+
+    /// Every command with its options.
+    const CLI::App& tree() const { return app_; }
+
+private:
+    void addShellWords();
+
+    const LineKind kind_;
+    CommandLine line_;
+    CLI::App app_;
+    std::vector<Handler> handlers_;  // of the commands, in the order of their table
+};
 
 }  // namespace console

@@ -1,7 +1,9 @@
 #include <filesystem>
 #include <stdlib.h>
 
-#include "console/Demo.h"
+#include "console/DemoAnnouncements.h"
+#include "console/DemoOperating.h"
+#include "console/DemoSchedule.h"
 #include "console/ExitCode.h"
 #include "console/TextTable.h"
 #include "console/cleanText.h"
@@ -62,27 +64,39 @@ void showStation(const Context& context) {
                       count(voices) + "\n\n");
 }
 
-/// @return how many announcements did not end as the plan says
-int showSummary(const Context& context, const std::vector<Playing>& played) {
+/// @return how many things did not go as expected
+int showSummary(const Context& context, const std::vector<DemoResult>& results) {
     int surprises = 0;
     Json array = Json::array();
-    TextTable table({"ANNOUNCEMENT", "EXPECTED", "SEEN"});
-    for (const Playing& playing : played) {
-        const auto& [item, follower, state] = playing;
-        const bool asExpected = follower.isOver() && follower.outcome() == item.expected;
-        surprises += asExpected ? 0 : 1;
-        table.addRow({item.name, nameOf(item.expected),
-                      asExpected ? nameOf(follower.outcome()) : follower.summary()});
-        array.push_back({{"name", item.name},
-                         {"kind", item.kind},
-                         {"zones", item.request.zones},
-                         {"requestId", follower.requestId()},
-                         {"expected", nameOf(item.expected)},
-                         {"seen", nameOf(follower.outcome())},
-                         {"asExpected", asExpected}});
+    TextTable table({"STEP", "EXPECTED", "SEEN"});
+    for (const DemoResult& result : results) {
+        surprises += result.asExpected ? 0 : 1;
+        table.addRow({result.name, result.expected, result.seen});
+        Json object = {{"name", result.name},
+                       {"kind", result.kind},
+                       {"expected", result.expected},
+                       {"seen", result.seen},
+                       {"asExpected", result.asExpected}};
+        object.update(result.details);
+        array.push_back(object);
     }
     context.settings.json ? context.writeJson(array) : context.out.write('\n' + table.text());
     return surprises;
+}
+
+std::vector<DemoResult> showPages(const Context& context, const std::vector<std::string>& zoneIds) {
+    const TemporaryFolder folder;
+    const auto recording = folder.path() / "recording.wav";
+    writeTone(recording, recordingSeconds);
+    DemoScreen screen(context);
+    DemoSchedule schedule(context, screen, zoneIds[zoneIds.size() - 2]);
+    auto results = DemoAnnouncements(context, screen).play(demoPlan(zoneIds, recording));
+    const auto preview = folder.path() / "preview.wav";
+    for (const DemoResult& result : DemoOperating(context, screen, zoneIds, preview).run()) {
+        results.push_back(result);
+    }
+    results.push_back(schedule.finish());
+    return results;
 }
 
 void demo(const Context& context) {
@@ -92,18 +106,15 @@ void demo(const Context& context) {
         throw Failure(ExitCode::NotFound, "the demo needs a station with two zones");
     }
     showStation(context);
-    const TemporaryFolder folder;
-    const auto recording = folder.path() / "recording.wav";
-    writeTone(recording, recordingSeconds);
-    Demo show(context);
-    show.play(demoPlan(zoneIds, recording));
-    const int surprises = showSummary(context, show.played());
+    const auto results = showPages(context, zoneIds);
+    const int surprises = showSummary(context, results);
     if (surprises > 0) {
-        throw Failure(ExitCode::Refused,
-                      std::to_string(surprises) + " of the announcements did not end as expected");
+        throw Failure(ExitCode::Refused, std::to_string(surprises) + " of " +
+                                             std::to_string(results.size()) +
+                                             " steps did not go as expected");
     }
     if (!context.settings.json) {
-        context.out.write("\nEvery announcement ended as expected.\n");
+        context.out.write("\nEvery step went as expected.\n");
     }
 }
 

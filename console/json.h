@@ -15,12 +15,17 @@ namespace console {
 
 using Json = nlohmann::ordered_json;
 
+template <class Record>
+Json toJson(const std::vector<Record>& records);
+
 template <class Value>
 Json jsonValue(const Value& value) {
     if constexpr (std::is_enum_v<Value>) {
         return static_cast<int>(value);
     } else if constexpr (std::is_same_v<Value, Gain>) {
         return value.getLevel();
+    } else if constexpr (std::is_same_v<Value, std::vector<TTSVocalizer>>) {
+        return toJson(value);
     } else {
         return value;
     }

@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <atomic>
+#include <map>
 #include <memory>
 
 #include "console/Console.h"
@@ -7,6 +8,7 @@
 #include "console/changeText.h"
 #include "console/commands.h"
 #include "console/options.h"
+#include "console/resources.h"
 #include "framework/posixThread.h"
 #include "sdk/PAController.h"
 
@@ -16,6 +18,26 @@ namespace {
 
 /// For what follows the end of a request: zones and sinks fall silent.
 constexpr double settleSeconds = 0.1;
+
+/// Finds what has changed in the locks of sources, which the controller tells nobody of.
+class LockWatch {
+public:
+    std::vector<Change> changes() {
+        std::vector<Change> result;
+        for (const Lock& lock : locks.all()) {
+            std::string& before =
+                holders_.try_emplace(lock.sourceId, lock.lockedUUID).first->second;
+            if (before != lock.lockedUUID) {
+                before = lock.lockedUUID;
+                result.push_back({Change::Kind::Update, "lockUpdate", lock});
+            }
+        }
+        return result;
+    }
+
+private:
+    std::map<int, std::string> holders_;  // by source
+};
 
 /// Prints every change on a thread of its own. The destructor prints what has been told so far.
 class Printer {
@@ -43,10 +65,16 @@ private:
             for (; change && !failed_; change = changes_.next(tick * 0)) {
                 print(*change);
             }
+            for (const Change& lockChange : locks_.changes()) {
+                print(lockChange);
+            }
         }
     }
 
     void print(const Change& change) {
+        if (change.kind == Change::Kind::Level) {
+            return;  // of a meter that another command reads
+        }
         try {
             out_.write(json_ ? changeJson(change) : changeText(change));
         } catch (const Failure&) {
@@ -57,6 +85,7 @@ private:
     Output& out_;
     const bool json_;
     Changes changes_;
+    LockWatch locks_;
     std::atomic<bool> finishing_{false};
     std::atomic<bool> failed_{false};
     PosixThread thread_;  // last: it uses the others

@@ -41,6 +41,29 @@ constexpr const char* sinkAnnouncements[] = {"NO_ANNOUNCEMENT",   "FILE_PLAY",
 constexpr const char* sinkHealthStates[] = {"UNKNOWN_HEALTHSTATE", "HEALTHY", "MINOR_FAULT",
                                             "MAJOR_FAULT", "INACTIVE"};
 constexpr const char* muteStates[] = {"MUTED", "NOT_MUTED", "PARTIALLY_MUTED"};
+constexpr const char* triggerTypes[] = {"TRIGGER_TYPE_UNDEFINED",
+                                        "DIN_NORMALLY_OPEN",
+                                        "DIN_NORMALLY_CLOSED",
+                                        "KEYPAD_KEY",
+                                        "VOX",
+                                        "STREAM_PRESENCE",
+                                        "TOUCHPAD_ZONE",
+                                        "INCOMING_TELEPHONY_CALL",
+                                        "MICROPHONE_CURRENT_SENSE",
+                                        "USER_CONDITIONAL"};
+constexpr const char* triggerStates[] = {"UNKNOWN", "INACTIVE", "ACTIVE"};
+constexpr const char* priorityModes[] = {"ABSOLUTE_PRIORITY", "RELATIVE_PRIORITY"};
+constexpr const char* selectorTypes[] = {
+    "SELECTOR_TYPE_UNDEFINED", "DIN_NORMALLY_OPEN", "DIN_NORMALLY_CLOSED", "KEYPAD_KEY",
+    "TOUCHPAD_REGION",         "TELEPHONY_INPUT",   "TELEPHONY_DID",       "USER_DEFINED"};
+constexpr const char* selectorProtections[] = {
+    "FIXED_CONFIGURATION", "VOLATILE_SOFTWARE_CONFIGURABLE", "NONVOLATILE_SOFTWARE_CONFIGURABLE"};
+constexpr const char* selectorModes[] = {"ADD_TO_EXISTING_SET", "REPLACE_EXISTING_SET"};
+constexpr const char* selectorRestrictions[] = {"UPDATES_NOT_ALLOWED", "ADD_SINKS_TO_SET_ALLOWED",
+                                                "ADD_REMOVE_SINKS_TO_SET_ALLOWED"};
+constexpr const char* selectorStates[] = {"ENABLED_AND_UNKNOWN", "ENABLED_AND_INACTIVE",
+                                          "ENABLED_AND_ACTIVE", "DISABLED"};
+constexpr const char* retrievalErrors[] = {"MRE_NO_ERROR", "MRE_TIMED_OUT", "MRE_INVALID_PARAMS"};
 constexpr const char* messageTypes[] = {"LIVE_STREAM", "RECORDED_STREAM",
                                         "DICTIONARY",  "DISPLAY",
                                         "TTS",         "BGM",
@@ -48,6 +71,12 @@ constexpr const char* messageTypes[] = {"LIVE_STREAM", "RECORDED_STREAM",
                                         "TEMPLATE",    "DISPLAY_TEMPLATE",
                                         "TTS_SAF",     "RECORDED_STREAM_SAF"};
 constexpr const char* textEncodings[] = {"ISO_8859_1", "UTF_8"};
+constexpr const char* announcementTypes[] = {
+    "AT_LIVE",    "AT_STORED_DATA",    "AT_TEV",  "AT_DISPLAY_v0", "AT_TTS",
+    "AT_BGM",     "AT_MIXED",          "AT_NONE", "AT_TEMPLATE",   "AT_DISPLAY_TEMPLATE",
+    "AT_TTS_SAF", "AT_STORED_DATA_SAF"};
+constexpr const char* announcementPriorityModes[] = {"APM_ABSOLUTE_PRIORITY",
+                                                     "APM_RELATIVE_PRIORITY"};
 
 template <std::size_t N>
 std::string nameIn(const char* const (&names)[N], int value) {
@@ -87,11 +116,44 @@ std::string nameOf(PaSink::BroadcastType value) {
 std::string nameOf(PaSink::MuteState value) {
     return nameIn(muteStates, value);
 }
+std::string nameOf(PaTrigger::Type value) {
+    return nameIn(triggerTypes, value);
+}
+std::string nameOf(PaTrigger::State value) {
+    return nameIn(triggerStates, value);
+}
+std::string nameOf(PaTrigger::PRIORITY_MODE value) {
+    return nameIn(priorityModes, value);
+}
+std::string nameOf(PaSelector::Type value) {
+    return nameIn(selectorTypes, value);
+}
+std::string nameOf(PaSelector::Protection value) {
+    return nameIn(selectorProtections, value);
+}
+std::string nameOf(PaSelector::Mode value) {
+    return nameIn(selectorModes, value);
+}
+std::string nameOf(PaSelector::DynamicRestriction value) {
+    return nameIn(selectorRestrictions, value);
+}
+std::string nameOf(PaSelector::State value) {
+    return nameIn(selectorStates, value);
+}
+std::string nameOf(PAControllerObserver::MessageRetrievalError value) {
+    return nameIn(retrievalErrors, value);
+}
 std::string nameOf(Message::Type value) {
     return nameIn(messageTypes, value);
 }
 std::string nameOf(Message::TextEncoding value) {
     return nameIn(textEncodings, value);
+}
+std::string nameOf(AnnouncementType value) {
+    return nameIn(announcementTypes, value);
+}
+std::string nameOf(AnnouncementPriorityMode value) {
+    return nameIn(announcementPriorityModes, value);
 }
 
 std::optional<Message::Type> messageTypeNamed(const std::string& name) {

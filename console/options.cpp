@@ -72,6 +72,14 @@ std::string valueMissingBefore(const CLI::App& parser, const std::string& text) 
     return isOption ? "a value is missing before " + text : std::string();
 }
 
+CLI::Option* addSwitch(CLI::App& parser, bool& value) {
+    const auto take = [&value](const std::string& text) { value = text == "on"; };
+    return parser.add_option_function<std::string>("STATE", take, "on or off")
+        ->required()
+        ->check(CLI::IsMember({"on", "off"}))
+        ->type_name("on|off");
+}
+
 CLI::Option* addTexts(CLI::App& parser, const std::string& name, std::vector<std::string>& values,
                       const std::string& help, const std::string& type) {
     const CLI::callback_t take = [&values](const CLI::results_t& texts) {

@@ -58,6 +58,9 @@ CLI::Option* addNumber(CLI::App& parser, const std::string& name, Target& value,
     return parser.add_option_function<std::string>(name, take, help)->type_name("NUMBER");
 }
 
+/// A positional argument that is `on` or `off`.
+CLI::Option* addSwitch(CLI::App& parser, bool& value);
+
 /// What is wrong when the text of an option is itself an option of the command: its own value was
 /// forgotten. Empty for any other text.
 std::string valueMissingBefore(const CLI::App& parser, const std::string& text);

@@ -63,7 +63,7 @@ void follow(const Context& context, Changes& changes, RequestFollower& follower,
     const auto start = std::chrono::steady_clock::now();
     const Moment deadline = after(limitOf(context, request));
     while (!follower.isOver() && (request.wait || !follower.isAccepted())) {
-        const auto change = context.session().nextChange(changes, deadline);
+        const auto change = context.session().nextAnswer(changes, deadline);
         if (!change && trackedParts(request) == 0) {
             return;  // nothing was to be heard but a refusal
         }
@@ -88,7 +88,7 @@ void follow(const Context& context, Changes& changes, RequestFollower& follower,
 void play(const Context& context, const PlayRequest& request) {
     check(request);
     context.session();
-    const auto zoneIds = zonesFor(request);
+    const auto zoneIds = zonesFor(request.zones);
     const std::string id = requestIdFor(request);
     Message message = messageFor(request, id);
 

@@ -27,8 +27,10 @@ std::string withoutOuterBlanks(const std::string& text) {
                : text.substr(first, text.find_last_not_of(" \t") - first + 1);
 }
 
-/// The first voice, in order of their ports, of the language and the name that are asked for.
-TTSVocalizer voiceFor(const PlayRequest& request) {
+}  // namespace
+
+TTSVocalizer voiceFor(const std::optional<std::string>& language,
+                      const std::optional<std::string>& name) {
     auto candidates = voices.all();
     const auto narrow = [&candidates](const char* kind, const char* member,
                                       const std::optional<std::string>& wanted) {
@@ -38,24 +40,22 @@ TTSVocalizer voiceFor(const PlayRequest& request) {
         const auto texts = memberTexts(candidates, member);
         const std::set<std::string> distinct(texts.begin(), texts.end());
         const std::vector<std::string> names(distinct.begin(), distinct.end());
-        const std::string name = names[findName(kind, *wanted, names)];
+        const std::string text = names[findName(kind, *wanted, names)];
         const auto isOther = [&](const TTSVocalizer& voice) {
-            return memberText(voice, member) != name;
+            return memberText(voice, member) != text;
         };
         candidates.erase(std::remove_if(candidates.begin(), candidates.end(), isOther),
                          candidates.end());
     };
-    narrow("language", "language", request.language);
-    narrow("voice", "voice", request.voice);
+    narrow("language", "language", language);
+    narrow("voice", "voice", name);
     if (candidates.empty()) {
         throw Failure(ExitCode::NotFound, "the server has no voice");
     }
     return candidates.front();
 }
 
-}  // namespace
-
-std::vector<std::string> zonesFor(const PlayRequest& request) {
+std::vector<std::string> zonesFor(const std::vector<std::string>& values) {
     const auto known = memberTexts(zones.all(), "id");
     std::vector<std::string> result;
     const auto add = [&](const std::string& name) {
@@ -64,7 +64,7 @@ std::vector<std::string> zonesFor(const PlayRequest& request) {
             result.push_back(id);
         }
     };
-    for (const std::string& value : request.zones) {
+    for (const std::string& value : values) {
         if (knowsName(value, known)) {
             add(value);
             continue;
@@ -91,7 +91,7 @@ Message messageFor(const PlayRequest& request, const std::string& requestId) {
         message.setRepeatCnt(request.repeat);
     }
     if (!request.texts.empty()) {
-        const TTSVocalizer voice = voiceFor(request);
+        const TTSVocalizer voice = voiceFor(request.language, request.voice);
         for (const std::string& text : request.texts) {
             message.setAudioMessage(text, voice.language, voice.voice, Message::UTF_8);
         }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -10,10 +11,14 @@ namespace console {
 /// The ids of the zones that are asked for, each once. A value that is a zone is that zone,
 /// whatever commas it has; any other is a list.
 /// @throws Failure when one is not known
-std::vector<std::string> zonesFor(const PlayRequest& request);
+std::vector<std::string> zonesFor(const std::vector<std::string>& values);
 
-/// The message that is asked for, with the first voice, in order of their ports, of the language
-/// and the name that are asked for.
+/// The first voice, in order of their ports, of the language and the name that are asked for.
+/// @throws Failure when there is none
+TTSVocalizer voiceFor(const std::optional<std::string>& language,
+                      const std::optional<std::string>& name);
+
+/// The message that is asked for; its texts are spoken by the voice that is.
 /// @throws Failure when there is no such voice
 Message messageFor(const PlayRequest& request, const std::string& requestId);
 

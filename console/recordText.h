@@ -1,5 +1,6 @@
 #pragma once
 
+#include <map>
 #include <string>
 #include <type_traits>
 #include <vector>
@@ -14,6 +15,9 @@ namespace console {
 
 std::string valueText(const std::string& value);
 std::string valueText(const std::vector<std::string>& value);
+std::string valueText(const std::vector<unsigned>& value);
+std::string valueText(const std::vector<TTSVocalizer>& value);
+std::string valueText(const std::map<std::string, std::string>& value);
 std::string valueText(bool value);
 std::string valueText(double value);
 std::string valueText(const Gain& value);
@@ -26,6 +30,9 @@ std::string valueText(const Value& value) {
         return std::to_string(value);
     }
 }
+
+/// For example "another client (UUID)".
+std::string holderText(const Lock& lock);
 
 /// The text of the member with this name.
 template <class Record>

@@ -1,11 +1,16 @@
 #pragma once
 
 #include <functional>
+#include <string>
 #include <tuple>
+#include <vector>
 
 #include "link/Transport.h"
 #include "resource/common/paInfo.h"
 #include "sdk/AnnouncementRequest.h"
+#include "sdk/PAControllerObserver.h"
+#include "sdk/ScheduleDefinition.h"
+#include "sdk/TTSDictionary.h"
 
 /// @file
 /// The members of each record, once: what is printed of it, by name and in order.
@@ -18,6 +23,37 @@ struct GoneNumber {
 };
 struct GoneName {
     std::string id;
+};
+
+/// A trigger of either kind; `associatedSourceId` is set for both.
+struct Trigger : PaTrigger {
+    std::string kind;               ///< "hardware" or "software"
+    std::string preChime;           ///< of a software trigger
+    std::string displayParameters;  ///< of a software trigger
+};
+
+/// A schedule with what is told of it beside what it is.
+struct Schedule : ScheduleDefinition {
+    std::string periodText;   ///< "2026-12-01 to 2026-12-31"
+    std::string daysText;     ///< "mon-fri,sun"
+    std::string timesText;    ///< "06:00 to 22:00 every 15 min"
+    std::string contentText;  ///< what is heard and shown
+    std::string nextRun;      ///< "2026-12-01T06:00" in the station's time, empty for none
+};
+
+/// Who holds the lock of a source.
+struct Lock {
+    int sourceId;
+    std::string lockedUUID;  ///< empty for nobody
+    std::string holder;      ///< "this client", "another client" or "nobody"
+};
+
+/// An audio retrieval has ended.
+struct Retrieval {
+    std::string requestId;
+    bool success;
+    PAControllerObserver::MessageRetrievalError error;
+    std::string uri;
 };
 
 /// One member of a record.
@@ -104,6 +140,111 @@ inline constexpr std::tuple announcementMembers{
     Member{"completionMsg", &AnnouncementRequest::completionMsg},
 };
 
+inline constexpr std::tuple hardwareTriggerMembers{
+    Member{"id", &PaTrigger::id},
+    Member{"associatedSourceId", &PaTrigger::associatedSourceId},
+    Member{"associatedSelectorId", &PaTrigger::associatedSelectorId},
+    Member{"label", &PaTrigger::label},
+    Member{"type", &PaTrigger::type},
+    Member{"subAddress", &PaTrigger::subAddress},
+    Member{"priority", &PaTrigger::priority},
+    Member{"priorityMode", &PaTrigger::priorityMode},
+    Member{"state", &PaTrigger::state},
+    Member{"resumeAfterInterruption", &PaTrigger::resumeAfterInterruption},
+};
+
+inline constexpr auto triggerMembers =
+    std::tuple_cat(std::tuple{Member{"kind", &Trigger::kind}}, hardwareTriggerMembers,
+                   std::tuple{Member{"preChime", &Trigger::preChime},
+                              Member{"displayParameters", &Trigger::displayParameters}});
+
+/// The zones in order of their numbers.
+inline std::vector<std::string> selectorZones(const PaSelector& selector) {
+    std::vector<std::string> ids;
+    for (const auto& zone : selector.paZoneList) {
+        ids.push_back(zone.second);
+    }
+    return ids;
+}
+
+inline constexpr std::tuple selectorMembers{
+    Member{"id", &PaSelector::id},
+    Member{"associatedSourceId", &PaSelector::associatedSourceId},
+    Member{"label", &PaSelector::label},
+    Member{"type", &PaSelector::type},
+    Member{"number", &PaSelector::number},
+    Member{"protection", &PaSelector::protection},
+    Member{"mode", &PaSelector::mode},
+    Member{"dynamicRestriction", &PaSelector::dynamicRestriction},
+    Member{"state", &PaSelector::state},
+    Member{"paZoneList", &selectorZones},
+};
+
+inline constexpr std::tuple ttsItemMembers{
+    Member{"key", &TTSDictionary::key},   Member{"portNo", &TTSDictionary::portNo},
+    Member{"text", &TTSDictionary::text}, Member{"fullName", &TTSDictionary::fullName},
+    Member{"size", &TTSDictionary::size}, Member{"checksum", &TTSDictionary::checksum},
+    Member{"uuid", &TTSDictionary::uuid}, Member{"uri", &TTSDictionary::uri},
+};
+
+inline constexpr std::tuple scheduleDefinitionMembers{
+    Member{"Id", &ScheduleDefinition::Id},
+    Member{"descrption", &ScheduleDefinition::descrption},
+    Member{"startYear", &ScheduleDefinition::startYear},
+    Member{"startMonth", &ScheduleDefinition::startMonth},
+    Member{"startDay", &ScheduleDefinition::startDay},
+    Member{"startHour", &ScheduleDefinition::startHour},
+    Member{"startMinute", &ScheduleDefinition::startMinute},
+    Member{"endYear", &ScheduleDefinition::endYear},
+    Member{"endMonth", &ScheduleDefinition::endMonth},
+    Member{"endDay", &ScheduleDefinition::endDay},
+    Member{"endHour", &ScheduleDefinition::endHour},
+    Member{"endMinute", &ScheduleDefinition::endMinute},
+    Member{"dayMask", &ScheduleDefinition::dayMask},
+    Member{"frequency", &ScheduleDefinition::frequency},
+    Member{"paZones", &ScheduleDefinition::paZones},
+    Member{"priorityMode", &ScheduleDefinition::priorityMode},
+    Member{"priorityLevel", &ScheduleDefinition::priorityLevel},
+    Member{"announcementType", &ScheduleDefinition::announcementType},
+    Member{"visualAnnouncementType", &ScheduleDefinition::visualAnnouncementType},
+    Member{"dictionaryItems", &ScheduleDefinition::dictionaryItems},
+    Member{"repeatCnt", &ScheduleDefinition::repeatCnt},
+    Member{"ttsList", &ScheduleDefinition::ttsList},
+    Member{"storedDataSourceId", &ScheduleDefinition::storedDataSourceId},
+    Member{"storedDataFilePath", &ScheduleDefinition::storedDataFilePath},
+    Member{"displayTemplateName", &ScheduleDefinition::displayTemplateName},
+    Member{"displayTemplateKeyValueList", &ScheduleDefinition::displayTemplateKeyValueList},
+    Member{"displayTemplateValidityPeriodSeconds",
+           &ScheduleDefinition::displayTemplateValidityPeriodSeconds},
+    Member{"gain", &ScheduleDefinition::gain},
+    Member{"chime", &ScheduleDefinition::chime},
+};
+
+inline constexpr auto scheduleMembers = std::tuple_cat(
+    scheduleDefinitionMembers,
+    std::tuple{Member{"periodText", &Schedule::periodText}, Member{"daysText", &Schedule::daysText},
+               Member{"timesText", &Schedule::timesText},
+               Member{"contentText", &Schedule::contentText},
+               Member{"nextRun", &Schedule::nextRun}});
+
+inline constexpr std::tuple lockMembers{
+    Member{"sourceId", &Lock::sourceId},
+    Member{"lockedUUID", &Lock::lockedUUID},
+    Member{"holder", &Lock::holder},
+};
+
+inline constexpr std::tuple retrievalMembers{
+    Member{"requestId", &Retrieval::requestId},
+    Member{"success", &Retrieval::success},
+    Member{"error", &Retrieval::error},
+    Member{"uri", &Retrieval::uri},
+};
+
+inline constexpr std::tuple levelMembers{
+    Member{"element", &palink::LevelReading::element},
+    Member{"level", &palink::LevelReading::level},
+};
+
 inline constexpr std::tuple refusalMembers{
     Member{"operationClass", &palink::Refusal::operationClass},
     Member{"operationNumber", &palink::Refusal::operationNumber},
@@ -128,6 +269,33 @@ constexpr const auto& membersOf(const TTSVocalizer& /*record*/) {
 }
 constexpr const auto& membersOf(const AnnouncementRequest& /*record*/) {
     return announcementMembers;
+}
+constexpr const auto& membersOf(const PaTrigger& /*record*/) {
+    return hardwareTriggerMembers;
+}
+constexpr const auto& membersOf(const Trigger& /*record*/) {
+    return triggerMembers;
+}
+constexpr const auto& membersOf(const PaSelector& /*record*/) {
+    return selectorMembers;
+}
+constexpr const auto& membersOf(const TTSDictionary& /*record*/) {
+    return ttsItemMembers;
+}
+constexpr const auto& membersOf(const ScheduleDefinition& /*record*/) {
+    return scheduleDefinitionMembers;
+}
+constexpr const auto& membersOf(const Schedule& /*record*/) {
+    return scheduleMembers;
+}
+constexpr const auto& membersOf(const Lock& /*record*/) {
+    return lockMembers;
+}
+constexpr const auto& membersOf(const Retrieval& /*record*/) {
+    return retrievalMembers;
+}
+constexpr const auto& membersOf(const palink::LevelReading& /*record*/) {
+    return levelMembers;
 }
 constexpr const auto& membersOf(const palink::Refusal& /*record*/) {
     return refusalMembers;

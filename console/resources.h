@@ -35,6 +35,11 @@ extern const Resource<PaSink> sinks;
 extern const Resource<PaZone> zones;
 extern const Resource<TTSVocalizer> voices;
 extern const Resource<AnnouncementRequest> announcements;
+extern const Resource<Trigger> triggers;  ///< the server's, then this client's own
+extern const Resource<PaSelector> selectors;
+extern const Resource<Schedule> schedules;  ///< in order of their ids
+extern const Resource<TTSDictionary> ttsItems;
+extern const Resource<Lock> locks;
 
 /// The texts of a member, record by record.
 template <class Record>

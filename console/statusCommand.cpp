@@ -1,5 +1,6 @@
 #include "console/TextTable.h"
 #include "console/commands.h"
+#include "console/resources.h"
 #include "sdk/PAController.h"
 #include "sdk/globals.h"
 
@@ -7,21 +8,43 @@ namespace console {
 
 namespace {
 
+/// Who holds which source, besides those that nobody holds.
+void addLocks(Json& report) {
+    Json own = Json::array();
+    Json others = Json::array();
+    for (const Lock& lock : locks.all()) {
+        if (lock.holder == "this client") {
+            own.push_back(lock.sourceId);
+        } else if (!lock.lockedUUID.empty()) {
+            others.push_back({{"sourceId", lock.sourceId}, {"lockedUUID", lock.lockedUUID}});
+        }
+    }
+    report["lockedByThisClient"] = own;
+    report["lockedByOthers"] = others;
+}
+
 Json statusOf(Session& session) {
     Json server = Json::object();
     const KeyValueMap info = session.serverInfo();
     for (const std::string& key : info.get_all_keys()) {
         server[key] = info.get_value(key);
     }
-    return {{"server", server},
-            {"activeDstNo", gActiveAudioServerDstNo.load()},
-            {"localDstNo", gLocalDstNo.load()},
-            {"indirect", gIndirectCXSConnection.load()},
-            {"sources", gPaController.getPaSources().size()},
-            {"sinks", gPaController.getPaSinks().size()},
-            {"zones", gPaController.getPaZones().size()},
-            {"voices", gPaController.getTTSVocalizerList().size()},
-            {"announcements", gPaController.getAnnouncementRequests().size()}};
+    Json report = {{"server", server},
+                   {"activeDstNo", gActiveAudioServerDstNo.load()},
+                   {"localDstNo", gLocalDstNo.load()},
+                   {"indirect", gIndirectCXSConnection.load()},
+                   {"sources", gPaController.getPaSources().size()},
+                   {"sinks", gPaController.getPaSinks().size()},
+                   {"zones", gPaController.getPaZones().size()},
+                   {"voices", gPaController.getTTSVocalizerList().size()},
+                   {"hardwareTriggers", gPaController.getHwPaTriggers().size()},
+                   {"softwareTriggers", gPaController.getSwPaTriggers().size()},
+                   {"selectors", gPaController.getPaSelectors().size()},
+                   {"ttsItems", gPaController.getTTSDictionaryList().size()},
+                   {"schedules", gPaController.listSchedules().size()},
+                   {"announcements", gPaController.getAnnouncementRequests().size()}};
+    addLocks(report);
+    return report;
 }
 
 void status(const Context& context) {
@@ -34,7 +57,9 @@ void status(const Context& context) {
     const Json items = report.flatten();
     for (const auto& entry : items.items()) {
         const Json& value = entry.value();
-        const std::string text = value.is_string() ? value.get<std::string>() : value.dump();
+        const std::string text = value.is_string() ? value.get<std::string>()
+                                 : value.is_null() ? "none"  // an empty list
+                                                   : value.dump();
         table.addRow({entry.key().substr(1), text});
     }
     context.out.write(table.text());

@@ -1,6 +1,7 @@
 #include "console/wavFile.h"
 
 #include <cmath>
+#include <cstdio>
 #include <sndfile.hh>
 #include <vector>
 
@@ -8,7 +9,34 @@
 
 namespace console {
 
-void checkWav(const std::string& path) {
+namespace {
+
+struct SampleBits {
+    int format;
+    int bits;
+};
+
+constexpr SampleBits sampleBits[] = {
+    {SF_FORMAT_PCM_U8, 8}, {SF_FORMAT_PCM_16, 16}, {SF_FORMAT_PCM_24, 24}, {SF_FORMAT_PCM_32, 32}};
+
+int bitsOf(int format) {
+    for (const SampleBits& row : sampleBits) {
+        if ((format & SF_FORMAT_SUBMASK) == row.format) {
+            return row.bits;
+        }
+    }
+    return 0;
+}
+
+std::string channelText(int channels) {
+    return channels == 1   ? "mono"
+           : channels == 2 ? "stereo"
+                           : std::to_string(channels) + " channels";
+}
+
+}  // namespace
+
+WavFormat checkWav(const std::string& path) {
     const auto refuse = [&path](const std::string& why) {
         throw Failure(ExitCode::Usage, path + ": " + why);
     };
@@ -32,6 +60,15 @@ void checkWav(const std::string& path) {
     if (file.frames() <= 0) {
         refuse("has no sound in it");
     }
+    return {file.samplerate(), file.channels(), bitsOf(file.format()),
+            static_cast<double>(file.frames()) / file.samplerate()};
+}
+
+std::string formatText(const WavFormat& format) {
+    char seconds[32];
+    std::snprintf(seconds, sizeof seconds, "%.2f s", format.seconds);
+    return "WAV, " + std::to_string(format.rate) + " Hz, " + channelText(format.channels) + ", " +
+           (format.bits == 0 ? "" : std::to_string(format.bits) + " bit, ") + seconds;
 }
 
 void writeTone(const std::filesystem::path& path, int seconds) {

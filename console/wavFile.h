@@ -5,9 +5,21 @@
 
 namespace console {
 
+/// What a WAV file holds.
+struct WavFormat {
+    int rate;  ///< Hz
+    int channels;
+    int bits;  ///< of a sample, 0 when samples are not coded as whole numbers
+    double seconds;
+};
+
 /// Looks whether a file can be played as a recording.
+/// @return what it holds
 /// @throws Failure when it cannot be read, is not a WAV file or has no sound in it
-void checkWav(const std::string& path);
+WavFormat checkWav(const std::string& path);
+
+/// For example "WAV, 48000 Hz, mono, 16 bit, 1.52 s".
+std::string formatText(const WavFormat& format);
 
 /// Writes a WAV file with a tone, 16 bit, mono, 48000 Hz.
 /// @throws Failure when it cannot be written

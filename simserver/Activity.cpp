@@ -19,11 +19,13 @@ const AnnouncementType* typeIn(const PlayEngine& engine, const std::string& zone
 }
 
 /// A sink is heard when it stands in a zone that something is heard in. A zone that is played to
-/// brings its sub-zones along, so a sink of a sub-zone is heard with the whole.
+/// brings its sub-zones along, so a sink of a sub-zone is heard with the whole. A device that is
+/// inactive is not heard.
 bool isHeard(const PlayEngine& engine, const Sink& sink) {
-    return std::any_of(sink.zones.begin(), sink.zones.end(), [&engine](const std::string& zone) {
-        return engine.playingIn(zone, Medium::Audio) != nullptr;
-    });
+    return sink.health != inactiveHealth &&
+           std::any_of(sink.zones.begin(), sink.zones.end(), [&engine](const std::string& zone) {
+               return engine.playingIn(zone, Medium::Audio) != nullptr;
+           });
 }
 
 }  // namespace
@@ -31,15 +33,20 @@ bool isHeard(const PlayEngine& engine, const Sink& sink) {
 Activity::Activity(const Station& station)
     : station_(station), sinksPlaying_(station.sinks.size()), zonePlaying_(station.zones.size()) {}
 
+void Activity::noteChange(const Sink& sink) {
+    changedSinks_.insert(sink.id);
+}
+
 std::vector<palink::Record> Activity::update(const PlayEngine& engine) {
     std::vector<palink::Record> changes;
     for (std::size_t i = 0; i < sinksPlaying_.size(); ++i) {
         const bool playing = isHeard(engine, station_.sinks[i]);
-        if (playing != sinksPlaying_[i]) {
+        if (playing != sinksPlaying_[i] || changedSinks_.count(station_.sinks[i].id) > 0) {
             sinksPlaying_[i] = playing;
             changes.push_back(sinkRecordAt(i));
         }
     }
+    changedSinks_.clear();
     for (std::size_t i = 0; i < zonePlaying_.size(); ++i) {
         const AnnouncementType* const playing = typeIn(engine, station_.zones[i].id);
         if (playing != zonePlaying_[i]) {

@@ -1,7 +1,6 @@
 #pragma once
 
-#include <map>
-#include <string>
+#include <set>
 #include <vector>
 
 #include "link/Transport.h"
@@ -17,6 +16,9 @@ public:
     /// @param station must outlive the object
     explicit Activity(const Station& station);
 
+    /// Has the next update tell of a sink that the station says something else of.
+    void noteChange(const Sink& sink);
+
     /// Takes what the engine plays now.
     /// @return the records of sinks and zones that changed
     std::vector<palink::Record> update(const PlayEngine& engine);
@@ -30,6 +32,7 @@ private:
 
     const Station& station_;
     std::vector<bool> sinksPlaying_;                    // by place in the station
+    std::set<int> changedSinks_;                        // ids, since the last update
     std::vector<const AnnouncementType*> zonePlaying_;  // by place in the station, null for nothing
 };
 

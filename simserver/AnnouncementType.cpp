@@ -7,14 +7,14 @@ namespace simserver {
 
 namespace {
 
-constexpr const char* needsSource = "needs a source; not simulated";
+constexpr const char* needsSource = "comes from a source, not from a request";
 constexpr const char* holdsNothing = "holds nothing to play";
 
 constexpr AnnouncementType types[] = {
-    {0, "Live", Medium::Audio, ContentForm::None, needsSource},
+    {liveAnnouncement, "Live", Medium::Audio, ContentForm::None, needsSource},
     {1, "Recorded", Medium::Audio, ContentForm::Recorded},
     {2, "Dictionary", Medium::Audio, ContentForm::Dictionary},
-    {3, "Display", Medium::Visual, ContentForm::Text},
+    {displayAnnouncement, "Display", Medium::Visual, ContentForm::Text},
     {4, "TTS", Medium::Audio, ContentForm::Spoken},
     {5, "BGM", Medium::Audio, ContentForm::None, needsSource},
     {6, "Mixed", Medium::Audio, ContentForm::None, holdsNothing},

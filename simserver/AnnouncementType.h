@@ -17,8 +17,12 @@ struct AnnouncementType {
     const char* whyNot = "";  ///< why it does not
 };
 
-/// The type that stands for nothing at all.
-constexpr int noAnnouncement = 7;
+/// @name Numbers of types
+/// @{
+constexpr int liveAnnouncement = 0;
+constexpr int displayAnnouncement = 3;
+constexpr int noAnnouncement = 7;  ///< stands for nothing at all
+/// @}
 
 /// The type with a number, null for a number that is none.
 const AnnouncementType* findType(int number);

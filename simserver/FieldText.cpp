@@ -18,7 +18,7 @@ namespace {
 
 }  // namespace
 
-std::string quoted(std::string_view plain) {
+std::string quotedText(std::string_view plain) {
     std::string text = "\"";
     for (const char c : plain) {
         if (c == '"' || c == '\\') {
@@ -27,6 +27,14 @@ std::string quoted(std::string_view plain) {
         text += c;
     }
     return text += '"';
+}
+
+std::string quotedList(const std::vector<std::string>& texts, char separator) {
+    std::string list;
+    for (const std::string& text : texts) {
+        list += list.empty() ? quotedText(text) : separator + quotedText(text);
+    }
+    return list;
 }
 
 std::string unquoted(std::string_view raw) {
@@ -50,6 +58,12 @@ std::string unquoted(std::string_view raw) {
         plain += raw[i];
     }
     throw Refused("quote that is not closed");
+}
+
+void refuseNul(std::string_view payload) {
+    if (payload.find('\0') != std::string_view::npos) {
+        throw Refused("the payload holds a NUL byte");
+    }
 }
 
 std::vector<std::string_view> pieces(std::string_view raw, char separator) {

@@ -12,11 +12,17 @@
 namespace simserver {
 
 /// The text between double quotes, with a backslash before every double quote and backslash in it.
-std::string quoted(std::string_view plain);
+std::string quotedText(std::string_view plain);
 
-/// Undoes one level of `quoted`.
+/// Every text quoted, with a separator between them: a list that its reader splits once.
+std::string quotedList(const std::vector<std::string>& texts, char separator);
+
+/// Undoes one level of `quotedText`.
 /// @throws Refused when the text is not exactly one quoted text
 std::string unquoted(std::string_view raw);
+
+/// @throws Refused when there is a NUL byte, which no text holds
+void refuseNul(std::string_view payload);
 
 /// The pieces between separators that stand outside quotes. An empty text is one empty piece; a
 /// quote that is not closed reaches to the end. The pieces live as long as `raw`.

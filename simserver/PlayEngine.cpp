@@ -61,6 +61,30 @@ bool PlayEngine::cancel(const CancelRequest& request, SimTime now) {
     return any;
 }
 
+void PlayEngine::end(const std::string& requestId, const std::string& outcome, SimTime now) {
+    const auto named = [&requestId](const PlayPart& part) { return part.requestId == requestId; };
+    finishAll(named, PartState::Finished, outcome);
+    beginWhatMay(now);
+}
+
+void PlayEngine::moveLive(const std::string& requestId, const std::vector<std::string>& zones,
+                          SimTime now) {
+    for (auto& [key, part] : parts_) {
+        if (part.requestId != requestId || !part.isLive() || part.request.zones == zones) {
+            continue;
+        }
+        part.request.zones = zones;
+        part.area = areaOf(zones);
+        for (const std::string& zone : std::set<std::string>(part.held)) {
+            if (part.area.count(zone) == 0) {
+                leave({part.request.type->medium, zone}, part);
+            }
+        }
+        host_.partChanged(part);
+    }
+    beginWhatMay(now);
+}
+
 std::optional<SimTime> PlayEngine::nextDue() const {
     std::optional<SimTime> next;
     for (const auto& entry : parts_) {
@@ -98,45 +122,60 @@ std::set<std::string> PlayEngine::areaOf(const std::vector<std::string>& zones) 
     return area;
 }
 
-/// Keys of the waiting parts: higher levels first, equal ones in order of arrival.
-std::vector<int> PlayEngine::waitingInOrder() const {
-    std::vector<std::pair<long long, int>> waiting;
-    for (const auto& [key, part] : parts_) {
-        if (part.state == PartState::Queued) {
-            waiting.emplace_back(-part.level, key);
+/// What a part wants and has not: all of its area while it waits; of what has begun only a live
+/// part wants more.
+std::set<PlayEngine::Spot> PlayEngine::missing(const PlayPart& part) {
+    std::set<Spot> spots;
+    if (part.state == PartState::Queued || part.isLive()) {
+        for (const std::string& zone : part.area) {
+            if (part.held.count(zone) == 0) {
+                spots.insert({part.request.type->medium, zone});
+            }
         }
     }
-    std::sort(waiting.begin(), waiting.end());
+    return spots;
+}
+
+/// Keys of the parts that wait or want more: higher levels first, equal ones in order of arrival.
+std::vector<int> PlayEngine::wantingInOrder() const {
+    std::vector<std::pair<long long, int>> wanting;
+    for (const auto& [key, part] : parts_) {
+        if (part.state == PartState::Queued || !missing(part).empty()) {
+            wanting.emplace_back(-part.level, key);
+        }
+    }
+    std::sort(wanting.begin(), wanting.end());
     std::vector<int> keys;
-    std::transform(waiting.begin(), waiting.end(), std::back_inserter(keys),
+    std::transform(wanting.begin(), wanting.end(), std::back_inserter(keys),
                    [](const auto& entry) { return entry.second; });
     return keys;
 }
 
-bool PlayEngine::mayBegin(const PlayPart& part, const std::set<Spot>& wanted) const {
-    const Medium medium = part.request.type->medium;
-    return std::all_of(part.area.begin(), part.area.end(), [&](const std::string& zone) {
-        const PlayPart* const playing = playingIn(zone, medium);
-        return wanted.count({medium, zone}) == 0 &&
-               (playing == nullptr || givesWay(*playing, part));
-    });
+/// @param wanted by the parts that are ahead
+bool PlayEngine::mayTake(const Spot& spot, const PlayPart& part,
+                         const std::set<Spot>& wanted) const {
+    const PlayPart* const playing = playingIn(spot.second, spot.first);
+    return wanted.count(spot) == 0 && (playing == nullptr || givesWay(*playing, part));
 }
 
 void PlayEngine::beginWhatMay(SimTime now) {
-    std::set<Spot> wanted;  // by the waiting parts that are ahead
-    for (const int key : waitingInOrder()) {
+    std::set<Spot> wanted;
+    for (const int key : wantingInOrder()) {
         PlayPart& part = parts_.at(key);
-        if (mayBegin(part, wanted)) {
-            begin(part, now);
-            continue;
-        }
-        for (const std::string& zone : part.area) {
-            wanted.insert({part.request.type->medium, zone});
+        const std::set<Spot> spots = missing(part);
+        std::set<Spot> free;
+        std::copy_if(spots.begin(), spots.end(), std::inserter(free, free.end()),
+                     [&](const Spot& spot) { return mayTake(spot, part, wanted); });
+        if (part.isLive() ? !free.empty() : free.size() == spots.size()) {
+            begin(part, free, now);
+        } else {
+            wanted.insert(spots.begin(), spots.end());
         }
     }
 }
 
-void PlayEngine::begin(PlayPart& part, SimTime now) {
+/// Puts a part into zones that it may take; a live one may have begun in others already.
+void PlayEngine::begin(PlayPart& part, const std::set<Spot>& spots, SimTime now) {
     std::optional<SimTime> length;
     try {
         length = host_.lengthOf(part.request);
@@ -144,8 +183,11 @@ void PlayEngine::begin(PlayPart& part, SimTime now) {
         finish(part.key, PartState::Failed, refused.what());
         return;
     }
-    for (const std::string& zone : part.area) {
-        take({part.request.type->medium, zone}, part);
+    for (const Spot& spot : spots) {
+        take(spot, part);
+    }
+    if (part.state == PartState::Playing) {
+        return;
     }
     part.state = PartState::Playing;
     part.start = now;
@@ -160,21 +202,32 @@ void PlayEngine::take(const Spot& spot, PlayPart& part) {
     const auto holder = holders_.find(spot);
     if (holder != holders_.end()) {
         PlayPart& loser = parts_.at(holder->second);
-        loser.area.erase(spot.second);
-        if (loser.area.empty()) {
+        leave(spot, loser);
+        if (loser.held.empty() && loser.isLive()) {
+            host_.partChanged(loser);
+        } else if (loser.held.empty()) {
             finish(loser.key, PartState::PreEmpted,
                    "pre-empted by " + part.requestId + " (" + part.priority + ")");
         }
     }
     holders_[spot] = part.key;
+    part.held.insert(spot.second);
+}
+
+/// Takes a part out of a zone; a live one that has no other waits again.
+void PlayEngine::leave(const Spot& spot, PlayPart& part) {
+    holders_.erase(spot);
+    part.held.erase(spot.second);
+    if (part.held.empty() && part.isLive()) {
+        part.state = PartState::Queued;
+        part.start.reset();
+    }
 }
 
 void PlayEngine::finish(int key, PartState state, const std::string& outcome) {
     PlayPart& part = parts_.at(key);
-    if (part.state == PartState::Playing) {
-        for (const std::string& zone : part.area) {
-            holders_.erase({part.request.type->medium, zone});
-        }
+    for (const std::string& zone : part.held) {
+        holders_.erase({part.request.type->medium, zone});
     }
     part.state = state;
     part.outcome = outcome;

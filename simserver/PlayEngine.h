@@ -19,16 +19,17 @@ struct PlayPart {
     int key = 0;  ///< of its records; counts up in order of arrival
     std::string requestId;
     RequestPart request;
-    long long level = 0;   ///< in effect: what is given as relative counts from 500
-    std::string priority;  ///< as the request gives it, for people
-    /// The zones that it waits for, or still plays in: those of the request with their sub-zones.
-    std::set<std::string> area;
+    long long level = 0;         ///< in effect: what is given as relative counts from 500
+    std::string priority;        ///< as the request gives it, for people
+    std::set<std::string> area;  ///< the zones of the request with their sub-zones
+    std::set<std::string> held;  ///< those of them that it plays in
     PartState state = PartState::Queued;
     std::optional<SimTime> start;
     std::optional<SimTime> end;  ///< when it plays; nothing when it has no end of its own
     std::string outcome;         ///< when it is over: why
 
     bool isOver() const { return state != PartState::Queued && state != PartState::Playing; }
+    bool isLive() const { return std::holds_alternative<LiveContent>(request.content); }
 };
 
 /// What the engine needs of the server around it.
@@ -52,6 +53,9 @@ public:
 /// anything plays that it must respect and no waiting part ahead of it wants the zone. It takes its
 /// zones from lower parts, which go on in those that they have left and are over when they have
 /// none. A display without an end gives way to an equal one as well.
+///
+/// A live part is different, since its source stays open: it takes each zone for itself as soon as
+/// it may, plays while it has any, and waits again when it has none. It is over when it is ended.
 class PlayEngine {
 public:
     /// @param zones ids of all zones
@@ -64,6 +68,13 @@ public:
     /// Ends every part that the request names.
     /// @return whether there was any
     bool cancel(const CancelRequest& request, SimTime now);
+
+    /// Ends every part of a request that has served its purpose.
+    /// @param outcome why, for people
+    void end(const std::string& requestId, const std::string& outcome, SimTime now);
+
+    /// Has the live part of a request play in other zones; its other part stays where it is.
+    void moveLive(const std::string& requestId, const std::vector<std::string>& zones, SimTime now);
 
     /// When something ends next by itself; nothing when nothing will.
     std::optional<SimTime> nextDue() const;
@@ -85,11 +96,13 @@ private:
     using Spot = std::pair<Medium, std::string>;
 
     std::set<std::string> areaOf(const std::vector<std::string>& zones) const;
-    std::vector<int> waitingInOrder() const;
-    bool mayBegin(const PlayPart& part, const std::set<Spot>& wanted) const;
+    static std::set<Spot> missing(const PlayPart& part);
+    std::vector<int> wantingInOrder() const;
+    bool mayTake(const Spot& spot, const PlayPart& part, const std::set<Spot>& wanted) const;
     void beginWhatMay(SimTime now);
-    void begin(PlayPart& part, SimTime now);
+    void begin(PlayPart& part, const std::set<Spot>& spots, SimTime now);
     void take(const Spot& spot, PlayPart& part);
+    void leave(const Spot& spot, PlayPart& part);
     void finish(int key, PartState state, const std::string& outcome);
     template <class Chosen>
     bool finishAll(Chosen chosen, PartState state, const std::string& outcome);

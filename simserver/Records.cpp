@@ -18,18 +18,9 @@ Field number(int value) {
     return std::to_string(value);
 }
 
-/// Every text quoted, with a separator between them: a list that its reader splits once.
-std::string quotedList(const std::vector<std::string>& texts, char separator) {
-    std::string list;
-    for (const std::string& text : texts) {
-        list += list.empty() ? quoted(text) : separator + quoted(text);
-    }
-    return list;
-}
-
 /// A list of zones that its reader translates before it splits it.
 Field zoneField(const std::vector<std::string>& zones) {
-    return zones.empty() ? Field() : quoted(quotedList(zones, '^'));
+    return zones.empty() ? Field() : quotedText(quotedList(zones, '^'));
 }
 
 const char* healthText(int health) {
@@ -88,33 +79,36 @@ std::string contentText(const SpokenContent& content) {
 std::string contentText(const TemplateContent& content) {
     return content.json;
 }
+std::string contentText(const LiveContent& content) {
+    return std::to_string(content.sourceId);
+}
 
 // type,origin,zones,content,gain,before^after^0
 std::string messageContent(const RequestPart& part) {
     const std::string content =
         std::visit([](const auto& alternative) { return contentText(alternative); }, part.content);
-    return std::to_string(part.type->number) + "," + quoted(part.origin) + "," +
-           quoted(quotedList(part.zones, '^')) + "," + quoted(content) + "," +
+    return std::to_string(part.type->number) + "," + quotedText(part.origin) + "," +
+           quotedText(quotedList(part.zones, '^')) + "," + quotedText(content) + "," +
            (part.gain ? decimalText(*part.gain) : "") + "," + std::to_string(part.preChime) + "^" +
            std::to_string(part.postChime) + "^0";
 }
 
 }  // namespace
 
-RecordFields sourceRecord(const Source& source, int dstNo) {
+RecordFields sourceRecord(const Source& source, const std::string& lockHolder, int dstNo) {
     constexpr int notAttached = 1;
     constexpr int attached = 2;
     return {
         number(source.id),
-        quoted(source.location),
-        quoted(source.label),
+        quotedText(source.location),
+        quotedText(source.label),
         source.ipAddress,
         number(source.type),
         skipped,  // 5
         source.subAddress,
         number(source.attachedZones.empty() ? notAttached : attached),
         skipped,  // 8
-        absent,   // nobody holds its lock
+        lockHolder,
         number(dstNo),
         decimalText(source.inputGain),
         number(source.broadcastType),
@@ -136,8 +130,8 @@ RecordFields sinkRecord(const Sink& sink, bool playing) {
     constexpr int filePlay = 1;
     RecordFields fields = {
         number(sink.id),
-        quoted(sink.location),
-        quoted(sink.label),
+        quotedText(sink.location),
+        quotedText(sink.label),
         sink.ipAddress,
         number(sink.type),
         skipped,  // 5
@@ -159,14 +153,14 @@ RecordFields sinkRecord(const Sink& sink, bool playing) {
     fields.push_back(number(sink.monitoringEnabled ? 1 : 0));
     fields.push_back(quotedList(sink.monitoringZones, '^'));
     fields.resize(31);  // 29 and 30 are skipped
-    fields.push_back(quoted(sink.mediaLog));
+    fields.push_back(quotedText(sink.mediaLog));
     return fields;
 }
 
 RecordFields zoneRecord(const Zone& zone, const AnnouncementType* playing) {
     const AnnouncementType& type = playing != nullptr ? *playing : *findType(noAnnouncement);
     return {
-        quoted(zone.id),
+        quotedText(zone.id),
         skipped,  // 1
         number(playing != nullptr ? 1 : 0),
         playing != nullptr ? "Active" : "Idle",
@@ -177,13 +171,62 @@ RecordFields zoneRecord(const Zone& zone, const AnnouncementType* playing) {
     };
 }
 
+RecordFields triggerRecord(const Trigger& trigger, int dstNo) {
+    constexpr int inactive = 1;
+    constexpr int active = 2;
+    return {
+        number(trigger.id),
+        number(trigger.source),
+        trigger.label,
+        number(trigger.type),
+        skipped,  // 4
+        trigger.subAddress,
+        number(trigger.priority),
+        number(trigger.active ? active : inactive),
+        skipped,  // 8
+        number(trigger.selector),
+        number(dstNo),
+    };
+}
+
+RecordFields selectorRecord(const Selector& selector) {
+    return {
+        number(selector.id),
+        number(selector.source),
+        number(selector.type),
+        skipped,  // 3
+        selector.number,
+        selector.label,
+        number(selector.protection),
+        skipped,  // 7
+        number(selector.mode),
+        skipped,  // 9
+        number(selector.dynamicRestriction),
+        skipped,  // 11
+        number(selector.state),
+    };
+}
+
 RecordFields voiceRecord(const Voice& voice) {
-    return {quoted(voice.language), quoted(voice.voice), number(voice.rate), quoted(voice.text)};
+    return {quotedText(voice.language), quotedText(voice.voice), number(voice.rate),
+            quotedText(voice.text)};
+}
+
+RecordFields previewRecord(const Preview& preview) {
+    return {
+        number(preview.port),
+        quotedText(preview.uuid),
+        quotedText(preview.text),
+        quotedText(preview.fullName),
+        quotedText(preview.port == Preview::failed ? "" : std::to_string(preview.size)),
+        quotedText(preview.checksum),
+        quotedText(preview.uri),
+    };
 }
 
 RecordFields announcementRecord(const PlayPart& part, std::time_t epoch) {
     const StateText& state = textOf(part.state);
-    RecordFields fields = {quoted(part.requestId)};
+    RecordFields fields = {quotedText(part.requestId)};
     fields.resize(5);  // 1 to 4 are skipped
     fields.emplace_back(state.text);
     fields.push_back(absent);
@@ -192,13 +235,13 @@ RecordFields announcementRecord(const PlayPart& part, std::time_t epoch) {
         fields.back() = dateText(epoch + static_cast<std::time_t>(seconds.count()));
     }
     fields.resize(9);  // 7 and 8 are skipped
-    fields.push_back(quoted(messageContent(part.request)));
+    fields.push_back(quotedText(messageContent(part.request)));
     fields.resize(16);  // 10 to 15 are skipped
     fields.push_back(part.priority);
     fields.push_back(skipped);  // 17
     if (part.isOver()) {
         fields.emplace_back(state.completionCode);
-        fields.push_back(quoted(part.outcome));
+        fields.push_back(quotedText(part.outcome));
     }
     return fields;
 }

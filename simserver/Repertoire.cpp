@@ -45,13 +45,17 @@ Repertoire::Repertoire(const Station& station, const Spool& spool)
 
 void Repertoire::check(const RequestPart& part) const {
     for (const std::string& zone : part.zones) {
-        if (zones_.count(zone) == 0) {
-            throw Refused("unknown zone \"" + zone + "\"");
-        }
+        checkZone(zone);
     }
     lengthOfChime(part.preChime);
     lengthOfChime(part.postChime);
     std::visit([this](const auto& content) { check(content); }, part.content);
+}
+
+void Repertoire::checkZone(const std::string& zone) const {
+    if (zones_.count(zone) == 0) {
+        throw Refused("unknown zone \"" + zone + "\"");
+    }
 }
 
 void Repertoire::check(const DictionaryContent& content) const {
@@ -131,6 +135,22 @@ Repertoire::Length Repertoire::lengthOf(const TemplateContent& content) const {
         throw Refused("nothing to show");
     }
     return content.validity < 0 ? std::nullopt : Length(std::chrono::seconds(content.validity));
+}
+
+Repertoire::Length Repertoire::lengthOf(const LiveContent& /*content*/) const {
+    return std::nullopt;
+}
+
+int Repertoire::chimeNamed(const std::string& name) const {
+    const auto isNamed = [&name](const DictionaryItem& item) {
+        return item.chime && (item.text == name || std::to_string(item.item) == name);
+    };
+    const auto& items = station_.dictionary;
+    const auto found = std::find_if(items.begin(), items.end(), isNamed);
+    if (found == items.end() && !name.empty()) {
+        throw Refused("unknown chime \"" + name + "\"");
+    }
+    return name.empty() ? 0 : found->item;
 }
 
 SimTime Repertoire::lengthOfChime(int number) const {

@@ -21,6 +21,13 @@ public:
     /// @throws Refused for a zone, dictionary item, chime or voice that the station does not have
     void check(const RequestPart& part) const;
 
+    /// @throws Refused for a zone that the station does not have
+    void checkZone(const std::string& zone) const;
+
+    /// The number of a chime that is named by its number or its text; 0 for an empty name.
+    /// @throws Refused for one that the station does not have
+    int chimeNamed(const std::string& name) const;
+
     /// How long a part of a request lasts if it begins now; nothing when it has no end of its own.
     /// @throws Refused when it cannot be played after all
     std::optional<SimTime> lengthOf(const RequestPart& part) const;
@@ -38,6 +45,7 @@ private:
     Length lengthOf(const TextContent& content) const;
     Length lengthOf(const SpokenContent& content) const;
     Length lengthOf(const TemplateContent& content) const;
+    Length lengthOf(const LiveContent& content) const;
     SimTime lengthOfChime(int number) const;
 
     const Station& station_;

@@ -35,8 +35,12 @@ struct TemplateContent {
     std::string json;   ///< compact, empty for a template without variables
     int validity = -1;  ///< seconds; negative: until cancelled or replaced
 };
-using Content =
-    std::variant<RecordedContent, DictionaryContent, TextContent, SpokenContent, TemplateContent>;
+/// What a source picks up, for as long as it is open.
+struct LiveContent {
+    int sourceId = 0;
+};
+using Content = std::variant<RecordedContent, DictionaryContent, TextContent, SpokenContent,
+                             TemplateContent, LiveContent>;
 
 /// What is heard, or what is shown.
 struct RequestPart {
@@ -47,6 +51,7 @@ struct RequestPart {
     std::optional<double> gain;  ///< dB
     int preChime = 0;            ///< dictionary item, 0 for none
     int postChime = 0;
+    std::string whyNot{};  ///< when it is due though the station cannot play it: why it cannot
 };
 
 struct PlayRequest {

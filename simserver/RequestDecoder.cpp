@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <iterator>
 
+#include "simserver/ContentDecoder.h"
 #include "simserver/FieldText.h"
 #include "simserver/Refused.h"
 
@@ -16,36 +17,9 @@ using Pieces = std::vector<std::string_view>;
 constexpr std::size_t partFields = 6;
 constexpr std::string_view reducedTail[] = {"startCondition", "stopCondition", "0", "0", "0", "0"};
 
-void refuseNul(std::string_view payload) {
-    if (payload.find('\0') != std::string_view::npos) {
-        throw Refused("the payload holds a NUL byte");
-    }
-}
-
-const AnnouncementType& decodeType(std::string_view text) {
-    const int number = within("announcement type", [&] { return wholeNumber<int>(text); });
-    const AnnouncementType* const type = findType(number);
-    if (type == nullptr) {
-        throw Refused("unknown announcement type " + std::to_string(number));
-    }
-    return *type;
-}
-
 bool isReduced(const Pieces& fields) {
     return fields.size() == partFields + std::size(reducedTail) && fields[5].empty() &&
            std::equal(std::begin(reducedTail), std::end(reducedTail), fields.begin() + partFields);
-}
-
-// zone^zone; the devices of a plain text stand there as they are
-std::vector<std::string> decodeZones(std::string_view list, ContentForm form) {
-    if (list.empty()) {
-        throw Refused("no zones");
-    }
-    std::vector<std::string> zones;
-    for (const std::string_view zone : pieces(list, '^')) {
-        zones.push_back(form == ContentForm::Text ? std::string(zone) : unquoted(zone));
-    }
-    return zones;
 }
 
 // server^path
@@ -55,50 +29,6 @@ RecordedContent decodeRecorded(std::string_view text) {
         throw Refused("no recorded file");
     }
     return {std::string(text.substr(separator + 1))};
-}
-
-// item^item!repeats
-DictionaryContent decodeDictionary(std::string_view text) {
-    const Pieces parts = pieces(text, '!');
-    if (parts.size() != 2) {
-        throw Refused("expected items!repeats");
-    }
-    if (parts[0].empty()) {
-        throw Refused("no dictionary items");
-    }
-    DictionaryContent content;
-    for (const std::string_view item : pieces(parts[0], '^')) {
-        content.items.push_back(within("item", [&] { return wholeNumber<unsigned>(item); }));
-    }
-    content.repeats = within("repeats", [&] { return wholeNumber<int>(parts[1]); });
-    if (content.repeats < 0) {
-        throw Refused("negative number of repeats");
-    }
-    return content;
-}
-
-// language^voice^rate^text
-SpokenText decodeSpokenText(std::string_view entry) {
-    const std::string text = unquoted(entry);
-    const Pieces fields = pieces(text, '^');
-    if (fields.size() != 4) {
-        throw Refused("expected language^voice^rate^text");
-    }
-    return {std::string(fields[0]), std::string(fields[1]),
-            within("rate", [&] { return wholeNumber<int>(fields[2]); }),
-            within("text", [&] { return unquoted(fields[3]); })};
-}
-
-// entry!entry
-SpokenContent decodeSpoken(std::string_view text) {
-    if (text.empty()) {
-        throw Refused("no text to speak");
-    }
-    SpokenContent content;
-    for (const std::string_view entry : pieces(text, '!')) {
-        content.texts.push_back(decodeSpokenText(entry));
-    }
-    return content;
 }
 
 Content decodeContent(ContentForm form, std::string_view text) {
@@ -132,10 +62,7 @@ void decodeChimes(std::string_view text, RequestPart& part) {
 RequestPart decodePart(std::string_view encoded) {
     const std::string text = unquoted(encoded);
     const Pieces fields = pieces(text, ',');
-    const AnnouncementType& type = decodeType(fields[0]);
-    if (type.form == ContentForm::None) {
-        throw Refused(std::string("announcement type ") + type.name + " " + type.whyNot);
-    }
+    const AnnouncementType& type = decodePlayedType(fields[0]);
     const bool reduced = isReduced(fields);
     if (!reduced && fields.size() != partFields) {
         throw Refused(std::to_string(fields.size()) +
@@ -165,11 +92,7 @@ void decodePlay(std::string_view payload, PlayRequest& request) {
         throw Refused(std::to_string(fields.size()) +
                       " fields; expected id,mode,level and one or two parts");
     }
-    const int mode = within("priority mode", [&] { return wholeNumber<int>(fields[1]); });
-    if (mode != 0 && mode != 1) {
-        throw Refused("unknown priority mode " + std::to_string(mode));
-    }
-    request.relative = mode == 1;
+    request.relative = decodeRelative(fields[1]);
     request.level = within("priority level", [&] { return wholeNumber<int>(fields[2]); });
     for (std::size_t i = 3; i < fields.size(); ++i) {
         request.parts.push_back(

@@ -2,6 +2,7 @@
 
 #include <string_view>
 
+#include "simserver/Preview.h"
 #include "simserver/Request.h"
 
 namespace simserver {
@@ -17,6 +18,12 @@ void decodePlay(std::string_view payload, PlayRequest& request);
 /// Decodes the payload of operation 92/18: id or "",type
 /// @throws Refused naming what is wrong
 CancelRequest decodeCancel(std::string_view payload);
+
+/// Decodes the payload of operation 108/3: id,language,voice,rate,text - of which the text alone is
+/// encoded.
+/// @param request receives the request; when the payload is refused, its id as far as it was read
+/// @throws Refused naming what is wrong
+void decodeRetrieval(std::string_view payload, RetrievalRequest& request);
 
 /// Decodes the text of a display template, freed of its level of encoding. Its values are JSON
 /// strings in which only double quotes and backslashes are escaped; an empty text is an empty

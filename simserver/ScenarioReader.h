@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "simserver/Calendar.h"
 #include "simserver/SimTime.h"
 #include "simserver/StationFile.h"
 
@@ -104,6 +105,19 @@ auto readList(const Place& place, Read read) {
     return elements;
 }
 
+/// Up to a day.
+inline SimTime readSeconds(const Place& place, double low) {
+    constexpr double day = 86400.0;
+    return std::chrono::round<SimTime>(std::chrono::duration<double>(readNumber(place, low, day)));
+}
+
+inline Stretch readStretch(const Place& place) {
+    if (!place.value.is_array() || place.value.size() != 2) {
+        place.refuse("two times are expected, [from, to]");
+    }
+    return {readSeconds(place.element(0), 0.0), readSeconds(place.element(1), 0.0)};
+}
+
 /// @name What the rows of a table take
 /// @{
 template <auto Field, class Record>
@@ -141,9 +155,38 @@ void decimal(Record& record, const Place& place) {
 /// A duration of up to a day, in seconds.
 template <auto Field, class Record>
 void seconds(Record& record, const Place& place) {
-    constexpr double day = 86400.0;
-    record.*Field =
-        std::chrono::round<SimTime>(std::chrono::duration<double>(readNumber(place, 0.001, day)));
+    record.*Field = readSeconds(place, 0.001);
+}
+
+/// A list of stretches [from, to], in seconds.
+template <auto Field, class Record>
+void stretches(Record& record, const Place& place) {
+    record.*Field = readList(place, readStretch);
+}
+
+/// A path that is relative to the folder of the file, see `loadStation`.
+template <auto Field, class Record>
+void filePath(Record& record, const Place& place) {
+    record.*Field = readText(place);
+    if ((record.*Field).empty()) {
+        place.refuse("the name of a file is expected");
+    }
+}
+
+template <auto Field, class Record>
+void timeZone(Record& record, const Place& place) {
+    record.*Field = readText(place);
+    try {
+        Calendar known(record.*Field);
+    } catch (const std::runtime_error& unknown) {
+        place.refuse(unknown.what());
+    }
+}
+
+/// An object by the table `Members`.
+template <auto Field, const auto& Members, class Record>
+void object(Record& record, const Place& place) {
+    record.*Field = readObject(place, Members);
 }
 
 /// A list of objects, each by the table `Members`.

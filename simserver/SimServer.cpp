@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <iterator>
 #include <stdexcept>
 #include <utility>
 
@@ -15,10 +16,6 @@ namespace simserver {
 namespace {
 
 using palink::RecordKind;
-
-constexpr int announcementClass = 92;
-constexpr int playNumber = 17;
-constexpr int cancelNumber = 18;
 
 Options checked(Options options) {
     if (!std::isfinite(options.speed) || options.speed <= 0.0) {
@@ -37,14 +34,21 @@ std::vector<std::string> idsOf(const std::vector<Zone>& zones) {
 }  // namespace
 
 SimServer::SimServer(Station station, Options options)
-    : station_(std::move(station)),
-      options_(checked(std::move(options))),
+    : options_(checked(std::move(options))),
       spool_(options_.spool),
-      repertoire_(station_, spool_),
-      epoch_(wallClock()),
+      epoch_(options_.clock.value_or(wallClock())),
       startMS_(monotonicMS()),
+      station_(std::move(station)),
+      repertoire_(station_, spool_),
       engine_(idsOf(station_.zones), *this),
-      activity_(station_) {
+      activity_(station_),
+      live_(engine_),
+      recorder_(station_, spool_),
+      schedules_(options_.state, station_.timeZone, epoch_),
+      studio_(station_, spool_, [this](const Preview& preview) {
+          const std::lock_guard guard(lock_);
+          tellPreview(preview);
+      }) {
     if (!options_.manualTime) {
         clock_ = std::make_unique<PosixThread>("sim-clock", [this] { runClock(); });
     }
@@ -61,7 +65,7 @@ SimServer::~SimServer() {
 
 void SimServer::connectClient(palink::ServerEventSink& client) {
     const std::lock_guard guard(lock_);
-    playUntil(clockTime());
+    catchUp();
     client_ = &client;
     tellAll();
 }
@@ -69,9 +73,15 @@ void SimServer::connectClient(palink::ServerEventSink& client) {
 void SimServer::disconnectClient() {
     const std::lock_guard guard(lock_);
     client_ = nullptr;
+    meters_.clear();
 }
 
-void SimServer::meterLevel(bool /*subscribe*/, int /*element*/) {}
+void SimServer::meterLevel(bool subscribe, int element) {
+    const std::lock_guard guard(lock_);
+    catchUp();
+    meters_.subscribe(subscribe, element, meterTimeMS());
+    changed_.notify_all();
+}
 
 palink::UploadResult SimServer::storeFile(const std::string& localPath,
                                           const std::string& serverPath) {
@@ -80,41 +90,77 @@ palink::UploadResult SimServer::storeFile(const std::string& localPath,
 
 // ------------------------------------------------------------------------------------ operations
 
+const SimServer::OperationRow SimServer::operations[] = {
+    {92, 1, &SimServer::attachSource},
+    {92, 2, &SimServer::detachSource},
+    {92, 3, &SimServer::attachZones},
+    {92, 4, &SimServer::detachZones},
+    {92, 5, &SimServer::activateSoftwareTrigger},
+    {92, 6, &SimServer::deactivateSoftwareTrigger},
+    {92, 7, &SimServer::extendLock},
+    {92, 8, &SimServer::setSinkGain},
+    {92, 9, &SimServer::setSourceGain},
+    {92, 10, &SimServer::setMonitoring},
+    {92, 17, &SimServer::play},
+    {92, 18, &SimServer::cancel},
+    {92, 19, &SimServer::putSchedule},
+    {92, 20, &SimServer::deleteSchedule},
+    {92, 29, &SimServer::resetSink},
+    {78, 5, &SimServer::startRecording},
+    {78, 6, &SimServer::stopRecording},
+    {78, 9, &SimServer::deleteRecording},
+    {1, 1, &SimServer::previewRecording},
+    {108, 3, &SimServer::retrieveAudio},
+};
+
 void SimServer::handleOperation(const Operation& operation) {
     const std::lock_guard guard(lock_);
-    playUntil(clockTime());
-    std::string requestId;
     try {
-        if (operation.operationClass == announcementClass &&
-            operation.operationNumber == playNumber) {
-            handlePlay(operation.payload, requestId);
-        } else if (operation.operationClass == announcementClass &&
-                   operation.operationNumber == cancelNumber) {
-            handleCancel(operation.payload, requestId);
-        } else {
-            throw Refused("this operation is not simulated");
-        }
+        perform(operation);
     } catch (const Refused& refused) {
-        tell(palink::Refusal{operation.operationClass, operation.operationNumber, requestId,
+        tell(palink::Refusal{operation.operationClass, operation.operationNumber, requestId_,
                              refused.what()});
     }
-    tellActivity();
-    playUntil(now_);  // what lasts no time at all
-    changed_.notify_all();
 }
 
-void SimServer::handlePlay(const std::string& payload, std::string& requestId) {
+std::optional<std::string> SimServer::operateAsOther(const Operation& operation) {
+    const std::lock_guard guard(lock_);
+    try {
+        perform(operation);
+        return std::nullopt;
+    } catch (const Refused& refused) {
+        return refused.what();
+    }
+}
+
+/// An operation that is refused has changed nothing.
+void SimServer::perform(const Operation& operation) {
+    catchUp();
+    requestId_.clear();
+    const auto* const row = std::find_if(
+        std::begin(operations), std::end(operations), [&operation](const OperationRow& candidate) {
+            return candidate.operationClass == operation.operationClass &&
+                   candidate.operationNumber == operation.operationNumber;
+        });
+    if (row == std::end(operations)) {
+        throw Refused("this operation is not simulated");
+    }
+    (this->*row->perform)(operation.payload);
+    settle();
+}
+
+void SimServer::play(const std::string& payload) {
     PlayRequest request;
     try {
         decodePlay(payload, request);
     } catch (const Refused&) {
-        requestId = request.id;
+        requestId_ = request.id;
         throw;
     }
     if (request.id.empty()) {
         request.id = newRequestId();
     }
-    requestId = request.id;
+    requestId_ = request.id;
     if (engine_.isActive(request.id)) {
         throw Refused("request \"" + request.id + "\" is active already");
     }
@@ -124,9 +170,9 @@ void SimServer::handlePlay(const std::string& payload, std::string& requestId) {
     engine_.play(request, now_);
 }
 
-void SimServer::handleCancel(const std::string& payload, std::string& requestId) {
+void SimServer::cancel(const std::string& payload) {
     const CancelRequest request = decodeCancel(payload);
-    requestId = request.id;
+    requestId_ = request.id;
     if (!engine_.cancel(request, now_)) {
         throw Refused(request.type == nullptr ? "no announcement \"" + request.id + "\" is active"
                                               : std::string("no announcement of type ") +
@@ -135,55 +181,12 @@ void SimServer::handleCancel(const std::string& payload, std::string& requestId)
 }
 
 /// An id for a request that comes without one.
-std::string SimServer::newRequestId() {
+std::string SimServer::newRequestId(const std::string& kind) {
     std::string id;
     do {
-        id = "server-" + std::to_string(++lastOwnId_);
+        id = kind + "-" + std::to_string(++lastOwnId_);
     } while (engine_.isActive(id));
     return id;
-}
-
-// ------------------------------------------------------------------------------------------ time
-
-void SimServer::advance(SimTime simulated) {
-    const std::lock_guard guard(lock_);
-    playUntil(now_ + std::clamp(simulated, SimTime{0}, longest));
-}
-
-/// Simulated time by the clock; with manual time what has been let pass.
-SimTime SimServer::clockTime() const {
-    if (options_.manualTime) {
-        return now_;
-    }
-    const double passed = static_cast<double>(monotonicMS() - startMS_) * options_.speed;
-    return SimTime(
-        static_cast<SimTime::rep>(std::min(passed, static_cast<double>(longest.count()))));
-}
-
-void SimServer::playUntil(SimTime time) {
-    for (auto due = engine_.nextDue(); due && *due <= time; due = engine_.nextDue()) {
-        now_ = *due;
-        engine_.playDue(now_);
-        tellActivity();
-    }
-    now_ = std::max(now_, time);
-}
-
-void SimServer::runClock() {
-    constexpr double shortestPause = 1.0;      // ms
-    constexpr double longestPause = 60'000.0;  // ms
-    std::unique_lock guard(lock_);
-    while (!stopping_) {
-        playUntil(clockTime());
-        const std::optional<SimTime> due = engine_.nextDue();
-        if (!due) {
-            changed_.wait(guard);
-            continue;
-        }
-        const double pause = static_cast<double>((*due - now_).count()) / options_.speed;
-        changed_.wait_for(guard, std::chrono::duration<double, std::milli>(
-                                     std::clamp(std::ceil(pause), shortestPause, longestPause)));
-    }
 }
 
 // --------------------------------------------------------------------- what the client is told
@@ -194,17 +197,20 @@ void SimServer::tell(palink::ServerEvent event) {
     }
 }
 
+void SimServer::tellRecord(RecordKind kind, int key, RecordFields fields) {
+    tell(palink::Record{station_.dstNo, kind, key, std::move(fields)});
+}
+
 void SimServer::tellAll() {
     palink::Connected connected{station_.dstNo, station_.dstNo, false, {}};
     connected.serverInfo.set("name", station_.name);
     connected.serverInfo.set("software", "simulated audio server");
+    connected.serverInfo.set("timeZone", station_.timeZone);
+    connected.serverInfo.set("clock", std::to_string(wallTime()));
     tell(std::move(connected));
 
-    const auto tellRecord = [this](RecordKind kind, int key, RecordFields fields) {
-        tell(palink::Record{station_.dstNo, kind, key, std::move(fields)});
-    };
     for (const Source& source : station_.sources) {
-        tellRecord(RecordKind::Source, source.id, sourceRecord(source, station_.dstNo));
+        tellSource(source);
     }
     for (const Source& source : station_.sources) {
         tellRecord(RecordKind::AttachedZones, source.id, attachedZonesRecord(source));
@@ -212,8 +218,20 @@ void SimServer::tellAll() {
     for (palink::Record& record : activity_.all()) {
         tell(std::move(record));
     }
+    for (const Trigger& trigger : station_.triggers) {
+        tellRecord(RecordKind::Trigger, trigger.id, triggerRecord(trigger, station_.dstNo));
+    }
+    for (const Selector& selector : station_.selectors) {
+        tellRecord(RecordKind::Selector, selector.id, selectorRecord(selector));
+    }
     for (const Voice& voice : station_.voices) {
         tellRecord(RecordKind::TtsPort, voice.port, voiceRecord(voice));
+    }
+    for (const Preview& preview : studio_.previews()) {
+        tellPreview(preview);
+    }
+    for (const Schedule* const schedule : schedules_.all()) {
+        tellSchedule(*schedule);
     }
     for (const auto& [key, part] : engine_.parts()) {
         tellRecord(RecordKind::Announcement, key, announcementRecord(part, epoch_));
@@ -225,15 +243,18 @@ void SimServer::tellActivity() {
     for (palink::Record& record : activity_.update(engine_)) {
         tell(std::move(record));
     }
+    live_.forgetEnded();
 }
 
 std::optional<SimTime> SimServer::lengthOf(const RequestPart& part) {
+    if (!part.whyNot.empty()) {
+        throw Refused(part.whyNot);
+    }
     return repertoire_.lengthOf(part);
 }
 
 void SimServer::partChanged(const PlayPart& part) {
-    tell(palink::Record{station_.dstNo, RecordKind::Announcement, part.key,
-                        announcementRecord(part, epoch_)});
+    tellRecord(RecordKind::Announcement, part.key, announcementRecord(part, epoch_));
     if (part.isOver()) {
         tell(palink::Withdrawal{station_.dstNo, static_cast<int>(RecordKind::Announcement),
                                 part.key});

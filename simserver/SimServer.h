@@ -5,24 +5,34 @@
 #include <cstdint>
 #include <ctime>
 #include <filesystem>
+#include <map>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <string>
 
 #include "framework/posixThread.h"
 #include "link/EmbeddedTransport.h"
 #include "simserver/Activity.h"
+#include "simserver/LevelMeters.h"
+#include "simserver/LiveAnnouncements.h"
 #include "simserver/PlayEngine.h"
+#include "simserver/PreviewStudio.h"
 #include "simserver/Repertoire.h"
+#include "simserver/ScheduleBook.h"
+#include "simserver/SourceLocks.h"
 #include "simserver/Spool.h"
 #include "simserver/Station.h"
+#include "simserver/UserRecorder.h"
 
 namespace simserver {
 
 struct Options {
-    double speed = 1.0;           ///< simulated seconds per real second, above 0
-    bool manualTime = false;      ///< no thread: time passes through `advance` alone
-    std::filesystem::path spool;  ///< where uploads go; empty: a temporary folder of its own
+    double speed = 1.0;             ///< simulated seconds per real second, above 0
+    bool manualTime = false;        ///< no thread: time passes through `advance` alone
+    std::filesystem::path spool;    ///< where uploads go; empty: a temporary folder of its own
+    std::filesystem::path state{};  ///< where schedules are kept; empty: they end with the server
+    std::optional<std::time_t> clock{};  ///< its wall clock at the start; nothing: the host's
 };
 
 /// The simulated audio server: holds a station, plays announcements in simulated time and tells the
@@ -35,6 +45,7 @@ class SimServer final : public palink::EmbeddedServer, private PlayHost {
 public:
     /// @throws std::invalid_argument for a speed that is not above 0
     /// @throws std::filesystem::filesystem_error when the spool folder cannot be made
+    /// @throws std::runtime_error when the schedules that are kept cannot be read or kept further
     explicit SimServer(Station station, Options options = {});
     ~SimServer() override;
 
@@ -46,42 +57,151 @@ public:
                                    const std::string& serverPath) override;
 
     /// With manual time: lets `simulated` pass and plays everything that falls due, in order of
-    /// time.
+    /// time. Locks lapse by real time all the same: they are looked at, also after 0 ms.
     void advance(std::chrono::milliseconds simulated);
 
-private:
-    void handlePlay(const std::string& payload, std::string& requestId);
-    void handleCancel(const std::string& payload, std::string& requestId);
-    std::string newRequestId();
+    /// @name The server's own side
+    /// @{
 
+    /// Does what another client asks for, beside the connected one. That one hears of what changes,
+    /// and of no refusal.
+    /// @return why it is refused, nothing when it is done
+    std::optional<std::string> operateAsOther(const Operation& operation);
+
+    /// Closes or opens the contact of a hardware trigger.
+    /// @throws Refused when there is no such trigger
+    void setTrigger(int triggerId, bool active);
+
+    /// Puts a selector into a state, by the number of its records.
+    /// @throws Refused when there is no such selector or state
+    void setSelector(int selectorId, int state);
+
+    /// While on, extensions of source locks are ignored, as if they were lost on the way.
+    void withholdRenewals(bool on);
+
+    /// Waits until every text that was asked for has been spoken and reported.
+    void waitUntilSpoken();
+    /// @}
+
+private:
+    struct OperationRow {
+        int operationClass;
+        int operationNumber;
+        void (SimServer::*perform)(const std::string& payload);
+    };
+    static const OperationRow operations[];
+
+    /// Something that happens at times of its own, in simulated time.
+    struct TimedRow {
+        std::optional<SimTime> (SimServer::*next)() const;
+        void (SimServer::*takeDue)();
+    };
+    static const TimedRow timed[];
+
+    void perform(const Operation& operation);
+    void play(const std::string& payload);
+    void cancel(const std::string& payload);
+    std::string newRequestId(const std::string& kind = "server");
+
+    // Sources.
+    void attachSource(const std::string& payload);
+    void detachSource(const std::string& payload);
+    void extendLock(const std::string& payload);
+    void attachZones(const std::string& payload);
+    void detachZones(const std::string& payload);
+    void setSourceGain(const std::string& payload);
+    void lapseLocks();
+    Source& sourceOf(int id);
+    void changeZones(Source& source, std::vector<std::string> zones);
+    void followClient(const Source& source, const std::string& whyEnded);
+    void follow(const Opening& opening, const Source& source, int level,
+                const std::vector<std::string>& zones, const std::string& whyEnded);
+    void tellSource(const Source& source);
+
+    // Sinks.
+    void setSinkGain(const std::string& payload);
+    void setMonitoring(const std::string& payload);
+    void resetSink(const std::string& payload);
+    std::optional<SimTime> nextReset() const;
+    void endResets();
+
+    // Triggers and selectors.
+    void activateSoftwareTrigger(const std::string& payload);
+    void deactivateSoftwareTrigger(const std::string& payload);
+    void turn(Trigger& trigger, bool active);
+    void turn(Selector& selector, int state);
+    void followTrigger(const Trigger& trigger, const std::string& whyEnded);
+    std::optional<SimTime> nextTimetableChange() const;
+    void followTimetables();
+
+    // Previews and user recordings.
+    void retrieveAudio(const std::string& payload);
+    void tellPreview(const Preview& preview);
+    void startRecording(const std::string& payload);
+    void stopRecording(const std::string& payload);
+    void deleteRecording(const std::string& payload);
+    void previewRecording(const std::string& payload);
+    std::optional<SimTime> nextRecordingEnd() const;
+    void endRecording();
+
+    // Schedules.
+    void putSchedule(const std::string& payload);
+    void deleteSchedule(const std::string& payload);
+    void tellSchedule(const Schedule& schedule);
+    RequestPart playedPart(const SchedulePart& scheduled) const;
+    std::optional<SimTime> nextScheduledRun() const;
+    void playSchedules();
+
+    // Time.
+    std::time_t wallTime() const;
     void runClock();
     SimTime clockTime() const;
+    std::int64_t meterTimeMS() const;
+    void catchUp();
     void playUntil(SimTime time);
+    void settle();
+    std::optional<SimTime> nextDue() const;
+    std::optional<double> realMSToNextDue() const;
+    std::optional<SimTime> nextEnd() const;
+    void playDue();
+    std::optional<SimTime> nextSimulatedReading() const;
+    void readMeters();
 
     void tell(palink::ServerEvent event);
+    void tellRecord(palink::RecordKind kind, int key, RecordFields fields);
     void tellAll();
     void tellActivity();
     std::optional<SimTime> lengthOf(const RequestPart& part) override;
     void partChanged(const PlayPart& part) override;
 
-    const Station station_;
     const Options options_;
     const Spool spool_;
-    const Repertoire repertoire_;
     const std::time_t epoch_;     // wall clock at simulated time 0
     const std::int64_t startMS_;  // real time at simulated time 0
 
     std::mutex lock_;
     std::condition_variable changed_;
     // Guarded by lock_.
+    Station station_;  // what the client cannot change is as at the start
+    const Repertoire repertoire_;
     PlayEngine engine_;
     Activity activity_;
+    SourceLocks locks_;
+    LiveAnnouncements live_;
+    LevelMeters meters_;
+    UserRecorder recorder_;
+    ScheduleBook schedules_;
+    std::map<int, SimTime> resets_;  // by sink: when it comes back
+    SimTime timetablesDone_{-1};     // so far
     SimTime now_{0};
     palink::ServerEventSink* client_ = nullptr;
+    std::string requestId_;  // of the operation at hand, once it is known
     int lastOwnId_ = 0;
+    bool renewalsWithheld_ = false;
     bool stopping_ = false;
 
     std::unique_ptr<PosixThread> clock_;  // null with manual time
+    PreviewStudio studio_;                // locks for itself; its reports take lock_
 };
 
 }  // namespace simserver

@@ -6,6 +6,8 @@
 #include <system_error>
 #include <unistd.h>
 
+#include "simserver/Refused.h"
+
 namespace simserver {
 
 namespace fs = std::filesystem;
@@ -28,15 +30,14 @@ fs::path madeFolder(const fs::path& wanted) {
     return name;
 }
 
-/// A new, empty file for what is being uploaded.
-fs::path newFile(const fs::path& folder, std::error_code& error) {
+/// A new, empty file for what is being written.
+fs::path newFile(const fs::path& folder) {
     std::string name = (folder / ".upload-XXXXXX").string();
     const int file = mkstemp(name.data());
     if (file < 0) {
-        error = lastError();
-    } else {
-        close(file);
+        throw Refused(lastError().message());
     }
+    close(file);
     return name;
 }
 
@@ -73,20 +74,33 @@ palink::UploadResult Spool::store(const std::string& localPath,
         return {false, "cannot read \"" + localPath +
                            "\": " + (error ? error.message() : "not a regular file")};
     }
-    // The file is written beside its place and put there whole.
-    const fs::path written = newFile(folder_, error);
-    if (!error) {
-        fs::copy_file(localPath, written, fs::copy_options::overwrite_existing, error);
-    }
-    if (!error) {
-        fs::rename(written, *place, error);
-    }
-    if (error) {
-        std::error_code ignored;
-        fs::remove(written, ignored);
-        return {false, "cannot store \"" + localPath + "\": " + error.message()};
+    try {
+        putWhole(*place, [&](const fs::path& written) {
+            fs::copy_file(localPath, written, fs::copy_options::overwrite_existing, error);
+            if (error) {
+                throw Refused(error.message());
+            }
+        });
+    } catch (const Refused& refused) {
+        return {false, "cannot store \"" + localPath + "\": " + refused.what()};
     }
     return {true, ""};
+}
+
+void Spool::putWhole(const fs::path& place,
+                     const std::function<void(const fs::path&)>& write) const {
+    const fs::path written = newFile(folder_);
+    std::error_code error;
+    try {
+        write(written);
+        fs::rename(written, place, error);
+        if (error) {
+            throw Refused(error.message());
+        }
+    } catch (...) {
+        fs::remove(written, error);
+        throw;
+    }
 }
 
 }  // namespace simserver

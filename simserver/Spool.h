@@ -1,6 +1,7 @@
 #pragma once
 
 #include <filesystem>
+#include <functional>
 #include <optional>
 #include <string>
 
@@ -24,6 +25,12 @@ public:
     /// Where a file of the server's folder lies on this machine; nothing for a path that does not
     /// name a file of that very folder.
     std::optional<std::filesystem::path> placeOf(const std::string& serverPath) const;
+
+    /// Has a new file written by `write` and puts it at `place` at one stroke, instead of another
+    /// one of that name. Nothing is left of a file that cannot be written.
+    /// @throws Refused when there is no room for it, and what `write` throws
+    void putWhole(const std::filesystem::path& place,
+                  const std::function<void(const std::filesystem::path&)>& write) const;
 
     /// Copies a file of this machine, in place of one that has the same name.
     palink::UploadResult store(const std::string& localPath, const std::string& serverPath) const;

@@ -21,7 +21,14 @@ struct Source {
     int broadcastType = 0;
     int health = 1;
     std::vector<std::string> attachedZones;
+    int priority = 500;  ///< of what it says while a client has it open
 };
+
+/// @name Health of sinks and zones
+/// @{
+constexpr int healthyHealth = 1;
+constexpr int inactiveHealth = 4;  ///< the device is out of action
+/// @}
 
 struct Sink {
     int id = 0;  ///< key of its records as well
@@ -46,12 +53,47 @@ struct Zone {
     int health = 1;
 };
 
+/// A stretch of simulated time, since the server started.
+struct Stretch {
+    std::chrono::milliseconds from{0};
+    std::chrono::milliseconds to{0};
+};
+
+/// A contact that opens a source, of a button, a telephone or a car's door.
+struct Trigger {
+    int id = 0;  ///< key of its records as well
+    int source = 0;
+    int selector = 0;  ///< gives the zones; 0: the zones that are attached to the source
+    std::string label;
+    int type = 1;
+    std::string subAddress;
+    int priority = 500;
+    std::vector<Stretch> timetable;            ///< when it is active, in ascending order
+    std::chrono::milliseconds repeatEvery{0};  ///< the timetable begins anew; 0: never
+    bool active = false;
+};
+
+/// Chooses zones for a source.
+struct Selector {
+    int id = 0;  ///< key of its records as well
+    int source = 0;
+    std::string label;
+    int type = 1;
+    std::string number;
+    int protection = 0;
+    int mode = 0;
+    int dynamicRestriction = 0;
+    int state = 1;
+    std::vector<std::string> zones;
+};
+
 struct Voice {
     int port = 0;  ///< key of its record as well
     std::string language;
     std::string voice;
-    int rate = 48000;  ///< Hz
-    std::string text;  ///< what the port says of itself
+    int rate = 48000;         ///< Hz
+    std::string text;         ///< what the port says of itself
+    std::string synthesizer;  ///< voice of espeak-ng; empty: the one called like the language
 };
 
 struct DictionaryItem {
@@ -67,15 +109,26 @@ struct Recording {
     std::chrono::milliseconds duration{0};
 };
 
+/// What user recordings are made of: the beginning of a file, again and again, or a tone.
+struct Microphone {
+    std::string file;  ///< path, empty for the tone
+    int tone = 440;    ///< Hz
+};
+
 struct Station {
     std::string name;
+    std::string timeZone = "UTC";  ///< by which its schedules run
     int dstNo = 1;  ///< destination number, of the local and of the active server alike
     std::vector<Source> sources;
     std::vector<Sink> sinks;
     std::vector<Zone> zones;
+    std::vector<Trigger> triggers;
+    std::vector<Selector> selectors;
     std::vector<Voice> voices;
     std::vector<DictionaryItem> dictionary;
     std::vector<Recording> recordings;
+    int longestPreview = 60;  ///< seconds; a text that takes longer is never answered
+    Microphone microphone;
 };
 
 }  // namespace simserver

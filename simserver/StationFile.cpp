@@ -8,6 +8,7 @@
 
 #include "simserver/JsonFault.h"
 #include "simserver/ScenarioReader.h"
+#include "simserver/StationChecks.h"
 
 namespace simserver {
 
@@ -28,6 +29,7 @@ constexpr Member<Source> sourceMembers[] = {
     {"broadcastType", optional, whole<&Source::broadcastType, 0, 1>},
     {"health", optional, whole<&Source::health, 0, 2>},
     {"attachedZones", optional, zoneIds<&Source::attachedZones>},
+    {"priority", optional, whole<&Source::priority, 0, anyNumber>},
 };
 
 constexpr Member<Sink> sinkMembers[] = {
@@ -52,12 +54,38 @@ constexpr Member<Zone> zoneMembers[] = {
     {"health", optional, whole<&Zone::health, 0, 4>},
 };
 
+constexpr Member<Trigger> triggerMembers[] = {
+    {"id", required, whole<&Trigger::id, 1, anyNumber>},
+    {"source", required, whole<&Trigger::source, 1, anyNumber>},
+    {"selector", optional, whole<&Trigger::selector, 1, anyNumber>},
+    {"label", required, text<&Trigger::label>},
+    {"type", required, whole<&Trigger::type, 0, 9>},
+    {"subAddress", optional, text<&Trigger::subAddress>},
+    {"priority", optional, whole<&Trigger::priority, 0, anyNumber>},
+    {"timetable", optional, stretches<&Trigger::timetable>},
+    {"repeatEvery", optional, seconds<&Trigger::repeatEvery>},
+};
+
+constexpr Member<Selector> selectorMembers[] = {
+    {"id", required, whole<&Selector::id, 1, anyNumber>},
+    {"source", required, whole<&Selector::source, 1, anyNumber>},
+    {"label", required, text<&Selector::label>},
+    {"type", required, whole<&Selector::type, 0, 7>},
+    {"number", optional, text<&Selector::number>},
+    {"protection", optional, whole<&Selector::protection, 0, 2>},
+    {"mode", optional, whole<&Selector::mode, 0, 1>},
+    {"dynamicRestriction", optional, whole<&Selector::dynamicRestriction, 0, 2>},
+    {"state", optional, whole<&Selector::state, 0, 3>},
+    {"zones", required, zoneIds<&Selector::zones>},
+};
+
 constexpr Member<Voice> voiceMembers[] = {
     {"port", required, whole<&Voice::port, 1, anyNumber>},
     {"language", required, text<&Voice::language>},
     {"voice", required, text<&Voice::voice>},
     {"rate", required, whole<&Voice::rate, 8000, 192000>},
     {"text", optional, text<&Voice::text>},
+    {"synthesizer", optional, text<&Voice::synthesizer>},
 };
 
 constexpr Member<DictionaryItem> dictionaryMembers[] = {
@@ -72,65 +100,26 @@ constexpr Member<Recording> recordingMembers[] = {
     {"seconds", required, seconds<&Recording::duration>},
 };
 
+constexpr Member<Microphone> microphoneMembers[] = {
+    {"file", optional, filePath<&Microphone::file>},
+    {"tone", optional, whole<&Microphone::tone, 20, 20000>},
+};
+
 constexpr Member<Station> stationMembers[] = {
     {"name", required, text<&Station::name>},
+    {"timeZone", optional, timeZone<&Station::timeZone>},
     {"dstNo", optional, whole<&Station::dstNo, 1, anyNumber>},
     {"zones", required, objects<&Station::zones, zoneMembers>},
     {"sinks", required, objects<&Station::sinks, sinkMembers>},
     {"sources", required, objects<&Station::sources, sourceMembers>},
+    {"triggers", optional, objects<&Station::triggers, triggerMembers>},
+    {"selectors", optional, objects<&Station::selectors, selectorMembers>},
     {"voices", required, objects<&Station::voices, voiceMembers>},
     {"dictionary", required, objects<&Station::dictionary, dictionaryMembers>},
     {"recordings", optional, objects<&Station::recordings, recordingMembers>},
+    {"longestPreview", optional, whole<&Station::longestPreview, 1, 600>},
+    {"microphone", optional, object<&Station::microphone, microphoneMembers>},
 };
-
-/// Refuses a value of `member` that two elements of a list share.
-/// @return the values
-template <class Key, class Record>
-std::set<Key> distinct(const std::vector<Record>& records, Key Record::*field, const Place& list,
-                       const char* member) {
-    std::set<Key> seen;
-    for (std::size_t i = 0; i < records.size(); ++i) {
-        if (!seen.insert(records[i].*field).second) {
-            const Place place = list.element(i).member(member);
-            place.refuse(place.value.dump() + " is given twice");
-        }
-    }
-    return seen;
-}
-
-/// Refuses an id in the list `member` of an object when there is no such zone.
-void refuseUnknown(const std::vector<std::string>& ids, const std::set<std::string>& zones,
-                   const Place& object, const char* member) {
-    for (std::size_t i = 0; i < ids.size(); ++i) {
-        if (zones.count(ids[i]) == 0) {
-            object.member(member).element(i).refuse("unknown zone \"" + ids[i] + "\"");
-        }
-    }
-}
-
-void checkReferences(const Station& station, const Place& root) {
-    const auto zones = distinct(station.zones, &Zone::id, root.member("zones"), "id");
-    const auto sinks = distinct(station.sinks, &Sink::id, root.member("sinks"), "id");
-    distinct(station.sources, &Source::id, root.member("sources"), "id");
-    distinct(station.voices, &Voice::port, root.member("voices"), "port");
-    distinct(station.dictionary, &DictionaryItem::item, root.member("dictionary"), "item");
-    if (!station.recordings.empty()) {
-        distinct(station.recordings, &Recording::path, root.member("recordings"), "path");
-    }
-    for (std::size_t i = 0; i < station.sources.size(); ++i) {
-        const Place place = root.member("sources").element(i);
-        refuseUnknown(station.sources[i].attachedZones, zones, place, "attachedZones");
-    }
-    for (std::size_t i = 0; i < station.sinks.size(); ++i) {
-        const Sink& sink = station.sinks[i];
-        const Place place = root.member("sinks").element(i);
-        refuseUnknown(sink.zones, zones, place, "zones");
-        refuseUnknown(sink.monitoringZones, zones, place, "monitoringZones");
-        if (sink.monitoringSinkId != 0 && sinks.count(sink.monitoringSinkId) == 0) {
-            place.member("monitoringSinkId").refuse("unknown sink");
-        }
-    }
-}
 
 /// Of two members with the same name the JSON library keeps the last; here that is a mistake.
 class RepeatedMembers {
@@ -139,6 +128,8 @@ public:
         if (event == Json::parse_event_t::object_start) {
             open_.emplace_back();
             ++element_;
+        } else if (event == Json::parse_event_t::array_start && depth == inRoot) {
+            inList_ = true;
         } else if (event == Json::parse_event_t::object_end) {
             open_.pop_back();
         } else if (event == Json::parse_event_t::key) {
@@ -154,10 +145,11 @@ private:
         if (depth == inRoot) {
             list_ = "/" + name;
             element_ = -1;
+            inList_ = false;
         }
         if (!open_.back().insert(name).second) {
-            const std::string place =
-                depth == inRoot ? list_ : list_ + "/" + std::to_string(element_) + "/" + name;
+            const std::string element = inList_ ? "/" + std::to_string(element_) : "";
+            const std::string place = depth == inRoot ? list_ : list_ + element + "/" + name;
             throw ScenarioError(place + ": the member is given twice");
         }
     }
@@ -165,6 +157,7 @@ private:
     std::vector<std::set<std::string>> open_;  // names seen in each object that is being read
     std::string list_;
     int element_ = -1;
+    bool inList_ = false;
 };
 
 std::string contentOf(const std::filesystem::path& file) {
@@ -189,7 +182,10 @@ Station loadStation(const std::filesystem::path& file) {
         const Json tree = Json::parse(contentOf(file), RepeatedMembers());
         const Place root{tree, ""};
         Station station = readObject(root, stationMembers);
-        checkReferences(station, root);
+        checkStation(station, root);
+        if (!station.microphone.file.empty()) {
+            station.microphone.file = (file.parent_path() / station.microphone.file).string();
+        }
         return station;
     } catch (const Json::exception& fault) {
         throw ScenarioError(file.filename().string() + ": " + jsonFault(fault));

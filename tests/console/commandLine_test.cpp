@@ -166,8 +166,8 @@ TEST(Output, listsZonesAsObjectsWithTheMembersOfTheRecord) {
 
 TEST(Output, isAlignedTextByDefault) {
     const std::pair<Words, std::string> cases[] = {
-        {{"status"}, "\nserver/name      Central Station\n"},
-        {{"list", "sources"}, "ID  LABEL  "},
+        {{"status"}, "\nserver/name         Central Station\n"},
+        {{"list", "sources"}, "ID   LABEL  "},
         {{"list", "sinks"}, "\n120  "},
         {{"list", "zones"}, "\nPlatform 1             Idle      None          Healthy\n"},
         {{"list", "voices"}, "\n6     es        Lucía    48000\n7     nl        Daan     48000\n"},

@@ -5,15 +5,33 @@
 
 namespace {
 
+/// Before the controller's worker begins its first sleep.
+struct EarlyPauses {
+    EarlyPauses() { skipPauses(); }
+};
+[[gnu::init_priority(101)]] const EarlyPauses earlyPauses;
+
 TEST(Demo, endsAsItAnnounces) {
     const Ran ran = runConsole({"demo", "--format", "json"});
     EXPECT_EQ(ran.code, 0) << ran.err;
-    std::multiset<std::string> seen;
+    std::multiset<std::string> announcements;
+    std::string steps;
     for (const auto& item : nlohmann::json::parse(ran.out)) {
-        seen.insert(item["seen"]);
+        const std::string seen = item["seen"];
+        item.count("requestId") > 0
+            ? void(announcements.insert(seen))
+            : void(steps += item["name"].get<std::string>() + ": " + seen + '\n');
     }
-    EXPECT_EQ(seen, (std::multiset<std::string>{"cancelled", "finished", "finished", "finished",
-                                                "finished", "pre-empted"}));
+    EXPECT_EQ(announcements, (std::multiset<std::string>{"cancelled", "finished", "finished",
+                                                         "finished", "finished", "pre-empted"}));
+    for (const char* const part :
+         {"take a source: source 2 is locked by this client (",
+          "attach zones: source 2 Deputy's microphone is heard in Concourse, Platform 1\n",
+          "trigger: heard in Control Room, now silent\n", "preview: WAV, 48000 Hz, mono, 16 bit, ",
+          "), renewals: ", "release it: source 2 is locked by nobody\n",
+          "schedule: heard in Staff Rooms, then deleted\n"}) {
+        EXPECT_TRUE(contains(steps, part)) << part << " is missing: " << steps;
+    }
 }
 
 TEST(Demo, tellsInPlainLinesWhatHappens) {
@@ -35,6 +53,8 @@ TEST(Demo, failsWhenSomethingDoesNotHappen) {
     const Ran ran = runConsole({"demo", "--scenario", station});
     EXPECT_EQ(ran.code, 4) << ran.err;
     EXPECT_TRUE(contains(ran.out, "refused: "));
+    EXPECT_TRUE(contains(ran.out, "there is no free source"));
+    EXPECT_TRUE(contains(ran.err, "7 of 13 steps did not go as expected")) << ran.err;
 }
 
 }  // namespace

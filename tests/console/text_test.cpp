@@ -3,7 +3,7 @@
 #include "console/cleanText.h"
 #include "console/json.h"
 #include "console/lookup.h"
-#include "console/script.h"
+#include "console/words.h"
 #include "tests/console/consoleRun.h"
 
 namespace {

@@ -15,28 +15,12 @@
 #include "sdk/globals.h"
 #include "simserver/RequestDecoder.h"
 #include "simserver/SimServer.h"
+#include "tests/endToEnd/hostileTexts.h"
 #include "tests/support/noPauses.h"
 
 namespace {
 
 using namespace std::chrono_literals;
-using Texts = std::vector<std::string>;
-
-/// Texts that the encodings must carry. Leading blanks do not survive a list, so none has any.
-const Texts hostileTexts = {
-    "a,b^c!d~e=f",
-    "\"",
-    "say \"hello\"",
-    "back\\slash\\",
-    "\\\"",
-    "line\nend\r\n\ttab",
-    "Gr\xc3\xbc\xc3\x9f"
-    "e \xe2\x82\xac \xf0\x9f\x9a\x86",
-    "{\"json\" : [1, 2]}",
-    "(null)",
-    "trailing blanks  ",
-    std::string(200'000, '\\') + std::string(200'000, '"'),
-};
 
 /// Keeps what the controller tells of announcements, each as "id: state".
 class Watch : public PAControllerObserverAdapter {
@@ -101,7 +85,7 @@ simserver::Station station() {
     station.sinks.resize(1);
     station.sinks[0].zones = {"Hall/North", hostileTexts[0], hostileTexts[2]};
     station.sources.resize(1);
-    station.voices.push_back({4, "en", "anna", 48000, ""});
+    station.voices.push_back({4, "en", "anna", 48000, "", ""});
     station.dictionary.push_back({12, "Mind the gap", 2s, false});
     return station;
 }

@@ -12,7 +12,7 @@ inline simserver::Station smallStation() {
     station.zones = {{"Hall", 1}, {"Hall/East", 1}, {"Hall/West", 2}, {"Hallway", 1}, {"Yard", 1}};
     station.dictionary = {
         {1, "Chime", 500ms, true}, {12, "Train", 1s, false}, {40, "Four", 2s, false}};
-    station.voices = {{7, "en", "Ann", 48000, ""}, {8, "en", "Bob", 22050, ""}};
+    station.voices = {{7, "en", "Ann", 48000, "", ""}, {8, "en", "Bob", 22050, "", ""}};
     station.recordings = {{"/srv/evacuation.wav", 24s}};
     station.sinks.resize(2);
     station.sinks[0].id = 5;

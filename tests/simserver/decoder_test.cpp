@@ -25,7 +25,7 @@ std::string decoded(const std::string& payload) {
 /// A part alone.
 std::string decodedPart(const std::string& part) {
     const std::string head = "absolute  1; ";
-    return decoded(R"("",0,1,)" + simserver::quoted(part)).substr(head.size());
+    return decoded(R"("",0,1,)" + simserver::quotedText(part)).substr(head.size());
 }
 
 std::string decodedCancellation(const std::string& payload) {
@@ -70,7 +70,7 @@ TEST(Decoder, ReadsParts) {
 9,ip,"Z","{\"kvPairs\":{},\"validity\":5}",,0^0^0 | 9,"ip","\"Z\"","",,0^0^0
 
 42,ip,"Z",,,0^0^0          | part 1: unknown announcement type 42
-0,ip,"Z",,,0^0^0           | part 1: announcement type Live needs a source; not simulated
+0,ip,"Z",,,0^0^0           | part 1: announcement type Live comes from a source, not from a request
 7,ip,"Z",,,0^0^0           | part 1: announcement type None holds nothing to play
 2,ip,"Z",1!1,,,startCondition,stopCondition,0,0,0,1  | part 1: 12 fields; expected...
 2,ip,"Z",1!1,,x,startCondition,stopCondition,0,0,0,0 | part 1: 12 fields; expected...

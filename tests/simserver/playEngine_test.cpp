@@ -1,5 +1,7 @@
 #include "simserver/PlayEngine.h"
 
+#include <iterator>
+
 #include "simserver/Refused.h"
 #include "tests/simserver/tables.h"
 
@@ -10,6 +12,9 @@ using namespace simserver;
 /// Plays a script of steps, parted by ";": a time in ms and one of
 ///     heard ID LEVEL LENGTH ZONE...   LEVEL +50 or -50 is relative; LENGTH in ms, "endless" or
 ///     shown ID LEVEL LENGTH ZONE...       "broken"; an ID is one letter
+///     live ID LEVEL LENGTH ZONE...
+///     move ID ZONE...                 a live part
+///     end ID
 ///     cancel ID or NUMBER-OF-TYPE
 /// and writes down what happens and when: "+" queued, ">" playing, "." finished, "!" pre-empted,
 /// "x" cancelled, "?" failed.
@@ -26,8 +31,14 @@ public:
             if (command == "cancel") {
                 const auto* const type = std::isdigit(id[0]) != 0 ? findType(id[0] - '0') : nullptr;
                 write(engine_.cancel({id, type}, now_) ? "done" : "none");
+            } else if (command == "move") {
+                engine_.moveLive(id, zonesIn(words), now_);
+            } else if (command == "end") {
+                engine_.end(id, "", now_);
+            } else if (command == "live") {
+                play(id, findType(0), LiveContent{}, words);
             } else {
-                play(id, findType(command == "shown" ? 9 : 2), words);
+                play(id, findType(command == "shown" ? 9 : 2), TextContent{}, words);
             }
         }
         pass(SimTime::max());
@@ -43,14 +54,18 @@ private:
         now_ = until;
     }
 
-    void play(const std::string& id, const AnnouncementType* type, std::istringstream& words) {
+    static std::vector<std::string> zonesIn(std::istringstream& words) {
+        return {std::istream_iterator<std::string>(words), {}};
+    }
+
+    void play(const std::string& id, const AnnouncementType* type, const Content& content,
+              std::istringstream& words) {
         RequestPart part;
         part.type = type;
+        part.content = content;
         std::string level;
         words >> level >> part.origin;
-        for (std::string zone; words >> zone;) {
-            part.zones.push_back(zone);
-        }
+        part.zones = zonesIn(words);
         engine_.play({id, std::isdigit(level[0]) == 0, std::stoi(level), {part}}, now_);
     }
 
@@ -117,6 +132,26 @@ TEST(PlayEngine, DecidesWhoPlaysWhereAndWhen) {
 # No length is too short or too long.
 0 shown s 500 0 A; 0 heard l 500 9223372036854775807 A
     | 0: +s >s .s +l >l 3153600000000: .l
+)~");
+}
+
+TEST(PlayEngine, HasLivePartsHeardWhereverTheyMay) {
+    expectResults([](const std::string& script) { return Stage().run(script); }, R"~(
+# It begins where it may, takes the rest when it is free, and comes back after it has lost all.
+0 heard a 500 100 B; 10 live m 500 endless A B; 150 heard c 400 10 B; 200 heard b 600 50 A B; 300 end m
+    | 0: +a >a 10: +m >m 100: .a 150: +c 200: +b +m >b 250: .b >m 300: .m >c 310: .c
+# A zone that it has lost is its own again, after higher parts and before equal ones that came later.
+0 live m 500 endless A B; 10 heard b 600 50 B; 20 heard c 500 10 B; 30 heard d 550 10 B; 200 end m
+    | 0: +m >m 10: +b >b 20: +c 30: +d 60: .b >d 70: .d 200: .m >c 210: .c
+# It moves: what it leaves is free, what it takes is lost to lower parts.
+0 live m 500 endless A; 10 heard b 400 20 B; 20 move m B; 30 heard c 400 5 A; 40 end m
+    | 0: +m >m 10: +b >b 20: +m !b >m 30: +c >c 35: .c 40: .m
+0 live m 500 endless A; 5 move m A B; 5 move m A B; 6 heard c 400 9 B; 7 move m A; 20 end m
+    | 0: +m >m 5: >m 6: +c 7: >m >c 16: .c 20: .m
+# It is cancelled like any other, and ended while it waits.
+0 live m 500 endless A; 1 cancel 0; 2 heard c 400 5 A | 0: +m >m 1: xm done 2: +c >c 7: .c
+0 heard a 600 100 A; 1 live m 500 endless A; 2 end m; 3 heard c 500 5 A
+    | 0: +a >a 1: +m 2: .m 3: +c 100: .a >c 105: .c
 )~");
 }
 

@@ -35,7 +35,7 @@ struct RepertoireTest : testing::Test {
     /// Of a part as a request holds it: in ms, or "endless".
     std::string lengthOf(const std::string& part) const {
         PlayRequest request;
-        decodePlay("\"id\",0,500," + simserver::quoted(part), request);
+        decodePlay("\"id\",0,500," + simserver::quotedText(part), request);
         repertoire.check(request.parts.at(0));
         const auto length = repertoire.lengthOf(request.parts[0]);
         return length ? std::to_string(length->count()) : "endless";

@@ -2,105 +2,17 @@
 
 #include <cmath>
 #include <gtest/gtest.h>
-#include <map>
-#include <regex>
-#include <sstream>
 #include <stdexcept>
-#include <utility>
 
+#include "tests/simserver/Replay.h"
 #include "tests/simserver/SmallStation.h"
 
 namespace {
 
 using namespace simserver;
-using palink::RecordKind;
 
-/// Writes down what it is told: what is of one kind together, behind its name; of records the key
-/// and the fields that can change.
-class Client : public palink::ServerEventSink {
-public:
-    void deliver(palink::ServerEvent event) override {
-        std::visit([this](const auto& told) { write(told); }, event);
-    }
-
-    /// What was told since the last call.
-    std::string told() {
-        kind_.clear();
-        return std::exchange(text_, {});
-    }
-
-private:
-    void write(const std::string& kind, const std::string& text) {
-        text_ += (kind == kind_ ? ", " : (text_.empty() ? "" : " / ") + kind + ": ") + text;
-        kind_ = kind;
-    }
-    void write(const palink::Connected& told) {
-        write("connected", std::to_string(told.localDstNo) + std::to_string(told.activeDstNo) +
-                               (told.indirect ? "1 " : "0 ") + told.serverInfo.get_value("name"));
-    }
-    void write(const palink::Disconnected& told) { write("disconnected", told.reason); }
-    void write(const palink::InitialSetComplete& /*told*/) { write("complete", "."); }
-    void write(const palink::Withdrawal& told) {
-        EXPECT_EQ(told.dstNo, 3);
-        write(std::to_string(told.kind), std::to_string(told.key) + " gone");
-    }
-    void write(const palink::Refusal& told) {
-        const std::string number = std::to_string(told.operationNumber);
-        write("refused", std::to_string(told.operationClass) + "/" + number + " [" +
-                             told.requestId + "] " + told.reason);
-    }
-    void write(const palink::Record& told) {
-        static std::map<RecordKind, std::vector<std::size_t>> places = {
-            {RecordKind::Sink, {7, 9}},
-            {RecordKind::Zone, {3, 5}},
-            {RecordKind::Announcement, {0, 5, 18, 19}}};
-        EXPECT_EQ(told.dstNo, 3);
-        std::string text = std::to_string(told.key);
-        for (const std::size_t i : places[told.kind]) {
-            text += i < told.fields.size() ? " " + told.fields[i].value_or("-") : "";
-        }
-        write(std::to_string(static_cast<int>(told.kind)), text);
-    }
-
-    std::string kind_;
-    std::string text_;
-};
-
-struct SimServerTest : testing::Test {
-    /// Takes the steps of a transcript, its lines that begin with ">": "connect", "disconnect", a
-    /// time to let pass as +MILLISECONDS, or an operation as CLASS/NUMBER PAYLOAD. Expects to be
-    /// told what stands below each step, where an indented line goes on with the one above.
-    void replay(const std::string& transcript) {
-        const std::string expected = std::regex_replace(transcript, std::regex("\n +"), " ");
-        std::istringstream lines(expected);
-        std::string happened;
-        for (std::string line; std::getline(lines, line);) {
-            if (line.rfind("> ", 0) == 0) {
-                take(line.substr(2));
-                happened += "\n" + line + "\n" + client.told();
-            }
-        }
-        EXPECT_EQ(happened + "\n", expected);
-    }
-
-    void take(const std::string& step) {
-        std::istringstream words(step);
-        Operation operation{-2, 0, 0, 1, ""};
-        char slash = 0;
-        if (step == "connect") {
-            server.connectClient(client);
-        } else if (step == "disconnect") {
-            server.disconnectClient();
-        } else if (step.front() == '+') {
-            server.advance(std::chrono::milliseconds(std::stoll(step)));
-        } else if (words >> operation.operationClass >> slash >> operation.operationNumber) {
-            std::getline(words >> std::ws, operation.payload);
-            server.handleOperation(operation);
-        }
-    }
-
-    Client client;
-    SimServer server{smallStation(), {1.0, true, {}}};
+struct SimServerTest : ServerTest {
+    SimServerTest() : ServerTest(smallStation()) {}
 };
 
 TEST_F(SimServerTest, ReportsARequestFromArrivalToEnd) {
@@ -108,7 +20,7 @@ TEST_F(SimServerTest, ReportsARequestFromArrivalToEnd) {
     // the hall as a whole stays quiet while only its east is played to.
     replay(R"~(
 > connect
-connected: 330 Small / 2: 9 / 6: 9 / 3: 5 1 0, 6 1 0
+connected: 330 Small / 2: 9 1  0 / 6: 9 - / 3: 5 1 0, 6 1 0
     / 20: 1 Idle None, 2 Idle None, 3 Idle None, 4 Idle None, 5 Idle None / 101: 7, 8 / complete: .
 > 92/17 "a",0,500,"2,ip,\"Hall\",12!2,,1^0^0","3,ip,Yard,\"Hi\",,0^0^0"
 11: 1 "a" Queued, 2 "a" Queued, 1 "a" Playing, 2 "a" Playing / 3: 5 2 1, 6 2 1
@@ -127,7 +39,7 @@ connected: 330 Small / 2: 9 / 6: 9 / 3: 5 1 0, 6 1 0
 > +500
 
 > connect
-connected: 330 Small / 2: 9 / 6: 9 / 3: 5 2 1, 6 2 1
+connected: 330 Small / 2: 9 1  0 / 6: 9 - / 3: 5 2 1, 6 2 1
     / 20: 1 Idle None, 2 Active Dictionary, 3 Idle None, 4 Idle None, 5 Active Dictionary
     / 101: 7, 8 / 11: 2 "a" Playing, 3 "b" Playing / complete: .
 > +500
@@ -167,8 +79,8 @@ refused: 92/18 [server-2] no announcement "server-2" is active
 refused: 92/17 [r] unknown chime 12
 > 92/17 "r",0,500,"2,ip"
 refused: 92/17 [r] part 1: 2 fields; expected type,origin,zones,content,gain,chimes
-> 92/3 9,"Yard"
-refused: 92/3 [] this operation is not simulated
+> 92/21 9,"Yard"
+refused: 92/21 [] this operation is not simulated
 > 78/17 "r",0,500,"2,ip,\"Yard\",12!1,,0^0^0"
 refused: 78/17 [] this operation is not simulated
 )~");

@@ -1,0 +1,109 @@
+#include <algorithm>
+#include <memory>
+
+#include "console/WholeFile.h"
+#include "console/cleanText.h"
+#include "console/commands.h"
+#include "console/fileUri.h"
+#include "console/operate.h"
+#include "console/options.h"
+#include "console/playMessage.h"
+#include "console/resources.h"
+#include "console/wavFile.h"
+#include "framework/uuid.h"
+
+namespace console {
+
+namespace {
+
+constexpr int retrievalClass = 108;
+constexpr int retrievalOperation = 3;
+constexpr double answerSeconds = 105;  // longer than the controller, which gives up after 90 s
+
+struct Arguments {
+    std::string text;
+    std::string language;
+    std::string voice;
+    std::string out;
+};
+
+/// Whether the audio is that of a text and a voice. Of several requests for the same, the
+/// controller tells the end of one.
+bool isAudioOf(const Retrieval& retrieval, const std::string& text, const TTSVocalizer& voice) {
+    const auto items = ttsItems.all();
+    return retrieval.success && std::any_of(items.begin(), items.end(), [&](const auto& item) {
+               return item.uri == retrieval.uri && item.portNo == voice.portNo && item.text == text;
+           });
+}
+
+/// Has the server speak the text.
+/// @return where the audio is
+std::string retrieve(const Context& context, const Arguments& a) {
+    const TTSVocalizer voice = voiceFor(a.language, a.voice);
+    std::string id;
+    generateUUID(id);
+    Message message;
+    message.setRequestID(id);
+    message.setAudioMessage(a.text, voice.language, voice.voice, Message::UTF_8);
+    Retrieval answer{};
+    const auto take = [&](const std::optional<Change>& change) {
+        const auto* const retrieval = change ? std::get_if<Retrieval>(&change->what) : nullptr;
+        const bool isOurs = retrieval != nullptr &&
+                            (retrieval->requestId == id || isAudioOf(*retrieval, a.text, voice));
+        if (isOurs) {
+            answer = *retrieval;
+        }
+        return isOurs;
+    };
+    operate(
+        context, {"there will be audio", {retrievalOperation}, retrievalClass, answerSeconds},
+        [&] { message.retrieveAudioMessage(); }, take);
+    if (answer.error == PAControllerObserver::MRE_TIMED_OUT) {
+        throw Failure(ExitCode::TimedOut,
+                      "the server has not answered; the controller has given the preview up");
+    }
+    if (!answer.success) {
+        throw Failure(ExitCode::Refused, "the server cannot speak the text with this voice");
+    }
+    return answer.uri;
+}
+
+/// What the server's file holds; one that is no audio is the server's fault.
+WavFormat formatOf(const std::filesystem::path& audio) {
+    try {
+        return checkWav(audio.string());
+    } catch (const Failure& failure) {
+        throw Failure(ExitCode::Refused, std::string("the server's audio ") + failure.what());
+    }
+}
+
+void preview(const Context& context, const Arguments& a) {
+    if (!isUtf8(a.text)) {
+        throw Failure(ExitCode::Usage, "the text '" + a.text + "' is not UTF-8");
+    }
+    WholeFile out(a.out);
+    context.session();
+    const std::filesystem::path audio = pathOfFileUri(retrieve(context, a));
+    const WavFormat format = formatOf(audio);
+    out.fillFrom(audio);
+    out.complete();
+    printOutcome(context, a.out + ": " + formatText(format),
+                 {{"file", a.out},
+                  {"rate", format.rate},
+                  {"channels", format.channels},
+                  {"bits", format.bits},
+                  {"seconds", format.seconds}});
+}
+
+}  // namespace
+
+Handler definePreview(CLI::App& parser) {
+    const auto a = std::make_shared<Arguments>();
+    addText(parser, "TEXT", a->text, "What is to be spoken")->required();
+    addText(parser, "--language", a->language, "Language of the text")->required();
+    addText(parser, "--voice", a->voice, "Voice of the text")->required();
+    addText(parser, "--out", a->out, "The file to write", "FILE")->required();
+    return [a](const Context& context) { preview(context, *a); };
+}
+
+}  // namespace console

@@ -1,0 +1,34 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+/// @file
+/// Texts that clients want to hear before they are played. Plain values.
+
+namespace simserver {
+
+struct RetrievalRequest {
+    std::string id;
+    std::string language;
+    std::string voice;
+    std::string rate;  ///< as the client writes it
+    std::string text;
+};
+
+/// A text as a voice of the station speaks it, or why it does not.
+struct Preview {
+    static constexpr int failed = -1;
+
+    int item = 0;      ///< key of its record
+    int port = 0;      ///< of the voice, or `failed`
+    std::string uuid;  ///< of the audio; of a failed one the request's id
+    std::string text;
+    std::string fullName;     ///< of the audio on the server
+    std::uintmax_t size = 0;  ///< in bytes
+    std::string checksum;     ///< SHA-256
+    std::string uri;
+    std::string whyFailed;  ///< for people
+};
+
+}  // namespace simserver

@@ -1,0 +1,14 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace simserver {
+
+/// What of a text is handed to the speech engine, so that all of it is spoken and nothing obeyed.
+/// To the engine, some control characters begin commands, NUL ends the text, and "[[" begins
+/// phonemes, even with invisible characters in it: control characters, and bytes that are no UTF-8,
+/// become blanks, and a blank follows each "[".
+std::string speakable(std::string_view text);
+
+}  // namespace simserver

@@ -1,0 +1,80 @@
+#include "console/HistoryFile.h"
+
+#include <fstream>
+#include <sstream>
+#include <sys/stat.h>
+
+#include "tests/console/consoleRun.h"
+#include "tests/console/testFiles.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+using console::HistoryFile;
+using Lines = std::vector<std::string>;
+
+TEST(HistoryFile, liesWhereTheUserKeepsState) {
+    using console::historyPath;
+    EXPECT_EQ(historyPath("/state", "/home/ann"), "/state/paconsole/history");
+    EXPECT_EQ(historyPath(nullptr, "/home/ann"), "/home/ann/.local/state/paconsole/history");
+    EXPECT_EQ(historyPath("relative", "/home/ann"), "/home/ann/.local/state/paconsole/history");
+    EXPECT_EQ(historyPath("", ""), "");
+    EXPECT_EQ(historyPath(nullptr, nullptr), "");
+}
+
+TEST(HistoryFile, keepsTheNewestLinesForTheUserAlone) {
+    const TestFolder folder;
+    const fs::path path = folder.path() / "new/folder/history";
+    std::ostringstream told;
+    console::Output diagnostics(told);
+    HistoryFile history(path, diagnostics);
+    EXPECT_EQ(history.load(), Lines());
+    for (const char* const line :
+         {"first", "", "two\nlines", "\x1b[2J", "\xE9", "caf\xC3\xA9 'x"}) {
+        history.add(line);
+    }
+    HistoryFile(path, diagnostics).add("of another shell");
+    EXPECT_EQ(history.load(), (Lines{"first", "caf\xC3\xA9 'x", "of another shell"}));
+    const auto modeOf = [](const fs::path& of) {
+        struct stat status = {};
+        stat(of.c_str(), &status);
+        return status.st_mode & 0777U;
+    };
+    EXPECT_EQ(modeOf(path), 0600U);
+    EXPECT_EQ(modeOf(path.parent_path()), 0700U);
+    EXPECT_EQ(modeOf(path.parent_path().parent_path()), 0700U);
+
+    std::ofstream(path, std::ios::app) << "\x1b[31mred\n";
+    for (std::size_t i = 0; i < 2 * HistoryFile::mostLines; ++i) {
+        history.add(std::to_string(i));
+    }
+    for (int time = 0; time < 2; ++time) {  // before and after the file is cut
+        const Lines newest = history.load();
+        ASSERT_EQ(newest.size(), HistoryFile::mostLines);
+        EXPECT_EQ(newest.front(), "1000");
+        EXPECT_EQ(newest.back(), "1999");
+    }
+    EXPECT_EQ(fs::file_size(path), 5 * HistoryFile::mostLines);
+    EXPECT_EQ(modeOf(path), 0600U);
+    EXPECT_EQ(told.str(), "");
+}
+
+TEST(HistoryFile, tellsOnceThatItCannotBeKept) {
+    const TestFolder folder;
+    const fs::path fifo = folder.path() / "fifo";
+    ASSERT_EQ(mkfifo(fifo.c_str(), 0600), 0);
+    for (const fs::path& path :
+         {fs::path(folder.write("file", "")) / "history", folder.path(), fifo}) {
+        SCOPED_TRACE(path);
+        std::ostringstream told;
+        console::Output diagnostics(told);
+        HistoryFile history(path, diagnostics);
+        EXPECT_EQ(history.load(), Lines());
+        history.add("one");
+        history.add("two");
+        EXPECT_EQ(linesOf(told.str()).size(), 1U) << told.str();
+        EXPECT_TRUE(contains(told.str(), path.string())) << told.str();
+    }
+}
+
+}  // namespace

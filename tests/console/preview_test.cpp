@@ -1,0 +1,255 @@
+#include <csignal>
+#include <fcntl.h>
+#include <future>
+#include <limits>
+#include <nlohmann/json.hpp>
+#include <sys/resource.h>
+#include <unistd.h>
+
+#include "console/BlockingCall.h"
+#include "console/ExitCode.h"
+#include "console/WholeFile.h"
+#include "console/fileUri.h"
+#include "console/sourceLevel.h"
+#include "console/wavFile.h"
+#include "tests/console/consoleRun.h"
+#include "tests/console/testFiles.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+std::string contentOf(const fs::path& path) {
+    std::ifstream file(path);
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
+std::size_t filesIn(const fs::path& folder) {
+    return static_cast<std::size_t>(
+        std::distance(fs::directory_iterator(folder), fs::directory_iterator()));
+}
+
+/// Runs what must fail.
+/// @return the message
+template <class Action>
+std::string failureOf(Action action) {
+    try {
+        action();
+    } catch (const console::Failure& failure) {
+        return failure.what();
+    }
+    return "no failure";
+}
+
+/// While it lives no file grows beyond a few bytes.
+class FullDisk {
+public:
+    FullDisk() {
+        std::signal(SIGXFSZ, SIG_IGN);
+        getrlimit(RLIMIT_FSIZE, &before_);
+        const rlimit few = {10, before_.rlim_max};
+        setrlimit(RLIMIT_FSIZE, &few);
+    }
+    FullDisk(const FullDisk&) = delete;
+    FullDisk& operator=(const FullDisk&) = delete;
+    ~FullDisk() { setrlimit(RLIMIT_FSIZE, &before_); }
+
+private:
+    rlimit before_ = {};
+};
+
+TEST(WholeFile, appearsWholeOrNotAtAll) {
+    const TestFolder folder;
+    const fs::path original = folder.write("original", "the new content");
+    const fs::path place = folder.write("place", "the old");
+    fs::permissions(original, fs::perms::owner_read);
+    {
+        console::WholeFile file(place);
+        file.fillFrom(original);
+        EXPECT_EQ(contentOf(place), "the old");
+    }
+    EXPECT_EQ(failureOf([&] {
+                  const FullDisk full;
+                  console::WholeFile(place).fillFrom(original);
+              }),
+              place.string() + " cannot be written: File too large");
+    EXPECT_TRUE(contains(failureOf([&] { console::WholeFile(place).fillFrom("/nonexistent"); }),
+                         "/nonexistent cannot be read: "));
+    EXPECT_EQ(contentOf(place), "the old");
+    EXPECT_EQ(filesIn(folder.path()), 2U);  // no draft is left
+
+    const fs::path link = folder.path() / "link";
+    fs::create_symlink(place, link);
+    console::WholeFile file(link);
+    file.fillFrom(original);
+    file.complete();
+    EXPECT_TRUE(fs::is_symlink(link));
+    EXPECT_EQ(contentOf(place), "the new content");
+    EXPECT_NE(fs::status(place).permissions() & fs::perms::owner_write, fs::perms::none);
+}
+
+TEST(WholeFile, isBegunWhereItCanBeCompleted) {
+    const TestFolder folder;
+    const std::pair<fs::path, std::string> cases[] = {
+        {folder.path() / "missing/file", "cannot be written: No such file or directory"},
+        {folder.path() / std::string(300, 'x'), "cannot be written: File name too long"},
+        {folder.path(), "is not the name of a file"},
+        {folder.path() / "", "is not the name of a file"},
+        {"", "is not the name of a file"},
+        {"/dev/full", "is not the name of a file"},
+    };
+    for (const auto& [path, message] : cases) {
+        EXPECT_TRUE(contains(failureOf([&p = path] { console::WholeFile file(p); }), message))
+            << path;
+    }
+    EXPECT_EQ(filesIn(folder.path()), 0U);
+}
+
+TEST(FileUri, namesAFileOfThisMachine) {
+    const std::pair<std::string, std::string> cases[] = {
+        {"file:///tmp/a%20b%25%C3%BC.wav", "/tmp/a b%\xc3\xbc.wav"},
+        {"FILE:/tmp/x", "/tmp/x"},
+        {"file://localhost/tmp/x", "/tmp/x"},
+        {"file:///", "/"},
+    };
+    for (const auto& [uri, path] : cases) {
+        EXPECT_EQ(console::pathOfFileUri(uri).string(), path) << uri;
+    }
+    for (const std::string bad :
+         {"", "/tmp/x", "http://host/x", "file:x", "file://host/x", "file:////host/x",
+          "file:///a%2", "file:///a%", "file:///a%zz", "file:///a%00b", "file:///a%+1"}) {
+        EXPECT_TRUE(contains(failureOf([&] { console::pathOfFileUri(bad); }), "no file here"))
+            << bad;
+    }
+}
+
+TEST(WavFormat, isSaidInWords) {
+    EXPECT_EQ(console::formatText({48000, 1, 16, 1.516}), "WAV, 48000 Hz, mono, 16 bit, 1.52 s");
+    EXPECT_EQ(console::formatText({44100, 2, 0, 60}), "WAV, 44100 Hz, stereo, 60.00 s");
+    EXPECT_EQ(console::formatText({8000, 6, 24, 0}), "WAV, 8000 Hz, 6 channels, 24 bit, 0.00 s");
+}
+
+TEST(LevelBar, growsFromMinus60To0) {
+    const std::pair<double, std::size_t> cases[] = {{-96, 0},
+                                                    {-60, 0},
+                                                    {-45, 10},
+                                                    {-15, 30},
+                                                    {0, 40},
+                                                    {12, 40},
+                                                    {std::numeric_limits<double>::quiet_NaN(), 0}};
+    for (const auto& [level, length] : cases) {
+        EXPECT_EQ(console::levelBar(level, 40), std::string(length, '#')) << level;
+    }
+}
+
+TEST(BlockingCall, goesOnWithoutWhoHasBegunIt) {
+    std::promise<void> release;
+    std::promise<void> over;
+    {
+        const console::BlockingCall call([&] {
+            release.get_future().wait();
+            over.set_value();
+            return true;
+        });
+        EXPECT_FALSE(call.result());
+    }
+    release.set_value();
+    over.get_future().wait();
+}
+
+std::vector<std::string> preview(const std::string& text, const fs::path& out) {
+    return {"preview", text, "--language", "en", "--voice", "amelia", "--out", out.string()};
+}
+
+TEST(Preview, savesWhatTheServerSpeaks) {
+    const TestFolder folder;
+    const fs::path out = folder.path() / "gap.wav";
+    const Ran ran = runConsole(preview("Mind the gap", out));
+    EXPECT_EQ(ran.code, 0) << ran.err;
+    EXPECT_TRUE(contains(ran.out, out.string() + ": WAV, 48000 Hz, mono, 16 bit, ")) << ran.out;
+    EXPECT_EQ(console::checkWav(out.string()).rate, 48000);
+
+    auto words = preview("Mind the \x1b[31m step, \"now\"", out);
+    words.insert(words.end(), {"--format", "json"});
+    const auto json = nlohmann::json::parse(runConsole(words).out);
+    EXPECT_EQ(json["file"], out.string());
+    EXPECT_EQ(json["channels"], 1);
+    EXPECT_DOUBLE_EQ(json["seconds"], console::checkWav(out.string()).seconds);
+    EXPECT_EQ(filesIn(folder.path()), 1U);
+}
+
+/// Whoever reads the standard input finds a text there, for as long as the object lives.
+class StandardInput {
+public:
+    explicit StandardInput(const std::string& path) : before_(dup(STDIN_FILENO)) {
+        const int file = open(path.c_str(), O_RDONLY);
+        dup2(file, STDIN_FILENO);
+        close(file);
+    }
+    StandardInput(const StandardInput&) = delete;
+    StandardInput& operator=(const StandardInput&) = delete;
+    ~StandardInput() {
+        dup2(before_, STDIN_FILENO);
+        close(before_);
+    }
+
+private:
+    int before_;
+};
+
+TEST(Preview, hasAnAnswerThatIsToldToAnEarlierRequestForTheSame) {
+    const TestFolder folder;
+    std::string lines;
+    for (const std::string text : {"one", "two", "three", "four", "five", "six"}) {
+        const std::string command = "preview " + text + " --language en --voice Amelia --out " +
+                                    (folder.path() / text).string() + " --timeout ";
+        lines += command + "0\n" + command + "10\n";
+    }
+    const StandardInput input(folder.write("lines", lines));
+    const Ran ran = runConsole({"shell"});
+    EXPECT_EQ(linesOf(ran.out).size(), 6U) << ran.err;
+    EXPECT_EQ(filesIn(folder.path()), 7U);
+}
+
+TEST(Preview, leavesNothingBehindWhenItFails) {
+    struct Case {
+        std::vector<std::string> words;
+        int code;
+        std::string message;
+    };
+    const TestFolder folder;
+    const fs::path out = folder.write("gap.wav", "before");
+    std::string endless;
+    for (int i = 0; i < 300; ++i) {
+        endless += "mind the gap ";
+    }
+    auto unknownVoice = preview("x", out);
+    unknownVoice[5] = "Amelai";
+    auto telephoneVoice = preview("x", out);
+    telephoneVoice[5] = "Harold";  // at a rate that is not offered
+    const Case cases[] = {
+        {preview("", out), 1, "text argument is empty"},
+        {preview("\xff", out), 1, "not UTF-8"},
+        {preview("   ", out), 4, "the server"},
+        {preview("x", folder.path() / "missing" / "x"), 1, "cannot be written"},
+        {unknownVoice, 3, "did you mean 'Amelia'"},
+        {telephoneVoice, 3, "there is no voice 'Harold'"},
+        {preview(endless, out), 5, "whether there will be audio is unknown"},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.words[1].substr(0, 20));
+        std::string line = "--timeout 0.5";
+        for (const std::string& word : c.words) {
+            line += " '" + word + "'";
+        }
+        const Ran ran = runConsole({"--script", folder.write("script", line)});
+        EXPECT_EQ(ran.code, c.code);
+        EXPECT_TRUE(contains(ran.err, c.message)) << ran.err;
+        EXPECT_EQ(linesOf(ran.err).size(), 1U) << ran.err;
+        EXPECT_EQ(ran.out, "");
+        EXPECT_EQ(contentOf(out), "before");
+        EXPECT_EQ(filesIn(folder.path()), 2U);
+    }
+}
+
+}  // namespace
