@@ -98,6 +98,7 @@ TEST(ScheduleDays, areNamesAndRanges) {
                           {"mon-fri,sun", 0b1011111, "mon-fri,sun"},
                           {"SAT-Mon", 0b1100001, "mon,sat,sun"},
                           {"tue,wed", 0b0000110, "tue,wed"},
+                          {"fri-tue", 0b1110011, "mon,tue,fri-sun"},
                           {"daily", 127, "daily"},
                           {"mon-sun", 127, "daily"}};
     for (const Case& c : cases) {
@@ -224,7 +225,9 @@ TEST(ScheduleCommand, keepsChangesAndForgets) {
          "--template Main --set A=1 --set B=2 --until 2026-12-02",
          "schedule modify 1 --items 21 --repeat 3 --until 22:00 --absolute",
          "schedule modify 7 --text 'x' --set B=3 --set C== --validity 9",
-         "schedule modify 2 --gain 0", "schedule modify 2 --voice Amelia"});
+         "schedule modify 2 --gain 0", "schedule modify 2 --voice Amelia",
+         "schedule add --zones Subway --text Guten --language de", "schedule modify 3 --text Tag",
+         "schedule modify 7 --validity 11"});
     EXPECT_EQ(first.code, 0) << first.err;
     EXPECT_EQ(linesOf(first.out), (Words{"schedule 1 is in; next run 2026-12-01T06:00",
                                          "schedule 2 is in; next run 2026-12-02T00:00",
@@ -232,14 +235,17 @@ TEST(ScheduleCommand, keepsChangesAndForgets) {
                                          "schedule 1 is changed; next run 2026-12-01T06:00",
                                          "schedule 7 is changed; next run 2026-12-02T00:00",
                                          "schedule 2, as before; next run 2026-12-02T00:00",
-                                         "schedule 2 is changed; next run 2026-12-02T00:00"}));
+                                         "schedule 2 is changed; next run 2026-12-02T00:00",
+                                         "schedule 3 is in; next run 2026-12-02T00:00",
+                                         "schedule 3 is changed; next run 2026-12-02T00:00",
+                                         "schedule 7 is changed; next run 2026-12-02T00:00"}));
 
-    const Ran second = runLines(folder, {"schedule list --format json", "schedule remove 7 1 7",
+    const Ran second = runLines(folder, {"schedule list --format json", "schedule remove 7 1 7 3",
                                          "list schedules", "status"});
     EXPECT_EQ(second.code, 0) << second.err;
     const std::size_t end = second.out.find("\n]\n") + 3;
     const auto kept = nlohmann::json::parse(second.out.substr(0, end));
-    ASSERT_EQ(kept.size(), 3U);
+    ASSERT_EQ(kept.size(), 4U);
     const auto expect = [&kept](std::size_t at, const nlohmann::json& members) {
         for (const auto& member : members.items()) {
             EXPECT_EQ(kept[at][member.key()], member.value()) << at << ' ' << member.key();
@@ -257,15 +263,17 @@ TEST(ScheduleCommand, keepsChangesAndForgets) {
     expect(1, {{"Id", 2}, {"paZones", {"Concourse", "Subway"}}, {"announcementType", 4}});
     EXPECT_EQ(kept[1]["ttsList"][0]["voice"], "Amelia");
     EXPECT_EQ(kept[1]["ttsList"][0]["text"], "Welcome");
-    expect(2, {{"announcementType", 4},
+    EXPECT_EQ(kept[2]["ttsList"][0]["language"], "de");
+    EXPECT_EQ(kept[2]["ttsList"][0]["text"], "Tag");
+    expect(3, {{"announcementType", 4},
                {"storedDataFilePath", ""},
                {"displayTemplateName", "Main"},
                {"displayTemplateKeyValueList", {{"A", "1"}, {"B", "3"}, {"C", "="}}},
-               {"displayTemplateValidityPeriodSeconds", 9}});
+               {"displayTemplateValidityPeriodSeconds", 11}});
     const Words rest = linesOf(second.out.substr(end));
     EXPECT_EQ(rest.at(0), "schedule 7 is removed");
     EXPECT_EQ(rest.at(1), "schedule 1 is removed");
-    EXPECT_EQ(rest.at(3).substr(0, 3), "2  ");
+    EXPECT_EQ(rest.at(4).substr(0, 3), "2  ");
     EXPECT_TRUE(contains(second.out, "schedules           1\n"));
 }
 

@@ -17,7 +17,7 @@ TEST(Script, stopsAtTheFirstLineThatFails) {
         {"list announcements\r\nget zone Concourse --format json", 0, "", 2},
         {"list announcements\nget zone Nowhere\nlist zones\n", 3, "line 2: there is no zone", 1},
         {"get zone 'open\n", 1, "line 1: the quote ' is not closed", 0},
-        {"monitor --seconds 0.01\n", 0, "", 0},  // a line has no script of its own
+        {"monitor --seconds 0\n", 0, "", 0},  // a line has no script of its own
         {"--timeout 3\n", 1, "line 1: no command", 0},
         {"status --speed 3\n", 1, "line 1: ", 0},
         {"\n\nstatus --script x\n", 1, "line 3: ", 0},
