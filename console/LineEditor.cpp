@@ -134,6 +134,7 @@ bool LineEditor::next(std::string& line) {
         const char* text = nullptr;
         {
             const Holding holding(diagnostics_);
+            el_set(edit_.get(), EL_PREP_TERM, 1);  // before the prompt invites keys
             text = el_gets(edit_.get(), &count);
         }
         if (interrupt::isEnding()) {

@@ -29,9 +29,9 @@ struct Ran {
     std::string err;
 };
 
-inline Ran runConsole(std::vector<std::string> words) {
-    const std::vector<std::string> fast = {"--speed", "500"};
-    words.insert(words.begin(), fast.begin(), fast.end());
+/// @param speed of the simulated server; at a high one the timetables of its triggers are soon due
+inline Ran runConsole(std::vector<std::string> words, const std::string& speed = "500") {
+    words.insert(words.begin(), {"--speed", speed});
     skipPauses();
     std::ostringstream out;
     std::ostringstream err;

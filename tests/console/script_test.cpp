@@ -27,7 +27,7 @@ TEST(Script, stopsAtTheFirstLineThatFails) {
     const TestFolder folder;
     for (const Case& c : cases) {
         SCOPED_TRACE(c.content);
-        const Ran ran = runConsole({"--script", folder.write("script", c.content)});
+        const Ran ran = runConsole({"--script", folder.write("script", c.content)}, "1");
         EXPECT_EQ(ran.code, c.code);
         EXPECT_TRUE(contains(ran.err, c.message)) << ran.err;
         EXPECT_EQ(linesOf(ran.err).size(), c.code == 0 ? 0U : 1U) << ran.err;
