@@ -100,6 +100,11 @@ Changes::~Changes() {
     hub().unsubscribe(*this);
 }
 
+std::size_t Changes::waiting() {
+    const std::lock_guard guard(lock_);
+    return waiting_.size();
+}
+
 std::optional<Change> Changes::next(std::chrono::milliseconds limit) {
     std::unique_lock guard(lock_);
     if (!added_.wait_for(guard, limit, [this] { return !waiting_.empty(); })) {

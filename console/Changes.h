@@ -36,6 +36,9 @@ public:
     /// Takes the oldest change; waits at most `limit` for one.
     std::optional<Change> next(std::chrono::milliseconds limit);
 
+    /// How many wait now.
+    std::size_t waiting();
+
     void add(const Change& change);  ///< from any thread
 
 private:

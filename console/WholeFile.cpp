@@ -3,6 +3,7 @@
 #include <array>
 #include <cerrno>
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <system_error>
 #include <unistd.h>
 
@@ -58,14 +59,20 @@ fs::path resolved(const fs::path& place) {
     return unresolved ? place : target;
 }
 
-/// An empty file with a new name in the folder of `place`.
+/// An empty file with a new name in the folder of `place`, as open to others as the one that it
+/// replaces.
 fs::path beginBeside(const fs::path& place) {
     constexpr mode_t asTheUserWants = 0666;  // but for the bits of the umask
     std::string id;
     generateUUID(id);
-    fs::path name = place.string() + '.' + id;
+    fs::path name = place.parent_path() / ('.' + id);
     const Descriptor made(open(name.c_str(), O_WRONLY | O_CREAT | O_EXCL, asTheUserWants));
     require(errorIf(made.number < 0), place, cannotWrite);
+    struct stat replaced {};
+    if (stat(place.c_str(), &replaced) == 0) {
+        constexpr mode_t permissions = 07777;
+        fchmod(made.number, replaced.st_mode & permissions);
+    }
     return name;
 }
 
@@ -74,6 +81,9 @@ fs::path beginBeside(const fs::path& place) {
 WholeFile::WholeFile(const fs::path& place) : place_(resolved(place)) {
     std::error_code unknown;
     const fs::file_status status = fs::status(place_, unknown);
+    if (status.type() == fs::file_type::none) {
+        require(unknown, place_, cannotWrite);  // a name too long, a folder that is closed
+    }
     const bool isFree = !fs::exists(status) || fs::is_regular_file(status);
     if (!isFree || !place_.has_filename()) {
         throw Failure(ExitCode::Usage, "'" + place_.string() + "' is not the name of a file");

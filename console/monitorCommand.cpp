@@ -62,8 +62,11 @@ private:
         while (!isLastRound && !failed_) {
             isLastRound = finishing_;
             auto change = changes_.next(isLastRound ? tick * 0 : tick);
-            for (; change && !failed_; change = changes_.next(tick * 0)) {
+            std::size_t left = changes_.waiting();  // what comes meanwhile has to wait
+            while (change && !failed_) {
                 print(*change);
+                change = left > 0 ? changes_.next(tick * 0) : std::nullopt;
+                left -= left > 0 ? 1 : 0;
             }
             for (const Change& lockChange : locks_.changes()) {
                 print(lockChange);

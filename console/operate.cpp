@@ -16,6 +16,8 @@ void throwIfRefused(const Request& request, const std::optional<Change>& change)
     const auto& numbers = request.operationNumbers;
     const bool isOurs =
         refusal != nullptr && refusal->operationClass == request.operationClass &&
+        (request.requestId.empty() || refusal->requestId.empty() ||
+         refusal->requestId == request.requestId) &&
         std::find(numbers.begin(), numbers.end(), refusal->operationNumber) != numbers.end();
     if (isOurs) {
         throw Failure(ExitCode::Refused, "the server refuses: " + refusal->reason);

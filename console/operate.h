@@ -20,6 +20,7 @@ struct Request {
     int operationClass = 92;
     double seconds = 10;        ///< what the server may take when --timeout does not say
     double tickSeconds = 0.05;  ///< between two looks when nothing is told
+    std::string requestId{};    ///< a refusal of another request is none of this one
 };
 
 /// Whether the effect is there. Asked again and again: with every change, and in short ticks with

@@ -55,9 +55,10 @@ std::string retrieve(const Context& context, const Arguments& a) {
         }
         return isOurs;
     };
+    Request request{"there will be audio", {retrievalOperation}, retrievalClass, answerSeconds};
+    request.requestId = id;  // the refusal of one that was given up may still come
     operate(
-        context, {"there will be audio", {retrievalOperation}, retrievalClass, answerSeconds},
-        [&] { message.retrieveAudioMessage(); }, take);
+        context, request, [&] { message.retrieveAudioMessage(); }, take);
     if (answer.error == PAControllerObserver::MRE_TIMED_OUT) {
         throw Failure(ExitCode::TimedOut,
                       "the server has not answered; the controller has given the preview up");

@@ -143,6 +143,7 @@ private:
     std::vector<FailedEntry> failed_;
 };
 
+/// Prints what is in and what has failed, so far.
 void printResult(const Context& context, const Import& import, std::size_t total) {
     Json failed = Json::array();
     for (const FailedEntry& entry : import.failed()) {
@@ -152,9 +153,6 @@ void printResult(const Context& context, const Import& import, std::size_t total
     }
     printOutcome(context, countText(import.done(), total) + " are in",
                  {{"imported", import.done()}, {"failed", failed}});
-    if (!import.failed().empty()) {
-        throw Failure(ExitCode::Refused, countText(import.failed().size(), total) + " are not in");
-    }
 }
 
 }  // namespace
@@ -185,8 +183,17 @@ void importSchedules(const Context& context, const ScheduleImport& wanted) {
     const Json entries = entriesOf(wanted.file);
     context.session();
     Import import(context, wanted, entries);
-    import.run();
+    try {
+        import.run();
+    } catch (const Failure&) {
+        printResult(context, import, entries.size());
+        throw;
+    }
     printResult(context, import, entries.size());
+    if (!import.failed().empty()) {
+        throw Failure(ExitCode::Refused,
+                      countText(import.failed().size(), entries.size()) + " are not in");
+    }
 }
 
 }  // namespace console

@@ -43,8 +43,12 @@ void UserRecorder::start(const std::string& path, SimTime now) {
         throw Refused("\"" + recording_->path + "\" is being recorded");
     }
     const fs::path place = placeOf(path);
-    std::error_code ignored;
-    if (fs::exists(place, ignored) && !fs::is_regular_file(place, ignored)) {
+    std::error_code fault;
+    const fs::file_type type = fs::status(place, fault).type();
+    if (type == fs::file_type::none) {
+        throw Refused("\"" + path + "\" cannot be a file: " + fault.message());
+    }
+    if (type != fs::file_type::not_found && type != fs::file_type::regular) {
         throw Refused("\"" + path + "\" is not a file");
     }
     if (heard_.empty()) {
