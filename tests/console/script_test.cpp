@@ -44,7 +44,8 @@ TEST(Script, cancelsWhatItHasPlayed) {
         {"--script",
          folder.write("script", play + "first-1\n" + "cancel FIRST-1\n" + play + "second\n" +
                                     "play --zones Concourse --display T --request-id third-3\n" +
-                                    "cancel --type dictionary\n" + "list announcements\n")});
+                                    "cancel --type dictionary\n" + "list announcements\n")},
+        "1");
     EXPECT_EQ(ran.code, 0) << ran.err;
     const auto lines = linesOf(ran.out);
     ASSERT_EQ(lines.size(), 9U) << ran.out;
