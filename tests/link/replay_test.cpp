@@ -188,10 +188,14 @@ void useController(int round) {
     schedule.paZones = {"Z"};
     c.createSchedule(schedule);
     c.deleteSchedule(id);
-    schedule.Id = 0;
-    EXPECT_THROW(c.createScheduleSync(schedule), std::invalid_argument) << "no time to wait";
+    if (round % 16 == 0) {
+        schedule.Id = 0;
+        EXPECT_THROW(c.createScheduleSync(schedule), std::invalid_argument) << "no time to wait";
+    }
     c.cancelMessage(Message::TTS);
-    cachesOf(c);
+    if (round % 4 == 0) {
+        cachesOf(c);
+    }
 }
 
 struct Nosy : PAControllerObserverAdapter {
