@@ -9,12 +9,8 @@
 #include <variant>
 #include <vector>
 
-#include "link/EmbeddedTransport.h"
-#include "link/ServerLink.h"
-#include "sdk/PAController.h"
-#include "sdk/globals.h"
 #include "simserver/RequestDecoder.h"
-#include "simserver/SimServer.h"
+#include "tests/endToEnd/Road.h"
 #include "tests/endToEnd/hostileTexts.h"
 #include "tests/support/noPauses.h"
 
@@ -66,12 +62,7 @@ private:
 };
 
 Watch& watch() {
-    static Watch& theWatch = *[] {
-        auto* const registered = new Watch;  // an observer stays for ever
-        gPaController.registerObserver(registered);
-        return registered;
-    }();
-    return theWatch;
+    return registered<Watch>();
 }
 
 simserver::Station station() {
@@ -90,24 +81,11 @@ simserver::Station station() {
     return station;
 }
 
-struct EndToEndTest : testing::Test {
-    EndToEndTest() {
+struct AnnouncementTest : Road {
+    AnnouncementTest() : Road(station()) {
         skipPauses();
         watch().clear();
-        link.start();
-        EXPECT_TRUE(link.waitUntilReady(10s));
-    }
-    ~EndToEndTest() override {
-        link.stop();
-        setTimeSource({});
-        gAudioServerInstance = nullptr;
-    }
-
-    /// Lets simulated time pass and everything that it brings reach the observers.
-    void advance(std::chrono::milliseconds time) {
-        server.advance(time);
-        transport.waitUntilDelivered();
-        link.waitUntilHandled();
+        connect();
     }
 
     static void play(const std::string& id, int level, const Texts& zones) {
@@ -127,14 +105,9 @@ struct EndToEndTest : testing::Test {
         ADD_FAILURE() << "no zone " << id;
         return {};
     }
-
-    simserver::SimServer server{station(), {1.0, true, {}}};  // time passes by hand
-    palink::EmbeddedTransport transport{server};
-    AudioServer audioServer{gPaController};
-    palink::ServerLink link{audioServer, transport};
 };
 
-TEST_F(EndToEndTest, AHigherPriorityTakesTheZoneAndEachStateIsTold) {
+TEST_F(AnnouncementTest, AHigherPriorityTakesTheZoneAndEachStateIsTold) {
     play("low-priority", 500, {"Hall"});
     watch().waitFor("low-priority: Playing");
     advance(1s);
@@ -155,7 +128,7 @@ TEST_F(EndToEndTest, AHigherPriorityTakesTheZoneAndEachStateIsTold) {
     EXPECT_EQ(gPaController.getPaSinks().at(0).state, PaSink::IDLE);
 }
 
-TEST_F(EndToEndTest, HostileZoneNamesComeBackAsTheyWere) {
+TEST_F(AnnouncementTest, HostileZoneNamesComeBackAsTheyWere) {
     for (std::size_t i = 0; i < hostileTexts.size(); ++i) {
         EXPECT_EQ(gPaController.getPaZones()[i].id, hostileTexts[i]);
     }

@@ -10,12 +10,7 @@
 #include <utility>
 #include <vector>
 
-#include "framework/clock.h"
-#include "link/EmbeddedTransport.h"
-#include "link/ServerLink.h"
-#include "sdk/PAController.h"
-#include "sdk/globals.h"
-#include "simserver/SimServer.h"
+#include "tests/endToEnd/Road.h"
 
 namespace {
 
@@ -81,12 +76,7 @@ struct Watch : PAControllerObserverAdapter {
 };
 
 Watch& watch() {
-    static Watch& theWatch = *[] {
-        auto* const registered = new Watch;  // an observer stays for ever
-        gPaController.registerObserver(registered);
-        return registered;
-    }();
-    return theWatch;
+    return registered<Watch>();
 }
 
 simserver::Station station() {
@@ -105,21 +95,15 @@ simserver::Station station() {
     return station;
 }
 
-struct OperateTest : testing::Test {
-    OperateTest() {
+struct OperateTest : Road {
+    OperateTest() : Road(station()) {
         TimeSource time;
         time.wallClock = [] { return static_cast<std::time_t>(1'000'000 + hand::passedMS / 1000); };
         time.monotonicMS = [] { return hand::passedMS.load(); };
         time.sleepMS = hand::sleep;
         setTimeSource(time);
         watch().take();
-        link.start();
-        EXPECT_TRUE(link.waitUntilReady(10s));
-    }
-    ~OperateTest() override {
-        link.stop();
-        setTimeSource({});
-        gAudioServerInstance = nullptr;
+        connect();
     }
 
     /// Until the server has done what was sent before: operations are done in order.
@@ -140,8 +124,7 @@ struct OperateTest : testing::Test {
             settle();
             server.advance(0ms);
         }
-        transport.waitUntilDelivered();
-        link.waitUntilHandled();
+        advance(0ms);
     }
 
     static std::string holder() { return gPaController.getPaSourceLocks().at(0).lockedUUID; }
@@ -155,22 +138,18 @@ struct OperateTest : testing::Test {
     }
 
     bool monitored = false;
-    simserver::SimServer server{station(), {1.0, true, {}}};  // time passes by hand
-    palink::EmbeddedTransport transport{server};
-    AudioServer& audioServer = *new AudioServer(gPaController);
-    palink::ServerLink link{audioServer, transport};
 };
 
 TEST_F(OperateTest, ALockIsHeldWhileItIsRenewedAndThenAnothersToTake) {
     const Operation others{-1, 92, 1, 1, std::to_string(desk) + ",other-client"};
     ASSERT_TRUE(gPaController.attachPaSource(desk));
     pass(63'000);
-    EXPECT_EQ(holder(), audioServer.getUUID()) << "a minute later";
+    EXPECT_EQ(holder(), audioServer().getUUID()) << "a minute later";
     EXPECT_TRUE(server.operateAsOther(others)) << "a second client is refused";
 
     server.withholdRenewals(true);
     pass(27'000);
-    EXPECT_EQ(holder(), audioServer.getUUID());
+    EXPECT_EQ(holder(), audioServer().getUUID());
     pass(9'000);
     EXPECT_EQ(holder(), "") << "lapsed";
     EXPECT_FALSE(server.operateAsOther(others));

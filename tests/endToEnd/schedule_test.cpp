@@ -8,11 +8,7 @@
 #include <string>
 #include <thread>
 
-#include "link/EmbeddedTransport.h"
-#include "link/ServerLink.h"
-#include "sdk/PAController.h"
-#include "sdk/globals.h"
-#include "simserver/SimServer.h"
+#include "tests/endToEnd/Road.h"
 #include "tests/endToEnd/hostileTexts.h"
 #include "tests/support/noPauses.h"
 
@@ -49,23 +45,10 @@ simserver::Station station() {
     return station;
 }
 
-struct ScheduleTest : testing::Test {
-    ScheduleTest() {
+struct ScheduleTest : Road {
+    ScheduleTest() : Road(station(), mondayMorning) {
         skipPauses();
-        link.start();
-        EXPECT_TRUE(link.waitUntilReady(10s));
-    }
-    ~ScheduleTest() override {
-        link.stop();
-        setTimeSource({});
-        gAudioServerInstance = nullptr;
-    }
-
-    /// Lets simulated time pass and everything that it brings reach the cache.
-    void advance(std::chrono::milliseconds time) {
-        server.advance(time);
-        transport.waitUntilDelivered();
-        link.waitUntilHandled();
+        connect();
     }
 
     static ScheduleDefinition daily() {
@@ -87,11 +70,6 @@ struct ScheduleTest : testing::Test {
         schedule.dictionaryItems = {12};
         return schedule;
     }
-
-    simserver::SimServer server{station(), {1.0, true, {}, {}, mondayMorning}};
-    palink::EmbeddedTransport transport{server};
-    AudioServer audioServer{gPaController};
-    palink::ServerLink link{audioServer, transport};
 };
 
 /// Every field; texts between brackets.

@@ -1,0 +1,59 @@
+#pragma once
+
+#include <chrono>
+#include <ctime>
+#include <gtest/gtest.h>
+#include <optional>
+#include <utility>
+
+#include "framework/clock.h"
+#include "link/EmbeddedTransport.h"
+#include "link/ServerLink.h"
+#include "sdk/PAController.h"
+#include "sdk/globals.h"
+#include "simserver/SimServer.h"
+
+/// The facade of the process. Never destroyed: the controller's worker uses it until the end.
+inline AudioServer& audioServer() {
+    static AudioServer& facade = *new AudioServer(gPaController);
+    return facade;
+}
+
+/// The `Watch` of the process, an observer: it stays registered for ever.
+template <class Watch>
+Watch& registered() {
+    static Watch& theWatch = *[] {
+        auto* const watch = new Watch;
+        gPaController.registerObserver(watch);
+        return watch;
+    }();
+    return theWatch;
+}
+
+/// The whole road: the process's controller, a link, and a simulated server whose time passes by
+/// hand. A test sets its source of time before it connects.
+struct Road : testing::Test {
+    explicit Road(simserver::Station station, std::optional<std::time_t> clock = {})
+        : server(std::move(station), {1.0, true, {}, {}, clock}) {}
+    ~Road() override {
+        link.stop();
+        setTimeSource({});
+        gAudioServerInstance = nullptr;
+    }
+
+    void connect() {
+        link.start();
+        EXPECT_TRUE(link.waitUntilReady(std::chrono::seconds(10)));
+    }
+
+    /// Lets simulated time pass and everything that it brings reach caches and observers.
+    void advance(std::chrono::milliseconds time) {
+        server.advance(time);
+        transport.waitUntilDelivered();
+        link.waitUntilHandled();
+    }
+
+    simserver::SimServer server;
+    palink::EmbeddedTransport transport{server};
+    palink::ServerLink link{audioServer(), transport};
+};
