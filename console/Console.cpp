@@ -4,7 +4,7 @@
 #include <stdexcept>
 
 #include "console/ExitCode.h"
-#include "console/script.h"
+#include "console/shell/script.h"
 
 namespace console {
 

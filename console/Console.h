@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "console/Context.h"
-#include "console/commandLine.h"
+#include "console/arguments/commandLine.h"
 
 namespace console {
 

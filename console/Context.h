@@ -8,7 +8,7 @@
 #include "console/Output.h"
 #include "console/Session.h"
 #include "console/Settings.h"
-#include "console/json.h"
+#include "console/text/json.h"
 
 namespace console {
 

@@ -26,4 +26,9 @@ public:
     const ExitCode code;
 };
 
+/// Of an option, or a positional argument, whose value cannot be used.
+inline Failure wrongValue(const std::string& option, const std::string& why) {
+    return Failure(ExitCode::Usage, option + ": " + why);
+}
+
 }  // namespace console

@@ -3,7 +3,7 @@
 #include <utility>
 
 #include "console/ExitCode.h"
-#include "console/cleanText.h"
+#include "console/text/cleanText.h"
 
 namespace console {
 

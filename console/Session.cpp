@@ -7,7 +7,7 @@
 
 #include "console/ExitCode.h"
 #include "console/interrupt.h"
-#include "console/stationClock.h"
+#include "console/schedule/stationClock.h"
 #include "framework/log.h"
 #include "sdk/PAController.h"
 #include "sdk/globals.h"

@@ -3,10 +3,10 @@
 #include <chrono>
 #include <optional>
 
-#include "console/Changes.h"
 #include "console/Output.h"
-#include "console/RenewalCounter.h"
 #include "console/Settings.h"
+#include "console/following/Changes.h"
+#include "console/following/RenewalCounter.h"
 #include "link/EmbeddedTransport.h"
 #include "link/ServerLink.h"
 #include "sdk/AudioServer.h"

@@ -4,7 +4,7 @@
 #include <optional>
 #include <string>
 
-#include "console/scheduleTimes.h"
+#include "console/schedule/scheduleTimes.h"
 
 namespace console {
 

@@ -40,12 +40,13 @@ Words play(const Words& more) {
 TEST(CommandLine, saysWhatIsWrongWithIt) {
     runCases({
         {{}, 1, "no command"},
-        {{"sing"}, 1, "sing"},
+        {{"sing"}, 1, "there is no command 'sing'; did you mean 'sink'"},
         {{"list"}, 1, "KIND is required"},
         {{"list", "trains"}, 1, "trains"},
         {{"list", "zones", "sinks"}, 1, "sinks"},
         {{"--format", "xml", "status"}, 1, "xml"},
-        {{"zone", "leave"}, 1, "required"},
+        {{"zone", "leave"}, 1, "there is no command 'leave'"},
+        {{"--format", "json", "zone"}, 1, "a command is missing: members, attach, detach"},
         {{"get", "source"}, 1, "ID is required"},
         {{"status", "--script", "x"}, 1, "--script"},
         {{"monitor", "--script", "x", "--seconds", "1"}, 1, "--seconds"},

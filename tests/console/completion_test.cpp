@@ -1,12 +1,12 @@
-#include "console/completion.h"
+#include "console/arguments/completion.h"
 
 #include <algorithm>
 #include <gtest/gtest.h>
 #include <map>
 
-#include "console/choiceTable.h"
-#include "console/commandLine.h"
-#include "console/words.h"
+#include "console/arguments/commandLine.h"
+#include "console/arguments/words.h"
+#include "console/text/choiceTable.h"
 
 namespace {
 

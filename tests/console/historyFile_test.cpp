@@ -1,4 +1,4 @@
-#include "console/HistoryFile.h"
+#include "console/shell/HistoryFile.h"
 
 #include <fstream>
 #include <sstream>

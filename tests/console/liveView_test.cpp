@@ -1,4 +1,4 @@
-#include "console/LiveView.h"
+#include "console/following/LiveView.h"
 
 #include <sstream>
 

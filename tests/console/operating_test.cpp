@@ -4,8 +4,8 @@
 #include <regex>
 
 #include "console/ExitCode.h"
+#include "console/following/operate.h"
 #include "console/interrupt.h"
-#include "console/operate.h"
 #include "tests/console/consoleRun.h"
 #include "tests/console/testFiles.h"
 
@@ -190,7 +190,7 @@ TEST(Operating, hasAClearLineForWhatCannotBeDone) {
         {{"sim trigger 99 on"}, 4, "the server refuses: there is no trigger 99"},
         {{"sim selector 1 4"}, 1, "STATE"},
         {{"sim lock 3 --client 'a,b'"}, 1, "'a,b' is not a UUID"},
-        {{"source"}, 1, "required"},
+        {{"source"}, 1, "a command is missing"},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.lines.back().substr(0, 60));

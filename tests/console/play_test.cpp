@@ -2,8 +2,8 @@
 #include <nlohmann/json.hpp>
 #include <thread>
 
-#include "console/Changes.h"
-#include "console/RequestFollower.h"
+#include "console/following/Changes.h"
+#include "console/following/RequestFollower.h"
 #include "console/interrupt.h"
 #include "sdk/PAController.h"
 #include "tests/console/consoleRun.h"

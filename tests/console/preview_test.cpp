@@ -6,12 +6,12 @@
 #include <sys/resource.h>
 #include <unistd.h>
 
-#include "console/BlockingCall.h"
 #include "console/ExitCode.h"
-#include "console/WholeFile.h"
-#include "console/fileUri.h"
-#include "console/sourceLevel.h"
-#include "console/wavFile.h"
+#include "console/commands/sourceLevel.h"
+#include "console/files/WholeFile.h"
+#include "console/files/fileUri.h"
+#include "console/files/wavFile.h"
+#include "console/following/BlockingCall.h"
 #include "tests/console/consoleRun.h"
 #include "tests/console/testFiles.h"
 

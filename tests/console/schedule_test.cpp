@@ -1,11 +1,10 @@
-#include <CLI/CLI.hpp>
 #include <nlohmann/json.hpp>
 
 #include "console/ExitCode.h"
-#include "console/scheduleCheck.h"
-#include "console/scheduleJson.h"
-#include "console/scheduleText.h"
-#include "console/scheduleTimes.h"
+#include "console/schedule/scheduleCheck.h"
+#include "console/schedule/scheduleJson.h"
+#include "console/schedule/scheduleText.h"
+#include "console/schedule/scheduleTimes.h"
 #include "tests/console/consoleRun.h"
 #include "tests/console/testFiles.h"
 

@@ -1,10 +1,10 @@
-#include "console/Shell.h"
+#include "console/shell/Shell.h"
 
 #include <deque>
 #include <functional>
 #include <nlohmann/json.hpp>
 
-#include "console/resources.h"
+#include "console/text/resources.h"
 #include "sdk/AudioServer.h"
 #include "sdk/PAController.h"
 #include "tests/console/Terminal.h"
@@ -77,7 +77,7 @@ TEST(Shell, goesOnAfterALineThatFails) {
          1},
         {{{"nonsense"}, {"get zone Nowhere"}, {list}},
          ExitCode::NotFound,
-         {"The following argument was not expected: nonsense", "there is no zone"},
+         {"there is no command 'nonsense'", "there is no zone"},
          1},
         {{{list + " --format json"}, {"--timeout 3"}, {list}}, ExitCode::Usage, {"no command"}, 2},
         {{{"status --speed 3"}, {"status --scenario x"}, {std::string("a\0b", 3)}},
@@ -190,7 +190,7 @@ TEST(Shell, isUsedOnATerminal) {
     terminal.readUntil("interrupted\r\n");
     terminal.readUntil(prompt);
     terminal.type("nonsense\n");
-    terminal.readUntil("not expected: nonsense");
+    terminal.readUntil("no command 'nonsense'");
     terminal.readUntil(prompt);
     terminal.type("\x04");
     EXPECT_EQ(terminal.exitCode(), 0);

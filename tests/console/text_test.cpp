@@ -1,9 +1,9 @@
 #include "console/ExitCode.h"
-#include "console/changeText.h"
-#include "console/cleanText.h"
-#include "console/json.h"
-#include "console/lookup.h"
-#include "console/words.h"
+#include "console/arguments/words.h"
+#include "console/text/changeText.h"
+#include "console/text/cleanText.h"
+#include "console/text/json.h"
+#include "console/text/lookup.h"
 #include "tests/console/consoleRun.h"
 
 namespace {

@@ -1,0 +1,174 @@
+#include "console/arguments/completion.h"
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <iterator>
+
+#include "console/arguments/CommandPlace.h"
+#include "console/arguments/words.h"
+#include "console/text/cleanText.h"
+#include "console/text/lookup.h"
+
+namespace console {
+
+namespace {
+
+/// What the value of an argument names.
+struct ArgumentRow {
+    const char* command;   ///< empty for any
+    const char* argument;  ///< an option, or a positional argument as the help writes it
+    const char* kind;      ///< empty: the word before is the kind
+    bool isList = false;   ///< several may stand with commas between
+};
+
+/// The first row that fits counts. Arguments whose values the parser lists need none.
+constexpr ArgumentRow argumentRows[] = {
+    {"", "--zones", "zone", true},
+    {"", "ZONE", "zone"},
+    {"", "--source", "source"},
+    {"", "SOURCE", "source"},
+    {"", "--voice", "voice"},
+    {"", "--language", "language"},
+    {"source", "ID", "source"},
+    {"sink", "ID", "sink"},
+    {"trigger", "ID", "trigger"},
+    {"selector", "ID", "selector"},
+    {"schedule", "ID", "schedule"},
+    {"cancel", "ID", "announcement"},
+    {"get", "ID", ""},
+};
+
+const ArgumentRow* rowOf(const CLI::Option* argument, const CommandPlace& place) {
+    const auto fits = [&](const ArgumentRow& row) {
+        return argument != nullptr && argument->get_name() == row.argument &&
+               (*row.command == '\0' || place.isWithin(row.command));
+    };
+    const auto* const found = std::find_if(std::begin(argumentRows), std::end(argumentRows), fits);
+    return found == std::end(argumentRows) ? nullptr : found;
+}
+
+/// The values that the parser itself accepts for an argument: it describes them as ":{a,b}".
+std::vector<std::string> listedValues(const CLI::Option* argument) {
+    const std::string type = argument == nullptr ? "" : argument->get_type_name();
+    const std::size_t open = type.find(":{");
+    const std::size_t close = type.find('}', open);
+    if (open == std::string::npos || close == std::string::npos) {
+        return {};
+    }
+    return CLI::detail::split(type.substr(open + 2, close - open - 2), ',');
+}
+
+/// The word at the cursor.
+struct TypedWord {
+    std::size_t begin;
+    std::string head;  ///< stays as it is: an option with its "=", the list before a comma
+    std::string tail;  ///< to be completed
+
+    void moveToHead(std::size_t length) {
+        head += tail.substr(0, length);
+        tail.erase(0, length);
+    }
+};
+
+bool startsWith(const std::string& text, const std::string& beginning) {
+    return lowered(text).compare(0, beginning.size(), lowered(beginning)) == 0;
+}
+
+bool canBeTyped(const std::string& name) {
+    return !name.empty() && clean(name) == name && !looksLikeOption(name);
+}
+
+/// The names that may stand for the argument.
+std::vector<std::string> valuesFor(const CommandPlace& place, TypedWord& typed,
+                                   const NamesOf& namesOf) {
+    std::vector<std::string> values = listedValues(place.argument());
+    const ArgumentRow* const row = rowOf(place.argument(), place);
+    if (row == nullptr) {
+        return values;
+    }
+    const std::size_t comma = row->isList ? typed.tail.rfind(',') : std::string::npos;
+    const bool inList = comma != std::string::npos;
+    if (inList) {
+        typed.moveToHead(comma + 1);
+    }
+    for (const std::string& name :
+         namesOf(*row->kind == '\0' ? place.lastPositional() : row->kind)) {
+        const bool wouldBeParted = inList && name.find(',') != std::string::npos;
+        if (canBeTyped(name) && !wouldBeParted) {
+            values.push_back(name);
+        }
+    }
+    return values;
+}
+
+std::vector<std::string> choicesFor(CommandPlace& place, TypedWord& typed, const NamesOf& namesOf) {
+    if (!place.awaitsValue() && looksLikeOption(typed.tail)) {
+        const std::size_t equals = typed.tail.find('=');
+        if (equals == std::string::npos) {
+            return place.options();
+        }
+        place.pass(typed.tail.substr(0, equals));
+        typed.moveToHead(equals + 1);
+        return place.awaitsValue() ? valuesFor(place, typed, namesOf) : std::vector<std::string>();
+    }
+    auto choices = valuesFor(place, typed, namesOf);
+    for (const std::string& name : place.subcommands()) {
+        choices.push_back(name);
+    }
+    return choices;
+}
+
+/// What all of them begin with.
+std::string commonBeginning(const std::vector<std::string>& sorted) {
+    const std::string& first = sorted.front();
+    const std::string& last = sorted.back();
+    const std::size_t shorter = std::min(first.size(), last.size());
+    const auto end =
+        std::mismatch(first.begin(), first.begin() + std::ptrdiff_t(shorter), last.begin());
+    std::string result(first.begin(), end.first);
+    while (!isUtf8(result)) {
+        result.pop_back();  // not in the middle of a character
+    }
+    return result;
+}
+
+}  // namespace
+
+Completion complete(const std::string& line, const CLI::App& parser, const NamesOf& namesOf) {
+    LineScan scan = scanWords(line);
+    TypedWord typed{line.size(), "", ""};
+    if (scan.endsInComment || scan.endsInBackslash) {
+        return {typed.begin, "", {}};
+    }
+    if (scan.endsInWord) {
+        typed = {scan.lastBegin, "", scan.words.back()};
+        scan.words.pop_back();
+    }
+    if (!scan.words.empty() && scan.words.front() == "help") {
+        scan.words.erase(scan.words.begin());  // it goes before any command
+    }
+    CommandPlace place(parser);
+    for (const std::string& word : scan.words) {
+        place.pass(word);
+    }
+
+    auto choices = choicesFor(place, typed, namesOf);
+    const auto differs = [&typed](const std::string& choice) {
+        return !startsWith(choice, typed.tail);
+    };
+    choices.erase(std::remove_if(choices.begin(), choices.end(), differs), choices.end());
+    std::sort(choices.begin(), choices.end());
+    choices.erase(std::unique(choices.begin(), choices.end()), choices.end());
+
+    Completion result{typed.begin, "", choices};
+    if (choices.size() == 1) {
+        result.word = quoted(typed.head + choices.front()) + ' ';
+    } else if (!choices.empty()) {
+        const std::string common = commonBeginning(choices);
+        result.word =
+            quotedBeginning(typed.head + (common.size() < typed.tail.size() ? typed.tail : common));
+    }
+    return result;
+}
+
+}  // namespace console

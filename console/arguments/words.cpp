@@ -1,0 +1,105 @@
+#include "console/arguments/words.h"
+
+#include <algorithm>
+#include <cstring>
+
+#include "console/ExitCode.h"
+
+namespace console {
+
+namespace {
+
+/// Characters that mean nothing but themselves wherever they stand in a word.
+bool isPlain(char c) {
+    const bool isAscii = static_cast<unsigned char>(c) < 0x80;
+    const bool isLetterOrDigit =
+        (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9');
+    return !isAscii || isLetterOrDigit || (c != '\0' && std::strchr("_./:,@%+=-", c) != nullptr);
+}
+
+/// With the quote that opens it, if it needs one, but without the one that closes it.
+std::string opened(const std::string& text, char& quote) {
+    quote = '\0';
+    if (!text.empty() && std::all_of(text.begin(), text.end(), isPlain)) {
+        return text;
+    }
+    quote = text.find('\'') == std::string::npos ? '\'' : '"';
+    std::string result(1, quote);
+    for (const char c : text) {
+        if (quote == '"' && (c == '"' || c == '\\')) {
+            result += '\\';
+        }
+        result += c;
+    }
+    return result;
+}
+
+}  // namespace
+
+LineScan scanWords(const std::string& line) {
+    LineScan scan;
+    const auto beginWord = [&scan](std::size_t at) {
+        if (!scan.endsInWord) {
+            scan.words.emplace_back();
+            scan.lastBegin = at;
+            scan.endsInWord = true;
+        }
+    };
+    const auto escapes = [&](std::size_t at) {
+        const bool beforeSpecial =
+            at + 1 < line.size() && (line[at + 1] == '"' || line[at + 1] == '\\');
+        return line[at] == '\\' && (scan.quote == '\0' || (scan.quote == '"' && beforeSpecial));
+    };
+    for (std::size_t i = 0; i < line.size(); ++i) {
+        const char c = line[i];
+        if (escapes(i)) {
+            beginWord(i);
+            if (++i == line.size()) {
+                scan.endsInBackslash = true;
+                break;
+            }
+            scan.words.back() += line[i];
+        } else if (scan.quote != '\0' && c == scan.quote) {
+            scan.quote = '\0';
+        } else if (scan.quote == '\0' && (c == '"' || c == '\'')) {
+            beginWord(i);  // '' is a word too
+            scan.quote = c;
+        } else if (scan.quote == '\0' && (c == ' ' || c == '\t')) {
+            scan.endsInWord = false;
+        } else if (scan.quote == '\0' && c == '#' && !scan.endsInWord) {
+            scan.endsInComment = true;
+            break;
+        } else {
+            beginWord(i);
+            scan.words.back() += c;
+        }
+    }
+    return scan;
+}
+
+std::vector<std::string> splitWords(const std::string& line) {
+    if (line.find('\0') != std::string::npos) {
+        throw Failure(ExitCode::Usage, "a NUL character");
+    }
+    const LineScan scan = scanWords(line);
+    if (scan.endsInBackslash) {
+        throw Failure(ExitCode::Usage, "nothing follows the backslash at the end");
+    }
+    if (scan.quote != '\0') {
+        throw Failure(ExitCode::Usage, std::string("the quote ") + scan.quote + " is not closed");
+    }
+    return scan.words;
+}
+
+std::string quoted(const std::string& text) {
+    char quote = '\0';
+    const std::string result = opened(text, quote);
+    return quote == '\0' ? result : result + quote;
+}
+
+std::string quotedBeginning(const std::string& text) {
+    char quote = '\0';
+    return text.empty() ? text : opened(text, quote);
+}
+
+}  // namespace console

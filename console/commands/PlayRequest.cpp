@@ -1,0 +1,151 @@
+#include "console/commands/PlayRequest.h"
+
+#include "console/ExitCode.h"
+#include "console/arguments/heardArguments.h"
+#include "console/files/wavFile.h"
+#include "console/text/cleanText.h"
+
+namespace console {
+
+namespace {
+
+constexpr const char* templateKey = "{SCREEN}";  // the key under which the template's name is sent
+
+Failure wrong(const std::string& text) {
+    return Failure(ExitCode::Usage, text);
+}
+
+bool startsBlank(const std::string& text) {
+    return !text.empty() && (text[0] == ' ' || text[0] == '\t');
+}
+
+void requireUtf8(const std::string& what, const std::string& text) {
+    if (!isUtf8(text)) {
+        throw wrong(what + " '" + text + "' is not UTF-8");
+    }
+}
+
+/// Keys are sent as they stand, inside a JSON text.
+void checkKey(const std::string& key) {
+    const std::string what = "the key '" + key + "'";
+    if (key.empty()) {
+        throw wrong("--var has an empty key");
+    }
+    if (key.find_first_of("\"\\") != std::string::npos || hasControlCharacter(key)) {
+        throw wrong(what + " has a quote, a backslash or a control character");
+    }
+    if (key == templateKey) {
+        throw wrong(what + " is that of the template's name");
+    }
+    requireUtf8("the key", key);
+}
+
+/// The name is sent as it stands, as the last part of a path in a list.
+void checkFileName(const std::string& path) {
+    const std::string name = path.substr(path.find_last_of("/\\") + 1);
+    const std::string what = "the file name '" + name + "'";
+    if (name.empty() || name == "." || name == "..") {
+        throw wrong("'" + path + "' names no file");
+    }
+    if (name.find_first_of(",^!\"") != std::string::npos || hasControlCharacter(name)) {
+        throw wrong(what + " has a comma, one of ^ ! \" or a control character");
+    }
+    if (startsBlank(name)) {
+        throw wrong(what + " begins with a blank");
+    }
+}
+
+void checkRequestId(const std::string& id) {
+    requireUtf8("the request id", id);
+    const bool fits = id.size() >= 6 && id.size() <= 63;  // any other length is replaced on sending
+    if (!fits || startsBlank(id) || hasControlCharacter(id)) {
+        throw wrong("the request id '" + id +
+                    "' must have 6 to 63 characters, no control character and no blank in front");
+    }
+}
+
+}  // namespace
+
+void addPlayOptions(Parser& parser, PlayRequest& r) {
+    parser
+        .addTexts("--zones", r.zones, "A zone, or several with commas between; repeatable", "ZONES")
+        .required();
+
+    const HeardArguments heard =
+        addHeard(parser, r.items, r.texts, r.file, "A WAV file to upload and play", "WAV");
+    parser.addText("--language", r.language, "Language of the texts").needs(heard.texts);
+    parser.addText("--voice", r.voice, "Voice of the texts").needs(heard.texts);
+    parser
+        .addWhole("--repeat", r.repeat, {1, greatestWhole},
+                  "How often the items are played (default 1)")
+        .needs(heard.items);
+
+    const Argument display =
+        parser.addText("--display", r.display, "Template of a text to show", "TEMPLATE");
+    parser.addTexts("--var", r.variables, "A variable of the template; repeatable", "KEY=TEXT")
+        .needs(display);
+    parser
+        .addWhole("--validity", r.validity, {0, greatestWhole},
+                  "Seconds for which the text is shown (default 30)")
+        .needs(display);
+
+    const Argument priority =
+        parser.addWhole("--priority", r.priority, anyWhole, "Priority level (default 500)");
+    parser.addFlag("--relative", r.relative, "The level counts from the server's own")
+        .needs(priority);
+    parser.addWhole("--pre-chime", r.preChime, {0, greatestWhole}, "Chime before, 0 for none");
+    parser.addWhole("--post-chime", r.postChime, {0, greatestWhole}, "Chime after, 0 for none");
+    parser.addNumber("--gain", r.gain, {-1000, 1000}, "Gain in dB, in place of the server's own");
+    parser.addText("--request-id", r.requestId, "Id of the request (default: a new UUID)", "ID");
+    parser.addFlag("--wait", r.wait, "Follow the request to its end");
+}
+
+void check(const PlayRequest& request) {
+    if (request.items.empty() && request.texts.empty() && !request.file && !request.display) {
+        throw wrong("nothing to play: --items, --text, --file or --display is missing");
+    }
+    if (request.wait && trackedParts(request) == 0) {
+        throw wrong("--wait cannot follow a text of validity 0: the server does not track it");
+    }
+    for (const std::string& text : request.texts) {
+        requireUtf8("the text", text);
+    }
+    if (request.display) {
+        if (request.display->empty()) {
+            throw wrong("--display needs the name of a template");
+        }
+        requireUtf8("the template", *request.display);
+    }
+    displayVariables(request);
+    if (request.requestId) {
+        checkRequestId(*request.requestId);
+    }
+    if (request.file) {
+        checkFileName(*request.file);
+        checkWav(*request.file);
+    }
+}
+
+Message::DisplayVariables displayVariables(const PlayRequest& request) {
+    Message::DisplayVariables variables;
+    for (const std::string& variable : request.variables) {
+        const std::size_t equals = variable.find('=');
+        if (equals == std::string::npos) {
+            throw wrong("--var '" + variable + "' is not KEY=TEXT");
+        }
+        const std::string key = variable.substr(0, equals);
+        const std::string text = variable.substr(equals + 1);
+        checkKey(key);
+        requireUtf8("the text", text);
+        variables[key].emplace_back(text, 0);
+    }
+    return variables;
+}
+
+std::size_t trackedParts(const PlayRequest& request) {
+    const bool heard = !request.items.empty() || !request.texts.empty() || request.file;
+    const bool shown = request.display && request.validity > 0;
+    return (heard ? 1U : 0U) + (shown ? 1U : 0U);
+}
+
+}  // namespace console

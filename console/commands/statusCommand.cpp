@@ -1,0 +1,74 @@
+#include "console/commands/commands.h"
+#include "console/text/TextTable.h"
+#include "console/text/resources.h"
+#include "sdk/PAController.h"
+#include "sdk/globals.h"
+
+namespace console {
+
+namespace {
+
+/// Who holds which source, besides those that nobody holds.
+void addLocks(Json& report) {
+    Json own = Json::array();
+    Json others = Json::array();
+    for (const Lock& lock : locks.all()) {
+        if (lock.holder == "this client") {
+            own.push_back(lock.sourceId);
+        } else if (!lock.lockedUUID.empty()) {
+            others.push_back({{"sourceId", lock.sourceId}, {"lockedUUID", lock.lockedUUID}});
+        }
+    }
+    report["lockedByThisClient"] = own;
+    report["lockedByOthers"] = others;
+}
+
+Json statusOf(Session& session) {
+    Json server = Json::object();
+    const KeyValueMap info = session.serverInfo();
+    for (const std::string& key : info.get_all_keys()) {
+        server[key] = info.get_value(key);
+    }
+    Json report = {{"server", server},
+                   {"activeDstNo", gActiveAudioServerDstNo.load()},
+                   {"localDstNo", gLocalDstNo.load()},
+                   {"indirect", gIndirectCXSConnection.load()},
+                   {"sources", gPaController.getPaSources().size()},
+                   {"sinks", gPaController.getPaSinks().size()},
+                   {"zones", gPaController.getPaZones().size()},
+                   {"voices", gPaController.getTTSVocalizerList().size()},
+                   {"hardwareTriggers", gPaController.getHwPaTriggers().size()},
+                   {"softwareTriggers", gPaController.getSwPaTriggers().size()},
+                   {"selectors", gPaController.getPaSelectors().size()},
+                   {"ttsItems", gPaController.getTTSDictionaryList().size()},
+                   {"schedules", gPaController.listSchedules().size()},
+                   {"announcements", gPaController.getAnnouncementRequests().size()}};
+    addLocks(report);
+    return report;
+}
+
+void status(const Context& context) {
+    const Json report = statusOf(context.session());
+    if (context.settings.json) {
+        context.writeJson(report);
+        return;
+    }
+    TextTable table({"ITEM", "VALUE"});
+    const Json items = report.flatten();
+    for (const auto& entry : items.items()) {
+        const Json& value = entry.value();
+        const std::string text = value.is_string() ? value.get<std::string>()
+                                 : value.is_null() ? "none"  // an empty list
+                                                   : value.dump();
+        table.addRow({entry.key().substr(1), text});
+    }
+    context.out.write(table.text());
+}
+
+}  // namespace
+
+Handler defineStatus(Parser& /*parser*/) {
+    return status;
+}
+
+}  // namespace console

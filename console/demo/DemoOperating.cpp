@@ -1,0 +1,249 @@
+#include "console/demo/DemoOperating.h"
+
+#include <iterator>
+#include <utility>
+
+#include "console/commands/playMessage.h"
+#include "console/commands/sourceLock.h"
+#include "console/files/fileUri.h"
+#include "console/files/wavFile.h"
+#include "console/following/BlockingCall.h"
+#include "console/following/RenewalCounter.h"
+#include "console/text/recordText.h"
+#include "console/text/resources.h"
+#include "framework/uuid.h"
+#include "sdk/PAController.h"
+
+namespace console {
+
+namespace {
+
+constexpr double answerSeconds = 12;   // longer than the controller itself waits
+constexpr double previewSeconds = 20;  // for the text to be spoken
+constexpr double renewalSeconds = 30;  // three passes of the worker, and some
+constexpr double triggerSeconds = 2;   // for which the software trigger is active
+constexpr int renewalsToSee = 2;
+constexpr const char* text = "This is a preview. It is heard by nobody but the operator.";
+
+std::string nameOf(const PaSource& source) {
+    return "source " + std::to_string(source.id) + " " + source.label;
+}
+
+std::vector<std::string> listOf(const std::set<std::string>& ids) {
+    return {ids.begin(), ids.end()};
+}
+
+}  // namespace
+
+const DemoOperating::Step DemoOperating::steps[] = {
+    {"take a source", "source lock", "locked", &DemoOperating::takeSource},
+    {"attach zones", "live from the source", "heard", &DemoOperating::attachZones},
+    {"trigger", "software trigger", "heard, then silent", &DemoOperating::useTrigger},
+    {"preview", "spoken text", "WAV, 48000 Hz", &DemoOperating::savePreview},
+    {"hold the source", "keep-alive", "locked, renewals: 2", &DemoOperating::holdSource},
+    {"release it", "source lock", "free", &DemoOperating::releaseSource},
+};
+
+DemoOperating::DemoOperating(const Context& context, DemoScreen& screen,
+                             const std::vector<std::string>& zoneIds, std::filesystem::path wav)
+    : context_(context),
+      screen_(screen),
+      heldZones_(zoneIds.begin(), zoneIds.begin() + (zoneIds.size() > 2 ? 2 : 1)),
+      triggerZone_(zoneIds.back()),
+      wav_(std::move(wav)) {
+    screen_.addZones(listOf(heldZones_));
+    screen_.addZones({triggerZone_});
+    chooseSources();
+}
+
+/// Two that nobody holds and no zone is attached to, so that they are left as they were.
+void DemoOperating::chooseSources() {
+    for (const PaSource& source : sources.all()) {
+        const bool isFree =
+            lockOf(source.id).lockedUUID.empty() && source.getAttachedPaZones().empty();
+        if (isFree && !held_) {
+            held_ = source;
+        } else if (isFree && !triggered_) {
+            triggered_ = source;
+        }
+    }
+}
+
+std::vector<DemoResult> DemoOperating::run() {
+    for (const Step& step : steps) {
+        refusal_.clear();
+        results_.push_back(
+            {step.name, step.kind, step.expected, "under way", false, Json::object()});
+        const bool asExpected = (this->*step.perform)();
+        results_.back().asExpected = asExpected;
+        if (!asExpected && !refusal_.empty()) {
+            see("refused: " + refusal_);
+        }
+    }
+    return results_;
+}
+
+// ------------------------------------------------------------------------------------------ steps
+
+bool DemoOperating::takeSource() {
+    if (!held_) {
+        return fail("there is no free source");
+    }
+    const int id = held_->id;
+    BlockingCall call([id] { return gPaController.attachPaSource(id); });
+    waitFor(answerSeconds, [&call] { return call.result().has_value(); });
+    see(sentence(lockOf(id)));
+    return isHolder();
+}
+
+bool DemoOperating::attachZones() {
+    if (!isHolder()) {
+        return fail("no source is held");
+    }
+    held_->attachPaZone(listOf(heldZones_), PaSource::REPLACE_EXISTING_SET);
+    const bool heard = waitFor(answerSeconds, [this] { return isHeardLive(heldZones_); });
+    see(nameOf(*held_) + (heard ? " is" : " is not") + " heard in " +
+        valueText(held_->getAttachedPaZones()));
+    return heard;
+}
+
+bool DemoOperating::useTrigger() {
+    const int trigger =
+        triggered_ ? gPaController.createSwPaTrigger(triggered_->id, 50, "1", "") : 0;
+    if (trigger == 0) {
+        return fail("there is no second free source");
+    }
+    const std::set<std::string> zone = {triggerZone_};
+    triggered_->attachPaZone(triggerZone_, PaSource::ADD_TO_EXISTING_SET);
+    gPaController.activateSwPaTrigger(trigger);
+    const bool heard = waitFor(answerSeconds, [&] { return isHeardLive(zone); });
+    see(nameOf(*triggered_) + (heard ? " is" : " is not") + " heard in " + triggerZone_);
+    if (heard) {
+        screen_.showFor(*this, triggerSeconds / context_.settings.speed);
+        gPaController.deactivateSwPaTrigger(trigger);
+    }
+    const bool silent = heard && waitFor(answerSeconds, [&] { return !isHeardLive(zone); });
+    triggered_->detachPaZone(triggerZone_);
+    gPaController.deleteSwPaTrigger(trigger);
+    if (silent) {
+        see("heard in " + triggerZone_ + ", now silent");
+    }
+    return silent;
+}
+
+bool DemoOperating::savePreview() try {
+    const TTSVocalizer voice = voiceFor({}, {});
+    std::string id;
+    generateUUID(id);
+    Message message;
+    message.setRequestID(id);
+    message.setAudioMessage(text, voice.language, voice.voice, Message::UTF_8);
+    message.retrieveAudioMessage();
+    std::optional<Retrieval> answer;
+    waitFor(previewSeconds, [&] {
+        for (const Retrieval& retrieval : retrievals_) {
+            if (retrieval.requestId == id) {
+                answer = retrieval;
+            }
+        }
+        return answer.has_value();
+    });
+    if (!answer || !answer->success) {
+        return fail(answer ? "the server cannot speak it" : "no answer");
+    }
+    std::filesystem::copy_file(pathOfFileUri(answer->uri), wav_);
+    const WavFormat format = checkWav(wav_.string());
+    see(formatText(format) + ", saved");
+    return format.rate == TTSVocalizer::usableRate;
+} catch (const std::runtime_error& error) {
+    return fail(error.what());
+}
+
+bool DemoOperating::holdSource() {
+    if (!isHolder()) {
+        return fail("no source is held");
+    }
+    int renewals = 0;
+    const bool renewed = waitFor(renewalSeconds, [&] {
+        const int now = context_.session().renewalsOf(held_->id);
+        if (now != std::exchange(renewals, now)) {
+            see(sentence(lockOf(held_->id)) + ", renewals: " + std::to_string(now));
+        }
+        return now >= renewalsToSee;
+    });
+    return renewed && isHolder();
+}
+
+bool DemoOperating::releaseSource() {
+    if (!isHolder()) {
+        return fail("no source is held");
+    }
+    const int id = held_->id;
+    held_->detachAllPaZones();
+    BlockingCall call([id] { return gPaController.detachPaSource(id); });
+    const bool isLeftAsItWas = waitFor(answerSeconds, [&] {
+        return call.result().has_value() && held_->getAttachedPaZones().empty();
+    });
+    see(sentence(lockOf(id)));
+    return isLeftAsItWas && lockOf(id).lockedUUID.empty() && !isHeardLive(heldZones_);
+}
+
+// ---------------------------------------------------------------------------------------- helpers
+
+/// Shows the page until the server has done it, or refused.
+template <class Condition>
+bool DemoOperating::waitFor(double seconds, Condition isReached) {
+    const Moment deadline = after(context_.settings.timeout.value_or(seconds));
+    bool reached = false;
+    screen_.showUntil(*this, deadline, [&] {
+        reached = isReached();
+        return reached || !refusal_.empty();
+    });
+    return reached;
+}
+
+/// Notes what is to be seen of the step at hand.
+void DemoOperating::see(const std::string& what) {
+    results_.back().seen = what;
+    screen_.tell(results_.back().name, what);
+}
+
+/// Notes why the step cannot be what it is to be.
+bool DemoOperating::fail(const std::string& why) {
+    see(why);
+    return false;
+}
+
+void DemoOperating::take(const Change& change) {
+    const auto* const refusal = std::get_if<palink::Refusal>(&change.what);
+    if (refusal != nullptr && !isOfRenewal(*refusal)) {
+        refusal_ = refusal->reason;
+    } else if (const auto* const retrieval = std::get_if<Retrieval>(&change.what)) {
+        retrievals_.push_back(*retrieval);
+    }
+}
+
+TextTable DemoOperating::table() const {
+    TextTable result({"STEP", "SEEN"});
+    for (const DemoResult& step : results_) {
+        result.addRow({step.name, step.seen});
+    }
+    return result;
+}
+
+/// Whether a live announcement goes to just these zones.
+bool DemoOperating::isHeardLive(const std::set<std::string>& zoneIds) const {
+    for (const AnnouncementRequest& record : announcements.all()) {
+        const std::set<std::string> its(record.zones.begin(), record.zones.end());
+        if (record.getAudioMessageType() == Message::LIVE_STREAM && its == zoneIds) {
+            return true;
+        }
+    }
+    return false;
+}
+
+bool DemoOperating::isHolder() const {
+    return held_ && lockOf(held_->id).holder == "this client";
+}
+
+}  // namespace console

@@ -1,0 +1,65 @@
+#pragma once
+
+#include <filesystem>
+#include <optional>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "console/demo/DemoScreen.h"
+#include "console/text/records.h"
+
+namespace console {
+
+/// The demo's page of operating: a source that is held, a software trigger, a preview.
+class DemoOperating final : public DemoPage {
+public:
+    /// @param context, screen must outlive the page
+    /// @param zoneIds at least two; any will do
+    /// @param wav     where the preview goes
+    DemoOperating(const Context& context, DemoScreen& screen,
+                  const std::vector<std::string>& zoneIds, std::filesystem::path wav);
+
+    /// Goes through the steps, one after the other; one that fails does not keep the next from
+    /// being tried.
+    std::vector<DemoResult> run();
+
+private:
+    struct Step {
+        const char* name;
+        const char* kind;
+        const char* expected;
+        bool (DemoOperating::*perform)();
+    };
+    static const Step steps[];
+
+    bool takeSource();
+    bool attachZones();
+    bool useTrigger();
+    bool savePreview();
+    bool holdSource();
+    bool releaseSource();
+
+    void take(const Change& change) override;
+    TextTable table() const override;
+    void chooseSources();
+    template <class Condition>
+    bool waitFor(double seconds, Condition isReached);
+    void see(const std::string& what);
+    bool fail(const std::string& why);
+    bool isHeardLive(const std::set<std::string>& zoneIds) const;
+    bool isHolder() const;
+
+    const Context& context_;
+    DemoScreen& screen_;
+    const std::set<std::string> heldZones_;
+    const std::string triggerZone_;
+    const std::filesystem::path wav_;
+    std::optional<PaSource> held_;
+    std::optional<PaSource> triggered_;
+    std::vector<DemoResult> results_;
+    std::string refusal_;  // of the step at hand
+    std::vector<Retrieval> retrievals_;
+};
+
+}  // namespace console

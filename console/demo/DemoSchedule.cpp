@@ -1,0 +1,103 @@
+#include "console/demo/DemoSchedule.h"
+
+#include <algorithm>
+
+#include "console/ExitCode.h"
+#include "console/following/RequestFollower.h"
+#include "console/schedule/ScheduleOptions.h"
+#include "console/schedule/schedulePut.h"
+#include "sdk/PAController.h"
+
+namespace console {
+
+namespace {
+
+constexpr double answerSeconds = 12;
+constexpr double runSeconds = 90;  // simulated: the next minute, and the length of the text
+constexpr int lowPriority = 100;
+constexpr const char* text = "This announcement comes every minute by itself.";
+
+}  // namespace
+
+DemoSchedule::DemoSchedule(const Context& context, DemoScreen& screen, const std::string& zone)
+    : context_(context), screen_(screen), result_{"schedule",
+                                                  "spoken text, every minute",
+                                                  "heard, then deleted",
+                                                  "under way",
+                                                  false,
+                                                  Json::object()} {
+    screen_.addZones({zone});
+    try {
+        makeSchedule(zone);
+        gPaController.createSchedule(schedule_);
+        see("sent, for every minute in " + zone);
+    } catch (const Failure& failure) {
+        refusal_ = failure.what();
+    }
+}
+
+DemoResult DemoSchedule::finish() {
+    const double limit = answerSeconds + runSeconds / context_.settings.speed;
+    if (waitFor(limit, [this] { return isHeard_ || !refusal_.empty(); }) && isHeard_) {
+        see("heard in " + schedule_.paZones.front());
+    }
+    const auto isGone = [this] { return !scheduleNumbered(schedule_.Id); };
+    if (!refusal_.empty()) {
+        see("refused: " + refusal_);
+    } else {
+        gPaController.deleteSchedule(schedule_.Id);
+        const bool gone = waitFor(answerSeconds, isGone);
+        see(result_.seen + (gone ? ", then deleted" : ", not deleted"));
+        result_.asExpected = isHeard_ && gone;
+    }
+    return result_;
+}
+
+void DemoSchedule::makeSchedule(const std::string& zone) {
+    ScheduleOptions options;
+    options.description = "demo";
+    options.every = 1;
+    options.zones = {zone};
+    options.texts = {text};
+    options.priority = lowPriority;
+    schedule_ = changed(blankSchedule(), options);
+    schedule_.Id = freeScheduleId();
+}
+
+/// Whether the server has played something spoken in the zone that nobody has asked for.
+void DemoSchedule::catchUp() {
+    const auto& own = context_.connection.playedIds;
+    while (const auto change = changes_.next(std::chrono::milliseconds(0))) {
+        const auto* const record = std::get_if<AnnouncementRequest>(&change->what);
+        const auto* const refusal = std::get_if<palink::Refusal>(&change->what);
+        if (refusal != nullptr && refusal->operationNumber == putScheduleOperation) {
+            refusal_ = refusal->reason;
+        }
+        const bool isIts = record != nullptr && record->zones == schedule_.paZones &&
+                           record->getAudioMessageType() == Message::TTS &&
+                           std::find(own.begin(), own.end(), record->getRequestID()) == own.end();
+        isHeard_ = isHeard_ || (isIts && outcomeOf(*record) == Outcome::Finished);
+    }
+}
+
+template <class Condition>
+bool DemoSchedule::waitFor(double seconds, Condition isReached) {
+    const Moment deadline = after(context_.settings.timeout.value_or(seconds));
+    return screen_.showUntil(*this, deadline, [&] {
+        catchUp();
+        return isReached();
+    });
+}
+
+TextTable DemoSchedule::table() const {
+    TextTable result({"STEP", "SEEN"});
+    result.addRow({result_.name, result_.seen});
+    return result;
+}
+
+void DemoSchedule::see(const std::string& what) {
+    result_.seen = what;
+    screen_.tell(result_.name, what);
+}
+
+}  // namespace console

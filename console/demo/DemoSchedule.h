@@ -1,0 +1,41 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "console/demo/DemoScreen.h"
+#include "sdk/ScheduleDefinition.h"
+
+namespace console {
+
+/// The demo's page of schedules: one is made at the beginning, runs at the next minute of the
+/// station beside all else, and is deleted.
+class DemoSchedule final : public DemoPage {
+public:
+    /// Has the server keep the schedule.
+    /// @param context, screen must outlive the page
+    /// @param zone where it is heard
+    DemoSchedule(const Context& context, DemoScreen& screen, const std::string& zone);
+
+    /// Waits until it has been heard, and deletes it.
+    DemoResult finish();
+
+private:
+    void take(const Change& /*change*/) override {}
+    TextTable table() const override;
+    void makeSchedule(const std::string& zone);
+    void catchUp();
+    void see(const std::string& what);
+    template <class Condition>
+    bool waitFor(double seconds, Condition isReached);
+
+    const Context& context_;
+    DemoScreen& screen_;
+    Changes changes_;  // also those that come while other pages are shown
+    ScheduleDefinition schedule_;
+    DemoResult result_;
+    bool isHeard_ = false;
+    std::string refusal_;
+};
+
+}  // namespace console

@@ -1,0 +1,91 @@
+#include "console/files/wavFile.h"
+
+#include <cmath>
+#include <cstdio>
+#include <sndfile.hh>
+#include <vector>
+
+#include "console/ExitCode.h"
+
+namespace console {
+
+namespace {
+
+struct SampleBits {
+    int format;
+    int bits;
+};
+
+constexpr SampleBits sampleBits[] = {
+    {SF_FORMAT_PCM_U8, 8}, {SF_FORMAT_PCM_16, 16}, {SF_FORMAT_PCM_24, 24}, {SF_FORMAT_PCM_32, 32}};
+
+int bitsOf(int format) {
+    for (const SampleBits& row : sampleBits) {
+        if ((format & SF_FORMAT_SUBMASK) == row.format) {
+            return row.bits;
+        }
+    }
+    return 0;
+}
+
+std::string channelText(int channels) {
+    return channels == 1   ? "mono"
+           : channels == 2 ? "stereo"
+                           : std::to_string(channels) + " channels";
+}
+
+}  // namespace
+
+WavFormat checkWav(const std::string& path) {
+    const auto refuse = [&path](const std::string& why) {
+        throw Failure(ExitCode::Usage, path + ": " + why);
+    };
+    std::error_code unknown;
+    const auto status = std::filesystem::status(path, unknown);
+    if (!std::filesystem::exists(status)) {
+        refuse("there is no such file");
+    }
+    // Anything else, a pipe for example, would keep its reader waiting.
+    if (!std::filesystem::is_regular_file(status)) {
+        refuse("is not a file");
+    }
+    const SndfileHandle file(path);
+    if (file.error() != SF_ERR_NO_ERROR) {
+        refuse(std::string("cannot be read as a WAV file: ") + file.strError());
+    }
+    const int container = file.format() & SF_FORMAT_TYPEMASK;
+    if (container != SF_FORMAT_WAV && container != SF_FORMAT_WAVEX) {
+        refuse("is not a WAV file");
+    }
+    if (file.frames() <= 0) {
+        refuse("has no sound in it");
+    }
+    return {file.samplerate(), file.channels(), bitsOf(file.format()),
+            static_cast<double>(file.frames()) / file.samplerate()};
+}
+
+std::string formatText(const WavFormat& format) {
+    char seconds[32];
+    std::snprintf(seconds, sizeof seconds, "%.2f s", format.seconds);
+    return "WAV, " + std::to_string(format.rate) + " Hz, " + channelText(format.channels) + ", " +
+           (format.bits == 0 ? "" : std::to_string(format.bits) + " bit, ") + seconds;
+}
+
+void writeTone(const std::filesystem::path& path, int seconds) {
+    constexpr int rate = 48000;
+    constexpr double hertz = 440;
+    constexpr double loudness = 8000;
+    constexpr double fullCircle = 6.283185307179586;
+    std::vector<short> samples(static_cast<std::size_t>(rate * seconds));
+    for (std::size_t i = 0; i < samples.size(); ++i) {
+        const double second = static_cast<double>(i) / rate;
+        samples[i] = static_cast<short>(loudness * std::sin(fullCircle * hertz * second));
+    }
+    SndfileHandle file(path.string(), SFM_WRITE, SF_FORMAT_WAV | SF_FORMAT_PCM_16, 1, rate);
+    const auto count = static_cast<sf_count_t>(samples.size());
+    if (file.error() != SF_ERR_NO_ERROR || file.write(samples.data(), count) != count) {
+        throw Failure(ExitCode::Usage, path.string() + ": " + file.strError());
+    }
+}
+
+}  // namespace console

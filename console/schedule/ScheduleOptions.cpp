@@ -1,0 +1,218 @@
+#include "console/schedule/ScheduleOptions.h"
+
+#include "console/ExitCode.h"
+#include "console/arguments/heardArguments.h"
+#include "console/commands/playMessage.h"
+#include "console/schedule/scheduleCheck.h"
+#include "console/schedule/stationClock.h"
+
+namespace console {
+
+namespace {
+
+constexpr int minutesOfDay = 24 * 60;
+
+void addMoment(Parser& parser, const std::string& name, DateTime& value, const std::string& help) {
+    const auto take = [&value, name](const std::string& text) {
+        value = parseDateTime(name, text);
+    };
+    parser.add(name, take, help, "DATE|TIME|DATETIME");
+}
+
+void addTimes(Parser& parser, ScheduleOptions& o) {
+    addMoment(parser, "--from", o.from,
+              "First date and the time of day, as 2026-12-01T06:00 (default: today, 00:00)");
+    addMoment(parser, "--until", o.until,
+              "Last date, and the end of each day's repetitions (default: 2099-12-31T23:59)");
+    const auto takeDays = [&o](const std::string& text) { o.dayMask = parseDays("--days", text); };
+    parser.add("--days", takeDays, "As mon-fri,sun, or daily (default)", "DAYS");
+    parser.addWhole("--every", o.every, {0, minutesOfDay},
+                    "Minutes between the repetitions of a day, 0 for none (default)");
+}
+
+void addContent(Parser& parser, ScheduleOptions& o) {
+    addHeard(parser, o.items, o.texts, o.file, "A recording to play, by its path at the server",
+             "PATH");
+    parser.addWhole("--repeat", o.repeat, {1, greatestWhole},
+                    "How often the items are played (default 1)");
+    parser.addText("--language", o.language, "Language of the texts");
+    parser.addText("--voice", o.voice, "Voice of the texts");
+    parser.addWhole("--source", o.source, {0, greatestWhole},
+                    "Number of the source that holds the file (default 0)");
+
+    parser.addText("--template", o.displayTemplate, "Template of a text to show", "TEMPLATE");
+    parser.addTexts("--set", o.variables, "A variable of the template; repeatable", "KEY=VALUE");
+    parser.addWhole("--validity", o.validity, {0, greatestWhole},
+                    "Seconds for which the text is shown (default 30)");
+}
+
+// ------------------------------------------------------------------------------- what is changed
+
+template <class Value>
+void setIfGiven(Value& member, const std::optional<Value>& given) {
+    member = given.value_or(member);
+}
+
+/// @throws Failure when an option is given that does not go with the schedule
+void requireIf(bool given, bool fits, const char* text) {
+    if (given && !fits) {
+        throw Failure(ExitCode::Usage, text);
+    }
+}
+
+void changeTimes(ScheduleDefinition& schedule, const ScheduleOptions& o) {
+    if (o.from.date) {
+        schedule.startYear = o.from.date->year;
+        schedule.startMonth = o.from.date->month;
+        schedule.startDay = o.from.date->day;
+    }
+    if (o.from.time) {
+        schedule.startHour = o.from.time->hour;
+        schedule.startMinute = o.from.time->minute;
+    }
+    if (o.until.date) {
+        schedule.endYear = o.until.date->year;
+        schedule.endMonth = o.until.date->month;
+        schedule.endDay = o.until.date->day;
+    }
+    if (o.until.time) {
+        schedule.endHour = o.until.time->hour;
+        schedule.endMinute = o.until.time->minute;
+    }
+    setIfGiven(schedule.dayMask, o.dayMask);
+    setIfGiven(schedule.frequency, o.every);
+}
+
+/// Has the schedule play something of this type from now on, instead of anything else.
+void setAudioType(ScheduleDefinition& schedule, AnnouncementType type) {
+    schedule.announcementType = type;
+    schedule = asTold(schedule);
+}
+
+/// The texts that are given, or those that there are, in the voice that is asked for.
+void changeSpoken(ScheduleDefinition& schedule, const ScheduleOptions& o) {
+    std::vector<std::string> texts = o.texts;
+    auto language = o.language;
+    auto voice = o.voice;
+    if (!schedule.ttsList.empty() && !language && !voice) {
+        language = schedule.ttsList.front().language;
+        voice = schedule.ttsList.front().voice;
+    }
+    for (const TTSVocalizer& spoken : schedule.ttsList) {
+        if (o.texts.empty()) {
+            texts.push_back(spoken.text);
+        }
+    }
+    TTSVocalizer spoken;
+    const TTSVocalizer known = voiceFor(language, voice);
+    spoken.language = known.language;
+    spoken.voice = known.voice;
+    schedule.ttsList.clear();
+    for (const std::string& text : texts) {
+        spoken.text = text;
+        schedule.ttsList.push_back(spoken);
+    }
+}
+
+void changeAudio(ScheduleDefinition& schedule, const ScheduleOptions& o) {
+    if (!o.items.empty()) {
+        setAudioType(schedule, AT_TEV);
+        schedule.dictionaryItems = o.items;
+    }
+    if (!o.texts.empty() && !isSpoken(schedule.announcementType)) {
+        setAudioType(schedule, AT_TTS);
+    }
+    if (o.file && !isStored(schedule.announcementType)) {
+        setAudioType(schedule, AT_STORED_DATA);
+    }
+    const bool isVoiceGiven = o.language || o.voice;
+    requireIf(o.repeat.has_value(), schedule.announcementType == AT_TEV,
+              "--repeat goes with --items");
+    requireIf(isVoiceGiven, isSpoken(schedule.announcementType),
+              "--language and --voice go with --text");
+    requireIf(o.source.has_value(), isStored(schedule.announcementType),
+              "--source goes with --file");
+    setIfGiven(schedule.repeatCnt, o.repeat);
+    if (!o.texts.empty() || isVoiceGiven) {
+        changeSpoken(schedule, o);
+    }
+    setIfGiven(schedule.storedDataFilePath, o.file);
+    setIfGiven(schedule.storedDataSourceId, o.source);
+}
+
+void changeVisual(ScheduleDefinition& schedule, const ScheduleOptions& o) {
+    constexpr int usualValidity = 30;
+    if (o.displayTemplate && schedule.visualAnnouncementType == AT_NONE) {
+        schedule.visualAnnouncementType = AT_DISPLAY_TEMPLATE;
+        schedule.displayTemplateValidityPeriodSeconds = usualValidity;
+    }
+    const bool isShown = schedule.visualAnnouncementType != AT_NONE;
+    requireIf(!o.variables.empty(), isShown, "--set goes with --template");
+    requireIf(o.validity.has_value(), isShown, "--validity goes with --template");
+    setIfGiven(schedule.displayTemplateName, o.displayTemplate);
+    for (const auto& [key, value] : variablesOf(o)) {
+        schedule.displayTemplateKeyValueList[key] = value;
+    }
+    setIfGiven(schedule.displayTemplateValidityPeriodSeconds, o.validity);
+}
+
+}  // namespace
+
+void addScheduleOptions(Parser& parser, ScheduleOptions& o) {
+    parser.addText("--description", o.description, "What it is for");
+    addTimes(parser, o);
+    parser.addTexts("--zones", o.zones, "A zone, or several with commas between; repeatable",
+                    "ZONES");
+    addContent(parser, o);
+    parser.addWhole("--priority", o.priority, anyWhole, "Priority level (default 500)");
+    const auto addMode = [&](const char* name, AnnouncementPriorityMode mode, const char* help) {
+        return parser.addFlag(
+            name, [&o, mode] { o.priorityMode = mode; }, help);
+    };
+    addMode("--relative", APM_RELATIVE_PRIORITY, "The level counts from the server's own")
+        .excludes(addMode("--absolute", APM_ABSOLUTE_PRIORITY, "It does not (default)"));
+    parser.addNumber("--gain", o.gain, {-1000, 1000}, "Gain in dB, 0 for the server's own");
+    parser.addText("--chime", o.chime, "A chime of the server, played first", "CHIME");
+}
+
+ScheduleDefinition blankSchedule() {
+    ScheduleOptions usual;
+    usual.from = {stationDate(), TimeOfDay{0, 0}};
+    usual.until = {Date{2099, 12, 31}, TimeOfDay{23, 59}};
+    usual.dayMask = everyDay;
+    ScheduleDefinition schedule;
+    changeTimes(schedule, usual);
+    return schedule;
+}
+
+ScheduleDefinition changed(ScheduleDefinition schedule, const ScheduleOptions& o) {
+    setIfGiven(schedule.descrption, o.description);
+    changeTimes(schedule, o);
+    if (!o.zones.empty()) {
+        schedule.paZones = zonesFor(o.zones);
+    }
+    changeAudio(schedule, o);
+    changeVisual(schedule, o);
+    setIfGiven(schedule.priorityLevel, o.priority);
+    setIfGiven(schedule.priorityMode, o.priorityMode);
+    setIfGiven(schedule.gain, o.gain);
+    setIfGiven(schedule.chime, o.chime);
+    return schedule;
+}
+
+std::map<std::string, std::string> variablesOf(const ScheduleOptions& options) {
+    std::map<std::string, std::string> variables;
+    for (const std::string& variable : options.variables) {
+        const std::size_t equals = variable.find('=');
+        if (equals == std::string::npos) {
+            throw Failure(ExitCode::Usage, "--set '" + variable + "' is not KEY=VALUE");
+        }
+        const std::string key = variable.substr(0, equals);
+        if (!variables.emplace(key, variable.substr(equals + 1)).second) {
+            throw Failure(ExitCode::Usage, "--set gives '" + key + "' twice");
+        }
+    }
+    return variables;
+}
+
+}  // namespace console

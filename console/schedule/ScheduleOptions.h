@@ -1,0 +1,57 @@
+#pragma once
+
+#include <map>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "console/arguments/Parser.h"
+#include "console/schedule/scheduleTimes.h"
+
+namespace console {
+
+/// What is asked for a schedule: the values of the options that are given.
+struct ScheduleOptions {
+    std::optional<std::string> description;
+    DateTime from;
+    DateTime until;
+    std::optional<int> dayMask;
+    std::optional<int> every;  // minutes
+    std::vector<std::string> zones;
+
+    // What is heard: one of these three.
+    std::vector<unsigned> items;
+    std::optional<int> repeat;
+    std::vector<std::string> texts;
+    std::optional<std::string> language;  // of the texts
+    std::optional<std::string> voice;
+    std::optional<std::string> file;
+    std::optional<int> source;
+
+    // What is shown.
+    std::optional<std::string> displayTemplate;
+    std::vector<std::string> variables;  // KEY=VALUE
+    std::optional<int> validity;         // seconds
+
+    std::optional<int> priority;
+    std::optional<AnnouncementPriorityMode> priorityMode;
+    std::optional<double> gain;  // dB
+    std::optional<std::string> chime;
+};
+
+/// Adds the options to a parser, which then fills in `options`.
+void addScheduleOptions(Parser& parser, ScheduleOptions& options);
+
+/// A schedule of which nothing is said yet: at midnight of every day from today on.
+ScheduleDefinition blankSchedule();
+
+/// The schedule with what the options say, and all else as it is. What is heard replaces what was
+/// heard before. Zones and voices are looked up.
+/// @throws Failure when something is not known, or does not go with the schedule
+ScheduleDefinition changed(ScheduleDefinition schedule, const ScheduleOptions& options);
+
+/// The variables by key.
+/// @throws Failure when one is not KEY=VALUE, or a key is given twice
+std::map<std::string, std::string> variablesOf(const ScheduleOptions& options);
+
+}  // namespace console

@@ -1,0 +1,128 @@
+#include "console/schedule/scheduleJson.h"
+
+#include <limits>
+#include <map>
+
+#include "console/ExitCode.h"
+
+namespace console {
+
+namespace {
+
+[[noreturn]] void fail(const std::string& text) {
+    throw Failure(ExitCode::Usage, text);
+}
+
+template <class Record>
+void readRecord(const Json& json, Record& record);
+
+// Each of these reads a value of its type, or fails with what would be right.
+
+template <class Number>
+void readWhole(const Json& json, Number& value) {
+    using Limits = std::numeric_limits<Number>;
+    const bool fits = json.is_number_integer() &&
+                      (!json.is_number_unsigned() ||
+                       json.get<std::uint64_t>() <= static_cast<std::uint64_t>(Limits::max())) &&
+                      json.get<std::int64_t>() >= static_cast<std::int64_t>(Limits::min()) &&
+                      json.get<std::int64_t>() <= static_cast<std::int64_t>(Limits::max());
+    if (!fits) {
+        fail("is not a whole number from " + std::to_string(Limits::min()) + " to " +
+             std::to_string(Limits::max()));
+    }
+    value = json.get<Number>();
+}
+
+void read(const Json& json, int& value) {
+    readWhole(json, value);
+}
+
+void read(const Json& json, unsigned& value) {
+    readWhole(json, value);
+}
+
+void read(const Json& json, double& value) {
+    if (!json.is_number()) {
+        fail("is not a number");
+    }
+    value = json.get<double>();
+}
+
+void read(const Json& json, std::string& value) {
+    if (!json.is_string()) {
+        fail("is not a text");
+    }
+    value = json.get<std::string>();
+}
+
+void read(const Json& json, TTSVocalizer& value) {
+    readRecord(json, value);
+}
+
+template <class Enumeration, class = std::enable_if_t<std::is_enum_v<Enumeration>>>
+void read(const Json& json, Enumeration& value) {
+    int number = 0;
+    read(json, number);
+    value = static_cast<Enumeration>(number);
+}
+
+template <class Entry>
+void read(const Json& json, std::vector<Entry>& value) {
+    if (!json.is_array()) {
+        fail("is not a list");
+    }
+    for (const Json& entry : json) {
+        read(entry, value.emplace_back());
+    }
+}
+
+void read(const Json& json, std::map<std::string, std::string>& value) {
+    if (!json.is_object()) {
+        fail("is not an object");
+    }
+    for (const auto& entry : json.items()) {
+        read(entry.value(), value[entry.key()]);
+    }
+}
+
+/// Reads the member if it has the name.
+template <class Record, class Value>
+bool readIfNamed(const std::string& name, const Json& json, Record& record,
+                 const Member<Value Record::*>& member) {
+    if (name != member.name) {
+        return false;
+    }
+    try {
+        read(json, record.*member.read);
+    } catch (const Failure& failure) {
+        fail("the member '" + name + "' " + failure.what());
+    }
+    return true;
+}
+
+template <class Record>
+void readRecord(const Json& json, Record& record) {
+    if (!json.is_object()) {
+        fail("is not an object");
+    }
+    for (const auto& entry : json.items()) {
+        const bool isKnown = std::apply(
+            [&](const auto&... member) {
+                return (readIfNamed(entry.key(), entry.value(), record, member) || ...);
+            },
+            membersOf(record));
+        if (!isKnown) {
+            fail("the member '" + entry.key() + "' is not known");
+        }
+    }
+}
+
+}  // namespace
+
+ScheduleDefinition scheduleFrom(const Json& json) {
+    ScheduleDefinition schedule;
+    readRecord(json, schedule);
+    return schedule;
+}
+
+}  // namespace console

@@ -1,0 +1,107 @@
+#include "console/schedule/schedulePut.h"
+
+#include <algorithm>
+#include <atomic>
+#include <cmath>
+#include <memory>
+#include <set>
+
+#include "console/ExitCode.h"
+#include "console/following/BlockingCall.h"
+#include "console/following/operate.h"
+#include "console/schedule/scheduleCheck.h"
+#include "sdk/PAController.h"
+#include "sdk/globals.h"
+
+namespace console {
+
+namespace {
+
+/// Whether a change tells of this very schedule.
+bool tellsOf(const std::optional<Change>& change, const ScheduleDefinition& schedule) {
+    const auto* const told = change && change->kind == Change::Kind::Update
+                                 ? std::get_if<ScheduleDefinition>(&change->what)
+                                 : nullptr;
+    return told != nullptr && isSame(*told, schedule);
+}
+
+bool isKept(const ScheduleDefinition& schedule) {
+    const auto kept = scheduleNumbered(schedule.Id);
+    return kept && isSame(*kept, schedule);
+}
+
+}  // namespace
+
+std::string putSchedule(const Context& context, const ScheduleDefinition& schedule) {
+    check(schedule);
+    const ScheduleDefinition wanted = asTold(schedule);
+    const bool wasKept = isKept(wanted);
+    const bool isShown = wanted.visualAnnouncementType != AT_NONE;
+    if (wasKept && !isShown) {
+        return ", as before";
+    }
+    // What is kept already may be shown for another time, of which nothing is told: then the next
+    // that is told of it counts. Anything else is seen before it is told.
+    Request request{"schedule " + std::to_string(schedule.Id) + " is in", {putScheduleOperation}};
+    request.tickSeconds = 0.002;
+    operate(
+        context, request, [&] { gPaController.modifySchedule(schedule); },
+        [&](const std::optional<Change>& change) {
+            return wasKept ? tellsOf(change, wanted) : isKept(wanted);
+        });
+    return {};
+}
+
+ScheduleDefinition putNewSchedule(const Context& context, ScheduleDefinition schedule) {
+    check(schedule);
+    const Request request{"the schedule is in", {putScheduleOperation}};
+    gMaxServerWaitTimeSeconds =
+        static_cast<int>(std::ceil(context.settings.timeout.value_or(request.seconds)));
+    const auto id = std::make_shared<std::atomic<int>>(0);
+    std::optional<BlockingCall> running;
+    const auto begin = [&] {
+        running.emplace([schedule, id] {
+            try {
+                *id = gPaController.createScheduleSync(schedule);
+            } catch (const std::invalid_argument&) {
+                return false;  // it has waited in vain
+            }
+            return true;
+        });
+    };
+    operate(context, request, begin, seen([&] { return running->result().has_value(); }));
+    if (!running->result().value()) {
+        throw Failure(ExitCode::TimedOut, "the server has not confirmed it in time; whether " +
+                                              request.effect + " is unknown");
+    }
+    schedule.Id = *id;
+    return schedule;
+}
+
+void removeSchedule(const Context& context, int id) {
+    const std::string effect = "schedule " + std::to_string(id) + " is removed";
+    operate(
+        context, {effect, {removeScheduleOperation}}, [id] { gPaController.deleteSchedule(id); },
+        seen([id] { return !scheduleNumbered(id); }));
+}
+
+int freeScheduleId() {
+    std::set<int> taken;
+    for (const ScheduleDefinition& schedule : gPaController.listSchedules()) {
+        taken.insert(schedule.Id);
+    }
+    int id = 1;
+    while (taken.count(id) > 0) {
+        ++id;
+    }
+    return id;
+}
+
+std::optional<ScheduleDefinition> scheduleNumbered(int id) {
+    const auto all = gPaController.listSchedules();
+    const auto found = std::find_if(all.begin(), all.end(),
+                                    [id](const ScheduleDefinition& s) { return s.Id == id; });
+    return found == all.end() ? std::nullopt : std::optional(*found);
+}
+
+}  // namespace console

@@ -1,0 +1,273 @@
+#include "console/shell/LineEditor.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cwchar>
+#include <fcntl.h>
+#include <new>
+#include <poll.h>
+#include <unistd.h>
+#include <utility>
+
+#include "console/ExitCode.h"
+#include "console/following/LiveView.h"
+#include "console/interrupt.h"
+#include "console/text/choiceTable.h"
+#include "console/text/cleanText.h"
+
+namespace console {
+
+namespace {
+
+constexpr std::size_t promptWidth = 11;
+
+/// The first argument of what the library calls is the editor itself.
+LineEditor& editorOf(EditLine* edit) {
+    void* data = nullptr;
+    el_get(edit, EL_CLIENTDATA, &data);
+    return *static_cast<LineEditor*>(data);
+}
+
+char* prompt(EditLine* /*edit*/) {
+    static char text[] = "paconsole> ";
+    return text;
+}
+
+/// The calling thread's texts are UTF-8 while it lives.
+class Utf8Here {
+public:
+    explicit Utf8Here(locale_t locale) : before_(locale == nullptr ? nullptr : uselocale(locale)) {}
+    Utf8Here(const Utf8Here&) = delete;
+    Utf8Here& operator=(const Utf8Here&) = delete;
+    ~Utf8Here() {
+        if (before_ != nullptr) {
+            uselocale(before_);
+        }
+    }
+
+private:
+    locale_t before_;
+};
+
+/// Diagnostics are held while it lives.
+class Holding {
+public:
+    explicit Holding(Output* diagnostics) : diagnostics_(diagnostics) {
+        if (diagnostics_ != nullptr) {
+            diagnostics_->hold();
+        }
+    }
+    Holding(const Holding&) = delete;
+    Holding& operator=(const Holding&) = delete;
+    ~Holding() {
+        if (diagnostics_ != nullptr) {
+            diagnostics_->release();
+        }
+    }
+
+private:
+    Output* diagnostics_;
+};
+
+/// The keyboard once more, for reading without waiting: Ctrl-C takes back the keys before it, also
+/// those that have been seen to be there. The terminal's own descriptor is shared with others.
+int openKeys(int terminal) {
+    const std::string path = "/proc/self/fd/" + std::to_string(terminal);
+    const int opened = open(path.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
+    if (opened < 0) {
+        throw Failure(ExitCode::Usage, "the terminal cannot be read");
+    }
+    return opened;
+}
+
+/// How many characters the text has.
+int lengthOf(const std::string& utf8) {
+    return static_cast<int>(std::count_if(utf8.begin(), utf8.end(), [](char c) {
+        return (static_cast<unsigned char>(c) & 0xC0U) != 0x80;
+    }));
+}
+
+}  // namespace
+
+LineEditor::LineEditor(FILE* in, FILE* out, Output* diagnostics, HistoryFile& history,
+                       Helpers helpers)
+    : keys_(openKeys(fileno(in))),
+      out_(out),
+      diagnostics_(diagnostics),
+      historyFile_(history),
+      helpers_(std::move(helpers)),
+      locale_(newlocale(LC_CTYPE_MASK, "C.UTF-8", nullptr)),
+      history_(history_init()) {
+    const Utf8Here utf8(locale_.get());
+    edit_.reset(el_init("paconsole", in, out, stderr));
+    if (edit_ == nullptr || history_ == nullptr) {
+        throw std::bad_alloc();
+    }
+    EditLine* const edit = edit_.get();
+    HistEvent event;
+    ::history(history_.get(), &event, H_SETSIZE, static_cast<int>(HistoryFile::mostLines));
+    ::history(history_.get(), &event, H_SETUNIQUE, 1);
+    el_set(edit, EL_CLIENTDATA, this);
+    el_set(edit, EL_PROMPT, prompt);
+    el_set(edit, EL_EDITOR, "emacs");
+    el_set(edit, EL_HIST, ::history, history_.get());
+    el_set(edit, EL_GETCFN, readKey);
+    // The narrow function would keep copies of the names for good.
+    el_wset(edit, EL_ADDFN, L"complete", L"Complete the word", onTab);
+    el_set(edit, EL_BIND, "^I", "complete", nullptr);
+    el_set(edit, EL_BIND, "^R", "em-inc-search-prev", nullptr);
+    for (const std::string& line : historyFile_.load()) {
+        ::history(history_.get(), &event, H_ENTER, line.c_str());
+    }
+}
+
+LineEditor::~LineEditor() {
+    close(keys_);
+}
+
+bool LineEditor::next(std::string& line) {
+    const Utf8Here utf8(locale_.get());
+    while (true) {
+        isCancelled_ = false;
+        columns_ = columns();
+        int count = 0;
+        const char* text = nullptr;
+        {
+            const Holding holding(diagnostics_);
+            el_set(edit_.get(), EL_PREP_TERM, 1);  // before the prompt invites keys
+            text = el_gets(edit_.get(), &count);
+        }
+        if (interrupt::isEnding()) {
+            interrupt::check();
+        }
+        if (text == nullptr || count <= 0) {
+            std::fputs("\n", out_);
+            std::fflush(out_);
+            return false;
+        }
+        if (!isCancelled_) {
+            line.assign(text, static_cast<std::size_t>(count));
+            line.erase(line.find_last_not_of("\r\n") + 1);
+            remember(line);
+            return true;
+        }
+    }
+}
+
+void LineEditor::remember(const std::string& line) {
+    if (line.find_first_not_of(" \t") != std::string::npos) {
+        HistEvent event;
+        ::history(history_.get(), &event, H_ENTER, line.c_str());
+        historyFile_.add(line);
+    }
+}
+
+// --------------------------------------------------------------------------------------- keyboard
+
+/// The next character, or 0 characters at the end of the input. A line that is cancelled ends like
+/// any other, so that the cursor goes below all of it.
+int LineEditor::readKey(EditLine* edit, wchar_t* key) {
+    LineEditor& self = editorOf(edit);
+    std::mbstate_t state = {};
+    while (self.waitForInput()) {
+        char byte = '\0';
+        const ssize_t count = read(self.keys_, &byte, 1);
+        if (count < 0 && (errno == EINTR || errno == EAGAIN)) {
+            continue;
+        }
+        if (count != 1) {
+            return 0;
+        }
+        const std::size_t result = std::mbrtowc(key, &byte, 1, &state);
+        if (result == static_cast<std::size_t>(-1)) {
+            *key = L'\uFFFD';  // no UTF-8
+        }
+        if (result != static_cast<std::size_t>(-2)) {
+            return 1;
+        }
+    }
+    *key = L'\n';
+    return 1;
+}
+
+/// @return false when the line is cancelled
+bool LineEditor::waitForInput() {
+    constexpr int tickMS = 50;
+    pollfd waiting = {keys_, POLLIN, 0};
+    while (!isCancelled_) {
+        const int ready = poll(&waiting, 1, tickMS);
+        isCancelled_ = interrupt::rearm() || interrupt::isEnding();
+        if (isCancelled_) {
+            break;
+        }
+        if (helpers_.onTick) {
+            helpers_.onTick();
+        }
+        const std::string news = diagnostics_ != nullptr ? diagnostics_->takeHeld() : "";
+        if (!news.empty()) {
+            showAbove(news);
+        }
+        if (columns() != columns_) {
+            columns_ = columns();
+            el_resize(edit_.get());
+        }
+        if (ready > 0) {
+            return true;
+        }
+    }
+    return false;
+}
+
+// ------------------------------------------------------------------------------------- completion
+
+unsigned char LineEditor::onTab(EditLine* edit, int /*key*/) {
+    return editorOf(edit).completeWord();
+}
+
+unsigned char LineEditor::completeWord() {
+    const LineInfo* const info = el_line(edit_.get());
+    const std::string line(info->buffer, info->cursor);
+    const Completion completion = helpers_.complete(line);
+    if (completion.choices.empty()) {
+        return CC_REFRESH_BEEP;
+    }
+    const std::string typed = line.substr(completion.begin);
+    if (completion.word != typed) {
+        el_deletestr(edit_.get(), lengthOf(typed));
+        el_insertstr(edit_.get(), completion.word.c_str());
+        return CC_REFRESH;
+    }
+    showAbove(choiceTable(completion.choices, columns()));
+    return CC_NORM;
+}
+
+// ---------------------------------------------------------------------------------------- drawing
+
+void LineEditor::showAbove(const std::string& lines) {
+    const std::size_t rows = rowsAboveCursor();
+    const std::string up = rows == 0 ? "" : "\x1b[" + std::to_string(rows) + 'A';
+    const std::string text = '\r' + up + "\x1b[J" + lines;
+    std::fputs(text.c_str(), out_);
+    std::fflush(out_);
+    el_set(edit_.get(), EL_REFRESH);
+}
+
+/// A control character is drawn as two, as in ^A.
+std::size_t LineEditor::rowsAboveCursor() const {
+    const LineInfo* const info = el_line(edit_.get());
+    std::size_t width = promptWidth;
+    for (const char* c = info->buffer; c != info->cursor; ++c) {
+        width += hasControlCharacter(std::string_view(c, 1)) ? 1 : 0;
+    }
+    std::string line(info->buffer, info->cursor);
+    std::replace_if(
+        line.begin(), line.end(),
+        [](char c) { return hasControlCharacter(std::string_view(&c, 1)); }, '^');
+    return (width + displayWidth(line)) / columns();
+}
+
+std::size_t LineEditor::columns() const {
+    return sizeOfTerminal(fileno(out_)).columns;
+}
+
+}  // namespace console

@@ -1,0 +1,71 @@
+#include "console/shell/LineFile.h"
+
+#include <cerrno>
+#include <cstring>
+#include <fcntl.h>
+#include <poll.h>
+#include <unistd.h>
+#include <utility>
+
+#include "console/ExitCode.h"
+#include "console/interrupt.h"
+
+namespace console {
+
+LineFile::LineFile(const std::string& path, const std::string& asWhat, std::function<void()> onTick)
+    : name_(path == "-" ? "standard input" : path),
+      asWhat_(asWhat),
+      onTick_(std::move(onTick)),
+      descriptor_(path == "-" ? dup(STDIN_FILENO) : open(path.c_str(), O_RDONLY | O_CLOEXEC)) {
+    if (descriptor_ < 0) {
+        fail();  // also when a pipe that nobody writes to has waited in vain
+    }
+}
+
+LineFile::~LineFile() {
+    close(descriptor_);
+}
+
+bool LineFile::next(std::string& line) {
+    std::size_t end = pending_.find('\n');
+    for (std::size_t searched = pending_.size(); end == std::string::npos && readMore();
+         searched = pending_.size()) {
+        end = pending_.find('\n', searched);
+    }
+    if (pending_.empty()) {
+        return false;
+    }
+    line = pending_.substr(0, end);
+    pending_.erase(0, end == std::string::npos ? end : end + 1);
+    if (!line.empty() && line.back() == '\r') {
+        line.pop_back();
+    }
+    return true;
+}
+
+bool LineFile::readMore() {
+    constexpr int tickMS = 50;
+    pollfd waiting = {descriptor_, POLLIN, 0};
+    while (poll(&waiting, 1, tickMS) <= 0) {
+        interrupt::check();
+        if (onTick_) {
+            onTick_();
+        }
+    }
+    char buffer[4096];
+    const ssize_t count = read(descriptor_, buffer, sizeof buffer);
+    if (count < 0) {
+        fail();
+    }
+    pending_.append(buffer, static_cast<std::size_t>(count));
+    return count > 0;
+}
+
+void LineFile::fail() const {
+    const int error = errno;
+    interrupt::check();
+    throw Failure(ExitCode::Usage, asWhat_ + ' ' + name_ + ": " +
+                                       std::strerror(error));  // NOLINT: one thread reads lines
+}
+
+}  // namespace console

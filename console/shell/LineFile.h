@@ -1,0 +1,36 @@
+#pragma once
+
+#include <functional>
+#include <string>
+
+#include "console/shell/LineSource.h"
+
+namespace console {
+
+/// The lines of a file, a pipe or a terminal. An ordinary stream would not wake up when the user
+/// interrupts.
+class LineFile final : public LineSource {
+public:
+    /// @param path   a file, "-" for the standard input
+    /// @param asWhat how messages call it, as in "script"
+    /// @param onTick called often while a line is waited for; may be empty
+    /// @throws Failure when it cannot be opened
+    LineFile(const std::string& path, const std::string& asWhat, std::function<void()> onTick = {});
+    ~LineFile() override;
+
+    const std::string& name() const { return name_; }
+
+    bool next(std::string& line) override;
+
+private:
+    bool readMore();
+    [[noreturn]] void fail() const;
+
+    const std::string name_;
+    const std::string asWhat_;
+    const std::function<void()> onTick_;
+    const int descriptor_;
+    std::string pending_;  // read and not handed out
+};
+
+}  // namespace console
