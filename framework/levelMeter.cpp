@@ -29,12 +29,6 @@ void subscribeUnsubscribeToResAmpVUMeterElement(bool subscribe, int element) {
     }
 }
 
-std::vector<int> subscribedLevelMeters() {
-    Meters& m = meters();
-    const std::lock_guard guard(m.lock);
-    return {m.subscribed.begin(), m.subscribed.end()};
-}
-
 void setLevelMeterSwitch(LevelMeterSwitch feed) {
     Meters& m = meters();
     const std::lock_guard guard(m.lock);

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <functional>
-#include <vector>
 
 /// @file
 /// Which amplifier elements have their level metered. Every function may be called from any thread.
@@ -9,9 +8,6 @@
 /// Starts or stops the level-meter feed of an amplifier element. Called by the controller with its
 /// mutex held. Starting a feed that runs, or stopping one that does not, changes nothing.
 void subscribeUnsubscribeToResAmpVUMeterElement(bool subscribe, int element);
-
-/// The amplifier elements whose feed is wanted, in ascending order.
-std::vector<int> subscribedLevelMeters();
 
 /// Told of each change of what is wanted, one at a time, maybe with the controller's mutex held: it
 /// must neither block nor call the controller.

@@ -15,6 +15,5 @@
 #define PA_REQUIRES(...) PA_THREAD_ANNOTATION(requires_capability(__VA_ARGS__))
 #define PA_ACQUIRE(...) PA_THREAD_ANNOTATION(acquire_capability(__VA_ARGS__))
 #define PA_RELEASE(...) PA_THREAD_ANNOTATION(release_capability(__VA_ARGS__))
-#define PA_EXCLUDES(...) PA_THREAD_ANNOTATION(locks_excluded(__VA_ARGS__))
 #define PA_ASSERT_CAPABILITY(...) PA_THREAD_ANNOTATION(assert_capability(__VA_ARGS__))
 #define PA_NO_THREAD_SAFETY_ANALYSIS PA_THREAD_ANNOTATION(no_thread_safety_analysis)

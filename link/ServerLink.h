@@ -33,8 +33,7 @@ public:
     /// Told what the level meters show. Called as above; must not block.
     using LevelHandler = std::function<void(const LevelReading&)>;
 
-    /// @param audioServer the facade of the process, never destroyed: the controller's worker uses
-    /// it
+    /// @param audioServer the facade of the process, never destroyed: the worker uses it
     /// @param transport   must outlive the link
     ServerLink(AudioServer& audioServer, Transport& transport);
     ServerLink(const ServerLink&) = delete;

@@ -1,5 +1,4 @@
 // Withdrawal of records: one table of what is deleted how, and one walk.
-#include <algorithm>
 #include <optional>
 #include <string>
 #include <type_traits>
@@ -64,8 +63,7 @@ auto find(std::map<int, Record>& cache, int key) {
     return cache.find(key);
 }
 auto find(std::vector<ScheduleDefinition>& cache, int key) {
-    return std::find_if(cache.begin(), cache.end(),
-                        [key](const ScheduleDefinition& schedule) { return schedule.Id == key; });
+    return findSchedule(cache, key);
 }
 
 constexpr int attachedZonesKind = 6;

@@ -2,22 +2,15 @@
 #include "sdk/Message.h"
 
 #include <algorithm>
-#include <stdexcept>
 
 #include "sdk/PAController.h"
+#include "sdk/checks.h"
 #include "sdk/globals.h"
 
 namespace {
 
 constexpr char uploadFolder[] = "/home/quillon/tmp/";
 constexpr char wrongType[] = "message type not valid for this function";
-
-template <class Exception>
-void require(bool condition, const char* text) {
-    if (!condition) {
-        throw Exception(text);
-    }
-}
 
 bool isOneOf(Message::Type type, std::initializer_list<Message::Type> allowed) {
     return std::find(allowed.begin(), allowed.end(), type) != allowed.end();
@@ -58,8 +51,7 @@ Message::TextEncoding Message::getAudioMessageTTSEncoding() const {
 void Message::setAudioMessage(const std::string& absolutePathWithFileName) {
     require<std::out_of_range>(!absolutePathWithFileName.empty(),
                                "invalid file path for recorded stream");
-    require<std::invalid_argument>(
-        isOneOf(audioMessageType, {NONE, RECORDED_STREAM, RECORDED_STREAM_SAF}), wrongType);
+    require(isOneOf(audioMessageType, {NONE, RECORDED_STREAM, RECORDED_STREAM_SAF}), wrongType);
     recordedStreamAbsoluteFilePathWithName = absolutePathWithFileName;
     if (audioMessageType == NONE) {
         audioMessageType = RECORDED_STREAM;
@@ -68,7 +60,7 @@ void Message::setAudioMessage(const std::string& absolutePathWithFileName) {
 
 void Message::setAudioMessage(const std::string& path, AudioEncoding /*encoding*/) {
     require<std::out_of_range>(!path.empty(), "invalid file path for recorded stream");
-    require<std::invalid_argument>(isOneOf(audioMessageType, {NONE, RECORDED_STREAM}), wrongType);
+    require(isOneOf(audioMessageType, {NONE, RECORDED_STREAM}), wrongType);
     pathToRecordedStreamToUpload = path;
     recordedStreamAbsoluteFilePathWithName = uploadFolder + fileNameOf(path);
     audioMessageType = RECORDED_STREAM;
@@ -81,15 +73,14 @@ void Message::setAudioMessage(const std::string& /*templateName*/,
 
 void Message::setAudioMessage(const std::vector<unsigned>& dictionaryItems) {
     require<std::out_of_range>(!dictionaryItems.empty(), "dictionaryItems list is empty");
-    require<std::invalid_argument>(isOneOf(audioMessageType, {NONE, DICTIONARY}), wrongType);
+    require(isOneOf(audioMessageType, {NONE, DICTIONARY}), wrongType);
     audioDictionaryItems = dictionaryItems;
     audioMessageType = DICTIONARY;
 }
 
 void Message::setAudioMessage(const std::string& text, const std::string& language,
                               const std::string& voice, TextEncoding encoding) {
-    require<std::invalid_argument>(isOneOf(audioMessageType, {NONE, TTS, TTS_SAF}),
-                                   "Type not valid for this function");
+    require(isOneOf(audioMessageType, {NONE, TTS, TTS_SAF}), "Type not valid for this function");
     require<std::out_of_range>(!text.empty(), "text argument is empty");
     require<std::out_of_range>(!language.empty(), "language arument is empty");
     require<std::out_of_range>(!voice.empty(), "voice argument is empty");
@@ -125,24 +116,23 @@ void Message::setAudioMessage(const std::vector<TTSVocalizer>& texts) {
 
 void Message::setVisualMessage(const std::string& text) {
     require<std::out_of_range>(!text.empty(), "text argument is empty");
-    require<std::invalid_argument>(displayDictionaryItems.empty(),
-                                   "visualDictionaryItems contains items");
-    require<std::invalid_argument>(isOneOf(visualMessageType, {NONE, DISPLAY_TEMPLATE}), wrongType);
+    require(displayDictionaryItems.empty(), "visualDictionaryItems contains items");
+    require(isOneOf(visualMessageType, {NONE, DISPLAY_TEMPLATE}), wrongType);
     displayText = text;
     visualMessageType = DISPLAY_TEMPLATE;
 }
 
 void Message::setVisualMessage(const std::vector<unsigned>& dictionaryItems) {
     require<std::out_of_range>(!dictionaryItems.empty(), "dictionaryItems list is empty");
-    require<std::invalid_argument>(displayText.empty(), "visualText already contains text");
-    require<std::invalid_argument>(isOneOf(visualMessageType, {NONE, DISPLAY_TEMPLATE}), wrongType);
+    require(displayText.empty(), "visualText already contains text");
+    require(isOneOf(visualMessageType, {NONE, DISPLAY_TEMPLATE}), wrongType);
     displayDictionaryItems = dictionaryItems;
     visualMessageType = DISPLAY_TEMPLATE;
 }
 
 void Message::setVisualMessage(const std::string& templateName, const DisplayVariables& variables,
                                int validity) {
-    require<std::invalid_argument>(isOneOf(visualMessageType, {NONE, DISPLAY_TEMPLATE}), wrongType);
+    require(isOneOf(visualMessageType, {NONE, DISPLAY_TEMPLATE}), wrongType);
     displayKeyValueList = variables;
     if (!templateName.empty()) {
         displayKeyValueList["{SCREEN}"] = {DISPLAY_VALUE_INFO(templateName, 0)};

@@ -134,8 +134,7 @@ public:
     /// controller at 48000 Hz, except on an indirect connection. Takes the controller's mutex.
     /// @throws std::invalid_argument when the audio part has another type
     /// @throws std::out_of_range    when text, language or voice is empty, the encoding is not
-    /// UTF-8
-    ///                               or no such vocalizer is known
+    ///                               UTF-8, or no such vocalizer is known
     void setAudioMessage(const std::string& text, const std::string& language,
                          const std::string& voice, TextEncoding encoding);
 

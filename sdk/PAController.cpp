@@ -4,11 +4,6 @@
 #include <exception>
 
 #include "framework/clock.h"
-#include "sdk/AudioServer.h"
-#include "sdk/Payload.h"
-#include "sdk/QXReceiver.h"
-#include "sdk/destination.h"
-#include "sdk/globals.h"
 #include "sdk/notify.h"
 #include "sdk/paDebug.h"
 
@@ -83,20 +78,10 @@ int PAController::threadFunction(void* /*argument*/) {
     }
 }
 
-// Operation 92/7: sourceId,lockedUUID
-void PAController::renewSourceLocks() {
-    AudioServer* const audioServer = gAudioServerInstance;
-    if (audioServer == nullptr) {
-        return;
-    }
-    for (const PaSourceLockStatus& lock : availablePaSourcesLockStatus) {
-        if (lock.lockedUUID.empty() || lock.lockedUUID != audioServer->getUUID()) {
-            continue;  // nobody's lock, or another client's
-        }
-        const Payload payload =
-            Payload().number(lock.sourceId).separator(',').plain(lock.lockedUUID);
-        gQXReceiver.addOperationToSendQueue(destination::activeServer(), 92, 7, 1, payload.text());
-        PA_DEBUG(1, "%s: sending extend lock for sourceId >%d<, UUID >%s<", "threadFunction",
-                 lock.sourceId, lock.lockedUUID.c_str());
-    }
+/// Lets a synchronous operation that waits for a record have the mutex before the observers.
+void PAController::pauseBeforeNotification() {
+    constexpr int pauseMS = 100;
+    paControllerMtx.leave();
+    sleepMS(pauseMS);
+    paControllerMtx.enter();
 }

@@ -357,15 +357,15 @@ private:
     void deleteEntries(const DeletionRow<Cache, Argument>& row, int key)
         PA_REQUIRES(paControllerMtx);
 
+    void pauseBeforeNotification() PA_REQUIRES(paControllerMtx);
     std::vector<PAControllerObserver*> observers() const;
     void reportThrowingObserver();
     void renewSourceLocks() PA_REQUIRES(paControllerMtx);
     void giveUpOldPreviews() PA_REQUIRES(paControllerMtx);
     void updateLockStatus(int sourceId, const std::string& lockedUUID) PA_REQUIRES(paControllerMtx);
-    /// The first entry of a source, null for none.
+    /// The entry of a source, null for none.
     PaSourceLockStatus* lockOf(int sourceId) PA_REQUIRES(paControllerMtx);
-    template <class Confirms>
-    bool waitForLock(int sourceId, std::time_t sent, Confirms confirms);
+    bool changeLock(int sourceId, int operationNumber);
     void subscribeVUMeter(bool subscribe, int sourceId);
     bool hasSwTriggers() const;
     template <class PayloadOf>

@@ -44,7 +44,7 @@ public:
     ///                  item's UUID when it answers none
     /// @param success   whether there is audio
     /// @param error     why not: `MRE_INVALID_PARAMS` not rendered, `MRE_TIMED_OUT` not answered
-    /// within 90 s
+    ///                  within 90 s
     /// @param uri       where the audio can be fetched
     virtual void onAudioMessageRetrievalComplete(const std::string& requestId, bool success,
                                                  MessageRetrievalError error,

@@ -26,14 +26,14 @@ constexpr Column<PaSelector> columns[] = {
 
 /// The zones are not among them: no record carries them.
 constexpr Field<PaSelector> fields[] = {
-    byValue<PaSelector, &PaSelector::associatedSourceId>,
-    byValue<PaSelector, &PaSelector::label>,
-    byValue<PaSelector, &PaSelector::type>,
-    byValue<PaSelector, &PaSelector::number>,
-    byValue<PaSelector, &PaSelector::protection>,
-    byValue<PaSelector, &PaSelector::mode>,
-    byValue<PaSelector, &PaSelector::dynamicRestriction>,
-    byValue<PaSelector, &PaSelector::state>,
+    byValue<&PaSelector::associatedSourceId>,
+    byValue<&PaSelector::label>,
+    byValue<&PaSelector::type>,
+    byValue<&PaSelector::number>,
+    byValue<&PaSelector::protection>,
+    byValue<&PaSelector::mode>,
+    byValue<&PaSelector::dynamicRestriction>,
+    byValue<&PaSelector::state>,
 };
 
 }  // namespace

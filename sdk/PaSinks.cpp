@@ -5,16 +5,15 @@
 #include "resource/common/stringUtils.h"
 #include "sdk/AudioServer.h"
 #include "sdk/PAController.h"
-#include "sdk/Payload.h"
-#include "sdk/QXReceiver.h"
 #include "sdk/cacheValues.h"
-#include "sdk/destination.h"
+#include "sdk/checks.h"
 #include "sdk/globals.h"
 #include "sdk/notify.h"
 #include "sdk/paDebug.h"
+#include "sdk/queueOperation.h"
 #include "sdk/recordColumns.h"
 #include "sdk/recordMerge.h"
-#include "sdk/unsupportedType.h"
+#include "sdk/requestParts.h"
 
 namespace {
 
@@ -75,14 +74,14 @@ constexpr Column<PaSink> columns[] = {
 
 /// The name of the type is not among them: a sink keeps the one it was added with.
 constexpr Field<PaSink> fields[] = {
-    byValue<PaSink, &PaSink::location>,          byValue<PaSink, &PaSink::label>,
-    byValue<PaSink, &PaSink::ipAddress>,         byValue<PaSink, &PaSink::type>,
-    byValue<PaSink, &PaSink::ampPortList>,       byValue<PaSink, &PaSink::state>,
-    byValue<PaSink, &PaSink::announcementType>,  byValue<PaSink, &PaSink::outputGain>,
-    byValue<PaSink, &PaSink::muteState>,         byValue<PaSink, &PaSink::monitoringSinkId>,
-    byValue<PaSink, &PaSink::healthState>,       bySize<PaSink, &PaSink::paZoneList>,
-    byValue<PaSink, &PaSink::monitoringEnabled>, bySize<PaSink, &PaSink::monitoringZoneList>,
-    byValue<PaSink, &PaSink::mediaLog>,
+    byValue<&PaSink::location>,          byValue<&PaSink::label>,
+    byValue<&PaSink::ipAddress>,         byValue<&PaSink::type>,
+    byValue<&PaSink::ampPortList>,       byValue<&PaSink::state>,
+    byValue<&PaSink::announcementType>,  byValue<&PaSink::outputGain>,
+    byValue<&PaSink::muteState>,         byValue<&PaSink::monitoringSinkId>,
+    byValue<&PaSink::healthState>,       bySize<&PaSink::paZoneList>,
+    byValue<&PaSink::monitoringEnabled>, bySize<&PaSink::monitoringZoneList>,
+    byValue<&PaSink::mediaLog>,
 };
 
 bool hasGain(PaSink::Type type) {
@@ -132,34 +131,24 @@ std::vector<PaSink> PAController::getPaSinks() {
 
 // Operation 92/8: id,level,persistent,delayPersistence
 void PaSink::setGain(Gain gain, bool persistent, bool delayPersistence) {
-    if (!hasGain(type)) {
-        throwUnsupportedType<std::invalid_argument>("setGain: Unsupported Sink Type", type);
-    }
-    if (gain.getLevel() < -96.0 || gain.getLevel() > 0.0) {
-        throw std::out_of_range("PaSink::setGain(): Invalid Gain Level. Valid Range [-96, 0]");
-    }
-    const Payload payload = Payload()
-                                .number(id)
-                                .separator(',')
-                                .level(gain.getLevel())
-                                .separator(',')
-                                .flag(persistent)
-                                .separator(',')
-                                .flag(delayPersistence);
-    gQXReceiver.addOperationToSendQueue(destination::directLink, 92, 8, 1, payload.text());
+    const double level = gain.getLevel();
+    requireType<std::invalid_argument>(hasGain(type), "setGain: Unsupported Sink Type", type);
+    // Not a range test: a level that is no number goes out.
+    require<std::out_of_range>(!(level < -96.0 || level > 0.0),
+                               "PaSink::setGain(): Invalid Gain Level. Valid Range [-96, 0]");
+    queueOperation(destination::directLink, 92, 8,
+                   gainPayload(id, level, persistent, delayPersistence));
 }
 
 Gain PaSink::getGain() {
-    if (!hasGain(type)) {
-        throwUnsupportedType<std::out_of_range>("getGain: Unsupported Sink Type", type);
-    }
+    requireType<std::out_of_range>(hasGain(type), "getGain: Unsupported Sink Type", type);
     return outputGain;
 }
 
 // Operation 92/10: enable,id
 void PaSink::setPAMonitoring(bool enable) {
-    const Payload payload = Payload().flag(enable).separator(',').number(id);
-    gQXReceiver.addOperationToSendQueue(destination::directLink, 92, 10, 1, payload.text());
+    queueOperation(destination::directLink, 92, 10,
+                   Payload().flag(enable).separator(',').number(id));
 }
 
 bool PaSink::getPAMonitoring() {
@@ -168,9 +157,7 @@ bool PaSink::getPAMonitoring() {
 
 // Operation 92/29: id
 void PaSink::reset() {
-    if (type != ZENTRIQ_KPL2 && type != ZENTRIQ_RMX4) {
-        throwUnsupportedType<std::out_of_range>("reset: Unsupported Sink Type", type);
-    }
-    gQXReceiver.addOperationToSendQueue(destination::directLink, 92, 29, 1,
-                                        Payload().number(id).text());
+    requireType<std::out_of_range>(type == ZENTRIQ_KPL2 || type == ZENTRIQ_RMX4,
+                                   "reset: Unsupported Sink Type", type);
+    queueOperation(destination::directLink, 92, 29, Payload().number(id));
 }

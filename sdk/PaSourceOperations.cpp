@@ -1,17 +1,15 @@
-// What an application asks of a source: gain, zones, its lock, its level meter.
+// What an application asks of a source: gain, zones, its lock, its level meter. The worker renews
+// the lock.
 #include <algorithm>
-#include <optional>
-#include <stdexcept>
 
-#include "framework/clock.h"
 #include "framework/levelMeter.h"
 #include "sdk/AudioServer.h"
 #include "sdk/PAController.h"
-#include "sdk/Payload.h"
-#include "sdk/QXReceiver.h"
-#include "sdk/destination.h"
-#include "sdk/globals.h"
-#include "sdk/unsupportedType.h"
+#include "sdk/checks.h"
+#include "sdk/paDebug.h"
+#include "sdk/queueOperation.h"
+#include "sdk/requestParts.h"
+#include "sdk/serverWait.h"
 
 namespace {
 
@@ -20,7 +18,7 @@ constexpr int attachSource = 1;
 constexpr int detachSource = 2;
 constexpr int attachZones = 3;
 constexpr int detachZones = 4;
-constexpr int pollMS = 50;
+constexpr int renewLock = 7;
 constexpr int sourcesPerAmplifierElement = 100;
 
 bool hasGain(PaSource::Type type) {
@@ -28,20 +26,14 @@ bool hasGain(PaSource::Type type) {
 }
 
 void sendToActiveServer(int operationNumber, const Payload& payload) {
-    gQXReceiver.addOperationToSendQueue(destination::activeServer(), resourceClass, operationNumber,
-                                        1, payload.text());
+    queueOperation(destination::activeServer(), resourceClass, operationNumber, payload);
 }
 
-void refuseEmptyId(const std::string& zoneId) {
-    if (zoneId.empty()) {
-        throw std::out_of_range("Invalid zoneId");
-    }
+void refuseEmpty(const std::string& zoneId) {
+    require<std::out_of_range>(!zoneId.empty(), "Invalid zoneId");
 }
-
-void refuseEmptyList(const std::vector<std::string>& zoneIds) {
-    if (zoneIds.empty()) {
-        throw std::out_of_range("Empty zoneIdList");
-    }
+void refuseEmpty(const std::vector<std::string>& zoneIds) {
+    require<std::out_of_range>(!zoneIds.empty(), "Empty zoneIdList");
 }
 
 // id,zone^zone
@@ -59,40 +51,28 @@ Payload lockPayload(int sourceId, const std::string& uuid) {
 
 // Operation 92/9: id,level,first,second
 void PaSource::setGain(double level, bool first, bool second) const {
-    if (!hasGain(type)) {
-        throwUnsupportedType<std::invalid_argument>("setGain: Unsupported Source Type", type);
-    }
-    if (level < -96.0 || level > 42.0) {
-        throw std::out_of_range("PaSource::setGain(): Invalid Gain Level. Valid Range [-96, +42]");
-    }
-    const Payload payload = Payload()
-                                .number(id)
-                                .separator(',')
-                                .level(level)
-                                .separator(',')
-                                .flag(first)
-                                .separator(',')
-                                .flag(second);
-    gQXReceiver.addOperationToSendQueue(destination::directLink, resourceClass, 9, 1,
-                                        payload.text());
+    requireType<std::invalid_argument>(hasGain(type), "setGain: Unsupported Source Type", type);
+    // Not a range test: a level that is no number goes out.
+    require<std::out_of_range>(!(level < -96.0 || level > 42.0),
+                               "PaSource::setGain(): Invalid Gain Level. Valid Range [-96, +42]");
+    queueOperation(destination::directLink, resourceClass, 9,
+                   gainPayload(id, level, first, second));
 }
 
 double PaSource::getGain() const {
-    if (!hasGain(type)) {
-        // The text of a sink, and not the exception of setGain: applications know it so.
-        throwUnsupportedType<std::out_of_range>("getGain: Unsupported Sink Type", type);
-    }
+    // The text of a sink, and not the exception of setGain: applications know it so.
+    requireType<std::out_of_range>(hasGain(type), "getGain: Unsupported Sink Type", type);
     return inputGain;
 }
 
 void PaSource::attachPaZone(const std::string& zoneId, AttachMode mode) const {
-    refuseEmptyId(zoneId);
+    refuseEmpty(zoneId);
     attachPaZone(std::vector{zoneId}, mode);
 }
 
 // Operation 92/3: id,zone^zone
 void PaSource::attachPaZone(const std::vector<std::string>& zoneIds, AttachMode mode) const {
-    refuseEmptyList(zoneIds);
+    refuseEmpty(zoneIds);
     if (mode == REPLACE_EXISTING_SET) {
         detachAllPaZones();
     }
@@ -100,13 +80,13 @@ void PaSource::attachPaZone(const std::vector<std::string>& zoneIds, AttachMode 
 }
 
 void PaSource::detachPaZone(const std::string& zoneId) const {
-    refuseEmptyId(zoneId);
+    refuseEmpty(zoneId);
     detachPaZone(std::vector{zoneId});
 }
 
 // Operation 92/4: id,zone^zone
 void PaSource::detachPaZone(const std::vector<std::string>& zoneIds) const {
-    refuseEmptyList(zoneIds);
+    refuseEmpty(zoneIds);
     sendToActiveServer(detachZones, zonesPayload(id, zoneIds));
 }
 
@@ -126,69 +106,55 @@ std::vector<std::string> PaSource::getAttachedPaZones() const {
 
 // Operation 92/1: sourceId,uuid
 bool PAController::attachPaSource(int sourceId) {
-    AudioServer* const audioServer = gAudioServerInstance;
-    if (audioServer == nullptr || sourceId < 1) {
-        return false;
-    }
-    const std::string self = audioServer->getUUID();
-    std::optional<std::time_t> sent;
-    {
-        const MutexGuard guard(paControllerMtx);
-        for (const PaSourceLockStatus& lock : availablePaSourcesLockStatus) {
-            if (lock.sourceId != sourceId) {
-                continue;
-            }
-            if (lock.lockedUUID == self) {
-                return true;
-            }
-            if (lock.lockedUUID.empty()) {
-                sendToActiveServer(attachSource, lockPayload(sourceId, self));
-                sent = wallClock();
-                break;
-            }
-        }
-    }
-    return sent && waitForLock(sourceId, *sent,
-                               [&self](const std::string& holder) { return holder == self; });
+    return changeLock(sourceId, attachSource);
 }
 
 // Operation 92/2: sourceId,uuid
 bool PAController::detachPaSource(int sourceId) {
+    return changeLock(sourceId, detachSource);
+}
+
+bool PAController::changeLock(int sourceId, int operationNumber) {
     AudioServer* const audioServer = gAudioServerInstance;
     if (audioServer == nullptr || sourceId < 1) {
         return false;
     }
+    const bool attaching = operationNumber == attachSource;
     const std::string self = audioServer->getUUID();
-    std::optional<std::time_t> sent;
+    std::time_t sent = 0;
     {
         const MutexGuard guard(paControllerMtx);
-        const auto& locks = availablePaSourcesLockStatus;
-        if (std::any_of(locks.begin(), locks.end(), [&](const PaSourceLockStatus& lock) {
-                return lock.sourceId == sourceId && lock.lockedUUID == self;
-            })) {
-            sendToActiveServer(detachSource, lockPayload(sourceId, self));
-            sent = wallClock();
+        const PaSourceLockStatus* const lock = lockOf(sourceId);
+        if (attaching && lock != nullptr && lock->lockedUUID == self) {
+            return true;
         }
+        if (lock == nullptr || lock->lockedUUID != (attaching ? "" : self)) {
+            return false;
+        }
+        sendToActiveServer(operationNumber, lockPayload(sourceId, self));
+        sent = wallClock();
     }
-    return sent && waitForLock(sourceId, *sent,
-                               [&self](const std::string& holder) { return holder != self; });
+    return waitForServer(sent, [&] {
+        const MutexGuard guard(paControllerMtx);
+        const PaSourceLockStatus* const lock = lockOf(sourceId);
+        return lock != nullptr && (lock->lockedUUID == self) == attaching;
+    });
 }
 
-/// Waits until the server has told a holder of the lock that `confirms`.
-template <class Confirms>
-bool PAController::waitForLock(int sourceId, std::time_t sent, Confirms confirms) {
-    const int limit = gMaxServerWaitTimeSeconds;
-    while (std::difftime(wallClock(), sent) < limit) {
-        {
-            const MutexGuard guard(paControllerMtx);
-            const PaSourceLockStatus* const lock = lockOf(sourceId);
-            if (lock != nullptr && confirms(lock->lockedUUID)) {
-                return true;
-            }
-        }
-        sleepMS(pollMS);
+// Operation 92/7: sourceId,uuid
+void PAController::renewSourceLocks() {
+    AudioServer* const audioServer = gAudioServerInstance;
+    if (audioServer == nullptr) {
+        return;
     }
-    return false;
+    for (const PaSourceLockStatus& lock : availablePaSourcesLockStatus) {
+        if (lock.lockedUUID.empty() || lock.lockedUUID != audioServer->getUUID()) {
+            continue;  // nobody's lock, or another client's
+        }
+        sendToActiveServer(renewLock, lockPayload(lock.sourceId, lock.lockedUUID));
+        PA_DEBUG(1, "%s: sending extend lock for sourceId >%d<, UUID >%s<", "threadFunction",
+                 lock.sourceId, lock.lockedUUID.c_str());
+    }
 }
 
 void PAController::enablePaSourceVUMeter(int sourceId) {

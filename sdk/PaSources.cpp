@@ -2,7 +2,6 @@
 #include <algorithm>
 #include <optional>
 
-#include "framework/clock.h"
 #include "sdk/PAController.h"
 #include "sdk/cacheValues.h"
 #include "sdk/globals.h"
@@ -12,8 +11,6 @@
 #include "sdk/recordMerge.h"
 
 namespace {
-
-constexpr int pauseBeforeNotificationMS = 100;
 
 /// What a source record brings beside the source itself.
 struct SourceRecord : PaSource {
@@ -45,10 +42,9 @@ constexpr Column<SourceRecord> columns[] = {
 
 /// The broadcast type is not among them: an update never changes it.
 constexpr Field<PaSource> fields[] = {
-    byValue<PaSource, &PaSource::location>,   byValue<PaSource, &PaSource::label>,
-    byValue<PaSource, &PaSource::ipAddress>,  byValue<PaSource, &PaSource::type>,
-    byValue<PaSource, &PaSource::subAddress>, byValue<PaSource, &PaSource::state>,
-    byValue<PaSource, &PaSource::inputGain>,  byValue<PaSource, &PaSource::healthState>,
+    byValue<&PaSource::location>,  byValue<&PaSource::label>,       byValue<&PaSource::ipAddress>,
+    byValue<&PaSource::type>,      byValue<&PaSource::subAddress>,  byValue<&PaSource::state>,
+    byValue<&PaSource::inputGain>, byValue<&PaSource::healthState>,
 };
 
 }  // namespace
@@ -64,7 +60,7 @@ void PAController::addUpdatePaSource(int key, TEVlist* record) {
         return;  // another server's source, seen through the local one
     }
 
-    MutexGuard guard(paControllerMtx);
+    const MutexGuard guard(paControllerMtx);
     const Merge merged =
         mergeRecord<PaSource>(availablePaSources, key, decoded, fields, matchById<PaSource>);
     const int sourceId = availablePaSources.at(key).id;
@@ -77,11 +73,7 @@ void PAController::addUpdatePaSource(int key, TEVlist* record) {
     }
     updateLockStatus(decoded.id, decoded.lockedUUID);
 
-    // A synchronous operation that waits for this record gets the mutex before the observers.
-    guard.leave();
-    sleepMS(pauseBeforeNotificationMS);
-    guard.enter();
-
+    pauseBeforeNotification();
     publish(availablePaSources, key, merged != Merge::Unchanged,
             &PAControllerObserver::onPaSourceUpdate, EventItem::PA_SOURCE_UPDATED);
 }

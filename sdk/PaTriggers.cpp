@@ -5,13 +5,11 @@
 
 #include "sdk/AudioServer.h"
 #include "sdk/PAController.h"
-#include "sdk/Payload.h"
-#include "sdk/QXReceiver.h"
 #include "sdk/cacheValues.h"
-#include "sdk/destination.h"
 #include "sdk/globals.h"
 #include "sdk/notify.h"
 #include "sdk/paDebug.h"
+#include "sdk/queueOperation.h"
 #include "sdk/recordColumns.h"
 #include "sdk/recordMerge.h"
 
@@ -37,13 +35,13 @@ constexpr Column<TriggerRecord> columns[] = {
 };
 
 constexpr Field<PaTrigger> fields[] = {
-    byValue<PaTrigger, &PaTrigger::associatedSourceId>,
-    byValue<PaTrigger, &PaTrigger::label>,
-    byValue<PaTrigger, &PaTrigger::type>,
-    byValue<PaTrigger, &PaTrigger::subAddress>,
-    byValue<PaTrigger, &PaTrigger::priority>,
-    byValue<PaTrigger, &PaTrigger::state>,
-    byValue<PaTrigger, &PaTrigger::associatedSelectorId>,
+    byValue<&PaTrigger::associatedSourceId>,
+    byValue<&PaTrigger::label>,
+    byValue<&PaTrigger::type>,
+    byValue<&PaTrigger::subAddress>,
+    byValue<&PaTrigger::priority>,
+    byValue<&PaTrigger::state>,
+    byValue<&PaTrigger::associatedSelectorId>,
 };
 
 constexpr int greatestSwPriority = 100;
@@ -186,8 +184,7 @@ void PAController::sendSwTrigger(int triggerId, const char* caller, int operatio
         handleError(1, "%s: SWTriggerId >%d< not created by me", caller, triggerId);
         return;
     }
-    gQXReceiver.addOperationToSendQueue(destination::directLink, 92, operationNumber, 1,
-                                        payload->text());
+    queueOperation(destination::directLink, 92, operationNumber, *payload);
 }
 
 /// Does not wait for a callback that is running.

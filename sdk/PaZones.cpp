@@ -26,11 +26,11 @@ constexpr Column<PaZone> columns[] = {
 
 /// The health is not among them: a zone keeps the one that it was added with.
 constexpr Field<PaZone> fields[] = {
-    byValue<PaZone, &PaZone::id>,
-    byValue<PaZone, &PaZone::activity>,
-    byValue<PaZone, &PaZone::activityText>,
-    byValue<PaZone, &PaZone::announcementType>,
-    byValue<PaZone, &PaZone::announcementTypeText>,
+    byValue<&PaZone::id>,
+    byValue<&PaZone::activity>,
+    byValue<&PaZone::activityText>,
+    byValue<&PaZone::announcementType>,
+    byValue<&PaZone::announcementTypeText>,
 };
 
 using ZoneIds = std::set<std::string>;

@@ -1,15 +1,12 @@
 // Playing and cancelling: how a message becomes the request that the server receives.
-#include <stdexcept>
-
 #include "framework/uuid.h"
 #include "sdk/AudioServer.h"
 #include "sdk/Message.h"
 #include "sdk/PAController.h"
-#include "sdk/Payload.h"
-#include "sdk/QXReceiver.h"
-#include "sdk/destination.h"
+#include "sdk/checks.h"
 #include "sdk/globals.h"
 #include "sdk/notify.h"
+#include "sdk/queueOperation.h"
 #include "sdk/requestParts.h"
 
 namespace {
@@ -19,8 +16,7 @@ constexpr int playOperation = 17;
 constexpr int cancelOperation = 18;
 
 void send(int operationNumber, const Payload& payload) {
-    gQXReceiver.addOperationToSendQueue(destination::indirectLink, announcementClass,
-                                        operationNumber, 1, payload.text());
+    queueOperation(destination::indirectLink, announcementClass, operationNumber, payload);
 }
 
 bool upload(const std::string& localPath, const std::string& serverPath) {
@@ -54,14 +50,9 @@ void appendValue(Payload& payload, const DISPLAY_VALUE_INFO& value) {
 // Operation 92/17: id,mode,level[,audio part][,visual part]
 // A part: type,origin,zone^zone,content,gain,preChime^postChime^0
 std::string Message::playAnnouncement(const std::vector<std::string>& zones) {
-    if (playedOnce) {
-        throw std::invalid_argument(
-            "message has been played once. please create new Message object");
-    }
-    if (audioMessageType == NONE && visualMessageType == NONE) {
-        throw std::invalid_argument(
+    require(!playedOnce, "message has been played once. please create new Message object");
+    require(audioMessageType != NONE || visualMessageType != NONE,
             "audio message type OR visual message type not set. nothing to do");
-    }
     std::string id = requestIdToUse();
     if (!pathToRecordedStreamToUpload.empty() &&
         !upload(pathToRecordedStreamToUpload, recordedStreamAbsoluteFilePathWithName)) {
@@ -159,11 +150,9 @@ unsigned PAController::playMessage(const std::vector<std::string>& zones,
                                    const char* visualText, bool resumeOnInterruptFlag,
                                    bool /*overrideExisting*/, unsigned /*validityPeriod*/,
                                    unsigned /*priority*/, unsigned mode) {
-    if (resumeOnInterruptFlag) {
-        throw std::invalid_argument(
+    require(!resumeOnInterruptFlag,
             "resumeOnInterruptFlag is reserved for future use. Only false can be sent as this "
             "argument");
-    }
     // Unlike a message, whose origin is a number of its own.
     const std::string origin = originText(gLocalDstNo);
     const auto sendPart = [&gain](Payload& part) {

@@ -27,7 +27,7 @@ public:
     }
 
     void add(Operation operation) {
-        const std::unique_lock guard(lock_);
+        const std::lock_guard guard(lock_);
         const std::int64_t now = monotonicMS();
         if (!queue_.push(operation, now)) {
             reportDropped({std::move(operation), now}, "the send queue is full");
@@ -37,7 +37,7 @@ public:
     }
 
     void connect(OperationSender& sender) {
-        const std::unique_lock guard(lock_);
+        const std::lock_guard guard(lock_);
         sender_ = &sender;
         linkLost_ = false;
         changed_.notify_all();
@@ -50,7 +50,7 @@ public:
     }
 
     void setMaxWait(std::chrono::milliseconds wait) {
-        const std::unique_lock guard(lock_);
+        const std::lock_guard guard(lock_);
         queue_.setMaxWait(wait);
         changed_.notify_all();
     }

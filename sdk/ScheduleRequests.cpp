@@ -1,27 +1,19 @@
 // What an application asks for schedules: the checks, the request, the wait for a new identifier.
-#include <algorithm>
 #include <optional>
-#include <stdexcept>
 
 #include "framework/clock.h"
 #include "framework/uuid.h"
 #include "resource/common/stringUtils.h"
 #include "sdk/PAController.h"
-#include "sdk/QXReceiver.h"
-#include "sdk/destination.h"
+#include "sdk/cacheValues.h"
+#include "sdk/checks.h"
 #include "sdk/paDebug.h"
+#include "sdk/queueOperation.h"
 #include "sdk/requestParts.h"
 #include "sdk/scheduleDescription.h"
+#include "sdk/serverWait.h"
 
 namespace {
-
-constexpr int pollMS = 50;
-
-void require(bool condition, const char* text) {
-    if (!condition) {
-        throw std::invalid_argument(text);
-    }
-}
 
 bool isSpoken(AnnouncementType type) {
     return type == AT_TTS || type == AT_TTS_SAF;
@@ -143,21 +135,16 @@ std::string PAController::createScheduleHelper(bool serverAssignsId,
     if (def.visualAnnouncementType != AT_NONE) {
         request.prepared(visual);
     }
-    gQXReceiver.addOperationToSendQueue(destination::directLink, 92, 19, 1, request.text());
+    queueOperation(destination::directLink, 92, 19, request);
     return requestUUID;
 }
 
 int PAController::createScheduleSync(const ScheduleDefinition& def) {
     const std::string requestUUID = createScheduleHelper(true, def);
-    const std::time_t sent = wallClock();
-    const int limit = gMaxServerWaitTimeSeconds;
-    while (std::difftime(wallClock(), sent) < limit) {
-        if (const std::optional<int> id = idOfRequest(requestUUID)) {
-            return *id;
-        }
-        sleepMS(pollMS);
-    }
-    throw std::invalid_argument("operation timed out");
+    const std::optional<int> id =
+        waitForServer(wallClock(), [&] { return idOfRequest(requestUUID); });
+    require(id.has_value(), "operation timed out");
+    return *id;
 }
 
 /// The identifier of the schedule that a request has made, once the server has told of it.
@@ -179,14 +166,10 @@ void PAController::deleteSchedule(int scheduleId) {
     require(scheduleId > 0, "Invalid scheduleId");
     {
         const LeafGuard leaf(lookupLock);
-        if (std::none_of(scheduleList.begin(), scheduleList.end(),
-                         [scheduleId](const ScheduleDefinition& schedule) {
-                             return schedule.Id == scheduleId;
-                         })) {
+        if (findSchedule(scheduleList, scheduleId) == scheduleList.end()) {
             return;
         }
     }
-    gQXReceiver.addOperationToSendQueue(destination::directLink, 92, 20, 1,
-                                        Payload().number(scheduleId).text());
+    queueOperation(destination::directLink, 92, 20, Payload().number(scheduleId));
     PA_DEBUG(2, "%s: request sent to AS to delete schduleId >%d<", "deleteSchedule", scheduleId);
 }

@@ -1,16 +1,12 @@
 // The room of the text-to-speech dictionary: record, cache, withdrawal, and the previews that its
 // items answer.
-#include <stdexcept>
-
 #include "framework/clock.h"
 #include "sdk/PAController.h"
-#include "sdk/Payload.h"
-#include "sdk/QXReceiver.h"
 #include "sdk/cacheValues.h"
-#include "sdk/destination.h"
-#include "sdk/globals.h"
+#include "sdk/checks.h"
 #include "sdk/notify.h"
 #include "sdk/paDebug.h"
+#include "sdk/queueOperation.h"
 #include "sdk/recordColumns.h"
 #include "sdk/recordMerge.h"
 
@@ -27,13 +23,10 @@ constexpr Column<TTSDictionary> columns[] = {
 };
 
 constexpr Field<TTSDictionary> fields[] = {
-    byValue<TTSDictionary, &TTSDictionary::portNo>,
-    byValue<TTSDictionary, &TTSDictionary::uuid>,
-    byValue<TTSDictionary, &TTSDictionary::text>,
-    byValue<TTSDictionary, &TTSDictionary::fullName>,
-    byValue<TTSDictionary, &TTSDictionary::size>,
-    byValue<TTSDictionary, &TTSDictionary::checksum>,
-    byValue<TTSDictionary, &TTSDictionary::uri>,
+    byValue<&TTSDictionary::portNo>, byValue<&TTSDictionary::uuid>,
+    byValue<&TTSDictionary::text>,   byValue<&TTSDictionary::fullName>,
+    byValue<&TTSDictionary::size>,   byValue<&TTSDictionary::checksum>,
+    byValue<&TTSDictionary::uri>,
 };
 
 }  // namespace
@@ -76,9 +69,7 @@ std::vector<TTSDictionary> PAController::getTTSDictionaryList() {
 
 // Operation 108/3: requestId,language,voice,rate,text
 std::string Message::retrieveAudioMessage() const {
-    if (audioMessageType != TTS || ttsList.empty()) {
-        throw std::invalid_argument("invalid audio message type");
-    }
+    require(audioMessageType == TTS && !ttsList.empty(), "invalid audio message type");
     std::string id = requestIdToUse();
     const TTSVocalizer& spoken = ttsList.front();
     const Payload payload = Payload()
@@ -91,7 +82,7 @@ std::string Message::retrieveAudioMessage() const {
                                 .number(spoken.rate)
                                 .separator(',')
                                 .prepared(spoken.text);
-    gQXReceiver.addOperationToSendQueue(destination::directLink, 108, 3, 1, payload.text());
+    queueOperation(destination::directLink, 108, 3, payload);
     TTSPendingInfo pending(spoken.portNo, spoken.language, spoken.voice, spoken.rate, spoken.text,
                            wallClock());
     gPaController.addToTTSPreviewPendingList(id, pending);

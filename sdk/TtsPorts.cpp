@@ -15,10 +15,10 @@ constexpr Column<TTSVocalizer> columns[] = {
 };
 
 constexpr Field<TTSVocalizer> fields[] = {
-    byValue<TTSVocalizer, &TTSVocalizer::language>,
-    byValue<TTSVocalizer, &TTSVocalizer::voice>,
-    byValue<TTSVocalizer, &TTSVocalizer::rate>,
-    byValue<TTSVocalizer, &TTSVocalizer::text>,
+    byValue<&TTSVocalizer::language>,
+    byValue<&TTSVocalizer::voice>,
+    byValue<&TTSVocalizer::rate>,
+    byValue<&TTSVocalizer::text>,
 };
 
 }  // namespace
@@ -48,11 +48,5 @@ void PAController::deleteFromTTS_Ports(int portNo) {
 
 std::vector<TTSVocalizer> PAController::getTTSVocalizerList() {
     const MutexGuard guard(paControllerMtx);
-    std::vector<TTSVocalizer> usable;
-    for (const auto& [portNo, vocalizer] : ttsVocalizertList) {
-        if (vocalizer.rate == TTSVocalizer::usableRate) {
-            usable.push_back(vocalizer);
-        }
-    }
-    return usable;
+    return valuesWith(ttsVocalizertList, &TTSVocalizer::rate, TTSVocalizer::usableRate);
 }

@@ -1,14 +1,11 @@
 // User recordings: made, played back and deleted by the server.
 #include "sdk/PAController.h"
-#include "sdk/Payload.h"
-#include "sdk/QXReceiver.h"
-#include "sdk/destination.h"
+#include "sdk/queueOperation.h"
 
 namespace {
 
 void send(int operationClass, int operationNumber, const Payload& payload) {
-    gQXReceiver.addOperationToSendQueue(destination::indirectLink, operationClass, operationNumber,
-                                        1, payload.text());
+    queueOperation(destination::indirectLink, operationClass, operationNumber, payload);
 }
 
 }  // namespace

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <map>
 #include <optional>
 #include <vector>
@@ -37,6 +38,13 @@ auto stateOf(const std::map<int, Record>& cache, int id) -> std::optional<declty
         }
     }
     return std::nullopt;
+}
+
+/// Where a list of schedules has the one with an identifier; its end for none.
+template <class Schedules>
+auto findSchedule(Schedules& schedules, int scheduleId) {
+    return std::find_if(schedules.begin(), schedules.end(),
+                        [scheduleId](const auto& schedule) { return schedule.Id == scheduleId; });
 }
 
 /// Removes one entry of a cache, or every entry for the key 0.

@@ -5,30 +5,16 @@
 #include "framework/localMutex.h"
 #include "framework/threadAnnotations.h"
 
-/// Holds a mutex for a scope. It may be left and entered again within it.
+/// Holds a mutex for a scope.
 class PA_SCOPED_CAPABILITY MutexGuard {
 public:
     explicit MutexGuard(qxMutexBase& mutex) PA_ACQUIRE(mutex) : mutex_(mutex) { mutex_.enter(); }
     MutexGuard(const MutexGuard&) = delete;
     MutexGuard& operator=(const MutexGuard&) = delete;
-    ~MutexGuard() PA_RELEASE() {
-        if (held_) {
-            mutex_.leave();
-        }
-    }
-
-    void enter() PA_ACQUIRE() {
-        mutex_.enter();
-        held_ = true;
-    }
-    void leave() PA_RELEASE() {
-        held_ = false;
-        mutex_.leave();
-    }
+    ~MutexGuard() PA_RELEASE() { mutex_.leave(); }
 
 private:
     qxMutexBase& mutex_;
-    bool held_ = true;
 };
 
 /// A lock for a search or a change alone, never held across a call out. Its holder takes no other.

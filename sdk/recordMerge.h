@@ -16,22 +16,32 @@ struct Field {
     void (*copy)(Record& cached, const Record& decoded);
 };
 
-template <class Record, auto Member>
-constexpr auto copyMember =
-    [](Record& cached, const Record& decoded) { cached.*Member = decoded.*Member; };
+/// The record that a member belongs to.
+template <class Record, class Value>
+Record ownerOf(Value Record::*);
+template <auto Member>
+using OwnerOf = decltype(ownerOf(Member));
+
+template <auto Member>
+bool sameValue(const OwnerOf<Member>& cached, const OwnerOf<Member>& decoded) {
+    return cached.*Member == decoded.*Member;
+}
+template <auto Member>
+bool sameSize(const OwnerOf<Member>& cached, const OwnerOf<Member>& decoded) {
+    return (cached.*Member).size() == (decoded.*Member).size();
+}
+template <auto Member>
+void copyMember(OwnerOf<Member>& cached, const OwnerOf<Member>& decoded) {
+    cached.*Member = decoded.*Member;
+}
 
 /// A member that is compared by its value.
-template <class Record, auto Member>
-constexpr Field<Record> byValue{
-    [](const Record& cached, const Record& decoded) { return cached.*Member == decoded.*Member; },
-    copyMember<Record, Member>};
+template <auto Member>
+constexpr Field<OwnerOf<Member>> byValue{sameValue<Member>, copyMember<Member>};
 
 /// A list that is compared by the number of its entries alone.
-template <class Record, auto Member>
-constexpr Field<Record> bySize{[](const Record& cached, const Record& decoded) {
-                                   return (cached.*Member).size() == (decoded.*Member).size();
-                               },
-                               copyMember<Record, Member>};
+template <auto Member>
+constexpr Field<OwnerOf<Member>> bySize{sameSize<Member>, copyMember<Member>};
 
 /// What the merge of a record into its cache came to.
 enum class Merge { Unchanged, Updated, Added };

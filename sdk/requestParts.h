@@ -7,7 +7,14 @@
 #include "sdk/globals.h"
 
 /// @file
-/// What the requests of announcements and of schedules have in common.
+/// What several requests have in common.
+
+// id,level,flag,flag
+inline Payload gainPayload(int id, double level, bool first, bool second) {
+    Payload payload;
+    payload.number(id).separator(',').level(level);
+    return payload.separator(',').flag(first).separator(',').flag(second);
+}
 
 /// Who asks: this device's address, or on an indirect connection a number.
 inline std::string originText(long long numberWhenIndirect) {

@@ -45,7 +45,7 @@ TEST_F(LocaleTest, ChangesNeitherPayloadsNorDecoding) {
     message.setAudioMessage(std::vector<unsigned>{1234567});
     message.setRepeatCnt(1000000);
     message.setGain(-1234.5);
-    recordingHost::setPlainEncoding(true);
+    recordingHost::host().plainEncoding = true;
     message.playAnnouncement({"Z"});
     EXPECT_EQ(recordingHost::transcript(),
               "send -1 92/8 1 1234567,-12.5,1,0\n"

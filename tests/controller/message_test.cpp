@@ -1,60 +1,37 @@
 #include <functional>
-#include <gtest/gtest.h>
-#include <stdexcept>
 
-#include "sdk/PAController.h"
-#include "tests/recordingHost/RecordingHost.h"
+#include "tests/controller/fixtures.h"
+#include "tests/controller/outcome.h"
+#include "tests/controller/recordText.h"
 
 namespace {
 
 using Items = std::vector<unsigned>;
 
-struct MessageTest : testing::Test {
+struct MessageTest : ProcessController {
     MessageTest() {
-        recordingHost::reset();
-        gPaController.initPaResources();
-        RecordList usable({"en", "anna", "48000"});
-        gPaController.updateFromTTS_Ports(4, usable.list());
         RecordList slow({"en", "slow", "22050"});
         gPaController.updateFromTTS_Ports(5, slow.list());
     }
-    ~MessageTest() override { gPaController.initPaResources(); }
 };
 
 TEST_F(MessageTest, BeginsEmpty) {
     Message message;
-    EXPECT_EQ(message.getPriority().getPriorityMode(), APM_ABSOLUTE_PRIORITY);
     EXPECT_EQ(message.getPriority().getPriorityLevel(), 500);
     EXPECT_EQ(message.getRepeatCnt(), 1);
-    EXPECT_EQ(message.getAudioMessageType(), Message::NONE);
-    EXPECT_EQ(message.getVisualMessageType(), Message::NONE);
     EXPECT_EQ(message.getAudioMessageTTSText() + message.getAudioMessageTTSLanguage() +
                   message.getAudioMessageTTSVoice() + message.getRequestID(),
               "");
     EXPECT_EQ(message.getAudioMessageTTSRate(), 48000);
     EXPECT_EQ(message.getAudioMessageTTSEncoding(), Message::UTF_8);
-    EXPECT_FALSE(message.getOverrideDefaultGain());
-    message.setGain(0.0);
-    EXPECT_TRUE(message.getOverrideDefaultGain());
 }
 
-/// What a setter throws: the kind and the text.
-struct Refused {
+/// What a setter does to a message: refuses, or gives it its types, audio/visual.
+struct Case {
     std::string what;
-    std::function<void(Message&)> prepare;
+    std::function<void(Message&)> before;
     std::function<void(Message&)> call;
 };
-
-std::string outcome(Message& message, const std::function<void(Message&)>& call) {
-    try {
-        call(message);
-        return "accepted";
-    } catch (const std::invalid_argument& e) {
-        return std::string("invalid_argument ") + e.what();
-    } catch (const std::out_of_range& e) {
-        return std::string("out_of_range ") + e.what();
-    }
-}
 
 std::function<void(Message&)> audioType(Message::Type type) {
     return [type](Message& m) { m.setAudioMessageType(type); };
@@ -76,23 +53,26 @@ const auto visualText = [](Message& m) { m.setVisualMessage(std::string("Platfor
 const auto visualItems = [](Message& m) { m.setVisualMessage(Items{4, 5}); };
 const auto visualTemplate = [](Message& m) { m.setVisualMessage("Main", {}, 30); };
 
-TEST_F(MessageTest, RefusesWhatDoesNotFit) {
+TEST_F(MessageTest, AContentFixesItsTypeAndRefusesWhatDoesNotFit) {
     const std::string wrong = "invalid_argument message type not valid for this function";
     const std::string noPath = "out_of_range invalid file path for recorded stream";
     const std::string noVocalizer = "out_of_range invalid language/voice vocalizer combination";
-    const std::vector<Refused> cases = {
+    const std::vector<Case> cases = {
         {noPath, audioType(Message::TTS), [](Message& m) { m.setAudioMessage(std::string()); }},
         {wrong, audioType(Message::DICTIONARY), serverFile},
-        {"accepted", audioType(Message::RECORDED_STREAM_SAF), serverFile},
+        {"11/7", audioType(Message::RECORDED_STREAM_SAF), serverFile},
+        {"1/7", nothing, serverFile},
         {noPath, nothing, [](Message& m) { m.setAudioMessage("", Message::L24_16K); }},
         {wrong, audioType(Message::RECORDED_STREAM_SAF), localFile},
-        {"accepted", audioType(Message::RECORDED_STREAM), localFile},
+        {"1/7", audioType(Message::RECORDED_STREAM), localFile},
+        {"1/7", nothing, localFile},
         {"invalid_argument not implemented", nothing,
          [](Message& m) { m.setAudioMessage("t", std::map<std::string, std::string>()); }},
         {"out_of_range dictionaryItems list is empty", audioType(Message::TTS),
          [](Message& m) { m.setAudioMessage(Items()); }},
         {wrong, serverFile, audioItems},
-        {"accepted", audioItems, audioItems},
+        {"2/7", audioItems, audioItems},
+        {"2/7", nothing, audioItems},
         {"invalid_argument Type not valid for this function", audioItems, speak("", "", "")},
         {"out_of_range text argument is empty", nothing, speak("", "", "")},
         {"out_of_range language arument is empty", nothing,
@@ -103,52 +83,32 @@ TEST_F(MessageTest, RefusesWhatDoesNotFit) {
         {noVocalizer, nothing, speak("t", "en", "Anna")},
         {noVocalizer, nothing, speak("t", "EN", "anna")},
         {noVocalizer, nothing, speak("t", "en", "slow")},
-        {"accepted", audioType(Message::TTS_SAF), speak("t", "en", "anna")},
+        {"10/7", audioType(Message::TTS_SAF), speak("t", "en", "anna")},
+        {"4/7", nothing, speak("t", "en", "anna")},
         {"out_of_range text argument is empty", visualType(Message::TTS),
          [](Message& m) { m.setVisualMessage(std::string()); }},
         {"invalid_argument visualDictionaryItems contains items", visualItems, visualText},
         {wrong, visualType(Message::DISPLAY), visualText},
-        {"accepted", visualTemplate, visualText},
+        {"7/9", visualTemplate, visualText},
+        {"7/9", nothing, visualText},
+        {"7/9", nothing, visualItems},
         {"out_of_range dictionaryItems list is empty", visualText,
          [](Message& m) { m.setVisualMessage(Items()); }},
         {"invalid_argument visualText already contains text", visualText, visualItems},
         {wrong, visualType(Message::DISPLAY), visualItems},
         {wrong, visualType(Message::DISPLAY), visualTemplate},
-        {"accepted", visualText, visualTemplate},
-        {"accepted", nothing, [](Message& m) { m.setVisualMessage("", {}, 0); }},
+        {"7/9", visualText, visualTemplate},
+        {"7/9", nothing, [](Message& m) { m.setVisualMessage("", {}, 0); }},
     };
     for (std::size_t i = 0; i < cases.size(); ++i) {
         Message message;
-        cases[i].prepare(message);
-        EXPECT_EQ(outcome(message, cases[i].call), cases[i].what) << "case " << i;
-    }
-}
-
-TEST_F(MessageTest, AContentFixesItsType) {
-    struct Case {
-        Message::Type before;
-        std::function<void(Message&)> set;
-        Message::Type audio;
-        Message::Type visual;
-    };
-    const Message::Type none = Message::NONE;
-    const std::vector<Case> cases = {
-        {none, serverFile, Message::RECORDED_STREAM, none},
-        {Message::RECORDED_STREAM_SAF, serverFile, Message::RECORDED_STREAM_SAF, none},
-        {none, localFile, Message::RECORDED_STREAM, none},
-        {none, audioItems, Message::DICTIONARY, none},
-        {none, speak("t", "en", "anna"), Message::TTS, none},
-        {Message::TTS_SAF, speak("t", "en", "anna"), Message::TTS_SAF, none},
-        {none, visualText, none, Message::DISPLAY_TEMPLATE},
-        {none, visualItems, none, Message::DISPLAY_TEMPLATE},
-        {none, visualTemplate, none, Message::DISPLAY_TEMPLATE},
-    };
-    for (const Case& c : cases) {
-        Message message;
-        message.setAudioMessageType(c.before);
-        c.set(message);
-        EXPECT_EQ(message.getAudioMessageType(), c.audio) << &c - cases.data();
-        EXPECT_EQ(message.getVisualMessageType(), c.visual) << &c - cases.data();
+        cases[i].before(message);
+        std::string what = outcome([&] { cases[i].call(message); });
+        if (what == "accepted") {
+            what = std::to_string(message.getAudioMessageType()) + "/" +
+                   std::to_string(message.getVisualMessageType());
+        }
+        EXPECT_EQ(what, cases[i].what) << "case " << i;
     }
 }
 
@@ -162,19 +122,17 @@ TEST_F(MessageTest, AnUploadGoesToTheServersFolderUnderItsFileName) {
 }
 
 TEST_F(MessageTest, OneRefusedTextKeepsThoseBeforeIt) {
-    TTSVocalizer good;
-    good.text = "first";
-    good.language = "en";
-    good.voice = "anna";
-    good.rate = 8000;
-    TTSVocalizer bad = good;
-    bad.voice = "nobody";
+    const TTSVocalizer good{0, "first", "en", "anna", 8000, Message::UTF_8};
+    const TTSVocalizer bad{0, "second", "en", "nobody", 8000, Message::UTF_8};
     Message message;
     EXPECT_THROW(message.setAudioMessage(std::vector<TTSVocalizer>{good, bad, good}),
                  std::out_of_range);
     EXPECT_EQ(message.getAudioMessageTTSText(), "first");
     EXPECT_EQ(message.getAudioMessageTTSRate(), 48000);
-    EXPECT_EQ(message.getAudioMessageType(), Message::TTS);
+}
+
+TEST_F(MessageTest, IsOfferedTheVocalizersAt48000HzAlone) {
+    EXPECT_EQ(listed(gPaController.getTTSVocalizerList()), "4|en|anna|48000||1\n");
 }
 
 TEST_F(MessageTest, OnAnIndirectConnectionAnyVocalizerWillDo) {

@@ -1,13 +1,9 @@
-// What each operation sends, on a direct and on an indirect connection; what a source's operations
-// refuse; how its lock is taken and released.
+// What each operation sends, on a direct and on an indirect connection, and what it refuses.
 #include <cmath>
 #include <functional>
-#include <gtest/gtest.h>
-#include <stdexcept>
 
-#include "sdk/PAController.h"
-#include "tests/recordingHost/RecordingHost.h"
-#include "tests/support/thrownBy.h"
+#include "tests/controller/fixtures.h"
+#include "tests/controller/outcome.h"
 
 namespace {
 
@@ -27,25 +23,7 @@ PaSink sink(PaSink::Type type) {
     return made;
 }
 
-struct OperationsTest : testing::Test {
-    OperationsTest() { recordingHost::reset(); }
-
-    /// A source record with a holder of its lock.
-    void tell(int sourceId, const std::string& holder) {
-        RecordList record(with({std::to_string(sourceId)}, 9, holder));
-        controller.addUpdatePaSource(sourceId, record.list());
-    }
-
-    /// Has the server answer during the poll with this number, counted from 1.
-    void answer(int poll, int sourceId, const std::string& holder) {
-        recordingHost::setSleepAction([this, poll, sourceId, holder, polls = 0](int ms) mutable {
-            if (ms == 50 && ++polls == poll) {
-                tell(sourceId, holder);
-            }
-        });
-    }
-
-    PAController controller;
+struct OperationsTest : OwnController {
     const PaSource desk = source(4, PaSource::ZENTRIQ_ANALOG_INPUT);
 };
 
@@ -123,99 +101,44 @@ TEST_F(OperationsTest, SendTheirPayloads) {
     }
 }
 
-TEST_F(OperationsTest, OfASourceRefuseAsTheTable) {
-    const std::string range = "PaSource::setGain(): Invalid Gain Level. Valid Range [-96, +42]";
+TEST_F(OperationsTest, RefuseAsTheTable) {
     const auto mode = PaSource::REPLACE_EXISTING_SET;
     const PaSource computer = source(6, PaSource::PC_AUDIO_INPUT);
-    EXPECT_EQ(thrownBy<std::out_of_range>([&] { desk.setGain(-96.5, true, true); }), range);
-    EXPECT_EQ(thrownBy<std::out_of_range>([&] { desk.setGain(42.01, true, true); }), range);
-    EXPECT_EQ(thrownBy<std::invalid_argument>([&] { computer.setGain(99, true, true); }),
-              "setGain: Unsupported Source Type >3<");
-    EXPECT_EQ(thrownBy<std::out_of_range>([&] { computer.getGain(); }),
-              "getGain: Unsupported Sink Type >3<");
-    EXPECT_EQ(thrownBy<std::out_of_range>([&] { desk.attachPaZone("", mode); }), "Invalid zoneId");
-    EXPECT_EQ(thrownBy<std::out_of_range>([&] { desk.attachPaZone(Ids{}, mode); }),
-              "Empty zoneIdList");
-    EXPECT_EQ(thrownBy<std::out_of_range>([&] { desk.detachPaZone(""); }), "Invalid zoneId");
-    EXPECT_EQ(thrownBy<std::out_of_range>([&] { desk.detachPaZone(Ids{}); }), "Empty zoneIdList");
+    PaSink line = sink(PaSink::LINE_LEVEL_AUDIO_OUTPUT);
+    PaSink mixer = sink(PaSink::ZENTRIQ_RMX4);
+    struct Case {
+        std::string what;
+        std::function<void()> call;
+    };
+    const std::string sourceRange =
+        "out_of_range PaSource::setGain(): Invalid Gain Level. Valid Range [-96, +42]";
+    const std::string sinkRange =
+        "out_of_range PaSink::setGain(): Invalid Gain Level. Valid Range [-96, 0]";
+    const Case cases[] = {
+        {sourceRange, [&] { desk.setGain(-96.5, true, true); }},
+        {sourceRange, [&] { desk.setGain(42.01, true, true); }},
+        {"invalid_argument setGain: Unsupported Source Type >3<",
+         [&] { computer.setGain(99, true, true); }},
+        {"out_of_range getGain: Unsupported Sink Type >3<", [&] { computer.getGain(); }},
+        {"out_of_range Invalid zoneId", [&] { desk.attachPaZone("", mode); }},
+        {"out_of_range Empty zoneIdList", [&] { desk.attachPaZone(Ids{}, mode); }},
+        {"out_of_range Invalid zoneId", [&] { desk.detachPaZone(""); }},
+        {"out_of_range Empty zoneIdList", [&] { desk.detachPaZone(Ids{}); }},
+        {sinkRange, [&] { line.setGain(-96.5, true, true); }},
+        {sinkRange, [&] { line.setGain(0.1, true, true); }},
+        {"invalid_argument setGain: Unsupported Sink Type >10<",
+         [&] { mixer.setGain(5, true, true); }},
+        {"out_of_range getGain: Unsupported Sink Type >10<", [&] { mixer.getGain(); }},
+        {"out_of_range reset: Unsupported Sink Type >4<", [&] { line.reset(); }},
+    };
+    for (const Case& c : cases) {
+        EXPECT_EQ(outcome(c.call), c.what);
+    }
     EXPECT_EQ(recordingHost::transcript(), "") << "nothing is detached first";
     EXPECT_EQ(desk.getGain(), -96.0);
+    EXPECT_EQ(line.getGain().getLevel(), -96.0);
     EXPECT_EQ(desk.getAttachState(), PaSource::UNKNOWN);
-}
-
-TEST_F(OperationsTest, OfASourceAskTheProcessesController) {
-    RecordList zones({"\"B^A\""});
-    gPaController.addUpdateAttachedPaZone(4, zones.list());
-    EXPECT_EQ(desk.getAttachedPaZones(), (Ids{"A", "B"}));
-    gAudioServerInstance = nullptr;
-    EXPECT_EQ(desk.getAttachedPaZones(), Ids{});
-    gPaController.initPaResources();
-}
-
-TEST_F(OperationsTest, TakeALockOnceTheServerConfirmsIt) {
-    tell(4, "");
-    recordingHost::transcript();
-    answer(2, 4, "uuid-self");
-    EXPECT_TRUE(controller.attachPaSource(4));
-    EXPECT_EQ(recordingHost::transcript(),
-              "*send -1 92/1 1 4,uuid-self\nsleep 50\nsleep 50\nsleep 100\n*event 6 4\n");
-    EXPECT_TRUE(controller.attachPaSource(4));
-    EXPECT_EQ(recordingHost::transcript(), "") << "it is held already";
-
-    gIndirectCXSConnection = true;
-    answer(1, 4, "somebody-else");
-    EXPECT_TRUE(controller.detachPaSource(4));
-    EXPECT_EQ(recordingHost::transcript(),
-              "*send -2 92/2 1 4,uuid-self\nsleep 50\nsleep 100\n*event 6 4\n");
-    EXPECT_FALSE(controller.attachPaSource(4)) << "somebody else holds it";
-    EXPECT_FALSE(controller.detachPaSource(4));
-    for (const int unknown : {5, 0, -4}) {
-        EXPECT_FALSE(controller.attachPaSource(unknown));
-        EXPECT_FALSE(controller.detachPaSource(unknown));
-    }
-    gAudioServerInstance = nullptr;
-    EXPECT_FALSE(controller.attachPaSource(4));
-    EXPECT_FALSE(controller.detachPaSource(4));
-    EXPECT_EQ(recordingHost::transcript(), "");
-}
-
-TEST_F(OperationsTest, GiveUpOnALockAfterTheLongestWait) {
-    gMaxServerWaitTimeSeconds = 3;
-    tell(4, "");
-    tell(5, "uuid-self");
-    recordingHost::transcript();
-    recordingHost::setSleepAction(
-        [now = 1000](int) mutable { recordingHost::setWallClock(++now); });
-    EXPECT_FALSE(controller.attachPaSource(4));
-    EXPECT_EQ(recordingHost::transcript(),
-              "*send -1 92/1 1 4,uuid-self\nsleep 50\nsleep 50\nsleep 50\n");
-    recordingHost::setWallClock(1000);
-    recordingHost::setSleepAction(
-        [now = 1000](int) mutable { recordingHost::setWallClock(++now); });
-    EXPECT_FALSE(controller.detachPaSource(5));
-    EXPECT_EQ(recordingHost::transcript(),
-              "*send -1 92/2 1 5,uuid-self\nsleep 50\nsleep 50\nsleep 50\n");
-
-    // A reconnection empties the list of locks: that confirms nothing.
-    recordingHost::setWallClock(1000);
-    recordingHost::setSleepAction([this, now = 1000](int) mutable {
-        controller.initPaResources();
-        recordingHost::setWallClock(++now);
-    });
-    EXPECT_FALSE(controller.detachPaSource(5));
-    gMaxServerWaitTimeSeconds = 10;
-}
-
-TEST_F(OperationsTest, MeterTheElementOfAKnownSource) {
-    for (const int id : {250, 99}) {
-        RecordList record({std::to_string(id)});
-        controller.addUpdatePaSource(id + 1000, record.list());
-    }
-    recordingHost::transcript();
-    controller.enablePaSourceVUMeter(250);
-    controller.disablePaSourceVUMeter(99);
-    controller.enablePaSourceVUMeter(1250);
-    EXPECT_EQ(recordingHost::transcript(), "*meter on 2\n*meter off 0\n");
+    EXPECT_TRUE(line.getPAMonitoring());
 }
 
 }  // namespace

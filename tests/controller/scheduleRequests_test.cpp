@@ -1,35 +1,16 @@
 // What the operations of schedules check and send, and how one waits for its identifier.
-#include <gtest/gtest.h>
-#include <stdexcept>
-
-#include "sdk/PAController.h"
-#include "tests/recordingHost/RecordingHost.h"
-#include "tests/support/thrownBy.h"
+#include "tests/controller/fixtures.h"
+#include "tests/controller/outcome.h"
 
 namespace {
 
+// clang-format off
 ScheduleDefinition morning() {
-    ScheduleDefinition def;
-    def.Id = 12;
-    def.descrption = "Morning";
-    def.startYear = 2024;
-    def.startMonth = 1;
-    def.startDay = 2;
-    def.startHour = 6;
-    def.startMinute = 7;
-    def.endYear = 2025;
-    def.endMonth = 12;
-    def.endDay = 31;
-    def.endHour = 23;
-    def.endMinute = 59;
-    def.dayMask = 127;
-    def.frequency = 15;
-    def.paZones = {"Z1", "Z2"};
-    def.announcementType = AT_TEV;
-    def.dictionaryItems = {101, 4000000000U};
-    def.repeatCnt = 2;
-    return def;
+    return {12, "Morning", 2024, 1, 2, 6, 7, 2025, 12, 31, 23, 59, 127, 15, {"Z1", "Z2"},
+            APM_ABSOLUTE_PRIORITY, 500, AT_TEV, AT_NONE, {101, 4000000000U}, 2,
+            {}, 0, "", "", {}, 0, 0.0, ""};
 }
+// clang-format on
 
 ScheduleDefinition shown() {
     ScheduleDefinition def = morning();
@@ -45,12 +26,10 @@ const std::string head =
     "send -1 92/19 1 12,generated-1~Morning,2024,1,2,6,7,2025,12,31,23,59,127,15,1,\"\",0,500,";
 const std::string items = "101^4000000000!2";
 
-struct ScheduleRequestsTest : testing::Test {
-    ScheduleRequestsTest() { recordingHost::reset(); }
-
+struct ScheduleRequestsTest : OwnController {
     std::string sent(const ScheduleDefinition& def) {
         recordingHost::reset();
-        recordingHost::setPlainEncoding(plain);
+        recordingHost::host().plainEncoding = plain;
         controller.createSchedule(def);
         return recordingHost::transcript();
     }
@@ -61,7 +40,6 @@ struct ScheduleRequestsTest : testing::Test {
     }
 
     bool plain = true;
-    PAController controller;
 };
 
 TEST_F(ScheduleRequestsTest, SendEachContentUnchanged) {
@@ -92,24 +70,24 @@ TEST_F(ScheduleRequestsTest, SendEachContentUnchanged) {
               "variable list. not processing\n" +
                   head + "9,10.0.0.5,Z1^Z2,a=1^b=2!30,,\n");
 
-    for (const AnnouncementType type : {AT_STORED_DATA, AT_STORED_DATA_SAF, AT_LIVE}) {
-        def = morning();
+    def = morning();
+    def.storedDataSourceId = 4;
+    def.storedDataFilePath = "/a,b.wav";
+    def.ttsList = {{3, "One", "en", "anna", 22050, Message::UTF_8},
+                   {4, "Two", "de", "eva", 48000, Message::UTF_8}};
+    const std::string spoken = "en^anna^48000^One!de^eva^48000^Two";
+    const std::pair<AnnouncementType, std::string> contents[] = {
+        {AT_STORED_DATA, "1,10.0.0.5,Z1^Z2,4^/a,b.wav"},
+        {AT_STORED_DATA_SAF, "11,10.0.0.5,Z1^Z2,4^/a,b.wav"},
+        {AT_LIVE, "0,10.0.0.5,Z1^Z2,"},
+        {AT_TTS, "4,10.0.0.5,Z1^Z2," + spoken},
+        {AT_TTS_SAF, "10,10.0.0.5,Z1^Z2," + spoken}};
+    for (const auto& [type, part] : contents) {
         def.announcementType = type;
-        def.storedDataSourceId = 4;
-        def.storedDataFilePath = "/a,b.wav";
-        EXPECT_EQ(sent(def), head + std::to_string(type) + ",10.0.0.5,Z1^Z2," +
-                                 (type == AT_LIVE ? "" : "4^/a,b.wav") + ",,\n");
-    }
-    for (const AnnouncementType type : {AT_TTS, AT_TTS_SAF}) {
-        def = morning();
-        def.announcementType = type;
-        def.ttsList = {{3, "One", "en", "anna", 22050, Message::UTF_8},
-                       {4, "Two", "de", "eva", 48000, Message::UTF_8}};
-        EXPECT_EQ(sent(def), head + std::to_string(type) +
-                                 ",10.0.0.5,Z1^Z2,en^anna^48000^One!de^eva^48000^Two,,\n");
+        EXPECT_EQ(sent(def), head + part + ",,\n");
     }
     gIndirectCXSConnection = true;
-    recordingHost::setPlainEncoding(true);
+    recordingHost::host().plainEncoding = true;
     gLocalDstNo = 7;
     controller.modifySchedule(morning());
     EXPECT_EQ(recordingHost::transcript(),
@@ -138,66 +116,69 @@ TEST_F(ScheduleRequestsTest, EncodeEachTextOnceForEachLevel) {
 }
 
 TEST_F(ScheduleRequestsTest, RefuseAsTheTable) {
-    const auto refusal = [this](ScheduleDefinition def, bool sync = false) {
-        return thrownBy<std::invalid_argument>([&] {
-            sync ? void(controller.createScheduleSync(def)) : controller.modifySchedule(def);
-        });
+    using Def = ScheduleDefinition;
+    // Each fault comes on top of those above, and is found before them.
+    const std::pair<void (*)(Def&), const char*> cases[] = {
+        {[](Def& def) { def.paZones.clear(); }, "audio zones not defined"},
+        {[](Def& def) {
+             def.displayTemplateName.clear();
+             def.displayTemplateKeyValueList.clear();
+         },
+         "template name OR variable list not specified for announcement type DISPLAY_TEMPLATE"},
+        {[](Def& def) { def.announcementType = AT_TTS; }, "empty TTS entries"},
+        {[](Def& def) { def.announcementType = AT_TTS_SAF; }, "empty TTS entries"},
+        {[](Def& def) {
+             def.announcementType = AT_TEV;
+             def.dictionaryItems.clear();
+         },
+         "dictionary items not defined for announcement type TEV"},
+        {[](Def& def) { def.announcementType = def.visualAnnouncementType = AT_NONE; },
+         "announcement type not set for audio/display"},
+        {[](Def& def) { def.Id = 0; }, "invalid scheduleId"},
+        {[](Def& def) { def.Id = -1; }, "invalid scheduleId"},
     };
     ScheduleDefinition def = shown();
-    def.paZones.clear();
-    EXPECT_EQ(refusal(def), "audio zones not defined");
-    def.displayTemplateName.clear();
-    def.displayTemplateKeyValueList.clear();
-    EXPECT_EQ(refusal(def),
-              "template name OR variable list not specified for announcement type "
-              "DISPLAY_TEMPLATE");
-    def.announcementType = AT_TEV;
-    def.dictionaryItems.clear();
-    EXPECT_EQ(refusal(def), "dictionary items not defined for announcement type TEV");
-    for (const AnnouncementType type : {AT_TTS, AT_TTS_SAF}) {
-        def.announcementType = type;
-        EXPECT_EQ(refusal(def), "empty TTS entries");
+    for (const auto& [spoil, refusal] : cases) {
+        spoil(def);
+        EXPECT_EQ(outcome([&] { controller.modifySchedule(def); }),
+                  std::string("invalid_argument ") + refusal);
     }
-    def.announcementType = AT_NONE;
-    def.visualAnnouncementType = AT_NONE;
-    EXPECT_EQ(refusal(def), "announcement type not set for audio/display");
-    EXPECT_EQ(refusal(def, true), "invalid scheduleId");
-    for (const int id : {0, -1}) {
+    for (const int id : {12, -1}) {  // the server gives the identifier
         def.Id = id;
-        EXPECT_EQ(refusal(def), "invalid scheduleId");
+        EXPECT_EQ(outcome([&] { controller.createScheduleSync(def); }),
+                  "invalid_argument invalid scheduleId");
     }
-    EXPECT_EQ(refusal(def, true), "invalid scheduleId") << "it is -1";
     EXPECT_EQ(recordingHost::transcript(), "");
 }
 
 TEST_F(ScheduleRequestsTest, WaitForTheIdentifierOfTheServer) {
-    recordingHost::setPlainEncoding(true);
+    recordingHost::host().plainEncoding = true;
     ScheduleDefinition def = morning();
     def.Id = 0;
     tell(5, "other~Morning");
     tell(6, "");
     recordingHost::transcript();
-    recordingHost::setSleepAction([this, polls = 0](int ms) mutable {
+    recordingHost::host().sleepAction = [this, polls = 0](int ms) mutable {
         if (ms == 50 && ++polls == 2) {
             tell(77, "generated-1~a~b");
         }
-    });
+    };
     EXPECT_EQ(controller.createScheduleSync(def), 77);
     EXPECT_EQ(recordingHost::transcript(), "send -1 92/19 1 0" + head.substr(18) +
                                                "2,10.0.0.5,Z1^Z2," + items +
                                                ",,\nsleep 50\nsleep 50\nsleep 100\n*event 38 77\n");
 
     gMaxServerWaitTimeSeconds = 2;
-    recordingHost::setSleepAction(
-        [now = 1000](int) mutable { recordingHost::setWallClock(++now); });
-    EXPECT_EQ(thrownBy<std::invalid_argument>([&] { controller.createScheduleSync(def); }),
-              "operation timed out");
+    recordingHost::host().sleepAction = [now = 1000](int) mutable {
+        recordingHost::host().now = ++now;
+    };
+    EXPECT_EQ(outcome([&] { controller.createScheduleSync(def); }),
+              "invalid_argument operation timed out");
     gMaxServerWaitTimeSeconds = 0;
     recordingHost::transcript();
-    EXPECT_EQ(thrownBy<std::invalid_argument>([&] { controller.createScheduleSync(def); }),
-              "operation timed out");
+    EXPECT_EQ(outcome([&] { controller.createScheduleSync(def); }),
+              "invalid_argument operation timed out");
     EXPECT_EQ(recordingHost::transcript().find("sleep"), std::string::npos);
-    gMaxServerWaitTimeSeconds = 10;
 }
 
 TEST_F(ScheduleRequestsTest, DeleteWhatIsKnown) {
@@ -212,8 +193,8 @@ TEST_F(ScheduleRequestsTest, DeleteWhatIsKnown) {
               "send -1 92/20 1 5\n"
               "log 2 deleteSchedule: request sent to AS to delete schduleId >5<\n");
     for (const int id : {0, -5}) {
-        EXPECT_EQ(thrownBy<std::invalid_argument>([&] { controller.deleteSchedule(id); }),
-                  "Invalid scheduleId");
+        EXPECT_EQ(outcome([&] { controller.deleteSchedule(id); }),
+                  "invalid_argument Invalid scheduleId");
     }
     EXPECT_EQ(controller.listSchedules().size(), 1U) << "until the server withdraws it";
 }

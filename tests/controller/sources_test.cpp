@@ -1,114 +1,116 @@
-#include <gtest/gtest.h>
-#include <sstream>
-
-#include "sdk/PAController.h"
-#include "tests/recordingHost/RecordingHost.h"
+// What an application asks of a source beside its plain operations: its lock, its zones, its meter.
+#include "tests/controller/fixtures.h"
+#include "tests/controller/recordText.h"
 
 namespace {
 
-const RecordFields full = fieldsOf(
-    R"(12|"Room \"A\""|"Desk"|"10.1.1.1"|2|skipped|"in1"|1|skipped|"lock-1"|1|-12.5|1|skipped|skipped|skipped|2)");
-
-std::string text(const PaSource& s) {
-    std::ostringstream out;
-    out << s.id << '|' << s.location << '|' << s.label << '|' << s.ipAddress << '|' << s.type << '|'
-        << s.subAddress << '|' << s.state << '|' << s.isEnabled << '|' << s.inputGain << '|'
-        << s.broadcastType << '|' << s.healthState << '|' << s.targetGainAdjustment << '|'
-        << s.priority;
-    return out.str();
-}
-
-struct SourcesTest : testing::Test {
-    SourcesTest() {
-        recordingHost::reset();
-        controller.registerObserver(&observer);
+struct SourcesTest : OwnController {
+    /// A source record with a holder of its lock.
+    std::string tell(int sourceId, const std::string& holder) {
+        return give<&PAController::addUpdatePaSource>(sourceId,
+                                                      with({std::to_string(sourceId)}, 9, holder));
     }
 
-    std::string handle(int key, const RecordFields& fields) {
-        RecordList record(fields);
-        controller.addUpdatePaSource(key, record.list());
-        return recordingHost::transcript();
+    /// Has the server answer during the poll with this number, counted from 1.
+    void answer(int poll, int sourceId, const std::string& holder) {
+        recordingHost::host().sleepAction = [=, polls = 0](int ms) mutable {
+            if (ms == 50 && ++polls == poll) {
+                RecordList record(with({std::to_string(sourceId)}, 9, holder));
+                controller.addUpdatePaSource(sourceId, record.list());
+            }
+        };
     }
 
-    RecordingObserver observer{"o"};
-    PAController controller;
+    /// Has a second go by in each sleep, from now on.
+    void letTimePass(const std::function<void()>& meanwhile = [] {}) {
+        recordingHost::host().now = 1000;
+        recordingHost::host().sleepAction = [meanwhile, now = 1000](int) mutable {
+            meanwhile();
+            recordingHost::host().now = ++now;
+        };
+    }
 };
 
-TEST_F(SourcesTest, DecodesEveryColumnAndKeepsDefaults) {
-    handle(7, full);
-    handle(8, {"13"});
-    EXPECT_EQ(text(controller.getPaSources().at(0)),
-              R"(12|Room "A"|Desk|"10.1.1.1"|2|"in1"|1|1|-12.5|1|2|0|500)");
-    EXPECT_EQ(text(controller.getPaSources().at(1)), "13|||0.0.0.0|0||0|1|-96|0|1|0|500");
-}
-
-TEST_F(SourcesTest, TellsOfEachChangeAfterThePause) {
+TEST_F(SourcesTest, KeepTheHoldersOfTheirLocksInOrderOfArrival) {
+    const std::string log = "*log 1 addUpdatePaSource: Lock Info for sourceId ";
     debugLevel = 1;
-    EXPECT_EQ(handle(7, full),
-              "*log 1 addUpdatePaSource: sourceId >12< added to list. Total available sources >1<\n"
-              "*log 1 addUpdatePaSource: Lock Info for sourceId >12<, UUID >\"lock-1\"< added to "
-              "list. Total "
-              "available lock info in list >1<\n"
-              "sleep 100\n*o: source 12 Desk\n*event 6 12\n");
-    EXPECT_EQ(handle(7, full),
-              "*log 1 addUpdatePaSource: Lock Info for sourceId >12< updated. Updated UUID "
-              ">\"lock-1\"<\nsleep 100\n*event 6 12\n");
-    EXPECT_EQ(handle(7, with(with(full, 2, "Mic"), 9, "(null)")),
-              "*log 1 addUpdatePaSource: sourceId >12< updated. Total available sources >1<\n"
-              "*log 1 addUpdatePaSource: Lock Info for sourceId >12< updated. Updated UUID ><\n"
-              "sleep 100\n*o: source 12 Mic\n*event 6 12\n");
+    EXPECT_NE(tell(9, "a").find(log + ">9<, UUID >a< added to list. Total available lock info in "
+                                      "list >1<\nsleep"),
+              std::string::npos);
+    tell(4, "b");
+    EXPECT_EQ(tell(9, "(null)"), log + ">9< updated. Updated UUID ><\nsleep 100\n*event 6 9\n");
+    controller.deleteAudioVideoControllerInfo(0, 2, 0);
+    EXPECT_EQ(listed(controller.getPaSourceLocks()), "9|\n4|b\n") << "they stay";
 }
 
-TEST_F(SourcesTest, EachComparedColumnCountsAsAChangeAndIsCopied) {
-    int key = 0;
-    for (const std::size_t column : std::vector<std::size_t>{1, 2, 3, 4, 6, 7, 11, 16}) {
-        handle(++key, full);
-        const RecordFields changed = with(full, column, "0");
-        EXPECT_NE(handle(key, changed).find("*o: source 12"), std::string::npos) << column;
-        EXPECT_EQ(handle(key, changed), "sleep 100\n*event 6 12\n") << column;
-    }
-    handle(++key, full);
-    EXPECT_EQ(handle(key, with(full, 12, "0")), "sleep 100\n*event 6 12\n");
-    EXPECT_EQ(handle(key, with(with(full, 12, "0"), 1, "x")).find("sleep"), 0U);
-    EXPECT_EQ(controller.getPaSources().back().broadcastType, PaSource::UNICAST_ONLY);
-}
+TEST_F(SourcesTest, AreTakenOnceTheServerConfirmsIt) {
+    tell(4, "");
+    answer(2, 4, "uuid-self");
+    EXPECT_TRUE(controller.attachPaSource(4));
+    EXPECT_EQ(recordingHost::transcript(),
+              "*send -1 92/1 1 4,uuid-self\nsleep 50\nsleep 50\nsleep 100\n*event 6 4\n");
+    EXPECT_TRUE(controller.attachPaSource(4)) << "it is held already";
+    EXPECT_EQ(recordingHost::transcript(), "");
 
-TEST_F(SourcesTest, AnotherIdUnderTheSameKeyLeavesTheEntry) {
-    handle(7, full);
-    debugLevel = 1;
-    EXPECT_EQ(
-        handle(7, fieldsOf("13|-|Other|-|-|-|-|-|-|lock-2")),
-        "*log 1 addUpdatePaSource: sourceId >12< added to list. Total available sources >1<\n"
-        "*log 1 addUpdatePaSource: Lock Info for sourceId >13<, UUID >lock-2< added to list. Total "
-        "available lock info in list >2<\n"
-        "sleep 100\n*o: source 12 Desk\n*event 6 12\n");
-    handle(8, full);
-    handle(3, {"1"});
-    ASSERT_EQ(controller.getPaSources().size(), 3U);
-    EXPECT_EQ(controller.getPaSources()[0].id, 1);
-    EXPECT_EQ(controller.getPaSources()[2].id, 12);
-}
-
-TEST_F(SourcesTest, OnAnIndirectConnectionOnlyTheLocalServersCount) {
-    EXPECT_NE(handle(7, with(full, 10, "4")), "");
     gIndirectCXSConnection = true;
-    EXPECT_EQ(handle(8, with(full, 10, "4")), "");
-    EXPECT_NE(handle(8, with(full, 10, "1")), "");
-    EXPECT_NE(handle(9, with(full, 10, "(null)")), "");
-    EXPECT_EQ(controller.getPaSources().size(), 3U);
+    answer(1, 4, "somebody-else");
+    EXPECT_TRUE(controller.detachPaSource(4));
+    EXPECT_EQ(recordingHost::transcript(),
+              "*send -2 92/2 1 4,uuid-self\nsleep 50\nsleep 100\n*event 6 4\n");
 }
 
-TEST_F(SourcesTest, WithdrawnDuringThePauseOrACallbackNobodyElseIsTold) {
-    const auto withdraw = [this] {
-        observer.inCallback = nullptr;
-        controller.deleteAudioVideoControllerInfo(0, 2, 7);
+TEST_F(SourcesTest, AreNotTakenFromAnotherHolderNorWithoutAServer) {
+    tell(4, "somebody-else");
+    tell(6, "");
+    const auto nothingIsAsked = [this](int sourceId) {
+        EXPECT_FALSE(controller.attachPaSource(sourceId)) << sourceId;
+        EXPECT_FALSE(controller.detachPaSource(sourceId)) << sourceId;
+        EXPECT_EQ(recordingHost::transcript(), "");
     };
-    recordingHost::setSleepAction([&](int) { withdraw(); });
-    EXPECT_EQ(handle(7, full), "sleep 100\n*o: source 12 deleted\n*event 7 12\n");
-    recordingHost::setSleepAction(nullptr);
-    observer.inCallback = withdraw;
-    EXPECT_EQ(handle(7, full),
-              "sleep 100\n*o: source 12 Desk\n*o: source 12 deleted\n*event 7 12\n");
+    for (const int id : {4, 5, 0, -4}) {
+        nothingIsAsked(id);
+    }
+    EXPECT_FALSE(controller.detachPaSource(6)) << "it is free";
+    gAudioServerInstance = nullptr;
+    nothingIsAsked(6);
+}
+
+TEST_F(SourcesTest, AreGivenUpAfterTheLongestWait) {
+    gMaxServerWaitTimeSeconds = 3;
+    tell(4, "");
+    tell(5, "uuid-self");
+    const std::string polls = "sleep 50\nsleep 50\nsleep 50\n";
+    letTimePass();
+    EXPECT_FALSE(controller.attachPaSource(4));
+    EXPECT_EQ(recordingHost::transcript(), "*send -1 92/1 1 4,uuid-self\n" + polls);
+    letTimePass();
+    EXPECT_FALSE(controller.detachPaSource(5));
+    EXPECT_EQ(recordingHost::transcript(), "*send -1 92/2 1 5,uuid-self\n" + polls);
+    letTimePass([this] { controller.initPaResources(); });
+    EXPECT_FALSE(controller.detachPaSource(5)) << "that the locks are forgotten confirms nothing";
+}
+
+TEST_F(SourcesTest, AreMeteredByTheirElement) {
+    for (const int id : {250, 99}) {
+        RecordList record({std::to_string(id)});
+        controller.addUpdatePaSource(id + 1000, record.list());
+    }
+    recordingHost::transcript();
+    controller.enablePaSourceVUMeter(250);
+    controller.disablePaSourceVUMeter(99);
+    controller.enablePaSourceVUMeter(1250);
+    EXPECT_EQ(recordingHost::transcript(), "*meter on 2\n*meter off 0\n");
+}
+
+TEST_F(SourcesTest, AskTheProcessesControllerForTheirZones) {
+    RecordList zones({"\"B^A\""});
+    gPaController.addUpdateAttachedPaZone(4, zones.list());
+    PaSource source;
+    source.id = 4;
+    EXPECT_EQ(source.getAttachedPaZones(), (std::vector<std::string>{"A", "B"}));
+    gAudioServerInstance = nullptr;
+    EXPECT_TRUE(source.getAttachedPaZones().empty());
+    gPaController.initPaResources();
 }
 
 }  // namespace

@@ -1,87 +1,32 @@
-#include <gtest/gtest.h>
-#include <sstream>
-
-#include "sdk/PAController.h"
-#include "tests/recordingHost/RecordingHost.h"
+// Triggers and selectors: what the controller answers for a source, and this client's own triggers.
+#include "tests/controller/fixtures.h"
+#include "tests/controller/recordText.h"
 
 namespace {
 
-const RecordFields full = fieldsOf(R"(31|4|"Door"|3|s|"key 1"|700|2|s|8|1)");
-
-template <class Triggers>
-std::string texts(const Triggers& triggers) {
-    std::ostringstream out;
-    for (const PaTrigger& t : triggers) {
-        out << t.id << '|' << t.associatedSourceId << '|' << t.associatedSelectorId << '|'
-            << t.label << '|' << t.type << '|' << t.subAddress << '|' << t.priority << '|'
-            << t.priorityMode << '|' << t.state << '|' << t.resumeAfterInterruption << ' ';
+struct TriggersTest : OwnController {
+    void addTrigger(int key, const std::string& fields) {
+        give<&PAController::addUpdatePaTrigger>(key, fieldsOf(fields));
     }
-    return out.str();
-}
-
-struct TriggersTest : testing::Test {
-    TriggersTest() {
-        recordingHost::reset();
-        controller.registerObserver(&observer);
+    void addSelector(int key, const std::string& fields) {
+        give<&PAController::addUpdatePaSelector>(key, fieldsOf(fields));
     }
-
-    std::string handle(int key, const RecordFields& fields) {
-        RecordList record(fields);
-        controller.addUpdatePaTrigger(key, record.list());
-        return recordingHost::transcript();
+    template <class Record>
+    static std::vector<int> idsOf(const std::vector<Record>& records) {
+        std::vector<int> ids;
+        for (const Record& record : records) {
+            ids.push_back(record.id);
+        }
+        return ids;
     }
-
-    std::string error(const std::string& caller, int id) {
-        return "*error 1 " + caller + ": SWTriggerId >" + std::to_string(id) +
-               "< not created by me\n";
-    }
-
-    RecordingObserver observer{"o"};
-    PAController controller;
 };
 
-TEST_F(TriggersTest, CachesHardwareTriggersAndTellsOfEachChange) {
-    debugLevel = 1;
-    EXPECT_EQ(handle(9, full),
-              "*log 1 addUpdatePaTrigger: triggerId >31< added to list. Total HW triggers >1<\n"
-              "*o: trigger 31 \"Door\"\n*event 10 31\n");
-    EXPECT_EQ(handle(9, full), "*event 10 31\n");
-    EXPECT_EQ(handle(9, with(full, 7, "1")),
-              "*log 1 addUpdatePaTrigger: triggerId >31< updated\n"
-              "*o: trigger 31 \"Door\"\n*event 10 31\n");
-    EXPECT_EQ(handle(9, {"32"}),
-              "*log 1 addUpdatePaTrigger: triggerId >31< added to list. Total HW triggers >1<\n"
-              "*o: trigger 31 \"Door\"\n*event 10 31\n")
-        << "an entry with another id stays as it is";
-    handle(2, {"5"});
-    EXPECT_EQ(texts(controller.getHwPaTriggers()),
-              "5|0|0||1||500|0|0|0 31|4|8|\"Door\"|3|\"key 1\"|700|0|1|0 ");
-    debugLevel = 0;
-    for (const std::size_t column : std::vector<std::size_t>{1, 2, 3, 5, 6, 7, 9}) {
-        const int key = static_cast<int>(column) + 10;
-        handle(key, full);
-        const RecordFields changed = with(full, column, "0");
-        EXPECT_NE(handle(key, changed).find("*o: trigger 31"), std::string::npos) << column;
-        EXPECT_EQ(handle(key, changed), "*event 10 31\n") << column << " was not copied";
-    }
-}
-
-TEST_F(TriggersTest, OnAnIndirectConnectionOnlyTheLocalServersCount) {
-    EXPECT_NE(handle(1, with(full, 10, "7")), "");
-    gIndirectCXSConnection = true;
-    debugLevel = 1;
-    EXPECT_EQ(handle(2, with(full, 10, "7")), "");
-    EXPECT_NE(handle(3, with(full, 10, "")), "");
-    EXPECT_EQ(controller.getHwPaTriggers().size(), 2U);
-}
-
-TEST_F(TriggersTest, AnswersForASourceAndATrigger) {
-    handle(9, full);
-    handle(8, with(with(full, 0, "30"), 7, "1"));
-    handle(7, with(with(full, 7, "0"), 1, "5"));
-    handle(6, {"29", "-1"});
-    EXPECT_EQ(texts(controller.getHwPaTriggers(4)),
-              "30|4|8|\"Door\"|3|\"key 1\"|700|0|1|0 31|4|8|\"Door\"|3|\"key 1\"|700|0|2|0 ");
+TEST_F(TriggersTest, OfASourceAndTheirStatesByTheirOwnIds) {
+    addTrigger(9, "31|4|-|-|-|-|-|2");
+    addTrigger(8, "30|4|-|-|-|-|-|1");
+    addTrigger(7, "31|5|-|-|-|-|-|0");
+    addTrigger(6, "29|-1");
+    EXPECT_EQ(idsOf(controller.getHwPaTriggers(4)), (std::vector<int>{30, 31}));
     EXPECT_TRUE(controller.getHwPaTriggers(0).empty());
     EXPECT_TRUE(controller.getHwPaTriggers(-1).empty());
     EXPECT_EQ(controller.getHwPaTriggerState(30), PaTrigger::INACTIVE);
@@ -89,7 +34,42 @@ TEST_F(TriggersTest, AnswersForASourceAndATrigger) {
     EXPECT_EQ(controller.getHwPaTriggerState(9), PaTrigger::UNKNOWN);
 }
 
-TEST_F(TriggersTest, NumbersTheSoftwareTriggersItMakes) {
+TEST_F(TriggersTest, SelectorsAnswerInTheSameWay) {
+    addSelector(9, "41|4|-|-|-|-|-|-|-|-|-|-|1");
+    addSelector(8, "40|4|-|-|-|-|-|-|-|-|-|-|0");
+    addSelector(7, "41|5|-|-|-|-|-|-|-|-|-|-|2");
+    addSelector(6, "39|-1");
+    addSelector(0, "38");
+    EXPECT_EQ(idsOf(controller.getPaSelectors(4)), (std::vector<int>{40, 41}));
+    EXPECT_TRUE(controller.getPaSelectors(0).empty());
+    EXPECT_TRUE(controller.getPaSelectors(-1).empty());
+    EXPECT_EQ(controller.getPaSelectorState(40), PaSelector::ENABLED_AND_UNKNOWN);
+    EXPECT_EQ(controller.getPaSelectorState(41), PaSelector::ENABLED_AND_ACTIVE);
+    for (const int unknown : {9, 0, -1, 38}) {
+        EXPECT_EQ(controller.getPaSelectorState(unknown), PaSelector::DISABLED);
+    }
+}
+
+TEST_F(TriggersTest, ReservedOperationsOfSelectorsPassTheMutexAndDoNothing) {
+    const auto callAll = [this](int selectorId, int sinkId) {
+        recordingHost::mutexEntries();
+        controller.getPaSinksForSelector(selectorId);
+        controller.addPaSinkToSelector(selectorId, sinkId);
+        controller.deletePaSinkFromSelector(selectorId, sinkId);
+        controller.enablePaSelector(selectorId);
+        controller.disablePaSelector(selectorId);
+        return recordingHost::mutexEntries();
+    };
+    addSelector(9, "41");
+    EXPECT_EQ(callAll(41, 1), 5);
+    EXPECT_EQ(callAll(41, 0), 4) << "a sink is added by its id alone";
+    EXPECT_EQ(callAll(0, 1) + callAll(-1, 1), 0);
+    EXPECT_TRUE(controller.getPaSinksForSelector(41).empty());
+    EXPECT_EQ(controller.getPaSelectors().at(0).state, PaSelector::DISABLED);
+    EXPECT_EQ(recordingHost::transcript(), "");
+}
+
+TEST_F(TriggersTest, MadeByTheApplicationAreNumbered) {
     EXPECT_EQ(controller.createSwPaTrigger(3, 0, "chime1", "show"), 1);
     EXPECT_EQ(controller.createSwPaTrigger(7, 100), 2);
     EXPECT_EQ(controller.createSwPaTrigger(3, -1), 0);
@@ -98,28 +78,20 @@ TEST_F(TriggersTest, NumbersTheSoftwareTriggersItMakes) {
     gAudioServerInstance = nullptr;
     EXPECT_EQ(controller.createSwPaTrigger(3, 50), 0);
     recordingHost::reset();
-    std::vector<PaTrigger> inner;
-    std::string outer;
-    for (const PaSWTrigger& made : controller.getSwPaTriggers()) {
-        inner.push_back(made.trigger);
-        outer += std::to_string(made.associatedSourceId) + "|" + made.preChime + "|" +
-                 made.displayParameters + " ";
+    EXPECT_EQ(listed(controller.getSwPaTriggers()),
+              "1|0|User Created Trigger|0|uuid-self|0|1|0|0|0|3|chime1|show\n"
+              "2|0|User Created Trigger|0|uuid-self|100|1|0|0|0|7||\n");
+    for (const int id : {1, 9, 0}) {
+        controller.deleteSwPaTrigger(id);
     }
-    EXPECT_EQ(texts(inner),
-              "1|0|0|User Created Trigger|0|uuid-self|0|0|1|0 "
-              "2|0|0|User Created Trigger|0|uuid-self|100|0|1|0 ");
-    EXPECT_EQ(outer, "3|chime1|show 7|| ");
-
-    controller.deleteSwPaTrigger(1);
-    controller.deleteSwPaTrigger(9);
-    controller.deleteSwPaTrigger(0);
     EXPECT_EQ(controller.createSwPaTrigger(3, 50), 3);
     controller.deleteSwPaTrigger(3);
     EXPECT_EQ(controller.createSwPaTrigger(3, 50), 3) << "the highest is given out again";
     EXPECT_EQ(recordingHost::transcript(), "") << "nothing is sent or told";
 }
 
-TEST_F(TriggersTest, ReportsAnUnknownSoftwareTriggerOnceThereIsOne) {
+TEST_F(TriggersTest, UnknownToTheApplicationAreReportedOnceItHasMadeOne) {
+    const std::string unknown = ": SWTriggerId >5< not created by me\n";
     recordingHost::mutexEntries();
     controller.activateSwPaTrigger(5);
     controller.deactivateSwPaTrigger(5);
@@ -127,12 +99,11 @@ TEST_F(TriggersTest, ReportsAnUnknownSoftwareTriggerOnceThereIsOne) {
     controller.createSwPaTrigger(3, 50);
     controller.activateSwPaTrigger(0);
     controller.deactivateSwPaTrigger(-1);
-    controller.getHwPaTriggers(0);
     EXPECT_EQ(recordingHost::mutexEntries(), 1) << "to make it";
     controller.activateSwPaTrigger(5);
     controller.deactivateSwPaTrigger(5);
-    EXPECT_EQ(recordingHost::transcript(),
-              error("activateSwPaTrigger", 5) + error("deactivateSwPaTrigger", 5));
+    EXPECT_EQ(recordingHost::transcript(), "*error 1 activateSwPaTrigger" + unknown +
+                                               "*error 1 deactivateSwPaTrigger" + unknown);
     controller.activateSwPaTrigger(1);
     EXPECT_EQ(controller.getSwPaTriggers().at(0).trigger.state, PaTrigger::INACTIVE);
 }

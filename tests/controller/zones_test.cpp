@@ -1,83 +1,31 @@
-#include <gtest/gtest.h>
-
-#include "sdk/PAController.h"
-#include "tests/recordingHost/RecordingHost.h"
+// Which of its caches a zone goes to, the zones of a source, the sinks of a zone.
+#include "tests/controller/fixtures.h"
 
 namespace {
 
 using Texts = std::vector<std::string>;
 
-const RecordFields full =
-    fieldsOf(R"("Platform \"1\""|skipped|1|"Active"|2|"Dictionary"|3|"Fair")");
-
-struct ZonesTest : testing::Test {
-    ZonesTest() {
-        recordingHost::reset();
-        controller.registerObserver(&observer);
-    }
-
-    std::string handle(int dstNo, int key, const RecordFields& fields) {
-        RecordList record(fields);
+struct ZonesTest : OwnController {
+    static std::string handle(PAController& controller, int dstNo, int key) {
+        RecordList record({"Z"});
+        recordingHost::transcript();
         controller.addUpdatePaZone(dstNo, key, record.list());
         return recordingHost::transcript();
     }
 
-    Texts attachedTo(int key, const RecordFields& fields) {
-        RecordList record(fields);
-        controller.addUpdateAttachedPaZone(key, record.list());
-        Texts zones = {"kept"};
-        controller.getAttachedPaZoneList(key, &zones);
-        return zones;
-    }
-
     RecordingObserver observer{"o"};
-    PAController controller;
 };
 
-TEST_F(ZonesTest, DecodesEveryColumn) {
-    handle(1, 5, full);
-    const PaZone zone = controller.getPaZones().at(0);
-    EXPECT_EQ(zone.id, "Platform \"1\"");
-    EXPECT_EQ(zone.activityText + zone.announcementTypeText + zone.healthText,
-              "\"Active\"\"Dictionary\"\"Fair\"");
-    EXPECT_EQ((std::vector<int>{static_cast<int>(zone.elemNo), zone.activity, zone.announcementType,
-                                zone.health}),
-              (std::vector<int>{0, 1, 2, 3}));
-}
-
-TEST_F(ZonesTest, TellsOfEachChangeButNotOfHealth) {
-    debugLevel = 1;
-    EXPECT_EQ(handle(1, 5, full),
-              "*log 1 addUpdatePaZone: PaZone added to local cache: key >5< PaZone Label "
-              ">Platform \"1\"<\n*o: zone Platform \"1\" \"Active\"\n*event 40 5\n");
-    EXPECT_EQ(handle(1, 5, with(with(full, 6, "1"), 7, "Good")), "");
-    EXPECT_EQ(handle(1, 5, with(with(full, 0, "P1"), 6, "1")),
-              "*log 1 addUpdatePaZone: updated key >5< PaZone Label >P1<\n"
-              "*o: zone P1 \"Active\"\n*event 40 5\n");
-    EXPECT_EQ(controller.getPaZones().at(0).health, 3);
-    for (const std::size_t column : std::vector<std::size_t>{0, 2, 3, 4, 5}) {
-        handle(1, 100, full);
-        EXPECT_NE(handle(1, 100, with(full, column, "0")), "") << column;
-        EXPECT_EQ(handle(1, 100, with(full, column, "0")), "") << column;
-    }
-}
-
-TEST_F(ZonesTest, IgnoresRecordsWithoutServerKeyOrList) {
-    debugLevel = 1;
-    EXPECT_EQ(handle(0, 5, full) + handle(1, 0, full), "");
-    controller.addUpdatePaZone(1, 5, nullptr);
-    EXPECT_EQ(recordingHost::transcript(), "");
-    EXPECT_TRUE(controller.getPaZones().empty());
-    PAController lonely;
-    RecordList record(full);
-    debugLevel = 0;
-    recordingHost::transcript();
-    lonely.addUpdatePaZone(1, 5, record.list());
-    EXPECT_EQ(recordingHost::transcript(), "") << "without an observer nothing is posted";
+TEST_F(ZonesTest, IgnoreRecordsWithoutServerOrKeyAndPostNothingUnobserved) {
+    EXPECT_EQ(handle(controller, 1, 5), "") << "without an observer nothing is posted";
+    EXPECT_EQ(controller.getPaZones().size(), 1U);
+    controller.registerObserver(&observer);
+    EXPECT_EQ(handle(controller, 0, 6) + handle(controller, 1, 0), "");
+    EXPECT_EQ(controller.getPaZones().size(), 1U);
 }
 
 /// Which cache a zone goes to, whether it is told, and what is then in force.
-TEST_F(ZonesTest, ChoosesItsCacheAsTheTable) {
+TEST_F(ZonesTest, ChooseTheirCacheAsTheTable) {
     struct Case {
         bool indirect;
         int active;
@@ -86,36 +34,45 @@ TEST_F(ZonesTest, ChoosesItsCacheAsTheTable) {
         bool inForce;
     };
     const std::vector<Case> cases = {
-        {false, 1, 1, true, true},   // direct, the active server's own
-        {false, 2, 1, false, true},  // the primary cache, but not from the active server
-        {false, 0, 1, true, false},  // told, but without a server nothing is in force
-        {false, 0, 3, false, false}, {true, 2, 2, true, true},  // indirect, the active server
-        {true, 2, 1, false, false},  // the local server's cache is not in force
-        {true, 0, 1, true, true},    // the local server stands in
-        {true, 0, 3, false, false},  {true, -1, 1, false, true},
+        {false, 1, 1, true, true},    // direct, the active server's own
+        {false, 2, 1, false, true},   // the primary cache, but not from the active server
+        {false, 0, 1, true, false},   // told, but without a server nothing is in force
+        {false, 0, 3, false, false},  //
+        {true, 2, 2, true, true},     // indirect, the active server
+        {true, 2, 1, false, false},   // the local server's cache is not in force
+        {true, 0, 1, true, true},     // the local server stands in
+        {true, 0, 3, false, false},   //
+        {true, -1, 1, false, true},
     };
     for (const Case& c : cases) {
         PAController fresh;
         fresh.registerObserver(&observer);
         gIndirectCXSConnection = c.indirect;
         gActiveAudioServerDstNo = c.active;
-        RecordList record(full);
-        recordingHost::transcript();
-        fresh.addUpdatePaZone(c.dstNo, 5, record.list());
-        EXPECT_EQ(recordingHost::transcript() != "", c.told) << &c - cases.data();
+        EXPECT_EQ(handle(fresh, c.dstNo, 5) != "", c.told) << &c - cases.data();
         EXPECT_EQ(fresh.getPaZones().size(), c.inForce ? 1U : 0U) << &c - cases.data();
     }
 }
 
-TEST_F(ZonesTest, KeepsTheAttachedZonesOfASource) {
+TEST_F(ZonesTest, OfASourceAreKeptInSortedOrder) {
+    const auto attachedTo = [this](int key, const RecordFields& fields) {
+        RecordList record(fields);
+        controller.addUpdateAttachedPaZone(key, record.list());
+        Texts zones = {"kept"};
+        controller.getAttachedPaZoneList(key, &zones);
+        return zones;
+    };
     EXPECT_EQ(attachedTo(3, fieldsOf(R"("Z2^\"Z^1\"^Z2"|ignored)")), (Texts{"kept", "Z2", "Z^1"}));
+    EXPECT_EQ(attachedTo(3, {"(null)"}), (Texts{"kept"}));
+    controller.addUpdateAttachedPaZone(3, nullptr);
+    EXPECT_EQ(recordingHost::transcript(),
+              "error 3 addUpdateAttachedPaZone: no record for key >3<\n");
     Texts unknown;
     controller.getAttachedPaZoneList(4, &unknown);
     EXPECT_TRUE(unknown.empty());
-    EXPECT_EQ(attachedTo(3, {"(null)"}), (Texts{"kept"}));
 }
 
-TEST_F(ZonesTest, FindsItsMembers) {
+TEST_F(ZonesTest, FindTheirMembers) {
     gPaController.initPaResources();
     int key = 0;
     for (const char* const list :

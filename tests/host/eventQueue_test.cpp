@@ -14,18 +14,14 @@ bool isReadable() {
 
 TEST(EventQueueTest, KeepsOrderIsBoundedAndWakesTheApplication) {
     EventItem item;
-    EXPECT_FALSE(isReadable());
-    EXPECT_FALSE(eventQueue::next(item));
-
+    EXPECT_FALSE(isReadable() || eventQueue::next(item));
     addNewEventItem(EventItem::PA_ZONE_UPDATED, 5, nullptr);
     addNewEventItem(EventItem::PA_SOURCE_DELETED, 6, nullptr);
-    EXPECT_TRUE(isReadable());
-    ASSERT_TRUE(eventQueue::next(item));
-    EXPECT_EQ(item.type, 40);
-    EXPECT_EQ(item.key, 5);
-    EXPECT_TRUE(isReadable());
-    ASSERT_TRUE(eventQueue::next(item));
-    EXPECT_EQ(item.type, 7);
+    for (const auto& [type, key] : {std::pair{40, 5}, {7, 6}}) {
+        EXPECT_TRUE(isReadable());
+        ASSERT_TRUE(eventQueue::next(item));
+        EXPECT_EQ(std::pair(int{item.type}, item.key), std::pair(type, key));
+    }
     EXPECT_FALSE(isReadable());
 
     const auto before = eventQueue::dropped();
@@ -41,14 +37,21 @@ TEST(EventQueueTest, KeepsOrderIsBoundedAndWakesTheApplication) {
     EXPECT_EQ(last, static_cast<int>(eventQueue::capacity) - 1);
 }
 
-TEST(LevelMeterTest, KeepsEachSubscriptionOnce) {
+TEST(LevelMeterTest, SwitchesEachFeedOnceAndANewSwitchAllThatAreWanted) {
+    std::string switched;
+    const LevelMeterSwitch feed = [&switched](bool subscribe, int element) {
+        switched += (subscribe ? "+" : "-") + std::to_string(element) + " ";
+    };
     subscribeUnsubscribeToResAmpVUMeterElement(true, 7);
     subscribeUnsubscribeToResAmpVUMeterElement(true, 3);
+    setLevelMeterSwitch(feed);
+    EXPECT_EQ(switched, "+3 +7 ");
     subscribeUnsubscribeToResAmpVUMeterElement(true, 7);
     subscribeUnsubscribeToResAmpVUMeterElement(false, 9);
-    EXPECT_EQ(subscribedLevelMeters(), (std::vector<int>{3, 7}));
     subscribeUnsubscribeToResAmpVUMeterElement(false, 7);
-    EXPECT_EQ(subscribedLevelMeters(), (std::vector<int>{3}));
+    setLevelMeterSwitch({});
+    subscribeUnsubscribeToResAmpVUMeterElement(false, 3);
+    EXPECT_EQ(switched, "+3 +7 -7 ");
 }
 
 }  // namespace

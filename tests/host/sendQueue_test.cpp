@@ -39,86 +39,70 @@ TEST(SendQueueTest, IsBoundedInOrderAndForgetsWhatIsTooOld) {
 
 std::atomic<std::int64_t> nowMS{0};
 
-/// A link that keeps what it is given, and can be down.
-class Sender : public OperationSender {
+/// Collects text from any thread, and waits for it.
+class Transcript {
 public:
-    bool sendOperation(const Operation& sent) override {
+    void add(const std::string& text) {
         const std::lock_guard guard(lock_);
-        if (!up_) {
-            ++refused_;
-            changed_.notify_all();
-            return false;
-        }
-        numbers_ += std::to_string(sent.operationNumber) + " ";
+        text_ += text;
         changed_.notify_all();
-        return true;
-    }
-    void setUp(bool up) {
-        const std::lock_guard guard(lock_);
-        up_ = up;
-    }
-    void waitForRefusal() {
-        std::unique_lock guard(lock_);
-        changed_.wait(guard, [this] { return refused_ > 0; });
     }
     std::string waitFor(std::size_t length) {
         std::unique_lock guard(lock_);
-        changed_.wait(guard, [&] { return numbers_.size() >= length; });
-        return numbers_;
+        changed_.wait(guard, [&] { return text_.size() >= length; });
+        return text_;
     }
 
 private:
     std::mutex lock_;
     std::condition_variable changed_;
-    bool up_ = true;
-    int refused_ = 0;
-    std::string numbers_;
+    std::string text_;
+};
+
+/// A link that notes the numbers of what it is given, and can be down.
+struct Sender : OperationSender {
+    bool sendOperation(const Operation& sent) override {
+        const bool takes = up;
+        (takes ? numbers : refusals).add(std::to_string(sent.operationNumber) + " ");
+        return takes;
+    }
+    std::atomic<bool> up{true};
+    Transcript numbers;
+    Transcript refusals;
 };
 
 TEST(QXReceiverTest, KeepsOrderAcrossALossAndReportsWhatItDrops) {
     TimeSource source;
     source.monotonicMS = [] { return nowMS.load(); };
     setTimeSource(source);
-    std::mutex lock;
-    std::condition_variable changed;
-    std::string errors;
-    setLogSink([&](const LogLine& line) {
-        const std::lock_guard guard(lock);
-        errors += line.text + "\n";
-        changed.notify_all();
-    });
+    Transcript errors;
+    setLogSink([&](const LogLine& line) { errors.add(line.text + "\n"); });
 
     Sender sender;
     gQXReceiver.addOperationToSendQueue(-1, 92, 1, 1, "a");
     gQXReceiver.connect(sender);
     gQXReceiver.addOperationToSendQueue(-1, 92, 2, 1, "b");
-    EXPECT_EQ(sender.waitFor(4), "1 2 ");
-    sender.setUp(false);
+    EXPECT_EQ(sender.numbers.waitFor(4), "1 2 ");
+    sender.up = false;
     gQXReceiver.addOperationToSendQueue(-1, 92, 3, 1, "c");
-    sender.waitForRefusal();
-    sender.setUp(true);
+    sender.refusals.waitFor(1);
+    sender.up = true;
     gQXReceiver.addOperationToSendQueue(-1, 92, 4, 1, "d");
-    EXPECT_EQ(sender.waitFor(8), "1 2 3 4 ");
+    EXPECT_EQ(sender.numbers.waitFor(8), "1 2 3 4 ");
 
     gQXReceiver.disconnect();
     gQXReceiver.setMaxWait(std::chrono::milliseconds(2000));
     gQXReceiver.addOperationToSendQueue(-2, 92, 17, 1, "e");
     nowMS += 2001;
-    {
-        std::unique_lock guard(lock);
-        changed.wait(guard, [&] { return !errors.empty(); });
-        EXPECT_EQ(errors, "operation 92/17 dropped after 2001 ms: the link was down\n");
-        errors.clear();
-    }
+    std::string expected = "operation 92/17 dropped after 2001 ms: the link was down\n";
+    EXPECT_EQ(errors.waitFor(1), expected);
     for (std::size_t i = 0; i < QXReceiver::capacity + 1; ++i) {
         gQXReceiver.addOperationToSendQueue(-1, 78, 6, 1, "");
     }
-    {
-        const std::lock_guard guard(lock);
-        EXPECT_EQ(errors, "operation 78/6 dropped after 0 ms: the send queue is full\n");
-    }
+    expected += "operation 78/6 dropped after 0 ms: the send queue is full\n";
+    EXPECT_EQ(errors.waitFor(1), expected);
     gQXReceiver.connect(sender);
-    EXPECT_EQ(sender.waitFor(8 + 2 * QXReceiver::capacity).substr(0, 12), "1 2 3 4 6 6 ");
+    EXPECT_EQ(sender.numbers.waitFor(8 + 2 * QXReceiver::capacity).substr(0, 12), "1 2 3 4 6 6 ");
     gQXReceiver.disconnect();
     setLogSink({});
     setTimeSource({});

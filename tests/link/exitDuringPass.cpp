@@ -4,6 +4,7 @@
 #include <ctime>
 
 #include "framework/clock.h"
+#include "framework/log.h"
 #include "include/common/RecordList.h"
 #include "sdk/AudioServer.h"
 #include "sdk/PAController.h"
@@ -29,6 +30,7 @@ int main() {
     auto& sender = *new Sender;
     gAudioServerInstance = &audioServer;
     gQXReceiver.connect(sender);
+    setLogSink([](const LogLine&) {});  // more renewals than the send queue holds
     TimeSource source;
     source.sleepMS = [](int) {};  // pass after pass
     setTimeSource(source);

@@ -1,9 +1,9 @@
 #include "link/Router.h"
 
 #include <atomic>
-#include <functional>
 #include <gtest/gtest.h>
 #include <mutex>
+#include <optional>
 #include <string>
 #include <thread>
 #include <utility>
@@ -11,6 +11,7 @@
 
 #include "framework/log.h"
 #include "sdk/globals.h"
+#include "tests/recordingHost/NotingObserver.h"
 #include "tests/support/noPauses.h"
 
 namespace {
@@ -22,34 +23,10 @@ using palink::Withdrawal;
 constexpr int server = 1;
 
 /// Notes what the controller tells of.
-struct Notes : PAControllerObserverAdapter {
-    void onPaSourceUpdate(PaSource source) override {
-        add("source " + std::to_string(source.id) + " " + source.label);
-    }
-    void onPaSourceDelete(int id) override { add("source " + std::to_string(id) + " gone"); }
-    void onPaSinkUpdate(PaSink sink) override { add("sink " + std::to_string(sink.id)); }
-    void onPaZoneUpdate(PaZone zone) override { add("zone " + zone.id); }
-    void onScheduleUpdate(ScheduleDefinition schedule) override {
-        add("schedule " + schedule.descrption);
-    }
-    void onPaTriggerUpdate(PaTrigger trigger) override {
-        add("trigger " + std::to_string(trigger.id));
-    }
-    void onPaSelectorUpdate(PaSelector selector) override {
-        add("selector " + std::to_string(selector.id));
-    }
-    void onAudioMessageRetrievalComplete(const std::string& id, bool /*success*/,
-                                         MessageRetrievalError /*error*/,
-                                         const std::string& /*uri*/) override {
-        add("audio " + id);
-    }
-    void onMessageUpdate(AnnouncementRequest request) override {
-        add("request " + request.getRequestID());
-    }
-
-    void add(const std::string& text) {
+struct Notes : NotingObserver {
+    void called(const std::string& kind, const std::string& id, const std::string& what) override {
         const std::lock_guard guard(lock);
-        all += text + "; ";
+        all += kind + " " + id + " " + what + "; ";
     }
     std::string take() {
         const std::lock_guard guard(lock);
@@ -87,31 +64,35 @@ struct RouterTest : testing::Test {
 };
 
 TEST_F(RouterTest, BringsEachKindToItsHandler) {
-    router.handle(Record{server, RecordKind::Source, 1, {"11"}});
-    router.waitUntilIdle();
-    router.handle(Record{server, RecordKind::Schedule, 10, {"Daily"}});
-    router.waitUntilIdle();
-    router.handle(Record{server, RecordKind::Sink, 2, {"12"}});
-    router.handle(Record{server, RecordKind::Zone, 3, {"Z"}});
-    router.handle(Record{server, RecordKind::AttachedZones, 4, {"A"}});
-    router.handle(Record{server, RecordKind::Announcement, 5, {"r"}});
-    router.handle(Record{server, RecordKind::TtsPort, 6, {"en", "anna"}});
-    router.handle(Record{server, RecordKind::Trigger, 7, {"17"}});
-    router.handle(Record{server, RecordKind::Selector, 8, {"18"}});
-    router.handle(Record{server, RecordKind::TtsDictionary, 9, {"6", "u"}});
-    EXPECT_EQ(notes().take(),
-              "source 11 ; schedule Daily; sink 12; zone Z; request r; trigger 17; selector 18; "
-              "audio u; ");
+    const std::vector<std::pair<Record, const char*>> records = {
+        {{server, RecordKind::Source, 1, {"11"}}, "source 11 ; "},
+        {{server, RecordKind::Schedule, 10, {"Daily"}}, "schedule 10 Daily; "},
+        {{server, RecordKind::Sink, 2, {"12"}}, "sink 12 ; "},
+        {{server, RecordKind::Zone, 3, {"Z"}}, "zone Z ; "},
+        {{server, RecordKind::AttachedZones, 4, {"A"}}, ""},
+        {{server, RecordKind::Announcement, 5, {"r"}}, "message r ; "},
+        {{server, RecordKind::TtsPort, 6, {"en", "anna"}}, ""},
+        {{server, RecordKind::Trigger, 7, {"17"}}, "trigger 17 ; "},
+        {{server, RecordKind::Selector, 8, {"18"}}, "selector 18 ; "},
+        {{server, RecordKind::TtsDictionary, 9, {"6", "u"}}, "audio u rendered 0 ; "},
+    };
+    for (const auto& [record, told] : records) {
+        router.handle(record);
+        router.waitUntilIdle();
+        EXPECT_EQ(notes().take(), told);
+    }
     std::vector<std::string> attached;
     gPaController.getAttachedPaZoneList(4, &attached);
     EXPECT_EQ(attached.size(), 1U);
     EXPECT_EQ(gPaController.getTTSVocalizerList().at(0).portNo, 6);
 
-    router.handle(Withdrawal{server, static_cast<int>(RecordKind::TtsPort), 6});
+    for (const auto& [kind, key] : {std::pair{RecordKind::TtsPort, 6},
+                                    {RecordKind::TtsDictionary, 9},
+                                    {RecordKind::Zone, 3}}) {
+        router.handle(Withdrawal{server, static_cast<int>(kind), key});
+    }
     EXPECT_TRUE(gPaController.getTTSVocalizerList().empty());
-    router.handle(Withdrawal{server, static_cast<int>(RecordKind::TtsDictionary), 9});
     EXPECT_TRUE(gPaController.getTTSDictionaryList().empty());
-    router.handle(Withdrawal{server, static_cast<int>(RecordKind::Zone), 3});
     EXPECT_TRUE(gPaController.getPaZones().empty());
     EXPECT_EQ(gPaController.getPaSinks().size(), 1U);
 }
@@ -126,30 +107,23 @@ TEST_F(RouterTest, KeepsTheOrderOfOneKeyWithdrawalsIncluded) {
     router.waitUntilIdle();
     std::string expected;
     for (int round = 0; round < 20; ++round) {
-        expected += "source 70 " + std::to_string(round) + "; source 70 gone; ";
+        expected += "source 70 " + std::to_string(round) + "; source 70 deleted; ";
     }
     EXPECT_EQ(notes().take(), expected + "source 70 last; ");
 }
 
 TEST_F(RouterTest, AWithdrawalOfAllAndAResetWaitForThePool) {
-    const std::vector<std::function<void()>> removals = {
-        [this] { router.reset(); },
-        [this] {
-            router.handle(Withdrawal{server, 2, 0});
-        },
-        [this] {
-            router.handle(Withdrawal{0, 0, 0});
-        },
-    };
-    for (const auto& remove : removals) {
+    const std::optional<Withdrawal> removals[] = {std::nullopt, Withdrawal{server, 2, 0},
+                                                  Withdrawal{0, 0, 0}};  // nothing: a reset
+    for (const auto& withdrawal : removals) {
         for (int key = 1; key <= 50; ++key) {
             router.handle(Record{server, RecordKind::Source, key, {std::to_string(key)}});
         }
-        remove();
+        withdrawal ? router.handle(*withdrawal) : router.reset();
         EXPECT_TRUE(gPaController.getPaSources().empty());
         const std::string told = notes().take();
-        EXPECT_LT(told.rfind("source 50 ; "), told.find("gone"));
-        EXPECT_NE(told.find("source 50 gone; "), std::string::npos);
+        EXPECT_LT(told.rfind("source 50 ; "), told.find("deleted"));
+        EXPECT_NE(told.find("source 50 deleted; "), std::string::npos);
     }
 }
 
@@ -181,18 +155,9 @@ TEST_F(RouterTest, ReportsAKindThatItDoesNotKnow) {
 
 TEST_F(RouterTest, SurvivesWhateverAFieldHolds) {
     setLogSink([](const LogLine&) {});
-    const std::vector<std::optional<std::string>> hostile = {std::nullopt,
-                                                             "",
-                                                             "(null)",
-                                                             "\"",
-                                                             "\\",
-                                                             "^^^",
-                                                             "-",
-                                                             "99999999999999999999",
-                                                             "nan",
-                                                             "\xff\xfe\x80",
-                                                             std::string(1'000'000, '\\'),
-                                                             std::string(1'000'000, '"')};
+    RecordFields hostile = {std::nullopt, "", "(null)", "\"", "\\", "^^^", "-"};
+    hostile.insert(hostile.end(), {"99999999999999999999", "nan", "\xff\xfe\x80",
+                                   std::string(1'000'000, '\\'), std::string(1'000'000, '"')});
     for (const RecordKind kind :
          {RecordKind::Source, RecordKind::Sink, RecordKind::Zone, RecordKind::AttachedZones,
           RecordKind::Announcement, RecordKind::Trigger, RecordKind::Selector, RecordKind::Schedule,

@@ -5,6 +5,7 @@
 #include <cstdarg>
 #include <cstdio>
 #include <sstream>
+#include <stdexcept>
 #include <utility>
 
 #include "framework/clock.h"
@@ -24,16 +25,18 @@ void realTranslate(std::string& text);
 
 namespace {
 
-struct Host {
-    std::string transcript;
-    int mutexDepth = 0;
-    int mutexEntries = 0;
-    bool plainEncoding = false;
-    int uploadResult = 1;
-    int uuids = 0;
-    std::time_t now = 0;
-    std::function<void(int)> sleepAction;
-};
+int mutexDepth = 0;
+
+[[gnu::format(printf, 3, 0)]] void noteLine(const char* kind, int level, const char* format,
+                                            va_list arguments) {
+    std::array<char, 4096> text{};
+    std::vsnprintf(text.data(), text.size(), format, arguments);
+    recordingHost::note(kind + std::to_string(level) + " " + text.data());
+}
+
+}  // namespace
+
+namespace recordingHost {
 
 // Never destroyed, as the controller that uses it.
 Host& host() {
@@ -41,29 +44,14 @@ Host& host() {
     return theHost;
 }
 
-[[gnu::format(printf, 1, 0)]] std::string formatted(const char* format, va_list arguments) {
-    std::array<char, 4096> buffer{};
-    std::vsnprintf(buffer.data(), buffer.size(), format, arguments);
-    return buffer.data();
-}
-
-}  // namespace
-
-namespace recordingHost {
-
 void reset() {
-    host().transcript.clear();
-    host().plainEncoding = false;
-    host().uploadResult = 1;
-    host().uuids = 0;
-    host().now = 1000;
-    host().mutexEntries = 0;
-    host().sleepAction = nullptr;
+    host() = {};
     debugLevel = 0;
     gAudioServerInstance = &audioServer();
     gLocalDstNo = 1;
     gActiveAudioServerDstNo = 1;
     gIndirectCXSConnection = false;
+    gMaxServerWaitTimeSeconds = 10;
     gDeviceIPAddress = "10.0.0.5";
 }
 
@@ -79,22 +67,6 @@ std::string transcript() {
     return std::exchange(host().transcript, {});
 }
 
-void setPlainEncoding(bool plain) {
-    host().plainEncoding = plain;
-}
-
-void setUploadResult(int result) {
-    host().uploadResult = result;
-}
-
-void setWallClock(std::time_t now) {
-    host().now = now;
-}
-
-void setSleepAction(std::function<void(int)> action) {
-    host().sleepAction = std::move(action);
-}
-
 int mutexEntries() {
     return std::exchange(host().mutexEntries, 0);
 }
@@ -105,11 +77,12 @@ AudioServer& audioServer() {
 }
 
 void note(const std::string& line) {
-    host().transcript += (host().mutexDepth > 0 ? "*" : "") + line + '\n';
+    host().transcript += (mutexDepth > 0 ? "*" : "") + line + '\n';
 }
 
 }  // namespace recordingHost
 
+using recordingHost::host;
 using recordingHost::note;
 
 // ---- the host's functions
@@ -126,14 +99,14 @@ std::string& gDeviceIPAddress = *new std::string("10.0.0.5");
 void debug(int level, const char* format, ...) {
     va_list arguments;
     va_start(arguments, format);
-    note("log " + std::to_string(level) + " " + formatted(format, arguments));
+    noteLine("log ", level, format, arguments);
     va_end(arguments);
 }
 
 void handleError(int level, const char* format, ...) {
     va_list arguments;
     va_start(arguments, format);
-    note("error " + std::to_string(level) + " " + formatted(format, arguments));
+    noteLine("error ", level, format, arguments);
     va_end(arguments);
 }
 
@@ -143,6 +116,9 @@ std::time_t wallClock() {
 
 void sleepMS(int ms) {
     note("sleep " + std::to_string(ms));
+    if (++host().sleeps > 1000) {
+        throw std::runtime_error("a wait without an end");
+    }
     if (host().sleepAction) {
         host().sleepAction(ms);
     }
@@ -186,12 +162,12 @@ qxLocalMutex::qxLocalMutex(bool /*reentrant*/) : mutex_{} {}
 qxLocalMutex::~qxLocalMutex() = default;
 
 void qxLocalMutex::enter() {
-    ++host().mutexDepth;
+    ++mutexDepth;
     ++host().mutexEntries;
 }
 
 void qxLocalMutex::leave() {
-    if (--host().mutexDepth < 0) {
+    if (--mutexDepth < 0) {
         note("the mutex was left once too often");
     }
 }

@@ -7,8 +7,8 @@
 
 #include "include/common/RecordList.h"
 #include "sdk/AudioServer.h"
-#include "sdk/PAControllerObserver.h"
 #include "sdk/globals.h"
+#include "tests/recordingHost/NotingObserver.h"
 
 /// A host that does nothing but write down what the controller asks of it. It takes the place of
 /// pa_host: no thread is started, nobody sleeps, nothing is sent.
@@ -18,9 +18,21 @@
 /// controller's mutex held.
 namespace recordingHost {
 
+struct Host {
+    std::string transcript;
+    int mutexEntries = 0;
+    int sleeps = 0;
+    int uuids = 0;  ///< how many have been made
+
+    bool plainEncoding = false;            ///< texts go to and from the server unchanged
+    int uploadResult = 1;                  ///< of every upload; 1 is success
+    std::time_t now = 1000;                ///< the wall clock
+    std::function<void(int)> sleepAction;  ///< called in place of a sleep, once it is noted
+};
+Host& host();
+
 /// Puts the host in its first state: empty transcript, direct connection to server 1, this device
-/// at 10.0.0.5, verbosity 0, wall clock at 1000 s, an audio server instance with the UUID
-/// "uuid-self".
+/// at 10.0.0.5, verbosity 0, an audio server instance with the UUID "uuid-self".
 void reset();
 
 /// Has an observer "o" write down what the process's controller tells, from now on.
@@ -28,18 +40,6 @@ void watchTheController();
 
 /// The transcript since the last call or reset, a line each.
 std::string transcript();
-
-/// Whether texts go to and from the server unchanged, so that payloads can be written plainly.
-void setPlainEncoding(bool plain);
-
-/// What the next uploads return; 1 is success.
-void setUploadResult(int result);
-
-/// What the wall clock says from now on.
-void setWallClock(std::time_t now);
-
-/// Called in place of every sleep, after it has been written down.
-void setSleepAction(std::function<void(int ms)> action);
 
 /// How often the controller's mutex was entered since the last call or reset.
 int mutexEntries();
@@ -52,51 +52,15 @@ void note(const std::string& line);
 }  // namespace recordingHost
 
 /// Writes every call into the transcript, as "name: call arguments".
-class RecordingObserver : public PAControllerObserverAdapter {
+class RecordingObserver : public NotingObserver {
 public:
     explicit RecordingObserver(std::string name) : name_(std::move(name)) {}
-
-    void onPaSourceUpdate(PaSource source) override { called("source", source.id, source.label); }
-    void onPaSourceDelete(int id) override { called("source", id, "deleted"); }
-    void onPaSinkUpdate(PaSink sink) override { called("sink", sink.id, sink.label); }
-    void onPaSinkDelete(int id) override { called("sink", id, "deleted"); }
-    void onPaTriggerUpdate(PaTrigger trigger) override {
-        called("trigger", trigger.id, trigger.label);
-    }
-    void onPaTriggerDelete(int id) override { called("trigger", id, "deleted"); }
-    void onPaSelectorUpdate(PaSelector selector) override {
-        called("selector", selector.id, selector.label);
-    }
-    void onPaSelectorDelete(int id) override { called("selector", id, "deleted"); }
-    void onScheduleUpdate(ScheduleDefinition schedule) override {
-        called("schedule", schedule.Id, schedule.descrption);
-    }
-    void onScheduleDelete(ScheduleDefinition schedule) override {
-        called("schedule", schedule.Id, schedule.descrption + " deleted");
-    }
-    void onPaZoneUpdate(PaZone zone) override { called("zone", zone.id, zone.activityText); }
-    void onPaZoneDelete(std::string id) override { called("zone", id, "deleted"); }
-    void onAudioMessageRetrievalComplete(const std::string& requestId, bool success,
-                                         MessageRetrievalError error,
-                                         const std::string& uri) override {
-        called("audio", requestId,
-               (success ? "rendered " : "failed ") + std::to_string(error) + " " + uri);
-    }
-    void onMessageUpdate(AnnouncementRequest request) override {
-        called("message", request.getRequestID(), request.stateText);
-    }
-    void onMessageDelete(AnnouncementRequest request) override {
-        called("message", request.getRequestID(), "deleted");
-    }
 
     /// Called in every callback, after it has been written down.
     std::function<void()> inCallback;
 
 private:
-    void called(const std::string& kind, int id, const std::string& what) {
-        called(kind, std::to_string(id), what);
-    }
-    void called(const std::string& kind, const std::string& id, const std::string& what);
+    void called(const std::string& kind, const std::string& id, const std::string& what) override;
 
     std::string name_;
 };

@@ -1,0 +1,10 @@
+#pragma once
+
+#include <optional>
+
+#include "include/common/tevlist.h"
+#include "sdk/ScheduleDefinition.h"
+
+/// Decodes the record of a schedule. One that cannot be read is reported.
+/// @return nothing when it cannot be read
+std::optional<ScheduleDefinition> decodeSchedule(int scheduleId, const TEVlist& list);

@@ -1,0 +1,49 @@
+#pragma once
+
+#include <string>
+
+#include "sdk/PAControllerObserver.h"
+
+/// Turns every callback into one call of `called`: what kind of resource, which, and what of it.
+struct NotingObserver : PAControllerObserver {
+    virtual void called(const std::string& kind, const std::string& id,
+                        const std::string& what) = 0;
+
+    void onPaSourceUpdate(PaSource source) override { called("source", source.id, source.label); }
+    void onPaSourceDelete(int id) override { called("source", id, "deleted"); }
+    void onPaSinkUpdate(PaSink sink) override { called("sink", sink.id, sink.label); }
+    void onPaSinkDelete(int id) override { called("sink", id, "deleted"); }
+    void onPaTriggerUpdate(PaTrigger trigger) override {
+        called("trigger", trigger.id, trigger.label);
+    }
+    void onPaTriggerDelete(int id) override { called("trigger", id, "deleted"); }
+    void onPaSelectorUpdate(PaSelector selector) override {
+        called("selector", selector.id, selector.label);
+    }
+    void onPaSelectorDelete(int id) override { called("selector", id, "deleted"); }
+    void onScheduleUpdate(ScheduleDefinition schedule) override {
+        called("schedule", schedule.Id, schedule.descrption);
+    }
+    void onScheduleDelete(ScheduleDefinition schedule) override {
+        called("schedule", schedule.Id, schedule.descrption + " deleted");
+    }
+    void onPaZoneUpdate(PaZone zone) override { called("zone", zone.id, zone.activityText); }
+    void onPaZoneDelete(std::string id) override { called("zone", id, "deleted"); }
+    void onAudioMessageRetrievalComplete(const std::string& requestId, bool success,
+                                         MessageRetrievalError error,
+                                         const std::string& uri) override {
+        called("audio", requestId,
+               (success ? "rendered " : "failed ") + std::to_string(error) + " " + uri);
+    }
+    void onMessageUpdate(AnnouncementRequest request) override {
+        called("message", request.getRequestID(), request.stateText);
+    }
+    void onMessageDelete(AnnouncementRequest request) override {
+        called("message", request.getRequestID(), "deleted");
+    }
+
+private:
+    void called(const std::string& kind, int id, const std::string& what) {
+        called(kind, std::to_string(id), what);
+    }
+};
