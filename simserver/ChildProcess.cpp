@@ -74,6 +74,13 @@ public:
     /// This end of its input and output.
     int stream() const { return stream_; }
 
+    bool hasEnded() const {
+        siginfo_t end{};
+        return pid_ == 0 ||
+               waitid(P_PID, static_cast<id_t>(pid_), &end, WEXITED | WNOHANG | WNOWAIT) != 0 ||
+               end.si_pid != 0;
+    }
+
     void kill() const {
         if (pid_ != 0) {
             ::kill(pid_, SIGKILL);
@@ -126,33 +133,37 @@ bool receiveSome(int stream, std::string& output) {
 }  // namespace
 
 std::optional<ProgramEnd> runProgram(std::vector<std::string> command, const std::string& input,
-                                     const std::function<bool(const std::string&)>& goesOn) {
-    constexpr int interval = 100;  // ms
-    constexpr int mostIdleIntervals = 300;
+                                     const std::function<bool(const std::string&)>& goesOn,
+                                     std::chrono::milliseconds patience) {
+    using std::chrono::milliseconds;
+    constexpr milliseconds interval{100};
+    constexpr milliseconds exitInterval{1};  // nothing wakes this thread when the program ends
     Child child(command);
     ProgramEnd end;
     std::string_view unsent = input;
+    milliseconds idle{0};
     bool sending = true;
-    int idle = 0;
-    bool running = child.started();
-    while (running) {
+    bool receiving = child.started();
+    while (receiving || !child.hasEnded()) {
         if (!goesOn(end.output)) {
             return std::nullopt;
         }
         // It may write before it has read everything: whoever waited for one would not see the
         // other.
-        pollfd ready{child.stream(), static_cast<short>(sending ? POLLIN | POLLOUT : POLLIN), 0};
-        const int count = poll(&ready, 1, interval);
-        idle = count == 0 ? idle + 1 : 0;
+        const milliseconds pause = receiving ? interval : exitInterval;
+        pollfd ready{receiving ? child.stream() : -1,
+                     static_cast<short>(sending ? POLLIN | POLLOUT : POLLIN), 0};
+        const int count = poll(&ready, 1, static_cast<int>(pause.count()));
+        idle = count == 0 ? idle + pause : milliseconds{0};
         if (count > 0 && (ready.revents & POLLOUT) != 0) {
             sending = sendSome(child.stream(), unsent);
         }
         if (count > 0 && (ready.revents & ~POLLOUT) != 0) {
-            running = receiveSome(child.stream(), end.output);
+            receiving = receiveSome(child.stream(), end.output);
         }
-        if (idle == mostIdleIntervals) {
+        if (idle >= patience) {
             child.kill();
-            running = false;
+            break;
         }
     }
     end.exitCode = child.wait();

@@ -78,6 +78,16 @@ DictionaryContent decodeDictionary(std::string_view text) {
     return content;
 }
 
+RecordedContent decodeRecorded(std::string_view text) {
+    const std::size_t separator = text.find('^');
+    if (separator == std::string_view::npos || separator + 1 == text.size()) {
+        throw Refused("no recorded file");
+    }
+    const int origin =
+        within("origin", [&] { return wholeNumber<int>(text.substr(0, separator)); });
+    return {origin, std::string(text.substr(separator + 1))};
+}
+
 SpokenContent decodeSpoken(std::string_view text) {
     if (text.empty()) {
         throw Refused("no text to speak");

@@ -27,6 +27,9 @@ std::vector<std::string> decodeZones(std::string_view list, ContentForm form);
 /// item^item!repeats
 DictionaryContent decodeDictionary(std::string_view text);
 
+/// origin^path, with whatever the path holds
+RecordedContent decodeRecorded(std::string_view text);
+
 /// entry!entry, each of them encoded: language^voice^rate^text
 SpokenContent decodeSpoken(std::string_view text);
 

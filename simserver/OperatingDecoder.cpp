@@ -83,11 +83,16 @@ ZonesRequest decodeDetachZones(std::string_view payload) {
     return decodeAttachZones(payload);
 }
 
-GainRequest decodeGain(std::string_view payload) {
+GainRequest decodeGain(std::string_view payload, int highest) {
+    constexpr int lowest = -96;
     const Pieces fields = fieldsOf(payload, 4, "id,level,flag,flag");
     GainRequest request;
     request.id = idIn(fields[0]);
     request.level = within("level", [&] { return decimalNumber(fields[1]); });
+    if (request.level < lowest || request.level > highest) {
+        throw Refused("gain out of range, expected " + std::to_string(lowest) + " to " +
+                      std::to_string(highest) + " dB");
+    }
     within("first flag", [&] { return flagIn(fields[2]); });
     within("second flag", [&] { return flagIn(fields[3]); });
     return request;

@@ -49,7 +49,8 @@ ZonesRequest decodeAttachZones(std::string_view payload);
 ZonesRequest decodeDetachZones(std::string_view payload);
 
 /// 92/8, 92/9: id,level,flag,flag
-GainRequest decodeGain(std::string_view payload);
+/// @param highest level that is in range, in dB
+GainRequest decodeGain(std::string_view payload, int highest);
 
 /// 92/10: flag,sink
 MonitoringRequest decodeMonitoring(std::string_view payload);

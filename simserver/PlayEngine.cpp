@@ -4,6 +4,7 @@
 #include <iterator>
 
 #include "simserver/Refused.h"
+#include "simserver/earliest.h"
 
 namespace simserver {
 
@@ -86,14 +87,7 @@ void PlayEngine::moveLive(const std::string& requestId, const std::vector<std::s
 }
 
 std::optional<SimTime> PlayEngine::nextDue() const {
-    std::optional<SimTime> next;
-    for (const auto& entry : parts_) {
-        const std::optional<SimTime>& end = entry.second.end;
-        if (end && (!next || *end < *next)) {
-            next = end;
-        }
-    }
-    return next;
+    return earliest(parts_, [](const auto& entry) { return entry.second.end; });
 }
 
 void PlayEngine::playDue(SimTime now) {

@@ -9,6 +9,7 @@
 #include "simserver/FieldText.h"
 #include "simserver/Refused.h"
 #include "simserver/Synthesizer.h"
+#include "simserver/lookUp.h"
 
 namespace simserver {
 
@@ -53,7 +54,7 @@ std::optional<Preview> PreviewStudio::request(const RetrievalRequest& request) {
         const Preview* const known = find(voice.port, request.text);
         std::error_code ignored;
         if (known != nullptr &&
-            std::filesystem::exists(*spool_.placeOf(known->fullName), ignored)) {
+            std::filesystem::exists(*spool_.placeOfPreview(known->fullName), ignored)) {
             return *known;
         }
         enqueue(voice, request);
@@ -77,17 +78,7 @@ const Voice& PreviewStudio::voiceFor(const RetrievalRequest& request) const {
     if (request.text.empty()) {
         throw Refused("no text to speak");
     }
-    const int rate = decodeRate(request.rate);
-    const auto& voices = station_.voices;
-    const auto found = std::find_if(voices.begin(), voices.end(), [&](const Voice& voice) {
-        return voice.language == request.language && voice.voice == request.voice &&
-               voice.rate == rate;
-    });
-    if (found == voices.end()) {
-        throw Refused("no voice \"" + request.voice + "\" for language \"" + request.language +
-                      "\" at " + std::to_string(rate) + " Hz");
-    }
-    return *found;
+    return voiceOf(station_, request.language, request.voice, decodeRate(request.rate));
 }
 
 void PreviewStudio::enqueue(const Voice& voice, const RetrievalRequest& request) {
@@ -176,8 +167,8 @@ std::optional<Preview> PreviewStudio::render(const Job& job) const {
     preview.port = job.voice.port;
     generateUUID(preview.uuid);
     preview.text = job.text;
-    preview.fullName = Spool::serverFolder + ("preview-" + preview.uuid + ".wav");
-    const std::filesystem::path place = *spool_.placeOf(preview.fullName);
+    preview.fullName = Spool::previewFolder + preview.uuid + ".wav";
+    const std::filesystem::path place = *spool_.placeOfPreview(preview.fullName);
     spool_.putWhole(place, [&](const std::filesystem::path& file) {
         const std::vector<short> samples = resampled(*sound);
         writeWav(file, samples, samples.size());

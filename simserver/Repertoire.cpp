@@ -5,6 +5,7 @@
 #include <sndfile.h>
 
 #include "simserver/Refused.h"
+#include "simserver/lookUp.h"
 
 namespace simserver {
 
@@ -68,15 +69,7 @@ void Repertoire::check(const DictionaryContent& content) const {
 
 void Repertoire::check(const SpokenContent& content) const {
     for (const SpokenText& text : content.texts) {
-        const bool known = std::any_of(
-            station_.voices.begin(), station_.voices.end(), [&text](const Voice& voice) {
-                return voice.language == text.language && voice.voice == text.voice &&
-                       voice.rate == text.rate;
-            });
-        if (!known) {
-            throw Refused("no voice \"" + text.voice + "\" for language \"" + text.language +
-                          "\" at " + std::to_string(text.rate) + " Hz");
-        }
+        voiceOf(station_, text.language, text.voice, text.rate);
     }
 }
 
@@ -97,7 +90,10 @@ Repertoire::Length Repertoire::lengthOf(const RecordedContent& content) const {
     if (found != own.end()) {
         return found->duration;
     }
-    const std::optional<std::filesystem::path> file = spool_.placeOf(content.path);
+    std::optional<std::filesystem::path> file = spool_.placeOf(content.path);
+    if (!file) {
+        file = spool_.placeOfPreview(content.path);
+    }
     if (!file) {
         throw Refused("\"" + content.path + "\" is not on this server");
     }

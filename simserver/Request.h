@@ -13,6 +13,7 @@
 namespace simserver {
 
 struct RecordedContent {
+    int originId = 0;  ///< number of the server that holds it; in a schedule, of a source
     std::string path;  ///< as the server sees it
 };
 struct DictionaryContent {

@@ -22,15 +22,6 @@ bool isReduced(const Pieces& fields) {
            std::equal(std::begin(reducedTail), std::end(reducedTail), fields.begin() + partFields);
 }
 
-// server^path
-RecordedContent decodeRecorded(std::string_view text) {
-    const std::size_t separator = text.find('^');
-    if (separator == std::string_view::npos || separator + 1 == text.size()) {
-        throw Refused("no recorded file");
-    }
-    return {std::string(text.substr(separator + 1))};
-}
-
 Content decodeContent(ContentForm form, std::string_view text) {
     switch (form) {
         case ContentForm::Recorded:
@@ -116,6 +107,23 @@ CancelRequest decodeCancel(std::string_view payload) {
         request.type = &decodeType(fields[1]);
     }
     return request;
+}
+
+void decodeRetrieval(std::string_view payload, RetrievalRequest& request) {
+    const Pieces fields = pieces(payload, ',');
+    request.id = fields[0];
+    refuseNul(payload);
+    if (fields.size() != 5) {
+        throw Refused(std::to_string(fields.size()) +
+                      " fields; expected id,language,voice,rate,text");
+    }
+    if (request.id.empty()) {
+        throw Refused("no request id");
+    }
+    request.language = fields[1];
+    request.voice = fields[2];
+    request.rate = fields[3];
+    request.text = within("text", [&] { return unquoted(fields[4]); });
 }
 
 }  // namespace simserver

@@ -32,18 +32,13 @@ struct RunTimes {
     int frequency = 0;  ///< minutes between the runs of a day; 0: once, at the start time
 };
 
-/// A stored recording, and the source that it is said to come from.
-struct StoredRecording {
-    int sourceId = 0;
-    std::string path;
-};
 /// A display template: its variables with their values, in the order in which they are given.
 struct ScreenContent {
     std::vector<std::pair<std::string, std::string>> variables;
     int validity = 0;  ///< seconds
 };
 using ScheduledContent =
-    std::variant<DictionaryContent, SpokenContent, StoredRecording, ScreenContent>;
+    std::variant<DictionaryContent, SpokenContent, RecordedContent, ScreenContent>;
 
 /// What is heard, or what is shown.
 struct SchedulePart {

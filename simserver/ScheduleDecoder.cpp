@@ -79,17 +79,6 @@ void readNumbers(const Pieces& fields, std::size_t first, const Number (&numbers
 
 // -------------------------------------------------------------------------------------- parts
 
-// sourceId^path, with whatever the path holds
-StoredRecording decodeStored(std::string_view text) {
-    const std::size_t separator = text.find('^');
-    if (separator == std::string_view::npos || separator + 1 == text.size()) {
-        throw Refused("no recorded file");
-    }
-    const int source =
-        within("source", [&] { return wholeNumber<int>(text.substr(0, separator)); });
-    return {source, std::string(text.substr(separator + 1))};
-}
-
 // Encoded as a whole: (the encoded list of encoded key=value pairs, with ^ between)!validity
 ScreenContent decodeScreen(std::string_view text) {
     const std::string whole = unquoted(text);
@@ -117,7 +106,7 @@ ScreenContent decodeScreen(std::string_view text) {
 ScheduledContent decodeScheduled(const AnnouncementType& type, std::string_view text) {
     switch (type.form) {
         case ContentForm::Recorded:
-            return decodeStored(text);
+            return decodeRecorded(text);
         case ContentForm::Dictionary:
             return decodeDictionary(text);
         case ContentForm::Spoken:

@@ -35,9 +35,9 @@ std::string contentText(const SpokenContent& content) {
     return quotedList(entries, '!');
 }
 
-// Split at ^: source^path
-std::string contentText(const StoredRecording& content) {
-    return std::to_string(content.sourceId) + "^" + quotedText(content.path);
+// Split at ^: origin^path
+std::string contentText(const RecordedContent& content) {
+    return std::to_string(content.originId) + "^" + quotedText(content.path);
 }
 
 // Translated, then split at !, at ^ and at =: key=value^key=value!validity

@@ -7,15 +7,12 @@
 #include <utility>
 
 #include "framework/clock.h"
-#include "simserver/Records.h"
 #include "simserver/Refused.h"
 #include "simserver/RequestDecoder.h"
 
 namespace simserver {
 
 namespace {
-
-using palink::RecordKind;
 
 Options checked(Options options) {
     if (!std::isfinite(options.speed) || options.speed <= 0.0) {
@@ -76,8 +73,18 @@ void SimServer::disconnectClient() {
     meters_.clear();
 }
 
+void SimServer::dropClient() {
+    const std::lock_guard guard(lock_);
+    tell(palink::Disconnected{"the server has dropped it"});
+    client_ = nullptr;
+    meters_.clear();
+}
+
 void SimServer::meterLevel(bool subscribe, int element) {
     const std::lock_guard guard(lock_);
+    if (requestsWithheld_) {
+        return;
+    }
     catchUp();
     meters_.subscribe(subscribe, element, meterTimeMS());
     changed_.notify_all();
@@ -113,8 +120,16 @@ const SimServer::OperationRow SimServer::operations[] = {
     {108, 3, &SimServer::retrieveAudio},
 };
 
+void SimServer::withholdRequests(bool on) {
+    const std::lock_guard guard(lock_);
+    requestsWithheld_ = on;
+}
+
 void SimServer::handleOperation(const Operation& operation) {
     const std::lock_guard guard(lock_);
+    if (requestsWithheld_) {
+        return;
+    }
     try {
         perform(operation);
     } catch (const Refused& refused) {
@@ -180,72 +195,6 @@ void SimServer::cancel(const std::string& payload) {
     }
 }
 
-/// An id for a request that comes without one.
-std::string SimServer::newRequestId(const std::string& kind) {
-    std::string id;
-    do {
-        id = kind + "-" + std::to_string(++lastOwnId_);
-    } while (engine_.isActive(id));
-    return id;
-}
-
-// --------------------------------------------------------------------- what the client is told
-
-void SimServer::tell(palink::ServerEvent event) {
-    if (client_ != nullptr) {
-        client_->deliver(std::move(event));
-    }
-}
-
-void SimServer::tellRecord(RecordKind kind, int key, RecordFields fields) {
-    tell(palink::Record{station_.dstNo, kind, key, std::move(fields)});
-}
-
-void SimServer::tellAll() {
-    palink::Connected connected{station_.dstNo, station_.dstNo, false, {}};
-    connected.serverInfo.set("name", station_.name);
-    connected.serverInfo.set("software", "simulated audio server");
-    connected.serverInfo.set("timeZone", station_.timeZone);
-    connected.serverInfo.set("clock", std::to_string(wallTime()));
-    tell(std::move(connected));
-
-    for (const Source& source : station_.sources) {
-        tellSource(source);
-    }
-    for (const Source& source : station_.sources) {
-        tellRecord(RecordKind::AttachedZones, source.id, attachedZonesRecord(source));
-    }
-    for (palink::Record& record : activity_.all()) {
-        tell(std::move(record));
-    }
-    for (const Trigger& trigger : station_.triggers) {
-        tellRecord(RecordKind::Trigger, trigger.id, triggerRecord(trigger, station_.dstNo));
-    }
-    for (const Selector& selector : station_.selectors) {
-        tellRecord(RecordKind::Selector, selector.id, selectorRecord(selector));
-    }
-    for (const Voice& voice : station_.voices) {
-        tellRecord(RecordKind::TtsPort, voice.port, voiceRecord(voice));
-    }
-    for (const Preview& preview : studio_.previews()) {
-        tellPreview(preview);
-    }
-    for (const Schedule* const schedule : schedules_.all()) {
-        tellSchedule(*schedule);
-    }
-    for (const auto& [key, part] : engine_.parts()) {
-        tellRecord(RecordKind::Announcement, key, announcementRecord(part, epoch_));
-    }
-    tell(palink::InitialSetComplete{});
-}
-
-void SimServer::tellActivity() {
-    for (palink::Record& record : activity_.update(engine_)) {
-        tell(std::move(record));
-    }
-    live_.forgetEnded();
-}
-
 std::optional<SimTime> SimServer::lengthOf(const RequestPart& part) {
     if (!part.whyNot.empty()) {
         throw Refused(part.whyNot);
@@ -253,12 +202,13 @@ std::optional<SimTime> SimServer::lengthOf(const RequestPart& part) {
     return repertoire_.lengthOf(part);
 }
 
-void SimServer::partChanged(const PlayPart& part) {
-    tellRecord(RecordKind::Announcement, part.key, announcementRecord(part, epoch_));
-    if (part.isOver()) {
-        tell(palink::Withdrawal{station_.dstNo, static_cast<int>(RecordKind::Announcement),
-                                part.key});
-    }
+/// An id for a request that comes without one.
+std::string SimServer::newRequestId(const std::string& kind) {
+    std::string id;
+    do {
+        id = kind + "-" + std::to_string(++lastOwnId_);
+    } while (engine_.isActive(id));
+    return id;
 }
 
 }  // namespace simserver

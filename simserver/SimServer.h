@@ -79,6 +79,12 @@ public:
     /// While on, extensions of source locks are ignored, as if they were lost on the way.
     void withholdRenewals(bool on);
 
+    /// While on, whatever the client asks gets lost on the way: nothing is done, nothing answered.
+    void withholdRequests(bool on);
+
+    /// Drops the client's connection.
+    void dropClient();
+
     /// Waits until every text that was asked for has been spoken and reported.
     void waitUntilSpoken();
     /// @}
@@ -169,6 +175,7 @@ private:
 
     void tell(palink::ServerEvent event);
     void tellRecord(palink::RecordKind kind, int key, RecordFields fields);
+    void tellGone(palink::RecordKind kind, int key);
     void tellAll();
     void tellActivity();
     std::optional<SimTime> lengthOf(const RequestPart& part) override;
@@ -198,6 +205,7 @@ private:
     std::string requestId_;  // of the operation at hand, once it is known
     int lastOwnId_ = 0;
     bool renewalsWithheld_ = false;
+    bool requestsWithheld_ = false;
     bool stopping_ = false;
 
     std::unique_ptr<PosixThread> clock_;  // null with manual time

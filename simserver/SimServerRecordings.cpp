@@ -1,4 +1,5 @@
-// Texts that are spoken for a client, and recordings that it makes.
+/// Texts that the simulated server speaks for a client, and recordings that the client makes.
+
 #include "simserver/FieldText.h"
 #include "simserver/Records.h"
 #include "simserver/Refused.h"
@@ -33,8 +34,7 @@ void SimServer::tellPreview(const Preview& preview) {
     }
     tellRecord(RecordKind::TtsDictionary, preview.item, previewRecord(preview));
     if (failed) {
-        tell(palink::Withdrawal{station_.dstNo, static_cast<int>(RecordKind::TtsDictionary),
-                                preview.item});
+        tellGone(RecordKind::TtsDictionary, preview.item);
     }
 }
 
@@ -63,10 +63,11 @@ void SimServer::deleteRecording(const std::string& payload) {
 void SimServer::previewRecording(const std::string& payload) {
     constexpr int recorded = 1;
     constexpr int level = 500;
+    const std::string path = unquoted(payload);
+    recorder_.check(path);
     RequestPart part;
     part.type = findType(recorded);
-    part.content = RecordedContent{unquoted(payload)};
-    recorder_.check(unquoted(payload));
+    part.content = RecordedContent{0, path};
     repertoire_.lengthOf(part);
     engine_.play({newRequestId(), false, level, {part}}, now_);
 }

@@ -17,14 +17,9 @@ using std::chrono::seconds;
 
 // Each of these is what a request would hold, to be played once.
 
-Content playedContent(const DictionaryContent& content) {
+template <class Played>
+Content playedContent(const Played& content) {
     return content;
-}
-Content playedContent(const SpokenContent& content) {
-    return content;
-}
-Content playedContent(const StoredRecording& content) {
-    return RecordedContent{content.path};
 }
 Content playedContent(const ScreenContent& content) {
     using Json = nlohmann::json;
@@ -65,7 +60,7 @@ void SimServer::putSchedule(const std::string& payload) {
 void SimServer::deleteSchedule(const std::string& payload) {
     const int id = decodeId(payload);
     schedules_.remove(id);
-    tell(palink::Withdrawal{station_.dstNo, static_cast<int>(RecordKind::Schedule), id});
+    tellGone(RecordKind::Schedule, id);
 }
 
 void SimServer::tellSchedule(const Schedule& schedule) {

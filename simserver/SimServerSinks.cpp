@@ -2,7 +2,8 @@
 
 #include "simserver/OperatingDecoder.h"
 #include "simserver/SimServer.h"
-#include "simserver/byId.h"
+#include "simserver/earliest.h"
+#include "simserver/lookUp.h"
 
 namespace simserver {
 
@@ -15,15 +16,11 @@ std::string sinkText(int id) {
 }  // namespace
 
 void SimServer::setSinkGain(const std::string& payload) {
-    constexpr double lowest = -96.0;
-    constexpr double highest = 0.0;
-    const GainRequest request = decodeGain(payload);
+    constexpr int highest = 0;  // dB
+    const GainRequest request = decodeGain(payload, highest);
     Sink& sink = byId(station_.sinks, request.id, "sink");
     if (sink.type < 1 || sink.type > 4) {
         throw Refused(sinkText(sink.id) + " has no gain: neither a loudspeaker nor a line output");
-    }
-    if (request.level < lowest || request.level > highest) {
-        throw Refused("gain out of range, expected -96 to 0 dB");
     }
     sink.outputGain = request.level;
     activity_.noteChange(sink);
@@ -49,13 +46,7 @@ void SimServer::resetSink(const std::string& payload) {
 }
 
 std::optional<SimTime> SimServer::nextReset() const {
-    std::optional<SimTime> next;
-    for (const auto& entry : resets_) {
-        if (!next || entry.second < *next) {
-            next = entry.second;
-        }
-    }
-    return next;
+    return earliest(resets_, [](const auto& entry) { return std::optional(entry.second); });
 }
 
 void SimServer::endResets() {

@@ -7,7 +7,7 @@
 #include "simserver/OperatingDecoder.h"
 #include "simserver/Records.h"
 #include "simserver/SimServer.h"
-#include "simserver/byId.h"
+#include "simserver/lookUp.h"
 
 namespace simserver {
 
@@ -129,16 +129,12 @@ void SimServer::changeZones(Source& source, std::vector<std::string> zones) {
 }
 
 void SimServer::setSourceGain(const std::string& payload) {
-    constexpr double lowest = -96.0;
-    constexpr double highest = 42.0;
-    const GainRequest request = decodeGain(payload);
+    constexpr int highest = 42;  // dB
+    const GainRequest request = decodeGain(payload, highest);
     Source& source = sourceOf(request.id);
     if (source.type != 1 && source.type != 2) {
         throw Refused(sourceText(source.id) +
                       " has no gain: neither an analogue input nor a paging station");
-    }
-    if (request.level < lowest || request.level > highest) {
-        throw Refused("gain out of range, expected -96 to 42 dB");
     }
     source.inputGain = request.level;
     tellSource(source);

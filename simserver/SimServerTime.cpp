@@ -5,6 +5,7 @@
 
 #include "framework/clock.h"
 #include "simserver/SimServer.h"
+#include "simserver/earliest.h"
 
 namespace simserver {
 
@@ -51,13 +52,7 @@ const SimServer::TimedRow SimServer::timed[] = {
 };
 
 std::optional<SimTime> SimServer::nextDue() const {
-    std::optional<SimTime> next;
-    for (const TimedRow& row : timed) {
-        if (const auto due = (this->*row.next)(); due && (!next || *due < *next)) {
-            next = due;
-        }
-    }
-    return next;
+    return earliest(timed, [this](const TimedRow& row) { return (this->*row.next)(); });
 }
 
 void SimServer::playUntil(SimTime time) {

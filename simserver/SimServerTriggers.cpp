@@ -6,7 +6,8 @@
 #include "simserver/Records.h"
 #include "simserver/SimServer.h"
 #include "simserver/Timetable.h"
-#include "simserver/byId.h"
+#include "simserver/earliest.h"
+#include "simserver/lookUp.h"
 
 namespace simserver {
 
@@ -67,14 +68,10 @@ void SimServer::followTrigger(const Trigger& trigger, const std::string& whyEnde
 }
 
 std::optional<SimTime> SimServer::nextTimetableChange() const {
-    std::optional<SimTime> next;
-    for (const Trigger& trigger : station_.triggers) {
+    return earliest(station_.triggers, [this](const Trigger& trigger) {
         const auto change = nextChange(trigger, timetablesDone_);
-        if (change && (!next || change->at < *next)) {
-            next = change->at;
-        }
-    }
-    return next;
+        return change ? std::optional(change->at) : std::nullopt;
+    });
 }
 
 void SimServer::followTimetables() {

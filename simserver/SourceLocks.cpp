@@ -1,6 +1,7 @@
 #include "simserver/SourceLocks.h"
 
 #include "simserver/Refused.h"
+#include "simserver/earliest.h"
 
 namespace simserver {
 
@@ -29,13 +30,7 @@ std::string SourceLocks::holderOf(int sourceId) const {
 }
 
 std::optional<std::int64_t> SourceLocks::nextLapse() const {
-    std::optional<std::int64_t> next;
-    for (const auto& entry : locks_) {
-        if (!next || entry.second.lapsesMS < *next) {
-            next = entry.second.lapsesMS;
-        }
-    }
-    return next;
+    return earliest(locks_, [](const auto& entry) { return std::optional(entry.second.lapsesMS); });
 }
 
 std::vector<int> SourceLocks::lapse(std::int64_t nowMS) {

@@ -2,7 +2,9 @@
 
 #include <cerrno>
 #include <cstdlib>
+#include <fcntl.h>
 #include <string_view>
+#include <sys/file.h>
 #include <system_error>
 #include <unistd.h>
 
@@ -30,8 +32,10 @@ fs::path madeFolder(const fs::path& wanted) {
     return name;
 }
 
-/// A new, empty file for what is being written.
+/// A new, empty file for what is being written, in a folder that is made if needed.
 fs::path newFile(const fs::path& folder) {
+    std::error_code ignored;
+    fs::create_directory(folder, ignored);
     std::string name = (folder / ".upload-XXXXXX").string();
     const int file = mkstemp(name.data());
     if (file < 0) {
@@ -41,11 +45,35 @@ fs::path newFile(const fs::path& folder) {
     return name;
 }
 
+/// @param here the folder of this machine that stands for `onServer`
+std::optional<fs::path> placeIn(const fs::path& here, std::string_view onServer,
+                                const std::string& serverPath) {
+    if (serverPath.compare(0, onServer.size(), onServer) != 0) {
+        return std::nullopt;
+    }
+    const std::string name = serverPath.substr(onServer.size());
+    const bool leaves = name.empty() || name == "." || name == ".." ||
+                        name.find_first_of(std::string_view("/\0", 2)) != std::string::npos;
+    return leaves ? std::nullopt : std::optional(here / name);
+}
+
 }  // namespace
 
-Spool::Spool(const fs::path& folder) : temporary_(folder.empty()), folder_(madeFolder(folder)) {}
+Spool::Spool(const fs::path& folder)
+    : temporary_(folder.empty()),
+      folder_(madeFolder(folder)),
+      previews_(folder_ / fs::path(previewFolder).parent_path().filename()),
+      use_(open(folder_.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC)) {
+    const bool alone = flock(use_, LOCK_EX | LOCK_NB) == 0;
+    if (alone) {
+        std::error_code ignored;
+        fs::remove_all(previews_, ignored);
+    }
+    flock(use_, LOCK_SH);
+}
 
 Spool::~Spool() {
+    close(use_);
     if (temporary_) {
         std::error_code ignored;
         fs::remove_all(folder_, ignored);
@@ -53,14 +81,11 @@ Spool::~Spool() {
 }
 
 std::optional<fs::path> Spool::placeOf(const std::string& serverPath) const {
-    const std::string_view folder = serverFolder;
-    if (serverPath.compare(0, folder.size(), folder) != 0) {
-        return std::nullopt;
-    }
-    const std::string name = serverPath.substr(folder.size());
-    const bool leaves = name.empty() || name == "." || name == ".." ||
-                        name.find_first_of(std::string_view("/\0", 2)) != std::string::npos;
-    return leaves ? std::nullopt : std::optional(folder_ / name);
+    return placeIn(folder_, serverFolder, serverPath);
+}
+
+std::optional<fs::path> Spool::placeOfPreview(const std::string& serverPath) const {
+    return placeIn(previews_, previewFolder, serverPath);
 }
 
 palink::UploadResult Spool::store(const std::string& localPath,
@@ -89,7 +114,7 @@ palink::UploadResult Spool::store(const std::string& localPath,
 
 void Spool::putWhole(const fs::path& place,
                      const std::function<void(const fs::path&)>& write) const {
-    const fs::path written = newFile(folder_);
+    const fs::path written = newFile(previews_);
     std::error_code error;
     try {
         write(written);

@@ -1,7 +1,7 @@
-// The text of a display template:
-// { "kvPairs" : { KEY : { "type" : "literal", "values" : [ { "text" : TEXT, "timeout" : N }, ... ]
-// },
-//   ... }, "validity" : SECONDS }
+/// Reads the text of a display template:
+///     {"kvPairs" : {KEY : {"type" : "literal", "values" : [{"text" : TEXT, "timeout" : N}, ...]},
+///                   ...}, "validity" : SECONDS}
+
 #include <algorithm>
 #include <array>
 #include <cstdio>

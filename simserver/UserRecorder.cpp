@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <system_error>
+#include <utility>
 
 #include "simserver/AudioFile.h"
 #include "simserver/Refused.h"
@@ -61,7 +62,7 @@ void UserRecorder::stop(SimTime now) {
     if (!recording_) {
         throw Refused("nothing is being recorded");
     }
-    store(now - recording_->start);
+    store(*recording_, now - recording_->start);
     recording_.reset();
 }
 
@@ -70,13 +71,8 @@ std::optional<SimTime> UserRecorder::nextDue() const {
 }
 
 void UserRecorder::stopDue() {
-    try {
-        store(longestRecording);
-    } catch (const Refused&) {
-        recording_.reset();
-        throw;
-    }
-    recording_.reset();
+    const Recording over = *std::exchange(recording_, std::nullopt);
+    store(over, longestRecording);
 }
 
 void UserRecorder::remove(const std::string& path) {
@@ -106,10 +102,10 @@ fs::path UserRecorder::placeOf(const std::string& path) const {
     return *place;
 }
 
-void UserRecorder::store(SimTime length) const {
+void UserRecorder::store(const Recording& recording, SimTime length) const {
     const auto count = static_cast<std::size_t>(length.count()) * (audioRate / 1000);
-    within("cannot store \"" + recording_->path + "\"", [&] {
-        spool_.putWhole(placeOf(recording_->path),
+    within("cannot store \"" + recording.path + "\"", [&] {
+        spool_.putWhole(placeOf(recording.path),
                         [&](const fs::path& file) { writeWav(file, heard_, count); });
     });
 }

@@ -48,7 +48,7 @@ private:
     };
 
     std::filesystem::path placeOf(const std::string& path) const;
-    void store(SimTime length) const;
+    void store(const Recording& recording, SimTime length) const;
 
     const Station& station_;
     const Spool& spool_;

@@ -1,13 +1,14 @@
 #pragma once
 
-#include <gtest/gtest.h>
 #include <map>
-#include <regex>
-#include <sstream>
 #include <utility>
 
+#include "framework/clock.h"
+#include "simserver/FieldText.h"
 #include "simserver/Refused.h"
 #include "simserver/SimServer.h"
+#include "tests/simserver/stations.h"
+#include "tests/simserver/tables.h"
 
 /// @file
 /// Replays what is asked of a simulated server and what the client is told.
@@ -16,16 +17,16 @@ namespace simserver {
 
 using palink::RecordKind;
 
-/// Writes down what it is told: what is of one kind together, behind its name; of records the key
-/// and the fields that can change.
+/// Writes down what it is told, behind the name of the kind and the key: of records some fields
+/// that can change. A name and a key that come again are not repeated, nor is the id of an
+/// announcement behind its beginning.
 class TestClient : public palink::ServerEventSink {
 public:
     void deliver(palink::ServerEvent event) override {
         std::visit([this](const auto& told) { write(told); }, event);
     }
 
-    std::map<std::pair<palink::RecordKind, int>, RecordFields> last;  // records
-    std::vector<double> levels;                                       // of the meters
+    std::map<std::pair<RecordKind, int>, RecordFields> last;  // records
 
     /// What was told since the last call.
     std::string told() {
@@ -33,84 +34,105 @@ public:
         return std::exchange(text_, {});
     }
 
-    void write(const std::string& kind, const std::string& text) {
-        text_ += (kind == kind_ ? ", " : (text_.empty() ? "" : " / ") + kind + ": ") + text;
+    void write(const std::string& kind, const std::string& key, const std::string& text) {
+        if (kind != kind_) {
+            text_ += (text_.empty() ? "" : " / ") + kind + ": " + key;
+        } else if (key != key_) {
+            text_ += ", " + key;
+        }
+        text_ += text;
         kind_ = kind;
+        key_ = key;
     }
 
 private:
-    void write(const palink::Connected& told) {
-        write("connected", std::to_string(told.localDstNo) + std::to_string(told.activeDstNo) +
-                               (told.indirect ? "1 " : "0 ") + told.serverInfo.get_value("name"));
+    struct Row {
+        const char* name;
+        std::vector<std::size_t> places;  // of the fields
+    };
+    static const Row& rowOf(RecordKind kind) {
+        static const std::map<RecordKind, Row> rows = {
+            {RecordKind::Source, {"source", {7, 9, 11}}},
+            {RecordKind::Sink, {"sink", {7}}},
+            {RecordKind::Trigger, {"trigger", {7}}},
+            {RecordKind::Selector, {"selector", {12}}},
+            {RecordKind::AttachedZones, {"attached", {0}}},
+            {RecordKind::Announcement, {"part", {5, 18, 19}}},
+            {RecordKind::Schedule, {"schedule", {}}},
+            {RecordKind::Zone, {"zone", {5}}},
+            {RecordKind::TtsPort, {"port", {}}},
+            {RecordKind::TtsDictionary, {"item", {0, 1, 2}}}};
+        return rows.at(kind);
     }
-    void write(const palink::Disconnected& told) { write("disconnected", told.reason); }
+
+    void write(const palink::Connected& told) {
+        write("connected", told.serverInfo.get_value("name"),
+              " " + std::to_string(told.localDstNo) + std::to_string(told.activeDstNo) +
+                  (told.indirect ? "1" : "0"));
+    }
+    void write(const palink::Disconnected& /*told*/) { write("disconnected", "", ""); }
     void write(const palink::LevelReading& told) {
         std::ostringstream level;
-        level << told.element << " at " << told.level;
-        write("level", level.str());
-        levels.push_back(told.level);
+        level << " at " << told.level;
+        write("level", std::to_string(told.element), level.str());
     }
-    void write(const palink::InitialSetComplete& /*told*/) { write("complete", "."); }
+    void write(const palink::InitialSetComplete& /*told*/) { write("complete", ".", ""); }
     void write(const palink::Withdrawal& told) {
         EXPECT_EQ(told.dstNo, 3);
-        write(std::to_string(told.kind), std::to_string(told.key) + " gone");
+        write(rowOf(static_cast<RecordKind>(told.kind)).name, std::to_string(told.key), " gone");
     }
     void write(const palink::Refusal& told) {
         const std::string number = std::to_string(told.operationNumber);
-        write("refused", std::to_string(told.operationClass) + "/" + number + " [" +
-                             told.requestId + "] " + told.reason);
+        write("refused", std::to_string(told.operationClass) + "/" + number,
+              " [" + told.requestId + "] " + told.reason);
     }
     void write(const palink::Record& told) {
-        static std::map<palink::RecordKind, std::vector<std::size_t>> places = {
-            {palink::RecordKind::Source, {7, 9, 11}},
-            {palink::RecordKind::Sink, {7, 9}},
-            {palink::RecordKind::Trigger, {7}},
-            {palink::RecordKind::Selector, {12}},
-            {palink::RecordKind::AttachedZones, {0}},
-            {palink::RecordKind::Zone, {3, 5}},
-            {palink::RecordKind::Announcement, {0, 5, 18, 19}},
-            {palink::RecordKind::TtsDictionary, {0, 1, 2}}};
         EXPECT_EQ(told.dstNo, 3);
-        last[{told.kind, told.key}] = told.fields;
-        std::string text = std::to_string(told.key);
-        for (const std::size_t i : places[told.kind]) {
-            text += i < told.fields.size() ? " " + told.fields[i].value_or("-") : "";
+        const RecordFields& fields = last[{told.kind, told.key}] = told.fields;
+        std::string text;
+        if (told.kind == RecordKind::Announcement && fields.at(5) == "Queued") {
+            text = " " + unquoted(*fields[0]);
         }
-        write(std::to_string(static_cast<int>(told.kind)), text);
+        for (const std::size_t i : rowOf(told.kind).places) {
+            text += i < fields.size() ? " " + fields[i].value_or("-") : "";
+        }
+        write(rowOf(told.kind).name, std::to_string(told.key), text);
     }
 
     std::string kind_;
+    std::string key_;
     std::string text_;
 };
 
+/// A server whose simulated time passes by hand, as real time does.
 struct ServerTest : testing::Test {
-    explicit ServerTest(Station station, Options options = {1.0, true, {}})
-        : server(std::move(station), std::move(options)) {}
+    explicit ServerTest(Station station = smallStation(), Options options = {1.0, true, {}})
+        : server(std::move(station), std::move(options)) {
+        setTimeSource({nullptr, [] { return realMS; }, nullptr});
+    }
+    ~ServerTest() override { setTimeSource({}); }
 
-    /// Takes the steps of a transcript, its lines that begin with ">": "connect", "disconnect", a
-    /// time to let pass as +MILLISECONDS, an operation as CLASS/NUMBER PAYLOAD, or one of another
-    /// client as "other" CLASS/NUMBER PAYLOAD; or "trigger ID 0|1", "selector ID STATE", "renewals
-    /// 0|1" and "meter ELEMENT 0|1". Expects to be told what stands below each step, where an
-    /// indented line goes on with the one above.
+    /// Takes the steps of a transcript, a table of lines "step | what the client is told".
     void replay(const std::string& transcript) {
-        const std::string expected = std::regex_replace(transcript, std::regex("\n +"), " ");
-        std::istringstream lines(expected);
-        std::string happened;
-        for (std::string line; std::getline(lines, line);) {
-            if (line.rfind("> ", 0) == 0) {
-                take(line.substr(2));
-                happened += "\n" + line + "\n" + client.told();
-            }
-        }
-        EXPECT_EQ(happened + "\n", expected);
+        expectResults([this](const std::string& step) { return told(step); }, transcript);
     }
 
-    virtual void take(const std::string& step) {
+    /// What the client is told of a step.
+    std::string told(const std::string& step) {
+        take(step);
+        return client.told();
+    }
+
+    /// Takes a step: "connect", "disconnect", a time to let pass as +MILLISECONDS, an operation as
+    /// CLASS/NUMBER PAYLOAD, or one of another client as "other" CLASS/NUMBER PAYLOAD; or "trigger
+    /// ID 0|1", "selector ID STATE", "renewals 0|1", "requests 0|1", "meter ELEMENT 0|1" and, for
+    /// real time to pass, "real MILLISECONDS".
+    void take(const std::string& step) {
         std::istringstream words(step);
         std::string what;
         int number = 0;
         int value = 0;
-        words >> what;
+        words >> what >> number >> value;
         if (what == "connect") {
             server.connectClient(client);
         } else if (what == "disconnect") {
@@ -121,18 +143,20 @@ struct ServerTest : testing::Test {
             server.handleOperation(operationIn(step));
         } else if (what == "other") {
             const auto refused = server.operateAsOther(operationIn(step.substr(what.size() + 1)));
-            client.write("other", refused.value_or("done"));
-        } else if (words >> number; what == "renewals") {
+            client.write("other", refused.value_or("done"), "");
+        } else if (what == "renewals") {
             server.withholdRenewals(number == 0);
-        } else if (words >> value; what == "meter") {
+        } else if (what == "requests") {
+            server.withholdRequests(number == 0);
+        } else if (what == "meter") {
             server.meterLevel(value != 0, number);
+        } else if (what == "real") {
+            realMS += number;
+            server.advance(std::chrono::milliseconds(0));
+        } else if (what == "trigger") {
+            server.setTrigger(number, value != 0);
         } else {
-            try {
-                what == "trigger" ? server.setTrigger(number, value != 0)
-                                  : server.setSelector(number, value);
-            } catch (const Refused& refused) {
-                client.write("refused", refused.what());
-            }
+            server.setSelector(number, value);
         }
     }
 
@@ -145,8 +169,17 @@ struct ServerTest : testing::Test {
         return operation;
     }
 
+    static inline std::int64_t realMS = 1'000'000;
     TestClient client;
     SimServer server;
+};
+
+struct OperatingTest : ServerTest {
+    OperatingTest() : ServerTest(operatedStation()) {
+        take("connect");
+        take("+5000");  // the timetable's first stretch
+        client.told();
+    }
 };
 
 }  // namespace simserver

@@ -28,11 +28,6 @@ std::string decodedPart(const std::string& part) {
     return decoded(R"("",0,1,)" + simserver::quotedText(part)).substr(head.size());
 }
 
-std::string decodedCancellation(const std::string& payload) {
-    const auto [id, type] = decodeCancel(payload);
-    return type != nullptr ? id + "all of " + type->name : id;
-}
-
 TEST(Decoder, ReadsRequests) {
     expectResults(decoded, R"~(
 # Each level of nesting escapes quotes and backslashes anew.
@@ -83,6 +78,7 @@ TEST(Decoder, ReadsParts) {
 2,ip,"Z",1!1,nan,0^0^0     | part 1: gain: "nan" is not a number
 2,ip,"Z",1!1,,0^1          | part 1: chimes: expected before^after^0
 1,ip,"Z",/tmp/a.wav,,0^0^0 | part 1: content: no recorded file
+1,ip,"Z",x^/a.wav,,0^0^0   | part 1: content: origin: "x" is not a number
 4,ip,"Z",,,0^0^0           | part 1: content: no text to speak
 4,ip,"Z","e^A^8000",,0^0^0 | part 1: content: expected language^voice^rate^text
 )~");
@@ -109,15 +105,6 @@ hello                         | not JSON: parse error at line 1, column 1...
                   .json,
               R"({"kvPairs":{"K":{"type":"literal","values":[{"text":"\"\\","timeout":5},)"
               R"({"text":"a\r\n\u001f €\\n \"","timeout":0}]}},"validity":30})");
-}
-
-TEST(Decoder, ReadsCancellations) {
-    expectResults(decodedCancellation, R"~(
-"request-1"   | request-1
-"",9          | all of Display template
-"request-1",2 | expected either a request id or "",type
-"",12         | unknown announcement type 12
-)~");
 }
 
 }  // namespace

@@ -1,14 +1,12 @@
 #include "simserver/Repertoire.h"
 
-#include <filesystem>
-#include <fstream>
+#include <memory>
 #include <sys/stat.h>
-#include <unistd.h>
 
 #include "simserver/FieldText.h"
-#include "simserver/Refused.h"
 #include "simserver/RequestDecoder.h"
-#include "tests/simserver/SmallStation.h"
+#include "tests/simserver/TestFolder.h"
+#include "tests/simserver/stations.h"
 #include "tests/simserver/tables.h"
 
 namespace {
@@ -17,6 +15,8 @@ using namespace simserver;
 using namespace std::string_literals;
 namespace fs = std::filesystem;
 
+const std::string uploads = "/home/quillon/tmp/";
+
 /// A sound file of one channel at 16 kHz, a byte for each frame.
 std::string sound(std::size_t frames) {
     return ".snd\0\0\0\x18\xFF\xFF\xFF\xFF\0\0\0\x02\0\0\x3E\x80\0\0\0\x01"s +
@@ -24,14 +24,6 @@ std::string sound(std::size_t frames) {
 }
 
 struct RepertoireTest : testing::Test {
-    RepertoireTest() { fs::create_directories(folder); }
-    ~RepertoireTest() override { fs::remove_all(folder); }
-
-    std::string local(const std::string& name, const std::string& content) const {
-        std::ofstream(folder / name, std::ios::binary) << content;
-        return (folder / name).string();
-    }
-
     /// Of a part as a request holds it: in ms, or "endless".
     std::string lengthOf(const std::string& part) const {
         PlayRequest request;
@@ -40,15 +32,11 @@ struct RepertoireTest : testing::Test {
         const auto length = repertoire.lengthOf(request.parts[0]);
         return length ? std::to_string(length->count()) : "endless";
     }
-    std::string lengthOfUpload(const std::string& name) const {
-        return lengthOf(R"(11,ip,"Yard",3^)" + serverFolder + name + ",,0^0^0");
-    }
 
-    const fs::path folder =
-        fs::path(testing::TempDir()) / ("repertoire-" + std::to_string(getpid()));
-    const std::string serverFolder = Spool::serverFolder;
+    const TestFolder folder;
+    const std::string file = folder.file("file", "content");
     Station station = smallStation();
-    Spool spool{folder / "spool"};
+    Spool spool{folder.path / "spool"};
     Repertoire repertoire{station, spool};
 };
 
@@ -78,46 +66,64 @@ TEST_F(RepertoireTest, KnowsWhatItCanPlayAndHowLongThatLasts) {
 )~");
 }
 
-TEST_F(RepertoireTest, PlaysUploadsForTheirLength) {
-    EXPECT_TRUE(spool.store(local("a", sound(24000)), serverFolder + "a.wav").stored);
-    EXPECT_EQ(lengthOfUpload("a.wav"), "1500");
-    EXPECT_TRUE(spool.store(local("b", sound(8000)), serverFolder + "a.wav").stored);
-    EXPECT_EQ(lengthOfUpload("a.wav"), "500");  // the new one is in its place
-    EXPECT_TRUE(spool.store(local("c", "no sound"), serverFolder + "c.wav").stored);
-    EXPECT_THROW(lengthOfUpload("c.wav"), Refused);
+TEST_F(RepertoireTest, PlaysUploadsAndPreviewsForTheirLength) {
+    const auto store = [this](const std::string& name, const std::string& content) {
+        return spool.store(folder.file("local", content), uploads + name).stored;
+    };
+    EXPECT_TRUE(store("a.wav", sound(24'000)));
+    EXPECT_TRUE(store("c.wav", "no sound"));
+    fs::copy(folder.path / "spool" / "a.wav", folder.path / "spool" / "pa-previews" / "p.wav");
+    EXPECT_TRUE(store("a.wav", sound(8000)));  // in the other one's place
+    expectResults([this](const std::string& part) { return lengthOf(part); }, R"~(
+11,ip,"Yard",3^/home/quillon/tmp/a.wav,,0^0^0             | 500
+11,ip,"Yard",3^/home/quillon/tmp/pa-previews/p.wav,,0^0^0 | 1500
+11,ip,"Yard",3^/home/quillon/tmp/c.wav,,0^0^0             | cannot read c.wav: ...
+11,ip,"Yard",3^/home/quillon/tmp/pa-previews/../a.wav,,0^0^0 | "/home/quillon/tmp/pa-previews/../a.wav" is not on this server
+)~");
 }
 
 TEST_F(RepertoireTest, StoresFilesInTheServersFolderAlone) {
-    const std::string file = local("file", "content");
     for (const std::string& name :
-         {""s, "/etc/passwd"s, "x/home/quillon/tmp/a"s, "/home/quillon/tmp_a.wav"s,
-          "/home/quillon/tmp/"s, "/home/quillon/tmp/."s, "/home/quillon/tmp/.."s,
-          "/home/quillon/tmp/../a"s, "/home/quillon/tmp/a/b"s, "/home/quillon/tmp/a\0b"s}) {
+         {""s, "/etc/passwd"s, "x/home/quillon/tmp/a"s, "/home/quillon/tmp_a.wav"s, uploads,
+          uploads + ".", uploads + "..", uploads + "../a", uploads + "pa-previews/a",
+          uploads + "a\0b"s}) {
         const std::string reason = spool.store(file, name).reason;
         EXPECT_NE(reason.find("is not a file name"), std::string::npos) << name;
     }
-
-    const std::string target = serverFolder + "..a, b^\\c";
+    const std::string target = uploads + "..a, b^\\c";
     EXPECT_TRUE(spool.store(file, target).stored);
-    mkfifo((folder / "pipe").c_str(), 0600);
+    mkfifo((folder.path / "pipe").c_str(), 0600);
     for (const char* const name : {"missing", "spool", "pipe"}) {
-        const std::string reason = spool.store((folder / name).string(), target).reason;
+        const std::string reason = spool.store((folder.path / name).string(), target).reason;
         EXPECT_EQ(reason.rfind("cannot read", 0), 0U) << name;
     }
-    EXPECT_FALSE(spool.store(file, serverFolder + std::string(300, 'a')).stored);
-    EXPECT_EQ(fs::file_size(folder / "spool" / "..a, b^\\c"), 7U);
-    EXPECT_EQ(std::distance(fs::directory_iterator(folder / "spool"), {}), 1);  // nothing half done
+    EXPECT_FALSE(spool.store(file, uploads + std::string(300, 'a')).stored);
+    EXPECT_FALSE(spool.store(file, uploads + "pa-previews").stored);
+    EXPECT_EQ(fs::file_size(folder.path / "spool" / "..a, b^\\c"), 7U);
+    EXPECT_EQ(folder.files(), 3);  // nothing half done
 }
 
-TEST_F(RepertoireTest, RemovesATemporarySpoolAlone) {
-    auto temporary = std::make_optional<Spool>("");
-    const fs::path place = *temporary->placeOf(serverFolder + "a");
-    EXPECT_TRUE(temporary->store(local("a", "a"), serverFolder + "a").stored);
-    EXPECT_TRUE(fs::exists(place));
+TEST_F(RepertoireTest, KeepsUploadsAndNoPreviewsOfEarlierRuns) {
+    const auto opened = [this] { return std::make_unique<Spool>(folder.path / "kept"); };
+    auto first = opened();
+    EXPECT_TRUE(first->store(file, uploads + "upload").stored);
+    const fs::path preview = *first->placeOfPreview(uploads + "pa-previews/a.wav");
+    fs::copy(file, preview);
+    auto beside = opened();
+    first.reset();
+    opened();
+    EXPECT_TRUE(fs::exists(preview)) << "another server uses it";
+    beside.reset();
+    EXPECT_TRUE(fs::exists(preview)) << "a client may still fetch it";
+    opened();
+    EXPECT_FALSE(fs::exists(preview));
+    EXPECT_TRUE(fs::exists(folder.path / "kept" / "upload"));
+
+    auto temporary = std::make_unique<Spool>("");
+    const fs::path place = *temporary->placeOf(uploads + "a");
+    EXPECT_TRUE(temporary->store(file, uploads + "a").stored);
     temporary.reset();
     EXPECT_FALSE(fs::exists(place.parent_path()));
-    { const Spool kept{folder / "kept"}; }
-    EXPECT_TRUE(fs::exists(folder / "kept"));
 }
 
 }  // namespace

@@ -1,24 +1,23 @@
 #include "simserver/ScheduleStore.h"
 
-#include <csignal>
-#include <cstdio>
-#include <fstream>
-#include <set>
 #include <sqlite3.h>
-#include <sys/wait.h>
 
 #include "simserver/Refused.h"
 #include "simserver/SimServer.h"
-#include "tests/simserver/AudioFolder.h"
-#include "tests/simserver/SmallStation.h"
+#include "tests/simserver/TestFolder.h"
+#include "tests/simserver/stations.h"
+#include "tests/support/thrownBy.h"
 
 namespace {
 
 using namespace simserver;
 using namespace std::string_literals;
+namespace fs = std::filesystem;
+
+int syncs = 0;
 
 struct ScheduleStoreTest : testing::Test {
-    const AudioFolder folder;
+    const TestFolder folder;
     const std::string file = (folder.path / ScheduleStore::fileName).string();
 
     /// What a statement of another program says, beside the store.
@@ -41,15 +40,10 @@ struct ScheduleStoreTest : testing::Test {
 
     /// Why the store cannot be opened, without the name of the file.
     std::string whyNot() const {
-        try {
-            ScheduleStore store(folder.path);
-            return "opened";
-        } catch (const std::runtime_error& error) {
-            const std::string text = error.what();
-            const std::string begin = "cannot keep schedules in \"" + file + "\": ";
-            EXPECT_EQ(text.substr(0, begin.size()), begin);
-            return text.substr(begin.size());
-        }
+        const auto why = thrownBy<std::runtime_error>([this] { ScheduleStore{folder.path}; });
+        const std::string begin = "cannot keep schedules in \"" + file + "\": ";
+        EXPECT_EQ(why.substr(0, begin.size()), begin);
+        return why.substr(std::min(begin.size(), why.size()));
     }
 };
 
@@ -76,16 +70,16 @@ TEST_F(ScheduleStoreTest, RefusesAFileThatIsNotItsOwnAndLeavesItAsItIs) {
     EXPECT_EQ(whyNot(), "it is of version 0, expected 1");
     EXPECT_EQ(query("PRAGMA journal_mode"), "delete");
     EXPECT_EQ(query("SELECT name FROM sqlite_master"), "fares");
-    std::filesystem::remove(file);
+    fs::remove(file);
     ScheduleStore(folder.path).put(1, "first");
     query("PRAGMA user_version = 2");
     EXPECT_EQ(whyNot(), "it is of version 2, expected 1");
     query("PRAGMA user_version = 1; ALTER TABLE schedule RENAME TO other");
     EXPECT_EQ(whyNot(), "no such table: schedule");
-    std::ofstream(file) << "This is a text and no database, though of some length.";
+    folder.file(ScheduleStore::fileName, "This is a text and no database, though of some length.");
     EXPECT_EQ(whyNot(), "file is not a database");
-    std::filesystem::remove(file);
-    std::filesystem::create_directory(file);
+    fs::remove(file);
+    fs::create_directory(file);
     EXPECT_EQ(whyNot(), "unable to open database file");
 }
 
@@ -106,47 +100,55 @@ TEST_F(ScheduleStoreTest, NoticesDamage) {
 TEST_F(ScheduleStoreTest, RefusesWhatDoesNotFitOnTheDisk) {
     ScheduleStore store(folder.path);
     store.put(1, "first");
-    const auto refusal = [&store](const std::string& definition) -> std::string {
-        try {
-            store.put(1, definition);
-            return "done";
-        } catch (const Refused& refused) {
-            return refused.what();
-        }
-    };
     const std::string large(1'000'000, 'x');
-    const std::string full = withFullDisk(100'000, [&] { return refusal(large); });
+    const auto putLarge = [&] { store.put(1, large); };
+    const auto full = withFullDisk(100'000, [&] { return thrownBy<Refused>(putLarge); });
     EXPECT_EQ(full.substr(0, 26), "schedules cannot be kept: ");
     EXPECT_EQ(store.all().at(1), "first");
-    EXPECT_EQ(refusal(large), "done");
+    putLarge();
     EXPECT_EQ(store.all().at(1), large);
 }
 
-TEST_F(ScheduleStoreTest, HoldsWhatWasToldBeforeAKill) {
-    const std::string command =
-        "exec \"" PA_SCHEDULE_IMPORT_PROGRAM "\" \"" + folder.path.string() + "\"";
-    std::set<int> told;
-    for (const std::size_t more : {1U, 20U, 57U}) {
-        FILE* const import = popen(command.c_str(), "r");
-        ASSERT_NE(import, nullptr);
-        int pid = 0;
-        ASSERT_EQ(std::fscanf(import, "%d", &pid), 1);
-        const std::size_t enough = told.size() + more;
-        for (int id = 0; std::fscanf(import, "%d", &id) == 1;) {
-            told.insert(id);
-            if (told.size() == enough) {
-                EXPECT_EQ(kill(pid, SIGKILL), 0);
-            }
+/// Has a look at the disk whenever a schedule is told of.
+struct DiskWatch : palink::ServerEventSink {
+    explicit DiskWatch(const fs::path& folder) : state(folder) {}
+
+    void deliver(palink::ServerEvent event) override {
+        const auto* const told = std::get_if<palink::Record>(&event);
+        if (told == nullptr || told->kind != palink::RecordKind::Schedule) {
+            return;
         }
-        const int status = pclose(import);
-        EXPECT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == SIGKILL) << status;
-        EXPECT_GE(told.size(), enough);
-        EXPECT_EQ(query("PRAGMA integrity_check"), "ok");
-        ScheduleStore store(folder.path);
-        for (const int id : told) {
-            EXPECT_EQ(store.all().count(id), 1U) << id;
-        }
+        EXPECT_GT(syncs, 0) << "a power cut would lose it";
+        syncs = 0;
+        const fs::path copy = state.parent_path() / "copy";
+        fs::remove_all(copy);
+        fs::copy(state, copy);
+        EXPECT_EQ(ScheduleStore(copy).all().count(told->key), 1U) << "a kill would lose it";
+        ids.push_back(told->key);
     }
+
+    const fs::path state;
+    std::vector<int> ids;
+};
+
+TEST_F(ScheduleStoreTest, HasReachedTheDiskWhenItIsToldOf) {
+    DiskWatch client(folder.path / "state");
+    SimServer server(smallStation(), {1.0, true, {}, client.state});
+    server.connectClient(client);
+    for (const char* const id : {"0", "0", "2"}) {
+        syncs = 0;
+        server.handleOperation(
+            {-1, 92, 19, 1,
+             id +
+                 R"~(,"u~\"\"",2026,1,5,6,0,2026,1,5,6,0,127,0,1,"",0,500,"2,ip,\"Yard\",12!1,,")~"s});
+    }
+    EXPECT_EQ(client.ids, (std::vector<int>{1, 2, 2}));
 }
 
 }  // namespace
+
+/// In place of the C library's: counts what is made sure to be on the disk.
+extern "C" int fdatasync(int file) {
+    ++syncs;
+    return fsync(file);
+}

@@ -1,57 +1,34 @@
-#include <filesystem>
-#include <unistd.h>
-
 #include "simserver/FieldText.h"
 #include "simserver/ScheduleDecoder.h"
 #include "simserver/ScheduleRecord.h"
 #include "tests/simserver/Replay.h"
-#include "tests/simserver/SmallStation.h"
-#include "tests/simserver/tables.h"
+#include "tests/simserver/TestFolder.h"
 
 namespace {
 
 using namespace simserver;
-namespace fs = std::filesystem;
 
 constexpr std::time_t mondayMorning = 1767592770;  // 2026-01-05 05:59:30 UTC
 
-/// With schedules that are kept until the end of the test.
 struct SchedulesTest : ServerTest {
-    SchedulesTest() : ServerTest(smallStation(), options()) {}
-    ~SchedulesTest() override { fs::remove_all(options().state); }
-
-    static Options options() {
-        const std::string name = "schedules-" + std::to_string(getpid());
-        return {1.0, true, {}, fs::path(testing::TempDir()) / name, mondayMorning};
-    }
+    SchedulesTest() : ServerTest(smallStation(), {1.0, true, {}, {}, mondayMorning}) {}
 };
 
-// ------------------------------------------------------------------------------ what is understood
-
-/// The fields of the record, each part freed of its level of encoding, with blanks between.
-std::string reported(const std::string& payload) {
-    Schedule schedule;
-    decodeSchedule(payload, schedule);
-    const RecordFields fields = scheduleRecord(schedule);
-    std::string text = std::to_string(schedule.id) + ":";
-    for (std::size_t i = 0; i < fields.size(); ++i) {
-        text += " " + (i >= 9 && fields[i] ? unquoted(*fields[i]) : fields[i].value_or("-"));
-    }
-    return text;
-}
-
 TEST(ScheduleRecords, HaveALevelOfEncodingForEachSplitOfTheReader) {
-    const std::string head = R"(12,"u~\"A\"",2026,1,5,6,0,2027,12,31,23,59,31,15,1,"",1,-20,)";
-    const std::string fields = R"(12: "u~\"A\"" 2026:1:5 6:0 2027:12:31 23:59 31 15 1 -20 )";
-    const auto parts = [&](const std::string& raw) {
-        return reported(head + raw).substr(fields.size());
+    const auto reported = [](const std::string& parts) {
+        Schedule schedule;
+        decodeSchedule(R"(1,"u~\"A\"",2026,1,5,6,0,2027,12,31,23,59,31,15,1,"",1,-20,)" + parts,
+                       schedule);
+        std::string text;
+        for (const auto& field : scheduleRecord(schedule)) {
+            text += " " + (field && field->front() == '"' ? unquoted(*field) : field.value_or("-"));
+        }
+        return text.substr(1);
     };
-    expectResults(
-        [&](const std::string& raw) { return reported(head + raw).substr(0, fields.size()); },
-        R"("2,ip,\"Z\",12!1,," | )" + fields);
-    expectResults(parts, R"~(
-"2,10.0.0.5,\"Y\"^\"Z\",12^40!2,-3.5,Ding, dong"
-    | 2,"10.0.0.5","\"\\\"Y\\\"^\\\"Z\\\"\"","12^40!2",-3.5,"\"Ding, dong\"" -
+    const std::string head = R"(u~"A" 2026:1:5 6:0 2027:12:31 23:59 31 15 1 -20 )";
+    EXPECT_EQ(reported(R"("2,10.0.0.5,\"Y\"^\"Z\",12^40!2,-3.5,Ding, dong")"),
+              head + R"(2,"10.0.0.5","\"\\\"Y\\\"^\\\"Z\\\"\"","12^40!2",-3.5,"\"Ding, dong\"" -)");
+    expectResults([&](const std::string& raw) { return reported(raw).substr(head.size()); }, R"~(
 "4,ip,\"Z\",\"en^Ann^48000^\\\"Hi\\\"\"!\"de^Ute^48000^\\\"Ja\\\"\",,"
     | 4,"ip","\"\\\"Z\\\"\"","\"\\\"en\\\"^\\\"Ann\\\"^\\\"48000\\\"^\\\"Hi\\\"\"!\"\\\"de\\\"^\\\"Ute\\\"^\\\"48000\\\"^\\\"Ja\\\"\"",, -
 # A path is as it stands: its commas and quotes end nothing.
@@ -68,10 +45,7 @@ TEST_F(SchedulesTest, RefusesWhatItCannotKeepOrPlay) {
         R"("2,ip,\"Hall\",12!1,,""9,ip,\"Hall\",\"\\\"\\\\\\\"\\\\\\\\\\\\\\\"K\\\\\\\\\\\\\\\"=\\\\\\\\\\\\\\\"V\\\\\\\\\\\\\\\"\\\\\\\"\\\"!30\",,")";
     // What is replaced in a good payload and by what; why it is refused then.
     const auto refusal = [&](const std::string& change) {
-        const std::size_t arrow = change.find(" => ");
-        std::string payload = good;
-        payload.replace(payload.find(change.substr(0, arrow)), arrow, change.substr(arrow + 4));
-        return server.operateAsOther({-1, 92, 19, 1, payload}).value_or("done");
+        return server.operateAsOther({-1, 92, 19, 1, changed(good, change)}).value_or("done");
     };
     expectResults(refusal, R"~(
 5,"u => x,"u           | new schedule: id: "x" is not a number
@@ -80,7 +54,6 @@ TEST_F(SchedulesTest, RefusesWhatItCannotKeepOrPlay) {
 5,"u~\"A\"" => 5,u     | schedule 5: description: not a quoted text
 2026,1,5 => 2026,x,5   | schedule 5: start month: "x" is not a number
 2026,1,5 => 2026,2,29  | schedule 5: start: there is no day 2026-02-29
-2026,1,5 => 2026,13,5  | schedule 5: start: there is no day 2026-13-05
 2026,1,5 => 0,0,0      | schedule 5: start: there is no day 0-00-00
 6,0,2026 => 24,0,2026  | schedule 5: start: there is no time 24:00
 12,31,23,59 => 12,31,23,60 | schedule 5: end: there is no time 23:60
@@ -88,7 +61,6 @@ TEST_F(SchedulesTest, RefusesWhatItCannotKeepOrPlay) {
 59,127 => 59,128       | schedule 5: day mask 128 names no day of the week
 127,0,1 => 127,-1,1    | schedule 5: negative frequency
 0,1,"" => 0,2,""       | schedule 5: expected 1,"" behind the frequency
-"",0,500 => "",2,500   | schedule 5: unknown priority mode 2
 0,500, => 0,,          | schedule 5: priority level: "" is not a number
 "2,ip => "7,ip         | schedule 5: part 1: announcement type None holds nothing to play
 "2,ip => "3,ip         | schedule 5: part 1: content: a schedule does not play type Display
@@ -96,12 +68,10 @@ TEST_F(SchedulesTest, RefusesWhatItCannotKeepOrPlay) {
 "9,ip,\"Hall\", => "2,ip,\"Hall\", | schedule 5: part 2: content: ...
 "9,ip => x"9,ip        | schedule 5: part 2: not a quoted text
 12!1,,"" => 12!1,""    | schedule 5: part 1: expected type,origin,zones,content,gain,chime
-12!1,, => 12,,         | schedule 5: part 1: content: expected items!repeats
 12!1,, => 12!1,loud,   | schedule 5: part 1: gain: "loud" is not a number
 !30 => !x              | schedule 5: part 2: content: validity: "x" is not a number
 12!1,,""9 => 12!1,,""2,ip,\"Hall\",12!1,,""9 | schedule 5: expected a part that is heard, one that is shown, or both in this order
 ip,\"Hall\" => ip,\"Moon\" | schedule 5: unknown zone "Moon"
-12!1 => 13!1           | schedule 5: unknown dictionary item 13
 12!1,, => 12!1,,Four   | schedule 5: unknown chime "Four"
 2,ip,\"Hall\",12!1 => 4,ip,\"Hall\",\"xx^Ann^48000^\\\"Hi\\\"\" | schedule 5: no voice "Ann" for language "xx" at 48000 Hz
 )~");
@@ -109,80 +79,62 @@ ip,\"Hall\" => ip,\"Moon\" | schedule 5: unknown zone "Moon"
     EXPECT_EQ(refusal("5,\"u => 5,\"v"), "done");
 }
 
-// --------------------------------------------------------------------------------- what is played
-
 TEST_F(SchedulesTest, RunWhenTheirTimeComes) {
-    server.connectClient(client);
-    client.told();
+    told("connect");
     replay(R"~(
-> 92/19 0,"u~\"\"",2026,1,5,6,0,2026,1,6,6,2,127,1,1,"",0,500,"2,ip,\"Hallway\",12!1,,Chime"
-18: 1
-> 92/19 0,"u~\"\"",2026,1,5,6,0,2026,1,5,6,0,1,0,1,"",1,99,"2,ip,\"Hallway\",40!1,,"
-18: 2
-> +29999
-
-> +1
-11: 1 "schedule-1-1" Queued, 1 "schedule-1-1" Playing, 2 "schedule-2-2" Queued,
- 1 "schedule-1-1" Pre-empted 2 "pre-empted by schedule-2-2 (Relative +99)", 1 gone,
- 2 "schedule-2-2" Playing / 20: 4 Active Dictionary
-> +2000
-11: 2 "schedule-2-2" Finished 0 "played to its end", 2 gone / 20: 4 Idle None
-> +118000
-11: 3 "schedule-1-3" Queued, 3 "schedule-1-3" Playing / 20: 4 Active Dictionary
- / 11: 3 "schedule-1-3" Finished 0 "played to its end", 3 gone / 20: 4 Idle None
- / 11: 4 "schedule-1-4" Queued, 4 "schedule-1-4" Playing / 20: 4 Active Dictionary
-> +1499
-
-> +1
-11: 4 "schedule-1-4" Finished 0 "played to its end", 4 gone / 20: 4 Idle None
-> 92/19 3,"u~\"\"",2026,1,6,6,0,2026,1,6,6,0,127,0,1,"",0,500,"2,ip,\"Yard\",12!1,,"
-18: 3
-> 92/19 3,"u~\"\"",2026,1,6,6,1,2026,1,6,6,1,127,0,1,"",0,500,"1,ip,\"Yard\",0^/lost.wav,,""9,ip,\"Yard\",\"\\\"\\\\\\\"\\\\\\\\\\\\\\\"K\\\\\\\\\\\\\\\"=\\\\\\\\\\\\\\\"V\\\\\\\\\\\\\\\"\\\\\\\"\\\"!1\",,"
-18: 3
-> 92/20 1
-18: 1 gone
-> +90000000
-11: 5 "schedule-3-5" Queued, 6 "schedule-3-5" Queued,
- 5 "schedule-3-5" Failed 3 "\"/lost.wav\" is not on this server", 5 gone, 6 "schedule-3-5" Playing
- / 20: 5 Active Display template / 11: 6 "schedule-3-5" Finished 0 "played to its end", 6 gone
- / 20: 5 Idle None
+92/19 0,"u~\"\"",2026,1,5,6,0,2026,1,6,6,2,127,1,1,"",0,500,"2,ip,\"Hallway\",12!1,,Chime"
+    | schedule: 1
+92/19 0,"u~\"\"",2026,1,5,6,0,2026,1,5,6,0,1,0,1,"",1,99,"2,ip,\"Hallway\",40!1,," | schedule: 2
++29999 |
++1 | part: 1 schedule-1-1 Queued Playing, 2 schedule-2-2 Queued,
+    1 Pre-empted 2 "pre-empted by schedule-2-2 (Relative +99)" gone, 2 Playing / zone: 4 Dictionary
++2000 | part: 2 Finished 0 "played to its end" gone / zone: 4 None
++118000 | part: 3 schedule-1-3 Queued Playing / zone: 4 Dictionary
+    / part: 3 Finished 0 "played to its end" gone / zone: 4 None
+    / part: 4 schedule-1-4 Queued Playing / zone: 4 Dictionary
++1499 |
++1 | part: 4 Finished 0 "played to its end" gone / zone: 4 None
+92/19 3,"u~\"\"",2026,1,6,6,0,2026,1,6,6,0,127,0,1,"",0,500,"2,ip,\"Yard\",12!1,," | schedule: 3
+92/19
+    3,"u~\"\"",2026,1,6,6,1,2026,1,6,6,1,127,0,1,"",0,500,"1,ip,\"Yard\",0^/lost.wav,,""9,ip,\"Yard\",\"\\\"\\\\\\\"\\\\\\\\\\\\\\\"K\\\\\\\\\\\\\\\"=\\\\\\\\\\\\\\\"V\\\\\\\\\\\\\\\"\\\\\\\"\\\"!1\",," | schedule: 3
+92/20 1 | schedule: 1 gone
++90000000 | part: 5 schedule-3-5 Queued, 6 schedule-3-5 Queued,
+    5 Failed 3 "\"/lost.wav\" is not on this server" gone, 6 Playing / zone: 5 Display template
+    / part: 6 Finished 0 "played to its end" gone / zone: 5 None
 )~");
 }
 
 TEST(KeptSchedules, RunAfterARestartAndFailVisibly) {
-    Options options = SchedulesTest::options();
-    const auto definition = [](int id, const char* zone) {
-        return std::to_string(id) +
-               R"~(,"u~\"\"",2026,1,5,5,0,2026,1,5,23,59,127,60,1,"",0,500,)~" +
-               quotedText(std::string("2,ip,") + quotedText(zone) + ",12!1,,");
-    };
+    const TestFolder folder;
+    Options options{1.0, true, {}, folder.path, mondayMorning};
     {
         SimServer first(smallStation(), options);
-        EXPECT_EQ(first.operateAsOther({-1, 92, 19, 1, definition(2147483647, "Yard")}),
-                  std::nullopt);
-        EXPECT_EQ(first.operateAsOther({-1, 92, 19, 1, definition(0, "Hallway")}), std::nullopt);
-        EXPECT_EQ(first.operateAsOther({-1, 92, 19, 1, definition(2, "Hallway")}), std::nullopt);
+        const auto add = [&first](const std::string& id, const char* zone) {
+            const std::string part =
+                quotedText(std::string("2,ip,") + quotedText(zone) + ",12!1,,");
+            return first.operateAsOther(
+                {-1, 92, 19, 1,
+                 id + R"~(,"u~\"\"",2026,1,5,5,0,2026,1,5,23,59,127,60,1,"",0,500,)~" + part});
+        };
+        EXPECT_EQ(add("2147483647", "Yard"), std::nullopt);
+        EXPECT_EQ(add("0", "Hallway"), std::nullopt);
+        EXPECT_EQ(add("2", "Hallway"), std::nullopt);
         EXPECT_EQ(first.operateAsOther({-1, 92, 20, 1, "2"}), std::nullopt);
     }
     Station station = smallStation();
     station.zones.pop_back();  // the yard
     *options.clock += 30;      // 06:00, when they run
-    struct Again : ServerTest {
-        using ServerTest::ServerTest;
-        void TestBody() override {}
-    } again(station, options);
-    again.server.connectClient(again.client);
-    EXPECT_NE(
-        again.client.told().find("18: 1, 2147483647 / 11: 1 \"schedule-1-1\" Playing / complete"),
-        std::string::npos);
-    again.take("+3600000");
-    EXPECT_EQ(
-        again.client.told(),
-        R"~(11: 1 "schedule-1-1" Finished 0 "played to its end", 1 gone / 20: 4 Idle None / )~"
-        R"~(11: 3 "schedule-1-3" Queued, 3 "schedule-1-3" Playing, )~"
-        R"~(4 "schedule-2147483647-4" Queued, 4 "schedule-2147483647-4" Failed 3 )~"
-        R"~("unknown zone \"Yard\"", 4 gone / 20: 4 Active Dictionary)~");
-    fs::remove_all(options.state);
+    TestClient client;
+    SimServer again(station, options);
+    again.connectClient(client);
+    const std::string told = client.told();
+    EXPECT_NE(told.find("schedule: 1, 2147483647 / part: 1 Playing / complete"), std::string::npos)
+        << told;
+    again.advance(std::chrono::hours(1));
+    EXPECT_EQ(client.told(),
+              R"(part: 1 Finished 0 "played to its end" gone / zone: 4 None / )"
+              R"(part: 3 schedule-1-3 Queued Playing, 4 schedule-2147483647-4 Queued )"
+              R"(Failed 3 "unknown zone \"Yard\"" gone / zone: 4 Dictionary)");
 }
 
 }  // namespace

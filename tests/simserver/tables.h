@@ -1,22 +1,30 @@
 #pragma once
 
 #include <gtest/gtest.h>
+#include <regex>
 #include <sstream>
 #include <stdexcept>
 #include <string>
 
-/// Reads a table of cases "given | expected", of which each ends with a line, and expects of
-/// `read(given)` what is said: its result, or why it is refused. An expectation that ends in "..."
-/// is a beginning; a line above a case that begins with "#" is a comment.
+/// Reads a table of cases "given | expected", a line for each, and expects of `read(given)` what is
+/// said: its result, or why it is refused. An indented line goes on with the one above; one that
+/// begins with "#" is a comment. An expectation that ends in "..." is a beginning.
 template <class Read>
 void expectResults(Read read, const std::string& table) {
-    std::istringstream text(table);
-    for (std::string given, expected; std::getline(text >> std::ws, given, '|');) {
-        std::getline(text >> std::ws, expected);
-        while (given.front() == '#') {
-            given.erase(0, given.find('\n') + 1);
+    const auto trimmed = [](const std::string& text) {
+        const std::size_t first = text.find_first_not_of(' ');
+        return first == std::string::npos
+                   ? ""
+                   : text.substr(first, text.find_last_not_of(' ') + 1 - first);
+    };
+    std::istringstream lines(std::regex_replace(table, std::regex("\n +"), " "));
+    for (std::string line; std::getline(lines, line);) {
+        if (line.empty() || line.front() == '#') {
+            continue;
         }
-        given.erase(given.find_last_not_of(" \n") + 1);
+        const std::size_t bar = line.find('|');
+        const std::string given = trimmed(line.substr(0, bar));
+        const std::string expected = trimmed(line.substr(bar + 1));
         std::string result;
         try {
             result = read(given);
@@ -26,4 +34,10 @@ void expectResults(Read read, const std::string& table) {
         const std::size_t dots = expected.rfind("...");
         EXPECT_EQ(result.substr(0, dots), expected.substr(0, dots)) << given;
     }
+}
+
+/// A text in which what stands before " => " in `change` is replaced by what stands behind it.
+inline std::string changed(std::string text, const std::string& change) {
+    const std::size_t arrow = change.find(" => ");
+    return text.replace(text.find(change.substr(0, arrow)), arrow, change.substr(arrow + 4));
 }

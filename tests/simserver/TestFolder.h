@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <csignal>
 #include <cstdint>
 #include <filesystem>
@@ -12,20 +13,30 @@
 #include <vector>
 
 /// A folder that is gone after the test, of a name that needs care in a URI.
-struct AudioFolder {
-    AudioFolder() { std::filesystem::create_directories(path); }
-    AudioFolder(const AudioFolder&) = delete;
-    AudioFolder& operator=(const AudioFolder&) = delete;
-    ~AudioFolder() { std::filesystem::remove_all(path); }
+struct TestFolder {
+    explicit TestFolder(const std::string& name = "")
+        : path(std::filesystem::path(testing::TempDir()) / ("50% sp\xC3\xB6ol " + pid + name)) {
+        std::filesystem::create_directories(path);
+    }
+    TestFolder(const TestFolder&) = delete;
+    TestFolder& operator=(const TestFolder&) = delete;
+    ~TestFolder() { std::filesystem::remove_all(path); }
 
+    /// The path of a file in it that has this content.
+    std::string file(const std::string& name, const std::string& content) const {
+        std::ofstream(path / name, std::ios::binary) << content;
+        return (path / name).string();
+    }
+
+    /// How many files there are, those of its own folders included.
     auto files() const {
-        using Files = std::filesystem::directory_iterator;
-        return std::distance(Files(path), Files());
+        using Entries = std::filesystem::recursive_directory_iterator;
+        return std::count_if(Entries(path), Entries(),
+                             [](const auto& entry) { return !entry.is_directory(); });
     }
 
     const std::string pid = std::to_string(getpid());
-    const std::filesystem::path path =
-        std::filesystem::path(testing::TempDir()) / ("50% sp\xC3\xB6ol " + pid);
+    const std::filesystem::path path;
 };
 
 /// The samples of a WAV file, which must be of one channel, 16 bits and 48000 Hz.
