@@ -19,10 +19,12 @@ public:
     Connection(const Settings& settings, Output& diagnostics)
         : settings_(settings), diagnostics_(diagnostics) {}
 
+    /// @throws Failure when there is no connection
     Session& session() {
         if (session_ == nullptr) {
             session_ = std::make_unique<Session>(settings_, diagnostics_);
         }
+        session_->requireConnection();
         return *session_;
     }
 

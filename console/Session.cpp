@@ -100,6 +100,12 @@ Session::Session(const Settings& settings, Output& diagnostics)
 
 Session::~Session() = default;
 
+void Session::requireConnection() const {
+    if (!link_.isConnected()) {
+        throw Failure(ExitCode::ConnectionLost, "the connection to the server is lost");
+    }
+}
+
 std::optional<Change> Session::nextChange(Changes& changes, Moment deadline) {
     while (true) {
         interrupt::check();
@@ -108,9 +114,7 @@ std::optional<Change> Session::nextChange(Changes& changes, Moment deadline) {
         if (auto change = changes.next(std::clamp(left, std::chrono::milliseconds(0), tick))) {
             return change;
         }
-        if (!link_.isConnected()) {
-            throw Failure(ExitCode::ConnectionLost, "the connection to the server is lost");
-        }
+        requireConnection();
         if (left.count() <= 0) {
             return std::nullopt;
         }

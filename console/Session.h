@@ -34,6 +34,12 @@ public:
     Session& operator=(const Session&) = delete;
     ~Session();
 
+    /// @throws Failure when the connection is lost
+    void requireConnection() const;
+
+    /// Waits until a connection that the server has dropped is known to be lost.
+    void waitUntilLost() { transport_.waitUntilDelivered(); }
+
     /// Takes the next change.
     /// @return nothing when none has come until `deadline`
     /// @throws Failure when the user interrupts, or the connection is lost

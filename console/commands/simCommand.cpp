@@ -106,15 +106,35 @@ Handler defineSimSelector(Parser& parser) {
     };
 }
 
-Handler defineRenewals(Parser& parser) {
+/// What the server may be made deaf to.
+struct Hearing {
+    const char* name;
+    const char* text;
+    void (simserver::SimServer::*withhold)(bool on);
+};
+
+constexpr Hearing renewals{"renewals", "renewals of locks",
+                           &simserver::SimServer::withholdRenewals};
+constexpr Hearing requests{"requests", "requests", &simserver::SimServer::withholdRequests};
+
+template <const Hearing& hearing>
+Handler defineHearing(Parser& parser) {
     const auto heard = std::make_shared<bool>();
     parser.addSwitch(*heard);
     return [heard](const Context& context) {
-        context.session().server().withholdRenewals(!*heard);
-        printOutcome(
-            context,
-            *heard ? "the server hears renewals of locks" : "the server hears no renewals of locks",
-            {{"renewals", *heard}});
+        (context.session().server().*hearing.withhold)(!*heard);
+        printOutcome(context,
+                     std::string("the server hears ") + (*heard ? "" : "no ") + hearing.text,
+                     {{hearing.name, *heard}});
+    };
+}
+
+Handler defineDisconnect(Parser& /*parser*/) {
+    return [](const Context& context) {
+        Session& session = context.session();
+        session.server().dropClient();
+        session.waitUntilLost();
+        printOutcome(context, "the server has dropped the connection", {{"connected", false}});
     };
 }
 
@@ -122,11 +142,14 @@ Handler defineRenewals(Parser& parser) {
 
 Handler defineSim(Parser& parser) {
     return defineSubcommands(
-        parser, {{"trigger", "Close or open the contact of a hardware trigger", defineSimTrigger},
-                 {"selector", "Put a selector into a state", defineSimSelector},
-                 {"lock", "Let another client take a source", defineLock<lock>},
-                 {"unlock", "Let another client release a source", defineLock<unlock>},
-                 {"renewals", "Let the server hear renewals of locks, or none", defineRenewals}});
+        parser,
+        {{"trigger", "Close or open the contact of a hardware trigger", defineSimTrigger},
+         {"selector", "Put a selector into a state", defineSimSelector},
+         {"lock", "Let another client take a source", defineLock<lock>},
+         {"unlock", "Let another client release a source", defineLock<unlock>},
+         {"renewals", "Let the server hear renewals of locks, or none", defineHearing<renewals>},
+         {"requests", "Let the server hear what it is asked, or nothing", defineHearing<requests>},
+         {"disconnect", "Let the server drop the connection", defineDisconnect}});
 }
 
 }  // namespace console

@@ -42,7 +42,8 @@ std::string putSchedule(const Context& context, const ScheduleDefinition& schedu
     }
     // What is kept already may be shown for another time, of which nothing is told: then the next
     // that is told of it counts. Anything else is seen before it is told.
-    Request request{"schedule " + std::to_string(schedule.Id) + " is in", {putScheduleOperation}};
+    Request request{"schedule " + std::to_string(schedule.Id) + " is kept as asked",
+                    {putScheduleOperation}};
     request.tickSeconds = 0.002;
     operate(
         context, request, [&] { gPaController.modifySchedule(schedule); },

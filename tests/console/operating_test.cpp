@@ -157,14 +157,12 @@ TEST(Operating, hasAClearLineForWhatCannotBeDone) {
          "source 3 is locked by another client (other-1)"},
         {{"sim lock 3 --client other-1", "source detach 3"}, 4, "another client (other-1)"},
         {{"source attach 3", "sim lock 3 --client other-1"}, 4, "the server refuses: source 3"},
-        {{"source attach 3 --timeout 0"}, 5, "whether source 3 is locked is unknown"},
         {{"source attach " + longName}, 3, "there is no source 'xxx"},
         {{"source gain 3 0"}, 1, "setGain: Unsupported Source Type >4<"},
         {{"source gain 7 nan"}, 1, "LEVEL"},
         {{"source gain 7 42.01"}, 1, "LEVEL"},
         {{"source gain 7 -96.5"}, 1, "LEVEL"},
         {{"source vu 98"}, 3, "there is no source '98'"},
-        {{"source vu 1 --timeout 0"}, 5, "the meter of element 0 tells nothing"},
         {{"sink gain 3 0.1"}, 1, "LEVEL"},
         {{"sink gain 8 -3"}, 1, "setGain: Unsupported Sink Type >8<"},
         {{"sink reset 1"}, 1, "reset: Unsupported Sink Type >1<"},
@@ -200,6 +198,43 @@ TEST(Operating, hasAClearLineForWhatCannotBeDone) {
         EXPECT_EQ(linesOf(ran.err).size(), 1U) << ran.err;
         EXPECT_EQ(linesOf(ran.out).size(), c.lines.size() - 1) << ran.out;
     }
+}
+
+TEST(Operating, saysWhatIsUnknownWhenTheServerIsSilent) {
+    const std::pair<const char*, const char*> cases[] = {
+        {"source attach 3", "whether source 3 is locked is unknown"},
+        {"source gain 7 5", "whether source 7 has the gain 5 dB is unknown"},
+        {"source vu 1", "the meter of element 0 tells nothing"},
+        {"sink gain 3 -3", "whether sink 3 has the gain -3 dB is unknown"},
+        {"sink monitor 3 on", "whether sink 3 is monitored is unknown"},
+        {"sink reset 9", "whether sink 9 has been reset is unknown"},
+        {"trigger activate 1", "whether software trigger 1 is active is unknown"},
+        {"schedule add --zones Concourse --template M",
+         "whether schedule 2 is kept as asked is unknown"},
+        {"schedule add --zones Concourse --template M --sync",
+         "whether the schedule is in is unknown"},
+        {"schedule modify 1 --validity 9", "whether schedule 1 is kept as asked is unknown"},
+        {"schedule remove 1", "whether schedule 1 is removed is unknown"},
+    };
+    for (const auto& [line, message] : cases) {
+        const Ran ran = runLines({"schedule add --zones Concourse --template M",
+                                  "trigger create --source 101 --priority 5", "sim requests off",
+                                  std::string(line) + " --timeout 0"});
+        EXPECT_EQ(ran.code, 5) << line;
+        EXPECT_TRUE(contains(ran.err, message)) << ran.err;
+        EXPECT_EQ(linesOf(ran.err).size(), 1U) << ran.err;
+        runLines({"trigger delete 1"});  // it outlives the connection
+    }
+}
+
+TEST(Operating, endsWhenTheConnectionIsLost) {
+    for (const Lines& command : {Lines{}, Lines{"monitor"}}) {
+        const Ran ran = runLines({"sim disconnect", "list zones"}, command);
+        EXPECT_EQ(ran.code, 8);
+        EXPECT_TRUE(contains(ran.err, "line 2: the connection to the server is lost")) << ran.err;
+        EXPECT_FALSE(contains(ran.out, "Concourse")) << ran.out;
+    }
+    EXPECT_EQ(runLines({"sim disconnect"}, {"monitor"}).code, 8);
 }
 
 TEST(Operating, deactivatesNothingTwice) {
