@@ -67,6 +67,7 @@ void runScriptLines(const Context& context) {
     Context lineContext = context;
     lineContext.settings.script.clear();  // a line has no script of its own
     context.connection.lasts = true;
+    context.connection.readsCommands = context.settings.script == "-";
     runScript(context.settings.script, [&lineContext](const std::vector<std::string>& words) {
         runLine(lineContext, words, LineKind::Script);
     });

@@ -37,6 +37,9 @@ public:
     /// as the connection is of little use without.
     bool lasts = false;
 
+    /// Whether these commands come from the standard input.
+    bool readsCommands = false;
+
 private:
     const Settings settings_;
     Output& diagnostics_;

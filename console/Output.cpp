@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "console/ExitCode.h"
+#include "console/interrupt.h"
 #include "console/text/cleanText.h"
 
 namespace console {
@@ -11,6 +12,7 @@ void Output::write(const std::string& lines) {
     const std::lock_guard guard(lock_);
     stream_ << lines << std::flush;
     if (!stream_) {
+        interrupt::check();  // it ends a write that waits for the reader
         throw Failure(ExitCode::Usage, "the output cannot be written");
     }
 }

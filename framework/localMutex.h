@@ -11,6 +11,7 @@
 class PA_CAPABILITY("mutex") qxMutexBase {
 public:
     /// Waits for the mutex and takes it.
+    /// @throws std::system_error when the system refuses it
     virtual void enter() PA_ACQUIRE() = 0;
     /// Gives the mutex back. Only its holder may call this.
     virtual void leave() PA_RELEASE() = 0;

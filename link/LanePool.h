@@ -27,7 +27,8 @@ public:
     /// Waits for every job.
     ~LanePool();
 
-    /// Queues a job, which must not throw. Blocks while too many wait.
+    /// Queues a job, which must not throw. Blocks while too many wait. Runs what waits itself when
+    /// the system has no thread for it.
     void submit(int lane, int key, Job job);
 
     /// Waits until every job has ended.

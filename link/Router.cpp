@@ -49,13 +49,14 @@ const Route* routeOf(int kind) {
     return found == std::end(routes) ? nullptr : found;
 }
 
-/// Runs a handler; a record too large for the memory at hand costs that record alone.
+/// Runs a handler; what is too large for the memory at hand costs that message alone.
+/// @param what as in "record"
 template <class Handler>
-void guarded(int kind, int key, Handler handler) {
+void guarded(const char* what, int kind, int key, Handler handler) {
     try {
         handler();
     } catch (const std::exception& e) {
-        handleError(3, "record of kind >%d< key >%d< dropped: %s", kind, key, e.what());
+        handleError(3, "%s of kind >%d< key >%d< dropped: %s", what, kind, key, e.what());
     }
 }
 
@@ -72,10 +73,11 @@ void Router::handle(Record record) {
         handleError(3, "record of unknown kind >%d< key >%d< dropped", kind, key);
         return;
     }
-    guarded(kind, key, [&] {
+    guarded("record", kind, key, [&] {
         const auto list = std::make_shared<RecordList>(std::move(record.fields));
         const auto run = [this, route, kind, dstNo = record.dstNo, key, list] {
-            guarded(kind, key, [&] { route->handle(controller_, dstNo, key, list->list()); });
+            guarded("record", kind, key,
+                    [&] { route->handle(controller_, dstNo, key, list->list()); });
         };
         if (route->pauses) {
             pool_.submit(kind, key, run);
@@ -90,7 +92,7 @@ void Router::handle(const Withdrawal& withdrawal) {
     const Route* const route = routeOf(withdrawal.kind);
     const bool pauses = route != nullptr && route->pauses;
     if (pauses && withdrawal.key != 0) {
-        guarded(withdrawal.kind, withdrawal.key, [&] {
+        guarded("withdrawal", withdrawal.kind, withdrawal.key, [&] {
             pool_.submit(withdrawal.kind, withdrawal.key,
                          [this, withdrawal] { withdraw(withdrawal); });
         });
@@ -103,7 +105,7 @@ void Router::handle(const Withdrawal& withdrawal) {
 }
 
 void Router::withdraw(const Withdrawal& withdrawal) {
-    guarded(withdrawal.kind, withdrawal.key, [&] {
+    guarded("withdrawal", withdrawal.kind, withdrawal.key, [&] {
         switch (static_cast<RecordKind>(withdrawal.kind)) {
             case RecordKind::TtsPort:
                 controller_.deleteFromTTS_Ports(withdrawal.key);
@@ -121,7 +123,7 @@ void Router::withdraw(const Withdrawal& withdrawal) {
 void Router::reset() {
     const std::lock_guard arrival(arrival_);
     pool_.waitUntilIdle();
-    guarded(0, 0, [this] { controller_.initPaResources(); });
+    guarded("reset", 0, 0, [this] { controller_.initPaResources(); });
 }
 
 void Router::waitUntilIdle() {

@@ -149,6 +149,10 @@ void PAController::deleteEntries(const DeletionRow<Cache, Argument>& row, int ke
         const auto found = find(cache, entryKey);
         return found == cache.end() ? std::nullopt : std::optional(row.argument(recordOf(*found)));
     };
+    const auto isPresent = [&](int entryKey) {
+        const LeafGuard leaf(lookupLock);
+        return find(cache, entryKey) != cache.end();
+    };
     for (const int entryKey : keys) {
         const std::optional<Argument> told = lookUp(entryKey);
         if (!told) {
@@ -156,7 +160,7 @@ void PAController::deleteEntries(const DeletionRow<Cache, Argument>& row, int ke
         }
         if (row.notifies) {
             notifyObservers(row.slot, *told);
-            if (!lookUp(entryKey)) {
+            if (!isPresent(entryKey)) {
                 continue;
             }
         }

@@ -2,6 +2,7 @@
 #include "sdk/Message.h"
 
 #include <algorithm>
+#include <initializer_list>
 
 #include "sdk/PAController.h"
 #include "sdk/checks.h"

@@ -172,7 +172,8 @@ public:
     /// Asks the server for the audio of the first spoken text. Returns at once; the observers are
     /// told through `onAudioMessageRetrievalComplete`, at the latest when the worker makes its
     /// first pass after 90 s; after a reconnection nobody is told of what waited before. The
-    /// message itself is not changed. Takes the controller's mutex.
+    /// message itself is not changed. Takes the controller's mutex, once the request is queued: an
+    /// answer that comes before that is told under the item's UUID, and the request expires.
     /// @return the request id that the observers will be told
     /// @throws std::invalid_argument when the audio part is not `TTS`, or there is no text
     std::string retrieveAudioMessage() const;

@@ -22,6 +22,8 @@
 #include "sdk/TTSDictionary.h"
 #include "sdk/lock.h"
 
+class Payload;
+
 /// Parameters of the reduced `playMessage`. A plain value.
 struct PlayMessageParams {
     bool resumeOnInterruptFlag = false;  ///< reserved, must be false
@@ -90,8 +92,9 @@ public:
     /// Takes a source's lock for this client and waits until the server confirms it. The worker
     /// renews the lock from then on. Inside an observer's callback the confirmation cannot arrive:
     /// the call times out.
-    /// @return whether this client holds the lock; false when the source is unknown or locked by
-    ///         another client, and after `gMaxServerWaitTimeSeconds`
+    /// @return whether this client holds the lock; false when there is no audio-server instance,
+    ///         when the source is unknown or locked by another client, and after
+    ///         `gMaxServerWaitTimeSeconds`
     bool attachPaSource(int sourceId);
 
     /// Releases this client's lock of a source and waits until the server confirms it; as above.
@@ -300,8 +303,8 @@ public:
     /// callback that cannot be: the call times out.
     /// @param def its `Id` is 0
     /// @return the identifier that the server has given it
-    /// @throws std::invalid_argument as above, and after `gMaxServerWaitTimeSeconds`, when the
-    ///                               schedule may still come
+    /// @throws std::invalid_argument when `Id` is not 0, for the contents as above, and after
+    ///                               `gMaxServerWaitTimeSeconds`, when the schedule may still come
     int createScheduleSync(const ScheduleDefinition& def);
 
     /// Has the server delete a schedule. An unknown one is ignored. Does not wait for a callback
@@ -365,11 +368,11 @@ private:
     void updateLockStatus(int sourceId, const std::string& lockedUUID) PA_REQUIRES(paControllerMtx);
     /// The entry of a source, null for none.
     PaSourceLockStatus* lockOf(int sourceId) PA_REQUIRES(paControllerMtx);
-    bool changeLock(int sourceId, int operationNumber);
+    bool changeLock(int sourceId, bool attaching);
     void subscribeVUMeter(bool subscribe, int sourceId);
     bool hasSwTriggers() const;
-    template <class PayloadOf>
-    void sendSwTrigger(int triggerId, const char* caller, int operationNumber, PayloadOf payloadOf);
+    void sendSwTrigger(int triggerId, const char* caller, int operationNumber,
+                       Payload (*payloadOf)(const PaSWTrigger&));
     std::string completePreviews(const TTSDictionary& item) PA_REQUIRES(paControllerMtx);
     std::optional<std::string> takeOldPreview(std::time_t now,
                                               const std::optional<std::string>& behind)
@@ -383,7 +386,6 @@ private:
     ScheduleDefinition* scheduleOf(int scheduleId) PA_REQUIRES(paControllerMtx);
     void tellUploadFailed(const std::string& requestId);
 
-    // Guarded by paControllerMtx.
     std::map<int, PaSource> availablePaSources PA_GUARDED_BY(paControllerMtx);
     /// In order of arrival.
     std::vector<PaSourceLockStatus> availablePaSourcesLockStatus PA_GUARDED_BY(paControllerMtx);

@@ -9,8 +9,9 @@
 /// What an application learns of changes in the controller. An observer is owned by the
 /// application, is never removed, and must outlive the controller.
 ///
-/// Every callback runs with the controller's mutex held, on a thread of the server link or, for
-/// what has waited too long, on the controller's worker; `onMessageDelete` after a failed upload
+/// Every callback runs with the controller's mutex held: on a thread of the server link, for what
+/// has waited too long on the controller's worker, and on that of a caller who deletes entries or
+/// empties the caches; `onMessageDelete` after a failed upload
 /// alone runs on the thread that played the message, with whatever it holds. A callback may call
 /// getters and operations of the controller; it must not wait for another thread that does, nor for
 /// an answer of the server, as `attachPaSource`, `detachPaSource`, `createScheduleSync` and playing
@@ -41,7 +42,7 @@ public:
     /// server's dictionary, too. The server tells of a rendering that failed under the request's
     /// own id; the preview still waits then, and expires later under the same id.
     /// @param requestId of the retrieval (the last in order when one item answers several), or the
-    ///                  item's UUID when it answers none
+    ///                  item's UUID when it answers none, or comes before the retrieval is noted
     /// @param success   whether there is audio
     /// @param error     why not: `MRE_INVALID_PARAMS` not rendered, `MRE_TIMED_OUT` not answered
     ///                  within 90 s

@@ -136,7 +136,7 @@ void PaSink::setGain(Gain gain, bool persistent, bool delayPersistence) {
     // Not a range test: a level that is no number goes out.
     require<std::out_of_range>(!(level < -96.0 || level > 0.0),
                                "PaSink::setGain(): Invalid Gain Level. Valid Range [-96, 0]");
-    queueOperation(destination::directLink, 92, 8,
+    queueOperation(destination::directLink, paClass, 8,
                    gainPayload(id, level, persistent, delayPersistence));
 }
 
@@ -147,7 +147,7 @@ Gain PaSink::getGain() {
 
 // Operation 92/10: enable,id
 void PaSink::setPAMonitoring(bool enable) {
-    queueOperation(destination::directLink, 92, 10,
+    queueOperation(destination::directLink, paClass, 10,
                    Payload().flag(enable).separator(',').number(id));
 }
 
@@ -159,5 +159,5 @@ bool PaSink::getPAMonitoring() {
 void PaSink::reset() {
     requireType<std::out_of_range>(type == ZENTRIQ_KPL2 || type == ZENTRIQ_RMX4,
                                    "reset: Unsupported Sink Type", type);
-    queueOperation(destination::directLink, 92, 29, Payload().number(id));
+    queueOperation(destination::directLink, paClass, 29, Payload().number(id));
 }

@@ -13,12 +13,12 @@
 
 namespace {
 
-constexpr int resourceClass = 92;
 constexpr int attachSource = 1;
 constexpr int detachSource = 2;
 constexpr int attachZones = 3;
 constexpr int detachZones = 4;
 constexpr int renewLock = 7;
+constexpr int setSourceGain = 9;
 constexpr int sourcesPerAmplifierElement = 100;
 
 bool hasGain(PaSource::Type type) {
@@ -26,7 +26,7 @@ bool hasGain(PaSource::Type type) {
 }
 
 void sendToActiveServer(int operationNumber, const Payload& payload) {
-    queueOperation(destination::activeServer(), resourceClass, operationNumber, payload);
+    queueOperation(destination::activeServer(), paClass, operationNumber, payload);
 }
 
 void refuseEmpty(const std::string& zoneId) {
@@ -55,7 +55,7 @@ void PaSource::setGain(double level, bool first, bool second) const {
     // Not a range test: a level that is no number goes out.
     require<std::out_of_range>(!(level < -96.0 || level > 42.0),
                                "PaSource::setGain(): Invalid Gain Level. Valid Range [-96, +42]");
-    queueOperation(destination::directLink, resourceClass, 9,
+    queueOperation(destination::directLink, paClass, setSourceGain,
                    gainPayload(id, level, first, second));
 }
 
@@ -106,20 +106,19 @@ std::vector<std::string> PaSource::getAttachedPaZones() const {
 
 // Operation 92/1: sourceId,uuid
 bool PAController::attachPaSource(int sourceId) {
-    return changeLock(sourceId, attachSource);
+    return changeLock(sourceId, true);
 }
 
 // Operation 92/2: sourceId,uuid
 bool PAController::detachPaSource(int sourceId) {
-    return changeLock(sourceId, detachSource);
+    return changeLock(sourceId, false);
 }
 
-bool PAController::changeLock(int sourceId, int operationNumber) {
+bool PAController::changeLock(int sourceId, bool attaching) {
     AudioServer* const audioServer = gAudioServerInstance;
     if (audioServer == nullptr || sourceId < 1) {
         return false;
     }
-    const bool attaching = operationNumber == attachSource;
     const std::string self = audioServer->getUUID();
     std::time_t sent = 0;
     {
@@ -131,7 +130,7 @@ bool PAController::changeLock(int sourceId, int operationNumber) {
         if (lock == nullptr || lock->lockedUUID != (attaching ? "" : self)) {
             return false;
         }
-        sendToActiveServer(operationNumber, lockPayload(sourceId, self));
+        sendToActiveServer(attaching ? attachSource : detachSource, lockPayload(sourceId, self));
         sent = wallClock();
     }
     return waitForServer(sent, [&] {

@@ -164,9 +164,8 @@ void PAController::deactivateSwPaTrigger(int triggerId) {
     });
 }
 
-template <class PayloadOf>
 void PAController::sendSwTrigger(int triggerId, const char* caller, int operationNumber,
-                                 PayloadOf payloadOf) {
+                                 Payload (*payloadOf)(const PaSWTrigger&)) {
     if (triggerId < 1 || !hasSwTriggers()) {
         return;
     }
@@ -184,7 +183,7 @@ void PAController::sendSwTrigger(int triggerId, const char* caller, int operatio
         handleError(1, "%s: SWTriggerId >%d< not created by me", caller, triggerId);
         return;
     }
-    queueOperation(destination::directLink, 92, operationNumber, *payload);
+    queueOperation(destination::directLink, paClass, operationNumber, *payload);
 }
 
 /// Does not wait for a callback that is running.

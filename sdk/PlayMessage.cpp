@@ -11,12 +11,11 @@
 
 namespace {
 
-constexpr int announcementClass = 92;
 constexpr int playOperation = 17;
 constexpr int cancelOperation = 18;
 
 void send(int operationNumber, const Payload& payload) {
-    queueOperation(destination::indirectLink, announcementClass, operationNumber, payload);
+    queueOperation(destination::indirectLink, paClass, operationNumber, payload);
 }
 
 bool upload(const std::string& localPath, const std::string& serverPath) {

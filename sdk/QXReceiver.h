@@ -4,10 +4,13 @@
 #include <cstddef>
 #include <string>
 
+/// The class of the operations of PA resources, announcements and schedules.
+constexpr int paClass = 92;
+
 /// A request to the server, as it stands in the send queue.
 struct Operation {
     int destination = 0;      ///< -1 direct link, -2 indirect link
-    int operationClass = 0;   ///< group, for example 92 for announcements and resources
+    int operationClass = 0;   ///< group, for example `paClass`
     int operationNumber = 0;  ///< operation within its class
     int flag = 0;             ///< always 1
     std::string payload;      ///< the operation's text

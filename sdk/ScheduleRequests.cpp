@@ -105,9 +105,8 @@ void PAController::modifySchedule(const ScheduleDefinition& def) {
     createScheduleHelper(false, def);
 }
 
-// Operation 92/19: id,description,start: year,month,day,hour,minute,end: the
-// same,dayMask,frequency, 1,"",mode,level,[audio part][visual part] - with nothing between the
-// parts
+// Operation 92/19: id,description,start,end,dayMask,frequency,1,"",mode,level,[audio][visual]
+// Start and end are year,month,day,hour,minute each; nothing stands between the parts.
 std::string PAController::createScheduleHelper(bool serverAssignsId,
                                                const ScheduleDefinition& def) {
     require(serverAssignsId ? def.Id == 0 : def.Id > 0, "invalid scheduleId");
@@ -126,16 +125,13 @@ std::string PAController::createScheduleHelper(bool serverAssignsId,
     request.plain("1,\"\",");
     request.number(def.priorityMode).separator(',').number(def.priorityLevel).separator(',');
     const std::string origin = originText(gLocalDstNo);
-    const std::string audio = partText(def.announcementType, origin, def, audioContent(def));
-    const std::string visual =
-        partText(def.visualAnnouncementType, origin, def, visualContent(def));
     if (def.announcementType != AT_NONE) {
-        request.prepared(audio);
+        request.prepared(partText(def.announcementType, origin, def, audioContent(def)));
     }
     if (def.visualAnnouncementType != AT_NONE) {
-        request.prepared(visual);
+        request.prepared(partText(def.visualAnnouncementType, origin, def, visualContent(def)));
     }
-    queueOperation(destination::directLink, 92, 19, request);
+    queueOperation(destination::directLink, paClass, 19, request);
     return requestUUID;
 }
 
@@ -170,6 +166,6 @@ void PAController::deleteSchedule(int scheduleId) {
             return;
         }
     }
-    queueOperation(destination::directLink, 92, 20, Payload().number(scheduleId));
+    queueOperation(destination::directLink, paClass, 20, Payload().number(scheduleId));
     PA_DEBUG(2, "%s: request sent to AS to delete schduleId >%d<", "deleteSchedule", scheduleId);
 }

@@ -6,8 +6,8 @@
 #include <vector>
 
 /// Copies of every value of a cache, in ascending key order.
-template <class Key, class Record>
-std::vector<Record> valuesOf(const std::map<Key, Record>& cache) {
+template <class Record>
+std::vector<Record> valuesOf(const std::map<int, Record>& cache) {
     std::vector<Record> values;
     values.reserve(cache.size());
     for (const auto& entry : cache) {

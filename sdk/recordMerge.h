@@ -49,12 +49,15 @@ enum class Merge { Unchanged, Updated, Added };
 /// An entry is matched by its cache key and the resource's own id. An entry with another id stays
 /// as it is, and the merge still counts as an addition.
 template <class Record>
-constexpr auto matchById =
-    [](const Record& cached, const Record& decoded) { return cached.id == decoded.id; };
+bool matchById(const Record& cached, const Record& decoded) {
+    return cached.id == decoded.id;
+}
 
 /// An entry is matched by its cache key alone.
 template <class Record>
-constexpr auto matchByKey = [](const Record&, const Record&) { return true; };
+bool matchByKey(const Record& /*cached*/, const Record& /*decoded*/) {
+    return true;
+}
 
 /// Merges a decoded record into the cache: at the first difference all fields of the table are
 /// copied, a record without a matching entry is added.

@@ -1,6 +1,7 @@
 // The records of schedules: their columns, and what the parts of an announcement hold.
 #include "sdk/scheduleRecord.h"
 
+#include <initializer_list>
 #include <utility>
 
 #include "framework/log.h"

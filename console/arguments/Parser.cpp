@@ -46,11 +46,6 @@ Argument Argument::excludes(const Argument& other) {
 
 Argument Parser::add(const std::string& name, const Take& take, const std::string& help,
                      const std::string& type) {
-    return Argument(*app_.add_option_function<std::string>(name, take, help)->type_name(type));
-}
-
-Argument Parser::addChecked(const std::string& name, const Take& take, const std::string& help,
-                            const std::string& type) {
     CLI::Option& option = *app_.add_option_function<std::string>(name, take, help)->type_name(type);
     refuseOptionsAsValue(app_, option);
     return Argument(option);

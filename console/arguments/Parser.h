@@ -37,7 +37,8 @@ public:
 
     explicit Parser(CLI::App& app) : app_(app) {}
 
-    /// An argument whose text a function takes.
+    /// An argument whose text a function takes. An option of the command is no text: then the value
+    /// was forgotten.
     /// @param take may throw a Failure
     Argument add(const std::string& name, const Take& take, const std::string& help,
                  const std::string& type);
@@ -47,7 +48,7 @@ public:
     template <class Target>
     Argument addText(const std::string& name, Target& value, const std::string& help,
                      const std::string& type = "TEXT") {
-        return addChecked(
+        return add(
             name, [&value](const std::string& text) { value = text; }, help, type);
     }
 
@@ -97,10 +98,6 @@ public:
     void requireSubcommand();
 
 private:
-    /// As `add`, but a text that is an option of the command is refused: a value was forgotten.
-    Argument addChecked(const std::string& name, const Take& take, const std::string& help,
-                        const std::string& type);
-
     CLI::App& app_;
 };
 

@@ -28,18 +28,27 @@ void addLineOptions(Parser& parser, Settings& settings) {
     };
     parser.add("--format", takeFormat, "text (default) or json", "FORMAT").oneOf({"text", "json"});
     parser.addNumber("--timeout", settings.timeout, {0, forEver},
-                     "Seconds to wait for the server (default 10; play --wait: no limit)");
+                     "Seconds to wait for the server (mostly 10; play --wait: no limit)");
 }
 
 /// The options that choose the server and what the process does.
 void addProcessOptions(Parser& parser, Settings& settings) {
-    parser.addText("--scenario", settings.scenario, "Station of the simulated server", "FILE");
+    const auto addPath = [&parser](const char* name, auto& path, const char* help,
+                                   const char* type) {
+        const auto take = [&path, name](const std::string& text) {
+            if (text.empty()) {
+                throw wrongValue(name, "the path is empty");
+            }
+            path = text;
+        };
+        parser.add(name, take, help, type);
+    };
+    addPath("--scenario", settings.scenario, "Station of the simulated server", "FILE");
     parser.addNumber("--speed", settings.speed, {1e-3, 1e6},
                      "Simulated seconds per second (default 1)");
-    parser.addText("--spool", settings.spool, "Folder where the simulated server keeps uploads",
-                   "DIR");
-    parser.addText("--state", settings.state, "Folder where the simulated server keeps schedules",
-                   "DIR");
+    addPath("--spool", settings.spool,
+            "Folder where the simulated server keeps uploads and recordings", "DIR");
+    addPath("--state", settings.state, "Folder where the simulated server keeps schedules", "DIR");
     const auto takeClock = [&settings](const std::string& text) {
         const DateTime typed = parseDateTime("--clock", text);
         if (!typed.date || !typed.time) {
@@ -52,8 +61,8 @@ void addProcessOptions(Parser& parser, Settings& settings) {
                "time)",
                "DATETIME");
     parser.addWhole("--debug", settings.debug, {0, 3}, "Verbosity of the log, 0 to 3");
-    parser.addText("--script", settings.script,
-                   "Run console commands, one a line; - for the standard input", "FILE");
+    addPath("--script", settings.script,
+            "Run console commands, one a line; - for the standard input", "FILE");
 }
 
 /// The parser takes an empty value behind "=" for a missing one, so it becomes a word of its own.
@@ -84,8 +93,7 @@ constexpr std::pair<const char*, const char*> shellWords[] = {
 }  // namespace
 
 CommandParser::CommandParser(const Settings& defaults, LineKind kind)
-    : kind_(kind),
-      line_{defaults, {}, {}},
+    : line_{defaults, {}, {}},
       app_(std::make_unique<CLI::App>("The operator's console of a public-address system.",
                                       "paconsole")) {
     app_->fallthrough();
@@ -124,16 +132,31 @@ void CommandParser::addShellWords() {
     }
 }
 
+/// A word that is no command or no option where one must stand, with the nearest ones; nothing when
+/// there is none.
+std::string CommandParser::unknownWordIn(const std::vector<std::string>& words) const {
+    CommandPlace place(*app_);
+    for (const std::string& word : words) {
+        const bool isOption = !place.awaitsValue() && word.compare(0, 2, "--") == 0;
+        const auto names = isOption ? place.options() : place.subcommands();
+        const std::string name = isOption ? word.substr(0, word.find('=')) : word;
+        const bool mustBeKnown = isOption || (!names.empty() && !looksLikeOption(word));
+        if (mustBeKnown && std::find(names.begin(), names.end(), name) == names.end()) {
+            return unknownName(isOption ? "option" : "command", name, names);
+        }
+        place.pass(word);
+    }
+    return {};
+}
+
 /// What is wrong with a line, in the words of the console where commands are concerned.
 std::string CommandParser::faultOf(const std::vector<std::string>& words,
                                    const std::exception& error) const {
+    if (const std::string unknown = unknownWordIn(words); !unknown.empty()) {
+        return unknown;
+    }
     CommandPlace place(*app_);
     for (const std::string& word : words) {
-        const auto names = place.subcommands();
-        const bool namesCommand = !names.empty() && !looksLikeOption(word);
-        if (namesCommand && std::find(names.begin(), names.end(), word) == names.end()) {
-            return unknownName("command", word, names);
-        }
         place.pass(word);
     }
     const auto names = place.subcommands();
@@ -143,7 +166,7 @@ std::string CommandParser::faultOf(const std::vector<std::string>& words,
 }
 
 std::optional<CommandLine> CommandParser::read(std::vector<std::string> words, Output& out) {
-    if (kind_ == LineKind::Shell && !words.empty() && words.front() == "help") {
+    if (!words.empty() && words.front() == "help") {
         words.erase(words.begin());
         words.emplace_back("--help");
     }
@@ -152,6 +175,9 @@ std::optional<CommandLine> CommandParser::read(std::vector<std::string> words, O
         std::reverse(arguments.begin(), arguments.end());  // as the parser wants them
         app_->parse(arguments);
     } catch (const CLI::CallForHelp&) {
+        if (const std::string unknown = unknownWordIn(words); !unknown.empty()) {
+            throw Failure(ExitCode::Usage, unknown);
+        }
         const std::string help = app_->help();
         out.write(help.back() == '\n' ? help : help + '\n');
         return std::nullopt;

@@ -43,9 +43,9 @@ public:
 
 private:
     void addShellWords();
+    std::string unknownWordIn(const std::vector<std::string>& words) const;
     std::string faultOf(const std::vector<std::string>& words, const std::exception& error) const;
 
-    const LineKind kind_;
     CommandLine line_;
     const std::unique_ptr<CLI::App> app_;
     std::vector<Handler> handlers_;  // of the commands, in the order of their table

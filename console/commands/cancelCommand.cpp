@@ -56,7 +56,8 @@ Records waitUntilGone(const Context& context, Changes& changes, const Records& o
                           "cancelled is unknown");
         }
         const auto* const refusal = std::get_if<palink::Refusal>(&change->what);
-        if (refusal != nullptr && refusal->operationNumber == cancelOperation) {
+        if (refusal != nullptr && refusal->operationClass == paClass &&
+            refusal->operationNumber == cancelOperation) {
             throw Failure(ExitCode::Refused, "the server refuses: " + refusal->reason);
         }
         const auto* const record = std::get_if<AnnouncementRequest>(&change->what);

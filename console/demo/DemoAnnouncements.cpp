@@ -19,6 +19,14 @@ constexpr double settleSeconds = 0.2;  // for what follows the end of the last a
 DemoAnnouncements::DemoAnnouncements(const Context& context, DemoScreen& screen)
     : context_(context), screen_(screen) {}
 
+DemoAnnouncements::~DemoAnnouncements() {
+    for (const Playing& playing : playing_) {
+        if (!playing.follower.isOver()) {
+            gPaController.cancelMessage(playing.follower.requestId());
+        }
+    }
+}
+
 std::vector<DemoResult> DemoAnnouncements::play(const std::vector<DemoItem>& plan) {
     const double speed = context_.settings.speed;
     const Moment limit = after(context_.settings.timeout.value_or(60 + 90 / speed));

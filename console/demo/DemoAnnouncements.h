@@ -14,6 +14,9 @@ public:
     /// @param context, screen must outlive the page
     DemoAnnouncements(const Context& context, DemoScreen& screen);
 
+    /// Cancels what a demo that ends early still plays.
+    ~DemoAnnouncements() override;
+
     /// Plays the plan, one item after the other, cancels what is to be cancelled, and waits for
     /// the end of what ends by itself, but no longer than a demo may take.
     std::vector<DemoResult> play(const std::vector<DemoItem>& plan);

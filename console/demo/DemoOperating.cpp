@@ -69,6 +69,14 @@ void DemoOperating::chooseSources() {
     }
 }
 
+DemoOperating::~DemoOperating() {
+    endTrigger();
+    if (held_ && isHolder()) {
+        held_->detachAllPaZones();
+        gPaController.detachPaSource(held_->id);
+    }
+}
+
 std::vector<DemoResult> DemoOperating::run() {
     for (const Step& step : steps) {
         refusal_.clear();
@@ -108,27 +116,36 @@ bool DemoOperating::attachZones() {
 }
 
 bool DemoOperating::useTrigger() {
-    const int trigger =
-        triggered_ ? gPaController.createSwPaTrigger(triggered_->id, 50, "1", "") : 0;
-    if (trigger == 0) {
+    trigger_ = triggered_ ? gPaController.createSwPaTrigger(triggered_->id, 50, "1", "") : 0;
+    if (trigger_ == 0) {
         return fail("there is no second free source");
     }
     const std::set<std::string> zone = {triggerZone_};
     triggered_->attachPaZone(triggerZone_, PaSource::ADD_TO_EXISTING_SET);
-    gPaController.activateSwPaTrigger(trigger);
+    gPaController.activateSwPaTrigger(trigger_);
     const bool heard = waitFor(answerSeconds, [&] { return isHeardLive(zone); });
     see(nameOf(*triggered_) + (heard ? " is" : " is not") + " heard in " + triggerZone_);
     if (heard) {
         screen_.showFor(*this, triggerSeconds / context_.settings.speed);
-        gPaController.deactivateSwPaTrigger(trigger);
+        gPaController.deactivateSwPaTrigger(trigger_);
     }
     const bool silent = heard && waitFor(answerSeconds, [&] { return !isHeardLive(zone); });
-    triggered_->detachPaZone(triggerZone_);
-    gPaController.deleteSwPaTrigger(trigger);
+    endTrigger();
     if (silent) {
         see("heard in " + triggerZone_ + ", now silent");
     }
     return silent;
+}
+
+void DemoOperating::endTrigger() {
+    if (trigger_ == 0) {
+        return;
+    }
+    if (isHeardLive({triggerZone_})) {
+        gPaController.deactivateSwPaTrigger(trigger_);
+    }
+    triggered_->detachPaZone(triggerZone_);
+    gPaController.deleteSwPaTrigger(std::exchange(trigger_, 0));
 }
 
 bool DemoOperating::savePreview() try {

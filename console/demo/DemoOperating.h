@@ -20,6 +20,9 @@ public:
     DemoOperating(const Context& context, DemoScreen& screen,
                   const std::vector<std::string>& zoneIds, std::filesystem::path wav);
 
+    /// Gives back what a demo that ends early holds.
+    ~DemoOperating() override;
+
     /// Goes through the steps, one after the other; one that fails does not keep the next from
     /// being tried.
     std::vector<DemoResult> run();
@@ -36,6 +39,7 @@ private:
     bool takeSource();
     bool attachZones();
     bool useTrigger();
+    void endTrigger();
     bool savePreview();
     bool holdSource();
     bool releaseSource();
@@ -57,6 +61,7 @@ private:
     const std::filesystem::path wav_;
     std::optional<PaSource> held_;
     std::optional<PaSource> triggered_;
+    int trigger_ = 0;  // of that source; 0: none
     std::vector<DemoResult> results_;
     std::string refusal_;  // of the step at hand
     std::vector<Retrieval> retrievals_;

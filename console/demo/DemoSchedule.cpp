@@ -1,6 +1,7 @@
 #include "console/demo/DemoSchedule.h"
 
 #include <algorithm>
+#include <thread>
 
 #include "console/ExitCode.h"
 #include "console/following/RequestFollower.h"
@@ -17,6 +18,16 @@ constexpr double runSeconds = 90;  // simulated: the next minute, and the length
 constexpr int lowPriority = 100;
 constexpr const char* text = "This announcement comes every minute by itself.";
 
+/// Waits for what is undone, whatever has interrupted the demo.
+template <class Condition>
+void waitBriefly(Condition isReached) {
+    constexpr int pollMS = 50;
+    constexpr int longestMS = 2000;
+    for (int waited = 0; waited < longestMS && !isReached(); waited += pollMS) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(pollMS));
+    }
+}
+
 }  // namespace
 
 DemoSchedule::DemoSchedule(const Context& context, DemoScreen& screen, const std::string& zone)
@@ -30,10 +41,21 @@ DemoSchedule::DemoSchedule(const Context& context, DemoScreen& screen, const std
     try {
         makeSchedule(zone);
         gPaController.createSchedule(schedule_);
+        isLeft_ = true;
         see("sent, for every minute in " + zone);
     } catch (const Failure& failure) {
         refusal_ = failure.what();
     }
+}
+
+DemoSchedule::~DemoSchedule() {
+    if (!isLeft_ || !refusal_.empty()) {
+        return;
+    }
+    const auto isKnown = [this] { return scheduleNumbered(schedule_.Id).has_value(); };
+    waitBriefly(isKnown);  // none can be deleted before
+    gPaController.deleteSchedule(schedule_.Id);
+    waitBriefly([&] { return !isKnown(); });
 }
 
 DemoResult DemoSchedule::finish() {
@@ -49,6 +71,7 @@ DemoResult DemoSchedule::finish() {
         const bool gone = waitFor(answerSeconds, isGone);
         see(result_.seen + (gone ? ", then deleted" : ", not deleted"));
         result_.asExpected = isHeard_ && gone;
+        isLeft_ = !gone;
     }
     return result_;
 }
@@ -70,7 +93,8 @@ void DemoSchedule::catchUp() {
     while (const auto change = changes_.next(std::chrono::milliseconds(0))) {
         const auto* const record = std::get_if<AnnouncementRequest>(&change->what);
         const auto* const refusal = std::get_if<palink::Refusal>(&change->what);
-        if (refusal != nullptr && refusal->operationNumber == putScheduleOperation) {
+        if (refusal != nullptr && refusal->operationClass == paClass &&
+            refusal->operationNumber == putScheduleOperation) {
             refusal_ = refusal->reason;
         }
         const bool isIts = record != nullptr && record->zones == schedule_.paZones &&

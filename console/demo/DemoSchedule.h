@@ -17,6 +17,9 @@ public:
     /// @param zone where it is heard
     DemoSchedule(const Context& context, DemoScreen& screen, const std::string& zone);
 
+    /// Deletes a schedule that a demo which ends early has left.
+    ~DemoSchedule() override;
+
     /// Waits until it has been heard, and deletes it.
     DemoResult finish();
 
@@ -34,6 +37,7 @@ private:
     Changes changes_;  // also those that come while other pages are shown
     ScheduleDefinition schedule_;
     DemoResult result_;
+    bool isLeft_ = false;  // at the server
     bool isHeard_ = false;
     std::string refusal_;
 };

@@ -9,7 +9,8 @@
 #include "console/following/Changes.h"
 
 /// @file
-/// The one way in which commands ask the server for something and learn what has become of it.
+/// The way in which operating commands ask the server for something and learn what has become of
+/// it.
 
 namespace console {
 
@@ -17,7 +18,7 @@ namespace console {
 struct Request {
     std::string effect;                 ///< as in "sink 3 has the new gain"
     std::vector<int> operationNumbers;  ///< under which the server refuses it
-    int operationClass = 92;
+    int operationClass = paClass;
     double seconds = 10;        ///< what the server may take when --timeout does not say
     double tickSeconds = 0.05;  ///< between two looks when nothing is told
     std::string requestId{};    ///< a refusal of another request is none of this one

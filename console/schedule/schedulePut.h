@@ -13,7 +13,7 @@ constexpr int putScheduleOperation = 19;
 constexpr int removeScheduleOperation = 20;
 
 /// Has the server keep a schedule under its id, and waits until it tells of it. Nothing is sent
-/// when it keeps that very schedule already.
+/// when it keeps that very schedule already and nothing is shown by it.
 /// @return ", as before" when it does, as the end of a sentence, else nothing
 /// @throws Failure when the schedule is not sound, when the server refuses it, and when it does not
 ///         tell of it in time

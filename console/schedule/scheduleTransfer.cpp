@@ -65,7 +65,9 @@ Json entriesOf(const std::string& path) {
     try {
         entries = Json::parse(text);
     } catch (const Json::exception& error) {
-        throw Failure(ExitCode::Usage, file.name() + " is not JSON: " + error.what());
+        const std::string fault = error.what();  // behind the library's own name for it
+        throw Failure(ExitCode::Usage,
+                      file.name() + " is not JSON: " + fault.substr(fault.find("] ") + 2));
     }
     if (!entries.is_array()) {
         throw Failure(ExitCode::Usage, file.name() + " is not a list of schedules");
@@ -98,12 +100,15 @@ public:
             ++at_;
             if (const std::string reason = put(entry); !reason.empty()) {
                 failed_.push_back({at_, reason});
+            } else {
+                ++done_;
             }
             progress.show(at_);
         }
     }
 
-    std::size_t done() const { return at_ - failed_.size(); }
+    /// How many entries are in for certain.
+    std::size_t done() const { return done_; }
     const std::vector<FailedEntry>& failed() const { return failed_; }
 
 private:
@@ -131,15 +136,16 @@ private:
             return failure.what();
         }
         throw Failure(failure.code, "entry " + std::to_string(at_) + ": " + failure.what() + "; " +
-                                        countText(at_ - 1 - failed_.size(), entries_.size()) +
+                                        countText(done_, entries_.size()) +
                                         " are in, and nothing behind this one has been sent");
     }
 
     const Context& context_;
     const ScheduleImport& wanted_;
     const Json& entries_;
-    std::size_t at_ = 0;  // number of the entry at hand
-    std::set<int> ids_;   // in the file so far
+    std::size_t at_ = 0;    // number of the entry at hand
+    std::size_t done_ = 0;  // how many are in
+    std::set<int> ids_;     // in the file so far
     std::vector<FailedEntry> failed_;
 };
 
@@ -180,6 +186,9 @@ void exportSchedules(const Context& context, const std::optional<std::string>& f
 }
 
 void importSchedules(const Context& context, const ScheduleImport& wanted) {
+    if (wanted.file == "-" && context.connection.readsCommands) {
+        throw Failure(ExitCode::Usage, "the standard input holds the commands: name a file");
+    }
     const Json entries = entriesOf(wanted.file);
     context.session();
     Import import(context, wanted, entries);

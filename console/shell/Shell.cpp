@@ -1,5 +1,6 @@
 #include "console/shell/Shell.h"
 
+#include <algorithm>
 #include <exception>
 
 #include "console/Console.h"
@@ -39,10 +40,11 @@ ExitCode Shell::run(LineSource& lines) {
 
 /// @return false when the line leaves the shell
 bool Shell::runLine(const std::string& line) {
+    std::vector<std::string> words;
     std::string command;
     std::string said;
     try {
-        const auto words = splitWords(line);
+        words = splitWords(line);
         if (!words.empty()) {
             command = console::runLine(context_, words, LineKind::Shell);
         }
@@ -62,7 +64,7 @@ bool Shell::runLine(const std::string& line) {
     if (onTerminal_) {
         interrupt::rearm();
     }
-    if (command == "source") {
+    if (std::find(words.begin(), words.end(), "source") != words.end()) {
         news_.noteSources();  // what it has detached is not lost
     }
     news_.tell(said);

@@ -46,6 +46,7 @@ Handler defineShell(Parser& parser) {
     parser.addFlag("--no-history", *forgets, "Neither read nor write the history of lines");
     return [forgets](const Context& context) {
         context.session();
+        context.connection.readsCommands = true;
         ShellNews news(context.diagnostics);
         const bool onTerminal = isatty(STDIN_FILENO) == 1 && context.terminal >= 0;
         onTerminal ? runOnTerminal(context, news, !*forgets) : runWithoutTerminal(context, news);

@@ -1,6 +1,10 @@
+#include <csignal>
 #include <nlohmann/json.hpp>
 #include <streambuf>
 
+#include "console/ExitCode.h"
+#include "console/Output.h"
+#include "console/interrupt.h"
 #include "tests/console/consoleRun.h"
 #include "tests/console/testFiles.h"
 
@@ -42,6 +46,11 @@ TEST(CommandLine, saysWhatIsWrongWithIt) {
         {{}, 1, "no command"},
         {{"sing"}, 1, "there is no command 'sing'; did you mean 'sink'"},
         {{"list"}, 1, "KIND is required"},
+        {{"--sped", "60", "status"}, 1, "there is no option '--sped'; did you mean '--speed'"},
+        {play({"--txt=x"}), 1, "there is no option '--txt'; did you mean '--text'"},
+        {{"sing", "--help"}, 1, "there is no command 'sing'"},
+        {{"status", "--state", ""}, 1, "--state: the path is empty"},
+        {play({"--items", "1", "--priority", "--wait"}), 1, "missing before --wait"},
         {{"list", "trains"}, 1, "trains"},
         {{"list", "zones", "sinks"}, 1, "sinks"},
         {{"--format", "xml", "status"}, 1, "xml"},
@@ -190,6 +199,21 @@ TEST(Output, showsEachMemberOfAZoneOnce) {
 
 /// Takes nothing.
 class ClosedOutput : public std::streambuf {};
+
+TEST(Output, thatWaitsForItsReaderCanBeInterrupted) {
+    ClosedOutput closed;
+    std::ostream stream(&closed);
+    console::Output out(stream);
+    console::interrupt::install();
+    std::raise(SIGINT);
+    try {
+        out.write("x");
+        ADD_FAILURE();
+    } catch (const console::Failure& failure) {
+        EXPECT_EQ(failure.code, console::ExitCode::Interrupted);
+    }
+    console::interrupt::rearm();
+}
 
 TEST(Output, thatIsClosedEndsTheCommand) {
     for (const Words& words : {Words{"list", "zones"}, Words{"--help"}, Words{"demo"}}) {

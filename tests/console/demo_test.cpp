@@ -1,5 +1,7 @@
 #include <nlohmann/json.hpp>
 
+#include "console/demo/DemoSchedule.h"
+#include "sdk/PAController.h"
 #include "tests/console/consoleRun.h"
 #include "tests/console/testFiles.h"
 
@@ -39,6 +41,20 @@ TEST(Demo, tellsInPlainLinesWhatHappens) {
     EXPECT_EQ(ran.code, 0) << ran.err;
     EXPECT_TRUE(contains(ran.out, "12 sources, 120 sinks, 40 zones, 7 voices"));
     EXPECT_FALSE(contains(ran.out, "\x1b"));
+}
+
+TEST(Demo, leavesNoScheduleWhenItEndsEarly) {
+    skipPauses();
+    std::ostringstream streams;
+    console::Output out(streams);
+    console::Connection connection(console::Settings{}, out);
+    const console::Context context{console::Settings{}, out, out, -1, connection};
+    context.session();
+    console::DemoScreen screen(context);
+    { const console::DemoSchedule page(context, screen, "Staff Rooms"); }
+    console::runLine(context, {"schedule", "add", "--id", "9", "--zones", "Subway", "--text", "x"},
+                     console::LineKind::Shell);
+    EXPECT_EQ(gPaController.listSchedules().size(), 1U) << "that of the line";
 }
 
 TEST(Demo, failsWhenSomethingDoesNotHappen) {

@@ -181,6 +181,7 @@ TEST(ScheduleTransfer, bringsBackWhatWasExportedAndTellsWhatFails) {
                                          file("new", Json::array({console::toJson(schedule(40))})) +
                                          " --timeout 0"});
     EXPECT_EQ(cut.code, 5);
+    EXPECT_TRUE(contains(cut.out, "0 of 1 schedules are in\n")) << cut.out;
     EXPECT_TRUE(contains(cut.err, "entry 1: the server has not confirmed it in time")) << cut.err;
     for (const char* const bad : {"", "{}", "[1", "\"x\""}) {
         EXPECT_EQ(runLines(folder, {"schedule import " + folder.write("bad", bad)}).code, 1) << bad;

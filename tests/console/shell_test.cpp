@@ -82,7 +82,7 @@ TEST(Shell, goesOnAfterALineThatFails) {
         {{{list + " --format json"}, {"--timeout 3"}, {list}}, ExitCode::Usage, {"no command"}, 2},
         {{{"status --speed 3"}, {"status --scenario x"}, {std::string("a\0b", 3)}},
          ExitCode::Usage,
-         {"The following", "The following", "a NUL character"},
+         {"there is no option '--speed'", "there is no option '--scenario'", "a NUL character"},
          0},
         {{{"shell"}, {"exit"}, {list}}, ExitCode::Usage, {"a shell cannot run inside"}, 0},
         {{{"exit now"}, {"quit"}, {list}}, ExitCode::Usage, {"The following"}, 0},

@@ -112,6 +112,17 @@ TEST_F(DeletionTest, AnObserverMayDeleteWhatIsBeingDeleted) {
     expectEmptyCaches();
 }
 
+TEST_F(DeletionTest, WithoutObserversTheEventsComeAllTheSame) {
+    PAController alone;
+    RecordList record({"70"});
+    alone.addUpdatePaSink(7, record.list());
+    recordingHost::transcript();
+    alone.deleteAudioVideoControllerInfo(0, 3, 7);
+    EXPECT_EQ(recordingHost::transcript(),
+              "*event 9 70\n*log 1 deleteAudioVideoControllerInfo: PaSink ID >70< deleted\n");
+    EXPECT_TRUE(alone.getPaSinks().empty());
+}
+
 TEST_F(DeletionTest, AReconnectionEmptiesEveryCacheAndKeepsTheObservers) {
     RecordList locked(with({"50"}, 9, "uuid-self"));
     controller.addUpdatePaSource(5, locked.list());
@@ -119,7 +130,10 @@ TEST_F(DeletionTest, AReconnectionEmptiesEveryCacheAndKeepsTheObservers) {
     TTSPendingInfo preview(1, "en", "v", 48000, "text", 1);
     controller.addToTTSPreviewPendingList("preview", preview);
     recordingHost::transcript();
+    recordingHost::mutexEntries();
     controller.initPaResources();
+    EXPECT_EQ(recordingHost::mutexEntries(), 4)
+        << "locks, records, voices, dictionary: the rest goes without";
     EXPECT_EQ(recordingHost::transcript(),
               "*o: source 50 deleted\n*event 7 50\n*log 1 deleteAudioVideoControllerInfo: PaSource "
               "ID >50< deleted\n" +

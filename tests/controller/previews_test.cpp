@@ -30,7 +30,8 @@ struct PreviewsTest : ProcessController {
 };
 
 TEST_F(PreviewsTest, AnItemCompletesEveryPreviewOfItsTextAndPort) {
-    pend("b", 4, "Mind, the gap");
+    pend("b", 5, "Said otherwise");
+    pend("b", 4, "Mind, the gap");  // in its place
     pend("a", 4, "Mind, the gap");
     pend("c", 4, "mind, the gap");
     pend("d", 4, "Mind, the gap ");

@@ -22,8 +22,13 @@ ScheduleDefinition shown() {
     return def;
 }
 
-const std::string head =
-    "send -1 92/19 1 12,generated-1~Morning,2024,1,2,6,7,2025,12,31,23,59,127,15,1,\"\",0,500,";
+const std::string dates = "2024,1,2,6,7,2025,12,31,23,59,127,15,1,\"\",";
+
+/// What an unescaped request begins with.
+std::string headOf(const std::string& id, const std::string& uuid, const std::string& priority) {
+    return "send -1 92/19 1 " + id + "," + uuid + "~Morning," + dates + priority + ",";
+}
+const std::string head = headOf("12", "generated-1", "0,500");
 const std::string items = "101^4000000000!2";
 
 struct ScheduleRequestsTest : OwnController {
@@ -49,8 +54,8 @@ TEST_F(ScheduleRequestsTest, SendEachContentUnchanged) {
     def.chime = "ding";
     def.priorityMode = APM_RELATIVE_PRIORITY;
     def.priorityLevel = -20;
-    const std::string relative = head.substr(0, head.size() - 6) + "1,-20,";
-    EXPECT_EQ(sent(def), relative + "2,10.0.0.5,Z1^Z2," + items + ",-3.5,ding\n");
+    EXPECT_EQ(sent(def),
+              headOf("12", "generated-1", "1,-20") + "2,10.0.0.5,Z1^Z2," + items + ",-3.5,ding\n");
 
     EXPECT_EQ(sent(shown()), head + "9,10.0.0.5,Z1^Z2,a=1^b=2^{SCREEN}=Main!30,,\n");
     def = shown();
@@ -62,6 +67,9 @@ TEST_F(ScheduleRequestsTest, SendEachContentUnchanged) {
     def = shown();
     def.displayTemplateKeyValueList.clear();
     EXPECT_EQ(sent(def), head + "9,10.0.0.5,Z1^Z2,{SCREEN}=Main!30,,\n");
+    def.visualAnnouncementType = AT_DISPLAY_v0;
+    EXPECT_EQ(sent(def), head + std::to_string(AT_DISPLAY_v0) + ",10.0.0.5,Z1^Z2,,,\n")
+        << "a template alone has a content";
     def = shown();
     def.displayTemplateName.clear();
     def.displayTemplateKeyValueList[""] = "x";
@@ -87,29 +95,35 @@ TEST_F(ScheduleRequestsTest, SendEachContentUnchanged) {
         EXPECT_EQ(sent(def), head + part + ",,\n");
     }
     gIndirectCXSConnection = true;
-    recordingHost::host().plainEncoding = true;
     gLocalDstNo = 7;
     controller.modifySchedule(morning());
     EXPECT_EQ(recordingHost::transcript(),
-              "send -1 92/19 1 12,generated-2" + head.substr(30) + "2,7,Z1^Z2," + items + ",,\n");
+              headOf("12", "generated-2", "0,500") + "2,7,Z1^Z2," + items + ",,\n");
 }
 
 TEST_F(ScheduleRequestsTest, EncodeEachTextOnceForEachLevel) {
     plain = false;
-    const std::string dates = "2024,1,2,6,7,2025,12,31,23,59,127,15,1,\"\",0,500,";
     ScheduleDefinition def = morning();
     def.descrption = "a\"b";
     def.paZones = {"Z"};
     def.announcementType = AT_TTS;
     def.ttsList = {{3, "Hi", "en", "anna", 48000, Message::UTF_8}};
-    EXPECT_EQ(sent(def), R"(send -1 92/19 1 12,"generated-1~\"a\\\"b\"",)" + dates +
+    EXPECT_EQ(sent(def), R"(send -1 92/19 1 12,"generated-1~\"a\\\"b\"",)" + dates + "0,500," +
                              R"("4,10.0.0.5,\"Z\",\"en^anna^48000^\\\"Hi\\\"\",,")"
                              "\n");
+    def.announcementType = AT_STORED_DATA;
+    def.storedDataSourceId = 4;
+    def.storedDataFilePath = "/a\"b";
+    def.chime = "d\"g";
+    EXPECT_EQ(sent(def), R"(send -1 92/19 1 12,"generated-1~\"a\\\"b\"",)" + dates + "0,500," +
+                             R"("1,10.0.0.5,\"Z\",4^/a\"b,,d\"g")"
+                             "\n")
+        << "path and chime stand as they are in the part";
     def = shown();
     def.paZones = {"Z"};
     def.displayTemplateKeyValueList.clear();
     EXPECT_EQ(sent(def),
-              R"(send -1 92/19 1 12,"generated-1~\"Morning\"",)" + dates +
+              R"(send -1 92/19 1 12,"generated-1~\"Morning\"",)" + dates + "0,500," +
                   R"("9,10.0.0.5,\"Z\",\"\\\"\\\\\\\"\\\\\\\\\\\\\\\"{SCREEN}\\\\\\\\\\\\\\\"=)"
                   R"(\\\\\\\\\\\\\\\"Main\\\\\\\\\\\\\\\"\\\\\\\"\\\"!30\",,")"
                   "\n");
@@ -164,7 +178,7 @@ TEST_F(ScheduleRequestsTest, WaitForTheIdentifierOfTheServer) {
         }
     };
     EXPECT_EQ(controller.createScheduleSync(def), 77);
-    EXPECT_EQ(recordingHost::transcript(), "send -1 92/19 1 0" + head.substr(18) +
+    EXPECT_EQ(recordingHost::transcript(), headOf("0", "generated-1", "0,500") +
                                                "2,10.0.0.5,Z1^Z2," + items +
                                                ",,\nsleep 50\nsleep 50\nsleep 100\n*event 38 77\n");
 

@@ -178,10 +178,13 @@ TEST_F(ServerLinkTest, AtANewConnectionTheZonesThatWereToldOfAreTakenBack) {
 TEST_F(ServerLinkTest, LeavesNothingBehindThatLevelMetersWouldCall) {
     for (int i = 0; i < 50; ++i) {
         ScriptedServer shortLived;
-        palink::EmbeddedTransport way(shortLived);
-        palink::ServerLink(audioServer, way).start();  // and stops while it connects
+        {
+            palink::EmbeddedTransport way(shortLived);
+            palink::ServerLink(audioServer, way).start();  // and stops while it connects
+        }
         subscribeUnsubscribeToResAmpVUMeterElement(true, 3);
         subscribeUnsubscribeToResAmpVUMeterElement(false, 3);
+        EXPECT_EQ(shortLived.feeds, "");
     }
 }
 

@@ -48,7 +48,8 @@ using Event = std::variant<Record, Withdrawal, Reconnection>;
 
 /// The same events at each call. Every field is a small number, which suits every kind but for a
 /// schedule's parts and a port's rate.
-std::vector<Event> makeStream(std::size_t length) {
+/// @param own the UUID of this client, which holds some of the locks
+std::vector<Event> makeStream(std::size_t length, const std::string& own) {
     constexpr RecordKind kinds[] = {
         RecordKind::Source,        RecordKind::Sink,         RecordKind::Trigger,
         RecordKind::AttachedZones, RecordKind::Announcement, RecordKind::Selector,
@@ -72,6 +73,10 @@ std::vector<Event> makeStream(std::size_t length) {
             RecordFields fields(32);
             std::generate(fields.begin(), fields.end(), [&] { return std::to_string(upTo(3)); });
             fields[0] = std::to_string(key);
+            if (kind == RecordKind::Source) {
+                const std::string holders[] = {"", own, "other-client"};
+                fields[9] = holders[upTo(3) - 1];
+            }
             if (kind == RecordKind::Schedule) {
                 fields[9] = "2,o,Z" + *fields[1] + ",1^" + *fields[2] + "!3";
                 fields[10].reset();
@@ -160,16 +165,21 @@ TEST(StormTest, TheCachesAreThoseOfOneThread) {
     static auto& observer = *new Nosy;
     static auto& sender = *new Sender;
     setLogSink([](const LogLine&) {});
-    skipPauses();
+    TimeSource hurried = withoutPauses();
+    hurried.wallClock = [] {  // a wait for the server is over after a few looks
+        static std::atomic<std::time_t> looks{0};
+        return ++looks / 8;
+    };
+    setTimeSource(hurried);
     gAudioServerInstance = &audioServer;
     gLocalDstNo = server;
     gActiveAudioServerDstNo = server;
-    gMaxServerWaitTimeSeconds = 0;
+    gMaxServerWaitTimeSeconds = 1;
     gPaController.registerObserver(&observer);
     gPaController.initPaResources();
     gQXReceiver.connect(sender);
     palink::Router router(gPaController);
-    const std::vector<Event> stream = makeStream(20'000);
+    const std::vector<Event> stream = makeStream(20'000, audioServer.getUUID());
     std::atomic<bool> over{false};
     std::atomic<int> rounds{0};
     std::vector<std::unique_ptr<PosixThread>> threads;

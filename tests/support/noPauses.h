@@ -6,7 +6,7 @@
 
 /// Has the pauses of record handlers (100 ms) go by at once, or call `instead`. The longer sleep of
 /// the controller's worker stays what it is: a thread that nobody waits for.
-inline void skipPauses(void (*instead)(int) = [](int) {}) {
+inline TimeSource withoutPauses(void (*instead)(int) = [](int) {}) {
     static void (*pause)(int);
     pause = instead;
     TimeSource source;
@@ -18,5 +18,9 @@ inline void skipPauses(void (*instead)(int) = [](int) {}) {
             nanosleep(&duration, nullptr);
         }
     };
-    setTimeSource(source);
+    return source;
+}
+
+inline void skipPauses(void (*instead)(int) = [](int) {}) {
+    setTimeSource(withoutPauses(instead));
 }
