@@ -1,15 +1,10 @@
 #include "console/commands/sourceLock.h"
 
-#include <cmath>
-#include <functional>
 #include <string>
 
-#include "console/ExitCode.h"
-#include "console/following/BlockingCall.h"
 #include "console/following/operate.h"
 #include "console/text/resources.h"
 #include "sdk/PAController.h"
-#include "sdk/globals.h"
 
 namespace console {
 
@@ -21,21 +16,14 @@ constexpr int detachOperation = 2;
 /// Makes a call of the controller that waits for the server, no longer than the user wants.
 void waitFor(const Context& context, const Request& request, bool (PAController::*call)(int),
              int sourceId) {
-    const double seconds = context.settings.timeout.value_or(request.seconds);
-    gMaxServerWaitTimeSeconds = static_cast<int>(std::ceil(seconds));
-    std::optional<BlockingCall> running;
-    const auto begin = [&] {
-        running.emplace([call, sourceId] { return (gPaController.*call)(sourceId); });
-    };
-    operate(context, request, begin, seen([&] { return running->result().has_value(); }));
-    if (!running->result().value()) {
+    if (!operateBlocking(context, request,
+                         [call, sourceId] { return (gPaController.*call)(sourceId); })) {
         const Lock lock = lockOf(sourceId);
         // The controller asks nothing of the server when another client holds the lock.
         if (lock.holder == "another client") {
             throw Failure(ExitCode::Refused, sentence(lock));
         }
-        throw Failure(ExitCode::TimedOut, "the server has not confirmed it in time; whether " +
-                                              request.effect + " is unknown");
+        throw unconfirmed(request);
     }
 }
 

@@ -1,9 +1,11 @@
 #include "console/following/operate.h"
 
 #include <algorithm>
+#include <cmath>
 
-#include "console/ExitCode.h"
+#include "console/following/BlockingCall.h"
 #include "console/text/cleanText.h"
+#include "sdk/globals.h"
 
 namespace console {
 
@@ -36,6 +38,19 @@ std::optional<Change> nextOf(const Context& context, Changes& changes, const Req
     }
 }
 
+/// How long the controller's own calls wait for the server, for as long as the object lives.
+class ServerWait {
+public:
+    explicit ServerWait(double seconds)
+        : before_(gMaxServerWaitTimeSeconds.exchange(static_cast<int>(std::ceil(seconds)))) {}
+    ServerWait(const ServerWait&) = delete;
+    ServerWait& operator=(const ServerWait&) = delete;
+    ~ServerWait() { gMaxServerWaitTimeSeconds = before_; }
+
+private:
+    const int before_;
+};
+
 /// @return false when time is up
 bool waitUntil(const Context& context, Changes& changes, const Request& request,
                const Sight& isSeen) {
@@ -58,9 +73,23 @@ void operate(const Context& context, const Request& request, const std::function
     Changes changes;  // from before the request is sent, so that no early answer is missed
     send();
     if (!waitUntil(context, changes, request, isSeen)) {
-        throw Failure(ExitCode::TimedOut, "the server has not confirmed it in time; whether " +
-                                              request.effect + " is unknown");
+        throw unconfirmed(request);
     }
+}
+
+bool operateBlocking(const Context& context, const Request& request,
+                     const std::function<bool()>& call) {
+    const ServerWait limit(context.settings.timeout.value_or(request.seconds));
+    std::optional<BlockingCall> running;
+    operate(
+        context, request, [&] { running.emplace(call); },
+        seen([&] { return running->result().has_value(); }));
+    return running->result().value();
+}
+
+Failure unconfirmed(const Request& request) {
+    return Failure(ExitCode::TimedOut, "the server has not confirmed it in time; whether " +
+                                           request.effect + " is unknown");
 }
 
 void operateUnseen(const Context& context, Request request, const std::function<void()>& send) {

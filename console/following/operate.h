@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "console/Context.h"
+#include "console/ExitCode.h"
 #include "console/following/Changes.h"
 
 /// @file
@@ -37,6 +38,15 @@ void operate(const Context& context, const Request& request, const std::function
 /// Sends a request whose effect nothing shows, and waits a second for a refusal.
 /// @throws Failure as above
 void operateUnseen(const Context& context, Request request, const std::function<void()>& send);
+
+/// Makes a call of the controller that itself waits for the server, no longer than the user wants.
+/// @return what the call gave
+/// @throws Failure as above
+bool operateBlocking(const Context& context, const Request& request,
+                     const std::function<bool()>& call);
+
+/// That the server has not confirmed a request in time.
+Failure unconfirmed(const Request& request);
 
 /// A sight that looks at the controller alone.
 template <class Condition>

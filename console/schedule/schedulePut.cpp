@@ -2,16 +2,12 @@
 
 #include <algorithm>
 #include <atomic>
-#include <cmath>
 #include <memory>
 #include <set>
 
-#include "console/ExitCode.h"
-#include "console/following/BlockingCall.h"
 #include "console/following/operate.h"
 #include "console/schedule/scheduleCheck.h"
 #include "sdk/PAController.h"
-#include "sdk/globals.h"
 
 namespace console {
 
@@ -56,24 +52,17 @@ std::string putSchedule(const Context& context, const ScheduleDefinition& schedu
 ScheduleDefinition putNewSchedule(const Context& context, ScheduleDefinition schedule) {
     check(schedule);
     const Request request{"the schedule is in", {putScheduleOperation}};
-    gMaxServerWaitTimeSeconds =
-        static_cast<int>(std::ceil(context.settings.timeout.value_or(request.seconds)));
-    const auto id = std::make_shared<std::atomic<int>>(0);
-    std::optional<BlockingCall> running;
-    const auto begin = [&] {
-        running.emplace([schedule, id] {
-            try {
-                *id = gPaController.createScheduleSync(schedule);
-            } catch (const std::invalid_argument&) {
-                return false;  // it has waited in vain
-            }
-            return true;
-        });
+    const auto id = std::make_shared<std::atomic<int>>(0);  // the call may outlive this one
+    const auto call = [schedule, id] {
+        try {
+            *id = gPaController.createScheduleSync(schedule);
+        } catch (const std::invalid_argument&) {
+            return false;  // it has waited in vain
+        }
+        return true;
     };
-    operate(context, request, begin, seen([&] { return running->result().has_value(); }));
-    if (!running->result().value()) {
-        throw Failure(ExitCode::TimedOut, "the server has not confirmed it in time; whether " +
-                                              request.effect + " is unknown");
+    if (!operateBlocking(context, request, call)) {
+        throw unconfirmed(request);
     }
     schedule.Id = *id;
     return schedule;

@@ -5,12 +5,12 @@
 
 #include "console/ExitCode.h"
 #include "console/commands/playMessage.h"
+#include "console/files/LineFile.h"
 #include "console/files/WholeFile.h"
 #include "console/following/LiveView.h"
 #include "console/following/operate.h"
 #include "console/schedule/scheduleJson.h"
 #include "console/schedule/schedulePut.h"
-#include "console/shell/LineFile.h"
 #include "console/text/resources.h"
 
 namespace console {

@@ -10,8 +10,8 @@
 
 #include "console/Output.h"
 #include "console/arguments/completion.h"
+#include "console/files/LineSource.h"
 #include "console/shell/HistoryFile.h"
-#include "console/shell/LineSource.h"
 
 namespace console {
 

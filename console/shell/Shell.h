@@ -4,7 +4,7 @@
 
 #include "console/Context.h"
 #include "console/ExitCode.h"
-#include "console/shell/LineSource.h"
+#include "console/files/LineSource.h"
 #include "console/shell/shellNews.h"
 
 namespace console {

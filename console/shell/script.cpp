@@ -2,8 +2,8 @@
 
 #include "console/ExitCode.h"
 #include "console/arguments/words.h"
+#include "console/files/LineFile.h"
 #include "console/interrupt.h"
-#include "console/shell/LineFile.h"
 
 namespace console {
 

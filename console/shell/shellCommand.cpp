@@ -5,9 +5,9 @@
 
 #include "console/arguments/commandLine.h"
 #include "console/commands/commands.h"
+#include "console/files/LineFile.h"
 #include "console/shell/HistoryFile.h"
 #include "console/shell/LineEditor.h"
-#include "console/shell/LineFile.h"
 #include "console/shell/Shell.h"
 #include "console/text/knownNames.h"
 

@@ -1,4 +1,4 @@
-#include "console/shell/LineFile.h"
+#include "console/files/LineFile.h"
 
 #include <cerrno>
 #include <cstring>

@@ -3,7 +3,7 @@
 #include <functional>
 #include <string>
 
-#include "console/shell/LineSource.h"
+#include "console/files/LineSource.h"
 
 namespace console {
 
