@@ -75,7 +75,7 @@ std::vector<Event> makeStream(std::size_t length, const std::string& own) {
             fields[0] = std::to_string(key);
             if (kind == RecordKind::Source) {
                 const std::string holders[] = {"", own, "other-client"};
-                fields[9] = holders[upTo(3) - 1];
+                fields[9] = holders[std::stoul(*fields[1]) - 1];
             }
             if (kind == RecordKind::Schedule) {
                 fields[9] = "2,o,Z" + *fields[1] + ",1^" + *fields[2] + "!3";
@@ -148,7 +148,7 @@ void useController(int round) {
         schedule.Id = 0;
         EXPECT_THROW(c.createScheduleSync(schedule), std::invalid_argument) << "no time to wait";
     }
-    if (round < 100) {
+    if (round < 20) {
         c.registerObserver(new PAControllerObserverAdapter);  // must outlive the controller
     }
     if (round % 16 == 1) {
