@@ -1,6 +1,6 @@
 // What the content of an announcement request makes of it.
 #include "tests/controller/fixtures.h"
-#include "tests/controller/recordText.h"
+#include "tests/support/recordText.h"
 
 namespace {
 

@@ -2,7 +2,7 @@
 
 #include "tests/controller/fixtures.h"
 #include "tests/controller/outcome.h"
-#include "tests/controller/recordText.h"
+#include "tests/support/recordText.h"
 
 namespace {
 

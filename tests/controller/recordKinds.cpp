@@ -1,7 +1,7 @@
 // The kinds of records, one after the other.
 #include "tests/controller/recordKinds.h"
 
-#include "tests/controller/recordText.h"
+#include "tests/support/recordText.h"
 
 namespace {
 

@@ -1,6 +1,6 @@
 // Schedule records: what is decoded, what is dropped, what is told.
 #include "tests/controller/fixtures.h"
-#include "tests/controller/recordText.h"
+#include "tests/support/recordText.h"
 
 namespace {
 

@@ -1,6 +1,6 @@
 // What an application asks of a source beside its plain operations: its lock, its zones, its meter.
 #include "tests/controller/fixtures.h"
-#include "tests/controller/recordText.h"
+#include "tests/support/recordText.h"
 
 namespace {
 

@@ -1,6 +1,6 @@
 // Triggers and selectors: what the controller answers for a source, and this client's own triggers.
 #include "tests/controller/fixtures.h"
-#include "tests/controller/recordText.h"
+#include "tests/support/recordText.h"
 
 namespace {
 

@@ -1,16 +1,15 @@
 // One schedule on its whole road: application, controller, link, simulated server with its
 // database, and back.
-#include <algorithm>
 #include <chrono>
 #include <gtest/gtest.h>
 #include <iostream>
-#include <sstream>
 #include <string>
 #include <thread>
 
 #include "tests/endToEnd/Road.h"
 #include "tests/endToEnd/hostileTexts.h"
 #include "tests/support/noPauses.h"
+#include "tests/support/recordText.h"
 
 namespace {
 
@@ -72,48 +71,6 @@ struct ScheduleTest : Road {
     }
 };
 
-/// Every field; texts between brackets.
-std::string text(const ScheduleDefinition& s) {
-    std::ostringstream text;
-    const auto add = [&text](const auto& value) -> void { text << '[' << value << ']'; };
-    for (const int number : {s.Id,
-                             s.startYear,
-                             s.startMonth,
-                             s.startDay,
-                             s.startHour,
-                             s.startMinute,
-                             s.endYear,
-                             s.endMonth,
-                             s.endDay,
-                             s.endHour,
-                             s.endMinute,
-                             s.dayMask,
-                             s.frequency,
-                             static_cast<int>(s.priorityMode),
-                             s.priorityLevel,
-                             static_cast<int>(s.announcementType),
-                             static_cast<int>(s.visualAnnouncementType),
-                             s.repeatCnt,
-                             s.storedDataSourceId,
-                             s.displayTemplateValidityPeriodSeconds}) {
-        add(number);
-    }
-    std::for_each(s.paZones.begin(), s.paZones.end(), add);
-    std::for_each(s.dictionaryItems.begin(), s.dictionaryItems.end(), add);
-    for (const TTSVocalizer& spoken : s.ttsList) {
-        text << '[' << spoken.language << spoken.voice << spoken.rate << ' ' << spoken.text << ']';
-    }
-    for (const auto& [key, value] : s.displayTemplateKeyValueList) {
-        text << '[' << key << "=" << value << ']';
-    }
-    for (const std::string& field :
-         {s.descrption, s.storedDataFilePath, s.displayTemplateName, s.chime}) {
-        add(field);
-    }
-    add(s.gain);
-    return text.str();
-}
-
 TEST_F(ScheduleTest, PlaysAtTheNextMinuteUnderTheIdThatTheServerChose) {
     setTimeSource({});  // the time that this takes is of interest, pauses included
     const auto before = std::chrono::steady_clock::now();
@@ -165,7 +122,7 @@ TEST_F(ScheduleTest, HostileTextsComeBackAsTheyWere) {
 
         for (ScheduleDefinition schedule : {both, stored, items}) {
             schedule.Id = gPaController.createScheduleSync(schedule);
-            EXPECT_EQ(text(gPaController.listSchedules().back()), text(schedule));
+            EXPECT_EQ(textOf(gPaController.listSchedules().back()), textOf(schedule));
         }
     }
 }

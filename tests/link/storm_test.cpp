@@ -12,8 +12,8 @@
 #include "link/Router.h"
 #include "sdk/AudioServer.h"
 #include "sdk/globals.h"
-#include "tests/controller/recordText.h"
 #include "tests/support/noPauses.h"
+#include "tests/support/recordText.h"
 
 namespace {
 
