@@ -4,6 +4,7 @@
 #include <cstring>
 #include <fcntl.h>
 #include <poll.h>
+#include <string_view>
 #include <unistd.h>
 #include <utility>
 
@@ -11,6 +12,12 @@
 #include "console/interrupt.h"
 
 namespace console {
+
+namespace {
+
+constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
+
+}  // namespace
 
 LineFile::LineFile(const std::string& path, const std::string& asWhat, std::function<void()> onTick)
     : name_(path == "-" ? "standard input" : path),
@@ -37,6 +44,10 @@ bool LineFile::next(std::string& line) {
     }
     line = pending_.substr(0, end);
     pending_.erase(0, end == std::string::npos ? end : end + 1);
+    if (std::exchange(isFirst_, false) &&
+        line.compare(0, byteOrderMark.size(), byteOrderMark) == 0) {
+        line.erase(0, byteOrderMark.size());
+    }
     if (!line.empty() && line.back() == '\r') {
         line.pop_back();
     }

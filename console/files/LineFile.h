@@ -7,8 +7,8 @@
 
 namespace console {
 
-/// The lines of a file, a pipe or a terminal. An ordinary stream would not wake up when the user
-/// interrupts.
+/// The lines of a file, a pipe or a terminal, without a byte order mark before the first. An
+/// ordinary stream would not wake up when the user interrupts.
 class LineFile final : public LineSource {
 public:
     /// @param path   a file, "-" for the standard input
@@ -31,6 +31,7 @@ private:
     const std::function<void()> onTick_;
     const int descriptor_;
     std::string pending_;  // read and not handed out
+    bool isFirst_ = true;  // whether the next line is the first one
 };
 
 }  // namespace console

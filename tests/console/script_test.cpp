@@ -14,7 +14,7 @@ TEST(Script, stopsAtTheFirstLineThatFails) {
     };
     const Case cases[] = {
         {"# nothing\n\n   \n", 0, "", 0},
-        {"list announcements\r\nget zone Concourse --format json", 0, "", 2},
+        {"\xEF\xBB\xBFlist announcements\r\nget zone Concourse --format json", 0, "", 2},
         {"list announcements\nget zone Nowhere\nlist zones\n", 3, "line 2: there is no zone", 1},
         {"get zone 'open\n", 1, "line 1: the quote ' is not closed", 0},
         {"monitor --seconds 0\n", 0, "", 0},  // a line has no script of its own
