@@ -1,6 +1,5 @@
 #include "console/shell/Shell.h"
 
-#include <algorithm>
 #include <exception>
 
 #include "console/Console.h"
@@ -40,11 +39,10 @@ ExitCode Shell::run(LineSource& lines) {
 
 /// @return false when the line leaves the shell
 bool Shell::runLine(const std::string& line) {
-    std::vector<std::string> words;
     std::string command;
     std::string said;
     try {
-        words = splitWords(line);
+        const auto words = splitWords(line);
         if (!words.empty()) {
             command = console::runLine(context_, words, LineKind::Shell);
         }
@@ -64,8 +62,8 @@ bool Shell::runLine(const std::string& line) {
     if (onTerminal_) {
         interrupt::rearm();
     }
-    if (std::find(words.begin(), words.end(), "source") != words.end()) {
-        news_.noteSources();  // what it has detached is not lost
+    if (command == "source") {
+        news_.noteSources();  // it has said itself what it has detached
     }
     news_.tell(said);
     return command != "exit" && command != "quit";

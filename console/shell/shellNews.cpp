@@ -55,7 +55,7 @@ void ShellNews::tell(const std::string& said) {
     const std::set<int> held = heldSources();
     for (const int id : held_) {
         if (held.count(id) == 0) {
-            diagnostics_.diagnostic(sourceText(id) + " is no longer attached: its lock is lost");
+            diagnostics_.diagnostic(sourceText(id) + " is no longer attached");
         }
     }
     held_ = held;

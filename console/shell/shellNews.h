@@ -15,7 +15,7 @@ std::set<int> heldSources();
 void releaseSources(Output& diagnostics);
 
 /// What happens to a shell's doings between its commands: refusals that come late, and sources that
-/// are lost.
+/// are no longer attached.
 class ShellNews {
 public:
     explicit ShellNews(Output& diagnostics);
@@ -23,7 +23,7 @@ public:
     /// Tells what has happened since, but for refusals that `said` has told already.
     void tell(const std::string& said = {});
 
-    /// The sources that are attached now are those that can be lost.
+    /// The sources that are attached are those whose end is told from here on.
     void noteSources() { held_ = heldSources(); }
 
 private:
