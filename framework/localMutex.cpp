@@ -1,20 +1,8 @@
 #include "framework/localMutex.h"
 
-#include <cerrno>
-#include <sys/syscall.h>
 #include <system_error>
-#include <unistd.h>
 
 #include "framework/log.h"
-
-namespace {
-
-int thisThread() {
-    static thread_local const int tid = static_cast<int>(syscall(SYS_gettid));
-    return tid;
-}
-
-}  // namespace
 
 qxMutexBase::~qxMutexBase() = default;
 
@@ -39,16 +27,16 @@ void qxLocalMutex::enter() {
         throw std::system_error(error, std::generic_category(), "qxLocalMutex::enter");
     }
     ++depth_;
-    holderTid_.store(thisThread(), std::memory_order_relaxed);
+    holder_.store(pthread_self(), std::memory_order_relaxed);
 }
 
 void qxLocalMutex::leave() {
-    if (holderTid_.load(std::memory_order_relaxed) != thisThread()) {
+    if (!heldByThisThread()) {
         handleError(1, "%s: the mutex is not held by this thread", "leave");
         return;
     }
     if (--depth_ == 0) {
-        holderTid_.store(0, std::memory_order_relaxed);
+        holder_.store(nobody, std::memory_order_relaxed);
     }
     pthread_mutex_unlock(&mutex_);
 }
@@ -58,7 +46,11 @@ int qxLocalMutex::init() {
 }
 
 void qxLocalMutex::assertLocked(const char* where) {
-    if (holderTid_.load(std::memory_order_relaxed) != thisThread()) {
+    if (!heldByThisThread()) {
         handleError(1, "%s: called without the mutex", where);
     }
+}
+
+bool qxLocalMutex::heldByThisThread() const {
+    return holder_.load(std::memory_order_relaxed) == pthread_self();
 }

@@ -22,6 +22,10 @@ public:
     /// @param where the function that relies on it, for the report
     virtual void assertLocked(const char* where) PA_ASSERT_CAPABILITY(this) = 0;
     virtual ~qxMutexBase();
+
+    /// `enter` and `leave` under the names that std::lock_guard and std::unique_lock call.
+    void lock() PA_ACQUIRE() { enter(); }
+    void unlock() PA_RELEASE() { leave(); }
 };
 
 /// The mutex between the threads of one process.
@@ -40,8 +44,15 @@ public:
     int init() override;
     void assertLocked(const char* where) PA_ASSERT_CAPABILITY(this) override;
 
+    /// Whether the calling thread is inside. Never waits.
+    bool heldByThisThread() const;
+
 private:
+    static constexpr pthread_t nobody = 0;  // a thread of Linux is an address
+
     pthread_mutex_t mutex_;
-    std::atomic<int> holderTid_{0};  // written by the holder alone; 0 while the mutex is free
-    int depth_ = 0;                  // guarded by mutex_
+    // Written by the holder alone. Not a thread number: the caller of fork() has another in the
+    // child, but is the same pthread_t.
+    std::atomic<pthread_t> holder_{nobody};
+    int depth_ = 0;  // guarded by mutex_
 };

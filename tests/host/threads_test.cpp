@@ -2,6 +2,7 @@
 #include <csignal>
 #include <future>
 #include <gtest/gtest.h>
+#include <mutex>
 #include <regex>
 #include <set>
 
@@ -40,23 +41,28 @@ TEST(ThreadClassTest, RunsOnceWithEverySignalBlocked) {
 /// Enters twice, and lets another thread do what it must not. Not analysed: the compiler would
 /// refuse it, rightly.
 void misuse(qxLocalMutex& mutex) PA_NO_THREAD_SAFETY_ANALYSIS {
-    mutex.enter();
-    mutex.enter();
-    mutex.assertLocked("here");
-    mutex.leave();
+    EXPECT_FALSE(mutex.heldByThisThread());
+    std::unique_lock outer(mutex);
+    {
+        const std::lock_guard inner(mutex);
+        mutex.assertLocked("here");
+    }
+    EXPECT_TRUE(mutex.heldByThisThread());
     std::atomic<bool> entered{false};
     {
         PosixThread other("other", [&]() PA_NO_THREAD_SAFETY_ANALYSIS {
             mutex.assertLocked("other");
             mutex.leave();  // not its own
+            EXPECT_FALSE(mutex.heldByThisThread());
             mutex.enter();
             entered = true;
             mutex.leave();
         });
         EXPECT_FALSE(entered);
-        mutex.leave();
+        outer.unlock();
     }
     EXPECT_TRUE(entered);
+    EXPECT_FALSE(mutex.heldByThisThread());
     mutex.assertLocked("there");
 }
 

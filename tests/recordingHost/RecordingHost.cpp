@@ -179,6 +179,10 @@ int qxLocalMutex::init() {
 
 void qxLocalMutex::assertLocked(const char* /*where*/) {}
 
+bool qxLocalMutex::heldByThisThread() const {
+    return mutexDepth > 0;
+}
+
 void QXReceiver::addOperationToSendQueue(int destination, int operationClass, int operationNumber,
                                          int flag, const std::string& payload) {
     note("send " + std::to_string(destination) + " " + std::to_string(operationClass) + "/" +
