@@ -13,6 +13,19 @@ struct Body {
     std::function<void()> run;
 };
 
+/// What the thread itself causes. A fault whose signal is blocked ends the process without the
+/// application's handler, and with it the traces that a crash handler writes.
+constexpr int faults[] = {SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGTRAP, SIGABRT, SIGSYS};
+
+sigset_t everythingButFaults() {
+    sigset_t set;
+    sigfillset(&set);
+    for (const int fault : faults) {
+        sigdelset(&set, fault);
+    }
+    return set;
+}
+
 void* runBody(void* argument) {
     const std::unique_ptr<Body> body(static_cast<Body*>(argument));
     pthread_setname_np(pthread_self(), body->name.substr(0, 15).c_str());
@@ -30,10 +43,9 @@ PosixThread::PosixThread(const char* name, std::function<void()> body, std::size
         pthread_attr_setstacksize(&attributes, stackBytes);
     }
     // A thread starts with its creator's mask: there is no moment at which a signal can reach it.
-    sigset_t all;
+    const sigset_t blocked = everythingButFaults();
     sigset_t before;
-    sigfillset(&all);
-    pthread_sigmask(SIG_SETMASK, &all, &before);
+    pthread_sigmask(SIG_SETMASK, &blocked, &before);
     const int error = pthread_create(&thread_, &attributes, runBody, owned.get());
     pthread_sigmask(SIG_SETMASK, &before, nullptr);
     pthread_attr_destroy(&attributes);

@@ -4,8 +4,10 @@
 #include <functional>
 #include <pthread.h>
 
-/// A thread of the library: it blocks every signal (they belong to the application) and bears a
-/// name that log lines and debuggers show.
+/// A thread of the library: it has a name that log lines and debuggers show, and blocks every
+/// asynchronous signal, for signals belong to the application. The signals of faults (SIGSEGV,
+/// SIGBUS, SIGFPE, SIGILL, SIGTRAP, SIGABRT, SIGSYS) are unblocked: a fault in a callback reaches
+/// the application's handler, which then runs on this thread.
 ///
 /// The object belongs to the thread that made it. Its destructor joins.
 class PosixThread {

@@ -4,7 +4,7 @@
 
 /// Base of an object that runs a thread of its own.
 ///
-/// The thread blocks every signal: signals belong to the application. Nothing stops it from
+/// The thread is a `PosixThread`: it blocks every signal but those of faults. Nothing stops it from
 /// outside, so the object must outlive it; the destructor ends the process (std::terminate) rather
 /// than let a thread run on in a destroyed object.
 class threadClass {

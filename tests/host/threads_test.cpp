@@ -2,9 +2,11 @@
 #include <csignal>
 #include <future>
 #include <gtest/gtest.h>
+#include <map>
 #include <mutex>
 #include <regex>
 #include <set>
+#include <vector>
 
 #include "framework/localMutex.h"
 #include "framework/log.h"
@@ -25,7 +27,7 @@ struct Worker : threadClass {
     sigset_t mask{};
 };
 
-TEST(ThreadClassTest, RunsOnceWithEverySignalBlocked) {
+TEST(ThreadClassTest, RunsOnceWithTheApplicationsSignalsBlocked) {
     static auto& worker = *new Worker;  // outlives its thread
     std::promise<void> ran;
     worker.start(&ran);
@@ -36,6 +38,30 @@ TEST(ThreadClassTest, RunsOnceWithEverySignalBlocked) {
     sigset_t own;
     pthread_sigmask(SIG_SETMASK, nullptr, &own);
     EXPECT_EQ(sigismember(&own, SIGINT), 0) << "the creator keeps its mask";
+}
+
+TEST(PosixThreadTest, TheSignalsOfFaultsReachTheApplicationsHandler) {
+    static thread_local int handled;
+    const std::vector<int> faults{SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGTRAP, SIGABRT, SIGSYS};
+    std::map<int, struct sigaction> before;
+    for (const int fault : faults) {
+        struct sigaction action {};
+        action.sa_handler = [](int signal) { handled = signal; };
+        sigaction(fault, &action, &before[fault]);
+    }
+    std::vector<int> reached;
+    {
+        PosixThread thread("faulty", [&] {
+            for (const int fault : faults) {
+                raise(fault);
+                reached.push_back(handled);
+            }
+        });
+    }
+    for (const int fault : faults) {
+        sigaction(fault, &before[fault], nullptr);
+    }
+    EXPECT_EQ(reached, faults);
 }
 
 /// Enters twice, and lets another thread do what it must not. Not analysed: the compiler would
