@@ -4,6 +4,7 @@
 #include <exception>
 
 #include "framework/clock.h"
+#include "framework/earlyObject.h"
 #include "sdk/notify.h"
 #include "sdk/paDebug.h"
 
@@ -14,9 +15,12 @@ constexpr int workerPauseMS = 9000;
 /// Part of the module's layout; nothing takes it.
 [[maybe_unused]] qxLocalMutex mtx(true);
 
+EarlyStorage<PAController> storage;
+PA_EARLIEST const EarlyObject<PAController> made(storage);
+
 }  // namespace
 
-PAController& gPaController = *new PAController;
+constexpr PAController& gPaController = storage.object;
 
 PAController::PAController() {
     paControllerMtx.init();

@@ -417,5 +417,6 @@ private:
     std::map<int, AnnouncementRequest> activeAnnouncementRequestList PA_GUARDED_BY(lookupLock);
 };
 
-/// The controller of the process. Never destroyed.
+/// The controller of the process: ready before main and in every static constructor (but for one
+/// with an init_priority of 101), never destroyed.
 extern PAController& gPaController;

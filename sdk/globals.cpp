@@ -1,6 +1,14 @@
 #include "sdk/globals.h"
 
+#include "framework/earlyObject.h"
 #include "sdk/QXReceiver.h"
+
+namespace {
+
+EarlyStorage<std::string> deviceIPAddress;
+PA_EARLIEST const EarlyObject<std::string> made(deviceIPAddress, "0.0.0.0");
+
+}  // namespace
 
 std::atomic<AudioServer*> gAudioServerInstance{nullptr};
 QXReceiver gQXReceiver;
@@ -8,4 +16,4 @@ std::atomic<int> gLocalDstNo{0};
 std::atomic<int> gActiveAudioServerDstNo{0};
 std::atomic<bool> gIndirectCXSConnection{false};
 std::atomic<int> gMaxServerWaitTimeSeconds{10};
-std::string& gDeviceIPAddress = *new std::string("0.0.0.0");
+constexpr std::string& gDeviceIPAddress = deviceIPAddress.object;

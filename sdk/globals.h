@@ -8,7 +8,8 @@ class QXReceiver;
 
 /// @file
 /// What the parts of the SDK share across the process. The controller reads these and writes none.
-/// They are never destroyed, and but for `gDeviceIPAddress` usable before main starts.
+/// They are usable in static constructors (but for one with an init_priority of 101) and never
+/// destroyed.
 
 /// The audio-server facade; null before the SDK is connected. Set before the link starts, then left
 /// alone.
