@@ -63,11 +63,15 @@ std::string threadName() {
 void write(Log& log, LogLine::Kind kind, int level, std::time_t now, const std::string& text) {
     const LogLine line{kind, level, now, threadName(), text};
     if (log.sink) {
-        log.sink(line);
-    } else {
-        const std::string out = formatLogLine(line) + '\n';
-        std::fwrite(out.data(), 1, out.size(), stderr);
+        try {
+            log.sink(line);
+            return;
+        } catch (...) {
+            // The default sink takes what this one does not.
+        }
     }
+    const std::string out = formatLogLine(line) + '\n';
+    std::fwrite(out.data(), 1, out.size(), stderr);
 }
 
 /// Forgets the errors that were written before `before`, and tells how often they came again.
@@ -113,7 +117,7 @@ void trace(int level, const std::string& text) {
     write(log, LogLine::Kind::Debug, level, now, text);
 }
 
-/// Out of memory, or a sink that throws: a log line must never make things worse.
+/// Out of memory: a log line must never make things worse.
 void tellOfLostLine() {
     std::fputs("a log line was lost\n", stderr);
 }
@@ -172,5 +176,9 @@ void flushSuppressedErrors() {
     Log& log = theLog();
     const std::time_t now = wallClock();
     const std::lock_guard guard(log.lock);
-    tellRepeats(log, now + 1, now);
+    try {
+        tellRepeats(log, now + 1, now);
+    } catch (...) {
+        tellOfLostLine();
+    }
 }

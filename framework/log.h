@@ -33,6 +33,7 @@ struct LogLine {
 };
 
 /// Takes every line. Called with the log's lock held, one line at a time: it must not log itself.
+/// When it throws, the line goes to the default sink instead.
 using LogSink = std::function<void(const LogLine&)>;
 
 /// Replaces the sink; an empty one restores the default, which writes `formatLogLine` to stderr. A
@@ -44,5 +45,6 @@ LogSink setLogSink(LogSink sink);
 /// text. Control characters are written as \xNN, so that a text cannot forge a line.
 std::string formatLogLine(const LogLine& line);
 
-/// Writes what `handleError` has suppressed and not yet told. The process's end does this too.
+/// Writes what `handleError` has suppressed and not yet told. Never throws. The process's end does
+/// this too.
 void flushSuppressedErrors();

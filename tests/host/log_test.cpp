@@ -1,6 +1,8 @@
 #include "framework/log.h"
 
+#include <cstdlib>
 #include <gtest/gtest.h>
+#include <string>
 #include <vector>
 
 #include "framework/clock.h"
@@ -97,13 +99,28 @@ TEST_F(LogTest, ALongTextIsCutAndALineCannotBeForged) {
               "1970-01-01T23:59:59Z error 3 [worker/7] a\\x0ab\\x1b[2J\\x7f\xc3\xa9");
 }
 
-TEST_F(LogTest, ASinkThatThrowsHurtsNobody) {
+TEST_F(LogTest, ASinkThatThrowsHurtsNobodyAndTheLineGoesToStderr) {
     setLogSink([](const LogLine&) { throw 1; });
+    testing::internal::CaptureStderr();
     handleError(1, "x");
     debug(1, "y");
     setLogSink([this](const LogLine& line) { texts.push_back(line.text); });
     debug(1, "z");
+    const std::string written = testing::internal::GetCapturedStderr();
+    EXPECT_NE(written.find("] x\n"), std::string::npos) << written;
+    EXPECT_NE(written.find("] y\n"), std::string::npos) << written;
     EXPECT_EQ(texts, (Texts{"z"}));
+}
+
+TEST(LogDeathTest, ASinkThatThrowsAtTheExitHurtsNobody) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    const auto run = [] {
+        setLogSink([](const LogLine&) { throw 1; });
+        handleError(3, "bad");
+        handleError(3, "bad");
+        std::exit(0);
+    };
+    EXPECT_EXIT(run(), testing::ExitedWithCode(0), "suppressed 1 more of: bad");
 }
 
 }  // namespace
