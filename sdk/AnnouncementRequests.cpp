@@ -126,3 +126,9 @@ std::vector<AnnouncementRequest> PAController::getAnnouncementRequests() {
     const LeafGuard leaf(lookupLock);
     return valuesOf(activeAnnouncementRequestList);
 }
+
+std::optional<AnnouncementRequest> PAController::findAnnouncementRequest(int key) const {
+    const MutexGuard guard(paControllerMtx);
+    const LeafGuard leaf(lookupLock);
+    return valueAt(activeAnnouncementRequestList, key);
+}

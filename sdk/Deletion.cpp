@@ -39,31 +39,31 @@ ScheduleDefinition asApplicationKnowsIt(const ScheduleDefinition& schedule) {
     return withoutRequestUUID(schedule);
 }
 
-// A cache is a map by key, or for schedules a list whose entries bear their key.
-
-template <class Entry>
-int keyOf(const std::pair<const int, Entry>& entry) {
-    return entry.first;
-}
-int keyOf(const ScheduleDefinition& schedule) {
-    return schedule.Id;
-}
-template <class Entry>
-Entry& recordOf(std::pair<const int, Entry>& entry) {
-    return entry.second;
-}
-ScheduleDefinition& recordOf(ScheduleDefinition& schedule) {
-    return schedule;
-}
-template <class Cache>
-using RecordOf = std::remove_reference_t<decltype(recordOf(*std::declval<Cache&>().begin()))>;
+// A cache is a map by key, or that of the schedules.
 
 template <class Record>
-auto find(std::map<int, Record>& cache, int key) {
+Record* find(std::map<int, Record>& cache, int key) {
+    const auto found = cache.find(key);
+    return found == cache.end() ? nullptr : &found->second;
+}
+ScheduleDefinition* find(ScheduleCache& cache, int key) {
     return cache.find(key);
 }
-auto find(std::vector<ScheduleDefinition>& cache, int key) {
-    return findSchedule(cache, key);
+template <class Cache>
+using RecordOf = std::remove_pointer_t<decltype(find(std::declval<Cache&>(), 0))>;
+
+/// Every key, in the order in which the entries are deleted.
+template <class Record>
+std::vector<int> keysOf(const std::map<int, Record>& cache) {
+    std::vector<int> keys;
+    keys.reserve(cache.size());
+    for (const auto& entry : cache) {
+        keys.push_back(entry.first);
+    }
+    return keys;
+}
+std::vector<int> keysOf(const ScheduleCache& cache) {
+    return cache.ids();
 }
 
 constexpr int attachedZonesKind = 6;
@@ -125,7 +125,7 @@ struct PAController::DeletionTable {
         20, &PAController::availablePaZonesLocalServer, local,
         &Observer::onPaZoneDelete, idOf, EventItem::PA_ZONE_DELETED, "PaZone ID",
         localStandsIn};
-    DeletionRow<std::vector<ScheduleDefinition>, ScheduleDefinition> schedules{
+    DeletionRow<ScheduleCache, ScheduleDefinition> schedules{
         18, &PAController::scheduleList, active,
         &Observer::onScheduleDelete, asApplicationKnowsIt, EventItem::SCHEDULE_DELETED, nullptr};
     // clang-format on
@@ -134,24 +134,20 @@ struct PAController::DeletionTable {
 template <class Cache, class Argument>
 void PAController::deleteEntries(const DeletionRow<Cache, Argument>& row, int key) {
     Cache& cache = this->*row.cache;
-    // Keys, not iterators: an observer may clear what is being walked.
-    std::vector<int> keys;
-    {
+    // Keys, not iterators: a callback may change what is being walked.
+    std::vector<int> keys{key};
+    if (key == 0) {
         const LeafGuard leaf(lookupLock);
-        for (const auto& entry : cache) {
-            if (selects(key, keyOf(entry))) {
-                keys.push_back(keyOf(entry));
-            }
-        }
+        keys = keysOf(cache);
     }
     const auto lookUp = [&](int entryKey) -> std::optional<Argument> {
         const LeafGuard leaf(lookupLock);
-        const auto found = find(cache, entryKey);
-        return found == cache.end() ? std::nullopt : std::optional(row.argument(recordOf(*found)));
+        const auto* const entry = find(cache, entryKey);
+        return entry == nullptr ? std::nullopt : std::optional(row.argument(*entry));
     };
     const auto isPresent = [&](int entryKey) {
         const LeafGuard leaf(lookupLock);
-        return find(cache, entryKey) != cache.end();
+        return find(cache, entryKey) != nullptr;
     };
     for (const int entryKey : keys) {
         const std::optional<Argument> told = lookUp(entryKey);
@@ -165,34 +161,61 @@ void PAController::deleteEntries(const DeletionRow<Cache, Argument>& row, int ke
             }
         }
         if (row.event) {
-            auto& entry = recordOf(*find(cache, entryKey));
-            addNewEventItem(*row.event, eventKey(entryKey, entry), &entry);
+            auto* const entry = find(cache, entryKey);
+            addNewEventItem(*row.event, eventKey(entryKey, *entry), entry);
         }
         if (row.name != nullptr) {
             PA_DEBUG(1, "%s: %s >%s< deleted", "deleteAudioVideoControllerInfo", row.name,
                      asText(*told).c_str());
         }
         const LeafGuard leaf(lookupLock);
-        if (const auto found = find(cache, entryKey); found != cache.end()) {
-            cache.erase(found);
-        }
+        cache.erase(entryKey);
     }
 }
 
 void PAController::deleteAudioVideoControllerInfo(int dstNo, int kind, int key) {
     const MutexGuard guard(paControllerMtx);
+    deletion.waiting.push_back({dstNo, kind, key});
+    if (!deletion.isRunning) {
+        runWithdrawals();
+    }
+}
+
+/// Carries out what waits, and what the callbacks ask for meanwhile.
+void PAController::runWithdrawals() {
+    deletion.isRunning = true;
+    while (!deletion.waiting.empty()) {
+        const Withdrawal next = deletion.waiting.front();
+        deletion.waiting.pop_front();
+        try {
+            removeWithdrawn(next);
+        } catch (...) {
+            deletion.isRunning = false;
+            throw;
+        }
+    }
+    deletion.isRunning = false;
+    if (std::exchange(deletion.resetWaits, false)) {
+        initPaResources();
+    }
+}
+
+void PAController::removeWithdrawn(const Withdrawal& withdrawal) {
     const DeletionTable table;
+    const auto concerns = [&withdrawal](int server, int kind) {
+        return selects(withdrawal.dstNo, server) && selects(withdrawal.kind, kind);
+    };
     const auto visit = [&](const auto& row) PA_REQUIRES(paControllerMtx) {
-        if (selects(dstNo, row.server) && selects(kind, row.kind)) {
-            deleteEntries(row, key);
+        if (concerns(row.server, row.kind)) {
+            deleteEntries(row, withdrawal.key);
         }
     };
     visit(table.sources);
     visit(table.sinks);
     visit(table.triggers);
     visit(table.selectors);
-    if (selects(dstNo, table.local) && selects(kind, attachedZonesKind)) {
-        eraseFrom(attachedPaZonesToPaSourceList, key);
+    if (concerns(table.local, attachedZonesKind)) {
+        eraseFrom(attachedPaZonesToPaSourceList, withdrawal.key);
     }
     visit(table.requests);
     visit(table.primaryZones);
@@ -203,7 +226,11 @@ void PAController::deleteAudioVideoControllerInfo(int dstNo, int kind, int key) 
 void PAController::initPaResources() {
     {
         const MutexGuard guard(paControllerMtx);
-        availablePaSourcesLockStatus.clear();
+        if (deletion.isRunning) {
+            deletion.resetWaits = true;
+            return;
+        }
+        forgetLocks();
     }
     deleteAudioVideoControllerInfo(0, 0, 0);
     deleteFromTTS_Ports(0);

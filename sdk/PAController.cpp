@@ -82,10 +82,14 @@ int PAController::threadFunction(void* /*argument*/) {
     }
 }
 
-/// Lets a synchronous operation that waits for a record have the mutex before the observers.
-void PAController::pauseBeforeNotification() {
-    constexpr int pauseMS = 100;
-    paControllerMtx.leave();
-    sleepMS(pauseMS);
-    paControllerMtx.enter();
+/// Whether a caller may wait for an answer of the server. Inside an observer's callback it would
+/// hold the mutex, and with it everybody, until the time is up: the records that could answer wait,
+/// too.
+bool PAController::mayWaitForServer(const char* caller) const {
+    if (!paControllerMtx.heldByThisThread()) {
+        return true;
+    }
+    handleError(1, "%s: called inside a callback of an observer, where no answer can arrive",
+                caller);
+    return false;
 }

@@ -1,10 +1,12 @@
 #pragma once
 
 #include <ctime>
+#include <deque>
 #include <map>
 #include <optional>
 #include <set>
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 #include "framework/eventQueue.h"
@@ -18,6 +20,7 @@
 #include "sdk/Gain.h"
 #include "sdk/Message.h"
 #include "sdk/PAControllerObserver.h"
+#include "sdk/ScheduleCache.h"
 #include "sdk/ScheduleDefinition.h"
 #include "sdk/TTSDictionary.h"
 #include "sdk/lock.h"
@@ -65,15 +68,41 @@ public:
     /// @{
 
     /// Empties every cache at a (re)connection to the server. Observers hear of what is deleted.
-    /// The software triggers stay: they are this client's own.
+    /// The software triggers stay: they are this client's own. Called inside a delete callback it
+    /// is carried out after the deletion that is under way, before that one returns.
     void initPaResources();
 
-    /// Removes what the server has withdrawn.
+    /// Removes what the server has withdrawn. Called inside a delete callback it is carried out
+    /// after the deletion that is under way, before that one returns: an entry that is being told
+    /// of is not told of again.
     /// @param dstNo destination number of that server, 0 for any
     /// @param kind  2 sources, 3 sinks, 4 hardware triggers, 5 selectors, 6 attached zones,
     ///              11 announcement requests, 18 schedules, 20 zones, 0 all
     /// @param key   cache key of the entry, 0 for every entry
     void deleteAudioVideoControllerInfo(int dstNo, int kind, int key);
+
+    /// How long the records of sources and schedules pause between their merge into the cache and
+    /// the notification of the observers, in ms: a synchronous operation that waits for the record
+    /// sees it first.
+    static constexpr int notificationPauseMS = 100;
+
+    /// What the first half of a record that pauses has done.
+    enum class MergeResult {
+        Dropped,    ///< nothing; there is no second half
+        Unchanged,  ///< the observers have nothing to hear, the event is posted all the same
+        Changed,
+    };
+
+    /// @name The two halves of the record handlers that pause
+    /// `addUpdatePaSource` and `updateScheduleList` are the first half, the pause and the second
+    /// half, on the calling thread. A server link that must not wait calls the halves itself. The
+    /// second half tells of the entry as it is then; when it is gone, it does nothing.
+    /// @{
+    MergeResult mergePaSource(int key, TEVlist* record);
+    void notifyPaSource(int key, MergeResult result);
+    MergeResult mergeSchedule(int scheduleId, TEVlist* record);
+    void notifySchedule(int scheduleId, MergeResult result);
+    /// @}
     /// @}
 
     /// @name Sources
@@ -85,15 +114,18 @@ public:
     /// Every source, in ascending key order.
     std::vector<PaSource> getPaSources();
 
+    /// The source with a cache key; nothing for an unknown one.
+    std::optional<PaSource> findPaSource(int key) const;
+
     /// Which client holds the lock of each source, in order of arrival. The entry of a source that
     /// the server has withdrawn stays until `initPaResources`.
     std::vector<PaSourceLockStatus> getPaSourceLocks();
 
     /// Takes a source's lock for this client and waits until the server confirms it. The worker
-    /// renews the lock from then on. Inside an observer's callback the confirmation cannot arrive:
-    /// the call times out.
+    /// renews the lock from then on. Never throws. Inside an observer's callback the confirmation
+    /// cannot arrive: the request goes out, and the call reports this and returns at once.
     /// @return whether this client holds the lock; false when there is no audio-server instance,
-    ///         when the source is unknown or locked by another client, and after
+    ///         when the source is unknown or locked by another client, inside a callback, and after
     ///         `gMaxServerWaitTimeSeconds`
     bool attachPaSource(int sourceId);
 
@@ -121,6 +153,9 @@ public:
 
     /// Every sink, in ascending key order.
     std::vector<PaSink> getPaSinks();
+
+    /// The sink with a cache key; nothing for an unknown one.
+    std::optional<PaSink> findPaSink(int key) const;
     /// @}
 
     /// @name Zones
@@ -140,6 +175,11 @@ public:
     /// Every zone of the server in force, in ascending key order: those of the active audio server,
     /// without one those of the local server on an indirect connection, else none.
     std::vector<PaZone> getPaZones();
+
+    /// The zone with a cache key, as its events bear it; nothing for an unknown one. On an indirect
+    /// connection without an active audio server a zone of the local server, else of the active
+    /// one.
+    std::optional<PaZone> findPaZone(int key) const;
     /// @}
 
     /// @name Hardware triggers
@@ -153,6 +193,9 @@ public:
 
     /// Every hardware trigger, in ascending key order.
     std::vector<PaTrigger> getHwPaTriggers();
+
+    /// The hardware trigger with a cache key; nothing for an unknown one.
+    std::optional<PaTrigger> findHwPaTrigger(int key) const;
 
     /// The state of a hardware trigger, `UNKNOWN` for an unknown one.
     PaTrigger::State getHwPaTriggerState(int triggerId);
@@ -201,6 +244,9 @@ public:
 
     /// Every selector, in ascending key order.
     std::vector<PaSelector> getPaSelectors();
+
+    /// The selector with a cache key; nothing for an unknown one.
+    std::optional<PaSelector> findPaSelector(int key) const;
 
     /// The state of a selector, `DISABLED` for an unknown one.
     PaSelector::State getPaSelectorState(int selectorId);
@@ -284,6 +330,9 @@ public:
 
     /// The announcement requests that are active on the server, in ascending key order.
     std::vector<AnnouncementRequest> getAnnouncementRequests();
+
+    /// The announcement request with a cache key; nothing for an unknown one.
+    std::optional<AnnouncementRequest> findAnnouncementRequest(int key) const;
     /// @}
 
     /// @name Schedules
@@ -300,7 +349,7 @@ public:
     void modifySchedule(const ScheduleDefinition& def);
 
     /// Has the server keep a new schedule and waits until it has told of it. Inside an observer's
-    /// callback that cannot be: the call times out.
+    /// callback it cannot: the request goes out, and the call throws at once as if it had waited.
     /// @param def its `Id` is 0
     /// @return the identifier that the server has given it
     /// @throws std::invalid_argument when `Id` is not 0, for the contents as above, and after
@@ -317,6 +366,9 @@ public:
 
     /// Every schedule, in order of arrival. The descriptions are those that the application gave.
     std::vector<ScheduleDefinition> listSchedules();
+
+    /// The schedule with an identifier, described as above; nothing for an unknown one.
+    std::optional<ScheduleDefinition> findSchedule(int scheduleId) const;
     /// @}
 
     /// @name User recordings
@@ -360,15 +412,37 @@ private:
     void deleteEntries(const DeletionRow<Cache, Argument>& row, int key)
         PA_REQUIRES(paControllerMtx);
 
-    void pauseBeforeNotification() PA_REQUIRES(paControllerMtx);
+    /// What a call of deleteAudioVideoControllerInfo asks for.
+    struct Withdrawal {
+        int dstNo;
+        int kind;
+        int key;
+    };
+    /// The deletion that is under way, and what its callbacks have asked for meanwhile.
+    struct Deletion {
+        bool isRunning = false;
+        std::deque<Withdrawal> waiting;
+        bool resetWaits = false;
+    };
+    void removeWithdrawn(const Withdrawal& withdrawal) PA_REQUIRES(paControllerMtx);
+    void runWithdrawals() PA_REQUIRES(paControllerMtx);
+
+    /// What came of a request for a change of a lock.
+    struct LockRequest {
+        bool isDone;                      // the lock is as wanted already
+        std::optional<std::time_t> sent;  // when the server was asked; nothing when it was not
+    };
     std::vector<PAControllerObserver*> observers() const;
     void reportThrowingObserver();
     void renewSourceLocks() PA_REQUIRES(paControllerMtx);
     void giveUpOldPreviews() PA_REQUIRES(paControllerMtx);
+    bool mayWaitForServer(const char* caller) const;
     void updateLockStatus(int sourceId, const std::string& lockedUUID) PA_REQUIRES(paControllerMtx);
+    void forgetLocks() PA_REQUIRES(paControllerMtx);
     /// The entry of a source, null for none.
     PaSourceLockStatus* lockOf(int sourceId) PA_REQUIRES(paControllerMtx);
-    bool changeLock(int sourceId, bool attaching);
+    bool changeLock(const char* caller, int sourceId, bool attaching);
+    LockRequest requestLock(int sourceId, const std::string& self, bool attaching);
     void subscribeVUMeter(bool subscribe, int sourceId);
     bool hasSwTriggers() const;
     void sendSwTrigger(int triggerId, const char* caller, int operationNumber,
@@ -380,8 +454,6 @@ private:
     void passMutex();
     std::string createScheduleHelper(bool serverAssignsId, const ScheduleDefinition& def);
     std::optional<int> idOfRequest(const std::string& requestUUID);
-    void storeSchedule(const ScheduleDefinition& decoded) PA_REQUIRES(paControllerMtx);
-    void publishSchedule(int scheduleId) PA_REQUIRES(paControllerMtx);
     /// The stored schedule, null for none. It stays where it is while the mutex is held.
     ScheduleDefinition* scheduleOf(int scheduleId) PA_REQUIRES(paControllerMtx);
     void tellUploadFailed(const std::string& requestId);
@@ -398,7 +470,7 @@ private:
         PA_GUARDED_BY(paControllerMtx);
 
     /// Held across callbacks of observers, hence re-entrant. Taken before lookupLock.
-    qxLocalMutex paControllerMtx{true};
+    mutable qxLocalMutex paControllerMtx{true};
     /// Guards what is searched or cleared without waiting for a callback that is running. What it
     /// guards changes under both locks, but for the registration of observers and the last step of
     /// initPaResources.
@@ -409,12 +481,16 @@ private:
 
     std::map<int, PaZone> availablePaZonesPrimaryServer PA_GUARDED_BY(paControllerMtx);
     std::map<int, PaZone> availablePaZonesLocalServer PA_GUARDED_BY(paControllerMtx);
-    std::vector<ScheduleDefinition> scheduleList PA_GUARDED_BY(lookupLock);
+    ScheduleCache scheduleList PA_GUARDED_BY(lookupLock);
     std::map<int, TTSVocalizer> ttsVocalizertList PA_GUARDED_BY(paControllerMtx);
     std::map<int, TTSDictionary> ttsDictionaryList PA_GUARDED_BY(paControllerMtx);
     /// By request id.
     std::map<std::string, TTSPendingInfo> ttsPendingPreviewList PA_GUARDED_BY(lookupLock);
     std::map<int, AnnouncementRequest> activeAnnouncementRequestList PA_GUARDED_BY(lookupLock);
+
+    /// Where availablePaSourcesLockStatus has the first entry of a source.
+    std::unordered_map<int, std::size_t> lockIndex PA_GUARDED_BY(paControllerMtx);
+    Deletion deletion PA_GUARDED_BY(paControllerMtx);
 };
 
 /// The controller of the process: ready before main and in every static constructor (but for one

@@ -72,6 +72,11 @@ std::vector<PaSelector> PAController::getPaSelectors() {
     return valuesOf(availablePaSelectors);
 }
 
+std::optional<PaSelector> PAController::findPaSelector(int key) const {
+    const MutexGuard guard(paControllerMtx);
+    return valueAt(availablePaSelectors, key);
+}
+
 PaSelector::State PAController::getPaSelectorState(int selectorId) {
     if (selectorId < 1) {
         return PaSelector::DISABLED;

@@ -129,6 +129,11 @@ std::vector<PaSink> PAController::getPaSinks() {
     return getPaSinks(-1);
 }
 
+std::optional<PaSink> PAController::findPaSink(int key) const {
+    const MutexGuard guard(paControllerMtx);
+    return valueAt(availablePaSinks, key);
+}
+
 // Operation 92/8: id,level,persistent,delayPersistence
 void PaSink::setGain(Gain gain, bool persistent, bool delayPersistence) {
     const double level = gain.getLevel();

@@ -1,7 +1,9 @@
 // What an application asks of a source: gain, zones, its lock, its level meter. The worker renews
 // the lock.
 #include <algorithm>
+#include <exception>
 
+#include "framework/clock.h"
 #include "framework/levelMeter.h"
 #include "sdk/AudioServer.h"
 #include "sdk/PAController.h"
@@ -106,38 +108,49 @@ std::vector<std::string> PaSource::getAttachedPaZones() const {
 
 // Operation 92/1: sourceId,uuid
 bool PAController::attachPaSource(int sourceId) {
-    return changeLock(sourceId, true);
+    return changeLock("attachPaSource", sourceId, true);
 }
 
 // Operation 92/2: sourceId,uuid
 bool PAController::detachPaSource(int sourceId) {
-    return changeLock(sourceId, false);
+    return changeLock("detachPaSource", sourceId, false);
 }
 
-bool PAController::changeLock(int sourceId, bool attaching) {
+bool PAController::changeLock(const char* caller, int sourceId, bool attaching) {
     AudioServer* const audioServer = gAudioServerInstance;
     if (audioServer == nullptr || sourceId < 1) {
         return false;
     }
-    const std::string self = audioServer->getUUID();
-    std::time_t sent = 0;
-    {
-        const MutexGuard guard(paControllerMtx);
-        const PaSourceLockStatus* const lock = lockOf(sourceId);
-        if (attaching && lock != nullptr && lock->lockedUUID == self) {
-            return true;
+    try {
+        const std::string self = audioServer->getUUID();
+        const LockRequest request = requestLock(sourceId, self, attaching);
+        if (!request.sent) {
+            return request.isDone;
         }
-        if (lock == nullptr || lock->lockedUUID != (attaching ? "" : self)) {
-            return false;
-        }
-        sendToActiveServer(attaching ? attachSource : detachSource, lockPayload(sourceId, self));
-        sent = wallClock();
+        return mayWaitForServer(caller) && waitForServer(*request.sent, [&] {
+                   const MutexGuard guard(paControllerMtx);
+                   const PaSourceLockStatus* const lock = lockOf(sourceId);
+                   return lock != nullptr && (lock->lockedUUID == self) == attaching;
+               });
+    } catch (const std::exception& e) {
+        handleError(1, "%s: given up: %s", caller, e.what());
+        return false;
     }
-    return waitForServer(sent, [&] {
-        const MutexGuard guard(paControllerMtx);
-        const PaSourceLockStatus* const lock = lockOf(sourceId);
-        return lock != nullptr && (lock->lockedUUID == self) == attaching;
-    });
+}
+
+/// Asks the server for a change of a lock, unless there is nothing to ask for.
+PAController::LockRequest PAController::requestLock(int sourceId, const std::string& self,
+                                                    bool attaching) {
+    const MutexGuard guard(paControllerMtx);
+    const PaSourceLockStatus* const lock = lockOf(sourceId);
+    if (attaching && lock != nullptr && lock->lockedUUID == self) {
+        return {true, std::nullopt};
+    }
+    if (lock == nullptr || lock->lockedUUID != (attaching ? "" : self)) {
+        return {false, std::nullopt};
+    }
+    sendToActiveServer(attaching ? attachSource : detachSource, lockPayload(sourceId, self));
+    return {false, wallClock()};
 }
 
 // Operation 92/7: sourceId,uuid

@@ -1,7 +1,7 @@
 // The room of PA sources: record, cache, queries.
-#include <algorithm>
 #include <optional>
 
+#include "framework/clock.h"
 #include "sdk/PAController.h"
 #include "sdk/cacheValues.h"
 #include "sdk/globals.h"
@@ -50,14 +50,22 @@ constexpr Field<PaSource> fields[] = {
 }  // namespace
 
 void PAController::addUpdatePaSource(int key, TEVlist* record) {
+    const MergeResult result = mergePaSource(key, record);
+    if (result != MergeResult::Dropped) {
+        sleepMS(notificationPauseMS);
+        notifyPaSource(key, result);
+    }
+}
+
+PAController::MergeResult PAController::mergePaSource(int key, TEVlist* record) {
     if (!hasRecord(record, "addUpdatePaSource", key)) {
-        return;
+        return MergeResult::Dropped;
     }
     SourceRecord decoded;
     decodeRecord(*record, columns, decoded);
     if (gIndirectCXSConnection && decoded.reportingServer &&
         *decoded.reportingServer != gLocalDstNo) {
-        return;  // another server's source, seen through the local one
+        return MergeResult::Dropped;  // another server's source, seen through the local one
     }
 
     const MutexGuard guard(paControllerMtx);
@@ -72,18 +80,18 @@ void PAController::addUpdatePaSource(int key, TEVlist* record) {
                  "addUpdatePaSource", sourceId, availablePaSources.size());
     }
     updateLockStatus(decoded.id, decoded.lockedUUID);
+    return merged == Merge::Unchanged ? MergeResult::Unchanged : MergeResult::Changed;
+}
 
-    pauseBeforeNotification();
-    publish(availablePaSources, key, merged != Merge::Unchanged,
+void PAController::notifyPaSource(int key, MergeResult result) {
+    const MutexGuard guard(paControllerMtx);
+    publish(availablePaSources, key, result == MergeResult::Changed,
             &PAControllerObserver::onPaSourceUpdate, EventItem::PA_SOURCE_UPDATED);
 }
 
 PaSourceLockStatus* PAController::lockOf(int sourceId) {
-    auto& locks = availablePaSourcesLockStatus;
-    const auto found = std::find_if(
-        locks.begin(), locks.end(),
-        [sourceId](const PaSourceLockStatus& lock) { return lock.sourceId == sourceId; });
-    return found == locks.end() ? nullptr : &*found;
+    const auto found = lockIndex.find(sourceId);
+    return found == lockIndex.end() ? nullptr : &availablePaSourcesLockStatus[found->second];
 }
 
 void PAController::updateLockStatus(int sourceId, const std::string& lockedUUID) {
@@ -94,6 +102,7 @@ void PAController::updateLockStatus(int sourceId, const std::string& lockedUUID)
         return;
     }
     auto& locks = availablePaSourcesLockStatus;
+    lockIndex.emplace(sourceId, locks.size());
     locks.push_back({sourceId, lockedUUID});
     PA_DEBUG(1,
              "%s: Lock Info for sourceId >%d<, UUID >%s< added to list. Total available lock info "
@@ -101,9 +110,19 @@ void PAController::updateLockStatus(int sourceId, const std::string& lockedUUID)
              "addUpdatePaSource", sourceId, lockedUUID.c_str(), locks.size());
 }
 
+void PAController::forgetLocks() {
+    availablePaSourcesLockStatus.clear();
+    lockIndex.clear();
+}
+
 std::vector<PaSource> PAController::getPaSources() {
     const MutexGuard guard(paControllerMtx);
     return valuesOf(availablePaSources);
+}
+
+std::optional<PaSource> PAController::findPaSource(int key) const {
+    const MutexGuard guard(paControllerMtx);
+    return valueAt(availablePaSources, key);
 }
 
 std::vector<PaSourceLockStatus> PAController::getPaSourceLocks() {

@@ -89,6 +89,11 @@ std::vector<PaTrigger> PAController::getHwPaTriggers() {
     return valuesOf(availablePaTriggersHW);
 }
 
+std::optional<PaTrigger> PAController::findHwPaTrigger(int key) const {
+    const MutexGuard guard(paControllerMtx);
+    return valueAt(availablePaTriggersHW, key);
+}
+
 PaTrigger::State PAController::getHwPaTriggerState(int triggerId) {
     if (triggerId < 1) {
         return PaTrigger::UNKNOWN;

@@ -118,6 +118,13 @@ std::vector<PaZone> PAController::getPaZones() {
     return gIndirectCXSConnection ? valuesOf(availablePaZonesLocalServer) : std::vector<PaZone>();
 }
 
+std::optional<PaZone> PAController::findPaZone(int key) const {
+    const MutexGuard guard(paControllerMtx);
+    const bool localStandsIn = gActiveAudioServerDstNo < 1 && gIndirectCXSConnection;
+    return valueAt(localStandsIn ? availablePaZonesLocalServer : availablePaZonesPrimaryServer,
+                   key);
+}
+
 std::vector<PaSink> PaZone::getMembers() const {
     AudioServer* const audioServer = gAudioServerInstance;
     if (audioServer == nullptr) {

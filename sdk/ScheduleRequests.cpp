@@ -3,9 +3,7 @@
 
 #include "framework/clock.h"
 #include "framework/uuid.h"
-#include "resource/common/stringUtils.h"
 #include "sdk/PAController.h"
-#include "sdk/cacheValues.h"
 #include "sdk/checks.h"
 #include "sdk/paDebug.h"
 #include "sdk/queueOperation.h"
@@ -137,8 +135,10 @@ std::string PAController::createScheduleHelper(bool serverAssignsId,
 
 int PAController::createScheduleSync(const ScheduleDefinition& def) {
     const std::string requestUUID = createScheduleHelper(true, def);
-    const std::optional<int> id =
-        waitForServer(wallClock(), [&] { return idOfRequest(requestUUID); });
+    std::optional<int> id;
+    if (mayWaitForServer("createScheduleSync")) {
+        id = waitForServer(wallClock(), [&] { return idOfRequest(requestUUID); });
+    }
     require(id.has_value(), "operation timed out");
     return *id;
 }
@@ -147,14 +147,7 @@ int PAController::createScheduleSync(const ScheduleDefinition& def) {
 std::optional<int> PAController::idOfRequest(const std::string& requestUUID) {
     const MutexGuard guard(paControllerMtx);
     const LeafGuard leaf(lookupLock);
-    std::vector<std::string> pieces;
-    for (const ScheduleDefinition& schedule : scheduleList) {
-        splitStr(schedule.descrption.c_str(), behindRequestUUID, pieces, false);
-        if (!pieces.empty() && pieces[0] == requestUUID) {
-            return schedule.Id;
-        }
-    }
-    return std::nullopt;
+    return scheduleList.idOfRequest(requestUUID);
 }
 
 // Operation 92/20: id
@@ -162,7 +155,7 @@ void PAController::deleteSchedule(int scheduleId) {
     require(scheduleId > 0, "Invalid scheduleId");
     {
         const LeafGuard leaf(lookupLock);
-        if (findSchedule(scheduleList, scheduleId) == scheduleList.end()) {
+        if (scheduleList.find(scheduleId) == nullptr) {
             return;
         }
     }

@@ -2,8 +2,8 @@
 #include <algorithm>
 #include <optional>
 
+#include "framework/clock.h"
 #include "sdk/PAController.h"
-#include "sdk/cacheValues.h"
 #include "sdk/notify.h"
 #include "sdk/paDebug.h"
 #include "sdk/recordColumns.h"
@@ -17,49 +17,46 @@ constexpr char handler[] = "updateScheduleList";
 }  // namespace
 
 void PAController::updateScheduleList(int scheduleId, TEVlist* record) {
+    const MergeResult result = mergeSchedule(scheduleId, record);
+    if (result != MergeResult::Dropped) {
+        sleepMS(notificationPauseMS);
+        notifySchedule(scheduleId, result);
+    }
+}
+
+PAController::MergeResult PAController::mergeSchedule(int scheduleId, TEVlist* record) {
     if (!hasRecord(record, handler, scheduleId)) {
-        return;
+        return MergeResult::Dropped;
     }
     const std::optional<ScheduleDefinition> decoded = decodeSchedule(scheduleId, *record);
     if (!decoded) {
-        return;
+        return MergeResult::Dropped;
     }
     const MutexGuard guard(paControllerMtx);
-    storeSchedule(*decoded);
-    pauseBeforeNotification();
-    publishSchedule(scheduleId);
+    bool added = false;
+    std::size_t total = 0;
+    {
+        const LeafGuard leaf(lookupLock);
+        added = scheduleList.put(*decoded);
+        total = scheduleList.size();
+    }
+    if (added) {
+        PA_DEBUG(1, "%s: scheduleId >%d< added to list. Total schedules >%zd<", handler, scheduleId,
+                 total);
+    } else {
+        PA_DEBUG(1, "%s: scheduleId=%d updated<", handler, scheduleId);
+    }
+    return MergeResult::Changed;  // every record counts as a change
 }
 
 ScheduleDefinition* PAController::scheduleOf(int scheduleId) {
     const LeafGuard leaf(lookupLock);
-    const auto found = findSchedule(scheduleList, scheduleId);
-    return found == scheduleList.end() ? nullptr : &*found;
-}
-
-void PAController::storeSchedule(const ScheduleDefinition& decoded) {
-    if (ScheduleDefinition* const known = scheduleOf(decoded.Id); known != nullptr) {
-        {
-            const LeafGuard leaf(lookupLock);
-            const int validity = known->displayTemplateValidityPeriodSeconds;
-            *known = decoded;
-            // The validity of the display stays as it was first told.
-            known->displayTemplateValidityPeriodSeconds = validity;
-        }
-        PA_DEBUG(1, "%s: scheduleId=%d updated<", handler, decoded.Id);
-        return;
-    }
-    std::size_t total = 0;
-    {
-        const LeafGuard leaf(lookupLock);
-        scheduleList.push_back(decoded);
-        total = scheduleList.size();
-    }
-    PA_DEBUG(1, "%s: scheduleId >%d< added to list. Total schedules >%zd<", handler, decoded.Id,
-             total);
+    return scheduleList.find(scheduleId);
 }
 
 /// Nothing happens when the schedule is gone, or goes in a callback.
-void PAController::publishSchedule(int scheduleId) {
+void PAController::notifySchedule(int scheduleId, MergeResult /*result*/) {
+    const MutexGuard guard(paControllerMtx);
     ScheduleDefinition* schedule = scheduleOf(scheduleId);
     if (schedule != nullptr && !observers().empty()) {
         const ScheduleDefinition told = withoutRequestUUID(*schedule);
@@ -76,8 +73,15 @@ std::vector<ScheduleDefinition> PAController::listSchedules() {
     {
         const MutexGuard guard(paControllerMtx);
         const LeafGuard leaf(lookupLock);
-        schedules = scheduleList;
+        schedules = scheduleList.all();
     }
     std::transform(schedules.begin(), schedules.end(), schedules.begin(), withoutRequestUUID);
     return schedules;
+}
+
+std::optional<ScheduleDefinition> PAController::findSchedule(int scheduleId) const {
+    const MutexGuard guard(paControllerMtx);
+    const LeafGuard leaf(lookupLock);
+    const ScheduleDefinition* const schedule = scheduleList.find(scheduleId);
+    return schedule == nullptr ? std::nullopt : std::optional(withoutRequestUUID(*schedule));
 }

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <algorithm>
 #include <map>
 #include <optional>
 #include <vector>
@@ -40,11 +39,11 @@ auto stateOf(const std::map<int, Record>& cache, int id) -> std::optional<declty
     return std::nullopt;
 }
 
-/// Where a list of schedules has the one with an identifier; its end for none.
-template <class Schedules>
-auto findSchedule(Schedules& schedules, int scheduleId) {
-    return std::find_if(schedules.begin(), schedules.end(),
-                        [scheduleId](const auto& schedule) { return schedule.Id == scheduleId; });
+/// A copy of the value under a key; nothing for an unknown one.
+template <class Record>
+std::optional<Record> valueAt(const std::map<int, Record>& cache, int key) {
+    const auto found = cache.find(key);
+    return found == cache.end() ? std::nullopt : std::optional(found->second);
 }
 
 /// Removes one entry of a cache, or every entry for the key 0.

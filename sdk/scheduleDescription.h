@@ -1,5 +1,8 @@
 #pragma once
 
+#include <string>
+#include <vector>
+
 #include "resource/common/stringUtils.h"
 #include "sdk/ScheduleDefinition.h"
 
@@ -16,4 +19,12 @@ inline ScheduleDefinition withoutRequestUUID(ScheduleDefinition schedule) {
         schedule.descrption = pieces[1];
     }
     return schedule;
+}
+
+/// What stands before the first separator of a description: the UUID of the request that made the
+/// schedule, when it was made by one. Empty for an empty description.
+inline std::string requestUUIDOf(const std::string& description) {
+    std::vector<std::string> pieces;
+    splitStr(description.c_str(), behindRequestUUID, pieces, false);
+    return pieces.empty() ? std::string() : pieces[0];
 }

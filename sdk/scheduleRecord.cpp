@@ -29,7 +29,24 @@ std::string translatedText(std::string text) {
 struct ScheduleRecord : ScheduleDefinition {
     std::string audioPart;
     std::string visualPart;
+    std::size_t badItems = 0;  // template items that cannot be read
 };
+
+/// The most bad items of one record that have a line each; those behind them are counted.
+constexpr std::size_t mostBadItemLines = 16;
+
+void reportBadItem(ScheduleRecord& record, const std::string& item) {
+    if (++record.badItems <= mostBadItemLines) {
+        handleError(3, "%s: failed to extract key value pair from >%s<", handler, item.c_str());
+    }
+}
+
+void reportFurtherBadItems(const ScheduleRecord& record) {
+    if (record.badItems > mostBadItemLines) {
+        handleError(3, "%s: %zu more bad items of schedule Id >%d<", handler,
+                    record.badItems - mostBadItemLines, record.Id);
+    }
+}
 
 struct NumberOr {
     int ScheduleDefinition::*member;
@@ -83,7 +100,7 @@ enum PartToken : std::size_t { Type, Origin, Zones, Content, Level, Chime };
 // Each of these reads the content of a part, and says whether the record is good.
 
 // item^item!repeats
-bool takeItems(ScheduleDefinition& schedule, const std::string& content) {
+bool takeItems(ScheduleRecord& schedule, const std::string& content) {
     const Tokens pieces = split(content, '!');
     if (pieces.empty()) {
         handleError(3,
@@ -99,7 +116,7 @@ bool takeItems(ScheduleDefinition& schedule, const std::string& content) {
 }
 
 // Entries with ! between them: language^voice^rate^text
-bool takeSpoken(ScheduleDefinition& schedule, const std::string& content) {
+bool takeSpoken(ScheduleRecord& schedule, const std::string& content) {
     const Tokens entries = split(content, '!');
     if (entries.empty()) {
         handleError(3, "%s: schedule description >%s< failed. insufficient message parameters >%s<",
@@ -125,7 +142,7 @@ bool takeSpoken(ScheduleDefinition& schedule, const std::string& content) {
 }
 
 // sourceId^path
-bool takeStored(ScheduleDefinition& schedule, const std::string& content) {
+bool takeStored(ScheduleRecord& schedule, const std::string& content) {
     const Tokens tokens = split(content, '^');
     schedule.storedDataSourceId = tokens.empty() ? 0 : decodeInt(tokens[0].c_str());
     schedule.storedDataFilePath = tokens.size() > 1 ? tokens[1] : "";
@@ -133,7 +150,7 @@ bool takeStored(ScheduleDefinition& schedule, const std::string& content) {
 }
 
 // key=value^key=value!validity
-bool takeTemplate(ScheduleDefinition& schedule, const std::string& content) {
+bool takeTemplate(ScheduleRecord& schedule, const std::string& content) {
     const Tokens pieces = split(translatedText(content), '!');
     if (pieces.empty()) {
         return false;
@@ -141,7 +158,7 @@ bool takeTemplate(ScheduleDefinition& schedule, const std::string& content) {
     for (const std::string& item : split(pieces[0], '^')) {
         const Tokens pair = split(item, '=');
         if (pair.size() != 2) {
-            handleError(3, "%s: failed to extract key value pair from >%s<", handler, item.c_str());
+            reportBadItem(schedule, item);
         } else if (pair[0] == "{SCREEN}") {
             schedule.displayTemplateName = pair[1];
         } else {
@@ -153,7 +170,7 @@ bool takeTemplate(ScheduleDefinition& schedule, const std::string& content) {
     return true;
 }
 
-bool takeAudioContent(ScheduleDefinition& schedule, const std::string& content) {
+bool takeAudioContent(ScheduleRecord& schedule, const std::string& content) {
     switch (schedule.announcementType) {
         case AT_TEV:
             return takeItems(schedule, content);
@@ -171,7 +188,7 @@ bool takeAudioContent(ScheduleDefinition& schedule, const std::string& content) 
 }
 
 /// A template on either side makes the content of the visual part one.
-bool takeVisualContent(ScheduleDefinition& schedule, const std::string& content) {
+bool takeVisualContent(ScheduleRecord& schedule, const std::string& content) {
     const bool isTemplate = schedule.announcementType == AT_DISPLAY_TEMPLATE ||
                             schedule.visualAnnouncementType == AT_DISPLAY_TEMPLATE;
     return !isTemplate || takeTemplate(schedule, content);
@@ -179,9 +196,9 @@ bool takeVisualContent(ScheduleDefinition& schedule, const std::string& content)
 
 /// Reads a part into the schedule. What both parts bring, the later one decides.
 /// @return whether the record is good
-bool takePart(ScheduleDefinition& schedule, const std::string& text,
+bool takePart(ScheduleRecord& schedule, const std::string& text,
               AnnouncementType ScheduleDefinition::*type,
-              bool (*takeContent)(ScheduleDefinition&, const std::string&)) {
+              bool (*takeContent)(ScheduleRecord&, const std::string&)) {
     const Tokens tokens = split(text, ',');
     if (tokens.empty()) {
         return true;  // no such part
@@ -213,5 +230,6 @@ std::optional<ScheduleDefinition> decodeSchedule(int scheduleId, const TEVlist& 
                                takeAudioContent) &&
                       takePart(record, record.visualPart,
                                &ScheduleDefinition::visualAnnouncementType, takeVisualContent);
+    reportFurtherBadItems(record);
     return good ? std::optional<ScheduleDefinition>(std::move(record)) : std::nullopt;
 }

@@ -102,14 +102,31 @@ TEST_F(DeletionTest, ALocalZoneIsToldOfWhileTheLocalServerStandsIn) {
     EXPECT_EQ(remove(localServer, 20, 7), "*event 41 7\n");
 }
 
-TEST_F(DeletionTest, AnObserverMayDeleteWhatIsBeingDeleted) {
-    observer.inCallback = [this] {
-        observer.inCallback = nullptr;
-        controller.deleteAudioVideoControllerInfo(0, 0, 0);
-    };
-    EXPECT_EQ(remove(0, 2, 0), "*o: source 70 deleted\n" + sources + sinks + triggers + selectors +
-                                   requests + zones + zonesUntold + schedules);
+TEST_F(DeletionTest, WhatACallbackDeletesIsDeletedBehindAndToldOnce) {
+    observer.inCallback = [this] { controller.deleteAudioVideoControllerInfo(0, 0, 0); };
+    EXPECT_EQ(remove(0, 2, 0),
+              sources + sinks + triggers + selectors + requests + zones + zonesUntold + schedules);
     expectEmptyCaches();
+}
+
+TEST_F(DeletionTest, ACallbackMayEmptyTheCachesHoweverMuchTheyHold) {
+    constexpr int many = 20'000;  // too many for a recursion
+    debugLevel = 0;
+    for (int key = 1; key <= many; ++key) {
+        RecordList record({std::to_string(key)});
+        controller.addUpdatePaSink(key, record.list());
+    }
+    int told = 0;
+    observer.inCallback = [&] {
+        ++told;
+        controller.initPaResources();
+        controller.deleteAudioVideoControllerInfo(0, 3, told + 1);
+    };
+    remove(0, 3, 1);
+    EXPECT_EQ(told, many + 12) << "two entries of each other kind";
+    for (const Kind& kind : everyKind()) {
+        EXPECT_EQ(kind.cache(controller), "") << "the reset is carried out as well";
+    }
 }
 
 TEST_F(DeletionTest, WithoutObserversTheEventsComeAllTheSame) {

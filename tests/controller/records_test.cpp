@@ -39,6 +39,10 @@ TEST_P(RecordsTest, DecodesEveryColumnAndKeepsDefaults) {
     handle(2, {"1"});
     EXPECT_EQ(kind.cache(controller), kind.byArrival ? kind.cached + "\n" + kind.defaults + "\n"
                                                      : kind.defaults + "\n" + kind.cached + "\n");
+    if (kind.lookUp != nullptr) {
+        EXPECT_EQ(kind.lookUp(controller, 7), kind.cached);
+        EXPECT_EQ(kind.lookUp(controller, 12), "nothing");
+    }
 }
 
 TEST_P(RecordsTest, AnUpdateCopiesWhatItCompares) {

@@ -195,6 +195,46 @@ TEST_F(ScheduleRequestsTest, WaitForTheIdentifierOfTheServer) {
     EXPECT_EQ(recordingHost::transcript().find("sleep"), std::string::npos);
 }
 
+TEST_F(ScheduleRequestsTest, AreNotWaitedForInsideACallback) {
+    ScheduleDefinition def = morning();
+    def.Id = 0;
+    RecordingObserver observer("o");
+    controller.registerObserver(&observer);
+    observer.inCallback = [&] {
+        EXPECT_EQ(outcome([&] { controller.createScheduleSync(def); }),
+                  "invalid_argument operation timed out");
+    };
+    RecordList sink({"1"});
+    controller.addUpdatePaSink(1, sink.list());
+    const std::string transcript = recordingHost::transcript();
+    EXPECT_NE(transcript.find("*send -1 92/19 1 0,"), std::string::npos) << transcript;
+    EXPECT_NE(transcript.find("*error 1 createScheduleSync: called inside a callback"),
+              std::string::npos)
+        << transcript;
+}
+
+// The server may tell of a request twice, change what it told, or take it back.
+TEST_F(ScheduleRequestsTest, AreRecognisedAsTheCacheIsNow) {
+    recordingHost::host().plainEncoding = true;
+    ScheduleDefinition def = morning();
+    def.Id = 0;
+    tell(5, "generated-1~old");
+    tell(4, "generated-1~twin");
+    EXPECT_EQ(controller.createScheduleSync(def), 5) << "the first in order of arrival";
+    tell(5, "generated-2~renamed");
+    recordingHost::host().uuids = 0;
+    EXPECT_EQ(controller.createScheduleSync(def), 4);
+    EXPECT_EQ(controller.createScheduleSync(def), 5) << "under the UUID that it has now";
+    controller.deleteAudioVideoControllerInfo(0, 18, 4);
+    recordingHost::host().uuids = 0;
+    gMaxServerWaitTimeSeconds = 1;
+    recordingHost::host().sleepAction = [now = 1000](int) mutable {
+        recordingHost::host().now = ++now;
+    };
+    EXPECT_EQ(outcome([&] { controller.createScheduleSync(def); }),
+              "invalid_argument operation timed out");
+}
+
 TEST_F(ScheduleRequestsTest, DeleteWhatIsKnown) {
     tell(5, "a");
     recordingHost::transcript();

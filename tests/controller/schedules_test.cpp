@@ -89,6 +89,22 @@ TEST_F(SchedulesTest, ARecordThatCannotBeReadLeavesTheListAsItIs) {
     EXPECT_EQ(whatOf(last()), "7|9|Z;||1||0|||a=1;f=2;|5|0|");
 }
 
+TEST_F(SchedulesTest, BadItemsHaveALineEachUpToALimit) {
+    std::string items;
+    for (int i = 0; i < 10; ++i) {
+        items += "bad" + std::to_string(i) + "^";
+    }
+    const std::string transcript =
+        handle(5, withParts("9,o,Z," + items + "a=1", "9,o,Z," + items + "b=2"));
+    EXPECT_EQ(transcript.find(
+                  "error 3 updateScheduleList: failed to extract key value pair from >bad0<\n"),
+              0U);
+    const std::string last =
+        "from >bad5<\nerror 3 updateScheduleList: 4 more bad items of schedule Id >5<\nsleep";
+    EXPECT_NE(transcript.find(last), std::string::npos) << transcript;
+    EXPECT_EQ(whatOf(this->last()), "9|9|Z;||1||0|||a=1;b=2;|0|0|");
+}
+
 TEST_F(SchedulesTest, AnUpdateOverwritesAllButTheValidity) {
     handle(5, withParts("2,o,A,7!2,-1,x", "9,o,B,a=1^{SCREEN}=S!5,-2,y"));
     const RecordFields other = fieldsOf("other|2025:4:5|7:8|2031:7:6|22:58|1|2|0|30");

@@ -90,6 +90,33 @@ TEST_F(SourcesTest, AreGivenUpAfterTheLongestWait) {
     EXPECT_FALSE(controller.detachPaSource(5)) << "that the locks are forgotten confirms nothing";
 }
 
+TEST_F(SourcesTest, AreNotWaitedForInsideACallback) {
+    tell(4, "");
+    tell(5, "uuid-self");
+    RecordingObserver observer("o");
+    controller.registerObserver(&observer);
+    observer.inCallback = [&] {
+        EXPECT_FALSE(controller.attachPaSource(4));
+        EXPECT_FALSE(controller.detachPaSource(5));
+        EXPECT_TRUE(controller.attachPaSource(5)) << "it is held already";
+    };
+    RecordList sink({"1"});
+    controller.addUpdatePaSink(1, sink.list());
+    const std::string why =
+        ": called inside a callback of an observer, where no answer can arrive\n";
+    EXPECT_EQ(recordingHost::transcript(),
+              "*o: sink 1 \n*send -1 92/1 1 4,uuid-self\n*error 1 attachPaSource" + why +
+                  "*send -1 92/2 1 5,uuid-self\n*error 1 detachPaSource" + why + "*event 8 1\n");
+}
+
+TEST_F(SourcesTest, AreGivenUpWhenTheHostFails) {
+    tell(4, "");
+    recordingHost::host().sleepAction = [](int) { throw std::bad_alloc(); };
+    EXPECT_FALSE(controller.attachPaSource(4));
+    EXPECT_NE(recordingHost::transcript().find("error 1 attachPaSource: given up: "),
+              std::string::npos);
+}
+
 TEST_F(SourcesTest, AreMeteredByTheirElement) {
     for (const int id : {250, 99}) {
         RecordList record({std::to_string(id)});

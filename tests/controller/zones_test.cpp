@@ -51,6 +51,7 @@ TEST_F(ZonesTest, ChooseTheirCacheAsTheTable) {
         gActiveAudioServerDstNo = c.active;
         EXPECT_EQ(handle(fresh, c.dstNo, 5) != "", c.told) << &c - cases.data();
         EXPECT_EQ(fresh.getPaZones().size(), c.inForce ? 1U : 0U) << &c - cases.data();
+        EXPECT_TRUE(fresh.findPaZone(5) || !(c.told || c.inForce)) << "its event leads to it";
     }
 }
 

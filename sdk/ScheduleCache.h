@@ -1,0 +1,57 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <map>
+#include <optional>
+#include <set>
+#include <string>
+#include <unordered_map>
+#include <utility>
+#include <vector>
+
+#include "sdk/ScheduleDefinition.h"
+
+/// The schedules that the server has told of, in order of arrival, found by identifier in constant
+/// and by the UUID of their request in logarithmic time. A plain value without a lock.
+class ScheduleCache {
+public:
+    /// The schedule with an identifier, null for none. It stays where it is until it is erased. Its
+    /// identifier and its description must not be changed through the pointer.
+    ScheduleDefinition* find(int id);
+    const ScheduleDefinition* find(int id) const;
+
+    /// Adds a schedule behind all others, or replaces the one with its identifier, which keeps its
+    /// place and the validity of its display.
+    /// @return whether it was added
+    bool put(const ScheduleDefinition& schedule);
+
+    /// Removes the schedule with an identifier; none is ignored.
+    void erase(int id);
+
+    /// The identifier of the first schedule, in order of arrival, that a request has made.
+    std::optional<int> idOfRequest(const std::string& requestUUID) const;
+
+    /// The identifiers, in order of arrival.
+    std::vector<int> ids() const;
+
+    /// Copies, in order of arrival.
+    std::vector<ScheduleDefinition> all() const;
+
+    std::size_t size() const { return byArrival_.size(); }
+
+private:
+    using Arrival = std::uint64_t;  // counts the schedules that have ever been added
+    struct Entry {
+        ScheduleDefinition schedule;
+        std::string requestUUID;  // empty when its description names none
+    };
+
+    void addToRequests(Arrival arrival, Entry& entry);
+    void removeFromRequests(Arrival arrival, const Entry& entry);
+
+    Arrival nextArrival_ = 0;
+    std::map<Arrival, Entry> byArrival_;
+    std::unordered_map<int, Arrival> byId_;
+    std::set<std::pair<std::string, Arrival>> byRequest_;
+};
