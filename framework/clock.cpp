@@ -29,9 +29,6 @@ std::atomic<std::time_t (*)()> wallClockInForce{systemWallClock};
 std::atomic<std::int64_t (*)()> monotonicInForce{systemMonotonicMS};
 std::atomic<void (*)(int)> sleepInForce{systemSleepMS};
 
-thread_local void (*pauseHook)(void*) = nullptr;
-thread_local void* pauseHookArgument = nullptr;
-
 }  // namespace
 
 std::time_t wallClock() {
@@ -43,9 +40,6 @@ std::int64_t monotonicMS() {
 }
 
 void sleepMS(int ms) {
-    if (pauseHook != nullptr) {
-        pauseHook(pauseHookArgument);
-    }
     if (ms > 0) {
         sleepInForce.load()(ms);
     }
@@ -55,9 +49,4 @@ void setTimeSource(const TimeSource& source) {
     wallClockInForce = source.wallClock != nullptr ? source.wallClock : systemWallClock;
     monotonicInForce = source.monotonicMS != nullptr ? source.monotonicMS : systemMonotonicMS;
     sleepInForce = source.sleepMS != nullptr ? source.sleepMS : systemSleepMS;
-}
-
-void setThreadPauseHook(void (*hook)(void*), void* argument) {
-    pauseHook = hook;
-    pauseHookArgument = argument;
 }

@@ -13,7 +13,6 @@ std::time_t wallClock();
 std::int64_t monotonicMS();
 
 /// Sleeps the calling thread for at least `ms` milliseconds; not at all when it is 0 or negative.
-/// A pause hook of this thread is called first.
 void sleepMS(int ms);
 
 /// Replacements for the clocks and the sleep, so that a test need not wait for real time. A null
@@ -26,6 +25,3 @@ struct TimeSource {
 
 /// Puts `source` in force for the whole process.
 void setTimeSource(const TimeSource& source);
-
-/// Has `hook(argument)` called whenever this thread is about to sleep in `sleepMS`. Null ends that.
-void setThreadPauseHook(void (*hook)(void*), void* argument);

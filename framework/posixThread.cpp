@@ -35,20 +35,14 @@ void* runBody(void* argument) {
 
 }  // namespace
 
-PosixThread::PosixThread(const char* name, std::function<void()> body, std::size_t stackBytes) {
+PosixThread::PosixThread(const char* name, std::function<void()> body) {
     auto owned = std::make_unique<Body>(Body{name, std::move(body)});
-    pthread_attr_t attributes;
-    pthread_attr_init(&attributes);
-    if (stackBytes != 0) {
-        pthread_attr_setstacksize(&attributes, stackBytes);
-    }
     // A thread starts with its creator's mask: there is no moment at which a signal can reach it.
     const sigset_t blocked = everythingButFaults();
     sigset_t before;
     pthread_sigmask(SIG_SETMASK, &blocked, &before);
-    const int error = pthread_create(&thread_, &attributes, runBody, owned.get());
+    const int error = pthread_create(&thread_, nullptr, runBody, owned.get());
     pthread_sigmask(SIG_SETMASK, &before, nullptr);
-    pthread_attr_destroy(&attributes);
     if (error != 0) {
         throw std::system_error(error, std::generic_category(), "cannot create a thread");
     }

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <cstddef>
 #include <functional>
 #include <pthread.h>
 
@@ -13,11 +12,10 @@
 class PosixThread {
 public:
     /// Starts the thread.
-    /// @param name       at most 15 bytes are kept
-    /// @param body       what it runs; an exception that leaves it ends the process
-    /// @param stackBytes the size of its stack, 0 for the system's default
+    /// @param name at most 15 bytes are kept
+    /// @param body what it runs; an exception that leaves it ends the process
     /// @throws std::system_error when no thread can be created
-    PosixThread(const char* name, std::function<void()> body, std::size_t stackBytes = 0);
+    PosixThread(const char* name, std::function<void()> body);
     PosixThread(const PosixThread&) = delete;
     PosixThread& operator=(const PosixThread&) = delete;
     ~PosixThread();

@@ -1,24 +1,35 @@
 #include "link/Router.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <exception>
 #include <iterator>
 #include <memory>
 #include <utility>
 
+#include "framework/clock.h"
 #include "framework/log.h"
 #include "include/common/RecordList.h"
 
 namespace palink {
 
-namespace {
+/// The halves of a handler that pauses; null for the others.
+struct Halves {
+    PAController::MergeResult (PAController::*merge)(int key, TEVlist*) = nullptr;
+    void (PAController::*notify)(int key, PAController::MergeResult) = nullptr;
+};
 
-/// Where the records of one kind go.
 struct Route {
     RecordKind kind;
-    void (*handle)(PAController&, int dstNo, int key, TEVlist*);
-    bool pauses;  // between its merge and its notification
+    void (*handle)(PAController&, int dstNo, int key, TEVlist*);  // null for kinds that pause
+    Halves halves{};
+
+    bool pauses() const { return halves.merge != nullptr; }
 };
+
+namespace {
+
+using MergeResult = PAController::MergeResult;
 
 template <void (PAController::*Handler)(int, TEVlist*)>
 void byKey(PAController& controller, int /*dstNo*/, int key, TEVlist* list) {
@@ -30,16 +41,16 @@ void byServerAndKey(PAController& controller, int dstNo, int key, TEVlist* list)
 }
 
 constexpr Route routes[] = {
-    {RecordKind::Source, byKey<&PAController::addUpdatePaSource>, true},
-    {RecordKind::Sink, byKey<&PAController::addUpdatePaSink>, false},
-    {RecordKind::Trigger, byKey<&PAController::addUpdatePaTrigger>, false},
-    {RecordKind::Selector, byKey<&PAController::addUpdatePaSelector>, false},
-    {RecordKind::AttachedZones, byKey<&PAController::addUpdateAttachedPaZone>, false},
-    {RecordKind::Announcement, byKey<&PAController::addUpdateAnnouncementRequest>, false},
-    {RecordKind::Schedule, byKey<&PAController::updateScheduleList>, true},
-    {RecordKind::Zone, byServerAndKey, false},
-    {RecordKind::TtsPort, byKey<&PAController::updateFromTTS_Ports>, false},
-    {RecordKind::TtsDictionary, byKey<&PAController::updateFromTTS_Dictionary>, false},
+    {RecordKind::Source, nullptr, {&PAController::mergePaSource, &PAController::notifyPaSource}},
+    {RecordKind::Sink, byKey<&PAController::addUpdatePaSink>},
+    {RecordKind::Trigger, byKey<&PAController::addUpdatePaTrigger>},
+    {RecordKind::Selector, byKey<&PAController::addUpdatePaSelector>},
+    {RecordKind::AttachedZones, byKey<&PAController::addUpdateAttachedPaZone>},
+    {RecordKind::Announcement, byKey<&PAController::addUpdateAnnouncementRequest>},
+    {RecordKind::Schedule, nullptr, {&PAController::mergeSchedule, &PAController::notifySchedule}},
+    {RecordKind::Zone, byServerAndKey},
+    {RecordKind::TtsPort, byKey<&PAController::updateFromTTS_Ports>},
+    {RecordKind::TtsDictionary, byKey<&PAController::updateFromTTS_Dictionary>},
 };
 
 const Route* routeOf(int kind) {
@@ -60,6 +71,30 @@ void guarded(const char* what, int kind, int key, Handler handler) {
     }
 }
 
+/// The second half of a record's handler.
+void notify(PAController& controller, const Route& route, int key, MergeResult result) {
+    if (result != MergeResult::Dropped) {
+        guarded("notification", static_cast<int>(route.kind), key,
+                [&] { (controller.*route.halves.notify)(key, result); });
+    }
+}
+
+void withdraw(PAController& controller, const Withdrawal& withdrawal) {
+    guarded("withdrawal", withdrawal.kind, withdrawal.key, [&] {
+        switch (static_cast<RecordKind>(withdrawal.kind)) {
+            case RecordKind::TtsPort:
+                controller.deleteFromTTS_Ports(withdrawal.key);
+                break;
+            case RecordKind::TtsDictionary:
+                controller.deleteFromTTS_Dictionary(withdrawal.key);
+                break;
+            default:
+                controller.deleteAudioVideoControllerInfo(withdrawal.dstNo, withdrawal.kind,
+                                                          withdrawal.key);
+        }
+    });
+}
+
 }  // namespace
 
 Router::Router(PAController& controller) : controller_(controller) {}
@@ -67,68 +102,93 @@ Router::Router(PAController& controller) : controller_(controller) {}
 void Router::handle(Record record) {
     const std::lock_guard arrival(arrival_);
     const int kind = static_cast<int>(record.kind);
-    const int key = record.key;
     const Route* const route = routeOf(kind);
     if (route == nullptr) {
-        handleError(3, "record of unknown kind >%d< key >%d< dropped", kind, key);
+        handleError(3, "record of unknown kind >%d< key >%d< dropped", kind, record.key);
         return;
     }
-    guarded("record", kind, key, [&] {
-        const auto list = std::make_shared<RecordList>(std::move(record.fields));
-        const auto run = [this, route, kind, dstNo = record.dstNo, key, list] {
-            guarded("record", kind, key,
-                    [&] { route->handle(controller_, dstNo, key, list->list()); });
-        };
-        if (route->pauses) {
-            pool_.submit(kind, key, run);
+    guarded("record", kind, record.key, [&] {
+        if (route->pauses()) {
+            handleWithPause(*route, record.key, std::move(record.fields));
         } else {
-            run();
+            RecordList list(std::move(record.fields));
+            route->handle(controller_, record.dstNo, record.key, list.list());
         }
     });
+}
+
+// The steps outlive the router when an observer takes its time, the controller outlives them.
+void Router::handleWithPause(const Route& route, int key, RecordFields fields) {
+    notifier_.waitForRoom();
+    const int kind = static_cast<int>(route.kind);
+    const std::int64_t due = monotonicMS() + PAController::notificationPauseMS;
+    PAController& controller = controller_;
+    if (!notifier_.isHeld(kind, key)) {
+        RecordList list(std::move(fields));
+        const MergeResult result = (controller.*route.halves.merge)(key, list.list());
+        if (result != MergeResult::Dropped) {
+            notifier_.add({kind, key, due, false, [&controller, &route, key, result] {
+                               notify(controller, route, key, result);
+                           }});
+        }
+        return;
+    }
+    // Behind the withdrawal of its key.
+    const auto list = std::make_shared<RecordList>(std::move(fields));
+    const auto result = std::make_shared<MergeResult>(MergeResult::Dropped);
+    notifier_.add({kind, key, 0, true, [&controller, &route, key, list, result] {
+                       guarded("record", static_cast<int>(route.kind), key, [&] {
+                           *result = (controller.*route.halves.merge)(key, list->list());
+                       });
+                   }});
+    notifier_.add({kind, key, due, false, [&controller, &route, key, result] {
+                       notify(controller, route, key, *result);
+                   }});
 }
 
 void Router::handle(const Withdrawal& withdrawal) {
     const std::lock_guard arrival(arrival_);
     const Route* const route = routeOf(withdrawal.kind);
-    const bool pauses = route != nullptr && route->pauses;
-    if (pauses && withdrawal.key != 0) {
+    const bool pauses = route != nullptr && route->pauses();
+    if (pauses && withdrawal.key != 0 && notifier_.concerns(withdrawal.kind, withdrawal.key)) {
         guarded("withdrawal", withdrawal.kind, withdrawal.key, [&] {
-            pool_.submit(withdrawal.kind, withdrawal.key,
-                         [this, withdrawal] { withdraw(withdrawal); });
+            notifier_.waitForRoom();
+            notifier_.add(
+                {withdrawal.kind, withdrawal.key, 0, true,
+                 [&controller = controller_, withdrawal] { withdraw(controller, withdrawal); }});
         });
         return;
     }
-    if (pauses || withdrawal.kind == 0) {
-        pool_.waitUntilIdle();
+    const bool ofAll = withdrawal.kind == 0 || (pauses && withdrawal.key == 0);
+    if (!ofAll || notifier_.waitUntilIdle()) {
+        withdraw(controller_, withdrawal);
     }
-    withdraw(withdrawal);
-}
-
-void Router::withdraw(const Withdrawal& withdrawal) {
-    guarded("withdrawal", withdrawal.kind, withdrawal.key, [&] {
-        switch (static_cast<RecordKind>(withdrawal.kind)) {
-            case RecordKind::TtsPort:
-                controller_.deleteFromTTS_Ports(withdrawal.key);
-                break;
-            case RecordKind::TtsDictionary:
-                controller_.deleteFromTTS_Dictionary(withdrawal.key);
-                break;
-            default:
-                controller_.deleteAudioVideoControllerInfo(withdrawal.dstNo, withdrawal.kind,
-                                                           withdrawal.key);
-        }
-    });
 }
 
 void Router::reset() {
     const std::lock_guard arrival(arrival_);
-    pool_.waitUntilIdle();
-    guarded("reset", 0, 0, [this] { controller_.initPaResources(); });
+    if (notifier_.waitUntilIdle()) {
+        guarded("reset", 0, 0, [this] { controller_.initPaResources(); });
+    }
 }
 
 void Router::waitUntilIdle() {
     const std::lock_guard arrival(arrival_);
-    pool_.waitUntilIdle();
+    notifier_.waitUntilIdle();
+}
+
+void Router::letGo() {
+    notifier_.letGo();
+}
+
+void Router::end(std::chrono::milliseconds limit) {
+    if (const std::size_t dropped = notifier_.end(limit); dropped > 0) {
+        handleError(2, "the link has stopped: %zu notifications of records are dropped", dropped);
+    }
+}
+
+void Router::begin() {
+    notifier_.begin();
 }
 
 }  // namespace palink

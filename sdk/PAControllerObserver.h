@@ -14,9 +14,10 @@
 /// empties the caches; `onMessageDelete` after a failed upload
 /// alone runs on the thread that played the message, with whatever it holds. A callback may call
 /// getters and operations of the controller; it must not wait for another thread that does, nor for
-/// an answer of the server, as `attachPaSource`, `detachPaSource`, `createScheduleSync` and playing
-/// a message with a local file do. An exception that leaves it is reported and the next observer is
-/// called.
+/// an answer of the server, as playing a message with a local file does. `attachPaSource`,
+/// `detachPaSource` and `createScheduleSync` send their request and give up at once. What a delete
+/// callback asks to be deleted is deleted after the deletion that is under way. An exception that
+/// leaves a callback is reported and the next observer is called.
 class PAControllerObserver {
 public:
     enum MessageRetrievalError : int {

@@ -1,6 +1,8 @@
 #include "link/Router.h"
 
 #include <atomic>
+#include <chrono>
+#include <filesystem>
 #include <gtest/gtest.h>
 #include <mutex>
 #include <optional>
@@ -9,6 +11,8 @@
 #include <utility>
 #include <vector>
 
+#include "framework/clock.h"
+#include "framework/eventQueue.h"
 #include "framework/log.h"
 #include "sdk/globals.h"
 #include "tests/recordingHost/NotingObserver.h"
@@ -37,6 +41,17 @@ struct Notes : NotingObserver {
     std::string all;
 };
 
+std::atomic<std::int64_t> nowMS{0};
+std::atomic<bool> timePasses{true};
+
+/// A pause is over at once, unless the test holds time.
+void pass(int ms) {
+    while (!timePasses) {
+        std::this_thread::yield();
+    }
+    nowMS += ms;
+}
+
 struct RouterTest : testing::Test {
     RouterTest() {
         static bool registered = false;
@@ -45,7 +60,9 @@ struct RouterTest : testing::Test {
         }
         gLocalDstNo = server;
         gActiveAudioServerDstNo = server;
-        skipPauses();
+        TimeSource source = withoutPauses(pass);
+        source.monotonicMS = [] { return nowMS.load(); };
+        setTimeSource(source);
         gPaController.initPaResources();
         notes().take();
     }
@@ -53,6 +70,10 @@ struct RouterTest : testing::Test {
         router.waitUntilIdle();
         setTimeSource({});
         setLogSink({});
+    }
+
+    void tellSource(int key, const std::string& label) {
+        router.handle(Record{server, RecordKind::Source, key, {std::to_string(key), "", label}});
     }
 
     static Notes& notes() {
@@ -97,51 +118,109 @@ TEST_F(RouterTest, BringsEachKindToItsHandler) {
     EXPECT_EQ(gPaController.getPaSinks().size(), 1U);
 }
 
-TEST_F(RouterTest, KeepsTheOrderOfOneKeyWithdrawalsIncluded) {
-    for (int round = 0; round < 20; ++round) {
-        const std::string label = std::to_string(round);
-        router.handle(Record{server, RecordKind::Source, 7, {"70", "", label}});
-        router.handle(Withdrawal{server, 2, 7});
-    }
-    router.handle(Record{server, RecordKind::Source, 7, {"70", "", "last"}});
-    router.waitUntilIdle();
+TEST_F(RouterTest, KeepsTheOrderOfOneKeyWithdrawalsIncludedWithinOnePause) {
+    const std::int64_t start = nowMS;
+    timePasses = false;
     std::string expected;
     for (int round = 0; round < 20; ++round) {
-        expected += "source 70 " + std::to_string(round) + "; source 70 deleted; ";
+        const std::string label = std::to_string(round);
+        tellSource(7, label);
+        tellSource(7, label);
+        router.handle(Withdrawal{server, 2, 7});
+        expected += "source 7 " + label + "; source 7 deleted; ";  // the second changes nothing
     }
-    EXPECT_EQ(notes().take(), expected + "source 70 last; ");
+    tellSource(7, "last");
+    timePasses = true;
+    router.waitUntilIdle();
+    EXPECT_EQ(notes().take(), expected + "source 7 last; ");
+    EXPECT_EQ(nowMS, start + 100);
 }
 
-TEST_F(RouterTest, AWithdrawalOfAllAndAResetWaitForThePool) {
+TEST_F(RouterTest, AWithdrawalOfAllAndAResetWaitForWhatIsToBeTold) {
     const std::optional<Withdrawal> removals[] = {std::nullopt, Withdrawal{server, 2, 0},
                                                   Withdrawal{0, 0, 0}};  // nothing: a reset
     for (const auto& withdrawal : removals) {
+        const std::int64_t start = nowMS;
+        timePasses = false;
         for (int key = 1; key <= 50; ++key) {
-            router.handle(Record{server, RecordKind::Source, key, {std::to_string(key)}});
+            tellSource(key, "");
         }
+        timePasses = true;
         withdrawal ? router.handle(*withdrawal) : router.reset();
         EXPECT_TRUE(gPaController.getPaSources().empty());
         const std::string told = notes().take();
         EXPECT_LT(told.rfind("source 50 ; "), told.find("deleted"));
         EXPECT_NE(told.find("source 50 deleted; "), std::string::npos);
+        EXPECT_LE(nowMS, start + 100);
     }
 }
 
-std::atomic<int> pausing{0};
+std::size_t threads() {
+    const std::filesystem::directory_iterator tasks("/proc/self/task");
+    return static_cast<std::size_t>(std::distance(begin(tasks), end(tasks)));
+}
 
-TEST_F(RouterTest, SourcesPauseSideBySide) {
-    constexpr int sources = 100;
-    skipPauses([](int) {
-        ++pausing;
-        while (pausing < sources) {  // nobody goes on before everybody pauses
-            std::this_thread::yield();
+TEST_F(RouterTest, RecordsWaitNeitherForEachOthersPauseNorForAThread) {
+    const std::int64_t start = nowMS;
+    timePasses = false;
+    tellSource(1, "first");
+    const std::size_t before = threads();
+    for (const std::string label : {"a", "b", "c"}) {
+        for (int key = 1; key <= 100; ++key) {
+            tellSource(key, label);
         }
-    });
-    for (int key = 1; key <= sources; ++key) {
-        router.handle(Record{server, RecordKind::Source, key, {std::to_string(key)}});
     }
+    router.handle(Record{server, RecordKind::Sink, 5, {"5"}});
+    EXPECT_EQ(notes().take(), "sink 5 ; ") << "it does not wait for the sources";
+    for (const PaSource& source : gPaController.getPaSources()) {
+        EXPECT_EQ(source.label, "c") << "merged on arrival";
+    }
+    EXPECT_EQ(threads(), before);
+    timePasses = true;
     router.waitUntilIdle();
-    EXPECT_EQ(gPaController.getPaSources().size(), static_cast<std::size_t>(sources));
+    std::string expected;
+    for (int round = 0; round < 3; ++round) {
+        for (int key = 1; key <= 100; ++key) {
+            expected += "source " + std::to_string(key) + " c; ";
+        }
+    }
+    EXPECT_EQ(notes().take(), "source 1 c; " + expected) << "a call each, as the entry is by then";
+    EXPECT_EQ(nowMS, start + 100);
+}
+
+TEST_F(RouterTest, AnUnchangedRecordPostsItsEventBehindThePause) {
+    EventItem event;
+    tellSource(1, "a");
+    router.waitUntilIdle();
+    while (eventQueue::next(event)) {
+    }
+    timePasses = false;
+    tellSource(1, "a");
+    EXPECT_FALSE(eventQueue::next(event));
+    timePasses = true;
+    router.waitUntilIdle();
+    ASSERT_TRUE(eventQueue::next(event));
+    EXPECT_EQ(event.type, EventItem::PA_SOURCE_UPDATED);
+    EXPECT_FALSE(eventQueue::next(event));
+}
+
+TEST_F(RouterTest, SaysHowManyNotificationsItsEndCosts) {
+    std::string errors;
+    setLogSink([&errors](const LogLine& line) { errors += line.text; });
+    timePasses = false;
+    for (int key = 1; key <= 3; ++key) {
+        tellSource(key, "");
+    }
+    router.letGo();
+    router.reset();
+    EXPECT_EQ(gPaController.getPaSources().size(), 3U) << "a link that stops resets nothing";
+    router.end(std::chrono::milliseconds(0));
+    timePasses = true;
+    EXPECT_EQ(errors, "the link has stopped: 3 notifications of records are dropped");
+    router.begin();
+    tellSource(4, "");
+    router.waitUntilIdle();
+    EXPECT_EQ(notes().take(), "source 4 ; ");
 }
 
 TEST_F(RouterTest, ReportsAKindThatItDoesNotKnow) {

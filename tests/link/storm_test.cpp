@@ -4,6 +4,7 @@
 #include <atomic>
 #include <gtest/gtest.h>
 #include <memory>
+#include <numeric>
 #include <random>
 #include <variant>
 
@@ -99,6 +100,18 @@ void deliver(palink::Router& router, const Event& event) {
     }
 }
 
+/// The lines of a list in sorted order: what arrives behind a withdrawal that waits takes its place
+/// in the order of arrival when it is handled.
+template <class Record>
+std::string sortedList(const std::vector<Record>& records) {
+    std::vector<std::string> lines;
+    for (const Record& record : records) {
+        lines.push_back(textOf(record) + "\n");
+    }
+    std::sort(lines.begin(), lines.end());
+    return std::accumulate(lines.begin(), lines.end(), std::string());
+}
+
 /// Everything that records fill, one cache after the other.
 std::vector<std::string> cachesOf(PAController& c) {
     std::string attached;
@@ -109,13 +122,13 @@ std::vector<std::string> cachesOf(PAController& c) {
     }
     return {attached,
             listed(c.getPaSources()),
-            listed(c.getPaSourceLocks()),
+            sortedList(c.getPaSourceLocks()),
             listed(c.getPaSinks()),
             listed(c.getHwPaTriggers()),
             listed(c.getPaSelectors()),
             listed(c.getPaZones()),
             listed(c.getAnnouncementRequests()),
-            listed(c.listSchedules()),
+            sortedList(c.listSchedules()),
             listed(c.getTTSVocalizerList()),
             listed(c.getTTSDictionaryList())};
 }

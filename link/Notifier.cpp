@@ -1,0 +1,181 @@
+#include "link/Notifier.h"
+
+#include <algorithm>
+#include <condition_variable>
+#include <deque>
+#include <exception>
+#include <mutex>
+#include <unordered_map>
+#include <utility>
+
+#include "framework/clock.h"
+#include "framework/posixThread.h"
+
+namespace palink {
+
+namespace {
+
+/// How many steps for a kind and a key wait or run, and how many of these hold the key.
+struct Count {
+    std::size_t steps = 0;
+    std::size_t holding = 0;
+};
+
+std::uint64_t index(int kind, int key) {
+    return (static_cast<std::uint64_t>(static_cast<std::uint32_t>(kind)) << 32) |
+           static_cast<std::uint32_t>(key);
+}
+
+}  // namespace
+
+struct Notifier::State {
+    using Guard = std::unique_lock<std::mutex>;
+
+    Count countOf(int kind, int key) const {
+        const auto found = counts.find(index(kind, key));
+        return found == counts.end() ? Count{} : found->second;
+    }
+
+    bool isIdle() const { return steps.empty() && !isRunning; }
+
+    /// Waits for the time of the first step and runs it.
+    /// @return false when the notifier has ended meanwhile
+    bool runNext(Guard& guard) {
+        const unsigned round = ends;
+        if (const std::int64_t wait = steps.front().dueMS - monotonicMS(); wait > 0) {
+            guard.unlock();
+            sleepMS(static_cast<int>(std::min(wait, longestWaitMS)));
+            guard.lock();
+            if (ends != round) {
+                return false;
+            }
+        }
+        const Step step = std::move(steps.front());
+        steps.pop_front();
+        if (steps.size() == roomAgain) {
+            changed.notify_all();
+        }
+        isRunning = true;
+        guard.unlock();
+        step.run();
+        guard.lock();
+        if (ends != round) {
+            return false;
+        }
+        isRunning = false;
+        const auto count = counts.find(index(step.kind, step.key));
+        count->second.holding -= step.holdsKey ? 1 : 0;
+        if (--count->second.steps == 0) {
+            counts.erase(count);
+        }
+        if (steps.empty()) {
+            changed.notify_all();
+        }
+        return true;
+    }
+
+    void threadBody(unsigned round) {
+        Guard guard(lock);
+        do {
+            added.wait(guard, [&] { return ends != round || !steps.empty(); });
+        } while (ends == round && runNext(guard));
+    }
+
+    /// Whoever waits for room is woken when so many steps are left, not for each one.
+    static constexpr std::size_t roomAgain = capacity / 4 * 3;
+
+    std::mutex lock;
+    std::condition_variable added;    // for the thread
+    std::condition_variable changed;  // there is room, the last step has run, or nobody is to wait
+    // Guarded by lock.
+    std::deque<Step> steps;
+    std::unordered_map<std::uint64_t, Count> counts;
+    unsigned ends = 0;  // counts the calls of `end`: the thread of an earlier round leaves
+    bool hasThread = false;
+    bool isRunning = false;
+    bool lettingGo = false;
+};
+
+Notifier::Notifier() : state_(std::make_shared<State>()) {}
+
+Notifier::~Notifier() {
+    end(std::chrono::milliseconds(0));
+}
+
+bool Notifier::waitForRoom() {
+    State& state = *state_;
+    State::Guard guard(state.lock);
+    state.changed.wait(guard, [&] { return state.steps.size() < capacity || state.lettingGo; });
+    return state.steps.size() < capacity;
+}
+
+void Notifier::add(Step step) {
+    State& state = *state_;
+    State::Guard guard(state.lock);
+    Count& count = state.counts[index(step.kind, step.key)];
+    ++count.steps;
+    count.holding += step.holdsKey ? 1 : 0;
+    state.steps.push_back(std::move(step));
+    if (!state.hasThread) {
+        try {
+            PosixThread thread(
+                "notifier", [shared = state_, round = state.ends] { shared->threadBody(round); });
+            thread.detach();
+            state.hasThread = true;
+        } catch (const std::exception&) {
+            // Slowly, but it goes on.
+            while (!state.steps.empty() && state.runNext(guard)) {
+            }
+            return;
+        }
+    }
+    if (state.steps.size() == 1) {
+        state.added.notify_one();
+    }
+}
+
+bool Notifier::concerns(int kind, int key) const {
+    const State::Guard guard(state_->lock);
+    return state_->countOf(kind, key).steps > 0;
+}
+
+bool Notifier::isHeld(int kind, int key) const {
+    const State::Guard guard(state_->lock);
+    return state_->countOf(kind, key).holding > 0;
+}
+
+bool Notifier::waitUntilIdle() {
+    State& state = *state_;
+    State::Guard guard(state.lock);
+    state.changed.wait(guard, [&] { return state.isIdle() || state.lettingGo; });
+    return state.isIdle();
+}
+
+void Notifier::letGo() {
+    const State::Guard guard(state_->lock);
+    state_->lettingGo = true;
+    state_->changed.notify_all();
+}
+
+std::size_t Notifier::end(std::chrono::milliseconds limit) {
+    State& state = *state_;
+    State::Guard guard(state.lock);
+    state.changed.wait_for(guard, limit, [&] { return state.isIdle(); });
+    const std::size_t dropped = state.steps.size();
+    state.steps.clear();
+    state.counts.clear();
+    ++state.ends;
+    state.hasThread = false;
+    state.isRunning = false;
+    state.lettingGo = true;
+    state.changed.notify_all();
+    state.added.notify_all();
+    return dropped;
+}
+
+void Notifier::begin() {
+    const State::Guard guard(state_->lock);
+    state_->lettingGo = false;
+}
+
+}  // namespace palink

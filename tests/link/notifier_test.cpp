@@ -1,0 +1,138 @@
+#include "link/Notifier.h"
+
+#include <atomic>
+#include <gtest/gtest.h>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <thread>
+
+#include "framework/clock.h"
+#include "tests/support/noPauses.h"
+
+namespace {
+
+using namespace std::chrono_literals;
+using palink::Notifier;
+
+std::atomic<std::int64_t> nowMS{0};
+
+/// The clock stands still but for what the notifier sleeps.
+struct NotifierTest : testing::Test {
+    NotifierTest() {
+        nowMS = 1000;
+        TimeSource source = withoutPauses([](int ms) { nowMS += ms; });
+        source.monotonicMS = [] { return nowMS.load(); };
+        setTimeSource(source);
+    }
+    ~NotifierTest() override { setTimeSource({}); }
+
+    void note(const std::string& text) {
+        const std::lock_guard guard(lock);
+        notes += text + "@" + std::to_string(nowMS) + " ";
+    }
+    Notifier::Step step(int key, std::int64_t due, const std::string& name, bool holds = false) {
+        return {2, key, due, holds, [this, name] { note(name); }};
+    }
+
+    std::mutex lock;
+    std::string notes;
+    Notifier notifier;
+};
+
+TEST_F(NotifierTest, RunsWhatIsDueInOrder) {
+    notifier.add(step(1, 1100, "a"));
+    notifier.add(step(1, 0, "b"));
+    notifier.add(step(2, 1150, "c"));
+    notifier.add(step(3, 1120, "d"));
+    EXPECT_TRUE(notifier.waitUntilIdle());
+    EXPECT_EQ(notes, "a@1100 b@1100 c@1150 d@1150 ");
+}
+
+TEST_F(NotifierTest, WaitsNoLongerThanAPauseShouldTheClockJump) {
+    notifier.add(step(1, 1'000'000, "a"));
+    EXPECT_TRUE(notifier.waitUntilIdle());
+    EXPECT_EQ(notes, "a@" + std::to_string(1000 + Notifier::longestWaitMS) + " ");
+}
+
+/// A step that has begun and does not go on until it is told to.
+struct Gate {
+    Notifier::Step step() {
+        return {7, 7, 0, false, [this] {
+                    entered = true;
+                    while (!open) {
+                        std::this_thread::yield();
+                    }
+                    left = true;
+                }};
+    }
+    void waitUntil(const std::atomic<bool>& flag) {
+        while (!flag) {
+            std::this_thread::yield();
+        }
+    }
+    std::atomic<bool> entered{false};
+    std::atomic<bool> open{false};
+    std::atomic<bool> left{false};
+};
+
+TEST_F(NotifierTest, KnowsWhatWaitsForAKeyUntilItHasRun) {
+    Gate gate;
+    notifier.add(gate.step());
+    notifier.add(step(1, 0, "a"));
+    notifier.add(step(2, 0, "b", true));
+    EXPECT_TRUE(notifier.concerns(7, 7)) << "it may be running";
+    EXPECT_TRUE(notifier.concerns(2, 1));
+    EXPECT_FALSE(notifier.isHeld(2, 1));
+    EXPECT_TRUE(notifier.isHeld(2, 2));
+    EXPECT_FALSE(notifier.concerns(2, 3) || notifier.concerns(3, 1));
+    gate.open = true;
+    EXPECT_TRUE(notifier.waitUntilIdle());
+    EXPECT_FALSE(notifier.concerns(7, 7) || notifier.concerns(2, 1) || notifier.isHeld(2, 2));
+}
+
+TEST_F(NotifierTest, HoldsBackWhoFindsNoRoomAndLetsHimGo) {
+    Gate gate;
+    notifier.add(gate.step());
+    gate.waitUntil(gate.entered);
+    for (std::size_t i = 0; i < Notifier::capacity; ++i) {
+        EXPECT_TRUE(notifier.waitForRoom());
+        notifier.add({2, 1, 0, false, [] {}});
+    }
+    std::atomic<int> roomFound{-1};
+    std::thread waiting([&] { roomFound = notifier.waitForRoom() ? 1 : 0; });
+    gate.open = true;
+    waiting.join();
+    EXPECT_EQ(roomFound, 1);
+    EXPECT_TRUE(notifier.waitUntilIdle());
+
+    Gate again;
+    notifier.add(again.step());
+    again.waitUntil(again.entered);
+    std::atomic<bool> idle{true};
+    std::thread other([&] { idle = notifier.waitUntilIdle(); });
+    notifier.letGo();
+    other.join();
+    EXPECT_FALSE(idle);
+    again.open = true;
+}
+
+TEST_F(NotifierTest, EndsWithoutWaitingForAStepThatDoesNot) {
+    const auto gate = std::make_shared<Gate>();  // the step goes on after the notifier is gone
+    {
+        Notifier shortLived;
+        shortLived.add({7, 7, 0, false, [gate] { gate->step().run(); }});
+        gate->waitUntil(gate->entered);
+        shortLived.add(step(1, 0, "dropped"));
+        shortLived.add(step(1, 0, "dropped"));
+        EXPECT_EQ(shortLived.end(0ms), 2U);
+        shortLived.begin();
+        shortLived.add(step(1, 0, "next round"));
+        EXPECT_TRUE(shortLived.waitUntilIdle());
+    }
+    gate->open = true;
+    gate->waitUntil(gate->left);
+    EXPECT_EQ(notes, "next round@1000 ");
+}
+
+}  // namespace
