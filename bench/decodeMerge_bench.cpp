@@ -15,8 +15,8 @@ namespace {
 
 constexpr int sinks = 1000;
 
-RecordFields sinkFields(int id, int state) {
-    RecordFields fields(32);
+pa::RecordFields sinkFields(int id, int state) {
+    pa::RecordFields fields(32);
     fields[0] = std::to_string(id);
     fields[1] = "\"Platform 1, north end\"";
     fields[2] = "\"Canopy speakers \\\"A\\\"\"";
@@ -32,10 +32,10 @@ RecordFields sinkFields(int id, int state) {
     return fields;
 }
 
-std::vector<std::unique_ptr<RecordList>> records(int state) {
-    std::vector<std::unique_ptr<RecordList>> all;
+std::vector<std::unique_ptr<pa::RecordList>> records(int state) {
+    std::vector<std::unique_ptr<pa::RecordList>> all;
     for (int id = 0; id < sinks; ++id) {
-        all.push_back(std::make_unique<RecordList>(sinkFields(id, state)));
+        all.push_back(std::make_unique<pa::RecordList>(sinkFields(id, state)));
     }
     return all;
 }
@@ -78,7 +78,7 @@ void decodeAndMerge(benchmark::State& state, int firstState, int secondState) {
         }
         floor += Clock::now() - startOfReference;
         EventItem event;
-        while (eventQueue::next(event)) {
+        while (pa::eventQueue::next(event)) {
         }
         ++done;
         state.ResumeTiming();

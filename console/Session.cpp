@@ -66,16 +66,16 @@ Moment after(double seconds) {
 }
 
 Session::LogRedirection::LogRedirection(Output& diagnostics, long level) {
-    setLogSink([&diagnostics](const LogLine& line) {
-        const bool error = line.kind == LogLine::Kind::Error;
-        diagnostics.diagnostic(error ? line.text : formatLogLine(line));
+    pa::setLogSink([&diagnostics](const pa::LogLine& line) {
+        const bool error = line.kind == pa::LogLine::Kind::Error;
+        diagnostics.diagnostic(error ? line.text : pa::formatLogLine(line));
     });
     debugLevel = level;
 }
 
 Session::LogRedirection::~LogRedirection() {
-    flushSuppressedErrors();
-    setLogSink({});
+    pa::flushSuppressedErrors();
+    pa::setLogSink({});
     debugLevel = 0;
 }
 

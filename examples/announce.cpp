@@ -7,7 +7,7 @@
 #include "simserver/SimServer.h"
 #include "simserver/StationFile.h"
 
-struct Watch : PAControllerObserverAdapter {
+struct Watch : pa::PAControllerObserverAdapter {
     void onMessageUpdate(AnnouncementRequest request) override {
         std::cout << request.stateText << ' ' << request.completionMsg << std::endl;
     }

@@ -3,6 +3,8 @@
 #include <atomic>
 #include <cerrno>
 
+using namespace pa;
+
 // Stations run for decades: a 32-bit build needs -D_TIME_BITS=64.
 static_assert(sizeof(std::time_t) == 8);
 
@@ -31,11 +33,11 @@ std::atomic<void (*)(int)> sleepInForce{systemSleepMS};
 
 }  // namespace
 
-std::time_t wallClock() {
+std::time_t pa::wallClock() {
     return wallClockInForce.load()();
 }
 
-std::int64_t monotonicMS() {
+std::int64_t pa::monotonicMS() {
     return monotonicInForce.load()();
 }
 
@@ -45,7 +47,7 @@ void sleepMS(int ms) {
     }
 }
 
-void setTimeSource(const TimeSource& source) {
+void pa::setTimeSource(const TimeSource& source) {
     wallClockInForce = source.wallClock != nullptr ? source.wallClock : systemWallClock;
     monotonicInForce = source.monotonicMS != nullptr ? source.monotonicMS : systemMonotonicMS;
     sleepInForce = source.sleepMS != nullptr ? source.sleepMS : systemSleepMS;

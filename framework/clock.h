@@ -6,14 +6,20 @@
 /// @file
 /// The host's clocks and its sleep. Every function here may be called from any thread.
 
+namespace pa {
+
 /// The wall clock, in seconds since 1970 UTC. It may jump.
 std::time_t wallClock();
 
 /// A clock that never jumps, in ms since an arbitrary start: for ages and time limits.
 std::int64_t monotonicMS();
 
+}  // namespace pa
+
 /// Sleeps the calling thread for at least `ms` milliseconds; not at all when it is 0 or negative.
 void sleepMS(int ms);
+
+namespace pa {
 
 /// Replacements for the clocks and the sleep, so that a test need not wait for real time. A null
 /// member stands for the system's own.
@@ -25,3 +31,5 @@ struct TimeSource {
 
 /// Puts `source` in force for the whole process.
 void setTimeSource(const TimeSource& source);
+
+}  // namespace pa

@@ -5,6 +5,8 @@
 #include <sys/eventfd.h>
 #include <unistd.h>
 
+using namespace pa;
+
 namespace {
 
 struct Queue {
@@ -35,7 +37,7 @@ void addNewEventItem(EventItem::EVENT_TYPE type, int key, void* /*data*/) {
     }
 }
 
-namespace eventQueue {
+namespace pa::eventQueue {
 
 bool next(EventItem& item) {
     Queue& q = queue();
@@ -62,4 +64,4 @@ std::uint64_t dropped() {
     return q.dropped;
 }
 
-}  // namespace eventQueue
+}  // namespace pa::eventQueue

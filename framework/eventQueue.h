@@ -31,7 +31,7 @@ struct EventItem {
 void addNewEventItem(EventItem::EVENT_TYPE type, int key, void* data);
 
 /// The consumer's end of the event queue. Every function may be called from any thread.
-namespace eventQueue {
+namespace pa::eventQueue {
 
 /// The most events that wait; what comes on top is dropped and counted.
 constexpr std::size_t capacity = 4096;
@@ -48,4 +48,4 @@ int fileDescriptor();
 /// How many events were dropped since the start. After a change, read the caches again.
 std::uint64_t dropped();
 
-}  // namespace eventQueue
+}  // namespace pa::eventQueue

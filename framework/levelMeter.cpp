@@ -4,6 +4,8 @@
 #include <set>
 #include <utility>
 
+using namespace pa;
+
 namespace {
 
 struct Meters {
@@ -29,7 +31,7 @@ void subscribeUnsubscribeToResAmpVUMeterElement(bool subscribe, int element) {
     }
 }
 
-void setLevelMeterSwitch(LevelMeterSwitch feed) {
+void pa::setLevelMeterSwitch(LevelMeterSwitch feed) {
     Meters& m = meters();
     const std::lock_guard guard(m.lock);
     m.feed = std::move(feed);

@@ -8,28 +8,28 @@
 /// A mutex as the SDK's parts know it, whatever stands behind it.
 ///
 /// All operations may be called from any thread; `init()` once, before the first `enter()`.
-class PA_CAPABILITY("mutex") qxMutexBase {
+class PASDK_CAPABILITY("mutex") qxMutexBase {
 public:
     /// Waits for the mutex and takes it.
     /// @throws std::system_error when the system refuses it
-    virtual void enter() PA_ACQUIRE() = 0;
+    virtual void enter() PASDK_ACQUIRE() = 0;
     /// Gives the mutex back. Only its holder may call this.
-    virtual void leave() PA_RELEASE() = 0;
+    virtual void leave() PASDK_RELEASE() = 0;
     /// Makes the mutex ready for use.
     /// @return 0, or an errno value
     virtual int init() = 0;
     /// Reports through `handleError` when the calling thread does not hold the mutex.
     /// @param where the function that relies on it, for the report
-    virtual void assertLocked(const char* where) PA_ASSERT_CAPABILITY(this) = 0;
+    virtual void assertLocked(const char* where) PASDK_ASSERT_CAPABILITY(this) = 0;
     virtual ~qxMutexBase();
 
     /// `enter` and `leave` under the names that std::lock_guard and std::unique_lock call.
-    void lock() PA_ACQUIRE() { enter(); }
-    void unlock() PA_RELEASE() { leave(); }
+    void lock() PASDK_ACQUIRE() { enter(); }
+    void unlock() PASDK_RELEASE() { leave(); }
 };
 
 /// The mutex between the threads of one process.
-class PA_CAPABILITY("mutex") qxLocalMutex final : public qxMutexBase {
+class PASDK_CAPABILITY("mutex") qxLocalMutex final : public qxMutexBase {
 public:
     /// @param reentrant whether its holder may enter it again; it is free once it has been left as
     ///                  often as it was entered
@@ -39,10 +39,10 @@ public:
     qxLocalMutex& operator=(const qxLocalMutex&) = delete;
     ~qxLocalMutex() override;
 
-    void enter() PA_ACQUIRE() override;
-    void leave() PA_RELEASE() override;
+    void enter() PASDK_ACQUIRE() override;
+    void leave() PASDK_RELEASE() override;
     int init() override;
-    void assertLocked(const char* where) PA_ASSERT_CAPABILITY(this) override;
+    void assertLocked(const char* where) PASDK_ASSERT_CAPABILITY(this) override;
 
     /// Whether the calling thread is inside. Never waits.
     bool heldByThisThread() const;

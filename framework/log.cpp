@@ -13,6 +13,8 @@
 
 #include "framework/clock.h"
 
+using namespace pa;
+
 std::atomic<long> debugLevel{0};
 
 namespace {
@@ -146,13 +148,13 @@ void handleError(int level, const char* format, ...) {
     va_end(arguments);
 }
 
-LogSink setLogSink(LogSink sink) {
+LogSink pa::setLogSink(LogSink sink) {
     Log& log = theLog();
     const std::lock_guard guard(log.lock);
     return std::exchange(log.sink, std::move(sink));
 }
 
-std::string formatLogLine(const LogLine& line) {
+std::string pa::formatLogLine(const LogLine& line) {
     std::tm utc{};
     gmtime_r(&line.time, &utc);
     std::array<char, 32> time{};
@@ -172,7 +174,7 @@ std::string formatLogLine(const LogLine& line) {
     return out;
 }
 
-void flushSuppressedErrors() {
+void pa::flushSuppressedErrors() {
     Log& log = theLog();
     const std::time_t now = wallClock();
     const std::lock_guard guard(log.lock);

@@ -21,6 +21,8 @@ extern std::atomic<long> debugLevel;
 /// @param level 1 (misuse by the application), 2 (trouble on the link), 3 (bad server record)
 [[gnu::format(printf, 2, 3)]] void handleError(int level, const char* format, ...);
 
+namespace pa {
+
 /// One line, as a log sink receives it.
 struct LogLine {
     enum class Kind { Debug, Error };
@@ -48,3 +50,5 @@ std::string formatLogLine(const LogLine& line);
 /// Writes what `handleError` has suppressed and not yet told. Never throws. The process's end does
 /// this too.
 void flushSuppressedErrors();
+
+}  // namespace pa

@@ -6,6 +6,8 @@
 #include <system_error>
 #include <utility>
 
+using namespace pa;
+
 namespace {
 
 struct Body {

@@ -3,6 +3,8 @@
 #include <functional>
 #include <pthread.h>
 
+namespace pa {
+
 /// A thread of the library: it has a name that log lines and debuggers show, and blocks every
 /// asynchronous signal, for signals belong to the application. The signals of faults (SIGSEGV,
 /// SIGBUS, SIGFPE, SIGILL, SIGTRAP, SIGABRT, SIGSYS) are unblocked: a fault in a callback reaches
@@ -27,3 +29,5 @@ private:
     pthread_t thread_;
     bool joinable_ = true;
 };
+
+}  // namespace pa

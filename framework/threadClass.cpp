@@ -5,6 +5,8 @@
 
 #include "framework/posixThread.h"
 
+using namespace pa;
+
 threadClass::~threadClass() {
     if (running_.load()) {
         std::terminate();

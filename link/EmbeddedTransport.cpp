@@ -11,7 +11,7 @@ EmbeddedTransport::~EmbeddedTransport() {
 }
 
 void EmbeddedTransport::start(ServerEventSink& sink) {
-    thread_ = std::make_unique<PosixThread>("embedded-link", [this, &sink] { run(sink); });
+    thread_ = std::make_unique<pa::PosixThread>("embedded-link", [this, &sink] { run(sink); });
     {
         const std::lock_guard guard(lock_);
         connected_ = true;
@@ -35,7 +35,7 @@ void EmbeddedTransport::stop() {
     stopping_ = false;
 }
 
-bool EmbeddedTransport::send(const Operation& operation) {
+bool EmbeddedTransport::send(const pa::Operation& operation) {
     {
         const std::lock_guard guard(lock_);
         if (!connected_) {

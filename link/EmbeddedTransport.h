@@ -25,7 +25,7 @@ public:
     virtual void disconnectClient() = 0;
 
     /// Does what an operation asks for, or tells the client why not. May come with no client there.
-    virtual void handleOperation(const Operation& operation) = 0;
+    virtual void handleOperation(const pa::Operation& operation) = 0;
 
     /// Starts or stops the level-meter feed of an amplifier element. Feeds end with the client.
     virtual void meterLevel(bool subscribe, int element) = 0;
@@ -44,7 +44,7 @@ public:
 
     void start(ServerEventSink& sink) override;
     void stop() override;
-    bool send(const Operation& operation) override;
+    bool send(const pa::Operation& operation) override;
     void meterLevel(bool subscribe, int element) override;
     UploadResult upload(const std::string& localPath, const std::string& serverPath) override;
 
@@ -57,7 +57,7 @@ private:
     void run(ServerEventSink& sink);
 
     EmbeddedServer& server_;
-    std::unique_ptr<PosixThread> thread_;  // of start and stop alone
+    std::unique_ptr<pa::PosixThread> thread_;  // of start and stop alone
 
     std::mutex lock_;
     std::condition_variable changed_;

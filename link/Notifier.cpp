@@ -42,7 +42,7 @@ struct Notifier::State {
     /// @return false when the notifier has ended meanwhile
     bool runNext(Guard& guard) {
         const unsigned round = ends;
-        if (const std::int64_t wait = steps.front().dueMS - monotonicMS(); wait > 0) {
+        if (const std::int64_t wait = steps.front().dueMS - pa::monotonicMS(); wait > 0) {
             guard.unlock();
             sleepMS(static_cast<int>(std::min(wait, longestWaitMS)));
             guard.lock();
@@ -118,7 +118,7 @@ void Notifier::add(Step step) {
     state.steps.push_back(std::move(step));
     if (!state.hasThread) {
         try {
-            PosixThread thread(
+            pa::PosixThread thread(
                 "notifier", [shared = state_, round = state.ends] { shared->threadBody(round); });
             thread.detach();
             state.hasThread = true;

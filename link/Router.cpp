@@ -111,20 +111,20 @@ void Router::handle(Record record) {
         if (route->pauses()) {
             handleWithPause(*route, record.key, std::move(record.fields));
         } else {
-            RecordList list(std::move(record.fields));
+            pa::RecordList list(std::move(record.fields));
             route->handle(controller_, record.dstNo, record.key, list.list());
         }
     });
 }
 
 // The steps outlive the router when an observer takes its time, the controller outlives them.
-void Router::handleWithPause(const Route& route, int key, RecordFields fields) {
+void Router::handleWithPause(const Route& route, int key, pa::RecordFields fields) {
     notifier_.waitForRoom();
     const int kind = static_cast<int>(route.kind);
-    const std::int64_t due = monotonicMS() + PAController::notificationPauseMS;
+    const std::int64_t due = pa::monotonicMS() + PAController::notificationPauseMS;
     PAController& controller = controller_;
     if (!notifier_.isHeld(kind, key)) {
-        RecordList list(std::move(fields));
+        pa::RecordList list(std::move(fields));
         const MergeResult result = (controller.*route.halves.merge)(key, list.list());
         if (result != MergeResult::Dropped) {
             notifier_.add({kind, key, due, false, [&controller, &route, key, result] {
@@ -134,7 +134,7 @@ void Router::handleWithPause(const Route& route, int key, RecordFields fields) {
         return;
     }
     // Behind the withdrawal of its key.
-    const auto list = std::make_shared<RecordList>(std::move(fields));
+    const auto list = std::make_shared<pa::RecordList>(std::move(fields));
     const auto result = std::make_shared<MergeResult>(MergeResult::Dropped);
     notifier_.add({kind, key, 0, true, [&controller, &route, key, list, result] {
                        guarded("record", static_cast<int>(route.kind), key, [&] {

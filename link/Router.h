@@ -53,7 +53,7 @@ public:
     void begin();
 
 private:
-    void handleWithPause(const Route& route, int key, RecordFields fields);
+    void handleWithPause(const Route& route, int key, pa::RecordFields fields);
 
     PAController& controller_;
     std::mutex arrival_;  // held while something that has arrived is handled or handed on

@@ -34,7 +34,7 @@ void ServerLink::stop() {
     }
     audioServer_.setUploader({});
     transport_.stop();
-    setLevelMeterSwitch({});  // not before: a connection that is just being made sets it
+    pa::setLevelMeterSwitch({});  // not before: a connection that is just being made sets it
     gQXReceiver.disconnect();
     router_.waitUntilIdle();
     setState(false, false);
@@ -82,7 +82,7 @@ void ServerLink::on(const Connected& connected) {
     audioServer_.setServerInfo(connected.serverInfo);
     setState(true, false);
     gQXReceiver.connect(*this);
-    setLevelMeterSwitch(
+    pa::setLevelMeterSwitch(
         [this](bool subscribe, int element) { transport_.meterLevel(subscribe, element); });
 }
 
@@ -146,7 +146,7 @@ void ServerLink::setState(bool connected, bool ready) {
     changed_.notify_all();
 }
 
-bool ServerLink::sendOperation(const Operation& operation) {
+bool ServerLink::sendOperation(const pa::Operation& operation) {
     return transport_.send(operation);
 }
 

@@ -24,7 +24,7 @@ namespace palink {
 ///
 /// `start` and `stop` are called by one thread; the other functions by any. None but `isConnected`
 /// and the setters of handlers may be called from a callback.
-class ServerLink final : private ServerEventSink, private OperationSender {
+class ServerLink final : private ServerEventSink, private pa::OperationSender {
 public:
     /// Told why the server will not do what an operation asks for. Called on a thread of the
     /// transport, without the controller's mutex. An exception that leaves it is reported.
@@ -65,8 +65,8 @@ public:
     void setLevelHandler(LevelHandler handler);
 
 private:
-    void deliver(ServerEvent event) override;                 // by the transport
-    bool sendOperation(const Operation& operation) override;  // by the send queue
+    void deliver(ServerEvent event) override;                     // by the transport
+    bool sendOperation(const pa::Operation& operation) override;  // by the send queue
 
     void on(const Connected& connected);
     void on(const Disconnected& disconnected);

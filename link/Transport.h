@@ -45,7 +45,7 @@ struct Record {
     int dstNo = 0;  ///< destination number of the server that reports it
     RecordKind kind = RecordKind::Source;
     int key = 0;
-    RecordFields fields;
+    pa::RecordFields fields;
 };
 
 /// Resources are gone.
@@ -105,7 +105,7 @@ public:
 
     /// Takes an operation without blocking on the network.
     /// @return false when the link is down
-    virtual bool send(const Operation& operation) = 0;
+    virtual bool send(const pa::Operation& operation) = 0;
 
     /// Starts or stops the level-meter feed of an amplifier element, without blocking on the
     /// network. A server that is not there is told nothing; a feed ends with its connection.

@@ -7,6 +7,8 @@
 #include "sdk/notify.h"
 #include "sdk/recordColumns.h"
 
+using namespace pa;
+
 namespace {
 
 /// An announcement record, and whether it brought a message content of its own.

@@ -12,6 +12,8 @@
 #include "sdk/paDebug.h"
 #include "sdk/scheduleDescription.h"
 
+using namespace pa;
+
 namespace {
 
 /// What an observer is told of a deleted entry, as the log writes it.
@@ -165,8 +167,8 @@ void PAController::deleteEntries(const DeletionRow<Cache, Argument>& row, int ke
             addNewEventItem(*row.event, eventKey(entryKey, *entry), entry);
         }
         if (row.name != nullptr) {
-            PA_DEBUG(1, "%s: %s >%s< deleted", "deleteAudioVideoControllerInfo", row.name,
-                     asText(*told).c_str());
+            PASDK_DEBUG(1, "%s: %s >%s< deleted", "deleteAudioVideoControllerInfo", row.name,
+                        asText(*told).c_str());
         }
         const LeafGuard leaf(lookupLock);
         cache.erase(entryKey);
@@ -205,7 +207,7 @@ void PAController::removeWithdrawn(const Withdrawal& withdrawal) {
     const auto concerns = [&withdrawal](int server, int kind) {
         return selects(withdrawal.dstNo, server) && selects(withdrawal.kind, kind);
     };
-    const auto visit = [&](const auto& row) PA_REQUIRES(paControllerMtx) {
+    const auto visit = [&](const auto& row) PASDK_REQUIRES(paControllerMtx) {
         if (concerns(row.server, row.kind)) {
             deleteEntries(row, withdrawal.key);
         }

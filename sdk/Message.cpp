@@ -8,6 +8,8 @@
 #include "sdk/checks.h"
 #include "sdk/globals.h"
 
+using namespace pa;
+
 namespace {
 
 constexpr char uploadFolder[] = "/home/quillon/tmp/";

@@ -8,6 +8,8 @@
 #include "sdk/notify.h"
 #include "sdk/paDebug.h"
 
+using namespace pa;
+
 namespace {
 
 constexpr int workerPauseMS = 9000;
@@ -49,7 +51,7 @@ void PAController::registerObserver(PAControllerObserver* observer) {
                     "registerObserver");
         return;
     }
-    PA_DEBUG(1, "%s: Adding observer to list. Total Observers >%zd<", "registerObserver", total);
+    PASDK_DEBUG(1, "%s: Adding observer to list. Total Observers >%zd<", "registerObserver", total);
 }
 
 std::vector<PAControllerObserver*> PAController::observers() const {
@@ -68,7 +70,7 @@ void PAController::reportThrowingObserver() {
 }
 
 int PAController::threadFunction(void* /*argument*/) {
-    PA_DEBUG(3, "%s: PAController worker thread started", "threadFunction");
+    PASDK_DEBUG(3, "%s: PAController worker thread started", "threadFunction");
     while (true) {
         try {
             const MutexGuard guard(paControllerMtx);

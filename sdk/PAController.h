@@ -25,7 +25,9 @@
 #include "sdk/TTSDictionary.h"
 #include "sdk/lock.h"
 
+namespace pa {
 class Payload;
+}
 
 /// Parameters of the reduced `playMessage`. A plain value.
 struct PlayMessageParams {
@@ -406,11 +408,11 @@ private:
     template <class Record>
     void publish(std::map<int, Record>& cache, int key, bool changed,
                  void (PAControllerObserver::*slot)(Record), EventItem::EVENT_TYPE event)
-        PA_REQUIRES(paControllerMtx);
+        PASDK_REQUIRES(paControllerMtx);
 
     template <class Cache, class Argument>
     void deleteEntries(const DeletionRow<Cache, Argument>& row, int key)
-        PA_REQUIRES(paControllerMtx);
+        PASDK_REQUIRES(paControllerMtx);
 
     /// What a call of deleteAudioVideoControllerInfo asks for.
     struct Withdrawal {
@@ -424,8 +426,8 @@ private:
         std::deque<Withdrawal> waiting;
         bool resetWaits = false;
     };
-    void removeWithdrawn(const Withdrawal& withdrawal) PA_REQUIRES(paControllerMtx);
-    void runWithdrawals() PA_REQUIRES(paControllerMtx);
+    void removeWithdrawn(const Withdrawal& withdrawal) PASDK_REQUIRES(paControllerMtx);
+    void runWithdrawals() PASDK_REQUIRES(paControllerMtx);
 
     /// What came of a request for a change of a lock.
     struct LockRequest {
@@ -434,63 +436,64 @@ private:
     };
     std::vector<PAControllerObserver*> observers() const;
     void reportThrowingObserver();
-    void renewSourceLocks() PA_REQUIRES(paControllerMtx);
-    void giveUpOldPreviews() PA_REQUIRES(paControllerMtx);
+    void renewSourceLocks() PASDK_REQUIRES(paControllerMtx);
+    void giveUpOldPreviews() PASDK_REQUIRES(paControllerMtx);
     bool mayWaitForServer(const char* caller) const;
-    void updateLockStatus(int sourceId, const std::string& lockedUUID) PA_REQUIRES(paControllerMtx);
-    void forgetLocks() PA_REQUIRES(paControllerMtx);
+    void updateLockStatus(int sourceId, const std::string& lockedUUID)
+        PASDK_REQUIRES(paControllerMtx);
+    void forgetLocks() PASDK_REQUIRES(paControllerMtx);
     /// The entry of a source, null for none.
-    PaSourceLockStatus* lockOf(int sourceId) PA_REQUIRES(paControllerMtx);
+    PaSourceLockStatus* lockOf(int sourceId) PASDK_REQUIRES(paControllerMtx);
     bool changeLock(const char* caller, int sourceId, bool attaching);
     LockRequest requestLock(int sourceId, const std::string& self, bool attaching);
     void subscribeVUMeter(bool subscribe, int sourceId);
     bool hasSwTriggers() const;
     void sendSwTrigger(int triggerId, const char* caller, int operationNumber,
-                       Payload (*payloadOf)(const PaSWTrigger&));
-    std::string completePreviews(const TTSDictionary& item) PA_REQUIRES(paControllerMtx);
+                       pa::Payload (*payloadOf)(const PaSWTrigger&));
+    std::string completePreviews(const TTSDictionary& item) PASDK_REQUIRES(paControllerMtx);
     std::optional<std::string> takeOldPreview(std::time_t now,
                                               const std::optional<std::string>& behind)
-        PA_REQUIRES(paControllerMtx);
+        PASDK_REQUIRES(paControllerMtx);
     void passMutex();
     std::string createScheduleHelper(bool serverAssignsId, const ScheduleDefinition& def);
     std::optional<int> idOfRequest(const std::string& requestUUID);
     /// The stored schedule, null for none. It stays where it is while the mutex is held.
-    ScheduleDefinition* scheduleOf(int scheduleId) PA_REQUIRES(paControllerMtx);
+    ScheduleDefinition* scheduleOf(int scheduleId) PASDK_REQUIRES(paControllerMtx);
     void tellUploadFailed(const std::string& requestId);
 
-    std::map<int, PaSource> availablePaSources PA_GUARDED_BY(paControllerMtx);
+    std::map<int, PaSource> availablePaSources PASDK_GUARDED_BY(paControllerMtx);
     /// In order of arrival.
-    std::vector<PaSourceLockStatus> availablePaSourcesLockStatus PA_GUARDED_BY(paControllerMtx);
-    std::map<int, PaSink> availablePaSinks PA_GUARDED_BY(paControllerMtx);
-    std::map<int, PaTrigger> availablePaTriggersHW PA_GUARDED_BY(paControllerMtx);
-    std::vector<PaSWTrigger> availablePaTriggersSW PA_GUARDED_BY(lookupLock);
-    std::map<int, PaSelector> availablePaSelectors PA_GUARDED_BY(paControllerMtx);
+    std::vector<PaSourceLockStatus> availablePaSourcesLockStatus PASDK_GUARDED_BY(paControllerMtx);
+    std::map<int, PaSink> availablePaSinks PASDK_GUARDED_BY(paControllerMtx);
+    std::map<int, PaTrigger> availablePaTriggersHW PASDK_GUARDED_BY(paControllerMtx);
+    std::vector<PaSWTrigger> availablePaTriggersSW PASDK_GUARDED_BY(lookupLock);
+    std::map<int, PaSelector> availablePaSelectors PASDK_GUARDED_BY(paControllerMtx);
     /// By element number of the source record.
     std::map<int, std::set<std::string>> attachedPaZonesToPaSourceList
-        PA_GUARDED_BY(paControllerMtx);
+        PASDK_GUARDED_BY(paControllerMtx);
 
     /// Held across callbacks of observers, hence re-entrant. Taken before lookupLock.
     mutable qxLocalMutex paControllerMtx{true};
     /// Guards what is searched or cleared without waiting for a callback that is running. What it
     /// guards changes under both locks, but for the registration of observers and the last step of
     /// initPaResources.
-    mutable LeafLock lookupLock;
+    mutable pa::LeafLock lookupLock;
 
     /// In registration order; not owned.
-    std::vector<PAControllerObserver*> paControllerObservers PA_GUARDED_BY(lookupLock);
+    std::vector<PAControllerObserver*> paControllerObservers PASDK_GUARDED_BY(lookupLock);
 
-    std::map<int, PaZone> availablePaZonesPrimaryServer PA_GUARDED_BY(paControllerMtx);
-    std::map<int, PaZone> availablePaZonesLocalServer PA_GUARDED_BY(paControllerMtx);
-    ScheduleCache scheduleList PA_GUARDED_BY(lookupLock);
-    std::map<int, TTSVocalizer> ttsVocalizertList PA_GUARDED_BY(paControllerMtx);
-    std::map<int, TTSDictionary> ttsDictionaryList PA_GUARDED_BY(paControllerMtx);
+    std::map<int, PaZone> availablePaZonesPrimaryServer PASDK_GUARDED_BY(paControllerMtx);
+    std::map<int, PaZone> availablePaZonesLocalServer PASDK_GUARDED_BY(paControllerMtx);
+    pa::ScheduleCache scheduleList PASDK_GUARDED_BY(lookupLock);
+    std::map<int, TTSVocalizer> ttsVocalizertList PASDK_GUARDED_BY(paControllerMtx);
+    std::map<int, TTSDictionary> ttsDictionaryList PASDK_GUARDED_BY(paControllerMtx);
     /// By request id.
-    std::map<std::string, TTSPendingInfo> ttsPendingPreviewList PA_GUARDED_BY(lookupLock);
-    std::map<int, AnnouncementRequest> activeAnnouncementRequestList PA_GUARDED_BY(lookupLock);
+    std::map<std::string, TTSPendingInfo> ttsPendingPreviewList PASDK_GUARDED_BY(lookupLock);
+    std::map<int, AnnouncementRequest> activeAnnouncementRequestList PASDK_GUARDED_BY(lookupLock);
 
     /// Where availablePaSourcesLockStatus has the first entry of a source.
-    std::unordered_map<int, std::size_t> lockIndex PA_GUARDED_BY(paControllerMtx);
-    Deletion deletion PA_GUARDED_BY(paControllerMtx);
+    std::unordered_map<int, std::size_t> lockIndex PASDK_GUARDED_BY(paControllerMtx);
+    Deletion deletion PASDK_GUARDED_BY(paControllerMtx);
 };
 
 /// The controller of the process: ready before main and in every static constructor (but for one

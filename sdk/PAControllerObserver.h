@@ -58,6 +58,8 @@ public:
     virtual ~PAControllerObserver() = default;
 };
 
+namespace pa {
+
 /// An observer that ignores everything, for applications that want a few of the callbacks.
 class PAControllerObserverAdapter : public PAControllerObserver {
 public:
@@ -78,3 +80,5 @@ public:
     void onMessageUpdate(AnnouncementRequest) override {}
     void onMessageDelete(AnnouncementRequest) override {}
 };
+
+}  // namespace pa

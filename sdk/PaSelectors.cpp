@@ -6,6 +6,8 @@
 #include "sdk/recordColumns.h"
 #include "sdk/recordMerge.h"
 
+using namespace pa;
+
 namespace {
 
 constexpr Column<PaSelector> columns[] = {
@@ -50,10 +52,10 @@ void PAController::addUpdatePaSelector(int elemNo, TEVlist* elemArgList) {
         mergeRecord(availablePaSelectors, elemNo, decoded, fields, matchById<PaSelector>);
     const int selectorId = availablePaSelectors.at(elemNo).id;
     if (merged == Merge::Updated) {
-        PA_DEBUG(1, "%s: selectorId >%d< updated", "addUpdatePaSelector", selectorId);
+        PASDK_DEBUG(1, "%s: selectorId >%d< updated", "addUpdatePaSelector", selectorId);
     } else if (merged == Merge::Added) {
-        PA_DEBUG(1, "%s: selectorId >%d< added to list. Total selectors >%zd<",
-                 "addUpdatePaSelector", selectorId, availablePaSelectors.size());
+        PASDK_DEBUG(1, "%s: selectorId >%d< added to list. Total selectors >%zd<",
+                    "addUpdatePaSelector", selectorId, availablePaSelectors.size());
     }
     publish(availablePaSelectors, elemNo, merged != Merge::Unchanged,
             &PAControllerObserver::onPaSelectorUpdate, EventItem::PA_SELECTOR_UPDATED);

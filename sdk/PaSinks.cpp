@@ -15,6 +15,8 @@
 #include "sdk/recordMerge.h"
 #include "sdk/requestParts.h"
 
+using namespace pa;
+
 namespace {
 
 /// The names end at 7 on purpose: the types above are valid and have none.
@@ -108,10 +110,10 @@ void PAController::addUpdatePaSink(int elemNo, TEVlist* elemArgList) {
         if (audioServer != nullptr && sink.mediaLog != mediaLogBefore && !sink.mediaLog.empty()) {
             audioServer->addCampaignLog(sink.mediaLog);
         }
-        PA_DEBUG(1, "%s: sinkId >%d< updated", "addUpdatePaSink", sink.id);
+        PASDK_DEBUG(1, "%s: sinkId >%d< updated", "addUpdatePaSink", sink.id);
     } else if (merged == Merge::Added) {
-        PA_DEBUG(1, "%s: sinkId >%d< added to list. Total sinks >%zd<", "addUpdatePaSink", sink.id,
-                 availablePaSinks.size());
+        PASDK_DEBUG(1, "%s: sinkId >%d< added to list. Total sinks >%zd<", "addUpdatePaSink",
+                    sink.id, availablePaSinks.size());
     }
     publish(availablePaSinks, elemNo, merged != Merge::Unchanged,
             &PAControllerObserver::onPaSinkUpdate, EventItem::PA_SINK_UPDATED);

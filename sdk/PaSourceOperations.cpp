@@ -13,6 +13,8 @@
 #include "sdk/requestParts.h"
 #include "sdk/serverWait.h"
 
+using namespace pa;
+
 namespace {
 
 constexpr int attachSource = 1;
@@ -164,8 +166,8 @@ void PAController::renewSourceLocks() {
             continue;  // nobody's lock, or another client's
         }
         sendToActiveServer(renewLock, lockPayload(lock.sourceId, lock.lockedUUID));
-        PA_DEBUG(1, "%s: sending extend lock for sourceId >%d<, UUID >%s<", "threadFunction",
-                 lock.sourceId, lock.lockedUUID.c_str());
+        PASDK_DEBUG(1, "%s: sending extend lock for sourceId >%d<, UUID >%s<", "threadFunction",
+                    lock.sourceId, lock.lockedUUID.c_str());
     }
 }
 

@@ -10,6 +10,8 @@
 #include "sdk/recordColumns.h"
 #include "sdk/recordMerge.h"
 
+using namespace pa;
+
 namespace {
 
 /// What a source record brings beside the source itself.
@@ -73,11 +75,11 @@ PAController::MergeResult PAController::mergePaSource(int key, TEVlist* record) 
         mergeRecord<PaSource>(availablePaSources, key, decoded, fields, matchById<PaSource>);
     const int sourceId = availablePaSources.at(key).id;
     if (merged == Merge::Updated) {
-        PA_DEBUG(1, "%s: sourceId >%d< updated. Total available sources >%zd<", "addUpdatePaSource",
-                 sourceId, availablePaSources.size());
+        PASDK_DEBUG(1, "%s: sourceId >%d< updated. Total available sources >%zd<",
+                    "addUpdatePaSource", sourceId, availablePaSources.size());
     } else if (merged == Merge::Added) {
-        PA_DEBUG(1, "%s: sourceId >%d< added to list. Total available sources >%zd<",
-                 "addUpdatePaSource", sourceId, availablePaSources.size());
+        PASDK_DEBUG(1, "%s: sourceId >%d< added to list. Total available sources >%zd<",
+                    "addUpdatePaSource", sourceId, availablePaSources.size());
     }
     updateLockStatus(decoded.id, decoded.lockedUUID);
     return merged == Merge::Unchanged ? MergeResult::Unchanged : MergeResult::Changed;
@@ -97,17 +99,18 @@ PaSourceLockStatus* PAController::lockOf(int sourceId) {
 void PAController::updateLockStatus(int sourceId, const std::string& lockedUUID) {
     if (PaSourceLockStatus* const known = lockOf(sourceId); known != nullptr) {
         known->lockedUUID = lockedUUID;
-        PA_DEBUG(1, "%s: Lock Info for sourceId >%d< updated. Updated UUID >%s<",
-                 "addUpdatePaSource", sourceId, lockedUUID.c_str());
+        PASDK_DEBUG(1, "%s: Lock Info for sourceId >%d< updated. Updated UUID >%s<",
+                    "addUpdatePaSource", sourceId, lockedUUID.c_str());
         return;
     }
     auto& locks = availablePaSourcesLockStatus;
     lockIndex.emplace(sourceId, locks.size());
     locks.push_back({sourceId, lockedUUID});
-    PA_DEBUG(1,
-             "%s: Lock Info for sourceId >%d<, UUID >%s< added to list. Total available lock info "
-             "in list >%zd<",
-             "addUpdatePaSource", sourceId, lockedUUID.c_str(), locks.size());
+    PASDK_DEBUG(
+        1,
+        "%s: Lock Info for sourceId >%d<, UUID >%s< added to list. Total available lock info "
+        "in list >%zd<",
+        "addUpdatePaSource", sourceId, lockedUUID.c_str(), locks.size());
 }
 
 void PAController::forgetLocks() {

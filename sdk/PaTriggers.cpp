@@ -13,6 +13,8 @@
 #include "sdk/recordColumns.h"
 #include "sdk/recordMerge.h"
 
+using namespace pa;
+
 namespace {
 
 /// What a trigger record brings beside the trigger itself.
@@ -67,10 +69,10 @@ void PAController::addUpdatePaTrigger(int elemNo, TEVlist* elemArgList) {
                                                 matchById<PaTrigger>);
     const int triggerId = availablePaTriggersHW.at(elemNo).id;
     if (merged == Merge::Updated) {
-        PA_DEBUG(1, "%s: triggerId >%d< updated", "addUpdatePaTrigger", triggerId);
+        PASDK_DEBUG(1, "%s: triggerId >%d< updated", "addUpdatePaTrigger", triggerId);
     } else if (merged == Merge::Added) {
-        PA_DEBUG(1, "%s: triggerId >%d< added to list. Total HW triggers >%zd<",
-                 "addUpdatePaTrigger", triggerId, availablePaTriggersHW.size());
+        PASDK_DEBUG(1, "%s: triggerId >%d< added to list. Total HW triggers >%zd<",
+                    "addUpdatePaTrigger", triggerId, availablePaTriggersHW.size());
     }
     publish(availablePaTriggersHW, elemNo, merged != Merge::Unchanged,
             &PAControllerObserver::onPaTriggerUpdate, EventItem::PA_TRIGGER_UPDATED);

@@ -11,6 +11,8 @@
 #include "sdk/recordColumns.h"
 #include "sdk/recordMerge.h"
 
+using namespace pa;
+
 namespace {
 
 constexpr Column<PaZone> columns[] = {
@@ -77,11 +79,11 @@ void PAController::addUpdatePaZone(int dstNo, int elemNo, TEVlist* elemArgList) 
     }
     const std::string& zoneId = cache.at(elemNo).id;
     if (merged == Merge::Updated) {
-        PA_DEBUG(1, "%s: updated key >%d< PaZone Label >%s<", "addUpdatePaZone", elemNo,
-                 zoneId.c_str());
+        PASDK_DEBUG(1, "%s: updated key >%d< PaZone Label >%s<", "addUpdatePaZone", elemNo,
+                    zoneId.c_str());
     } else {
-        PA_DEBUG(1, "%s: PaZone added to local cache: key >%d< PaZone Label >%s<",
-                 "addUpdatePaZone", elemNo, zoneId.c_str());
+        PASDK_DEBUG(1, "%s: PaZone added to local cache: key >%d< PaZone Label >%s<",
+                    "addUpdatePaZone", elemNo, zoneId.c_str());
     }
     if (isActiveServer(dstNo, localServer) && !observers().empty()) {
         publish(cache, elemNo, true, &PAControllerObserver::onPaZoneUpdate,

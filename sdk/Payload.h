@@ -8,6 +8,8 @@
 #include "framework/fieldEncoding.h"
 #include "sdk/numberText.h"
 
+namespace pa {
+
 /// Builds the text of an operation, piece by piece. A plain value without a lock.
 class Payload {
 public:
@@ -59,3 +61,5 @@ public:
 private:
     std::string text_;
 };
+
+}  // namespace pa

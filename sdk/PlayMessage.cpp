@@ -9,6 +9,8 @@
 #include "sdk/queueOperation.h"
 #include "sdk/requestParts.h"
 
+using namespace pa;
+
 namespace {
 
 constexpr int playOperation = 17;

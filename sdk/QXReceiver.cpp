@@ -10,6 +10,8 @@
 #include "framework/posixThread.h"
 #include "sdk/SendQueue.h"
 
+using namespace pa;
+
 namespace {
 
 void reportDropped(const SendQueue::Waiting& dropped, const char* why) {

@@ -4,6 +4,8 @@
 #include <cstddef>
 #include <string>
 
+namespace pa {
+
 /// The class of the operations of PA resources, announcements and schedules.
 constexpr int paClass = 92;
 
@@ -27,6 +29,8 @@ public:
     virtual bool sendOperation(const Operation& operation) = 0;
 };
 
+}  // namespace pa
+
 /// The send queue of the server link: bounded, first in first out, one for the process.
 ///
 /// Every function may be called from any thread, with the controller's mutex held. While no sender
@@ -42,7 +46,7 @@ public:
                                  const std::string& payload);
 
     /// Has the waiting operations and all later ones handed to `sender`, in order.
-    void connect(OperationSender& sender);
+    void connect(pa::OperationSender& sender);
 
     /// The link is down. When this returns no sender is in use any more. Not to be called from
     /// `sendOperation`.

@@ -2,6 +2,8 @@
 
 #include "sdk/scheduleDescription.h"
 
+namespace pa {
+
 ScheduleDefinition* ScheduleCache::find(int id) {
     const auto arrival = byId_.find(id);
     return arrival == byId_.end() ? nullptr : &byArrival_.at(arrival->second).schedule;
@@ -77,3 +79,5 @@ void ScheduleCache::addToRequests(Arrival arrival, Entry& entry) {
 void ScheduleCache::removeFromRequests(Arrival arrival, const Entry& entry) {
     byRequest_.erase({entry.requestUUID, arrival});
 }
+
+}  // namespace pa

@@ -12,6 +12,8 @@
 
 #include "sdk/ScheduleDefinition.h"
 
+namespace pa {
+
 /// The schedules that the server has told of, in order of arrival, found by identifier in constant
 /// and by the UUID of their request in logarithmic time. A plain value without a lock.
 class ScheduleCache {
@@ -55,3 +57,5 @@ private:
     std::unordered_map<int, Arrival> byId_;
     std::set<std::pair<std::string, Arrival>> byRequest_;
 };
+
+}  // namespace pa

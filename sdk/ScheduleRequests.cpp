@@ -11,6 +11,8 @@
 #include "sdk/scheduleDescription.h"
 #include "sdk/serverWait.h"
 
+using namespace pa;
+
 namespace {
 
 bool isSpoken(AnnouncementType type) {
@@ -160,5 +162,5 @@ void PAController::deleteSchedule(int scheduleId) {
         }
     }
     queueOperation(destination::directLink, paClass, 20, Payload().number(scheduleId));
-    PA_DEBUG(2, "%s: request sent to AS to delete schduleId >%d<", "deleteSchedule", scheduleId);
+    PASDK_DEBUG(2, "%s: request sent to AS to delete schduleId >%d<", "deleteSchedule", scheduleId);
 }

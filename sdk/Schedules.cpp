@@ -10,6 +10,8 @@
 #include "sdk/scheduleDescription.h"
 #include "sdk/scheduleRecord.h"
 
+using namespace pa;
+
 namespace {
 
 constexpr char handler[] = "updateScheduleList";
@@ -41,10 +43,10 @@ PAController::MergeResult PAController::mergeSchedule(int scheduleId, TEVlist* r
         total = scheduleList.size();
     }
     if (added) {
-        PA_DEBUG(1, "%s: scheduleId >%d< added to list. Total schedules >%zd<", handler, scheduleId,
-                 total);
+        PASDK_DEBUG(1, "%s: scheduleId >%d< added to list. Total schedules >%zd<", handler,
+                    scheduleId, total);
     } else {
-        PA_DEBUG(1, "%s: scheduleId=%d updated<", handler, scheduleId);
+        PASDK_DEBUG(1, "%s: scheduleId=%d updated<", handler, scheduleId);
     }
     return MergeResult::Changed;  // every record counts as a change
 }

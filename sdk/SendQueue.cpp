@@ -2,6 +2,8 @@
 
 #include <utility>
 
+using namespace pa;
+
 bool SendQueue::push(Operation operation, std::int64_t nowMS) {
     if (waiting_.size() >= capacity_) {
         return false;

@@ -9,6 +9,8 @@
 
 #include "sdk/QXReceiver.h"
 
+namespace pa {
+
 /// The inside of the send queue: what waits, in which order and how long. A plain value without a
 /// lock; times are in ms of the host's monotonic clock.
 class SendQueue {
@@ -41,3 +43,5 @@ private:
     std::chrono::milliseconds maxWait_{5000};
     std::deque<Waiting> waiting_;  // oldest first
 };
+
+}  // namespace pa

@@ -10,6 +10,8 @@
 #include "sdk/recordColumns.h"
 #include "sdk/recordMerge.h"
 
+using namespace pa;
+
 namespace {
 
 constexpr double longestWait = 90.0;  // seconds
@@ -43,9 +45,9 @@ void PAController::updateFromTTS_Dictionary(int key, TEVlist* record) {
     const Merge merged =
         mergeRecord(ttsDictionaryList, key, decoded, fields, matchByKey<TTSDictionary>);
     if (merged != Merge::Unchanged) {
-        PA_DEBUG(1, "%s: TTS Dictionary Item >%d< UUID >%s< %s. Text >%s<",
-                 "updateFromTTS_Dictionary", key, decoded.uuid.c_str(),
-                 merged == Merge::Added ? "added" : "updated", decoded.text.c_str());
+        PASDK_DEBUG(1, "%s: TTS Dictionary Item >%d< UUID >%s< %s. Text >%s<",
+                    "updateFromTTS_Dictionary", key, decoded.uuid.c_str(),
+                    merged == Merge::Added ? "added" : "updated", decoded.text.c_str());
     }
     const std::string completed = completePreviews(decoded);
     const bool rendered = decoded.portNo != failedPort;

@@ -5,6 +5,8 @@
 #include "sdk/recordColumns.h"
 #include "sdk/recordMerge.h"
 
+using namespace pa;
+
 namespace {
 
 constexpr Column<TTSVocalizer> columns[] = {
@@ -35,9 +37,9 @@ void PAController::updateFromTTS_Ports(int portNo, TEVlist* record) {
     const Merge merged =
         mergeRecord(ttsVocalizertList, portNo, decoded, fields, matchByKey<TTSVocalizer>);
     if (merged != Merge::Unchanged) {
-        PA_DEBUG(1, "%s: %s - TTS Dictionary Port >%d< Language >%s< Voice >%s< Rate >%d<",
-                 "updateFromTTS_Ports", merged == Merge::Added ? "Added" : "Updated", portNo,
-                 decoded.language.c_str(), decoded.voice.c_str(), decoded.rate);
+        PASDK_DEBUG(1, "%s: %s - TTS Dictionary Port >%d< Language >%s< Voice >%s< Rate >%d<",
+                    "updateFromTTS_Ports", merged == Merge::Added ? "Added" : "Updated", portNo,
+                    decoded.language.c_str(), decoded.voice.c_str(), decoded.rate);
     }
 }
 

@@ -2,6 +2,8 @@
 #include "sdk/PAController.h"
 #include "sdk/queueOperation.h"
 
+using namespace pa;
+
 namespace {
 
 void send(int operationClass, int operationNumber, const Payload& payload) {

@@ -4,6 +4,8 @@
 #include <optional>
 #include <vector>
 
+namespace pa {
+
 /// Copies of every value of a cache, in ascending key order.
 template <class Record>
 std::vector<Record> valuesOf(const std::map<int, Record>& cache) {
@@ -55,3 +57,5 @@ void eraseFrom(std::map<int, Record>& cache, int key) {
         cache.erase(key);
     }
 }
+
+}  // namespace pa

@@ -6,6 +6,8 @@
 /// @file
 /// How the operations refuse misuse: with an exception whose text is part of the interface.
 
+namespace pa {
+
 template <class Exception = std::invalid_argument>
 void require(bool condition, const char* text) {
     if (!condition) {
@@ -21,3 +23,5 @@ void requireType(bool supported, const char* complaint, int type) {
         throw Exception(std::string(complaint) + " >" + std::to_string(type) + "<");
     }
 }
+
+}  // namespace pa

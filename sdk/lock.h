@@ -5,36 +5,40 @@
 #include "framework/localMutex.h"
 #include "framework/threadAnnotations.h"
 
+namespace pa {
+
 /// Holds a mutex for a scope.
-class PA_SCOPED_CAPABILITY MutexGuard {
+class PASDK_SCOPED_CAPABILITY MutexGuard {
 public:
-    explicit MutexGuard(qxMutexBase& mutex) PA_ACQUIRE(mutex) : mutex_(mutex) { mutex_.enter(); }
+    explicit MutexGuard(qxMutexBase& mutex) PASDK_ACQUIRE(mutex) : mutex_(mutex) { mutex_.enter(); }
     MutexGuard(const MutexGuard&) = delete;
     MutexGuard& operator=(const MutexGuard&) = delete;
-    ~MutexGuard() PA_RELEASE() { mutex_.leave(); }
+    ~MutexGuard() PASDK_RELEASE() { mutex_.leave(); }
 
 private:
     qxMutexBase& mutex_;
 };
 
 /// A lock for a search or a change alone, never held across a call out. Its holder takes no other.
-class PA_CAPABILITY("mutex") LeafLock {
+class PASDK_CAPABILITY("mutex") LeafLock {
 public:
-    void lock() PA_ACQUIRE() { mutex_.lock(); }
-    void unlock() PA_RELEASE() { mutex_.unlock(); }
+    void lock() PASDK_ACQUIRE() { mutex_.lock(); }
+    void unlock() PASDK_RELEASE() { mutex_.unlock(); }
 
 private:
     std::mutex mutex_;
 };
 
 /// Holds a leaf lock for a scope.
-class PA_SCOPED_CAPABILITY LeafGuard {
+class PASDK_SCOPED_CAPABILITY LeafGuard {
 public:
-    explicit LeafGuard(LeafLock& lock) PA_ACQUIRE(lock) : lock_(lock) { lock_.lock(); }
+    explicit LeafGuard(LeafLock& lock) PASDK_ACQUIRE(lock) : lock_(lock) { lock_.lock(); }
     LeafGuard(const LeafGuard&) = delete;
     LeafGuard& operator=(const LeafGuard&) = delete;
-    ~LeafGuard() PA_RELEASE() { lock_.unlock(); }
+    ~LeafGuard() PASDK_RELEASE() { lock_.unlock(); }
 
 private:
     LeafLock& lock_;
 };
+
+}  // namespace pa

@@ -6,6 +6,8 @@
 /// How the controller's sources call observers and post events; the templates that PAController.h
 /// declares.
 
+namespace pa {
+
 /// The key that an event carries: the resource's id, for zones the cache key.
 template <class Record>
 int eventKey(int /*cacheKey*/, const Record& record) {
@@ -17,6 +19,8 @@ inline int eventKey(int cacheKey, const PaZone& /*zone*/) {
 inline int eventKey(int /*cacheKey*/, const ScheduleDefinition& schedule) {
     return schedule.Id;
 }
+
+}  // namespace pa
 
 template <class... Parameters, class... Arguments>
 void PAController::notifyObservers(void (PAControllerObserver::*slot)(Parameters...),
@@ -41,6 +45,6 @@ void PAController::publish(std::map<int, Record>& cache, int key, bool changed,
         entry = cache.find(key);
     }
     if (entry != cache.end()) {
-        addNewEventItem(event, eventKey(key, entry->second), &entry->second);
+        addNewEventItem(event, pa::eventKey(key, entry->second), &entry->second);
     }
 }

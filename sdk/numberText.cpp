@@ -6,7 +6,9 @@
 #include <cstdlib>
 #include <limits>
 
-int decodeInt(const char* text) {
+using namespace pa;
+
+int pa::decodeInt(const char* text) {
     while (*text == ' ' || (*text >= '\t' && *text <= '\r')) {
         ++text;
     }
@@ -24,18 +26,18 @@ int decodeInt(const char* text) {
     return static_cast<int>(negative ? -value : value);
 }
 
-double decodeDouble(const char* text) {
+double pa::decodeDouble(const char* text) {
     static const locale_t cLocale = newlocale(LC_ALL_MASK, "C", nullptr);
     return strtod_l(text, nullptr, cLocale);
 }
 
-void appendInt(std::string& out, long long value) {
+void pa::appendInt(std::string& out, long long value) {
     std::array<char, 24> digits{};
     const auto end = std::to_chars(digits.data(), digits.data() + digits.size(), value).ptr;
     out.append(digits.data(), end);
 }
 
-void appendDouble(std::string& out, double value) {
+void pa::appendDouble(std::string& out, double value) {
     constexpr int significantDigits = 6;
     std::array<char, 32> digits{};
     const auto end = std::to_chars(digits.data(), digits.data() + digits.size(), value,

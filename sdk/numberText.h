@@ -6,6 +6,8 @@
 /// Numbers as texts of the server link. The process's locale has no say in any of these, and every
 /// one may be called from any thread.
 
+namespace pa {
+
 /// Reads a decimal integer: leading white space, a sign, digits; whatever follows is ignored. A
 /// text without digits is 0, a number beyond the range of int the nearest end of it.
 int decodeInt(const char* text);
@@ -19,3 +21,5 @@ void appendInt(std::string& out, long long value);
 /// Appends a floating-point number with at most six significant digits and no trailing zeros, the
 /// shorter of fixed and exponent notation.
 void appendDouble(std::string& out, double value);
+
+}  // namespace pa

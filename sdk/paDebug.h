@@ -3,7 +3,7 @@
 #include "framework/log.h"
 
 /// Logs at a level when the verbosity asks for it; arguments are evaluated only then.
-#define PA_DEBUG(level, ...)             \
+#define PASDK_DEBUG(level, ...)          \
     do {                                 \
         if (debugLevel > (level)-1) {    \
             debug((level), __VA_ARGS__); \

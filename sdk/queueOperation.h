@@ -4,6 +4,8 @@
 #include "sdk/QXReceiver.h"
 #include "sdk/globals.h"
 
+namespace pa {
+
 /// Destinations of operations. What the send queue makes of them is the link's business.
 namespace destination {
 
@@ -24,3 +26,5 @@ inline void queueOperation(int destinationNo, int operationClass, int operationN
     gQXReceiver.addOperationToSendQueue(destinationNo, operationClass, operationNumber, flag,
                                         payload.text());
 }
+
+}  // namespace pa

@@ -16,6 +16,8 @@
 ///
 /// and `decodeRecord` is the one walk that reads it.
 
+namespace pa {
+
 /// Takes the text of one field into the record.
 template <class Record>
 using Column = void (*)(Record&, const char*);
@@ -79,3 +81,5 @@ inline bool hasRecord(const TEVlist* list, const char* handler, int key) {
     }
     return list != nullptr;
 }
+
+}  // namespace pa

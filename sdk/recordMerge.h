@@ -9,6 +9,8 @@
 /// Which members an update of a cached record compares and copies is a table, and `mergeRecord` is
 /// the one place that reads it.
 
+namespace pa {
+
 /// One member that an update compares and copies.
 template <class Record>
 struct Field {
@@ -79,3 +81,5 @@ Merge mergeRecord(std::map<int, Record>& cache, int key, const Record& decoded,
     }
     return Merge::Updated;
 }
+
+}  // namespace pa

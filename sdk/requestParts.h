@@ -9,6 +9,8 @@
 /// @file
 /// What several requests have in common.
 
+namespace pa {
+
 // id,level,flag,flag
 inline Payload gainPayload(int id, double level, bool first, bool second) {
     Payload payload;
@@ -34,3 +36,5 @@ inline void appendSpoken(Payload& payload, const TTSVocalizer& spoken, int rate)
         .prepared(spoken.text);
     payload.prepared(entry.text());
 }
+
+}  // namespace pa

@@ -10,6 +10,8 @@
 /// In the description of a schedule that this SDK has asked for, the UUID of the request stands
 /// before what the application gave: uuid~description. A waiting request is recognised by it.
 
+namespace pa {
+
 constexpr char behindRequestUUID = '~';
 
 /// The schedule with the description that the application gave.
@@ -28,3 +30,5 @@ inline std::string requestUUIDOf(const std::string& description) {
     splitStr(description.c_str(), behindRequestUUID, pieces, false);
     return pieces.empty() ? std::string() : pieces[0];
 }
+
+}  // namespace pa

@@ -8,6 +8,8 @@
 #include "resource/common/stringUtils.h"
 #include "sdk/recordColumns.h"
 
+using namespace pa;
+
 namespace {
 
 constexpr char handler[] = "updateScheduleList";
@@ -222,7 +224,7 @@ bool takePart(ScheduleRecord& schedule, const std::string& text,
 
 }  // namespace
 
-std::optional<ScheduleDefinition> decodeSchedule(int scheduleId, const TEVlist& list) {
+std::optional<ScheduleDefinition> pa::decodeSchedule(int scheduleId, const TEVlist& list) {
     ScheduleRecord record;
     record.Id = scheduleId;
     decodeRecord(list, columns, record);

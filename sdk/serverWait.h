@@ -5,6 +5,8 @@
 #include "framework/clock.h"
 #include "sdk/globals.h"
 
+namespace pa {
+
 /// Polls for what the server was asked: calls `answer` every 50 ms until it gives something true.
 /// @param sent when the server was asked
 /// @return what `answer` gave; false, or nothing, after `gMaxServerWaitTimeSeconds`
@@ -20,3 +22,5 @@ auto waitForServer(std::time_t sent, Answer answer) -> decltype(answer()) {
     }
     return {};
 }
+
+}  // namespace pa

@@ -93,7 +93,7 @@ void PreviewStudio::enqueue(const Voice& voice, const RetrievalRequest& request)
         throw Refused(std::to_string(mostJobs) + " texts are waiting to be spoken already");
     }
     if (thread_ == nullptr) {
-        thread_ = std::make_unique<PosixThread>("sim-studio", [this] { run(); });
+        thread_ = std::make_unique<pa::PosixThread>("sim-studio", [this] { run(); });
     }
     jobs_.push_back({voice, request.text, {request.id}});
     changed_.notify_all();

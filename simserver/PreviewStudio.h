@@ -73,7 +73,7 @@ private:
     bool reporting_ = false;
     std::vector<Preview> previews_;
     int lastItem_ = 0;
-    std::unique_ptr<PosixThread> thread_;  // null until there is something to speak
+    std::unique_ptr<pa::PosixThread> thread_;  // null until there is something to speak
 };
 
 }  // namespace simserver

@@ -95,7 +95,7 @@ std::string messageContent(const RequestPart& part) {
 
 }  // namespace
 
-RecordFields sourceRecord(const Source& source, const std::string& lockHolder, int dstNo) {
+pa::RecordFields sourceRecord(const Source& source, const std::string& lockHolder, int dstNo) {
     constexpr int notAttached = 1;
     constexpr int attached = 2;
     return {
@@ -119,16 +119,16 @@ RecordFields sourceRecord(const Source& source, const std::string& lockHolder, i
     };
 }
 
-RecordFields attachedZonesRecord(const Source& source) {
+pa::RecordFields attachedZonesRecord(const Source& source) {
     return {zoneField(source.attachedZones)};
 }
 
-RecordFields sinkRecord(const Sink& sink, bool playing) {
+pa::RecordFields sinkRecord(const Sink& sink, bool playing) {
     constexpr int idle = 1;
     constexpr int active = 2;
     constexpr int nothing = 0;
     constexpr int filePlay = 1;
-    RecordFields fields = {
+    pa::RecordFields fields = {
         number(sink.id),
         quotedText(sink.location),
         quotedText(sink.label),
@@ -157,7 +157,7 @@ RecordFields sinkRecord(const Sink& sink, bool playing) {
     return fields;
 }
 
-RecordFields zoneRecord(const Zone& zone, const AnnouncementType* playing) {
+pa::RecordFields zoneRecord(const Zone& zone, const AnnouncementType* playing) {
     const AnnouncementType& type = playing != nullptr ? *playing : *findType(noAnnouncement);
     return {
         quotedText(zone.id),
@@ -171,7 +171,7 @@ RecordFields zoneRecord(const Zone& zone, const AnnouncementType* playing) {
     };
 }
 
-RecordFields triggerRecord(const Trigger& trigger, int dstNo) {
+pa::RecordFields triggerRecord(const Trigger& trigger, int dstNo) {
     constexpr int inactive = 1;
     constexpr int active = 2;
     return {
@@ -189,7 +189,7 @@ RecordFields triggerRecord(const Trigger& trigger, int dstNo) {
     };
 }
 
-RecordFields selectorRecord(const Selector& selector) {
+pa::RecordFields selectorRecord(const Selector& selector) {
     return {
         number(selector.id),
         number(selector.source),
@@ -207,12 +207,12 @@ RecordFields selectorRecord(const Selector& selector) {
     };
 }
 
-RecordFields voiceRecord(const Voice& voice) {
+pa::RecordFields voiceRecord(const Voice& voice) {
     return {quotedText(voice.language), quotedText(voice.voice), number(voice.rate),
             quotedText(voice.text)};
 }
 
-RecordFields previewRecord(const Preview& preview) {
+pa::RecordFields previewRecord(const Preview& preview) {
     return {
         number(preview.port),
         quotedText(preview.uuid),
@@ -224,9 +224,9 @@ RecordFields previewRecord(const Preview& preview) {
     };
 }
 
-RecordFields announcementRecord(const PlayPart& part, std::time_t epoch) {
+pa::RecordFields announcementRecord(const PlayPart& part, std::time_t epoch) {
     const StateText& state = textOf(part.state);
-    RecordFields fields = {quotedText(part.requestId)};
+    pa::RecordFields fields = {quotedText(part.requestId)};
     fields.resize(5);  // 1 to 4 are skipped
     fields.emplace_back(state.text);
     fields.push_back(absent);

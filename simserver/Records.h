@@ -13,21 +13,21 @@
 namespace simserver {
 
 /// @param lockHolder UUID of the client that holds its lock, empty for none
-RecordFields sourceRecord(const Source& source, const std::string& lockHolder, int dstNo);
-RecordFields attachedZonesRecord(const Source& source);
+pa::RecordFields sourceRecord(const Source& source, const std::string& lockHolder, int dstNo);
+pa::RecordFields attachedZonesRecord(const Source& source);
 
 /// @param playing whether anything is heard from it
-RecordFields sinkRecord(const Sink& sink, bool playing);
+pa::RecordFields sinkRecord(const Sink& sink, bool playing);
 
 /// @param playing the type of what plays there, null for nothing
-RecordFields zoneRecord(const Zone& zone, const AnnouncementType* playing);
+pa::RecordFields zoneRecord(const Zone& zone, const AnnouncementType* playing);
 
-RecordFields triggerRecord(const Trigger& trigger, int dstNo);
-RecordFields selectorRecord(const Selector& selector);
-RecordFields voiceRecord(const Voice& voice);
-RecordFields previewRecord(const Preview& preview);
+pa::RecordFields triggerRecord(const Trigger& trigger, int dstNo);
+pa::RecordFields selectorRecord(const Selector& selector);
+pa::RecordFields voiceRecord(const Voice& voice);
+pa::RecordFields previewRecord(const Preview& preview);
 
 /// @param epoch wall clock at simulated time 0
-RecordFields announcementRecord(const PlayPart& part, std::time_t epoch);
+pa::RecordFields announcementRecord(const PlayPart& part, std::time_t epoch);
 
 }  // namespace simserver

@@ -70,9 +70,9 @@ std::string timeField(const LocalMinute& time) {
 
 }  // namespace
 
-RecordFields scheduleRecord(const Schedule& schedule) {
+pa::RecordFields scheduleRecord(const Schedule& schedule) {
     const RunTimes& times = schedule.times;
-    RecordFields fields = {
+    pa::RecordFields fields = {
         quotedText(schedule.description),
         dayField(times.start),
         timeField(times.start),

@@ -7,6 +7,6 @@ namespace simserver {
 
 /// What the server says of a schedule: the fields of its record in wire order. Every list is
 /// encoded once for each time that its reader splits or translates it.
-RecordFields scheduleRecord(const Schedule& schedule);
+pa::RecordFields scheduleRecord(const Schedule& schedule);
 
 }  // namespace simserver

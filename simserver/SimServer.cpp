@@ -33,8 +33,8 @@ std::vector<std::string> idsOf(const std::vector<Zone>& zones) {
 SimServer::SimServer(Station station, Options options)
     : options_(checked(std::move(options))),
       spool_(options_.spool),
-      epoch_(options_.clock.value_or(wallClock())),
-      startMS_(monotonicMS()),
+      epoch_(options_.clock.value_or(pa::wallClock())),
+      startMS_(pa::monotonicMS()),
       station_(std::move(station)),
       repertoire_(station_, spool_),
       engine_(idsOf(station_.zones), *this),
@@ -47,7 +47,7 @@ SimServer::SimServer(Station station, Options options)
           tellPreview(preview);
       }) {
     if (!options_.manualTime) {
-        clock_ = std::make_unique<PosixThread>("sim-clock", [this] { runClock(); });
+        clock_ = std::make_unique<pa::PosixThread>("sim-clock", [this] { runClock(); });
     }
 }
 
@@ -125,7 +125,7 @@ void SimServer::withholdRequests(bool on) {
     requestsWithheld_ = on;
 }
 
-void SimServer::handleOperation(const Operation& operation) {
+void SimServer::handleOperation(const pa::Operation& operation) {
     const std::lock_guard guard(lock_);
     if (requestsWithheld_) {
         return;
@@ -138,7 +138,7 @@ void SimServer::handleOperation(const Operation& operation) {
     }
 }
 
-std::optional<std::string> SimServer::operateAsOther(const Operation& operation) {
+std::optional<std::string> SimServer::operateAsOther(const pa::Operation& operation) {
     const std::lock_guard guard(lock_);
     try {
         perform(operation);
@@ -149,7 +149,7 @@ std::optional<std::string> SimServer::operateAsOther(const Operation& operation)
 }
 
 /// An operation that is refused has changed nothing.
-void SimServer::perform(const Operation& operation) {
+void SimServer::perform(const pa::Operation& operation) {
     catchUp();
     requestId_.clear();
     const auto* const row = std::find_if(

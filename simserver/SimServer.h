@@ -51,7 +51,7 @@ public:
 
     void connectClient(palink::ServerEventSink& client) override;
     void disconnectClient() override;
-    void handleOperation(const Operation& operation) override;
+    void handleOperation(const pa::Operation& operation) override;
     void meterLevel(bool subscribe, int element) override;
     palink::UploadResult storeFile(const std::string& localPath,
                                    const std::string& serverPath) override;
@@ -66,7 +66,7 @@ public:
     /// Does what another client asks for, beside the connected one. That one hears of what changes,
     /// and of no refusal.
     /// @return why it is refused, nothing when it is done
-    std::optional<std::string> operateAsOther(const Operation& operation);
+    std::optional<std::string> operateAsOther(const pa::Operation& operation);
 
     /// Closes or opens the contact of a hardware trigger.
     /// @throws Refused when there is no such trigger
@@ -104,7 +104,7 @@ private:
     };
     static const TimedRow timed[];
 
-    void perform(const Operation& operation);
+    void perform(const pa::Operation& operation);
     void play(const std::string& payload);
     void cancel(const std::string& payload);
     std::string newRequestId(const std::string& kind = "server");
@@ -174,7 +174,7 @@ private:
     void readMeters();
 
     void tell(palink::ServerEvent event);
-    void tellRecord(palink::RecordKind kind, int key, RecordFields fields);
+    void tellRecord(palink::RecordKind kind, int key, pa::RecordFields fields);
     void tellGone(palink::RecordKind kind, int key);
     void tellAll();
     void tellActivity();
@@ -208,8 +208,8 @@ private:
     bool requestsWithheld_ = false;
     bool stopping_ = false;
 
-    std::unique_ptr<PosixThread> clock_;  // null with manual time
-    PreviewStudio studio_;                // locks for itself; its reports take lock_
+    std::unique_ptr<pa::PosixThread> clock_;  // null with manual time
+    PreviewStudio studio_;                    // locks for itself; its reports take lock_
 };
 
 }  // namespace simserver

@@ -34,7 +34,7 @@ Source& SimServer::sourceOf(int id) {
 void SimServer::attachSource(const std::string& payload) {
     const LockRequest request = decodeLock(payload);
     const Source& source = sourceOf(request.sourceId);
-    const bool wasFree = locks_.take(source.id, request.client, monotonicMS());
+    const bool wasFree = locks_.take(source.id, request.client, pa::monotonicMS());
     tellSource(source);
     if (wasFree) {
         followClient(source, "");
@@ -53,7 +53,7 @@ void SimServer::extendLock(const std::string& payload) {
     const LockRequest request = decodeLock(payload);
     const Source& source = sourceOf(request.sourceId);
     if (!renewalsWithheld_) {
-        locks_.renew(source.id, request.client, monotonicMS());
+        locks_.renew(source.id, request.client, pa::monotonicMS());
     }
 }
 
@@ -63,7 +63,7 @@ void SimServer::withholdRenewals(bool on) {
 }
 
 void SimServer::lapseLocks() {
-    const std::vector<int> lapsed = locks_.lapse(monotonicMS());
+    const std::vector<int> lapsed = locks_.lapse(pa::monotonicMS());
     for (const int id : lapsed) {
         const Source& source = sourceOf(id);
         tellSource(source);

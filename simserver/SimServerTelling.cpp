@@ -15,7 +15,7 @@ void SimServer::tell(palink::ServerEvent event) {
     }
 }
 
-void SimServer::tellRecord(RecordKind kind, int key, RecordFields fields) {
+void SimServer::tellRecord(RecordKind kind, int key, pa::RecordFields fields) {
     tell(palink::Record{station_.dstNo, kind, key, std::move(fields)});
 }
 

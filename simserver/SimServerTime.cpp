@@ -25,14 +25,14 @@ SimTime SimServer::clockTime() const {
     if (options_.manualTime) {
         return now_;
     }
-    const double passed = static_cast<double>(monotonicMS() - startMS_) * options_.speed;
+    const double passed = static_cast<double>(pa::monotonicMS() - startMS_) * options_.speed;
     return SimTime(
         static_cast<SimTime::rep>(std::min(passed, static_cast<double>(longest.count()))));
 }
 
 /// The meters are read in real time, so that their feed does not depend on the speed.
 std::int64_t SimServer::meterTimeMS() const {
-    return options_.manualTime ? now_.count() : monotonicMS();
+    return options_.manualTime ? now_.count() : pa::monotonicMS();
 }
 
 /// Lets everything happen that has fallen due, by the simulated clock and by the real one.
@@ -103,7 +103,7 @@ std::optional<double> SimServer::realMSToNextDue() const {
     }
     for (const auto& real : {locks_.nextLapse(), meters_.nextReading()}) {
         if (real) {
-            const auto left = static_cast<double>(*real - monotonicMS());
+            const auto left = static_cast<double>(*real - pa::monotonicMS());
             wait = wait ? std::min(*wait, left) : left;
         }
     }

@@ -56,7 +56,7 @@ Records waitUntilGone(const Context& context, Changes& changes, const Records& o
                           "cancelled is unknown");
         }
         const auto* const refusal = std::get_if<palink::Refusal>(&change->what);
-        if (refusal != nullptr && refusal->operationClass == paClass &&
+        if (refusal != nullptr && refusal->operationClass == pa::paClass &&
             refusal->operationNumber == cancelOperation) {
             throw Failure(ExitCode::Refused, "the server refuses: " + refusal->reason);
         }

@@ -91,7 +91,7 @@ private:
     LockWatch locks_;
     std::atomic<bool> finishing_{false};
     std::atomic<bool> failed_{false};
-    PosixThread thread_;  // last: it uses the others
+    pa::PosixThread thread_;  // last: it uses the others
 };
 
 void watch(const Context& context, double seconds) {

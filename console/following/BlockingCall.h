@@ -25,7 +25,7 @@ private:
     struct State;
 
     std::shared_ptr<State> state_;
-    PosixThread thread_;
+    pa::PosixThread thread_;
 };
 
 }  // namespace console

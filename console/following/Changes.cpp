@@ -10,7 +10,7 @@ namespace console {
 namespace {
 
 /// The one observer of the process. Observers are never removed, so subscribers come and go here.
-class Hub final : public PAControllerObserverAdapter {
+class Hub final : public pa::PAControllerObserverAdapter {
 public:
     using Kind = Change::Kind;
 

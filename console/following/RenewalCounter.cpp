@@ -14,7 +14,7 @@ bool isOfRenewal(const palink::Refusal& refusal) {
     return isRenewal(refusal.operationClass, refusal.operationNumber);
 }
 
-void RenewalCounter::handleOperation(const Operation& operation) {
+void RenewalCounter::handleOperation(const pa::Operation& operation) {
     if (isRenewal(operation.operationClass, operation.operationNumber)) {
         const std::lock_guard guard(lock_);
         ++renewals_[operation.payload.substr(0, operation.payload.find(','))];

@@ -21,7 +21,7 @@ public:
 
     void connectClient(palink::ServerEventSink& client) override { server_.connectClient(client); }
     void disconnectClient() override { server_.disconnectClient(); }
-    void handleOperation(const Operation& operation) override;
+    void handleOperation(const pa::Operation& operation) override;
     void meterLevel(bool subscribe, int element) override {
         server_.meterLevel(subscribe, element);
     }

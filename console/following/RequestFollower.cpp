@@ -79,7 +79,7 @@ void RequestFollower::takeDelete(const AnnouncementRequest& record) {
 void RequestFollower::takeRefusal(const palink::Refusal& refusal) {
     // A request that the server could not read has no id in the refusal; it is the one that waits.
     const bool isOurs =
-        refusal.operationClass == paClass && refusal.operationNumber == playOperation &&
+        refusal.operationClass == pa::paClass && refusal.operationNumber == playOperation &&
         (refusal.requestId == requestId_ || (refusal.requestId.empty() && !isAccepted()));
     if (isOurs) {
         whole_.outcome = Outcome::Refused;

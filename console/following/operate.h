@@ -19,7 +19,7 @@ namespace console {
 struct Request {
     std::string effect;                 ///< as in "sink 3 has the new gain"
     std::vector<int> operationNumbers;  ///< under which the server refuses it
-    int operationClass = paClass;
+    int operationClass = pa::paClass;
     double seconds = 10;        ///< what the server may take when --timeout does not say
     double tickSeconds = 0.05;  ///< between two looks when nothing is told
     std::string requestId{};    ///< a refusal of another request is none of this one

@@ -191,8 +191,8 @@ ScheduleDefinition asTold(const ScheduleDefinition& sent) {
         told.displayTemplateValidityPeriodSeconds = none.displayTemplateValidityPeriodSeconds;
     }
     std::string gain;
-    appendDouble(gain, sent.gain);
-    told.gain = decodeDouble(gain.c_str());
+    pa::appendDouble(gain, sent.gain);
+    told.gain = pa::decodeDouble(gain.c_str());
     return told;
 }
 

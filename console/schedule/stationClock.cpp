@@ -68,7 +68,7 @@ bool isSound(const ScheduleDefinition& schedule) {
 void setStationClock(const KeyValueMap& serverInfo, double speed) {
     StationClock clock;
     clock.calendar = calendarOf(serverInfo.get_value("timeZone"));
-    clock.start = wallClock();
+    clock.start = pa::wallClock();
     clock.speed = speed;
     clock.begun = std::chrono::steady_clock::now();
     const std::string told = serverInfo.get_value("clock");

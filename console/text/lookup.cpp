@@ -63,7 +63,7 @@ std::string suggestion(const std::string& wanted, const std::vector<std::string>
 
 std::string lowered(const std::string& text) {
     std::string result = text;
-    std::transform(result.begin(), result.end(), result.begin(), asciiLower);
+    std::transform(result.begin(), result.end(), result.begin(), pa::asciiLower);
     return result;
 }
 

@@ -2,6 +2,8 @@
 
 #include <utility>
 
+using namespace pa;
+
 RecordList::RecordList(RecordFields fields)
     : fields_(std::move(fields)), texts_(fields_.size()), nodes_(fields_.size()) {
     for (std::size_t i = 0; i < fields_.size(); ++i) {

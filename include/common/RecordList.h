@@ -6,6 +6,8 @@
 
 #include "include/common/tevlist.h"
 
+namespace pa {
+
 /// The fields of a record in wire order; a field without a value is absent.
 using RecordFields = std::vector<std::optional<std::string>>;
 
@@ -29,3 +31,5 @@ private:
     std::vector<TEVnode> nodes_;
     TEVlist list_{};
 };
+
+}  // namespace pa

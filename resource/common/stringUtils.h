@@ -53,7 +53,11 @@ int splitStr(const char* text, char separator, Container& out, bool markEmpty) {
     return static_cast<int>(out.size());
 }
 
+namespace pa {
+
 /// The lower-case form of an ASCII letter; every other character as it is, whatever the locale.
 constexpr char asciiLower(char c) {
     return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
 }
+
+}  // namespace pa

@@ -19,7 +19,7 @@ inline void skipPauses() {
     const auto sleep = [](int ms) {
         std::this_thread::sleep_for(std::chrono::milliseconds(ms > longest ? 20 : 0));
     };
-    setTimeSource({nullptr, nullptr, sleep});
+    pa::setTimeSource({nullptr, nullptr, sleep});
 }
 
 /// What a command line left behind.

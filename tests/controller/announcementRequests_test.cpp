@@ -5,7 +5,7 @@
 namespace {
 
 struct AnnouncementRequestsTest : WatchedController {
-    std::string handle(int key, const RecordFields& fields) {
+    std::string handle(int key, const pa::RecordFields& fields) {
         return give<&PAController::addUpdateAnnouncementRequest>(key, fields);
     }
     std::string requests() { return listed(controller.getAnnouncementRequests()); }

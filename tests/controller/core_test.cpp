@@ -9,11 +9,13 @@
 #include "sdk/recordColumns.h"
 #include "tests/controller/fixtures.h"
 
+using namespace pa;
+
 namespace {
 
 struct ControllerTest : OwnController {
     void addSource(int key, const std::string& label, const std::string& lock) {
-        RecordList record(with(with({std::to_string(key)}, 2, label), 9, lock));
+        pa::RecordList record(with(with({std::to_string(key)}, 2, label), 9, lock));
         controller.addUpdatePaSource(key, record.list());
     }
 };
@@ -140,9 +142,9 @@ TEST(RecordDecoding, TakesWhatIsThereAndNothingElse) {
         {"|(null) ||", "-1 (null)  -1"}, {"-|(NULL)", "-1 (NULL) -1"},
     };
     for (const auto& [fields, expected] : cases) {
-        EXPECT_EQ(decode(*RecordList(fieldsOf(fields)).list()), expected);
+        EXPECT_EQ(decode(*pa::RecordList(fieldsOf(fields)).list()), expected);
     }
-    RecordList withoutData({"5", "text"});
+    pa::RecordList withoutData({"5", "text"});
     withoutData.list()->listTop->dataPtr = nullptr;
     EXPECT_EQ(decode(*withoutData.list()), "-1 text -1");
 }

@@ -39,7 +39,7 @@ struct DeletionTest : WatchedController {
         gActiveAudioServerDstNo = activeServer;
         gIndirectCXSConnection = true;
         for (const int key : {9, 7}) {
-            RecordList record({std::to_string(key * 10)});
+            pa::RecordList record({std::to_string(key * 10)});
             for (const Kind& kind : everyKind()) {
                 kind.handle(controller, key, record.list());  // a zone of the local server
             }
@@ -113,7 +113,7 @@ TEST_F(DeletionTest, ACallbackMayEmptyTheCachesHoweverMuchTheyHold) {
     constexpr int many = 20'000;  // too many for a recursion
     debugLevel = 0;
     for (int key = 1; key <= many; ++key) {
-        RecordList record({std::to_string(key)});
+        pa::RecordList record({std::to_string(key)});
         controller.addUpdatePaSink(key, record.list());
     }
     int told = 0;
@@ -131,7 +131,7 @@ TEST_F(DeletionTest, ACallbackMayEmptyTheCachesHoweverMuchTheyHold) {
 
 TEST_F(DeletionTest, WithoutObserversTheEventsComeAllTheSame) {
     PAController alone;
-    RecordList record({"70"});
+    pa::RecordList record({"70"});
     alone.addUpdatePaSink(7, record.list());
     recordingHost::transcript();
     alone.deleteAudioVideoControllerInfo(0, 3, 7);
@@ -141,7 +141,7 @@ TEST_F(DeletionTest, WithoutObserversTheEventsComeAllTheSame) {
 }
 
 TEST_F(DeletionTest, AReconnectionEmptiesEveryCacheAndKeepsTheObservers) {
-    RecordList locked(with({"50"}, 9, "uuid-self"));
+    pa::RecordList locked(with({"50"}, 9, "uuid-self"));
     controller.addUpdatePaSource(5, locked.list());
     controller.createSwPaTrigger(5, 50);
     TTSPendingInfo preview(1, "en", "v", 48000, "text", 1);

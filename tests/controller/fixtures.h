@@ -23,8 +23,8 @@ struct OwnController : testing::Test {
     /// Hands over a record.
     /// @return what becomes of it
     template <void (PAController::*Handler)(int, TEVlist*)>
-    std::string give(int key, const RecordFields& fields) {
-        RecordList record(fields);
+    std::string give(int key, const pa::RecordFields& fields) {
+        pa::RecordList record(fields);
         (controller.*Handler)(key, record.list());
         return recordingHost::transcript();
     }
@@ -45,7 +45,7 @@ struct ProcessController : testing::Test {
         recordingHost::watchTheController();
         recordingHost::reset();
         gPaController.initPaResources();
-        RecordList port({"en", "anna", "48000"});
+        pa::RecordList port({"en", "anna", "48000"});
         gPaController.updateFromTTS_Ports(4, port.list());
     }
     ~ProcessController() override { gPaController.initPaResources(); }

@@ -51,13 +51,13 @@ TEST_F(LocaleTest, ChangesNeitherPayloadsNorDecoding) {
               "send -1 92/8 1 1234567,-12.5,1,0\n"
               "send -2 92/17 1 request-1,0,500,2,10.0.0.5,Z,1234567!1000000,-1234.5,0^0^0\n");
 
-    EXPECT_EQ(decodeDouble("-12.5"), -12.5);
-    EXPECT_EQ(decodeDouble("-12,5"), -12.0);
-    EXPECT_EQ(decodeInt("1.234"), 1);
+    EXPECT_EQ(pa::decodeDouble("-12.5"), -12.5);
+    EXPECT_EQ(pa::decodeDouble("-12,5"), -12.0);
+    EXPECT_EQ(pa::decodeInt("1.234"), 1);
     ASSERT_NE(std::setlocale(LC_ALL, "de_DE.ISO-8859-1"), nullptr);
     PaZone zone;
     zone.id = "\xc4";  // a letter in this locale, with the small form in the sink's list
-    RecordList record(with({"1"}, 26, "\xe4"));
+    pa::RecordList record(with({"1"}, 26, "\xe4"));
     gPaController.addUpdatePaSink(1, record.list());
     EXPECT_TRUE(zone.getMembers().empty());
     gPaController.initPaResources();

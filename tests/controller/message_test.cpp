@@ -10,7 +10,7 @@ using Items = std::vector<unsigned>;
 
 struct MessageTest : ProcessController {
     MessageTest() {
-        RecordList slow({"en", "slow", "22050"});
+        pa::RecordList slow({"en", "slow", "22050"});
         gPaController.updateFromTTS_Ports(5, slow.list());
     }
 };

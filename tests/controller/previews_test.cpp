@@ -4,12 +4,12 @@
 
 namespace {
 
-const RecordFields full =
+const pa::RecordFields full =
     fieldsOf(R"(4|"u\"1"|"Mind, the gap"|"a\\b.wav"|"96044"|"c0ffee"|"file:///a.wav")");
 
 struct PreviewsTest : ProcessController {
-    static std::string handle(int key, const RecordFields& fields) {
-        RecordList record(fields);
+    static std::string handle(int key, const pa::RecordFields& fields) {
+        pa::RecordList record(fields);
         gPaController.updateFromTTS_Dictionary(key, record.list());
         return recordingHost::transcript();
     }

@@ -16,7 +16,7 @@ struct Kind {
     std::string (*cache)(PAController&);
     std::string (*lookUp)(const PAController&,
                           int key);  // "nothing" for none; null: there is no look-up
-    RecordFields full{};             // a value in every column, s where nothing is read
+    pa::RecordFields full{};         // a value in every column, s where nothing is read
     std::string cached{};            // `full`, decoded under the key 7
     std::string defaults{};          // decoded from the first column alone, a 1, under the key 2
     std::set<std::size_t> copied{};  // columns that an update copies

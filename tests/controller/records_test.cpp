@@ -8,8 +8,8 @@
 namespace {
 
 struct RecordsTest : WatchedController, testing::WithParamInterface<Kind> {
-    std::string handle(int key, const RecordFields& fields) {
-        RecordList record(fields);
+    std::string handle(int key, const pa::RecordFields& fields) {
+        pa::RecordList record(fields);
         kind.handle(controller, key, record.list());
         std::istringstream lines(recordingHost::transcript());
         std::string kept;

@@ -40,7 +40,7 @@ struct ScheduleRequestsTest : OwnController {
     }
 
     void tell(int id, const std::string& description) {
-        RecordList record({description});
+        pa::RecordList record({description});
         controller.updateScheduleList(id, record.list());
     }
 
@@ -204,7 +204,7 @@ TEST_F(ScheduleRequestsTest, AreNotWaitedForInsideACallback) {
         EXPECT_EQ(outcome([&] { controller.createScheduleSync(def); }),
                   "invalid_argument operation timed out");
     };
-    RecordList sink({"1"});
+    pa::RecordList sink({"1"});
     controller.addUpdatePaSink(1, sink.list());
     const std::string transcript = recordingHost::transcript();
     EXPECT_NE(transcript.find("*send -1 92/19 1 0,"), std::string::npos) << transcript;

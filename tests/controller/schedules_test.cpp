@@ -4,21 +4,21 @@
 
 namespace {
 
-const RecordFields dates = fieldsOf("uuid~Morning|2024:3:4|6:7|2030:6:5|23:59|127|15|1|-20");
+const pa::RecordFields dates = fieldsOf("uuid~Morning|2024:3:4|6:7|2030:6:5|23:59|127|15|1|-20");
 
-RecordFields withParts(const std::string& audio, const std::string& visual = "") {
+pa::RecordFields withParts(const std::string& audio, const std::string& visual = "") {
     return with(with(dates, 9, audio), 10, visual);
 }
 
 struct SchedulesTest : WatchedController {
-    std::string handle(int id, const RecordFields& fields) {
+    std::string handle(int id, const pa::RecordFields& fields) {
         return give<&PAController::updateScheduleList>(id, fields);
     }
     ScheduleDefinition last() { return controller.listSchedules().back(); }
 };
 
 TEST_F(SchedulesTest, FillUpTheirDates) {
-    const std::vector<std::pair<RecordFields, const char*>> cases = {
+    const std::vector<std::pair<pa::RecordFields, const char*>> cases = {
         {{}, "0|0|0|0|0|0|0|0|0|0|0|0|0|500"},
         {fieldsOf("d|2024|7|2030:6|8|1"), "2024|1|1|7|0|2030|6|30|8|0|1|0|0|500"},
         {fieldsOf("d|\"x\"|:|:|:5"), "0|1|1|0|0|0|0|30|0|5|0|0|0|500"},
@@ -34,7 +34,7 @@ TEST_F(SchedulesTest, FillUpTheirDates) {
 // Types, zones, items, repeats, spoken texts, stored file, screen, variables, validity, gain,
 // chime.
 TEST_F(SchedulesTest, DecodeEachContent) {
-    const std::vector<std::pair<RecordFields, std::string>> cases = {
+    const std::vector<std::pair<pa::RecordFields, std::string>> cases = {
         {dates, "7|7|||1||0||||0|0|"},
         {withParts(R"("2,o,\"Z1\"^\"Z2\",12^x^40!3,-6.5,ding^dong")"),
          "2|7|Z1;Z2;|12;0;40;|3||0||||0|-6.5|ding"},
@@ -62,7 +62,7 @@ TEST_F(SchedulesTest, ARecordThatCannotBeReadLeavesTheListAsItIs) {
     const std::string entry =
         "error 3 updateScheduleList: schedule description >uuid~Morning< failed. insufficient TTS "
         "entry parameters >";
-    const std::vector<std::pair<RecordFields, std::string>> cases = {
+    const std::vector<std::pair<pa::RecordFields, std::string>> cases = {
         {withParts("2,o,Z,,", "9"),
          "error 3 updateScheduleList: failed to parse schedule as message contents is empty,  "
          "Schedule Id >5<\n"},
@@ -107,7 +107,7 @@ TEST_F(SchedulesTest, BadItemsHaveALineEachUpToALimit) {
 
 TEST_F(SchedulesTest, AnUpdateOverwritesAllButTheValidity) {
     handle(5, withParts("2,o,A,7!2,-1,x", "9,o,B,a=1^{SCREEN}=S!5,-2,y"));
-    const RecordFields other = fieldsOf("other|2025:4:5|7:8|2031:7:6|22:58|1|2|0|30");
+    const pa::RecordFields other = fieldsOf("other|2025:4:5|7:8|2031:7:6|22:58|1|2|0|30");
     handle(5, with(with(other, 9, "4,o,C,en^a^1^Hi,-3,z"), 10, "9,o,D,b=2^{SCREEN}=T!99,-4,w"));
     EXPECT_EQ(listed(controller.listSchedules()),
               "5|other|2025|4|5|7|8|2031|7|6|22|58|1|2|0|30|"
@@ -130,7 +130,7 @@ TEST_F(SchedulesTest, AreKnownByWhatTheApplicationCallsThem) {
     }
     PAController unobserved;
     recordingHost::transcript();
-    RecordList record(dates);
+    pa::RecordList record(dates);
     unobserved.updateScheduleList(5, record.list());
     EXPECT_EQ(recordingHost::transcript(), "sleep 100\n*event 38 5\n");
 }

@@ -4,13 +4,13 @@
 namespace {
 
 struct SinksTest : WatchedController {
-    std::string handle(int key, const RecordFields& fields) {
+    std::string handle(int key, const pa::RecordFields& fields) {
         return give<&PAController::addUpdatePaSink>(key, fields);
     }
 
     const std::string told = "*o: sink 17 North\n*event 8 17\n";
     const std::string untold = "*event 8 17\n";
-    const RecordFields north = fieldsOf("17|-|North");
+    const pa::RecordFields north = fieldsOf("17|-|North");
 };
 
 TEST_F(SinksTest, AreNamedByTheTypesUpToSeven) {
@@ -32,7 +32,7 @@ TEST_F(SinksTest, AreNamedByTheTypesUpToSeven) {
 }
 
 TEST_F(SinksTest, CompareTheLengthsOfTheirZoneListsAlone) {
-    const RecordFields listed = with(with(north, 26, "A^B^C"), 28, "M1^M2");
+    const pa::RecordFields listed = with(with(north, 26, "A^B^C"), 28, "M1^M2");
     handle(4, listed);
     EXPECT_EQ(handle(4, with(with(listed, 26, "X^Y^Z"), 28, "M3^M4")), untold);
     EXPECT_EQ(handle(4, with(listed, 26, "A^B")), told);

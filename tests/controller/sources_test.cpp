@@ -15,7 +15,7 @@ struct SourcesTest : OwnController {
     void answer(int poll, int sourceId, const std::string& holder) {
         recordingHost::host().sleepAction = [=, polls = 0](int ms) mutable {
             if (ms == 50 && ++polls == poll) {
-                RecordList record(with({std::to_string(sourceId)}, 9, holder));
+                pa::RecordList record(with({std::to_string(sourceId)}, 9, holder));
                 controller.addUpdatePaSource(sourceId, record.list());
             }
         };
@@ -100,7 +100,7 @@ TEST_F(SourcesTest, AreNotWaitedForInsideACallback) {
         EXPECT_FALSE(controller.detachPaSource(5));
         EXPECT_TRUE(controller.attachPaSource(5)) << "it is held already";
     };
-    RecordList sink({"1"});
+    pa::RecordList sink({"1"});
     controller.addUpdatePaSink(1, sink.list());
     const std::string why =
         ": called inside a callback of an observer, where no answer can arrive\n";
@@ -119,7 +119,7 @@ TEST_F(SourcesTest, AreGivenUpWhenTheHostFails) {
 
 TEST_F(SourcesTest, AreMeteredByTheirElement) {
     for (const int id : {250, 99}) {
-        RecordList record({std::to_string(id)});
+        pa::RecordList record({std::to_string(id)});
         controller.addUpdatePaSource(id + 1000, record.list());
     }
     recordingHost::transcript();
@@ -130,7 +130,7 @@ TEST_F(SourcesTest, AreMeteredByTheirElement) {
 }
 
 TEST_F(SourcesTest, AskTheProcessesControllerForTheirZones) {
-    RecordList zones({"\"B^A\""});
+    pa::RecordList zones({"\"B^A\""});
     gPaController.addUpdateAttachedPaZone(4, zones.list());
     PaSource source;
     source.id = 4;

@@ -7,7 +7,7 @@ using Texts = std::vector<std::string>;
 
 struct ZonesTest : OwnController {
     static std::string handle(PAController& controller, int dstNo, int key) {
-        RecordList record({"Z"});
+        pa::RecordList record({"Z"});
         recordingHost::transcript();
         controller.addUpdatePaZone(dstNo, key, record.list());
         return recordingHost::transcript();
@@ -56,8 +56,8 @@ TEST_F(ZonesTest, ChooseTheirCacheAsTheTable) {
 }
 
 TEST_F(ZonesTest, OfASourceAreKeptInSortedOrder) {
-    const auto attachedTo = [this](int key, const RecordFields& fields) {
-        RecordList record(fields);
+    const auto attachedTo = [this](int key, const pa::RecordFields& fields) {
+        pa::RecordList record(fields);
         controller.addUpdateAttachedPaZone(key, record.list());
         Texts zones = {"kept"};
         controller.getAttachedPaZoneList(key, &zones);
@@ -78,7 +78,7 @@ TEST_F(ZonesTest, FindTheirMembers) {
     int key = 0;
     for (const char* const list :
          {"hall/North", "Hallway", "HALL^Hall/East", "Hal", "Other^Hall^Hall", ""}) {
-        RecordList record(with({std::to_string(++key)}, 26, list));
+        pa::RecordList record(with({std::to_string(++key)}, 26, list));
         gPaController.addUpdatePaSink(key, record.list());
     }
     PaZone zone;

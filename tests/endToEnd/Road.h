@@ -37,7 +37,7 @@ struct Road : testing::Test {
         : server(std::move(station), {1.0, true, {}, {}, clock}) {}
     ~Road() override {
         link.stop();
-        setTimeSource({});
+        pa::setTimeSource({});
         gAudioServerInstance = nullptr;
     }
 

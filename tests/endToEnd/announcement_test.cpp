@@ -19,7 +19,7 @@ namespace {
 using namespace std::chrono_literals;
 
 /// Keeps what the controller tells of announcements, each as "id: state".
-class Watch : public PAControllerObserverAdapter {
+class Watch : public pa::PAControllerObserverAdapter {
 public:
     void onMessageUpdate(AnnouncementRequest request) override {
         const std::lock_guard guard(lock_);
@@ -139,12 +139,12 @@ TEST_F(AnnouncementTest, HostileZoneNamesComeBackAsTheyWere) {
 }
 
 /// Stands in for the link and keeps the payload of what is sent.
-class Capture : public OperationSender {
+class Capture : public pa::OperationSender {
 public:
     Capture() { gQXReceiver.connect(*this); }
     ~Capture() override { gQXReceiver.disconnect(); }
 
-    bool sendOperation(const Operation& operation) override {
+    bool sendOperation(const pa::Operation& operation) override {
         const std::lock_guard guard(lock_);
         payload_ = operation.payload;
         changed_.notify_all();
@@ -166,7 +166,7 @@ private:
 };
 
 TEST(HostileTexts, ArriveByteForByteInEveryPlace) {
-    RecordList voice({"en", "anna", "48000"});
+    pa::RecordList voice({"en", "anna", "48000"});
     gPaController.updateFromTTS_Ports(4, voice.list());
     Capture capture;
     for (const std::string& text : hostileTexts) {

@@ -45,7 +45,7 @@ void makePass() {
 }  // namespace hand
 
 /// Keeps what the controller tells of previews and announcements.
-struct Watch : PAControllerObserverAdapter {
+struct Watch : pa::PAControllerObserverAdapter {
     void onAudioMessageRetrievalComplete(const std::string& id, bool success,
                                          MessageRetrievalError error,
                                          const std::string& uri) override {
@@ -97,11 +97,11 @@ simserver::Station station() {
 
 struct OperateTest : Road {
     OperateTest() : Road(station()) {
-        TimeSource time;
+        pa::TimeSource time;
         time.wallClock = [] { return static_cast<std::time_t>(1'000'000 + hand::passedMS / 1000); };
         time.monotonicMS = [] { return hand::passedMS.load(); };
         time.sleepMS = hand::sleep;
-        setTimeSource(time);
+        pa::setTimeSource(time);
         watch().take();
         connect();
     }
@@ -141,7 +141,7 @@ struct OperateTest : Road {
 };
 
 TEST_F(OperateTest, ALockIsHeldWhileItIsRenewedAndThenAnothersToTake) {
-    const Operation others{-1, 92, 1, 1, std::to_string(desk) + ",other-client"};
+    const pa::Operation others{-1, 92, 1, 1, std::to_string(desk) + ",other-client"};
     ASSERT_TRUE(gPaController.attachPaSource(desk));
     pass(63'000);
     EXPECT_EQ(holder(), audioServer().getUUID()) << "a minute later";

@@ -72,7 +72,7 @@ struct ScheduleTest : Road {
 };
 
 TEST_F(ScheduleTest, PlaysAtTheNextMinuteUnderTheIdThatTheServerChose) {
-    setTimeSource({});  // the time that this takes is of interest, pauses included
+    pa::setTimeSource({});  // the time that this takes is of interest, pauses included
     const auto before = std::chrono::steady_clock::now();
     const int id = gPaController.createScheduleSync(daily());
     const std::chrono::duration<double, std::milli> took =

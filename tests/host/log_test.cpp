@@ -13,25 +13,25 @@ std::time_t now = 0;
 
 struct LogTest : testing::Test {
     LogTest() {
-        flushSuppressedErrors();
+        pa::flushSuppressedErrors();
         now = 1000;
-        TimeSource source;
+        pa::TimeSource source;
         source.wallClock = [] { return now; };
-        setTimeSource(source);
-        setLogSink([this](const LogLine& line) {
-            texts.push_back((line.kind == LogLine::Kind::Error ? "E" : "D") +
+        pa::setTimeSource(source);
+        pa::setLogSink([this](const pa::LogLine& line) {
+            texts.push_back((line.kind == pa::LogLine::Kind::Error ? "E" : "D") +
                             std::to_string(line.level) + " " + line.text);
             last = line;
         });
     }
     ~LogTest() override {
-        flushSuppressedErrors();
-        setLogSink({});
-        setTimeSource({});
+        pa::flushSuppressedErrors();
+        pa::setLogSink({});
+        pa::setTimeSource({});
     }
 
     std::vector<std::string> texts;
-    LogLine last;
+    pa::LogLine last;
 };
 
 using Texts = std::vector<std::string>;
@@ -42,7 +42,7 @@ TEST_F(LogTest, EachLineHasItsLevelAndTime) {
     EXPECT_EQ(texts, (Texts{"D2 f: sinkId >5<", "E3 f: bad"}));
     EXPECT_EQ(last.time, 1000);
     EXPECT_NE(last.thread.find('/'), std::string::npos);
-    setLogSink({});
+    pa::setLogSink({});
     testing::internal::CaptureStderr();
     debug(1, "to stderr");
     EXPECT_EQ(testing::internal::GetCapturedStderr(),
@@ -72,7 +72,7 @@ TEST_F(LogTest, ABurstOfIdenticalErrorsIsToldOnceAndCounted) {
 TEST_F(LogTest, WhatIsSuppressedIsToldAtTheEndAndAfterTheClockWasSetBack) {
     handleError(3, "bad");
     handleError(3, "bad");
-    flushSuppressedErrors();
+    pa::flushSuppressedErrors();
     EXPECT_EQ(texts, (Texts{"E3 bad", "E3 suppressed 1 more of: bad"}));
     handleError(3, "bad");
     now -= 500;
@@ -94,17 +94,18 @@ TEST_F(LogTest, ManyDifferentErrorsMakeNoRoomForABurst) {
 TEST_F(LogTest, ALongTextIsCutAndALineCannotBeForged) {
     handleError(1, "%s", std::string(1'000'000, 'x').c_str());
     EXPECT_EQ(texts.at(0), "E1 " + std::string(2000, 'x') + "...");
-    const LogLine line{LogLine::Kind::Error, 3, 86399, "worker/7", "a\nb\x1b[2J\x7f\xc3\xa9"};
-    EXPECT_EQ(formatLogLine(line),
+    const pa::LogLine line{pa::LogLine::Kind::Error, 3, 86399, "worker/7",
+                           "a\nb\x1b[2J\x7f\xc3\xa9"};
+    EXPECT_EQ(pa::formatLogLine(line),
               "1970-01-01T23:59:59Z error 3 [worker/7] a\\x0ab\\x1b[2J\\x7f\xc3\xa9");
 }
 
 TEST_F(LogTest, ASinkThatThrowsHurtsNobodyAndTheLineGoesToStderr) {
-    setLogSink([](const LogLine&) { throw 1; });
+    pa::setLogSink([](const pa::LogLine&) { throw 1; });
     testing::internal::CaptureStderr();
     handleError(1, "x");
     debug(1, "y");
-    setLogSink([this](const LogLine& line) { texts.push_back(line.text); });
+    pa::setLogSink([this](const pa::LogLine& line) { texts.push_back(line.text); });
     debug(1, "z");
     const std::string written = testing::internal::GetCapturedStderr();
     EXPECT_NE(written.find("] x\n"), std::string::npos) << written;
@@ -115,7 +116,7 @@ TEST_F(LogTest, ASinkThatThrowsHurtsNobodyAndTheLineGoesToStderr) {
 TEST(LogDeathTest, ASinkThatThrowsAtTheExitHurtsNobody) {
     GTEST_FLAG_SET(death_test_style, "threadsafe");
     const auto run = [] {
-        setLogSink([](const LogLine&) { throw 1; });
+        pa::setLogSink([](const pa::LogLine&) { throw 1; });
         handleError(3, "bad");
         handleError(3, "bad");
         std::exit(0);

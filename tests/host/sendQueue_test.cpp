@@ -13,19 +13,19 @@
 
 namespace {
 
-Operation operation(int number) {
+pa::Operation operation(int number) {
     return {-1, 92, number, 1, "payload " + std::to_string(number)};
 }
 
 TEST(SendQueueTest, IsBoundedInOrderAndForgetsWhatIsTooOld) {
-    SendQueue queue(3);
+    pa::SendQueue queue(3);
     queue.setMaxWait(std::chrono::milliseconds(50));
     EXPECT_TRUE(queue.push(operation(1), 100));
     EXPECT_TRUE(queue.push(operation(2), 120));
     EXPECT_TRUE(queue.push(operation(3), 140));
     EXPECT_FALSE(queue.push(operation(4), 140));
 
-    SendQueue::Waiting first = *queue.pop();
+    pa::SendQueue::Waiting first = *queue.pop();
     EXPECT_EQ(first.operation.operationNumber, 1);
     queue.putBack(std::move(first));
     EXPECT_TRUE(queue.takeExpired(150).empty());
@@ -60,8 +60,8 @@ private:
 };
 
 /// A link that notes the numbers of what it is given, and can be down.
-struct Sender : OperationSender {
-    bool sendOperation(const Operation& sent) override {
+struct Sender : pa::OperationSender {
+    bool sendOperation(const pa::Operation& sent) override {
         const bool takes = up;
         (takes ? numbers : refusals).add(std::to_string(sent.operationNumber) + " ");
         return takes;
@@ -72,11 +72,11 @@ struct Sender : OperationSender {
 };
 
 TEST(QXReceiverTest, KeepsOrderAcrossALossAndReportsWhatItDrops) {
-    TimeSource source;
+    pa::TimeSource source;
     source.monotonicMS = [] { return nowMS.load(); };
-    setTimeSource(source);
+    pa::setTimeSource(source);
     Transcript errors;
-    setLogSink([&](const LogLine& line) { errors.add(line.text + "\n"); });
+    pa::setLogSink([&](const pa::LogLine& line) { errors.add(line.text + "\n"); });
 
     Sender sender;
     gQXReceiver.addOperationToSendQueue(-1, 92, 1, 1, "a");
@@ -104,13 +104,13 @@ TEST(QXReceiverTest, KeepsOrderAcrossALossAndReportsWhatItDrops) {
     gQXReceiver.connect(sender);
     EXPECT_EQ(sender.numbers.waitFor(8 + 2 * QXReceiver::capacity).substr(0, 12), "1 2 3 4 6 6 ");
     gQXReceiver.disconnect();
-    setLogSink({});
-    setTimeSource({});
+    pa::setLogSink({});
+    pa::setTimeSource({});
 }
 
 /// Takes its time over each operation.
-struct SlowSender : OperationSender {
-    bool sendOperation(const Operation&) override {
+struct SlowSender : pa::OperationSender {
+    bool sendOperation(const pa::Operation&) override {
         entered = true;
         for (int i = 0; i < 50; ++i) {
             std::this_thread::yield();

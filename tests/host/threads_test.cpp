@@ -51,7 +51,7 @@ TEST(PosixThreadTest, TheSignalsOfFaultsReachTheApplicationsHandler) {
     }
     std::vector<int> reached;
     {
-        PosixThread thread("faulty", [&] {
+        pa::PosixThread thread("faulty", [&] {
             for (const int fault : faults) {
                 raise(fault);
                 reached.push_back(handled);
@@ -66,7 +66,7 @@ TEST(PosixThreadTest, TheSignalsOfFaultsReachTheApplicationsHandler) {
 
 /// Enters twice, and lets another thread do what it must not. Not analysed: the compiler would
 /// refuse it, rightly.
-void misuse(qxLocalMutex& mutex) PA_NO_THREAD_SAFETY_ANALYSIS {
+void misuse(qxLocalMutex& mutex) PASDK_NO_THREAD_SAFETY_ANALYSIS {
     EXPECT_FALSE(mutex.heldByThisThread());
     std::unique_lock outer(mutex);
     {
@@ -76,7 +76,7 @@ void misuse(qxLocalMutex& mutex) PA_NO_THREAD_SAFETY_ANALYSIS {
     EXPECT_TRUE(mutex.heldByThisThread());
     std::atomic<bool> entered{false};
     {
-        PosixThread other("other", [&]() PA_NO_THREAD_SAFETY_ANALYSIS {
+        pa::PosixThread other("other", [&]() PASDK_NO_THREAD_SAFETY_ANALYSIS {
             mutex.assertLocked("other");
             mutex.leave();  // not its own
             EXPECT_FALSE(mutex.heldByThisThread());
@@ -95,10 +95,10 @@ void misuse(qxLocalMutex& mutex) PA_NO_THREAD_SAFETY_ANALYSIS {
 TEST(LocalMutexTest, ItsHolderMayEnterItAgainAndOthersWait) {
     qxLocalMutex mutex(true);
     std::string errors;
-    setLogSink([&errors](const LogLine& line) { errors += line.text + "\n"; });
+    pa::setLogSink([&errors](const pa::LogLine& line) { errors += line.text + "\n"; });
     EXPECT_EQ(mutex.init(), 0);
     misuse(mutex);
-    setLogSink({});
+    pa::setLogSink({});
     EXPECT_EQ(errors,
               "other: called without the mutex\nleave: the mutex is not held by this thread\n"
               "there: called without the mutex\n");
@@ -121,7 +121,7 @@ TEST(AudioServerTest, UploadsThroughTheLinkAndKeepsABoundedLog) {
     auto& controller = reinterpret_cast<PAController&>(standIn);
     AudioServer server(controller);
     std::string errors;
-    setLogSink([&errors](const LogLine& line) { errors += line.text + "\n"; });
+    pa::setLogSink([&errors](const pa::LogLine& line) { errors += line.text + "\n"; });
     EXPECT_NE(server.uploadFileToActiveServer("a", "b"), 1);
     server.setUploader([](const std::string& local, const std::string& remote) {
         return local == "a" && remote == "b" ? 1 : 2;
@@ -131,7 +131,7 @@ TEST(AudioServerTest, UploadsThroughTheLinkAndKeepsABoundedLog) {
         throw std::runtime_error("disk on fire");
     });
     EXPECT_NE(server.uploadFileToActiveServer("a", "b"), 1);
-    setLogSink({});
+    pa::setLogSink({});
     EXPECT_EQ(errors, "upload of a: no connection to the server\nupload of a: disk on fire\n");
 
     EXPECT_EQ(&server.getPAController(), &controller);

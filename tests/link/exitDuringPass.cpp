@@ -16,8 +16,8 @@ namespace {
 std::atomic<int> renewals{0};
 
 /// Takes the renewals, one of which is under way at any time.
-struct Sender : OperationSender {
-    bool sendOperation(const Operation& operation) override {
+struct Sender : pa::OperationSender {
+    bool sendOperation(const pa::Operation& operation) override {
         renewals += operation.operationNumber == 7 ? 1 : 0;
         return true;
     }
@@ -30,19 +30,19 @@ int main() {
     auto& sender = *new Sender;
     gAudioServerInstance = &audioServer;
     gQXReceiver.connect(sender);
-    setLogSink([](const LogLine&) {});  // more renewals than the send queue holds
-    TimeSource source;
+    pa::setLogSink([](const pa::LogLine&) {});  // more renewals than the send queue holds
+    pa::TimeSource source;
     source.sleepMS = [](int) {};  // pass after pass
-    setTimeSource(source);
+    pa::setTimeSource(source);
     for (int id = 1; id <= 50; ++id) {
-        RecordList record(
+        pa::RecordList record(
             {std::to_string(id), "", "", "", "", "", "", "", "", audioServer.getUUID()});
         gPaController.addUpdatePaSource(id, record.list());
     }
     // The worker's first sleep began before the time source was replaced; a pass of another thread
     // stands in for it until then.
     static PAController& second = *new PAController;
-    RecordList record({"1", "", "", "", "", "", "", "", "", audioServer.getUUID()});
+    pa::RecordList record({"1", "", "", "", "", "", "", "", "", audioServer.getUUID()});
     second.addUpdatePaSource(1, record.list());
     while (renewals < 100) {
         timespec tick{0, 1000000};

@@ -21,11 +21,11 @@ std::atomic<std::int64_t> nowMS{0};
 struct NotifierTest : testing::Test {
     NotifierTest() {
         nowMS = 1000;
-        TimeSource source = withoutPauses([](int ms) { nowMS += ms; });
+        pa::TimeSource source = withoutPauses([](int ms) { nowMS += ms; });
         source.monotonicMS = [] { return nowMS.load(); };
-        setTimeSource(source);
+        pa::setTimeSource(source);
     }
-    ~NotifierTest() override { setTimeSource({}); }
+    ~NotifierTest() override { pa::setTimeSource({}); }
 
     void note(const std::string& text) {
         const std::lock_guard guard(lock);

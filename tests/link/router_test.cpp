@@ -60,16 +60,16 @@ struct RouterTest : testing::Test {
         }
         gLocalDstNo = server;
         gActiveAudioServerDstNo = server;
-        TimeSource source = withoutPauses(pass);
+        pa::TimeSource source = withoutPauses(pass);
         source.monotonicMS = [] { return nowMS.load(); };
-        setTimeSource(source);
+        pa::setTimeSource(source);
         gPaController.initPaResources();
         notes().take();
     }
     ~RouterTest() override {
         router.waitUntilIdle();
-        setTimeSource({});
-        setLogSink({});
+        pa::setTimeSource({});
+        pa::setLogSink({});
     }
 
     void tellSource(int key, const std::string& label) {
@@ -192,21 +192,21 @@ TEST_F(RouterTest, AnUnchangedRecordPostsItsEventBehindThePause) {
     EventItem event;
     tellSource(1, "a");
     router.waitUntilIdle();
-    while (eventQueue::next(event)) {
+    while (pa::eventQueue::next(event)) {
     }
     timePasses = false;
     tellSource(1, "a");
-    EXPECT_FALSE(eventQueue::next(event));
+    EXPECT_FALSE(pa::eventQueue::next(event));
     timePasses = true;
     router.waitUntilIdle();
-    ASSERT_TRUE(eventQueue::next(event));
+    ASSERT_TRUE(pa::eventQueue::next(event));
     EXPECT_EQ(event.type, EventItem::PA_SOURCE_UPDATED);
-    EXPECT_FALSE(eventQueue::next(event));
+    EXPECT_FALSE(pa::eventQueue::next(event));
 }
 
 TEST_F(RouterTest, SaysHowManyNotificationsItsEndCosts) {
     std::string errors;
-    setLogSink([&errors](const LogLine& line) { errors += line.text; });
+    pa::setLogSink([&errors](const pa::LogLine& line) { errors += line.text; });
     timePasses = false;
     for (int key = 1; key <= 3; ++key) {
         tellSource(key, "");
@@ -224,17 +224,17 @@ TEST_F(RouterTest, SaysHowManyNotificationsItsEndCosts) {
 }
 
 TEST_F(RouterTest, ReportsAKindThatItDoesNotKnow) {
-    flushSuppressedErrors();  // of a run before this one
+    pa::flushSuppressedErrors();  // of a run before this one
     std::string errors;
-    setLogSink([&errors](const LogLine& line) { errors += line.text; });
+    pa::setLogSink([&errors](const pa::LogLine& line) { errors += line.text; });
     router.handle(Record{server, static_cast<RecordKind>(77), 5, {"x"}});
     EXPECT_EQ(errors, "record of unknown kind >77< key >5< dropped");
     EXPECT_EQ(notes().take(), "");
 }
 
 TEST_F(RouterTest, SurvivesWhateverAFieldHolds) {
-    setLogSink([](const LogLine&) {});
-    RecordFields hostile = {std::nullopt, "", "(null)", "\"", "\\", "^^^", "-"};
+    pa::setLogSink([](const pa::LogLine&) {});
+    pa::RecordFields hostile = {std::nullopt, "", "(null)", "\"", "\\", "^^^", "-"};
     hostile.insert(hostile.end(), {"99999999999999999999", "nan", "\xff\xfe\x80",
                                    std::string(1'000'000, '\\'), std::string(1'000'000, '"')});
     for (const RecordKind kind :
@@ -242,14 +242,14 @@ TEST_F(RouterTest, SurvivesWhateverAFieldHolds) {
           RecordKind::Announcement, RecordKind::Trigger, RecordKind::Selector, RecordKind::Schedule,
           RecordKind::TtsPort, RecordKind::TtsDictionary}) {
         for (const auto& field : hostile) {
-            router.handle(Record{server, kind, 9, RecordFields(40, field)});
+            router.handle(Record{server, kind, 9, pa::RecordFields(40, field)});
         }
         router.handle(Record{server, kind, 9, {}});
     }
     for (const auto& whole : hostile) {  // in the parts of a schedule
         const std::string content = whole.value_or("").substr(0, 10'000);
         for (const std::string type : {"2", "4", "1", "9"}) {
-            RecordFields fields(11);
+            pa::RecordFields fields(11);
             fields[9] = type + ",o,Z," + content;
             fields[10] = "9,o,Z," + content;
             router.handle(Record{server, RecordKind::Schedule, 9, fields});
@@ -259,7 +259,7 @@ TEST_F(RouterTest, SurvivesWhateverAFieldHolds) {
     EXPECT_EQ(gPaController.getPaZones().size(), 1U);
     // A record that decodes to another id never replaces the first.
     EXPECT_EQ(gPaController.getPaSinks().at(0).id, 0);
-    flushSuppressedErrors();
+    pa::flushSuppressedErrors();
 }
 
 }  // namespace

@@ -35,33 +35,35 @@ public:
         say(palink::InitialSetComplete{});
     }
     void disconnectClient() override { client_ = nullptr; }
-    void handleOperation(const Operation& operation) override { received_.set_value(operation); }
+    void handleOperation(const pa::Operation& operation) override {
+        received_.set_value(operation);
+    }
     palink::UploadResult storeFile(const std::string& /*localPath*/,
                                    const std::string& serverPath) override {
         return serverPath == "/good" ? palink::UploadResult{true, ""}
                                      : palink::UploadResult{false, "no room"};
     }
     void say(palink::ServerEvent event) { client_->deliver(std::move(event)); }
-    Operation received() { return receiving_.get(); }
+    pa::Operation received() { return receiving_.get(); }
     std::string feeds;
     bool hasReceived() { return receiving_.wait_for(50ms) == std::future_status::ready; }
 
 private:
     palink::ServerEventSink* client_ = nullptr;
-    std::promise<Operation> received_;
-    std::future<Operation> receiving_ = received_.get_future();
+    std::promise<pa::Operation> received_;
+    std::future<pa::Operation> receiving_ = received_.get_future();
 };
 
 struct ServerLinkTest : testing::Test {
     ServerLinkTest() {
         skipPauses();
-        setLogSink([this](const LogLine& line) { errors += line.text + "\n"; });
+        pa::setLogSink([this](const pa::LogLine& line) { errors += line.text + "\n"; });
         link.start();
     }
     ~ServerLinkTest() override {
         link.stop();
-        setLogSink({});
-        setTimeSource({});
+        pa::setLogSink({});
+        pa::setTimeSource({});
         gAudioServerInstance = nullptr;
         gIndirectCXSConnection = false;
     }
@@ -160,7 +162,7 @@ TEST_F(ServerLinkTest, ALostConnectionKeepsTheCachesAndANewOneEmptiesThem) {
 }
 
 TEST_F(ServerLinkTest, AtANewConnectionTheZonesThatWereToldOfAreTakenBack) {
-    struct Zones : PAControllerObserverAdapter {
+    struct Zones : pa::PAControllerObserverAdapter {
         void onPaZoneDelete(std::string id) override { deleted += id; }
         std::string deleted;
     };

@@ -10,11 +10,11 @@
 namespace {
 
 void tellSink(int id) {
-    RecordList record({std::to_string(id), "", "Speaker"});
+    pa::RecordList record({std::to_string(id), "", "Speaker"});
     gPaController.addUpdatePaSink(id, record.list());
 }
 
-struct Application : PAControllerObserverAdapter {
+struct Application : pa::PAControllerObserverAdapter {
     Application() {
         gDeviceIPAddress += " is the default";
         gPaController.registerObserver(this);

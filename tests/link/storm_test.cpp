@@ -26,7 +26,7 @@ constexpr int server = 1;
 constexpr int keys = 40;
 
 /// Calls back into the controller, as applications do, and throws now and then.
-struct Nosy : PAControllerObserverAdapter {
+struct Nosy : pa::PAControllerObserverAdapter {
     void onPaSourceUpdate(PaSource source) override {
         if (active) {
             gPaController.getPaSinks();
@@ -40,8 +40,8 @@ struct Nosy : PAControllerObserverAdapter {
 };
 
 /// Takes every operation.
-struct Sender : OperationSender {
-    bool sendOperation(const Operation& /*operation*/) override { return true; }
+struct Sender : pa::OperationSender {
+    bool sendOperation(const pa::Operation& /*operation*/) override { return true; }
 };
 
 struct Reconnection {};
@@ -71,7 +71,7 @@ std::vector<Event> makeStream(std::size_t length, const std::string& own) {
         } else if (dice < 800) {
             stream.emplace_back(Withdrawal{server, static_cast<int>(kind), key});
         } else {
-            RecordFields fields(32);
+            pa::RecordFields fields(32);
             std::generate(fields.begin(), fields.end(), [&] { return std::to_string(upTo(3)); });
             fields[0] = std::to_string(key);
             if (kind == RecordKind::Source) {
@@ -154,7 +154,7 @@ void useController(int round) {
     c.createSchedule(schedule);
     c.deleteSchedule(id);
     // Past the router: withdrawn in the pause by another thread, emptied by a reconnection.
-    RecordList record({"past"});
+    pa::RecordList record({"past"});
     c.updateScheduleList(keys + 1, record.list());
     c.deleteAudioVideoControllerInfo(0, 18, keys + 1);
     if (round % 16 == 0) {
@@ -162,7 +162,7 @@ void useController(int round) {
         EXPECT_THROW(c.createScheduleSync(schedule), std::invalid_argument) << "no time to wait";
     }
     if (round < 20) {
-        c.registerObserver(new PAControllerObserverAdapter);  // must outlive the controller
+        c.registerObserver(new pa::PAControllerObserverAdapter);  // must outlive the controller
     }
     if (round % 16 == 1) {
         cachesOf(c);
@@ -177,13 +177,13 @@ TEST(StormTest, TheCachesAreThoseOfOneThread) {
     static auto& audioServer = *new AudioServer(gPaController);
     static auto& observer = *new Nosy;
     static auto& sender = *new Sender;
-    setLogSink([](const LogLine&) {});
-    TimeSource hurried = withoutPauses();
+    pa::setLogSink([](const pa::LogLine&) {});
+    pa::TimeSource hurried = withoutPauses();
     hurried.wallClock = [] {  // a wait for the server is over after a few looks
         static std::atomic<std::time_t> looks{0};
         return ++looks / 8;
     };
-    setTimeSource(hurried);
+    pa::setTimeSource(hurried);
     gAudioServerInstance = &audioServer;
     gLocalDstNo = server;
     gActiveAudioServerDstNo = server;
@@ -195,9 +195,9 @@ TEST(StormTest, TheCachesAreThoseOfOneThread) {
     const std::vector<Event> stream = makeStream(20'000, audioServer.getUUID());
     std::atomic<bool> over{false};
     std::atomic<int> rounds{0};
-    std::vector<std::unique_ptr<PosixThread>> threads;
+    std::vector<std::unique_ptr<pa::PosixThread>> threads;
     for (int i = 0; i < 8; ++i) {
-        threads.push_back(std::make_unique<PosixThread>("test", [&] {
+        threads.push_back(std::make_unique<pa::PosixThread>("test", [&] {
             while (!over) {
                 useController(rounds++);
             }
@@ -224,8 +224,8 @@ TEST(StormTest, TheCachesAreThoseOfOneThread) {
     observer.active = false;
     gMaxServerWaitTimeSeconds = 10;
     gAudioServerInstance = nullptr;
-    setLogSink({});
-    setTimeSource({});
+    pa::setLogSink({});
+    pa::setTimeSource({});
 }
 
 }  // namespace

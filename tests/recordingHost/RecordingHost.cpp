@@ -110,7 +110,7 @@ void handleError(int level, const char* format, ...) {
     va_end(arguments);
 }
 
-std::time_t wallClock() {
+std::time_t pa::wallClock() {
     return host().now;
 }
 
@@ -221,8 +221,8 @@ void RecordingObserver::called(const std::string& kind, const std::string& id,
     }
 }
 
-RecordFields fieldsOf(const std::string& text) {
-    RecordFields fields;
+pa::RecordFields fieldsOf(const std::string& text) {
+    pa::RecordFields fields;
     std::istringstream stream(text);
     for (std::string field; std::getline(stream, field, '|');) {
         fields.push_back(field == "-" ? std::nullopt : std::optional(field));
@@ -230,7 +230,7 @@ RecordFields fieldsOf(const std::string& text) {
     return fields;
 }
 
-RecordFields with(RecordFields fields, std::size_t column, const std::string& text) {
+pa::RecordFields with(pa::RecordFields fields, std::size_t column, const std::string& text) {
     fields.resize(std::max(fields.size(), column + 1));
     fields[column] = text;
     return fields;

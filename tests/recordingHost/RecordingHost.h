@@ -66,12 +66,12 @@ private:
 };
 
 /// The fields of a record, written with "|" between them and "-" for one that is absent.
-RecordFields fieldsOf(const std::string& text);
+pa::RecordFields fieldsOf(const std::string& text);
 
 /// Fields with one of them replaced, and absent ones up to it.
-RecordFields with(RecordFields fields, std::size_t column, const std::string& text);
+pa::RecordFields with(pa::RecordFields fields, std::size_t column, const std::string& text);
 
 /// A record with one or two fields and no other.
-inline RecordFields only(std::size_t column, const std::string& text) {
+inline pa::RecordFields only(std::size_t column, const std::string& text) {
     return with({}, column, text);
 }

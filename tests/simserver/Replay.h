@@ -26,7 +26,7 @@ public:
         std::visit([this](const auto& told) { write(told); }, event);
     }
 
-    std::map<std::pair<RecordKind, int>, RecordFields> last;  // records
+    std::map<std::pair<RecordKind, int>, pa::RecordFields> last;  // records
 
     /// What was told since the last call.
     std::string told() {
@@ -88,7 +88,7 @@ private:
     }
     void write(const palink::Record& told) {
         EXPECT_EQ(told.dstNo, 3);
-        const RecordFields& fields = last[{told.kind, told.key}] = told.fields;
+        const pa::RecordFields& fields = last[{told.kind, told.key}] = told.fields;
         std::string text;
         if (told.kind == RecordKind::Announcement && fields.at(5) == "Queued") {
             text = " " + unquoted(*fields[0]);
@@ -108,9 +108,9 @@ private:
 struct ServerTest : testing::Test {
     explicit ServerTest(Station station = smallStation(), Options options = {1.0, true, {}})
         : server(std::move(station), std::move(options)) {
-        setTimeSource({nullptr, [] { return realMS; }, nullptr});
+        pa::setTimeSource({nullptr, [] { return realMS; }, nullptr});
     }
-    ~ServerTest() override { setTimeSource({}); }
+    ~ServerTest() override { pa::setTimeSource({}); }
 
     /// Takes the steps of a transcript, a table of lines "step | what the client is told".
     void replay(const std::string& transcript) {
@@ -160,9 +160,9 @@ struct ServerTest : testing::Test {
         }
     }
 
-    static Operation operationIn(const std::string& step) {
+    static pa::Operation operationIn(const std::string& step) {
         std::istringstream words(step);
-        Operation operation{-2, 0, 0, 1, ""};
+        pa::Operation operation{-2, 0, 0, 1, ""};
         char slash = 0;
         words >> operation.operationClass >> slash >> operation.operationNumber;
         std::getline(words >> std::ws, operation.payload);

@@ -73,7 +73,7 @@ private:
 TEST(SimServerClock, WakesForLapsesAndReadings) {
     // Every look at this clock takes 12 s, so that nothing is a matter of waiting.
     static std::atomic<std::int64_t> realMS{0};
-    setTimeSource({nullptr, [] { return realMS += 12'000; }, nullptr});
+    pa::setTimeSource({nullptr, [] { return realMS += 12'000; }, nullptr});
     Listener client;
     {
         SimServer server(smallStation());
@@ -85,7 +85,7 @@ TEST(SimServerClock, WakesForLapsesAndReadings) {
         EXPECT_TRUE(client.hears("level: 0 at -96"));
         EXPECT_TRUE(client.hears("level: 0 at -96"));
     }
-    setTimeSource({});
+    pa::setTimeSource({});
 }
 
 }  // namespace

@@ -128,7 +128,7 @@ TEST_F(OperatingTest, ChangesGainsMonitoringAndHealth) {
     take("trigger 1 1");
     client.told();
     const auto told = [this](const std::string& given) -> std::string {
-        const RecordFields& sink = client.last[{RecordKind::Sink, std::stoi(given)}];
+        const pa::RecordFields& sink = client.last[{RecordKind::Sink, std::stoi(given)}];
         return ServerTest::told(given.substr(2)).empty()
                    ? "nothing"
                    : *sink[7] + " " + *sink[11] + " " + *sink[17] + " " + *sink[27];

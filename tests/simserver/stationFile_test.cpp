@@ -9,7 +9,7 @@ namespace {
 using namespace simserver;
 
 /// Fields as place=text, absent ones left out.
-std::string shown(const RecordFields& fields) {
+std::string shown(const pa::RecordFields& fields) {
     std::string text;
     for (std::size_t i = 0; i < fields.size(); ++i) {
         text += fields[i] ? std::to_string(i) + "=" + *fields[i] + " " : "";

@@ -6,10 +6,10 @@
 
 /// Has the pauses of record handlers (100 ms) go by at once, or call `instead`. The longer sleep of
 /// the controller's worker stays what it is: a thread that nobody waits for.
-inline TimeSource withoutPauses(void (*instead)(int) = [](int) {}) {
+inline pa::TimeSource withoutPauses(void (*instead)(int) = [](int) {}) {
     static void (*pause)(int);
     pause = instead;
-    TimeSource source;
+    pa::TimeSource source;
     source.sleepMS = [](int ms) {
         if (ms <= 100) {
             pause(ms);
@@ -22,5 +22,5 @@ inline TimeSource withoutPauses(void (*instead)(int) = [](int) {}) {
 }
 
 inline void skipPauses(void (*instead)(int) = [](int) {}) {
-    setTimeSource(withoutPauses(instead));
+    pa::setTimeSource(withoutPauses(instead));
 }
