@@ -6,15 +6,13 @@
 #include <limits>
 #include <system_error>
 
-#include "simserver/JsonFault.h"
 #include "simserver/ScenarioReader.h"
 #include "simserver/StationChecks.h"
+#include "simserver/strictJson.h"
 
 namespace simserver {
 
 namespace {
-
-using Json = nlohmann::json;
 
 constexpr int anyNumber = std::numeric_limits<int>::max();
 
@@ -121,45 +119,6 @@ constexpr Member<Station> stationMembers[] = {
     {"microphone", optional, object<&Station::microphone, microphoneMembers>},
 };
 
-/// Of two members with the same name the JSON library keeps the last; here that is a mistake.
-class RepeatedMembers {
-public:
-    bool operator()(int depth, Json::parse_event_t event, const Json& parsed) {
-        if (event == Json::parse_event_t::object_start) {
-            open_.emplace_back();
-            ++element_;
-        } else if (event == Json::parse_event_t::array_start && depth == inRoot) {
-            inList_ = true;
-        } else if (event == Json::parse_event_t::object_end) {
-            open_.pop_back();
-        } else if (event == Json::parse_event_t::key) {
-            note(depth, parsed.get<std::string>());
-        }
-        return true;
-    }
-
-private:
-    static constexpr int inRoot = 1;  // depth of the station's members
-
-    void note(int depth, const std::string& name) {
-        if (depth == inRoot) {
-            list_ = "/" + name;
-            element_ = -1;
-            inList_ = false;
-        }
-        if (!open_.back().insert(name).second) {
-            const std::string element = inList_ ? "/" + std::to_string(element_) : "";
-            const std::string place = depth == inRoot ? list_ : list_ + element + "/" + name;
-            throw ScenarioError(place + ": the member is given twice");
-        }
-    }
-
-    std::vector<std::set<std::string>> open_;  // names seen in each object that is being read
-    std::string list_;
-    int element_ = -1;
-    bool inList_ = false;
-};
-
 std::string contentOf(const std::filesystem::path& file) {
     if (std::filesystem::exists(file) && !std::filesystem::is_regular_file(file)) {
         throw ScenarioError("a file is expected, not a folder or a device");
@@ -179,7 +138,7 @@ std::string contentOf(const std::filesystem::path& file) {
 
 Station loadStation(const std::filesystem::path& file) {
     try {
-        const Json tree = Json::parse(contentOf(file), RepeatedMembers());
+        const nlohmann::json tree = parseStrictly(contentOf(file));
         const Place root{tree, ""};
         Station station = readObject(root, stationMembers);
         checkStation(station, root);
@@ -187,8 +146,6 @@ Station loadStation(const std::filesystem::path& file) {
             station.microphone.file = (file.parent_path() / station.microphone.file).string();
         }
         return station;
-    } catch (const Json::exception& fault) {
-        throw ScenarioError(file.filename().string() + ": " + jsonFault(fault));
     } catch (const ScenarioError& error) {
         throw ScenarioError(file.filename().string() + ": " + error.what());
     }

@@ -97,6 +97,9 @@ TEST_F(StationFileTest, NamesThePlaceOfAFault) {
 "dstNo": 2, => ,                       | s.json: parse error at line 1, column 15...
 "dstNo": 2 => "name": "T"              | s.json: /name: the member is given twice
 "label": "s2" => "label": "s2", "label": "s3" | s.json: /sinks/1/label: the member is given twice
+"label": "s2" => "label": [{"x": 1}, {"y": {"x": 1, "x": 2}}] | s.json: /sinks/1/label/1/y/x: the member is given twice
+"label": "s2" => "label": "s2", "label": | s.json: /sinks/1/label: the member is given twice
+"label": "s2" => "label": , "label": ""  | s.json: parse error at line 4, column 58...
 "name": "S", => "x": "S",              | s.json: /: "name" is missing
 "name": "S" => "name": "\u0000"        | s.json: /name: a text without NUL is expected
 "dstNo": 2 => "dstNo": 0               | s.json: /dstNo: out of range, expected 1 to 2147483647
