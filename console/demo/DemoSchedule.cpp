@@ -52,7 +52,7 @@ DemoSchedule::~DemoSchedule() {
     if (!isLeft_ || !refusal_.empty()) {
         return;
     }
-    const auto isKnown = [this] { return scheduleNumbered(schedule_.Id).has_value(); };
+    const auto isKnown = [this] { return gPaController.findSchedule(schedule_.Id).has_value(); };
     waitBriefly(isKnown);  // none can be deleted before
     gPaController.deleteSchedule(schedule_.Id);
     waitBriefly([&] { return !isKnown(); });
@@ -63,7 +63,7 @@ DemoResult DemoSchedule::finish() {
     if (waitFor(limit, [this] { return isHeard_ || !refusal_.empty(); }) && isHeard_) {
         see("heard in " + schedule_.paZones.front());
     }
-    const auto isGone = [this] { return !scheduleNumbered(schedule_.Id); };
+    const auto isGone = [this] { return !gPaController.findSchedule(schedule_.Id); };
     if (!refusal_.empty()) {
         see("refused: " + refusal_);
     } else {

@@ -9,6 +9,7 @@
 #include "console/schedule/scheduleText.h"
 #include "console/schedule/scheduleTransfer.h"
 #include "console/text/resourceTable.h"
+#include "sdk/PAController.h"
 
 namespace console {
 
@@ -49,7 +50,7 @@ void show(const Context& context, const std::string& id) {
 
 void add(const Context& context, const NewSchedule& wanted) {
     context.session();
-    if (wanted.id && scheduleNumbered(*wanted.id)) {
+    if (wanted.id && gPaController.findSchedule(*wanted.id)) {
         throw Failure(ExitCode::Refused, "there is a schedule " + std::to_string(*wanted.id) +
                                              " already; 'schedule modify' changes it");
     }
@@ -79,9 +80,11 @@ void modify(const Context& context, const ChangedSchedule& wanted) {
 
 void remove(const Context& context, const std::vector<std::string>& names) {
     context.session();
+    const std::vector<Schedule> all = schedules.all();
+    const std::vector<std::string> numbers = memberTexts(all, "Id");
     std::vector<int> ids;
     for (const std::string& name : names) {
-        const int id = findOne(schedules, name).Id;
+        const int id = all[findName(schedules.one, name, numbers)].Id;
         if (std::find(ids.begin(), ids.end(), id) == ids.end()) {
             ids.push_back(id);
         }

@@ -1,9 +1,7 @@
 #include "console/schedule/schedulePut.h"
 
-#include <algorithm>
 #include <atomic>
 #include <memory>
-#include <set>
 
 #include "console/following/operate.h"
 #include "console/schedule/scheduleCheck.h"
@@ -22,7 +20,7 @@ bool tellsOf(const std::optional<Change>& change, const ScheduleDefinition& sche
 }
 
 bool isKept(const ScheduleDefinition& schedule) {
-    const auto kept = scheduleNumbered(schedule.Id);
+    const auto kept = gPaController.findSchedule(schedule.Id);
     return kept && isSame(*kept, schedule);
 }
 
@@ -40,7 +38,7 @@ std::string putSchedule(const Context& context, const ScheduleDefinition& schedu
     // that is told of it counts. Anything else is seen before it is told.
     Request request{"schedule " + std::to_string(schedule.Id) + " is kept as asked",
                     {putScheduleOperation}};
-    request.tickSeconds = 0.002;
+    request.tickSeconds = 0.001;
     operate(
         context, request, [&] { gPaController.modifySchedule(schedule); },
         [&](const std::optional<Change>& change) {
@@ -72,26 +70,15 @@ void removeSchedule(const Context& context, int id) {
     const std::string effect = "schedule " + std::to_string(id) + " is removed";
     operate(
         context, {effect, {removeScheduleOperation}}, [id] { gPaController.deleteSchedule(id); },
-        seen([id] { return !scheduleNumbered(id); }));
+        seen([id] { return !gPaController.findSchedule(id); }));
 }
 
 int freeScheduleId() {
-    std::set<int> taken;
-    for (const ScheduleDefinition& schedule : gPaController.listSchedules()) {
-        taken.insert(schedule.Id);
-    }
     int id = 1;
-    while (taken.count(id) > 0) {
+    while (gPaController.findSchedule(id)) {
         ++id;
     }
     return id;
-}
-
-std::optional<ScheduleDefinition> scheduleNumbered(int id) {
-    const auto all = gPaController.listSchedules();
-    const auto found = std::find_if(all.begin(), all.end(),
-                                    [id](const ScheduleDefinition& s) { return s.Id == id; });
-    return found == all.end() ? std::nullopt : std::optional(*found);
 }
 
 }  // namespace console

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <optional>
 #include <string>
 
 #include "console/Context.h"
@@ -29,8 +28,5 @@ void removeSchedule(const Context& context, int id);
 
 /// The lowest number that no schedule has.
 int freeScheduleId();
-
-/// The schedule with this id, nothing when there is none.
-std::optional<ScheduleDefinition> scheduleNumbered(int id);
 
 }  // namespace console

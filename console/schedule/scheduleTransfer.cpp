@@ -12,6 +12,7 @@
 #include "console/schedule/scheduleJson.h"
 #include "console/schedule/schedulePut.h"
 #include "console/text/resources.h"
+#include "sdk/PAController.h"
 
 namespace console {
 
@@ -76,8 +77,8 @@ Json entriesOf(const std::string& path) {
 }
 
 /// With the zones and voices as the server spells them.
-ScheduleDefinition spelledOut(ScheduleDefinition schedule) {
-    const auto known = memberTexts(zones.all(), "id");
+/// @param known the ids of all zones
+ScheduleDefinition spelledOut(ScheduleDefinition schedule, const std::vector<std::string>& known) {
     for (std::string& zone : schedule.paZones) {
         zone = known[findName("zone", zone, known)];
     }
@@ -115,7 +116,7 @@ private:
     /// @return why the entry is not in, nothing when it is
     /// @throws Failure when its outcome is unknown
     std::string put(const Json& entry) try {
-        const ScheduleDefinition schedule = spelledOut(scheduleFrom(entry));
+        const ScheduleDefinition schedule = spelledOut(scheduleFrom(entry), zoneIds_);
         const std::string title = "schedule " + std::to_string(schedule.Id);
         if (schedule.Id <= 0) {
             return "the id is missing, or not above 0";
@@ -123,7 +124,7 @@ private:
         if (!ids_.insert(schedule.Id).second) {
             return title + " stands in the file twice";
         }
-        if (!wanted_.replace && scheduleNumbered(schedule.Id)) {
+        if (!wanted_.replace && gPaController.findSchedule(schedule.Id)) {
             return "there is a " + title + " already; --replace replaces it";
         }
         putSchedule(context_, schedule);
@@ -143,6 +144,7 @@ private:
     const Context& context_;
     const ScheduleImport& wanted_;
     const Json& entries_;
+    const std::vector<std::string> zoneIds_ = memberTexts(zones.all(), "id");
     std::size_t at_ = 0;    // number of the entry at hand
     std::size_t done_ = 0;  // how many are in
     std::set<int> ids_;     // in the file so far
