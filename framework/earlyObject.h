@@ -7,7 +7,7 @@
 /// Global objects that every static constructor of a program may use.
 ///
 ///     EarlyStorage<std::string> storage;
-///     PA_EARLIEST const EarlyObject<std::string> made(storage, "0.0.0.0");
+///     PASDK_EARLIEST const EarlyObject<std::string> made(storage, "0.0.0.0");
 ///     constexpr std::string& gText = storage.object;  // or a reference that a header declares
 
 /// Room for a global object. It is bound to references at compile time and never destroyed, so
@@ -22,7 +22,7 @@ union EarlyStorage {
 };
 
 /// Constructs the object of `storage`. The program has exactly one of these for each storage,
-/// declared with PA_EARLIEST.
+/// declared with PASDK_EARLIEST.
 template <class T>
 struct EarlyObject {
     template <class... Arguments>
@@ -33,4 +33,4 @@ struct EarlyObject {
 
 /// Constructed before every static object without a priority of its own, whatever the order of the
 /// translation units: 101 is the earliest that GCC and Clang leave to programs.
-#define PA_EARLIEST [[gnu::init_priority(101)]]
+#define PASDK_EARLIEST [[gnu::init_priority(101)]]

@@ -4,6 +4,7 @@
 #include <cstdarg>
 #include <cstdio>
 #include <cstdlib>
+#include <exception>
 #include <map>
 #include <mutex>
 #include <pthread.h>
@@ -12,6 +13,8 @@
 #include <utility>
 
 #include "framework/clock.h"
+#include "framework/earlyObject.h"
+#include "framework/stderrWriter.h"
 
 using namespace pa;
 
@@ -25,6 +28,9 @@ constexpr std::time_t suppressionSeconds = 10;
 constexpr std::size_t rememberedErrors = 64;
 constexpr std::size_t longestText = 2000;
 
+/// How long the end of the process, and a new sink, wait for stderr.
+constexpr std::chrono::milliseconds stderrLimit{1000};
+
 /// An error that was written lately, and how often it came again since.
 struct RecentError {
     std::time_t writtenAt = 0;
@@ -37,20 +43,44 @@ struct Log {
     std::map<std::string, RecentError> recent;  // of the suppressed level, by text
 };
 
+std::string threadName() {
+    std::array<char, 16> name{};
+    pthread_getname_np(pthread_self(), name.data(), name.size());
+    return std::string(name.data()) + '/' + std::to_string(syscall(SYS_gettid));
+}
+
+std::string droppedNotice(unsigned long dropped) {
+    return formatLogLine({LogLine::Kind::Error, 1, wallClock(), threadName(),
+                          std::to_string(dropped) +
+                              " log lines were dropped: stderr did not take them in time"}) +
+           '\n';
+}
+
 // Built on first use and never destroyed: threads of the library log before main and after it.
+// exit() runs its handlers in reverse order: what is suppressed is queued before the writer is
+// waited for.
+pa::StderrWriter& stderrWriter() {
+    static pa::StderrWriter& instance = *[] {
+        std::atexit([] { flushLog(stderrLimit); });
+        return new pa::StderrWriter(defaultSinkBytes, droppedNotice);
+    }();
+    return instance;
+}
+
 Log& theLog() {
     static Log& instance = *[] {
+        stderrWriter();
         std::atexit(flushSuppressedErrors);
         return new Log;
     }();
     return instance;
 }
 
-std::string threadName() {
-    std::array<char, 16> name{};
-    pthread_getname_np(pthread_self(), name.data(), name.size());
-    return std::string(name.data()) + '/' + std::to_string(syscall(SYS_gettid));
-}
+/// Has the writer's exit handler run behind the destructors of static objects, which may log.
+struct WriterMadeEarly {
+    WriterMadeEarly() { stderrWriter(); }
+};
+PASDK_EARLIEST const WriterMadeEarly made;
 
 [[gnu::format(printf, 1, 0)]] std::string formatted(const char* format, va_list arguments) {
     std::array<char, longestText + 1> buffer{};
@@ -72,8 +102,7 @@ void write(Log& log, LogLine::Kind kind, int level, std::time_t now, const std::
             // The default sink takes what this one does not.
         }
     }
-    const std::string out = formatLogLine(line) + '\n';
-    std::fwrite(out.data(), 1, out.size(), stderr);
+    stderrWriter().add(formatLogLine(line) + '\n');
 }
 
 /// Forgets the errors that were written before `before`, and tells how often they came again.
@@ -119,11 +148,6 @@ void trace(int level, const std::string& text) {
     write(log, LogLine::Kind::Debug, level, now, text);
 }
 
-/// Out of memory: a log line must never make things worse.
-void tellOfLostLine() {
-    std::fputs("a log line was lost\n", stderr);
-}
-
 }  // namespace
 
 void debug(int level, const char* format, ...) {
@@ -131,8 +155,8 @@ void debug(int level, const char* format, ...) {
     va_start(arguments, format);
     try {
         trace(level, formatted(format, arguments));
-    } catch (...) {
-        tellOfLostLine();
+    } catch (const std::exception&) {
+        stderrWriter().countDropped();  // out of memory: a log line must never make things worse
     }
     va_end(arguments);
 }
@@ -142,13 +166,14 @@ void handleError(int level, const char* format, ...) {
     va_start(arguments, format);
     try {
         report(level, formatted(format, arguments));
-    } catch (...) {
-        tellOfLostLine();
+    } catch (const std::exception&) {
+        stderrWriter().countDropped();  // out of memory: a log line must never make things worse
     }
     va_end(arguments);
 }
 
 LogSink pa::setLogSink(LogSink sink) {
+    flushLog(stderrLimit);
     Log& log = theLog();
     const std::lock_guard guard(log.lock);
     return std::exchange(log.sink, std::move(sink));
@@ -180,7 +205,11 @@ void pa::flushSuppressedErrors() {
     const std::lock_guard guard(log.lock);
     try {
         tellRepeats(log, now + 1, now);
-    } catch (...) {
-        tellOfLostLine();
+    } catch (const std::exception&) {
+        stderrWriter().countDropped();  // out of memory: a log line must never make things worse
     }
+}
+
+bool flushLog(std::chrono::milliseconds limit) {
+    return stderrWriter().flush(limit);
 }

@@ -1,6 +1,8 @@
 #pragma once
 
 #include <atomic>
+#include <chrono>
+#include <cstddef>
 #include <ctime>
 #include <functional>
 #include <string>
@@ -34,14 +36,30 @@ struct LogLine {
     std::string text;
 };
 
-/// Takes every line. Called with the log's lock held, one line at a time: it must not log itself.
-/// When it throws, the line goes to the default sink instead.
+/// The most bytes of lines that wait for the default sink.
+constexpr std::size_t defaultSinkBytes = std::size_t{1} << 20;
+
+/// Takes every line. Called with the log's lock held, one line at a time: it must not block for
+/// long, log or replace the sink. When it throws, the line goes to the default sink instead.
 using LogSink = std::function<void(const LogLine&)>;
 
-/// Replaces the sink; an empty one restores the default, which writes `formatLogLine` to stderr. A
-/// sink is called until the process ends, by threads that never stop and at its exit.
+/// Replaces the sink; an empty one restores the default. A sink is called until the process ends,
+/// by threads that never stop and at its exit.
+///
+/// The default sink writes `formatLogLine` and a line end to stderr (file descriptor 2), on a
+/// thread of its own: it never blocks its caller. At most `defaultSinkBytes` of lines wait for a
+/// stderr that takes them too slowly; further ones are dropped, and one line says how many. exit
+/// and the return from main write what waits, for a second at most. quick_exit, _exit and a signal
+/// that ends the process lose what waits at that moment: see `flushLog`.
+///
+/// Lines of before are on stderr when this returns, or a second has passed.
 /// @return the sink that was in force, empty for the default
 LogSink setLogSink(LogSink sink);
+
+/// Waits until the default sink has written every line so far: before _exit, or to keep the order
+/// with what the application writes to stderr itself. Not to be called from a sink.
+/// @return false when it takes longer than `limit`, by the host's clock
+bool flushLog(std::chrono::milliseconds limit);
 
 /// The line as the default sink writes it, without a line end: UTC time, kind and level, thread,
 /// text. Control characters are written as \xNN, so that a text cannot forge a line.

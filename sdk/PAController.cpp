@@ -18,7 +18,7 @@ constexpr int workerPauseMS = 9000;
 [[maybe_unused]] qxLocalMutex mtx(true);
 
 EarlyStorage<PAController> storage;
-PA_EARLIEST const EarlyObject<PAController> made(storage);
+PASDK_EARLIEST const EarlyObject<PAController> made(storage);
 
 }  // namespace
 

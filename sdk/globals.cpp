@@ -6,7 +6,7 @@
 namespace {
 
 EarlyStorage<std::string> deviceIPAddress;
-PA_EARLIEST const EarlyObject<std::string> made(deviceIPAddress, "0.0.0.0");
+PASDK_EARLIEST const EarlyObject<std::string> made(deviceIPAddress, "0.0.0.0");
 
 }  // namespace
 
