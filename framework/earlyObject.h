@@ -10,6 +10,8 @@
 ///     PASDK_EARLIEST const EarlyObject<std::string> made(storage, "0.0.0.0");
 ///     constexpr std::string& gText = storage.object;  // or a reference that a header declares
 
+namespace pa {
+
 /// Room for a global object. It is bound to references at compile time and never destroyed, so
 /// that a thread may use the object until the process is gone.
 template <class T>
@@ -30,6 +32,8 @@ struct EarlyObject {
         new (&storage.object) T(std::forward<Arguments>(arguments)...);
     }
 };
+
+}  // namespace pa
 
 /// Constructed before every static object without a priority of its own, whatever the order of the
 /// translation units: 101 is the earliest that GCC and Clang leave to programs.

@@ -17,8 +17,8 @@ constexpr int workerPauseMS = 9000;
 /// Part of the module's layout; nothing takes it.
 [[maybe_unused]] qxLocalMutex mtx(true);
 
-EarlyStorage<PAController> storage;
-PASDK_EARLIEST const EarlyObject<PAController> made(storage);
+pa::EarlyStorage<PAController> storage;
+PASDK_EARLIEST const pa::EarlyObject<PAController> made(storage);
 
 }  // namespace
 

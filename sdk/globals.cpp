@@ -5,8 +5,8 @@
 
 namespace {
 
-EarlyStorage<std::string> deviceIPAddress;
-PASDK_EARLIEST const EarlyObject<std::string> made(deviceIPAddress, "0.0.0.0");
+pa::EarlyStorage<std::string> deviceIPAddress;
+PASDK_EARLIEST const pa::EarlyObject<std::string> made(deviceIPAddress, "0.0.0.0");
 
 }  // namespace
 
