@@ -210,6 +210,6 @@ void pa::flushSuppressedErrors() {
     }
 }
 
-bool flushLog(std::chrono::milliseconds limit) {
+bool pa::flushLog(std::chrono::milliseconds limit) {
     return stderrWriter().flush(limit);
 }

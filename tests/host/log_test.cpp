@@ -57,7 +57,7 @@ TEST_F(LogTest, EachLineHasItsLevelAndTime) {
     pa::setLogSink({});
     testing::internal::CaptureStderr();
     debug(1, "to stderr");
-    flushLog(enough);
+    pa::flushLog(enough);
     EXPECT_EQ(testing::internal::GetCapturedStderr(),
               "1970-01-01T00:16:40Z debug 1 [" + last.thread + "] to stderr\n");
 }
@@ -120,7 +120,7 @@ TEST_F(LogTest, ASinkThatThrowsHurtsNobodyAndTheLineGoesToStderr) {
     debug(1, "y");
     pa::setLogSink([this](const pa::LogLine& line) { texts.push_back(line.text); });
     debug(1, "z");
-    flushLog(enough);
+    pa::flushLog(enough);
     const std::string written = testing::internal::GetCapturedStderr();
     EXPECT_NE(written.find("] x\n"), std::string::npos) << written;
     EXPECT_NE(written.find("] y\n"), std::string::npos) << written;
@@ -142,7 +142,7 @@ TEST(LogDeathTest, ASinkThatThrowsAtTheExitHurtsNobody) {
 struct StderrTest : testing::Test {
     StderrTest() {
         pa::setLogSink({});
-        flushLog(enough);
+        pa::flushLog(enough);
         usePipe(0);
     }
     ~StderrTest() override {
@@ -171,7 +171,7 @@ struct StderrTest : testing::Test {
                 }
             });
             meanwhile();
-            EXPECT_TRUE(flushLog(enough));
+            EXPECT_TRUE(pa::flushLog(enough));
             dup2(before_, STDERR_FILENO);
         }
         close(readEnd);
@@ -196,7 +196,7 @@ TEST_F(StderrTest, APipeThatNobodyReadsHoldsUpNobodyAndWhatIsDroppedIsCounted) {
         handleError(1, "%d", i);
     }
     const Texts lines = read([] {
-        EXPECT_TRUE(flushLog(enough));
+        EXPECT_TRUE(pa::flushLog(enough));
         handleError(1, "later");
     });
     ASSERT_GE(lines.size(), 2U);
@@ -232,10 +232,10 @@ TEST_F(StderrTest, APipeThatDoesNotBlockTakesEveryLineInPieces) {
 TEST_F(StderrTest, WhatABrokenOrClosedStderrRefusesIsCounted) {
     close(readEnd);
     handleError(1, "into a pipe without a reader");
-    EXPECT_TRUE(flushLog(enough));
+    EXPECT_TRUE(pa::flushLog(enough));
     close(STDERR_FILENO);
     handleError(1, "into nothing");
-    EXPECT_TRUE(flushLog(enough));
+    EXPECT_TRUE(pa::flushLog(enough));
     usePipe(0);
     EXPECT_EQ(read([] { handleError(1, "into a pipe"); }),
               (Texts{"into a pipe", "2 log lines were dropped: stderr did not take them in time"}));

@@ -1,0 +1,353 @@
+// What the link and the controller do under load: a server that says much at once, observers that
+// take their time, an application that asks for much; and how long a large station file takes. The
+// pauses are the real ones but where a case measures a single call. Absolute figures, each beside
+// the wanted one.
+#include <algorithm>
+#include <atomic>
+#include <chrono>
+#include <ctime>
+#include <deque>
+#include <filesystem>
+#include <fstream>
+#include <map>
+#include <mutex>
+#include <string>
+#include <thread>
+#include <unistd.h>
+#include <vector>
+
+#include "bench/loadCases.h"
+#include "bench/loadStage.h"
+#include "sdk/globals.h"
+#include "simserver/StationFile.h"
+#include "tests/support/noPauses.h"
+
+namespace {
+
+using namespace load;
+using namespace std::chrono_literals;
+
+// ------------------------------------------------------------------------------- sources and sinks
+
+template <int count>
+std::vector<Measurement> sourcesAtOnce() {
+    Stage& stage = makeStage();
+    const auto say = [&] {
+        for (int id = 1; id <= count; ++id) {
+            stage.fake.say(RecordKind::Source, id, sourceFields(id, "Desk"));
+        }
+    };
+    const auto areTold = [&] { return stage.observer.sources == count; };
+    const std::string time = timeUntil(say, areTold, 90s);
+    const bool areCached = gPaController.getPaSources().size() == std::size_t{count};
+    const char* const wanted = count == 100'000 ? "< 1.5 s" : "";
+    return {{std::to_string(count) + " sources at once, cached and told",
+             areCached ? time : time + ", not all cached", wanted}};
+}
+
+/// How late a series of updates is told, the k-th of each key for the k-th record of it.
+class Lateness {
+public:
+    /// @param pauseOfKind between the merge of a record and its notification
+    explicit Lateness(Clock::duration pauseOfKind) : pause_(pauseOfKind) {}
+
+    void said(int key) {
+        const std::lock_guard guard(lock_);
+        due_[key].push_back(Clock::now() + pause_);
+    }
+
+    void told(int key) {
+        const std::lock_guard guard(lock_);
+        worst_ = std::max(worst_, Clock::now() - due_[key].at(0));
+        due_[key].pop_front();
+    }
+
+    std::size_t untold() const {
+        const std::lock_guard guard(lock_);
+        std::size_t count = 0;
+        for (const auto& entry : due_) {
+            count += entry.second.size();
+        }
+        return count;
+    }
+
+    std::string worst() const {
+        const std::lock_guard guard(lock_);
+        auto worst = worst_;
+        bool isOpen = false;
+        for (const auto& entry : due_) {
+            if (!entry.second.empty()) {
+                worst = std::max(worst, Clock::now() - entry.second.front());
+                isOpen = true;
+            }
+        }
+        return (isOpen ? "> " : "") + milliseconds(worst);
+    }
+
+private:
+    const Clock::duration pause_;
+    mutable std::mutex lock_;
+    // Guarded by lock_.
+    std::map<int, std::deque<Clock::time_point>> due_;
+    Clock::duration worst_{0};
+};
+
+std::vector<Measurement> fader() {
+    constexpr int others = 100;
+    constexpr int faderId = others + 1;
+    constexpr auto pause = 100ms;
+    static Lateness ofFader(pause);
+    static Lateness ofOthers(pause);
+    static Lateness ofSink(0ms);
+    Stage& stage = makeStage();
+    stage.observer.onSource = [](const PaSource& source) {
+        (source.id == faderId ? ofFader : ofOthers).told(source.id);
+    };
+    stage.observer.onSink = [](const PaSink& sink) { ofSink.told(sink.id); };
+
+    const auto start = Clock::now();
+    for (int ms = 0; ms < 5000; ++ms) {
+        std::this_thread::sleep_until(start + ms * 1ms);
+        const std::string label = std::to_string(ms);
+        ofFader.said(faderId);
+        stage.fake.say(RecordKind::Source, faderId, sourceFields(faderId, label));
+        const int other = ms % others + 1;
+        ofOthers.said(other);
+        stage.fake.say(RecordKind::Source, other, sourceFields(other, label));
+        if (ms % 100 == 0) {
+            ofSink.said(1);
+            stage.fake.say(RecordKind::Sink, 1, sinkFields(1, 1 + ms / 100 % 2));
+        }
+    }
+    waitFor([] { return ofFader.untold() + ofOthers.untold() + ofSink.untold() == 0; }, 10s);
+    const char* const wanted = "<= 150 ms";
+    return {{"1,000 records/s of one source for 5 s: worst lateness", ofFader.worst(), wanted},
+            {"  100 other sources meanwhile, 10 records/s each", ofOthers.worst(), wanted},
+            {"  a sink meanwhile", ofSink.worst(), wanted}};
+}
+
+std::vector<Measurement> pairs() {
+    constexpr int sources = 100;
+    Stage& stage = makeStage();
+    const auto say = [&] {
+        for (int id = 1; id <= sources; ++id) {
+            stage.fake.say(RecordKind::Source, id, sourceFields(id, "first"));
+            stage.fake.say(RecordKind::Source, id, sourceFields(id, "second"));
+        }
+    };
+    const auto areTold = [&] { return stage.observer.sources == 2 * sources; };
+    return {{"two records each of 100 sources, told", timeUntil(say, areTold, 60s), "< 0.25 s"}};
+}
+
+void sayOfOneSource(Stage& stage, int records) {
+    for (int i = 0; i < records; ++i) {
+        stage.fake.say(RecordKind::Source, 1, sourceFields(1, std::to_string(i)));
+    }
+}
+
+std::vector<Measurement> sinkBehindSources() {
+    Stage& stage = makeStage();
+    const auto say = [&] {
+        sayOfOneSource(stage, 5000);
+        stage.fake.say(RecordKind::Sink, 1, sinkFields(1, 1));
+    };
+    const auto isTold = [&] { return stage.observer.sinks == 1; };
+    return {{"a sink behind 5,000 records of one source, told", timeUntil(say, isTold, 15s),
+             "< 0.25 s"}};
+}
+
+std::vector<Measurement> stopBehindSources() {
+    Stage& stage = makeStage();
+    sayOfOneSource(stage, 100);
+    stage.transport.waitUntilDelivered();
+    const auto time = timeOf([&] { stage.link.stop(); });
+    return {{"stop() behind 100 records of one source", seconds(time), "< 0.25 s"}};
+}
+
+std::vector<Measurement> reconnectionBehindSources() {
+    Stage& stage = makeStage();
+    sayOfOneSource(stage, 100);
+    const auto say = [&] {
+        stage.fake.sayConnected();
+        stage.fake.say(RecordKind::Sink, 1, sinkFields(1, 1));
+    };
+    const auto isTold = [&] { return stage.observer.sinks == 1; };
+    return {{"a reconnection behind 100 records of one source", timeUntil(say, isTold, 60s),
+             "< 0.25 s"}};
+}
+
+template <int records>
+std::vector<Measurement> slowObserver() {
+    Stage& stage = makeStage();
+    stage.observer.onSink = [](const PaSink&) { spin(20us); };
+    const auto say = [&] {
+        for (int i = 0; i < records; ++i) {
+            const int id = i % 1000 + 1;
+            stage.fake.say(RecordKind::Sink, id, sinkFields(id, 1 + i / 1000 % 2));
+        }
+    };
+    const auto areTold = [&] { return stage.observer.sinks == records; };
+    return {{std::to_string(records) + " sinks, an observer that takes 20 us for each",
+             timeUntil(say, areTold, 120s), "peak is bounded"}};
+}
+
+// -------------------------------------------------------------------------------------- operations
+
+/// How many operations arrive of those that `ask` asks for.
+template <class Ask>
+std::vector<Measurement> burst(const std::string& name, int operations, Ask ask) {
+    Stage& stage = makeStage();
+    const auto asking = timeOf([&] {
+        for (int i = 1; i <= operations; ++i) {
+            ask(i);
+        }
+    });
+    int arrived = -1;
+    while (arrived != stage.fake.operations) {  // until nothing more comes
+        arrived = stage.fake.operations;
+        waitFor([&] { return stage.fake.operations == operations; }, 1s);
+    }
+    return {{std::to_string(operations) + ' ' + name + " in " + seconds(asking) + ", arrived",
+             std::to_string(arrived), std::to_string(operations)}};
+}
+
+std::vector<Measurement> burstOfSchedules() {
+    return burst("createSchedule", 3000,
+                 [](int id) { gPaController.createSchedule(scheduleDefinition(id)); });
+}
+
+std::vector<Measurement> burstOfAnnouncements() {
+    return burst("playMessage", 100'000, [](int) {
+        Message message;
+        message.setAudioMessage(std::vector<unsigned>{12, 40});
+        static_cast<void>(gPaController.playMessage({"Platform 1"}, message));
+    });
+}
+
+// ------------------------------------------------------------------------- single calls, no pauses
+
+template <class Fields>
+void fill(void (PAController::*handler)(int, TEVlist*), int count, Fields fields) {
+    for (int key = 1; key <= count; ++key) {
+        RecordList record(fields(key));
+        (gPaController.*handler)(key, record.list());
+    }
+}
+
+std::vector<Measurement> manySources() {
+    skipPauses();
+    constexpr int count = 100'000;
+    constexpr int calls = 100;
+    const auto fields = [](int id) { return sourceFields(id, "Desk"); };
+    fill(&PAController::addUpdatePaSource, count, fields);
+    const auto records = timeOf([&] {
+        for (int key = count - calls + 1; key <= count; ++key) {
+            RecordList record(fields(key));
+            gPaController.addUpdatePaSource(key, record.list());
+        }
+    });
+    const auto withdrawals = timeOf([] {
+        for (int key = count - calls + 1; key <= count; ++key) {
+            gPaController.deleteAudioVideoControllerInfo(0, static_cast<int>(RecordKind::Source),
+                                                         key);
+        }
+    });
+    const bool areCached = gPaController.getPaSources().size() == count - calls;
+    return {{"one source record that changes nothing, 100,000 cached",
+             areCached ? microseconds(records / calls) : "not all cached", "< 20 us"},
+            {"one withdrawal by key, 100,000 sources cached", microseconds(withdrawals / calls),
+             "< 20 us"}};
+}
+
+std::vector<Measurement> manySchedules() {
+    skipPauses();
+    constexpr int count = 20'000;
+    fill(&PAController::updateScheduleList, count, [](int) { return scheduleFields(); });
+    const bool areCached = gPaController.listSchedules().size() == count;
+    const auto time = timeOf([] {
+        gPaController.deleteAudioVideoControllerInfo(0, static_cast<int>(RecordKind::Schedule), 0);
+    });
+    return {{"withdrawal of all of 20,000 schedules", areCached ? seconds(time) : "not all cached",
+             "< 0.25 s"}};
+}
+
+std::vector<Measurement> waitingCallers() {
+    constexpr int callers = 50;
+    constexpr auto watched = 2s;
+    makeStage();
+    skipPauses();
+    fill(&PAController::updateScheduleList, 2000, [](int) { return scheduleFields(); });
+    setTimeSource({});
+    gMaxServerWaitTimeSeconds = 60;
+    for (int i = 0; i < callers; ++i) {
+        std::thread([] {
+            static_cast<void>(gPaController.createScheduleSync(scheduleDefinition(0)));
+        }).detach();
+    }
+    std::this_thread::sleep_for(500ms);
+    const std::clock_t before = std::clock();
+    std::this_thread::sleep_for(watched);
+    const double used = static_cast<double>(std::clock() - before) / CLOCKS_PER_SEC;
+    const double share = used / std::chrono::duration<double>(watched).count();
+    return {{"50 callers of createScheduleSync, 2,000 schedules: CPU", text(100 * share, "%"),
+             "< 2 % of a core"}};
+}
+
+// ---------------------------------------------------------------------------------- station files
+
+/// The processor time that it takes to read a station with so many sinks and zones.
+double secondsToRead(int count) {
+    const auto file = std::filesystem::temp_directory_path() /
+                      ("link_load_bench-" + std::to_string(getpid()) + ".json");
+    {
+        std::ofstream out(file);
+        out << R"({"name": "Large", "sources": [], "voices": [], "dictionary": [], "zones": [)";
+        for (int i = 1; i <= count; ++i) {
+            out << (i == 1 ? "" : ",") << R"({"id": "Zone )" << i << R"("})";
+        }
+        out << R"(], "sinks": [)";
+        for (int i = 1; i <= count; ++i) {
+            out << (i == 1 ? "" : ",") << R"({"id": )" << i
+                << R"(, "location": "Platform 1, north end", "label": "Canopy speakers",)"
+                << R"( "ipAddress": "10.20.1.11", "type": 1, "zones": ["Zone )" << i << R"("]})";
+        }
+        out << "]}";
+    }
+    const std::clock_t before = std::clock();
+    const simserver::Station station = simserver::loadStation(file);
+    const std::clock_t after = std::clock();
+    std::filesystem::remove(file);
+    return static_cast<double>(after - before) / CLOCKS_PER_SEC;
+}
+
+std::vector<Measurement> stationFile() {
+    const double small = secondsToRead(10'000);
+    const double large = secondsToRead(100'000);
+    return {{"station of 100,000 sinks and zones: CPU to read it", text(large, "s"), "< 2 s"},
+            {"  as a multiple of one of 10,000", text(large / small, "x"), "about 10 x"}};
+}
+
+const std::vector<LoadCase> cases = {
+    {"sources_1000", sourcesAtOnce<1000>},
+    {"sources_10000", sourcesAtOnce<10'000>},
+    {"sources_100000", sourcesAtOnce<100'000>},
+    {"fader", fader},
+    {"pairs", pairs},
+    {"sink_behind_sources", sinkBehindSources},
+    {"stop_behind_sources", stopBehindSources},
+    {"reconnection_behind_sources", reconnectionBehindSources},
+    {"slow_observer_50000", slowObserver<50'000>},
+    {"slow_observer_200000", slowObserver<200'000>},
+    {"burst_of_schedules", burstOfSchedules},
+    {"burst_of_announcements", burstOfAnnouncements},
+    {"many_sources", manySources},
+    {"many_schedules", manySchedules},
+    {"waiting_callers", waitingCallers},
+    {"station_file", stationFile},
+};
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    return runLoadCases(argc, argv, cases);
+}

@@ -1,0 +1,97 @@
+#include "bench/loadCases.h"
+
+#include <algorithm>
+#include <atomic>
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <fstream>
+#include <sys/wait.h>
+#include <thread>
+#include <unistd.h>
+
+namespace {
+
+constexpr const char* inThisProcess = "--in-this-process";  // the name of a case follows
+
+/// A number of /proc/self/status, as in "VmHWM".
+long statusNumber(const std::string& name) {
+    std::ifstream status("/proc/self/status");
+    for (std::string line; std::getline(status, line);) {
+        if (line.compare(0, name.size() + 1, name + ':') == 0) {
+            return std::strtol(line.c_str() + name.size() + 1, nullptr, 10);
+        }
+    }
+    return 0;
+}
+
+void printRow(const std::string& what, const std::string& measured, const std::string& wanted,
+              const std::string& threads, const std::string& peak) {
+    std::printf("%-58s | %-22s | %-20s | %7s | %8s\n", what.c_str(), measured.c_str(),
+                wanted.c_str(), threads.c_str(), peak.c_str());
+    std::fflush(stdout);
+}
+
+/// Never returns: threads of the library, and calls that wait, may not come to an end.
+[[noreturn]] void runHere(const LoadCase& chosen) {
+    std::atomic<long> mostThreads{0};
+    std::thread([&mostThreads] {
+        while (true) {
+            const long others = statusNumber("Threads") - 1;
+            mostThreads = std::max(mostThreads.load(), others);
+            std::this_thread::sleep_for(std::chrono::milliseconds(20));
+        }
+    }).detach();
+    const std::vector<Measurement> measurements = chosen.run();
+    std::string threads;
+    std::string peak;
+    for (const Measurement& measurement : measurements) {
+        if (threads.empty()) {
+            threads = std::to_string(std::max(mostThreads.load(), statusNumber("Threads") - 1));
+            peak = std::to_string(statusNumber("VmHWM") / 1024) + " MiB";
+        } else {
+            threads = peak = "\"";
+        }
+        printRow(measurement.what, measurement.measured, measurement.wanted, threads, peak);
+    }
+    std::_Exit(0);
+}
+
+/// @return whether it has come to its end
+bool runInChild(const LoadCase& chosen) {
+    const pid_t child = fork();
+    if (child == 0) {
+        execl("/proc/self/exe", "load case", inThisProcess, chosen.name, nullptr);
+        std::_Exit(127);
+    }
+    int status = -1;
+    const bool ended = waitpid(child, &status, 0) == child && status == 0;
+    if (!ended) {
+        printRow(chosen.name, "has failed", "", "", "");
+    }
+    return ended;
+}
+
+}  // namespace
+
+int runLoadCases(int argc, char** argv, const std::vector<LoadCase>& cases) {
+    std::vector<std::string> names(argv + 1, argv + argc);
+    const bool here = !names.empty() && names.front() == inThisProcess;
+    const auto isNamed = [&names](const LoadCase& candidate) {
+        return std::find(names.begin(), names.end(), candidate.name) != names.end();
+    };
+    if (!here) {
+        printRow("case", "measured", "wanted", "threads", "peak");
+    }
+    bool allEnded = true;
+    for (const LoadCase& candidate : cases) {
+        if (!names.empty() && !isNamed(candidate)) {
+            continue;
+        }
+        if (here) {
+            runHere(candidate);
+        }
+        allEnded = runInChild(candidate) && allEnded;
+    }
+    return allEnded ? 0 : 1;
+}

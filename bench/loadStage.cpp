@@ -1,0 +1,128 @@
+#include "bench/loadStage.h"
+
+#include <cstdio>
+
+#include "framework/log.h"
+#include "sdk/globals.h"
+
+namespace load {
+
+namespace {
+
+constexpr int destination = 1;  // of the fake server
+
+}  // namespace
+
+void spin(Clock::duration time) {
+    const auto end = Clock::now() + time;
+    while (Clock::now() < end) {
+    }
+}
+
+void FakeServer::connectClient(palink::ServerEventSink& client) {
+    client_ = &client;
+    sayConnected();
+}
+
+void FakeServer::handleOperation(const Operation& /*operation*/) {
+    spin(std::chrono::microseconds(20));
+    ++operations;
+}
+
+palink::UploadResult FakeServer::storeFile(const std::string& /*localPath*/,
+                                           const std::string& /*serverPath*/) {
+    return {true, ""};
+}
+
+void FakeServer::sayConnected() {
+    say(palink::Connected{destination, destination, false, {}});
+    say(palink::InitialSetComplete{});
+}
+
+void FakeServer::say(palink::ServerEvent event) {
+    client_->deliver(std::move(event));
+}
+
+void FakeServer::say(RecordKind kind, int key, RecordFields fields) {
+    say(palink::Record{destination, kind, key, std::move(fields)});
+}
+
+Stage::Stage() {
+    setLogSink([](const LogLine&) {});
+    gDeviceIPAddress = "10.0.0.1";
+    gPaController.registerObserver(&observer);
+    link.start();
+    static_cast<void>(link.waitUntilReady(std::chrono::seconds(10)));
+}
+
+RecordFields sourceFields(int id, const std::string& label) {
+    RecordFields fields(17);
+    fields[0] = std::to_string(id);
+    fields[1] = "\"Platform 1, north end\"";
+    fields[2] = label;
+    fields[3] = "10.20.1.11";
+    fields[4] = "1";
+    fields[6] = "in 3";
+    fields[7] = "1";
+    fields[11] = "-12.5";
+    return fields;
+}
+
+RecordFields sinkFields(int id, int state) {
+    RecordFields fields(32);
+    fields[0] = std::to_string(id);
+    fields[1] = "\"Platform 1, north end\"";
+    fields[2] = "\"Canopy speakers\"";
+    fields[3] = "10.20.1.11";
+    fields[4] = "1";
+    fields[7] = std::to_string(state);
+    fields[26] = "\"Platform 1^Concourse\"";
+    return fields;
+}
+
+RecordFields scheduleFields() {
+    RecordFields fields(10);
+    fields[0] = "Daily";
+    fields[1] = "2026:12:1";
+    fields[2] = "6:0";
+    fields[3] = "2026:12:31";
+    fields[4] = "23:59";
+    fields[5] = "127";
+    fields[9] = "2,10.0.0.1,Platform 1,12^40!1,,";
+    return fields;
+}
+
+ScheduleDefinition scheduleDefinition(int id) {
+    ScheduleDefinition schedule;
+    schedule.Id = id;
+    schedule.descrption = "Daily";
+    schedule.startYear = schedule.endYear = 2026;
+    schedule.startMonth = schedule.endMonth = 12;
+    schedule.startDay = 1;
+    schedule.endDay = 31;
+    schedule.dayMask = 127;
+    schedule.paZones = {"Platform 1"};
+    schedule.announcementType = AT_TEV;
+    schedule.dictionaryItems = {12, 40};
+    return schedule;
+}
+
+std::string text(double value, const char* unit) {
+    char buffer[64];
+    std::snprintf(buffer, sizeof buffer, value < 100 ? "%.3g %s" : "%.0f %s", value, unit);
+    return buffer;
+}
+
+std::string seconds(Clock::duration time) {
+    return text(std::chrono::duration<double>(time).count(), "s");
+}
+
+std::string milliseconds(Clock::duration time) {
+    return text(std::chrono::duration<double, std::milli>(time).count(), "ms");
+}
+
+std::string microseconds(Clock::duration time) {
+    return text(std::chrono::duration<double, std::micro>(time).count(), "us");
+}
+
+}  // namespace load

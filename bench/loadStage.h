@@ -1,0 +1,122 @@
+#pragma once
+
+#include <atomic>
+#include <chrono>
+#include <functional>
+#include <string>
+#include <thread>
+
+#include "include/common/RecordList.h"
+#include "link/EmbeddedTransport.h"
+#include "link/ServerLink.h"
+#include "sdk/AudioServer.h"
+#include "sdk/PAController.h"
+
+/// @file
+/// What the load cases stand on: a server that says what it is told to, an observer, the connection
+/// between them, records, and a clock.
+
+namespace pa {}
+
+namespace load {
+
+using namespace pa;  // Operation, RecordFields, RecordList
+using Clock = std::chrono::steady_clock;
+using palink::RecordKind;
+
+/// Keeps the processor busy.
+void spin(Clock::duration time);
+
+class FakeServer : public palink::EmbeddedServer {
+public:
+    void connectClient(palink::ServerEventSink& client) override;
+    void disconnectClient() override {}
+    /// Counts it, and takes 20 us for it.
+    void handleOperation(const Operation& operation) override;
+    void meterLevel(bool /*subscribe*/, int /*element*/) override {}
+    palink::UploadResult storeFile(const std::string& localPath,
+                                   const std::string& serverPath) override;
+
+    void sayConnected();
+    void say(palink::ServerEvent event);
+    void say(RecordKind kind, int key, RecordFields fields);
+
+    std::atomic<int> operations{0};
+
+private:
+    palink::ServerEventSink* client_ = nullptr;
+};
+
+/// Hands sources and sinks on, and counts those that it has been told of.
+struct Observer : PAControllerObserverAdapter {
+    void onPaSourceUpdate(PaSource source) override {
+        onSource(source);
+        ++sources;
+    }
+    void onPaSinkUpdate(PaSink sink) override {
+        onSink(sink);
+        ++sinks;
+    }
+
+    std::function<void(const PaSource&)> onSource = [](const PaSource&) {};
+    std::function<void(const PaSink&)> onSink = [](const PaSink&) {};
+    std::atomic<int> sources{0};
+    std::atomic<int> sinks{0};
+};
+
+/// The connection of a process, with one observer. It connects as it is made.
+struct Stage {
+    Stage();
+
+    FakeServer fake;
+    palink::EmbeddedTransport transport{fake};
+    AudioServer audioServer{gPaController};
+    palink::ServerLink link{audioServer, transport};
+    Observer observer;
+};
+
+/// One that lives as long as the process.
+inline Stage& makeStage() {
+    return *new Stage;
+}
+
+RecordFields sourceFields(int id, const std::string& label);
+RecordFields sinkFields(int id, int state);
+RecordFields scheduleFields();
+ScheduleDefinition scheduleDefinition(int id);
+
+std::string text(double value, const char* unit);
+std::string seconds(Clock::duration time);
+std::string milliseconds(Clock::duration time);
+std::string microseconds(Clock::duration time);
+
+template <class Call>
+Clock::duration timeOf(Call call) {
+    const auto start = Clock::now();
+    call();
+    return Clock::now() - start;
+}
+
+/// @return false when it does not come to hold within the limit
+template <class Condition>
+bool waitFor(Condition holds, Clock::duration limit) {
+    const auto deadline = Clock::now() + limit;
+    while (!holds()) {
+        if (Clock::now() > deadline) {
+            return false;
+        }
+        std::this_thread::sleep_for(std::chrono::microseconds(200));
+    }
+    return true;
+}
+
+/// Does something and waits for what comes of it.
+/// @return how long that took, or that it took longer than the limit
+template <class Call, class Condition>
+std::string timeUntil(Call call, Condition holds, Clock::duration limit) {
+    const auto start = Clock::now();
+    call();
+    return waitFor(holds, limit) ? seconds(Clock::now() - start) : "not within " + seconds(limit);
+}
+
+}  // namespace load
