@@ -1,44 +1,90 @@
 #include "link/EmbeddedTransport.h"
 
+#include <exception>
 #include <utility>
+
+#include "framework/log.h"
 
 namespace palink {
 
-EmbeddedTransport::EmbeddedTransport(EmbeddedServer& server) : server_(server) {}
+namespace {
+
+/// What a text takes beside the object itself.
+std::size_t heapBytes(const std::string& text) {
+    constexpr std::size_t block = 16;  // what the allocator keeps of a block, rounding included
+    static const std::size_t inside = std::string().capacity();
+    return text.capacity() > inside ? text.capacity() + block : 0;
+}
+
+struct HeapBytes {
+    std::size_t operator()(const Connected& connected) const {
+        constexpr std::size_t perEntry = 256;
+        return connected.serverInfo.size() * perEntry;
+    }
+    std::size_t operator()(const Disconnected& disconnected) const {
+        return heapBytes(disconnected.reason);
+    }
+    std::size_t operator()(const Record& record) const {
+        std::size_t bytes = record.fields.capacity() * sizeof(pa::RecordFields::value_type);
+        for (const auto& field : record.fields) {
+            bytes += field ? heapBytes(*field) : 0;
+        }
+        return bytes;
+    }
+    std::size_t operator()(const Refusal& refusal) const {
+        return heapBytes(refusal.requestId) + heapBytes(refusal.reason);
+    }
+    template <class Plain>
+    std::size_t operator()(const Plain& /*event*/) const {
+        return 0;
+    }
+};
+
+}  // namespace
+
+EmbeddedTransport::EmbeddedTransport(EmbeddedServer& server, std::size_t maxBytes)
+    : server_(server), maxBytes_(maxBytes) {}
 
 EmbeddedTransport::~EmbeddedTransport() {
     stop();
 }
 
 void EmbeddedTransport::start(ServerEventSink& sink) {
-    thread_ = std::make_unique<pa::PosixThread>("embedded-link", [this, &sink] { run(sink); });
     {
         const std::lock_guard guard(lock_);
-        connected_ = true;
+        running_ = true;
     }
+    delivery_ =
+        std::make_unique<pa::PosixThread>("embedded-link", [this, &sink] { runDelivery(sink); });
+    meters_ = std::make_unique<pa::PosixThread>("embedded-meter", [this] { runMeters(); });
     server_.connectClient(*this);
 }
 
 void EmbeddedTransport::stop() {
-    if (thread_ == nullptr) {
-        return;
-    }
-    server_.disconnectClient();
     {
         const std::lock_guard guard(lock_);
-        connected_ = false;
-        stopping_ = true;
+        if (!running_) {
+            return;
+        }
+        running_ = false;
         queue_.clear();
-        changed_.notify_all();
+        bytes_ = 0;
+        full_ = false;
+        meterRequests_.clear();
     }
-    thread_.reset();
-    stopping_ = false;
+    arrived_.notify_all();
+    room_.notify_all();  // first of all: the server may wait with the lock that it needs to go
+    delivered_.notify_all();
+    meterRequested_.notify_all();
+    server_.disconnectClient();
+    delivery_.reset();
+    meters_.reset();
 }
 
 bool EmbeddedTransport::send(const pa::Operation& operation) {
     {
         const std::lock_guard guard(lock_);
-        if (!connected_) {
+        if (!running_) {
             return false;
         }
     }
@@ -47,48 +93,99 @@ bool EmbeddedTransport::send(const pa::Operation& operation) {
 }
 
 void EmbeddedTransport::meterLevel(bool subscribe, int element) {
-    {
-        const std::lock_guard guard(lock_);
-        if (!connected_) {
-            return;
-        }
+    const std::lock_guard guard(lock_);
+    if (running_) {
+        meterRequests_[element] = subscribe;
+        meterRequested_.notify_one();
     }
-    server_.meterLevel(subscribe, element);
 }
 
 UploadResult EmbeddedTransport::upload(const std::string& localPath,
                                        const std::string& serverPath) {
-    return server_.storeFile(localPath, serverPath);
+    // Whoever uploads may hold what the delivery needs: an observer's callback that plays a file
+    // has the controller's mutex. The server must not keep its lock for want of room meanwhile.
+    const auto count = [this](int more) {
+        const std::lock_guard guard(lock_);
+        uploads_ += more;
+        room_.notify_all();
+    };
+    count(1);
+    try {
+        UploadResult result = server_.storeFile(localPath, serverPath);
+        count(-1);
+        return result;
+    } catch (...) {
+        count(-1);
+        throw;
+    }
 }
 
 void EmbeddedTransport::waitUntilDelivered() {
     std::unique_lock guard(lock_);
-    changed_.wait(guard, [this] { return queue_.empty() && !delivering_; });
+    delivered_.wait(guard, [this] { return queue_.empty() && heldBack_ == 0 && !delivering_; });
 }
 
 void EmbeddedTransport::deliver(ServerEvent event) {
-    {
-        const std::lock_guard guard(lock_);
-        queue_.push_back(std::move(event));
+    const std::size_t bytes = sizeof(Waiting) + std::visit(HeapBytes{}, event);
+    std::unique_lock guard(lock_);
+    if (std::this_thread::get_id() != deliveryThread_) {
+        ++heldBack_;
+        room_.wait(guard, [this] { return !running_ || !full_ || uploads_ > 0; });
+        --heldBack_;
     }
-    changed_.notify_all();
+    if (!running_) {
+        delivered_.notify_all();
+        return;
+    }
+    queue_.push_back({std::move(event), bytes});
+    bytes_ += bytes;
+    full_ = bytes_ >= maxBytes_;
+    arrived_.notify_one();
 }
 
-void EmbeddedTransport::run(ServerEventSink& sink) {
+void EmbeddedTransport::runDelivery(ServerEventSink& sink) {
     std::unique_lock guard(lock_);
+    deliveryThread_ = std::this_thread::get_id();
     while (true) {
-        changed_.wait(guard, [this] { return stopping_ || !queue_.empty(); });
-        if (stopping_) {
-            return;
+        arrived_.wait(guard, [this] { return !running_ || !queue_.empty(); });
+        if (!running_) {
+            break;
         }
-        ServerEvent event = std::move(queue_.front());
+        ServerEvent event = std::move(queue_.front().event);
+        bytes_ -= queue_.front().bytes;
         queue_.pop_front();
+        if (full_ && bytes_ <= maxBytes_ / 2) {
+            full_ = false;
+            room_.notify_all();
+        }
         delivering_ = true;
         guard.unlock();
         sink.deliver(std::move(event));
         guard.lock();
         delivering_ = false;
-        changed_.notify_all();
+        if (queue_.empty()) {
+            delivered_.notify_all();
+        }
+    }
+    deliveryThread_ = {};
+}
+
+void EmbeddedTransport::runMeters() {
+    std::unique_lock guard(lock_);
+    while (true) {
+        meterRequested_.wait(guard, [this] { return !running_ || !meterRequests_.empty(); });
+        if (!running_) {
+            return;
+        }
+        const auto [element, subscribe] = *meterRequests_.begin();
+        meterRequests_.erase(meterRequests_.begin());
+        guard.unlock();
+        try {
+            server_.meterLevel(subscribe, element);
+        } catch (const std::exception& e) {
+            handleError(2, "level meter %d of the server: %s", element, e.what());
+        }
+        guard.lock();
     }
 }
 

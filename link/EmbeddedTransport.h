@@ -1,10 +1,13 @@
 #pragma once
 
 #include <condition_variable>
+#include <cstddef>
 #include <deque>
+#include <map>
 #include <memory>
 #include <mutex>
 #include <string>
+#include <thread>
 
 #include "framework/posixThread.h"
 #include "link/Transport.h"
@@ -18,30 +21,45 @@ public:
 
     /// A client connects: `client` is told `Connected`, every record that the server holds, and
     /// `InitialSetComplete`; later every change. The server may call `client` with locks of its own
-    /// held. At most one client at a time.
+    /// held, and is held back by it while too much waits to be delivered. At most one client at a
+    /// time.
     virtual void connectClient(ServerEventSink& client) = 0;
 
     /// The client goes. When this returns `client` is not called any more.
     virtual void disconnectClient() = 0;
 
     /// Does what an operation asks for, or tells the client why not. May come with no client there.
+    /// An exception that leaves it has the operation dropped and reported.
     virtual void handleOperation(const pa::Operation& operation) = 0;
 
     /// Starts or stops the level-meter feed of an amplifier element. Feeds end with the client.
     virtual void meterLevel(bool subscribe, int element) = 0;
 
-    /// Stores a file under a name of the server.
+    /// Stores a file under a name of the server. May come with the controller's mutex held, so it
+    /// must not wait for a thread that speaks to the client.
     virtual UploadResult storeFile(const std::string& localPath, const std::string& serverPath) = 0;
 };
 
-/// Joins the SDK to a server in the same process. What the server says waits in a queue and is
-/// delivered on a thread of the transport, so that the server never runs code of the application.
+/// Joins the SDK to a server in the same process.
+///
+/// What the server says waits in a queue and is delivered on a thread of the transport, so that the
+/// server never runs code of the application. The queue is bounded by memory: while it is full the
+/// server's threads wait in `deliver`, with whatever locks they hold, until half of it has been
+/// delivered. So nothing that an observer calls waits for the server: operations are handed over on
+/// the send queue's thread, level meters on a second thread of the transport. A request for a level
+/// meter that still waits there is replaced by a later one for the same element. While a file is
+/// uploaded the queue takes what comes: an observer may have to wait for the upload.
 class EmbeddedTransport final : public Transport, private ServerEventSink {
 public:
-    /// @param server must outlive the transport
-    explicit EmbeddedTransport(EmbeddedServer& server);
+    /// How much may wait to be delivered, by default: about 16,000 records of 1 KB.
+    static constexpr std::size_t defaultMaxBytes = std::size_t{16} << 20U;
+
+    /// @param server   must outlive the transport
+    /// @param maxBytes how much of what the server says may wait, by an estimate of its size
+    explicit EmbeddedTransport(EmbeddedServer& server, std::size_t maxBytes = defaultMaxBytes);
     ~EmbeddedTransport() override;
 
+    /// Returns when the server has said what it says to a new client.
     void start(ServerEventSink& sink) override;
     void stop() override;
     bool send(const pa::Operation& operation) override;
@@ -53,19 +71,35 @@ public:
     void waitUntilDelivered();
 
 private:
+    struct Waiting {
+        ServerEvent event;
+        std::size_t bytes;
+    };
+
     void deliver(ServerEvent event) override;  // by the server
-    void run(ServerEventSink& sink);
+    void runDelivery(ServerEventSink& sink);
+    void runMeters();
 
     EmbeddedServer& server_;
-    std::unique_ptr<pa::PosixThread> thread_;  // of start and stop alone
+    const std::size_t maxBytes_;
+    std::unique_ptr<pa::PosixThread> delivery_;  // of start and stop alone
+    std::unique_ptr<pa::PosixThread> meters_;    // of start and stop alone
 
     std::mutex lock_;
-    std::condition_variable changed_;
+    std::condition_variable arrived_;         // an event
+    std::condition_variable room_;            // for more events
+    std::condition_variable delivered_;       // everything
+    std::condition_variable meterRequested_;  // a level meter
     // Guarded by lock_.
-    std::deque<ServerEvent> queue_;
-    bool connected_ = false;
-    bool stopping_ = false;
+    bool running_ = false;
+    std::deque<Waiting> queue_;
+    std::size_t bytes_ = 0;  // of what is in queue_
+    bool full_ = false;
+    int uploads_ = 0;           // under way
+    std::size_t heldBack_ = 0;  // threads of the server that wait for room
     bool delivering_ = false;
+    std::thread::id deliveryThread_;
+    std::map<int, bool> meterRequests_;  // by element
 };
 
 }  // namespace palink

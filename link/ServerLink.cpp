@@ -1,6 +1,8 @@
 #include "link/ServerLink.h"
 
+#include <atomic>
 #include <exception>
+#include <stdexcept>
 #include <utility>
 #include <variant>
 
@@ -10,39 +12,74 @@
 
 namespace palink {
 
+namespace {
+
+/// The link of the process that is started.
+std::atomic<const ServerLink*> started{nullptr};
+
+}  // namespace
+
 ServerLink::ServerLink(AudioServer& audioServer, Transport& transport)
     : audioServer_(audioServer), transport_(transport), router_(audioServer.getPAController()) {}
 
 ServerLink::~ServerLink() {
     stop();
+    gQXReceiver.forget(*this);
 }
 
 void ServerLink::start() {
-    if (std::exchange(started_, true)) {
-        return;
+    const ServerLink* other = nullptr;
+    if (!started.compare_exchange_strong(other, this)) {
+        if (other == this) {
+            return;
+        }
+        throw std::logic_error(
+            "another ServerLink of this process is started: it has the send queue, the uploads and "
+            "the level meters until it is stopped");
     }
-    gAudioServerInstance = &audioServer_;
-    audioServer_.setUploader([this](const std::string& localPath, const std::string& serverPath) {
-        return upload(localPath, serverPath);
-    });
-    transport_.start(*this);
+    try {
+        gQXReceiver.open(*this);
+        gAudioServerInstance = &audioServer_;
+        audioServer_.setUploader(
+            [this](const std::string& localPath, const std::string& serverPath) {
+                return upload(localPath, serverPath);
+            });
+        router_.begin();
+        transport_.start(*this);
+    } catch (...) {
+        end(std::chrono::milliseconds(0));
+        throw;
+    }
 }
 
-void ServerLink::stop() {
-    if (!std::exchange(started_, false)) {
+void ServerLink::stop(std::chrono::milliseconds limit) {
+    if (started != this) {
         return;
     }
+    end(limit);
+    change(ConnectionChange::State::Stopped);
+}
+
+void ServerLink::end(std::chrono::milliseconds limit) {
+    gQXReceiver.close(limit);
+    router_.letGo();  // the transport's thread may wait for a slow observer
     audioServer_.setUploader({});
     transport_.stop();
     pa::setLevelMeterSwitch({});  // not before: a connection that is just being made sets it
-    gQXReceiver.disconnect();
-    router_.waitUntilIdle();
-    setState(false, false);
+    gQXReceiver.abandon();        // not before: the transport may hold up what is being sent
+    router_.end(limit);
+    if (isConnected()) {
+        lose("the link was stopped");
+    }
+    started = nullptr;
 }
 
 bool ServerLink::waitUntilReady(std::chrono::milliseconds limit) {
     std::unique_lock guard(lock_);
-    return changed_.wait_for(guard, limit, [this] { return ready_; });
+    return changed_.wait_for(guard, limit, [this] {
+        const bool told = telling_ == std::thread::id() || telling_ == std::this_thread::get_id();
+        return ready_ && told;
+    });
 }
 
 void ServerLink::waitUntilHandled() {
@@ -52,16 +89,6 @@ void ServerLink::waitUntilHandled() {
 bool ServerLink::isConnected() const {
     const std::lock_guard guard(lock_);
     return connected_;
-}
-
-void ServerLink::setRefusalHandler(RefusalHandler handler) {
-    const std::lock_guard guard(lock_);
-    refusalHandler_ = std::move(handler);
-}
-
-void ServerLink::setLevelHandler(LevelHandler handler) {
-    const std::lock_guard guard(lock_);
-    levelHandler_ = std::move(handler);
 }
 
 void ServerLink::deliver(ServerEvent event) {
@@ -74,22 +101,32 @@ void ServerLink::deliver(ServerEvent event) {
 }
 
 void ServerLink::on(const Connected& connected) {
-    setState(false, false);
+    if (isConnected()) {
+        lose("the server has connected anew");
+    }
     router_.reset();  // under the globals of the connection that the caches came from
     gLocalDstNo = connected.localDstNo;
     gActiveAudioServerDstNo = connected.activeDstNo;
     gIndirectCXSConnection = connected.indirect;
     audioServer_.setServerInfo(connected.serverInfo);
-    setState(true, false);
     gQXReceiver.connect(*this);
     pa::setLevelMeterSwitch(
         [this](bool subscribe, int element) { transport_.meterLevel(subscribe, element); });
+    change(ConnectionChange::State::Connected);
 }
 
 void ServerLink::on(const Disconnected& disconnected) {
     handleError(2, "the connection to the server is lost: %s", disconnected.reason.c_str());
-    gQXReceiver.disconnect();
-    setState(false, false);
+    if (isConnected()) {
+        lose(disconnected.reason);
+    }
+}
+
+void ServerLink::lose(const std::string& reason) {
+    // Not waiting for an operation that is being sent: the server may take it only after it has
+    // been able to say what waits behind this event.
+    gQXReceiver.pause();
+    change(ConnectionChange::State::Disconnected, reason);
 }
 
 void ServerLink::on(Record record) {
@@ -101,7 +138,7 @@ void ServerLink::on(const Withdrawal& withdrawal) {
 }
 
 void ServerLink::on(const Refusal& refusal) {
-    if (!tell(refusalHandler_, refusal)) {
+    if (!refusalHandler_.call(refusal)) {
         handleError(2, "the server refuses operation %d/%d of request >%s<: %s",
                     refusal.operationClass, refusal.operationNumber, refusal.requestId.c_str(),
                     refusal.reason.c_str());
@@ -109,45 +146,44 @@ void ServerLink::on(const Refusal& refusal) {
 }
 
 void ServerLink::on(const LevelReading& reading) {
-    tell(levelHandler_, reading);
-}
-
-/// Calls a handler of the application without a lock.
-/// @return false when there is none
-template <class What>
-bool ServerLink::tell(const std::function<void(const What&)>& handler, const What& what) {
-    std::function<void(const What&)> current;
-    {
-        const std::lock_guard guard(lock_);
-        current = handler;
-    }
-    if (!current) {
-        return false;
-    }
-    try {
-        current(what);
-    } catch (const std::exception& e) {
-        handleError(1, "a handler of the server link threw >%s<", e.what());
-    } catch (...) {
-        handleError(1, "a handler of the server link threw");
-    }
-    return true;
+    levelHandler_.call(reading);
 }
 
 void ServerLink::on(const InitialSetComplete& /*complete*/) {
     router_.waitUntilIdle();
-    setState(true, true);
+    {
+        const std::lock_guard guard(lock_);
+        if (!connected_ || ready_) {
+            return;
+        }
+    }
+    change(ConnectionChange::State::Synced);
 }
 
-void ServerLink::setState(bool connected, bool ready) {
+/// Enters the state, then tells of it.
+void ServerLink::change(ConnectionChange::State state, const std::string& reason) {
+    using State = ConnectionChange::State;
+    ConnectionChange change{state, 0, reason};
+    {
+        const std::lock_guard guard(lock_);
+        connected_ = state == State::Connected || state == State::Synced;
+        ready_ = state == State::Synced;
+        connections_ += state == State::Connected ? 1 : 0;
+        change.number = connections_;
+        telling_ = std::this_thread::get_id();
+    }
+    connectionHandler_.call(change);
     const std::lock_guard guard(lock_);
-    connected_ = connected;
-    ready_ = ready;
+    telling_ = {};
     changed_.notify_all();
 }
 
 bool ServerLink::sendOperation(const pa::Operation& operation) {
     return transport_.send(operation);
+}
+
+void ServerLink::operationDropped(const pa::DroppedOperation& dropped) {
+    dropHandler_.call(dropped);
 }
 
 int ServerLink::upload(const std::string& localPath, const std::string& serverPath) {

@@ -2,17 +2,38 @@
 
 #include <chrono>
 #include <condition_variable>
+#include <cstdint>
 #include <functional>
 #include <mutex>
 #include <string>
+#include <thread>
 
+#include "link/HandlerSlot.h"
 #include "link/Router.h"
 #include "link/Transport.h"
 #include "sdk/AudioServer.h"
+#include "sdk/DroppedOperation.h"
 #include "sdk/PAController.h"
 #include "sdk/QXReceiver.h"
 
 namespace palink {
+
+using pa::DroppedOperation;
+
+/// A step in the life of a connection.
+struct ConnectionChange {
+    enum class State {
+        Connected,     ///< operations are sent, the caches are empty
+        Synced,        ///< everything that the server holds is in the caches
+        Disconnected,  ///< operations wait, the caches keep their state
+        Stopped        ///< the link was stopped: the last one, until it is started again
+    };
+
+    State state = State::Connected;
+    std::uint64_t number = 0;  ///< of the connection, counted from 1 in the life of the link; when
+                               ///< stopped that of the last one, 0 when there was none
+    std::string reason;        ///< of a disconnection
+};
 
 /// The client's connection to its audio server: joins a transport to the controller, the send queue
 /// and the facade.
@@ -22,51 +43,89 @@ namespace palink {
 ///     link.start();
 ///     if (!link.waitUntilReady(std::chrono::seconds(5))) ...
 ///
-/// `start` and `stop` are called by one thread; the other functions by any. None but `isConnected`
-/// and the setters of handlers may be called from a callback.
-class ServerLink final : private ServerEventSink, private pa::OperationSender {
+/// One link of the process may be started at a time. `start` and `stop` are called by one thread;
+/// the other functions by any. None but `isConnected` and the setters of handlers may be called
+/// from a callback.
+///
+/// An application sets its handlers before it starts the link. They are called without a lock, and
+/// an exception that leaves one is reported. A setter returns when the handlers that it replaces
+/// are no longer running, unless it is called from inside one of them. So it must not be called
+/// with a lock that the handler takes: from an observer's callback (which holds the controller's
+/// mutex) only when the handler does not use the controller.
+class ServerLink final : private ServerEventSink,
+                         private pa::OperationSender,
+                         private pa::DropListener {
 public:
     /// Told why the server will not do what an operation asks for. Called on a thread of the
-    /// transport, without the controller's mutex. An exception that leaves it is reported.
-    using RefusalHandler = std::function<void(const Refusal&)>;
+    /// transport.
+    using RefusalHandler = HandlerSlot<Refusal>::Handler;
 
-    /// Told what the level meters show. Called as above; must not block.
-    using LevelHandler = std::function<void(const LevelReading&)>;
+    /// Told what the level meters show. Called on a thread of the transport; must not block.
+    using LevelHandler = HandlerSlot<LevelReading>::Handler;
+
+    /// Told of each operation that does not reach the server, since the link was started and as
+    /// long as it lives or until another link is started. Called on the send queue's thread, which
+    /// sends nothing meanwhile. It may ask for the operation again.
+    using DropHandler = HandlerSlot<DroppedOperation>::Handler;
+
+    /// Told of each step once: connected, synced once the initial set is complete, disconnected,
+    /// and so on, and at last stopped. Whatever ends a connection, each `Connected` is followed by
+    /// one `Disconnected` with its number before anything else is connected or stopped. Called on a
+    /// thread of the transport; what `stop` brings about on the thread that stops.
+    using ConnectionHandler = HandlerSlot<ConnectionChange>::Handler;
 
     /// @param audioServer the facade of the process, never destroyed: the worker uses it
     /// @param transport   must outlive the link
     ServerLink(AudioServer& audioServer, Transport& transport);
     ServerLink(const ServerLink&) = delete;
     ServerLink& operator=(const ServerLink&) = delete;
-    /// Stops.
+    /// Stops, so that handlers may be called.
     ~ServerLink() override;
 
     /// Sets the process's `gAudioServerInstance` and begins to connect. The application sets
-    /// `gDeviceIPAddress` before.
+    /// `gDeviceIPAddress` before. Does nothing when the link is started.
+    /// @throws std::logic_error when another link of the process is started; nothing has changed
+    /// @throws std::exception   when the transport cannot start; the link is stopped
     void start();
 
-    /// Ends the connection; operations wait in the send queue from now on. `gAudioServerInstance`
-    /// stays.
-    void stop();
+    /// Ends the connection; `gAudioServerInstance` stays. From the start of the call operations are
+    /// dropped. Those that wait are sent for up to `limit`, as long as the transport is connected;
+    /// when this returns each that was left has been dropped, reported and told of. Then the
+    /// observers have `limit` to be told of the records that have arrived; an observer that takes
+    /// longer costs the others, which are counted and reported. Does nothing when the link is
+    /// stopped.
+    void stop(std::chrono::milliseconds limit = std::chrono::seconds(1));
 
-    /// Waits until everything that the server holds is in the caches.
+    /// Waits until everything that the server holds is in the caches, and the connection handler
+    /// has been told.
     /// @return false when that takes longer than `limit`
     bool waitUntilReady(std::chrono::milliseconds limit);
 
     /// Waits until every record that has been delivered so far has been handled.
     void waitUntilHandled();
 
+    /// What the connection handler was told last, or is being told.
     bool isConnected() const;
 
     /// Replaces the handler of refusals; without one they are reported through `handleError`.
-    void setRefusalHandler(RefusalHandler handler);
+    void setRefusalHandler(RefusalHandler handler) { refusalHandler_.set(std::move(handler)); }
 
     /// Replaces the handler of level readings; without one they are dropped.
-    void setLevelHandler(LevelHandler handler);
+    void setLevelHandler(LevelHandler handler) { levelHandler_.set(std::move(handler)); }
+
+    /// Replaces the handler of dropped operations. They are reported through `handleError` as well,
+    /// with or without it.
+    void setDropHandler(DropHandler handler) { dropHandler_.set(std::move(handler)); }
+
+    /// Replaces the handler of the connection; it is not told of the state of the moment.
+    void setConnectionHandler(ConnectionHandler handler) {
+        connectionHandler_.set(std::move(handler));
+    }
 
 private:
-    void deliver(ServerEvent event) override;                     // by the transport
-    bool sendOperation(const pa::Operation& operation) override;  // by the send queue
+    void deliver(ServerEvent event) override;                             // by the transport
+    bool sendOperation(const pa::Operation& operation) override;          // by the send queue
+    void operationDropped(const pa::DroppedOperation& dropped) override;  // by the send queue
 
     void on(const Connected& connected);
     void on(const Disconnected& disconnected);
@@ -75,23 +134,26 @@ private:
     void on(const Refusal& refusal);
     void on(const LevelReading& reading);
     void on(const InitialSetComplete& complete);
-    template <class What>
-    bool tell(const std::function<void(const What&)>& handler, const What& what);
-    void setState(bool connected, bool ready);
+    void end(std::chrono::milliseconds limit);
+    void lose(const std::string& reason);
+    void change(ConnectionChange::State state, const std::string& reason = {});
     int upload(const std::string& localPath, const std::string& serverPath);
 
     AudioServer& audioServer_;
     Transport& transport_;
     Router router_;
-    bool started_ = false;  // of start and stop alone
+    HandlerSlot<Refusal> refusalHandler_;
+    HandlerSlot<LevelReading> levelHandler_;
+    HandlerSlot<DroppedOperation> dropHandler_;
+    HandlerSlot<ConnectionChange> connectionHandler_;
 
     mutable std::mutex lock_;
     std::condition_variable changed_;
     // Guarded by lock_.
     bool connected_ = false;
     bool ready_ = false;
-    RefusalHandler refusalHandler_;
-    LevelHandler levelHandler_;
+    std::uint64_t connections_ = 0;
+    std::thread::id telling_;  // the thread that tells the connection handler
 };
 
 }  // namespace palink

@@ -80,6 +80,8 @@ using ServerEvent = std::variant<Connected, Disconnected, Record, Withdrawal, Re
 class ServerEventSink {
 public:
     virtual ~ServerEventSink() = default;
+
+    /// May block until earlier events have been handled.
     virtual void deliver(ServerEvent event) = 0;
 };
 
@@ -100,15 +102,19 @@ public:
     /// again by itself after a loss.
     virtual void start(ServerEventSink& sink) = 0;
 
-    /// Ends the connection. When this returns nothing more is delivered.
+    /// Ends the connection. When this returns nothing more is delivered. Does nothing when it is
+    /// stopped.
     virtual void stop() = 0;
 
     /// Takes an operation without blocking on the network.
     /// @return false when the link is down
+    /// @throws std::exception for an operation that can never be sent: it is dropped, with the
+    ///         exception's text
     virtual bool send(const pa::Operation& operation) = 0;
 
-    /// Starts or stops the level-meter feed of an amplifier element, without blocking on the
-    /// network. A server that is not there is told nothing; a feed ends with its connection.
+    /// Starts or stops the level-meter feed of an amplifier element. Called with locks of the
+    /// controller held: blocks neither on the network nor on the server. A server that is not there
+    /// is told nothing; a feed ends with its connection.
     virtual void meterLevel(bool subscribe, int element) = 0;
 
     /// Sends a file of this device and waits for the result.

@@ -1,24 +1,105 @@
 #include "sdk/QXReceiver.h"
 
+#include <algorithm>
 #include <condition_variable>
+#include <cstdint>
+#include <deque>
 #include <exception>
 #include <mutex>
+#include <new>
+#include <optional>
 #include <utility>
 
 #include "framework/clock.h"
 #include "framework/log.h"
 #include "framework/posixThread.h"
 #include "sdk/SendQueue.h"
+#include "sdk/requestId.h"
 
 using namespace pa;
 
 namespace {
 
-void reportDropped(const SendQueue::Waiting& dropped, const char* why) {
-    handleError(2, "operation %d/%d dropped after %lld ms: %s", dropped.operation.operationClass,
-                dropped.operation.operationNumber,
-                static_cast<long long>(monotonicMS() - dropped.since), why);
+using pa::DroppedOperation;
+using Reason = DroppedOperation::Reason;
+
+const char* textOf(Reason reason) {
+    switch (reason) {
+        case Reason::QueueFull:
+            return "the send queue is full";
+        case Reason::WaitedTooLong:
+            return "the link was down";
+        case Reason::Stopped:
+            return "the link was stopped";
+        case Reason::Refused:
+            return "the transport has refused it";
+        case Reason::Unlisted:
+            break;
+    }
+    return "too many to list each";
 }
+
+void report(const DroppedOperation& dropped) {
+    if (dropped.reason == Reason::Unlisted) {
+        handleError(2, "%zu more operations dropped: %s", dropped.count, dropped.text.c_str());
+        return;
+    }
+    const std::string request =
+        dropped.requestId.empty() ? "" : " of request >" + dropped.requestId + "<";
+    handleError(2, "operation %d/%d%s dropped after %lld ms: %s", dropped.operationClass,
+                dropped.operationNumber, request.c_str(), static_cast<long long>(dropped.ageMS),
+                dropped.text.c_str());
+}
+
+/// The operations that were dropped on an application's thread, until they are told of: bounded,
+/// and what exceeds the bound is counted. A plain value without a lock.
+class DropList {
+public:
+    void add(Reason reason, int operationClass, int operationNumber,
+             const std::string& payload) noexcept {
+        try {
+            DroppedOperation dropped;
+            dropped.reason = reason;
+            dropped.operationClass = operationClass;
+            dropped.operationNumber = operationNumber;
+            dropped.requestId = pa::requestIdOf(operationClass, operationNumber, payload);
+            const std::size_t bytes = dropped.requestId.size() + overhead;
+            if (bytes > maxBytes - std::min(bytes_, maxBytes)) {
+                ++unlisted_;
+                return;
+            }
+            drops_.push_back(std::move(dropped));
+            bytes_ += bytes;
+        } catch (const std::bad_alloc&) {
+            ++unlisted_;
+        }
+    }
+
+    /// Takes the next to tell of; what was not listed comes last.
+    std::optional<DroppedOperation> take() {
+        DroppedOperation next;
+        if (!drops_.empty()) {
+            next = std::move(drops_.front());
+            drops_.pop_front();
+        } else if (unlisted_ > 0) {
+            next.reason = Reason::Unlisted;
+            next.count = std::exchange(unlisted_, 0);
+        } else {
+            return std::nullopt;
+        }
+        return next;
+    }
+
+    bool empty() const { return drops_.empty() && unlisted_ == 0; }
+
+private:
+    static constexpr std::size_t maxBytes = std::size_t{16} << 20U;
+    static constexpr std::size_t overhead = 128;  // the struct, and the block of the identifier
+
+    std::deque<DroppedOperation> drops_;
+    std::size_t bytes_ = 0;     // of all that were listed
+    std::size_t unlisted_ = 0;  // beyond the bound
+};
 
 /// The queue, its sender and the thread between them.
 class Sending {
@@ -28,86 +109,260 @@ public:
         thread.detach();
     }
 
-    void add(Operation operation) {
-        const std::lock_guard guard(lock_);
-        const std::int64_t now = monotonicMS();
-        if (!queue_.push(operation, now)) {
-            reportDropped({std::move(operation), now}, "the send queue is full");
-            return;
+    void add(int destination, int operationClass, int operationNumber, int flag,
+             const std::string& payload) {
+        Reason reason = Reason::QueueFull;
+        try {
+            Operation operation{destination, operationClass, operationNumber, flag, payload};
+            const std::lock_guard guard(lock_);
+            if (closed_) {
+                reason = Reason::Stopped;
+            } else if (queue_.push(std::move(operation), monotonicMS())) {
+                if (resting_ == Rest::ForWork) {
+                    wake();
+                }
+                return;
+            }
+        } catch (const std::bad_alloc&) {
+            // There is no room for it.
         }
-        changed_.notify_all();
+        const std::lock_guard guard(lock_);
+        drops_.add(reason, operationClass, operationNumber, payload);
+        ++dropped_;
+        wake();
+    }
+
+    void open(DropListener& listener) {
+        const std::lock_guard guard(lock_);
+        listener_ = &listener;
+        closed_ = false;
+        abandoned_ = false;
     }
 
     void connect(OperationSender& sender) {
         const std::lock_guard guard(lock_);
         sender_ = &sender;
-        linkLost_ = false;
-        changed_.notify_all();
+        retryAt_ = {};
+        wake();
+    }
+
+    void pause() {
+        const std::lock_guard guard(lock_);
+        sender_ = nullptr;
+        progress_.notify_all();  // `close` need not wait any more
     }
 
     void disconnect() {
         std::unique_lock guard(lock_);
         sender_ = nullptr;
-        changed_.wait(guard, [this] { return !sending_; });
+        progress_.wait(guard, [this] { return !sending_; });
+    }
+
+    void close(std::chrono::milliseconds limit) {
+        std::unique_lock guard(lock_);
+        closed_ = true;
+        const std::int64_t start = monotonicMS();
+        const auto left = [&] { return limit - std::chrono::milliseconds(monotonicMS() - start); };
+        while (!queue_.empty() && !isLinkDown() && left().count() > 0) {
+            progress_.wait_for(guard, std::min<std::chrono::milliseconds>(left(), tick));
+        }
+    }
+
+    void abandon() {
+        std::unique_lock guard(lock_);
+        sender_ = nullptr;
+        closed_ = true;
+        abandoned_ = true;
+        wake();
+        const std::uint64_t dropped = dropped_;
+        progress_.wait(guard, [&] { return queue_.empty() && !sending_ && told_ >= dropped; });
+    }
+
+    void forget(const DropListener& listener) {
+        std::unique_lock guard(lock_);
+        if (listener_ == &listener) {
+            listener_ = nullptr;
+        }
+        progress_.wait(guard, [&] { return telling_ != &listener; });
     }
 
     void setMaxWait(std::chrono::milliseconds wait) {
         const std::lock_guard guard(lock_);
         queue_.setMaxWait(wait);
-        changed_.notify_all();
+        wake();
+    }
+
+    void setMaxBytes(std::size_t bytes) {
+        const std::lock_guard guard(lock_);
+        queue_.setMaxBytes(bytes);
     }
 
 private:
-    /// How often the age of waiting operations is looked at.
+    /// How often the age of waiting operations is looked at, a lost link tried again and the clock
+    /// looked at by `close`, whatever the host's clock says.
     static constexpr std::chrono::milliseconds tick{100};
+
+    /// What the thread waits for while it rests.
+    enum class Rest { None, ForWork, ForLink };
 
     void run() {
         std::unique_lock guard(lock_);
         while (true) {
-            if (queue_.empty()) {
-                changed_.wait(guard);
-            } else if (sender_ == nullptr || linkLost_) {
-                for (const SendQueue::Waiting& expired : queue_.takeExpired(monotonicMS())) {
-                    reportDropped(expired, "the link was down");
-                }
-                changed_.wait_for(guard, tick);
-                linkLost_ = false;  // try again
-            } else {
-                sendNext(guard);
+            const bool told = tellNext(guard);
+            const bool handled = handleFront(guard);
+            if (!told && !handled) {
+                rest(guard);
             }
         }
     }
 
-    void sendNext(std::unique_lock<std::mutex>& guard) {
-        SendQueue::Waiting next = *queue_.pop();
-        OperationSender* const sender = sender_;
-        sending_ = true;
-        guard.unlock();
-        const bool sent = handOver(*sender, next);
-        guard.lock();
-        sending_ = false;
-        if (!sent) {
-            queue_.putBack(std::move(next));
-            linkLost_ = true;
+    void rest(std::unique_lock<std::mutex>& guard) {
+        if (queue_.empty()) {
+            resting_ = Rest::ForWork;
+            work_.wait(guard);
+        } else {
+            resting_ = Rest::ForLink;
+            work_.wait_for(guard, tick);
         }
-        changed_.notify_all();
+        resting_ = Rest::None;
     }
 
-    static bool handOver(OperationSender& sender, const SendQueue::Waiting& next) {
+    void wake() {
+        if (resting_ != Rest::None) {
+            work_.notify_one();
+            resting_ = Rest::None;  // once is enough
+        }
+    }
+
+    bool isLinkDown() const {
+        return sender_ == nullptr || std::chrono::steady_clock::now() < retryAt_;
+    }
+
+    /// Does what can be done with the operation at the head of the queue; it stays there meanwhile.
+    /// @return false when there is nothing to do
+    bool handleFront(std::unique_lock<std::mutex>& guard) {
+        if (queue_.empty()) {
+            return false;
+        }
+        if (abandoned_) {
+            dropFront(guard, Reason::Stopped, nullptr);
+        } else if (!isLinkDown()) {
+            sendFront(guard);
+        } else if (queue_.isFrontTooOld(monotonicMS())) {
+            dropFront(guard, Reason::WaitedTooLong, nullptr);
+        } else {
+            return false;
+        }
+        return true;
+    }
+
+    void sendFront(std::unique_lock<std::mutex>& guard) {
+        OperationSender& sender = *sender_;
+        const Operation& operation = queue_.front().operation;
+        bool sent = false;
+        std::optional<std::string> refusal;
+        sending_ = true;
+        guard.unlock();
         try {
-            return sender.sendOperation(next.operation);
+            sent = sender.sendOperation(operation);
         } catch (const std::exception& e) {
-            reportDropped(next, e.what());
-            return true;
+            refusal = e.what();
+        } catch (...) {
+            refusal = textOf(Reason::Refused);
+        }
+        guard.lock();
+        sending_ = false;
+        if (refusal) {
+            dropFront(guard, Reason::Refused, refusal->c_str());
+        } else if (sent) {
+            queue_.pop();
+        } else {
+            retryAt_ = std::chrono::steady_clock::now() + tick;
+        }
+        if (queue_.empty() || isLinkDown()) {
+            progress_.notify_all();
+        }
+    }
+
+    /// @param text the reason in words, null for the usual ones
+    void dropFront(std::unique_lock<std::mutex>& guard, Reason reason, const char* text) {
+        const SendQueue::Waiting& front = queue_.front();
+        const Operation& operation = front.operation;
+        tell(guard, [&] {
+            DroppedOperation dropped;
+            dropped.reason = reason;
+            dropped.operationClass = operation.operationClass;
+            dropped.operationNumber = operation.operationNumber;
+            dropped.requestId = pa::requestIdOf(operation.operationClass, operation.operationNumber,
+                                                operation.payload);
+            dropped.text = text != nullptr ? text : textOf(reason);
+            dropped.ageMS = monotonicMS() - front.since;
+            return dropped;
+        });
+        queue_.pop();
+        if (queue_.empty()) {
+            progress_.notify_all();
+        }
+    }
+
+    /// Tells of one that was dropped on an application's thread.
+    /// @return false when there is none
+    bool tellNext(std::unique_lock<std::mutex>& guard) {
+        if (toTell_.empty()) {
+            std::swap(toTell_, drops_);
+        }
+        std::optional<DroppedOperation> next = toTell_.take();
+        if (!next) {
+            return false;
+        }
+        tell(guard, [&next]() -> const DroppedOperation& {
+            next->text = textOf(next->reason);
+            return *next;
+        });
+        told_ += next->count;
+        if (toTell_.empty()) {
+            progress_.notify_all();
+        }
+        return true;
+    }
+
+    /// Reports, and tells the listener of, what `describe` returns, without the lock.
+    template <class Describe>
+    void tell(std::unique_lock<std::mutex>& guard, Describe describe) {
+        DropListener* const listener = telling_ = listener_;
+        guard.unlock();
+        try {
+            const DroppedOperation& dropped = describe();
+            report(dropped);
+            if (listener != nullptr) {
+                listener->operationDropped(dropped);
+            }
+        } catch (const std::bad_alloc&) {
+            handleError(2, "a dropped operation cannot be told of: out of memory");
+        }
+        guard.lock();
+        telling_ = nullptr;
+        if (listener != listener_) {
+            progress_.notify_all();  // `forget`
         }
     }
 
     std::mutex lock_;
-    std::condition_variable changed_;
-    SendQueue queue_{QXReceiver::capacity};
+    std::condition_variable work_;      // for the thread
+    std::condition_variable progress_;  // for those who wait for the thread
+    SendQueue queue_{QXReceiver::defaultMaxBytes};
     OperationSender* sender_ = nullptr;
-    bool sending_ = false;   // the sender is in use, outside the lock
-    bool linkLost_ = false;  // the sender has refused the head of the queue
+    bool sending_ = false;                             // the sender is in use, outside the lock
+    std::chrono::steady_clock::time_point retryAt_{};  // not before, as the sender has refused
+    Rest resting_ = Rest::None;
+    bool closed_ = false;     // takes no more operations
+    bool abandoned_ = false;  // drops those that wait
+    DropListener* listener_ = nullptr;
+    DropListener* telling_ = nullptr;  // the listener in use, outside the lock
+    DropList drops_;
+    DropList toTell_;            // of the thread alone: filled by exchange with drops_
+    std::uint64_t dropped_ = 0;  // on applications' threads, ever
+    std::uint64_t told_ = 0;     // of these
 };
 
 // Built on first use and never destroyed: threads of the library may queue at any time.
@@ -120,17 +375,46 @@ Sending& sending() {
 
 void QXReceiver::addOperationToSendQueue(int destination, int operationClass, int operationNumber,
                                          int flag, const std::string& payload) {
-    sending().add({destination, operationClass, operationNumber, flag, payload});
+    try {
+        sending().add(destination, operationClass, operationNumber, flag, payload);
+    } catch (const std::exception& e) {  // the queue's thread cannot be created
+        handleError(2, "operation %d/%d dropped after 0 ms: %s", operationClass, operationNumber,
+                    e.what());
+    }
+}
+
+void QXReceiver::setMaxWait(std::chrono::milliseconds wait) {
+    sending().setMaxWait(wait);
+}
+
+void QXReceiver::setMaxBytes(std::size_t bytes) {
+    sending().setMaxBytes(bytes);
+}
+
+void QXReceiver::open(DropListener& listener) {
+    sending().open(listener);
 }
 
 void QXReceiver::connect(OperationSender& sender) {
     sending().connect(sender);
 }
 
+void QXReceiver::pause() {
+    sending().pause();
+}
+
 void QXReceiver::disconnect() {
     sending().disconnect();
 }
 
-void QXReceiver::setMaxWait(std::chrono::milliseconds wait) {
-    sending().setMaxWait(wait);
+void QXReceiver::close(std::chrono::milliseconds limit) {
+    sending().close(limit);
+}
+
+void QXReceiver::abandon() {
+    sending().abandon();
+}
+
+void QXReceiver::forget(const DropListener& listener) {
+    sending().forget(listener);
 }

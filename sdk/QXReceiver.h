@@ -4,6 +4,8 @@
 #include <cstddef>
 #include <string>
 
+#include "sdk/DroppedOperation.h"
+
 namespace pa {
 
 /// The class of the operations of PA resources, announcements and schedules.
@@ -24,34 +26,77 @@ public:
     virtual ~OperationSender() = default;
 
     /// Takes one operation. Called on the queue's own thread, one at a time; must not block on the
-    /// network.
+    /// network. An exception that leaves it has the operation dropped and reported.
     /// @return false when the link is down: the operation stays at the head of the queue
     virtual bool sendOperation(const Operation& operation) = 0;
 };
 
+/// Told of every operation that the send queue drops: the server link.
+class DropListener {
+public:
+    virtual ~DropListener() = default;
+
+    /// Called on the queue's own thread, one at a time, without a lock. Must not throw.
+    virtual void operationDropped(const pa::DroppedOperation& dropped) = 0;
+};
+
 }  // namespace pa
 
-/// The send queue of the server link: bounded, first in first out, one for the process.
+/// The send queue of the server link: bounded by memory, first in first out, one for the process.
 ///
-/// Every function may be called from any thread, with the controller's mutex held. While no sender
-/// is connected operations wait; one that has waited too long, or finds the queue full, is dropped
-/// and reported through `handleError` with its class, number and age.
+/// Every function may be called from any thread; with the controller's mutex held only
+/// `addOperationToSendQueue`, `setMaxWait` and `setMaxBytes`. While no sender is connected
+/// operations wait. One that has waited too long, finds the queue full or comes after `close`, and
+/// one that the sender throws on, is dropped: reported through `handleError` at level 2, one line
+/// each with class, number, request id, age and reason, and told to the listener. Both happen on
+/// the queue's own thread, without a lock.
+///
+/// What was dropped on an application's thread waits for that in a list of 16 MiB (about 100,000
+/// operations). Those beyond it are counted, and reported and told of as one with their number.
 class QXReceiver {
 public:
-    /// The most operations that wait.
-    static constexpr std::size_t capacity = 1000;
+    /// What may wait, by default: 100,000 play operations of 300 bytes count 42.8 MB.
+    static constexpr std::size_t defaultMaxBytes = std::size_t{64} << 20U;
 
-    /// Queues an operation and returns at once.
+    /// Queues an operation and returns at once. It never throws: what cannot be queued is dropped.
     void addOperationToSendQueue(int destination, int operationClass, int operationNumber, int flag,
                                  const std::string& payload);
+
+    /// How long an operation may wait for the link; 5 s when this is never called.
+    void setMaxWait(std::chrono::milliseconds wait);
+
+    /// How much may wait: the bytes of the payloads and 128 for each operation.
+    void setMaxBytes(std::size_t bytes);
+
+    /// @name For the server link
+    /// @{
+
+    /// Takes operations, also after `close`, and tells `listener` of drops from now on, in the
+    /// place of any other.
+    /// @throws std::system_error when the queue's thread cannot be created
+    void open(pa::DropListener& listener);
 
     /// Has the waiting operations and all later ones handed to `sender`, in order.
     void connect(pa::OperationSender& sender);
 
-    /// The link is down. When this returns no sender is in use any more. Not to be called from
+    /// The link is down: operations wait. One that is being handed over is not waited for.
+    void pause();
+
+    /// The same, and when this returns no sender is in use any more. Not to be called from
     /// `sendOperation`.
     void disconnect();
 
-    /// How long an operation may wait for the link; 5 s when this is never called.
-    void setMaxWait(std::chrono::milliseconds wait);
+    /// Takes no more operations: later ones are dropped until `open` is called. Waits until those
+    /// that wait are sent, but no longer than `limit` (by the host's monotonic clock), and not at
+    /// all while the link is down.
+    void close(std::chrono::milliseconds limit);
+
+    /// Disconnects, then drops what still waits, after `close`. When this returns each of them has
+    /// been reported and told to the listener.
+    void abandon();
+
+    /// Tells `listener` of no more drops. When this returns it is not in use any more; not to be
+    /// called from the listener.
+    void forget(const pa::DropListener& listener);
+    /// @}
 };

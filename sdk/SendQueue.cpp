@@ -4,31 +4,31 @@
 
 using namespace pa;
 
-bool SendQueue::push(Operation operation, std::int64_t nowMS) {
-    if (waiting_.size() >= capacity_) {
+namespace {
+
+std::size_t bytesOf(const Operation& operation) {
+    return operation.payload.size() + SendQueue::overhead;
+}
+
+}  // namespace
+
+bool SendQueue::push(Operation&& operation, std::int64_t nowMS) {
+    const std::size_t bytes = bytesOf(operation);
+    if (bytes_ > maxBytes_ || bytes > maxBytes_ - bytes_) {
         return false;
     }
-    waiting_.push_back({std::move(operation), nowMS});
+    waiting_.emplace_back();  // the one step that can throw
+    waiting_.back().operation = std::move(operation);
+    waiting_.back().since = nowMS;
+    bytes_ += bytes;
     return true;
 }
 
-std::optional<SendQueue::Waiting> SendQueue::pop() {
-    if (waiting_.empty()) {
-        return std::nullopt;
-    }
-    Waiting taken = std::move(waiting_.front());
+bool SendQueue::isFrontTooOld(std::int64_t nowMS) const {
+    return nowMS - front().since > maxWait_.count();
+}
+
+void SendQueue::pop() {
+    bytes_ -= bytesOf(front().operation);
     waiting_.pop_front();
-    return taken;
-}
-
-void SendQueue::putBack(Waiting taken) {
-    waiting_.push_front(std::move(taken));
-}
-
-std::vector<SendQueue::Waiting> SendQueue::takeExpired(std::int64_t nowMS) {
-    std::vector<Waiting> expired;
-    while (!waiting_.empty() && nowMS - waiting_.front().since > maxWait_.count()) {
-        expired.push_back(*pop());
-    }
-    return expired;
 }

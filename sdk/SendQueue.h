@@ -4,8 +4,6 @@
 #include <cstddef>
 #include <cstdint>
 #include <deque>
-#include <optional>
-#include <vector>
 
 #include "sdk/QXReceiver.h"
 
@@ -17,29 +15,40 @@ class SendQueue {
 public:
     struct Waiting {
         Operation operation;
-        std::int64_t since;  ///< when it was queued
+        std::int64_t since = 0;  ///< when it was queued
     };
 
-    explicit SendQueue(std::size_t capacity) : capacity_(capacity) {}
+    /// What an operation counts beside the bytes of its payload: the `Waiting` (at most 64 bytes),
+    /// its share of the container and what the allocator keeps of the payload's block, rounded up.
+    static constexpr std::size_t overhead = 128;
+
+    explicit SendQueue(std::size_t maxBytes) : maxBytes_(maxBytes) {}
 
     /// Appends the operation.
-    /// @return false when the queue is full
-    bool push(Operation operation, std::int64_t nowMS);
+    /// @return false, with the operation as it was, when there is no room for it
+    /// @throws std::bad_alloc likewise
+    bool push(Operation&& operation, std::int64_t nowMS);
 
-    /// Takes the operation at the head.
-    std::optional<Waiting> pop();
-
-    /// Puts back at the head what `pop` has taken last.
-    void putBack(Waiting taken);
-
-    /// Takes the operations that have waited for longer than the limit.
-    std::vector<Waiting> takeExpired(std::int64_t nowMS);
-
-    void setMaxWait(std::chrono::milliseconds wait) { maxWait_ = wait; }
     bool empty() const { return waiting_.empty(); }
 
+    /// The operation at the head, of a queue that is not empty. It stays where it is while others
+    /// are appended.
+    const Waiting& front() const { return waiting_.front(); }
+
+    /// Whether the operation at the head has waited for longer than the limit.
+    bool isFrontTooOld(std::int64_t nowMS) const;
+
+    /// Removes the operation at the head.
+    void pop();
+
+    void setMaxWait(std::chrono::milliseconds wait) { maxWait_ = wait; }
+
+    /// What waits already stays, whatever the bound is.
+    void setMaxBytes(std::size_t bytes) { maxBytes_ = bytes; }
+
 private:
-    std::size_t capacity_;
+    std::size_t maxBytes_;
+    std::size_t bytes_ = 0;  // of what waits
     std::chrono::milliseconds maxWait_{5000};
     std::deque<Waiting> waiting_;  // oldest first
 };

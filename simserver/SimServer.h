@@ -38,9 +38,10 @@ struct Options {
 /// The simulated audio server: holds a station, plays announcements in simulated time and tells the
 /// client of every change.
 ///
-/// Every function may be called from any thread. One lock guards the whole server; the client is
-/// told with the lock held, so it must only queue what it is told. The rules of the play are those
-/// of `PlayEngine`.
+/// Every function may be called from any thread. One lock guards the whole server. The client is
+/// told with the lock held, so it must only queue what it is told; while its queue is full the
+/// server waits. So no function may be called by what the client's queue waits for, the callbacks
+/// of observers. The rules of the play are those of `PlayEngine`.
 class SimServer final : public palink::EmbeddedServer, private PlayHost {
 public:
     /// @throws std::invalid_argument for a speed that is not above 0

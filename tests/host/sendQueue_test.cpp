@@ -4,40 +4,75 @@
 #include <condition_variable>
 #include <gtest/gtest.h>
 #include <mutex>
+#include <stdexcept>
 #include <string>
 #include <thread>
 
 #include "framework/clock.h"
 #include "framework/log.h"
 #include "sdk/globals.h"
+#include "sdk/requestId.h"
 
 namespace {
 
-pa::Operation operation(int number) {
-    return {-1, 92, number, 1, "payload " + std::to_string(number)};
+using namespace std::chrono_literals;
+
+pa::Operation operation(int number, const std::string& payload = "") {
+    return {-1, 92, number, 1, payload};
 }
 
-TEST(SendQueueTest, IsBoundedInOrderAndForgetsWhatIsTooOld) {
-    pa::SendQueue queue(3);
-    queue.setMaxWait(std::chrono::milliseconds(50));
-    EXPECT_TRUE(queue.push(operation(1), 100));
-    EXPECT_TRUE(queue.push(operation(2), 120));
-    EXPECT_TRUE(queue.push(operation(3), 140));
-    EXPECT_FALSE(queue.push(operation(4), 140));
+TEST(SendQueueTest, IsBoundedByMemoryInOrderAndKnowsWhatIsTooOld) {
+    pa::SendQueue queue(2 * pa::SendQueue::overhead + 10);
+    queue.setMaxWait(50ms);
+    EXPECT_TRUE(queue.push(operation(1, "12345"), 100));
+    EXPECT_TRUE(queue.push(operation(2, "12345"), 120));
+    pa::Operation refused = operation(3, "a");
+    EXPECT_FALSE(queue.push(std::move(refused), 140));
+    EXPECT_EQ(refused.payload, "a") << "what is refused is left as it is";
 
-    pa::SendQueue::Waiting first = *queue.pop();
-    EXPECT_EQ(first.operation.operationNumber, 1);
-    queue.putBack(std::move(first));
-    EXPECT_TRUE(queue.takeExpired(150).empty());
-    const auto dropped = queue.takeExpired(171);
-    ASSERT_EQ(dropped.size(), 2U) << "what is put back keeps its age";
-    EXPECT_EQ(dropped[0].operation.payload, "payload 1");
-    EXPECT_EQ(dropped[0].since, 100);
-    EXPECT_EQ(queue.pop()->operation.operationNumber, 3);
-    EXPECT_FALSE(queue.pop());
+    EXPECT_EQ(queue.front().operation.operationNumber, 1);
+    EXPECT_FALSE(queue.isFrontTooOld(150));
+    EXPECT_TRUE(queue.isFrontTooOld(151));
+    queue.pop();
+    EXPECT_EQ(queue.front().since, 120);
+    EXPECT_TRUE(queue.push(operation(3, "123"), 140)) << "what is taken makes room";
+    EXPECT_FALSE(queue.push(operation(4, std::string(1000, 'x')), 140));
+    queue.setMaxBytes(0);
+    EXPECT_EQ(queue.front().operation.payload, "12345") << "what waits stays";
+    queue.setMaxBytes(3 * pa::SendQueue::overhead + 8);
+    EXPECT_TRUE(queue.push(operation(5), 140));
+}
+
+TEST(SendQueueTest, HoldsAHundredThousandPlayOperationsByDefault) {
+    pa::SendQueue queue(QXReceiver::defaultMaxBytes);
+    int taken = 0;
+    while (taken < 100'000 && queue.push(operation(17, std::string(300, 'x')), 0)) {
+        ++taken;
+    }
+    EXPECT_EQ(taken, 100'000);
+    EXPECT_LE(sizeof(pa::SendQueue::Waiting), 64U) << "see pa::SendQueue::overhead";
+}
+
+TEST(RequestIdTest, IsReadFromThePayloadsThatHaveOne) {
+    EXPECT_EQ(pa::requestIdOf(92, 17, R"("a\"b\\,c",0,500,"x")"), R"(a"b\,c)");
+    EXPECT_EQ(pa::requestIdOf(92, 17, R"("",0,500)"), "");
+    EXPECT_EQ(pa::requestIdOf(92, 18, R"("request 1")"), "request 1");
+    EXPECT_EQ(pa::requestIdOf(92, 18, R"("",4)"), "");
+    EXPECT_EQ(pa::requestIdOf(92, 19, R"(12,"0b-1c~\"Morning, early\"",2026,1)"), "0b-1c");
+    EXPECT_EQ(pa::requestIdOf(92, 19, "12"), "");
+    EXPECT_EQ(pa::requestIdOf(108, 3, R"(a"b,en,Nora,48000,"text, text")"), "a\"b");
+    EXPECT_EQ(pa::requestIdOf(92, 1, "1,0b-1c"), "") << "of a client, not of a request";
+    EXPECT_EQ(pa::requestIdOf(92, 17, R"("cut off)"), R"("cut off)");
+    EXPECT_EQ(pa::requestIdOf(92, 17, R"("cut off\)"), R"("cut off\)");
+    EXPECT_EQ(pa::requestIdOf(92, 17, ""), "");
 }
 
 std::atomic<std::int64_t> nowMS{0};
+std::atomic<std::int64_t> perLookMS{0};  // time passes so much whenever it is looked at
+
+void add(int number, const std::string& payload = "") {
+    gQXReceiver.addOperationToSendQueue(-1, 92, number, 1, payload);
+}
 
 /// Collects text from any thread, and waits for it.
 class Transcript {
@@ -52,6 +87,7 @@ public:
         changed_.wait(guard, [&] { return text_.size() >= length; });
         return text_;
     }
+    std::string text() { return waitFor(0); }
 
 private:
     std::mutex lock_;
@@ -59,53 +95,200 @@ private:
     std::string text_;
 };
 
-/// A link that notes the numbers of what it is given, and can be down.
+/// A link that notes the numbers of what it is given, and can be down, held up or broken.
 struct Sender : pa::OperationSender {
     bool sendOperation(const pa::Operation& sent) override {
         const bool takes = up;
         (takes ? numbers : refusals).add(std::to_string(sent.operationNumber) + " ");
+        const std::lock_guard held(gate);
+        if (sent.payload == "throw") {
+            throw std::runtime_error("too large");
+        }
+        if (sent.payload == "throw 5") {
+            throw 5;
+        }
         return takes;
     }
     std::atomic<bool> up{true};
+    std::mutex gate;  // an operation is not sent while a test has it
     Transcript numbers;
     Transcript refusals;
 };
 
-TEST(QXReceiverTest, KeepsOrderAcrossALossAndReportsWhatItDrops) {
-    pa::TimeSource source;
-    source.monotonicMS = [] { return nowMS.load(); };
-    pa::setTimeSource(source);
-    Transcript errors;
-    pa::setLogSink([&](const pa::LogLine& line) { errors.add(line.text + "\n"); });
+/// Notes what is dropped.
+struct Listener : pa::DropListener {
+    void operationDropped(const pa::DroppedOperation& dropped) override {
+        const std::string one =
+            std::to_string(dropped.operationClass) + '/' + std::to_string(dropped.operationNumber) +
+            ' ' + dropped.requestId + ' ' + std::to_string(dropped.ageMS) + ' ' +
+            std::to_string(static_cast<int>(dropped.reason)) + ' ' + dropped.text + '\n';
+        drops.add(dropped.count == 1 ? one : std::to_string(dropped.count) + ' ' + one);
+        count += dropped.count;
+        if (again) {
+            add(17, R"("again")");
+        }
+    }
+    Transcript drops;
+    std::atomic<std::size_t> count{0};
+    bool again = false;  // queues another operation for each
+};
 
+struct QXReceiverTest : testing::Test {
+    QXReceiverTest() {
+        pa::TimeSource source;
+        source.monotonicMS = [] { return nowMS += perLookMS; };
+        pa::setTimeSource(source);
+        pa::setLogSink([this](const pa::LogLine& line) { errors.add(line.text + "\n"); });
+        gQXReceiver.open(listener);
+    }
+    ~QXReceiverTest() override {
+        gQXReceiver.close(0ms);
+        gQXReceiver.abandon();
+        gQXReceiver.forget(listener);
+        gQXReceiver.setMaxBytes(QXReceiver::defaultMaxBytes);
+        gQXReceiver.setMaxWait(5000ms);
+        pa::setLogSink({});
+        pa::setTimeSource({});
+    }
+
+    Transcript errors;
     Sender sender;
-    gQXReceiver.addOperationToSendQueue(-1, 92, 1, 1, "a");
+    Listener listener;
+};
+
+TEST_F(QXReceiverTest, KeepsOrderAcrossALoss) {
+    add(1);
     gQXReceiver.connect(sender);
-    gQXReceiver.addOperationToSendQueue(-1, 92, 2, 1, "b");
+    add(2);
     EXPECT_EQ(sender.numbers.waitFor(4), "1 2 ");
     sender.up = false;
-    gQXReceiver.addOperationToSendQueue(-1, 92, 3, 1, "c");
+    add(3);
     sender.refusals.waitFor(1);
     sender.up = true;
-    gQXReceiver.addOperationToSendQueue(-1, 92, 4, 1, "d");
+    add(4);
     EXPECT_EQ(sender.numbers.waitFor(8), "1 2 3 4 ");
-
-    gQXReceiver.disconnect();
-    gQXReceiver.setMaxWait(std::chrono::milliseconds(2000));
-    gQXReceiver.addOperationToSendQueue(-2, 92, 17, 1, "e");
-    nowMS += 2001;
-    std::string expected = "operation 92/17 dropped after 2001 ms: the link was down\n";
-    EXPECT_EQ(errors.waitFor(1), expected);
-    for (std::size_t i = 0; i < QXReceiver::capacity + 1; ++i) {
-        gQXReceiver.addOperationToSendQueue(-1, 78, 6, 1, "");
-    }
-    expected += "operation 78/6 dropped after 0 ms: the send queue is full\n";
-    EXPECT_EQ(errors.waitFor(1), expected);
+    gQXReceiver.pause();
+    add(5);
     gQXReceiver.connect(sender);
-    EXPECT_EQ(sender.numbers.waitFor(8 + 2 * QXReceiver::capacity).substr(0, 12), "1 2 3 4 6 6 ");
-    gQXReceiver.disconnect();
+    EXPECT_EQ(sender.numbers.waitFor(10), "1 2 3 4 5 ");
+    EXPECT_EQ(errors.text(), "");
+}
+
+TEST_F(QXReceiverTest, ReportsAndTellsOfEachThatItDrops) {
+    gQXReceiver.setMaxWait(2000ms);
+    add(17, R"("old one",0,500)");
+    nowMS += 2001;
+    std::string lines =
+        "operation 92/17 of request >old one< dropped after 2001 ms: the link was down\n";
+    std::string told = "92/17 old one 2001 1 the link was down\n";
+    EXPECT_EQ(errors.waitFor(lines.size()), lines);
+    EXPECT_EQ(listener.drops.waitFor(told.size()), told);
+
+    add(1);
+    gQXReceiver.setMaxBytes(0);
+    add(18, R"("no room")");
+    lines += "operation 92/18 of request >no room< dropped after 0 ms: the send queue is full\n";
+    told += "92/18 no room 0 0 the send queue is full\n";
+    EXPECT_EQ(listener.drops.waitFor(told.size()), told);
+    EXPECT_EQ(errors.text(), lines);
+
+    gQXReceiver.setMaxBytes(QXReceiver::defaultMaxBytes);
+    add(9, "throw");
+    nowMS += 7;
+    gQXReceiver.connect(sender);
+    lines += "operation 92/9 dropped after 7 ms: too large\n";
+    told += "92/9  7 3 too large\n";
+    EXPECT_EQ(listener.drops.waitFor(told.size()), told);
+    add(9, "throw 5");
+    lines += "operation 92/9 dropped after 0 ms: the transport has refused it\n";
+    told += "92/9  0 3 the transport has refused it\n";
+    EXPECT_EQ(listener.drops.waitFor(told.size()), told);
+    EXPECT_EQ(errors.text(), lines);
+    EXPECT_EQ(sender.numbers.text(), "1 9 9 ");
+}
+
+TEST_F(QXReceiverTest, CountsTheDropsThatItCannotList) {
+    gQXReceiver.setMaxBytes(0);
+    Transcript listed;
+    pa::setLogSink(
+        [&](const pa::LogLine& line) {  // the queue's thread stands still in its first report
+            listed.waitFor(1);
+            errors.add(line.text + "\n");
+        });
+    const std::string large(std::size_t{9} << 20U, 'i');
+    for (int i = 0; i < 5; ++i) {  // the first is in hand, the next one fills the list
+        add(18, '"' + large + '"');
+    }
+    listed.add("x");
+    gQXReceiver.close(0ms);
+    gQXReceiver.abandon();
+    EXPECT_EQ(listener.count, 5U);
+    EXPECT_NE(listener.drops.text().find(" 0/0  0 4 too many to list each\n"), std::string::npos);
+    EXPECT_NE(errors.text().find(" more operations dropped: too many to list each\n"),
+              std::string::npos);
     pa::setLogSink({});
-    pa::setTimeSource({});
+}
+
+TEST_F(QXReceiverTest, AStopSendsWhatWaits) {
+    gQXReceiver.connect(sender);
+    std::string sent;
+    for (int i = 0; i < 3000; ++i) {
+        add(i);
+        sent += std::to_string(i) + " ";
+    }
+    gQXReceiver.close(1000ms);
+    EXPECT_EQ(sender.numbers.text(), sent);
+    add(18, R"("late")");
+    gQXReceiver.abandon();
+    EXPECT_EQ(listener.drops.text(), "92/18 late 0 2 the link was stopped\n");
+    EXPECT_EQ(errors.text(),
+              "operation 92/18 of request >late< dropped after 0 ms: the link was stopped\n");
+    gQXReceiver.open(listener);
+    gQXReceiver.connect(sender);
+    add(1);
+    EXPECT_EQ(sender.numbers.waitFor(sent.size() + 2), sent + "1 ");
+}
+
+TEST_F(QXReceiverTest, AStopWithoutALinkWaitsForNothing) {
+    add(1);
+    gQXReceiver.close(1000ms);  // by a clock that stands still
+    gQXReceiver.abandon();
+    EXPECT_EQ(listener.drops.text(), "92/1  0 2 the link was stopped\n");
+}
+
+TEST_F(QXReceiverTest, AStopReportsWhatCannotBeSentInTime) {
+    gQXReceiver.connect(sender);
+    std::unique_lock gate(sender.gate);
+    for (int number : {1, 2, 3}) {
+        add(number);
+    }
+    sender.numbers.waitFor(2);
+    perLookMS = 1000;
+    gQXReceiver.close(1000ms);
+    perLookMS = 0;
+    EXPECT_EQ(listener.count, 0U);
+    sender.up = false;
+    gate.unlock();  // the transport lets go when it is stopped
+    gQXReceiver.abandon();
+    const std::string drops = listener.drops.text();
+    EXPECT_EQ(listener.count, 2U);
+    EXPECT_EQ(drops.substr(0, 6), "92/2  ");
+    EXPECT_NE(drops.find(" 2 the link was stopped\n92/3  "), std::string::npos);
+}
+
+TEST_F(QXReceiverTest, AStopEndsThoughEachDropLeadsToAnother) {
+    listener.again = true;
+    for (int i = 0; i < 100; ++i) {
+        add(i);
+    }
+    gQXReceiver.close(0ms);
+    gQXReceiver.abandon();
+    EXPECT_GE(listener.count, 100U);
+    gQXReceiver.forget(listener);
+    const std::size_t told = listener.count;
+    add(1);
+    errors.waitFor(errors.text().size() + 1);
+    EXPECT_EQ(listener.count, told) << "it is not used any more";
 }
 
 /// Takes its time over each operation.
@@ -122,17 +305,37 @@ struct SlowSender : pa::OperationSender {
     std::atomic<bool> left{false};
 };
 
-TEST(QXReceiverTest, DisconnectsFromASenderThatIsNotInUseAnyMore) {
+TEST_F(QXReceiverTest, DisconnectsFromASenderThatIsNotInUseAnyMore) {
     for (int round = 0; round < 100; ++round) {
-        SlowSender sender;
-        gQXReceiver.addOperationToSendQueue(-1, 92, 1, 1, "");
-        gQXReceiver.connect(sender);
-        while (!sender.entered) {
+        SlowSender slow;
+        add(1);
+        gQXReceiver.connect(slow);
+        while (!slow.entered) {
             std::this_thread::yield();
         }
         gQXReceiver.disconnect();
-        EXPECT_TRUE(sender.left);
+        EXPECT_TRUE(slow.left);
     }
+}
+
+TEST_F(QXReceiverTest, HoldsNoLockWhileItReports) {
+    Transcript reporting;
+    Transcript queued;
+    pa::setLogSink([&](const pa::LogLine&) {
+        reporting.add("r");
+        queued.waitFor(1);
+    });
+    gQXReceiver.setMaxWait(0ms);
+    add(1);
+    nowMS += 1;
+    reporting.waitFor(1);
+    add(2);  // while the report of the first one is being written
+    queued.add("q");
+    gQXReceiver.connect(sender);
+    EXPECT_EQ(sender.numbers.waitFor(2), "2 ");
+    gQXReceiver.close(0ms);
+    gQXReceiver.abandon();
+    pa::setLogSink({});
 }
 
 }  // namespace

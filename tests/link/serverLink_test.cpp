@@ -1,58 +1,19 @@
 #include "link/ServerLink.h"
 
-#include <future>
 #include <gtest/gtest.h>
 #include <string>
 #include <vector>
 
 #include "framework/levelMeter.h"
 #include "framework/log.h"
-#include "link/EmbeddedTransport.h"
 #include "sdk/globals.h"
+#include "tests/link/ScriptedServer.h"
 #include "tests/support/noPauses.h"
+#include "tests/support/thrownBy.h"
 
 namespace {
 
 using namespace std::chrono_literals;
-
-/// A server whose words the test chooses.
-class ScriptedServer : public palink::EmbeddedServer {
-public:
-    void meterLevel(bool subscribe, int element) override {
-        feeds += (subscribe ? "+" : "-") + std::to_string(element) + " ";
-    }
-    void connectClient(palink::ServerEventSink& client) override {
-        client_ = &client;
-        palink::Connected connected;
-        connected.localDstNo = 3;
-        connected.activeDstNo = 4;
-        connected.indirect = true;
-        connected.serverInfo.set("name", "Test");
-        say(connected);
-        say(palink::Record{
-            3, palink::RecordKind::Source, 1, {"1", "", "", "", "", "", "", "", "", "", "3"}});
-        say(palink::Record{4, palink::RecordKind::Zone, 1, {"Z"}});
-        say(palink::InitialSetComplete{});
-    }
-    void disconnectClient() override { client_ = nullptr; }
-    void handleOperation(const pa::Operation& operation) override {
-        received_.set_value(operation);
-    }
-    palink::UploadResult storeFile(const std::string& /*localPath*/,
-                                   const std::string& serverPath) override {
-        return serverPath == "/good" ? palink::UploadResult{true, ""}
-                                     : palink::UploadResult{false, "no room"};
-    }
-    void say(palink::ServerEvent event) { client_->deliver(std::move(event)); }
-    pa::Operation received() { return receiving_.get(); }
-    std::string feeds;
-    bool hasReceived() { return receiving_.wait_for(50ms) == std::future_status::ready; }
-
-private:
-    palink::ServerEventSink* client_ = nullptr;
-    std::promise<pa::Operation> received_;
-    std::future<pa::Operation> receiving_ = received_.get_future();
-};
 
 struct ServerLinkTest : testing::Test {
     ServerLinkTest() {
@@ -68,17 +29,10 @@ struct ServerLinkTest : testing::Test {
         gIndirectCXSConnection = false;
     }
 
-    /// One for each test, never destroyed.
-    static AudioServer* facade() {
-        static auto& facades = *new std::vector<AudioServer*>;
-        facades.push_back(new AudioServer(gPaController));
-        return facades.back();
-    }
-
     std::string errors;
     ScriptedServer server;
     palink::EmbeddedTransport transport{server};
-    AudioServer& audioServer = *facade();
+    AudioServer& audioServer = newFacade();
     palink::ServerLink link{audioServer, transport};
 };
 
@@ -97,7 +51,7 @@ TEST_F(ServerLinkTest, FillsTheCachesAndTheGlobals) {
 TEST_F(ServerLinkTest, CarriesOperationsAndUploads) {
     ASSERT_TRUE(link.waitUntilReady(10s));
     gPaController.cancelMessage(Message::TTS);
-    EXPECT_EQ(server.received().payload, "\"\",4");
+    EXPECT_EQ(server.operations(1)[0], "\"\",4");
     EXPECT_EQ(audioServer.uploadFileToActiveServer("/a", "/good"), 1);
     EXPECT_NE(audioServer.uploadFileToActiveServer("/a", "/bad"), 1);
     EXPECT_EQ(errors, "upload of /a: no room\n");
@@ -125,13 +79,31 @@ TEST_F(ServerLinkTest, TellsOfRefusals) {
               "a handler of the server link threw\n");
 }
 
+TEST_F(ServerLinkTest, WhatAReplacedHandlerOwnsMayUseTheLinkWhenItGoes) {
+    ASSERT_TRUE(link.waitUntilReady(10s));
+    struct Owned {
+        explicit Owned(const palink::ServerLink& l) : link(l) {}
+        ~Owned() { EXPECT_TRUE(link.isConnected()); }
+        const palink::ServerLink& link;
+    };
+    const auto owned = [this] { return std::make_shared<Owned>(link); };
+    link.setRefusalHandler([o = owned()](const palink::Refusal&) {});
+    link.setRefusalHandler({});
+    link.setLevelHandler([o = owned()](const palink::LevelReading&) {});
+    link.setLevelHandler({});
+}
+
 TEST_F(ServerLinkTest, FeedsLevelMetersFromEachConnection) {
     ASSERT_TRUE(link.waitUntilReady(10s));
+    using Feeds = std::vector<std::string>;
     double level = 0.0;
     subscribeUnsubscribeToResAmpVUMeterElement(true, 3);
+    EXPECT_EQ(server.feeds(1), Feeds{"+3"});
     subscribeUnsubscribeToResAmpVUMeterElement(true, 5);
+    EXPECT_EQ(server.feeds(2).back(), "+5");
     subscribeUnsubscribeToResAmpVUMeterElement(true, 3);
     subscribeUnsubscribeToResAmpVUMeterElement(false, 5);
+    EXPECT_EQ(server.feeds(3).back(), "-5");
     server.say(palink::LevelReading{3, -1.0});  // nobody listens
     link.setLevelHandler([&level](const palink::LevelReading& reading) { level = reading.level; });
     server.say(palink::LevelReading{3, -12.5});
@@ -139,9 +111,10 @@ TEST_F(ServerLinkTest, FeedsLevelMetersFromEachConnection) {
     transport.waitUntilDelivered();
     EXPECT_EQ(level, -12.5);
     EXPECT_EQ(errors, "");
+    EXPECT_EQ(server.feeds(4), (Feeds{"+3", "+5", "-5", "+3"}));
     link.stop();
     subscribeUnsubscribeToResAmpVUMeterElement(false, 3);
-    EXPECT_EQ(server.feeds, "+3 +5 -5 +3 ");
+    EXPECT_EQ(server.feeds().size(), 4U);
 }
 
 TEST_F(ServerLinkTest, ALostConnectionKeepsTheCachesAndANewOneEmptiesThem) {
@@ -153,12 +126,12 @@ TEST_F(ServerLinkTest, ALostConnectionKeepsTheCachesAndANewOneEmptiesThem) {
     EXPECT_EQ(gPaController.getPaZones().size(), 1U);
     EXPECT_EQ(errors, "the connection to the server is lost: cable pulled\n");
     gPaController.cancelMessage(Message::TTS);
-    EXPECT_FALSE(server.hasReceived()) << "operations wait for the link";
+    EXPECT_TRUE(server.operations().empty()) << "operations wait for the link";
     server.say(palink::Connected{3, 4, false, {}});
     server.say(palink::InitialSetComplete{});
     ASSERT_TRUE(link.waitUntilReady(10s));
     EXPECT_TRUE(gPaController.getPaZones().empty());
-    EXPECT_EQ(server.received().payload, "\"\",4");
+    EXPECT_EQ(server.operations(1)[0], "\"\",4");
 }
 
 TEST_F(ServerLinkTest, AtANewConnectionTheZonesThatWereToldOfAreTakenBack) {
@@ -178,6 +151,7 @@ TEST_F(ServerLinkTest, AtANewConnectionTheZonesThatWereToldOfAreTakenBack) {
 }
 
 TEST_F(ServerLinkTest, LeavesNothingBehindThatLevelMetersWouldCall) {
+    link.stop();
     for (int i = 0; i < 50; ++i) {
         ScriptedServer shortLived;
         {
@@ -186,7 +160,7 @@ TEST_F(ServerLinkTest, LeavesNothingBehindThatLevelMetersWouldCall) {
         }
         subscribeUnsubscribeToResAmpVUMeterElement(true, 3);
         subscribeUnsubscribeToResAmpVUMeterElement(false, 3);
-        EXPECT_EQ(shortLived.feeds, "");
+        EXPECT_TRUE(shortLived.feeds().empty());
     }
 }
 
@@ -195,6 +169,55 @@ TEST_F(ServerLinkTest, MayStopAndStartAgain) {
     link.stop();
     EXPECT_FALSE(link.isConnected());
     EXPECT_NE(audioServer.uploadFileToActiveServer("/a", "/good"), 1);
+    link.start();
+    EXPECT_TRUE(link.waitUntilReady(10s));
+}
+
+TEST_F(ServerLinkTest, OneLinkOfTheProcessIsStartedAtATime) {
+    ASSERT_TRUE(link.waitUntilReady(10s));
+    ScriptedServer otherServer;
+    palink::EmbeddedTransport otherTransport(otherServer);
+    AudioServer& otherFacade = newFacade();
+    palink::ServerLink other(otherFacade, otherTransport);
+    EXPECT_EQ(thrownBy<std::logic_error>([&] { other.start(); }),
+              "another ServerLink of this process is started: it has the send queue, the uploads "
+              "and the level meters until it is stopped");
+    other.stop();
+    link.start();  // as it is
+    EXPECT_EQ(gAudioServerInstance, &audioServer);
+    EXPECT_EQ(audioServer.uploadFileToActiveServer("/a", "/good"), 1);
+    gPaController.cancelMessage("the first");
+    EXPECT_EQ(server.operations(1)[0], "\"the first\"");
+
+    link.stop();
+    other.start();
+    ASSERT_TRUE(other.waitUntilReady(10s));
+    EXPECT_EQ(gAudioServerInstance, &otherFacade);
+    gPaController.cancelMessage("the second");
+    EXPECT_EQ(otherServer.operations(1)[0], "\"the second\"");
+    EXPECT_EQ(errors, "");
+}
+
+/// Fails its first start.
+struct BrokenServer : ScriptedServer {
+    void connectClient(palink::ServerEventSink& client) override {
+        if (!std::exchange(tried, true)) {
+            throw std::runtime_error("no licence");
+        }
+        ScriptedServer::connectClient(client);
+    }
+    bool tried = false;
+};
+
+TEST_F(ServerLinkTest, ALinkThatCannotStartIsStopped) {
+    link.stop();
+    BrokenServer broken;
+    palink::EmbeddedTransport otherTransport(broken);
+    palink::ServerLink other(audioServer, otherTransport);
+    EXPECT_EQ(thrownBy<std::runtime_error>([&] { other.start(); }), "no licence");
+    other.start();
+    EXPECT_TRUE(other.waitUntilReady(10s));
+    other.stop();
     link.start();
     EXPECT_TRUE(link.waitUntilReady(10s));
 }

@@ -1,0 +1,111 @@
+#pragma once
+
+#include <algorithm>
+#include <condition_variable>
+#include <cstdint>
+#include <exception>
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <thread>
+#include <utility>
+#include <vector>
+
+#include "framework/log.h"
+
+namespace palink {
+
+/// Holds a handler of the application, which may be replaced while it runs.
+///
+/// Every function may be called from any thread. A handler runs, is copied and is destroyed without
+/// a lock, so whatever it owns may use the slot.
+template <class What>
+class HandlerSlot {
+public:
+    using Handler = std::function<void(const What&)>;
+
+    /// Replaces the handler; an empty one ends it. When this returns none of those before is
+    /// running any more, unless this is called from inside one of them. So two handlers of two
+    /// slots, each of which replaces the other, wait for each other without end.
+    void set(Handler handler) {
+        auto entry = handler ? std::make_unique<Entry>(std::move(handler)) : nullptr;
+        std::unique_lock guard(lock_);
+        std::swap(current_, entry);
+        const std::uint64_t before = generation_++;
+        const bool inside = std::any_of(calls_.begin(), calls_.end(), [](const Call& call) {
+            return call.thread == std::this_thread::get_id();
+        });
+        if (!inside) {
+            left_.wait(guard, [&] {
+                return std::none_of(calls_.begin(), calls_.end(), [before](const Call& call) {
+                    return call.generation <= before;
+                });
+            });
+        } else if (entry != nullptr && isRunning(*entry)) {
+            Entry& running = *entry;
+            running.left = std::move(entry);
+        }
+        guard.unlock();  // before the entry goes
+    }
+
+    /// Calls the handler; an exception that leaves it is reported.
+    /// @return false when there is none
+    bool call(const What& what) {
+        Entry* entry = nullptr;
+        {
+            const std::lock_guard guard(lock_);
+            if (current_ == nullptr) {
+                return false;
+            }
+            entry = current_.get();
+            calls_.push_back({std::this_thread::get_id(), entry, generation_});
+        }
+        try {
+            entry->handler(what);
+        } catch (const std::exception& e) {
+            handleError(1, "a handler of the server link threw >%s<", e.what());
+        } catch (...) {
+            handleError(1, "a handler of the server link threw");
+        }
+        std::unique_ptr<Entry> unused;  // goes after the guard
+        const std::lock_guard guard(lock_);
+        calls_.erase(std::find_if(calls_.begin(), calls_.end(), [entry](const Call& call) {
+            return call.thread == std::this_thread::get_id() && call.entry == entry;
+        }));
+        if (!isRunning(*entry)) {
+            unused = std::move(entry->left);
+        }
+        left_.notify_all();
+        return true;
+    }
+
+private:
+    struct Entry {
+        explicit Entry(Handler h) : handler(std::move(h)) {}
+
+        const Handler handler;
+        std::unique_ptr<Entry> left;  // itself, when it was replaced from inside: the last of its
+                                      // calls destroys it; guarded by lock_
+    };
+
+    /// A call that has not returned.
+    struct Call {
+        std::thread::id thread;
+        Entry* entry;
+        std::uint64_t generation;
+    };
+
+    bool isRunning(const Entry& entry) const {
+        return std::any_of(calls_.begin(), calls_.end(),
+                           [&entry](const Call& call) { return call.entry == &entry; });
+    }
+
+    std::mutex lock_;
+    std::condition_variable left_;  // a call has returned
+    // Guarded by lock_.
+    std::unique_ptr<Entry> current_;
+    std::uint64_t generation_ = 0;  // of current_, counted by replacements
+    std::vector<Call> calls_;
+};
+
+}  // namespace palink

@@ -1,0 +1,28 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+
+namespace pa {
+
+/// An operation that does not reach the server.
+struct DroppedOperation {
+    enum class Reason {
+        QueueFull,      ///< the send queue, or the memory at hand, has no room for it
+        WaitedTooLong,  ///< the link was down for longer than an operation may wait
+        Stopped,        ///< the link was stopped before it could be sent
+        Refused,        ///< the transport threw
+        Unlisted        ///< several at once, of which only their number is known
+    };
+
+    Reason reason = Reason::Stopped;
+    int operationClass = 0;   ///< 0 when unlisted
+    int operationNumber = 0;  ///< 0 when unlisted
+    std::string requestId;    ///< empty when the operation has none, or it cannot be read
+    std::string text;         ///< the reason in words
+    std::int64_t ageMS = 0;   ///< how long it has waited
+    std::size_t count = 1;    ///< how many operations this stands for; above 1 only when unlisted
+};
+
+}  // namespace pa

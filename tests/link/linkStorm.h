@@ -1,0 +1,125 @@
+#pragma once
+
+#include <atomic>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <vector>
+
+#include "framework/levelMeter.h"
+#include "framework/posixThread.h"
+#include "link/EmbeddedTransport.h"
+#include "link/ServerLink.h"
+#include "sdk/AudioServer.h"
+#include "sdk/globals.h"
+#include "tests/link/storm.h"
+
+/// @file
+/// A storm through a whole link: a server that never stops talking, an application that never stops
+/// asking.
+
+namespace storm {
+
+/// Says the events of a stream again and again, with its lock held, as a server may.
+class TalkingServer : public palink::EmbeddedServer {
+public:
+    explicit TalkingServer(std::vector<Event> stream) : stream_(std::move(stream)) {}
+
+    void connectClient(palink::ServerEventSink& client) override {
+        const std::lock_guard guard(lock_);
+        client_ = &client;
+        sayConnected();
+    }
+    void disconnectClient() override {
+        const std::lock_guard guard(lock_);
+        client_ = nullptr;
+    }
+    void handleOperation(const pa::Operation& operation) override {
+        const std::lock_guard guard(lock_);
+        ++operations;
+        if (client_ != nullptr && operation.operationNumber == 20) {
+            client_->deliver(palink::Refusal{92, 20, "", "not today"});
+        }
+    }
+    void meterLevel(bool /*subscribe*/, int element) override {
+        const std::lock_guard guard(lock_);
+        if (client_ != nullptr) {
+            client_->deliver(palink::LevelReading{element, -6.0});
+        }
+    }
+    palink::UploadResult storeFile(const std::string& /*localPath*/,
+                                   const std::string& /*serverPath*/) override {
+        const std::lock_guard guard(lock_);
+        return {++uploads % 2 == 0, "no room"};
+    }
+
+    /// Says the next event.
+    void talk() {
+        const std::lock_guard guard(lock_);
+        if (client_ == nullptr) {
+            return;
+        }
+        const Event& event = stream_[next_++ % stream_.size()];
+        if (const auto* const record = std::get_if<palink::Record>(&event)) {
+            client_->deliver(*record);
+        } else if (const auto* const withdrawal = std::get_if<palink::Withdrawal>(&event)) {
+            client_->deliver(*withdrawal);
+        } else {
+            client_->deliver(palink::Disconnected{"the server restarts"});
+            sayConnected();
+        }
+    }
+
+    std::atomic<long> operations{0};
+    std::atomic<long> uploads{0};
+
+private:
+    void sayConnected() {
+        client_->deliver(palink::Connected{server, server, false, {}});
+        client_->deliver(palink::InitialSetComplete{});
+    }
+
+    std::mutex lock_;
+    palink::ServerEventSink* client_ = nullptr;  // guarded by lock_
+    std::size_t next_ = 0;                       // guarded by lock_
+    const std::vector<Event> stream_;
+};
+
+/// Threads of an application, and of the server, that go on until this is destroyed.
+class Threads {
+public:
+    Threads(TalkingServer& talking, int applicationThreads) {
+        for (int i = 0; i < applicationThreads; ++i) {
+            start([this] { useController(rounds++); });
+        }
+        start([&talking] { talking.talk(); });
+    }
+    ~Threads() { over_ = true; }
+
+    std::atomic<int> rounds{0};
+
+private:
+    template <class Body>
+    void start(Body body) {
+        threads_.push_back(std::make_unique<pa::PosixThread>("storm", [this, body] {
+            while (!over_) {
+                body();
+            }
+        }));
+    }
+
+    std::atomic<bool> over_{false};
+    std::vector<std::unique_ptr<pa::PosixThread>> threads_;
+};
+
+/// Begins, with observers that throw and delete.
+inline void beginWithObservers() {
+    static auto& nosy = *new Nosy;
+    static auto& deleting = *new Deleting;
+    begin();
+    deletes = true;
+    gPaController.registerObserver(&nosy);
+    gPaController.registerObserver(&deleting);
+}
+
+}  // namespace storm
