@@ -278,7 +278,7 @@ std::vector<Measurement> waitingCallers() {
     skipPauses();
     fill(&PAController::updateScheduleList, 2000, [](int) { return scheduleFields(); });
     setTimeSource({});
-    gMaxServerWaitTimeSeconds = 60;
+    pa::store(gMaxServerWaitTimeSeconds, 60);
     for (int i = 0; i < callers; ++i) {
         std::thread([] {
             static_cast<void>(gPaController.createScheduleSync(scheduleDefinition(0)));

@@ -70,13 +70,13 @@ Session::LogRedirection::LogRedirection(Output& diagnostics, long level) {
         const bool error = line.kind == pa::LogLine::Kind::Error;
         diagnostics.diagnostic(error ? line.text : pa::formatLogLine(line));
     });
-    debugLevel = level;
+    pa::store(debugLevel, level);
 }
 
 Session::LogRedirection::~LogRedirection() {
     pa::flushSuppressedErrors();
     pa::setLogSink({});
-    debugLevel = 0;
+    pa::store(debugLevel, 0);
 }
 
 Session::Session(const Settings& settings, Output& diagnostics)

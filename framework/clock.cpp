@@ -5,9 +5,6 @@
 
 using namespace pa;
 
-// Stations run for decades: a 32-bit build needs -D_TIME_BITS=64.
-static_assert(sizeof(std::time_t) == 8);
-
 namespace {
 
 std::time_t systemWallClock() {

@@ -3,6 +3,8 @@
 #include <cstdint>
 #include <ctime>
 
+#include "framework/timeWidth.h"
+
 /// @file
 /// The host's clocks and its sleep. Every function here may be called from any thread.
 

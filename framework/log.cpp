@@ -18,7 +18,7 @@
 
 using namespace pa;
 
-std::atomic<long> debugLevel{0};
+long debugLevel = 0;
 
 namespace {
 

@@ -1,18 +1,19 @@
 #pragma once
 
-#include <atomic>
 #include <chrono>
 #include <cstddef>
 #include <ctime>
 #include <functional>
 #include <string>
 
+#include "framework/timeWidth.h"
+
 /// @file
 /// Log and error lines. Every function here may be called from any thread, with any lock held.
 
 /// Current verbosity: a line of level n is issued only when this is greater than n - 1. Call sites
-/// test it before they call `debug`.
-extern std::atomic<long> debugLevel;
+/// test it before they call `debug`. A shared global: see framework/shared.h.
+extern long debugLevel;
 
 /// Writes a diagnostic line, printf style.
 /// @param level 1 (events) to 3 (details)

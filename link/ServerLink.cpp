@@ -39,7 +39,7 @@ void ServerLink::start() {
     }
     try {
         gQXReceiver.open(*this);
-        gAudioServerInstance = &audioServer_;
+        pa::store(gAudioServerInstance, &audioServer_);
         audioServer_.setUploader(
             [this](const std::string& localPath, const std::string& serverPath) {
                 return upload(localPath, serverPath);
@@ -105,9 +105,9 @@ void ServerLink::on(const Connected& connected) {
         lose("the server has connected anew");
     }
     router_.reset();  // under the globals of the connection that the caches came from
-    gLocalDstNo = connected.localDstNo;
-    gActiveAudioServerDstNo = connected.activeDstNo;
-    gIndirectCXSConnection = connected.indirect;
+    pa::store(gLocalDstNo, connected.localDstNo);
+    pa::store(gActiveAudioServerDstNo, connected.activeDstNo);
+    pa::store(gIndirectCXSConnection, connected.indirect);
     audioServer_.setServerInfo(connected.serverInfo);
     gQXReceiver.connect(*this);
     pa::setLevelMeterSwitch(

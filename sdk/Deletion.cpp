@@ -98,9 +98,9 @@ struct PAController::DeletionTable {
     using Map = std::map<int, Record>;
 
     // Read once for each withdrawal.
-    const int local = gLocalDstNo;
-    const int active = gActiveAudioServerDstNo;
-    const bool localStandsIn = active == 0 && gIndirectCXSConnection;
+    const int local = load(gLocalDstNo);
+    const int active = load(gActiveAudioServerDstNo);
+    const bool localStandsIn = active == 0 && load(gIndirectCXSConnection);
 
     // clang-format off
     DeletionRow<Map<PaSource>, int> sources{

@@ -89,7 +89,7 @@ void Message::setAudioMessage(const std::string& text, const std::string& langua
     require<std::out_of_range>(!voice.empty(), "voice argument is empty");
     require<std::out_of_range>(encoding != ISO_8859_1, "encoding ISO_8859_1 not supported");
 
-    const bool indirect = gIndirectCXSConnection;
+    const bool indirect = load(gIndirectCXSConnection);
     const std::vector<TTSVocalizer> known = gPaController.getTTSVocalizerList();
     const auto match = std::find_if(known.begin(), known.end(), [&](const TTSVocalizer& vocalizer) {
         return vocalizer.language == language && vocalizer.voice == voice &&

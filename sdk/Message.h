@@ -1,5 +1,6 @@
 #pragma once
 
+#include <initializer_list>
 #include <map>
 #include <string>
 #include <vector>
@@ -130,6 +131,11 @@ public:
     /// @throws std::invalid_argument when the audio part has another type
     void setAudioMessage(const std::vector<unsigned>& dictionaryItems);
 
+    /// The same, for a list in braces: `setAudioMessage({12, 40})`.
+    void setAudioMessage(std::initializer_list<unsigned> dictionaryItems) {
+        setAudioMessage(std::vector<unsigned>(dictionaryItems));
+    }
+
     /// Adds one text to be spoken; several are spoken in turn. The vocalizer must be known to the
     /// controller at 48000 Hz, except on an indirect connection. Takes the controller's mutex.
     /// @throws std::invalid_argument when the audio part has another type
@@ -152,6 +158,11 @@ public:
     /// @throws std::out_of_range    when there is none
     /// @throws std::invalid_argument when there is a visual text, or the part has another type
     void setVisualMessage(const std::vector<unsigned>& dictionaryItems);
+
+    /// The same, for a list in braces: `setVisualMessage({4, 5})`.
+    void setVisualMessage(std::initializer_list<unsigned> dictionaryItems) {
+        setVisualMessage(std::vector<unsigned>(dictionaryItems));
+    }
 
     /// A display template with its variables. This alone of the visual contents reaches the server.
     /// @param templateName the screen, shown as the variable "{SCREEN}"; empty for none

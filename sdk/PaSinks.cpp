@@ -106,7 +106,7 @@ void PAController::addUpdatePaSink(int elemNo, TEVlist* elemArgList) {
     const Merge merged = mergeRecord(availablePaSinks, elemNo, decoded, fields, matchById<PaSink>);
     const PaSink& sink = availablePaSinks.at(elemNo);
     if (merged == Merge::Updated) {
-        AudioServer* const audioServer = gAudioServerInstance;
+        AudioServer* const audioServer = load(gAudioServerInstance);
         if (audioServer != nullptr && sink.mediaLog != mediaLogBefore && !sink.mediaLog.empty()) {
             audioServer->addCampaignLog(sink.mediaLog);
         }

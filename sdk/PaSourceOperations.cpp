@@ -101,7 +101,7 @@ void PaSource::detachAllPaZones() const {
 
 std::vector<std::string> PaSource::getAttachedPaZones() const {
     std::vector<std::string> attached;
-    AudioServer* const audioServer = gAudioServerInstance;
+    AudioServer* const audioServer = load(gAudioServerInstance);
     if (audioServer != nullptr) {
         audioServer->getPAController().getAttachedPaZoneList(id, &attached);
     }
@@ -119,7 +119,7 @@ bool PAController::detachPaSource(int sourceId) {
 }
 
 bool PAController::changeLock(const char* caller, int sourceId, bool attaching) {
-    AudioServer* const audioServer = gAudioServerInstance;
+    AudioServer* const audioServer = load(gAudioServerInstance);
     if (audioServer == nullptr || sourceId < 1) {
         return false;
     }
@@ -157,7 +157,7 @@ PAController::LockRequest PAController::requestLock(int sourceId, const std::str
 
 // Operation 92/7: sourceId,uuid
 void PAController::renewSourceLocks() {
-    AudioServer* const audioServer = gAudioServerInstance;
+    AudioServer* const audioServer = load(gAudioServerInstance);
     if (audioServer == nullptr) {
         return;
     }

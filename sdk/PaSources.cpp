@@ -65,8 +65,8 @@ PAController::MergeResult PAController::mergePaSource(int key, TEVlist* record) 
     }
     SourceRecord decoded;
     decodeRecord(*record, columns, decoded);
-    if (gIndirectCXSConnection && decoded.reportingServer &&
-        *decoded.reportingServer != gLocalDstNo) {
+    if (load(gIndirectCXSConnection) && decoded.reportingServer &&
+        *decoded.reportingServer != load(gLocalDstNo)) {
         return MergeResult::Dropped;  // another server's source, seen through the local one
     }
 

@@ -60,7 +60,7 @@ void PAController::addUpdatePaTrigger(int elemNo, TEVlist* elemArgList) {
     }
     TriggerRecord decoded;
     decodeRecord(*elemArgList, columns, decoded);
-    if (gIndirectCXSConnection && decoded.owner && *decoded.owner != gLocalDstNo) {
+    if (load(gIndirectCXSConnection) && decoded.owner && *decoded.owner != load(gLocalDstNo)) {
         return;  // another server's trigger, seen through the local one
     }
 
@@ -108,7 +108,7 @@ PaTrigger::State PAController::getHwPaTriggerState(int triggerId) {
 
 int PAController::createSwPaTrigger(int sourceId, int triggerPriority, const std::string& preChime,
                                     const std::string& displayParameters) {
-    AudioServer* const audioServer = gAudioServerInstance;
+    AudioServer* const audioServer = load(gAudioServerInstance);
     if (audioServer == nullptr || sourceId < 1 || triggerPriority < 0 ||
         triggerPriority > greatestSwPriority) {
         return 0;

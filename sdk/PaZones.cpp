@@ -48,7 +48,7 @@ void takeAttachedZones(ZoneIds& zones, const char* text) {
 constexpr Column<ZoneIds> attachedZonesColumns[] = {takeAttachedZones};
 
 bool isActiveServer(int dstNo, int localServer) {
-    const int active = gActiveAudioServerDstNo;
+    const int active = load(gActiveAudioServerDstNo);
     return dstNo == active || (active == 0 && dstNo == localServer);
 }
 
@@ -69,10 +69,11 @@ void PAController::addUpdatePaZone(int dstNo, int elemNo, TEVlist* elemArgList) 
     PaZone decoded;
     decodeRecord(*elemArgList, columns, decoded);
 
-    const int localServer = gLocalDstNo;
+    const int localServer = load(gLocalDstNo);
     const MutexGuard guard(paControllerMtx);
-    auto& cache = gIndirectCXSConnection && dstNo == localServer ? availablePaZonesLocalServer
-                                                                 : availablePaZonesPrimaryServer;
+    auto& cache = load(gIndirectCXSConnection) && dstNo == localServer
+                      ? availablePaZonesLocalServer
+                      : availablePaZonesPrimaryServer;
     const Merge merged = mergeRecord(cache, elemNo, decoded, fields, matchByKey<PaZone>);
     if (merged == Merge::Unchanged) {
         return;
@@ -114,21 +115,22 @@ void PAController::getAttachedPaZoneList(int sourceId,
 
 std::vector<PaZone> PAController::getPaZones() {
     const MutexGuard guard(paControllerMtx);
-    if (gActiveAudioServerDstNo >= 1) {
+    if (load(gActiveAudioServerDstNo) >= 1) {
         return valuesOf(availablePaZonesPrimaryServer);
     }
-    return gIndirectCXSConnection ? valuesOf(availablePaZonesLocalServer) : std::vector<PaZone>();
+    return load(gIndirectCXSConnection) ? valuesOf(availablePaZonesLocalServer)
+                                        : std::vector<PaZone>();
 }
 
 std::optional<PaZone> PAController::findPaZone(int key) const {
     const MutexGuard guard(paControllerMtx);
-    const bool localStandsIn = gActiveAudioServerDstNo < 1 && gIndirectCXSConnection;
+    const bool localStandsIn = load(gActiveAudioServerDstNo) < 1 && load(gIndirectCXSConnection);
     return valueAt(localStandsIn ? availablePaZonesLocalServer : availablePaZonesPrimaryServer,
                    key);
 }
 
 std::vector<PaSink> PaZone::getMembers() const {
-    AudioServer* const audioServer = gAudioServerInstance;
+    AudioServer* const audioServer = load(gAudioServerInstance);
     if (audioServer == nullptr) {
         return {};
     }

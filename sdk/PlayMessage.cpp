@@ -21,7 +21,7 @@ void send(int operationNumber, const Payload& payload) {
 }
 
 bool upload(const std::string& localPath, const std::string& serverPath) {
-    AudioServer* const audioServer = gAudioServerInstance;
+    AudioServer* const audioServer = load(gAudioServerInstance);
     return audioServer != nullptr &&
            audioServer->uploadFileToActiveServer(localPath, serverPath) == 1;
 }
@@ -61,7 +61,7 @@ std::string Message::playAnnouncement(const std::vector<std::string>& zones) {
         return id;
     }
 
-    const int localServer = gLocalDstNo;
+    const int localServer = load(gLocalDstNo);
     const std::string origin = originText(localServer * 100LL + 1);
     Payload audio = partHead(audioMessageType, origin, zones);
     switch (audioMessageType) {
@@ -155,7 +155,7 @@ unsigned PAController::playMessage(const std::vector<std::string>& zones,
             "resumeOnInterruptFlag is reserved for future use. Only false can be sent as this "
             "argument");
     // Unlike a message, whose origin is a number of its own.
-    const std::string origin = originText(gLocalDstNo);
+    const std::string origin = originText(load(gLocalDstNo));
     const auto sendPart = [&gain](Payload& part) {
         part.separator(',').level(gain.getLevel()).plain(",,startCondition,stopCondition,0,0,0,0");
         // No request id, absolute priority 500.

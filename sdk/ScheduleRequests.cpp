@@ -124,7 +124,7 @@ std::string PAController::createScheduleHelper(bool serverAssignsId,
     }
     request.plain("1,\"\",");
     request.number(def.priorityMode).separator(',').number(def.priorityLevel).separator(',');
-    const std::string origin = originText(gLocalDstNo);
+    const std::string origin = originText(load(gLocalDstNo));
     if (def.announcementType != AT_NONE) {
         request.prepared(partText(def.announcementType, origin, def, audioContent(def)));
     }

@@ -3,6 +3,8 @@
 #include <ctime>
 #include <string>
 
+#include "framework/timeWidth.h"
+
 /// A text that the server has rendered to audio. A plain value.
 struct TTSDictionary {
     int key = 0;           ///< item number

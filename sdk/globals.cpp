@@ -10,10 +10,10 @@ PASDK_EARLIEST const pa::EarlyObject<std::string> made(deviceIPAddress, "0.0.0.0
 
 }  // namespace
 
-std::atomic<AudioServer*> gAudioServerInstance{nullptr};
+AudioServer* gAudioServerInstance = nullptr;
 QXReceiver gQXReceiver;
-std::atomic<int> gLocalDstNo{0};
-std::atomic<int> gActiveAudioServerDstNo{0};
-std::atomic<bool> gIndirectCXSConnection{false};
-std::atomic<int> gMaxServerWaitTimeSeconds{10};
+int gLocalDstNo = 0;
+int gActiveAudioServerDstNo = 0;
+bool gIndirectCXSConnection = false;
+int gMaxServerWaitTimeSeconds = 10;
 constexpr std::string& gDeviceIPAddress = deviceIPAddress.object;

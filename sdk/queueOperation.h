@@ -14,7 +14,7 @@ constexpr int indirectLink = -2;
 
 /// The link over which the active audio server is reached now.
 inline int activeServer() {
-    return gIndirectCXSConnection ? indirectLink : directLink;
+    return load(gIndirectCXSConnection) ? indirectLink : directLink;
 }
 
 }  // namespace destination

@@ -20,7 +20,8 @@ inline Payload gainPayload(int id, double level, bool first, bool second) {
 
 /// Who asks: this device's address, or on an indirect connection a number.
 inline std::string originText(long long numberWhenIndirect) {
-    return gIndirectCXSConnection ? Payload().number(numberWhenIndirect).text() : gDeviceIPAddress;
+    return load(gIndirectCXSConnection) ? Payload().number(numberWhenIndirect).text()
+                                        : gDeviceIPAddress;
 }
 
 /// A text to be spoken: language^voice^rate^text, prepared as a whole

@@ -13,7 +13,7 @@ namespace pa {
 template <class Answer>
 auto waitForServer(std::time_t sent, Answer answer) -> decltype(answer()) {
     constexpr int pollMS = 50;
-    const int limit = gMaxServerWaitTimeSeconds;
+    const int limit = load(gMaxServerWaitTimeSeconds);
     while (std::difftime(wallClock(), sent) < limit) {
         if (const auto given = answer()) {
             return given;

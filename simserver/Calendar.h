@@ -5,6 +5,7 @@
 #include <stdexcept>
 #include <string>
 
+#include "framework/timeWidth.h"
 #include "simserver/Schedule.h"
 
 namespace date {

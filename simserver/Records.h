@@ -2,6 +2,7 @@
 
 #include <ctime>
 
+#include "framework/timeWidth.h"
 #include "include/common/RecordList.h"
 #include "simserver/PlayEngine.h"
 #include "simserver/Preview.h"

@@ -30,9 +30,9 @@ Json statusOf(Session& session) {
         server[key] = info.get_value(key);
     }
     Json report = {{"server", server},
-                   {"activeDstNo", gActiveAudioServerDstNo.load()},
-                   {"localDstNo", gLocalDstNo.load()},
-                   {"indirect", gIndirectCXSConnection.load()},
+                   {"activeDstNo", pa::load(gActiveAudioServerDstNo)},
+                   {"localDstNo", pa::load(gLocalDstNo)},
+                   {"indirect", pa::load(gIndirectCXSConnection)},
                    {"sources", gPaController.getPaSources().size()},
                    {"sinks", gPaController.getPaSinks().size()},
                    {"zones", gPaController.getPaZones().size()},

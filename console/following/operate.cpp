@@ -41,11 +41,12 @@ std::optional<Change> nextOf(const Context& context, Changes& changes, const Req
 /// How long the controller's own calls wait for the server, for as long as the object lives.
 class ServerWait {
 public:
-    explicit ServerWait(double seconds)
-        : before_(gMaxServerWaitTimeSeconds.exchange(static_cast<int>(std::ceil(seconds)))) {}
+    explicit ServerWait(double seconds) : before_(pa::load(gMaxServerWaitTimeSeconds)) {
+        pa::store(gMaxServerWaitTimeSeconds, static_cast<int>(std::ceil(seconds)));
+    }
     ServerWait(const ServerWait&) = delete;
     ServerWait& operator=(const ServerWait&) = delete;
-    ~ServerWait() { gMaxServerWaitTimeSeconds = before_; }
+    ~ServerWait() { pa::store(gMaxServerWaitTimeSeconds, before_); }
 
 private:
     const int before_;

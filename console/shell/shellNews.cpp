@@ -18,7 +18,7 @@ std::string sourceText(int id) {
 }  // namespace
 
 std::set<int> heldSources() {
-    const std::string own = gAudioServerInstance.load()->getUUID();
+    const std::string own = pa::load(gAudioServerInstance)->getUUID();
     std::set<int> held;
     for (const PaSourceLockStatus& lock : gPaController.getPaSourceLocks()) {
         if (lock.lockedUUID == own) {
@@ -29,7 +29,8 @@ std::set<int> heldSources() {
 }
 
 void releaseSources(Output& diagnostics) {
-    const int usual = gMaxServerWaitTimeSeconds.exchange(releaseSeconds);
+    const int usual = pa::load(gMaxServerWaitTimeSeconds);
+    pa::store(gMaxServerWaitTimeSeconds, releaseSeconds);
     bool answers = true;  // the server; if it does not, every source would wait for it anew
     for (const int id : heldSources()) {
         answers = answers && gPaController.detachPaSource(id);
@@ -37,7 +38,7 @@ void releaseSources(Output& diagnostics) {
             sourceText(id) +
             (answers ? " is released" : " is still attached; its lock lapses at the server"));
     }
-    gMaxServerWaitTimeSeconds = usual;
+    pa::store(gMaxServerWaitTimeSeconds, usual);
 }
 
 ShellNews::ShellNews(Output& diagnostics) : diagnostics_(diagnostics), held_(heldSources()) {}

@@ -22,7 +22,7 @@ std::vector<Trigger> allTriggers() {
 }
 
 std::vector<Lock> allLocks() {
-    const std::string own = gAudioServerInstance.load()->getUUID();
+    const std::string own = pa::load(gAudioServerInstance)->getUUID();
     std::vector<Lock> result;
     for (const PaSourceLockStatus& lock : gPaController.getPaSourceLocks()) {
         const char* const holder = lock.lockedUUID.empty()  ? "nobody"

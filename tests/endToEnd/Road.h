@@ -38,7 +38,7 @@ struct Road : testing::Test {
     ~Road() override {
         link.stop();
         pa::setTimeSource({});
-        gAudioServerInstance = nullptr;
+        pa::store(gAudioServerInstance, nullptr);
     }
 
     void connect() {

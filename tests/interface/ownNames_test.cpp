@@ -12,6 +12,7 @@
 #include "framework/levelMeter.h"
 #include "framework/localMutex.h"
 #include "framework/log.h"
+#include "framework/shared.h"
 #include "framework/threadClass.h"
 #include "framework/uuid.h"
 #include "include/common/RecordList.h"
@@ -177,7 +178,7 @@ TEST(OwnNames, LeaveWhatIsSentAsItIs) {
     EXPECT_EQ(server.told(3), "92/8 17,-12.5,1,0\n92/3 12,\"X\"^\"Y\"\n92/18 \"request\"\n");
     link.stop();
     gPaController.initPaResources();
-    gAudioServerInstance = nullptr;
+    pa::store(gAudioServerInstance, nullptr);
 
     // The application's own, each used so that its definition is in the program.
     Payload own;

@@ -50,8 +50,8 @@ struct ConnectionTest : testing::Test {
         link.stop();
         pa::setLogSink({});
         pa::setTimeSource({});
-        gAudioServerInstance = nullptr;
-        gIndirectCXSConnection = false;
+        pa::store(gAudioServerInstance, nullptr);
+        pa::store(gIndirectCXSConnection, false);
     }
 
     std::vector<palink::DroppedOperation> dropped() {

@@ -28,7 +28,7 @@ struct Sender : pa::OperationSender {
 int main() {
     auto& audioServer = *new AudioServer(gPaController);  // lives as long as the process
     auto& sender = *new Sender;
-    gAudioServerInstance = &audioServer;
+    pa::store(gAudioServerInstance, &audioServer);
     gQXReceiver.connect(sender);
     pa::setLogSink([](const pa::LogLine&) {});  // more renewals than the send queue holds
     pa::TimeSource source;

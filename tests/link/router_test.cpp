@@ -58,8 +58,8 @@ struct RouterTest : testing::Test {
         if (!std::exchange(registered, true)) {
             gPaController.registerObserver(&notes());
         }
-        gLocalDstNo = server;
-        gActiveAudioServerDstNo = server;
+        pa::store(gLocalDstNo, server);
+        pa::store(gActiveAudioServerDstNo, server);
         pa::TimeSource source = withoutPauses(pass);
         source.monotonicMS = [] { return nowMS.load(); };
         pa::setTimeSource(source);

@@ -25,8 +25,8 @@ struct ServerLinkTest : testing::Test {
         link.stop();
         pa::setLogSink({});
         pa::setTimeSource({});
-        gAudioServerInstance = nullptr;
-        gIndirectCXSConnection = false;
+        pa::store(gAudioServerInstance, nullptr);
+        pa::store(gIndirectCXSConnection, false);
     }
 
     std::string errors;

@@ -81,7 +81,7 @@ inline void begin() {
         return ++looks / 8;
     };
     pa::setTimeSource(source);
-    gMaxServerWaitTimeSeconds = 1;
+    pa::store(gMaxServerWaitTimeSeconds, 1);
     throws = true;
 }
 
@@ -89,8 +89,8 @@ inline void begin() {
 inline void end() {
     throws = false;
     deletes = false;
-    gMaxServerWaitTimeSeconds = 10;
-    gAudioServerInstance = nullptr;
+    pa::store(gMaxServerWaitTimeSeconds, 10);
+    pa::store(gAudioServerInstance, nullptr);
     pa::setLogSink({});
     pa::setTimeSource({});
 }

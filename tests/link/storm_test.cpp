@@ -24,9 +24,9 @@ TEST(StormTest, TheCachesAreThoseOfOneThread) {
     static auto& observer = *new Nosy;
     static auto& sender = *new Sender;
     begin();
-    gAudioServerInstance = &audioServer;
-    gLocalDstNo = server;
-    gActiveAudioServerDstNo = server;
+    pa::store(gAudioServerInstance, &audioServer);
+    pa::store(gLocalDstNo, server);
+    pa::store(gActiveAudioServerDstNo, server);
     gPaController.registerObserver(&observer);
     gPaController.initPaResources();
     gQXReceiver.connect(sender);

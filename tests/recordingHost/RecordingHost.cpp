@@ -46,12 +46,12 @@ Host& host() {
 
 void reset() {
     host() = {};
-    debugLevel = 0;
-    gAudioServerInstance = &audioServer();
-    gLocalDstNo = 1;
-    gActiveAudioServerDstNo = 1;
-    gIndirectCXSConnection = false;
-    gMaxServerWaitTimeSeconds = 10;
+    pa::store(debugLevel, 0);
+    pa::store(gAudioServerInstance, &audioServer());
+    pa::store(gLocalDstNo, 1);
+    pa::store(gActiveAudioServerDstNo, 1);
+    pa::store(gIndirectCXSConnection, false);
+    pa::store(gMaxServerWaitTimeSeconds, 10);
     gDeviceIPAddress = "10.0.0.5";
 }
 
@@ -87,13 +87,13 @@ using recordingHost::note;
 
 // ---- the host's functions
 
-std::atomic<long> debugLevel{0};
-std::atomic<AudioServer*> gAudioServerInstance{nullptr};
+long debugLevel = 0;
+AudioServer* gAudioServerInstance = nullptr;
 QXReceiver gQXReceiver;
-std::atomic<int> gLocalDstNo{1};
-std::atomic<int> gActiveAudioServerDstNo{1};
-std::atomic<bool> gIndirectCXSConnection{false};
-std::atomic<int> gMaxServerWaitTimeSeconds{10};
+int gLocalDstNo = 1;
+int gActiveAudioServerDstNo = 1;
+bool gIndirectCXSConnection = false;
+int gMaxServerWaitTimeSeconds = 10;
 std::string& gDeviceIPAddress = *new std::string("10.0.0.5");
 
 void debug(int level, const char* format, ...) {

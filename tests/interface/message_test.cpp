@@ -1,0 +1,42 @@
+// How an application composes a message.
+#include "sdk/Message.h"
+
+#include <gtest/gtest.h>
+#include <string>
+#include <vector>
+
+namespace {
+
+using Items = std::vector<unsigned>;
+
+TEST(MessageInterface, ListsInBracesAreDictionaryItems) {
+    Message two;
+    two.setAudioMessage({12, 40});
+    two.setVisualMessage({4, 5});
+    EXPECT_EQ(two.getAudioMessageDictionaryItems(), (Items{12, 40}));
+    EXPECT_EQ(two.getVisualMessageDictionaryItems(), (Items{4, 5}));
+    EXPECT_EQ(two.getAudioMessageType(), Message::DICTIONARY);
+
+    Message one;
+    one.setAudioMessage({0});
+    one.setVisualMessage({4});
+    EXPECT_EQ(one.getAudioMessageDictionaryItems(), Items{0});
+    EXPECT_EQ(one.getVisualMessageDictionaryItems(), Items{4});
+}
+
+TEST(MessageInterface, TextsInBracesStayTexts) {
+    const std::string path = "/s/a.wav";
+    Message copied;
+    copied.setAudioMessage({path});
+    copied.setVisualMessage({"Platform 3"});
+    EXPECT_EQ(copied.getAudioMessageAbsoluteFilePath(), path);
+    EXPECT_EQ(copied.getVisualMessageText(), "Platform 3");
+
+    Message cut;
+    cut.setAudioMessage({path, 2});
+    cut.setVisualMessage({"Platform 3", 8});
+    EXPECT_EQ(cut.getAudioMessageAbsoluteFilePath(), "/a.wav");
+    EXPECT_EQ(cut.getVisualMessageText(), "Platform");
+}
+
+}  // namespace
