@@ -1,9 +1,10 @@
 #pragma once
 
+#include <condition_variable>
 #include <deque>
 #include <functional>
+#include <memory>
 #include <mutex>
-#include <shared_mutex>
 #include <string>
 #include <vector>
 
@@ -51,7 +52,9 @@ public:
     /// The media-log texts kept, oldest first.
     std::vector<std::string> getCampaignLog() const;
 
-    /// Sets the way of uploads; an empty one ends it. Waits for uploads that are under way.
+    /// Sets the way of uploads; an empty one ends it. Uploads that begin from now on go the new
+    /// way; those under way are waited for, so that the way of before is not in use any more when
+    /// this returns. Not to be called from an upload.
     void setUploader(Uploader uploader);
 
     /// What the server says of itself (for example "name"); empty before the first connection.
@@ -59,11 +62,19 @@ public:
     void setServerInfo(const KeyValueMap& info);
 
 private:
+    /// A way of uploads, and how many uploads it has at the moment.
+    struct Way {
+        Uploader upload;
+        int underWay = 0;  // guarded by uploaderLock_
+    };
+    class Passage;
+
     PAController& controller_;
     std::string uuid_;  // never changes
 
-    std::shared_mutex uploaderLock_;  // shared for the length of an upload
-    Uploader uploader_;               // guarded by uploaderLock_
+    std::mutex uploaderLock_;
+    std::condition_variable uploadEnded_;
+    std::shared_ptr<Way> way_;  // guarded by uploaderLock_; null for none
 
     mutable std::mutex lock_;
     std::deque<std::string> campaignLog_;  // guarded by lock_

@@ -1,4 +1,6 @@
 // Threads, mutex, UUIDs and the facade.
+#include <atomic>
+#include <condition_variable>
 #include <csignal>
 #include <future>
 #include <gtest/gtest.h>
@@ -6,6 +8,7 @@
 #include <mutex>
 #include <regex>
 #include <set>
+#include <utility>
 #include <vector>
 
 #include "framework/localMutex.h"
@@ -142,6 +145,88 @@ TEST(AudioServerTest, UploadsThroughTheLinkAndKeepsABoundedLog) {
     }
     EXPECT_EQ(server.getCampaignLog().size(), AudioServer::campaignLogCapacity);
     EXPECT_EQ(server.getCampaignLog().front(), "1");
+}
+
+/// What several threads wait for and change.
+struct Shared {
+    template <class Change>
+    void change(Change change) {
+        const std::lock_guard guard(lock);
+        change();
+        changed.notify_all();
+    }
+    template <class Condition>
+    void wait(Condition condition) {
+        std::unique_lock guard(lock);
+        changed.wait(guard, condition);
+    }
+
+    std::mutex lock;
+    std::condition_variable changed;
+};
+
+TEST(AudioServerTest, TheWayOfUploadsEndsWhileUploadsOfSeveralThreadsOverlap) {
+    constexpr int forEver = 100'000;
+    int standIn = 0;
+    AudioServer server(reinterpret_cast<PAController&>(standIn));
+    pa::setLogSink([](const pa::LogLine&) {});
+    Shared shared;
+    int begun = 0;
+    bool refused = false;
+    // An upload ends when the next one has begun: one is under way at any time.
+    server.setUploader([&](const std::string&, const std::string&) {
+        int number = 0;
+        shared.change([&] { number = ++begun; });
+        shared.wait([&] { return begun > number || refused || number >= forEver; });
+        return number < forEver ? 1 : 0;
+    });
+    const auto uploadAgainAndAgain = [&] {
+        while (server.uploadFileToActiveServer("a", "b") == 1) {
+        }
+        shared.change([&] { refused = true; });
+    };
+    {
+        pa::PosixThread one("one", uploadAgainAndAgain);
+        pa::PosixThread other("other", uploadAgainAndAgain);
+        shared.wait([&] { return begun >= 10; });
+        server.setUploader({});
+        shared.change([&] { EXPECT_LT(begun, forEver); });
+    }
+    pa::setLogSink({});
+}
+
+TEST(AudioServerTest, ANewWayServesAtOnceAndTheOneBeforeIsWaitedFor) {
+    int standIn = 0;
+    AudioServer server(reinterpret_cast<PAController&>(standIn));
+    Shared shared;
+    bool first = true;
+    bool underWay = false;
+    bool released = false;
+    bool replaced = false;
+    server.setUploader([&](const std::string&, const std::string&) {
+        if (std::exchange(first, false)) {
+            shared.change([&] { underWay = true; });
+            shared.wait([&] { return released; });
+        }
+        return 1;
+    });
+    pa::PosixThread slow("slow", [&] { server.uploadFileToActiveServer("a", "b"); });
+    shared.wait([&] { return underWay; });
+    pa::PosixThread replacing("replacing", [&] {
+        server.setUploader([&](const std::string&, const std::string&) {
+            shared.change([&] {
+                EXPECT_FALSE(replaced);
+                released = true;
+            });
+            return 5;
+        });
+        shared.change([&] {
+            EXPECT_TRUE(released);
+            replaced = true;
+        });
+    });
+    while (server.uploadFileToActiveServer("a", "b") != 5) {
+    }
 }
 
 }  // namespace
