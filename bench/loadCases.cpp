@@ -80,6 +80,14 @@ int runLoadCases(int argc, char** argv, const std::vector<LoadCase>& cases) {
     const auto isNamed = [&names](const LoadCase& candidate) {
         return std::find(names.begin(), names.end(), candidate.name) != names.end();
     };
+    if (!names.empty() && std::none_of(cases.begin(), cases.end(), isNamed)) {
+        std::fprintf(stderr, "no such case; there are:");
+        for (const LoadCase& known : cases) {
+            std::fprintf(stderr, " %s", known.name);
+        }
+        std::fprintf(stderr, "\n");
+        return 1;
+    }
     if (!here) {
         printRow("case", "measured", "wanted", "threads", "peak");
     }
