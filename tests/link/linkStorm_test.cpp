@@ -44,7 +44,7 @@ struct Steps {
 /// How long the storm lasts: a few rounds, or the seconds that the environment gives.
 bool lasts(int round, Clock::time_point start) {
     const char* const seconds = std::getenv("PASDK_STORM_SECONDS");
-    return seconds == nullptr ? round < 20
+    return seconds == nullptr ? round < 8
                               : Clock::now() - start < std::chrono::seconds(std::atoi(seconds));
 }
 

@@ -57,16 +57,12 @@ TEST_F(NotifierTest, WaitsNoLongerThanAPauseShouldTheClockJump) {
 
 /// A step that has begun and does not go on until it is told to.
 struct Gate {
-    Notifier::Step step() {
-        return {7, 7, 0, false, [this] {
-                    entered = true;
-                    while (!open) {
-                        std::this_thread::yield();
-                    }
-                    left = true;
-                }};
+    void pass() {
+        entered = true;
+        waitUntil(open);
+        left = true;
     }
-    void waitUntil(const std::atomic<bool>& flag) {
+    static void waitUntil(const std::atomic<bool>& flag) {
         while (!flag) {
             std::this_thread::yield();
         }
@@ -76,9 +72,14 @@ struct Gate {
     std::atomic<bool> left{false};
 };
 
+/// The step may go on after the test.
+Notifier::Step stepThrough(const std::shared_ptr<Gate>& gate) {
+    return {7, 7, 0, false, [gate] { gate->pass(); }};
+}
+
 TEST_F(NotifierTest, KnowsWhatWaitsForAKeyUntilItHasRun) {
-    Gate gate;
-    notifier.add(gate.step());
+    const auto gate = std::make_shared<Gate>();
+    notifier.add(stepThrough(gate));
     notifier.add(step(1, 0, "a"));
     notifier.add(step(2, 0, "b", true));
     EXPECT_TRUE(notifier.concerns(7, 7)) << "it may be running";
@@ -86,42 +87,42 @@ TEST_F(NotifierTest, KnowsWhatWaitsForAKeyUntilItHasRun) {
     EXPECT_FALSE(notifier.isHeld(2, 1));
     EXPECT_TRUE(notifier.isHeld(2, 2));
     EXPECT_FALSE(notifier.concerns(2, 3) || notifier.concerns(3, 1));
-    gate.open = true;
+    gate->open = true;
     EXPECT_TRUE(notifier.waitUntilIdle());
     EXPECT_FALSE(notifier.concerns(7, 7) || notifier.concerns(2, 1) || notifier.isHeld(2, 2));
 }
 
 TEST_F(NotifierTest, HoldsBackWhoFindsNoRoomAndLetsHimGo) {
-    Gate gate;
-    notifier.add(gate.step());
-    gate.waitUntil(gate.entered);
+    const auto gate = std::make_shared<Gate>();
+    notifier.add(stepThrough(gate));
+    gate->waitUntil(gate->entered);
     for (std::size_t i = 0; i < Notifier::capacity; ++i) {
         EXPECT_TRUE(notifier.waitForRoom());
         notifier.add({2, 1, 0, false, [] {}});
     }
     std::atomic<int> roomFound{-1};
     std::thread waiting([&] { roomFound = notifier.waitForRoom() ? 1 : 0; });
-    gate.open = true;
+    gate->open = true;
     waiting.join();
     EXPECT_EQ(roomFound, 1);
     EXPECT_TRUE(notifier.waitUntilIdle());
 
-    Gate again;
-    notifier.add(again.step());
-    again.waitUntil(again.entered);
+    const auto again = std::make_shared<Gate>();
+    notifier.add(stepThrough(again));
+    again->waitUntil(again->entered);
     std::atomic<bool> idle{true};
     std::thread other([&] { idle = notifier.waitUntilIdle(); });
     notifier.letGo();
     other.join();
     EXPECT_FALSE(idle);
-    again.open = true;
+    again->open = true;
 }
 
 TEST_F(NotifierTest, EndsWithoutWaitingForAStepThatDoesNot) {
-    const auto gate = std::make_shared<Gate>();  // the step goes on after the notifier is gone
+    const auto gate = std::make_shared<Gate>();
     {
         Notifier shortLived;
-        shortLived.add({7, 7, 0, false, [gate] { gate->step().run(); }});
+        shortLived.add(stepThrough(gate));
         gate->waitUntil(gate->entered);
         shortLived.add(step(1, 0, "dropped"));
         shortLived.add(step(1, 0, "dropped"));
