@@ -123,7 +123,7 @@ void PAController::addUpdateAnnouncementRequest(int elemNo, TEVlist* elemArgList
     notifyObservers(&PAControllerObserver::onMessageUpdate, request);
 }
 
-std::vector<AnnouncementRequest> PAController::getAnnouncementRequests() {
+std::vector<AnnouncementRequest> PAController::getAnnouncementRequests() const {
     const MutexGuard guard(paControllerMtx);
     const LeafGuard leaf(lookupLock);
     return valuesOf(activeAnnouncementRequestList);

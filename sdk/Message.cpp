@@ -29,6 +29,8 @@ std::string fileNameOf(const std::string& path) {
 Message::Message() = default;
 Message::Message(const Message&) = default;
 Message& Message::operator=(const Message&) = default;
+Message::Message(Message&&) noexcept = default;
+Message& Message::operator=(Message&&) noexcept = default;
 Message::~Message() = default;
 
 std::string Message::getAudioMessageTTSText() const {

@@ -53,6 +53,9 @@ public:
     Message();
     Message(const Message&);
     Message& operator=(const Message&);
+    /// What has been moved from can be assigned or destroyed.
+    Message(Message&&) noexcept;
+    Message& operator=(Message&&) noexcept;
     ~Message();
 
     /// The id of the play request. One of 6 to 63 characters is used as it is; for any other a new

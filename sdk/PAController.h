@@ -114,14 +114,14 @@ public:
     void addUpdatePaSource(int key, TEVlist* record);
 
     /// Every source, in ascending key order.
-    std::vector<PaSource> getPaSources();
+    std::vector<PaSource> getPaSources() const;
 
     /// The source with a cache key; nothing for an unknown one.
     std::optional<PaSource> findPaSource(int key) const;
 
     /// Which client holds the lock of each source, in order of arrival. The entry of a source that
     /// the server has withdrawn stays until `initPaResources`.
-    std::vector<PaSourceLockStatus> getPaSourceLocks();
+    std::vector<PaSourceLockStatus> getPaSourceLocks() const;
 
     /// Takes a source's lock for this client and waits until the server confirms it. The worker
     /// renews the lock from then on. Never throws. Inside an observer's callback the confirmation
@@ -151,10 +151,10 @@ public:
 
     /// Every sink, in ascending key order, whatever the positive id; empty for 0 and for negative
     /// ids other than -1.
-    std::vector<PaSink> getPaSinks(int sourceId);
+    std::vector<PaSink> getPaSinks(int sourceId) const;
 
     /// Every sink, in ascending key order.
-    std::vector<PaSink> getPaSinks();
+    std::vector<PaSink> getPaSinks() const;
 
     /// The sink with a cache key; nothing for an unknown one.
     std::optional<PaSink> findPaSink(int key) const;
@@ -172,11 +172,11 @@ public:
     void addUpdateAttachedPaZone(int elemNo, TEVlist* elemArgList);
 
     /// Appends the ids of the zones attached to a source, in sorted order.
-    void getAttachedPaZoneList(int sourceId, std::vector<std::string>* attachedPaZoneList);
+    void getAttachedPaZoneList(int sourceId, std::vector<std::string>* attachedPaZoneList) const;
 
     /// Every zone of the server in force, in ascending key order: those of the active audio server,
     /// without one those of the local server on an indirect connection, else none.
-    std::vector<PaZone> getPaZones();
+    std::vector<PaZone> getPaZones() const;
 
     /// The zone with a cache key, as its events bear it; nothing for an unknown one. On an indirect
     /// connection without an active audio server a zone of the local server, else of the active
@@ -191,16 +191,16 @@ public:
     void addUpdatePaTrigger(int elemNo, TEVlist* elemArgList);
 
     /// The hardware triggers of a source, in ascending key order; none for an id below 1.
-    std::vector<PaTrigger> getHwPaTriggers(int sourceId);
+    std::vector<PaTrigger> getHwPaTriggers(int sourceId) const;
 
     /// Every hardware trigger, in ascending key order.
-    std::vector<PaTrigger> getHwPaTriggers();
+    std::vector<PaTrigger> getHwPaTriggers() const;
 
     /// The hardware trigger with a cache key; nothing for an unknown one.
     std::optional<PaTrigger> findHwPaTrigger(int key) const;
 
     /// The state of a hardware trigger, `UNKNOWN` for an unknown one.
-    PaTrigger::State getHwPaTriggerState(int triggerId);
+    PaTrigger::State getHwPaTriggerState(int triggerId) const;
     /// @}
 
     /// @name Software triggers
@@ -232,7 +232,7 @@ public:
     void deactivateSwPaTrigger(int triggerId);
 
     /// Every software trigger, in the order in which they were made.
-    std::vector<PaSWTrigger> getSwPaTriggers();
+    std::vector<PaSWTrigger> getSwPaTriggers() const;
     /// @}
 
     /// @name Selectors
@@ -242,19 +242,19 @@ public:
     void addUpdatePaSelector(int elemNo, TEVlist* elemArgList);
 
     /// The selectors of a source, in ascending key order; none for an id below 1.
-    std::vector<PaSelector> getPaSelectors(int sourceId);
+    std::vector<PaSelector> getPaSelectors(int sourceId) const;
 
     /// Every selector, in ascending key order.
-    std::vector<PaSelector> getPaSelectors();
+    std::vector<PaSelector> getPaSelectors() const;
 
     /// The selector with a cache key; nothing for an unknown one.
     std::optional<PaSelector> findPaSelector(int key) const;
 
     /// The state of a selector, `DISABLED` for an unknown one.
-    PaSelector::State getPaSelectorState(int selectorId);
+    PaSelector::State getPaSelectorState(int selectorId) const;
 
     /// Reserved: always empty.
-    std::vector<PaSink> getPaSinksForSelector(int selectorId);
+    std::vector<PaSink> getPaSinksForSelector(int selectorId) const;
 
     /// Reserved: these have no effect.
     void addPaSinkToSelector(int selectorId, int sinkId);
@@ -273,7 +273,7 @@ public:
     void deleteFromTTS_Ports(int portNo);
 
     /// The vocalizers at 48000 Hz, in ascending port order: those that a message can use.
-    std::vector<TTSVocalizer> getTTSVocalizerList();
+    std::vector<TTSVocalizer> getTTSVocalizerList() const;
     /// @}
 
     /// @name Text-to-speech dictionary and previews
@@ -287,7 +287,7 @@ public:
     void deleteFromTTS_Dictionary(int key);
 
     /// Every dictionary item, in ascending key order.
-    std::vector<TTSDictionary> getTTSDictionaryList();
+    std::vector<TTSDictionary> getTTSDictionaryList() const;
 
     /// Has a preview wait for its audio; one with the same key is replaced.
     /// @param requestKey the request id that observers will be told
@@ -331,7 +331,7 @@ public:
     void addUpdateAnnouncementRequest(int elemNo, TEVlist* elemArgList);
 
     /// The announcement requests that are active on the server, in ascending key order.
-    std::vector<AnnouncementRequest> getAnnouncementRequests();
+    std::vector<AnnouncementRequest> getAnnouncementRequests() const;
 
     /// The announcement request with a cache key; nothing for an unknown one.
     std::optional<AnnouncementRequest> findAnnouncementRequest(int key) const;
@@ -367,7 +367,7 @@ public:
     void updateScheduleList(int scheduleId, TEVlist* record);
 
     /// Every schedule, in order of arrival. The descriptions are those that the application gave.
-    std::vector<ScheduleDefinition> listSchedules();
+    std::vector<ScheduleDefinition> listSchedules() const;
 
     /// The schedule with an identifier, described as above; nothing for an unknown one.
     std::optional<ScheduleDefinition> findSchedule(int scheduleId) const;
@@ -454,7 +454,7 @@ private:
     std::optional<std::string> takeOldPreview(std::time_t now,
                                               const std::optional<std::string>& behind)
         PASDK_REQUIRES(paControllerMtx);
-    void passMutex();
+    void passMutex() const;
     std::string createScheduleHelper(bool serverAssignsId, const ScheduleDefinition& def);
     std::optional<int> idOfRequest(const std::string& requestUUID);
     /// The stored schedule, null for none. It stays where it is while the mutex is held.

@@ -61,7 +61,7 @@ void PAController::addUpdatePaSelector(int elemNo, TEVlist* elemArgList) {
             &PAControllerObserver::onPaSelectorUpdate, EventItem::PA_SELECTOR_UPDATED);
 }
 
-std::vector<PaSelector> PAController::getPaSelectors(int sourceId) {
+std::vector<PaSelector> PAController::getPaSelectors(int sourceId) const {
     if (sourceId < 1) {
         return {};
     }
@@ -69,7 +69,7 @@ std::vector<PaSelector> PAController::getPaSelectors(int sourceId) {
     return valuesWith(availablePaSelectors, &PaSelector::associatedSourceId, sourceId);
 }
 
-std::vector<PaSelector> PAController::getPaSelectors() {
+std::vector<PaSelector> PAController::getPaSelectors() const {
     const MutexGuard guard(paControllerMtx);
     return valuesOf(availablePaSelectors);
 }
@@ -79,7 +79,7 @@ std::optional<PaSelector> PAController::findPaSelector(int key) const {
     return valueAt(availablePaSelectors, key);
 }
 
-PaSelector::State PAController::getPaSelectorState(int selectorId) {
+PaSelector::State PAController::getPaSelectorState(int selectorId) const {
     if (selectorId < 1) {
         return PaSelector::DISABLED;
     }
@@ -89,11 +89,11 @@ PaSelector::State PAController::getPaSelectorState(int selectorId) {
 
 // The reserved operations wait for the mutex, each for its own arguments, and do nothing else.
 
-void PAController::passMutex() {
+void PAController::passMutex() const {
     const MutexGuard guard(paControllerMtx);
 }
 
-std::vector<PaSink> PAController::getPaSinksForSelector(int selectorId) {
+std::vector<PaSink> PAController::getPaSinksForSelector(int selectorId) const {
     if (selectorId > 0) {
         passMutex();
     }

@@ -119,7 +119,7 @@ void PAController::addUpdatePaSink(int elemNo, TEVlist* elemArgList) {
             &PAControllerObserver::onPaSinkUpdate, EventItem::PA_SINK_UPDATED);
 }
 
-std::vector<PaSink> PAController::getPaSinks(int sourceId) {
+std::vector<PaSink> PAController::getPaSinks(int sourceId) const {
     if (sourceId <= 0 && sourceId != -1) {
         return {};
     }
@@ -127,7 +127,7 @@ std::vector<PaSink> PAController::getPaSinks(int sourceId) {
     return valuesOf(availablePaSinks);
 }
 
-std::vector<PaSink> PAController::getPaSinks() {
+std::vector<PaSink> PAController::getPaSinks() const {
     return getPaSinks(-1);
 }
 
@@ -137,7 +137,7 @@ std::optional<PaSink> PAController::findPaSink(int key) const {
 }
 
 // Operation 92/8: id,level,persistent,delayPersistence
-void PaSink::setGain(Gain gain, bool persistent, bool delayPersistence) {
+void PaSink::setGain(Gain gain, bool persistent, bool delayPersistence) const {
     const double level = gain.getLevel();
     requireType<std::invalid_argument>(hasGain(type), "setGain: Unsupported Sink Type", type);
     // Not a range test: a level that is no number goes out.
@@ -147,23 +147,23 @@ void PaSink::setGain(Gain gain, bool persistent, bool delayPersistence) {
                    gainPayload(id, level, persistent, delayPersistence));
 }
 
-Gain PaSink::getGain() {
+Gain PaSink::getGain() const {
     requireType<std::out_of_range>(hasGain(type), "getGain: Unsupported Sink Type", type);
     return outputGain;
 }
 
 // Operation 92/10: enable,id
-void PaSink::setPAMonitoring(bool enable) {
+void PaSink::setPAMonitoring(bool enable) const {
     queueOperation(destination::directLink, paClass, 10,
                    Payload().flag(enable).separator(',').number(id));
 }
 
-bool PaSink::getPAMonitoring() {
+bool PaSink::getPAMonitoring() const {
     return monitoringEnabled;
 }
 
 // Operation 92/29: id
-void PaSink::reset() {
+void PaSink::reset() const {
     requireType<std::out_of_range>(type == ZENTRIQ_KPL2 || type == ZENTRIQ_RMX4,
                                    "reset: Unsupported Sink Type", type);
     queueOperation(destination::directLink, paClass, 29, Payload().number(id));

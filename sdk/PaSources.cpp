@@ -118,7 +118,7 @@ void PAController::forgetLocks() {
     lockIndex.clear();
 }
 
-std::vector<PaSource> PAController::getPaSources() {
+std::vector<PaSource> PAController::getPaSources() const {
     const MutexGuard guard(paControllerMtx);
     return valuesOf(availablePaSources);
 }
@@ -128,7 +128,7 @@ std::optional<PaSource> PAController::findPaSource(int key) const {
     return valueAt(availablePaSources, key);
 }
 
-std::vector<PaSourceLockStatus> PAController::getPaSourceLocks() {
+std::vector<PaSourceLockStatus> PAController::getPaSourceLocks() const {
     const MutexGuard guard(paControllerMtx);
     return availablePaSourcesLockStatus;
 }

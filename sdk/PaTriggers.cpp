@@ -78,7 +78,7 @@ void PAController::addUpdatePaTrigger(int elemNo, TEVlist* elemArgList) {
             &PAControllerObserver::onPaTriggerUpdate, EventItem::PA_TRIGGER_UPDATED);
 }
 
-std::vector<PaTrigger> PAController::getHwPaTriggers(int sourceId) {
+std::vector<PaTrigger> PAController::getHwPaTriggers(int sourceId) const {
     if (sourceId < 1) {
         return {};
     }
@@ -86,7 +86,7 @@ std::vector<PaTrigger> PAController::getHwPaTriggers(int sourceId) {
     return valuesWith(availablePaTriggersHW, &PaTrigger::associatedSourceId, sourceId);
 }
 
-std::vector<PaTrigger> PAController::getHwPaTriggers() {
+std::vector<PaTrigger> PAController::getHwPaTriggers() const {
     const MutexGuard guard(paControllerMtx);
     return valuesOf(availablePaTriggersHW);
 }
@@ -96,7 +96,7 @@ std::optional<PaTrigger> PAController::findHwPaTrigger(int key) const {
     return valueAt(availablePaTriggersHW, key);
 }
 
-PaTrigger::State PAController::getHwPaTriggerState(int triggerId) {
+PaTrigger::State PAController::getHwPaTriggerState(int triggerId) const {
     if (triggerId < 1) {
         return PaTrigger::UNKNOWN;
     }
@@ -199,7 +199,7 @@ bool PAController::hasSwTriggers() const {
     return !availablePaTriggersSW.empty();
 }
 
-std::vector<PaSWTrigger> PAController::getSwPaTriggers() {
+std::vector<PaSWTrigger> PAController::getSwPaTriggers() const {
     const LeafGuard leaf(lookupLock);
     return availablePaTriggersSW;
 }

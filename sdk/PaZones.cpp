@@ -104,7 +104,7 @@ void PAController::addUpdateAttachedPaZone(int elemNo, TEVlist* elemArgList) {
 }
 
 void PAController::getAttachedPaZoneList(int sourceId,
-                                         std::vector<std::string>* attachedPaZoneList) {
+                                         std::vector<std::string>* attachedPaZoneList) const {
     const MutexGuard guard(paControllerMtx);
     const auto found = attachedPaZonesToPaSourceList.find(sourceId);
     if (found != attachedPaZonesToPaSourceList.end()) {
@@ -113,7 +113,7 @@ void PAController::getAttachedPaZoneList(int sourceId,
     }
 }
 
-std::vector<PaZone> PAController::getPaZones() {
+std::vector<PaZone> PAController::getPaZones() const {
     const MutexGuard guard(paControllerMtx);
     if (load(gActiveAudioServerDstNo) >= 1) {
         return valuesOf(availablePaZonesPrimaryServer);

@@ -70,7 +70,7 @@ void PAController::notifySchedule(int scheduleId, MergeResult /*result*/) {
     }
 }
 
-std::vector<ScheduleDefinition> PAController::listSchedules() {
+std::vector<ScheduleDefinition> PAController::listSchedules() const {
     std::vector<ScheduleDefinition> schedules;
     {
         const MutexGuard guard(paControllerMtx);

@@ -62,7 +62,7 @@ void PAController::deleteFromTTS_Dictionary(int key) {
     eraseFrom(ttsDictionaryList, key);
 }
 
-std::vector<TTSDictionary> PAController::getTTSDictionaryList() {
+std::vector<TTSDictionary> PAController::getTTSDictionaryList() const {
     const MutexGuard guard(paControllerMtx);
     return valuesOf(ttsDictionaryList);
 }

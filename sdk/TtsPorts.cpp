@@ -48,7 +48,7 @@ void PAController::deleteFromTTS_Ports(int portNo) {
     eraseFrom(ttsVocalizertList, portNo);
 }
 
-std::vector<TTSVocalizer> PAController::getTTSVocalizerList() {
+std::vector<TTSVocalizer> PAController::getTTSVocalizerList() const {
     const MutexGuard guard(paControllerMtx);
     return valuesWith(ttsVocalizertList, &TTSVocalizer::rate, TTSVocalizer::usableRate);
 }

@@ -76,19 +76,19 @@ struct PaSink {
     /// @param delayPersistence whether it may store it later
     /// @throws std::invalid_argument for a type other than 1 to 4
     /// @throws std::out_of_range for a level outside the range
-    void setGain(Gain gain, bool persistent, bool delayPersistence);
+    void setGain(Gain gain, bool persistent, bool delayPersistence) const;
 
     /// @return `outputGain`
     /// @throws std::out_of_range for a type other than 1 to 4
-    Gain getGain();
+    Gain getGain() const;
 
     /// Asks the server to switch the PA monitoring of this sink.
-    void setPAMonitoring(bool enable);
+    void setPAMonitoring(bool enable) const;
 
     /// @return `monitoringEnabled`
-    bool getPAMonitoring();
+    bool getPAMonitoring() const;
 
     /// Asks the server to reset the output device.
     /// @throws std::out_of_range for a type other than `ZENTRIQ_KPL2` and `ZENTRIQ_RMX4`
-    void reset();
+    void reset() const;
 };

@@ -15,7 +15,7 @@ template <int Number>
 void withdraw(Controller& controller, int key) {
     controller.deleteAudioVideoControllerInfo(0, Number, key);
 }
-template <class Record, std::vector<Record> (Controller::*Getter)()>
+template <class Record, std::vector<Record> (Controller::*Getter)() const>
 std::string list(Controller& controller) {
     return listed((controller.*Getter)());
 }

@@ -1,9 +1,11 @@
 // How an application composes a message.
-#include "sdk/Message.h"
-
 #include <gtest/gtest.h>
 #include <string>
+#include <type_traits>
+#include <utility>
 #include <vector>
+
+#include "sdk/AnnouncementRequest.h"
 
 namespace {
 
@@ -37,6 +39,25 @@ TEST(MessageInterface, TextsInBracesStayTexts) {
     cut.setVisualMessage({"Platform 3", 8});
     EXPECT_EQ(cut.getAudioMessageAbsoluteFilePath(), "/a.wav");
     EXPECT_EQ(cut.getVisualMessageText(), "Platform");
+}
+
+TEST(MessageInterface, MovesWithoutCopying) {
+    static_assert(std::is_nothrow_move_constructible_v<Message>);
+    static_assert(std::is_nothrow_move_assignable_v<Message>);
+    static_assert(std::is_nothrow_move_constructible_v<AnnouncementRequest>);
+    static_assert(std::is_nothrow_move_assignable_v<AnnouncementRequest>);
+
+    AnnouncementRequest first;
+    first.setRequestID(std::string(100, 'r'));
+    first.setAudioMessage(Items(100, 12));
+    first.zones.assign(100, "Hall");
+    const std::string* const zones = first.zones.data();
+    AnnouncementRequest second = std::move(first);
+    AnnouncementRequest third;
+    third = std::move(second);
+    EXPECT_EQ(third.zones.data(), zones);
+    EXPECT_EQ(third.getRequestID(), std::string(100, 'r'));
+    EXPECT_EQ(third.getAudioMessageDictionaryItems(), Items(100, 12));
 }
 
 }  // namespace

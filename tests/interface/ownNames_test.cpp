@@ -170,7 +170,7 @@ TEST(OwnNames, LeaveWhatIsSentAsItIs) {
     const std::vector<PaSink> sinks = gPaController.getPaSinks();
     ASSERT_EQ(sinks.size(), 1U);
     EXPECT_EQ(sinks[0].location, "Hall");
-    PaSink(sinks[0]).setGain(-12.5, true, false);
+    sinks[0].setGain(-12.5, true, false);
     PaSource source;
     source.id = 12;
     source.attachPaZone(std::vector<std::string>{"X", "Y"}, PaSource::ADD_TO_EXISTING_SET);
