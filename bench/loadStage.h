@@ -16,7 +16,6 @@
 /// What the load cases stand on: a server that says what it is told to, an observer, the connection
 /// between them, records, and a clock.
 
-
 namespace load {
 
 using namespace pa;  // Operation, RecordFields, RecordList

@@ -11,8 +11,8 @@ class QXReceiver;
 /// What the parts of the SDK share across the process. The controller reads these and writes none;
 /// the link sets the facade when it starts, and what it says of the servers when it is connected.
 /// They are usable in static constructors (but for one with an init_priority of 101) and never
-/// destroyed. Pointer, numbers and flag are plain objects: framework/shared.h says how threads share
-/// them.
+/// destroyed. Pointer, numbers and flag are plain objects: framework/shared.h says how threads
+/// share them.
 
 /// The audio-server facade; null before the SDK is connected. Set before the link starts, then left
 /// alone.

@@ -107,18 +107,18 @@ TEST(Shell, goesOnAfterALineThatFails) {
 
 TEST(Shell, helps) {
     skipPauses();
-    const std::string all = ShellRun({{"help"}}).outText.str();
+    const auto told = [](const char* line) {
+        const ShellRun run({{line}});
+        EXPECT_EQ(run.errText.str(), "");
+        return run.outText.str();
+    };
+    const std::string all = told("help");
     EXPECT_TRUE(contains(all, "Leave the shell")) << all;
     EXPECT_FALSE(contains(all, "--scenario"));
     EXPECT_FALSE(contains(all, "\n  shell"));
-    std::string ofOne;
-    {
-        const ShellRun one({{"help zone members"}});
-        ofOne = one.outText.str();
-        EXPECT_EQ(one.errText.str(), "");
-    }
-    EXPECT_TRUE(contains(ofOne, "members [OPTIONS] ZONE")) << ofOne;
-    EXPECT_EQ(ShellRun({{"zone members --help"}}).outText.str(), ofOne);
+    const std::string one = told("help zone members");
+    EXPECT_TRUE(contains(one, "members [OPTIONS] ZONE")) << one;
+    EXPECT_EQ(told("zone members --help"), one);
 }
 
 TEST(Shell, keepsASourceUntilItLeaves) {

@@ -139,10 +139,16 @@ TEST_F(AnnouncementTest, HostileZoneNamesComeBackAsTheyWere) {
 }
 
 /// Stands in for the link and keeps the payload of what is sent.
-class Capture : public pa::OperationSender {
+class Capture : public pa::OperationSender, private pa::DropListener {
 public:
-    Capture() { gQXReceiver.connect(*this); }
-    ~Capture() override { gQXReceiver.disconnect(); }
+    Capture() {
+        gQXReceiver.open(*this);
+        gQXReceiver.connect(*this);
+    }
+    ~Capture() override {
+        gQXReceiver.disconnect();
+        gQXReceiver.forget(*this);
+    }
 
     bool sendOperation(const pa::Operation& operation) override {
         const std::lock_guard guard(lock_);
@@ -160,6 +166,8 @@ public:
     }
 
 private:
+    void operationDropped(const pa::DroppedOperation& /*dropped*/) override {}
+
     std::mutex lock_;
     std::condition_variable changed_;
     std::string payload_;

@@ -71,6 +71,16 @@ struct ScheduleTest : Road {
     }
 };
 
+TEST_F(ScheduleTest, ABurstArrivesWholeBeforeALinkIsStopped) {
+    ScheduleDefinition schedule = daily();
+    for (schedule.Id = 1; schedule.Id <= 3000; ++schedule.Id) {
+        gPaController.createSchedule(schedule);
+    }
+    link.stop(std::chrono::minutes(1));
+    connect();  // and is told what the server holds
+    EXPECT_EQ(gPaController.listSchedules().size(), 3000U);
+}
+
 TEST_F(ScheduleTest, PlaysAtTheNextMinuteUnderTheIdThatTheServerChose) {
     pa::setTimeSource({});  // the time that this takes is of interest, pauses included
     const auto before = std::chrono::steady_clock::now();

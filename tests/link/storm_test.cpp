@@ -14,8 +14,9 @@ namespace {
 using namespace storm;
 
 /// Takes every operation.
-struct Sender : pa::OperationSender {
+struct Sender : pa::OperationSender, pa::DropListener {
     bool sendOperation(const pa::Operation& /*operation*/) override { return true; }
+    void operationDropped(const pa::DroppedOperation& /*dropped*/) override {}
 };
 
 TEST(StormTest, TheCachesAreThoseOfOneThread) {
@@ -29,6 +30,7 @@ TEST(StormTest, TheCachesAreThoseOfOneThread) {
     pa::store(gActiveAudioServerDstNo, server);
     gPaController.registerObserver(&observer);
     gPaController.initPaResources();
+    gQXReceiver.open(sender);
     gQXReceiver.connect(sender);
     palink::Router router(gPaController);
     const std::vector<Event> stream = makeStream(20'000, audioServer.getUUID());
