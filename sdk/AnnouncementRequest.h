@@ -16,4 +16,15 @@ struct AnnouncementRequest : Message {
     std::vector<std::string> zones;
     std::string completionCode;
     std::string completionMsg;
+
+    friend bool operator==(const AnnouncementRequest& a, const AnnouncementRequest& b) {
+        return static_cast<const Message&>(a) == static_cast<const Message&>(b) && a.id == b.id &&
+               a.stateText == b.stateText && a.startDateTime == b.startDateTime &&
+               a.messageContent == b.messageContent && a.priorityText == b.priorityText &&
+               a.zones == b.zones && a.completionCode == b.completionCode &&
+               a.completionMsg == b.completionMsg;
+    }
+    friend bool operator!=(const AnnouncementRequest& a, const AnnouncementRequest& b) {
+        return !(a == b);
+    }
 };

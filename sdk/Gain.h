@@ -12,6 +12,7 @@ public:
     double getLevel() const { return level_; }
 
     friend bool operator==(const Gain& a, const Gain& b) { return a.level_ == b.level_; }
+    friend bool operator!=(const Gain& a, const Gain& b) { return !(a == b); }
 
 private:
     double level_ = 0.0;

@@ -32,6 +32,11 @@ public:
         return keys;
     }
 
+    friend bool operator==(const KeyValueMap& a, const KeyValueMap& b) {
+        return a.values_ == b.values_;
+    }
+    friend bool operator!=(const KeyValueMap& a, const KeyValueMap& b) { return !(a == b); }
+
 private:
     std::map<std::string, std::string> values_;
 };

@@ -33,6 +33,20 @@ Message::Message(Message&&) noexcept = default;
 Message& Message::operator=(Message&&) noexcept = default;
 Message::~Message() = default;
 
+bool operator==(const Message& a, const Message& b) {
+    return a.requestId == b.requestId && a.priority == b.priority && a.preChime == b.preChime &&
+           a.postChime == b.postChime && a.gain == b.gain &&
+           a.overrideDefaultGain == b.overrideDefaultGain &&
+           a.audioMessageType == b.audioMessageType && a.visualMessageType == b.visualMessageType &&
+           a.audioDictionaryItems == b.audioDictionaryItems && a.ttsList == b.ttsList &&
+           a.recordedStreamAbsoluteFilePathWithName == b.recordedStreamAbsoluteFilePathWithName &&
+           a.pathToRecordedStreamToUpload == b.pathToRecordedStreamToUpload &&
+           a.displayText == b.displayText && a.displayDictionaryItems == b.displayDictionaryItems &&
+           a.playedOnce == b.playedOnce && a.repeatCnt == b.repeatCnt &&
+           a.displayKeyValueList == b.displayKeyValueList &&
+           a.displayValidityPeriod == b.displayValidityPeriod;
+}
+
 std::string Message::getAudioMessageTTSText() const {
     return ttsList.empty() ? std::string() : ttsList.front().text;
 }

@@ -17,6 +17,13 @@ struct DISPLAY_VALUE_INFO {
 
     std::string text;  ///< what is shown
     int timeout = 0;   ///< how long it is shown, as the template reads it
+
+    friend bool operator==(const DISPLAY_VALUE_INFO& a, const DISPLAY_VALUE_INFO& b) {
+        return a.text == b.text && a.timeout == b.timeout;
+    }
+    friend bool operator!=(const DISPLAY_VALUE_INFO& a, const DISPLAY_VALUE_INFO& b) {
+        return !(a == b);
+    }
 };
 
 /// One announcement, composed before it is played: what is heard, what is shown, and how.
@@ -192,6 +199,10 @@ public:
     /// @throws std::invalid_argument when the audio part is not `TTS`, or there is no text
     std::string retrieveAudioMessage() const;
 
+    /// Whether they agree in everything, also in whether they have been played.
+    friend bool operator==(const Message& a, const Message& b);
+    friend bool operator!=(const Message& a, const Message& b) { return !(a == b); }
+
 private:
     std::string requestIdToUse() const;
     std::string templateText() const;
@@ -228,4 +239,10 @@ struct TTSVocalizer {
     std::string voice;      ///< as the server spells it
     int rate = usableRate;  ///< sample rate, Hz
     Message::TextEncoding encoding = Message::UTF_8;
+
+    friend bool operator==(const TTSVocalizer& a, const TTSVocalizer& b) {
+        return a.portNo == b.portNo && a.text == b.text && a.language == b.language &&
+               a.voice == b.voice && a.rate == b.rate && a.encoding == b.encoding;
+    }
+    friend bool operator!=(const TTSVocalizer& a, const TTSVocalizer& b) { return !(a == b); }
 };

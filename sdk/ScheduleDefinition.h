@@ -38,4 +38,26 @@ struct ScheduleDefinition {
     int displayTemplateValidityPeriodSeconds = 0;
     double gain = 0.0;  ///< dB; 0 means that it is not set
     std::string chime;
+
+    friend bool operator==(const ScheduleDefinition& a, const ScheduleDefinition& b) {
+        return a.Id == b.Id && a.descrption == b.descrption && a.startYear == b.startYear &&
+               a.startMonth == b.startMonth && a.startDay == b.startDay &&
+               a.startHour == b.startHour && a.startMinute == b.startMinute &&
+               a.endYear == b.endYear && a.endMonth == b.endMonth && a.endDay == b.endDay &&
+               a.endHour == b.endHour && a.endMinute == b.endMinute && a.dayMask == b.dayMask &&
+               a.frequency == b.frequency && a.paZones == b.paZones &&
+               a.priorityMode == b.priorityMode && a.priorityLevel == b.priorityLevel &&
+               a.announcementType == b.announcementType &&
+               a.visualAnnouncementType == b.visualAnnouncementType &&
+               a.dictionaryItems == b.dictionaryItems && a.repeatCnt == b.repeatCnt &&
+               a.ttsList == b.ttsList && a.storedDataSourceId == b.storedDataSourceId &&
+               a.storedDataFilePath == b.storedDataFilePath &&
+               a.displayTemplateName == b.displayTemplateName &&
+               a.displayTemplateKeyValueList == b.displayTemplateKeyValueList &&
+               a.displayTemplateValidityPeriodSeconds == b.displayTemplateValidityPeriodSeconds &&
+               a.gain == b.gain && a.chime == b.chime;
+    }
+    friend bool operator!=(const ScheduleDefinition& a, const ScheduleDefinition& b) {
+        return !(a == b);
+    }
 };

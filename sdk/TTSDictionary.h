@@ -15,6 +15,13 @@ struct TTSDictionary {
     std::string checksum;  ///< as the server writes it
     std::string uuid;
     std::string uri;  ///< where the audio can be retrieved
+
+    friend bool operator==(const TTSDictionary& a, const TTSDictionary& b) {
+        return a.key == b.key && a.portNo == b.portNo && a.text == b.text &&
+               a.fullName == b.fullName && a.size == b.size && a.checksum == b.checksum &&
+               a.uuid == b.uuid && a.uri == b.uri;
+    }
+    friend bool operator!=(const TTSDictionary& a, const TTSDictionary& b) { return !(a == b); }
 };
 
 /// A spoken preview that waits for its audio. A plain value.
@@ -35,4 +42,10 @@ struct TTSPendingInfo {
     int rate = 0;  ///< Hz
     std::string text;
     std::time_t startTime = 0;  ///< when it was requested, seconds since 1970 UTC
+
+    friend bool operator==(const TTSPendingInfo& a, const TTSPendingInfo& b) {
+        return a.portNo == b.portNo && a.language == b.language && a.voice == b.voice &&
+               a.rate == b.rate && a.text == b.text && a.startTime == b.startTime;
+    }
+    friend bool operator!=(const TTSPendingInfo& a, const TTSPendingInfo& b) { return !(a == b); }
 };

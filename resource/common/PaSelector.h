@@ -45,4 +45,12 @@ struct PaSelector {
     DynamicRestriction dynamicRestriction = UPDATES_NOT_ALLOWED;
     State state = DISABLED;
     std::map<int, std::string> paZoneList;  ///< zones of the selector, by number
+
+    friend bool operator==(const PaSelector& a, const PaSelector& b) {
+        return a.id == b.id && a.associatedSourceId == b.associatedSourceId && a.label == b.label &&
+               a.type == b.type && a.number == b.number && a.protection == b.protection &&
+               a.mode == b.mode && a.dynamicRestriction == b.dynamicRestriction &&
+               a.state == b.state && a.paZoneList == b.paZoneList;
+    }
+    friend bool operator!=(const PaSelector& a, const PaSelector& b) { return !(a == b); }
 };

@@ -91,4 +91,21 @@ struct PaSink {
     /// Asks the server to reset the output device.
     /// @throws std::out_of_range for a type other than `ZENTRIQ_KPL2` and `ZENTRIQ_RMX4`
     void reset() const;
+
+    friend bool operator==(const PaSink& a, const PaSink& b) {
+        return a.id == b.id && a.tbn_kplPort == b.tbn_kplPort && a.location == b.location &&
+               a.label == b.label && a.ipAddress == b.ipAddress && a.type == b.type &&
+               a.typeAsString == b.typeAsString && a.ampPortList == b.ampPortList &&
+               a.state == b.state && a.announcementType == b.announcementType &&
+               a.outputGain == b.outputGain && a.muteState == b.muteState &&
+               a.monitoringSinkId == b.monitoringSinkId &&
+               a.sinkHasDigitalRoute == b.sinkHasDigitalRoute &&
+               a.serverToUseSinkId == b.serverToUseSinkId &&
+               a.realDeviceDstNo == b.realDeviceDstNo && a.healthState == b.healthState &&
+               a.isEnabled == b.isEnabled && a.dspOutputChannelList == b.dspOutputChannelList &&
+               a.relayDstNo == b.relayDstNo && a.broadcastType == b.broadcastType &&
+               a.paZoneList == b.paZoneList && a.monitoringZoneList == b.monitoringZoneList &&
+               a.monitoringEnabled == b.monitoringEnabled && a.mediaLog == b.mediaLog;
+    }
+    friend bool operator!=(const PaSink& a, const PaSink& b) { return !(a == b); }
 };

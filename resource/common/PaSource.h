@@ -77,10 +77,26 @@ struct PaSource {
 
     /// Whether the source is attached, as last received.
     AttachState getAttachState() const { return state; }
+
+    friend bool operator==(const PaSource& a, const PaSource& b) {
+        return a.id == b.id && a.location == b.location && a.label == b.label &&
+               a.ipAddress == b.ipAddress && a.type == b.type && a.subAddress == b.subAddress &&
+               a.state == b.state && a.isEnabled == b.isEnabled && a.inputGain == b.inputGain &&
+               a.broadcastType == b.broadcastType && a.healthState == b.healthState &&
+               a.targetGainAdjustment == b.targetGainAdjustment && a.priority == b.priority;
+    }
+    friend bool operator!=(const PaSource& a, const PaSource& b) { return !(a == b); }
 };
 
 /// Which client holds the lock of a source.
 struct PaSourceLockStatus {
     int sourceId = 0;
     std::string lockedUUID;  ///< UUID of the holder, empty for none
+
+    friend bool operator==(const PaSourceLockStatus& a, const PaSourceLockStatus& b) {
+        return a.sourceId == b.sourceId && a.lockedUUID == b.lockedUUID;
+    }
+    friend bool operator!=(const PaSourceLockStatus& a, const PaSourceLockStatus& b) {
+        return !(a == b);
+    }
 };

@@ -29,6 +29,15 @@ struct PaTrigger {
     PRIORITY_MODE priorityMode = ABSOLUTE_PRIORITY;  ///< how `priority` is applied
     State state = UNKNOWN;
     bool resumeAfterInterruption = false;
+
+    friend bool operator==(const PaTrigger& a, const PaTrigger& b) {
+        return a.id == b.id && a.associatedSourceId == b.associatedSourceId &&
+               a.associatedSelectorId == b.associatedSelectorId && a.label == b.label &&
+               a.type == b.type && a.subAddress == b.subAddress && a.priority == b.priority &&
+               a.priorityMode == b.priorityMode && a.state == b.state &&
+               a.resumeAfterInterruption == b.resumeAfterInterruption;
+    }
+    friend bool operator!=(const PaTrigger& a, const PaTrigger& b) { return !(a == b); }
 };
 
 /// A trigger that this client has made itself. A plain value.
@@ -37,4 +46,10 @@ struct PaSWTrigger {
     int associatedSourceId = 0;  ///< source that the trigger starts
     std::string preChime;
     std::string displayParameters;
+
+    friend bool operator==(const PaSWTrigger& a, const PaSWTrigger& b) {
+        return a.trigger == b.trigger && a.associatedSourceId == b.associatedSourceId &&
+               a.preChime == b.preChime && a.displayParameters == b.displayParameters;
+    }
+    friend bool operator!=(const PaSWTrigger& a, const PaSWTrigger& b) { return !(a == b); }
 };

@@ -23,4 +23,12 @@ struct PaZone {
     /// order of `PAController::getPaSinks()`. A sink that names several of them is in the result as
     /// many times. Empty without an audio server. Takes the controller's mutex.
     std::vector<PaSink> getMembers() const;
+
+    friend bool operator==(const PaZone& a, const PaZone& b) {
+        return a.elemNo == b.elemNo && a.id == b.id && a.activity == b.activity &&
+               a.activityText == b.activityText && a.announcementType == b.announcementType &&
+               a.announcementTypeText == b.announcementTypeText && a.health == b.health &&
+               a.healthText == b.healthText;
+    }
+    friend bool operator!=(const PaZone& a, const PaZone& b) { return !(a == b); }
 };

@@ -36,6 +36,11 @@ public:
     void setPrioritylevel(int priorityLevel) { level = priorityLevel; }
     int getPriorityLevel() const { return level; }
 
+    friend bool operator==(const MessagePriority& a, const MessagePriority& b) {
+        return a.mode == b.mode && a.level == b.level;
+    }
+    friend bool operator!=(const MessagePriority& a, const MessagePriority& b) { return !(a == b); }
+
     AnnouncementPriorityMode mode = APM_ABSOLUTE_PRIORITY;
     int level = 500;
 };
