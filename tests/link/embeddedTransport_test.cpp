@@ -72,17 +72,24 @@ struct LockingServer : ScriptedServer {
         onMeter = onDisconnect = [this] { const std::lock_guard guard(lock); };
         onOperation = [this](const pa::Operation&) { const std::lock_guard guard(lock); };
     }
+    palink::UploadResult storeFile(const std::string& localPath,
+                                   const std::string& serverPath) override {
+        const std::lock_guard guard(lock);
+        return ScriptedServer::storeFile(localPath, serverPath);
+    }
     std::mutex lock;
 };
 
-TEST(EmbeddedTransportTest, AnObserverMaySwitchLevelMetersWhileTheServerIsHeldBack) {
+TEST(EmbeddedTransportTest, AnObserverMayMeterAndUploadWhileTheServerIsHeldBack) {
     LockingServer server;
     palink::EmbeddedTransport transport(server, 1);
+    int uploaded = 0;
     Client client;
     client.onEvent = [&](const palink::ServerEvent& event) {
         const auto* const record = std::get_if<palink::Record>(&event);
         if (record != nullptr && record->kind == palink::RecordKind::Sink) {
             transport.meterLevel(true, record->key);
+            uploaded += transport.upload("/a", "/good").stored ? 1 : 0;
         }
     };
     transport.start(client);
@@ -94,6 +101,7 @@ TEST(EmbeddedTransportTest, AnObserverMaySwitchLevelMetersWhileTheServerIsHeldBa
     }
     transport.waitUntilDelivered();
     EXPECT_EQ(server.feeds(100).size(), 100U);
+    EXPECT_EQ(uploaded, 100);
 }
 
 TEST(EmbeddedTransportTest, WhatIsSaidOnTheThreadThatDeliversIsNotHeldBack) {

@@ -1,7 +1,9 @@
 #include "link/ServerLink.h"
 
+#include <atomic>
 #include <gtest/gtest.h>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "framework/levelMeter.h"
@@ -171,6 +173,29 @@ TEST_F(ServerLinkTest, MayStopAndStartAgain) {
     EXPECT_NE(audioServer.uploadFileToActiveServer("/a", "/good"), 1);
     link.start();
     EXPECT_TRUE(link.waitUntilReady(10s));
+}
+
+std::atomic<bool> timePasses{true};
+
+TEST_F(ServerLinkTest, StopsThoughNotificationsHaveFilledTheirRoom) {
+    ASSERT_TRUE(link.waitUntilReady(10s));
+    timePasses = false;
+    skipPauses([](int) {
+        while (!timePasses) {
+            std::this_thread::yield();
+        }
+    });
+    constexpr int room = palink::Notifier::capacity;
+    for (int key = 1; key <= room + 10; ++key) {
+        server.say(palink::Record{3, palink::RecordKind::Source, key, {std::to_string(key)}});
+    }
+    while (!gPaController.findPaSource(room)) {
+        std::this_thread::yield();  // the next record waits
+    }
+    link.stop(0ms);
+    timePasses = true;
+    EXPECT_EQ(errors.find("the link has stopped: 1000"), 0U) << errors;
+    EXPECT_NE(errors.find(" notifications of records are dropped"), std::string::npos);
 }
 
 TEST_F(ServerLinkTest, OneLinkOfTheProcessIsStartedAtATime) {
