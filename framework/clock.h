@@ -11,10 +11,10 @@
 namespace pa {
 
 /// The wall clock, in seconds since 1970 UTC. It may jump.
-std::time_t wallClock();
+[[nodiscard]] std::time_t wallClock();
 
 /// A clock that never jumps, in ms since an arbitrary start: for ages and time limits.
-std::int64_t monotonicMS();
+[[nodiscard]] std::int64_t monotonicMS();
 
 }  // namespace pa
 

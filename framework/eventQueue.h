@@ -38,14 +38,14 @@ constexpr std::size_t capacity = 4096;
 
 /// Takes the oldest event.
 /// @return false when none waits; `item` is then untouched
-bool next(EventItem& item);
+[[nodiscard]] bool next(EventItem& item);
 
 /// A file descriptor that is readable while events wait, for the application's own main loop
 /// (poll, epoll). It belongs to the queue: do not read or close it. -1 when the system had none
 /// left.
-int fileDescriptor();
+[[nodiscard]] int fileDescriptor();
 
 /// How many events were dropped since the start. After a change, read the caches again.
-std::uint64_t dropped();
+[[nodiscard]] std::uint64_t dropped();
 
 }  // namespace pa::eventQueue

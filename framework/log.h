@@ -64,7 +64,7 @@ bool flushLog(std::chrono::milliseconds limit);
 
 /// The line as the default sink writes it, without a line end: UTC time, kind and level, thread,
 /// text. Control characters are written as \xNN, so that a text cannot forge a line.
-std::string formatLogLine(const LogLine& line);
+[[nodiscard]] std::string formatLogLine(const LogLine& line);
 
 /// Writes what `handleError` has suppressed and not yet told. Never throws. The process's end does
 /// this too.

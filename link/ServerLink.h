@@ -99,13 +99,13 @@ public:
     /// Waits until everything that the server holds is in the caches, and the connection handler
     /// has been told.
     /// @return false when that takes longer than `limit`
-    bool waitUntilReady(std::chrono::milliseconds limit);
+    [[nodiscard]] bool waitUntilReady(std::chrono::milliseconds limit);
 
     /// Waits until every record that has been delivered so far has been handled.
     void waitUntilHandled();
 
     /// What the connection handler was told last, or is being told.
-    bool isConnected() const;
+    [[nodiscard]] bool isConnected() const;
 
     /// Replaces the handler of refusals; without one they are reported through `handleError`.
     void setRefusalHandler(RefusalHandler handler) { refusalHandler_.set(std::move(handler)); }

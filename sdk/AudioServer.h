@@ -35,22 +35,23 @@ public:
     ~AudioServer();
 
     /// This client's own UUID, the same for the object's whole life.
-    std::string getUUID() const;
+    [[nodiscard]] std::string getUUID() const;
 
     /// The process's controller.
-    PAController& getPAController() const;
+    [[nodiscard]] PAController& getPAController() const;
 
     /// Uploads a file and waits for the result.
     /// @param localPath  a file of this device
     /// @param serverPath where the server is to keep it
     /// @return 1 for success; anything else is a failure, also when there is no link
-    int uploadFileToActiveServer(const std::string& localPath, const std::string& serverPath);
+    [[nodiscard]] int uploadFileToActiveServer(const std::string& localPath,
+                                               const std::string& serverPath);
 
     /// Appends a media-log text that a sink record brought.
     void addCampaignLog(const std::string& text);
 
     /// The media-log texts kept, oldest first.
-    std::vector<std::string> getCampaignLog() const;
+    [[nodiscard]] std::vector<std::string> getCampaignLog() const;
 
     /// Sets the way of uploads; an empty one ends it. Uploads that begin from now on go the new
     /// way; those under way are waited for, so that the way of before is not in use any more when
@@ -58,7 +59,7 @@ public:
     void setUploader(Uploader uploader);
 
     /// What the server says of itself (for example "name"); empty before the first connection.
-    KeyValueMap getServerInfo() const;
+    [[nodiscard]] KeyValueMap getServerInfo() const;
     void setServerInfo(const KeyValueMap& info);
 
 private:

@@ -9,7 +9,7 @@ public:
     Gain(double level) : level_(level) {}  // NOLINT: a level in dB is a gain
 
     void setLevel(double level) { level_ = level; }
-    double getLevel() const { return level_; }
+    [[nodiscard]] double getLevel() const { return level_; }
 
     friend bool operator==(const Gain& a, const Gain& b) { return a.level_ == b.level_; }
     friend bool operator!=(const Gain& a, const Gain& b) { return !(a == b); }

@@ -12,19 +12,19 @@ public:
     void set(const std::string& key, const std::string& value) { values_[key] = value; }
 
     /// The value of `key`, empty when it has none.
-    std::string get_value(const std::string& key) const {
+    [[nodiscard]] std::string get_value(const std::string& key) const {
         const auto found = values_.find(key);
         return found == values_.end() ? std::string() : found->second;
     }
 
-    bool has_key(const std::string& key) const { return values_.count(key) > 0; }
+    [[nodiscard]] bool has_key(const std::string& key) const { return values_.count(key) > 0; }
     void erase(const std::string& key) { values_.erase(key); }
-    bool empty() const { return values_.empty(); }
+    [[nodiscard]] bool empty() const { return values_.empty(); }
     void clear() { values_.clear(); }
-    std::size_t size() const { return values_.size(); }
+    [[nodiscard]] std::size_t size() const { return values_.size(); }
 
     /// Every key, in ascending order.
-    std::vector<std::string> get_all_keys() const {
+    [[nodiscard]] std::vector<std::string> get_all_keys() const {
         std::vector<std::string> keys;
         for (const auto& entry : values_) {
             keys.push_back(entry.first);

@@ -68,54 +68,58 @@ public:
     /// The id of the play request. One of 6 to 63 characters is used as it is; for any other a new
     /// one is made when the message is played.
     void setRequestID(const std::string& id) { requestId = id; }
-    std::string getRequestID() const { return requestId; }
+    [[nodiscard]] std::string getRequestID() const { return requestId; }
 
     void setPriority(const MessagePriority& value) { priority = value; }
-    MessagePriority getPriority() const { return priority; }
+    [[nodiscard]] MessagePriority getPriority() const { return priority; }
 
     /// Number of the chime before the message, 0 for none.
     void setPreChime(int chime) { preChime = chime; }
-    int getPreChime() const { return preChime; }
+    [[nodiscard]] int getPreChime() const { return preChime; }
 
     /// Number of the chime after the message, 0 for none.
     void setPostChime(int chime) { postChime = chime; }
-    int getPostChime() const { return postChime; }
+    [[nodiscard]] int getPostChime() const { return postChime; }
 
     /// Sets the gain in dB and has it sent in place of the server's default. No range check.
     void setGain(double level) {
         gain = level;
         overrideDefaultGain = true;
     }
-    double getGain() const { return gain; }
-    bool getOverrideDefaultGain() const { return overrideDefaultGain; }
+    [[nodiscard]] double getGain() const { return gain; }
+    [[nodiscard]] bool getOverrideDefaultGain() const { return overrideDefaultGain; }
 
     /// Sets the type of the audio part without any check.
     void setAudioMessageType(Type type) { audioMessageType = type; }
-    Type getAudioMessageType() const { return audioMessageType; }
+    [[nodiscard]] Type getAudioMessageType() const { return audioMessageType; }
 
     /// Sets the type of the visual part without any check.
     void setVisualMessageType(Type type) { visualMessageType = type; }
-    Type getVisualMessageType() const { return visualMessageType; }
+    [[nodiscard]] Type getVisualMessageType() const { return visualMessageType; }
 
     /// How often a sequence of dictionary items is played.
     void setRepeatCnt(int count) { repeatCnt = count; }
-    int getRepeatCnt() const { return repeatCnt; }
+    [[nodiscard]] int getRepeatCnt() const { return repeatCnt; }
 
-    std::string getAudioMessageAbsoluteFilePath() const {
+    [[nodiscard]] std::string getAudioMessageAbsoluteFilePath() const {
         return recordedStreamAbsoluteFilePathWithName;
     }
-    std::string getVisualMessageText() const { return displayText; }
-    std::vector<unsigned> getAudioMessageDictionaryItems() const { return audioDictionaryItems; }
-    std::vector<unsigned> getVisualMessageDictionaryItems() const { return displayDictionaryItems; }
+    [[nodiscard]] std::string getVisualMessageText() const { return displayText; }
+    [[nodiscard]] std::vector<unsigned> getAudioMessageDictionaryItems() const {
+        return audioDictionaryItems;
+    }
+    [[nodiscard]] std::vector<unsigned> getVisualMessageDictionaryItems() const {
+        return displayDictionaryItems;
+    }
 
     /// @name The first spoken text
     /// Empty texts, 48000 Hz and UTF-8 when there is none.
     /// @{
-    std::string getAudioMessageTTSText() const;
-    std::string getAudioMessageTTSLanguage() const;
-    std::string getAudioMessageTTSVoice() const;
-    int getAudioMessageTTSRate() const;
-    TextEncoding getAudioMessageTTSEncoding() const;
+    [[nodiscard]] std::string getAudioMessageTTSText() const;
+    [[nodiscard]] std::string getAudioMessageTTSLanguage() const;
+    [[nodiscard]] std::string getAudioMessageTTSVoice() const;
+    [[nodiscard]] int getAudioMessageTTSRate() const;
+    [[nodiscard]] TextEncoding getAudioMessageTTSEncoding() const;
     /// @}
 
     /// A recorded stream that lies on the server already.

@@ -100,9 +100,9 @@ public:
     /// half, on the calling thread. A server link that must not wait calls the halves itself. The
     /// second half tells of the entry as it is then; when it is gone, it does nothing.
     /// @{
-    MergeResult mergePaSource(int key, TEVlist* record);
+    [[nodiscard]] MergeResult mergePaSource(int key, TEVlist* record);
     void notifyPaSource(int key, MergeResult result);
-    MergeResult mergeSchedule(int scheduleId, TEVlist* record);
+    [[nodiscard]] MergeResult mergeSchedule(int scheduleId, TEVlist* record);
     void notifySchedule(int scheduleId, MergeResult result);
     /// @}
     /// @}
@@ -114,14 +114,14 @@ public:
     void addUpdatePaSource(int key, TEVlist* record);
 
     /// Every source, in ascending key order.
-    std::vector<PaSource> getPaSources() const;
+    [[nodiscard]] std::vector<PaSource> getPaSources() const;
 
     /// The source with a cache key; nothing for an unknown one.
-    std::optional<PaSource> findPaSource(int key) const;
+    [[nodiscard]] std::optional<PaSource> findPaSource(int key) const;
 
     /// Which client holds the lock of each source, in order of arrival. The entry of a source that
     /// the server has withdrawn stays until `initPaResources`.
-    std::vector<PaSourceLockStatus> getPaSourceLocks() const;
+    [[nodiscard]] std::vector<PaSourceLockStatus> getPaSourceLocks() const;
 
     /// Takes a source's lock for this client and waits until the server confirms it. The worker
     /// renews the lock from then on. Never throws. Inside an observer's callback the confirmation
@@ -129,7 +129,7 @@ public:
     /// @return whether this client holds the lock; false when there is no audio-server instance,
     ///         when the source is unknown or locked by another client, inside a callback, and after
     ///         `gMaxServerWaitTimeSeconds`
-    bool attachPaSource(int sourceId);
+    [[nodiscard]] bool attachPaSource(int sourceId);
 
     /// Releases this client's lock of a source and waits until the server confirms it; as above.
     /// @return whether it is released; false when this client does not hold it
@@ -151,13 +151,13 @@ public:
 
     /// Every sink, in ascending key order, whatever the positive id; empty for 0 and for negative
     /// ids other than -1.
-    std::vector<PaSink> getPaSinks(int sourceId) const;
+    [[nodiscard]] std::vector<PaSink> getPaSinks(int sourceId) const;
 
     /// Every sink, in ascending key order.
-    std::vector<PaSink> getPaSinks() const;
+    [[nodiscard]] std::vector<PaSink> getPaSinks() const;
 
     /// The sink with a cache key; nothing for an unknown one.
-    std::optional<PaSink> findPaSink(int key) const;
+    [[nodiscard]] std::optional<PaSink> findPaSink(int key) const;
     /// @}
 
     /// @name Zones
@@ -176,12 +176,12 @@ public:
 
     /// Every zone of the server in force, in ascending key order: those of the active audio server,
     /// without one those of the local server on an indirect connection, else none.
-    std::vector<PaZone> getPaZones() const;
+    [[nodiscard]] std::vector<PaZone> getPaZones() const;
 
     /// The zone with a cache key, as its events bear it; nothing for an unknown one. On an indirect
     /// connection without an active audio server a zone of the local server, else of the active
     /// one.
-    std::optional<PaZone> findPaZone(int key) const;
+    [[nodiscard]] std::optional<PaZone> findPaZone(int key) const;
     /// @}
 
     /// @name Hardware triggers
@@ -191,16 +191,16 @@ public:
     void addUpdatePaTrigger(int elemNo, TEVlist* elemArgList);
 
     /// The hardware triggers of a source, in ascending key order; none for an id below 1.
-    std::vector<PaTrigger> getHwPaTriggers(int sourceId) const;
+    [[nodiscard]] std::vector<PaTrigger> getHwPaTriggers(int sourceId) const;
 
     /// Every hardware trigger, in ascending key order.
-    std::vector<PaTrigger> getHwPaTriggers() const;
+    [[nodiscard]] std::vector<PaTrigger> getHwPaTriggers() const;
 
     /// The hardware trigger with a cache key; nothing for an unknown one.
-    std::optional<PaTrigger> findHwPaTrigger(int key) const;
+    [[nodiscard]] std::optional<PaTrigger> findHwPaTrigger(int key) const;
 
     /// The state of a hardware trigger, `UNKNOWN` for an unknown one.
-    PaTrigger::State getHwPaTriggerState(int triggerId) const;
+    [[nodiscard]] PaTrigger::State getHwPaTriggerState(int triggerId) const;
     /// @}
 
     /// @name Software triggers
@@ -215,11 +215,12 @@ public:
     /// @param displayParameters sent as they stand
     /// @return its id, one above the highest there is; 0 for a value out of range and when there is
     ///         no audio server instance
-    int createSwPaTrigger(int sourceId, int triggerPriority, const std::string& preChime,
-                          const std::string& displayParameters);
+    [[nodiscard]] int createSwPaTrigger(int sourceId, int triggerPriority,
+                                        const std::string& preChime,
+                                        const std::string& displayParameters);
 
     /// The same with neither chime nor display parameters.
-    int createSwPaTrigger(int sourceId, int triggerPriority);
+    [[nodiscard]] int createSwPaTrigger(int sourceId, int triggerPriority);
 
     /// Forgets a software trigger. Nothing is sent; an unknown id is ignored.
     void deleteSwPaTrigger(int triggerId);
@@ -232,7 +233,7 @@ public:
     void deactivateSwPaTrigger(int triggerId);
 
     /// Every software trigger, in the order in which they were made.
-    std::vector<PaSWTrigger> getSwPaTriggers() const;
+    [[nodiscard]] std::vector<PaSWTrigger> getSwPaTriggers() const;
     /// @}
 
     /// @name Selectors
@@ -242,19 +243,19 @@ public:
     void addUpdatePaSelector(int elemNo, TEVlist* elemArgList);
 
     /// The selectors of a source, in ascending key order; none for an id below 1.
-    std::vector<PaSelector> getPaSelectors(int sourceId) const;
+    [[nodiscard]] std::vector<PaSelector> getPaSelectors(int sourceId) const;
 
     /// Every selector, in ascending key order.
-    std::vector<PaSelector> getPaSelectors() const;
+    [[nodiscard]] std::vector<PaSelector> getPaSelectors() const;
 
     /// The selector with a cache key; nothing for an unknown one.
-    std::optional<PaSelector> findPaSelector(int key) const;
+    [[nodiscard]] std::optional<PaSelector> findPaSelector(int key) const;
 
     /// The state of a selector, `DISABLED` for an unknown one.
-    PaSelector::State getPaSelectorState(int selectorId) const;
+    [[nodiscard]] PaSelector::State getPaSelectorState(int selectorId) const;
 
     /// Reserved: always empty.
-    std::vector<PaSink> getPaSinksForSelector(int selectorId) const;
+    [[nodiscard]] std::vector<PaSink> getPaSinksForSelector(int selectorId) const;
 
     /// Reserved: these have no effect.
     void addPaSinkToSelector(int selectorId, int sinkId);
@@ -273,7 +274,7 @@ public:
     void deleteFromTTS_Ports(int portNo);
 
     /// The vocalizers at 48000 Hz, in ascending port order: those that a message can use.
-    std::vector<TTSVocalizer> getTTSVocalizerList() const;
+    [[nodiscard]] std::vector<TTSVocalizer> getTTSVocalizerList() const;
     /// @}
 
     /// @name Text-to-speech dictionary and previews
@@ -287,7 +288,7 @@ public:
     void deleteFromTTS_Dictionary(int key);
 
     /// Every dictionary item, in ascending key order.
-    std::vector<TTSDictionary> getTTSDictionaryList() const;
+    [[nodiscard]] std::vector<TTSDictionary> getTTSDictionaryList() const;
 
     /// Has a preview wait for its audio; one with the same key is replaced.
     /// @param requestKey the request id that observers will be told
@@ -331,10 +332,10 @@ public:
     void addUpdateAnnouncementRequest(int elemNo, TEVlist* elemArgList);
 
     /// The announcement requests that are active on the server, in ascending key order.
-    std::vector<AnnouncementRequest> getAnnouncementRequests() const;
+    [[nodiscard]] std::vector<AnnouncementRequest> getAnnouncementRequests() const;
 
     /// The announcement request with a cache key; nothing for an unknown one.
-    std::optional<AnnouncementRequest> findAnnouncementRequest(int key) const;
+    [[nodiscard]] std::optional<AnnouncementRequest> findAnnouncementRequest(int key) const;
     /// @}
 
     /// @name Schedules
@@ -356,7 +357,7 @@ public:
     /// @return the identifier that the server has given it
     /// @throws std::invalid_argument when `Id` is not 0, for the contents as above, and after
     ///                               `gMaxServerWaitTimeSeconds`, when the schedule may still come
-    int createScheduleSync(const ScheduleDefinition& def);
+    [[nodiscard]] int createScheduleSync(const ScheduleDefinition& def);
 
     /// Has the server delete a schedule. An unknown one is ignored. Does not wait for a callback
     /// that is running.
@@ -367,10 +368,10 @@ public:
     void updateScheduleList(int scheduleId, TEVlist* record);
 
     /// Every schedule, in order of arrival. The descriptions are those that the application gave.
-    std::vector<ScheduleDefinition> listSchedules() const;
+    [[nodiscard]] std::vector<ScheduleDefinition> listSchedules() const;
 
     /// The schedule with an identifier, described as above; nothing for an unknown one.
-    std::optional<ScheduleDefinition> findSchedule(int scheduleId) const;
+    [[nodiscard]] std::optional<ScheduleDefinition> findSchedule(int scheduleId) const;
     /// @}
 
     /// @name User recordings

@@ -80,13 +80,13 @@ struct PaSink {
 
     /// @return `outputGain`
     /// @throws std::out_of_range for a type other than 1 to 4
-    Gain getGain() const;
+    [[nodiscard]] Gain getGain() const;
 
     /// Asks the server to switch the PA monitoring of this sink.
     void setPAMonitoring(bool enable) const;
 
     /// @return `monitoringEnabled`
-    bool getPAMonitoring() const;
+    [[nodiscard]] bool getPAMonitoring() const;
 
     /// Asks the server to reset the output device.
     /// @throws std::out_of_range for a type other than `ZENTRIQ_KPL2` and `ZENTRIQ_RMX4`

@@ -49,7 +49,7 @@ struct PaSource {
 
     /// The input gain in dB, as last received.
     /// @throws std::out_of_range when the source is neither an analogue input nor a paging station
-    double getGain() const;
+    [[nodiscard]] double getGain() const;
 
     /// Has the server attach a zone to this source.
     /// @param mode whether the zones that are attached already stay
@@ -73,10 +73,10 @@ struct PaSource {
 
     /// The ids of the zones that are attached to this source now, in sorted order; none without an
     /// audio server instance. Takes the controller's mutex.
-    std::vector<std::string> getAttachedPaZones() const;
+    [[nodiscard]] std::vector<std::string> getAttachedPaZones() const;
 
     /// Whether the source is attached, as last received.
-    AttachState getAttachState() const { return state; }
+    [[nodiscard]] AttachState getAttachState() const { return state; }
 
     friend bool operator==(const PaSource& a, const PaSource& b) {
         return a.id == b.id && a.location == b.location && a.label == b.label &&

@@ -22,7 +22,7 @@ struct PaZone {
     /// The sinks whose zone list names this zone or one of its sub-zones, letter case aside, in the
     /// order of `PAController::getPaSinks()`. A sink that names several of them is in the result as
     /// many times. Empty without an audio server. Takes the controller's mutex.
-    std::vector<PaSink> getMembers() const;
+    [[nodiscard]] std::vector<PaSink> getMembers() const;
 
     friend bool operator==(const PaZone& a, const PaZone& b) {
         return a.elemNo == b.elemNo && a.id == b.id && a.activity == b.activity &&

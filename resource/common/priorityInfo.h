@@ -32,9 +32,9 @@ public:
         : mode(priorityMode), level(priorityLevel) {}
 
     void setPriorityMode(AnnouncementPriorityMode priorityMode) { mode = priorityMode; }
-    AnnouncementPriorityMode getPriorityMode() const { return mode; }
+    [[nodiscard]] AnnouncementPriorityMode getPriorityMode() const { return mode; }
     void setPrioritylevel(int priorityLevel) { level = priorityLevel; }
-    int getPriorityLevel() const { return level; }
+    [[nodiscard]] int getPriorityLevel() const { return level; }
 
     friend bool operator==(const MessagePriority& a, const MessagePriority& b) {
         return a.mode == b.mode && a.level == b.level;

@@ -143,7 +143,7 @@ TEST_F(DeletionTest, WithoutObserversTheEventsComeAllTheSame) {
 TEST_F(DeletionTest, AReconnectionEmptiesEveryCacheAndKeepsTheObservers) {
     pa::RecordList locked(with({"50"}, 9, "uuid-self"));
     controller.addUpdatePaSource(5, locked.list());
-    controller.createSwPaTrigger(5, 50);
+    ASSERT_GT(controller.createSwPaTrigger(5, 50), 0);
     TTSPendingInfo preview(1, "en", "v", 48000, "text", 1);
     controller.addToTTSPreviewPendingList("preview", preview);
     recordingHost::transcript();

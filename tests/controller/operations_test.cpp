@@ -119,7 +119,7 @@ TEST_F(OperationsTest, RefuseAsTheTable) {
         {sourceRange, [&] { desk.setGain(42.01, true, true); }},
         {"invalid_argument setGain: Unsupported Source Type >3<",
          [&] { computer.setGain(99, true, true); }},
-        {"out_of_range getGain: Unsupported Sink Type >3<", [&] { computer.getGain(); }},
+        {"out_of_range getGain: Unsupported Sink Type >3<", [&] { return computer.getGain(); }},
         {"out_of_range Invalid zoneId", [&] { desk.attachPaZone("", mode); }},
         {"out_of_range Empty zoneIdList", [&] { desk.attachPaZone(Ids{}, mode); }},
         {"out_of_range Invalid zoneId", [&] { desk.detachPaZone(""); }},
@@ -128,7 +128,7 @@ TEST_F(OperationsTest, RefuseAsTheTable) {
         {sinkRange, [&] { line.setGain(0.1, true, true); }},
         {"invalid_argument setGain: Unsupported Sink Type >10<",
          [&] { mixer.setGain(5, true, true); }},
-        {"out_of_range getGain: Unsupported Sink Type >10<", [&] { mixer.getGain(); }},
+        {"out_of_range getGain: Unsupported Sink Type >10<", [&] { return mixer.getGain(); }},
         {"out_of_range reset: Unsupported Sink Type >4<", [&] { line.reset(); }},
     };
     for (const Case& c : cases) {

@@ -159,7 +159,7 @@ TEST_F(ScheduleRequestsTest, RefuseAsTheTable) {
     }
     for (const int id : {12, -1}) {  // the server gives the identifier
         def.Id = id;
-        EXPECT_EQ(outcome([&] { controller.createScheduleSync(def); }),
+        EXPECT_EQ(outcome([&] { return controller.createScheduleSync(def); }),
                   "invalid_argument invalid scheduleId");
     }
     EXPECT_EQ(recordingHost::transcript(), "");
@@ -186,11 +186,11 @@ TEST_F(ScheduleRequestsTest, WaitForTheIdentifierOfTheServer) {
     recordingHost::host().sleepAction = [now = 1000](int) mutable {
         recordingHost::host().now = ++now;
     };
-    EXPECT_EQ(outcome([&] { controller.createScheduleSync(def); }),
+    EXPECT_EQ(outcome([&] { return controller.createScheduleSync(def); }),
               "invalid_argument operation timed out");
     gMaxServerWaitTimeSeconds = 0;
     recordingHost::transcript();
-    EXPECT_EQ(outcome([&] { controller.createScheduleSync(def); }),
+    EXPECT_EQ(outcome([&] { return controller.createScheduleSync(def); }),
               "invalid_argument operation timed out");
     EXPECT_EQ(recordingHost::transcript().find("sleep"), std::string::npos);
 }
@@ -201,7 +201,7 @@ TEST_F(ScheduleRequestsTest, AreNotWaitedForInsideACallback) {
     RecordingObserver observer("o");
     controller.registerObserver(&observer);
     observer.inCallback = [&] {
-        EXPECT_EQ(outcome([&] { controller.createScheduleSync(def); }),
+        EXPECT_EQ(outcome([&] { static_cast<void>(controller.createScheduleSync(def)); }),
                   "invalid_argument operation timed out");
     };
     pa::RecordList sink({"1"});
@@ -231,7 +231,7 @@ TEST_F(ScheduleRequestsTest, AreRecognisedAsTheCacheIsNow) {
     recordingHost::host().sleepAction = [now = 1000](int) mutable {
         recordingHost::host().now = ++now;
     };
-    EXPECT_EQ(outcome([&] { controller.createScheduleSync(def); }),
+    EXPECT_EQ(outcome([&] { static_cast<void>(controller.createScheduleSync(def)); }),
               "invalid_argument operation timed out");
 }
 

@@ -41,6 +41,9 @@ TEST_F(SourcesTest, KeepTheHoldersOfTheirLocksInOrderOfArrival) {
     EXPECT_EQ(tell(9, "(null)"), log + ">9< updated. Updated UUID ><\nsleep 100\n*event 6 9\n");
     controller.deleteAudioVideoControllerInfo(0, 2, 0);
     EXPECT_EQ(listed(controller.getPaSourceLocks()), "9|\n4|b\n") << "they stay";
+    controller.initPaResources();
+    tell(4, "c");
+    EXPECT_EQ(listed(controller.getPaSourceLocks()), "4|c\n") << "until a reconnection";
 }
 
 TEST_F(SourcesTest, AreTakenOnceTheServerConfirmsIt) {

@@ -210,7 +210,8 @@ TEST(AudioServerTest, ANewWayServesAtOnceAndTheOneBeforeIsWaitedFor) {
         }
         return 1;
     });
-    pa::PosixThread slow("slow", [&] { server.uploadFileToActiveServer("a", "b"); });
+    pa::PosixThread slow("slow",
+                         [&] { static_cast<void>(server.uploadFileToActiveServer("a", "b")); });
     shared.wait([&] { return underWay; });
     pa::PosixThread replacing("replacing", [&] {
         server.setUploader([&](const std::string&, const std::string&) {

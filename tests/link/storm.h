@@ -39,13 +39,13 @@ inline std::atomic<bool> deletes{false};
 struct Nosy : pa::PAControllerObserverAdapter {
     void onPaSourceUpdate(PaSource source) override {
         if (throws) {
-            gPaController.getPaSinks();
+            static_cast<void>(gPaController.getPaSinks());
             gPaController.registerObserver(this);
             gPaController.cancelMessage(source.label);
             throw std::runtime_error("not today");
         }
     }
-    void onPaSourceDelete(int id) override { gPaController.getPaSelectors(id); }
+    void onPaSourceDelete(int id) override { static_cast<void>(gPaController.getPaSelectors(id)); }
 };
 
 /// Deletes inside callbacks, also inside those of deletions, and waits where it cannot.
@@ -53,7 +53,7 @@ struct Deleting : pa::PAControllerObserverAdapter {
     void onPaSinkUpdate(PaSink sink) override {
         if (deletes) {
             gPaController.deleteAudioVideoControllerInfo(0, 3, sink.id);
-            gPaController.attachPaSource(sink.id);
+            static_cast<void>(gPaController.attachPaSource(sink.id));
         }
     }
     void onPaSinkDelete(int id) override {
@@ -200,13 +200,13 @@ inline void useResources(PAController& c, int id) {
     source.setGain(-6.0, true, false);
     source.attachPaZone("Z", PaSource::REPLACE_EXISTING_SET);
     source.detachPaZone("Z");
-    source.getAttachedPaZones();
-    c.findPaZone(id).value_or(PaZone()).getMembers();
-    c.findHwPaTrigger(id);
-    c.findPaSelector(id);
-    c.findAnnouncementRequest(id);
-    c.findSchedule(id);
-    c.getPaSinksForSelector(id);
+    static_cast<void>(source.getAttachedPaZones());
+    static_cast<void>(c.findPaZone(id).value_or(PaZone()).getMembers());
+    static_cast<void>(c.findHwPaTrigger(id));
+    static_cast<void>(c.findPaSelector(id));
+    static_cast<void>(c.findAnnouncementRequest(id));
+    static_cast<void>(c.findSchedule(id));
+    static_cast<void>(c.getPaSinksForSelector(id));
 }
 
 inline void playAndRecord(PAController& c, int id) {
@@ -221,7 +221,7 @@ inline void playAndRecord(PAController& c, int id) {
         Message spoken;
         spoken.setAudioMessage("text", std::to_string(id % 3 + 1), std::to_string(id % 3 + 1),
                                Message::UTF_8);
-        spoken.retrieveAudioMessage();
+        static_cast<void>(spoken.retrieveAudioMessage());
     } catch (const std::out_of_range&) {
         // The voice has been withdrawn.
     }
@@ -235,16 +235,16 @@ inline void playAndRecord(PAController& c, int id) {
 inline void useController(int round) {
     PAController& c = gPaController;
     const int id = round % keys + 1;
-    c.attachPaSource(id);
-    c.detachPaSource(id);
+    static_cast<void>(c.attachPaSource(id));
+    static_cast<void>(c.detachPaSource(id));
     c.enablePaSourceVUMeter(id);
     c.disablePaSourceVUMeter(id);
     const int trigger = c.createSwPaTrigger(id, 50);
     c.activateSwPaTrigger(trigger);
     c.deactivateSwPaTrigger(trigger);
     c.deleteSwPaTrigger(trigger);
-    c.getHwPaTriggerState(id);
-    c.getPaSelectorState(id);
+    static_cast<void>(c.getHwPaTriggerState(id));
+    static_cast<void>(c.getPaSelectorState(id));
     TTSPendingInfo pending(id, "", "", 48000, std::to_string(id % 3), 0);
     c.addToTTSPreviewPendingList("preview " + std::to_string(id), pending);
     ScheduleDefinition schedule;
@@ -262,7 +262,7 @@ inline void useController(int round) {
     if (round % 16 == 0) {
         schedule.Id = 0;
         try {
-            c.createScheduleSync(schedule);
+            static_cast<void>(c.createScheduleSync(schedule));
         } catch (const std::invalid_argument&) {
             // There is no time to wait.
         }
@@ -271,7 +271,7 @@ inline void useController(int round) {
         c.registerObserver(new pa::PAControllerObserverAdapter);  // must outlive the controller
     }
     if (round % 16 == 1) {
-        cachesOf(c);
+        static_cast<void>(cachesOf(c));
         Message message;
         message.setAudioMessage("/nowhere", Message::L16_48K);
         message.playAnnouncement({"Z1"});
