@@ -33,6 +33,15 @@ struct EarlyObject {
     }
 };
 
+/// Has what `instance` returns, a static object of that function, made on the way to main, so that
+/// no other thread can be in the middle of that at a fork(). Declared with PASDK_EARLIEST.
+struct MadeEarly {
+    template <class T>
+    explicit MadeEarly(T& (*instance)()) {
+        instance();
+    }
+};
+
 }  // namespace pa
 
 /// Constructed before every static object without a priority of its own, whatever the order of the

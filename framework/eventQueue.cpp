@@ -1,9 +1,13 @@
 #include "framework/eventQueue.h"
 
 #include <deque>
+#include <fcntl.h>
 #include <mutex>
 #include <sys/eventfd.h>
 #include <unistd.h>
+
+#include "framework/earlyObject.h"
+#include "framework/fork.h"
 
 using namespace pa;
 
@@ -13,7 +17,31 @@ struct Queue {
     std::mutex lock;
     std::deque<EventItem> items;
     std::uint64_t dropped = 0;
-    const int fd = eventfd(0, EFD_NONBLOCK | EFD_CLOEXEC);  // holds 1 while events wait
+    const int fd = newDescriptor();
+
+    pa::ForkParticipant acrossFork{pa::ForkRank::EventQueue,
+                                   {[this] { lock.lock(); }, [this] { lock.unlock(); },
+                                    [this] {
+                                        takeOwnDescriptor();
+                                        lock.unlock();
+                                    }}};
+
+    /// Holds 1 while events wait.
+    static int newDescriptor() { return eventfd(0, EFD_NONBLOCK | EFD_CLOEXEC); }
+
+    /// What the child of a fork has is shared with its parent. Its own takes the same number, for
+    /// the application polls that; when the system has none left it stays shared.
+    void takeOwnDescriptor() const {
+        const int own = newDescriptor();
+        if (own < 0 || fd < 0) {
+            return;
+        }
+        if (!items.empty()) {
+            eventfd_write(own, 1);
+        }
+        dup3(own, fd, O_CLOEXEC);
+        close(own);
+    }
 };
 
 // Built on first use and never destroyed: the controller's worker outlives static objects.
@@ -21,6 +49,8 @@ Queue& queue() {
     static Queue& theQueue = *new Queue;
     return theQueue;
 }
+
+PASDK_EARLIEST const pa::MadeEarly made(queue);
 
 }  // namespace
 

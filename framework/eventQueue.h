@@ -42,7 +42,8 @@ constexpr std::size_t capacity = 4096;
 
 /// A file descriptor that is readable while events wait, for the application's own main loop
 /// (poll, epoll). It belongs to the queue: do not read or close it. -1 when the system had none
-/// left.
+/// left. In the child of a fork() the same number is a descriptor of the child's own: what is
+/// handed to poll stays valid, an epoll set is made anew.
 [[nodiscard]] int fileDescriptor();
 
 /// How many events were dropped since the start. After a change, read the caches again.

@@ -4,6 +4,9 @@
 #include <set>
 #include <utility>
 
+#include "framework/earlyObject.h"
+#include "framework/fork.h"
+
 using namespace pa;
 
 namespace {
@@ -12,12 +15,28 @@ struct Meters {
     std::mutex lock;
     std::set<int> subscribed;
     LevelMeterSwitch feed;
+
+    void switchFeed(bool subscribe, int element) const {
+        if (feed) {
+            const pa::ForkBypass bypass;
+            feed(subscribe, element);
+        }
+    }
+
+    pa::ForkParticipant acrossFork{pa::ForkRank::LevelMeters,
+                                   {[this] { lock.lock(); }, [this] { lock.unlock(); },
+                                    [this] {
+                                        feed = nullptr;  // it led to the link of the parent
+                                        lock.unlock();
+                                    }}};
 };
 
 Meters& meters() {
     static Meters& theMeters = *new Meters;  // never destroyed, as the threads that use it
     return theMeters;
 }
+
+PASDK_EARLIEST const pa::MadeEarly made(meters);
 
 }  // namespace
 
@@ -26,8 +45,8 @@ void subscribeUnsubscribeToResAmpVUMeterElement(bool subscribe, int element) {
     const std::lock_guard guard(m.lock);
     const bool changed =
         subscribe ? m.subscribed.insert(element).second : m.subscribed.erase(element) > 0;
-    if (changed && m.feed) {
-        m.feed(subscribe, element);
+    if (changed) {
+        m.switchFeed(subscribe, element);
     }
 }
 
@@ -35,9 +54,7 @@ void pa::setLevelMeterSwitch(LevelMeterSwitch feed) {
     Meters& m = meters();
     const std::lock_guard guard(m.lock);
     m.feed = std::move(feed);
-    if (m.feed) {
-        for (const int element : m.subscribed) {
-            m.feed(true, element);
-        }
+    for (const int element : m.subscribed) {
+        m.switchFeed(true, element);
     }
 }

@@ -1,33 +1,24 @@
 #include "framework/localMutex.h"
 
+#include <cerrno>
 #include <system_error>
 
 #include "framework/log.h"
 
 qxMutexBase::~qxMutexBase() = default;
 
-qxLocalMutex::qxLocalMutex(bool reentrant) {
-    pthread_mutexattr_t attributes;
-    pthread_mutexattr_init(&attributes);
-    pthread_mutexattr_settype(&attributes,
-                              reentrant ? PTHREAD_MUTEX_RECURSIVE : PTHREAD_MUTEX_ERRORCHECK);
-    const int error = pthread_mutex_init(&mutex_, &attributes);
-    pthread_mutexattr_destroy(&attributes);
-    if (error != 0) {
-        throw std::system_error(error, std::generic_category(), "qxLocalMutex");
-    }
-}
+qxLocalMutex::qxLocalMutex(bool reentrant) : reentrant_(reentrant) {}
 
-qxLocalMutex::~qxLocalMutex() {
-    pthread_mutex_destroy(&mutex_);
-}
+qxLocalMutex::~qxLocalMutex() = default;
 
 void qxLocalMutex::enter() {
-    if (const int error = pthread_mutex_lock(&mutex_); error != 0) {
-        throw std::system_error(error, std::generic_category(), "qxLocalMutex::enter");
+    if (!heldByThisThread()) {
+        mutex_.lock();
+        holder_.store(pthread_self(), std::memory_order_relaxed);
+    } else if (!reentrant_) {
+        throw std::system_error(EDEADLK, std::generic_category(), "qxLocalMutex::enter");
     }
     ++depth_;
-    holder_.store(pthread_self(), std::memory_order_relaxed);
 }
 
 void qxLocalMutex::leave() {
@@ -37,8 +28,8 @@ void qxLocalMutex::leave() {
     }
     if (--depth_ == 0) {
         holder_.store(nobody, std::memory_order_relaxed);
+        mutex_.unlock();
     }
-    pthread_mutex_unlock(&mutex_);
 }
 
 int qxLocalMutex::init() {

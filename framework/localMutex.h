@@ -1,6 +1,7 @@
 #pragma once
 
 #include <atomic>
+#include <mutex>
 #include <pthread.h>
 
 #include "framework/threadAnnotations.h"
@@ -32,8 +33,7 @@ public:
 class PASDK_CAPABILITY("mutex") qxLocalMutex final : public qxMutexBase {
 public:
     /// @param reentrant whether its holder may enter it again; it is free once it has been left as
-    ///                  often as it was entered
-    /// @throws std::system_error when the system has no room for a mutex
+    ///                  often as it was entered. Else `enter` throws then.
     explicit qxLocalMutex(bool reentrant);
     qxLocalMutex(const qxLocalMutex&) = delete;
     qxLocalMutex& operator=(const qxLocalMutex&) = delete;
@@ -50,9 +50,11 @@ public:
 private:
     static constexpr pthread_t nobody = 0;  // a thread of Linux is an address
 
-    pthread_mutex_t mutex_;
-    // Written by the holder alone. Not a thread number: the caller of fork() has another in the
-    // child, but is the same pthread_t.
+    const bool reentrant_;
+    // One that does not check its holder: to the system a thread that has forked is another one in
+    // the child, and could not give back a recursive mutex.
+    std::mutex mutex_;
+    // Written by the holder alone. Its pthread_t is the same in the child.
     std::atomic<pthread_t> holder_{nobody};
     int depth_ = 0;  // guarded by mutex_
 };

@@ -14,6 +14,7 @@
 
 #include "framework/clock.h"
 #include "framework/earlyObject.h"
+#include "framework/fork.h"
 #include "framework/stderrWriter.h"
 
 using namespace pa;
@@ -31,6 +32,10 @@ constexpr std::size_t longestText = 2000;
 /// How long the end of the process, and a new sink, wait for stderr.
 constexpr std::chrono::milliseconds stderrLimit{1000};
 
+/// How long a fork waits for stderr, so that a parent that ends at once, as that of daemon() does,
+/// loses no line.
+constexpr std::chrono::milliseconds forkLimit{100};
+
 /// An error that was written lately, and how often it came again since.
 struct RecentError {
     std::time_t writtenAt = 0;
@@ -41,6 +46,17 @@ struct Log {
     std::mutex lock;
     LogSink sink;                               // empty for stderr
     std::map<std::string, RecentError> recent;  // of the suppressed level, by text
+
+    pa::ForkParticipant emptiesBeforeFork{pa::ForkRank::First,
+                                          {[] { flushLog(forkLimit); }, {}, {}}};
+    pa::ForkParticipant acrossFork{pa::ForkRank::Log,
+                                   {[this] { lock.lock(); }, [this] { lock.unlock(); },
+                                    [this] {
+                                        for (auto& [text, error] : recent) {
+                                            error.repeats = 0;  // the parent tells of them
+                                        }
+                                        lock.unlock();
+                                    }}};
 };
 
 std::string threadName() {
@@ -56,9 +72,9 @@ std::string droppedNotice(unsigned long dropped) {
            '\n';
 }
 
-// Built on first use and never destroyed: threads of the library log before main and after it.
-// exit() runs its handlers in reverse order: what is suppressed is queued before the writer is
-// waited for.
+// Both are built before main or on first use and never destroyed: threads of the library log before
+// main and after it. exit() runs its handlers in reverse order: behind the destructors of static
+// objects, which may log, what is suppressed is queued, and then the writer is waited for.
 pa::StderrWriter& stderrWriter() {
     static pa::StderrWriter& instance = *[] {
         std::atexit([] { flushLog(stderrLimit); });
@@ -76,11 +92,7 @@ Log& theLog() {
     return instance;
 }
 
-/// Has the writer's exit handler run behind the destructors of static objects, which may log.
-struct WriterMadeEarly {
-    WriterMadeEarly() { stderrWriter(); }
-};
-PASDK_EARLIEST const WriterMadeEarly made;
+PASDK_EARLIEST const pa::MadeEarly made(theLog);
 
 [[gnu::format(printf, 1, 0)]] std::string formatted(const char* format, va_list arguments) {
     std::array<char, longestText + 1> buffer{};
@@ -95,6 +107,7 @@ PASDK_EARLIEST const WriterMadeEarly made;
 void write(Log& log, LogLine::Kind kind, int level, std::time_t now, const std::string& text) {
     const LogLine line{kind, level, now, threadName(), text};
     if (log.sink) {
+        const pa::ForkBypass bypass;
         try {
             log.sink(line);
             return;
@@ -173,8 +186,11 @@ void handleError(int level, const char* format, ...) {
 }
 
 LogSink pa::setLogSink(LogSink sink) {
-    flushLog(stderrLimit);
     Log& log = theLog();
+    // The sink hears of what is suppressed before the objects go that it may use.
+    static const int registered = std::atexit(flushSuppressedErrors);
+    static_cast<void>(registered);
+    flushLog(stderrLimit);
     const std::lock_guard guard(log.lock);
     return std::exchange(log.sink, std::move(sink));
 }

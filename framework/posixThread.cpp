@@ -52,7 +52,7 @@ PosixThread::PosixThread(const char* name, std::function<void()> body) {
 }
 
 PosixThread::~PosixThread() {
-    if (joinable_) {
+    if (joinable_ && generation_ == pa::forkGeneration()) {
         pthread_join(thread_, nullptr);
     }
 }

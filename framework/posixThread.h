@@ -3,6 +3,7 @@
 #include <functional>
 #include <pthread.h>
 
+#include "framework/fork.h"
 namespace pa {
 
 /// A thread of the library: it has a name that log lines and debuggers show, and blocks every
@@ -10,7 +11,8 @@ namespace pa {
 /// SIGBUS, SIGFPE, SIGILL, SIGTRAP, SIGABRT, SIGSYS) are unblocked: a fault in a callback reaches
 /// the application's handler, which then runs on this thread.
 ///
-/// The object belongs to the thread that made it. Its destructor joins.
+/// The object belongs to the thread that made it. Its destructor joins, but not in the child of a
+/// fork(): there the thread is not.
 class PosixThread {
 public:
     /// Starts the thread.
@@ -27,6 +29,7 @@ public:
 
 private:
     pthread_t thread_;
+    const unsigned generation_ = pa::forkGeneration();
     bool joinable_ = true;
 };
 

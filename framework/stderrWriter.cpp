@@ -51,6 +51,12 @@ std::size_t endOfPiece(const std::string& lines, std::size_t begin) {
 
 }  // namespace
 
+StderrWriter::StderrWriter(std::size_t capacity, Notice notice)
+    : capacity_(capacity),
+      notice_(notice),
+      acrossFork_(ForkRank::LogWriter, {[this] { lock_.lock(); }, [this] { lock_.unlock(); },
+                                        [this] { becomeChild(); }}) {}
+
 void StderrWriter::add(const std::string& line) {
     const std::lock_guard guard(lock_);
     startThread();
@@ -95,6 +101,17 @@ void StderrWriter::startThread() {
         started_ = true;
     } catch (const std::exception&) {
     }
+}
+
+/// What waits is the parent's. The thread starts with the first line.
+void StderrWriter::becomeChild() {
+    forgetWaiters(changed_);
+    waiting_.clear();
+    handled_ = added_;
+    dropped_ = 0;
+    full_ = false;
+    started_ = false;
+    lock_.unlock();
 }
 
 void StderrWriter::run() {

@@ -7,6 +7,8 @@
 #include <mutex>
 #include <string>
 
+#include "framework/fork.h"
+
 namespace pa {
 
 /// Writes lines to stderr (file descriptor 2) on a thread of its own, so that a stderr that nobody
@@ -22,7 +24,7 @@ public:
 
     /// @param capacity the most bytes of lines that wait
     /// @param notice   called on the writer's thread; when it throws the number stays untold
-    StderrWriter(std::size_t capacity, Notice notice) : capacity_(capacity), notice_(notice) {}
+    StderrWriter(std::size_t capacity, Notice notice);
 
     /// Queues a line, its line end included, and returns at once. From the first line for which
     /// there is no room until all that wait are written, lines are dropped and counted; then the
@@ -44,6 +46,7 @@ private:
     void tellDropped(std::unique_lock<std::mutex>& guard);
     bool writeNotice(unsigned long dropped);
     void startThread();
+    void becomeChild();
     bool noticeIsDue() const { return dropped_ > 0 && !refused_; }
 
     const std::size_t capacity_;
@@ -59,6 +62,8 @@ private:
     bool full_ = false;          // lines are dropped until all that wait are written
     bool refused_ = false;       // stderr did not take the last line
     bool started_ = false;       // the thread runs
+
+    ForkParticipant acrossFork_;
 };
 
 }  // namespace pa

@@ -2,14 +2,19 @@
 
 #include <atomic>
 
+#include "framework/fork.h"
+
 /// Base of an object that runs a thread of its own.
 ///
 /// The thread is a `PosixThread`: it blocks every signal but those of faults. Nothing stops it from
 /// outside, so the object must outlive it; the destructor ends the process (std::terminate) rather
 /// than let a thread run on in a destroyed object.
+///
+/// A thread that runs at a fork() starts anew in the child, a second later: `threadFunction` is
+/// called again. Not so when it is the thread that forks.
 class threadClass {
 public:
-    threadClass() = default;
+    threadClass();
     threadClass(const threadClass&) = delete;
     threadClass& operator=(const threadClass&) = delete;
     virtual ~threadClass();
@@ -26,5 +31,10 @@ public:
     void start(void* argument);
 
 private:
+    void launch();
+    void launchAgain();
+
     std::atomic<bool> running_{false};
+    void* argument_ = nullptr;  // of the thread that runs
+    pa::ForkParticipant acrossFork_;
 };

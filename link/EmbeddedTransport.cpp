@@ -3,6 +3,7 @@
 #include <exception>
 #include <utility>
 
+#include "framework/fork.h"
 #include "framework/log.h"
 
 namespace palink {
@@ -50,6 +51,7 @@ EmbeddedTransport::~EmbeddedTransport() {
 }
 
 void EmbeddedTransport::start(ServerEventSink& sink) {
+    generation_ = pa::forkGeneration();
     {
         const std::lock_guard guard(lock_);
         running_ = true;
@@ -61,6 +63,16 @@ void EmbeddedTransport::start(ServerEventSink& sink) {
 }
 
 void EmbeddedTransport::stop() {
+    if (generation_ != pa::forkGeneration()) {
+        // In the child of a fork: the threads are not here, and the locks may be held for ever.
+        for (std::condition_variable* const waitedFor :
+             {&arrived_, &room_, &delivered_, &meterRequested_}) {
+            pa::forgetWaiters(*waitedFor);
+        }
+        delivery_.reset();
+        meters_.reset();
+        return;
+    }
     {
         const std::lock_guard guard(lock_);
         if (!running_) {

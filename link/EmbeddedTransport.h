@@ -82,8 +82,10 @@ private:
 
     EmbeddedServer& server_;
     const std::size_t maxBytes_;
-    std::unique_ptr<pa::PosixThread> delivery_;  // of start and stop alone
-    std::unique_ptr<pa::PosixThread> meters_;    // of start and stop alone
+    // Of start and stop alone.
+    std::unique_ptr<pa::PosixThread> delivery_;
+    std::unique_ptr<pa::PosixThread> meters_;
+    unsigned generation_ = pa::forkGeneration();  // of the process that has started it
 
     std::mutex lock_;
     std::condition_variable arrived_;         // an event

@@ -158,6 +158,9 @@ void Notifier::letGo() {
 }
 
 std::size_t Notifier::end(std::chrono::milliseconds limit) {
+    if (generation_ != pa::forkGeneration()) {
+        return 0;  // in the child of a fork: the lock may be held for ever
+    }
     State& state = *state_;
     State::Guard guard(state.lock);
     state.changed.wait_for(guard, limit, [&] { return state.isIdle(); });
@@ -174,6 +177,10 @@ std::size_t Notifier::end(std::chrono::milliseconds limit) {
 }
 
 void Notifier::begin() {
+    if (generation_ != pa::forkGeneration()) {
+        state_ = std::make_shared<State>();
+        generation_ = pa::forkGeneration();
+    }
     const State::Guard guard(state_->lock);
     state_->lettingGo = false;
 }

@@ -6,6 +6,8 @@
 #include <functional>
 #include <memory>
 
+#include "framework/fork.h"
+
 namespace palink {
 
 /// Runs steps that wait for their time, in the order in which they were added, on one thread of its
@@ -75,6 +77,7 @@ private:
 
     /// Shared with the thread, which may still be in a step when this object is gone.
     std::shared_ptr<State> state_;
+    unsigned generation_ = pa::forkGeneration();  // of the process that state_ belongs to
 };
 
 }  // namespace palink

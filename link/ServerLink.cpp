@@ -6,6 +6,7 @@
 #include <utility>
 #include <variant>
 
+#include "framework/fork.h"
 #include "framework/levelMeter.h"
 #include "framework/log.h"
 #include "sdk/globals.h"
@@ -14,8 +15,10 @@ namespace palink {
 
 namespace {
 
-/// The link of the process that is started.
+/// The link of the process that is started. That of a parent is none in the child of a fork.
 std::atomic<const ServerLink*> started{nullptr};
+[[maybe_unused]] const auto& acrossFork =
+    *new pa::ForkParticipant(pa::ForkRank::First, {nullptr, nullptr, [] { started = nullptr; }});
 
 }  // namespace
 
@@ -25,6 +28,9 @@ ServerLink::ServerLink(AudioServer& audioServer, Transport& transport)
 ServerLink::~ServerLink() {
     stop();
     gQXReceiver.forget(*this);
+    if (generation_ != pa::forkGeneration()) {
+        pa::forgetWaiters(changed_);
+    }
 }
 
 void ServerLink::start() {

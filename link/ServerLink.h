@@ -8,6 +8,7 @@
 #include <string>
 #include <thread>
 
+#include "framework/fork.h"
 #include "link/HandlerSlot.h"
 #include "link/Router.h"
 #include "link/Transport.h"
@@ -42,6 +43,10 @@ struct ConnectionChange {
 ///     palink::ServerLink link(audioServer, transport);
 ///     link.start();
 ///     if (!link.waitUntilReady(std::chrono::seconds(5))) ...
+///
+/// In the child of a fork() a link that was started before does nothing any more, and a line of
+/// level 1 says so; `stop` and the destructor leave its transport alone. The child starts a link of
+/// its own, with a transport of its own.
 ///
 /// One link of the process may be started at a time. `start` and `stop` are called by one thread;
 /// the other functions by any. None but `isConnected` and the setters of handlers may be called
@@ -142,6 +147,7 @@ private:
     AudioServer& audioServer_;
     Transport& transport_;
     Router router_;
+    const unsigned generation_ = pa::forkGeneration();  // of the process that has made it
     HandlerSlot<Refusal> refusalHandler_;
     HandlerSlot<LevelReading> levelHandler_;
     HandlerSlot<DroppedOperation> dropHandler_;

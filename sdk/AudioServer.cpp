@@ -1,10 +1,54 @@
 #include "sdk/AudioServer.h"
 
+#include <condition_variable>
 #include <exception>
+#include <mutex>
 #include <utility>
 
+#include "framework/earlyObject.h"
+#include "framework/fork.h"
 #include "framework/log.h"
 #include "framework/uuid.h"
+
+namespace {
+
+/// The locks of all facades. A process has one facade, and a fork takes them.
+struct Facades {
+    std::mutex uploads;  // guards the ways
+    std::condition_variable uploadEnded;
+    std::mutex facts;  // guards the media log and what the server says of itself
+
+    pa::ForkParticipant acrossFork{pa::ForkRank::Facades,
+                                   {[this] { uploads.lock(), facts.lock(); }, [this] { unlock(); },
+                                    [this] {
+                                        pa::forgetWaiters(uploadEnded);
+                                        unlock();
+                                    }}};
+
+    void unlock() {
+        facts.unlock();
+        uploads.unlock();
+    }
+};
+
+Facades& facades() {
+    static Facades& theFacades = *new Facades;  // never destroyed, as the threads that use it
+    return theFacades;
+}
+
+PASDK_EARLIEST const pa::MadeEarly made(facades);
+
+}  // namespace
+
+/// A way of uploads, and how many uploads it has at the moment.
+struct AudioServer::Way {
+    /// Whether it leads anywhere: not in the child of a fork, nor do its uploads go on there.
+    bool isOfThisProcess() const { return generation == pa::forkGeneration(); }
+
+    Uploader upload;
+    const unsigned generation = pa::forkGeneration();
+    int underWay = 0;
+};
 
 AudioServer::AudioServer(PAController& controller) : controller_(controller) {
     generateUUID(uuid_);
@@ -23,10 +67,10 @@ PAController& AudioServer::getPAController() const {
 /// One upload on the way in force, from its beginning to its end.
 class AudioServer::Passage {
 public:
-    explicit Passage(AudioServer& server) : server_(server) {
-        const std::lock_guard guard(server_.uploaderLock_);
-        way_ = server_.way_;
-        if (way_ != nullptr) {
+    explicit Passage(AudioServer& server) {
+        const std::lock_guard guard(facades().uploads);
+        if (server.way_ != nullptr && server.way_->isOfThisProcess()) {
+            way_ = server.way_;
             ++way_->underWay;
         }
     }
@@ -34,9 +78,9 @@ public:
     Passage& operator=(const Passage&) = delete;
     ~Passage() {
         if (way_ != nullptr) {
-            const std::lock_guard guard(server_.uploaderLock_);
+            const std::lock_guard guard(facades().uploads);
             --way_->underWay;
-            server_.uploadEnded_.notify_all();
+            facades().uploadEnded.notify_all();
         }
     }
 
@@ -44,7 +88,6 @@ public:
     const Way* way() const { return way_.get(); }
 
 private:
-    AudioServer& server_;
     std::shared_ptr<Way> way_;
 };
 
@@ -65,15 +108,15 @@ int AudioServer::uploadFileToActiveServer(const std::string& localPath,
 
 void AudioServer::setUploader(Uploader uploader) {
     auto way = uploader ? std::make_shared<Way>(Way{std::move(uploader)}) : nullptr;
-    std::unique_lock guard(uploaderLock_);
+    std::unique_lock guard(facades().uploads);
     way_.swap(way);
-    if (way != nullptr) {
-        uploadEnded_.wait(guard, [&way] { return way->underWay == 0; });
+    if (way != nullptr && way->isOfThisProcess()) {
+        facades().uploadEnded.wait(guard, [&way] { return way->underWay == 0; });
     }
 }
 
 void AudioServer::addCampaignLog(const std::string& text) {
-    const std::lock_guard guard(lock_);
+    const std::lock_guard guard(facades().facts);
     campaignLog_.push_back(text);
     if (campaignLog_.size() > campaignLogCapacity) {
         campaignLog_.pop_front();
@@ -81,16 +124,16 @@ void AudioServer::addCampaignLog(const std::string& text) {
 }
 
 std::vector<std::string> AudioServer::getCampaignLog() const {
-    const std::lock_guard guard(lock_);
+    const std::lock_guard guard(facades().facts);
     return {campaignLog_.begin(), campaignLog_.end()};
 }
 
 KeyValueMap AudioServer::getServerInfo() const {
-    const std::lock_guard guard(lock_);
+    const std::lock_guard guard(facades().facts);
     return serverInfo_;
 }
 
 void AudioServer::setServerInfo(const KeyValueMap& info) {
-    const std::lock_guard guard(lock_);
+    const std::lock_guard guard(facades().facts);
     serverInfo_ = info;
 }

@@ -1,10 +1,8 @@
 #pragma once
 
-#include <condition_variable>
 #include <deque>
 #include <functional>
 #include <memory>
-#include <mutex>
 #include <string>
 #include <vector>
 
@@ -34,7 +32,9 @@ public:
     AudioServer& operator=(const AudioServer&) = delete;
     ~AudioServer();
 
-    /// This client's own UUID, the same for the object's whole life.
+    /// This client's own UUID, the same for the object's whole life, and in the child of a fork():
+    /// a daemon goes on as the client that it was. A child that is to be a client beside its parent
+    /// makes a facade of its own.
     [[nodiscard]] std::string getUUID() const;
 
     /// The process's controller.
@@ -63,21 +63,13 @@ public:
     void setServerInfo(const KeyValueMap& info);
 
 private:
-    /// A way of uploads, and how many uploads it has at the moment.
-    struct Way {
-        Uploader upload;
-        int underWay = 0;  // guarded by uploaderLock_
-    };
+    struct Way;
     class Passage;
 
     PAController& controller_;
     std::string uuid_;  // never changes
 
-    std::mutex uploaderLock_;
-    std::condition_variable uploadEnded_;
-    std::shared_ptr<Way> way_;  // guarded by uploaderLock_; null for none
-
-    mutable std::mutex lock_;
-    std::deque<std::string> campaignLog_;  // guarded by lock_
-    KeyValueMap serverInfo_;               // guarded by lock_
+    std::shared_ptr<Way> way_;             // null for none
+    std::deque<std::string> campaignLog_;  // oldest first
+    KeyValueMap serverInfo_;
 };

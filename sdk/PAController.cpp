@@ -24,9 +24,21 @@ PASDK_EARLIEST const pa::EarlyObject<PAController> made(storage);
 
 constexpr PAController& gPaController = storage.object;
 
-PAController::PAController() {
+PAController::PAController() : acrossFork(pa::ForkRank::Controller, forkHooks()) {
     paControllerMtx.init();
     start(nullptr);
+}
+
+pa::ForkHooks PAController::forkHooks() {
+    const auto enter = [this]() PASDK_NO_THREAD_SAFETY_ANALYSIS {
+        paControllerMtx.enter();
+        lookupLock.lock();
+    };
+    const auto leave = [this]() PASDK_NO_THREAD_SAFETY_ANALYSIS {
+        lookupLock.unlock();
+        paControllerMtx.leave();
+    };
+    return {enter, leave, leave};
 }
 
 PAController::~PAController() = default;

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "framework/eventQueue.h"
+#include "framework/fork.h"
 #include "framework/localMutex.h"
 #include "framework/log.h"
 #include "framework/threadAnnotations.h"
@@ -435,6 +436,7 @@ private:
         bool isDone;                      // the lock is as wanted already
         std::optional<std::time_t> sent;  // when the server was asked; nothing when it was not
     };
+    pa::ForkHooks forkHooks();
     std::vector<PAControllerObserver*> observers() const;
     void reportThrowingObserver();
     void renewSourceLocks() PASDK_REQUIRES(paControllerMtx);
@@ -495,6 +497,9 @@ private:
     /// Where availablePaSourcesLockStatus has the first entry of a source.
     std::unordered_map<int, std::size_t> lockIndex PASDK_GUARDED_BY(paControllerMtx);
     Deletion deletion PASDK_GUARDED_BY(paControllerMtx);
+
+    /// Keeps both locks, and what they guard, usable in the child of fork().
+    pa::ForkParticipant acrossFork;
 };
 
 /// The controller of the process: ready before main and in every static constructor (but for one

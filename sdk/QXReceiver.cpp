@@ -11,6 +11,8 @@
 #include <utility>
 
 #include "framework/clock.h"
+#include "framework/earlyObject.h"
+#include "framework/fork.h"
 #include "framework/log.h"
 #include "framework/posixThread.h"
 #include "sdk/SendQueue.h"
@@ -104,17 +106,13 @@ private:
 /// The queue, its sender and the thread between them.
 class Sending {
 public:
-    Sending() {
-        PosixThread thread("send-queue", [this] { run(); });
-        thread.detach();
-    }
-
     void add(int destination, int operationClass, int operationNumber, int flag,
              const std::string& payload) {
         Reason reason = Reason::QueueFull;
         try {
             Operation operation{destination, operationClass, operationNumber, flag, payload};
             const std::lock_guard guard(lock_);
+            startThread();
             if (closed_) {
                 reason = Reason::Stopped;
             } else if (queue_.push(std::move(operation), monotonicMS())) {
@@ -134,6 +132,7 @@ public:
 
     void open(DropListener& listener) {
         const std::lock_guard guard(lock_);
+        startThread();
         listener_ = &listener;
         closed_ = false;
         abandoned_ = false;
@@ -141,6 +140,8 @@ public:
 
     void connect(OperationSender& sender) {
         const std::lock_guard guard(lock_);
+        startThread();
+        startThread();
         sender_ = &sender;
         retryAt_ = {};
         wake();
@@ -204,6 +205,58 @@ private:
 
     /// What the thread waits for while it rests.
     enum class Rest { None, ForWork, ForLink };
+
+    void startThread() {
+        if (!started_) {
+            PosixThread thread("send-queue", [this] { run(); });
+            thread.detach();
+            started_ = true;
+        }
+    }
+
+    /// The parent has the link, sends what waits and tells of what it has dropped.
+    void becomeChild() {
+        pa::forgetWaiters(work_);
+        pa::forgetWaiters(progress_);
+        linkLeft_ = linkLeft_ || (listener_ != nullptr && !closed_);
+        listener_ = nullptr;
+        telling_ = nullptr;
+        sender_ = nullptr;
+        for (; !queue_.empty(); queue_.pop()) {
+            ++operationsLeft_;
+        }
+        drops_ = {};
+        toTell_ = {};
+        told_ = dropped_;
+        sending_ = false;
+        closed_ = false;
+        abandoned_ = false;
+        resting_ = Rest::None;
+        started_ = false;
+        if (linkLeft_ || operationsLeft_ > 0) {
+            pa::goOnInChild([this] { tellOfFork(); });
+        }
+        lock_.unlock();
+    }
+
+    void tellOfFork() {
+        std::unique_lock guard(lock_);
+        const bool linkLeft = linkLeft_;
+        const unsigned long operationsLeft = operationsLeft_;
+        guard.unlock();
+        if (linkLeft) {
+            handleError(1,
+                        "the server link does not work in the child of fork(): start the link "
+                        "after fork()");
+        }
+        if (operationsLeft > 0) {
+            handleError(2, "operations that waited at fork() are left to the parent: %lu",
+                        operationsLeft);
+        }
+        guard.lock();
+        linkLeft_ = false;
+        operationsLeft_ = 0;
+    }
 
     void run() {
         std::unique_lock guard(lock_);
@@ -360,9 +413,16 @@ private:
     DropListener* listener_ = nullptr;
     DropListener* telling_ = nullptr;  // the listener in use, outside the lock
     DropList drops_;
-    DropList toTell_;            // of the thread alone: filled by exchange with drops_
-    std::uint64_t dropped_ = 0;  // on applications' threads, ever
-    std::uint64_t told_ = 0;     // of these
+    DropList toTell_;                   // of the thread alone: filled by exchange with drops_
+    std::uint64_t dropped_ = 0;         // on applications' threads, ever
+    std::uint64_t told_ = 0;            // of these
+    bool started_ = false;              // the thread runs
+    bool linkLeft_ = false;             // a child whose parent had a link, not told of yet
+    unsigned long operationsLeft_ = 0;  // as above: what waited
+
+    pa::ForkParticipant acrossFork_{
+        pa::ForkRank::SendQueue,
+        {[this] { lock_.lock(); }, [this] { lock_.unlock(); }, [this] { becomeChild(); }}};
 };
 
 // Built on first use and never destroyed: threads of the library may queue at any time.
@@ -370,6 +430,8 @@ Sending& sending() {
     static Sending& instance = *new Sending;
     return instance;
 }
+
+PASDK_EARLIEST const pa::MadeEarly made(sending);
 
 }  // namespace
 

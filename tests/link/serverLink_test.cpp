@@ -166,25 +166,46 @@ TEST_F(ServerLinkTest, LeavesNothingBehindThatLevelMetersWouldCall) {
     }
 }
 
-TEST_F(ServerLinkTest, MayStopAndStartAgain) {
-    ASSERT_TRUE(link.waitUntilReady(10s));
-    link.stop();
-    EXPECT_FALSE(link.isConnected());
-    EXPECT_NE(audioServer.uploadFileToActiveServer("/a", "/good"), 1);
-    link.start();
-    EXPECT_TRUE(link.waitUntilReady(10s));
-}
-
 std::atomic<bool> timePasses{true};
 
-TEST_F(ServerLinkTest, StopsThoughNotificationsHaveFilledTheirRoom) {
-    ASSERT_TRUE(link.waitUntilReady(10s));
+/// From now on a pause lasts until time passes again.
+void holdTime() {
     timePasses = false;
     skipPauses([](int) {
         while (!timePasses) {
             std::this_thread::yield();
         }
     });
+}
+
+TEST_F(ServerLinkTest, MayStopAndStartAgain) {
+    ASSERT_TRUE(link.waitUntilReady(10s));
+    link.stop();
+    EXPECT_FALSE(link.isConnected());
+    EXPECT_NE(audioServer.uploadFileToActiveServer("/a", "/good"), 1);
+    gPaController.initPaResources();
+    holdTime();
+    link.start();
+    while (gPaController.getPaZones().empty()) {
+        std::this_thread::yield();  // until the source before the zone has been merged
+    }
+    bool passed = false;
+    std::thread waiting([&] {
+        link.waitUntilHandled();
+        passed = timePasses;
+    });
+    for (int i = 0; i < 1000; ++i) {
+        std::this_thread::yield();
+    }
+    timePasses = true;
+    waiting.join();
+    EXPECT_TRUE(passed) << "the source is told of before";
+    EXPECT_TRUE(link.waitUntilReady(10s));
+}
+
+TEST_F(ServerLinkTest, StopsThoughNotificationsHaveFilledTheirRoom) {
+    ASSERT_TRUE(link.waitUntilReady(10s));
+    holdTime();
     constexpr int room = palink::Notifier::capacity;
     for (int key = 1; key <= room + 10; ++key) {
         server.say(palink::Record{3, palink::RecordKind::Source, key, {std::to_string(key)}});

@@ -149,6 +149,13 @@ void subscribeUnsubscribeToResAmpVUMeterElement(bool subscribe, int element) {
     note(std::string("meter ") + (subscribe ? "on " : "off ") + std::to_string(element));
 }
 
+pa::ForkParticipant::ForkParticipant(ForkRank rank, ForkHooks hooks)
+    : rank_(rank), hooks_(std::move(hooks)) {}
+
+pa::ForkParticipant::~ForkParticipant() = default;
+
+threadClass::threadClass() : acrossFork_(pa::ForkRank::Controller, {}) {}
+
 threadClass::~threadClass() = default;
 
 void threadClass::start(void* argument) {
@@ -157,7 +164,7 @@ void threadClass::start(void* argument) {
 
 qxMutexBase::~qxMutexBase() = default;
 
-qxLocalMutex::qxLocalMutex(bool /*reentrant*/) : mutex_{} {}
+qxLocalMutex::qxLocalMutex(bool reentrant) : reentrant_(reentrant) {}
 
 qxLocalMutex::~qxLocalMutex() = default;
 
