@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <condition_variable>
 #include <cstdint>
-#include <deque>
 #include <exception>
 #include <mutex>
 #include <new>
@@ -15,6 +14,7 @@
 #include "framework/fork.h"
 #include "framework/log.h"
 #include "framework/posixThread.h"
+#include "sdk/DropList.h"
 #include "sdk/SendQueue.h"
 #include "sdk/requestId.h"
 
@@ -22,86 +22,7 @@ using namespace pa;
 
 namespace {
 
-using pa::DroppedOperation;
 using Reason = DroppedOperation::Reason;
-
-const char* textOf(Reason reason) {
-    switch (reason) {
-        case Reason::QueueFull:
-            return "the send queue is full";
-        case Reason::WaitedTooLong:
-            return "the link was down";
-        case Reason::Stopped:
-            return "the link was stopped";
-        case Reason::Refused:
-            return "the transport has refused it";
-        case Reason::Unlisted:
-            break;
-    }
-    return "too many to list each";
-}
-
-void report(const DroppedOperation& dropped) {
-    if (dropped.reason == Reason::Unlisted) {
-        handleError(2, "%zu more operations dropped: %s", dropped.count, dropped.text.c_str());
-        return;
-    }
-    const std::string request =
-        dropped.requestId.empty() ? "" : " of request >" + dropped.requestId + "<";
-    handleError(2, "operation %d/%d%s dropped after %lld ms: %s", dropped.operationClass,
-                dropped.operationNumber, request.c_str(), static_cast<long long>(dropped.ageMS),
-                dropped.text.c_str());
-}
-
-/// The operations that were dropped on an application's thread, until they are told of: bounded,
-/// and what exceeds the bound is counted. A plain value without a lock.
-class DropList {
-public:
-    void add(Reason reason, int operationClass, int operationNumber,
-             const std::string& payload) noexcept {
-        try {
-            DroppedOperation dropped;
-            dropped.reason = reason;
-            dropped.operationClass = operationClass;
-            dropped.operationNumber = operationNumber;
-            dropped.requestId = pa::requestIdOf(operationClass, operationNumber, payload);
-            const std::size_t bytes = dropped.requestId.size() + overhead;
-            if (bytes > maxBytes - std::min(bytes_, maxBytes)) {
-                ++unlisted_;
-                return;
-            }
-            drops_.push_back(std::move(dropped));
-            bytes_ += bytes;
-        } catch (const std::bad_alloc&) {
-            ++unlisted_;
-        }
-    }
-
-    /// Takes the next to tell of; what was not listed comes last.
-    std::optional<DroppedOperation> take() {
-        DroppedOperation next;
-        if (!drops_.empty()) {
-            next = std::move(drops_.front());
-            drops_.pop_front();
-        } else if (unlisted_ > 0) {
-            next.reason = Reason::Unlisted;
-            next.count = std::exchange(unlisted_, 0);
-        } else {
-            return std::nullopt;
-        }
-        return next;
-    }
-
-    bool empty() const { return drops_.empty() && unlisted_ == 0; }
-
-private:
-    static constexpr std::size_t maxBytes = std::size_t{16} << 20U;
-    static constexpr std::size_t overhead = 128;  // the struct, and the block of the identifier
-
-    std::deque<DroppedOperation> drops_;
-    std::size_t bytes_ = 0;     // of all that were listed
-    std::size_t unlisted_ = 0;  // beyond the bound
-};
 
 /// The queue, its sender and the thread between them.
 class Sending {

@@ -10,6 +10,7 @@
 
 #include "framework/clock.h"
 #include "framework/log.h"
+#include "sdk/DropList.h"
 #include "sdk/globals.h"
 #include "sdk/requestId.h"
 
@@ -65,6 +66,18 @@ TEST(RequestIdTest, IsReadFromThePayloadsThatHaveOne) {
     EXPECT_EQ(pa::requestIdOf(92, 17, R"("cut off)"), R"("cut off)");
     EXPECT_EQ(pa::requestIdOf(92, 17, R"("cut off\)"), R"("cut off\)");
     EXPECT_EQ(pa::requestIdOf(92, 17, ""), "");
+}
+
+TEST(DropListTest, HasRoomAgainForWhatHasBeenTaken) {
+    const std::string payload = '"' + std::string(std::size_t{9} << 20U, 'i') + '"';
+    pa::DropList list;
+    for (int i = 0; i < 3; ++i) {
+        list.add(pa::DroppedOperation::Reason::QueueFull, 92, 17, payload);
+        list.add(pa::DroppedOperation::Reason::QueueFull, 92, 17, payload);
+        EXPECT_EQ(list.take()->requestId.size(), payload.size() - 2);
+        EXPECT_EQ(list.take()->reason, pa::DroppedOperation::Reason::Unlisted);
+        EXPECT_TRUE(list.empty());
+    }
 }
 
 std::atomic<std::int64_t> nowMS{0};

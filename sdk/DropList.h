@@ -1,0 +1,36 @@
+#pragma once
+
+#include <cstddef>
+#include <deque>
+#include <optional>
+#include <string>
+
+#include "sdk/DroppedOperation.h"
+
+namespace pa {
+
+/// A reason in words.
+const char* textOf(DroppedOperation::Reason reason);
+
+/// Writes the line of a dropped operation to the log.
+void report(const DroppedOperation& dropped);
+
+/// The operations that were dropped on an application's thread, until they are told of: bounded by
+/// 16 MiB, and what exceeds the bound is counted. A plain value without a lock.
+class DropList {
+public:
+    void add(DroppedOperation::Reason reason, int operationClass, int operationNumber,
+             const std::string& payload) noexcept;
+
+    /// Takes the next to tell of; what was not listed comes last.
+    std::optional<DroppedOperation> take();
+
+    bool empty() const { return drops_.empty() && unlisted_ == 0; }
+
+private:
+    std::deque<DroppedOperation> drops_;
+    std::size_t bytes_ = 0;     // of those that are listed
+    std::size_t unlisted_ = 0;  // beyond the bound
+};
+
+}  // namespace pa
