@@ -75,6 +75,7 @@ TEST(LinkStormTest, ALinkStartsAndStopsInTheMiddle) {
             EXPECT_EQ(steps.last, State::Stopped);
         }
     }
+    gQXReceiver.abandon();  // returns when every drop has been told of
     EXPECT_GT(server.operations, 0);
     EXPECT_GT(server.uploads, 0);
     EXPECT_GT(dropped, 0) << "what is asked for while the link is stopped";

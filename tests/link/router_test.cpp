@@ -216,6 +216,7 @@ TEST_F(RouterTest, SaysHowManyNotificationsItsEndCosts) {
     EXPECT_EQ(gPaController.getPaSources().size(), 3U) << "a link that stops resets nothing";
     router.end(std::chrono::milliseconds(0));
     timePasses = true;
+    pa::setLogSink({});
     EXPECT_EQ(errors, "the link has stopped: 3 notifications of records are dropped");
     router.begin();
     tellSource(4, "");
@@ -228,6 +229,7 @@ TEST_F(RouterTest, ReportsAKindThatItDoesNotKnow) {
     std::string errors;
     pa::setLogSink([&errors](const pa::LogLine& line) { errors += line.text; });
     router.handle(Record{server, static_cast<RecordKind>(77), 5, {"x"}});
+    pa::setLogSink({});
     EXPECT_EQ(errors, "record of unknown kind >77< key >5< dropped");
     EXPECT_EQ(notes().take(), "");
 }
