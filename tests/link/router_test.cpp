@@ -175,7 +175,7 @@ TEST_F(RouterTest, RecordsWaitNeitherForEachOthersPauseNorForAThread) {
     for (const PaSource& source : gPaController.getPaSources()) {
         EXPECT_EQ(source.label, "c") << "merged on arrival";
     }
-    EXPECT_EQ(threads(), before);
+    EXPECT_LE(threads(), before) << "fewer when that of a router before has just ended";
     timePasses = true;
     router.waitUntilIdle();
     std::string expected;
