@@ -1,6 +1,7 @@
 #include "framework/localMutex.h"
 
 #include <cerrno>
+#include <new>
 #include <system_error>
 
 #include "framework/log.h"
@@ -13,6 +14,7 @@ qxLocalMutex::~qxLocalMutex() = default;
 
 void qxLocalMutex::enter() {
     if (!heldByThisThread()) {
+        const std::lock_guard turn(turn_);
         mutex_.lock();
         holder_.store(pthread_self(), std::memory_order_relaxed);
     } else if (!reentrant_) {
@@ -40,6 +42,10 @@ void qxLocalMutex::assertLocked(const char* where) {
     if (!heldByThisThread()) {
         handleError(1, "%s: called without the mutex", where);
     }
+}
+
+void qxLocalMutex::forgetWaiters() {
+    new (&turn_) std::mutex;
 }
 
 bool qxLocalMutex::heldByThisThread() const {

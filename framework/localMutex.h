@@ -47,6 +47,9 @@ public:
     /// Whether the calling thread is inside. Never waits.
     bool heldByThisThread() const;
 
+    /// In the child of a fork, by its holder: who waited for the mutex is not there.
+    void forgetWaiters();
+
 private:
     static constexpr pthread_t nobody = 0;  // a thread of Linux is an address
 
@@ -54,6 +57,9 @@ private:
     // One that does not check its holder: to the system a thread that has forked is another one in
     // the child, and could not give back a recursive mutex.
     std::mutex mutex_;
+    // Of the thread that gets mutex_ next. A thread that gives mutex_ back and wants it again waits
+    // here behind the one that is being woken: who enters in a loop shuts out nobody.
+    std::mutex turn_;
     // Written by the holder alone. Its pthread_t is the same in the child.
     std::atomic<pthread_t> holder_{nobody};
     int depth_ = 0;  // guarded by mutex_

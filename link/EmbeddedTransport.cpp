@@ -151,7 +151,7 @@ void EmbeddedTransport::deliver(ServerEvent event) {
     }
     queue_.push_back({std::move(event), bytes});
     bytes_ += bytes;
-    full_ = bytes_ >= maxBytes_;
+    full_ = full_ || bytes_ >= maxBytes_;  // until half of it has been delivered
     arrived_.notify_one();
 }
 

@@ -36,7 +36,8 @@ struct Notifier::State {
         return found == counts.end() ? Count{} : found->second;
     }
 
-    bool isIdle() const { return steps.empty() && !isRunning; }
+    bool isIdle() const { return steps.empty() && !isRunning && leftRunning == 0; }
+    bool hasRoom() const { return bytes < capacity * stepBytes; }
 
     /// Waits for the time of the first step and runs it.
     /// @return false when the notifier has ended meanwhile
@@ -52,7 +53,9 @@ struct Notifier::State {
         }
         const Step step = std::move(steps.front());
         steps.pop_front();
-        if (steps.size() == roomAgain) {
+        const bool hadRoomAgain = bytes <= roomAgain;
+        bytes -= stepBytes + step.bytes;
+        if (!hadRoomAgain && bytes <= roomAgain) {
             changed.notify_all();
         }
         isRunning = true;
@@ -60,6 +63,8 @@ struct Notifier::State {
         step.run();
         guard.lock();
         if (ends != round) {
+            --leftRunning;
+            changed.notify_all();
             return false;
         }
         isRunning = false;
@@ -81,18 +86,20 @@ struct Notifier::State {
         } while (ends == round && runNext(guard));
     }
 
-    /// Whoever waits for room is woken when so many steps are left, not for each one.
-    static constexpr std::size_t roomAgain = capacity / 4 * 3;
+    /// Whoever waits for room is woken when so much is left, not for each step.
+    static constexpr std::size_t roomAgain = capacity * stepBytes / 4 * 3;
 
     std::mutex lock;
     std::condition_variable added;    // for the thread
     std::condition_variable changed;  // there is room, the last step has run, or nobody is to wait
     // Guarded by lock.
     std::deque<Step> steps;
+    std::size_t bytes = 0;  // of the steps
     std::unordered_map<std::uint64_t, Count> counts;
     unsigned ends = 0;  // counts the calls of `end`: the thread of an earlier round leaves
     bool hasThread = false;
     bool isRunning = false;
+    int leftRunning = 0;  // steps that were running at an end
     bool lettingGo = false;
 };
 
@@ -105,17 +112,20 @@ Notifier::~Notifier() {
 bool Notifier::waitForRoom() {
     State& state = *state_;
     State::Guard guard(state.lock);
-    state.changed.wait(guard, [&] { return state.steps.size() < capacity || state.lettingGo; });
-    return state.steps.size() < capacity;
+    state.changed.wait(guard, [&] { return state.hasRoom() || state.lettingGo; });
+    return state.hasRoom();
 }
 
 void Notifier::add(Step step) {
     State& state = *state_;
     State::Guard guard(state.lock);
     Count& count = state.counts[index(step.kind, step.key)];
-    ++count.steps;
-    count.holding += step.holdsKey ? 1 : 0;
+    const bool holdsKey = step.holdsKey;
+    const std::size_t bytes = stepBytes + step.bytes;
     state.steps.push_back(std::move(step));
+    state.bytes += bytes;
+    ++count.steps;
+    count.holding += holdsKey ? 1 : 0;
     if (!state.hasThread) {
         try {
             pa::PosixThread thread(
@@ -163,12 +173,15 @@ std::size_t Notifier::end(std::chrono::milliseconds limit) {
     }
     State& state = *state_;
     State::Guard guard(state.lock);
-    state.changed.wait_for(guard, limit, [&] { return state.isIdle(); });
+    constexpr std::chrono::milliseconds longestLimit = std::chrono::hours(24);
+    state.changed.wait_for(guard, std::min(limit, longestLimit), [&] { return state.isIdle(); });
     const std::size_t dropped = state.steps.size();
     state.steps.clear();
+    state.bytes = 0;
     state.counts.clear();
     ++state.ends;
     state.hasThread = false;
+    state.leftRunning += state.isRunning ? 1 : 0;
     state.isRunning = false;
     state.lettingGo = true;
     state.changed.notify_all();

@@ -18,6 +18,7 @@ namespace palink {
 /// behind a step that holds its key.
 ///
 /// Every function may be called from any thread but from a step; `begin` and `end` by one thread.
+/// When the system has no thread, steps run inside `add`, on the thread that adds them.
 class Notifier {
 public:
     /// One step. Must not throw.
@@ -29,9 +30,14 @@ public:
         std::int64_t dueMS = 0;  ///< by `monotonicMS`; one that is past: as soon as its turn comes
         bool holdsKey = false;   ///< what concerns the key waits behind it
         Job run{};
+        std::size_t bytes = 0;  ///< what the job holds beside itself
     };
 
-    /// The most steps that wait; each takes about 100 bytes.
+    /// What a step takes, about, beside what its job holds.
+    static constexpr std::size_t stepBytes = 100;
+
+    /// The most steps that wait when their jobs hold nothing: there is room up to this number of
+    /// times `stepBytes`.
     static constexpr std::size_t capacity = 100'000;
 
     /// The longest time for which a step is waited for, in ms, should the clock jump.
@@ -47,8 +53,7 @@ public:
     /// @return false when there is none and `letGo` has been called
     bool waitForRoom();
 
-    /// Adds a step, also when there is no room. Runs what waits itself when the system has no
-    /// thread for it.
+    /// Adds a step, also when there is no room.
     void add(Step step);
 
     /// Whether a step for the kind and the key waits or runs.
@@ -57,7 +62,7 @@ public:
     /// Whether one of these holds the key.
     bool isHeld(int kind, int key) const;
 
-    /// Waits until no step waits or runs.
+    /// Waits until no step waits or runs, nor one that `end` has left running.
     /// @return false when some do and `letGo` has been called
     bool waitUntilIdle();
 

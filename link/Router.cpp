@@ -71,6 +71,16 @@ void guarded(const char* what, int kind, int key, Handler handler) {
     }
 }
 
+/// What a record that waits takes, about.
+std::size_t bytesOf(const pa::RecordFields& fields) {
+    constexpr std::size_t perField = sizeof(pa::RecordFields::value_type) + sizeof(TEVnode);
+    std::size_t bytes = fields.size() * perField;
+    for (const auto& field : fields) {
+        bytes += field ? field->size() : 0;
+    }
+    return bytes;
+}
+
 /// The second half of a record's handler.
 void notify(PAController& controller, const Route& route, int key, MergeResult result) {
     if (result != MergeResult::Dropped) {
@@ -134,13 +144,16 @@ void Router::handleWithPause(const Route& route, int key, pa::RecordFields field
         return;
     }
     // Behind the withdrawal of its key.
+    const std::size_t bytes = bytesOf(fields);
     const auto list = std::make_shared<pa::RecordList>(std::move(fields));
     const auto result = std::make_shared<MergeResult>(MergeResult::Dropped);
-    notifier_.add({kind, key, 0, true, [&controller, &route, key, list, result] {
+    notifier_.add({kind, key, 0, true,
+                   [&controller, &route, key, list, result] {
                        guarded("record", static_cast<int>(route.kind), key, [&] {
                            *result = (controller.*route.halves.merge)(key, list->list());
                        });
-                   }});
+                   },
+                   bytes});
     notifier_.add({kind, key, due, false, [&controller, &route, key, result] {
                        notify(controller, route, key, *result);
                    }});
@@ -183,7 +196,8 @@ void Router::letGo() {
 
 void Router::end(std::chrono::milliseconds limit) {
     if (const std::size_t dropped = notifier_.end(limit); dropped > 0) {
-        handleError(2, "the link has stopped: %zu notifications of records are dropped", dropped);
+        handleError(2, "the link has stopped: %zu notifications and withdrawals are dropped",
+                    dropped);
     }
 }
 

@@ -45,6 +45,11 @@ void ServerLink::start() {
     }
     try {
         gQXReceiver.open(*this);
+    } catch (...) {
+        started = nullptr;
+        throw;
+    }
+    try {
         pa::store(gAudioServerInstance, &audioServer_);
         audioServer_.setUploader(
             [this](const std::string& localPath, const std::string& serverPath) {
@@ -53,7 +58,7 @@ void ServerLink::start() {
         router_.begin();
         transport_.start(*this);
     } catch (...) {
-        end(std::chrono::milliseconds(0));
+        stop(std::chrono::milliseconds(0));
         throw;
     }
 }
@@ -68,8 +73,8 @@ void ServerLink::stop(std::chrono::milliseconds limit) {
 
 void ServerLink::end(std::chrono::milliseconds limit) {
     gQXReceiver.close(limit);
-    router_.letGo();  // the transport's thread may wait for a slow observer
     audioServer_.setUploader({});
+    router_.letGo();  // the transport's thread may wait for a slow observer
     transport_.stop();
     pa::setLevelMeterSwitch({});  // not before: a connection that is just being made sets it
     gQXReceiver.abandon();        // not before: the transport may hold up what is being sent

@@ -88,7 +88,9 @@ public:
     ~ServerLink() override;
 
     /// Sets the process's `gAudioServerInstance` and begins to connect. The application sets
-    /// `gDeviceIPAddress` before. Does nothing when the link is started.
+    /// `gDeviceIPAddress` before. A transport may hold the caller back while a server has more to
+    /// say than it takes, so the caller holds nothing that an observer waits for. Does nothing when
+    /// the link is started.
     /// @throws std::logic_error when another link of the process is started; nothing has changed
     /// @throws std::exception   when the transport cannot start; the link is stopped
     void start();
@@ -97,8 +99,8 @@ public:
     /// dropped. Those that wait are sent for up to `limit`, as long as the transport is connected;
     /// when this returns each that was left has been dropped, reported and told of. Then the
     /// observers have `limit` to be told of the records that have arrived; an observer that takes
-    /// longer costs the others, which are counted and reported. Does nothing when the link is
-    /// stopped.
+    /// longer costs the others, which are counted and reported. Uploads that are under way are
+    /// waited for, whatever the limit. Does nothing when the link is stopped.
     void stop(std::chrono::milliseconds limit = std::chrono::seconds(1));
 
     /// Waits until everything that the server holds is in the caches, and the connection handler

@@ -120,7 +120,11 @@ void PAController::addUpdateAnnouncementRequest(int elemNo, TEVlist* elemArgList
         const LeafGuard leaf(lookupLock);
         activeAnnouncementRequestList[elemNo] = request;
     }
-    notifyObservers(&PAControllerObserver::onMessageUpdate, request);
+    const auto isActive = [&] {
+        const LeafGuard leaf(lookupLock);
+        return activeAnnouncementRequestList.count(elemNo) > 0;
+    };
+    notifyWhile(isActive, &PAControllerObserver::onMessageUpdate, request);
 }
 
 std::vector<AnnouncementRequest> PAController::getAnnouncementRequests() const {

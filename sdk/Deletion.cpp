@@ -192,7 +192,7 @@ void PAController::runWithdrawals() {
         try {
             removeWithdrawn(next);
         } catch (...) {
-            deletion.isRunning = false;
+            deletion = {};
             throw;
         }
     }

@@ -38,7 +38,11 @@ pa::ForkHooks PAController::forkHooks() {
         lookupLock.unlock();
         paControllerMtx.leave();
     };
-    return {enter, leave, leave};
+    const auto goOn = [this, leave]() PASDK_NO_THREAD_SAFETY_ANALYSIS {
+        paControllerMtx.forgetWaiters();
+        leave();
+    };
+    return {enter, leave, goOn};
 }
 
 PAController::~PAController() = default;

@@ -83,6 +83,13 @@ public:
     ///              11 announcement requests, 18 schedules, 20 zones, 0 all
     /// @param key   cache key of the entry, 0 for every entry
     void deleteAudioVideoControllerInfo(int dstNo, int kind, int key);
+    /// @}
+
+    /// @name The two halves of the record handlers that pause
+    /// `addUpdatePaSource` and `updateScheduleList` are the first half, the pause and the second
+    /// half, on the calling thread. A server link that must not wait calls the halves itself. The
+    /// second half tells of the entry as it is then; when it is gone, it does nothing.
+    /// @{
 
     /// How long the records of sources and schedules pause between their merge into the cache and
     /// the notification of the observers, in ms: a synchronous operation that waits for the record
@@ -96,16 +103,10 @@ public:
         Changed,
     };
 
-    /// @name The two halves of the record handlers that pause
-    /// `addUpdatePaSource` and `updateScheduleList` are the first half, the pause and the second
-    /// half, on the calling thread. A server link that must not wait calls the halves itself. The
-    /// second half tells of the entry as it is then; when it is gone, it does nothing.
-    /// @{
     [[nodiscard]] MergeResult mergePaSource(int key, TEVlist* record);
     void notifyPaSource(int key, MergeResult result);
     [[nodiscard]] MergeResult mergeSchedule(int scheduleId, TEVlist* record);
     void notifySchedule(int scheduleId, MergeResult result);
-    /// @}
     /// @}
 
     /// @name Sources
@@ -180,8 +181,8 @@ public:
     [[nodiscard]] std::vector<PaZone> getPaZones() const;
 
     /// The zone with a cache key, as its events bear it; nothing for an unknown one. On an indirect
-    /// connection without an active audio server a zone of the local server, else of the active
-    /// one.
+    /// connection whose active audio server is none, or the local one, a zone of the local server,
+    /// else of the active one.
     [[nodiscard]] std::optional<PaZone> findPaZone(int key) const;
     /// @}
 
@@ -405,8 +406,14 @@ private:
     void notifyObservers(void (PAControllerObserver::*slot)(Parameters...),
                          const Arguments&... arguments);
 
+    /// The same, for as long as the condition holds before each: who hears that an entry is gone
+    /// must not hear of it afterwards.
+    template <class Condition, class... Parameters, class... Arguments>
+    void notifyWhile(Condition holds, void (PAControllerObserver::*slot)(Parameters...),
+                     const Arguments&... arguments);
+
     /// Tells the observers of a changed entry and posts its event. Nothing happens when the entry
-    /// is gone, or goes in a callback.
+    /// is gone, nor any more when it goes in a callback.
     template <class Record>
     void publish(std::map<int, Record>& cache, int key, bool changed,
                  void (PAControllerObserver::*slot)(Record), EventItem::EVENT_TYPE event)
@@ -426,7 +433,7 @@ private:
     struct Deletion {
         bool isRunning = false;
         std::deque<Withdrawal> waiting;
-        bool resetWaits = false;
+        bool resetWaits = false;  // an initPaResources, behind all of these
     };
     void removeWithdrawn(const Withdrawal& withdrawal) PASDK_REQUIRES(paControllerMtx);
     void runWithdrawals() PASDK_REQUIRES(paControllerMtx);

@@ -11,13 +11,14 @@
 ///
 /// Every callback runs with the controller's mutex held: on a thread of the server link, for what
 /// has waited too long on the controller's worker, and on that of a caller who deletes entries or
-/// empties the caches; `onMessageDelete` after a failed upload
-/// alone runs on the thread that played the message, with whatever it holds. A callback may call
-/// getters and operations of the controller; it must not wait for another thread that does, nor for
-/// an answer of the server, as playing a message with a local file does. `attachPaSource`,
-/// `detachPaSource` and `createScheduleSync` send their request and give up at once. What a delete
-/// callback asks to be deleted is deleted after the deletion that is under way. An exception that
-/// leaves a callback is reported and the next observer is called.
+/// empties the caches; `onMessageDelete` after a failed upload alone runs on the thread that played
+/// the message, with whatever it holds. A callback may call getters and operations of the
+/// controller; it must not wait for another thread that does, nor for an answer of the server, as
+/// playing a message with a local file does. `attachPaSource`, `detachPaSource` and
+/// `createScheduleSync` send their request and give up at once. What a delete callback asks to be
+/// deleted is deleted after the deletion that is under way; of an entry that a callback deletes the
+/// observers behind hear of the deletion alone. An exception that leaves a callback is reported and
+/// the next observer is called.
 class PAControllerObserver {
 public:
     enum MessageRetrievalError : int {

@@ -104,8 +104,8 @@ void PAController::updateLockStatus(int sourceId, const std::string& lockedUUID)
         return;
     }
     auto& locks = availablePaSourcesLockStatus;
-    lockIndex.emplace(sourceId, locks.size());
     locks.push_back({sourceId, lockedUUID});
+    lockIndex.emplace(sourceId, locks.size() - 1);
     PASDK_DEBUG(
         1,
         "%s: Lock Info for sourceId >%d<, UUID >%s< added to list. Total available lock info "

@@ -124,9 +124,10 @@ std::vector<PaZone> PAController::getPaZones() const {
 
 std::optional<PaZone> PAController::findPaZone(int key) const {
     const MutexGuard guard(paControllerMtx);
-    const bool localStandsIn = load(gActiveAudioServerDstNo) < 1 && load(gIndirectCXSConnection);
-    return valueAt(localStandsIn ? availablePaZonesLocalServer : availablePaZonesPrimaryServer,
-                   key);
+    const int active = load(gActiveAudioServerDstNo);
+    const bool isLocal =
+        load(gIndirectCXSConnection) && (active < 1 || active == load(gLocalDstNo));
+    return valueAt(isLocal ? availablePaZonesLocalServer : availablePaZonesPrimaryServer, key);
 }
 
 std::vector<PaSink> PaZone::getMembers() const {

@@ -85,7 +85,7 @@ public:
         closed_ = true;
         const std::int64_t start = monotonicMS();
         const auto left = [&] { return limit - std::chrono::milliseconds(monotonicMS() - start); };
-        while (!queue_.empty() && !isLinkDown() && left().count() > 0) {
+        while (!queue_.empty() && sender_ != nullptr && left().count() > 0) {
             progress_.wait_for(guard, std::min<std::chrono::milliseconds>(left(), tick));
         }
     }
@@ -361,8 +361,12 @@ void QXReceiver::addOperationToSendQueue(int destination, int operationClass, in
     try {
         sending().add(destination, operationClass, operationNumber, flag, payload);
     } catch (const std::exception& e) {  // the queue's thread cannot be created
-        handleError(2, "operation %d/%d dropped after 0 ms: %s", operationClass, operationNumber,
-                    e.what());
+        DroppedOperation dropped;
+        dropped.operationClass = operationClass;
+        dropped.operationNumber = operationNumber;
+        dropped.requestId = pa::requestIdOf(operationClass, operationNumber, payload);
+        dropped.text = e.what();
+        report(dropped);
     }
 }
 

@@ -15,21 +15,38 @@ const ScheduleDefinition* ScheduleCache::find(int id) const {
 }
 
 bool ScheduleCache::put(const ScheduleDefinition& schedule) {
-    const auto [known, added] = byId_.try_emplace(schedule.Id, nextArrival_);
-    const Arrival arrival = known->second;
-    Entry& entry = byArrival_[arrival];
-    if (added) {
-        ++nextArrival_;
-        entry.schedule = schedule;
-    } else {
-        removeFromRequests(arrival, entry);
-        const int validity = entry.schedule.displayTemplateValidityPeriodSeconds;
-        entry.schedule = schedule;
-        // The validity of the display stays as it was first told.
-        entry.schedule.displayTemplateValidityPeriodSeconds = validity;
+    Entry entry{schedule, requestUUIDOf(schedule.descrption)};
+    const auto known = byId_.find(schedule.Id);
+    if (known == byId_.end()) {
+        add(std::move(entry));
+        return true;
     }
-    addToRequests(arrival, entry);
-    return added;
+    Entry& stored = byArrival_.at(known->second);
+    // The validity of the display stays as it was first told.
+    entry.schedule.displayTemplateValidityPeriodSeconds =
+        stored.schedule.displayTemplateValidityPeriodSeconds;
+    byRequest_.insert({entry.requestUUID, known->second});
+    if (stored.requestUUID != entry.requestUUID) {
+        byRequest_.erase({stored.requestUUID, known->second});
+    }
+    stored = std::move(entry);
+    return false;
+}
+
+/// Adds a schedule that is not there; all of it or, short of memory, nothing.
+void ScheduleCache::add(Entry entry) {
+    const int id = entry.schedule.Id;
+    const std::string requestUUID = entry.requestUUID;
+    const auto added = byArrival_.emplace(nextArrival_, std::move(entry)).first;
+    try {
+        byId_.emplace(id, nextArrival_);
+        byRequest_.insert({requestUUID, nextArrival_});
+    } catch (...) {
+        byId_.erase(id);
+        byArrival_.erase(added);
+        throw;
+    }
+    ++nextArrival_;
 }
 
 void ScheduleCache::erase(int id) {
@@ -38,7 +55,7 @@ void ScheduleCache::erase(int id) {
         return;
     }
     const auto entry = byArrival_.find(known->second);
-    removeFromRequests(entry->first, entry->second);
+    byRequest_.erase({entry->second.requestUUID, entry->first});
     byArrival_.erase(entry);
     byId_.erase(known);
 }
@@ -67,17 +84,6 @@ std::vector<ScheduleDefinition> ScheduleCache::all() const {
         schedules.push_back(entry.second.schedule);
     }
     return schedules;
-}
-
-void ScheduleCache::addToRequests(Arrival arrival, Entry& entry) {
-    entry.requestUUID = requestUUIDOf(entry.schedule.descrption);
-    if (!entry.requestUUID.empty()) {
-        byRequest_.emplace(entry.requestUUID, arrival);
-    }
-}
-
-void ScheduleCache::removeFromRequests(Arrival arrival, const Entry& entry) {
-    byRequest_.erase({entry.requestUUID, arrival});
 }
 
 }  // namespace pa

@@ -14,8 +14,8 @@
 
 namespace pa {
 
-/// The schedules that the server has told of, in order of arrival, found by identifier in constant
-/// and by the UUID of their request in logarithmic time. A plain value without a lock.
+/// The schedules that the server has told of, in order of arrival, found by identifier and by
+/// the UUID of their request in logarithmic time. A plain value without a lock.
 class ScheduleCache {
 public:
     /// The schedule with an identifier, null for none. It stays where it is until it is erased. Its
@@ -49,8 +49,7 @@ private:
         std::string requestUUID;  // empty when its description names none
     };
 
-    void addToRequests(Arrival arrival, Entry& entry);
-    void removeFromRequests(Arrival arrival, const Entry& entry);
+    void add(Entry entry);
 
     Arrival nextArrival_ = 0;
     std::map<Arrival, Entry> byArrival_;

@@ -56,13 +56,14 @@ ScheduleDefinition* PAController::scheduleOf(int scheduleId) {
     return scheduleList.find(scheduleId);
 }
 
-/// Nothing happens when the schedule is gone, or goes in a callback.
+/// Nothing happens when the schedule is gone, nor any more when it goes in a callback.
 void PAController::notifySchedule(int scheduleId, MergeResult /*result*/) {
     const MutexGuard guard(paControllerMtx);
     ScheduleDefinition* schedule = scheduleOf(scheduleId);
     if (schedule != nullptr && !observers().empty()) {
         const ScheduleDefinition told = withoutRequestUUID(*schedule);
-        notifyObservers(&PAControllerObserver::onScheduleUpdate, told);
+        notifyWhile([&] { return scheduleOf(scheduleId) != nullptr; },
+                    &PAControllerObserver::onScheduleUpdate, told);
         schedule = scheduleOf(scheduleId);
     }
     if (schedule != nullptr) {

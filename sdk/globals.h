@@ -14,8 +14,8 @@ class QXReceiver;
 /// destroyed. Pointer, numbers and flag are plain objects: framework/shared.h says how threads
 /// share them.
 
-/// The audio-server facade; null before the SDK is connected. Set before the link starts, then left
-/// alone.
+/// The audio-server facade; null before the SDK is connected. Set by the link when it starts, then
+/// left alone.
 extern AudioServer* gAudioServerInstance;
 
 /// The server link's send queue.

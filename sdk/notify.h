@@ -25,7 +25,16 @@ inline int eventKey(int /*cacheKey*/, const ScheduleDefinition& schedule) {
 template <class... Parameters, class... Arguments>
 void PAController::notifyObservers(void (PAControllerObserver::*slot)(Parameters...),
                                    const Arguments&... arguments) {
+    notifyWhile([] { return true; }, slot, arguments...);
+}
+
+template <class Condition, class... Parameters, class... Arguments>
+void PAController::notifyWhile(Condition holds, void (PAControllerObserver::*slot)(Parameters...),
+                               const Arguments&... arguments) {
     for (PAControllerObserver* const observer : observers()) {
+        if (!holds()) {
+            return;
+        }
         try {
             (observer->*slot)(arguments...);
         } catch (...) {
@@ -41,7 +50,7 @@ void PAController::publish(std::map<int, Record>& cache, int key, bool changed,
     auto entry = cache.find(key);
     if (entry != cache.end() && changed) {
         const Record copy = entry->second;
-        notifyObservers(slot, copy);
+        notifyWhile([&] { return cache.count(key) > 0; }, slot, copy);
         entry = cache.find(key);
     }
     if (entry != cache.end()) {

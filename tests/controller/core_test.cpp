@@ -54,6 +54,27 @@ TEST_F(ControllerTest, GoesOnAfterAnObserverThatThrows) {
               "*event 6 3\n");
 }
 
+TEST_F(ControllerTest, TellsOfNothingBehindItsDeletion) {
+    RecordingObserver a("a");
+    RecordingObserver b("b");
+    controller.registerObserver(&a);
+    controller.registerObserver(&b);
+    for (const auto handle :
+         {&PAController::addUpdatePaSource, &PAController::addUpdatePaSink,
+          &PAController::updateScheduleList, &PAController::addUpdateAnnouncementRequest}) {
+        a.inCallback = [&] {
+            a.inCallback = nullptr;
+            controller.deleteAudioVideoControllerInfo(0, 0, 3);
+        };
+        pa::RecordList record({"3"});
+        (controller.*handle)(3, record.list());
+        const std::string transcript = recordingHost::transcript();
+        const std::size_t first = transcript.find("*b: ");
+        EXPECT_EQ(first, transcript.rfind("*b: ")) << transcript;
+        EXPECT_NE(transcript.find("deleted", first), std::string::npos) << transcript;
+    }
+}
+
 TEST_F(ControllerTest, StartsItsWorkerOnceTheMutexIsReady) {
     PAController fresh;
     EXPECT_EQ(recordingHost::transcript(), "mutex ready\nthread started\n");

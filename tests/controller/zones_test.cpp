@@ -43,6 +43,7 @@ TEST_F(ZonesTest, ChooseTheirCacheAsTheTable) {
         {true, 0, 1, true, true},     // the local server stands in
         {true, 0, 3, false, false},   //
         {true, -1, 1, false, true},
+        {true, 1, 1, true, false},  // told, but the primary cache is in force
     };
     for (const Case& c : cases) {
         PAController fresh;

@@ -121,6 +121,30 @@ TEST(EmbeddedTransportTest, WhatIsSaidOnTheThreadThatDeliversIsNotHeldBack) {
     EXPECT_EQ(delivered, 6);
 }
 
+TEST(EmbeddedTransportTest, WhatIsSaidMeanwhileDoesNotKeepTheServerHeldBack) {
+    ScriptedServer server;
+    palink::EmbeddedTransport transport(server, 10'000);
+    int delivered = 0;
+    Client client;
+    client.onEvent = [&](const palink::ServerEvent& event) {
+        const auto* const record = std::get_if<palink::Record>(&event);
+        if (record == nullptr || record->kind != palink::RecordKind::Sink) {
+            return;
+        }
+        ++delivered;
+        server.say(palink::LevelReading{});  // while the queue is full, and until it is not
+    };
+    transport.start(client);
+    std::thread speaker([&] {
+        for (int key = 1; key <= 200; ++key) {
+            server.say(largeRecord(key));
+        }
+    });
+    speaker.join();
+    transport.waitUntilDelivered();
+    EXPECT_EQ(delivered, 200);
+}
+
 TEST(EmbeddedTransportTest, AStopLetsAServerGoThatIsHeldBack) {
     LockingServer server;
     palink::EmbeddedTransport transport(server, 1);

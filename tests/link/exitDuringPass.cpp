@@ -30,7 +30,7 @@ int main() {
     auto& sender = *new Sender;
     pa::store(gAudioServerInstance, &audioServer);
     gQXReceiver.connect(sender);
-    pa::setLogSink([](const pa::LogLine&) {});  // more renewals than the send queue holds
+    pa::setLogSink([](const pa::LogLine&) {});
     pa::TimeSource source;
     source.sleepMS = [](int) {};  // pass after pass
     pa::setTimeSource(source);

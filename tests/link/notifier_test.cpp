@@ -108,6 +108,10 @@ TEST_F(NotifierTest, HoldsBackWhoFindsNoRoomAndLetsHimGo) {
     }
     std::atomic<int> roomFound{-1};
     std::thread waiting([&] { roomFound = notifier.waitForRoom() ? 1 : 0; });
+    for (int i = 0; i < 1000; ++i) {
+        std::this_thread::yield();
+    }
+    EXPECT_EQ(roomFound, -1);
     gate->open = true;
     waiting.join();
     EXPECT_EQ(roomFound, 1);
@@ -116,11 +120,13 @@ TEST_F(NotifierTest, HoldsBackWhoFindsNoRoomAndLetsHimGo) {
     const auto again = std::make_shared<Gate>();
     notifier.add(stepThrough(again));
     again->waitUntil(again->entered);
+    notifier.add({2, 1, 0, false, [] {}, Notifier::capacity * Notifier::stepBytes});
     std::atomic<bool> idle{true};
     std::thread other([&] { idle = notifier.waitUntilIdle(); });
     notifier.letGo();
     other.join();
     EXPECT_FALSE(idle);
+    EXPECT_FALSE(notifier.waitForRoom()) << "one step that holds as much takes all the room";
     again->open = true;
 }
 
@@ -135,11 +141,22 @@ TEST_F(NotifierTest, EndsWithoutWaitingForAStepThatDoesNot) {
         EXPECT_EQ(shortLived.end(0ms), 2U);
         shortLived.begin();
         shortLived.add(step(1, 0, "next round"));
+        gate->open = true;
         EXPECT_TRUE(shortLived.waitUntilIdle());
+        EXPECT_TRUE(gate->left) << "the step of the round before";
+        EXPECT_EQ(notes, "next round@1000 ");
+        notes.clear();
     }
-    gate->open = true;
-    gate->waitUntil(gate->left);
-    EXPECT_EQ(notes, "next round@1000 ");
+    const auto last = std::make_shared<Gate>();
+    {
+        Notifier gone;
+        gone.add(stepThrough(last));
+        last->waitUntil(last->entered);
+        gone.add(step(1, 0, "dropped"));
+    }
+    last->open = true;
+    last->waitUntil(last->left);
+    EXPECT_EQ(notes, "");
 }
 
 }  // namespace

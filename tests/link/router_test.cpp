@@ -217,7 +217,7 @@ TEST_F(RouterTest, SaysHowManyNotificationsItsEndCosts) {
     router.end(std::chrono::milliseconds(0));
     timePasses = true;
     pa::setLogSink({});
-    EXPECT_EQ(errors, "the link has stopped: 3 notifications of records are dropped");
+    EXPECT_EQ(errors, "the link has stopped: 3 notifications and withdrawals are dropped");
     router.begin();
     tellSource(4, "");
     router.waitUntilIdle();

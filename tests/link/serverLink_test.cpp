@@ -146,6 +146,7 @@ TEST_F(ServerLinkTest, AtANewConnectionTheZonesThatWereToldOfAreTakenBack) {
     ASSERT_TRUE(link.waitUntilReady(10s));
     server.say(palink::Connected{1, 0, true, {}});  // the local server stands in
     server.say(palink::Record{1, palink::RecordKind::Zone, 1, {"Hall"}});
+    transport.waitUntilDelivered();
     zones.deleted.clear();
     server.say(palink::Connected{1, 4, true, {}});
     transport.waitUntilDelivered();
@@ -216,7 +217,7 @@ TEST_F(ServerLinkTest, StopsThoughNotificationsHaveFilledTheirRoom) {
     link.stop(0ms);
     timePasses = true;
     EXPECT_EQ(errors.find("the link has stopped: 1000"), 0U) << errors;
-    EXPECT_NE(errors.find(" notifications of records are dropped"), std::string::npos);
+    EXPECT_NE(errors.find(" notifications and withdrawals are dropped"), std::string::npos);
 }
 
 TEST_F(ServerLinkTest, OneLinkOfTheProcessIsStartedAtATime) {

@@ -186,6 +186,8 @@ int qxLocalMutex::init() {
 
 void qxLocalMutex::assertLocked(const char* /*where*/) {}
 
+void qxLocalMutex::forgetWaiters() {}
+
 bool qxLocalMutex::heldByThisThread() const {
     return mutexDepth > 0;
 }
