@@ -62,7 +62,6 @@ public:
     void connect(OperationSender& sender) {
         const std::lock_guard guard(lock_);
         startThread();
-        startThread();
         sender_ = &sender;
         retryAt_ = {};
         wake();
@@ -150,6 +149,7 @@ private:
         toTell_ = {};
         told_ = dropped_;
         sending_ = false;
+        retryAt_ = {};
         closed_ = false;
         abandoned_ = false;
         resting_ = Rest::None;

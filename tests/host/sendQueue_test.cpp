@@ -262,6 +262,20 @@ TEST_F(QXReceiverTest, AStopSendsWhatWaits) {
     EXPECT_EQ(sender.numbers.waitFor(sent.size() + 2), sent + "1 ");
 }
 
+TEST_F(QXReceiverTest, AStopGoesOnTryingWhileTheLinkRefuses) {
+    sender.up = false;
+    gQXReceiver.connect(sender);
+    add(1);
+    sender.refusals.waitFor(1);
+    std::thread stopping([] {
+        gQXReceiver.close(1min);
+        gQXReceiver.abandon();
+    });
+    sender.up = true;
+    stopping.join();
+    EXPECT_EQ(sender.numbers.text(), "1 ");
+}
+
 TEST_F(QXReceiverTest, AStopWithoutALinkWaitsForNothing) {
     add(1);
     gQXReceiver.close(1000ms);  // by a clock that stands still
