@@ -62,8 +62,11 @@ void PAController::notifySchedule(int scheduleId, MergeResult /*result*/) {
     ScheduleDefinition* schedule = scheduleOf(scheduleId);
     if (schedule != nullptr && !observers().empty()) {
         const ScheduleDefinition told = withoutRequestUUID(*schedule);
-        notifyWhile([&] { return scheduleOf(scheduleId) != nullptr; },
-                    &PAControllerObserver::onScheduleUpdate, told);
+        const auto isKnown = [&] {
+            const LeafGuard leaf(lookupLock);
+            return scheduleList.find(scheduleId) != nullptr;
+        };
+        notifyWhile(isKnown, &PAControllerObserver::onScheduleUpdate, told);
         schedule = scheduleOf(scheduleId);
     }
     if (schedule != nullptr) {
