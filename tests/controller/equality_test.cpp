@@ -133,6 +133,7 @@ TEST_F(EqualityTest, ComparesEveryMemberOfWhatIsSaid) {
 TEST_F(EqualityTest, ComparesEveryPartOfAMessage) {
     // The members of a message are private: what each setter leaves behind.
     const std::vector<std::function<void(Message&)>> setters = {
+        [](Message&) {},
         [](Message& m) { m.setRequestID("request"); },
         [](Message& m) {
             m.setPriority({APM_RELATIVE_PRIORITY, 500});
