@@ -8,6 +8,7 @@
 #include <mutex>
 #include <regex>
 #include <set>
+#include <thread>
 #include <utility>
 #include <vector>
 
@@ -105,6 +106,32 @@ TEST(LocalMutexTest, ItsHolderMayEnterItAgainAndOthersWait) {
     EXPECT_EQ(errors,
               "other: called without the mutex\nleave: the mutex is not held by this thread\n"
               "there: called without the mutex\n");
+}
+
+TEST(LocalMutexTest, GoesToTheOneThatWaitsNotToTheOneThatComesBack) {
+    qxLocalMutex mutex(true);
+    constexpr int rounds = 50;
+    int waiterFirst = 0;
+    for (int i = 0; i < rounds; ++i) {
+        std::atomic<bool> comes{false};
+        std::atomic<bool> entered{false};
+        mutex.lock();
+        pa::PosixThread waiter("waiter", [&] {
+            comes = true;
+            const std::lock_guard guard(mutex);
+            entered = true;
+        });
+        while (!comes) {
+            std::this_thread::yield();
+        }
+        for (int tries = 0; tries < 1000; ++tries) {
+            std::this_thread::yield();  // it waits by now, but for a few of the rounds
+        }
+        mutex.unlock();
+        const std::lock_guard guard(mutex);
+        waiterFirst += entered ? 1 : 0;
+    }
+    EXPECT_GT(waiterFirst, rounds / 2);
 }
 
 TEST(UuidTest, IsVersionFourAndNew) {
