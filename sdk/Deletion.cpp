@@ -54,16 +54,7 @@ ScheduleDefinition* find(ScheduleCache& cache, int key) {
 template <class Cache>
 using RecordOf = std::remove_pointer_t<decltype(find(std::declval<Cache&>(), 0))>;
 
-/// Every key, in the order in which the entries are deleted.
-template <class Record>
-std::vector<int> keysOf(const std::map<int, Record>& cache) {
-    std::vector<int> keys;
-    keys.reserve(cache.size());
-    for (const auto& entry : cache) {
-        keys.push_back(entry.first);
-    }
-    return keys;
-}
+/// As of a map, in the order of arrival.
 std::vector<int> keysOf(const ScheduleCache& cache) {
     return cache.ids();
 }

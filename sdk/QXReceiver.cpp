@@ -73,12 +73,6 @@ public:
         progress_.notify_all();  // `close` need not wait any more
     }
 
-    void disconnect() {
-        std::unique_lock guard(lock_);
-        sender_ = nullptr;
-        progress_.wait(guard, [this] { return !sending_; });
-    }
-
     void close(std::chrono::milliseconds limit) {
         std::unique_lock guard(lock_);
         closed_ = true;
@@ -388,10 +382,6 @@ void QXReceiver::connect(OperationSender& sender) {
 
 void QXReceiver::pause() {
     sending().pause();
-}
-
-void QXReceiver::disconnect() {
-    sending().disconnect();
 }
 
 void QXReceiver::close(std::chrono::milliseconds limit) {

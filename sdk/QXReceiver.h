@@ -82,17 +82,14 @@ public:
     /// The link is down: operations wait. One that is being handed over is not waited for.
     void pause();
 
-    /// The same, and when this returns no sender is in use any more. Not to be called from
-    /// `sendOperation`.
-    void disconnect();
-
     /// Takes no more operations: later ones are dropped until `open` is called. Waits until those
     /// that wait are sent, but no longer than `limit` (by the host's monotonic clock), and not at
-    /// all while the link is down.
+    /// all without a sender. One that refuses is tried again.
     void close(std::chrono::milliseconds limit);
 
-    /// Disconnects, then drops what still waits, after `close`. When this returns each of them has
-    /// been reported and told to the listener.
+    /// Drops what still waits, after `close`. When this returns each of them has been reported and
+    /// told to the listener, and no sender is in use any more. Not to be called from
+    /// `sendOperation`.
     void abandon();
 
     /// Tells `listener` of no more drops. When this returns it is not in use any more; not to be

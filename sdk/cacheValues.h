@@ -17,6 +17,17 @@ std::vector<Record> valuesOf(const std::map<int, Record>& cache) {
     return values;
 }
 
+/// Every key of a cache, in ascending order.
+template <class Record>
+std::vector<int> keysOf(const std::map<int, Record>& cache) {
+    std::vector<int> keys;
+    keys.reserve(cache.size());
+    for (const auto& entry : cache) {
+        keys.push_back(entry.first);
+    }
+    return keys;
+}
+
 /// Copies of the values whose `member` has a value, in ascending key order.
 template <class Record, class Value>
 std::vector<Record> valuesWith(const std::map<int, Record>& cache, Value Record::*member,

@@ -146,7 +146,7 @@ public:
         gQXReceiver.connect(*this);
     }
     ~Capture() override {
-        gQXReceiver.disconnect();
+        gQXReceiver.abandon();
         gQXReceiver.forget(*this);
     }
 

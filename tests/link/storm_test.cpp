@@ -62,7 +62,7 @@ TEST(StormTest, TheCachesAreThoseOfOneThread) {
     for (const std::string& cache : cachesOf(alone)) {
         EXPECT_NE(cache, "");
     }
-    gQXReceiver.disconnect();
+    gQXReceiver.abandon();
     storm::end();
 }
 
