@@ -19,7 +19,7 @@
 #include "bench/loadCases.h"
 #include "bench/loadStage.h"
 #include "sdk/globals.h"
-#include "simserver/StationFile.h"
+#include "simserver/station/StationFile.h"
 #include "tests/support/noPauses.h"
 
 namespace {

@@ -7,8 +7,8 @@
 #include <thread>
 
 #include "include/common/RecordList.h"
-#include "link/EmbeddedTransport.h"
 #include "link/ServerLink.h"
+#include "link/embedded/EmbeddedTransport.h"
 #include "sdk/AudioServer.h"
 #include "sdk/PAController.h"
 

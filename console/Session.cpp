@@ -11,8 +11,8 @@
 #include "framework/log.h"
 #include "sdk/PAController.h"
 #include "sdk/globals.h"
-#include "simserver/Calendar.h"
-#include "simserver/StationFile.h"
+#include "simserver/schedules/Calendar.h"
+#include "simserver/station/StationFile.h"
 
 namespace console {
 

@@ -7,8 +7,8 @@
 #include "console/Settings.h"
 #include "console/following/Changes.h"
 #include "console/following/RenewalCounter.h"
-#include "link/EmbeddedTransport.h"
 #include "link/ServerLink.h"
+#include "link/embedded/EmbeddedTransport.h"
 #include "sdk/AudioServer.h"
 #include "simserver/SimServer.h"
 

@@ -2,10 +2,10 @@
 #include <future>
 #include <iostream>
 
-#include "link/EmbeddedTransport.h"
 #include "link/ServerLink.h"
+#include "link/embedded/EmbeddedTransport.h"
 #include "simserver/SimServer.h"
-#include "simserver/StationFile.h"
+#include "simserver/station/StationFile.h"
 
 struct Watch : pa::PAControllerObserverAdapter {
     void onMessageUpdate(AnnouncementRequest request) override {

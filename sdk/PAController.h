@@ -21,10 +21,10 @@
 #include "sdk/Gain.h"
 #include "sdk/Message.h"
 #include "sdk/PAControllerObserver.h"
-#include "sdk/ScheduleCache.h"
 #include "sdk/ScheduleDefinition.h"
 #include "sdk/TTSDictionary.h"
 #include "sdk/lock.h"
+#include "sdk/records/ScheduleCache.h"
 
 namespace pa {
 class Payload;

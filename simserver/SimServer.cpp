@@ -7,8 +7,8 @@
 #include <utility>
 
 #include "framework/clock.h"
-#include "simserver/Refused.h"
-#include "simserver/RequestDecoder.h"
+#include "simserver/protocol/Refused.h"
+#include "simserver/protocol/RequestDecoder.h"
 
 namespace simserver {
 

@@ -12,18 +12,18 @@
 #include <string>
 
 #include "framework/posixThread.h"
-#include "link/EmbeddedTransport.h"
-#include "simserver/Activity.h"
-#include "simserver/LevelMeters.h"
-#include "simserver/LiveAnnouncements.h"
-#include "simserver/PlayEngine.h"
-#include "simserver/PreviewStudio.h"
-#include "simserver/Repertoire.h"
-#include "simserver/ScheduleBook.h"
-#include "simserver/SourceLocks.h"
-#include "simserver/Spool.h"
-#include "simserver/Station.h"
-#include "simserver/UserRecorder.h"
+#include "link/embedded/EmbeddedTransport.h"
+#include "simserver/audio/LevelMeters.h"
+#include "simserver/audio/SpeechRenderer.h"
+#include "simserver/audio/UploadFolder.h"
+#include "simserver/audio/UserRecorder.h"
+#include "simserver/playback/Activity.h"
+#include "simserver/playback/LiveAnnouncements.h"
+#include "simserver/playback/PlayEngine.h"
+#include "simserver/playback/PlayableContent.h"
+#include "simserver/playback/SourceLocks.h"
+#include "simserver/schedules/Scheduler.h"
+#include "simserver/station/Station.h"
 
 namespace simserver {
 
@@ -183,7 +183,7 @@ private:
     void partChanged(const PlayPart& part) override;
 
     const Options options_;
-    const Spool spool_;
+    const UploadFolder spool_;
     const std::time_t epoch_;     // wall clock at simulated time 0
     const std::int64_t startMS_;  // real time at simulated time 0
 
@@ -191,14 +191,14 @@ private:
     std::condition_variable changed_;
     // Guarded by lock_.
     Station station_;  // what the client cannot change is as at the start
-    const Repertoire repertoire_;
+    const PlayableContent repertoire_;
     PlayEngine engine_;
     Activity activity_;
     SourceLocks locks_;
     LiveAnnouncements live_;
     LevelMeters meters_;
     UserRecorder recorder_;
-    ScheduleBook schedules_;
+    Scheduler schedules_;
     std::map<int, SimTime> resets_;  // by sink: when it comes back
     SimTime timetablesDone_{-1};     // so far
     SimTime now_{0};
@@ -210,7 +210,7 @@ private:
     bool stopping_ = false;
 
     std::unique_ptr<pa::PosixThread> clock_;  // null with manual time
-    PreviewStudio studio_;                    // locks for itself; its reports take lock_
+    SpeechRenderer studio_;                   // locks for itself; its reports take lock_
 };
 
 }  // namespace simserver

@@ -1,10 +1,10 @@
 /// Texts that the simulated server speaks for a client, and recordings that the client makes.
 
-#include "simserver/FieldText.h"
-#include "simserver/Records.h"
-#include "simserver/Refused.h"
-#include "simserver/RequestDecoder.h"
 #include "simserver/SimServer.h"
+#include "simserver/protocol/FieldText.h"
+#include "simserver/protocol/Records.h"
+#include "simserver/protocol/Refused.h"
+#include "simserver/protocol/RequestDecoder.h"
 
 namespace simserver {
 

@@ -2,11 +2,11 @@
 
 #include <nlohmann/json.hpp>
 
-#include "simserver/OperatingDecoder.h"
-#include "simserver/Refused.h"
-#include "simserver/ScheduleDecoder.h"
-#include "simserver/ScheduleRecord.h"
 #include "simserver/SimServer.h"
+#include "simserver/protocol/OperatingDecoder.h"
+#include "simserver/protocol/Refused.h"
+#include "simserver/protocol/ScheduleDecoder.h"
+#include "simserver/protocol/ScheduleRecord.h"
 
 namespace simserver {
 

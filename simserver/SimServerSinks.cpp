@@ -1,9 +1,9 @@
 /// What the simulated server does with its sinks.
 
-#include "simserver/OperatingDecoder.h"
 #include "simserver/SimServer.h"
 #include "simserver/earliest.h"
 #include "simserver/lookUp.h"
+#include "simserver/protocol/OperatingDecoder.h"
 
 namespace simserver {
 

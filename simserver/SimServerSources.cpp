@@ -4,10 +4,10 @@
 #include <utility>
 
 #include "framework/clock.h"
-#include "simserver/OperatingDecoder.h"
-#include "simserver/Records.h"
 #include "simserver/SimServer.h"
 #include "simserver/lookUp.h"
+#include "simserver/protocol/OperatingDecoder.h"
+#include "simserver/protocol/Records.h"
 
 namespace simserver {
 

@@ -2,8 +2,8 @@
 
 #include <utility>
 
-#include "simserver/Records.h"
 #include "simserver/SimServer.h"
+#include "simserver/protocol/Records.h"
 
 namespace simserver {
 

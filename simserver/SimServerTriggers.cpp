@@ -2,12 +2,12 @@
 
 #include <algorithm>
 
-#include "simserver/OperatingDecoder.h"
-#include "simserver/Records.h"
 #include "simserver/SimServer.h"
-#include "simserver/Timetable.h"
 #include "simserver/earliest.h"
 #include "simserver/lookUp.h"
+#include "simserver/protocol/OperatingDecoder.h"
+#include "simserver/protocol/Records.h"
+#include "simserver/schedules/Timetable.h"
 
 namespace simserver {
 

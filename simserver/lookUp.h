@@ -4,8 +4,8 @@
 #include <string>
 #include <vector>
 
-#include "simserver/Refused.h"
-#include "simserver/Station.h"
+#include "simserver/protocol/Refused.h"
+#include "simserver/station/Station.h"
 
 namespace simserver {
 

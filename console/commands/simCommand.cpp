@@ -8,7 +8,7 @@
 #include "console/following/operate.h"
 #include "console/text/resources.h"
 #include "sdk/PAController.h"
-#include "simserver/Refused.h"
+#include "simserver/protocol/Refused.h"
 
 namespace console {
 

@@ -4,7 +4,7 @@
 #include <mutex>
 #include <string>
 
-#include "link/EmbeddedTransport.h"
+#include "link/embedded/EmbeddedTransport.h"
 
 namespace console {
 

@@ -9,7 +9,7 @@
 #include "console/schedule/scheduleTimes.h"
 #include "console/text/cleanText.h"
 #include "console/text/json.h"
-#include "sdk/numberText.h"
+#include "sdk/records/numberText.h"
 
 namespace console {
 

@@ -8,7 +8,7 @@
 #include <stdexcept>
 
 #include "framework/clock.h"
-#include "simserver/Calendar.h"
+#include "simserver/schedules/Calendar.h"
 
 namespace console {
 

@@ -4,9 +4,9 @@
 #include <limits>
 #include <stdexcept>
 
-#include "sdk/Payload.h"
-#include "sdk/numberText.h"
-#include "sdk/recordColumns.h"
+#include "sdk/records/numberText.h"
+#include "sdk/records/recordColumns.h"
+#include "sdk/requests/Payload.h"
 #include "tests/controller/fixtures.h"
 
 using namespace pa;

@@ -6,7 +6,7 @@
 #include <locale>
 
 #include "sdk/PAController.h"
-#include "sdk/numberText.h"
+#include "sdk/records/numberText.h"
 #include "tests/recordingHost/RecordingHost.h"
 
 namespace {

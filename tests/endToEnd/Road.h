@@ -7,8 +7,8 @@
 #include <utility>
 
 #include "framework/clock.h"
-#include "link/EmbeddedTransport.h"
 #include "link/ServerLink.h"
+#include "link/embedded/EmbeddedTransport.h"
 #include "sdk/PAController.h"
 #include "sdk/globals.h"
 #include "simserver/SimServer.h"

@@ -9,7 +9,7 @@
 #include <variant>
 #include <vector>
 
-#include "simserver/RequestDecoder.h"
+#include "simserver/protocol/RequestDecoder.h"
 #include "tests/endToEnd/Road.h"
 #include "tests/endToEnd/hostileTexts.h"
 #include "tests/support/noPauses.h"

@@ -1,4 +1,4 @@
-#include "sdk/SendQueue.h"
+#include "sdk/host/SendQueue.h"
 
 #include <atomic>
 #include <condition_variable>
@@ -10,9 +10,9 @@
 
 #include "framework/clock.h"
 #include "framework/log.h"
-#include "sdk/DropList.h"
 #include "sdk/globals.h"
-#include "sdk/requestId.h"
+#include "sdk/host/DropList.h"
+#include "sdk/host/requestId.h"
 
 namespace {
 

@@ -8,7 +8,7 @@
 #include <utility>
 #include <vector>
 
-#include "link/EmbeddedTransport.h"
+#include "link/embedded/EmbeddedTransport.h"
 #include "sdk/AudioServer.h"
 #include "sdk/PAController.h"
 

@@ -1,4 +1,4 @@
-#include "link/EmbeddedTransport.h"
+#include "link/embedded/EmbeddedTransport.h"
 
 #include <atomic>
 #include <condition_variable>

@@ -8,8 +8,8 @@
 
 #include "framework/levelMeter.h"
 #include "framework/posixThread.h"
-#include "link/EmbeddedTransport.h"
 #include "link/ServerLink.h"
+#include "link/embedded/EmbeddedTransport.h"
 #include "sdk/AudioServer.h"
 #include "sdk/globals.h"
 #include "tests/link/storm.h"

@@ -4,9 +4,9 @@
 #include <utility>
 
 #include "framework/clock.h"
-#include "simserver/FieldText.h"
-#include "simserver/Refused.h"
 #include "simserver/SimServer.h"
+#include "simserver/protocol/FieldText.h"
+#include "simserver/protocol/Refused.h"
 #include "tests/simserver/stations.h"
 #include "tests/simserver/tables.h"
 

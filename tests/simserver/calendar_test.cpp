@@ -1,4 +1,4 @@
-#include "simserver/Calendar.h"
+#include "simserver/schedules/Calendar.h"
 
 #include <cstdio>
 

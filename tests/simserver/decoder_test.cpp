@@ -1,7 +1,7 @@
-#include "simserver/FieldText.h"
-#include "simserver/Records.h"
-#include "simserver/Refused.h"
-#include "simserver/RequestDecoder.h"
+#include "simserver/protocol/FieldText.h"
+#include "simserver/protocol/Records.h"
+#include "simserver/protocol/Refused.h"
+#include "simserver/protocol/RequestDecoder.h"
 #include "tests/simserver/tables.h"
 
 namespace {

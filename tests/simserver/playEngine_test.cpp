@@ -1,8 +1,8 @@
-#include "simserver/PlayEngine.h"
+#include "simserver/playback/PlayEngine.h"
 
 #include <iterator>
 
-#include "simserver/Refused.h"
+#include "simserver/protocol/Refused.h"
 #include "tests/simserver/tables.h"
 
 namespace {

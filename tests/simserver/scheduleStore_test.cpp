@@ -1,9 +1,9 @@
-#include "simserver/ScheduleStore.h"
+#include "simserver/schedules/ScheduleStore.h"
 
 #include <sqlite3.h>
 
-#include "simserver/Refused.h"
 #include "simserver/SimServer.h"
+#include "simserver/protocol/Refused.h"
 #include "tests/simserver/TestFolder.h"
 #include "tests/simserver/stations.h"
 #include "tests/support/thrownBy.h"

@@ -1,6 +1,6 @@
-#include "simserver/FieldText.h"
-#include "simserver/ScheduleDecoder.h"
-#include "simserver/ScheduleRecord.h"
+#include "simserver/protocol/FieldText.h"
+#include "simserver/protocol/ScheduleDecoder.h"
+#include "simserver/protocol/ScheduleRecord.h"
 #include "tests/simserver/Replay.h"
 #include "tests/simserver/TestFolder.h"
 

@@ -1,6 +1,6 @@
-#include "simserver/StationFile.h"
+#include "simserver/station/StationFile.h"
 
-#include "simserver/Records.h"
+#include "simserver/protocol/Records.h"
 #include "tests/simserver/TestFolder.h"
 #include "tests/simserver/tables.h"
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "simserver/Station.h"
+#include "simserver/station/Station.h"
 
 namespace simserver {
 

@@ -1,10 +1,10 @@
-#include "simserver/Synthesizer.h"
+#include "simserver/audio/Synthesizer.h"
 
 #include <csignal>
 #include <stdexcept>
 
-#include "simserver/ChildProcess.h"
-#include "simserver/SpeakableText.h"
+#include "simserver/audio/ChildProcess.h"
+#include "simserver/audio/SpeakableText.h"
 #include "tests/simserver/FakeSynthesizer.h"
 
 namespace {

@@ -1,0 +1,170 @@
+// The room of PA sinks: record, cache, queries, operations.
+#include <array>
+#include <stdexcept>
+
+#include "resource/common/stringUtils.h"
+#include "sdk/AudioServer.h"
+#include "sdk/PAController.h"
+#include "sdk/controller/notify.h"
+#include "sdk/globals.h"
+#include "sdk/paDebug.h"
+#include "sdk/records/cacheValues.h"
+#include "sdk/records/recordColumns.h"
+#include "sdk/records/recordMerge.h"
+#include "sdk/requests/checks.h"
+#include "sdk/requests/queueOperation.h"
+#include "sdk/requests/requestParts.h"
+
+using namespace pa;
+
+namespace {
+
+/// The names end at 7 on purpose: the types above are valid and have none.
+constexpr std::array<const char*, 8> typeNames = {
+    "SINK_TYPE_NOT_DEFINED", "HIGH_IMPEDANCE_SPEAKER_BUS", "LOW_IMPEDANCE_AMPLIFIER_SPEAKER_OUTPUT",
+    "INDUCTION_LOOP_OUTPUT", "LINE_LEVEL_AUDIO_OUTPUT",    "INTERCOM_HELP_POINT",
+    "TELEPHONY_ENDPOINT",    "RADIO_REBROADCAST",
+};
+
+void takeType(PaSink& sink, const char* text) {
+    const int type = decodeInt(text);
+    const bool named = type >= 0 && type < static_cast<int>(typeNames.size());
+    sink.type = static_cast<PaSink::Type>(type);
+    sink.typeAsString = named ? typeNames[static_cast<std::size_t>(type)] : "UNKNOWN_TYPE";
+}
+
+void takeZoneList(PaSink& sink, const char* text) {
+    std::string zones = text;
+    translateElemStringFieldFromSvr(zones);
+    splitStr(zones.c_str(), '^', sink.paZoneList, false);
+}
+
+constexpr Column<PaSink> columns[] = {
+    integer<&PaSink::id>,
+    translated<&PaSink::location>,
+    translated<&PaSink::label>,
+    asReceived<&PaSink::ipAddress>,
+    takeType,
+    skipped,  // 5
+    asReceived<&PaSink::ampPortList>,
+    integer<&PaSink::state>,
+    skipped,  // 8
+    integer<&PaSink::announcementType>,
+    skipped,  // 10
+    [](PaSink& sink, const char* text) { sink.outputGain.setLevel(decodeDouble(text)); },
+    integer<&PaSink::muteState>,
+    skipped,  // 13
+    skipped,
+    integer<&PaSink::monitoringSinkId>,  // 15
+    skipped,
+    integer<&PaSink::healthState>,
+    skipped,  // 18
+    skipped,
+    skipped,
+    skipped,
+    skipped,
+    skipped,
+    skipped,
+    skipped,       // 25
+    takeZoneList,  // 26
+    [](PaSink& sink, const char* text) { sink.monitoringEnabled = decodeInt(text) == 1; },
+    [](PaSink& sink, const char* text) { splitStr(text, '^', sink.monitoringZoneList, false); },
+    skipped,  // 29
+    skipped,
+    translated<&PaSink::mediaLog>,  // 31
+};
+
+/// The name of the type is not among them: a sink keeps the one it was added with.
+constexpr Field<PaSink> fields[] = {
+    byValue<&PaSink::location>,          byValue<&PaSink::label>,
+    byValue<&PaSink::ipAddress>,         byValue<&PaSink::type>,
+    byValue<&PaSink::ampPortList>,       byValue<&PaSink::state>,
+    byValue<&PaSink::announcementType>,  byValue<&PaSink::outputGain>,
+    byValue<&PaSink::muteState>,         byValue<&PaSink::monitoringSinkId>,
+    byValue<&PaSink::healthState>,       bySize<&PaSink::paZoneList>,
+    byValue<&PaSink::monitoringEnabled>, bySize<&PaSink::monitoringZoneList>,
+    byValue<&PaSink::mediaLog>,
+};
+
+bool hasGain(PaSink::Type type) {
+    return type >= PaSink::HIGH_IMPEDANCE_SPEAKER_BUS && type <= PaSink::LINE_LEVEL_AUDIO_OUTPUT;
+}
+
+}  // namespace
+
+void PAController::addUpdatePaSink(int elemNo, TEVlist* elemArgList) {
+    if (!hasRecord(elemArgList, "addUpdatePaSink", elemNo)) {
+        return;
+    }
+    PaSink decoded;
+    decodeRecord(*elemArgList, columns, decoded);
+
+    const MutexGuard guard(paControllerMtx);
+    const auto known = availablePaSinks.find(elemNo);
+    const std::string mediaLogBefore =
+        known != availablePaSinks.end() ? known->second.mediaLog : std::string();
+    const Merge merged = mergeRecord(availablePaSinks, elemNo, decoded, fields, matchById<PaSink>);
+    const PaSink& sink = availablePaSinks.at(elemNo);
+    if (merged == Merge::Updated) {
+        AudioServer* const audioServer = load(gAudioServerInstance);
+        if (audioServer != nullptr && sink.mediaLog != mediaLogBefore && !sink.mediaLog.empty()) {
+            audioServer->addCampaignLog(sink.mediaLog);
+        }
+        PASDK_DEBUG(1, "%s: sinkId >%d< updated", "addUpdatePaSink", sink.id);
+    } else if (merged == Merge::Added) {
+        PASDK_DEBUG(1, "%s: sinkId >%d< added to list. Total sinks >%zd<", "addUpdatePaSink",
+                    sink.id, availablePaSinks.size());
+    }
+    publish(availablePaSinks, elemNo, merged != Merge::Unchanged,
+            &PAControllerObserver::onPaSinkUpdate, EventItem::PA_SINK_UPDATED);
+}
+
+std::vector<PaSink> PAController::getPaSinks(int sourceId) const {
+    if (sourceId <= 0 && sourceId != -1) {
+        return {};
+    }
+    const MutexGuard guard(paControllerMtx);
+    return valuesOf(availablePaSinks);
+}
+
+std::vector<PaSink> PAController::getPaSinks() const {
+    return getPaSinks(-1);
+}
+
+std::optional<PaSink> PAController::findPaSink(int key) const {
+    const MutexGuard guard(paControllerMtx);
+    return valueAt(availablePaSinks, key);
+}
+
+// Operation 92/8: id,level,persistent,delayPersistence
+void PaSink::setGain(Gain gain, bool persistent, bool delayPersistence) const {
+    const double level = gain.getLevel();
+    requireType<std::invalid_argument>(hasGain(type), "setGain: Unsupported Sink Type", type);
+    // Not a range test: a level that is no number goes out.
+    require<std::out_of_range>(!(level < -96.0 || level > 0.0),
+                               "PaSink::setGain(): Invalid Gain Level. Valid Range [-96, 0]");
+    queueOperation(destination::directLink, paClass, 8,
+                   gainPayload(id, level, persistent, delayPersistence));
+}
+
+Gain PaSink::getGain() const {
+    requireType<std::out_of_range>(hasGain(type), "getGain: Unsupported Sink Type", type);
+    return outputGain;
+}
+
+// Operation 92/10: enable,id
+void PaSink::setPAMonitoring(bool enable) const {
+    queueOperation(destination::directLink, paClass, 10,
+                   Payload().flag(enable).separator(',').number(id));
+}
+
+bool PaSink::getPAMonitoring() const {
+    return monitoringEnabled;
+}
+
+// Operation 92/29: id
+void PaSink::reset() const {
+    requireType<std::out_of_range>(type == ZENTRIQ_KPL2 || type == ZENTRIQ_RMX4,
+                                   "reset: Unsupported Sink Type", type);
+    queueOperation(destination::directLink, paClass, 29, Payload().number(id));
+}

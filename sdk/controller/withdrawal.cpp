@@ -1,0 +1,235 @@
+// Withdrawal of records: one table of what is deleted how, and one walk.
+#include <optional>
+#include <string>
+#include <type_traits>
+#include <utility>
+#include <vector>
+
+#include "sdk/PAController.h"
+#include "sdk/controller/notify.h"
+#include "sdk/globals.h"
+#include "sdk/paDebug.h"
+#include "sdk/records/cacheValues.h"
+#include "sdk/requests/scheduleDescription.h"
+
+using namespace pa;
+
+namespace {
+
+/// What an observer is told of a deleted entry, as the log writes it.
+std::string asText(int id) {
+    return std::to_string(id);
+}
+std::string asText(const std::string& id) {
+    return id;
+}
+std::string asText(const AnnouncementRequest& request) {
+    return request.getRequestID();
+}
+std::string asText(const ScheduleDefinition& schedule) {
+    return std::to_string(schedule.Id);
+}
+
+template <class Record>
+auto idOf(const Record& record) {
+    return record.id;
+}
+AnnouncementRequest wholeRequest(const AnnouncementRequest& request) {
+    return request;
+}
+ScheduleDefinition asApplicationKnowsIt(const ScheduleDefinition& schedule) {
+    return withoutRequestUUID(schedule);
+}
+
+// A cache is a map by key, or that of the schedules.
+
+template <class Record>
+Record* find(std::map<int, Record>& cache, int key) {
+    const auto found = cache.find(key);
+    return found == cache.end() ? nullptr : &found->second;
+}
+ScheduleDefinition* find(ScheduleCache& cache, int key) {
+    return cache.find(key);
+}
+template <class Cache>
+using RecordOf = std::remove_pointer_t<decltype(find(std::declval<Cache&>(), 0))>;
+
+/// As of a map, in the order of arrival.
+std::vector<int> keysOf(const ScheduleCache& cache) {
+    return cache.ids();
+}
+
+constexpr int attachedZonesKind = 6;
+
+/// Whether a row is concerned: 0 selects every server and every kind.
+bool selects(int wanted, int actual) {
+    return wanted == 0 || wanted == actual;
+}
+
+}  // namespace
+
+/// One kind of record that the server can withdraw.
+template <class Cache, class Argument>
+struct PAController::DeletionRow {
+    int kind;
+    Cache PAController::*cache;
+    int server;  // whose withdrawals concern it
+    void (PAControllerObserver::*slot)(Argument);
+    Argument (*argument)(const RecordOf<Cache>&);
+    std::optional<EventItem::EVENT_TYPE> event;
+    const char* name;  // as the log calls it; null: not logged
+    bool notifies = true;
+};
+
+/// The rows, in the order in which the caches are visited. Zones attached to sources have none:
+/// they go without a word.
+struct PAController::DeletionTable {
+    using Observer = PAControllerObserver;
+    template <class Record>
+    using Map = std::map<int, Record>;
+
+    // Read once for each withdrawal.
+    const int local = load(gLocalDstNo);
+    const int active = load(gActiveAudioServerDstNo);
+    const bool localStandsIn = active == 0 && load(gIndirectCXSConnection);
+
+    // clang-format off
+    DeletionRow<Map<PaSource>, int> sources{
+        2, &PAController::availablePaSources, local,
+        &Observer::onPaSourceDelete, idOf, EventItem::PA_SOURCE_DELETED, "PaSource ID"};
+    DeletionRow<Map<PaSink>, int> sinks{
+        3, &PAController::availablePaSinks, local,
+        &Observer::onPaSinkDelete, idOf, EventItem::PA_SINK_DELETED, "PaSink ID"};
+    DeletionRow<Map<PaTrigger>, int> triggers{
+        4, &PAController::availablePaTriggersHW, local,
+        &Observer::onPaTriggerDelete, idOf, EventItem::PA_TRIGGER_DELETED, "PaTrigger ID"};
+    DeletionRow<Map<PaSelector>, int> selectors{
+        5, &PAController::availablePaSelectors, local,
+        &Observer::onPaSelectorDelete, idOf, EventItem::PA_SELECTOR_DELETED, "PaSelector ID"};
+    /// No event: the queue has no type for it.
+    DeletionRow<Map<AnnouncementRequest>, AnnouncementRequest> requests{
+        11, &PAController::activeAnnouncementRequestList, active,
+        &Observer::onMessageDelete, wholeRequest, std::nullopt, "Announcement Request UUID"};
+    DeletionRow<Map<PaZone>, std::string> primaryZones{
+        20, &PAController::availablePaZonesPrimaryServer, active,
+        &Observer::onPaZoneDelete, idOf, EventItem::PA_ZONE_DELETED, "PaZone ID"};
+    /// Told only while the local server stands in for the active one.
+    DeletionRow<Map<PaZone>, std::string> localZones{
+        20, &PAController::availablePaZonesLocalServer, local,
+        &Observer::onPaZoneDelete, idOf, EventItem::PA_ZONE_DELETED, "PaZone ID",
+        localStandsIn};
+    DeletionRow<ScheduleCache, ScheduleDefinition> schedules{
+        18, &PAController::scheduleList, active,
+        &Observer::onScheduleDelete, asApplicationKnowsIt, EventItem::SCHEDULE_DELETED, nullptr};
+    // clang-format on
+};
+
+template <class Cache, class Argument>
+void PAController::deleteEntries(const DeletionRow<Cache, Argument>& row, int key) {
+    Cache& cache = this->*row.cache;
+    // Keys, not iterators: a callback may change what is being walked.
+    std::vector<int> keys{key};
+    if (key == 0) {
+        const LeafGuard leaf(lookupLock);
+        keys = keysOf(cache);
+    }
+    const auto lookUp = [&](int entryKey) -> std::optional<Argument> {
+        const LeafGuard leaf(lookupLock);
+        const auto* const entry = find(cache, entryKey);
+        return entry == nullptr ? std::nullopt : std::optional(row.argument(*entry));
+    };
+    const auto isPresent = [&](int entryKey) {
+        const LeafGuard leaf(lookupLock);
+        return find(cache, entryKey) != nullptr;
+    };
+    for (const int entryKey : keys) {
+        const std::optional<Argument> told = lookUp(entryKey);
+        if (!told) {
+            continue;
+        }
+        if (row.notifies) {
+            notifyObservers(row.slot, *told);
+            if (!isPresent(entryKey)) {
+                continue;
+            }
+        }
+        if (row.event) {
+            auto* const entry = find(cache, entryKey);
+            addNewEventItem(*row.event, eventKey(entryKey, *entry), entry);
+        }
+        if (row.name != nullptr) {
+            PASDK_DEBUG(1, "%s: %s >%s< deleted", "deleteAudioVideoControllerInfo", row.name,
+                        asText(*told).c_str());
+        }
+        const LeafGuard leaf(lookupLock);
+        cache.erase(entryKey);
+    }
+}
+
+void PAController::deleteAudioVideoControllerInfo(int dstNo, int kind, int key) {
+    const MutexGuard guard(paControllerMtx);
+    deletion.waiting.push_back({dstNo, kind, key});
+    if (!deletion.isRunning) {
+        runWithdrawals();
+    }
+}
+
+/// Carries out what waits, and what the callbacks ask for meanwhile.
+void PAController::runWithdrawals() {
+    deletion.isRunning = true;
+    while (!deletion.waiting.empty()) {
+        const Withdrawal next = deletion.waiting.front();
+        deletion.waiting.pop_front();
+        try {
+            removeWithdrawn(next);
+        } catch (...) {
+            deletion = {};
+            throw;
+        }
+    }
+    deletion.isRunning = false;
+    if (std::exchange(deletion.resetWaits, false)) {
+        initPaResources();
+    }
+}
+
+void PAController::removeWithdrawn(const Withdrawal& withdrawal) {
+    const DeletionTable table;
+    const auto concerns = [&withdrawal](int server, int kind) {
+        return selects(withdrawal.dstNo, server) && selects(withdrawal.kind, kind);
+    };
+    const auto visit = [&](const auto& row) PASDK_REQUIRES(paControllerMtx) {
+        if (concerns(row.server, row.kind)) {
+            deleteEntries(row, withdrawal.key);
+        }
+    };
+    visit(table.sources);
+    visit(table.sinks);
+    visit(table.triggers);
+    visit(table.selectors);
+    if (concerns(table.local, attachedZonesKind)) {
+        eraseFrom(attachedPaZonesToPaSourceList, withdrawal.key);
+    }
+    visit(table.requests);
+    visit(table.primaryZones);
+    visit(table.localZones);
+    visit(table.schedules);
+}
+
+void PAController::initPaResources() {
+    {
+        const MutexGuard guard(paControllerMtx);
+        if (deletion.isRunning) {
+            deletion.resetWaits = true;
+            return;
+        }
+        forgetLocks();
+    }
+    deleteAudioVideoControllerInfo(0, 0, 0);
+    deleteFromTTS_Ports(0);
+    deleteFromTTS_Dictionary(0);
+    // Not under the mutex: this does not wait for a callback that is running.
+    const LeafGuard leaf(lookupLock);
+    ttsPendingPreviewList.clear();
+    activeAnnouncementRequestList.clear();
+}

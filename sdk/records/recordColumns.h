@@ -1,0 +1,85 @@
+#pragma once
+
+#include <cstddef>
+#include <string_view>
+#include <type_traits>
+
+#include "framework/fieldEncoding.h"
+#include "framework/log.h"
+#include "include/common/tevlist.h"
+#include "sdk/records/numberText.h"
+
+/// @file
+/// The layout of a record is a table with one column for each wire position, in wire order:
+///
+///     constexpr Column<PaZone> columns[] = {translated<&PaZone::id>, skipped, ...};
+///
+/// and `decodeRecord` is the one walk that reads it.
+
+namespace pa {
+
+/// Takes the text of one field into the record.
+template <class Record>
+using Column = void (*)(Record&, const char*);
+
+/// A wire position that nothing is read from.
+constexpr std::nullptr_t skipped = nullptr;
+
+/// Integers and enumerations.
+template <auto Member, class Record>
+void integer(Record& record, const char* text) {
+    auto& value = record.*Member;
+    value = static_cast<std::remove_reference_t<decltype(value)>>(decodeInt(text));
+}
+
+template <auto Member, class Record>
+void floating(Record& record, const char* text) {
+    record.*Member = decodeDouble(text);
+}
+
+/// A text that is kept as received.
+template <auto Member, class Record>
+void asReceived(Record& record, const char* text) {
+    record.*Member = text;
+}
+
+/// A text in the encoding of the link.
+template <auto Member, class Record>
+void translated(Record& record, const char* text) {
+    record.*Member = text;
+    translateElemStringFieldFromSvr(record.*Member);
+}
+
+/// The text of a field, or null for one that counts as absent: empty, "(null)", or without data.
+inline const char* fieldText(const TEVnode& node) {
+    const char* const text =
+        node.dataPtr == nullptr ? nullptr : *static_cast<char* const*>(node.dataPtr);
+    const bool taken = text != nullptr && *text != '\0' && std::string_view(text) != "(null)";
+    return taken ? text : nullptr;
+}
+
+/// Reads a record by its columns. What is absent keeps the value that it has; fields behind the
+/// last column are ignored.
+template <class Record, std::size_t N>
+void decodeRecord(const TEVlist& list, const Column<Record> (&columns)[N], Record& record) {
+    const TEVnode* node = list.listTop;
+    for (const Column<Record> take : columns) {
+        if (node == nullptr) {
+            return;
+        }
+        if (const char* const text = fieldText(*node); take != nullptr && text != nullptr) {
+            take(record, text);
+        }
+        node = node->nextNode;
+    }
+}
+
+/// Whether a handler was given a record at all; reports one that is missing.
+inline bool hasRecord(const TEVlist* list, const char* handler, int key) {
+    if (list == nullptr) {
+        handleError(3, "%s: no record for key >%d<", handler, key);
+    }
+    return list != nullptr;
+}
+
+}  // namespace pa

@@ -1,0 +1,30 @@
+#pragma once
+
+#include "sdk/QXReceiver.h"
+#include "sdk/globals.h"
+#include "sdk/requests/Payload.h"
+
+namespace pa {
+
+/// Destinations of operations. What the send queue makes of them is the link's business.
+namespace destination {
+
+constexpr int directLink = -1;
+constexpr int indirectLink = -2;
+
+/// The link over which the active audio server is reached now.
+inline int activeServer() {
+    return load(gIndirectCXSConnection) ? indirectLink : directLink;
+}
+
+}  // namespace destination
+
+/// Queues an operation for the server.
+inline void queueOperation(int destinationNo, int operationClass, int operationNumber,
+                           const Payload& payload) {
+    constexpr int flag = 1;  // of every operation
+    gQXReceiver.addOperationToSendQueue(destinationNo, operationClass, operationNumber, flag,
+                                        payload.text());
+}
+
+}  // namespace pa

@@ -1,0 +1,190 @@
+#include "simserver/audio/SpeechRenderer.h"
+
+#include <algorithm>
+#include <exception>
+#include <utility>
+
+#include "framework/uuid.h"
+#include "simserver/audio/AudioFile.h"
+#include "simserver/audio/Synthesizer.h"
+#include "simserver/lookUp.h"
+#include "simserver/protocol/FieldText.h"
+#include "simserver/protocol/Refused.h"
+
+namespace simserver {
+
+namespace {
+
+constexpr std::size_t mostJobs = 32;
+
+/// The engine looks at a whole text before it speaks: what is larger, in bytes, would outlast every
+/// preview anyway.
+constexpr std::size_t largestText = 65536;
+
+int decodeRate(const std::string& text) {
+    const int rate = within("rate", [&] { return wholeNumber<int>(text); });
+    if (rate <= 0) {
+        throw Refused("rate: \"" + text + "\" is not above 0");
+    }
+    return rate;
+}
+
+const std::string& synthesizerOf(const Voice& voice) {
+    return voice.synthesizer.empty() ? voice.language : voice.synthesizer;
+}
+
+}  // namespace
+
+SpeechRenderer::SpeechRenderer(const Station& station, const UploadFolder& spool, Report report)
+    : station_(station), spool_(spool), report_(std::move(report)) {}
+
+SpeechRenderer::~SpeechRenderer() {
+    {
+        const std::lock_guard guard(lock_);
+        stopping_ = true;
+    }
+    changed_.notify_all();
+    thread_.reset();
+}
+
+std::optional<Preview> SpeechRenderer::request(const RetrievalRequest& request) {
+    const std::lock_guard guard(lock_);
+    try {
+        const Voice& voice = voiceFor(request);
+        const Preview* const known = find(voice.port, request.text);
+        std::error_code ignored;
+        if (known != nullptr &&
+            std::filesystem::exists(*spool_.placeOfPreview(known->fullName), ignored)) {
+            return *known;
+        }
+        enqueue(voice, request);
+        return std::nullopt;
+    } catch (const std::exception& failure) {
+        return failedPreview(request.id, request.text, failure.what());
+    }
+}
+
+std::vector<Preview> SpeechRenderer::previews() const {
+    const std::lock_guard guard(lock_);
+    return previews_;
+}
+
+void SpeechRenderer::waitUntilIdle() {
+    std::unique_lock guard(lock_);
+    changed_.wait(guard, [this] { return jobs_.empty() && !reporting_; });
+}
+
+const Voice& SpeechRenderer::voiceFor(const RetrievalRequest& request) const {
+    if (request.text.empty()) {
+        throw Refused("no text to speak");
+    }
+    return voiceOf(station_, request.language, request.voice, decodeRate(request.rate));
+}
+
+void SpeechRenderer::enqueue(const Voice& voice, const RetrievalRequest& request) {
+    const auto inHand = std::find_if(jobs_.begin(), jobs_.end(), [&](const Job& job) {
+        return &job.voice == &voice && job.text == request.text;
+    });
+    if (inHand != jobs_.end()) {
+        inHand->requestIds.push_back(request.id);
+        return;
+    }
+    if (jobs_.size() >= mostJobs) {
+        throw Refused(std::to_string(mostJobs) + " texts are waiting to be spoken already");
+    }
+    if (thread_ == nullptr) {
+        thread_ = std::make_unique<pa::PosixThread>("sim-studio", [this] { run(); });
+    }
+    jobs_.push_back({voice, request.text, {request.id}});
+    changed_.notify_all();
+}
+
+Preview* SpeechRenderer::find(int port, const std::string& text) {
+    const auto found = std::find_if(
+        previews_.begin(), previews_.end(),
+        [&](const Preview& preview) { return preview.port == port && preview.text == text; });
+    return found == previews_.end() ? nullptr : &*found;
+}
+
+Preview SpeechRenderer::failedPreview(const std::string& requestId, const std::string& text,
+                                      const std::string& why) {
+    Preview preview;
+    preview.item = ++lastItem_;
+    preview.port = Preview::failed;
+    preview.uuid = requestId;
+    preview.text = text;
+    preview.whyFailed = why;
+    return preview;
+}
+
+void SpeechRenderer::run() {
+    std::unique_lock guard(lock_);
+    while (true) {
+        changed_.wait(guard, [this] { return stopping_ || !jobs_.empty(); });
+        if (stopping_) {
+            return;
+        }
+        const Job& job = jobs_.front();  // those that arrive meanwhile do not move it
+        std::optional<Preview> spoken;
+        std::string whyNot;
+        guard.unlock();
+        try {
+            spoken = render(job);
+        } catch (const std::exception& failure) {
+            whyNot = failure.what();
+        }
+        guard.lock();
+        std::vector<Preview> reports;
+        if (spoken) {
+            reports.push_back(keep(std::move(*spoken)));
+        } else if (!whyNot.empty()) {
+            for (const std::string& requestId : job.requestIds) {
+                reports.push_back(failedPreview(requestId, job.text, whyNot));
+            }
+        }
+        jobs_.pop_front();
+        reporting_ = true;
+        guard.unlock();
+        std::for_each(reports.begin(), reports.end(), report_);
+        guard.lock();
+        reporting_ = false;
+        changed_.notify_all();
+    }
+}
+
+/// @return nothing when the text takes too long, or the studio closes
+std::optional<Preview> SpeechRenderer::render(const Job& job) const {
+    if (job.text.size() > largestText) {
+        return std::nullopt;
+    }
+    const std::optional<Sound> sound =
+        speak(synthesizerOf(job.voice), job.text,
+              [this](double seconds) { return !stopping_ && seconds <= station_.longestPreview; });
+    if (!sound) {
+        return std::nullopt;
+    }
+    Preview preview;
+    preview.port = job.voice.port;
+    generateUUID(preview.uuid);
+    preview.text = job.text;
+    preview.fullName = UploadFolder::previewFolder + preview.uuid + ".wav";
+    const std::filesystem::path place = *spool_.placeOfPreview(preview.fullName);
+    spool_.putWhole(place, [&](const std::filesystem::path& file) {
+        const std::vector<short> samples = resampled(*sound);
+        writeWav(file, samples, samples.size());
+        preview.size = std::filesystem::file_size(file);
+        preview.checksum = sha256(file);
+    });
+    preview.uri = fileUri(place);
+    return preview;
+}
+
+/// Gives it an item; that of the same text when its file had gone.
+Preview SpeechRenderer::keep(Preview preview) {
+    Preview* const known = find(preview.port, preview.text);
+    preview.item = known != nullptr ? known->item : ++lastItem_;
+    return known != nullptr ? *known = std::move(preview)
+                            : previews_.emplace_back(std::move(preview));
+}
+
+}  // namespace simserver

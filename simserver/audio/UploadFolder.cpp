@@ -1,0 +1,131 @@
+#include "simserver/audio/UploadFolder.h"
+
+#include <cerrno>
+#include <cstdlib>
+#include <fcntl.h>
+#include <string_view>
+#include <sys/file.h>
+#include <system_error>
+#include <unistd.h>
+
+#include "simserver/protocol/Refused.h"
+
+namespace simserver {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+std::error_code lastError() {
+    return {errno, std::generic_category()};
+}
+
+fs::path madeFolder(const fs::path& wanted) {
+    if (!wanted.empty()) {
+        fs::create_directories(wanted);
+        return wanted;
+    }
+    std::string name = (fs::temp_directory_path() / "pa-spool-XXXXXX").string();
+    if (mkdtemp(name.data()) == nullptr) {
+        throw fs::filesystem_error("cannot make a spool folder", name, lastError());
+    }
+    return name;
+}
+
+/// A new, empty file for what is being written, in a folder that is made if needed.
+fs::path newFile(const fs::path& folder) {
+    std::error_code ignored;
+    fs::create_directory(folder, ignored);
+    std::string name = (folder / ".upload-XXXXXX").string();
+    const int file = mkstemp(name.data());
+    if (file < 0) {
+        throw Refused(lastError().message());
+    }
+    close(file);
+    return name;
+}
+
+/// @param here the folder of this machine that stands for `onServer`
+std::optional<fs::path> placeIn(const fs::path& here, std::string_view onServer,
+                                const std::string& serverPath) {
+    if (serverPath.compare(0, onServer.size(), onServer) != 0) {
+        return std::nullopt;
+    }
+    const std::string name = serverPath.substr(onServer.size());
+    const bool leaves = name.empty() || name == "." || name == ".." ||
+                        name.find_first_of(std::string_view("/\0", 2)) != std::string::npos;
+    return leaves ? std::nullopt : std::optional(here / name);
+}
+
+}  // namespace
+
+UploadFolder::UploadFolder(const fs::path& folder)
+    : temporary_(folder.empty()),
+      folder_(madeFolder(folder)),
+      previews_(folder_ / fs::path(previewFolder).parent_path().filename()),
+      use_(open(folder_.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC)) {
+    const bool alone = flock(use_, LOCK_EX | LOCK_NB) == 0;
+    if (alone) {
+        std::error_code ignored;
+        fs::remove_all(previews_, ignored);
+    }
+    flock(use_, LOCK_SH);
+}
+
+UploadFolder::~UploadFolder() {
+    close(use_);
+    if (temporary_) {
+        std::error_code ignored;
+        fs::remove_all(folder_, ignored);
+    }
+}
+
+std::optional<fs::path> UploadFolder::placeOf(const std::string& serverPath) const {
+    return placeIn(folder_, serverFolder, serverPath);
+}
+
+std::optional<fs::path> UploadFolder::placeOfPreview(const std::string& serverPath) const {
+    return placeIn(previews_, previewFolder, serverPath);
+}
+
+palink::UploadResult UploadFolder::store(const std::string& localPath,
+                                         const std::string& serverPath) const {
+    const std::optional<fs::path> place = placeOf(serverPath);
+    if (!place) {
+        return {false, "\"" + serverPath + "\" is not a file name in " + serverFolder};
+    }
+    std::error_code error;
+    if (!fs::is_regular_file(localPath, error)) {
+        return {false, "cannot read \"" + localPath +
+                           "\": " + (error ? error.message() : "not a regular file")};
+    }
+    try {
+        putWhole(*place, [&](const fs::path& written) {
+            fs::copy_file(localPath, written, fs::copy_options::overwrite_existing, error);
+            if (error) {
+                throw Refused(error.message());
+            }
+        });
+    } catch (const Refused& refused) {
+        return {false, "cannot store \"" + localPath + "\": " + refused.what()};
+    }
+    return {true, ""};
+}
+
+void UploadFolder::putWhole(const fs::path& place,
+                            const std::function<void(const fs::path&)>& write) const {
+    const fs::path written = newFile(previews_);
+    std::error_code error;
+    try {
+        write(written);
+        fs::rename(written, place, error);
+        if (error) {
+            throw Refused(error.message());
+        }
+    } catch (...) {
+        fs::remove(written, error);
+        throw;
+    }
+}
+
+}  // namespace simserver

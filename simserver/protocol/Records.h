@@ -1,0 +1,34 @@
+#pragma once
+
+#include <ctime>
+
+#include "framework/timeWidth.h"
+#include "include/common/RecordList.h"
+#include "simserver/audio/Preview.h"
+#include "simserver/playback/PlayEngine.h"
+#include "simserver/station/Station.h"
+
+/// @file
+/// What the server says of each thing that it holds: the fields of its records in wire order.
+
+namespace simserver {
+
+/// @param lockHolder UUID of the client that holds its lock, empty for none
+pa::RecordFields sourceRecord(const Source& source, const std::string& lockHolder, int dstNo);
+pa::RecordFields attachedZonesRecord(const Source& source);
+
+/// @param playing whether anything is heard from it
+pa::RecordFields sinkRecord(const Sink& sink, bool playing);
+
+/// @param playing the type of what plays there, null for nothing
+pa::RecordFields zoneRecord(const Zone& zone, const AnnouncementType* playing);
+
+pa::RecordFields triggerRecord(const Trigger& trigger, int dstNo);
+pa::RecordFields selectorRecord(const Selector& selector);
+pa::RecordFields voiceRecord(const Voice& voice);
+pa::RecordFields previewRecord(const Preview& preview);
+
+/// @param epoch wall clock at simulated time 0
+pa::RecordFields announcementRecord(const PlayPart& part, std::time_t epoch);
+
+}  // namespace simserver

@@ -1,0 +1,71 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <variant>
+#include <vector>
+
+#include "simserver/playback/AnnouncementType.h"
+
+/// @file
+/// What a play or cancel operation asks for, once decoded. Plain values.
+
+namespace simserver {
+
+struct RecordedContent {
+    int originId = 0;  ///< number of the server that holds it; in a schedule, of a source
+    std::string path;  ///< as the server sees it
+};
+struct DictionaryContent {
+    std::vector<unsigned> items;
+    int repeats = 1;  ///< 0 for endless
+};
+struct TextContent {
+    std::string text;
+};
+struct SpokenText {
+    std::string language;
+    std::string voice;
+    int rate = 0;  ///< Hz
+    std::string text;
+};
+struct SpokenContent {
+    std::vector<SpokenText> texts;
+};
+struct TemplateContent {
+    std::string json;   ///< compact, empty for a template without variables
+    int validity = -1;  ///< seconds; negative: until cancelled or replaced
+};
+/// What a source picks up, for as long as it is open.
+struct LiveContent {
+    int sourceId = 0;
+};
+using Content = std::variant<RecordedContent, DictionaryContent, TextContent, SpokenContent,
+                             TemplateContent, LiveContent>;
+
+/// What is heard, or what is shown.
+struct RequestPart {
+    const AnnouncementType* type = nullptr;
+    std::string origin;
+    std::vector<std::string> zones;
+    Content content;
+    std::optional<double> gain;  ///< dB
+    int preChime = 0;            ///< dictionary item, 0 for none
+    int postChime = 0;
+    std::string whyNot{};  ///< when it is due though the station cannot play it: why it cannot
+};
+
+struct PlayRequest {
+    std::string id;  ///< empty when the client leaves it to the server
+    bool relative = false;
+    int level = 0;  ///< as given, in the mode above
+    std::vector<RequestPart> parts;
+};
+
+/// Names either a request or a type.
+struct CancelRequest {
+    std::string id;
+    const AnnouncementType* type = nullptr;
+};
+
+}  // namespace simserver

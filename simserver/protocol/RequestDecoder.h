@@ -1,0 +1,34 @@
+#pragma once
+
+#include <string_view>
+
+#include "simserver/audio/Preview.h"
+#include "simserver/protocol/Request.h"
+
+namespace simserver {
+
+/// Decodes the payload of operation 92/17: id,mode,level[,part][,part]
+///
+/// A part is type,origin,zones,content,gain,chimes - or, in the reduced form, has an empty chime
+/// field and ",startCondition,stopCondition,0,0,0,0" behind it.
+/// @param request receives the request; when the payload is refused, what was read before the fault
+/// @throws Refused naming what is wrong and where
+void decodePlay(std::string_view payload, PlayRequest& request);
+
+/// Decodes the payload of operation 92/18: id or "",type
+/// @throws Refused naming what is wrong
+CancelRequest decodeCancel(std::string_view payload);
+
+/// Decodes the payload of operation 108/3: id,language,voice,rate,text - of which the text alone is
+/// encoded.
+/// @param request receives the request; when the payload is refused, its id as far as it was read
+/// @throws Refused naming what is wrong
+void decodeRetrieval(std::string_view payload, RetrievalRequest& request);
+
+/// Decodes the text of a display template, freed of its level of encoding. Its values are JSON
+/// strings in which only double quotes and backslashes are escaped; an empty text is an empty
+/// template.
+/// @throws Refused when it is not the JSON of a display template
+TemplateContent decodeTemplate(const std::string& text);
+
+}  // namespace simserver

@@ -1,0 +1,12 @@
+#pragma once
+
+#include "include/common/RecordList.h"
+#include "simserver/schedules/Schedule.h"
+
+namespace simserver {
+
+/// What the server says of a schedule: the fields of its record in wire order. Every list is
+/// encoded once for each time that its reader splits or translates it.
+pa::RecordFields scheduleRecord(const Schedule& schedule);
+
+}  // namespace simserver
