@@ -20,7 +20,7 @@ namespace load {
 
 using namespace pa;  // Operation, RecordFields, RecordList
 using Clock = std::chrono::steady_clock;
-using palink::RecordKind;
+using pa::RecordKind;
 
 /// Keeps the processor busy.
 void spin(Clock::duration time);

@@ -19,10 +19,13 @@ struct Halves {
     void (PAController::*notify)(int key, PAController::MergeResult) = nullptr;
 };
 
+using pa::RecordKind;
+
 struct Route {
     RecordKind kind;
     void (*handle)(PAController&, int dstNo, int key, TEVlist*);  // null for kinds that pause
     Halves halves{};
+    void (PAController::*withdraw)(int key) = nullptr;  // null for kinds that are withdrawn by kind
 
     bool pauses() const { return halves.merge != nullptr; }
 };
@@ -49,25 +52,32 @@ constexpr Route routes[] = {
     {RecordKind::Announcement, byKey<&PAController::addUpdateAnnouncementRequest>},
     {RecordKind::Schedule, nullptr, {&PAController::mergeSchedule, &PAController::notifySchedule}},
     {RecordKind::Zone, byServerAndKey},
-    {RecordKind::TtsPort, byKey<&PAController::updateFromTTS_Ports>},
-    {RecordKind::TtsDictionary, byKey<&PAController::updateFromTTS_Dictionary>},
+    {RecordKind::TtsPort,
+     byKey<&PAController::updateFromTTS_Ports>,
+     {},
+     &PAController::deleteFromTTS_Ports},
+    {RecordKind::TtsDictionary,
+     byKey<&PAController::updateFromTTS_Dictionary>,
+     {},
+     &PAController::deleteFromTTS_Dictionary},
 };
+static_assert(std::size(routes) == std::size(pa::recordKinds), "a route for each kind");
 
-const Route* routeOf(int kind) {
+const Route* routeOf(RecordKind kind) {
     const auto* const found =
         std::find_if(std::begin(routes), std::end(routes),
-                     [kind](const Route& route) { return static_cast<int>(route.kind) == kind; });
+                     [kind](const Route& route) { return route.kind == kind; });
     return found == std::end(routes) ? nullptr : found;
 }
 
 /// Runs a handler; what is too large for the memory at hand costs that message alone.
 /// @param what as in "record"
 template <class Handler>
-void guarded(const char* what, int kind, int key, Handler handler) {
+void guarded(const char* what, RecordKind kind, int key, Handler handler) {
     try {
         handler();
     } catch (const std::exception& e) {
-        handleError(3, "%s of kind >%d< key >%d< dropped: %s", what, kind, key, e.what());
+        handleError(3, "%s of %s, key >%d< dropped: %s", what, nameOf(kind), key, e.what());
     }
 }
 
@@ -84,23 +94,19 @@ std::size_t bytesOf(const pa::RecordFields& fields) {
 /// The second half of a record's handler.
 void notify(PAController& controller, const Route& route, int key, MergeResult result) {
     if (result != MergeResult::Dropped) {
-        guarded("notification", static_cast<int>(route.kind), key,
+        guarded("notification", route.kind, key,
                 [&] { (controller.*route.halves.notify)(key, result); });
     }
 }
 
 void withdraw(PAController& controller, const Withdrawal& withdrawal) {
     guarded("withdrawal", withdrawal.kind, withdrawal.key, [&] {
-        switch (static_cast<RecordKind>(withdrawal.kind)) {
-            case RecordKind::TtsPort:
-                controller.deleteFromTTS_Ports(withdrawal.key);
-                break;
-            case RecordKind::TtsDictionary:
-                controller.deleteFromTTS_Dictionary(withdrawal.key);
-                break;
-            default:
-                controller.deleteAudioVideoControllerInfo(withdrawal.dstNo, withdrawal.kind,
-                                                          withdrawal.key);
+        const Route* const route = routeOf(withdrawal.kind);
+        if (route != nullptr && route->withdraw != nullptr) {
+            (controller.*route->withdraw)(withdrawal.key);
+        } else {
+            controller.deleteAudioVideoControllerInfo(
+                withdrawal.dstNo, static_cast<int>(withdrawal.kind), withdrawal.key);
         }
     });
 }
@@ -111,13 +117,13 @@ Router::Router(PAController& controller) : controller_(controller) {}
 
 void Router::handle(Record record) {
     const std::lock_guard arrival(arrival_);
-    const int kind = static_cast<int>(record.kind);
-    const Route* const route = routeOf(kind);
+    const Route* const route = routeOf(record.kind);
     if (route == nullptr) {
-        handleError(3, "record of unknown kind >%d< key >%d< dropped", kind, record.key);
+        handleError(3, "record of unknown kind >%d< key >%d< dropped",
+                    static_cast<int>(record.kind), record.key);
         return;
     }
-    guarded("record", kind, record.key, [&] {
+    guarded("record", record.kind, record.key, [&] {
         if (route->pauses()) {
             handleWithPause(*route, record.key, std::move(record.fields));
         } else {
@@ -149,7 +155,7 @@ void Router::handleWithPause(const Route& route, int key, pa::RecordFields field
     const auto result = std::make_shared<MergeResult>(MergeResult::Dropped);
     notifier_.add({kind, key, 0, true,
                    [&controller, &route, key, list, result] {
-                       guarded("record", static_cast<int>(route.kind), key, [&] {
+                       guarded("record", route.kind, key, [&] {
                            *result = (controller.*route.halves.merge)(key, list->list());
                        });
                    },
@@ -162,17 +168,18 @@ void Router::handleWithPause(const Route& route, int key, pa::RecordFields field
 void Router::handle(const Withdrawal& withdrawal) {
     const std::lock_guard arrival(arrival_);
     const Route* const route = routeOf(withdrawal.kind);
+    const int kind = static_cast<int>(withdrawal.kind);
     const bool pauses = route != nullptr && route->pauses();
-    if (pauses && withdrawal.key != 0 && notifier_.concerns(withdrawal.kind, withdrawal.key)) {
+    if (pauses && withdrawal.key != 0 && notifier_.concerns(kind, withdrawal.key)) {
         guarded("withdrawal", withdrawal.kind, withdrawal.key, [&] {
             notifier_.waitForRoom();
-            notifier_.add(
-                {withdrawal.kind, withdrawal.key, 0, true,
-                 [&controller = controller_, withdrawal] { withdraw(controller, withdrawal); }});
+            notifier_.add({kind, withdrawal.key, 0, true, [&controller = controller_, withdrawal] {
+                               withdraw(controller, withdrawal);
+                           }});
         });
         return;
     }
-    const bool ofAll = withdrawal.kind == 0 || (pauses && withdrawal.key == 0);
+    const bool ofAll = withdrawal.kind == RecordKind::Any || (pauses && withdrawal.key == 0);
     if (!ofAll || notifier_.waitUntilIdle()) {
         withdraw(controller_, withdrawal);
     }
@@ -181,7 +188,7 @@ void Router::handle(const Withdrawal& withdrawal) {
 void Router::reset() {
     const std::lock_guard arrival(arrival_);
     if (notifier_.waitUntilIdle()) {
-        guarded("reset", 0, 0, [this] { controller_.initPaResources(); });
+        guarded("reset", RecordKind::Any, 0, [this] { controller_.initPaResources(); });
     }
 }
 

@@ -150,8 +150,8 @@ void ServerLink::on(const Withdrawal& withdrawal) {
 
 void ServerLink::on(const Refusal& refusal) {
     if (!refusalHandler_.call(refusal)) {
-        handleError(2, "the server refuses operation %d/%d of request >%s<: %s",
-                    refusal.operationClass, refusal.operationNumber, refusal.requestId.c_str(),
+        handleError(2, "the server refuses operation %s of request >%s<: %s",
+                    textOf(refusal.operation).c_str(), refusal.requestId.c_str(),
                     refusal.reason.c_str());
     }
 }

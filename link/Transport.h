@@ -6,26 +6,13 @@
 #include "include/common/RecordList.h"
 #include "sdk/KeyValueMap.h"
 #include "sdk/QXReceiver.h"
+#include "sdk/operations.h"
+#include "sdk/recordKinds.h"
 
 /// @file
 /// The one interface behind which every way to a server stands.
 
 namespace palink {
-
-/// What a record describes. The numbers are those of withdrawals; text-to-speech records are
-/// withdrawn through handlers of their own.
-enum class RecordKind : int {
-    Source = 2,
-    Sink = 3,
-    Trigger = 4,
-    Selector = 5,
-    AttachedZones = 6,
-    Announcement = 11,
-    Schedule = 18,
-    Zone = 20,
-    TtsPort = 101,
-    TtsDictionary = 102,
-};
 
 /// The connection stands. The caches are emptied before anything that follows is handled.
 struct Connected {
@@ -43,7 +30,7 @@ struct Disconnected {
 /// A resource was added or changed.
 struct Record {
     int dstNo = 0;  ///< destination number of the server that reports it
-    RecordKind kind = RecordKind::Source;
+    pa::RecordKind kind = pa::RecordKind::Source;
     int key = 0;
     pa::RecordFields fields;
 };
@@ -51,14 +38,13 @@ struct Record {
 /// Resources are gone.
 struct Withdrawal {
     int dstNo = 0;  ///< 0 for any server
-    int kind = 0;   ///< number of a RecordKind, 0 for every kind
-    int key = 0;    ///< 0 for every key
+    pa::RecordKind kind = pa::RecordKind::Any;
+    int key = 0;  ///< 0 for every key
 };
 
 /// The server will not do what an operation asks for.
 struct Refusal {
-    int operationClass = 0;
-    int operationNumber = 0;
+    pa::OperationType operation;
     std::string requestId;  ///< empty when the operation has none, or it could not be read
     std::string reason;
 };

@@ -4,6 +4,8 @@
 #include <cstdint>
 #include <string>
 
+#include "sdk/operations.h"
+
 namespace pa {
 
 /// An operation that does not reach the server.
@@ -17,12 +19,11 @@ struct DroppedOperation {
     };
 
     Reason reason = Reason::Stopped;
-    int operationClass = 0;   ///< 0 when unlisted
-    int operationNumber = 0;  ///< 0 when unlisted
-    std::string requestId;    ///< empty when the operation has none, or it cannot be read
-    std::string text;         ///< the reason in words
-    std::int64_t ageMS = 0;   ///< how long it has waited
-    std::size_t count = 1;    ///< how many operations this stands for; above 1 only when unlisted
+    OperationType type;      ///< 0/0 when unlisted
+    std::string requestId;   ///< empty when the operation has none, or it cannot be read
+    std::string text;        ///< the reason in words
+    std::int64_t ageMS = 0;  ///< how long it has waited
+    std::size_t count = 1;   ///< how many operations this stands for; above 1 only when unlisted
 };
 
 }  // namespace pa

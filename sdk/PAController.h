@@ -28,7 +28,8 @@
 
 namespace pa {
 class Payload;
-}
+struct OperationType;
+}  // namespace pa
 
 /// Parameters of the reduced `playMessage`. A plain value.
 struct PlayMessageParams {
@@ -79,8 +80,7 @@ public:
     /// after the deletion that is under way, before that one returns: an entry that is being told
     /// of is not told of again.
     /// @param dstNo destination number of that server, 0 for any
-    /// @param kind  2 sources, 3 sinks, 4 hardware triggers, 5 selectors, 6 attached zones,
-    ///              11 announcement requests, 18 schedules, 20 zones, 0 all
+    /// @param kind  number of a `pa::RecordKind` below 100, 0 for every kind
     /// @param key   cache key of the entry, 0 for every entry
     void deleteAudioVideoControllerInfo(int dstNo, int kind, int key);
     /// @}
@@ -458,7 +458,7 @@ private:
     LockRequest requestLock(int sourceId, const std::string& self, bool attaching);
     void subscribeVUMeter(bool subscribe, int sourceId);
     bool hasSwTriggers() const;
-    void sendSwTrigger(int triggerId, const char* caller, int operationNumber,
+    void sendSwTrigger(int triggerId, const char* caller, pa::OperationType type,
                        pa::Payload (*payloadOf)(const PaSWTrigger&));
     std::string completePreviews(const TTSDictionary& item) PASDK_REQUIRES(paControllerMtx);
     std::optional<std::string> takeOldPreview(std::time_t now,

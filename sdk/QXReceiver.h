@@ -5,19 +5,16 @@
 #include <string>
 
 #include "sdk/DroppedOperation.h"
+#include "sdk/operations.h"
 
 namespace pa {
 
-/// The class of the operations of PA resources, announcements and schedules.
-constexpr int paClass = 92;
-
 /// A request to the server, as it stands in the send queue.
 struct Operation {
-    int destination = 0;      ///< -1 direct link, -2 indirect link
-    int operationClass = 0;   ///< group, for example `paClass`
-    int operationNumber = 0;  ///< operation within its class
-    int flag = 0;             ///< always 1
-    std::string payload;      ///< the operation's text
+    int destination = 0;  ///< -1 direct link, -2 indirect link
+    OperationType type;
+    int flag = 0;         ///< always 1
+    std::string payload;  ///< the operation's text
 };
 
 /// Where the send queue hands its operations: the server link.

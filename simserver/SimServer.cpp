@@ -98,26 +98,26 @@ palink::UploadResult SimServer::storeFile(const std::string& localPath,
 // ------------------------------------------------------------------------------------ operations
 
 const SimServer::OperationRow SimServer::operations[] = {
-    {92, 1, &SimServer::attachSource},
-    {92, 2, &SimServer::detachSource},
-    {92, 3, &SimServer::attachZones},
-    {92, 4, &SimServer::detachZones},
-    {92, 5, &SimServer::activateSoftwareTrigger},
-    {92, 6, &SimServer::deactivateSoftwareTrigger},
-    {92, 7, &SimServer::extendLock},
-    {92, 8, &SimServer::setSinkGain},
-    {92, 9, &SimServer::setSourceGain},
-    {92, 10, &SimServer::setMonitoring},
-    {92, 17, &SimServer::play},
-    {92, 18, &SimServer::cancel},
-    {92, 19, &SimServer::putSchedule},
-    {92, 20, &SimServer::deleteSchedule},
-    {92, 29, &SimServer::resetSink},
-    {78, 5, &SimServer::startRecording},
-    {78, 6, &SimServer::stopRecording},
-    {78, 9, &SimServer::deleteRecording},
-    {1, 1, &SimServer::previewRecording},
-    {108, 3, &SimServer::retrieveAudio},
+    {pa::operations::attachSource, &SimServer::attachSource},
+    {pa::operations::detachSource, &SimServer::detachSource},
+    {pa::operations::attachZones, &SimServer::attachZones},
+    {pa::operations::detachZones, &SimServer::detachZones},
+    {pa::operations::activateTrigger, &SimServer::activateSoftwareTrigger},
+    {pa::operations::deactivateTrigger, &SimServer::deactivateSoftwareTrigger},
+    {pa::operations::renewLock, &SimServer::extendLock},
+    {pa::operations::setSinkGain, &SimServer::setSinkGain},
+    {pa::operations::setSourceGain, &SimServer::setSourceGain},
+    {pa::operations::setMonitoring, &SimServer::setMonitoring},
+    {pa::operations::playMessage, &SimServer::play},
+    {pa::operations::cancelMessage, &SimServer::cancel},
+    {pa::operations::putSchedule, &SimServer::putSchedule},
+    {pa::operations::deleteSchedule, &SimServer::deleteSchedule},
+    {pa::operations::resetSink, &SimServer::resetSink},
+    {pa::operations::startRecording, &SimServer::startRecording},
+    {pa::operations::stopRecording, &SimServer::stopRecording},
+    {pa::operations::deleteRecording, &SimServer::deleteRecording},
+    {pa::operations::previewRecording, &SimServer::previewRecording},
+    {pa::operations::retrieveAudio, &SimServer::retrieveAudio},
 };
 
 void SimServer::withholdRequests(bool on) {
@@ -133,8 +133,7 @@ void SimServer::handleOperation(const pa::Operation& operation) {
     try {
         perform(operation);
     } catch (const Refused& refused) {
-        tell(palink::Refusal{operation.operationClass, operation.operationNumber, requestId_,
-                             refused.what()});
+        tell(palink::Refusal{operation.type, requestId_, refused.what()});
     }
 }
 
@@ -153,10 +152,8 @@ void SimServer::perform(const pa::Operation& operation) {
     catchUp();
     requestId_.clear();
     const auto* const row = std::find_if(
-        std::begin(operations), std::end(operations), [&operation](const OperationRow& candidate) {
-            return candidate.operationClass == operation.operationClass &&
-                   candidate.operationNumber == operation.operationNumber;
-        });
+        std::begin(operations), std::end(operations),
+        [&operation](const OperationRow& candidate) { return candidate.type == operation.type; });
     if (row == std::end(operations)) {
         throw Refused("this operation is not simulated");
     }

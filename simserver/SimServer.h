@@ -92,8 +92,7 @@ public:
 
 private:
     struct OperationRow {
-        int operationClass;
-        int operationNumber;
+        pa::OperationType type;
         void (SimServer::*perform)(const std::string& payload);
     };
     static const OperationRow operations[];
@@ -175,8 +174,8 @@ private:
     void readMeters();
 
     void tell(palink::ServerEvent event);
-    void tellRecord(palink::RecordKind kind, int key, pa::RecordFields fields);
-    void tellGone(palink::RecordKind kind, int key);
+    void tellRecord(pa::RecordKind kind, int key, pa::RecordFields fields);
+    void tellGone(pa::RecordKind kind, int key);
     void tellAll();
     void tellActivity();
     std::optional<SimTime> lengthOf(const RequestPart& part) override;

@@ -8,7 +8,7 @@
 
 namespace simserver {
 
-using palink::RecordKind;
+using pa::RecordKind;
 
 // -------------------------------------------------------------------------------------- previews
 
@@ -30,7 +30,7 @@ void SimServer::retrieveAudio(const std::string& payload) {
 void SimServer::tellPreview(const Preview& preview) {
     const bool failed = preview.port == Preview::failed;
     if (failed) {
-        tell(palink::Refusal{108, 3, preview.uuid, preview.whyFailed});
+        tell(palink::Refusal{pa::operations::retrieveAudio, preview.uuid, preview.whyFailed});
     }
     tellRecord(RecordKind::TtsDictionary, preview.item, previewRecord(preview));
     if (failed) {
@@ -83,7 +83,7 @@ void SimServer::endRecording() {
     try {
         recorder_.stopDue();
     } catch (const Refused& refused) {
-        tell(palink::Refusal{78, 6, "", refused.what()});
+        tell(palink::Refusal{pa::operations::stopRecording, "", refused.what()});
     }
 }
 

@@ -12,7 +12,7 @@ namespace simserver {
 
 namespace {
 
-using palink::RecordKind;
+using pa::RecordKind;
 using std::chrono::seconds;
 
 // Each of these is what a request would hold, to be played once.

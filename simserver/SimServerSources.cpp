@@ -13,7 +13,7 @@ namespace simserver {
 
 namespace {
 
-using palink::RecordKind;
+using pa::RecordKind;
 
 bool contains(const std::vector<std::string>& zones, const std::string& zone) {
     return std::find(zones.begin(), zones.end(), zone) != zones.end();

@@ -7,7 +7,7 @@
 
 namespace simserver {
 
-using palink::RecordKind;
+using pa::RecordKind;
 
 void SimServer::tell(palink::ServerEvent event) {
     if (client_ != nullptr) {
@@ -20,7 +20,7 @@ void SimServer::tellRecord(RecordKind kind, int key, pa::RecordFields fields) {
 }
 
 void SimServer::tellGone(RecordKind kind, int key) {
-    tell(palink::Withdrawal{station_.dstNo, static_cast<int>(kind), key});
+    tell(palink::Withdrawal{station_.dstNo, kind, key});
 }
 
 /// Everything that there is, for a client that knows nothing yet.

@@ -13,7 +13,7 @@ namespace simserver {
 
 namespace {
 
-using palink::RecordKind;
+using pa::RecordKind;
 
 /// States of a selector, as its record has them.
 constexpr int unknownSelector = 0;

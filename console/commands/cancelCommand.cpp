@@ -14,7 +14,6 @@ namespace console {
 namespace {
 
 constexpr double cancelSeconds = 10;
-constexpr int cancelOperation = 18;  // the number under which the server refuses it
 
 using Records = std::map<int, AnnouncementRequest>;  // by record number
 
@@ -56,8 +55,7 @@ Records waitUntilGone(const Context& context, Changes& changes, const Records& o
                           "cancelled is unknown");
         }
         const auto* const refusal = std::get_if<palink::Refusal>(&change->what);
-        if (refusal != nullptr && refusal->operationClass == pa::paClass &&
-            refusal->operationNumber == cancelOperation) {
+        if (refusal != nullptr && refusal->operation == pa::operations::cancelMessage) {
             throw Failure(ExitCode::Refused, "the server refuses: " + refusal->reason);
         }
         const auto* const record = std::get_if<AnnouncementRequest>(&change->what);

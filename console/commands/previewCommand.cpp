@@ -16,8 +16,6 @@ namespace console {
 
 namespace {
 
-constexpr int retrievalClass = 108;
-constexpr int retrievalOperation = 3;
 constexpr double answerSeconds = 105;  // longer than the controller, which gives up after 90 s
 
 struct Arguments {
@@ -55,7 +53,7 @@ std::string retrieve(const Context& context, const Arguments& a) {
         }
         return isOurs;
     };
-    Request request{"there will be audio", {retrievalOperation}, retrievalClass, answerSeconds};
+    Request request{"there will be audio", {pa::operations::retrieveAudio}, answerSeconds};
     request.requestId = id;  // the refusal of one that was given up may still come
     operate(
         context, request, [&] { message.retrieveAudioMessage(); }, take);

@@ -31,14 +31,16 @@ void operateRecorder(const Context& context, const Request& request, const std::
 /// What is done with one recording.
 struct PathOperation {
     const char* effect;
-    int operationClass;
-    int operationNumber;
+    pa::OperationType type;
     void (PAController::*send)(const std::string& path);
 };
 
-constexpr PathOperation start{"is being recorded", 78, 5, &PAController::startUserRecording};
-constexpr PathOperation preview{"is played back", 1, 1, &PAController::previewUserRecording};
-constexpr PathOperation forget{"is deleted", 78, 9, &PAController::deleteUserRecording};
+constexpr PathOperation start{"is being recorded", pa::operations::startRecording,
+                              &PAController::startUserRecording};
+constexpr PathOperation preview{"is played back", pa::operations::previewRecording,
+                                &PAController::previewUserRecording};
+constexpr PathOperation forget{"is deleted", pa::operations::deleteRecording,
+                               &PAController::deleteUserRecording};
 
 template <const PathOperation& operation>
 Handler define(Parser& parser) {
@@ -47,16 +49,14 @@ Handler define(Parser& parser) {
         .required();
     return [name](const Context& context) {
         const std::string path = serverPath(*name);
-        const Request request{
-            path + ' ' + operation.effect, {operation.operationNumber}, operation.operationClass};
+        const Request request{path + ' ' + operation.effect, {operation.type}};
         operateRecorder(context, request, path, [&] { (gPaController.*operation.send)(path); });
     };
 }
 
 Handler defineStop(Parser& /*parser*/) {
     return [](const Context& context) {
-        constexpr int stopOperation = 6;
-        operateRecorder(context, {"the recording is stopped", {stopOperation}, 78}, "",
+        operateRecorder(context, {"the recording is stopped", {pa::operations::stopRecording}}, "",
                         [] { gPaController.stopUserRecording(); });
     };
 }

@@ -16,7 +16,7 @@ std::string levelText(double level) {
 std::string setGain(const Context& context, const GainRequest& gain,
                     const std::function<double()>& current, const std::function<void()>& send) {
     std::string sentence = gain.what + " has the gain " + levelText(gain.level) + " dB";
-    const Request request{sentence, {gain.operationNumber}};
+    const Request request{sentence, {gain.operation}};
     const auto holds = [&] { return levelText(current()) == levelText(gain.level); };
     if (!holds()) {
         operate(context, request, send, seen(holds));

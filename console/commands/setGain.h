@@ -9,10 +9,10 @@ namespace console {
 
 /// A gain that the server is to set.
 struct GainRequest {
-    std::string what;     ///< as in "sink 3"
-    int operationNumber;  ///< under which the server refuses it
-    double level;         ///< dB
-    bool isFlagged;       ///< whether the server is told more than the level
+    std::string what;             ///< as in "sink 3"
+    pa::OperationType operation;  ///< under which the server refuses it
+    double level;                 ///< dB
+    bool isFlagged;               ///< whether the server is told more than the level
 };
 
 /// Has the server set a gain.

@@ -26,13 +26,13 @@ void simulate(const Context& context, const std::string& effect, const std::func
 
 /// What another client asks of the lock of a source.
 struct LockOperation {
-    int operationNumber;
+    pa::OperationType type;
     const char* effect;
     bool locks;
 };
 
-constexpr LockOperation lock{1, " is locked by the client ", true};
-constexpr LockOperation unlock{2, " is released by the client ", false};
+constexpr LockOperation lock{pa::operations::attachSource, " is locked by the client ", true};
+constexpr LockOperation unlock{pa::operations::detachSource, " is released by the client ", false};
 
 /// Clients bear UUIDs, which are sent as they stand.
 void checkClient(const std::string& client) {
@@ -58,7 +58,7 @@ Handler defineLock(Parser& parser) {
         const auto act = [&] {
             constexpr int directLink = -1;
             const auto reason = context.session().server().operateAsOther(
-                {directLink, 92, operation.operationNumber, 1, id + ',' + *client});
+                {directLink, operation.type, 1, id + ',' + *client});
             if (reason) {
                 throw simserver::Refused(*reason);
             }

@@ -10,10 +10,6 @@ namespace console {
 
 namespace {
 
-constexpr int gainOperation = 8;
-constexpr int monitorOperation = 10;
-constexpr int resetOperation = 29;
-
 PaSink sinkNow(int id) {
     return findOne(sinks, std::to_string(id));
 }
@@ -25,8 +21,8 @@ std::string titleOf(const PaSink& sink) {
 void monitorSink(const Context& context, PaSink sink, bool enable) {
     const std::string sentence = titleOf(sink) + (enable ? " is monitored" : " is not monitored");
     const auto holds = [&] { return sinkNow(sink.id).getPAMonitoring() == enable; };
-    const std::string asBefore = bringAbout(context, {sentence, {monitorOperation}}, holds,
-                                            [&] { sink.setPAMonitoring(enable); });
+    const std::string asBefore = bringAbout(context, {sentence, {pa::operations::setMonitoring}},
+                                            holds, [&] { sink.setPAMonitoring(enable); });
     printOutcome(context, sentence + asBefore, toJson(sinkNow(sink.id)));
 }
 
@@ -46,8 +42,8 @@ void resetSink(const Context& context, PaSink sink, bool wait) {
         return untilBack ? isBack : isGone;
     };
     operate(
-        context, {titleOf(sink) + " has been reset", {resetOperation}}, [&] { sink.reset(); },
-        take);
+        context, {titleOf(sink) + " has been reset", {pa::operations::resetSink}},
+        [&] { sink.reset(); }, take);
     const PaSink now = sinkNow(sink.id);
     printOutcome(context,
                  titleOf(sink) + (untilBack ? " has been reset: " : " is being reset: ") +
@@ -75,9 +71,10 @@ Handler defineGain(Parser& parser) {
         context.session();
         PaSink sink = findOne(sinks, a->sink);
         const auto current = [&sink] { return sinkNow(sink.id).outputGain.getLevel(); };
-        const std::string sentence =
-            setGain(context, {titleOf(sink), gainOperation, a->level, a->persistent || a->delay},
-                    current, [&] { sink.setGain(Gain(a->level), a->persistent, a->delay); });
+        const std::string sentence = setGain(
+            context,
+            {titleOf(sink), pa::operations::setSinkGain, a->level, a->persistent || a->delay},
+            current, [&] { sink.setGain(Gain(a->level), a->persistent, a->delay); });
         printOutcome(context, sentence, toJson(sinkNow(sink.id)));
     };
 }

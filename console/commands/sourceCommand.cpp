@@ -40,14 +40,14 @@ Handler defineGain(Parser& parser) {
     parser.addFlag("--first", a->first, "The server's own first flag");
     parser.addFlag("--second", a->second, "The server's own second flag");
     return [a](const Context& context) {
-        constexpr int gainOperation = 9;
         context.session();
         const PaSource source = findOne(sources, a->source);
         const std::string id = std::to_string(source.id);
         const auto current = [&id] { return findOne(sources, id).inputGain; };
-        const std::string sentence =
-            setGain(context, {"source " + id, gainOperation, a->level, a->first || a->second},
-                    current, [&] { source.setGain(a->level, a->first, a->second); });
+        const std::string sentence = setGain(
+            context,
+            {"source " + id, pa::operations::setSourceGain, a->level, a->first || a->second},
+            current, [&] { source.setGain(a->level, a->first, a->second); });
         printOutcome(context, sentence, toJson(findOne(sources, id)));
     };
 }

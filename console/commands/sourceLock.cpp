@@ -10,9 +10,6 @@ namespace console {
 
 namespace {
 
-constexpr int attachOperation = 1;
-constexpr int detachOperation = 2;
-
 /// Makes a call of the controller that waits for the server, no longer than the user wants.
 void waitFor(const Context& context, const Request& request, bool (PAController::*call)(int),
              int sourceId) {
@@ -44,7 +41,8 @@ Lock lockOf(int sourceId) {
 
 void attachSource(const Context& context, const PaSource& source) {
     const std::string effect = "source " + std::to_string(source.id) + " is locked";
-    waitFor(context, {effect, {attachOperation}}, &PAController::attachPaSource, source.id);
+    waitFor(context, {effect, {pa::operations::attachSource}}, &PAController::attachPaSource,
+            source.id);
     const Lock now = lockOf(source.id);
     printOutcome(context, sentence(now), toJson(now));
     if (!context.connection.lasts) {
@@ -60,7 +58,8 @@ void detachSource(const Context& context, const PaSource& source) {
         throw Failure(ExitCode::Refused, sentence(before));
     }
     const std::string effect = "source " + std::to_string(source.id) + " is released";
-    waitFor(context, {effect, {detachOperation}}, &PAController::detachPaSource, source.id);
+    waitFor(context, {effect, {pa::operations::detachSource}}, &PAController::detachPaSource,
+            source.id);
     const Lock now = lockOf(source.id);
     printOutcome(context, sentence(now), toJson(now));
 }

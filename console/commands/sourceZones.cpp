@@ -13,9 +13,6 @@ namespace console {
 
 namespace {
 
-constexpr int attachOperation = 3;
-constexpr int detachOperation = 4;
-
 using ZoneIds = std::set<std::string>;
 
 ZoneIds attachedTo(const PaSource& source) {
@@ -83,7 +80,8 @@ void attachZones(const Context& context, const PaSource& source,
         source.attachPaZone(listOf(wanted), replace ? PaSource::REPLACE_EXISTING_SET
                                                     : PaSource::ADD_TO_EXISTING_SET);
     };
-    const Request request{titleOf(source) + " has these zones", {attachOperation, detachOperation}};
+    const Request request{titleOf(source) + " has these zones",
+                          {pa::operations::attachZones, pa::operations::detachZones}};
     print(context, source, bringAbout(context, request, holds, send));
 }
 
@@ -103,7 +101,7 @@ void detachZones(const Context& context, const PaSource& source,
         unwanted.insert(id);
     }
     operate(
-        context, {titleOf(source) + " has lost these zones", {detachOperation}},
+        context, {titleOf(source) + " has lost these zones", {pa::operations::detachZones}},
         [&] { source.detachPaZone(listOf(unwanted)); },
         seen([&] { return hasNone(attachedTo(source), unwanted); }));
     print(context, source, "");
@@ -111,7 +109,7 @@ void detachZones(const Context& context, const PaSource& source,
 
 void detachAllZones(const Context& context, const PaSource& source) {
     const auto holds = [&] { return source.getAttachedPaZones().empty(); };
-    const Request request{titleOf(source) + " has no zones", {detachOperation}};
+    const Request request{titleOf(source) + " has no zones", {pa::operations::detachZones}};
     print(context, source, bringAbout(context, request, holds, [&] { source.detachAllPaZones(); }));
 }
 

@@ -13,9 +13,6 @@ namespace console {
 
 namespace {
 
-constexpr int activateOperation = 5;
-constexpr int deactivateOperation = 6;
-
 struct NewTrigger {
     std::string source;
     int priority = 0;
@@ -116,7 +113,7 @@ void activate(const Context& context, const Trigger& trigger) {
         return isIt;
     };
     operate(
-        context, {titleOf(trigger) + " is active", {activateOperation}},
+        context, {titleOf(trigger) + " is active", {pa::operations::activateTrigger}},
         [&] { gPaController.activateSwPaTrigger(trigger.id); }, take);
     context.connection.startedAnnouncements[trigger.associatedSourceId] = started->id;
     printOutcome(context,
@@ -132,7 +129,7 @@ void deactivate(const Context& context, const Trigger& trigger) {
         return started == startedBy.end() ||
                !knowsName(std::to_string(started->second), memberTexts(announcements.all(), "id"));
     };
-    const Request request{titleOf(trigger) + " is inactive", {deactivateOperation}};
+    const Request request{titleOf(trigger) + " is inactive", {pa::operations::deactivateTrigger}};
     const auto send = [&] { gPaController.deactivateSwPaTrigger(trigger.id); };
     // Without an announcement that could go, nothing is heard but a refusal.
     isOver() ? operateUnseen(context, request, send)

@@ -93,8 +93,7 @@ void DemoSchedule::catchUp() {
     while (const auto change = changes_.next(std::chrono::milliseconds(0))) {
         const auto* const record = std::get_if<AnnouncementRequest>(&change->what);
         const auto* const refusal = std::get_if<palink::Refusal>(&change->what);
-        if (refusal != nullptr && refusal->operationClass == pa::paClass &&
-            refusal->operationNumber == putScheduleOperation) {
+        if (refusal != nullptr && refusal->operation == pa::operations::putSchedule) {
             refusal_ = refusal->reason;
         }
         const bool isIts = record != nullptr && record->zones == schedule_.paZones &&

@@ -2,20 +2,12 @@
 
 namespace console {
 
-namespace {
-
-bool isRenewal(int operationClass, int operationNumber) {
-    return operationClass == 92 && operationNumber == 7;
-}
-
-}  // namespace
-
 bool isOfRenewal(const palink::Refusal& refusal) {
-    return isRenewal(refusal.operationClass, refusal.operationNumber);
+    return refusal.operation == pa::operations::renewLock;
 }
 
 void RenewalCounter::handleOperation(const pa::Operation& operation) {
-    if (isRenewal(operation.operationClass, operation.operationNumber)) {
+    if (operation.type == pa::operations::renewLock) {
         const std::lock_guard guard(lock_);
         ++renewals_[operation.payload.substr(0, operation.payload.find(','))];
     }

@@ -8,8 +8,6 @@ namespace console {
 
 namespace {
 
-constexpr int playOperation = 17;  // the number under which the server refuses it
-
 constexpr const char* outcomeNames[] = {"open",   "finished",  "cancelled",    "pre-empted",
                                         "failed", "withdrawn", "not uploaded", "refused"};
 
@@ -79,7 +77,7 @@ void RequestFollower::takeDelete(const AnnouncementRequest& record) {
 void RequestFollower::takeRefusal(const palink::Refusal& refusal) {
     // A request that the server could not read has no id in the refusal; it is the one that waits.
     const bool isOurs =
-        refusal.operationClass == pa::paClass && refusal.operationNumber == playOperation &&
+        refusal.operation == pa::operations::playMessage &&
         (refusal.requestId == requestId_ || (refusal.requestId.empty() && !isAccepted()));
     if (isOurs) {
         whole_.outcome = Outcome::Refused;

@@ -15,12 +15,12 @@ constexpr double refusalSeconds = 1;
 
 void throwIfRefused(const Request& request, const std::optional<Change>& change) {
     const auto* const refusal = change ? std::get_if<palink::Refusal>(&change->what) : nullptr;
-    const auto& numbers = request.operationNumbers;
+    const auto& operations = request.operations;
     const bool isOurs =
-        refusal != nullptr && refusal->operationClass == request.operationClass &&
+        refusal != nullptr &&
         (request.requestId.empty() || refusal->requestId.empty() ||
          refusal->requestId == request.requestId) &&
-        std::find(numbers.begin(), numbers.end(), refusal->operationNumber) != numbers.end();
+        std::find(operations.begin(), operations.end(), refusal->operation) != operations.end();
     if (isOurs) {
         throw Failure(ExitCode::Refused, "the server refuses: " + refusal->reason);
     }

@@ -17,9 +17,8 @@ namespace console {
 
 /// What is asked for.
 struct Request {
-    std::string effect;                 ///< as in "sink 3 has the new gain"
-    std::vector<int> operationNumbers;  ///< under which the server refuses it
-    int operationClass = pa::paClass;
+    std::string effect;                         ///< as in "sink 3 has the new gain"
+    std::vector<pa::OperationType> operations;  ///< under which the server refuses it
     double seconds = 10;        ///< what the server may take when --timeout does not say
     double tickSeconds = 0.05;  ///< between two looks when nothing is told
     std::string requestId{};    ///< a refusal of another request is none of this one

@@ -37,7 +37,7 @@ std::string putSchedule(const Context& context, const ScheduleDefinition& schedu
     // What is kept already may be shown for another time, of which nothing is told: then the next
     // that is told of it counts. Anything else is seen before it is told.
     Request request{"schedule " + std::to_string(schedule.Id) + " is kept as asked",
-                    {putScheduleOperation}};
+                    {pa::operations::putSchedule}};
     request.tickSeconds = 0.001;
     operate(
         context, request, [&] { gPaController.modifySchedule(schedule); },
@@ -49,7 +49,7 @@ std::string putSchedule(const Context& context, const ScheduleDefinition& schedu
 
 ScheduleDefinition putNewSchedule(const Context& context, ScheduleDefinition schedule) {
     check(schedule);
-    const Request request{"the schedule is in", {putScheduleOperation}};
+    const Request request{"the schedule is in", {pa::operations::putSchedule}};
     const auto id = std::make_shared<std::atomic<int>>(0);  // the call may outlive this one
     const auto call = [schedule, id] {
         try {
@@ -69,7 +69,8 @@ ScheduleDefinition putNewSchedule(const Context& context, ScheduleDefinition sch
 void removeSchedule(const Context& context, int id) {
     const std::string effect = "schedule " + std::to_string(id) + " is removed";
     operate(
-        context, {effect, {removeScheduleOperation}}, [id] { gPaController.deleteSchedule(id); },
+        context, {effect, {pa::operations::deleteSchedule}},
+        [id] { gPaController.deleteSchedule(id); },
         seen([id] { return !gPaController.findSchedule(id); }));
 }
 

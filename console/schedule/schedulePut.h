@@ -8,8 +8,6 @@
 namespace console {
 
 /// Numbers under which the server refuses what is asked for schedules.
-constexpr int putScheduleOperation = 19;
-constexpr int removeScheduleOperation = 20;
 
 /// Has the server keep a schedule under its id, and waits until it tells of it. Nothing is sent
 /// when it keeps that very schedule already and nothing is shown by it.

@@ -246,8 +246,8 @@ inline constexpr std::tuple levelMembers{
 };
 
 inline constexpr std::tuple refusalMembers{
-    Member{"operationClass", &palink::Refusal::operationClass},
-    Member{"operationNumber", &palink::Refusal::operationNumber},
+    Member{"operationClass", [](const palink::Refusal& r) { return r.operation.classNo; }},
+    Member{"operationNumber", [](const palink::Refusal& r) { return r.operation.number; }},
     Member{"requestId", &palink::Refusal::requestId},
     Member{"reason", &palink::Refusal::reason},
 };

@@ -143,7 +143,7 @@ void PaSink::setGain(Gain gain, bool persistent, bool delayPersistence) const {
     // Not a range test: a level that is no number goes out.
     require<std::out_of_range>(!(level < -96.0 || level > 0.0),
                                "PaSink::setGain(): Invalid Gain Level. Valid Range [-96, 0]");
-    queueOperation(destination::directLink, paClass, 8,
+    queueOperation(destination::directLink, operations::setSinkGain,
                    gainPayload(id, level, persistent, delayPersistence));
 }
 
@@ -154,7 +154,7 @@ Gain PaSink::getGain() const {
 
 // Operation 92/10: enable,id
 void PaSink::setPAMonitoring(bool enable) const {
-    queueOperation(destination::directLink, paClass, 10,
+    queueOperation(destination::directLink, operations::setMonitoring,
                    Payload().flag(enable).separator(',').number(id));
 }
 
@@ -166,5 +166,5 @@ bool PaSink::getPAMonitoring() const {
 void PaSink::reset() const {
     requireType<std::out_of_range>(type == ZENTRIQ_KPL2 || type == ZENTRIQ_RMX4,
                                    "reset: Unsupported Sink Type", type);
-    queueOperation(destination::directLink, paClass, 29, Payload().number(id));
+    queueOperation(destination::directLink, operations::resetSink, Payload().number(id));
 }

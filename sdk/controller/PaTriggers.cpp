@@ -153,25 +153,26 @@ void PAController::deleteSwPaTrigger(int triggerId) {
 
 // Operation 92/5: sourceId,priority[,preChime,displayParameters]
 void PAController::activateSwPaTrigger(int triggerId) {
-    sendSwTrigger(triggerId, "activateSwPaTrigger", 5, [](const PaSWTrigger& made) {
-        Payload payload;
-        payload.number(made.associatedSourceId).separator(',').number(made.trigger.priority);
-        if (!made.preChime.empty() || !made.displayParameters.empty()) {
-            payload.separator(',').plain(made.preChime);
-            payload.separator(',').plain(made.displayParameters);
-        }
-        return payload;
-    });
+    sendSwTrigger(
+        triggerId, "activateSwPaTrigger", operations::activateTrigger, [](const PaSWTrigger& made) {
+            Payload payload;
+            payload.number(made.associatedSourceId).separator(',').number(made.trigger.priority);
+            if (!made.preChime.empty() || !made.displayParameters.empty()) {
+                payload.separator(',').plain(made.preChime);
+                payload.separator(',').plain(made.displayParameters);
+            }
+            return payload;
+        });
 }
 
 // Operation 92/6: sourceId
 void PAController::deactivateSwPaTrigger(int triggerId) {
-    sendSwTrigger(triggerId, "deactivateSwPaTrigger", 6, [](const PaSWTrigger& made) {
-        return Payload().number(made.associatedSourceId);
-    });
+    sendSwTrigger(
+        triggerId, "deactivateSwPaTrigger", operations::deactivateTrigger,
+        [](const PaSWTrigger& made) { return Payload().number(made.associatedSourceId); });
 }
 
-void PAController::sendSwTrigger(int triggerId, const char* caller, int operationNumber,
+void PAController::sendSwTrigger(int triggerId, const char* caller, OperationType type,
                                  Payload (*payloadOf)(const PaSWTrigger&)) {
     if (triggerId < 1 || !hasSwTriggers()) {
         return;
@@ -190,7 +191,7 @@ void PAController::sendSwTrigger(int triggerId, const char* caller, int operatio
         handleError(1, "%s: SWTriggerId >%d< not created by me", caller, triggerId);
         return;
     }
-    queueOperation(destination::directLink, paClass, operationNumber, *payload);
+    queueOperation(destination::directLink, type, *payload);
 }
 
 /// Does not wait for a callback that is running.

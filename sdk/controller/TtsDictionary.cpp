@@ -84,7 +84,7 @@ std::string Message::retrieveAudioMessage() const {
                                 .number(spoken.rate)
                                 .separator(',')
                                 .prepared(spoken.text);
-    queueOperation(destination::directLink, 108, 3, payload);
+    queueOperation(destination::directLink, operations::retrieveAudio, payload);
     TTSPendingInfo pending(spoken.portNo, spoken.language, spoken.voice, spoken.rate, spoken.text,
                            wallClock());
     gPaController.addToTTSPreviewPendingList(id, pending);

@@ -9,6 +9,7 @@
 #include "sdk/controller/notify.h"
 #include "sdk/globals.h"
 #include "sdk/paDebug.h"
+#include "sdk/recordKinds.h"
 #include "sdk/records/cacheValues.h"
 #include "sdk/requests/scheduleDescription.h"
 
@@ -59,8 +60,6 @@ std::vector<int> keysOf(const ScheduleCache& cache) {
     return cache.ids();
 }
 
-constexpr int attachedZonesKind = 6;
-
 /// Whether a row is concerned: 0 selects every server and every kind.
 bool selects(int wanted, int actual) {
     return wanted == 0 || wanted == actual;
@@ -71,7 +70,7 @@ bool selects(int wanted, int actual) {
 /// One kind of record that the server can withdraw.
 template <class Cache, class Argument>
 struct PAController::DeletionRow {
-    int kind;
+    RecordKind kind;
     Cache PAController::*cache;
     int server;  // whose withdrawals concern it
     void (PAControllerObserver::*slot)(Argument);
@@ -95,31 +94,31 @@ struct PAController::DeletionTable {
 
     // clang-format off
     DeletionRow<Map<PaSource>, int> sources{
-        2, &PAController::availablePaSources, local,
+        RecordKind::Source, &PAController::availablePaSources, local,
         &Observer::onPaSourceDelete, idOf, EventItem::PA_SOURCE_DELETED, "PaSource ID"};
     DeletionRow<Map<PaSink>, int> sinks{
-        3, &PAController::availablePaSinks, local,
+        RecordKind::Sink, &PAController::availablePaSinks, local,
         &Observer::onPaSinkDelete, idOf, EventItem::PA_SINK_DELETED, "PaSink ID"};
     DeletionRow<Map<PaTrigger>, int> triggers{
-        4, &PAController::availablePaTriggersHW, local,
+        RecordKind::Trigger, &PAController::availablePaTriggersHW, local,
         &Observer::onPaTriggerDelete, idOf, EventItem::PA_TRIGGER_DELETED, "PaTrigger ID"};
     DeletionRow<Map<PaSelector>, int> selectors{
-        5, &PAController::availablePaSelectors, local,
+        RecordKind::Selector, &PAController::availablePaSelectors, local,
         &Observer::onPaSelectorDelete, idOf, EventItem::PA_SELECTOR_DELETED, "PaSelector ID"};
     /// No event: the queue has no type for it.
     DeletionRow<Map<AnnouncementRequest>, AnnouncementRequest> requests{
-        11, &PAController::activeAnnouncementRequestList, active,
+        RecordKind::Announcement, &PAController::activeAnnouncementRequestList, active,
         &Observer::onMessageDelete, wholeRequest, std::nullopt, "Announcement Request UUID"};
     DeletionRow<Map<PaZone>, std::string> primaryZones{
-        20, &PAController::availablePaZonesPrimaryServer, active,
+        RecordKind::Zone, &PAController::availablePaZonesPrimaryServer, active,
         &Observer::onPaZoneDelete, idOf, EventItem::PA_ZONE_DELETED, "PaZone ID"};
     /// Told only while the local server stands in for the active one.
     DeletionRow<Map<PaZone>, std::string> localZones{
-        20, &PAController::availablePaZonesLocalServer, local,
+        RecordKind::Zone, &PAController::availablePaZonesLocalServer, local,
         &Observer::onPaZoneDelete, idOf, EventItem::PA_ZONE_DELETED, "PaZone ID",
         localStandsIn};
     DeletionRow<ScheduleCache, ScheduleDefinition> schedules{
-        18, &PAController::scheduleList, active,
+        RecordKind::Schedule, &PAController::scheduleList, active,
         &Observer::onScheduleDelete, asApplicationKnowsIt, EventItem::SCHEDULE_DELETED, nullptr};
     // clang-format on
 };
@@ -195,8 +194,9 @@ void PAController::runWithdrawals() {
 
 void PAController::removeWithdrawn(const Withdrawal& withdrawal) {
     const DeletionTable table;
-    const auto concerns = [&withdrawal](int server, int kind) {
-        return selects(withdrawal.dstNo, server) && selects(withdrawal.kind, kind);
+    const auto concerns = [&withdrawal](int server, RecordKind kind) {
+        return selects(withdrawal.dstNo, server) &&
+               selects(withdrawal.kind, static_cast<int>(kind));
     };
     const auto visit = [&](const auto& row) PASDK_REQUIRES(paControllerMtx) {
         if (concerns(row.server, row.kind)) {
@@ -207,7 +207,7 @@ void PAController::removeWithdrawn(const Withdrawal& withdrawal) {
     visit(table.sinks);
     visit(table.triggers);
     visit(table.selectors);
-    if (concerns(table.local, attachedZonesKind)) {
+    if (concerns(table.local, RecordKind::AttachedZones)) {
         eraseFrom(attachedPaZonesToPaSourceList, withdrawal.key);
     }
     visit(table.requests);

@@ -44,19 +44,17 @@ void report(const DroppedOperation& dropped) {
     }
     const std::string request =
         dropped.requestId.empty() ? "" : " of request >" + dropped.requestId + "<";
-    handleError(2, "operation %d/%d%s dropped after %lld ms: %s", dropped.operationClass,
-                dropped.operationNumber, request.c_str(), static_cast<long long>(dropped.ageMS),
-                dropped.text.c_str());
+    handleError(2, "operation %s%s dropped after %lld ms: %s", textOf(dropped.type).c_str(),
+                request.c_str(), static_cast<long long>(dropped.ageMS), dropped.text.c_str());
 }
 
-void DropList::add(DroppedOperation::Reason reason, int operationClass, int operationNumber,
+void DropList::add(DroppedOperation::Reason reason, OperationType type,
                    const std::string& payload) noexcept {
     try {
         DroppedOperation dropped;
         dropped.reason = reason;
-        dropped.operationClass = operationClass;
-        dropped.operationNumber = operationNumber;
-        dropped.requestId = requestIdOf(operationClass, operationNumber, payload);
+        dropped.type = type;
+        dropped.requestId = requestIdOf(type, payload);
         const std::size_t bytes = bytesOf(dropped);
         if (bytes > maxBytes - bytes_) {
             ++unlisted_;

@@ -19,7 +19,7 @@ void report(const DroppedOperation& dropped);
 /// 16 MiB, and what exceeds the bound is counted. A plain value without a lock.
 class DropList {
 public:
-    void add(DroppedOperation::Reason reason, int operationClass, int operationNumber,
+    void add(DroppedOperation::Reason reason, OperationType type,
              const std::string& payload) noexcept;
 
     /// Takes the next to tell of; what was not listed comes last.

@@ -27,11 +27,10 @@ using Reason = DroppedOperation::Reason;
 /// The queue, its sender and the thread between them.
 class Sending {
 public:
-    void add(int destination, int operationClass, int operationNumber, int flag,
-             const std::string& payload) {
+    void add(int destination, OperationType type, int flag, const std::string& payload) {
         Reason reason = Reason::QueueFull;
         try {
-            Operation operation{destination, operationClass, operationNumber, flag, payload};
+            Operation operation{destination, type, flag, payload};
             const std::lock_guard guard(lock_);
             startThread();
             if (closed_) {
@@ -46,7 +45,7 @@ public:
             // There is no room for it.
         }
         const std::lock_guard guard(lock_);
-        drops_.add(reason, operationClass, operationNumber, payload);
+        drops_.add(reason, type, payload);
         ++dropped_;
         wake();
     }
@@ -259,10 +258,8 @@ private:
         tell(guard, [&] {
             DroppedOperation dropped;
             dropped.reason = reason;
-            dropped.operationClass = operation.operationClass;
-            dropped.operationNumber = operation.operationNumber;
-            dropped.requestId = pa::requestIdOf(operation.operationClass, operation.operationNumber,
-                                                operation.payload);
+            dropped.type = operation.type;
+            dropped.requestId = pa::requestIdOf(operation.type, operation.payload);
             dropped.text = text != nullptr ? text : textOf(reason);
             dropped.ageMS = monotonicMS() - front.since;
             return dropped;
@@ -352,13 +349,13 @@ PASDK_EARLIEST const pa::MadeEarly made(sending);
 
 void QXReceiver::addOperationToSendQueue(int destination, int operationClass, int operationNumber,
                                          int flag, const std::string& payload) {
+    const OperationType type{operationClass, operationNumber};
     try {
-        sending().add(destination, operationClass, operationNumber, flag, payload);
+        sending().add(destination, type, flag, payload);
     } catch (const std::exception& e) {  // the queue's thread cannot be created
         DroppedOperation dropped;
-        dropped.operationClass = operationClass;
-        dropped.operationNumber = operationNumber;
-        dropped.requestId = pa::requestIdOf(operationClass, operationNumber, payload);
+        dropped.type = type;
+        dropped.requestId = pa::requestIdOf(type, payload);
         dropped.text = e.what();
         report(dropped);
     }

@@ -13,18 +13,17 @@ enum class Encoding { Plain, Prepared };
 
 /// Where the payload of an operation has the identifier.
 struct IdPlace {
-    int operationClass;
-    int operationNumber;
+    OperationType type;
     int field;  // between commas, counted from 0
     Encoding encoding;
     char end;  // what follows the identifier inside the field; 0 when it is the whole field
 };
 
 constexpr IdPlace idPlaces[] = {
-    {92, 17, 0, Encoding::Prepared, 0},    // play:     "id",...
-    {92, 18, 0, Encoding::Prepared, 0},    // cancel:   "id" or "",type
-    {92, 19, 1, Encoding::Prepared, '~'},  // schedule: number,"uuid~description",...
-    {108, 3, 0, Encoding::Plain, 0},       // retrieve: id,...
+    {operations::playMessage, 0, Encoding::Prepared, 0},    // "id",...
+    {operations::cancelMessage, 0, Encoding::Prepared, 0},  // "id" or "",type
+    {operations::putSchedule, 1, Encoding::Prepared, '~'},  // number,"uuid~description",...
+    {operations::retrieveAudio, 0, Encoding::Plain, 0},     // id,...
 };
 
 /// Where the field that begins at `start` ends. A comma between quotes belongs to the field.
@@ -46,12 +45,10 @@ std::size_t endOfField(const std::string& payload, std::size_t start, Encoding e
 
 }  // namespace
 
-std::string requestIdOf(int operationClass, int operationNumber, const std::string& payload) {
+std::string requestIdOf(OperationType type, const std::string& payload) {
     const auto* const place =
-        std::find_if(std::begin(idPlaces), std::end(idPlaces), [&](const IdPlace& candidate) {
-            return candidate.operationClass == operationClass &&
-                   candidate.operationNumber == operationNumber;
-        });
+        std::find_if(std::begin(idPlaces), std::end(idPlaces),
+                     [&](const IdPlace& candidate) { return candidate.type == type; });
     if (place == std::end(idPlaces)) {
         return {};
     }

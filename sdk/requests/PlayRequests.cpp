@@ -13,11 +13,8 @@ using namespace pa;
 
 namespace {
 
-constexpr int playOperation = 17;
-constexpr int cancelOperation = 18;
-
-void send(int operationNumber, const Payload& payload) {
-    queueOperation(destination::indirectLink, paClass, operationNumber, payload);
+void send(OperationType type, const Payload& payload) {
+    queueOperation(destination::indirectLink, type, payload);
 }
 
 bool upload(const std::string& localPath, const std::string& serverPath) {
@@ -102,7 +99,7 @@ std::string Message::playAnnouncement(const std::vector<std::string>& zones) {
     if (visualMessageType != NONE) {
         request.separator(',').prepared(visual.text());
     }
-    send(playOperation, request);
+    send(operations::playMessage, request);
     playedOnce = true;
     return id;
 }
@@ -159,7 +156,7 @@ unsigned PAController::playMessage(const std::vector<std::string>& zones,
     const auto sendPart = [&gain](Payload& part) {
         part.separator(',').level(gain.getLevel()).plain(",,startCondition,stopCondition,0,0,0,0");
         // No request id, absolute priority 500.
-        send(playOperation, Payload().plain("\"\",0,500,").prepared(part.text()));
+        send(operations::playMessage, Payload().plain("\"\",0,500,").prepared(part.text()));
     };
 
     if (!zones.empty() && !dictionaryItems.empty()) {
@@ -198,10 +195,10 @@ void PAController::cancelMessage(unsigned messageId) {
 
 // Operation 92/18: id
 void PAController::cancelMessage(const std::string& requestId) {
-    send(cancelOperation, Payload().prepared(requestId));
+    send(operations::cancelMessage, Payload().prepared(requestId));
 }
 
 // Operation 92/18: "",type
 void PAController::cancelMessage(Message::Type messageType) {
-    send(cancelOperation, Payload().prepared("").separator(',').number(messageType));
+    send(operations::cancelMessage, Payload().prepared("").separator(',').number(messageType));
 }

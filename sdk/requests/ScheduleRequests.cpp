@@ -131,7 +131,7 @@ std::string PAController::createScheduleHelper(bool serverAssignsId,
     if (def.visualAnnouncementType != AT_NONE) {
         request.prepared(partText(def.visualAnnouncementType, origin, def, visualContent(def)));
     }
-    queueOperation(destination::directLink, paClass, 19, request);
+    queueOperation(destination::directLink, operations::putSchedule, request);
     return requestUUID;
 }
 
@@ -161,6 +161,7 @@ void PAController::deleteSchedule(int scheduleId) {
             return;
         }
     }
-    queueOperation(destination::directLink, paClass, 20, Payload().number(scheduleId));
+    queueOperation(destination::directLink, operations::deleteSchedule,
+                   Payload().number(scheduleId));
     PASDK_DEBUG(2, "%s: request sent to AS to delete schduleId >%d<", "deleteSchedule", scheduleId);
 }

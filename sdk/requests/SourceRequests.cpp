@@ -17,20 +17,14 @@ using namespace pa;
 
 namespace {
 
-constexpr int attachSource = 1;
-constexpr int detachSource = 2;
-constexpr int attachZones = 3;
-constexpr int detachZones = 4;
-constexpr int renewLock = 7;
-constexpr int setSourceGain = 9;
 constexpr int sourcesPerAmplifierElement = 100;
 
 bool hasGain(PaSource::Type type) {
     return type == PaSource::ZENTRIQ_ANALOG_INPUT || type == PaSource::ZENTRIQ_IP_PAGING_STATION;
 }
 
-void sendToActiveServer(int operationNumber, const Payload& payload) {
-    queueOperation(destination::activeServer(), paClass, operationNumber, payload);
+void sendToActiveServer(OperationType type, const Payload& payload) {
+    queueOperation(destination::activeServer(), type, payload);
 }
 
 void refuseEmpty(const std::string& zoneId) {
@@ -59,7 +53,7 @@ void PaSource::setGain(double level, bool first, bool second) const {
     // Not a range test: a level that is no number goes out.
     require<std::out_of_range>(!(level < -96.0 || level > 42.0),
                                "PaSource::setGain(): Invalid Gain Level. Valid Range [-96, +42]");
-    queueOperation(destination::directLink, paClass, setSourceGain,
+    queueOperation(destination::directLink, operations::setSourceGain,
                    gainPayload(id, level, first, second));
 }
 
@@ -80,7 +74,7 @@ void PaSource::attachPaZone(const std::vector<std::string>& zoneIds, AttachMode 
     if (mode == REPLACE_EXISTING_SET) {
         detachAllPaZones();
     }
-    sendToActiveServer(attachZones, zonesPayload(id, zoneIds));
+    sendToActiveServer(operations::attachZones, zonesPayload(id, zoneIds));
 }
 
 void PaSource::detachPaZone(const std::string& zoneId) const {
@@ -91,12 +85,12 @@ void PaSource::detachPaZone(const std::string& zoneId) const {
 // Operation 92/4: id,zone^zone
 void PaSource::detachPaZone(const std::vector<std::string>& zoneIds) const {
     refuseEmpty(zoneIds);
-    sendToActiveServer(detachZones, zonesPayload(id, zoneIds));
+    sendToActiveServer(operations::detachZones, zonesPayload(id, zoneIds));
 }
 
 // Operation 92/4: id - without a comma it means every zone
 void PaSource::detachAllPaZones() const {
-    sendToActiveServer(detachZones, Payload().number(id));
+    sendToActiveServer(operations::detachZones, Payload().number(id));
 }
 
 std::vector<std::string> PaSource::getAttachedPaZones() const {
@@ -151,7 +145,8 @@ PAController::LockRequest PAController::requestLock(int sourceId, const std::str
     if (lock == nullptr || lock->lockedUUID != (attaching ? "" : self)) {
         return {false, std::nullopt};
     }
-    sendToActiveServer(attaching ? attachSource : detachSource, lockPayload(sourceId, self));
+    sendToActiveServer(attaching ? operations::attachSource : operations::detachSource,
+                       lockPayload(sourceId, self));
     return {false, wallClock()};
 }
 
@@ -165,7 +160,7 @@ void PAController::renewSourceLocks() {
         if (lock.lockedUUID.empty() || lock.lockedUUID != audioServer->getUUID()) {
             continue;  // nobody's lock, or another client's
         }
-        sendToActiveServer(renewLock, lockPayload(lock.sourceId, lock.lockedUUID));
+        sendToActiveServer(operations::renewLock, lockPayload(lock.sourceId, lock.lockedUUID));
         PASDK_DEBUG(1, "%s: sending extend lock for sourceId >%d<, UUID >%s<", "threadFunction",
                     lock.sourceId, lock.lockedUUID.c_str());
     }

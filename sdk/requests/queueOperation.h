@@ -2,6 +2,7 @@
 
 #include "sdk/QXReceiver.h"
 #include "sdk/globals.h"
+#include "sdk/operations.h"
 #include "sdk/requests/Payload.h"
 
 namespace pa {
@@ -20,10 +21,9 @@ inline int activeServer() {
 }  // namespace destination
 
 /// Queues an operation for the server.
-inline void queueOperation(int destinationNo, int operationClass, int operationNumber,
-                           const Payload& payload) {
+inline void queueOperation(int destinationNo, OperationType type, const Payload& payload) {
     constexpr int flag = 1;  // of every operation
-    gQXReceiver.addOperationToSendQueue(destinationNo, operationClass, operationNumber, flag,
+    gQXReceiver.addOperationToSendQueue(destinationNo, type.classNo, type.number, flag,
                                         payload.text());
 }
 

@@ -70,11 +70,11 @@ std::vector<palink::Record> Activity::all() const {
 
 palink::Record Activity::sinkRecordAt(std::size_t i) const {
     const Sink& sink = station_.sinks[i];
-    return {station_.dstNo, palink::RecordKind::Sink, sink.id, sinkRecord(sink, sinksPlaying_[i])};
+    return {station_.dstNo, pa::RecordKind::Sink, sink.id, sinkRecord(sink, sinksPlaying_[i])};
 }
 
 palink::Record Activity::zoneRecordAt(std::size_t i) const {
-    return {station_.dstNo, palink::RecordKind::Zone, static_cast<int>(i) + 1,
+    return {station_.dstNo, pa::RecordKind::Zone, static_cast<int>(i) + 1,
             zoneRecord(station_.zones[i], zonePlaying_[i])};
 }
 

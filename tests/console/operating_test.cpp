@@ -320,7 +320,7 @@ std::pair<console::ExitCode, std::string> outcomeOf(const std::function<void()>&
     console::Connection connection(console::Settings{}, out);
     const console::Context context{console::Settings{}, out, out, -1, connection};
     try {
-        console::operate(context, {"it is done", {5}}, send,
+        console::operate(context, {"it is done", {pa::operations::activateTrigger}}, send,
                          console::seen([&looks] { return looks-- == 0; }));
     } catch (const console::Failure& failure) {
         return {failure.code, failure.what()};
@@ -329,10 +329,8 @@ std::pair<console::ExitCode, std::string> outcomeOf(const std::function<void()>&
 }
 
 TEST(Operate, takesItsOwnRefusalsAlone) {
-    const auto refuse = [](int operationClass, int number) {
-        return [operationClass, number] {
-            console::tellRefusal({operationClass, number, "", "not now"});
-        };
+    const auto refuse = [](int classNo, int number) {
+        return [=] { console::tellRefusal({{classNo, number}, "", "not now"}); };
     };
     using Code = console::ExitCode;
     EXPECT_EQ(outcomeOf(refuse(92, 5), 2).first, Code::Refused);

@@ -150,7 +150,7 @@ TEST(RequestFollower, judgesARequestByTheWorstOfItsParts) {
     const Change otherFinished = record(Kind::Update, 2, "Finished", "0");
     const Change otherGone = record(Kind::Delete, 2, "", "");
     const auto refusal = [](const std::string& id, int operation) {
-        return Change{Kind::Refusal, "", palink::Refusal{92, operation, id, "no"}};
+        return Change{Kind::Refusal, "", palink::Refusal{{92, operation}, id, "no"}};
     };
     struct Case {
         std::vector<Change> changes;

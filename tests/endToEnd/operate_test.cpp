@@ -141,7 +141,8 @@ struct OperateTest : Road {
 };
 
 TEST_F(OperateTest, ALockIsHeldWhileItIsRenewedAndThenAnothersToTake) {
-    const pa::Operation others{-1, 92, 1, 1, std::to_string(desk) + ",other-client"};
+    const pa::Operation others{-1, pa::operations::attachSource, 1,
+                               std::to_string(desk) + ",other-client"};
     ASSERT_TRUE(gPaController.attachPaSource(desk));
     pass(63'000);
     EXPECT_EQ(holder(), audioServer().getUUID()) << "a minute later";

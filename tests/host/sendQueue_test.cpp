@@ -19,7 +19,7 @@ namespace {
 using namespace std::chrono_literals;
 
 pa::Operation operation(int number, const std::string& payload = "") {
-    return {-1, 92, number, 1, payload};
+    return {-1, {92, number}, 1, payload};
 }
 
 TEST(SendQueueTest, IsBoundedByMemoryInOrderAndKnowsWhatIsTooOld) {
@@ -31,7 +31,7 @@ TEST(SendQueueTest, IsBoundedByMemoryInOrderAndKnowsWhatIsTooOld) {
     EXPECT_FALSE(queue.push(std::move(refused), 140));
     EXPECT_EQ(refused.payload, "a") << "what is refused is left as it is";
 
-    EXPECT_EQ(queue.front().operation.operationNumber, 1);
+    EXPECT_EQ(queue.front().operation.type.number, 1);
     EXPECT_FALSE(queue.isFrontTooOld(150));
     EXPECT_TRUE(queue.isFrontTooOld(151));
     queue.pop();
@@ -55,25 +55,25 @@ TEST(SendQueueTest, HoldsAHundredThousandPlayOperationsByDefault) {
 }
 
 TEST(RequestIdTest, IsReadFromThePayloadsThatHaveOne) {
-    EXPECT_EQ(pa::requestIdOf(92, 17, R"("a\"b\\,c",0,500,"x")"), R"(a"b\,c)");
-    EXPECT_EQ(pa::requestIdOf(92, 17, R"("",0,500)"), "");
-    EXPECT_EQ(pa::requestIdOf(92, 18, R"("request 1")"), "request 1");
-    EXPECT_EQ(pa::requestIdOf(92, 18, R"("",4)"), "");
-    EXPECT_EQ(pa::requestIdOf(92, 19, R"(12,"0b-1c~\"Morning, early\"",2026,1)"), "0b-1c");
-    EXPECT_EQ(pa::requestIdOf(92, 19, "12"), "");
-    EXPECT_EQ(pa::requestIdOf(108, 3, R"(a"b,en,Nora,48000,"text, text")"), "a\"b");
-    EXPECT_EQ(pa::requestIdOf(92, 1, "1,0b-1c"), "") << "of a client, not of a request";
-    EXPECT_EQ(pa::requestIdOf(92, 17, R"("cut off)"), R"("cut off)");
-    EXPECT_EQ(pa::requestIdOf(92, 17, R"("cut off\)"), R"("cut off\)");
-    EXPECT_EQ(pa::requestIdOf(92, 17, ""), "");
+    EXPECT_EQ(pa::requestIdOf({92, 17}, R"("a\"b\\,c",0,500,"x")"), R"(a"b\,c)");
+    EXPECT_EQ(pa::requestIdOf({92, 17}, R"("",0,500)"), "");
+    EXPECT_EQ(pa::requestIdOf({92, 18}, R"("request 1")"), "request 1");
+    EXPECT_EQ(pa::requestIdOf({92, 18}, R"("",4)"), "");
+    EXPECT_EQ(pa::requestIdOf({92, 19}, R"(12,"0b-1c~\"Morning, early\"",2026,1)"), "0b-1c");
+    EXPECT_EQ(pa::requestIdOf({92, 19}, "12"), "");
+    EXPECT_EQ(pa::requestIdOf({108, 3}, R"(a"b,en,Nora,48000,"text, text")"), "a\"b");
+    EXPECT_EQ(pa::requestIdOf({92, 1}, "1,0b-1c"), "") << "of a client, not of a request";
+    EXPECT_EQ(pa::requestIdOf({92, 17}, R"("cut off)"), R"("cut off)");
+    EXPECT_EQ(pa::requestIdOf({92, 17}, R"("cut off\)"), R"("cut off\)");
+    EXPECT_EQ(pa::requestIdOf({92, 17}, ""), "");
 }
 
 TEST(DropListTest, HasRoomAgainForWhatHasBeenTaken) {
     const std::string payload = '"' + std::string(std::size_t{9} << 20U, 'i') + '"';
     pa::DropList list;
     for (int i = 0; i < 3; ++i) {
-        list.add(pa::DroppedOperation::Reason::QueueFull, 92, 17, payload);
-        list.add(pa::DroppedOperation::Reason::QueueFull, 92, 17, payload);
+        list.add(pa::DroppedOperation::Reason::QueueFull, pa::operations::playMessage, payload);
+        list.add(pa::DroppedOperation::Reason::QueueFull, pa::operations::playMessage, payload);
         EXPECT_EQ(list.take()->requestId.size(), payload.size() - 2);
         EXPECT_EQ(list.take()->reason, pa::DroppedOperation::Reason::Unlisted);
         EXPECT_TRUE(list.empty());
@@ -112,7 +112,7 @@ private:
 struct Sender : pa::OperationSender {
     bool sendOperation(const pa::Operation& sent) override {
         const bool takes = up;
-        (takes ? numbers : refusals).add(std::to_string(sent.operationNumber) + " ");
+        (takes ? numbers : refusals).add(std::to_string(sent.type.number) + " ");
         const std::lock_guard held(gate);
         if (sent.payload == "throw") {
             throw std::runtime_error("too large");
@@ -132,9 +132,8 @@ struct Sender : pa::OperationSender {
 struct Listener : pa::DropListener {
     void operationDropped(const pa::DroppedOperation& dropped) override {
         const std::string one =
-            std::to_string(dropped.operationClass) + '/' + std::to_string(dropped.operationNumber) +
-            ' ' + dropped.requestId + ' ' + std::to_string(dropped.ageMS) + ' ' +
-            std::to_string(static_cast<int>(dropped.reason)) + ' ' + dropped.text + '\n';
+            textOf(dropped.type) + ' ' + dropped.requestId + ' ' + std::to_string(dropped.ageMS) +
+            ' ' + std::to_string(static_cast<int>(dropped.reason)) + ' ' + dropped.text + '\n';
         drops.add(dropped.count == 1 ? one : std::to_string(dropped.count) + ' ' + one);
         count += dropped.count;
         if (again) {

@@ -131,14 +131,13 @@ public:
     void connectClient(palink::ServerEventSink& client) override {
         client.deliver(palink::Connected{1, 1, false, {}});
         client.deliver(palink::Record{
-            1, palink::RecordKind::Sink, 17, {"17", "\"Hall\"", "\"North\"", "10.0.0.5", "1"}});
+            1, pa::RecordKind::Sink, 17, {"17", "\"Hall\"", "\"North\"", "10.0.0.5", "1"}});
         client.deliver(palink::InitialSetComplete{});
     }
     void disconnectClient() override {}
     void handleOperation(const pa::Operation& operation) override {
         const std::lock_guard guard(lock_);
-        told_ += std::to_string(operation.operationClass) + '/' +
-                 std::to_string(operation.operationNumber) + ' ' + operation.payload + '\n';
+        told_ += textOf(operation.type) + ' ' + operation.payload + '\n';
         ++count_;
         changed_.notify_all();
     }

@@ -24,8 +24,8 @@ public:
         connected.serverInfo.set("name", "Test");
         say(connected);
         say(palink::Record{
-            3, palink::RecordKind::Source, 1, {"1", "", "", "", "", "", "", "", "", "", "3"}});
-        say(palink::Record{4, palink::RecordKind::Zone, 1, {"Z"}});
+            3, pa::RecordKind::Source, 1, {"1", "", "", "", "", "", "", "", "", "", "3"}});
+        say(palink::Record{4, pa::RecordKind::Zone, 1, {"Z"}});
         say(palink::InitialSetComplete{});
     }
     void disconnectClient() override {

@@ -150,8 +150,7 @@ TEST_F(ConnectionTest, AStopReportsWhatItCannotSend) {
     ASSERT_EQ(left.size(), 2U) << "told of before stop returns";
     EXPECT_EQ(lines, 2);
     for (const auto& operation : left) {
-        EXPECT_EQ(operation.operationClass, 92);
-        EXPECT_EQ(operation.operationNumber, 18);
+        EXPECT_EQ(textOf(operation.type), "92/18");
         EXPECT_EQ(operation.reason, Reason::Stopped);
         EXPECT_EQ(operation.text, "the link was stopped");
         EXPECT_GE(operation.ageMS, 1500);
@@ -202,7 +201,7 @@ TEST_F(ConnectionTest, IsToldOfEveryDroppedOperation) {
     }
     gQXReceiver.setMaxBytes(0);
     observer.active = true;
-    server.say(palink::Record{4, palink::RecordKind::Zone, 1, {"Y"}});
+    server.say(palink::Record{4, pa::RecordKind::Zone, 1, {"Y"}});
     transport.waitUntilDelivered();
     observer.active = false;
     link.stop();

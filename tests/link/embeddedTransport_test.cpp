@@ -19,7 +19,7 @@ struct Client : palink::ServerEventSink {
 
 /// A record of about 1 KB.
 palink::Record largeRecord(int key) {
-    return {1, palink::RecordKind::Sink, key, {std::string(900, 'x')}};
+    return {1, pa::RecordKind::Sink, key, {std::string(900, 'x')}};
 }
 
 TEST(EmbeddedTransportTest, AFullQueueHoldsTheServerBack) {
@@ -32,7 +32,7 @@ TEST(EmbeddedTransportTest, AFullQueueHoldsTheServerBack) {
     Client client;
     client.onEvent = [&](const palink::ServerEvent& event) {
         const auto* const record = std::get_if<palink::Record>(&event);
-        if (record == nullptr || record->kind != palink::RecordKind::Sink) {
+        if (record == nullptr || record->kind != pa::RecordKind::Sink) {
             return;
         }
         while (delivered == 0 && said < 8) {
@@ -87,7 +87,7 @@ TEST(EmbeddedTransportTest, AnObserverMayMeterAndUploadWhileTheServerIsHeldBack)
     Client client;
     client.onEvent = [&](const palink::ServerEvent& event) {
         const auto* const record = std::get_if<palink::Record>(&event);
-        if (record != nullptr && record->kind == palink::RecordKind::Sink) {
+        if (record != nullptr && record->kind == pa::RecordKind::Sink) {
             transport.meterLevel(true, record->key);
             uploaded += transport.upload("/a", "/good").stored ? 1 : 0;
         }
@@ -128,7 +128,7 @@ TEST(EmbeddedTransportTest, WhatIsSaidMeanwhileDoesNotKeepTheServerHeldBack) {
     Client client;
     client.onEvent = [&](const palink::ServerEvent& event) {
         const auto* const record = std::get_if<palink::Record>(&event);
-        if (record == nullptr || record->kind != palink::RecordKind::Sink) {
+        if (record == nullptr || record->kind != pa::RecordKind::Sink) {
             return;
         }
         ++delivered;

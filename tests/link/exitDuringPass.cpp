@@ -18,7 +18,7 @@ std::atomic<int> renewals{0};
 /// Takes the renewals, one of which is under way at any time.
 struct Sender : pa::OperationSender {
     bool sendOperation(const pa::Operation& operation) override {
-        renewals += operation.operationNumber == 7 ? 1 : 0;
+        renewals += operation.type == pa::operations::renewLock ? 1 : 0;
         return true;
     }
 };

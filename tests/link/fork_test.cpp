@@ -57,7 +57,7 @@ private:
 /// The way to the server, in a process without a link.
 struct Sender : pa::OperationSender {
     bool sendOperation(const pa::Operation& operation) override {
-        sent.add(std::to_string(operation.operationNumber) + " " + operation.payload);
+        sent.add(std::to_string(operation.type.number) + " " + operation.payload);
         return true;
     }
     Said sent;

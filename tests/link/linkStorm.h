@@ -37,8 +37,8 @@ public:
     void handleOperation(const pa::Operation& operation) override {
         const std::lock_guard guard(lock_);
         ++operations;
-        if (client_ != nullptr && operation.operationNumber == cancel) {
-            client_->deliver(palink::Refusal{92, cancel, "", "not today"});
+        if (client_ != nullptr && operation.type == pa::operations::cancelMessage) {
+            client_->deliver(palink::Refusal{operation.type, "", "not today"});
         }
     }
     void meterLevel(bool /*subscribe*/, int element) override {
@@ -74,8 +74,6 @@ public:
     std::atomic<long> uploads{0};
 
 private:
-    static constexpr int cancel = 18;
-
     void sayConnected() {
         client_->deliver(palink::Connected{server, server, false, {}});
         client_->deliver(palink::InitialSetComplete{});

@@ -20,8 +20,8 @@
 
 namespace {
 
+using pa::RecordKind;
 using palink::Record;
-using palink::RecordKind;
 using palink::Withdrawal;
 
 constexpr int server = 1;
@@ -110,7 +110,7 @@ TEST_F(RouterTest, BringsEachKindToItsHandler) {
     for (const auto& [kind, key] : {std::pair{RecordKind::TtsPort, 6},
                                     {RecordKind::TtsDictionary, 9},
                                     {RecordKind::Zone, 3}}) {
-        router.handle(Withdrawal{server, static_cast<int>(kind), key});
+        router.handle(Withdrawal{server, kind, key});
     }
     EXPECT_TRUE(gPaController.getTTSVocalizerList().empty());
     EXPECT_TRUE(gPaController.getTTSDictionaryList().empty());
@@ -126,7 +126,7 @@ TEST_F(RouterTest, KeepsTheOrderOfOneKeyWithdrawalsIncludedWithinOnePause) {
         const std::string label = std::to_string(round);
         tellSource(7, label);
         tellSource(7, label);
-        router.handle(Withdrawal{server, 2, 7});
+        router.handle(Withdrawal{server, RecordKind::Source, 7});
         expected += "source 7 " + label + "; source 7 deleted; ";  // the second changes nothing
     }
     tellSource(7, "last");
@@ -137,8 +137,9 @@ TEST_F(RouterTest, KeepsTheOrderOfOneKeyWithdrawalsIncludedWithinOnePause) {
 }
 
 TEST_F(RouterTest, AWithdrawalOfAllAndAResetWaitForWhatIsToBeTold) {
-    const std::optional<Withdrawal> removals[] = {std::nullopt, Withdrawal{server, 2, 0},
-                                                  Withdrawal{0, 0, 0}};  // nothing: a reset
+    const std::optional<Withdrawal> removals[] = {
+        std::nullopt, Withdrawal{server, RecordKind::Source, 0},
+        Withdrawal{0, RecordKind::Any, 0}};  // nothing: a reset
     for (const auto& withdrawal : removals) {
         const std::int64_t start = nowMS;
         timePasses = false;
@@ -239,10 +240,7 @@ TEST_F(RouterTest, SurvivesWhateverAFieldHolds) {
     pa::RecordFields hostile = {std::nullopt, "", "(null)", "\"", "\\", "^^^", "-"};
     hostile.insert(hostile.end(), {"99999999999999999999", "nan", "\xff\xfe\x80",
                                    std::string(1'000'000, '\\'), std::string(1'000'000, '"')});
-    for (const RecordKind kind :
-         {RecordKind::Source, RecordKind::Sink, RecordKind::Zone, RecordKind::AttachedZones,
-          RecordKind::Announcement, RecordKind::Trigger, RecordKind::Selector, RecordKind::Schedule,
-          RecordKind::TtsPort, RecordKind::TtsDictionary}) {
+    for (const auto& [kind, name] : pa::recordKinds) {
         for (const auto& field : hostile) {
             router.handle(Record{server, kind, 9, pa::RecordFields(40, field)});
         }

@@ -61,14 +61,14 @@ TEST_F(ServerLinkTest, CarriesOperationsAndUploads) {
 
 TEST_F(ServerLinkTest, TellsOfRefusals) {
     ASSERT_TRUE(link.waitUntilReady(10s));
-    server.say(palink::Refusal{92, 17, "r", "no such zone"});
+    server.say(palink::Refusal{pa::operations::playMessage, "r", "no such zone"});
     transport.waitUntilDelivered();
     EXPECT_EQ(errors, "the server refuses operation 92/17 of request >r<: no such zone\n");
 
     const auto refuseTo = [this](const palink::ServerLink::RefusalHandler& handler) {
         errors.clear();
         link.setRefusalHandler(handler);
-        server.say(palink::Refusal{92, 17, "r", "busy"});
+        server.say(palink::Refusal{pa::operations::playMessage, "r", "busy"});
         transport.waitUntilDelivered();
         return errors;
     };
@@ -145,7 +145,7 @@ TEST_F(ServerLinkTest, AtANewConnectionTheZonesThatWereToldOfAreTakenBack) {
     gPaController.registerObserver(&zones);
     ASSERT_TRUE(link.waitUntilReady(10s));
     server.say(palink::Connected{1, 0, true, {}});  // the local server stands in
-    server.say(palink::Record{1, palink::RecordKind::Zone, 1, {"Hall"}});
+    server.say(palink::Record{1, pa::RecordKind::Zone, 1, {"Hall"}});
     transport.waitUntilDelivered();
     zones.deleted.clear();
     server.say(palink::Connected{1, 4, true, {}});
@@ -209,7 +209,7 @@ TEST_F(ServerLinkTest, StopsThoughNotificationsHaveFilledTheirRoom) {
     holdTime();
     constexpr int room = palink::Notifier::capacity;
     for (int key = 1; key <= room + 10; ++key) {
-        server.say(palink::Record{3, palink::RecordKind::Source, key, {std::to_string(key)}});
+        server.say(palink::Record{3, pa::RecordKind::Source, key, {std::to_string(key)}});
     }
     while (!gPaController.findPaSource(room)) {
         std::this_thread::yield();  // the next record waits

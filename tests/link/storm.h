@@ -24,8 +24,8 @@
 
 namespace storm {
 
+using pa::RecordKind;
 using palink::Record;
-using palink::RecordKind;
 using palink::Withdrawal;
 
 constexpr int server = 1;
@@ -102,25 +102,19 @@ using Event = std::variant<Record, Withdrawal, Reconnection>;
 /// schedule's parts and a port's rate.
 /// @param own the UUID of this client, which holds some of the locks
 inline std::vector<Event> makeStream(std::size_t length, const std::string& own) {
-    constexpr RecordKind kinds[] = {
-        RecordKind::Source,        RecordKind::Sink,         RecordKind::Trigger,
-        RecordKind::AttachedZones, RecordKind::Announcement, RecordKind::Selector,
-        RecordKind::Zone,          RecordKind::TtsPort,      RecordKind::TtsDictionary,
-        RecordKind::Schedule,
-    };
     std::mt19937 random(20'000);
     const auto upTo = [&random](int n) { return static_cast<int>(random() % unsigned(n)) + 1; };
     std::vector<Event> stream;
     while (stream.size() < length) {
-        const RecordKind kind = kinds[upTo(std::size(kinds)) - 1];
+        const RecordKind kind = pa::recordKinds[upTo(std::size(pa::recordKinds)) - 1].kind;
         const int key = upTo(keys);
         const int dice = upTo(4000);
         if (dice == 1) {
             stream.emplace_back(Reconnection{});
         } else if (dice < 10) {
-            stream.emplace_back(Withdrawal{0, static_cast<int>(kind), 0});
+            stream.emplace_back(Withdrawal{0, kind, 0});
         } else if (dice < 800) {
-            stream.emplace_back(Withdrawal{server, static_cast<int>(kind), key});
+            stream.emplace_back(Withdrawal{server, kind, key});
         } else {
             pa::RecordFields fields(32);
             std::generate(fields.begin(), fields.end(), [&] { return std::to_string(upTo(3)); });

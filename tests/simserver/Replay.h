@@ -15,7 +15,7 @@
 
 namespace simserver {
 
-using palink::RecordKind;
+using pa::RecordKind;
 
 /// Writes down what it is told, behind the name of the kind and the key: of records some fields
 /// that can change. A name and a key that come again are not repeated, nor is the id of an
@@ -79,12 +79,10 @@ private:
     void write(const palink::InitialSetComplete& /*told*/) { write("complete", ".", ""); }
     void write(const palink::Withdrawal& told) {
         EXPECT_EQ(told.dstNo, 3);
-        write(rowOf(static_cast<RecordKind>(told.kind)).name, std::to_string(told.key), " gone");
+        write(rowOf(told.kind).name, std::to_string(told.key), " gone");
     }
     void write(const palink::Refusal& told) {
-        const std::string number = std::to_string(told.operationNumber);
-        write("refused", std::to_string(told.operationClass) + "/" + number,
-              " [" + told.requestId + "] " + told.reason);
+        write("refused", textOf(told.operation), " [" + told.requestId + "] " + told.reason);
     }
     void write(const palink::Record& told) {
         EXPECT_EQ(told.dstNo, 3);
@@ -162,9 +160,9 @@ struct ServerTest : testing::Test {
 
     static pa::Operation operationIn(const std::string& step) {
         std::istringstream words(step);
-        pa::Operation operation{-2, 0, 0, 1, ""};
+        pa::Operation operation{-2, {}, 1, ""};
         char slash = 0;
-        words >> operation.operationClass >> slash >> operation.operationNumber;
+        words >> operation.type.classNo >> slash >> operation.type.number;
         std::getline(words >> std::ws, operation.payload);
         return operation;
     }

@@ -78,7 +78,7 @@ TEST(SimServerClock, WakesForLapsesAndReadings) {
     {
         SimServer server(smallStation());
         server.connectClient(client);
-        server.handleOperation({-1, 92, 1, 1, "9,c"});
+        server.handleOperation({-1, pa::operations::attachSource, 1, "9,c"});
         EXPECT_TRUE(client.hears("source: 9 1 c 0"));
         EXPECT_TRUE(client.hears("source: 9 1  0"));
         server.meterLevel(true, 0);

@@ -154,7 +154,8 @@ disconnect |
     EXPECT_EQ(again.find("item: 2 7 "), 0U) << again;
     EXPECT_NE(connected.find(again), std::string::npos);
 
-    server.handleOperation({-1, 108, 3, 1, std::string("fifth,en,Ann,48000,\"a\0b\"", 24)});
+    server.handleOperation(
+        {-1, pa::operations::retrieveAudio, 1, std::string("fifth,en,Ann,48000,\"a\0b\"", 24)});
     EXPECT_EQ(client.told(), "refused: 108/3 [fifth] the payload holds a NUL byte");
 
     // Clients come and go while a text is spoken.

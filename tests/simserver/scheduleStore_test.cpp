@@ -115,7 +115,7 @@ struct DiskWatch : palink::ServerEventSink {
 
     void deliver(palink::ServerEvent event) override {
         const auto* const told = std::get_if<palink::Record>(&event);
-        if (told == nullptr || told->kind != palink::RecordKind::Schedule) {
+        if (told == nullptr || told->kind != pa::RecordKind::Schedule) {
             return;
         }
         EXPECT_GT(syncs, 0) << "a power cut would lose it";
@@ -138,7 +138,7 @@ TEST_F(ScheduleStoreTest, HasReachedTheDiskWhenItIsToldOf) {
     for (const char* const id : {"0", "0", "2"}) {
         syncs = 0;
         server.handleOperation(
-            {-1, 92, 19, 1,
+            {-1, pa::operations::putSchedule, 1,
              id +
                  R"~(,"u~\"\"",2026,1,5,6,0,2026,1,5,6,0,127,0,1,"",0,500,"2,ip,\"Yard\",12!1,,")~"s});
     }

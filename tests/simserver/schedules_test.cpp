@@ -45,7 +45,8 @@ TEST_F(SchedulesTest, RefusesWhatItCannotKeepOrPlay) {
         R"("2,ip,\"Hall\",12!1,,""9,ip,\"Hall\",\"\\\"\\\\\\\"\\\\\\\\\\\\\\\"K\\\\\\\\\\\\\\\"=\\\\\\\\\\\\\\\"V\\\\\\\\\\\\\\\"\\\\\\\"\\\"!30\",,")";
     // What is replaced in a good payload and by what; why it is refused then.
     const auto refusal = [&](const std::string& change) {
-        return server.operateAsOther({-1, 92, 19, 1, changed(good, change)}).value_or("done");
+        return server.operateAsOther({-1, pa::operations::putSchedule, 1, changed(good, change)})
+            .value_or("done");
     };
     expectResults(refusal, R"~(
 5,"u => x,"u           | new schedule: id: "x" is not a number
@@ -75,7 +76,8 @@ ip,\"Hall\" => ip,\"Moon\" | schedule 5: unknown zone "Moon"
 12!1,, => 12!1,,Four   | schedule 5: unknown chime "Four"
 2,ip,\"Hall\",12!1 => 4,ip,\"Hall\",\"xx^Ann^48000^\\\"Hi\\\"\" | schedule 5: no voice "Ann" for language "xx" at 48000 Hz
 )~");
-    EXPECT_EQ(server.operateAsOther({-1, 92, 20, 1, "5"}), "there is no schedule 5");
+    EXPECT_EQ(server.operateAsOther({-1, pa::operations::deleteSchedule, 1, "5"}),
+              "there is no schedule 5");
     EXPECT_EQ(refusal("5,\"u => 5,\"v"), "done");
 }
 
@@ -113,13 +115,13 @@ TEST(KeptSchedules, RunAfterARestartAndFailVisibly) {
             const std::string part =
                 quotedText(std::string("2,ip,") + quotedText(zone) + ",12!1,,");
             return first.operateAsOther(
-                {-1, 92, 19, 1,
+                {-1, pa::operations::putSchedule, 1,
                  id + R"~(,"u~\"\"",2026,1,5,5,0,2026,1,5,23,59,127,60,1,"",0,500,)~" + part});
         };
         EXPECT_EQ(add("2147483647", "Yard"), std::nullopt);
         EXPECT_EQ(add("0", "Hallway"), std::nullopt);
         EXPECT_EQ(add("2", "Hallway"), std::nullopt);
-        EXPECT_EQ(first.operateAsOther({-1, 92, 20, 1, "2"}), std::nullopt);
+        EXPECT_EQ(first.operateAsOther({-1, pa::operations::deleteSchedule, 1, "2"}), std::nullopt);
     }
     Station station = smallStation();
     station.zones.pop_back();  // the yard
