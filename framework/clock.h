@@ -24,7 +24,7 @@ void sleepMS(int ms);
 namespace pa {
 
 /// Replacements for the clocks and the sleep, so that a test need not wait for real time. A null
-/// member stands for the system's own.
+/// member selects the system's own.
 struct TimeSource {
     std::time_t (*wallClock)() = nullptr;
     std::int64_t (*monotonicMS)() = nullptr;

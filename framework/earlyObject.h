@@ -12,8 +12,8 @@
 
 namespace pa {
 
-/// Room for a global object. It is bound to references at compile time and never destroyed, so
-/// that a thread may use the object until the process is gone.
+/// Storage for a global object. It is bound to references at compile time and never destroyed, so
+/// that a thread may use the object until the process has ended.
 template <class T>
 union EarlyStorage {
     constexpr EarlyStorage() : nothing() {}

@@ -29,8 +29,8 @@ struct Queue {
     /// Holds 1 while events wait.
     static int newDescriptor() { return eventfd(0, EFD_NONBLOCK | EFD_CLOEXEC); }
 
-    /// What the child of a fork has is shared with its parent. Its own takes the same number, for
-    /// the application polls that; when the system has none left it stays shared.
+    /// The child of a fork shares the descriptor with its parent. A new one takes the same number,
+    /// which the application polls; when the system has none left it stays shared.
     void takeOwnDescriptor() const {
         const int own = newDescriptor();
         if (own < 0 || fd < 0) {

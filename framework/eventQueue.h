@@ -27,23 +27,23 @@ struct EventItem {
 };
 
 /// Posts an event. Called by the controller with its mutex held; never blocks.
-/// @param data the cached record; the queue keeps type and key alone and does not read it
+/// @param data the cached record; the queue keeps type and key only and does not read it
 void addNewEventItem(EventItem::EVENT_TYPE type, int key, void* data);
 
 /// The consumer's end of the event queue. Every function may be called from any thread.
 namespace pa::eventQueue {
 
-/// The most events that wait; what comes on top is dropped and counted.
+/// The most events that wait; further ones are dropped and counted.
 constexpr std::size_t capacity = 4096;
 
 /// Takes the oldest event.
 /// @return false when none waits; `item` is then untouched
 [[nodiscard]] bool next(EventItem& item);
 
-/// A file descriptor that is readable while events wait, for the application's own main loop
-/// (poll, epoll). It belongs to the queue: do not read or close it. -1 when the system had none
-/// left. In the child of a fork() the same number is a descriptor of the child's own: what is
-/// handed to poll stays valid, an epoll set is made anew.
+/// A file descriptor that is readable while events wait, for the application's own main loop (poll,
+/// epoll). It belongs to the queue: do not read or close it. -1 when the system had none left. In
+/// the child of a fork() the same number is a descriptor of the child's own: it stays valid for
+/// poll; an epoll set must be created again.
 [[nodiscard]] int fileDescriptor();
 
 /// How many events were dropped since the start. After a change, read the caches again.

@@ -17,7 +17,7 @@ namespace pa {
 
 namespace {
 
-/// A child that executes another program does so at once, and must not be seen to do anything.
+/// A child that executes another program does so within this time; until then it does nothing else.
 constexpr int graceMS = 1000;
 
 std::atomic<unsigned> generation{0};
@@ -34,10 +34,10 @@ struct ForkRegistry {
 
     void add(const ForkParticipant* participant) {
         const std::lock_guard guard(lock);
-        const auto behind = std::upper_bound(
+        const auto position = std::upper_bound(
             participants.begin(), participants.end(), participant,
             [](const auto* left, const auto* right) { return left->rank_ < right->rank_; });
-        participants.insert(behind, participant);
+        participants.insert(position, participant);
     }
 
     void remove(const ForkParticipant* participant) {
@@ -56,7 +56,7 @@ struct ForkRegistry {
     static void inChild();
     static void goOn(const std::vector<std::function<void()>>& steps);
 
-    std::mutex lock;  // behind those of the participants; held during a fork
+    std::mutex lock;  // taken after those of the participants; held during a fork
     // Guarded by lock.
     Participants participants;                  // by rank
     Participants entered;                       // those whose `before` has been called

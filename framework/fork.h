@@ -4,9 +4,9 @@
 #include <functional>
 
 /// @file
-/// What goes on in the child of fork(). The system copies one thread, and every lock as it stands
-/// at that moment; so locks are taken before the fork, and threads are started anew in the child.
-/// docs/threading.md says what an application may rely on.
+/// What happens in the child of fork(). The system copies one thread, and every lock in its state
+/// at that moment; so locks are taken before the fork, and threads are started again in the child.
+/// docs/threading.md lists what an application may rely on.
 
 namespace pa {
 
@@ -22,14 +22,14 @@ enum class ForkRank {
     LogWriter,
 };
 
-/// What a part of the SDK does when the process forks. An empty function stands for nothing; none
-/// may throw.
+/// What a part of the SDK does when the process forks. An empty function does nothing; none may
+/// throw.
 struct ForkHooks {
     /// By the forking thread: takes the part's lock, so that what it guards is consistent.
     std::function<void()> before;
     /// In the parent: gives the lock back.
     std::function<void()> inParent;
-    /// In the child, with no other thread beside: makes the lock and what it guards usable, and
+    /// In the child, where no other thread exists: makes the lock and what it guards usable, and
     /// gives it back.
     std::function<void()> inChild;
 };
@@ -52,16 +52,16 @@ private:
 
 /// For `inChild`: has `what` called a second later on a thread of the child, where it may start
 /// threads and log. A child that has executed another program by then never does it. A child that
-/// forks before begins anew: its own child calls `inChild` again.
+/// forks before starts again: its own child calls `inChild` again.
 void goOnInChild(std::function<void()> what);
 
-/// For `inChild`: makes a condition variable usable. Those who waited for it are not in the child,
-/// and the system's own would wait for them to wake.
+/// For `inChild`: makes a condition variable usable. The threads that waited for it are not in the
+/// child; its destructor would wait for them.
 void forgetWaiters(std::condition_variable& condition);
 
-/// As long as one lives on a thread, its forks are left alone: it holds a lock behind which it must
-/// not take those of the participants, as around a callback. Such a child can only execute another
-/// program or end by _exit.
+/// As long as one lives on a thread, no hook runs when that thread forks: it holds a lock after
+/// which it must not take those of the participants, as around a callback. Such a child can only
+/// execute another program or end by _exit.
 class ForkBypass {
 public:
     ForkBypass();

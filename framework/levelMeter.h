@@ -11,12 +11,12 @@ void subscribeUnsubscribeToResAmpVUMeterElement(bool subscribe, int element);
 
 namespace pa {
 
-/// Told of each change of what is wanted, one at a time, maybe with the controller's mutex held: it
-/// must neither block nor call the controller.
+/// Called for each feed that is started or stopped, one call at a time, maybe with the controller's
+/// mutex held: it must neither block nor call the controller.
 using LevelMeterSwitch = std::function<void(bool subscribe, int element)>;
 
-/// Replaces the switch; a new one is told at once of every feed that is wanted. An empty one ends
-/// it: when this returns the one before is not called any more.
+/// Replaces the switch; a new one is called at once for every feed that is subscribed. An empty one
+/// removes it: when this returns the previous one is not called any more.
 void setLevelMeterSwitch(LevelMeterSwitch feed);
 
 }  // namespace pa

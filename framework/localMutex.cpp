@@ -29,13 +29,13 @@ void qxLocalMutex::leave() {
         return;
     }
     if (--depth_ == 0) {
-        holder_.store(nobody, std::memory_order_relaxed);
+        holder_.store(noThread, std::memory_order_relaxed);
         mutex_.unlock();
     }
 }
 
 int qxLocalMutex::init() {
-    return 0;  // the constructor has done it all
+    return 0;  // nothing is left to do
 }
 
 void qxLocalMutex::assertLocked(const char* where) {

@@ -6,7 +6,7 @@
 
 #include "framework/threadAnnotations.h"
 
-/// A mutex as the SDK's parts know it, whatever stands behind it.
+/// The interface of a mutex, whatever implements it.
 ///
 /// All operations may be called from any thread; `init()` once, before the first `enter()`.
 class PASDK_CAPABILITY("mutex") qxMutexBase {
@@ -33,7 +33,8 @@ public:
 class PASDK_CAPABILITY("mutex") qxLocalMutex final : public qxMutexBase {
 public:
     /// @param reentrant whether its holder may enter it again; it is free once it has been left as
-    ///                  often as it was entered. Else `enter` throws then.
+    ///                  often as it was entered. Otherwise `enter` throws when the holder enters
+    ///                  again.
     explicit qxLocalMutex(bool reentrant);
     qxLocalMutex(const qxLocalMutex&) = delete;
     qxLocalMutex& operator=(const qxLocalMutex&) = delete;
@@ -47,20 +48,21 @@ public:
     /// Whether the calling thread is inside. Never waits.
     bool heldByThisThread() const;
 
-    /// In the child of a fork, by its holder: who waited for the mutex is not there.
+    /// In the child of a fork, by its holder: the threads that waited for the mutex do not exist
+    /// there.
     void forgetWaiters();
 
 private:
-    static constexpr pthread_t nobody = 0;  // a thread of Linux is an address
+    static constexpr pthread_t noThread = 0;  // a pthread_t of Linux is an address
 
     const bool reentrant_;
     // One that does not check its holder: to the system a thread that has forked is another one in
     // the child, and could not give back a recursive mutex.
     std::mutex mutex_;
     // Of the thread that gets mutex_ next. A thread that gives mutex_ back and wants it again waits
-    // here behind the one that is being woken: who enters in a loop shuts out nobody.
+    // here after the one that is being woken: a thread that enters in a loop excludes no other.
     std::mutex turn_;
     // Written by the holder alone. Its pthread_t is the same in the child.
-    std::atomic<pthread_t> holder_{nobody};
+    std::atomic<pthread_t> holder_{noThread};
     int depth_ = 0;  // guarded by mutex_
 };

@@ -23,7 +23,7 @@ long debugLevel = 0;
 
 namespace {
 
-/// Reports of bad server records: the one kind that can come in a burst.
+/// Reports of bad server records: the only ones that can come in a burst.
 constexpr int suppressedLevel = 3;
 constexpr std::time_t suppressionSeconds = 10;
 constexpr std::size_t rememberedErrors = 64;
@@ -53,7 +53,7 @@ struct Log {
                                    {[this] { lock.lock(); }, [this] { lock.unlock(); },
                                     [this] {
                                         for (auto& [text, error] : recent) {
-                                            error.repeats = 0;  // the parent tells of them
+                                            error.repeats = 0;  // the parent reports them
                                         }
                                         lock.unlock();
                                     }}};
@@ -73,8 +73,9 @@ std::string droppedNotice(unsigned long dropped) {
 }
 
 // Both are built before main or on first use and never destroyed: threads of the library log before
-// main and after it. exit() runs its handlers in reverse order: behind the destructors of static
-// objects, which may log, what is suppressed is queued, and then the writer is waited for.
+// main and after it. exit() runs its handlers in reverse order: after the destructors of static
+// objects, which may log, the counts of suppressed errors are queued, and then the writer is waited
+// for.
 pa::StderrWriter& stderrWriter() {
     static pa::StderrWriter& instance = *[] {
         std::atexit([] { flushLog(stderrLimit); });
@@ -118,11 +119,11 @@ void write(Log& log, LogLine::Kind kind, int level, std::time_t now, const std::
     stderrWriter().add(formatLogLine(line) + '\n');
 }
 
-/// Forgets the errors that were written before `before`, and tells how often they came again.
-void tellRepeats(Log& log, std::time_t before, std::time_t now) {
+/// Forgets the errors that were written before `before`, and writes how often they were repeated.
+void writeRepeats(Log& log, std::time_t before, std::time_t now) {
     for (auto it = log.recent.begin(); it != log.recent.end();) {
         const auto& [text, error] = *it;
-        // A clock set back must not keep an error silent for years.
+        // A clock that is set back must not suppress an error for years.
         if (error.writtenAt >= before && error.writtenAt <= now) {
             ++it;
             continue;
@@ -139,14 +140,14 @@ void report(int level, const std::string& text) {
     Log& log = theLog();
     const std::time_t now = wallClock();
     const std::lock_guard guard(log.lock);
-    tellRepeats(log, now - suppressionSeconds + 1, now);
+    writeRepeats(log, now - suppressionSeconds + 1, now);
     if (level == suppressedLevel) {
         if (const auto found = log.recent.find(text); found != log.recent.end()) {
             ++found->second.repeats;
             return;
         }
         if (log.recent.size() >= rememberedErrors) {
-            tellRepeats(log, now + 1, now);  // all of them, to make room
+            writeRepeats(log, now + 1, now);  // all of them, to make room
         }
         log.recent[text] = {now, 0};
     }
@@ -157,7 +158,7 @@ void trace(int level, const std::string& text) {
     Log& log = theLog();
     const std::time_t now = wallClock();
     const std::lock_guard guard(log.lock);
-    tellRepeats(log, now - suppressionSeconds + 1, now);
+    writeRepeats(log, now - suppressionSeconds + 1, now);
     write(log, LogLine::Kind::Debug, level, now, text);
 }
 
@@ -187,7 +188,8 @@ void handleError(int level, const char* format, ...) {
 
 LogSink pa::setLogSink(LogSink sink) {
     Log& log = theLog();
-    // The sink hears of what is suppressed before the objects go that it may use.
+    // The sink receives the counts of suppressed errors before the objects that it uses are
+    // destroyed.
     static const int registered = std::atexit(flushSuppressedErrors);
     static_cast<void>(registered);
     flushLog(stderrLimit);
@@ -220,7 +222,7 @@ void pa::flushSuppressedErrors() {
     const std::time_t now = wallClock();
     const std::lock_guard guard(log.lock);
     try {
-        tellRepeats(log, now + 1, now);
+        writeRepeats(log, now + 1, now);
     } catch (const std::exception&) {
         stderrWriter().countDropped();  // out of memory: a log line must never make things worse
     }

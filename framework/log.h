@@ -20,7 +20,7 @@ extern long debugLevel;
 [[gnu::format(printf, 2, 3)]] void debug(int level, const char* format, ...);
 
 /// Reports a misuse or a bad record, printf style. Never throws. Identical reports of level 3
-/// within ten seconds are written once, and their number is told afterwards.
+/// within ten seconds are written once, and their number afterwards.
 /// @param level 1 (misuse by the application), 2 (trouble on the link), 3 (bad server record)
 [[gnu::format(printf, 2, 3)]] void handleError(int level, const char* format, ...);
 
@@ -49,12 +49,12 @@ using LogSink = std::function<void(const LogLine&)>;
 ///
 /// The default sink writes `formatLogLine` and a line end to stderr (file descriptor 2), on a
 /// thread of its own: it never blocks its caller. At most `defaultSinkBytes` of lines wait for a
-/// stderr that takes them too slowly; further ones are dropped, and one line says how many. exit
+/// stderr that takes them too slowly; further ones are dropped, and one line reports how many. exit
 /// and the return from main write what waits, for a second at most. quick_exit, _exit and a signal
 /// that ends the process lose what waits at that moment: see `flushLog`.
 ///
-/// Lines of before are on stderr when this returns, or a second has passed.
-/// @return the sink that was in force, empty for the default
+/// Earlier lines are on stderr when this returns, or a second has passed.
+/// @return the previous sink, empty for the default
 LogSink setLogSink(LogSink sink);
 
 /// Waits until the default sink has written every line so far: before _exit, or to keep the order
@@ -66,8 +66,8 @@ bool flushLog(std::chrono::milliseconds limit);
 /// text. Control characters are written as \xNN, so that a text cannot forge a line.
 [[nodiscard]] std::string formatLogLine(const LogLine& line);
 
-/// Writes what `handleError` has suppressed and not yet told. Never throws. The process's end does
-/// this too.
+/// Writes how many reports `handleError` has suppressed so far. Never throws. The exit of the
+/// process does this too.
 void flushSuppressedErrors();
 
 }  // namespace pa

@@ -15,8 +15,8 @@ struct Body {
     std::function<void()> run;
 };
 
-/// What the thread itself causes. A fault whose signal is blocked ends the process without the
-/// application's handler, and with it the traces that a crash handler writes.
+/// Signals that the thread itself causes. A fault whose signal is blocked ends the process without
+/// the application's handler, and with it the traces that a crash handler writes.
 constexpr int faults[] = {SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGTRAP, SIGABRT, SIGSYS};
 
 sigset_t everythingButFaults() {

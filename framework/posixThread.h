@@ -12,7 +12,7 @@ namespace pa {
 /// the application's handler, which then runs on this thread.
 ///
 /// The object belongs to the thread that made it. Its destructor joins, but not in the child of a
-/// fork(): there the thread is not.
+/// fork(), where the thread does not exist.
 class PosixThread {
 public:
     /// Starts the thread.
@@ -24,7 +24,7 @@ public:
     PosixThread& operator=(const PosixThread&) = delete;
     ~PosixThread();
 
-    /// Lets the thread go: the destructor does not wait for it any more.
+    /// Detaches the thread: the destructor does not wait for it any more.
     void detach();
 
 private:

@@ -11,7 +11,7 @@
 /// `std::max(gMaxServerWaitTimeSeconds, 3)` from an int alone, and `printf("%d", gLocalDstNo)`
 /// passes the object itself. The SDK therefore reads and writes them with these two functions only.
 ///
-/// An application does so as well where another thread may be at the same global: whenever it sets
+/// An application does so as well where another thread may access the same global: whenever it sets
 /// one, for the controller's worker runs from the start of the process, and when it reads one while
 /// the link is being connected to another server. Anywhere else a plain read is as good; so are
 /// reads after `palink::ServerLink::waitUntilReady`, as long as that connection lasts.
@@ -25,7 +25,7 @@ template <class T>
 }
 
 /// Sets a shared global. May be called from any thread. A value that is there already is not
-/// written again: a new connection to the same server leaves plain readers alone.
+/// written again: a new connection to the same server does not disturb plain readers.
 template <class T>
 void store(T& global, std::common_type_t<T> value) noexcept {
     if (load(global) != value) {

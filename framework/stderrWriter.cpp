@@ -19,8 +19,8 @@ namespace {
 /// How often `flush` looks at its limit: the host's clock is not that of the condition variable.
 constexpr std::chrono::milliseconds tick{10};
 
-/// Waits for a stderr that is slow, whether it blocks or not. SIGPIPE is blocked on this thread as
-/// every asynchronous signal is: a pipe without a reader is an error like others.
+/// Waits for a stderr that is slow, whether it blocks or not. SIGPIPE is blocked on this thread
+/// like every asynchronous signal: a pipe without a reader is an ordinary error.
 /// @return how many bytes stderr took before it refused
 std::size_t writeAll(const char* text, std::size_t size) {
     std::size_t written = 0;
@@ -29,8 +29,8 @@ std::size_t writeAll(const char* text, std::size_t size) {
         if (n > 0) {
             written += static_cast<std::size_t>(n);
         } else if (n < 0 && (errno == EAGAIN || errno == EWOULDBLOCK)) {
-            pollfd room{STDERR_FILENO, POLLOUT, 0};
-            poll(&room, 1, -1);
+            pollfd writable{STDERR_FILENO, POLLOUT, 0};
+            poll(&writable, 1, -1);
         } else if (n == 0 || errno != EINTR) {
             break;
         }
@@ -103,7 +103,7 @@ void StderrWriter::startThread() {
     }
 }
 
-/// What waits is the parent's. The thread starts with the first line.
+/// The waiting lines are the parent's. The thread starts with the first line.
 void StderrWriter::becomeChild() {
     forgetWaiters(changed_);
     waiting_.clear();
@@ -121,7 +121,7 @@ void StderrWriter::run() {
         if (!waiting_.empty()) {
             writeWaiting(guard);
         } else {
-            tellDropped(guard);
+            reportDropped(guard);
         }
         changed_.notify_all();  // flush
     }
@@ -141,18 +141,18 @@ void StderrWriter::writeWaiting(std::unique_lock<std::mutex>& guard) {
     }
 }
 
-/// All that waited is written: what comes from now on stands behind the notice.
-void StderrWriter::tellDropped(std::unique_lock<std::mutex>& guard) {
+/// All waiting lines are written: later ones follow the notice.
+void StderrWriter::reportDropped(std::unique_lock<std::mutex>& guard) {
     full_ = false;
     if (!noticeIsDue()) {
         return;
     }
-    const unsigned long told = dropped_;
+    const unsigned long reported = dropped_;
     guard.unlock();
-    const bool taken = writeNotice(told);
+    const bool taken = writeNotice(reported);
     guard.lock();
     refused_ = !taken;
-    dropped_ -= taken ? told : 0;
+    dropped_ -= taken ? reported : 0;
 }
 
 bool StderrWriter::writeNotice(unsigned long dropped) {
@@ -160,7 +160,7 @@ bool StderrWriter::writeNotice(unsigned long dropped) {
         const std::string notice = notice_(dropped);
         return writeAll(notice.data(), notice.size()) == notice.size();
     } catch (const std::exception&) {
-        return false;  // out of memory: told behind the next line
+        return false;  // out of memory: reported after the next line
     }
 }
 

@@ -11,24 +11,24 @@
 
 namespace pa {
 
-/// Writes lines to stderr (file descriptor 2) on a thread of its own, so that a stderr that nobody
-/// reads holds up nobody. What waits is written at once: whole lines, as many as a pipe takes in
-/// one piece (PIPE_BUF) with one write(2), so that lines of several processes do not mix.
+/// Writes lines to stderr (file descriptor 2) on a thread of its own, so that a stderr that is not
+/// read blocks no caller. Waiting lines are written together: as many whole lines as a pipe takes
+/// atomically (PIPE_BUF) with one write(2), so that lines of several processes do not mix.
 ///
 /// Every function may be called from any thread. The thread never ends, so neither does the object:
 /// it is made with `new` and never destroyed.
 class StderrWriter {
 public:
-    /// Makes the line, line end included, that says how many lines were dropped.
+    /// Formats the line, line end included, that reports how many lines were dropped.
     using Notice = std::string (*)(unsigned long dropped);
 
     /// @param capacity the most bytes of lines that wait
-    /// @param notice   called on the writer's thread; when it throws the number stays untold
+    /// @param notice   called on the writer's thread; when it throws the number is not reported
     StderrWriter(std::size_t capacity, Notice notice);
 
-    /// Queues a line, its line end included, and returns at once. From the first line for which
-    /// there is no room until all that wait are written, lines are dropped and counted; then the
-    /// notice is written.
+    /// Queues a line, its line end included, and returns at once. From the first line that does not
+    /// fit until all waiting lines are written, lines are dropped and counted; then the notice is
+    /// written.
     /// @throws std::bad_alloc
     void add(const std::string& line);
 
@@ -43,7 +43,7 @@ public:
 private:
     void run();
     void writeWaiting(std::unique_lock<std::mutex>& guard);
-    void tellDropped(std::unique_lock<std::mutex>& guard);
+    void reportDropped(std::unique_lock<std::mutex>& guard);
     bool writeNotice(unsigned long dropped);
     void startThread();
     void becomeChild();
@@ -58,7 +58,7 @@ private:
     std::string waiting_;        // lines that the thread has not taken, oldest first
     std::uint64_t added_ = 0;    // bytes of all lines that ever waited
     std::uint64_t handled_ = 0;  // bytes of those that were written or refused
-    unsigned long dropped_ = 0;  // lines lost and not told of
+    unsigned long dropped_ = 0;  // lines lost and not yet reported
     bool full_ = false;          // lines are dropped until all that wait are written
     bool refused_ = false;       // stderr did not take the last line
     bool started_ = false;       // the thread runs

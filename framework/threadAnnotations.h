@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file
-/// Clang's thread-safety annotations. Other compilers see nothing of them.
+/// Clang's thread-safety annotations. Other compilers ignore them.
 
 #if defined(__clang__)
 #define PASDK_THREAD_ANNOTATION(x) __attribute__((x))

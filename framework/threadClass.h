@@ -8,10 +8,10 @@
 ///
 /// The thread is a `PosixThread`: it blocks every signal but those of faults. Nothing stops it from
 /// outside, so the object must outlive it; the destructor ends the process (std::terminate) rather
-/// than let a thread run on in a destroyed object.
+/// than let a thread continue in a destroyed object.
 ///
-/// A thread that runs at a fork() starts anew in the child, a second later: `threadFunction` is
-/// called again. Not so when it is the thread that forks.
+/// A thread that runs at a fork() is started again in the child, a second later, with a new call of
+/// `threadFunction`; the thread that forks is not.
 class threadClass {
 public:
     threadClass();
@@ -21,7 +21,7 @@ public:
 
     /// The body of the thread.
     /// @param argument what `start` was given
-    /// @return nobody reads it
+    /// @return ignored
     virtual int threadFunction(void* argument) = 0;
 
     /// Creates the thread, which calls `threadFunction(argument)` once. At most one thread runs at

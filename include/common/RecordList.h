@@ -12,9 +12,10 @@ namespace pa {
 using RecordFields = std::vector<std::optional<std::string>>;
 
 /// Owns a record: turns fields into the `TEVlist` that the record handlers read. The only place
-/// that makes nodes.
+/// that creates nodes.
 ///
-/// A plain value without a lock. The list stays valid, at the same address, until the object goes.
+/// A plain value without a lock. The list stays valid, at the same address, until the object is
+/// destroyed.
 class RecordList {
 public:
     /// A text ends at its first NUL, as the reader of the list sees it.

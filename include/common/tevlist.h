@@ -8,12 +8,12 @@ struct TEVnode {
     TEVnode* nextNode;  ///< next field, null after the last
     TEVnode* prevNode;  ///< previous field, null before the first
     /// Location that holds the field's text: a `char*` is read through this pointer. A null
-    /// `dataPtr`, or a null text behind it, is an absent field.
+    /// `dataPtr`, or a null text that it points at, is an absent field.
     void* dataPtr;
 };
 
 /// A record of the server: its fields in wire order. Record handlers read `listTop`, `nextNode` and
-/// `dataPtr` alone and neither change nor free the list.
+/// `dataPtr` only, and neither change nor free the list.
 struct TEVlist {
     TEVnode* listTop;                               ///< first field, null for an empty record
     TEVnode* listBot;                               ///< last field

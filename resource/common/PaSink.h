@@ -9,7 +9,7 @@
 /// point. A plain value; the controller hands out copies.
 ///
 /// The operations act on the copy at hand: they read it, take no lock and never touch the cache.
-/// What they ask for comes back with a later record of the server.
+/// The effect is reported by a later record of the server.
 struct PaSink {
     enum Type : int {
         SINK_TYPE_NOT_DEFINED = 0,

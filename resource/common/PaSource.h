@@ -4,8 +4,8 @@
 #include <vector>
 
 /// An audio input of the PA system: an analogue input, a paging station, a handset, a train radio.
-/// A plain value; the controller hands out copies. Operations go to the server and leave the copy
-/// as it is; they may be called from any thread and return at once.
+/// A plain value; the controller hands out copies. Operations are sent to the server and do not
+/// change the copy; they may be called from any thread and return at once.
 struct PaSource {
     enum Type : int {
         SOURCE_TYPE_NOT_DEFINED = 0,
@@ -40,8 +40,8 @@ struct PaSource {
 
     /// Has the server set the input gain.
     /// @param level  in dB, -96 to +42
-    /// @param first  the server's own flags, sent as
-    /// @param second they stand
+    /// @param first  a flag for the server, sent unchanged
+    /// @param second another flag for the server, sent unchanged
     /// @throws std::invalid_argument when the source is neither an analogue input nor a paging
     ///                               station
     /// @throws std::out_of_range     when the level is out of range

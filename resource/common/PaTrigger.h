@@ -40,7 +40,7 @@ struct PaTrigger {
     friend bool operator!=(const PaTrigger& a, const PaTrigger& b) { return !(a == b); }
 };
 
-/// A trigger that this client has made itself. A plain value.
+/// A trigger that this client has created. A plain value.
 struct PaSWTrigger {
     PaTrigger trigger;           ///< its own `associatedSourceId` stays 0
     int associatedSourceId = 0;  ///< source that the trigger starts

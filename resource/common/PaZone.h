@@ -19,9 +19,9 @@ struct PaZone {
     int health = 0;  ///< health code
     std::string healthText;
 
-    /// The sinks whose zone list names this zone or one of its sub-zones, letter case aside, in the
-    /// order of `PAController::getPaSinks()`. A sink that names several of them is in the result as
-    /// many times. Empty without an audio server. Takes the controller's mutex.
+    /// The sinks whose zone list names this zone or one of its sub-zones, ignoring letter case, in
+    /// the order of `PAController::getPaSinks()`. A sink that names several of them is in the
+    /// result as many times. Empty without an audio server. Takes the controller's mutex.
     [[nodiscard]] std::vector<PaSink> getMembers() const;
 
     friend bool operator==(const PaZone& a, const PaZone& b) {

@@ -6,7 +6,7 @@ enum AnnouncementPriorityMode : int {
     APM_RELATIVE_PRIORITY = 1,  ///< an offset that the server applies to its own level
 };
 
-/// Kinds of announcement, as they travel to and from the server.
+/// Types of announcement, with their numbers on the link.
 enum AnnouncementType : int {
     AT_LIVE = 0,
     AT_STORED_DATA = 1,
