@@ -18,15 +18,15 @@ namespace palink {
 /// Holds a handler of the application, which may be replaced while it runs.
 ///
 /// Every function may be called from any thread. A handler runs, is copied and is destroyed without
-/// a lock, so whatever it owns may use the slot.
+/// a lock, so an object that it owns may use the slot.
 template <class What>
 class HandlerSlot {
 public:
     using Handler = std::function<void(const What&)>;
 
-    /// Replaces the handler; an empty one ends it. When this returns none of those before is
-    /// running any more, unless this is called from inside one of them. So two handlers of two
-    /// slots, each of which replaces the other, wait for each other without end.
+    /// Replaces the handler; an empty one removes it. When this returns no earlier handler is
+    /// running, unless this is called from inside one of them. So two handlers of two slots, each
+    /// of which replaces the other, wait for each other without end.
     void set(Handler handler) {
         auto entry = handler ? std::make_unique<Entry>(std::move(handler)) : nullptr;
         std::unique_lock guard(lock_);
@@ -45,7 +45,7 @@ public:
             Entry& running = *entry;
             running.left = std::move(entry);
         }
-        guard.unlock();  // before the entry goes
+        guard.unlock();  // before the entry is destroyed
     }
 
     /// Calls the handler; an exception that leaves it is reported.
@@ -67,7 +67,7 @@ public:
         } catch (...) {
             handleError(1, "a handler of the server link threw");
         }
-        std::unique_ptr<Entry> unused;  // goes after the guard
+        std::unique_ptr<Entry> unused;  // destroyed after the guard
         const std::lock_guard guard(lock_);
         calls_.erase(std::find_if(calls_.begin(), calls_.end(), [entry](const Call& call) {
             return call.thread == std::this_thread::get_id() && call.entry == entry;

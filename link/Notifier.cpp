@@ -37,10 +37,10 @@ struct Notifier::State {
     }
 
     bool isIdle() const { return steps.empty() && !isRunning && leftRunning == 0; }
-    bool hasRoom() const { return bytes < capacity * stepBytes; }
+    bool hasSpace() const { return bytes < capacity * stepBytes; }
 
     /// Waits for the time of the first step and runs it.
-    /// @return false when the notifier has ended meanwhile
+    /// @return false when the notifier was ended meanwhile
     bool runNext(Guard& guard) {
         const unsigned round = ends;
         if (const std::int64_t wait = steps.front().dueMS - pa::monotonicMS(); wait > 0) {
@@ -53,9 +53,9 @@ struct Notifier::State {
         }
         const Step step = std::move(steps.front());
         steps.pop_front();
-        const bool hadRoomAgain = bytes <= roomAgain;
+        const bool hadSpaceAgain = bytes <= spaceAgain;
         bytes -= stepBytes + step.bytes;
-        if (!hadRoomAgain && bytes <= roomAgain) {
+        if (!hadSpaceAgain && bytes <= spaceAgain) {
             changed.notify_all();
         }
         isRunning = true;
@@ -86,12 +86,12 @@ struct Notifier::State {
         } while (ends == round && runNext(guard));
     }
 
-    /// Whoever waits for room is woken when so much is left, not for each step.
-    static constexpr std::size_t roomAgain = capacity * stepBytes / 4 * 3;
+    /// The bytes at which a wait for space ends: not woken for each step.
+    static constexpr std::size_t spaceAgain = capacity * stepBytes / 4 * 3;
 
     std::mutex lock;
     std::condition_variable added;    // for the thread
-    std::condition_variable changed;  // there is room, the last step has run, or nobody is to wait
+    std::condition_variable changed;  // there is space, the last step has run, or waits are over
     // Guarded by lock.
     std::deque<Step> steps;
     std::size_t bytes = 0;  // of the steps
@@ -100,7 +100,7 @@ struct Notifier::State {
     bool hasThread = false;
     bool isRunning = false;
     int leftRunning = 0;  // steps that were running at an end
-    bool lettingGo = false;
+    bool released = false;
 };
 
 Notifier::Notifier() : state_(std::make_shared<State>()) {}
@@ -109,11 +109,11 @@ Notifier::~Notifier() {
     end(std::chrono::milliseconds(0));
 }
 
-bool Notifier::waitForRoom() {
+bool Notifier::waitForSpace() {
     State& state = *state_;
     State::Guard guard(state.lock);
-    state.changed.wait(guard, [&] { return state.hasRoom() || state.lettingGo; });
-    return state.hasRoom();
+    state.changed.wait(guard, [&] { return state.hasSpace() || state.released; });
+    return state.hasSpace();
 }
 
 void Notifier::add(Step step) {
@@ -133,7 +133,7 @@ void Notifier::add(Step step) {
             thread.detach();
             state.hasThread = true;
         } catch (const std::exception&) {
-            // Slowly, but it goes on.
+            // Without a thread: later, but not lost.
             while (!state.steps.empty() && state.runNext(guard)) {
             }
             return;
@@ -157,19 +157,19 @@ bool Notifier::isHeld(int kind, int key) const {
 bool Notifier::waitUntilIdle() {
     State& state = *state_;
     State::Guard guard(state.lock);
-    state.changed.wait(guard, [&] { return state.isIdle() || state.lettingGo; });
+    state.changed.wait(guard, [&] { return state.isIdle() || state.released; });
     return state.isIdle();
 }
 
-void Notifier::letGo() {
+void Notifier::releaseWaiters() {
     const State::Guard guard(state_->lock);
-    state_->lettingGo = true;
+    state_->released = true;
     state_->changed.notify_all();
 }
 
 std::size_t Notifier::end(std::chrono::milliseconds limit) {
     if (generation_ != pa::forkGeneration()) {
-        return 0;  // in the child of a fork: the lock may be held for ever
+        return 0;  // in the child of a fork the lock may never be released
     }
     State& state = *state_;
     State::Guard guard(state.lock);
@@ -183,7 +183,7 @@ std::size_t Notifier::end(std::chrono::milliseconds limit) {
     state.hasThread = false;
     state.leftRunning += state.isRunning ? 1 : 0;
     state.isRunning = false;
-    state.lettingGo = true;
+    state.released = true;
     state.changed.notify_all();
     state.added.notify_all();
     return dropped;
@@ -195,7 +195,7 @@ void Notifier::begin() {
         generation_ = pa::forkGeneration();
     }
     const State::Guard guard(state_->lock);
-    state_->lettingGo = false;
+    state_->released = false;
 }
 
 }  // namespace palink

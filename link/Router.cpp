@@ -70,7 +70,7 @@ const Route* routeOf(RecordKind kind) {
     return found == std::end(routes) ? nullptr : found;
 }
 
-/// Runs a handler; what is too large for the memory at hand costs that message alone.
+/// Runs a handler; an exception, for example of memory, drops only that message.
 /// @param what as in "record"
 template <class Handler>
 void guarded(const char* what, RecordKind kind, int key, Handler handler) {
@@ -81,7 +81,7 @@ void guarded(const char* what, RecordKind kind, int key, Handler handler) {
     }
 }
 
-/// What a record that waits takes, about.
+/// The approximate size of a record that waits.
 std::size_t bytesOf(const pa::RecordFields& fields) {
     constexpr std::size_t perField = sizeof(pa::RecordFields::value_type) + sizeof(TEVnode);
     std::size_t bytes = fields.size() * perField;
@@ -133,9 +133,9 @@ void Router::handle(Record record) {
     });
 }
 
-// The steps outlive the router when an observer takes its time, the controller outlives them.
+// The steps outlive the router when an observer is slow; the controller outlives them.
 void Router::handleWithPause(const Route& route, int key, pa::RecordFields fields) {
-    notifier_.waitForRoom();
+    notifier_.waitForSpace();
     const int kind = static_cast<int>(route.kind);
     const std::int64_t due = pa::monotonicMS() + PAController::notificationPauseMS;
     PAController& controller = controller_;
@@ -149,7 +149,7 @@ void Router::handleWithPause(const Route& route, int key, pa::RecordFields field
         }
         return;
     }
-    // Behind the withdrawal of its key.
+    // After the withdrawal of its key.
     const std::size_t bytes = bytesOf(fields);
     const auto list = std::make_shared<pa::RecordList>(std::move(fields));
     const auto result = std::make_shared<MergeResult>(MergeResult::Dropped);
@@ -172,7 +172,7 @@ void Router::handle(const Withdrawal& withdrawal) {
     const bool pauses = route != nullptr && route->pauses();
     if (pauses && withdrawal.key != 0 && notifier_.concerns(kind, withdrawal.key)) {
         guarded("withdrawal", withdrawal.kind, withdrawal.key, [&] {
-            notifier_.waitForRoom();
+            notifier_.waitForSpace();
             notifier_.add({kind, withdrawal.key, 0, true, [&controller = controller_, withdrawal] {
                                withdraw(controller, withdrawal);
                            }});
@@ -197,8 +197,8 @@ void Router::waitUntilIdle() {
     notifier_.waitUntilIdle();
 }
 
-void Router::letGo() {
-    notifier_.letGo();
+void Router::releaseWaiters() {
+    notifier_.releaseWaiters();
 }
 
 void Router::end(std::chrono::milliseconds limit) {

@@ -74,10 +74,10 @@ void ServerLink::stop(std::chrono::milliseconds limit) {
 void ServerLink::end(std::chrono::milliseconds limit) {
     gQXReceiver.close(limit);
     audioServer_.setUploader({});
-    router_.letGo();  // the transport's thread may wait for a slow observer
+    router_.releaseWaiters();  // the transport's thread may wait for a slow observer
     transport_.stop();
     pa::setLevelMeterSwitch({});  // not before: a connection that is just being made sets it
-    gQXReceiver.abandon();        // not before: the transport may hold up what is being sent
+    gQXReceiver.abandon();  // not before: the transport may block an operation that is being sent
     router_.end(limit);
     if (isConnected()) {
         lose("the link was stopped");
@@ -88,8 +88,9 @@ void ServerLink::end(std::chrono::milliseconds limit) {
 bool ServerLink::waitUntilReady(std::chrono::milliseconds limit) {
     std::unique_lock guard(lock_);
     return changed_.wait_for(guard, limit, [this] {
-        const bool told = telling_ == std::thread::id() || telling_ == std::this_thread::get_id();
-        return ready_ && told;
+        const bool notified =
+            notifying_ == std::thread::id() || notifying_ == std::this_thread::get_id();
+        return ready_ && notified;
     });
 }
 
@@ -106,16 +107,16 @@ void ServerLink::deliver(ServerEvent event) {
     try {
         std::visit([this](auto& what) { on(std::move(what)); }, event);
     } catch (const std::exception& e) {
-        // Short of memory or threads: that costs this event alone.
+        // Short of memory or threads: only this event is lost.
         handleError(1, "an event of the server is lost: %s", e.what());
     }
 }
 
 void ServerLink::on(const Connected& connected) {
     if (isConnected()) {
-        lose("the server has connected anew");
+        lose("the server has connected again");
     }
-    router_.reset();  // under the globals of the connection that the caches came from
+    router_.reset();  // under the globals of the connection that filled the caches
     pa::store(gLocalDstNo, connected.localDstNo);
     pa::store(gActiveAudioServerDstNo, connected.activeDstNo);
     pa::store(gIndirectCXSConnection, connected.indirect);
@@ -134,8 +135,8 @@ void ServerLink::on(const Disconnected& disconnected) {
 }
 
 void ServerLink::lose(const std::string& reason) {
-    // Not waiting for an operation that is being sent: the server may take it only after it has
-    // been able to say what waits behind this event.
+    // Does not wait for an operation that is being sent: the server may take it only after it has
+    // delivered what follows this event.
     gQXReceiver.pause();
     change(ConnectionChange::State::Disconnected, reason);
 }
@@ -171,7 +172,7 @@ void ServerLink::on(const InitialSetComplete& /*complete*/) {
     change(ConnectionChange::State::Synced);
 }
 
-/// Enters the state, then tells of it.
+/// Enters the state, then calls the handler.
 void ServerLink::change(ConnectionChange::State state, const std::string& reason) {
     using State = ConnectionChange::State;
     ConnectionChange change{state, 0, reason};
@@ -181,11 +182,11 @@ void ServerLink::change(ConnectionChange::State state, const std::string& reason
         ready_ = state == State::Synced;
         connections_ += state == State::Connected ? 1 : 0;
         change.number = connections_;
-        telling_ = std::this_thread::get_id();
+        notifying_ = std::this_thread::get_id();
     }
     connectionHandler_.call(change);
     const std::lock_guard guard(lock_);
-    telling_ = {};
+    notifying_ = {};
     changed_.notify_all();
 }
 

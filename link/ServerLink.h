@@ -21,7 +21,7 @@ namespace palink {
 
 using pa::DroppedOperation;
 
-/// A step in the life of a connection.
+/// A change of the connection's state.
 struct ConnectionChange {
     enum class State {
         Connected,     ///< operations are sent, the caches are empty
@@ -44,8 +44,8 @@ struct ConnectionChange {
 ///     link.start();
 ///     if (!link.waitUntilReady(std::chrono::seconds(5))) ...
 ///
-/// In the child of a fork() a link that was started before does nothing any more, and a line of
-/// level 1 says so; `stop` and the destructor leave its transport alone. The child starts a link of
+/// In the child of a fork() a link that was started before does nothing any more, which a line of
+/// level 1 reports; `stop` and the destructor leave its transport alone. The child starts a link of
 /// its own, with a transport of its own.
 ///
 /// One link of the process may be started at a time. `start` and `stop` are called by one thread;
@@ -61,22 +61,22 @@ class ServerLink final : private ServerEventSink,
                          private pa::OperationSender,
                          private pa::DropListener {
 public:
-    /// Told why the server will not do what an operation asks for. Called on a thread of the
-    /// transport.
+    /// Receives the server's reason for refusing an operation. Called on a thread of the transport.
     using RefusalHandler = HandlerSlot<Refusal>::Handler;
 
-    /// Told what the level meters show. Called on a thread of the transport; must not block.
+    /// Receives the readings of the level meters. Called on a thread of the transport; must not
+    /// block.
     using LevelHandler = HandlerSlot<LevelReading>::Handler;
 
-    /// Told of each operation that does not reach the server, since the link was started and as
-    /// long as it lives or until another link is started. Called on the send queue's thread, which
-    /// sends nothing meanwhile. It may ask for the operation again.
+    /// Receives each operation that does not reach the server, from the start of the link until the
+    /// link is destroyed or another one is started. Called on the send queue's thread, which sends
+    /// nothing meanwhile. It may request the operation again.
     using DropHandler = HandlerSlot<DroppedOperation>::Handler;
 
-    /// Told of each step once: connected, synced once the initial set is complete, disconnected,
-    /// and so on, and at last stopped. Whatever ends a connection, each `Connected` is followed by
-    /// one `Disconnected` with its number before anything else is connected or stopped. Called on a
-    /// thread of the transport; what `stop` brings about on the thread that stops.
+    /// Called once for each change: connected, synced once the initial set is complete,
+    /// disconnected, and so on, and at last stopped. Whatever ends a connection, each `Connected`
+    /// is followed by one `Disconnected` with its number before any other `Connected` or `Stopped`.
+    /// Called on a thread of the transport; for the changes by `stop` on the thread that stops.
     using ConnectionHandler = HandlerSlot<ConnectionChange>::Handler;
 
     /// @param audioServer the facade of the process, never destroyed: the worker uses it
@@ -88,30 +88,29 @@ public:
     ~ServerLink() override;
 
     /// Sets the process's `gAudioServerInstance` and begins to connect. The application sets
-    /// `gDeviceIPAddress` before. A transport may hold the caller back while a server has more to
-    /// say than it takes, so the caller holds nothing that an observer waits for. Does nothing when
-    /// the link is started.
+    /// `gDeviceIPAddress` before. A transport may block the caller while its queue is full, so the
+    /// caller must hold no lock that an observer takes. Does nothing when the link is started.
     /// @throws std::logic_error when another link of the process is started; nothing has changed
     /// @throws std::exception   when the transport cannot start; the link is stopped
     void start();
 
     /// Ends the connection; `gAudioServerInstance` stays. From the start of the call operations are
     /// dropped. Those that wait are sent for up to `limit`, as long as the transport is connected;
-    /// when this returns each that was left has been dropped, reported and told of. Then the
-    /// observers have `limit` to be told of the records that have arrived; an observer that takes
-    /// longer costs the others, which are counted and reported. Uploads that are under way are
-    /// waited for, whatever the limit. Does nothing when the link is stopped.
+    /// when this returns each that was left has been dropped and reported, also to the drop
+    /// handler. Then waiting notifications of records have `limit` to run; those that are left,
+    /// because an observer is slow, are counted and reported. Waits for uploads in progress,
+    /// whatever the limit. Does nothing when the link is stopped.
     void stop(std::chrono::milliseconds limit = std::chrono::seconds(1));
 
     /// Waits until everything that the server holds is in the caches, and the connection handler
-    /// has been told.
+    /// has returned.
     /// @return false when that takes longer than `limit`
     [[nodiscard]] bool waitUntilReady(std::chrono::milliseconds limit);
 
     /// Waits until every record that has been delivered so far has been handled.
     void waitUntilHandled();
 
-    /// What the connection handler was told last, or is being told.
+    /// Whether the last change that was passed to the connection handler left the link connected.
     [[nodiscard]] bool isConnected() const;
 
     /// Replaces the handler of refusals; without one they are reported through `handleError`.
@@ -124,7 +123,7 @@ public:
     /// with or without it.
     void setDropHandler(DropHandler handler) { dropHandler_.set(std::move(handler)); }
 
-    /// Replaces the handler of the connection; it is not told of the state of the moment.
+    /// Replaces the handler of the connection; it is not called with the present state.
     void setConnectionHandler(ConnectionHandler handler) {
         connectionHandler_.set(std::move(handler));
     }
@@ -149,7 +148,7 @@ private:
     AudioServer& audioServer_;
     Transport& transport_;
     Router router_;
-    const unsigned generation_ = pa::forkGeneration();  // of the process that has made it
+    const unsigned generation_ = pa::forkGeneration();  // of the process that created it
     HandlerSlot<Refusal> refusalHandler_;
     HandlerSlot<LevelReading> levelHandler_;
     HandlerSlot<DroppedOperation> dropHandler_;
@@ -161,7 +160,7 @@ private:
     bool connected_ = false;
     bool ready_ = false;
     std::uint64_t connections_ = 0;
-    std::thread::id telling_;  // the thread that tells the connection handler
+    std::thread::id notifying_;  // the thread that calls the connection handler
 };
 
 }  // namespace palink

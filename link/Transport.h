@@ -10,16 +10,16 @@
 #include "sdk/recordKinds.h"
 
 /// @file
-/// The one interface behind which every way to a server stands.
+/// The interface of every connection to a server.
 
 namespace palink {
 
-/// The connection stands. The caches are emptied before anything that follows is handled.
+/// The connection is made. The caches are emptied before any later event is handled.
 struct Connected {
     int localDstNo = 0;      ///< destination number of the directly connected server
     int activeDstNo = 0;     ///< destination number of the active audio server, 0 for none
     bool indirect = false;   ///< the active server is reached through the local one
-    KeyValueMap serverInfo;  ///< what the server says of itself, for example "name"
+    KeyValueMap serverInfo;  ///< the server's description of itself, for example "name"
 };
 
 /// The connection is lost; the caches keep their state.
@@ -35,22 +35,22 @@ struct Record {
     pa::RecordFields fields;
 };
 
-/// Resources are gone.
+/// Resources were removed.
 struct Withdrawal {
     int dstNo = 0;  ///< 0 for any server
     pa::RecordKind kind = pa::RecordKind::Any;
     int key = 0;  ///< 0 for every key
 };
 
-/// The server will not do what an operation asks for.
+/// The server refuses an operation.
 struct Refusal {
     pa::OperationType operation;
     std::string requestId;  ///< empty when the operation has none, or it could not be read
     std::string reason;
 };
 
-/// What the level meter of an amplifier element shows. Told several times a second while its feed
-/// is subscribed.
+/// A reading of the level meter of an amplifier element. Delivered several times a second while its
+/// feed is subscribed.
 struct LevelReading {
     int element = 0;
     double level = 0.0;  ///< dB
@@ -62,7 +62,7 @@ struct InitialSetComplete {};
 using ServerEvent = std::variant<Connected, Disconnected, Record, Withdrawal, Refusal, LevelReading,
                                  InitialSetComplete>;
 
-/// Takes what a server says, one event at a time, in the order in which it was said.
+/// Takes the events of a server, one at a time, in their order.
 class ServerEventSink {
 public:
     virtual ~ServerEventSink() = default;
@@ -71,20 +71,20 @@ public:
     virtual void deliver(ServerEvent event) = 0;
 };
 
-/// What became of an upload.
+/// The outcome of an upload.
 struct UploadResult {
     bool stored = false;
     std::string reason;  ///< why it was not stored
 };
 
-/// A way to a server. It never sees the controller.
+/// A connection to a server. It knows no controller.
 ///
 /// `start` and `stop` are called by one thread; the other functions by any.
 class Transport {
 public:
     virtual ~Transport() = default;
 
-    /// Begins to connect, and delivers what the server says, on threads of its own. It connects
+    /// Begins to connect, and delivers the server's events, on threads of its own. It connects
     /// again by itself after a loss.
     virtual void start(ServerEventSink& sink) = 0;
 
@@ -99,8 +99,8 @@ public:
     virtual bool send(const pa::Operation& operation) = 0;
 
     /// Starts or stops the level-meter feed of an amplifier element. Called with locks of the
-    /// controller held: blocks neither on the network nor on the server. A server that is not there
-    /// is told nothing; a feed ends with its connection.
+    /// controller held: blocks neither on the network nor on the server. Without a connection
+    /// nothing is sent; a feed ends with its connection.
     virtual void meterLevel(bool subscribe, int element) = 0;
 
     /// Sends a file of this device and waits for the result.

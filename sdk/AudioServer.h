@@ -11,11 +11,11 @@
 class PAController;
 
 /// The facade through which an application reaches its audio server: this client's identity, the
-/// controller, file uploads, the media log and what the server says of itself.
+/// controller, file uploads, the media log and the server's description of itself.
 ///
 /// Every function may be called from any thread. None calls back into the controller. The facade
 /// that `gAudioServerInstance` names is never destroyed: the controller's worker may use it until
-/// the process is gone.
+/// the process has ended.
 class AudioServer {
 public:
     /// Sends a file to the active server.
@@ -23,7 +23,7 @@ public:
     using Uploader =
         std::function<int(const std::string& localPath, const std::string& serverPath)>;
 
-    /// The most media-log texts that are kept; the oldest go first.
+    /// The most media-log texts that are kept; the oldest are dropped first.
     static constexpr std::size_t campaignLogCapacity = 1000;
 
     /// A facade with a new UUID.
@@ -33,8 +33,8 @@ public:
     ~AudioServer();
 
     /// This client's own UUID, the same for the object's whole life, and in the child of a fork():
-    /// a daemon goes on as the client that it was. A child that is to be a client beside its parent
-    /// makes a facade of its own.
+    /// a daemon continues as the same client. A child that is to be a client beside its parent
+    /// creates a facade of its own.
     [[nodiscard]] std::string getUUID() const;
 
     /// The process's controller.
@@ -47,29 +47,29 @@ public:
     [[nodiscard]] int uploadFileToActiveServer(const std::string& localPath,
                                                const std::string& serverPath);
 
-    /// Appends a media-log text that a sink record brought.
+    /// Appends a media-log text from a sink record.
     void addCampaignLog(const std::string& text);
 
     /// The media-log texts kept, oldest first.
     [[nodiscard]] std::vector<std::string> getCampaignLog() const;
 
-    /// Sets the way of uploads; an empty one ends it. Uploads that begin from now on go the new
-    /// way; those under way are waited for, so that the way of before is not in use any more when
-    /// this returns. Not to be called from an upload.
+    /// Sets the function that carries out uploads; an empty one removes it. Later uploads use the
+    /// new function. Waits for uploads in progress: when this returns the previous function is not
+    /// in use any more. Not to be called from an upload.
     void setUploader(Uploader uploader);
 
-    /// What the server says of itself (for example "name"); empty before the first connection.
+    /// The server's description of itself (for example "name"); empty before the first connection.
     [[nodiscard]] KeyValueMap getServerInfo() const;
     void setServerInfo(const KeyValueMap& info);
 
 private:
-    struct Way;
-    class Passage;
+    struct UploadRoute;
+    class RunningUpload;
 
     PAController& controller_;
     std::string uuid_;  // never changes
 
-    std::shared_ptr<Way> way_;             // null for none
+    std::shared_ptr<UploadRoute> route_;             // null for none
     std::deque<std::string> campaignLog_;  // oldest first
     KeyValueMap serverInfo_;
 };

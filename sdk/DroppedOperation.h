@@ -11,7 +11,7 @@ namespace pa {
 /// An operation that does not reach the server.
 struct DroppedOperation {
     enum class Reason {
-        QueueFull,      ///< the send queue, or the memory at hand, has no room for it
+        QueueFull,      ///< the send queue is full, or memory is short
         WaitedTooLong,  ///< the link was down for longer than an operation may wait
         Stopped,        ///< the link was stopped before it could be sent
         Refused,        ///< the transport threw

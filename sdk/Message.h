@@ -15,8 +15,8 @@ struct DISPLAY_VALUE_INFO {
     DISPLAY_VALUE_INFO(const std::string& valueText, const int& valueTimeout)
         : text(valueText), timeout(valueTimeout) {}
 
-    std::string text;  ///< what is shown
-    int timeout = 0;   ///< how long it is shown, as the template reads it
+    std::string text;  ///< displayed text
+    int timeout = 0;   ///< how long it is displayed, in the template's unit
 
     friend bool operator==(const DISPLAY_VALUE_INFO& a, const DISPLAY_VALUE_INFO& b) {
         return a.text == b.text && a.timeout == b.timeout;
@@ -26,16 +26,17 @@ struct DISPLAY_VALUE_INFO {
     }
 };
 
-/// One announcement, composed before it is played: what is heard, what is shown, and how.
+/// One announcement, composed before it is played: its audio part, its visual part, and how they
+/// are played.
 ///
-/// The first content setter that succeeds fixes the type of its part; the others then refuse a
+/// The first content setter that succeeds fixes the type of its part; the others then refuse
 /// content of another type. A message can be played once. Setters throw the exceptions named with
 /// them and leave the object unchanged; checks are made in the order given.
 ///
 /// A message has no lock: it belongs to the thread that builds it.
 class Message {
 public:
-    /// Kinds of content. The values travel to the server.
+    /// Types of content, with their numbers on the link.
     enum Type : int {
         LIVE_STREAM = 0,
         RECORDED_STREAM = 1,
@@ -122,7 +123,7 @@ public:
     [[nodiscard]] TextEncoding getAudioMessageTTSEncoding() const;
     /// @}
 
-    /// A recorded stream that lies on the server already.
+    /// A recorded stream that the server holds already.
     /// @throws std::out_of_range    when the path is empty
     /// @throws std::invalid_argument when the audio part has another type
     void setAudioMessage(const std::string& absolutePathWithFileName);
@@ -178,8 +179,9 @@ public:
         setVisualMessage(std::vector<unsigned>(dictionaryItems));
     }
 
-    /// A display template with its variables. This alone of the visual contents reaches the server.
-    /// @param templateName the screen, shown as the variable "{SCREEN}"; empty for none
+    /// A display template with its variables. Of the visual contents only this one reaches the
+    /// server.
+    /// @param templateName the screen, sent as the variable "{SCREEN}"; empty for none
     /// @param variables    keys are sent as they stand: one with a quote, a backslash or a control
     ///                     character makes a request that the server cannot read
     /// @param validity     in seconds
@@ -188,18 +190,18 @@ public:
                           int validity);
 
     /// Sends the message to the zones. Returns at once, except for the upload of a local file,
-    /// whose failure is told through `onMessageDelete`, on the calling thread, with the request id
-    /// alone; the message can then be played again. Does not take the controller's mutex.
+    /// whose failure is reported through `onMessageDelete`, on the calling thread, with the request
+    /// id only; the message can then be played again. Does not take the controller's mutex.
     /// @return the request id under which it was sent
     /// @throws std::invalid_argument when it has been played, or has neither part
     std::string playAnnouncement(const std::vector<std::string>& zones);
 
     /// Asks the server for the audio of the first spoken text. Returns at once; the observers are
-    /// told through `onAudioMessageRetrievalComplete`, at the latest when the worker makes its
-    /// first pass after 90 s; after a reconnection nobody is told of what waited before. The
-    /// message itself is not changed. Takes the controller's mutex, once the request is queued: an
-    /// answer that comes before that is told under the item's UUID, and the request expires.
-    /// @return the request id that the observers will be told
+    /// notified through `onAudioMessageRetrievalComplete`, at the latest in the worker's first pass
+    /// after 90 s; retrievals that wait at a reconnection are not reported. The message itself is
+    /// not changed. Takes the controller's mutex, once the request is queued: an answer that comes
+    /// before that is reported under the item's UUID, and the request expires.
+    /// @return the request id that the observers will receive
     /// @throws std::invalid_argument when the audio part is not `TTS`, or there is no text
     std::string retrieveAudioMessage() const;
 
@@ -221,7 +223,7 @@ private:
     Type visualMessageType = NONE;
     std::vector<unsigned> audioDictionaryItems;
     std::vector<TTSVocalizer> ttsList;
-    std::string recordedStreamAbsoluteFilePathWithName;  // as the server sees it
+    std::string recordedStreamAbsoluteFilePathWithName;  // path on the server
     std::string pathToRecordedStreamToUpload;            // local file, empty when there is none
     std::string displayText;
     std::vector<unsigned> displayDictionaryItems;

@@ -40,9 +40,9 @@ struct PlayMessageParams {
     unsigned mode = 0;                   ///< 1 sends the repeat value 0, any other sends 1
 };
 
-/// The client's picture of the PA system: one cache for each kind of resource, filled from the
-/// server's records, watched by observers, read through getters that hand out copies. Requests of
-/// the application are checked here and queued as operations for the server.
+/// The client's image of the PA system: one cache for each kind of resource, filled from the
+/// server's records, watched by observers, read through getters that return copies. Requests of the
+/// application are checked here and queued as operations for the server.
 ///
 /// Every public function may be called from any thread, also from inside an observer's callback.
 /// The object lives as long as the process: its worker thread never ends.
@@ -56,13 +56,13 @@ public:
     ~PAController() override;
 
     /// The worker: renews the source locks of this client, gives up the previews that have waited
-    /// for 90 s, then sleeps for 9000 ms, for ever.
+    /// for 90 s, then sleeps for 9000 ms; repeats this without end.
     int threadFunction(void* argument) override;
 
     /// @name Observers
     /// @{
 
-    /// Adds an observer, behind those that are registered. Does not wait for a callback that is
+    /// Adds an observer after those that are registered. Does not wait for a callback that is
     /// running. Null is ignored; one that is registered already is reported. There is no removal:
     /// an observer must outlive the controller.
     void registerObserver(PAControllerObserver* observer);
@@ -71,14 +71,14 @@ public:
     /// @name Connection and withdrawal (for the server link)
     /// @{
 
-    /// Empties every cache at a (re)connection to the server. Observers hear of what is deleted.
-    /// The software triggers stay: they are this client's own. Called inside a delete callback it
-    /// is carried out after the deletion that is under way, before that one returns.
+    /// Empties every cache at a (re)connection to the server. Observers are notified of each
+    /// deletion. The software triggers stay: they are this client's own. Called inside a delete
+    /// callback it is carried out after the withdrawal in progress, before that one returns.
     void initPaResources();
 
     /// Removes what the server has withdrawn. Called inside a delete callback it is carried out
-    /// after the deletion that is under way, before that one returns: an entry that is being told
-    /// of is not told of again.
+    /// after the withdrawal in progress, before that one returns: an entry is reported as deleted
+    /// once.
     /// @param dstNo destination number of that server, 0 for any
     /// @param kind  number of a `pa::RecordKind` below 100, 0 for every kind
     /// @param key   cache key of the entry, 0 for every entry
@@ -88,7 +88,8 @@ public:
     /// @name The two halves of the record handlers that pause
     /// `addUpdatePaSource` and `updateScheduleList` are the first half, the pause and the second
     /// half, on the calling thread. A server link that must not wait calls the halves itself. The
-    /// second half tells of the entry as it is then; when it is gone, it does nothing.
+    /// second half reports the entry in its state at that time; it does nothing when the entry has
+    /// been deleted.
     /// @{
 
     /// How long the records of sources and schedules pause between their merge into the cache and
@@ -99,7 +100,7 @@ public:
     /// What the first half of a record that pauses has done.
     enum class MergeResult {
         Dropped,    ///< nothing; there is no second half
-        Unchanged,  ///< the observers have nothing to hear, the event is posted all the same
+        Unchanged,  ///< no observer is called; the event is posted all the same
         Changed,
     };
 
@@ -127,7 +128,7 @@ public:
 
     /// Takes a source's lock for this client and waits until the server confirms it. The worker
     /// renews the lock from then on. Never throws. Inside an observer's callback the confirmation
-    /// cannot arrive: the request goes out, and the call reports this and returns at once.
+    /// cannot arrive: the request is sent, and the call reports this and returns at once.
     /// @return whether this client holds the lock; false when there is no audio-server instance,
     ///         when the source is unknown or locked by another client, inside a callback, and after
     ///         `gMaxServerWaitTimeSeconds`
@@ -151,8 +152,8 @@ public:
     /// Record handler.
     void addUpdatePaSink(int elemNo, TEVlist* elemArgList);
 
-    /// Every sink, in ascending key order, whatever the positive id; empty for 0 and for negative
-    /// ids other than -1.
+    /// Every sink, in ascending key order, for any positive id; empty for 0 and for negative ids
+    /// other than -1.
     [[nodiscard]] std::vector<PaSink> getPaSinks(int sourceId) const;
 
     /// Every sink, in ascending key order.
@@ -180,7 +181,7 @@ public:
     /// without one those of the local server on an indirect connection, else none.
     [[nodiscard]] std::vector<PaZone> getPaZones() const;
 
-    /// The zone with a cache key, as its events bear it; nothing for an unknown one. On an indirect
+    /// The zone with a cache key, as in its events; nothing for an unknown one. On an indirect
     /// connection whose active audio server is none, or the local one, a zone of the local server,
     /// else of the active one.
     [[nodiscard]] std::optional<PaZone> findPaZone(int key) const;
@@ -206,15 +207,15 @@ public:
     /// @}
 
     /// @name Software triggers
-    /// This client's own: they live in this process alone, and the server hears of their
+    /// This client's own: they exist only in this process, and the server receives their
     /// activations. Their state stays `INACTIVE`.
     /// @{
 
-    /// Makes a software trigger. Nothing is sent.
+    /// Creates a software trigger. Nothing is sent.
     /// @param sourceId          source that it starts, above 0
     /// @param triggerPriority   0 to 100
-    /// @param preChime          sent as it stands
-    /// @param displayParameters sent as they stand
+    /// @param preChime          sent unchanged
+    /// @param displayParameters sent unchanged
     /// @return its id, one above the highest there is; 0 for a value out of range and when there is
     ///         no audio server instance
     [[nodiscard]] int createSwPaTrigger(int sourceId, int triggerPriority,
@@ -234,7 +235,7 @@ public:
     /// Has the server stop it; as above.
     void deactivateSwPaTrigger(int triggerId);
 
-    /// Every software trigger, in the order in which they were made.
+    /// Every software trigger, in order of creation.
     [[nodiscard]] std::vector<PaSWTrigger> getSwPaTriggers() const;
     /// @}
 
@@ -269,10 +270,10 @@ public:
     /// @name Text-to-speech ports
     /// @{
 
-    /// Record handler. Nobody is notified.
+    /// Record handler. No observer is notified.
     void updateFromTTS_Ports(int portNo, TEVlist* record);
 
-    /// Removes one port, or every port for 0. Nobody is notified.
+    /// Removes one port, or every port for 0. No observer is notified.
     void deleteFromTTS_Ports(int portNo);
 
     /// The vocalizers at 48000 Hz, in ascending port order: those that a message can use.
@@ -282,18 +283,19 @@ public:
     /// @name Text-to-speech dictionary and previews
     /// @{
 
-    /// Record handler. Completes the previews of the same text on the same port, and tells the
+    /// Record handler. Completes the previews of the same text on the same port, and notifies the
     /// observers of every item through `onAudioMessageRetrievalComplete`.
     void updateFromTTS_Dictionary(int key, TEVlist* record);
 
-    /// Removes one dictionary item, or every item for 0. Nobody is notified; previews still wait.
+    /// Removes one dictionary item, or every item for 0. No observer is notified; previews still
+    /// wait.
     void deleteFromTTS_Dictionary(int key);
 
     /// Every dictionary item, in ascending key order.
     [[nodiscard]] std::vector<TTSDictionary> getTTSDictionaryList() const;
 
     /// Has a preview wait for its audio; one with the same key is replaced.
-    /// @param requestKey the request id that observers will be told
+    /// @param requestKey the request id that observers will receive
     void addToTTSPreviewPendingList(const std::string& requestKey, TTSPendingInfo& info);
     /// @}
 
@@ -303,8 +305,8 @@ public:
     /// Plays a message: `message.playAnnouncement(zones)`, with its exceptions and its result.
     std::string playMessage(const std::vector<std::string>& zones, Message& message);
 
-    /// Plays dictionary items in zones and shows a text on visual devices, each when both its lists
-    /// or texts are given. The requests bear no id.
+    /// Plays dictionary items in zones and displays a text on visual devices, each when both its
+    /// lists or texts are given. The requests have no id.
     /// @param visualText null for none
     /// @param mode       1 sends the repeat value 0, any other sends 1
     /// @return 0
@@ -341,8 +343,8 @@ public:
     /// @}
 
     /// @name Schedules
-    /// The server plays them by itself. The cache changes when the server tells of the change, not
-    /// when it is asked for.
+    /// The server plays them by itself. The cache changes when the server reports the change, not
+    /// when it is requested.
     /// @{
 
     /// Has the server keep a schedule under an identifier of the caller's. Returns at once.
@@ -353,8 +355,9 @@ public:
     /// Has the server replace the schedule with this identifier; as above.
     void modifySchedule(const ScheduleDefinition& def);
 
-    /// Has the server keep a new schedule and waits until it has told of it. Inside an observer's
-    /// callback it cannot: the request goes out, and the call throws at once as if it had waited.
+    /// Has the server keep a new schedule and waits until the server reports it. Inside an
+    /// observer's callback it cannot wait: the request is sent, and the call throws at once as if
+    /// it had waited.
     /// @param def its `Id` is 0
     /// @return the identifier that the server has given it
     /// @throws std::invalid_argument when `Id` is not 0, for the contents as above, and after
@@ -377,10 +380,10 @@ public:
     /// @}
 
     /// @name User recordings
-    /// Each returns at once; a failure is the server's to tell.
+    /// Each returns at once; the server reports a failure.
     /// @{
 
-    /// Starts a recording into a file of the server. The path goes out as it stands.
+    /// Starts a recording into a file of the server. The path is sent unchanged.
     void startUserRecording(const std::string& absolutePathWithFileName);
 
     /// Stops the recording.
@@ -395,10 +398,10 @@ public:
 
 private:
     friend class Message;
-    struct DeletionTable;
+    struct WithdrawalTable;
 
     template <class Cache, class Argument>
-    struct DeletionRow;
+    struct WithdrawalRow;
 
     /// Calls `slot` on every observer in registration order, each with its own copies. An observer
     /// that throws is reported and the next one called.
@@ -406,42 +409,42 @@ private:
     void notifyObservers(void (PAControllerObserver::*slot)(Parameters...),
                          const Arguments&... arguments);
 
-    /// The same, for as long as the condition holds before each: who hears that an entry is gone
-    /// must not hear of it afterwards.
+    /// The same, as long as the condition holds before each call: an observer that has been
+    /// notified of a deletion must not be notified of the entry afterwards.
     template <class Condition, class... Parameters, class... Arguments>
     void notifyWhile(Condition holds, void (PAControllerObserver::*slot)(Parameters...),
                      const Arguments&... arguments);
 
-    /// Tells the observers of a changed entry and posts its event. Nothing happens when the entry
-    /// is gone, nor any more when it goes in a callback.
+    /// Notifies the observers of a changed entry and posts its event. Does nothing when the entry
+    /// has been deleted, and stops when a callback deletes it.
     template <class Record>
     void publish(std::map<int, Record>& cache, int key, bool changed,
                  void (PAControllerObserver::*slot)(Record), EventItem::EVENT_TYPE event)
         PASDK_REQUIRES(paControllerMtx);
 
     template <class Cache, class Argument>
-    void deleteEntries(const DeletionRow<Cache, Argument>& row, int key)
+    void deleteEntries(const WithdrawalRow<Cache, Argument>& row, int key)
         PASDK_REQUIRES(paControllerMtx);
 
-    /// What a call of deleteAudioVideoControllerInfo asks for.
-    struct Withdrawal {
+    /// The arguments of a call of deleteAudioVideoControllerInfo.
+    struct WithdrawalRequest {
         int dstNo;
         int kind;
         int key;
     };
-    /// The deletion that is under way, and what its callbacks have asked for meanwhile.
-    struct Deletion {
+    /// The withdrawal in progress, and those that its callbacks have requested.
+    struct Withdrawals {
         bool isRunning = false;
-        std::deque<Withdrawal> waiting;
-        bool resetWaits = false;  // an initPaResources, behind all of these
+        std::deque<WithdrawalRequest> waiting;
+        bool resetWaits = false;  // an initPaResources, after all of these
     };
-    void removeWithdrawn(const Withdrawal& withdrawal) PASDK_REQUIRES(paControllerMtx);
+    void removeWithdrawn(const WithdrawalRequest& withdrawal) PASDK_REQUIRES(paControllerMtx);
     void runWithdrawals() PASDK_REQUIRES(paControllerMtx);
 
-    /// What came of a request for a change of a lock.
+    /// The outcome of a request for a change of a lock.
     struct LockRequest {
-        bool isDone;                      // the lock is as wanted already
-        std::optional<std::time_t> sent;  // when the server was asked; nothing when it was not
+        bool isDone;                      // the lock is already as requested
+        std::optional<std::time_t> sent;  // when the request was sent; nothing when it was not
     };
     pa::ForkHooks forkHooks();
     std::vector<PAControllerObserver*> observers() const;
@@ -462,14 +465,14 @@ private:
                        pa::Payload (*payloadOf)(const PaSWTrigger&));
     std::string completePreviews(const TTSDictionary& item) PASDK_REQUIRES(paControllerMtx);
     std::optional<std::string> takeOldPreview(std::time_t now,
-                                              const std::optional<std::string>& behind)
+                                              const std::optional<std::string>& after)
         PASDK_REQUIRES(paControllerMtx);
     void passMutex() const;
     std::string createScheduleHelper(bool serverAssignsId, const ScheduleDefinition& def);
     std::optional<int> idOfRequest(const std::string& requestUUID);
-    /// The stored schedule, null for none. It stays where it is while the mutex is held.
+    /// The stored schedule, null for none. Valid while the mutex is held.
     ScheduleDefinition* scheduleOf(int scheduleId) PASDK_REQUIRES(paControllerMtx);
-    void tellUploadFailed(const std::string& requestId);
+    void notifyUploadFailed(const std::string& requestId);
 
     std::map<int, PaSource> availablePaSources PASDK_GUARDED_BY(paControllerMtx);
     /// In order of arrival.
@@ -503,7 +506,7 @@ private:
 
     /// Where availablePaSourcesLockStatus has the first entry of a source.
     std::unordered_map<int, std::size_t> lockIndex PASDK_GUARDED_BY(paControllerMtx);
-    Deletion deletion PASDK_GUARDED_BY(paControllerMtx);
+    Withdrawals withdrawals PASDK_GUARDED_BY(paControllerMtx);
 
     /// Keeps both locks, and what they guard, usable in the child of fork().
     pa::ForkParticipant acrossFork;

@@ -6,19 +6,19 @@
 #include "sdk/AnnouncementRequest.h"
 #include "sdk/ScheduleDefinition.h"
 
-/// What an application learns of changes in the controller. An observer is owned by the
-/// application, is never removed, and must outlive the controller.
+/// Receives the changes of the controller's caches. An observer is owned by the application, is
+/// never removed, and must outlive the controller.
 ///
 /// Every callback runs with the controller's mutex held: on a thread of the server link, for what
 /// has waited too long on the controller's worker, and on that of a caller who deletes entries or
-/// empties the caches; `onMessageDelete` after a failed upload alone runs on the thread that played
-/// the message, with whatever it holds. A callback may call getters and operations of the
+/// empties the caches; only `onMessageDelete` after a failed upload runs on the thread that played
+/// the message, with the locks that it holds. A callback may call getters and operations of the
 /// controller; it must not wait for another thread that does, nor for an answer of the server, as
 /// playing a message with a local file does. `attachPaSource`, `detachPaSource` and
-/// `createScheduleSync` send their request and give up at once. What a delete callback asks to be
-/// deleted is deleted after the deletion that is under way; of an entry that a callback deletes the
-/// observers behind hear of the deletion alone. An exception that leaves a callback is reported and
-/// the next observer is called.
+/// `createScheduleSync` send their request and give up at once. A withdrawal that a delete callback
+/// requests is carried out after the one in progress; when a callback deletes an entry, the
+/// observers after it are notified of the deletion only. An exception that leaves a callback is
+/// reported and the next observer is called.
 class PAControllerObserver {
 public:
     enum MessageRetrievalError : int {
@@ -41,8 +41,8 @@ public:
     virtual void onPaZoneDelete(std::string zoneId) = 0;             ///< deleted
 
     /// An audio retrieval or a spoken preview has finished or expired. Called for every item of the
-    /// server's dictionary, too. The server tells of a rendering that failed under the request's
-    /// own id; the preview still waits then, and expires later under the same id.
+    /// server's dictionary, too. The server reports a rendering that failed under the request's own
+    /// id; the preview still waits then, and expires later under the same id.
     /// @param requestId of the retrieval (the last in order when one item answers several), or the
     ///                  item's UUID when it answers none, or comes before the retrieval is noted
     /// @param success   whether there is audio

@@ -9,7 +9,7 @@
 
 namespace pa {
 
-/// A request to the server, as it stands in the send queue.
+/// A request to the server, as the send queue holds it.
 struct Operation {
     int destination = 0;  ///< -1 direct link, -2 indirect link
     OperationType type;
@@ -17,7 +17,7 @@ struct Operation {
     std::string payload;  ///< the operation's text
 };
 
-/// Where the send queue hands its operations: the server link.
+/// Takes the operations of the send queue: the server link.
 class OperationSender {
 public:
     virtual ~OperationSender() = default;
@@ -28,7 +28,7 @@ public:
     virtual bool sendOperation(const Operation& operation) = 0;
 };
 
-/// Told of every operation that the send queue drops: the server link.
+/// Notified of every operation that the send queue drops: the server link.
 class DropListener {
 public:
     virtual ~DropListener() = default;
@@ -45,14 +45,14 @@ public:
 /// `addOperationToSendQueue`, `setMaxWait` and `setMaxBytes`. While no sender is connected
 /// operations wait. One that has waited too long, finds the queue full or comes after `close`, and
 /// one that the sender throws on, is dropped: reported through `handleError` at level 2, one line
-/// each with class, number, request id, age and reason, and told to the listener. Both happen on
+/// each with class, number, request id, age and reason, and passed to the listener. Both happen on
 /// the queue's own thread, without a lock.
 ///
-/// What was dropped on an application's thread waits for that in a list of 16 MiB (about 100,000
-/// operations). Those beyond it are counted, and reported and told of as one with their number.
+/// Operations that are dropped on an application's thread wait for that in a list of 16 MiB (about
+/// 100,000 operations). Those beyond it are counted, and reported as one with their number.
 class QXReceiver {
 public:
-    /// What may wait, by default: 100,000 play operations of 300 bytes count 42.8 MB.
+    /// Default of `setMaxBytes`: 100,000 play operations of 300 bytes count 42.8 MB.
     static constexpr std::size_t defaultMaxBytes = std::size_t{64} << 20U;
 
     /// Queues an operation and returns at once. It never throws: what cannot be queued is dropped.
@@ -68,15 +68,15 @@ public:
     /// @name For the server link
     /// @{
 
-    /// Takes operations, also after `close`, and tells `listener` of drops from now on, in the
-    /// place of any other.
+    /// Takes operations, also after `close`, and notifies `listener` of drops from now on, in place
+    /// of any other.
     /// @throws std::system_error when the queue's thread cannot be created
     void open(pa::DropListener& listener);
 
     /// Has the waiting operations and all later ones handed to `sender`, in order.
     void connect(pa::OperationSender& sender);
 
-    /// The link is down: operations wait. One that is being handed over is not waited for.
+    /// The link is down: operations wait. Does not wait for one that is being handed over.
     void pause();
 
     /// Takes no more operations: later ones are dropped until `open` is called. Waits until those
@@ -85,12 +85,12 @@ public:
     void close(std::chrono::milliseconds limit);
 
     /// Drops what still waits, after `close`. When this returns each of them has been reported and
-    /// told to the listener, and no sender is in use any more. Not to be called from
+    /// passed to the listener, and no sender is in use any more. Not to be called from
     /// `sendOperation`.
     void abandon();
 
-    /// Tells `listener` of no more drops. When this returns it is not in use any more; not to be
-    /// called from the listener.
+    /// Removes `listener`. When this returns it is not in use any more; not to be called from the
+    /// listener.
     void forget(const pa::DropListener& listener);
     /// @}
 };

@@ -11,8 +11,8 @@ struct TTSDictionary {
     int portNo = 0;        ///< port that rendered it, -1 when the rendering failed
     std::string text;      ///< what was rendered
     std::string fullName;  ///< of the audio item on the server
-    std::string size;      ///< as the server writes it
-    std::string checksum;  ///< as the server writes it
+    std::string size;      ///< in the server's format
+    std::string checksum;  ///< in the server's format
     std::string uuid;
     std::string uri;  ///< where the audio can be retrieved
 

@@ -8,14 +8,13 @@ class AudioServer;
 class QXReceiver;
 
 /// @file
-/// What the parts of the SDK share across the process. The controller reads these and writes none;
-/// the link sets the facade when it starts, and what it says of the servers when it is connected.
-/// They are usable in static constructors (but for one with an init_priority of 101) and never
-/// destroyed. Pointer, numbers and flag are plain objects: framework/shared.h says how threads
-/// share them.
+/// Objects that the parts of the SDK share. The controller only reads them; the link sets the
+/// facade when it starts, and the numbers of the servers when it is connected. They are usable in
+/// static constructors (but for one with an init_priority of 101) and never destroyed. Pointer,
+/// numbers and flag are plain objects: see framework/shared.h for access from several threads.
 
 /// The audio-server facade; null before the SDK is connected. Set by the link when it starts, then
-/// left alone.
+/// constant.
 extern AudioServer* gAudioServerInstance;
 
 /// The server link's send queue.
@@ -33,6 +32,6 @@ extern bool gIndirectCXSConnection;
 /// The longest time, in seconds, that a synchronous operation waits for the server.
 extern int gMaxServerWaitTimeSeconds;
 
-/// This device's IP address, the origin in request payloads. Set before the link starts, then left
-/// alone.
+/// This device's IP address, the origin in request payloads. Set before the link starts, then
+/// constant.
 extern std::string& gDeviceIPAddress;

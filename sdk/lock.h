@@ -19,7 +19,8 @@ private:
     qxMutexBase& mutex_;
 };
 
-/// A lock for a search or a change alone, never held across a call out. Its holder takes no other.
+/// A lock that is held for one search or change, never across a call out. Its holder takes no
+/// other.
 class PASDK_CAPABILITY("mutex") LeafLock {
 public:
     void lock() PASDK_ACQUIRE() { mutex_.lock(); }

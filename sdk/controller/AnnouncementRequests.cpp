@@ -1,4 +1,4 @@
-// The room of active announcement requests: record, cache, queries.
+// Active announcement requests: record, cache, queries.
 #include <algorithm>
 
 #include "resource/common/stringUtils.h"
@@ -11,7 +11,7 @@ using namespace pa;
 
 namespace {
 
-/// An announcement record, and whether it brought a message content of its own.
+/// An announcement record, and whether it has a message content of its own.
 struct RequestRecord : AnnouncementRequest {
     bool hasContent = false;
 };
@@ -50,7 +50,7 @@ constexpr Column<RequestRecord> columns[] = {
     translated<&RequestRecord::completionMsg>,
 };
 
-/// A display template that is over as soon as it is shown.
+/// A display template that ends as soon as it is displayed.
 bool hasNoValidity(std::string content) {
     std::transform(content.begin(), content.end(), content.begin(), asciiLower);
     return content.find("\"validity\":0") != std::string::npos;

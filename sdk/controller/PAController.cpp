@@ -14,7 +14,7 @@ namespace {
 
 constexpr int workerPauseMS = 9000;
 
-/// Part of the module's layout; nothing takes it.
+/// Part of the module's layout; it is never taken.
 [[maybe_unused]] qxLocalMutex mtx(true);
 
 pa::EarlyStorage<PAController> storage;
@@ -93,7 +93,7 @@ int PAController::threadFunction(void* /*argument*/) {
             renewSourceLocks();
             giveUpOldPreviews();
         } catch (const std::exception& e) {
-            // Short of memory or threads: the next pass may fare better.
+            // Short of memory or threads: the next pass may succeed.
             handleError(1, "%s: a pass was given up: %s", "threadFunction", e.what());
         }
         sleepMS(workerPauseMS);
@@ -101,8 +101,7 @@ int PAController::threadFunction(void* /*argument*/) {
 }
 
 /// Whether a caller may wait for an answer of the server. Inside an observer's callback it would
-/// hold the mutex, and with it everybody, until the time is up: the records that could answer wait,
-/// too.
+/// hold the mutex until the time is up, and the records that could answer wait for the mutex.
 bool PAController::mayWaitForServer(const char* caller) const {
     if (!paControllerMtx.heldByThisThread()) {
         return true;

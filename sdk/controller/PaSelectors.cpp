@@ -1,4 +1,4 @@
-// The room of PA selectors: record, cache, queries, reserved operations.
+// PA selectors: record, cache, queries, reserved operations.
 #include "sdk/PAController.h"
 #include "sdk/controller/notify.h"
 #include "sdk/paDebug.h"

@@ -1,4 +1,4 @@
-// The room of PA sinks: record, cache, queries, operations.
+// PA sinks: record, cache, queries, operations.
 #include <array>
 #include <stdexcept>
 
@@ -140,7 +140,7 @@ std::optional<PaSink> PAController::findPaSink(int key) const {
 void PaSink::setGain(Gain gain, bool persistent, bool delayPersistence) const {
     const double level = gain.getLevel();
     requireType<std::invalid_argument>(hasGain(type), "setGain: Unsupported Sink Type", type);
-    // Not a range test: a level that is no number goes out.
+    // Not a range test: a level that is no number is sent.
     require<std::out_of_range>(!(level < -96.0 || level > 0.0),
                                "PaSink::setGain(): Invalid Gain Level. Valid Range [-96, 0]");
     queueOperation(destination::directLink, operations::setSinkGain,

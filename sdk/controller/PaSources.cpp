@@ -1,4 +1,4 @@
-// The room of PA sources: record, cache, queries.
+// PA sources: record, cache, queries.
 #include <optional>
 
 #include "framework/clock.h"
@@ -14,9 +14,9 @@ using namespace pa;
 
 namespace {
 
-/// What a source record brings beside the source itself.
+/// A source record: the source, the holder of its lock and the server that reports it.
 struct SourceRecord : PaSource {
-    SourceRecord() { healthState = HEALTHY; }  // a source that says nothing of its health is well
+    SourceRecord() { healthState = HEALTHY; }  // without a health field the source is healthy
 
     std::string lockedUUID;
     std::optional<int> reportingServer;  // destination number
@@ -67,7 +67,7 @@ PAController::MergeResult PAController::mergePaSource(int key, TEVlist* record) 
     decodeRecord(*record, columns, decoded);
     if (load(gIndirectCXSConnection) && decoded.reportingServer &&
         *decoded.reportingServer != load(gLocalDstNo)) {
-        return MergeResult::Dropped;  // another server's source, seen through the local one
+        return MergeResult::Dropped;  // another server's source, reported by the local one
     }
 
     const MutexGuard guard(paControllerMtx);

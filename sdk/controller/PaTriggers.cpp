@@ -1,5 +1,5 @@
-// The room of PA triggers: record, cache and queries of the hardware triggers; the software
-// triggers, which are this client's own.
+// PA triggers: record, cache and queries of the hardware triggers; the software triggers, which are
+// this client's own.
 #include <algorithm>
 #include <optional>
 
@@ -17,7 +17,7 @@ using namespace pa;
 
 namespace {
 
-/// What a trigger record brings beside the trigger itself.
+/// A trigger record: the trigger and the number of its server.
 struct TriggerRecord : PaTrigger {
     std::optional<int> owner;  // destination number of its server
 };
@@ -61,7 +61,7 @@ void PAController::addUpdatePaTrigger(int elemNo, TEVlist* elemArgList) {
     TriggerRecord decoded;
     decodeRecord(*elemArgList, columns, decoded);
     if (load(gIndirectCXSConnection) && decoded.owner && *decoded.owner != load(gLocalDstNo)) {
-        return;  // another server's trigger, seen through the local one
+        return;  // another server's trigger, reported by the local one
     }
 
     const MutexGuard guard(paControllerMtx);

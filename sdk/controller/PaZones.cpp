@@ -1,4 +1,4 @@
-// The room of PA zones: record, attached zones, caches, queries, members.
+// PA zones: record, attached zones, caches, queries, members.
 #include <algorithm>
 
 #include "resource/common/stringUtils.h"

@@ -1,4 +1,4 @@
-// The room of schedules: cache, handler, queries.
+// Schedules: cache, handler, queries.
 #include <algorithm>
 #include <optional>
 
@@ -56,17 +56,17 @@ ScheduleDefinition* PAController::scheduleOf(int scheduleId) {
     return scheduleList.find(scheduleId);
 }
 
-/// Nothing happens when the schedule is gone, nor any more when it goes in a callback.
+/// Does nothing when the schedule has been deleted, and stops when a callback deletes it.
 void PAController::notifySchedule(int scheduleId, MergeResult /*result*/) {
     const MutexGuard guard(paControllerMtx);
     ScheduleDefinition* schedule = scheduleOf(scheduleId);
     if (schedule != nullptr && !observers().empty()) {
-        const ScheduleDefinition told = withoutRequestUUID(*schedule);
+        const ScheduleDefinition reported = withoutRequestUUID(*schedule);
         const auto isKnown = [&] {
             const LeafGuard leaf(lookupLock);
             return scheduleList.find(scheduleId) != nullptr;
         };
-        notifyWhile(isKnown, &PAControllerObserver::onScheduleUpdate, told);
+        notifyWhile(isKnown, &PAControllerObserver::onScheduleUpdate, reported);
         schedule = scheduleOf(scheduleId);
     }
     if (schedule != nullptr) {

@@ -1,5 +1,4 @@
-// The room of the text-to-speech dictionary: record, cache, withdrawal, and the previews that its
-// items answer.
+// The text-to-speech dictionary: record, cache, withdrawal, and the previews that its items answer.
 #include "framework/clock.h"
 #include "sdk/PAController.h"
 #include "sdk/controller/notify.h"
@@ -123,14 +122,14 @@ void PAController::giveUpOldPreviews() {
     }
 }
 
-/// Removes the first preview behind a key that has waited too long. Not an iterator to go on from:
-/// an observer may clear the list, or ask anew under the same key.
+/// Removes the first preview after a key that has waited too long. Takes a key, not an iterator: an
+/// observer may clear the list, or ask again under the same key.
 /// @return its key
 std::optional<std::string> PAController::takeOldPreview(std::time_t now,
-                                                        const std::optional<std::string>& behind) {
+                                                        const std::optional<std::string>& after) {
     const LeafGuard leaf(lookupLock);
     auto& list = ttsPendingPreviewList;
-    for (auto entry = behind ? list.upper_bound(*behind) : list.begin(); entry != list.end();
+    for (auto entry = after ? list.upper_bound(*after) : list.begin(); entry != list.end();
          ++entry) {
         if (std::difftime(now, entry->second.startTime) >= longestWait) {
             return list.extract(entry).key();

@@ -1,4 +1,4 @@
-// The room of text-to-speech ports: record, cache, withdrawal, queries.
+// Text-to-speech ports: record, cache, withdrawal, queries.
 #include "sdk/PAController.h"
 #include "sdk/paDebug.h"
 #include "sdk/records/cacheValues.h"

@@ -3,8 +3,7 @@
 #include "sdk/PAController.h"
 
 /// @file
-/// How the controller's sources call observers and post events; the templates that PAController.h
-/// declares.
+/// The templates of PAController.h that call observers and post events.
 
 namespace pa {
 

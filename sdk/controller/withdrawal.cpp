@@ -1,4 +1,4 @@
-// Withdrawal of records: one table of what is deleted how, and one walk.
+// Withdrawal of records: a table with a row for each cache, and one loop.
 #include <optional>
 #include <string>
 #include <type_traits>
@@ -17,7 +17,7 @@ using namespace pa;
 
 namespace {
 
-/// What an observer is told of a deleted entry, as the log writes it.
+/// The argument of a delete callback, as the log writes it.
 std::string asText(int id) {
     return std::to_string(id);
 }
@@ -69,20 +69,20 @@ bool selects(int wanted, int actual) {
 
 /// One kind of record that the server can withdraw.
 template <class Cache, class Argument>
-struct PAController::DeletionRow {
+struct PAController::WithdrawalRow {
     RecordKind kind;
     Cache PAController::*cache;
-    int server;  // whose withdrawals concern it
+    int server;  // the server whose withdrawals concern it
     void (PAControllerObserver::*slot)(Argument);
     Argument (*argument)(const RecordOf<Cache>&);
     std::optional<EventItem::EVENT_TYPE> event;
-    const char* name;  // as the log calls it; null: not logged
+    const char* name;  // in the log; null: not logged
     bool notifies = true;
 };
 
 /// The rows, in the order in which the caches are visited. Zones attached to sources have none:
-/// they go without a word.
-struct PAController::DeletionTable {
+/// their deletion is neither reported nor logged.
+struct PAController::WithdrawalTable {
     using Observer = PAControllerObserver;
     template <class Record>
     using Map = std::map<int, Record>;
@@ -90,43 +90,43 @@ struct PAController::DeletionTable {
     // Read once for each withdrawal.
     const int local = load(gLocalDstNo);
     const int active = load(gActiveAudioServerDstNo);
-    const bool localStandsIn = active == 0 && load(gIndirectCXSConnection);
+    const bool localReplacesActive = active == 0 && load(gIndirectCXSConnection);
 
     // clang-format off
-    DeletionRow<Map<PaSource>, int> sources{
+    WithdrawalRow<Map<PaSource>, int> sources{
         RecordKind::Source, &PAController::availablePaSources, local,
         &Observer::onPaSourceDelete, idOf, EventItem::PA_SOURCE_DELETED, "PaSource ID"};
-    DeletionRow<Map<PaSink>, int> sinks{
+    WithdrawalRow<Map<PaSink>, int> sinks{
         RecordKind::Sink, &PAController::availablePaSinks, local,
         &Observer::onPaSinkDelete, idOf, EventItem::PA_SINK_DELETED, "PaSink ID"};
-    DeletionRow<Map<PaTrigger>, int> triggers{
+    WithdrawalRow<Map<PaTrigger>, int> triggers{
         RecordKind::Trigger, &PAController::availablePaTriggersHW, local,
         &Observer::onPaTriggerDelete, idOf, EventItem::PA_TRIGGER_DELETED, "PaTrigger ID"};
-    DeletionRow<Map<PaSelector>, int> selectors{
+    WithdrawalRow<Map<PaSelector>, int> selectors{
         RecordKind::Selector, &PAController::availablePaSelectors, local,
         &Observer::onPaSelectorDelete, idOf, EventItem::PA_SELECTOR_DELETED, "PaSelector ID"};
     /// No event: the queue has no type for it.
-    DeletionRow<Map<AnnouncementRequest>, AnnouncementRequest> requests{
+    WithdrawalRow<Map<AnnouncementRequest>, AnnouncementRequest> requests{
         RecordKind::Announcement, &PAController::activeAnnouncementRequestList, active,
         &Observer::onMessageDelete, wholeRequest, std::nullopt, "Announcement Request UUID"};
-    DeletionRow<Map<PaZone>, std::string> primaryZones{
+    WithdrawalRow<Map<PaZone>, std::string> primaryZones{
         RecordKind::Zone, &PAController::availablePaZonesPrimaryServer, active,
         &Observer::onPaZoneDelete, idOf, EventItem::PA_ZONE_DELETED, "PaZone ID"};
-    /// Told only while the local server stands in for the active one.
-    DeletionRow<Map<PaZone>, std::string> localZones{
+    /// Reported only while the local server replaces the active one.
+    WithdrawalRow<Map<PaZone>, std::string> localZones{
         RecordKind::Zone, &PAController::availablePaZonesLocalServer, local,
         &Observer::onPaZoneDelete, idOf, EventItem::PA_ZONE_DELETED, "PaZone ID",
-        localStandsIn};
-    DeletionRow<ScheduleCache, ScheduleDefinition> schedules{
+        localReplacesActive};
+    WithdrawalRow<ScheduleCache, ScheduleDefinition> schedules{
         RecordKind::Schedule, &PAController::scheduleList, active,
         &Observer::onScheduleDelete, asApplicationKnowsIt, EventItem::SCHEDULE_DELETED, nullptr};
     // clang-format on
 };
 
 template <class Cache, class Argument>
-void PAController::deleteEntries(const DeletionRow<Cache, Argument>& row, int key) {
+void PAController::deleteEntries(const WithdrawalRow<Cache, Argument>& row, int key) {
     Cache& cache = this->*row.cache;
-    // Keys, not iterators: a callback may change what is being walked.
+    // Keys, not iterators: a callback may change the cache.
     std::vector<int> keys{key};
     if (key == 0) {
         const LeafGuard leaf(lookupLock);
@@ -142,12 +142,12 @@ void PAController::deleteEntries(const DeletionRow<Cache, Argument>& row, int ke
         return find(cache, entryKey) != nullptr;
     };
     for (const int entryKey : keys) {
-        const std::optional<Argument> told = lookUp(entryKey);
-        if (!told) {
+        const std::optional<Argument> argument = lookUp(entryKey);
+        if (!argument) {
             continue;
         }
         if (row.notifies) {
-            notifyObservers(row.slot, *told);
+            notifyObservers(row.slot, *argument);
             if (!isPresent(entryKey)) {
                 continue;
             }
@@ -158,7 +158,7 @@ void PAController::deleteEntries(const DeletionRow<Cache, Argument>& row, int ke
         }
         if (row.name != nullptr) {
             PASDK_DEBUG(1, "%s: %s >%s< deleted", "deleteAudioVideoControllerInfo", row.name,
-                        asText(*told).c_str());
+                        asText(*argument).c_str());
         }
         const LeafGuard leaf(lookupLock);
         cache.erase(entryKey);
@@ -167,33 +167,33 @@ void PAController::deleteEntries(const DeletionRow<Cache, Argument>& row, int ke
 
 void PAController::deleteAudioVideoControllerInfo(int dstNo, int kind, int key) {
     const MutexGuard guard(paControllerMtx);
-    deletion.waiting.push_back({dstNo, kind, key});
-    if (!deletion.isRunning) {
+    withdrawals.waiting.push_back({dstNo, kind, key});
+    if (!withdrawals.isRunning) {
         runWithdrawals();
     }
 }
 
-/// Carries out what waits, and what the callbacks ask for meanwhile.
+/// Carries out the waiting requests, and those of the callbacks.
 void PAController::runWithdrawals() {
-    deletion.isRunning = true;
-    while (!deletion.waiting.empty()) {
-        const Withdrawal next = deletion.waiting.front();
-        deletion.waiting.pop_front();
+    withdrawals.isRunning = true;
+    while (!withdrawals.waiting.empty()) {
+        const WithdrawalRequest next = withdrawals.waiting.front();
+        withdrawals.waiting.pop_front();
         try {
             removeWithdrawn(next);
         } catch (...) {
-            deletion = {};
+            withdrawals = {};
             throw;
         }
     }
-    deletion.isRunning = false;
-    if (std::exchange(deletion.resetWaits, false)) {
+    withdrawals.isRunning = false;
+    if (std::exchange(withdrawals.resetWaits, false)) {
         initPaResources();
     }
 }
 
-void PAController::removeWithdrawn(const Withdrawal& withdrawal) {
-    const DeletionTable table;
+void PAController::removeWithdrawn(const WithdrawalRequest& withdrawal) {
+    const WithdrawalTable table;
     const auto concerns = [&withdrawal](int server, RecordKind kind) {
         return selects(withdrawal.dstNo, server) &&
                selects(withdrawal.kind, static_cast<int>(kind));
@@ -219,8 +219,8 @@ void PAController::removeWithdrawn(const Withdrawal& withdrawal) {
 void PAController::initPaResources() {
     {
         const MutexGuard guard(paControllerMtx);
-        if (deletion.isRunning) {
-            deletion.resetWaits = true;
+        if (withdrawals.isRunning) {
+            withdrawals.resetWaits = true;
             return;
         }
         forgetLocks();

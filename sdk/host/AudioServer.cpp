@@ -14,25 +14,25 @@ namespace {
 
 /// The locks of all facades. A process has one facade, and a fork takes them.
 struct Facades {
-    std::mutex uploads;  // guards the ways
+    std::mutex uploads;  // guards the upload functions
     std::condition_variable uploadEnded;
-    std::mutex facts;  // guards the media log and what the server says of itself
+    std::mutex info;  // guards the media log and the server's description
 
     pa::ForkParticipant acrossFork{pa::ForkRank::Facades,
-                                   {[this] { uploads.lock(), facts.lock(); }, [this] { unlock(); },
+                                   {[this] { uploads.lock(), info.lock(); }, [this] { unlock(); },
                                     [this] {
                                         pa::forgetWaiters(uploadEnded);
                                         unlock();
                                     }}};
 
     void unlock() {
-        facts.unlock();
+        info.unlock();
         uploads.unlock();
     }
 };
 
 Facades& facades() {
-    static Facades& theFacades = *new Facades;  // never destroyed, as the threads that use it
+    static Facades& theFacades = *new Facades;  // never destroyed, like the threads that use it
     return theFacades;
 }
 
@@ -40,14 +40,14 @@ PASDK_EARLIEST const pa::MadeEarly made(facades);
 
 }  // namespace
 
-/// A way of uploads, and how many uploads it has at the moment.
-struct AudioServer::Way {
-    /// Whether it leads anywhere: not in the child of a fork, nor do its uploads go on there.
-    bool isOfThisProcess() const { return generation == pa::forkGeneration(); }
+/// A function for uploads, and how many uploads use it now.
+struct AudioServer::UploadRoute {
+    /// False in the child of a fork, where neither the function nor its uploads continue.
+    bool belongsToThisProcess() const { return generation == pa::forkGeneration(); }
 
     Uploader upload;
     const unsigned generation = pa::forkGeneration();
-    int underWay = 0;
+    int running = 0;
 };
 
 AudioServer::AudioServer(PAController& controller) : controller_(controller) {
@@ -64,42 +64,42 @@ PAController& AudioServer::getPAController() const {
     return controller_;
 }
 
-/// One upload on the way in force, from its beginning to its end.
-class AudioServer::Passage {
+/// One upload, from its beginning to its end.
+class AudioServer::RunningUpload {
 public:
-    explicit Passage(AudioServer& server) {
+    explicit RunningUpload(AudioServer& server) {
         const std::lock_guard guard(facades().uploads);
-        if (server.way_ != nullptr && server.way_->isOfThisProcess()) {
-            way_ = server.way_;
-            ++way_->underWay;
+        if (server.route_ != nullptr && server.route_->belongsToThisProcess()) {
+            route_ = server.route_;
+            ++route_->running;
         }
     }
-    Passage(const Passage&) = delete;
-    Passage& operator=(const Passage&) = delete;
-    ~Passage() {
-        if (way_ != nullptr) {
+    RunningUpload(const RunningUpload&) = delete;
+    RunningUpload& operator=(const RunningUpload&) = delete;
+    ~RunningUpload() {
+        if (route_ != nullptr) {
             const std::lock_guard guard(facades().uploads);
-            --way_->underWay;
+            --route_->running;
             facades().uploadEnded.notify_all();
         }
     }
 
-    /// Null when there is no way.
-    const Way* way() const { return way_.get(); }
+    /// Null when no function is set.
+    const UploadRoute* route() const { return route_.get(); }
 
 private:
-    std::shared_ptr<Way> way_;
+    std::shared_ptr<UploadRoute> route_;
 };
 
 int AudioServer::uploadFileToActiveServer(const std::string& localPath,
                                           const std::string& serverPath) {
-    const Passage passage(*this);
-    if (passage.way() == nullptr) {
+    const RunningUpload running(*this);
+    if (running.route() == nullptr) {
         handleError(2, "upload of %s: no connection to the server", localPath.c_str());
         return 0;
     }
     try {
-        return passage.way()->upload(localPath, serverPath);
+        return running.route()->upload(localPath, serverPath);
     } catch (const std::exception& e) {
         handleError(2, "upload of %s: %s", localPath.c_str(), e.what());
         return 0;
@@ -107,16 +107,16 @@ int AudioServer::uploadFileToActiveServer(const std::string& localPath,
 }
 
 void AudioServer::setUploader(Uploader uploader) {
-    auto way = uploader ? std::make_shared<Way>(Way{std::move(uploader)}) : nullptr;
+    auto route = uploader ? std::make_shared<UploadRoute>(UploadRoute{std::move(uploader)}) : nullptr;
     std::unique_lock guard(facades().uploads);
-    way_.swap(way);
-    if (way != nullptr && way->isOfThisProcess()) {
-        facades().uploadEnded.wait(guard, [&way] { return way->underWay == 0; });
+    route_.swap(route);
+    if (route != nullptr && route->belongsToThisProcess()) {
+        facades().uploadEnded.wait(guard, [&route] { return route->running == 0; });
     }
 }
 
 void AudioServer::addCampaignLog(const std::string& text) {
-    const std::lock_guard guard(facades().facts);
+    const std::lock_guard guard(facades().info);
     campaignLog_.push_back(text);
     if (campaignLog_.size() > campaignLogCapacity) {
         campaignLog_.pop_front();
@@ -124,16 +124,16 @@ void AudioServer::addCampaignLog(const std::string& text) {
 }
 
 std::vector<std::string> AudioServer::getCampaignLog() const {
-    const std::lock_guard guard(facades().facts);
+    const std::lock_guard guard(facades().info);
     return {campaignLog_.begin(), campaignLog_.end()};
 }
 
 KeyValueMap AudioServer::getServerInfo() const {
-    const std::lock_guard guard(facades().facts);
+    const std::lock_guard guard(facades().info);
     return serverInfo_;
 }
 
 void AudioServer::setServerInfo(const KeyValueMap& info) {
-    const std::lock_guard guard(facades().facts);
+    const std::lock_guard guard(facades().info);
     serverInfo_ = info;
 }

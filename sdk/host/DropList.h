@@ -15,14 +15,14 @@ const char* textOf(DroppedOperation::Reason reason);
 /// Writes the line of a dropped operation to the log.
 void report(const DroppedOperation& dropped);
 
-/// The operations that were dropped on an application's thread, until they are told of: bounded by
-/// 16 MiB, and what exceeds the bound is counted. A plain value without a lock.
+/// The operations that were dropped on an application's thread, until they are reported: bounded by
+/// 16 MiB; further ones are counted. A plain value without a lock.
 class DropList {
 public:
     void add(DroppedOperation::Reason reason, OperationType type,
              const std::string& payload) noexcept;
 
-    /// Takes the next to tell of; what was not listed comes last.
+    /// Takes the next to report; the count of those that were not listed comes last.
     std::optional<DroppedOperation> take();
 
     bool empty() const { return drops_.empty() && unlisted_ == 0; }

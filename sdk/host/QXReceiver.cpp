@@ -42,7 +42,7 @@ public:
                 return;
             }
         } catch (const std::bad_alloc&) {
-            // There is no room for it.
+            // Out of memory: the queue counts as full.
         }
         const std::lock_guard guard(lock_);
         drops_.add(reason, type, payload);
@@ -69,7 +69,7 @@ public:
     void pause() {
         const std::lock_guard guard(lock_);
         sender_ = nullptr;
-        progress_.notify_all();  // `close` need not wait any more
+        progress_.notify_all();  // for `close`
     }
 
     void close(std::chrono::milliseconds limit) {
@@ -89,7 +89,7 @@ public:
         abandoned_ = true;
         wake();
         const std::uint64_t dropped = dropped_;
-        progress_.wait(guard, [&] { return queue_.empty() && !sending_ && told_ >= dropped; });
+        progress_.wait(guard, [&] { return queue_.empty() && !sending_ && reported_ >= dropped; });
     }
 
     void forget(const DropListener& listener) {
@@ -97,7 +97,7 @@ public:
         if (listener_ == &listener) {
             listener_ = nullptr;
         }
-        progress_.wait(guard, [&] { return telling_ != &listener; });
+        progress_.wait(guard, [&] { return notified_ != &listener; });
     }
 
     void setMaxWait(std::chrono::milliseconds wait) {
@@ -112,8 +112,8 @@ public:
     }
 
 private:
-    /// How often the age of waiting operations is looked at, a lost link tried again and the clock
-    /// looked at by `close`, whatever the host's clock says.
+    /// The real time between two looks at the age of waiting operations, two attempts on a lost
+    /// link, and two looks of `close` at the host's clock.
     static constexpr std::chrono::milliseconds tick{100};
 
     /// What the thread waits for while it rests.
@@ -127,20 +127,20 @@ private:
         }
     }
 
-    /// The parent has the link, sends what waits and tells of what it has dropped.
+    /// The parent has the link, sends the waiting operations and reports those it has dropped.
     void becomeChild() {
         pa::forgetWaiters(work_);
         pa::forgetWaiters(progress_);
         linkLeft_ = linkLeft_ || (listener_ != nullptr && !closed_);
         listener_ = nullptr;
-        telling_ = nullptr;
+        notified_ = nullptr;
         sender_ = nullptr;
         for (; !queue_.empty(); queue_.pop()) {
             ++operationsLeft_;
         }
         drops_ = {};
-        toTell_ = {};
-        told_ = dropped_;
+        reporting_ = {};
+        reported_ = dropped_;
         sending_ = false;
         retryAt_ = {};
         closed_ = false;
@@ -148,12 +148,12 @@ private:
         resting_ = Rest::None;
         started_ = false;
         if (linkLeft_ || operationsLeft_ > 0) {
-            pa::goOnInChild([this] { tellOfFork(); });
+            pa::goOnInChild([this] { reportFork(); });
         }
         lock_.unlock();
     }
 
-    void tellOfFork() {
+    void reportFork() {
         std::unique_lock guard(lock_);
         const bool linkLeft = linkLeft_;
         const unsigned long operationsLeft = operationsLeft_;
@@ -175,9 +175,9 @@ private:
     void run() {
         std::unique_lock guard(lock_);
         while (true) {
-            const bool told = tellNext(guard);
+            const bool reported = reportNext(guard);
             const bool handled = handleFront(guard);
-            if (!told && !handled) {
+            if (!reported && !handled) {
                 rest(guard);
             }
         }
@@ -255,7 +255,7 @@ private:
     void dropFront(std::unique_lock<std::mutex>& guard, Reason reason, const char* text) {
         const SendQueue::Waiting& front = queue_.front();
         const Operation& operation = front.operation;
-        tell(guard, [&] {
+        passOn(guard, [&] {
             DroppedOperation dropped;
             dropped.reason = reason;
             dropped.type = operation.type;
@@ -270,31 +270,32 @@ private:
         }
     }
 
-    /// Tells of one that was dropped on an application's thread.
+    /// Reports one that was dropped on an application's thread.
     /// @return false when there is none
-    bool tellNext(std::unique_lock<std::mutex>& guard) {
-        if (toTell_.empty()) {
-            std::swap(toTell_, drops_);
+    bool reportNext(std::unique_lock<std::mutex>& guard) {
+        if (reporting_.empty()) {
+            std::swap(reporting_, drops_);
         }
-        std::optional<DroppedOperation> next = toTell_.take();
+        std::optional<DroppedOperation> next = reporting_.take();
         if (!next) {
             return false;
         }
-        tell(guard, [&next]() -> const DroppedOperation& {
+        passOn(guard, [&next]() -> const DroppedOperation& {
             next->text = textOf(next->reason);
             return *next;
         });
-        told_ += next->count;
-        if (toTell_.empty()) {
+        reported_ += next->count;
+        if (reporting_.empty()) {
             progress_.notify_all();
         }
         return true;
     }
 
-    /// Reports, and tells the listener of, what `describe` returns, without the lock.
+    /// Reports the operation that `describe` returns, and passes it to the listener, without the
+    /// lock.
     template <class Describe>
-    void tell(std::unique_lock<std::mutex>& guard, Describe describe) {
-        DropListener* const listener = telling_ = listener_;
+    void passOn(std::unique_lock<std::mutex>& guard, Describe describe) {
+        DropListener* const listener = notified_ = listener_;
         guard.unlock();
         try {
             const DroppedOperation& dropped = describe();
@@ -303,10 +304,10 @@ private:
                 listener->operationDropped(dropped);
             }
         } catch (const std::bad_alloc&) {
-            handleError(2, "a dropped operation cannot be told of: out of memory");
+            handleError(2, "a dropped operation cannot be reported: out of memory");
         }
         guard.lock();
-        telling_ = nullptr;
+        notified_ = nullptr;
         if (listener != listener_) {
             progress_.notify_all();  // `forget`
         }
@@ -314,7 +315,7 @@ private:
 
     std::mutex lock_;
     std::condition_variable work_;      // for the thread
-    std::condition_variable progress_;  // for those who wait for the thread
+    std::condition_variable progress_;  // for those that wait for the thread
     SendQueue queue_{QXReceiver::defaultMaxBytes};
     OperationSender* sender_ = nullptr;
     bool sending_ = false;                             // the sender is in use, outside the lock
@@ -323,14 +324,14 @@ private:
     bool closed_ = false;     // takes no more operations
     bool abandoned_ = false;  // drops those that wait
     DropListener* listener_ = nullptr;
-    DropListener* telling_ = nullptr;  // the listener in use, outside the lock
+    DropListener* notified_ = nullptr;  // the listener in use, outside the lock
     DropList drops_;
-    DropList toTell_;                   // of the thread alone: filled by exchange with drops_
-    std::uint64_t dropped_ = 0;         // on applications' threads, ever
-    std::uint64_t told_ = 0;            // of these
+    DropList reporting_;                // used by the thread only: filled by exchange with drops_
+    std::uint64_t dropped_ = 0;         // on applications' threads, in total
+    std::uint64_t reported_ = 0;        // of these
     bool started_ = false;              // the thread runs
-    bool linkLeft_ = false;             // a child whose parent had a link, not told of yet
-    unsigned long operationsLeft_ = 0;  // as above: what waited
+    bool linkLeft_ = false;             // a child whose parent had a link, not reported yet
+    unsigned long operationsLeft_ = 0;  // as above: how many waited
 
     pa::ForkParticipant acrossFork_{
         pa::ForkRank::SendQueue,

@@ -9,8 +9,8 @@
 
 namespace pa {
 
-/// The inside of the send queue: what waits, in which order and how long. A plain value without a
-/// lock; times are in ms of the host's monotonic clock.
+/// The state of the send queue: the waiting operations, their order and age. A plain value without
+/// a lock; times are in ms of the host's monotonic clock.
 class SendQueue {
 public:
     struct Waiting {
@@ -18,21 +18,22 @@ public:
         std::int64_t since = 0;  ///< when it was queued
     };
 
-    /// What an operation counts beside the bytes of its payload: the `Waiting` (at most 64 bytes),
-    /// its share of the container and what the allocator keeps of the payload's block, rounded up.
+    /// What an operation counts in addition to the bytes of its payload: the `Waiting` (at most 64
+    /// bytes), its share of the container and what the allocator keeps of the payload's block,
+    /// rounded up.
     static constexpr std::size_t overhead = 128;
 
     explicit SendQueue(std::size_t maxBytes) : maxBytes_(maxBytes) {}
 
     /// Appends the operation.
-    /// @return false, with the operation as it was, when there is no room for it
+    /// @return false, with the operation unchanged, when the queue is full
     /// @throws std::bad_alloc likewise
     bool push(Operation&& operation, std::int64_t nowMS);
 
     bool empty() const { return waiting_.empty(); }
 
-    /// The operation at the head, of a queue that is not empty. It stays where it is while others
-    /// are appended.
+    /// The operation at the head, of a queue that is not empty. Its address stays the same while
+    /// others are appended.
     const Waiting& front() const { return waiting_.front(); }
 
     /// Whether the operation at the head has waited for longer than the limit.
@@ -43,7 +44,7 @@ public:
 
     void setMaxWait(std::chrono::milliseconds wait) { maxWait_ = wait; }
 
-    /// What waits already stays, whatever the bound is.
+    /// Waiting operations stay, whatever the bound is.
     void setMaxBytes(std::size_t bytes) { maxBytes_ = bytes; }
 
 private:

@@ -22,7 +22,7 @@ bool ScheduleCache::put(const ScheduleDefinition& schedule) {
         return true;
     }
     Entry& stored = byArrival_.at(known->second);
-    // The validity of the display stays as it was first told.
+    // The validity of the display stays as first reported.
     entry.schedule.displayTemplateValidityPeriodSeconds =
         stored.schedule.displayTemplateValidityPeriodSeconds;
     byRequest_.insert({entry.requestUUID, known->second});

@@ -14,16 +14,16 @@
 
 namespace pa {
 
-/// The schedules that the server has told of, in order of arrival, found by identifier and by
-/// the UUID of their request in logarithmic time. A plain value without a lock.
+/// The schedules that the server has reported, in order of arrival, found by identifier and by the
+/// UUID of their request in logarithmic time. A plain value without a lock.
 class ScheduleCache {
 public:
-    /// The schedule with an identifier, null for none. It stays where it is until it is erased. Its
+    /// The schedule with an identifier, null for none. Valid until the schedule is erased. Its
     /// identifier and its description must not be changed through the pointer.
     ScheduleDefinition* find(int id);
     const ScheduleDefinition* find(int id) const;
 
-    /// Adds a schedule behind all others, or replaces the one with its identifier, which keeps its
+    /// Adds a schedule after all others, or replaces the one with its identifier, which keeps its
     /// place and the validity of its display.
     /// @return whether it was added
     bool put(const ScheduleDefinition& schedule);

@@ -3,8 +3,8 @@
 #include <string>
 
 /// @file
-/// Numbers as texts of the server link. The process's locale has no say in any of these, and every
-/// one may be called from any thread.
+/// Numbers as texts of the server link. They do not depend on the process's locale and may be
+/// called from any thread.
 
 namespace pa {
 

@@ -58,8 +58,8 @@ inline const char* fieldText(const TEVnode& node) {
     return taken ? text : nullptr;
 }
 
-/// Reads a record by its columns. What is absent keeps the value that it has; fields behind the
-/// last column are ignored.
+/// Reads a record by its columns. Absent fields keep their value; fields after the last column are
+/// ignored.
 template <class Record, std::size_t N>
 void decodeRecord(const TEVlist& list, const Column<Record> (&columns)[N], Record& record) {
     const TEVnode* node = list.listTop;

@@ -41,21 +41,21 @@ void copyMember(OwnerOf<Member>& cached, const OwnerOf<Member>& decoded) {
 template <auto Member>
 constexpr Field<OwnerOf<Member>> byValue{sameValue<Member>, copyMember<Member>};
 
-/// A list that is compared by the number of its entries alone.
+/// A list that is compared only by the number of its entries.
 template <auto Member>
 constexpr Field<OwnerOf<Member>> bySize{sameSize<Member>, copyMember<Member>};
 
-/// What the merge of a record into its cache came to.
+/// The outcome of merging a record into its cache.
 enum class Merge { Unchanged, Updated, Added };
 
 /// An entry is matched by its cache key and the resource's own id. An entry with another id stays
-/// as it is, and the merge still counts as an addition.
+/// unchanged, and the merge still counts as an addition.
 template <class Record>
 bool matchById(const Record& cached, const Record& decoded) {
     return cached.id == decoded.id;
 }
 
-/// An entry is matched by its cache key alone.
+/// An entry is matched by its cache key only.
 template <class Record>
 bool matchByKey(const Record& /*cached*/, const Record& /*decoded*/) {
     return true;

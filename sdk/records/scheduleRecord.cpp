@@ -1,4 +1,4 @@
-// The records of schedules: their columns, and what the parts of an announcement hold.
+// The records of schedules: their columns, and the contents of the parts of an announcement.
 #include "sdk/records/scheduleRecord.h"
 
 #include <initializer_list>
@@ -27,14 +27,14 @@ std::string translatedText(std::string text) {
     return text;
 }
 
-/// What a schedule record brings: the schedule, and its parts as texts.
+/// A schedule record: the schedule, and its parts as texts.
 struct ScheduleRecord : ScheduleDefinition {
     std::string audioPart;
     std::string visualPart;
     std::size_t badItems = 0;  // template items that cannot be read
 };
 
-/// The most bad items of one record that have a line each; those behind them are counted.
+/// The most bad items of one record that have a line each; further ones are counted.
 constexpr std::size_t mostBadItemLines = 16;
 
 void reportBadItem(ScheduleRecord& record, const std::string& item) {
@@ -96,10 +96,10 @@ constexpr Column<ScheduleRecord> columns[] = {
     translated<&ScheduleRecord::visualPart>,
 };
 
-/// Where the tokens of a part stand.
+/// The places of the tokens of a part.
 enum PartToken : std::size_t { Type, Origin, Zones, Content, Level, Chime };
 
-// Each of these reads the content of a part, and says whether the record is good.
+// Each of these reads the content of a part and returns whether the record is good.
 
 // item^item!repeats
 bool takeItems(ScheduleRecord& schedule, const std::string& content) {

@@ -27,7 +27,7 @@ public:
         text_ += c;
         return *this;
     }
-    /// A text that goes out as it stands.
+    /// A text that is sent unchanged.
     Payload& plain(std::string_view text) {
         text_ += text;
         return *this;

@@ -27,7 +27,7 @@ void appendItems(Payload& payload, const std::vector<unsigned>& items) {
     payload.list(items, '^', [](Payload& p, unsigned item) { p.number(item); });
 }
 
-// type,origin,zones, - what both parts of a request begin with
+// type,origin,zones, - the beginning of both parts of a request
 Payload partHead(Message::Type type, const std::string& origin,
                  const std::vector<std::string>& zones) {
     Payload part;
@@ -54,7 +54,7 @@ std::string Message::playAnnouncement(const std::vector<std::string>& zones) {
     std::string id = requestIdToUse();
     if (!pathToRecordedStreamToUpload.empty() &&
         !upload(pathToRecordedStreamToUpload, recordedStreamAbsoluteFilePathWithName)) {
-        gPaController.tellUploadFailed(id);
+        gPaController.notifyUploadFailed(id);
         return id;
     }
 
@@ -130,7 +130,7 @@ std::string Message::templateText() const {
     return text.text();
 }
 
-void PAController::tellUploadFailed(const std::string& requestId) {
+void PAController::notifyUploadFailed(const std::string& requestId) {
     AnnouncementRequest failed;
     failed.setRequestID(requestId);
     notifyObservers(&PAControllerObserver::onMessageDelete, failed);

@@ -12,7 +12,7 @@ void send(OperationType type, const Payload& payload) {
 
 }  // namespace
 
-// Operation 78/5: path, the only one that goes out as it stands
+// Operation 78/5: path, the only one that is sent unchanged
 void PAController::startUserRecording(const std::string& absolutePathWithFileName) {
     send(operations::startRecording, Payload().plain(absolutePathWithFileName));
 }

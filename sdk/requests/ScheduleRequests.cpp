@@ -1,4 +1,4 @@
-// What an application asks for schedules: the checks, the request, the wait for a new identifier.
+// The requests for schedules: the checks, the operations, the wait for a new identifier.
 #include <optional>
 
 #include "framework/clock.h"
@@ -105,8 +105,8 @@ void PAController::modifySchedule(const ScheduleDefinition& def) {
     createScheduleHelper(false, def);
 }
 
-// Operation 92/19: id,description,start,end,dayMask,frequency,1,"",mode,level,[audio][visual]
-// Start and end are year,month,day,hour,minute each; nothing stands between the parts.
+// Operation 92/19: id,description,start,end,dayMask,frequency,1,"",mode,level,[audio][visual] Start
+// and end are year,month,day,hour,minute each; nothing separates the parts.
 std::string PAController::createScheduleHelper(bool serverAssignsId,
                                                const ScheduleDefinition& def) {
     require(serverAssignsId ? def.Id == 0 : def.Id > 0, "invalid scheduleId");
@@ -116,7 +116,7 @@ std::string PAController::createScheduleHelper(bool serverAssignsId,
 
     Payload request;
     request.number(def.Id).separator(',');
-    request.prepared(requestUUID + behindRequestUUID + prepared(def.descrption)).separator(',');
+    request.prepared(requestUUID + requestUUIDEnd + prepared(def.descrption)).separator(',');
     for (const int value :
          {def.startYear, def.startMonth, def.startDay, def.startHour, def.startMinute, def.endYear,
           def.endMonth, def.endDay, def.endHour, def.endMinute, def.dayMask, def.frequency}) {
@@ -145,7 +145,7 @@ int PAController::createScheduleSync(const ScheduleDefinition& def) {
     return *id;
 }
 
-/// The identifier of the schedule that a request has made, once the server has told of it.
+/// The identifier of the schedule that a request has made, once the server has reported it.
 std::optional<int> PAController::idOfRequest(const std::string& requestUUID) {
     const MutexGuard guard(paControllerMtx);
     const LeafGuard leaf(lookupLock);

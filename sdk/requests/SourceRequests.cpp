@@ -1,5 +1,4 @@
-// What an application asks of a source: gain, zones, its lock, its level meter. The worker renews
-// the lock.
+// The requests for a source: gain, zones, its lock, its level meter. The worker renews the lock.
 #include <algorithm>
 #include <exception>
 
@@ -50,7 +49,7 @@ Payload lockPayload(int sourceId, const std::string& uuid) {
 // Operation 92/9: id,level,first,second
 void PaSource::setGain(double level, bool first, bool second) const {
     requireType<std::invalid_argument>(hasGain(type), "setGain: Unsupported Source Type", type);
-    // Not a range test: a level that is no number goes out.
+    // Not a range test: a level that is no number is sent.
     require<std::out_of_range>(!(level < -96.0 || level > 42.0),
                                "PaSource::setGain(): Invalid Gain Level. Valid Range [-96, +42]");
     queueOperation(destination::directLink, operations::setSourceGain,
@@ -58,7 +57,7 @@ void PaSource::setGain(double level, bool first, bool second) const {
 }
 
 double PaSource::getGain() const {
-    // The text of a sink, and not the exception of setGain: applications know it so.
+    // The text of a sink, and not the exception of setGain: both are part of the interface.
     requireType<std::out_of_range>(hasGain(type), "getGain: Unsupported Sink Type", type);
     return inputGain;
 }
@@ -158,7 +157,7 @@ void PAController::renewSourceLocks() {
     }
     for (const PaSourceLockStatus& lock : availablePaSourcesLockStatus) {
         if (lock.lockedUUID.empty() || lock.lockedUUID != audioServer->getUUID()) {
-            continue;  // nobody's lock, or another client's
+            continue;  // free, or locked by another client
         }
         sendToActiveServer(operations::renewLock, lockPayload(lock.sourceId, lock.lockedUUID));
         PASDK_DEBUG(1, "%s: sending extend lock for sourceId >%d<, UUID >%s<", "threadFunction",

@@ -4,7 +4,7 @@
 #include <string>
 
 /// @file
-/// How the operations refuse misuse: with an exception whose text is part of the interface.
+/// The operations refuse misuse with an exception whose text is part of the interface.
 
 namespace pa {
 

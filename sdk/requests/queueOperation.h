@@ -7,7 +7,7 @@
 
 namespace pa {
 
-/// Destinations of operations. What the send queue makes of them is the link's business.
+/// Destinations of operations, which the link interprets.
 namespace destination {
 
 constexpr int directLink = -1;

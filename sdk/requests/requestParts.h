@@ -7,7 +7,7 @@
 #include "sdk/requests/Payload.h"
 
 /// @file
-/// What several requests have in common.
+/// The common parts of requests.
 
 namespace pa {
 
@@ -18,7 +18,7 @@ inline Payload gainPayload(int id, double level, bool first, bool second) {
     return payload.separator(',').flag(first).separator(',').flag(second);
 }
 
-/// Who asks: this device's address, or on an indirect connection a number.
+/// The origin of a request: this device's address, or on an indirect connection a number.
 inline std::string originText(long long numberWhenIndirect) {
     return load(gIndirectCXSConnection) ? Payload().number(numberWhenIndirect).text()
                                         : gDeviceIPAddress;

@@ -7,9 +7,9 @@
 
 namespace pa {
 
-/// Polls for what the server was asked: calls `answer` every 50 ms until it gives something true.
-/// @param sent when the server was asked
-/// @return what `answer` gave; false, or nothing, after `gMaxServerWaitTimeSeconds`
+/// Waits for an answer of the server: calls `answer` every 50 ms until its result is true.
+/// @param sent when the request was sent
+/// @return the result of `answer`; false, or nothing, after `gMaxServerWaitTimeSeconds`
 template <class Answer>
 auto waitForServer(std::time_t sent, Answer answer) -> decltype(answer()) {
     constexpr int pollMS = 50;

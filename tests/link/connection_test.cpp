@@ -86,7 +86,7 @@ TEST_F(ConnectionTest, IsToldOfStepByStep) {
     transport.waitUntilDelivered();
     EXPECT_EQ(changes,
               "connected1 synced1 disconnected1 (cable pulled) connected2 "
-              "disconnected2 (the server has connected anew) connected3 ");
+              "disconnected2 (the server has connected again) connected3 ");
     EXPECT_NE(teller, std::this_thread::get_id());
     changes.clear();
     link.stop();

@@ -103,11 +103,11 @@ TEST_F(NotifierTest, HoldsBackWhoFindsNoRoomAndLetsHimGo) {
     notifier.add(stepThrough(gate));
     gate->waitUntil(gate->entered);
     for (std::size_t i = 0; i < Notifier::capacity; ++i) {
-        EXPECT_TRUE(notifier.waitForRoom());
+        EXPECT_TRUE(notifier.waitForSpace());
         notifier.add({2, 1, 0, false, [] {}});
     }
     std::atomic<int> roomFound{-1};
-    std::thread waiting([&] { roomFound = notifier.waitForRoom() ? 1 : 0; });
+    std::thread waiting([&] { roomFound = notifier.waitForSpace() ? 1 : 0; });
     for (int i = 0; i < 1000; ++i) {
         std::this_thread::yield();
     }
@@ -123,10 +123,10 @@ TEST_F(NotifierTest, HoldsBackWhoFindsNoRoomAndLetsHimGo) {
     notifier.add({2, 1, 0, false, [] {}, Notifier::capacity * Notifier::stepBytes});
     std::atomic<bool> idle{true};
     std::thread other([&] { idle = notifier.waitUntilIdle(); });
-    notifier.letGo();
+    notifier.releaseWaiters();
     other.join();
     EXPECT_FALSE(idle);
-    EXPECT_FALSE(notifier.waitForRoom()) << "one step that holds as much takes all the room";
+    EXPECT_FALSE(notifier.waitForSpace()) << "one step that holds as much takes all the room";
     again->open = true;
 }
 

@@ -212,7 +212,7 @@ TEST_F(RouterTest, SaysHowManyNotificationsItsEndCosts) {
     for (int key = 1; key <= 3; ++key) {
         tellSource(key, "");
     }
-    router.letGo();
+    router.releaseWaiters();
     router.reset();
     EXPECT_EQ(gPaController.getPaSources().size(), 3U) << "a link that stops resets nothing";
     router.end(std::chrono::milliseconds(0));
