@@ -1,5 +1,5 @@
-// What a sink record costs, from its fields to the cache, as a multiple of what nobody can save:
-// one copy of each text and one look-up. The counter "ratio" compares both in the same run.
+// The cost of a sink record, from its fields to the cache, as a multiple of the least possible: one
+// copy of each text and one look-up. The counter "ratio" compares both in the same run.
 #include <benchmark/benchmark.h>
 #include <chrono>
 #include <cstdint>
@@ -52,7 +52,7 @@ void reference(TEVlist& record, int key, std::map<int, PaSink>& cache) {
 
 using Clock = std::chrono::steady_clock;
 
-/// Hands every record of `first`, then of `second`, to the controller, for ever and ever.
+/// Passes every record of `first`, then of `second`, to the controller, again and again.
 void decodeAndMerge(benchmark::State& state, int firstState, int secondState) {
     static PAController& controller = *new PAController;  // never destroyed
     const auto first = records(firstState);

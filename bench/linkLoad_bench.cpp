@@ -1,7 +1,6 @@
-// What the link and the controller do under load: a server that says much at once, observers that
-// take their time, an application that asks for much; and how long a large station file takes. The
-// pauses are the real ones but where a case measures a single call. Absolute figures, each beside
-// the wanted one.
+// The link and the controller under load: a server with bursts of records, slow observers, an
+// application with many requests; and the time to read a large station file. The pauses are real,
+// except where a case measures a single call. Absolute figures, each next to its target.
 #include <algorithm>
 #include <atomic>
 #include <chrono>
@@ -32,31 +31,31 @@ using namespace std::chrono_literals;
 template <int count>
 std::vector<Measurement> sourcesAtOnce() {
     Stage& stage = makeStage();
-    const auto say = [&] {
+    const auto deliver = [&] {
         for (int id = 1; id <= count; ++id) {
-            stage.fake.say(RecordKind::Source, id, sourceFields(id, "Desk"));
+            stage.fake.deliver(RecordKind::Source, id, sourceFields(id, "Desk"));
         }
     };
-    const auto areTold = [&] { return stage.observer.sources == count; };
-    const std::string time = timeUntil(say, areTold, 90s);
+    const auto areNotified = [&] { return stage.observer.sources == count; };
+    const std::string time = timeUntil(deliver, areNotified, 90s);
     const bool areCached = gPaController.getPaSources().size() == std::size_t{count};
     const char* const wanted = count == 100'000 ? "< 1.5 s" : "";
-    return {{std::to_string(count) + " sources at once, cached and told",
+    return {{std::to_string(count) + " sources at once, cached and notified",
              areCached ? time : time + ", not all cached", wanted}};
 }
 
-/// How late a series of updates is told, the k-th of each key for the k-th record of it.
+/// The delay of a series of notifications: the k-th of each key is that of its k-th record.
 class Lateness {
 public:
     /// @param pauseOfKind between the merge of a record and its notification
     explicit Lateness(Clock::duration pauseOfKind) : pause_(pauseOfKind) {}
 
-    void said(int key) {
+    void delivered(int key) {
         const std::lock_guard guard(lock_);
         due_[key].push_back(Clock::now() + pause_);
     }
 
-    void told(int key) {
+    void notified(int key) {
         const std::lock_guard guard(lock_);
         worst_ = std::max(worst_, Clock::now() - due_[key].at(0));
         due_[key].pop_front();
@@ -101,22 +100,22 @@ std::vector<Measurement> fader() {
     static Lateness ofSink(0ms);
     Stage& stage = makeStage();
     stage.observer.onSource = [](const PaSource& source) {
-        (source.id == faderId ? ofFader : ofOthers).told(source.id);
+        (source.id == faderId ? ofFader : ofOthers).notified(source.id);
     };
-    stage.observer.onSink = [](const PaSink& sink) { ofSink.told(sink.id); };
+    stage.observer.onSink = [](const PaSink& sink) { ofSink.notified(sink.id); };
 
     const auto start = Clock::now();
     for (int ms = 0; ms < 5000; ++ms) {
         std::this_thread::sleep_until(start + ms * 1ms);
         const std::string label = std::to_string(ms);
-        ofFader.said(faderId);
-        stage.fake.say(RecordKind::Source, faderId, sourceFields(faderId, label));
+        ofFader.delivered(faderId);
+        stage.fake.deliver(RecordKind::Source, faderId, sourceFields(faderId, label));
         const int other = ms % others + 1;
-        ofOthers.said(other);
-        stage.fake.say(RecordKind::Source, other, sourceFields(other, label));
+        ofOthers.delivered(other);
+        stage.fake.deliver(RecordKind::Source, other, sourceFields(other, label));
         if (ms % 100 == 0) {
-            ofSink.said(1);
-            stage.fake.say(RecordKind::Sink, 1, sinkFields(1, 1 + ms / 100 % 2));
+            ofSink.delivered(1);
+            stage.fake.deliver(RecordKind::Sink, 1, sinkFields(1, 1 + ms / 100 % 2));
         }
     }
     waitFor([] { return ofFader.untold() + ofOthers.untold() + ofSink.untold() == 0; }, 10s);
@@ -129,31 +128,32 @@ std::vector<Measurement> fader() {
 std::vector<Measurement> pairs() {
     constexpr int sources = 100;
     Stage& stage = makeStage();
-    const auto say = [&] {
+    const auto deliver = [&] {
         for (int id = 1; id <= sources; ++id) {
-            stage.fake.say(RecordKind::Source, id, sourceFields(id, "first"));
-            stage.fake.say(RecordKind::Source, id, sourceFields(id, "second"));
+            stage.fake.deliver(RecordKind::Source, id, sourceFields(id, "first"));
+            stage.fake.deliver(RecordKind::Source, id, sourceFields(id, "second"));
         }
     };
-    const auto areTold = [&] { return stage.observer.sources == 2 * sources; };
-    return {{"two records each of 100 sources, told", timeUntil(say, areTold, 60s), "< 0.25 s"}};
+    const auto areNotified = [&] { return stage.observer.sources == 2 * sources; };
+    return {{"two records each of 100 sources, notified", timeUntil(deliver, areNotified, 60s),
+             "< 0.25 s"}};
 }
 
 void sayOfOneSource(Stage& stage, int records) {
     for (int i = 0; i < records; ++i) {
-        stage.fake.say(RecordKind::Source, 1, sourceFields(1, std::to_string(i)));
+        stage.fake.deliver(RecordKind::Source, 1, sourceFields(1, std::to_string(i)));
     }
 }
 
 std::vector<Measurement> sinkBehindSources() {
     Stage& stage = makeStage();
-    const auto say = [&] {
+    const auto deliver = [&] {
         sayOfOneSource(stage, 5000);
-        stage.fake.say(RecordKind::Sink, 1, sinkFields(1, 1));
+        stage.fake.deliver(RecordKind::Sink, 1, sinkFields(1, 1));
     };
-    const auto isTold = [&] { return stage.observer.sinks == 1; };
-    return {{"a sink behind 5,000 records of one source, told", timeUntil(say, isTold, 15s),
-             "< 0.25 s"}};
+    const auto isNotified = [&] { return stage.observer.sinks == 1; };
+    return {{"a sink after 5,000 records of one source, notified",
+             timeUntil(deliver, isNotified, 15s), "< 0.25 s"}};
 }
 
 std::vector<Measurement> stopBehindSources() {
@@ -161,18 +161,18 @@ std::vector<Measurement> stopBehindSources() {
     sayOfOneSource(stage, 100);
     stage.transport.waitUntilDelivered();
     const auto time = timeOf([&] { stage.link.stop(); });
-    return {{"stop() behind 100 records of one source", seconds(time), "< 0.25 s"}};
+    return {{"stop() after 100 records of one source", seconds(time), "< 0.25 s"}};
 }
 
 std::vector<Measurement> reconnectionBehindSources() {
     Stage& stage = makeStage();
     sayOfOneSource(stage, 100);
-    const auto say = [&] {
-        stage.fake.sayConnected();
-        stage.fake.say(RecordKind::Sink, 1, sinkFields(1, 1));
+    const auto deliver = [&] {
+        stage.fake.connect();
+        stage.fake.deliver(RecordKind::Sink, 1, sinkFields(1, 1));
     };
-    const auto isTold = [&] { return stage.observer.sinks == 1; };
-    return {{"a reconnection behind 100 records of one source", timeUntil(say, isTold, 60s),
+    const auto isNotified = [&] { return stage.observer.sinks == 1; };
+    return {{"a reconnection after 100 records of one source", timeUntil(deliver, isNotified, 60s),
              "< 0.25 s"}};
 }
 
@@ -180,15 +180,15 @@ template <int records>
 std::vector<Measurement> slowObserver() {
     Stage& stage = makeStage();
     stage.observer.onSink = [](const PaSink&) { spin(20us); };
-    const auto say = [&] {
+    const auto deliver = [&] {
         for (int i = 0; i < records; ++i) {
             const int id = i % 1000 + 1;
-            stage.fake.say(RecordKind::Sink, id, sinkFields(id, 1 + i / 1000 % 2));
+            stage.fake.deliver(RecordKind::Sink, id, sinkFields(id, 1 + i / 1000 % 2));
         }
     };
-    const auto areTold = [&] { return stage.observer.sinks == records; };
+    const auto areNotified = [&] { return stage.observer.sinks == records; };
     return {{std::to_string(records) + " sinks, an observer that takes 20 us for each",
-             timeUntil(say, areTold, 120s), "peak is bounded"}};
+             timeUntil(deliver, areNotified, 120s), "peak is bounded"}};
 }
 
 // -------------------------------------------------------------------------------------- operations

@@ -6,7 +6,7 @@
 /// @file
 /// Runs load cases, each in a process of its own, and prints one table of what they measure.
 
-/// What a case measures, beside what is wanted.
+/// A measurement of a case, and its target.
 struct Measurement {
     std::string what;
     std::string measured;
@@ -18,7 +18,7 @@ struct LoadCase {
     std::vector<Measurement> (*run)();
 };
 
-/// Runs the cases that the command line names, or all. Behind the first measurement of each stand
-/// the most threads that its process has had and its peak memory.
+/// Runs the cases that the command line names, or all. The first measurement of each is followed by
+/// the largest number of threads of its process and its peak memory.
 /// @return the exit code of the process: 0 when every case has come to its end
 int runLoadCases(int argc, char** argv, const std::vector<LoadCase>& cases);

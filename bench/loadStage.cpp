@@ -21,7 +21,7 @@ void spin(Clock::duration time) {
 
 void FakeServer::connectClient(palink::ServerEventSink& client) {
     client_ = &client;
-    sayConnected();
+    connect();
 }
 
 void FakeServer::handleOperation(const Operation& /*operation*/) {
@@ -34,17 +34,17 @@ palink::UploadResult FakeServer::storeFile(const std::string& /*localPath*/,
     return {true, ""};
 }
 
-void FakeServer::sayConnected() {
-    say(palink::Connected{destination, destination, false, {}});
-    say(palink::InitialSetComplete{});
+void FakeServer::connect() {
+    deliver(palink::Connected{destination, destination, false, {}});
+    deliver(palink::InitialSetComplete{});
 }
 
-void FakeServer::say(palink::ServerEvent event) {
+void FakeServer::deliver(palink::ServerEvent event) {
     client_->deliver(std::move(event));
 }
 
-void FakeServer::say(RecordKind kind, int key, RecordFields fields) {
-    say(palink::Record{destination, kind, key, std::move(fields)});
+void FakeServer::deliver(RecordKind kind, int key, RecordFields fields) {
+    deliver(palink::Record{destination, kind, key, std::move(fields)});
 }
 
 Stage::Stage() {

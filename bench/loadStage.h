@@ -13,8 +13,8 @@
 #include "sdk/PAController.h"
 
 /// @file
-/// What the load cases stand on: a server that says what it is told to, an observer, the connection
-/// between them, records, and a clock.
+/// The fixture of the load cases: a scripted server, an observer, the connection between them,
+/// records, and a clock.
 
 namespace load {
 
@@ -35,9 +35,9 @@ public:
     palink::UploadResult storeFile(const std::string& localPath,
                                    const std::string& serverPath) override;
 
-    void sayConnected();
-    void say(palink::ServerEvent event);
-    void say(RecordKind kind, int key, RecordFields fields);
+    void connect();
+    void deliver(palink::ServerEvent event);
+    void deliver(RecordKind kind, int key, RecordFields fields);
 
     std::atomic<int> operations{0};
 
@@ -45,7 +45,7 @@ private:
     palink::ServerEventSink* client_ = nullptr;
 };
 
-/// Hands sources and sinks on, and counts those that it has been told of.
+/// Passes sources and sinks on, and counts them.
 struct Observer : PAControllerObserverAdapter {
     void onPaSourceUpdate(PaSource source) override {
         onSource(source);
@@ -62,7 +62,7 @@ struct Observer : PAControllerObserverAdapter {
     std::atomic<int> sinks{0};
 };
 
-/// The connection of a process, with one observer. It connects as it is made.
+/// The connection of a process, with one observer. It connects on construction.
 struct Stage {
     Stage();
 
@@ -95,7 +95,7 @@ Clock::duration timeOf(Call call) {
     return Clock::now() - start;
 }
 
-/// @return false when it does not come to hold within the limit
+/// @return false when it does not hold within the limit
 template <class Condition>
 bool waitFor(Condition holds, Clock::duration limit) {
     const auto deadline = Clock::now() + limit;
@@ -108,7 +108,7 @@ bool waitFor(Condition holds, Clock::duration limit) {
     return true;
 }
 
-/// Does something and waits for what comes of it.
+/// Does something and waits for its effect.
 /// @return how long that took, or that it took longer than the limit
 template <class Call, class Condition>
 std::string timeUntil(Call call, Condition holds, Clock::duration limit) {

@@ -1,4 +1,4 @@
-# The SDK itself reads and writes the shared globals through pa::load and pa::store alone:
+# The SDK itself reads and writes the shared globals only through pa::load and pa::store:
 # cmake -D ROOT=... -P this
 set(names "(gAudioServerInstance|gLocalDstNo|gActiveAudioServerDstNo|gIndirectCXSConnection|gMaxServerWaitTimeSeconds|debugLevel)")
 file(GLOB_RECURSE sources ${ROOT}/framework/*.h ${ROOT}/framework/*.cpp ${ROOT}/sdk/*.h

@@ -41,7 +41,7 @@ struct LogLine {
 constexpr std::size_t defaultSinkBytes = std::size_t{1} << 20;
 
 /// Takes every line. Called with the log's lock held, one line at a time: it must not block for
-/// long, log or replace the sink. When it throws, the line goes to the default sink instead.
+/// long, log or replace the sink. When it throws, the default sink writes the line instead.
 using LogSink = std::function<void(const LogLine&)>;
 
 /// Replaces the sink; an empty one restores the default. A sink is called until the process ends,

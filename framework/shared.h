@@ -7,8 +7,8 @@
 /// sdk/globals.h.
 ///
 /// They have the types that they are documented with, an int or a pointer, and no class in their
-/// place could behave so: `auto* server = gAudioServerInstance` deduces from a pointer alone,
-/// `std::max(gMaxServerWaitTimeSeconds, 3)` from an int alone, and `printf("%d", gLocalDstNo)`
+/// place could behave so: `auto* server = gAudioServerInstance` deduces only from a pointer,
+/// `std::max(gMaxServerWaitTimeSeconds, 3)` only from an int, and `printf("%d", gLocalDstNo)`
 /// passes the object itself. The SDK therefore reads and writes them with these two functions only.
 ///
 /// An application does so as well where another thread may access the same global: whenever it sets

@@ -23,7 +23,7 @@ struct DroppedOperation {
     std::string requestId;   ///< empty when the operation has none, or it cannot be read
     std::string text;        ///< the reason in words
     std::int64_t ageMS = 0;  ///< how long it has waited
-    std::size_t count = 1;   ///< how many operations this stands for; above 1 only when unlisted
+    std::size_t count = 1;   ///< number of operations; above 1 only when unlisted
 };
 
 }  // namespace pa

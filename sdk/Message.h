@@ -182,7 +182,7 @@ public:
     /// A display template with its variables. Of the visual contents only this one reaches the
     /// server.
     /// @param templateName the screen, sent as the variable "{SCREEN}"; empty for none
-    /// @param variables    keys are sent as they stand: one with a quote, a backslash or a control
+    /// @param variables    keys are sent unchanged: one with a quote, a backslash or a control
     ///                     character makes a request that the server cannot read
     /// @param validity     in seconds
     /// @throws std::invalid_argument when the visual part has another type

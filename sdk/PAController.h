@@ -349,7 +349,7 @@ public:
 
     /// Has the server keep a schedule under an identifier of the caller's. Returns at once.
     /// @throws std::invalid_argument when `Id` is not above 0, no announcement is set, a content is
-    ///                               empty or no zone is given; the text says which
+    ///                               empty or no zone is given; the text names the fault
     void createSchedule(const ScheduleDefinition& def);
 
     /// Has the server replace the schedule with this identifier; as above.

@@ -1,4 +1,4 @@
-// What the content of an announcement request makes of it.
+// How the content of an announcement request is read.
 #include "tests/controller/fixtures.h"
 #include "tests/support/recordText.h"
 

@@ -54,7 +54,7 @@ TEST_F(ControllerTest, GoesOnAfterAnObserverThatThrows) {
               "*event 6 3\n");
 }
 
-TEST_F(ControllerTest, TellsOfNothingBehindItsDeletion) {
+TEST_F(ControllerTest, ReportsNothingAfterADeletion) {
     RecordingObserver a("a");
     RecordingObserver b("b");
     controller.registerObserver(&a);

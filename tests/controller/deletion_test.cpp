@@ -7,13 +7,14 @@ namespace {
 constexpr int localServer = 1;
 constexpr int activeServer = 2;
 
-/// What is told and logged of the ids 70 and 90 under the keys 7 and 9. The event bears the id, and
-/// for zones the key; without an event it is 0.
-std::string both(const std::string& kind, int event, const std::string& name, bool told = true) {
+/// The notifications and log lines for the ids 70 and 90 under the keys 7 and 9. The event has the
+/// id, and for zones the key; without an event it is 0.
+std::string both(const std::string& kind, int event, const std::string& name,
+                 bool notified = true) {
     std::string text;
     for (const int key : {7, 9}) {
         const std::string id = std::to_string(key * 10);
-        text += told ? "*o: " + kind + " " + id + " deleted\n" : "";
+        text += notified ? "*o: " + kind + " " + id + " deleted\n" : "";
         text += event == 0 ? ""
                            : "*event " + std::to_string(event) + " " +
                                  (kind == "zone" ? std::to_string(key) : id) + "\n";
@@ -94,7 +95,7 @@ TEST_F(DeletionTest, AttachedZonesGoWithoutAWord) {
     EXPECT_EQ(zoneCounts().first, 0U);
 }
 
-TEST_F(DeletionTest, ALocalZoneIsToldOfWhileTheLocalServerStandsIn) {
+TEST_F(DeletionTest, ReportsALocalZoneWhileTheLocalServerReplacesTheActiveOne) {
     debugLevel = 0;
     gActiveAudioServerDstNo = 0;
     EXPECT_EQ(remove(localServer, 20, 9), "*o: zone 90 deleted\n*event 41 9\n");
@@ -102,7 +103,7 @@ TEST_F(DeletionTest, ALocalZoneIsToldOfWhileTheLocalServerStandsIn) {
     EXPECT_EQ(remove(localServer, 20, 7), "*event 41 7\n");
 }
 
-TEST_F(DeletionTest, WhatACallbackDeletesIsDeletedBehindAndToldOnce) {
+TEST_F(DeletionTest, WhatACallbackDeletesIsDeletedNextAndReportedOnce) {
     observer.inCallback = [this] { controller.deleteAudioVideoControllerInfo(0, 0, 0); };
     EXPECT_EQ(remove(0, 2, 0),
               sources + sinks + triggers + selectors + requests + zones + zonesUntold + schedules);
@@ -116,28 +117,28 @@ TEST_F(DeletionTest, ACallbackMayEmptyTheCachesHoweverMuchTheyHold) {
         pa::RecordList record({std::to_string(key)});
         controller.addUpdatePaSink(key, record.list());
     }
-    int told = 0;
+    int notified = 0;
     observer.inCallback = [&] {
-        ++told;
+        ++notified;
         controller.initPaResources();
-        controller.deleteAudioVideoControllerInfo(0, 3, told + 1);
+        controller.deleteAudioVideoControllerInfo(0, 3, notified + 1);
     };
     remove(0, 3, 1);
-    EXPECT_EQ(told, many + 12) << "two entries of each other kind";
+    EXPECT_EQ(notified, many + 12) << "two entries of each other kind";
     for (const Kind& kind : everyKind()) {
         EXPECT_EQ(kind.cache(controller), "") << "the reset is carried out as well";
     }
 }
 
 TEST_F(DeletionTest, WithoutObserversTheEventsComeAllTheSame) {
-    PAController alone;
+    PAController unattached;
     pa::RecordList record({"70"});
-    alone.addUpdatePaSink(7, record.list());
+    unattached.addUpdatePaSink(7, record.list());
     recordingHost::transcript();
-    alone.deleteAudioVideoControllerInfo(0, 3, 7);
+    unattached.deleteAudioVideoControllerInfo(0, 3, 7);
     EXPECT_EQ(recordingHost::transcript(),
               "*event 9 70\n*log 1 deleteAudioVideoControllerInfo: PaSink ID >70< deleted\n");
-    EXPECT_TRUE(alone.getPaSinks().empty());
+    EXPECT_TRUE(unattached.getPaSinks().empty());
 }
 
 TEST_F(DeletionTest, AReconnectionEmptiesEveryCacheAndKeepsTheObservers) {
@@ -150,7 +151,7 @@ TEST_F(DeletionTest, AReconnectionEmptiesEveryCacheAndKeepsTheObservers) {
     recordingHost::mutexEntries();
     controller.initPaResources();
     EXPECT_EQ(recordingHost::mutexEntries(), 4)
-        << "locks, records, voices, dictionary: the rest goes without";
+        << "locks, records, voices, dictionary: the rest does without";
     EXPECT_EQ(recordingHost::transcript(),
               "*o: source 50 deleted\n*event 7 50\n*log 1 deleteAudioVideoControllerInfo: PaSource "
               "ID >50< deleted\n" +
@@ -162,7 +163,7 @@ TEST_F(DeletionTest, AReconnectionEmptiesEveryCacheAndKeepsTheObservers) {
     }
     EXPECT_EQ(controller.getSwPaTriggers().size(), 1U) << "they are this client's own";
 
-    // No lock is renewed any more, no preview times out, and a new source is told of.
+    // No lock is renewed any more, no preview times out, and a new source is reported.
     EXPECT_EQ(passOf(controller), "sleep 9000\n");
     controller.addUpdatePaSource(5, locked.list());
     EXPECT_EQ(recordingHost::transcript(), "sleep 100\n*o: source 50 \n*event 6 50\n");

@@ -1,5 +1,5 @@
-// Two records are equal when all their members are: each member is changed alone. The bindings name
-// every member of a record, so a new one does not compile until it stands here.
+// Two records are equal when all their members are: the members are changed one at a time. The
+// bindings name every member of a record, so a new one does not compile until it is added here.
 #include <functional>
 
 #include "resource/common/paInfo.h"
@@ -131,7 +131,7 @@ TEST_F(EqualityTest, ComparesEveryMemberOfWhatIsSaid) {
 }
 
 TEST_F(EqualityTest, ComparesEveryPartOfAMessage) {
-    // The members of a message are private: what each setter leaves behind.
+    // The members of a message are private: the effect of each setter.
     const std::vector<std::function<void(Message&)>> setters = {
         [](Message&) {},
         [](Message& m) { m.setRequestID("request"); },

@@ -20,8 +20,8 @@ inline std::string passOf(PAController& controller) {
 struct OwnController : testing::Test {
     OwnController() { recordingHost::reset(); }
 
-    /// Hands over a record.
-    /// @return what becomes of it
+    /// Passes a record to its handler.
+    /// @return the transcript
     template <void (PAController::*Handler)(int, TEVlist*)>
     std::string give(int key, const pa::RecordFields& fields) {
         pa::RecordList record(fields);

@@ -34,7 +34,7 @@ struct LocaleTest : testing::Test {
 TEST_F(LocaleTest, ChangesNeitherPayloadsNorDecoding) {
     std::array<char, 32> text{};
     std::snprintf(text.data(), text.size(), "%.1f", 1.5);
-    ASSERT_STREQ(text.data(), "1,5") << "the locale is not in force";
+    ASSERT_STREQ(text.data(), "1,5") << "the locale is not set";
 
     PaSink sink;
     sink.id = 1234567;

@@ -33,7 +33,7 @@ TEST_F(OperationsTest, SendTheirPayloads) {
     const PaSource station = source(5, PaSource::ZENTRIQ_IP_PAGING_STATION);
     const int bare = controller.createSwPaTrigger(12, 60);
     const int chimed = controller.createSwPaTrigger(12, 60, "chime1", "");
-    const int shown = controller.createSwPaTrigger(13, 0, "", "a \"b\",c");
+    const int displayed = controller.createSwPaTrigger(13, 0, "", "a \"b\",c");
     struct Case {
         std::function<void()> call;
         std::string sent;  // D: by the kind of connection
@@ -70,8 +70,8 @@ TEST_F(OperationsTest, SendTheirPayloads) {
         {[&] { sink(PaSink::ZENTRIQ_RMX4).reset(); }, "send -1 92/29 1 17"},
         {[&] { controller.activateSwPaTrigger(bare); }, "*send -1 92/5 1 12,60"},
         {[&] { controller.activateSwPaTrigger(chimed); }, "*send -1 92/5 1 12,60,chime1,"},
-        {[&] { controller.activateSwPaTrigger(shown); }, "*send -1 92/5 1 13,0,,a \"b\",c"},
-        {[&] { controller.deactivateSwPaTrigger(shown); }, "*send -1 92/6 1 13"},
+        {[&] { controller.activateSwPaTrigger(displayed); }, "*send -1 92/5 1 13,0,,a \"b\",c"},
+        {[&] { controller.deactivateSwPaTrigger(displayed); }, "*send -1 92/6 1 13"},
         {[&] { controller.cancelMessage(std::string("re\"quest")); },
          R"(send -2 92/18 1 "re\"quest")"},
         {[&] { controller.cancelMessage(std::string()); }, R"(send -2 92/18 1 "")"},

@@ -122,7 +122,7 @@ TEST_F(PlayTest, BothPartsFollowEachOther) {
               "send -2 92/17 1 request-1,0,500,2,10.0.0.5,Z,12^40!2,0,0^0^0,"
               "9,10.0.0.5,Z,,0,0^0^0\n");
 
-    Message bare;  // types alone, without the content that belongs to them
+    Message bare;  // types only, without the content that belongs to them
     bare.setVisualMessage("Main", {}, 30);
     bare.setVisualMessageType(Message::DISPLAY);
     bare.setAudioMessageType(Message::LIVE_STREAM);

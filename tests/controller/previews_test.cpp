@@ -60,7 +60,7 @@ TEST_F(PreviewsTest, PreviewsAreGivenUpAfterNinetySeconds) {
     EXPECT_EQ(passOf(gPaController), "sleep 9000\n");
 }
 
-TEST_F(PreviewsTest, AnObserverMayAskAnewWhenItIsToldOfATimeOut) {
+TEST_F(PreviewsTest, AnObserverMayAskAgainAfterATimeOut) {
     PAController controller;
     RecordingObserver observer("o");
     TTSPendingInfo old(4, "en", "anna", 48000, "a", 0);

@@ -1,4 +1,4 @@
-// The kinds of records, one after the other.
+// The kinds of records.
 #include "tests/controller/recordKinds.h"
 
 #include "tests/support/recordText.h"
@@ -26,12 +26,12 @@ std::string one(const Controller& controller, int key) {
     return found ? textOf(*found) : "nothing";
 }
 
-/// What is told of a kind that the application watches by its ids.
+/// Sets the notifications of a kind that the application watches by its ids.
 /// @param event number of the event of an update; one more is that of a withdrawal
 Kind watched(Kind kind, const std::string& name, const std::string& id, const std::string& label,
              int event) {
     const std::string which = "*o: " + name + " " + id + " ";
-    kind.told = which + label + "\n";
+    kind.notified = which + label + "\n";
     kind.event = "*event " + std::to_string(event) + " " + id + "\n";
     kind.unchanged = kind.event;
     kind.deleted = which + "deleted\n*event " + std::to_string(event + 1) + " " + id + "\n";
@@ -47,7 +47,7 @@ Kind source() {
     kind.cached = R"(12|Room "A"|Desk|"10.1.1.1"|2|"in1"|1|1|-12.5|1|2|0|500)";
     kind.defaults = "1|||0.0.0.0|0||0|1|-96|0|1|0|500";
     kind.copied = {1, 2, 3, 4, 6, 7, 11, 16};
-    kind.silent = 16;
+    kind.unlogged = 16;
     kind.added = "sourceId >12< added to list. Total available sources >1<";
     kind.updated = "sourceId >12< updated. Total available sources >1<";
     kind.pauses = true;
@@ -64,7 +64,7 @@ Kind sink() {
                   R"(Hall;A^B;Hall/North;|1|M1^M2;|log \ text|1|1)";
     kind.defaults = "1|||0.0.0.0|0|SINK_TYPE_NOT_DEFINED||0|0|-96|1|0|0||1|||1|1";
     kind.copied = {1, 2, 3, 4, 6, 7, 9, 11, 12, 15, 17, 26, 27, 31};
-    kind.silent = 17;
+    kind.unlogged = 17;
     kind.added = "sinkId >17< added to list. Total sinks >1<";
     kind.updated = "sinkId >17< updated";
     return watched(kind, "sink", "17", "North", 8);
@@ -78,7 +78,7 @@ Kind trigger() {
     kind.cached = R"(31|4|"Door"|3|"key 1"|700|2|8|0|0)";
     kind.defaults = "1|0||1||500|0|0|0|0";
     kind.copied = {1, 2, 3, 5, 6, 7, 9};
-    kind.silent = 9;
+    kind.unlogged = 9;
     kind.added = "triggerId >31< added to list. Total HW triggers >1<";
     kind.updated = "triggerId >31< updated";
     return watched(kind, "trigger", "31", "\"Door\"", 10);
@@ -92,14 +92,14 @@ Kind selector() {
     kind.cached = R"(41|4|3|"7"|"Keys"|2|1|2|1|0)";
     kind.defaults = "1|0|0|||0|0|0|3|0";
     kind.copied = {1, 2, 4, 5, 6, 8, 10, 12};
-    kind.silent = 12;
+    kind.unlogged = 12;
     kind.added = "selectorId >41< added to list. Total selectors >1<";
     kind.updated = "selectorId >41< updated";
     kind.ignoresMissing = true;
     return watched(kind, "selector", "41", "\"Keys\"", 12);
 }
 
-// Its health stays what it was added with, and its event bears the key.
+// Its health stays what it was added with, and its event has the key.
 Kind zone() {
     Kind kind{"addUpdatePaZone",
               [](Controller& controller, int key, TEVlist* list) {
@@ -111,10 +111,10 @@ Kind zone() {
     kind.cached = R"(0|Platform "1"|1|"Active"|2|"Dictionary"|3|"Fair")";
     kind.defaults = "0|1|0||0||0|";
     kind.copied = {0, 2, 3, 4, 5};
-    kind.silent = 4;
+    kind.unlogged = 4;
     kind.added = "PaZone added to local cache: key >7< PaZone Label >Platform \"1\"<";
     kind.updated = "updated key >7< PaZone Label >Platform \"1\"<";
-    kind.told = "*o: zone Platform \"1\" \"Active\"\n";
+    kind.notified = "*o: zone Platform \"1\" \"Active\"\n";
     kind.event = "*event 40 7\n";
     kind.deleted = "*o: zone Platform \"1\" deleted\n*event 41 7\n";
     kind.ignoresMissing = true;
@@ -129,7 +129,7 @@ Kind ttsPort() {
     kind.cached = R"(7|en|an"na|48000|hello|1)";
     kind.defaults = "2|1||48000||1";
     kind.copied = {0, 1, 2, 3};
-    kind.silent = 3;
+    kind.unlogged = 3;
     kind.added =
         "Added - TTS Dictionary Port >7< Language >en< Voice >an\"na< Rate "
         ">48000<";
@@ -139,7 +139,7 @@ Kind ttsPort() {
     return kind;
 }
 
-// Every record is told of: it may answer a preview.
+// Every record is reported: it may answer a preview.
 Kind ttsDictionary() {
     Kind kind{"updateFromTTS_Dictionary", byKey<&Controller::updateFromTTS_Dictionary>,
               [](Controller& controller, int key) { controller.deleteFromTTS_Dictionary(key); },
@@ -148,13 +148,13 @@ Kind ttsDictionary() {
     kind.cached = R"(7|4|u"1|Mind, the gap|a\b.wav|96044|c0ffee|file:///a.wav)";
     kind.defaults = "2|1||||||";
     kind.copied = {0, 1, 2, 3, 4, 5, 6};
-    kind.silent = 3;
+    kind.unlogged = 3;
     kind.added = "TTS Dictionary Item >7< UUID >u\"1< added. Text >Mind, the gap<";
     kind.updated =
         "TTS Dictionary Item >7< UUID >u\"1< updated. Text >Mind, the "
         "gap<";
-    kind.told = "*o: audio u\"1 rendered 0 file:///a.wav\n";
-    kind.unchanged = kind.told;
+    kind.notified = "*o: audio u\"1 rendered 0 file:///a.wav\n";
+    kind.unchanged = kind.notified;
     return kind;
 }
 
@@ -170,14 +170,14 @@ Kind announcement() {
         R"("high"|"0"|d"1)";
     kind.defaults = "2|1||||7|7||||";
     kind.copied = {0, 5, 6, 9, 16, 18, 19};
-    kind.silent = 16;
-    kind.told = "*o: message request-1 \"Playing\"\n";
-    kind.unchanged = kind.told;
+    kind.unlogged = 16;
+    kind.notified = "*o: message request-1 \"Playing\"\n";
+    kind.unchanged = kind.notified;
     kind.deleted = "*o: message request-1 deleted\n";
     return kind;
 }
 
-// Every record is an update. A part that is a mere 0 cannot be read, and nothing is copied.
+// Every record is an update. A part that is only a 0 cannot be read, and nothing is copied.
 Kind schedule() {
     Kind kind{"updateScheduleList", byKey<&Controller::updateScheduleList>, withdraw<18>,
               list<ScheduleDefinition, &Controller::listSchedules>,
@@ -188,12 +188,12 @@ Kind schedule() {
         "7|Morning|2024|3|4|6|7|2030|6|5|23|59|127|15|1|-20|2|7|Z1;Z2;|12;|3||0||||0|-6.5|ding";
     kind.defaults = "2|1|0|0|0|0|0|0|0|0|0|0|0|0|0|500|7|7|||1||0||||0|0|";
     kind.copied = {0, 1, 2, 3, 4, 5, 6, 7, 8};
-    kind.silent = 6;
+    kind.unlogged = 6;
     kind.added = "scheduleId >7< added to list. Total schedules >1<";
     kind.updated = "scheduleId=7 updated<";
-    kind.told = "*o: schedule 7 Morning\n";
+    kind.notified = "*o: schedule 7 Morning\n";
     kind.event = "*event 38 7\n";
-    kind.unchanged = kind.told + kind.event;
+    kind.unchanged = kind.notified + kind.event;
     kind.alwaysLogs = true;
     kind.deleted = "*o: schedule 7 Morning deleted\n*event 39 7\n";
     kind.pauses = true;

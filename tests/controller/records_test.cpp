@@ -1,5 +1,5 @@
-// What the records of every kind have in common: their columns, what an update compares and copies,
-// what is told, their withdrawal.
+// The records of every kind: their columns, what an update compares and copies, the notifications,
+// their withdrawal.
 #include <sstream>
 
 #include "tests/controller/fixtures.h"
@@ -19,12 +19,12 @@ struct RecordsTest : WatchedController, testing::WithParamInterface<Kind> {
         }
         return kept;
     }
-    std::string expected(const std::string& logged, const std::string& told) const {
+    std::string expected(const std::string& logged, const std::string& notified) const {
         return (logged.empty() ? "" : "*log 1 " + (kind.handler + (": " + logged + "\n"))) +
-               (kind.pauses ? "sleep 100\n" : "") + told;
+               (kind.pauses ? "sleep 100\n" : "") + notified;
     }
     std::string changed(const std::string& logged) const {
-        return expected(logged, kind.told + kind.event);
+        return expected(logged, kind.notified + kind.event);
     }
 
     const Kind& kind = GetParam();
@@ -54,11 +54,11 @@ TEST_P(RecordsTest, AnUpdateCopiesWhatItCompares) {
     }
 }
 
-TEST_P(RecordsTest, TellsAndLogsWhatChanges) {
+TEST_P(RecordsTest, NotifiesAndLogsWhatChanges) {
     debugLevel = 1;
     EXPECT_EQ(handle(7, kind.full), changed(kind.added));
     EXPECT_EQ(handle(7, kind.full), expected(kind.alwaysLogs ? kind.updated : "", kind.unchanged));
-    EXPECT_EQ(handle(7, with(kind.full, kind.silent, "0")), changed(kind.updated));
+    EXPECT_EQ(handle(7, with(kind.full, kind.unlogged, "0")), changed(kind.updated));
     if (kind.keepsId) {
         const std::string before = kind.cache(controller);
         EXPECT_EQ(handle(7, {"99", "other"}), changed(kind.added));
@@ -84,7 +84,7 @@ TEST_P(RecordsTest, WithdrawnDuringThePauseOrACallbackNobodyElseIsTold) {
         kind.remove(controller, 7);
     };
     observer.inCallback = withdraw;
-    EXPECT_EQ(handle(7, kind.full), expected("", kind.told + kind.deleted));
+    EXPECT_EQ(handle(7, kind.full), expected("", kind.notified + kind.deleted));
     if (kind.pauses) {
         recordingHost::host().sleepAction = [&](int) { withdraw(); };
         EXPECT_EQ(handle(7, kind.full), expected("", kind.deleted));

@@ -12,7 +12,7 @@ ScheduleDefinition morning() {
 }
 // clang-format on
 
-ScheduleDefinition shown() {
+ScheduleDefinition displayed() {
     ScheduleDefinition def = morning();
     def.announcementType = AT_NONE;
     def.visualAnnouncementType = AT_DISPLAY_TEMPLATE;
@@ -24,7 +24,7 @@ ScheduleDefinition shown() {
 
 const std::string dates = "2024,1,2,6,7,2025,12,31,23,59,127,15,1,\"\",";
 
-/// What an unescaped request begins with.
+/// The beginning of an unescaped request.
 std::string headOf(const std::string& id, const std::string& uuid, const std::string& priority) {
     return "send -1 92/19 1 " + id + "," + uuid + "~Morning," + dates + priority + ",";
 }
@@ -39,7 +39,7 @@ struct ScheduleRequestsTest : OwnController {
         return recordingHost::transcript();
     }
 
-    void tell(int id, const std::string& description) {
+    void report(int id, const std::string& description) {
         pa::RecordList record({description});
         controller.updateScheduleList(id, record.list());
     }
@@ -57,20 +57,20 @@ TEST_F(ScheduleRequestsTest, SendEachContentUnchanged) {
     EXPECT_EQ(sent(def),
               headOf("12", "generated-1", "1,-20") + "2,10.0.0.5,Z1^Z2," + items + ",-3.5,ding\n");
 
-    EXPECT_EQ(sent(shown()), head + "9,10.0.0.5,Z1^Z2,a=1^b=2^{SCREEN}=Main!30,,\n");
-    def = shown();
+    EXPECT_EQ(sent(displayed()), head + "9,10.0.0.5,Z1^Z2,a=1^b=2^{SCREEN}=Main!30,,\n");
+    def = displayed();
     def.announcementType = AT_TEV;
     def.chime = "c";
     EXPECT_EQ(sent(def), head + "2,10.0.0.5,Z1^Z2," + items +
                              ",,c9,10.0.0.5,Z1^Z2,a=1^b=2^{SCREEN}=Main!30,,c\n")
-        << "nothing stands between the parts";
-    def = shown();
+        << "nothing separates the parts";
+    def = displayed();
     def.displayTemplateKeyValueList.clear();
     EXPECT_EQ(sent(def), head + "9,10.0.0.5,Z1^Z2,{SCREEN}=Main!30,,\n");
     def.visualAnnouncementType = AT_DISPLAY_v0;
     EXPECT_EQ(sent(def), head + std::to_string(AT_DISPLAY_v0) + ",10.0.0.5,Z1^Z2,,,\n")
-        << "a template alone has a content";
-    def = shown();
+        << "only a template has a content";
+    def = displayed();
     def.displayTemplateName.clear();
     def.displayTemplateKeyValueList[""] = "x";
     EXPECT_EQ(sent(def),
@@ -118,8 +118,8 @@ TEST_F(ScheduleRequestsTest, EncodeEachTextOnceForEachLevel) {
     EXPECT_EQ(sent(def), R"(send -1 92/19 1 12,"generated-1~\"a\\\"b\"",)" + dates + "0,500," +
                              R"("1,10.0.0.5,\"Z\",4^/a\"b,,d\"g")"
                              "\n")
-        << "path and chime stand as they are in the part";
-    def = shown();
+        << "path and chime are unchanged in the part";
+    def = displayed();
     def.paZones = {"Z"};
     def.displayTemplateKeyValueList.clear();
     EXPECT_EQ(sent(def),
@@ -131,7 +131,7 @@ TEST_F(ScheduleRequestsTest, EncodeEachTextOnceForEachLevel) {
 
 TEST_F(ScheduleRequestsTest, RefuseAsTheTable) {
     using Def = ScheduleDefinition;
-    // Each fault comes on top of those above, and is found before them.
+    // Each fault is added to those above, and is found before them.
     const std::pair<void (*)(Def&), const char*> cases[] = {
         {[](Def& def) { def.paZones.clear(); }, "audio zones not defined"},
         {[](Def& def) {
@@ -151,7 +151,7 @@ TEST_F(ScheduleRequestsTest, RefuseAsTheTable) {
         {[](Def& def) { def.Id = 0; }, "invalid scheduleId"},
         {[](Def& def) { def.Id = -1; }, "invalid scheduleId"},
     };
-    ScheduleDefinition def = shown();
+    ScheduleDefinition def = displayed();
     for (const auto& [spoil, refusal] : cases) {
         spoil(def);
         EXPECT_EQ(outcome([&] { controller.modifySchedule(def); }),
@@ -169,12 +169,12 @@ TEST_F(ScheduleRequestsTest, WaitForTheIdentifierOfTheServer) {
     recordingHost::host().plainEncoding = true;
     ScheduleDefinition def = morning();
     def.Id = 0;
-    tell(5, "other~Morning");
-    tell(6, "");
+    report(5, "other~Morning");
+    report(6, "");
     recordingHost::transcript();
     recordingHost::host().sleepAction = [this, polls = 0](int ms) mutable {
         if (ms == 50 && ++polls == 2) {
-            tell(77, "generated-1~a~b");
+            report(77, "generated-1~a~b");
         }
     };
     EXPECT_EQ(controller.createScheduleSync(def), 77);
@@ -213,15 +213,15 @@ TEST_F(ScheduleRequestsTest, AreNotWaitedForInsideACallback) {
         << transcript;
 }
 
-// The server may tell of a request twice, change what it told, or take it back.
+// The server may report a request twice, change the schedule, or withdraw it.
 TEST_F(ScheduleRequestsTest, AreRecognisedAsTheCacheIsNow) {
     recordingHost::host().plainEncoding = true;
     ScheduleDefinition def = morning();
     def.Id = 0;
-    tell(5, "generated-1~old");
-    tell(4, "generated-1~twin");
+    report(5, "generated-1~old");
+    report(4, "generated-1~twin");
     EXPECT_EQ(controller.createScheduleSync(def), 5) << "the first in order of arrival";
-    tell(5, "generated-2~renamed");
+    report(5, "generated-2~renamed");
     recordingHost::host().uuids = 0;
     EXPECT_EQ(controller.createScheduleSync(def), 4);
     EXPECT_EQ(controller.createScheduleSync(def), 5) << "under the UUID that it has now";
@@ -236,7 +236,7 @@ TEST_F(ScheduleRequestsTest, AreRecognisedAsTheCacheIsNow) {
 }
 
 TEST_F(ScheduleRequestsTest, DeleteWhatIsKnown) {
-    tell(5, "a");
+    report(5, "a");
     recordingHost::transcript();
     debugLevel = 2;
     recordingHost::mutexEntries();

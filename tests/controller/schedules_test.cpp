@@ -1,4 +1,4 @@
-// Schedule records: what is decoded, what is dropped, what is told.
+// Schedule records: what is decoded, what is dropped, the notifications.
 #include "tests/controller/fixtures.h"
 #include "tests/support/recordText.h"
 

@@ -1,4 +1,4 @@
-// What is particular to sinks; their operations are with the others.
+// Sinks: names of types, zones, media log. Their operations are with the others.
 #include "tests/controller/fixtures.h"
 
 namespace {
@@ -8,7 +8,7 @@ struct SinksTest : WatchedController {
         return give<&PAController::addUpdatePaSink>(key, fields);
     }
 
-    const std::string told = "*o: sink 17 North\n*event 8 17\n";
+    const std::string notified = "*o: sink 17 North\n*event 8 17\n";
     const std::string untold = "*event 8 17\n";
     const pa::RecordFields north = fieldsOf("17|-|North");
 };
@@ -35,8 +35,8 @@ TEST_F(SinksTest, CompareTheLengthsOfTheirZoneListsAlone) {
     const pa::RecordFields listed = with(with(north, 26, "A^B^C"), 28, "M1^M2");
     handle(4, listed);
     EXPECT_EQ(handle(4, with(with(listed, 26, "X^Y^Z"), 28, "M3^M4")), untold);
-    EXPECT_EQ(handle(4, with(listed, 26, "A^B")), told);
-    EXPECT_EQ(handle(4, with(with(listed, 26, "A^B"), 28, "M1")), told);
+    EXPECT_EQ(handle(4, with(listed, 26, "A^B")), notified);
+    EXPECT_EQ(handle(4, with(with(listed, 26, "A^B"), 28, "M1")), notified);
     EXPECT_EQ(controller.getPaSinks().at(0).monitoringZoneList.size(), 1U);
     handle(4, with(north, 27, "2"));
     EXPECT_FALSE(controller.getPaSinks().at(0).monitoringEnabled) << "only a 1 switches it on";
@@ -44,11 +44,11 @@ TEST_F(SinksTest, CompareTheLengthsOfTheirZoneListsAlone) {
 
 TEST_F(SinksTest, HandOnEachNewMediaLogOnce) {
     handle(4, with(north, 31, "first"));
-    EXPECT_EQ(handle(4, with(north, 31, "second")), "*campaign log second\n" + told);
-    EXPECT_EQ(handle(4, with(with(north, 31, "second"), 1, "Hall")), told);
-    EXPECT_EQ(handle(4, with(north, 31, "")), told);
+    EXPECT_EQ(handle(4, with(north, 31, "second")), "*campaign log second\n" + notified);
+    EXPECT_EQ(handle(4, with(with(north, 31, "second"), 1, "Hall")), notified);
+    EXPECT_EQ(handle(4, with(north, 31, "")), notified);
     gAudioServerInstance = nullptr;
-    EXPECT_EQ(handle(4, with(north, 31, "third")), told);
+    EXPECT_EQ(handle(4, with(north, 31, "third")), notified);
 }
 
 TEST_F(SinksTest, AreListedForAnySource) {

@@ -1,4 +1,4 @@
-// What an application asks of a source beside its plain operations: its lock, its zones, its meter.
+// The lock, the zones and the meter of a source.
 #include "tests/controller/fixtures.h"
 #include "tests/support/recordText.h"
 
@@ -6,7 +6,7 @@ namespace {
 
 struct SourcesTest : OwnController {
     /// A source record with a holder of its lock.
-    std::string tell(int sourceId, const std::string& holder) {
+    std::string report(int sourceId, const std::string& holder) {
         return give<&PAController::addUpdatePaSource>(sourceId,
                                                       with({std::to_string(sourceId)}, 9, holder));
     }
@@ -21,7 +21,7 @@ struct SourcesTest : OwnController {
         };
     }
 
-    /// Has a second go by in each sleep, from now on.
+    /// Lets a second pass in each sleep, from now on.
     void letTimePass(const std::function<void()>& meanwhile = [] {}) {
         recordingHost::host().now = 1000;
         recordingHost::host().sleepAction = [meanwhile, now = 1000](int) mutable {
@@ -34,20 +34,20 @@ struct SourcesTest : OwnController {
 TEST_F(SourcesTest, KeepTheHoldersOfTheirLocksInOrderOfArrival) {
     const std::string log = "*log 1 addUpdatePaSource: Lock Info for sourceId ";
     debugLevel = 1;
-    EXPECT_NE(tell(9, "a").find(log + ">9<, UUID >a< added to list. Total available lock info in "
-                                      "list >1<\nsleep"),
+    EXPECT_NE(report(9, "a").find(log + ">9<, UUID >a< added to list. Total available lock info in "
+                                        "list >1<\nsleep"),
               std::string::npos);
-    tell(4, "b");
-    EXPECT_EQ(tell(9, "(null)"), log + ">9< updated. Updated UUID ><\nsleep 100\n*event 6 9\n");
+    report(4, "b");
+    EXPECT_EQ(report(9, "(null)"), log + ">9< updated. Updated UUID ><\nsleep 100\n*event 6 9\n");
     controller.deleteAudioVideoControllerInfo(0, 2, 0);
     EXPECT_EQ(listed(controller.getPaSourceLocks()), "9|\n4|b\n") << "they stay";
     controller.initPaResources();
-    tell(4, "c");
+    report(4, "c");
     EXPECT_EQ(listed(controller.getPaSourceLocks()), "4|c\n") << "until a reconnection";
 }
 
 TEST_F(SourcesTest, AreTakenOnceTheServerConfirmsIt) {
-    tell(4, "");
+    report(4, "");
     answer(2, 4, "uuid-self");
     EXPECT_TRUE(controller.attachPaSource(4));
     EXPECT_EQ(recordingHost::transcript(),
@@ -63,8 +63,8 @@ TEST_F(SourcesTest, AreTakenOnceTheServerConfirmsIt) {
 }
 
 TEST_F(SourcesTest, AreNotTakenFromAnotherHolderNorWithoutAServer) {
-    tell(4, "somebody-else");
-    tell(6, "");
+    report(4, "somebody-else");
+    report(6, "");
     const auto nothingIsAsked = [this](int sourceId) {
         EXPECT_FALSE(controller.attachPaSource(sourceId)) << sourceId;
         EXPECT_FALSE(controller.detachPaSource(sourceId)) << sourceId;
@@ -80,8 +80,8 @@ TEST_F(SourcesTest, AreNotTakenFromAnotherHolderNorWithoutAServer) {
 
 TEST_F(SourcesTest, AreGivenUpAfterTheLongestWait) {
     gMaxServerWaitTimeSeconds = 3;
-    tell(4, "");
-    tell(5, "uuid-self");
+    report(4, "");
+    report(5, "uuid-self");
     const std::string polls = "sleep 50\nsleep 50\nsleep 50\n";
     letTimePass();
     EXPECT_FALSE(controller.attachPaSource(4));
@@ -94,8 +94,8 @@ TEST_F(SourcesTest, AreGivenUpAfterTheLongestWait) {
 }
 
 TEST_F(SourcesTest, AreNotWaitedForInsideACallback) {
-    tell(4, "");
-    tell(5, "uuid-self");
+    report(4, "");
+    report(5, "uuid-self");
     RecordingObserver observer("o");
     controller.registerObserver(&observer);
     observer.inCallback = [&] {
@@ -113,7 +113,7 @@ TEST_F(SourcesTest, AreNotWaitedForInsideACallback) {
 }
 
 TEST_F(SourcesTest, AreGivenUpWhenTheHostFails) {
-    tell(4, "");
+    report(4, "");
     recordingHost::host().sleepAction = [](int) { throw std::bad_alloc(); };
     EXPECT_FALSE(controller.attachPaSource(4));
     EXPECT_NE(recordingHost::transcript().find("error 1 attachPaSource: given up: "),

@@ -18,7 +18,7 @@ TEST(SplitStr, SplitsAsTheTable) {
         {"a^", '^', false, {"a", ""}},
         {"^a", '^', false, {"", "a"}},
         {"a^b^c", '^', false, {"a", "b", "c"}},
-        // Leading blanks and tabs go, others stay.
+        // Leading blanks and tabs are dropped, others stay.
         {" a, b", ',', false, {"a", "b"}},
         {"\t a b ", ',', false, {"a b "}},
         {"\" a\",\\ b", ',', false, {"a", "b"}},

@@ -62,7 +62,7 @@ TEST_F(TriggersTest, ReservedOperationsOfSelectorsPassTheMutexAndDoNothing) {
     };
     addSelector(9, "41");
     EXPECT_EQ(callAll(41, 1), 5);
-    EXPECT_EQ(callAll(41, 0), 4) << "a sink is added by its id alone";
+    EXPECT_EQ(callAll(41, 0), 4) << "a sink is added by its id only";
     EXPECT_EQ(callAll(0, 1) + callAll(-1, 1), 0);
     EXPECT_TRUE(controller.getPaSinksForSelector(41).empty());
     EXPECT_EQ(controller.getPaSelectors().at(0).state, PaSelector::DISABLED);
@@ -87,7 +87,7 @@ TEST_F(TriggersTest, MadeByTheApplicationAreNumbered) {
     EXPECT_EQ(controller.createSwPaTrigger(3, 50), 3);
     controller.deleteSwPaTrigger(3);
     EXPECT_EQ(controller.createSwPaTrigger(3, 50), 3) << "the highest is given out again";
-    EXPECT_EQ(recordingHost::transcript(), "") << "nothing is sent or told";
+    EXPECT_EQ(recordingHost::transcript(), "") << "nothing is sent or reported";
 }
 
 TEST_F(TriggersTest, UnknownToTheApplicationAreReportedOnceItHasMadeOne) {

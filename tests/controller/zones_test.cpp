@@ -1,4 +1,4 @@
-// Which of its caches a zone goes to, the zones of a source, the sinks of a zone.
+// The cache of a zone, the zones of a source, the sinks of a zone.
 #include "tests/controller/fixtures.h"
 
 namespace {
@@ -24,35 +24,35 @@ TEST_F(ZonesTest, IgnoreRecordsWithoutServerOrKeyAndPostNothingUnobserved) {
     EXPECT_EQ(controller.getPaZones().size(), 1U);
 }
 
-/// Which cache a zone goes to, whether it is told, and what is then in force.
+/// The cache of a zone, whether it is reported, and which cache is then in force.
 TEST_F(ZonesTest, ChooseTheirCacheAsTheTable) {
     struct Case {
         bool indirect;
         int active;
         int dstNo;  // the local server is 1
-        bool told;
+        bool notified;
         bool inForce;
     };
     const std::vector<Case> cases = {
         {false, 1, 1, true, true},    // direct, the active server's own
         {false, 2, 1, false, true},   // the primary cache, but not from the active server
-        {false, 0, 1, true, false},   // told, but without a server nothing is in force
+        {false, 0, 1, true, false},   // reported, but without a server nothing is in force
         {false, 0, 3, false, false},  //
         {true, 2, 2, true, true},     // indirect, the active server
         {true, 2, 1, false, false},   // the local server's cache is not in force
-        {true, 0, 1, true, true},     // the local server stands in
+        {true, 0, 1, true, true},     // the local server replaces it
         {true, 0, 3, false, false},   //
         {true, -1, 1, false, true},
-        {true, 1, 1, true, false},  // told, but the primary cache is in force
+        {true, 1, 1, true, false},  // reported, but the primary cache is in force
     };
     for (const Case& c : cases) {
         PAController fresh;
         fresh.registerObserver(&observer);
         gIndirectCXSConnection = c.indirect;
         gActiveAudioServerDstNo = c.active;
-        EXPECT_EQ(handle(fresh, c.dstNo, 5) != "", c.told) << &c - cases.data();
+        EXPECT_EQ(handle(fresh, c.dstNo, 5) != "", c.notified) << &c - cases.data();
         EXPECT_EQ(fresh.getPaZones().size(), c.inForce ? 1U : 0U) << &c - cases.data();
-        EXPECT_TRUE(fresh.findPaZone(5) || !(c.told || c.inForce)) << "its event leads to it";
+        EXPECT_TRUE(fresh.findPaZone(5) || !(c.notified || c.inForce)) << "its event leads to it";
     }
 }
 

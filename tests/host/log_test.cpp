@@ -62,7 +62,7 @@ TEST_F(LogTest, EachLineHasItsLevelAndTime) {
               "1970-01-01T00:16:40Z debug 1 [" + last.thread + "] to stderr\n");
 }
 
-TEST_F(LogTest, ABurstOfIdenticalErrorsIsToldOnceAndCounted) {
+TEST_F(LogTest, ABurstOfIdenticalErrorsIsWrittenOnceAndCounted) {
     for (int i = 0; i < 1000; ++i) {
         handleError(3, "bad record");
         handleError(3, "another %d", 1);
@@ -82,7 +82,7 @@ TEST_F(LogTest, ABurstOfIdenticalErrorsIsToldOnceAndCounted) {
     EXPECT_EQ(texts.back(), "E3 bad record");
 }
 
-TEST_F(LogTest, WhatIsSuppressedIsToldAtTheEndAndAfterTheClockWasSetBack) {
+TEST_F(LogTest, SuppressedErrorsAreCountedAtTheEndAndAfterTheClockWasSetBack) {
     handleError(3, "bad");
     handleError(3, "bad");
     pa::flushSuppressedErrors();
@@ -138,7 +138,7 @@ TEST(LogDeathTest, ASinkThatThrowsAtTheExitHurtsNobody) {
     EXPECT_EXIT(run(), testing::ExitedWithCode(0), "suppressed 1 more of: bad");
 }
 
-/// Has lines go to the default sink, and stderr into a pipe.
+/// Sends lines to the default sink, and stderr into a pipe.
 struct StderrTest : testing::Test {
     StderrTest() {
         pa::setLogSink({});
@@ -151,7 +151,7 @@ struct StderrTest : testing::Test {
     }
 
     void usePipe(int flags) {
-        dup2(before_, STDERR_FILENO);  // closes a pipe of before
+        dup2(before_, STDERR_FILENO);  // closes an earlier pipe
         int ends[2];
         ASSERT_EQ(pipe2(ends, flags), 0);
         readEnd = ends[0];
@@ -159,7 +159,7 @@ struct StderrTest : testing::Test {
         close(ends[1]);
     }
 
-    /// Reads to the end of the pipe while `meanwhile` runs and stderr goes elsewhere.
+    /// Reads to the end of the pipe while `meanwhile` runs and stderr is redirected.
     /// @return the texts of the lines
     Texts read(const std::function<void()>& meanwhile) {
         std::string all;

@@ -36,7 +36,7 @@ TEST(SendQueueTest, IsBoundedByMemoryInOrderAndKnowsWhatIsTooOld) {
     EXPECT_TRUE(queue.isFrontTooOld(151));
     queue.pop();
     EXPECT_EQ(queue.front().since, 120);
-    EXPECT_TRUE(queue.push(operation(3, "123"), 140)) << "what is taken makes room";
+    EXPECT_TRUE(queue.push(operation(3, "123"), 140)) << "what is taken frees space";
     EXPECT_FALSE(queue.push(operation(4, std::string(1000, 'x')), 140));
     queue.setMaxBytes(0);
     EXPECT_EQ(queue.front().operation.payload, "12345") << "what waits stays";
@@ -108,7 +108,7 @@ private:
     std::string text_;
 };
 
-/// A link that notes the numbers of what it is given, and can be down, held up or broken.
+/// A link that notes the numbers of the operations, and can be down, blocked or broken.
 struct Sender : pa::OperationSender {
     bool sendOperation(const pa::Operation& sent) override {
         const bool takes = up;
@@ -186,22 +186,22 @@ TEST_F(QXReceiverTest, KeepsOrderAcrossALoss) {
     EXPECT_EQ(errors.text(), "");
 }
 
-TEST_F(QXReceiverTest, ReportsAndTellsOfEachThatItDrops) {
+TEST_F(QXReceiverTest, ReportsAndPassesOnEachThatItDrops) {
     gQXReceiver.setMaxWait(2000ms);
     add(17, R"("old one",0,500)");
     nowMS += 2001;
     std::string lines =
         "operation 92/17 of request >old one< dropped after 2001 ms: the link was down\n";
-    std::string told = "92/17 old one 2001 1 the link was down\n";
+    std::string passedOn = "92/17 old one 2001 1 the link was down\n";
     EXPECT_EQ(errors.waitFor(lines.size()), lines);
-    EXPECT_EQ(listener.drops.waitFor(told.size()), told);
+    EXPECT_EQ(listener.drops.waitFor(passedOn.size()), passedOn);
 
     add(1);
     gQXReceiver.setMaxBytes(0);
     add(18, R"("no room")");
     lines += "operation 92/18 of request >no room< dropped after 0 ms: the send queue is full\n";
-    told += "92/18 no room 0 0 the send queue is full\n";
-    EXPECT_EQ(listener.drops.waitFor(told.size()), told);
+    passedOn += "92/18 no room 0 0 the send queue is full\n";
+    EXPECT_EQ(listener.drops.waitFor(passedOn.size()), passedOn);
     EXPECT_EQ(errors.text(), lines);
 
     gQXReceiver.setMaxBytes(QXReceiver::defaultMaxBytes);
@@ -209,12 +209,12 @@ TEST_F(QXReceiverTest, ReportsAndTellsOfEachThatItDrops) {
     nowMS += 7;
     gQXReceiver.connect(sender);
     lines += "operation 92/9 dropped after 7 ms: too large\n";
-    told += "92/9  7 3 too large\n";
-    EXPECT_EQ(listener.drops.waitFor(told.size()), told);
+    passedOn += "92/9  7 3 too large\n";
+    EXPECT_EQ(listener.drops.waitFor(passedOn.size()), passedOn);
     add(9, "throw 5");
     lines += "operation 92/9 dropped after 0 ms: the transport has refused it\n";
-    told += "92/9  0 3 the transport has refused it\n";
-    EXPECT_EQ(listener.drops.waitFor(told.size()), told);
+    passedOn += "92/9  0 3 the transport has refused it\n";
+    EXPECT_EQ(listener.drops.waitFor(passedOn.size()), passedOn);
     EXPECT_EQ(errors.text(), lines);
     EXPECT_EQ(sender.numbers.text(), "1 9 9 ");
 }
@@ -222,11 +222,10 @@ TEST_F(QXReceiverTest, ReportsAndTellsOfEachThatItDrops) {
 TEST_F(QXReceiverTest, CountsTheDropsThatItCannotList) {
     gQXReceiver.setMaxBytes(0);
     Transcript listed;
-    pa::setLogSink(
-        [&](const pa::LogLine& line) {  // the queue's thread stands still in its first report
-            listed.waitFor(1);
-            errors.add(line.text + "\n");
-        });
+    pa::setLogSink([&](const pa::LogLine& line) {  // the queue's thread waits in its first report
+        listed.waitFor(1);
+        errors.add(line.text + "\n");
+    });
     const std::string large(std::size_t{9} << 20U, 'i');
     for (int i = 0; i < 5; ++i) {  // the first is in hand, the next one fills the list
         add(18, '"' + large + '"');
@@ -277,7 +276,7 @@ TEST_F(QXReceiverTest, AStopGoesOnTryingWhileTheLinkRefuses) {
 
 TEST_F(QXReceiverTest, AStopWithoutALinkWaitsForNothing) {
     add(1);
-    gQXReceiver.close(1000ms);  // by a clock that stands still
+    gQXReceiver.close(1000ms);  // by a clock that does not advance
     gQXReceiver.abandon();
     EXPECT_EQ(listener.drops.text(), "92/1  0 2 the link was stopped\n");
 }
@@ -294,7 +293,7 @@ TEST_F(QXReceiverTest, AStopReportsWhatCannotBeSentInTime) {
     perLookMS = 0;
     EXPECT_EQ(listener.count, 0U);
     sender.up = false;
-    gate.unlock();  // the transport lets go when it is stopped
+    gate.unlock();  // the transport returns when it is stopped
     gQXReceiver.abandon();
     const std::string drops = listener.drops.text();
     EXPECT_EQ(listener.count, 2U);
@@ -311,13 +310,13 @@ TEST_F(QXReceiverTest, AStopEndsThoughEachDropLeadsToAnother) {
     gQXReceiver.abandon();
     EXPECT_GE(listener.count, 100U);
     gQXReceiver.forget(listener);
-    const std::size_t told = listener.count;
+    const std::size_t passedOn = listener.count;
     add(1);
     errors.waitFor(errors.text().size() + 1);
-    EXPECT_EQ(listener.count, told) << "it is not used any more";
+    EXPECT_EQ(listener.count, passedOn) << "it is not used any more";
 }
 
-/// Takes its time over each operation.
+/// A sender that is slow with each operation.
 struct SlowSender : pa::OperationSender {
     bool sendOperation(const pa::Operation&) override {
         entered = true;

@@ -174,7 +174,7 @@ TEST(AudioServerTest, UploadsThroughTheLinkAndKeepsABoundedLog) {
     EXPECT_EQ(server.getCampaignLog().front(), "1");
 }
 
-/// What several threads wait for and change.
+/// A state that several threads wait for and change.
 struct Shared {
     template <class Change>
     void change(Change change) {
@@ -200,7 +200,7 @@ TEST(AudioServerTest, TheWayOfUploadsEndsWhileUploadsOfSeveralThreadsOverlap) {
     Shared shared;
     int begun = 0;
     bool refused = false;
-    // An upload ends when the next one has begun: one is under way at any time.
+    // An upload ends when the next one has begun: one is in progress at any time.
     server.setUploader([&](const std::string&, const std::string&) {
         int number = 0;
         shared.change([&] { number = ++begun; });

@@ -1,4 +1,4 @@
-// What an application reads of a controller and asks of a sink that it may not change.
+// An application reads a controller and a sink through const references.
 #include <gtest/gtest.h>
 #include <stdexcept>
 #include <string>

@@ -1,5 +1,5 @@
-// An application with names of its own, beside every public header: they mean what the application
-// says here, and the SDK goes on with its own.
+// An application with names of its own, and with every public header: the names keep the
+// application's meaning here, and the SDK keeps its own.
 #include <condition_variable>
 #include <gtest/gtest.h>
 #include <mutex>
@@ -125,7 +125,7 @@ const int capacity = 2;
 
 namespace {
 
-/// What a server is told, one operation after the other.
+/// A server that records the operations it receives.
 class FakeServer : public palink::EmbeddedServer {
 public:
     void connectClient(palink::ServerEventSink& client) override {
@@ -137,24 +137,24 @@ public:
     void disconnectClient() override {}
     void handleOperation(const pa::Operation& operation) override {
         const std::lock_guard guard(lock_);
-        told_ += textOf(operation.type) + ' ' + operation.payload + '\n';
+        received_ += textOf(operation.type) + ' ' + operation.payload + '\n';
         ++count_;
         changed_.notify_all();
     }
     void meterLevel(bool, int) override {}
     palink::UploadResult storeFile(const std::string&, const std::string&) override { return {}; }
 
-    std::string told(int operations) {
+    std::string received(int operations) {
         std::unique_lock guard(lock_);
         EXPECT_TRUE(changed_.wait_for(guard, std::chrono::seconds(30),
                                       [&] { return count_ >= operations; }));
-        return told_;
+        return received_;
     }
 
 private:
     std::mutex lock_;
     std::condition_variable changed_;
-    std::string told_;
+    std::string received_;
     int count_ = 0;
 };
 
@@ -174,7 +174,7 @@ TEST(OwnNames, LeaveWhatIsSentAsItIs) {
     source.id = 12;
     source.attachPaZone(std::vector<std::string>{"X", "Y"}, PaSource::ADD_TO_EXISTING_SET);
     gPaController.cancelMessage("request");
-    EXPECT_EQ(server.told(3), "92/8 17,-12.5,1,0\n92/3 12,\"X\"^\"Y\"\n92/18 \"request\"\n");
+    EXPECT_EQ(server.received(3), "92/8 17,-12.5,1,0\n92/3 12,\"X\"^\"Y\"\n92/18 \"request\"\n");
     link.stop();
     gPaController.initPaResources();
     pa::store(gAudioServerInstance, nullptr);

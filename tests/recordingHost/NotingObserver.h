@@ -4,7 +4,7 @@
 
 #include "sdk/PAControllerObserver.h"
 
-/// Turns every callback into one call of `called`: what kind of resource, which, and what of it.
+/// Turns every callback into one call of `called`: the kind of resource, its id, and the change.
 struct NotingObserver : PAControllerObserver {
     virtual void called(const std::string& kind, const std::string& id,
                         const std::string& what) = 0;

@@ -38,7 +38,7 @@ int mutexDepth = 0;
 
 namespace recordingHost {
 
-// Never destroyed, as the controller that uses it.
+// Never destroyed, like the controller that uses it.
 Host& host() {
     static Host& theHost = *new Host;
     return theHost;

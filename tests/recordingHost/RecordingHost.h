@@ -10,8 +10,8 @@
 #include "sdk/globals.h"
 #include "tests/recordingHost/NotingObserver.h"
 
-/// A host that does nothing but write down what the controller asks of it. It takes the place of
-/// pa_host: no thread is started, nobody sleeps, nothing is sent.
+/// A host that only records the controller's calls. It replaces pa_host: no thread is started, none
+/// sleeps, nothing is sent.
 ///
 /// One transcript holds operations, events, observer calls, log lines, error reports, uploads and
 /// sleeps in the order in which they came. A line begins with "*" when it was written with the
@@ -35,7 +35,7 @@ Host& host();
 /// at 10.0.0.5, verbosity 0, an audio server instance with the UUID "uuid-self".
 void reset();
 
-/// Has an observer "o" write down what the process's controller tells, from now on.
+/// Registers an observer "o" with the process's controller, whose calls are recorded from now on.
 void watchTheController();
 
 /// The transcript since the last call or reset, a line each.

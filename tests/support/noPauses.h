@@ -5,8 +5,8 @@
 
 #include "framework/clock.h"
 
-/// Has the pauses of record handlers (100 ms) go by at once, or call `instead`. The longer sleep of
-/// the controller's worker stays what it is: a thread that nobody waits for.
+/// Skips the pauses of record handlers (100 ms), or calls `instead`. The longer sleep of the
+/// controller's worker stays: no test waits for that thread.
 inline pa::TimeSource withoutPauses(void (*instead)(int) = [](int) {}) {
     static std::atomic<void (*)(int)> pause;
     pause = instead;

@@ -85,13 +85,13 @@ inline std::string whatOf(const ScheduleDefinition& s) {
     for (const TTSVocalizer& entry : s.ttsList) {
         spoken += joined(entry.language, entry.voice, entry.rate, entry.text) + ";";
     }
-    std::string shown;
+    std::string displayed;
     for (const auto& [key, value] : s.displayTemplateKeyValueList) {
-        shown += key + "=" + value + ";";
+        displayed += key + "=" + value + ";";
     }
     return joined(s.announcementType, s.visualAnnouncementType, s.paZones, items, s.repeatCnt,
-                  spoken, s.storedDataSourceId, s.storedDataFilePath, s.displayTemplateName, shown,
-                  s.displayTemplateValidityPeriodSeconds, s.gain, s.chime);
+                  spoken, s.storedDataSourceId, s.storedDataFilePath, s.displayTemplateName,
+                  displayed, s.displayTemplateValidityPeriodSeconds, s.gain, s.chime);
 }
 inline std::string textOf(const ScheduleDefinition& s) {
     return joined(s.Id, s.descrption, whenOf(s), whatOf(s));
