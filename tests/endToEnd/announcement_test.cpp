@@ -10,7 +10,7 @@
 #include <vector>
 
 #include "simserver/protocol/RequestDecoder.h"
-#include "tests/endToEnd/Road.h"
+#include "tests/endToEnd/EndToEndFixture.h"
 #include "tests/endToEnd/hostileTexts.h"
 #include "tests/support/noPauses.h"
 
@@ -81,8 +81,8 @@ simserver::Station station() {
     return station;
 }
 
-struct AnnouncementTest : Road {
-    AnnouncementTest() : Road(station()) {
+struct AnnouncementTest : EndToEndFixture {
+    AnnouncementTest() : EndToEndFixture(station()) {
         skipPauses();
         watch().clear();
         connect();

@@ -10,7 +10,7 @@
 #include <utility>
 #include <vector>
 
-#include "tests/endToEnd/Road.h"
+#include "tests/endToEnd/EndToEndFixture.h"
 
 namespace {
 
@@ -95,8 +95,8 @@ simserver::Station station() {
     return station;
 }
 
-struct OperateTest : Road {
-    OperateTest() : Road(station()) {
+struct OperateTest : EndToEndFixture {
+    OperateTest() : EndToEndFixture(station()) {
         pa::TimeSource time;
         time.wallClock = [] { return static_cast<std::time_t>(1'000'000 + hand::passedMS / 1000); };
         time.monotonicMS = [] { return hand::passedMS.load(); };

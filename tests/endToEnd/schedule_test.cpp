@@ -6,7 +6,7 @@
 #include <string>
 #include <thread>
 
-#include "tests/endToEnd/Road.h"
+#include "tests/endToEnd/EndToEndFixture.h"
 #include "tests/endToEnd/hostileTexts.h"
 #include "tests/support/noPauses.h"
 #include "tests/support/recordText.h"
@@ -44,8 +44,8 @@ simserver::Station station() {
     return station;
 }
 
-struct ScheduleTest : Road {
-    ScheduleTest() : Road(station(), mondayMorning) {
+struct ScheduleTest : EndToEndFixture {
+    ScheduleTest() : EndToEndFixture(station(), mondayMorning) {
         skipPauses();
         connect();
     }

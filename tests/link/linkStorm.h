@@ -114,11 +114,11 @@ private:
 
 /// Begins, with observers that throw and delete.
 inline void beginWithObservers() {
-    static auto& nosy = *new Nosy;
+    static auto& reentrant = *new ReentrantObserver;
     static auto& deleting = *new Deleting;
     begin();
     deletes = true;
-    gPaController.registerObserver(&nosy);
+    gPaController.registerObserver(&reentrant);
     gPaController.registerObserver(&deleting);
 }
 

@@ -36,7 +36,7 @@ inline std::atomic<bool> throws{false};
 inline std::atomic<bool> deletes{false};
 
 /// Calls back into the controller, as applications do, and throws now and then.
-struct Nosy : pa::PAControllerObserverAdapter {
+struct ReentrantObserver : pa::PAControllerObserverAdapter {
     void onPaSourceUpdate(PaSource source) override {
         if (throws) {
             static_cast<void>(gPaController.getPaSinks());

@@ -22,7 +22,7 @@ struct Sender : pa::OperationSender, pa::DropListener {
 TEST(StormTest, TheCachesAreThoseOfOneThread) {
     // These live as long as the process.
     static auto& audioServer = *new AudioServer(gPaController);
-    static auto& observer = *new Nosy;
+    static auto& observer = *new ReentrantObserver;
     static auto& sender = *new Sender;
     begin();
     pa::store(gAudioServerInstance, &audioServer);

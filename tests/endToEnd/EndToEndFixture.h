@@ -19,7 +19,7 @@ inline AudioServer& audioServer() {
     return facade;
 }
 
-/// The `Watch` of the process, an observer: it stays registered for ever.
+/// The `Watch` of the process, an observer: it is never removed.
 template <class Watch>
 Watch& registered() {
     static Watch& theWatch = *[] {
@@ -30,12 +30,12 @@ Watch& registered() {
     return theWatch;
 }
 
-/// The whole road: the process's controller, a link, and a simulated server whose time passes by
-/// hand. A test sets its source of time before it connects.
-struct Road : testing::Test {
-    explicit Road(simserver::Station station, std::optional<std::time_t> clock = {})
+/// The process's controller, a link, and a simulated server whose time the test advances. A test
+/// sets its source of time before it connects.
+struct EndToEndFixture : testing::Test {
+    explicit EndToEndFixture(simserver::Station station, std::optional<std::time_t> clock = {})
         : server(std::move(station), {1.0, true, {}, {}, clock}) {}
-    ~Road() override {
+    ~EndToEndFixture() override {
         link.stop();
         pa::setTimeSource({});
         pa::store(gAudioServerInstance, nullptr);
@@ -46,7 +46,7 @@ struct Road : testing::Test {
         EXPECT_TRUE(link.waitUntilReady(std::chrono::seconds(10)));
     }
 
-    /// Lets simulated time pass and everything that it brings reach caches and observers.
+    /// Lets simulated time pass and waits until its effects have reached caches and observers.
     void advance(std::chrono::milliseconds time) {
         server.advance(time);
         transport.waitUntilDelivered();

@@ -34,8 +34,8 @@ const std::string schedules =  // in order of arrival, and not logged
     "*o: schedule 9 90 deleted\n*event 39 9\n*o: schedule 7 70 deleted\n*event 39 7\n";
 
 /// The caches hold the ids 90 and 70 under the keys 9 and 7; zones are in both of theirs.
-struct DeletionTest : WatchedController {
-    DeletionTest() {
+struct WithdrawalTest : WatchedController {
+    WithdrawalTest() {
         gLocalDstNo = localServer;
         gActiveAudioServerDstNo = activeServer;
         gIndirectCXSConnection = true;
@@ -72,7 +72,7 @@ struct DeletionTest : WatchedController {
     }
 };
 
-TEST_F(DeletionTest, EverythingGoesInTheOrderOfTheTable) {
+TEST_F(WithdrawalTest, EverythingGoesInTheOrderOfTheTable) {
     EXPECT_EQ(remove(0, 0, 0),
               sources + sinks + triggers + selectors + requests + zones + zonesUntold + schedules);
     expectEmptyCaches();
@@ -80,7 +80,7 @@ TEST_F(DeletionTest, EverythingGoesInTheOrderOfTheTable) {
     EXPECT_TRUE(controller.getPaZones().empty());
 }
 
-TEST_F(DeletionTest, AServersWithdrawalsConcernItsOwnRows) {
+TEST_F(WithdrawalTest, AServersWithdrawalsConcernItsOwnRows) {
     EXPECT_EQ(remove(5, 0, 0), "");
     EXPECT_EQ(remove(activeServer, 0, 0), requests + zones + schedules);
     EXPECT_EQ(zoneCounts(), std::pair(std::size_t{2}, std::size_t{0}));
@@ -88,14 +88,14 @@ TEST_F(DeletionTest, AServersWithdrawalsConcernItsOwnRows) {
     expectEmptyCaches();
 }
 
-TEST_F(DeletionTest, AttachedZonesGoWithoutAWord) {
+TEST_F(WithdrawalTest, AttachedZonesGoWithoutAWord) {
     EXPECT_EQ(remove(0, 6, 7) + remove(0, 6, 8) + remove(activeServer, 6, 9) + remove(0, 1, 0), "");
     EXPECT_EQ(zoneCounts(), std::pair(std::size_t{1}, std::size_t{2}));
     EXPECT_EQ(remove(localServer, 6, 0), "");
     EXPECT_EQ(zoneCounts().first, 0U);
 }
 
-TEST_F(DeletionTest, ReportsALocalZoneWhileTheLocalServerReplacesTheActiveOne) {
+TEST_F(WithdrawalTest, ReportsALocalZoneWhileTheLocalServerReplacesTheActiveOne) {
     debugLevel = 0;
     gActiveAudioServerDstNo = 0;
     EXPECT_EQ(remove(localServer, 20, 9), "*o: zone 90 deleted\n*event 41 9\n");
@@ -103,14 +103,14 @@ TEST_F(DeletionTest, ReportsALocalZoneWhileTheLocalServerReplacesTheActiveOne) {
     EXPECT_EQ(remove(localServer, 20, 7), "*event 41 7\n");
 }
 
-TEST_F(DeletionTest, WhatACallbackDeletesIsDeletedNextAndReportedOnce) {
+TEST_F(WithdrawalTest, WhatACallbackDeletesIsDeletedNextAndReportedOnce) {
     observer.inCallback = [this] { controller.deleteAudioVideoControllerInfo(0, 0, 0); };
     EXPECT_EQ(remove(0, 2, 0),
               sources + sinks + triggers + selectors + requests + zones + zonesUntold + schedules);
     expectEmptyCaches();
 }
 
-TEST_F(DeletionTest, ACallbackMayEmptyTheCachesHoweverMuchTheyHold) {
+TEST_F(WithdrawalTest, ACallbackMayEmptyTheCachesHoweverMuchTheyHold) {
     constexpr int many = 20'000;  // too many for a recursion
     debugLevel = 0;
     for (int key = 1; key <= many; ++key) {
@@ -130,7 +130,7 @@ TEST_F(DeletionTest, ACallbackMayEmptyTheCachesHoweverMuchTheyHold) {
     }
 }
 
-TEST_F(DeletionTest, WithoutObserversTheEventsComeAllTheSame) {
+TEST_F(WithdrawalTest, WithoutObserversTheEventsComeAllTheSame) {
     PAController unattached;
     pa::RecordList record({"70"});
     unattached.addUpdatePaSink(7, record.list());
@@ -141,7 +141,7 @@ TEST_F(DeletionTest, WithoutObserversTheEventsComeAllTheSame) {
     EXPECT_TRUE(unattached.getPaSinks().empty());
 }
 
-TEST_F(DeletionTest, AReconnectionEmptiesEveryCacheAndKeepsTheObservers) {
+TEST_F(WithdrawalTest, AReconnectionEmptiesEveryCacheAndKeepsTheObservers) {
     pa::RecordList locked(with({"50"}, 9, "uuid-self"));
     controller.addUpdatePaSource(5, locked.list());
     ASSERT_GT(controller.createSwPaTrigger(5, 50), 0);
