@@ -16,7 +16,7 @@
 #include <vector>
 
 #include "bench/loadCases.h"
-#include "bench/loadStage.h"
+#include "bench/loadFixture.h"
 #include "sdk/globals.h"
 #include "simserver/station/StationFile.h"
 #include "tests/support/noPauses.h"
@@ -30,13 +30,13 @@ using namespace std::chrono_literals;
 
 template <int count>
 std::vector<Measurement> sourcesAtOnce() {
-    Stage& stage = makeStage();
+    LoadFixture& fixture = newFixture();
     const auto deliver = [&] {
         for (int id = 1; id <= count; ++id) {
-            stage.fake.deliver(RecordKind::Source, id, sourceFields(id, "Desk"));
+            fixture.fake.deliver(RecordKind::Source, id, sourceFields(id, "Desk"));
         }
     };
-    const auto areNotified = [&] { return stage.observer.sources == count; };
+    const auto areNotified = [&] { return fixture.observer.sources == count; };
     const std::string time = timeUntil(deliver, areNotified, 90s);
     const bool areCached = gPaController.getPaSources().size() == std::size_t{count};
     const char* const wanted = count == 100'000 ? "< 1.5 s" : "";
@@ -98,24 +98,24 @@ std::vector<Measurement> fader() {
     static Lateness ofFader(pause);
     static Lateness ofOthers(pause);
     static Lateness ofSink(0ms);
-    Stage& stage = makeStage();
-    stage.observer.onSource = [](const PaSource& source) {
+    LoadFixture& fixture = newFixture();
+    fixture.observer.onSource = [](const PaSource& source) {
         (source.id == faderId ? ofFader : ofOthers).notified(source.id);
     };
-    stage.observer.onSink = [](const PaSink& sink) { ofSink.notified(sink.id); };
+    fixture.observer.onSink = [](const PaSink& sink) { ofSink.notified(sink.id); };
 
     const auto start = Clock::now();
     for (int ms = 0; ms < 5000; ++ms) {
         std::this_thread::sleep_until(start + ms * 1ms);
         const std::string label = std::to_string(ms);
         ofFader.delivered(faderId);
-        stage.fake.deliver(RecordKind::Source, faderId, sourceFields(faderId, label));
+        fixture.fake.deliver(RecordKind::Source, faderId, sourceFields(faderId, label));
         const int other = ms % others + 1;
         ofOthers.delivered(other);
-        stage.fake.deliver(RecordKind::Source, other, sourceFields(other, label));
+        fixture.fake.deliver(RecordKind::Source, other, sourceFields(other, label));
         if (ms % 100 == 0) {
             ofSink.delivered(1);
-            stage.fake.deliver(RecordKind::Sink, 1, sinkFields(1, 1 + ms / 100 % 2));
+            fixture.fake.deliver(RecordKind::Sink, 1, sinkFields(1, 1 + ms / 100 % 2));
         }
     }
     waitFor([] { return ofFader.untold() + ofOthers.untold() + ofSink.untold() == 0; }, 10s);
@@ -127,66 +127,66 @@ std::vector<Measurement> fader() {
 
 std::vector<Measurement> pairs() {
     constexpr int sources = 100;
-    Stage& stage = makeStage();
+    LoadFixture& fixture = newFixture();
     const auto deliver = [&] {
         for (int id = 1; id <= sources; ++id) {
-            stage.fake.deliver(RecordKind::Source, id, sourceFields(id, "first"));
-            stage.fake.deliver(RecordKind::Source, id, sourceFields(id, "second"));
+            fixture.fake.deliver(RecordKind::Source, id, sourceFields(id, "first"));
+            fixture.fake.deliver(RecordKind::Source, id, sourceFields(id, "second"));
         }
     };
-    const auto areNotified = [&] { return stage.observer.sources == 2 * sources; };
+    const auto areNotified = [&] { return fixture.observer.sources == 2 * sources; };
     return {{"two records each of 100 sources, notified", timeUntil(deliver, areNotified, 60s),
              "< 0.25 s"}};
 }
 
-void sayOfOneSource(Stage& stage, int records) {
+void deliverOneSource(LoadFixture& fixture, int records) {
     for (int i = 0; i < records; ++i) {
-        stage.fake.deliver(RecordKind::Source, 1, sourceFields(1, std::to_string(i)));
+        fixture.fake.deliver(RecordKind::Source, 1, sourceFields(1, std::to_string(i)));
     }
 }
 
 std::vector<Measurement> sinkBehindSources() {
-    Stage& stage = makeStage();
+    LoadFixture& fixture = newFixture();
     const auto deliver = [&] {
-        sayOfOneSource(stage, 5000);
-        stage.fake.deliver(RecordKind::Sink, 1, sinkFields(1, 1));
+        deliverOneSource(fixture, 5000);
+        fixture.fake.deliver(RecordKind::Sink, 1, sinkFields(1, 1));
     };
-    const auto isNotified = [&] { return stage.observer.sinks == 1; };
+    const auto isNotified = [&] { return fixture.observer.sinks == 1; };
     return {{"a sink after 5,000 records of one source, notified",
              timeUntil(deliver, isNotified, 15s), "< 0.25 s"}};
 }
 
 std::vector<Measurement> stopBehindSources() {
-    Stage& stage = makeStage();
-    sayOfOneSource(stage, 100);
-    stage.transport.waitUntilDelivered();
-    const auto time = timeOf([&] { stage.link.stop(); });
+    LoadFixture& fixture = newFixture();
+    deliverOneSource(fixture, 100);
+    fixture.transport.waitUntilDelivered();
+    const auto time = timeOf([&] { fixture.link.stop(); });
     return {{"stop() after 100 records of one source", seconds(time), "< 0.25 s"}};
 }
 
 std::vector<Measurement> reconnectionBehindSources() {
-    Stage& stage = makeStage();
-    sayOfOneSource(stage, 100);
+    LoadFixture& fixture = newFixture();
+    deliverOneSource(fixture, 100);
     const auto deliver = [&] {
-        stage.fake.connect();
-        stage.fake.deliver(RecordKind::Sink, 1, sinkFields(1, 1));
+        fixture.fake.connect();
+        fixture.fake.deliver(RecordKind::Sink, 1, sinkFields(1, 1));
     };
-    const auto isNotified = [&] { return stage.observer.sinks == 1; };
+    const auto isNotified = [&] { return fixture.observer.sinks == 1; };
     return {{"a reconnection after 100 records of one source", timeUntil(deliver, isNotified, 60s),
              "< 0.25 s"}};
 }
 
 template <int records>
 std::vector<Measurement> slowObserver() {
-    Stage& stage = makeStage();
-    stage.observer.onSink = [](const PaSink&) { spin(20us); };
+    LoadFixture& fixture = newFixture();
+    fixture.observer.onSink = [](const PaSink&) { spin(20us); };
     const auto deliver = [&] {
         for (int i = 0; i < records; ++i) {
             const int id = i % 1000 + 1;
-            stage.fake.deliver(RecordKind::Sink, id, sinkFields(id, 1 + i / 1000 % 2));
+            fixture.fake.deliver(RecordKind::Sink, id, sinkFields(id, 1 + i / 1000 % 2));
         }
     };
-    const auto areNotified = [&] { return stage.observer.sinks == records; };
+    const auto areNotified = [&] { return fixture.observer.sinks == records; };
     return {{std::to_string(records) + " sinks, an observer that takes 20 us for each",
              timeUntil(deliver, areNotified, 120s), "peak is bounded"}};
 }
@@ -196,16 +196,16 @@ std::vector<Measurement> slowObserver() {
 /// How many operations arrive of those that `ask` asks for.
 template <class Ask>
 std::vector<Measurement> burst(const std::string& name, int operations, Ask ask) {
-    Stage& stage = makeStage();
+    LoadFixture& fixture = newFixture();
     const auto asking = timeOf([&] {
         for (int i = 1; i <= operations; ++i) {
             ask(i);
         }
     });
     int arrived = -1;
-    while (arrived != stage.fake.operations) {  // until nothing more comes
-        arrived = stage.fake.operations;
-        waitFor([&] { return stage.fake.operations == operations; }, 1s);
+    while (arrived != fixture.fake.operations) {  // until nothing more comes
+        arrived = fixture.fake.operations;
+        waitFor([&] { return fixture.fake.operations == operations; }, 1s);
     }
     return {{std::to_string(operations) + ' ' + name + " in " + seconds(asking) + ", arrived",
              std::to_string(arrived), std::to_string(operations)}};
@@ -274,7 +274,7 @@ std::vector<Measurement> manySchedules() {
 std::vector<Measurement> waitingCallers() {
     constexpr int callers = 50;
     constexpr auto watched = 2s;
-    makeStage();
+    newFixture();
     skipPauses();
     fill(&PAController::updateScheduleList, 2000, [](int) { return scheduleFields(); });
     setTimeSource({});

@@ -28,7 +28,7 @@ public:
     /// running, unless this is called from inside one of them. So two handlers of two slots, each
     /// of which replaces the other, wait for each other without end.
     void set(Handler handler) {
-        auto entry = handler ? std::make_unique<Entry>(std::move(handler)) : nullptr;
+        auto entry = handler ? std::make_unique<StoredHandler>(std::move(handler)) : nullptr;
         std::unique_lock guard(lock_);
         std::swap(current_, entry);
         const std::uint64_t before = generation_++;
@@ -42,7 +42,7 @@ public:
                 });
             });
         } else if (entry != nullptr && isRunning(*entry)) {
-            Entry& running = *entry;
+            StoredHandler& running = *entry;
             running.left = std::move(entry);
         }
         guard.unlock();  // before the entry is destroyed
@@ -51,7 +51,7 @@ public:
     /// Calls the handler; an exception that leaves it is reported.
     /// @return false when there is none
     bool call(const What& what) {
-        Entry* entry = nullptr;
+        StoredHandler* entry = nullptr;
         {
             const std::lock_guard guard(lock_);
             if (current_ == nullptr) {
@@ -67,7 +67,7 @@ public:
         } catch (...) {
             handleError(1, "a handler of the server link threw");
         }
-        std::unique_ptr<Entry> unused;  // destroyed after the guard
+        std::unique_ptr<StoredHandler> unused;  // destroyed after the guard
         const std::lock_guard guard(lock_);
         calls_.erase(std::find_if(calls_.begin(), calls_.end(), [entry](const Call& call) {
             return call.thread == std::this_thread::get_id() && call.entry == entry;
@@ -80,22 +80,22 @@ public:
     }
 
 private:
-    struct Entry {
-        explicit Entry(Handler h) : handler(std::move(h)) {}
+    struct StoredHandler {
+        explicit StoredHandler(Handler h) : handler(std::move(h)) {}
 
         const Handler handler;
-        std::unique_ptr<Entry> left;  // itself, when it was replaced from inside: the last of its
-                                      // calls destroys it; guarded by lock_
+        std::unique_ptr<StoredHandler> left;  // itself, when it was replaced from inside: the last
+                                              // of its calls destroys it; guarded by lock_
     };
 
     /// A call that has not returned.
     struct Call {
         std::thread::id thread;
-        Entry* entry;
+        StoredHandler* entry;
         std::uint64_t generation;
     };
 
-    bool isRunning(const Entry& entry) const {
+    bool isRunning(const StoredHandler& entry) const {
         return std::any_of(calls_.begin(), calls_.end(),
                            [&entry](const Call& call) { return call.entry == &entry; });
     }
@@ -103,7 +103,7 @@ private:
     std::mutex lock_;
     std::condition_variable left_;  // a call has returned
     // Guarded by lock_.
-    std::unique_ptr<Entry> current_;
+    std::unique_ptr<StoredHandler> current_;
     std::uint64_t generation_ = 0;  // of current_, counted by replacements
     std::vector<Call> calls_;
 };

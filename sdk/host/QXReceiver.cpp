@@ -253,7 +253,7 @@ private:
 
     /// @param text the reason in words, null for the usual ones
     void dropFront(std::unique_lock<std::mutex>& guard, Reason reason, const char* text) {
-        const SendQueue::Waiting& front = queue_.front();
+        const SendQueue::WaitingOperation& front = queue_.front();
         const Operation& operation = front.operation;
         passOn(guard, [&] {
             DroppedOperation dropped;

@@ -13,14 +13,14 @@ namespace pa {
 /// a lock; times are in ms of the host's monotonic clock.
 class SendQueue {
 public:
-    struct Waiting {
+    struct WaitingOperation {
         Operation operation;
         std::int64_t since = 0;  ///< when it was queued
     };
 
-    /// What an operation counts in addition to the bytes of its payload: the `Waiting` (at most 64
-    /// bytes), its share of the container and what the allocator keeps of the payload's block,
-    /// rounded up.
+    /// What an operation counts in addition to the bytes of its payload: the `WaitingOperation` (at
+    /// most 64 bytes), its share of the container and what the allocator keeps of the payload's
+    /// block, rounded up.
     static constexpr std::size_t overhead = 128;
 
     explicit SendQueue(std::size_t maxBytes) : maxBytes_(maxBytes) {}
@@ -34,7 +34,7 @@ public:
 
     /// The operation at the head, of a queue that is not empty. Its address stays the same while
     /// others are appended.
-    const Waiting& front() const { return waiting_.front(); }
+    const WaitingOperation& front() const { return waiting_.front(); }
 
     /// Whether the operation at the head has waited for longer than the limit.
     bool isFrontTooOld(std::int64_t nowMS) const;
@@ -44,14 +44,14 @@ public:
 
     void setMaxWait(std::chrono::milliseconds wait) { maxWait_ = wait; }
 
-    /// Waiting operations stay, whatever the bound is.
+    /// WaitingOperation operations stay, whatever the bound is.
     void setMaxBytes(std::size_t bytes) { maxBytes_ = bytes; }
 
 private:
     std::size_t maxBytes_;
     std::size_t bytes_ = 0;  // of what waits
     std::chrono::milliseconds maxWait_{5000};
-    std::deque<Waiting> waiting_;  // oldest first
+    std::deque<WaitingOperation> waiting_;  // oldest first
 };
 
 }  // namespace pa

@@ -15,13 +15,13 @@ const ScheduleDefinition* ScheduleCache::find(int id) const {
 }
 
 bool ScheduleCache::put(const ScheduleDefinition& schedule) {
-    Entry entry{schedule, requestUUIDOf(schedule.descrption)};
+    CachedSchedule entry{schedule, requestUUIDOf(schedule.descrption)};
     const auto known = byId_.find(schedule.Id);
     if (known == byId_.end()) {
         add(std::move(entry));
         return true;
     }
-    Entry& stored = byArrival_.at(known->second);
+    CachedSchedule& stored = byArrival_.at(known->second);
     // The validity of the display stays as first reported.
     entry.schedule.displayTemplateValidityPeriodSeconds =
         stored.schedule.displayTemplateValidityPeriodSeconds;
@@ -34,7 +34,7 @@ bool ScheduleCache::put(const ScheduleDefinition& schedule) {
 }
 
 /// Adds a schedule that is not there; all of it or, short of memory, nothing.
-void ScheduleCache::add(Entry entry) {
+void ScheduleCache::add(CachedSchedule entry) {
     const int id = entry.schedule.Id;
     const std::string requestUUID = entry.requestUUID;
     const auto added = byArrival_.emplace(nextArrival_, std::move(entry)).first;

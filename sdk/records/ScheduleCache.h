@@ -44,15 +44,15 @@ public:
 
 private:
     using Arrival = std::uint64_t;  // counts the schedules that have ever been added
-    struct Entry {
+    struct CachedSchedule {
         ScheduleDefinition schedule;
         std::string requestUUID;  // empty when its description names none
     };
 
-    void add(Entry entry);
+    void add(CachedSchedule entry);
 
     Arrival nextArrival_ = 0;
-    std::map<Arrival, Entry> byArrival_;
+    std::map<Arrival, CachedSchedule> byArrival_;
     std::unordered_map<int, Arrival> byId_;
     std::set<std::pair<std::string, Arrival>> byRequest_;
 };

@@ -28,8 +28,8 @@ std::string one(const Controller& controller, int key) {
 
 /// Sets the notifications of a kind that the application watches by its ids.
 /// @param event number of the event of an update; one more is that of a withdrawal
-Kind watched(Kind kind, const std::string& name, const std::string& id, const std::string& label,
-             int event) {
+RecordCase watched(RecordCase kind, const std::string& name, const std::string& id,
+                   const std::string& label, int event) {
     const std::string which = "*o: " + name + " " + id + " ";
     kind.notified = which + label + "\n";
     kind.event = "*event " + std::to_string(event) + " " + id + "\n";
@@ -39,9 +39,10 @@ Kind watched(Kind kind, const std::string& name, const std::string& id, const st
     return kind;
 }
 
-Kind source() {
-    Kind kind{"addUpdatePaSource", byKey<&Controller::addUpdatePaSource>, withdraw<2>,
-              list<PaSource, &Controller::getPaSources>, one<PaSource, &Controller::findPaSource>};
+RecordCase source() {
+    RecordCase kind{"addUpdatePaSource", byKey<&Controller::addUpdatePaSource>, withdraw<2>,
+                    list<PaSource, &Controller::getPaSources>,
+                    one<PaSource, &Controller::findPaSource>};
     kind.full =
         fieldsOf(R"(12|"Room \"A\""|"Desk"|"10.1.1.1"|2|s|"in1"|1|s|"lock"|1|-12.5|1|s|s|s|2)");
     kind.cached = R"(12|Room "A"|Desk|"10.1.1.1"|2|"in1"|1|1|-12.5|1|2|0|500)";
@@ -54,9 +55,9 @@ Kind source() {
     return watched(kind, "source", "12", "Desk", 6);
 }
 
-Kind sink() {
-    Kind kind{"addUpdatePaSink", byKey<&Controller::addUpdatePaSink>, withdraw<3>,
-              list<PaSink, &Controller::getPaSinks>, one<PaSink, &Controller::findPaSink>};
+RecordCase sink() {
+    RecordCase kind{"addUpdatePaSink", byKey<&Controller::addUpdatePaSink>, withdraw<3>,
+                    list<PaSink, &Controller::getPaSinks>, one<PaSink, &Controller::findPaSink>};
     kind.full = fieldsOf(
         R"(17|"Hall"|"North"|"10.1.1.2"|1|s|"1,2"|1|s|1|s|-6.5|2|s|s|3|s|4|s|s|s|s|s|s|s|s|)"
         R"("Hall^\"A^B\"^Hall/North"|1|"M1^M2"|s|s|"log \\ text")");
@@ -70,10 +71,10 @@ Kind sink() {
     return watched(kind, "sink", "17", "North", 8);
 }
 
-Kind trigger() {
-    Kind kind{"addUpdatePaTrigger", byKey<&Controller::addUpdatePaTrigger>, withdraw<4>,
-              list<PaTrigger, &Controller::getHwPaTriggers>,
-              one<PaTrigger, &Controller::findHwPaTrigger>};
+RecordCase trigger() {
+    RecordCase kind{"addUpdatePaTrigger", byKey<&Controller::addUpdatePaTrigger>, withdraw<4>,
+                    list<PaTrigger, &Controller::getHwPaTriggers>,
+                    one<PaTrigger, &Controller::findHwPaTrigger>};
     kind.full = fieldsOf(R"(31|4|"Door"|3|s|"key 1"|700|2|s|8|1)");
     kind.cached = R"(31|4|"Door"|3|"key 1"|700|2|8|0|0)";
     kind.defaults = "1|0||1||500|0|0|0|0";
@@ -84,10 +85,10 @@ Kind trigger() {
     return watched(kind, "trigger", "31", "\"Door\"", 10);
 }
 
-Kind selector() {
-    Kind kind{"addUpdatePaSelector", byKey<&Controller::addUpdatePaSelector>, withdraw<5>,
-              list<PaSelector, &Controller::getPaSelectors>,
-              one<PaSelector, &Controller::findPaSelector>};
+RecordCase selector() {
+    RecordCase kind{"addUpdatePaSelector", byKey<&Controller::addUpdatePaSelector>, withdraw<5>,
+                    list<PaSelector, &Controller::getPaSelectors>,
+                    one<PaSelector, &Controller::findPaSelector>};
     kind.full = fieldsOf(R"(41|4|3|s|"7"|"Keys"|2|s|1|s|2|s|1)");
     kind.cached = R"(41|4|3|"7"|"Keys"|2|1|2|1|0)";
     kind.defaults = "1|0|0|||0|0|0|3|0";
@@ -100,13 +101,13 @@ Kind selector() {
 }
 
 // Its health stays what it was added with, and its event has the key.
-Kind zone() {
-    Kind kind{"addUpdatePaZone",
-              [](Controller& controller, int key, TEVlist* list) {
-                  controller.addUpdatePaZone(1, key, list);
-              },
-              withdraw<20>, list<PaZone, &Controller::getPaZones>,
-              one<PaZone, &Controller::findPaZone>};
+RecordCase zone() {
+    RecordCase kind{"addUpdatePaZone",
+                    [](Controller& controller, int key, TEVlist* list) {
+                        controller.addUpdatePaZone(1, key, list);
+                    },
+                    withdraw<20>, list<PaZone, &Controller::getPaZones>,
+                    one<PaZone, &Controller::findPaZone>};
     kind.full = fieldsOf(R"("Platform \"1\""|s|1|"Active"|2|"Dictionary"|3|"Fair")");
     kind.cached = R"(0|Platform "1"|1|"Active"|2|"Dictionary"|3|"Fair")";
     kind.defaults = "0|1|0||0||0|";
@@ -121,10 +122,10 @@ Kind zone() {
     return kind;
 }
 
-Kind ttsPort() {
-    Kind kind{"updateFromTTS_Ports", byKey<&Controller::updateFromTTS_Ports>,
-              [](Controller& controller, int key) { controller.deleteFromTTS_Ports(key); },
-              list<TTSVocalizer, &Controller::getTTSVocalizerList>, nullptr};
+RecordCase ttsPort() {
+    RecordCase kind{"updateFromTTS_Ports", byKey<&Controller::updateFromTTS_Ports>,
+                    [](Controller& controller, int key) { controller.deleteFromTTS_Ports(key); },
+                    list<TTSVocalizer, &Controller::getTTSVocalizerList>, nullptr};
     kind.full = fieldsOf(R"("en"|"an\"na"|48000|"hello")");
     kind.cached = R"(7|en|an"na|48000|hello|1)";
     kind.defaults = "2|1||48000||1";
@@ -140,10 +141,11 @@ Kind ttsPort() {
 }
 
 // Every record is reported: it may answer a preview.
-Kind ttsDictionary() {
-    Kind kind{"updateFromTTS_Dictionary", byKey<&Controller::updateFromTTS_Dictionary>,
-              [](Controller& controller, int key) { controller.deleteFromTTS_Dictionary(key); },
-              list<TTSDictionary, &Controller::getTTSDictionaryList>, nullptr};
+RecordCase ttsDictionary() {
+    RecordCase kind{
+        "updateFromTTS_Dictionary", byKey<&Controller::updateFromTTS_Dictionary>,
+        [](Controller& controller, int key) { controller.deleteFromTTS_Dictionary(key); },
+        list<TTSDictionary, &Controller::getTTSDictionaryList>, nullptr};
     kind.full = fieldsOf(R"(4|"u\"1"|"Mind, the gap"|"a\\b.wav"|"96044"|"c0ffee"|"file:///a.wav")");
     kind.cached = R"(7|4|u"1|Mind, the gap|a\b.wav|96044|c0ffee|file:///a.wav)";
     kind.defaults = "2|1||||||";
@@ -158,10 +160,11 @@ Kind ttsDictionary() {
     return kind;
 }
 
-Kind announcement() {
-    Kind kind{"addUpdateAnnouncementRequest", byKey<&Controller::addUpdateAnnouncementRequest>,
-              withdraw<11>, list<AnnouncementRequest, &Controller::getAnnouncementRequests>,
-              one<AnnouncementRequest, &Controller::findAnnouncementRequest>};
+RecordCase announcement() {
+    RecordCase kind{"addUpdateAnnouncementRequest",
+                    byKey<&Controller::addUpdateAnnouncementRequest>, withdraw<11>,
+                    list<AnnouncementRequest, &Controller::getAnnouncementRequests>,
+                    one<AnnouncementRequest, &Controller::findAnnouncementRequest>};
     kind.full = fieldsOf(
         R"("request-1"|s|s|s|s|"Playing"|"today"|s|s|)"
         R"("2,10.0.0.5,\"\\\"Hall, A\\\"^B\",12^40!1,,0^0^0"|s|s|s|s|s|s|"high"|s|"0"|"d\"1")");
@@ -178,10 +181,10 @@ Kind announcement() {
 }
 
 // Every record is an update. A part that is only a 0 cannot be read, and nothing is copied.
-Kind schedule() {
-    Kind kind{"updateScheduleList", byKey<&Controller::updateScheduleList>, withdraw<18>,
-              list<ScheduleDefinition, &Controller::listSchedules>,
-              one<ScheduleDefinition, &Controller::findSchedule>};
+RecordCase schedule() {
+    RecordCase kind{"updateScheduleList", byKey<&Controller::updateScheduleList>, withdraw<18>,
+                    list<ScheduleDefinition, &Controller::listSchedules>,
+                    one<ScheduleDefinition, &Controller::findSchedule>};
     kind.full =
         fieldsOf("uuid~Morning|2024:3:4|6:7|2030:6:5|23:59|127|15|1|-20|2,o,Z1^Z2,12!3,-6.5,ding");
     kind.cached =
@@ -203,11 +206,11 @@ Kind schedule() {
 
 }  // namespace
 
-std::vector<Kind> everyKind() {
+std::vector<RecordCase> everyKind() {
     return {source(),  sink(),          trigger(),      selector(), zone(),
             ttsPort(), ttsDictionary(), announcement(), schedule()};
 }
 
-std::vector<Kind> ownedKinds() {
+std::vector<RecordCase> ownedKinds() {
     return {source(), trigger()};
 }

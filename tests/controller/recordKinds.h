@@ -9,7 +9,7 @@
 #include "tests/recordingHost/RecordingHost.h"
 
 /// The properties of the records of one kind.
-struct Kind {
+struct RecordCase {
     const char* handler;
     void (*handle)(PAController&, int key, TEVlist*);
     void (*remove)(PAController&, int key);
@@ -34,12 +34,12 @@ struct Kind {
     bool byArrival = false;          // listed in order of arrival, not of the keys
 };
 
-inline std::ostream& operator<<(std::ostream& out, const Kind& kind) {
+inline std::ostream& operator<<(std::ostream& out, const RecordCase& kind) {
     return out << kind.handler;
 }
 
 /// Every kind of record that has a cache of its own.
-std::vector<Kind> everyKind();
+std::vector<RecordCase> everyKind();
 
 /// The kinds whose records name the server that they belong to, in column 10.
-std::vector<Kind> ownedKinds();
+std::vector<RecordCase> ownedKinds();

@@ -7,7 +7,7 @@
 
 namespace {
 
-struct RecordsTest : WatchedController, testing::WithParamInterface<Kind> {
+struct RecordsTest : WatchedController, testing::WithParamInterface<RecordCase> {
     std::string handle(int key, const pa::RecordFields& fields) {
         pa::RecordList record(fields);
         kind.handle(controller, key, record.list());
@@ -27,7 +27,7 @@ struct RecordsTest : WatchedController, testing::WithParamInterface<Kind> {
         return expected(logged, kind.notified + kind.event);
     }
 
-    const Kind& kind = GetParam();
+    const RecordCase& kind = GetParam();
 };
 
 INSTANTIATE_TEST_SUITE_P(Every, RecordsTest, testing::ValuesIn(everyKind()),

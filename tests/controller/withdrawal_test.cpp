@@ -41,7 +41,7 @@ struct WithdrawalTest : WatchedController {
         gIndirectCXSConnection = true;
         for (const int key : {9, 7}) {
             pa::RecordList record({std::to_string(key * 10)});
-            for (const Kind& kind : everyKind()) {
+            for (const RecordCase& kind : everyKind()) {
                 kind.handle(controller, key, record.list());  // a zone of the local server
             }
             controller.addUpdatePaZone(activeServer, key, record.list());
@@ -64,7 +64,7 @@ struct WithdrawalTest : WatchedController {
         return {attached.size(), controller.getPaZones().size()};
     }
     void expectEmptyCaches() {
-        for (const Kind& kind : everyKind()) {
+        for (const RecordCase& kind : everyKind()) {
             const bool withdrawable = std::string(kind.handler).find("TTS") == std::string::npos;
             EXPECT_EQ(kind.cache(controller) == "", withdrawable) << kind.handler;
         }
@@ -125,7 +125,7 @@ TEST_F(WithdrawalTest, ACallbackMayEmptyTheCachesHoweverMuchTheyHold) {
     };
     remove(0, 3, 1);
     EXPECT_EQ(notified, many + 12) << "two entries of each other kind";
-    for (const Kind& kind : everyKind()) {
+    for (const RecordCase& kind : everyKind()) {
         EXPECT_EQ(kind.cache(controller), "") << "the reset is carried out as well";
     }
 }
@@ -158,7 +158,7 @@ TEST_F(WithdrawalTest, AReconnectionEmptiesEveryCacheAndKeepsTheObservers) {
                   sources + sinks + triggers + selectors + requests + zones + zonesUntold +
                   schedules);
     debugLevel = 0;
-    for (const Kind& kind : everyKind()) {
+    for (const RecordCase& kind : everyKind()) {
         EXPECT_EQ(kind.cache(controller), "") << kind.handler;
     }
     EXPECT_EQ(controller.getSwPaTriggers().size(), 1U) << "they are this client's own";

@@ -51,7 +51,7 @@ TEST(SendQueueTest, HoldsAHundredThousandPlayOperationsByDefault) {
         ++taken;
     }
     EXPECT_EQ(taken, 100'000);
-    EXPECT_LE(sizeof(pa::SendQueue::Waiting), 64U) << "see pa::SendQueue::overhead";
+    EXPECT_LE(sizeof(pa::SendQueue::WaitingOperation), 64U) << "see pa::SendQueue::overhead";
 }
 
 TEST(RequestIdTest, IsReadFromThePayloadsThatHaveOne) {

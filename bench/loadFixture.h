@@ -46,7 +46,7 @@ private:
 };
 
 /// Passes sources and sinks on, and counts them.
-struct Observer : PAControllerObserverAdapter {
+struct CountingObserver : PAControllerObserverAdapter {
     void onPaSourceUpdate(PaSource source) override {
         onSource(source);
         ++sources;
@@ -63,19 +63,19 @@ struct Observer : PAControllerObserverAdapter {
 };
 
 /// The connection of a process, with one observer. It connects on construction.
-struct Stage {
-    Stage();
+struct LoadFixture {
+    LoadFixture();
 
     FakeServer fake;
     palink::EmbeddedTransport transport{fake};
     AudioServer audioServer{gPaController};
     palink::ServerLink link{audioServer, transport};
-    Observer observer;
+    CountingObserver observer;
 };
 
 /// One that lives as long as the process.
-inline Stage& makeStage() {
-    return *new Stage;
+inline LoadFixture& newFixture() {
+    return *new LoadFixture;
 }
 
 RecordFields sourceFields(int id, const std::string& label);

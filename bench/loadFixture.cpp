@@ -1,4 +1,4 @@
-#include "bench/loadStage.h"
+#include "bench/loadFixture.h"
 
 #include <cstdio>
 
@@ -47,7 +47,7 @@ void FakeServer::deliver(RecordKind kind, int key, RecordFields fields) {
     deliver(palink::Record{destination, kind, key, std::move(fields)});
 }
 
-Stage::Stage() {
+LoadFixture::LoadFixture() {
     setLogSink([](const LogLine&) {});
     gDeviceIPAddress = "10.0.0.1";
     gPaController.registerObserver(&observer);
