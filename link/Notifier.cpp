@@ -86,7 +86,7 @@ struct Notifier::State {
         } while (ends == round && runNext(guard));
     }
 
-    /// The bytes at which a wait for space ends: not woken for each step.
+    /// The bytes at which a wait for space ends, so that it is not woken for each step.
     static constexpr std::size_t spaceAgain = capacity * stepBytes / 4 * 3;
 
     std::mutex lock;

@@ -27,9 +27,8 @@ public:
     struct Step {
         int kind = 0;
         int key = 0;
-        std::int64_t dueMS =
-            0;  ///< by `monotonicMS`; when it is past, as soon as the earlier steps have run
-        bool holdsKey = false;  ///< later steps for the key wait for it
+        std::int64_t dueMS = 0;  ///< by `monotonicMS`; one in the past is due at once
+        bool holdsKey = false;   ///< later steps for the key wait for it
         Job run{};
         std::size_t bytes = 0;  ///< additional bytes that the job holds
     };

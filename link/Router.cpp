@@ -70,7 +70,7 @@ const Route* routeOf(RecordKind kind) {
     return found == std::end(routes) ? nullptr : found;
 }
 
-/// Runs a handler; an exception, for example of memory, drops only that message.
+/// Runs a handler; an exception, for example std::bad_alloc, drops only that message.
 /// @param what as in "record"
 template <class Handler>
 void guarded(const char* what, RecordKind kind, int key, Handler handler) {

@@ -45,7 +45,7 @@ struct ConnectionChange {
 ///     if (!link.waitUntilReady(std::chrono::seconds(5))) ...
 ///
 /// In the child of a fork() a link that was started before does nothing any more, which a line of
-/// level 1 reports; `stop` and the destructor leave its transport alone. The child starts a link of
+/// level 1 reports; `stop` and the destructor do not use its transport. The child starts a link of
 /// its own, with a transport of its own.
 ///
 /// One link of the process may be started at a time. `start` and `stop` are called by one thread;

@@ -69,7 +69,7 @@ private:
     PAController& controller_;
     std::string uuid_;  // never changes
 
-    std::shared_ptr<UploadRoute> route_;             // null for none
+    std::shared_ptr<UploadRoute> route_;   // null for none
     std::deque<std::string> campaignLog_;  // oldest first
     KeyValueMap serverInfo_;
 };

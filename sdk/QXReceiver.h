@@ -76,7 +76,8 @@ public:
     /// Has the waiting operations and all later ones handed to `sender`, in order.
     void connect(pa::OperationSender& sender);
 
-    /// The link is down: operations wait. Does not wait for one that is being handed over.
+    /// The link is down: operations wait. Returns without waiting for one that is
+    /// being handed over.
     void pause();
 
     /// Takes no more operations: later ones are dropped until `open` is called. Waits until those

@@ -107,7 +107,8 @@ int AudioServer::uploadFileToActiveServer(const std::string& localPath,
 }
 
 void AudioServer::setUploader(Uploader uploader) {
-    auto route = uploader ? std::make_shared<UploadRoute>(UploadRoute{std::move(uploader)}) : nullptr;
+    auto route =
+        uploader ? std::make_shared<UploadRoute>(UploadRoute{std::move(uploader)}) : nullptr;
     std::unique_lock guard(facades().uploads);
     route_.swap(route);
     if (route != nullptr && route->belongsToThisProcess()) {

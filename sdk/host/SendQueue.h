@@ -44,7 +44,7 @@ public:
 
     void setMaxWait(std::chrono::milliseconds wait) { maxWait_ = wait; }
 
-    /// WaitingOperation operations stay, whatever the bound is.
+    /// Waiting operations stay, whatever the bound is.
     void setMaxBytes(std::size_t bytes) { maxBytes_ = bytes; }
 
 private:

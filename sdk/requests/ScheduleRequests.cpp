@@ -105,8 +105,8 @@ void PAController::modifySchedule(const ScheduleDefinition& def) {
     createScheduleHelper(false, def);
 }
 
-// Operation 92/19: id,description,start,end,dayMask,frequency,1,"",mode,level,[audio][visual] Start
-// and end are year,month,day,hour,minute each; nothing separates the parts.
+// Operation 92/19: id,description,start,end,dayMask,frequency,1,"",mode,level,[audio][visual]
+// Start and end are year,month,day,hour,minute each; nothing separates the parts.
 std::string PAController::createScheduleHelper(bool serverAssignsId,
                                                const ScheduleDefinition& def) {
     require(serverAssignsId ? def.Id == 0 : def.Id > 0, "invalid scheduleId");
