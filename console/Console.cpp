@@ -3,23 +3,32 @@
 #include <exception>
 #include <stdexcept>
 
+#include "client/find.h"
+#include "client/sdkText.h"
 #include "console/ExitCode.h"
+#include "console/arguments/commandLine.h"
 #include "console/shell/script.h"
+#include "util/FileError.h"
 
 namespace console {
 
 namespace {
 
-/// Runs a command; what the controller itself refuses is a wrong argument.
+/// Runs a command; what the controller itself refuses, and a file that cannot be used,
+/// is a wrong argument.
 void execute(const Handler& handler, const Context& context) {
     try {
         handler(context);
+    } catch (const paclient::LookupError& unknown) {
+        throw Failure(ExitCode::NotFound, unknown.what());
     } catch (const std::logic_error& error) {
+        throw Failure(ExitCode::Usage, paclient::sentenceFor(error.what()));
+    } catch (const pautil::FileError& error) {
         throw Failure(ExitCode::Usage, error.what());
     }
 }
 
-/// What the whole process is to do: one command, or a script, or a monitor beside a script.
+/// What the process does: one command, or a script, or a monitor during a script.
 Handler taskOf(const CommandLine& line) {
     const bool hasScript = !line.settings.script.empty();
     if (line.command.empty()) {
@@ -29,18 +38,17 @@ Handler taskOf(const CommandLine& line) {
         return runScriptLines;
     }
     if (hasScript && line.command != "monitor") {
-        throw Failure(ExitCode::Usage, "--script stands alone or with monitor");
+        throw Failure(ExitCode::Usage, "--script is used without a command or with monitor");
     }
     return line.handler;
 }
 
-void runProcess(const std::vector<std::string>& words, const Streams& streams,
+void runProcess(const std::vector<std::string>& words, const Streams& streams, Output& out,
                 Output& diagnostics) {
-    Output out(streams.out);
     const auto line = CommandParser(Settings{}, LineKind::Process).read(words, out);
     if (line) {
         const Handler task = taskOf(*line);
-        Connection connection(line->settings, diagnostics);
+        SharedSession connection(line->settings, diagnostics);
         execute(task, {line->settings, out, diagnostics, streams.terminal, connection});
     }
 }
@@ -48,11 +56,12 @@ void runProcess(const std::vector<std::string>& words, const Streams& streams,
 }  // namespace
 
 int run(const std::vector<std::string>& words, const Streams& streams) {
-    Output diagnostics(streams.err);
+    Output diagnostics(streams.err, nullptr, streams.errorTerminal >= 0);
+    Output out(streams.out, &diagnostics);
     try {
-        runProcess(words, streams, diagnostics);
+        runProcess(words, streams, out, diagnostics);
     } catch (const Failure& failure) {
-        if (*failure.what() != '\0') {
+        if (*failure.what() != '\0' && !out.isClosed()) {
             diagnostics.diagnostic(failure.what());
         }
         return static_cast<int>(failure.code);

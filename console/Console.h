@@ -5,19 +5,20 @@
 #include <vector>
 
 #include "console/Context.h"
-#include "console/arguments/commandLine.h"
+#include "console/arguments/LineKind.h"
 
 namespace console {
 
 /// Where a console writes.
 struct Streams {
-    std::ostream& out;  ///< data
-    std::ostream& err;  ///< diagnostics, a line each
-    int terminal = -1;  ///< file descriptor of `out` when that is a terminal
+    std::ostream& out;       ///< data
+    std::ostream& err;       ///< diagnostics, a line each
+    int terminal = -1;       ///< file descriptor of `out` when that is a terminal
+    int errorTerminal = -1;  ///< of `err`, likewise
 };
 
-/// Runs a command line, from reading it to closing the connection. Throws nothing but what says
-/// that the system has no memory or threads left.
+/// Runs a command line, from reading it to closing the connection. Throws only when the
+/// system has no memory or threads left.
 /// @param words without the program's name
 /// @return the exit code
 int run(const std::vector<std::string>& words, const Streams& streams);
@@ -27,7 +28,7 @@ int run(const std::vector<std::string>& words, const Streams& streams);
 void runScriptLines(const Context& context);
 
 /// Runs the words of one line over the same connection.
-/// @param context with the settings that hold where the line says nothing
+/// @param context with the settings that the line does not change
 /// @return the line's command, empty when it asked for help
 /// @throws Failure when it fails
 std::string runLine(const Context& context, const std::vector<std::string>& words, LineKind kind);

@@ -5,26 +5,30 @@
 #include <string>
 #include <vector>
 
+#include "client/json.h"
 #include "console/Output.h"
 #include "console/Session.h"
 #include "console/Settings.h"
-#include "console/text/json.h"
+#include "console/following/LiveView.h"
+#include "console/text/TextTable.h"
 
 namespace console {
 
-/// The connection, made when a command first needs it, and what was played over it. One for all
-/// commands of a script.
-class Connection {
+/// What the commands of a process share: the session, made when a command first needs it, and what
+/// was played over it. One for all commands of a script.
+class SharedSession {
 public:
-    Connection(const Settings& settings, Output& diagnostics)
+    SharedSession(const Settings& settings, Output& diagnostics)
         : settings_(settings), diagnostics_(diagnostics) {}
 
-    /// @throws Failure when there is no connection
+    /// Waits while the connection is away.
+    /// @throws Failure when there is no connection in time
     Session& session() {
         if (session_ == nullptr) {
             session_ = std::make_unique<Session>(settings_, diagnostics_);
+        } else {
+            session_->requireConnected();
         }
-        session_->requireConnection();
         return *session_;
     }
 
@@ -33,8 +37,8 @@ public:
     /// The records of the announcements that software triggers have started, by source.
     std::map<int, int> startedAnnouncements;
 
-    /// Whether other commands may follow over this connection, as in a script. What lives as long
-    /// as the connection is of little use without.
+    /// Whether other commands may follow in this session, as in a script. What ends with the
+    /// session is of little use without.
     bool lasts = false;
 
     /// Whether these commands come from the standard input.
@@ -52,12 +56,18 @@ struct Context {
     Output& out;
     Output& diagnostics;
     int terminal;  ///< file descriptor of `out` when that is a terminal, else -1
-    Connection& connection;
+    SharedSession& connection;
 
     Session& session() const { return connection.session(); }
 
+    /// Writes a table, cut to the terminal's width unless `--wide` is given.
+    void write(const TextTable& table) const {
+        const bool isCut = terminal >= 0 && !settings.wide;
+        out.write(table.text(isCut ? sizeOfTerminal(terminal).columns : 0));
+    }
+
     /// Writes a record, or an array of records a line each.
-    void writeJson(const Json& json) const { out.write(jsonLines(json)); }
+    void writeJson(const paclient::Json& json) const { out.write(paclient::jsonLines(json)); }
 };
 
 }  // namespace console

@@ -17,7 +17,7 @@ enum class ExitCode : int {
     Interrupted = 130,   ///< SIGINT, SIGTERM or SIGHUP
 };
 
-/// Why a command ends early: its text is one line for stderr, or empty when all has been said.
+/// Why a command ends early: its text is one line for stderr, or empty when it has been reported.
 class Failure : public std::runtime_error {
 public:
     Failure(ExitCode exitCode, const std::string& text)
@@ -29,6 +29,17 @@ public:
 /// Of an option, or a positional argument, whose value cannot be used.
 inline Failure wrongValue(const std::string& option, const std::string& why) {
     return Failure(ExitCode::Usage, option + ": " + why);
+}
+
+/// The result of `read`; what it cannot read (std::invalid_argument) is a wrong value of the
+/// option.
+template <class Read>
+auto valueOf(const std::string& option, Read read) {
+    try {
+        return read();
+    } catch (const std::invalid_argument& fault) {
+        throw wrongValue(option, fault.what());
+    }
 }
 
 }  // namespace console

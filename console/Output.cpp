@@ -1,5 +1,6 @@
 #include "console/Output.h"
 
+#include <cerrno>
 #include <utility>
 
 #include "console/ExitCode.h"
@@ -9,9 +10,14 @@
 namespace console {
 
 void Output::write(const std::string& lines) {
+    if (beside_ != nullptr) {
+        beside_->status("");
+    }
     const std::lock_guard guard(lock_);
+    errno = 0;
     stream_ << lines << std::flush;
     if (!stream_) {
+        isClosed_ = isClosed_ || errno == EPIPE;
         interrupt::check();  // it ends a write that waits for the reader
         throw Failure(ExitCode::Usage, "the output cannot be written");
     }
@@ -23,7 +29,23 @@ void Output::diagnostic(const std::string& text) {
     if (holding_) {
         held_ += line;
     } else {
+        removeStatus();
         stream_ << line << std::flush;
+    }
+}
+
+void Output::status(const std::string& text) {
+    const std::lock_guard guard(lock_);
+    if (isTerminal_ && !holding_) {
+        removeStatus();
+        hasStatus_ = !text.empty();
+        stream_ << clean(text) << std::flush;
+    }
+}
+
+void Output::removeStatus() {
+    if (std::exchange(hasStatus_, false)) {
+        stream_ << "\r\x1b[K";
     }
 }
 

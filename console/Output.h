@@ -1,38 +1,58 @@
 #pragma once
 
+#include <atomic>
 #include <mutex>
 #include <ostream>
 #include <string>
 
 namespace console {
 
-/// Where lines go: stdout or stderr, or a string in a test. May be used from any thread; lines of
-/// two threads never mix.
+/// Where lines are written: stdout or stderr, or a string in a test. May be used from any thread;
+/// lines of two threads never mix.
 class Output {
 public:
-    explicit Output(std::ostream& stream) : stream_(stream) {}
+    /// @param beside     its status is removed before a line is written here, as both may be the
+    ///                   same terminal; may be null
+    /// @param isTerminal whether a status may be written here
+    explicit Output(std::ostream& stream, Output* beside = nullptr, bool isTerminal = false)
+        : stream_(stream), beside_(beside), isTerminal_(isTerminal) {}
 
     /// Writes whole lines and flushes them.
     /// @throws Failure when they cannot be written
     void write(const std::string& lines);
 
-    /// Writes one line of diagnostics, made harmless for a terminal. Nobody hears of a failure.
+    /// Whether the reader has closed its end, as `| head -1` does: the process ends then, without a
+    /// message.
+    bool isClosed() const { return isClosed_; }
+
+    /// Writes one line of diagnostics, made harmless for a terminal. A failure is ignored.
     void diagnostic(const std::string& text);
 
-    /// From now on diagnostics are kept for `takeHeld`, because somebody else has the cursor.
+    /// Shows a line that the next line, or the next status, replaces. Only on a terminal.
+    /// @param text empty to remove the status
+    void status(const std::string& text);
+
+    /// From now on diagnostics are kept for `takeHeld`, because the cursor is in a line that is
+    /// typed.
     void hold();
 
-    /// What has been kept since it was last asked for.
+    /// The lines kept since the last call.
     std::string takeHeld();
 
-    /// Writes what has been kept, and from now on all at once again.
+    /// Writes the lines kept; later ones are written at once again.
     void release();
 
 private:
+    void removeStatus();
+
+    std::atomic<bool> isClosed_{false};
     std::mutex lock_;
     // Guarded by lock_.
     std::ostream& stream_;
+    Output* const beside_;
+    const bool isTerminal_;
     bool holding_ = false;
+    bool hasStatus_ = false;
     std::string held_;
 };
 

@@ -5,33 +5,20 @@
 #include <string>
 #include <system_error>
 
+#include "client/StationClock.h"
 #include "console/ExitCode.h"
 #include "console/interrupt.h"
-#include "console/schedule/stationClock.h"
 #include "framework/log.h"
-#include "sdk/PAController.h"
 #include "sdk/globals.h"
-#include "simserver/schedules/Calendar.h"
 #include "simserver/station/StationFile.h"
 
 namespace console {
 
 namespace {
 
-/// How often somebody who waits looks for an interruption or a lost connection.
-constexpr std::chrono::milliseconds tick{50};
 constexpr double connectSeconds = 10;
 
-/// The facade of the process. Never destroyed: the controller uses it for as long as it lives.
-AudioServer& audioServer() {
-    static AudioServer& instance = []() -> AudioServer& {
-        gDeviceIPAddress = "127.0.0.1";
-        return *new AudioServer(gPaController);
-    }();
-    return instance;
-}
-
-/// The scenario that is installed beside the program, wherever that is.
+/// The scenario that is installed with the program.
 std::filesystem::path defaultScenario() {
     std::error_code unknown;
     const auto program = std::filesystem::read_symlink("/proc/self/exe", unknown);
@@ -39,7 +26,7 @@ std::filesystem::path defaultScenario() {
         .lexically_normal();
 }
 
-simserver::SimServer serverFor(const Settings& settings) try {
+simserver::EmbeddedEndpoint endpointFor(const Settings& settings) try {
     simserver::Options options;
     options.speed = settings.speed;
     options.spool = settings.spool;
@@ -49,10 +36,10 @@ simserver::SimServer serverFor(const Settings& settings) try {
     if (settings.clock) {
         const auto& [date, time] = *settings.clock;
         options.clock =
-            simserver::Calendar(station.timeZone)
+            paclient::Calendar(station.timeZone)
                 .momentOf({date->year, date->month, date->day, time->hour, time->minute});
     }
-    return simserver::SimServer(station, options);
+    return simserver::EmbeddedEndpoint(station, options);
 } catch (const std::exception& error) {
     throw Failure(ExitCode::CannotConnect, error.what());
 }
@@ -63,6 +50,12 @@ Moment after(double seconds) {
     const std::chrono::duration<double> limit(std::min(seconds, forEver));
     return std::chrono::steady_clock::now() +
            std::chrono::duration_cast<std::chrono::steady_clock::duration>(limit);
+}
+
+paclient::Wait interruptibleWait(double seconds) {
+    const std::chrono::duration<double> limit(std::min(seconds, forEver));
+    return {std::chrono::ceil<std::chrono::milliseconds>(limit),
+            [](std::chrono::milliseconds /*waited*/) { interrupt::check(); }};
 }
 
 Session::LogRedirection::LogRedirection(Output& diagnostics, long level) {
@@ -79,34 +72,49 @@ Session::LogRedirection::~LogRedirection() {
     pa::store(debugLevel, 0);
 }
 
-Session::Session(const Settings& settings, Output& diagnostics)
-    : log_(diagnostics, settings.debug),
-      server_(serverFor(settings)),
-      renewals_(server_),
-      transport_(renewals_),
-      link_(audioServer(), transport_) {
-    link_.setRefusalHandler(tellRefusal);
-    link_.setLevelHandler(tellLevel);
-    link_.start();
-    const Moment deadline = after(settings.timeout.value_or(connectSeconds));
-    while (!link_.waitUntilReady(tick)) {
-        interrupt::check();
-        if (std::chrono::steady_clock::now() >= deadline) {
-            throw Failure(ExitCode::CannotConnect, "the server does not answer in time");
-        }
-    }
-    setStationClock(serverInfo(), settings.speed);
+Session::Session(const Settings& settings, Output& diagnostics) try
+    : timeoutSeconds_(settings.timeout.value_or(connectSeconds)),
+      speed_(settings.speed),
+      log_(diagnostics, settings.debug),
+      endpoint_(endpointFor(settings)),
+      connection_(endpoint_) {
+    connection_.open(interruptibleWait(timeoutSeconds_));
+    setClock();
+} catch (const paclient::NotConnected& error) {
+    throw Failure(ExitCode::CannotConnect, error.what());
 }
 
 Session::~Session() = default;
 
-void Session::requireConnection() const {
-    if (!link_.isConnected()) {
+void Session::setClock() {
+    if (const std::uint64_t number = connection_.number(); number != clockOf_ && number != 0) {
+        paclient::setStationClock(paclient::StationClock(serverInfo(), speed_));
+        clockOf_ = number;
+    }
+}
+
+void Session::requireConnected() try {
+    connection_.requireConnected(interruptibleWait(timeoutSeconds_));
+    setClock();
+} catch (const paclient::NotConnected& error) {
+    throw Failure(ExitCode::ConnectionLost, error.what());
+}
+
+void Session::requireBackWithin(double seconds) {
+    setClock();
+    if (connection_.awayFor() > std::chrono::duration<double>(std::min(seconds, forEver))) {
         throw Failure(ExitCode::ConnectionLost, "the connection to the server is lost");
     }
 }
 
+void Session::waitUntilDelivered() try {
+    connection_.waitUntilDelivered(interruptibleWait(timeoutSeconds_));
+} catch (const paclient::NotConnected& error) {
+    throw Failure(ExitCode::ConnectionLost, error.what());
+}
+
 std::optional<Change> Session::nextChange(Changes& changes, Moment deadline) {
+    constexpr std::chrono::milliseconds tick{50};
     while (true) {
         interrupt::check();
         const auto left = std::chrono::ceil<std::chrono::milliseconds>(
@@ -114,7 +122,9 @@ std::optional<Change> Session::nextChange(Changes& changes, Moment deadline) {
         if (auto change = changes.next(std::clamp(left, std::chrono::milliseconds(0), tick))) {
             return change;
         }
-        requireConnection();
+        if (changes.takeDisconnection() || !connection_.isSynced()) {
+            throw Failure(ExitCode::ConnectionLost, "the connection to the server is lost");
+        }
         if (left.count() <= 0) {
             return std::nullopt;
         }
@@ -127,8 +137,12 @@ std::optional<Change> Session::nextAnswer(Changes& changes, Moment deadline) try
     throw Failure(failure.code, std::string(failure.what()) + "; the outcome is unknown");
 }
 
-KeyValueMap Session::serverInfo() const {
-    return audioServer().getServerInfo();
+simserver::SimControl& Session::simControl() {
+    simserver::SimControl* const control = endpoint_.simControl();
+    if (control == nullptr) {
+        throw Failure(ExitCode::Usage, "this server is not a simulated one");
+    }
+    return *control;
 }
 
 }  // namespace console

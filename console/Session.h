@@ -1,29 +1,34 @@
 #pragma once
 
 #include <chrono>
+#include <cstdint>
 #include <optional>
+#include <string>
 
+#include "client/Connection.h"
+#include "client/Wait.h"
 #include "console/Output.h"
 #include "console/Settings.h"
 #include "console/following/Changes.h"
 #include "console/following/RenewalCounter.h"
-#include "link/ServerLink.h"
-#include "link/embedded/EmbeddedTransport.h"
-#include "sdk/AudioServer.h"
-#include "simserver/SimServer.h"
+#include "simserver/EmbeddedEndpoint.h"
 
 namespace console {
 
 /// A moment on the clock that never jumps.
 using Moment = std::chrono::steady_clock::time_point;
 
-/// More seconds than anybody waits, and few enough for the clock.
+/// More seconds than any command waits, and few enough for the clock.
 constexpr double forEver = 1e9;
 
 /// The moment that is so many seconds away, `forEver` at most.
 Moment after(double seconds);
 
-/// The connection to a simulated server of its own, for as long as the object lives. One at a time.
+/// A wait that the user can interrupt.
+/// @param seconds `forEver` at most
+paclient::Wait interruptibleWait(double seconds);
+
+/// The connection of the console to its server, for as long as the object lives. One at a time.
 class Session {
 public:
     /// Connects and waits until everything that the server holds is known.
@@ -34,28 +39,39 @@ public:
     Session& operator=(const Session&) = delete;
     ~Session();
 
-    /// @throws Failure when the connection is lost
-    void requireConnection() const;
+    /// Waits while the connection is away.
+    /// @throws Failure when it is not back in time: 10 s, or --timeout; and when the user
+    /// interrupts
+    void requireConnected();
 
-    /// Waits until a connection that the server has dropped is known to be lost.
-    void waitUntilLost() { transport_.waitUntilDelivered(); }
+    /// @throws Failure when the connection has been away for longer
+    void requireBackWithin(double seconds);
+
+    /// Waits until everything that the server has reported so far has reached every `Changes` and
+    /// `paclient::Subscription`.
+    /// @throws Failure when the connection is lost meanwhile, the time is up, or the user
+    /// interrupts
+    void waitUntilDelivered();
 
     /// Takes the next change.
     /// @return nothing when none has come until `deadline`
     /// @throws Failure when the user interrupts, or the connection is lost
     std::optional<Change> nextChange(Changes& changes, Moment deadline);
 
-    /// The same for somebody who has asked for something: the failure says that what has become of
-    /// it is unknown.
+    /// The same for a command that has asked for something: the failure says that the outcome is
+    /// unknown.
     std::optional<Change> nextAnswer(Changes& changes, Moment deadline);
 
-    KeyValueMap serverInfo() const;
+    KeyValueMap serverInfo() const { return connection_.serverInfo(); }
 
     /// How often this client has renewed the lock of a source.
     int renewalsOf(int sourceId) const { return renewals_.renewalsOf(sourceId); }
 
-    /// The simulated server itself, for what happens on its own side.
-    simserver::SimServer& server() { return server_; }
+    paclient::Connection& connection() { return connection_; }
+
+    /// The server's own side.
+    /// @throws Failure when the server is not a simulated one
+    simserver::SimControl& simControl();
 
 private:
     /// Sends the lines of the log to the diagnostics while it lives.
@@ -67,11 +83,15 @@ private:
         ~LogRedirection();
     };
 
+    void setClock();
+
+    const double timeoutSeconds_;
+    const double speed_;
     LogRedirection log_;
-    simserver::SimServer server_;
+    simserver::EmbeddedEndpoint endpoint_;
     RenewalCounter renewals_;
-    palink::EmbeddedTransport transport_;
-    palink::ServerLink link_;
+    paclient::Connection connection_;
+    std::uint64_t clockOf_ = 0;  // the number of the connection that has set the station's clock
 };
 
 }  // namespace console

@@ -4,21 +4,23 @@
 #include <optional>
 #include <string>
 
-#include "console/schedule/scheduleTimes.h"
+#include "client/scheduleTimes.h"
 
 namespace console {
 
 /// The global options.
 struct Settings {
     bool json = false;
+    bool wide = false;               ///< tables are not cut to the terminal
     std::filesystem::path scenario;  ///< empty for the default one
     double speed = 1.0;              ///< simulated seconds per real second
     std::optional<double> timeout;   ///< seconds
-    std::filesystem::path spool;    ///< where the simulated server keeps uploads; empty: for itself
-    std::filesystem::path state;    ///< where it keeps schedules; empty: nowhere
-    std::optional<DateTime> clock;  ///< what it is at the station at first; empty: the real time
+    std::filesystem::path spool;  ///< where the simulated server keeps uploads; empty: for itself
+    std::filesystem::path state;  ///< where it keeps schedules; empty: nowhere
+    std::optional<paclient::DateTime>
+        clock;  ///< what it is at the station at first; empty: the real time
     long debug = 0;
-    std::string script;  ///< a file, "-" for the standard input, empty for none
+    std::filesystem::path script;  ///< a file, "-" for the standard input, empty for none
 };
 
 }  // namespace console

@@ -2,6 +2,9 @@
 
 #include <atomic>
 #include <csignal>
+#include <cstring>
+#include <ctime>
+#include <unistd.h>
 
 #include "console/ExitCode.h"
 
@@ -9,11 +12,38 @@ namespace console::interrupt {
 
 namespace {
 
-std::atomic<int> noted{0};  // the signal
-static_assert(std::atomic<int>::is_always_lock_free, "a signal handler writes it");
+constexpr int signals[] = {SIGINT, SIGTERM, SIGHUP};
+constexpr std::int64_t never = -1;
 
-/// A SIGINT takes nothing back from a signal that ends the process.
+std::atomic<int> noted{0};                                    // the signal
+std::atomic<std::int64_t> firstMS[] = {never, never, never};  // of each signal
+std::atomic<const char*> lastText{nullptr};
+static_assert(std::atomic<int>::is_always_lock_free &&
+                  std::atomic<std::int64_t>::is_always_lock_free,
+              "a signal handler writes them");
+
+/// The system's clock: a signal handler must not call the host's.
+std::int64_t now() {
+    timespec time = {};
+    clock_gettime(CLOCK_MONOTONIC, &time);
+    return std::int64_t(time.tv_sec) * 1000 + time.tv_nsec / 1000000;
+}
+
+std::atomic<std::int64_t>& firstOf(int signal) {
+    return firstMS[signal == SIGINT ? 0 : signal == SIGTERM ? 1 : 2];
+}
+
+/// A SIGINT does not replace a signal that ends the process.
 void note(int signal) {
+    const std::int64_t time = now();
+    std::int64_t first = never;
+    if (!firstOf(signal).compare_exchange_strong(first, time) && endsAtOnce(first, time)) {
+        const char* const text = lastText;
+        const ssize_t ignored = text == nullptr ? 0 : write(STDOUT_FILENO, text, std::strlen(text));
+        static_cast<void>(ignored);
+        std::signal(signal, SIG_DFL);
+        std::raise(signal);
+    }
     int none = 0;
     if (signal != SIGINT) {
         noted = signal;
@@ -22,20 +52,23 @@ void note(int signal) {
     }
 }
 
-void noteOnce(int signal) {
-    struct sigaction action = {};
-    action.sa_handler = note;
-    action.sa_flags = static_cast<int>(SA_RESETHAND);
-    sigemptyset(&action.sa_mask);
-    sigaction(signal, &action, nullptr);
-}
-
 }  // namespace
 
+bool endsAtOnce(std::int64_t first, std::int64_t nowMS) {
+    return first >= 0 && nowMS - first > repeatMS;
+}
+
 void install() {
-    for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
-        noteOnce(signal);
+    for (const int signal : signals) {
+        struct sigaction action = {};
+        action.sa_handler = note;
+        sigemptyset(&action.sa_mask);
+        sigaction(signal, &action, nullptr);
     }
+}
+
+void writeAtEnd(const char* text) {
+    lastText = text;
 }
 
 void check() {
@@ -48,7 +81,7 @@ bool rearm() {
     if (noted != SIGINT) {
         return false;
     }
-    noteOnce(SIGINT);  // first: from now on none is lost to the system's way
+    firstOf(SIGINT) = never;
     int interrupted = SIGINT;
     noted.compare_exchange_strong(interrupted, 0);
     return true;

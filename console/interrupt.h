@@ -1,18 +1,34 @@
 #pragma once
 
+#include <cstdint>
+
 /// @file
-/// SIGINT, SIGTERM and SIGHUP. Their handler only notes that one has come: whoever waits looks here
-/// often. A SIGINT asks that the command at hand ends, the others that the process does.
+/// SIGINT, SIGTERM and SIGHUP. Their handler notes that one has come: every wait checks it often. A
+/// SIGINT ends the command that runs, the others end the process.
 
 namespace console::interrupt {
 
-/// Notes each of the signals once; its second one ends the process in the system's way.
+/// Notes the signals. A signal that comes again, more than `repeatMS` later, ends the process in
+/// the system's way: what waits does not react to the first.
 void install();
 
-/// @throws Failure when one has come
+/// GNU timeout and some terminals send the same signal twice, one right after the other: to the
+/// process and to its group.
+constexpr std::int64_t repeatMS = 100;
+
+/// Whether a signal ends the process at once.
+/// @param firstMS when the same signal came before, or a negative number
+bool endsAtOnce(std::int64_t firstMS, std::int64_t nowMS);
+
+/// What a signal that ends the process at once writes to the standard output before: it restores
+/// the terminal.
+/// @param text lives as long as the process; null for nothing
+void writeAtEnd(const char* text);
+
+/// @throws Failure when a signal has come
 void check();
 
-/// Forgets a SIGINT, so that what follows can be interrupted anew.
+/// Forgets a SIGINT, so that what follows can be interrupted again.
 /// @return whether one had come
 bool rearm();
 

@@ -8,8 +8,8 @@
 
 namespace {
 
-/// A descriptor that the shell has closed must not be that of the next file opened: what is printed
-/// would land in it.
+/// A standard descriptor that the caller has closed must not become that of the next file opened:
+/// output would be written to it.
 void occupyStandardDescriptors() {
     int opened = open("/dev/null", O_RDONLY);
     while (opened >= 0 && opened <= STDERR_FILENO) {
@@ -25,6 +25,7 @@ int main(int argc, char** argv) {
     std::signal(SIGPIPE, SIG_IGN);  // a closed output is an error of its stream
     console::interrupt::install();
     const std::vector<std::string> words(argv + (argc > 0 ? 1 : 0), argv + argc);
-    const int terminal = isatty(STDOUT_FILENO) == 1 ? STDOUT_FILENO : -1;
-    return console::run(words, {std::cout, std::cerr, terminal});
+    const auto terminal = [](int descriptor) { return isatty(descriptor) == 1 ? descriptor : -1; };
+    return console::run(words,
+                        {std::cout, std::cerr, terminal(STDOUT_FILENO), terminal(STDERR_FILENO)});
 }

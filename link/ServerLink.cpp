@@ -1,5 +1,6 @@
 #include "link/ServerLink.h"
 
+#include <algorithm>
 #include <atomic>
 #include <exception>
 #include <stdexcept>
@@ -98,6 +99,22 @@ void ServerLink::waitUntilHandled() {
     router_.waitUntilIdle();
 }
 
+std::optional<std::uint64_t> ServerLink::beginRoundTrip() {
+    std::uint64_t number = 0;
+    {
+        const std::lock_guard guard(lock_);
+        number = ++roundTrips_;
+    }
+    return transport_.requestRoundTrip(number) ? std::optional(number) : std::nullopt;
+}
+
+bool ServerLink::waitForRoundTrip(std::uint64_t number, std::chrono::milliseconds limit) {
+    std::unique_lock guard(lock_);
+    const auto isBack = [this, number] { return completedRoundTrip_ >= number; };
+    changed_.wait_for(guard, limit, [&] { return isBack() || !connected_; });
+    return isBack();
+}
+
 bool ServerLink::isConnected() const {
     const std::lock_guard guard(lock_);
     return connected_;
@@ -142,7 +159,9 @@ void ServerLink::lose(const std::string& reason) {
 }
 
 void ServerLink::on(Record record) {
+    const HandledRecord handled{record.kind, record.key};
     router_.handle(std::move(record));
+    recordHandler_.call(handled);
 }
 
 void ServerLink::on(const Withdrawal& withdrawal) {
@@ -172,6 +191,13 @@ void ServerLink::on(const InitialSetComplete& /*complete*/) {
     change(ConnectionChange::State::Synced);
 }
 
+void ServerLink::on(const RoundTripComplete& complete) {
+    router_.waitUntilIdle();
+    const std::lock_guard guard(lock_);
+    completedRoundTrip_ = std::max(completedRoundTrip_, complete.number);
+    changed_.notify_all();
+}
+
 /// Enters the state, then calls the handler.
 void ServerLink::change(ConnectionChange::State state, const std::string& reason) {
     using State = ConnectionChange::State;
@@ -191,7 +217,11 @@ void ServerLink::change(ConnectionChange::State state, const std::string& reason
 }
 
 bool ServerLink::sendOperation(const pa::Operation& operation) {
-    return transport_.send(operation);
+    const bool sent = transport_.send(operation);
+    if (sent) {
+        sentHandler_.call(operation);
+    }
+    return sent;
 }
 
 void ServerLink::operationDropped(const pa::DroppedOperation& dropped) {

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <functional>
 #include <mutex>
+#include <optional>
 #include <string>
 #include <thread>
 
@@ -34,6 +35,12 @@ struct ConnectionChange {
     std::uint64_t number = 0;  ///< of the connection, counted from 1 in the life of the link; when
                                ///< stopped that of the last one, 0 when there was none
     std::string reason;        ///< of a disconnection
+};
+
+/// A record of the server is in the caches.
+struct HandledRecord {
+    pa::RecordKind kind = pa::RecordKind::Source;
+    int key = 0;
 };
 
 /// The client's connection to its audio server: joins a transport to the controller, the send queue
@@ -79,6 +86,15 @@ public:
     /// Called on a thread of the transport; for the changes by `stop` on the thread that stops.
     using ConnectionHandler = HandlerSlot<ConnectionChange>::Handler;
 
+    /// Notified of each record that has been handled, for what no observer is notified of: the
+    /// holder of a source's lock, the zones that are attached to a source. Called on a thread of
+    /// the transport, after the merge.
+    using RecordHandler = HandlerSlot<HandledRecord>::Handler;
+
+    /// Notified of each operation that the transport has taken. Called on the send queue's thread,
+    /// which sends nothing meanwhile.
+    using SentHandler = HandlerSlot<pa::Operation>::Handler;
+
     /// @param audioServer the facade of the process, never destroyed: the worker uses it
     /// @param transport   must outlive the link
     ServerLink(AudioServer& audioServer, Transport& transport);
@@ -110,6 +126,16 @@ public:
     /// Waits until every record that has been delivered so far has been handled.
     void waitUntilHandled();
 
+    /// Begins a round trip to the server, after the operations that were handed to the transport so
+    /// far.
+    /// @return its number; nothing when the link is down
+    [[nodiscard]] std::optional<std::uint64_t> beginRoundTrip();
+
+    /// Waits until the round trip is complete: everything that the server has reported until it
+    /// received the request is in the caches, and the observers have been notified.
+    /// @return false when that takes longer than `limit`, or the connection has been lost meanwhile
+    [[nodiscard]] bool waitForRoundTrip(std::uint64_t number, std::chrono::milliseconds limit);
+
     /// Whether the last change that was passed to the connection handler left the link connected.
     [[nodiscard]] bool isConnected() const;
 
@@ -128,6 +154,12 @@ public:
         connectionHandler_.set(std::move(handler));
     }
 
+    /// Replaces the handler of operations that have been sent; without one nothing happens.
+    void setSentHandler(SentHandler handler) { sentHandler_.set(std::move(handler)); }
+
+    /// Replaces the handler of records that have been merged; without one nothing happens.
+    void setRecordHandler(RecordHandler handler) { recordHandler_.set(std::move(handler)); }
+
 private:
     void deliver(ServerEvent event) override;                             // by the transport
     bool sendOperation(const pa::Operation& operation) override;          // by the send queue
@@ -140,6 +172,7 @@ private:
     void on(const Refusal& refusal);
     void on(const LevelReading& reading);
     void on(const InitialSetComplete& complete);
+    void on(const RoundTripComplete& complete);
     void end(std::chrono::milliseconds limit);
     void lose(const std::string& reason);
     void change(ConnectionChange::State state, const std::string& reason = {});
@@ -153,6 +186,8 @@ private:
     HandlerSlot<LevelReading> levelHandler_;
     HandlerSlot<DroppedOperation> dropHandler_;
     HandlerSlot<ConnectionChange> connectionHandler_;
+    HandlerSlot<HandledRecord> recordHandler_;
+    HandlerSlot<pa::Operation> sentHandler_;
 
     mutable std::mutex lock_;
     std::condition_variable changed_;
@@ -160,7 +195,9 @@ private:
     bool connected_ = false;
     bool ready_ = false;
     std::uint64_t connections_ = 0;
-    std::thread::id notifying_;  // the thread that calls the connection handler
+    std::uint64_t roundTrips_ = 0;          // begun
+    std::uint64_t completedRoundTrip_ = 0;  // the highest number that has come back
+    std::thread::id notifying_;             // the thread that calls the connection handler
 };
 
 }  // namespace palink

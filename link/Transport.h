@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <variant>
 
@@ -59,8 +60,14 @@ struct LevelReading {
 /// Everything that the server holds has been reported.
 struct InitialSetComplete {};
 
+/// A round trip to the server has come back: everything that the server has reported before it
+/// received the request, and because of the operations that it received before, has been delivered.
+struct RoundTripComplete {
+    std::uint64_t number = 0;
+};
+
 using ServerEvent = std::variant<Connected, Disconnected, Record, Withdrawal, Refusal, LevelReading,
-                                 InitialSetComplete>;
+                                 InitialSetComplete, RoundTripComplete>;
 
 /// Takes the events of a server, one at a time, in their order.
 class ServerEventSink {
@@ -102,6 +109,12 @@ public:
     /// controller held: blocks neither on the network nor on the server. Without a connection
     /// nothing is sent; a feed ends with its connection.
     virtual void meterLevel(bool subscribe, int element) = 0;
+
+    /// Sends a request after the operations that were sent so far, which the server answers after
+    /// everything that it has to report by then: `RoundTripComplete` with this number is delivered.
+    /// Does not block. A connection that is lost meanwhile delivers none.
+    /// @return false when the link is down
+    virtual bool requestRoundTrip(std::uint64_t number) = 0;
 
     /// Sends a file of this device and waits for the result.
     virtual UploadResult upload(const std::string& localPath, const std::string& serverPath) = 0;

@@ -123,6 +123,12 @@ public:
     [[nodiscard]] TextEncoding getAudioMessageTTSEncoding() const;
     /// @}
 
+    /// Every spoken text, with its language and voice.
+    [[nodiscard]] std::vector<TTSVocalizer> getAudioMessageTTSList() const;
+
+    /// How long a display template is shown, in seconds; negative for no end, and without one.
+    [[nodiscard]] int getVisualMessageValidity() const { return displayValidityPeriod; }
+
     /// A recorded stream that the server holds already.
     /// @throws std::out_of_range    when the path is empty
     /// @throws std::invalid_argument when the audio part has another type

@@ -138,6 +138,10 @@ public:
     /// @return whether it is released; false when this client does not hold it
     bool detachPaSource(int sourceId);
 
+    /// Renews the lock of every source that this client holds, as the worker does in each pass: for
+    /// a connection that has been away. Does not wait.
+    void renewSourceLocksNow();
+
     /// Starts the level-meter feed of the amplifier element that a source belongs to: its id
     /// divided by 100. An unknown source is ignored.
     void enablePaSourceVUMeter(int sourceId);

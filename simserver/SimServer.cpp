@@ -1,53 +1,29 @@
 #include "simserver/SimServer.h"
 
 #include <algorithm>
-#include <cmath>
 #include <iterator>
-#include <stdexcept>
 #include <utility>
 
-#include "framework/clock.h"
 #include "simserver/protocol/Refused.h"
-#include "simserver/protocol/RequestDecoder.h"
 
 namespace simserver {
 
-namespace {
+namespace op = pa::operations;
 
-Options checked(Options options) {
-    if (!std::isfinite(options.speed) || options.speed <= 0.0) {
-        throw std::invalid_argument("the speed of the simulated server must be above 0");
-    }
-    return options;
-}
-
-std::vector<std::string> idsOf(const std::vector<Zone>& zones) {
-    std::vector<std::string> ids(zones.size());
-    std::transform(zones.begin(), zones.end(), ids.begin(),
-                   [](const Zone& zone) { return zone.id; });
-    return ids;
-}
-
-}  // namespace
-
-SimServer::SimServer(Station station, Options options)
-    : options_(checked(std::move(options))),
-      spool_(options_.spool),
-      epoch_(options_.clock.value_or(pa::wallClock())),
-      startMS_(pa::monotonicMS()),
-      station_(std::move(station)),
-      repertoire_(station_, spool_),
-      engine_(idsOf(station_.zones), *this),
-      activity_(station_),
-      live_(engine_),
-      recorder_(station_, spool_),
-      schedules_(options_.state, station_.timeZone, epoch_),
-      studio_(station_, spool_, [this](const Preview& preview) {
-          const std::lock_guard guard(lock_);
-          tellPreview(preview);
-      }) {
-    if (!options_.manualTime) {
-        clock_ = std::make_unique<pa::PosixThread>("sim-clock", [this] { runClock(); });
+SimServer::SimServer(Station station, const Options& options)
+    : context_(std::move(station), options),
+      playback_(context_),
+      live_(playback_),
+      sinks_(context_, playback_.engine()),
+      triggers_(context_, live_),
+      sources_(context_, live_, triggers_),
+      meters_(context_, playback_.engine()),
+      recordings_(context_, playback_),
+      schedules_(context_, playback_),
+      timed_{&playback_, &sinks_, &triggers_, &meters_, &recordings_, &schedules_},
+      speech_(context_, lock_) {
+    if (!options.manualTime) {
+        clockThread_ = std::make_unique<pa::PosixThread>("sim-clock", [this] { runClock(); });
     }
 }
 
@@ -57,85 +33,132 @@ SimServer::~SimServer() {
         stopping_ = true;
     }
     changed_.notify_all();
-    clock_.reset();
+    clockThread_.reset();
 }
+
+// ------------------------------------------------------------------------------------ connection
 
 void SimServer::connectClient(palink::ServerEventSink& client) {
     const std::lock_guard guard(lock_);
     catchUp();
-    client_ = &client;
-    tellAll();
+    context_.publisher.connect(client);
+    publishAll();
 }
 
 void SimServer::disconnectClient() {
     const std::lock_guard guard(lock_);
-    client_ = nullptr;
+    context_.publisher.disconnect();
     meters_.clear();
 }
 
 void SimServer::dropClient() {
     const std::lock_guard guard(lock_);
-    tell(palink::Disconnected{"the server has dropped it"});
-    client_ = nullptr;
+    context_.publisher.event(palink::Disconnected{"the server has dropped it"});
+    context_.publisher.disconnect();
     meters_.clear();
 }
 
-void SimServer::meterLevel(bool subscribe, int element) {
-    const std::lock_guard guard(lock_);
-    if (requestsWithheld_) {
-        return;
-    }
-    catchUp();
-    meters_.subscribe(subscribe, element, meterTimeMS());
-    changed_.notify_all();
-}
-
-palink::UploadResult SimServer::storeFile(const std::string& localPath,
-                                          const std::string& serverPath) {
-    return spool_.store(localPath, serverPath);  // a long copy does not hold up what plays
+/// Everything that the server holds, for a new client.
+void SimServer::publishAll() {
+    const Station& station = context_.station;
+    palink::Connected connected{station.dstNo, station.dstNo, false, {}};
+    connected.serverInfo.set("name", station.name);
+    connected.serverInfo.set("software", "simulated audio server");
+    connected.serverInfo.set("timeZone", station.timeZone);
+    connected.serverInfo.set("clock", std::to_string(context_.clock.wallTime()));
+    context_.publisher.event(std::move(connected));
+    sources_.publishAll();
+    sinks_.publishAll();
+    triggers_.publishAll();
+    speech_.publishAll();
+    schedules_.publishAll();
+    playback_.publishAll();
+    recordings_.publishAll();
+    context_.publisher.event(palink::InitialSetComplete{});
 }
 
 // ------------------------------------------------------------------------------------ operations
 
-const SimServer::OperationRow SimServer::operations[] = {
-    {pa::operations::attachSource, &SimServer::attachSource},
-    {pa::operations::detachSource, &SimServer::detachSource},
-    {pa::operations::attachZones, &SimServer::attachZones},
-    {pa::operations::detachZones, &SimServer::detachZones},
-    {pa::operations::activateTrigger, &SimServer::activateSoftwareTrigger},
-    {pa::operations::deactivateTrigger, &SimServer::deactivateSoftwareTrigger},
-    {pa::operations::renewLock, &SimServer::extendLock},
-    {pa::operations::setSinkGain, &SimServer::setSinkGain},
-    {pa::operations::setSourceGain, &SimServer::setSourceGain},
-    {pa::operations::setMonitoring, &SimServer::setMonitoring},
-    {pa::operations::playMessage, &SimServer::play},
-    {pa::operations::cancelMessage, &SimServer::cancel},
-    {pa::operations::putSchedule, &SimServer::putSchedule},
-    {pa::operations::deleteSchedule, &SimServer::deleteSchedule},
-    {pa::operations::resetSink, &SimServer::resetSink},
-    {pa::operations::startRecording, &SimServer::startRecording},
-    {pa::operations::stopRecording, &SimServer::stopRecording},
-    {pa::operations::deleteRecording, &SimServer::deleteRecording},
-    {pa::operations::previewRecording, &SimServer::previewRecording},
-    {pa::operations::retrieveAudio, &SimServer::retrieveAudio},
+namespace {
+
+/// Has a part of the server perform an operation.
+template <auto part, auto function>
+void performBy(SimServer& server, const std::string& payload) {
+    ((server.*part).*function)(payload);
+}
+
+}  // namespace
+
+struct SimServer::OperationRow {
+    pa::OperationType type;
+    void (*perform)(SimServer& server, const std::string& payload);
 };
 
-void SimServer::withholdRequests(bool on) {
-    const std::lock_guard guard(lock_);
-    requestsWithheld_ = on;
+const SimServer::OperationRow SimServer::operations[] = {
+    {op::attachSource, performBy<&SimServer::sources_, &Sources::lock>},
+    {op::detachSource, performBy<&SimServer::sources_, &Sources::unlock>},
+    {op::attachZones, performBy<&SimServer::sources_, &Sources::attachZones>},
+    {op::detachZones, performBy<&SimServer::sources_, &Sources::detachZones>},
+    {op::activateTrigger, performBy<&SimServer::triggers_, &Triggers::activate>},
+    {op::deactivateTrigger, performBy<&SimServer::triggers_, &Triggers::deactivate>},
+    {op::renewLock, performBy<&SimServer::sources_, &Sources::extendLock>},
+    {op::setSinkGain, performBy<&SimServer::sinks_, &Sinks::setGain>},
+    {op::setSourceGain, performBy<&SimServer::sources_, &Sources::setGain>},
+    {op::setMonitoring, performBy<&SimServer::sinks_, &Sinks::setMonitoring>},
+    {op::playMessage, performBy<&SimServer::playback_, &Playback::play>},
+    {op::cancelMessage, performBy<&SimServer::playback_, &Playback::cancel>},
+    {op::putSchedule, performBy<&SimServer::schedules_, &Schedules::put>},
+    {op::deleteSchedule, performBy<&SimServer::schedules_, &Schedules::remove>},
+    {op::resetSink, performBy<&SimServer::sinks_, &Sinks::reset>},
+    {op::startRecording, performBy<&SimServer::recordings_, &Recordings::start>},
+    {op::stopRecording, performBy<&SimServer::recordings_, &Recordings::stop>},
+    {op::deleteRecording, performBy<&SimServer::recordings_, &Recordings::remove>},
+    {op::previewRecording, performBy<&SimServer::recordings_, &Recordings::preview>},
+    {op::retrieveAudio, performBy<&SimServer::speech_, &Speech::retrieve>},
+};
+
+/// An operation that is refused has changed nothing.
+void SimServer::perform(const pa::Operation& operation) {
+    catchUp();
+    const auto* const row = std::find_if(
+        std::begin(operations), std::end(operations),
+        [&operation](const OperationRow& candidate) { return candidate.type == operation.type; });
+    if (row == std::end(operations)) {
+        throw Refused("this operation is not simulated");
+    }
+    row->perform(*this, operation.payload);
+    settle();
 }
 
 void SimServer::handleOperation(const pa::Operation& operation) {
     const std::lock_guard guard(lock_);
-    if (requestsWithheld_) {
+    if (requestsIgnored_) {
         return;
     }
     try {
         perform(operation);
     } catch (const Refused& refused) {
-        tell(palink::Refusal{operation.type, requestId_, refused.what()});
+        context_.publisher.event(
+            palink::Refusal{operation.type, refused.requestId(), refused.what()});
     }
 }
+
+void SimServer::meterLevel(bool subscribe, int element) {
+    const std::lock_guard guard(lock_);
+    if (requestsIgnored_) {
+        return;
+    }
+    catchUp();
+    meters_.subscribe(subscribe, element);
+    changed_.notify_all();
+}
+
+palink::UploadResult SimServer::storeFile(const std::string& localPath,
+                                          const std::string& serverPath) {
+    return context_.uploads.store(localPath, serverPath);  // without the lock: it may take long
+}
+
+// --------------------------------------------------------------------------- the server's own side
 
 std::optional<std::string> SimServer::operateAsOther(const pa::Operation& operation) {
     const std::lock_guard guard(lock_);
@@ -147,65 +170,47 @@ std::optional<std::string> SimServer::operateAsOther(const pa::Operation& operat
     }
 }
 
-/// An operation that is refused has changed nothing.
-void SimServer::perform(const pa::Operation& operation) {
+void SimServer::setTrigger(int triggerId, bool active) {
+    const std::lock_guard guard(lock_);
     catchUp();
-    requestId_.clear();
-    const auto* const row = std::find_if(
-        std::begin(operations), std::end(operations),
-        [&operation](const OperationRow& candidate) { return candidate.type == operation.type; });
-    if (row == std::end(operations)) {
-        throw Refused("this operation is not simulated");
-    }
-    (this->*row->perform)(operation.payload);
+    triggers_.setTrigger(triggerId, active);
     settle();
 }
 
-void SimServer::play(const std::string& payload) {
-    PlayRequest request;
-    try {
-        decodePlay(payload, request);
-    } catch (const Refused&) {
-        requestId_ = request.id;
-        throw;
-    }
-    if (request.id.empty()) {
-        request.id = newRequestId();
-    }
-    requestId_ = request.id;
-    if (engine_.isActive(request.id)) {
-        throw Refused("request \"" + request.id + "\" is active already");
-    }
-    for (const RequestPart& part : request.parts) {
-        repertoire_.check(part);
-    }
-    engine_.play(request, now_);
+void SimServer::setSelector(int selectorId, int state) {
+    const std::lock_guard guard(lock_);
+    catchUp();
+    triggers_.setSelector(selectorId, state);
+    settle();
 }
 
-void SimServer::cancel(const std::string& payload) {
-    const CancelRequest request = decodeCancel(payload);
-    requestId_ = request.id;
-    if (!engine_.cancel(request, now_)) {
-        throw Refused(request.type == nullptr ? "no announcement \"" + request.id + "\" is active"
-                                              : std::string("no announcement of type ") +
-                                                    request.type->name + " is active");
-    }
+void SimServer::lockSource(int sourceId, const std::string& client) {
+    const std::lock_guard guard(lock_);
+    perform({-1, op::attachSource, 1, std::to_string(sourceId) + "," + client});
 }
 
-std::optional<SimTime> SimServer::lengthOf(const RequestPart& part) {
-    if (!part.whyNot.empty()) {
-        throw Refused(part.whyNot);
-    }
-    return repertoire_.lengthOf(part);
+void SimServer::unlockSource(int sourceId, const std::string& client) {
+    const std::lock_guard guard(lock_);
+    perform({-1, op::detachSource, 1, std::to_string(sourceId) + "," + client});
 }
 
-/// An id for a request that comes without one.
-std::string SimServer::newRequestId(const std::string& kind) {
-    std::string id;
-    do {
-        id = kind + "-" + std::to_string(++lastOwnId_);
-    } while (engine_.isActive(id));
-    return id;
+void SimServer::ignoreRenewals(bool on) {
+    const std::lock_guard guard(lock_);
+    sources_.ignoreRenewals(on);
+}
+
+void SimServer::ignoreRequests(bool on) {
+    const std::lock_guard guard(lock_);
+    requestsIgnored_ = on;
+}
+
+IgnoredOperations SimServer::ignored() const {
+    const std::lock_guard guard(lock_);
+    return {sources_.ignoresRenewals(), requestsIgnored_};
+}
+
+void SimServer::waitUntilSpoken() {
+    speech_.waitUntilIdle();
 }
 
 }  // namespace simserver

@@ -1,4 +1,4 @@
-/// How time passes for the simulated server: its clock thread, and what falls due.
+/// The time of the simulated server: its clock thread, and what falls due.
 
 #include <algorithm>
 #include <cmath>
@@ -11,97 +11,50 @@ namespace simserver {
 
 void SimServer::advance(SimTime simulated) {
     const std::lock_guard guard(lock_);
-    playUntil(now_ + std::clamp(simulated, SimTime{0}, longest));
+    playUntil(context_.clock.now() + std::clamp(simulated, SimTime{0}, longest));
     catchUp();
 }
 
-/// What the server's wall clock shows.
-std::time_t SimServer::wallTime() const {
-    return epoch_ + std::chrono::duration_cast<std::chrono::seconds>(now_).count();
-}
-
-/// Simulated time by the clock; with manual time what has been let pass.
-SimTime SimServer::clockTime() const {
-    if (options_.manualTime) {
-        return now_;
-    }
-    const double passed = static_cast<double>(pa::monotonicMS() - startMS_) * options_.speed;
-    return SimTime(
-        static_cast<SimTime::rep>(std::min(passed, static_cast<double>(longest.count()))));
-}
-
-/// The meters are read in real time, so that their feed does not depend on the speed.
-std::int64_t SimServer::meterTimeMS() const {
-    return options_.manualTime ? now_.count() : pa::monotonicMS();
-}
-
-/// Lets everything happen that has fallen due, by the simulated clock and by the real one.
+/// Does everything that is due, by the simulated clock and by the real one.
 void SimServer::catchUp() {
-    playUntil(clockTime());
-    lapseLocks();
-    readMeters();
+    playUntil(context_.clock.target());
+    if (sources_.takeLapsed()) {
+        settle();
+    }
+    meters_.takeDue();
 }
 
-const SimServer::TimedRow SimServer::timed[] = {
-    {&SimServer::nextEnd, &SimServer::playDue},
-    {&SimServer::nextReset, &SimServer::endResets},
-    {&SimServer::nextTimetableChange, &SimServer::followTimetables},
-    {&SimServer::nextSimulatedReading, &SimServer::readMeters},
-    {&SimServer::nextRecordingEnd, &SimServer::endRecording},
-    {&SimServer::nextScheduledRun, &SimServer::playSchedules},
-};
-
-std::optional<SimTime> SimServer::nextDue() const {
-    return earliest(timed, [this](const TimedRow& row) { return (this->*row.next)(); });
-}
-
+/// Does what is due until `time`, in order of time.
 void SimServer::playUntil(SimTime time) {
-    for (auto due = nextDue(); due && *due <= time; due = nextDue()) {
-        now_ = std::max(now_, *due);
-        for (const TimedRow& row : timed) {
-            (this->*row.takeDue)();
+    const auto next = [this] {
+        return earliest(timed_, [](const TimedPart* part) { return part->nextDue(); });
+    };
+    for (auto due = next(); due && *due <= time; due = next()) {
+        context_.clock.reach(*due);
+        for (TimedPart* const part : timed_) {
+            part->takeDue();
         }
-        tellActivity();
+        sinks_.publishChanges();
+        live_.forgetEnded();
     }
-    now_ = std::max(now_, time);
+    context_.clock.reach(time);
 }
 
-std::optional<SimTime> SimServer::nextEnd() const {
-    return engine_.nextDue();
-}
-
-void SimServer::playDue() {
-    engine_.playDue(now_);
-}
-
-std::optional<SimTime> SimServer::nextSimulatedReading() const {
-    const auto next = options_.manualTime ? meters_.nextReading() : std::nullopt;
-    return next ? std::optional(SimTime(*next)) : std::nullopt;
-}
-
-void SimServer::readMeters() {
-    if (const auto next = meters_.nextReading(); !next || *next > meterTimeMS()) {
-        return;
-    }
-    for (const palink::LevelReading& reading : meters_.read(station_, engine_, meterTimeMS())) {
-        tell(reading);
-    }
-}
-
-/// Tells what a change brought about, and lets pass what lasts no time at all.
+/// Reports the effects of a change, and ends what has no duration.
 void SimServer::settle() {
-    tellActivity();
-    playUntil(now_);
+    sinks_.publishChanges();
+    live_.forgetEnded();
+    playUntil(context_.clock.now());
     changed_.notify_all();
 }
 
-/// How long the clock may sleep; nothing when nothing is due at all.
+/// How long the clock thread may wait; nothing when nothing is due.
 std::optional<double> SimServer::realMSToNextDue() const {
     std::optional<double> wait;
-    if (const auto due = nextDue()) {
-        wait = static_cast<double>((*due - now_).count()) / options_.speed;
+    if (const auto due = earliest(timed_, [](const TimedPart* part) { return part->nextDue(); })) {
+        wait = context_.clock.realMSUntil(*due);
     }
-    for (const auto& real : {locks_.nextLapse(), meters_.nextReading()}) {
+    for (const auto& real : {sources_.nextLapse(), meters_.nextReading()}) {
         if (real) {
             const auto left = static_cast<double>(*real - pa::monotonicMS());
             wait = wait ? std::min(*wait, left) : left;

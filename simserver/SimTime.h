@@ -4,10 +4,10 @@
 
 namespace simserver {
 
-/// Simulated time: since the server started, or a stretch of it.
+/// Simulated time: since the start of the server, or a duration.
 using SimTime = std::chrono::milliseconds;
 
-/// No announcement is longer: whatever adds up to more is cut to it, so that sums do not overflow.
+/// The longest announcement: longer sums are cut to it, so that they do not overflow.
 constexpr SimTime longest = std::chrono::hours(24 * 365 * 100);
 
 }  // namespace simserver

@@ -4,8 +4,7 @@
 
 namespace simserver {
 
-/// The earliest of the times that `timeOf(thing)` gives, each of them optional; nothing when there
-/// is none.
+/// The earliest of the optional times `timeOf(thing)`; nothing when there is none.
 template <class Things, class TimeOf>
 auto earliest(const Things& things, TimeOf timeOf) {
     decltype(timeOf(*std::begin(things))) first;

@@ -9,8 +9,8 @@
 
 namespace simserver {
 
-/// The one of `things` that has an id.
-/// @param what how people call such a thing
+/// The element of a list with an id.
+/// @param what its kind, for the refusal
 /// @throws Refused when there is none
 template <class Thing>
 Thing& byId(std::vector<Thing>& things, int id, const char* what) {
@@ -22,7 +22,7 @@ Thing& byId(std::vector<Thing>& things, int id, const char* what) {
     return *found;
 }
 
-/// The voice of a station with these three.
+/// The voice of a station with this language, name and rate.
 /// @throws Refused when there is none
 inline const Voice& voiceOf(const Station& station, const std::string& language,
                             const std::string& name, int rate) {

@@ -1,17 +1,19 @@
 #include "console/arguments/commandLine.h"
 
-#include <CLI/CLI.hpp>
 #include <algorithm>
+#include <cstring>
 #include <utility>
 
 #include "console/ExitCode.h"
 #include "console/arguments/CommandPlace.h"
-#include "console/arguments/Parser.h"
-#include "console/schedule/scheduleTimes.h"
-#include "console/text/lookup.h"
-#include "console/text/recordText.h"
+#include "console/arguments/options.h"
+#include "client/scheduleTimes.h"
+#include "client/find.h"
+#include "client/recordText.h"
 
 namespace console {
+
+using namespace paclient;
 
 namespace {
 
@@ -21,51 +23,54 @@ constexpr const char* exitCodes =
     "  4 refused, failed, cancelled or pre-empted, 5 timed out with the outcome unknown,\n"
     "  8 connection lost, 130 interrupted";
 
-/// The options that may stand on every line of a script too.
-void addLineOptions(Parser& parser, Settings& settings) {
+/// The options that every line of a script may have too.
+void addLineOptions(CLI::App& app, Settings& settings) {
     const auto takeFormat = [&settings](const std::string& text) {
         settings.json = text == "json";
     };
-    parser.add("--format", takeFormat, "text (default) or json", "FORMAT").oneOf({"text", "json"});
-    parser.addNumber("--timeout", settings.timeout, {0, forEver},
-                     "Seconds to wait for the server (mostly 10; play --wait: no limit)");
+    addParsed(app, "--format", takeFormat, "text (default) or json", "FORMAT")
+        ->check(oneOf({"text", "json"}));
+    app.add_flag("--wide", settings.wide, "Tables wider than the terminal");
+    addNumber(app, "--timeout", settings.timeout, {0, forEver},
+              "Seconds to wait for the server (mostly 10; play --wait: no limit)");
+}
+
+void addPath(CLI::App& app, const char* name, std::filesystem::path& path, const char* help,
+             const char* type) {
+    const auto take = [&path, name](const std::string& text) {
+        if (text.empty()) {
+            throw wrongValue(name, "the path is empty");
+        }
+        path = text;
+    };
+    addParsed(app, name, take, help, type);
 }
 
 /// The options that choose the server and what the process does.
-void addProcessOptions(Parser& parser, Settings& settings) {
-    const auto addPath = [&parser](const char* name, auto& path, const char* help,
-                                   const char* type) {
-        const auto take = [&path, name](const std::string& text) {
-            if (text.empty()) {
-                throw wrongValue(name, "the path is empty");
-            }
-            path = text;
-        };
-        parser.add(name, take, help, type);
-    };
-    addPath("--scenario", settings.scenario, "Station of the simulated server", "FILE");
-    parser.addNumber("--speed", settings.speed, {1e-3, 1e6},
-                     "Simulated seconds per second (default 1)");
-    addPath("--spool", settings.spool,
+void addProcessOptions(CLI::App& app, Settings& settings) {
+    addPath(app, "--scenario", settings.scenario, "Station of the simulated server", "FILE");
+    addNumber(app, "--speed", settings.speed, {1e-3, 1e6},
+              "Simulated seconds per second (default 1)");
+    addPath(app, "--spool", settings.spool,
             "Folder where the simulated server keeps uploads and recordings", "DIR");
-    addPath("--state", settings.state, "Folder where the simulated server keeps schedules", "DIR");
+    addPath(app, "--state", settings.state, "Folder where the simulated server keeps schedules",
+            "DIR");
     const auto takeClock = [&settings](const std::string& text) {
-        const DateTime typed = parseDateTime("--clock", text);
+        const DateTime typed = valueOf("--clock", [&] { return parseDateTime(text); });
         if (!typed.date || !typed.time) {
             throw wrongValue("--clock", "'" + text + "' is not a date and a time");
         }
         settings.clock = typed;
     };
-    parser.add("--clock", takeClock,
-               "What time it is at the station at first, as 2026-12-01T05:59 (default: the real "
-               "time)",
-               "DATETIME");
-    parser.addWhole("--debug", settings.debug, {0, 3}, "Verbosity of the log, 0 to 3");
-    addPath("--script", settings.script,
+    addParsed(app, "--clock", takeClock,
+              "Station time at the start, as 2026-12-01T05:59 (default: the real time)",
+              "DATETIME");
+    addWhole(app, "--debug", settings.debug, {0, 3}, "Verbosity of the log, 0 to 3");
+    addPath(app, "--script", settings.script,
             "Run console commands, one a line; - for the standard input", "FILE");
 }
 
-/// The parser takes an empty value behind "=" for a missing one, so it becomes a word of its own.
+/// The parser takes an empty value after "=" for a missing one, so it becomes a word of its own.
 std::vector<std::string> withEmptyValues(const std::vector<std::string>& words) {
     std::vector<std::string> result;
     for (const std::string& word : words) {
@@ -90,52 +95,75 @@ constexpr std::pair<const char*, const char*> shellWords[] = {
     {"quit", "Leave the shell"},
 };
 
+/// Parts of the library's messages, and the console's own words for them.
+constexpr std::pair<const char*, const char*> rewordings[] = {
+    {"The following argument was not expected: ", "this is not expected here: "},
+    {"The following arguments were not expected: ", "these are not expected here: "},
+    {" is required", " is missing"},
+    {" requires ", " needs "},
+    {" excludes ", " cannot be combined with "},
+    {": At Most 1 required but received ", ": one value is allowed, not "},
+    {": 1 required ", ": a value is missing: "},
+    {" was given a disallowed flag override", " takes no value"},
+};
+
+std::string reworded(std::string message) {
+    for (const auto& [theirs, ours] : rewordings) {
+        if (const std::size_t at = message.find(theirs); at != std::string::npos) {
+            return message.replace(at, std::strlen(theirs), ours);
+        }
+    }
+    return message;
+}
+
 }  // namespace
 
 CommandParser::CommandParser(const Settings& defaults, LineKind kind)
     : line_{defaults, {}, {}},
-      app_(std::make_unique<CLI::App>("The operator's console of a public-address system.",
-                                      "paconsole")) {
-    app_->fallthrough();
-    app_->require_subcommand(0, 1);
-    app_->footer(exitCodes);
-    app_->get_formatter()->label("SUBCOMMAND", "COMMAND");
-    app_->get_formatter()->column_width(36);
-    Parser parser(*app_);
-    addLineOptions(parser, line_.settings);
+      kind_(kind),
+      app_("The operator's console of a public-address system.", "paconsole") {
+    app_.fallthrough();
+    app_.require_subcommand(0, 1);
+    app_.footer(exitCodes);
+    app_.get_formatter()->label("SUBCOMMAND", "COMMAND");
+    app_.get_formatter()->column_width(36);
+    addLineOptions(app_, line_.settings);
     if (kind == LineKind::Process) {
-        addProcessOptions(parser, line_.settings);
-        app_->set_version_flag("--version", version, "Print the version");
+        addProcessOptions(app_, line_.settings);
+        app_.set_version_flag("--version", version, "Print the version");
     }
     for (const Command& command : commands()) {
-        CLI::App& subcommand = *app_->add_subcommand(command.name, command.help);
-        if (command.ownsProcess && kind != LineKind::Process) {
-            subcommand.group("");  // the help leaves it out
-            handlers_.emplace_back(refuseInside);
-        } else {
-            subcommand.group("Commands");
-            Parser arguments(subcommand);
-            handlers_.push_back(command.define(arguments));
-        }
+        const bool isHidden = command.ownsProcess && kind != LineKind::Process;
+        addCommand(app_, command)->group(isHidden ? "" : "Commands");
     }
     if (kind == LineKind::Shell) {
-        addShellWords();
+        for (const auto& [name, help] : shellWords) {
+            app_.add_subcommand(name, help)->group("Shell");
+        }
     }
 }
 
-CommandParser::~CommandParser() = default;
-
-void CommandParser::addShellWords() {
-    for (const auto& [name, help] : shellWords) {
-        app_->add_subcommand(name, help)->group("Shell");
-        handlers_.emplace_back();
+CLI::App* CommandParser::addCommand(CLI::App& above, const Command& command) {
+    CLI::App* const app = above.add_subcommand(command.name, command.help);
+    if (command.ownsProcess && kind_ != LineKind::Process) {
+        handlers_[app] = refuseInside;
+        return app;
     }
+    if (command.define != nullptr) {
+        handlers_[app] = command.define(*app);
+        return app;
+    }
+    app->require_subcommand(1);
+    for (const Command& below : command.below) {
+        addCommand(*app, below);
+    }
+    return app;
 }
 
-/// A word that is no command or no option where one must stand, with the nearest ones; nothing when
+/// A word that is no command or no option where one is expected, with the nearest ones; empty when
 /// there is none.
 std::string CommandParser::unknownWordIn(const std::vector<std::string>& words) const {
-    CommandPlace place(*app_);
+    CommandPlace place(app_);
     for (const std::string& word : words) {
         const bool isOption = !place.awaitsValue() && word.compare(0, 2, "--") == 0;
         const auto names = isOption ? place.options() : place.subcommands();
@@ -149,20 +177,20 @@ std::string CommandParser::unknownWordIn(const std::vector<std::string>& words) 
     return {};
 }
 
-/// What is wrong with a line, in the words of the console where commands are concerned.
+/// What is wrong with a line, in the words of the console.
 std::string CommandParser::faultOf(const std::vector<std::string>& words,
                                    const std::exception& error) const {
     if (const std::string unknown = unknownWordIn(words); !unknown.empty()) {
         return unknown;
     }
-    CommandPlace place(*app_);
+    CommandPlace place(app_);
     for (const std::string& word : words) {
         place.pass(word);
     }
     const auto names = place.subcommands();
     const bool lacksCommand = dynamic_cast<const CLI::RequiredError*>(&error) != nullptr;
     return lacksCommand && !names.empty() ? "a command is missing: " + valueText(names)
-                                          : error.what();
+                                          : reworded(error.what());
 }
 
 std::optional<CommandLine> CommandParser::read(std::vector<std::string> words, Output& out) {
@@ -172,13 +200,13 @@ std::optional<CommandLine> CommandParser::read(std::vector<std::string> words, O
     }
     try {
         auto arguments = withEmptyValues(words);
-        std::reverse(arguments.begin(), arguments.end());  // as the parser wants them
-        app_->parse(arguments);
+        std::reverse(arguments.begin(), arguments.end());  // the order that the parser expects
+        app_.parse(arguments);
     } catch (const CLI::CallForHelp&) {
         if (const std::string unknown = unknownWordIn(words); !unknown.empty()) {
             throw Failure(ExitCode::Usage, unknown);
         }
-        const std::string help = app_->help();
+        const std::string help = app_.help();
         out.write(help.back() == '\n' ? help : help + '\n');
         return std::nullopt;
     } catch (const CLI::CallForVersion& wanted) {
@@ -187,12 +215,13 @@ std::optional<CommandLine> CommandParser::read(std::vector<std::string> words, O
     } catch (const CLI::ParseError& error) {
         throw Failure(ExitCode::Usage, faultOf(words, error));
     }
-    const auto all = app_->get_subcommands({});
-    for (std::size_t i = 0; i < all.size(); ++i) {
-        if (all[i]->parsed()) {
-            line_.command = all[i]->get_name();
-            line_.handler = handlers_[i];
-        }
+    const CLI::App* app = &app_;
+    while (!app->get_subcommands().empty()) {
+        app = app->get_subcommands().front();
+        line_.command += (line_.command.empty() ? "" : " ") + app->get_name();
+    }
+    if (const auto found = handlers_.find(app); found != handlers_.end()) {
+        line_.handler = found->second;
     }
     return line_;
 }

@@ -1,13 +1,15 @@
 #pragma once
 
+#include <CLI/CLI.hpp>
 #include <exception>
-#include <memory>
+#include <map>
 #include <optional>
 #include <string>
 #include <vector>
 
 #include "console/Output.h"
 #include "console/Settings.h"
+#include "console/arguments/LineKind.h"
 #include "console/commands/commands.h"
 
 namespace console {
@@ -15,21 +17,16 @@ namespace console {
 /// A command line, read.
 struct CommandLine {
     Settings settings;
-    std::string command;  ///< empty for none
-    Handler handler;      ///< of the command
+    std::string command;  ///< its name, as in "source attach"; empty for none
+    Handler handler;      ///< of the command; empty for a word of the shell
 };
-
-/// What a command line may choose: the server and all that the process does, or, on a line of a
-/// script or a shell, only what the line itself does.
-enum class LineKind { Process, Script, Shell };
 
 /// The parser of command lines.
 class CommandParser {
 public:
-    /// @param defaults what holds where a line says nothing
+    /// @param defaults the settings that a line does not change
     CommandParser(const Settings& defaults, LineKind kind);
-    ~CommandParser();
-    CommandParser(const CommandParser&) = delete;  // the parser points into the line
+    CommandParser(const CommandParser&) = delete;  // the app points into the line
     CommandParser& operator=(const CommandParser&) = delete;
 
     /// Reads one command line, or prints the help that it asks for. Not to be called twice.
@@ -39,16 +36,17 @@ public:
     std::optional<CommandLine> read(std::vector<std::string> words, Output& out);
 
     /// Every command with its options.
-    const CLI::App& tree() const { return *app_; }
+    const CLI::App& tree() const { return app_; }
 
 private:
-    void addShellWords();
+    CLI::App* addCommand(CLI::App& above, const Command& command);
     std::string unknownWordIn(const std::vector<std::string>& words) const;
     std::string faultOf(const std::vector<std::string>& words, const std::exception& error) const;
 
     CommandLine line_;
-    const std::unique_ptr<CLI::App> app_;
-    std::vector<Handler> handlers_;  // of the commands, in the order of their table
+    const LineKind kind_;
+    CLI::App app_;
+    std::map<const CLI::App*, Handler> handlers_;  // of the commands that do something
 };
 
 }  // namespace console

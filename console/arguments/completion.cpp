@@ -4,10 +4,10 @@
 #include <algorithm>
 #include <iterator>
 
+#include "client/letterCase.h"
 #include "console/arguments/CommandPlace.h"
 #include "console/arguments/words.h"
 #include "console/text/cleanText.h"
-#include "console/text/lookup.h"
 
 namespace console {
 
@@ -18,10 +18,10 @@ struct ArgumentRow {
     const char* command;   ///< empty for any
     const char* argument;  ///< an option, or a positional argument as the help writes it
     const char* kind;      ///< empty: the word before is the kind
-    bool isList = false;   ///< several may stand with commas between
+    bool isList = false;   ///< several values, with commas between
 };
 
-/// The first row that fits counts. Arguments whose values the parser lists need none.
+/// The first row that fits counts. Arguments with listed values need none.
 constexpr ArgumentRow argumentRows[] = {
     {"", "--zones", "zone", true},
     {"", "ZONE", "zone"},
@@ -47,7 +47,7 @@ const ArgumentRow* rowOf(const CLI::Option* argument, const CommandPlace& place)
     return found == std::end(argumentRows) ? nullptr : found;
 }
 
-/// The values that the parser itself accepts for an argument: it describes them as ":{a,b}".
+/// The listed values of an argument: its type ends in ":{a,b}" then.
 std::vector<std::string> listedValues(const CLI::Option* argument) {
     const std::string type = argument == nullptr ? "" : argument->get_type_name();
     const std::size_t open = type.find(":{");
@@ -71,14 +71,14 @@ struct TypedWord {
 };
 
 bool startsWith(const std::string& text, const std::string& beginning) {
-    return lowered(text).compare(0, beginning.size(), lowered(beginning)) == 0;
+    return paclient::lowered(text).compare(0, beginning.size(), paclient::lowered(beginning)) == 0;
 }
 
 bool canBeTyped(const std::string& name) {
     return !name.empty() && clean(name) == name && !looksLikeOption(name);
 }
 
-/// The names that may stand for the argument.
+/// The names that the argument may have.
 std::vector<std::string> valuesFor(const CommandPlace& place, TypedWord& typed,
                                    const NamesOf& namesOf) {
     std::vector<std::string> values = listedValues(place.argument());
@@ -132,6 +132,10 @@ std::string commonBeginning(const std::vector<std::string>& sorted) {
     return result;
 }
 
+bool isNumber(const std::string& text) {
+    return text.find_first_not_of("0123456789") == std::string::npos;
+}
+
 }  // namespace
 
 Completion complete(const std::string& line, const CLI::App& parser, const NamesOf& namesOf) {
@@ -145,7 +149,7 @@ Completion complete(const std::string& line, const CLI::App& parser, const Names
         scan.words.pop_back();
     }
     if (!scan.words.empty() && scan.words.front() == "help") {
-        scan.words.erase(scan.words.begin());  // it goes before any command
+        scan.words.erase(scan.words.begin());  // it may precede any command
     }
     CommandPlace place(parser);
     for (const std::string& word : scan.words) {
@@ -160,7 +164,7 @@ Completion complete(const std::string& line, const CLI::App& parser, const Names
     std::sort(choices.begin(), choices.end());
     choices.erase(std::unique(choices.begin(), choices.end()), choices.end());
 
-    Completion result{typed.begin, "", choices};
+    Completion result{typed.begin, "", {}};
     if (choices.size() == 1) {
         result.word = quoted(typed.head + choices.front()) + ' ';
     } else if (!choices.empty()) {
@@ -168,6 +172,11 @@ Completion complete(const std::string& line, const CLI::App& parser, const Names
         result.word =
             quotedBeginning(typed.head + (common.size() < typed.tail.size() ? typed.tail : common));
     }
+    if (std::all_of(choices.begin(), choices.end(), isNumber)) {
+        const auto isShorter = [](const auto& a, const auto& b) { return a.size() < b.size(); };
+        std::stable_sort(choices.begin(), choices.end(), isShorter);  // in order of their values
+    }
+    result.choices = std::move(choices);
     return result;
 }
 

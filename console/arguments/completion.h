@@ -17,13 +17,13 @@ using NamesOf = std::function<std::vector<std::string>(const std::string& kind)>
 /// What the word at the cursor may become.
 struct Completion {
     std::size_t begin = 0;             ///< where the word begins in the line
-    std::string word;                  ///< what is to stand there, as far as it is certain
+    std::string word;                  ///< its replacement, as far as it is certain
     std::vector<std::string> choices;  ///< in order; none: nothing is known
 };
 
 /// Completes the last word of a line: commands, their options, and the values that can be known.
-/// Letter case aside, as names are found. Names that a line cannot say as they are, or that would
-/// be taken for an option, are left out.
+/// Letter case is ignored, as when names are looked up. Names that a line cannot contain, or that
+/// would be taken for an option, are left out.
 /// @param line   up to the cursor
 /// @param parser every command with its options
 Completion complete(const std::string& line, const CLI::App& parser, const NamesOf& namesOf);

@@ -9,7 +9,7 @@ namespace console {
 
 namespace {
 
-/// Characters that mean nothing but themselves wherever they stand in a word.
+/// Characters without a special meaning in a word.
 bool isPlain(char c) {
     const bool isAscii = static_cast<unsigned char>(c) < 0x80;
     const bool isLetterOrDigit =

@@ -1,7 +1,7 @@
 #include "console/commands/PlayRequest.h"
 
 #include "console/ExitCode.h"
-#include "console/arguments/heardArguments.h"
+#include "console/arguments/options.h"
 #include "console/files/wavFile.h"
 #include "console/text/cleanText.h"
 
@@ -25,7 +25,18 @@ void requireUtf8(const std::string& what, const std::string& text) {
     }
 }
 
-/// Keys are sent as they stand, inside a JSON text.
+/// A text that is sent as it is, in a list.
+void requireListable(const std::string& kind, const std::string& text) {
+    const std::string what = kind + " '" + text + "'";
+    if (text.find_first_of(",^!\"") != std::string::npos || hasControlCharacter(text)) {
+        throw wrong(what + " has a comma, one of ^ ! \" or a control character");
+    }
+    if (startsBlank(text)) {
+        throw wrong(what + " begins with a blank");
+    }
+}
+
+/// Keys are sent as they are, inside a JSON text.
 void checkKey(const std::string& key) {
     const std::string what = "the key '" + key + "'";
     if (key.empty()) {
@@ -40,19 +51,13 @@ void checkKey(const std::string& key) {
     requireUtf8("the key", key);
 }
 
-/// The name is sent as it stands, as the last part of a path in a list.
+/// The name is sent as it is, as the last part of a path in a list.
 void checkFileName(const std::string& path) {
     const std::string name = path.substr(path.find_last_of("/\\") + 1);
-    const std::string what = "the file name '" + name + "'";
     if (name.empty() || name == "." || name == "..") {
         throw wrong("'" + path + "' names no file");
     }
-    if (name.find_first_of(",^!\"") != std::string::npos || hasControlCharacter(name)) {
-        throw wrong(what + " has a comma, one of ^ ! \" or a control character");
-    }
-    if (startsBlank(name)) {
-        throw wrong(what + " begins with a blank");
-    }
+    requireListable("the file name", name);
 }
 
 void checkRequestId(const std::string& id) {
@@ -66,46 +71,52 @@ void checkRequestId(const std::string& id) {
 
 }  // namespace
 
-void addPlayOptions(Parser& parser, PlayRequest& r) {
-    parser
-        .addTexts("--zones", r.zones, "A zone, or several with commas between; repeatable", "ZONES")
-        .required();
+void addPlayOptions(CLI::App& app, PlayRequest& r) {
+    addTexts(app, "--zones", r.zones, "A zone, or several with commas between; repeatable", "ZONES")
+        ->required();
 
-    const HeardArguments heard =
-        addHeard(parser, r.items, r.texts, r.file, "A WAV file to upload and play", "WAV");
-    parser.addText("--language", r.language, "Language of the texts").needs(heard.texts);
-    parser.addText("--voice", r.voice, "Voice of the texts").needs(heard.texts);
-    parser
-        .addWhole("--repeat", r.repeat, {1, greatestWhole},
-                  "How often the items are played (default 1)")
-        .needs(heard.items);
+    const AudioOptions audio =
+        addAudioOptions(app, r.items, r.texts, r.file, "A WAV file to upload and play", "WAV");
+    addText(app, "--recording", r.recording,
+            "A recording of the server; a bare name is in its folder", "PATH")
+        ->excludes(audio.items)
+        ->excludes(audio.texts)
+        ->excludes(audio.file);
+    addText(app, "--language", r.language, "Language of the texts")->needs(audio.texts);
+    addText(app, "--voice", r.voice, "Voice of the texts")->needs(audio.texts);
+    addWhole(app, "--repeat", r.repeat, {1, greatestWhole},
+             "How often the items are played (default 1)")
+        ->needs(audio.items);
 
-    const Argument display =
-        parser.addText("--display", r.display, "Template of a text to show", "TEMPLATE");
-    parser.addTexts("--var", r.variables, "A variable of the template; repeatable", "KEY=TEXT")
-        .needs(display);
-    parser
-        .addWhole("--validity", r.validity, {0, greatestWhole},
-                  "Seconds for which the text is shown (default 30)")
-        .needs(display);
+    CLI::Option* const display =
+        addText(app, "--display", r.display, "Template of a text to show", "TEMPLATE");
+    addTexts(app, "--var", r.variables, "A variable of the template; repeatable", "KEY=TEXT")
+        ->needs(display);
+    addWhole(app, "--validity", r.validity, {0, greatestWhole},
+             "Seconds for which the text is shown (default 30)")
+        ->needs(display);
 
-    const Argument priority =
-        parser.addWhole("--priority", r.priority, anyWhole, "Priority level (default 500)");
-    parser.addFlag("--relative", r.relative, "The level counts from the server's own")
-        .needs(priority);
-    parser.addWhole("--pre-chime", r.preChime, {0, greatestWhole}, "Chime before, 0 for none");
-    parser.addWhole("--post-chime", r.postChime, {0, greatestWhole}, "Chime after, 0 for none");
-    parser.addNumber("--gain", r.gain, {-1000, 1000}, "Gain in dB, in place of the server's own");
-    parser.addText("--request-id", r.requestId, "Id of the request (default: a new UUID)", "ID");
-    parser.addFlag("--wait", r.wait, "Follow the request to its end");
+    CLI::Option* const priority =
+        addWhole(app, "--priority", r.priority, anyWhole, "Priority level (default 500)");
+    app.add_flag("--relative", r.relative, "The level counts from the server's own")
+        ->needs(priority);
+    addWhole(app, "--pre-chime", r.preChime, {0, greatestWhole}, "Chime before, 0 for none");
+    addWhole(app, "--post-chime", r.postChime, {0, greatestWhole}, "Chime after, 0 for none");
+    addNumber(app, "--gain", r.gain, {-1000, 1000}, "Gain in dB, in place of the server's own");
+    addText(app, "--request-id", r.requestId, "Id of the request (default: a new UUID)", "ID");
+    CLI::Option* const wait = app.add_flag("--wait", r.wait, "Follow the request to its end");
+    app.add_flag("--dry-run", r.dryRun, "Play nothing; list its problems")->excludes(wait);
 }
 
 void check(const PlayRequest& request) {
-    if (request.items.empty() && request.texts.empty() && !request.file && !request.display) {
-        throw wrong("nothing to play: --items, --text, --file or --display is missing");
+    const bool isAudible =
+        !request.items.empty() || !request.texts.empty() || request.file || request.recording;
+    if (!isAudible && !request.display) {
+        throw wrong(
+            "nothing to play: --items, --text, --file, --recording or --display is missing");
     }
-    if (request.wait && trackedParts(request) == 0) {
-        throw wrong("--wait cannot follow a text of validity 0: the server does not track it");
+    if (request.wait && !isAudible && request.validity == 0) {
+        throw wrong("--wait cannot follow a text of validity 0: the server does not report it");
     }
     for (const std::string& text : request.texts) {
         requireUtf8("the text", text);
@@ -123,6 +134,9 @@ void check(const PlayRequest& request) {
     if (request.file) {
         checkFileName(*request.file);
         checkWav(*request.file);
+    }
+    if (request.recording) {
+        requireListable("the path", serverPath(*request.recording));
     }
 }
 
@@ -142,10 +156,11 @@ Message::DisplayVariables displayVariables(const PlayRequest& request) {
     return variables;
 }
 
-std::size_t trackedParts(const PlayRequest& request) {
-    const bool heard = !request.items.empty() || !request.texts.empty() || request.file;
-    const bool shown = request.display && request.validity > 0;
-    return (heard ? 1U : 0U) + (shown ? 1U : 0U);
+std::string serverPath(const std::string& path) {
+    if (path.empty() || hasControlCharacter(path) || !isUtf8(path)) {
+        throw wrong("'" + path + "' cannot be the name of a recording");
+    }
+    return path.find('/') == std::string::npos ? serverFolder + path : path;
 }
 
 }  // namespace console

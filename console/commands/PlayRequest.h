@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "console/arguments/Parser.h"
+#include "console/arguments/options.h"
 #include "sdk/Message.h"
 
 namespace console {
@@ -13,14 +13,15 @@ namespace console {
 struct PlayRequest {
     std::vector<std::string> zones;
 
-    // What is heard: one of these three.
+    // The audio part: one of these four.
     std::vector<unsigned> items;
     std::vector<std::string> texts;
     std::optional<std::string> language;  // of the texts
     std::optional<std::string> voice;
-    std::optional<std::string> file;
+    std::optional<std::string> file;       // to upload
+    std::optional<std::string> recording;  // at the server
 
-    // What is shown.
+    // The visual part.
     std::optional<std::string> display;  // name of the template
     std::vector<std::string> variables;  // KEY=TEXT
     int validity = 30;                   // seconds
@@ -33,13 +34,20 @@ struct PlayRequest {
     int repeat = 1;
     std::optional<std::string> requestId;
     bool wait = false;
+    bool dryRun = false;
 };
 
-/// Adds the options to a parser, which then fills in `request`.
-void addPlayOptions(Parser& parser, PlayRequest& request);
+/// The server's folder for uploads and recordings.
+constexpr const char* serverFolder = "/home/quillon/tmp/";
 
-/// Looks, as far as that is possible without the server, whether the request can be sent as it
-/// stands.
+/// The path of a recording at the server: a bare name is in the server's folder.
+/// @throws Failure for what cannot be one
+std::string serverPath(const std::string& path);
+
+/// Adds the options to a command, which then fills in `request`.
+void addPlayOptions(CLI::App& app, PlayRequest& request);
+
+/// Checks the request, as far as that is possible without the server.
 /// @throws Failure when something is missing, or would reach the server as something else than what
 ///         it is
 void check(const PlayRequest& request);
@@ -47,9 +55,5 @@ void check(const PlayRequest& request);
 /// The display variables by key. A key that is given several times has several values.
 /// @throws Failure when one is not KEY=TEXT, or cannot be sent
 Message::DisplayVariables displayVariables(const PlayRequest& request);
-
-/// How many records the server will keep for the request: one for each part, but for a text that is
-/// shown without an end of its validity.
-std::size_t trackedParts(const PlayRequest& request);
 
 }  // namespace console

@@ -1,49 +1,38 @@
 #include <algorithm>
 #include <atomic>
-#include <map>
-#include <memory>
 
 #include "console/Console.h"
 #include "console/ExitCode.h"
-#include "console/arguments/Parser.h"
 #include "console/commands/commands.h"
+#include "console/following/connectionText.h"
+#include "console/interrupt.h"
 #include "console/text/changeText.h"
-#include "console/text/resources.h"
 #include "framework/posixThread.h"
 #include "sdk/PAController.h"
 
 namespace console {
 
+using namespace paclient;
+
 namespace {
 
-/// For what follows the end of a request: zones and sinks fall silent.
-constexpr double settleSeconds = 0.1;
+using paclient::Deleted;
+using paclient::Subscription;
 
-/// Finds what has changed in the locks of sources, which the controller tells nobody of.
-class LockWatch {
-public:
-    std::vector<Change> changes() {
-        std::vector<Change> result;
-        for (const Lock& lock : locks.all()) {
-            std::string& before =
-                holders_.try_emplace(lock.sourceId, lock.lockedUUID).first->second;
-            if (before != lock.lockedUUID) {
-                before = lock.lockedUUID;
-                result.push_back({Change::Kind::Update, "lockUpdate", lock});
-            }
-        }
-        return result;
-    }
+/// Everything but the readings of a meter that another command reads.
+paclient::ChangeKinds printedKinds() {
+    return paclient::allKinds() & ~paclient::kinds<palink::LevelReading, paclient::SentOperation>();
+}
 
-private:
-    std::map<int, std::string> holders_;  // by source
-};
-
-/// Prints every change on a thread of its own. The destructor prints what has been told so far.
+/// Prints every change on a thread of its own. The destructor prints what has been notified so far.
 class Printer {
 public:
     explicit Printer(const Context& context)
-        : out_(context.out), json_(context.settings.json), thread_("monitor", [this] { run(); }) {}
+        : out_(context.out),
+          diagnostics_(context.diagnostics),
+          json_(context.settings.json),
+          changes_(printedKinds()),
+          thread_("monitor", [this] { run(); }) {}
     Printer(const Printer&) = delete;
     Printer& operator=(const Printer&) = delete;
     ~Printer() { finishing_ = true; }
@@ -63,90 +52,112 @@ private:
             isLastRound = finishing_;
             auto change = changes_.next(isLastRound ? tick * 0 : tick);
             std::size_t left = changes_.waiting();  // what comes meanwhile has to wait
-            while (change && !failed_) {
+            while (change != nullptr && !failed_) {
                 print(*change);
-                change = left > 0 ? changes_.next(tick * 0) : std::nullopt;
+                change = left > 0 ? changes_.next() : nullptr;
                 left -= left > 0 ? 1 : 0;
-            }
-            for (const Change& lockChange : locks_.changes()) {
-                print(lockChange);
             }
         }
     }
 
-    void print(const Change& change) {
-        if (change.kind == Change::Kind::Level) {
-            return;  // of a meter that another command reads
+    void print(const paclient::Change& change) {
+        if (const std::string text = connectionText(change); !text.empty()) {
+            diagnostics_.diagnostic(text);
+        }
+        const auto line = printable(change);
+        if (!line) {
+            return;
         }
         try {
-            out_.write(json_ ? changeJson(change) : changeText(change));
+            out_.write(json_ ? changeJson(*line) : changeText(*line));
         } catch (const Failure&) {
             failed_ = true;
         }
     }
 
     Output& out_;
+    Output& diagnostics_;
     const bool json_;
-    Changes changes_;
-    LockWatch locks_;
+    Subscription changes_;
     std::atomic<bool> finishing_{false};
     std::atomic<bool> failed_{false};
     pa::PosixThread thread_;  // last: it uses the others
 };
 
-void watch(const Context& context, double seconds) {
-    Changes changes;
-    const Printer printer(context);
-    const Moment deadline = after(seconds);
-    while (context.session().nextChange(changes, deadline)) {
+/// A wait that ends when the user interrupts, a change cannot be printed, or the connection has
+/// been away for longer than --timeout.
+paclient::Wait watchWait(const Context& context, const Printer& printer, double seconds) {
+    paclient::Wait wait = interruptibleWait(seconds);
+    const double awaySeconds = context.settings.timeout.value_or(forEver);
+    Session& session = context.session();
+    wait.whileWaiting = [&printer, &session, awaySeconds](std::chrono::milliseconds /*waited*/) {
+        interrupt::check();
         printer.check();
-    }
+        session.requireBackWithin(awaySeconds);
+    };
+    return wait;
+}
+
+void watch(const Context& context, double seconds) {
+    const Printer printer(context);
+    Subscription nothing(paclient::kinds<>());
+    nothing.next(watchWait(context, printer, seconds));
 }
 
 /// Waits until nothing that the script has played is active any more.
-void waitForRequests(const Context& context, Changes& changes) {
+void waitForRequests(const Context& context, const Printer& printer, Subscription& ends) {
     const auto& ids = context.connection.playedIds;
     const auto isOurs = [&ids](const AnnouncementRequest& record) {
         return std::find(ids.begin(), ids.end(), record.getRequestID()) != ids.end();
     };
-    const Moment deadline = after(context.settings.timeout.value_or(forEver));
+    // An end is notified just before the controller forgets the request: look again soon.
+    paclient::WaitCourse course(
+        watchWait(context, printer, context.settings.timeout.value_or(forEver)));
     while (true) {
         const auto active = gPaController.getAnnouncementRequests();
         if (std::none_of(active.begin(), active.end(), isOurs)) {
             return;
         }
-        if (!context.session().nextChange(changes, deadline)) {
+        const auto slice = course.next();
+        if (!slice) {
             throw Failure(ExitCode::TimedOut, "the script's announcements are not over in time");
         }
+        ends.next(*slice);
     }
 }
 
 /// Runs the script beside the monitor: its commands write to the diagnostics.
 void watchScript(const Context& context) {
-    Changes changes;
+    Subscription ends(paclient::kinds<Deleted<AnnouncementRequest>>());
     const Printer printer(context);
     runScriptLines(
         {context.settings, context.diagnostics, context.diagnostics, -1, context.connection});
-    waitForRequests(context, changes);
-    const Moment settled = after(settleSeconds);
-    while (context.session().nextChange(changes, settled)) {
-    }
+    waitForRequests(context, printer, ends);
+    context.session().waitUntilDelivered();  // zones and sinks end after the announcements
     printer.check();
 }
 
-}  // namespace
+struct Monitor {
+    std::optional<double> seconds;
 
-Handler defineMonitor(Parser& parser) {
-    const auto seconds = std::make_shared<std::optional<double>>();
-    parser.addNumber("--seconds", *seconds, {0, forEver}, "End after so many seconds");
-    return [seconds](const Context& context) {
+    void define(CLI::App& app) {
+        addNumber(app, "--seconds", seconds, {0, forEver}, "End after so many seconds");
+    }
+
+    void run(const Context& context) const {
         const bool hasScript = !context.settings.script.empty();
-        if (hasScript && *seconds) {
+        if (hasScript && seconds) {
             throw Failure(ExitCode::Usage, "--seconds does not go with --script");
         }
         context.session();
-        hasScript ? watchScript(context) : watch(context, seconds->value_or(forEver));
-    };
+        hasScript ? watchScript(context) : watch(context, seconds.value_or(forEver));
+    }
+};
+
+}  // namespace
+
+Command monitorCommand() {
+    return command<Monitor>("monitor", "Print every change, until Ctrl-C");
 }
 
 }  // namespace console

@@ -1,116 +1,238 @@
 #include <algorithm>
 #include <cstdio>
-#include <memory>
+#include <mutex>
 
+#include "client/Announcement.h"
+#include "client/checkMessage.h"
+#include "client/json.h"
+#include "console/ExitCode.h"
 #include "console/commands/commands.h"
 #include "console/commands/playMessage.h"
-#include "console/following/RequestFollower.h"
+#include "console/files/wavFile.h"
+#include "console/following/LiveView.h"
+#include "console/following/operate.h"
+#include "console/text/TextTable.h"
 #include "console/text/cleanText.h"
-#include "console/text/resources.h"
-#include "framework/uuid.h"
-#include "sdk/PAController.h"
+#include "framework/clock.h"
 
 namespace console {
 
 namespace {
 
-constexpr double acceptSeconds = 10;
-constexpr double refusalSeconds = 1;  // for a request of which nothing else will be heard
+using paclient::Announcement;
+using paclient::Json;
+using State = Announcement::State;
 
-/// The id that is asked for, or a new one.
-std::string requestIdFor(const PlayRequest& request) {
-    if (!request.requestId) {
-        std::string id;
-        generateUUID(id);
-        return id;
+constexpr double refusalSeconds = 1;  // for a request that the server answers only by a refusal
+
+double secondsSince(std::int64_t startMS) {
+    return static_cast<double>(pa::monotonicMS() - startMS) / 1000;
+}
+
+/// "    3.20 s", with two digits after the point, or fewer.
+std::string secondsText(double seconds, int digits = 2) {
+    char text[64];
+    std::snprintf(text, sizeof text, "%8.*f s", digits, seconds);
+    return text;
+}
+
+/// Shows the states of the parts as they come: a line each, and on a terminal, below them, how long
+/// it has taken so far.
+class Progress {
+public:
+    /// @param expected how long it plays, in seconds, when that is known
+    Progress(const Context& context, std::optional<double> expected)
+        : context_(context), expected_(expected) {
+        if (context.terminal >= 0 && !context.settings.json) {
+            view_.emplace(context.out);
+        }
     }
-    const auto active = memberTexts(announcements.all(), "requestId");
-    if (std::find(active.begin(), active.end(), *request.requestId) != active.end()) {
-        throw Failure(ExitCode::Usage, "a request " + *request.requestId + " is active already");
+
+    /// From a callback: notes a state, to be shown by `show`.
+    void add(const Announcement::Part& part) {
+        const std::lock_guard guard(lock_);
+        waiting_.push_back({secondsSince(startMS_), part.record});
     }
-    return *request.requestId;
+
+    void show() {
+        std::vector<Entry> entries;
+        {
+            const std::lock_guard guard(lock_);
+            entries.swap(waiting_);
+        }
+        for (const Entry& entry : entries) {
+            context_.settings.json ? writeJson(entry) : writeLine(entry);
+        }
+        if (view_) {
+            std::vector<std::string> lines = lines_;
+            lines.push_back(elapsedLine());
+            view_->draw(lines, sizeOfTerminal(context_.terminal));
+        }
+    }
+
+    /// Shows what is left, without the time.
+    void finish() {
+        show();
+        if (view_) {
+            view_->draw(lines_, sizeOfTerminal(context_.terminal));
+        }
+    }
+
+private:
+    struct Entry {
+        double seconds;
+        AnnouncementRequest record;
+    };
+
+    void writeJson(const Entry& entry) const {
+        Json line = {{"seconds", entry.seconds}, {"part", paclient::partName(entry.record)}};
+        line.update(paclient::toJson(entry.record));
+        context_.writeJson(line);
+    }
+
+    void writeLine(const Entry& entry) {
+        const AnnouncementRequest& record = entry.record;
+        const std::string line = secondsText(entry.seconds) + "  " +
+                                 fitted(paclient::partName(record), 8) + clean(record.stateText) +
+                                 (record.completionMsg.empty() ? "" : ": ") +
+                                 clean(record.completionMsg);
+        view_ ? lines_.push_back(line) : context_.out.write(line + '\n');
+    }
+
+    std::string elapsedLine() const {
+        return secondsText(secondsSince(startMS_), 1) +
+               (expected_ ? " of about" + secondsText(*expected_, 1) : std::string());
+    }
+
+    const Context& context_;
+    const std::optional<double> expected_;
+    const std::int64_t startMS_ = pa::monotonicMS();
+    std::optional<LiveView> view_;
+    std::vector<std::string> lines_;  // on a terminal
+
+    std::mutex lock_;
+    std::vector<Entry> waiting_;  // guarded by lock_
+};
+
+/// How long a request plays, in seconds: that of its file and its text to show. Nothing when it has
+/// a content whose length only the server knows.
+std::optional<double> expectedSeconds(const Context& context, const PlayRequest& request) {
+    if (!request.items.empty() || !request.texts.empty() || request.recording) {
+        return std::nullopt;
+    }
+    const double audio = request.file ? checkWav(*request.file).seconds : 0;
+    const double visual = request.display ? request.validity : 0;
+    return std::max(audio, visual) / context.settings.speed;
 }
 
 void printId(const Context& context, const std::string& id) {
     context.settings.json ? context.writeJson({{"requestId", id}}) : context.out.write(id + '\n');
 }
 
-void printState(const Context& context, const AnnouncementRequest& record,
-                std::chrono::milliseconds passed) {
-    const double seconds = static_cast<double>(passed.count()) / 1000;
-    if (context.settings.json) {
-        Json line = {{"seconds", seconds}, {"part", partName(record)}};
-        line.update(toJson(record));
-        context.writeJson(line);
-        return;
-    }
-    char time[32];
-    std::snprintf(time, sizeof time, "%8.2f s  ", seconds);
-    context.out.write(time + fitted(partName(record), 8) + clean(record.stateText) +
-                      (record.completionMsg.empty() ? "" : ": " + clean(record.completionMsg)) +
-                      '\n');
-}
-
-/// How long the server may take.
-double limitOf(const Context& context, const PlayRequest& request) {
-    const double usual = trackedParts(request) == 0 ? refusalSeconds : acceptSeconds;
-    return context.settings.timeout.value_or(request.wait ? forEver : usual);
-}
-
-/// Follows the request until it is accepted, or with `--wait` over.
-void follow(const Context& context, Changes& changes, RequestFollower& follower,
-            const PlayRequest& request) {
-    const auto start = std::chrono::steady_clock::now();
-    const Moment deadline = after(limitOf(context, request));
-    while (!follower.isOver() && (request.wait || !follower.isAccepted())) {
-        const auto change = context.session().nextAnswer(changes, deadline);
-        if (!change && trackedParts(request) == 0) {
-            return;  // nothing was to be heard but a refusal
-        }
-        if (!change) {
-            throw Failure(ExitCode::TimedOut, "request " + follower.requestId() + " is not " +
-                                                  (request.wait ? "over" : "accepted") +
-                                                  " in time; what becomes of it is unknown");
-        }
-        const auto news = follower.take(*change);
-        if (news && request.wait) {
-            printState(context, *news,
-                       std::chrono::duration_cast<std::chrono::milliseconds>(
-                           std::chrono::steady_clock::now() - start));
-        }
-    }
-    if (follower.outcome() > Outcome::Finished) {
-        throw Failure(ExitCode::Refused,
-                      "request " + follower.requestId() + ' ' + follower.summary());
+/// @throws Failure when it has not ended well
+void requireGood(const Announcement& announcement) {
+    const State state = announcement.state();
+    const std::string reason = announcement.reason();
+    if (state > State::Finished) {
+        throw Failure(state == State::Unknown ? ExitCode::ConnectionLost : ExitCode::Refused,
+                      "request " + announcement.requestId() + ' ' + nameOf(state) +
+                          (reason.empty() ? "" : ": " + reason));
     }
 }
 
-void play(const Context& context, const PlayRequest& request) {
-    check(request);
-    context.session();
-    const auto zoneIds = zonesFor(request.zones);
-    const std::string id = requestIdFor(request);
-    Message message = messageFor(request, id);
+Failure timedOut(const Announcement& announcement, const char* awaited) {
+    return Failure(ExitCode::TimedOut, "request " + announcement.requestId() + " is not " +
+                                           awaited + " in time; its outcome is unknown");
+}
 
-    Changes changes;  // from before the request is sent, so that no early record is missed
-    RequestFollower follower(id, trackedParts(request));
+void playAndWait(const Context& context, const PlayRequest& request,
+                 const std::vector<std::string>& zones, const Message& message) {
+    Progress progress(context, expectedSeconds(context, request));
+    Announcement announcement(zones, message, [&](State, const Announcement::Part* part) {
+        if (part != nullptr) {
+            progress.add(*part);
+        }
+    });
+    const std::string& id = announcement.requestId();
     context.connection.playedIds.push_back(id);
-    gPaController.playMessage(zoneIds, message);
-    if (request.wait) {
-        printId(context, id);
+    printId(context, id);
+    const std::string unknown = context.connection.lasts
+                                    ? "request " + id + " plays on, 'cancel " + id + "' ends it"
+                                    : "the outcome is unknown";
+    paclient::Wait wait = waitOf(context, unknown, forEver);
+    const auto check = wait.whileWaiting;
+    wait.whileWaiting = [&](std::chrono::milliseconds waited) {
+        progress.show();
+        check(waited);
+    };
+    announcement.wait(wait);
+    progress.finish();
+    if (!announcement.isOver()) {
+        throw timedOut(announcement, "over");
     }
-    follow(context, changes, follower, request);
-    if (!request.wait) {
-        printId(context, id);
+    requireGood(announcement);
+}
+
+void playOnly(const Context& context, const std::vector<std::string>& zones,
+              const Message& message) {
+    Announcement announcement(zones, message);
+    context.connection.playedIds.push_back(announcement.requestId());
+    const bool isReported = announcement.partCount() > 0;
+    announcement.waitUntilAccepted(
+        waitOf(context, "the outcome is unknown", isReported ? answerSeconds : refusalSeconds));
+    requireGood(announcement);
+    if (isReported && announcement.state() == State::Sending) {
+        throw timedOut(announcement, "accepted");
+    }
+    printId(context, announcement.requestId());
+    warnOfEnd(context, "the announcement");
+}
+
+/// Prints the problems of the request.
+/// @throws Failure when the server would refuse it
+void dryRun(const Context& context, const std::vector<std::string>& zones, const Message& message) {
+    Json array = Json::array();
+    TextTable table({"PROBLEM"});
+    bool isRefused = false;
+    for (const paclient::Finding& finding : paclient::checkMessage(zones, message)) {
+        array.push_back({{"subject", finding.subject}, {"text", finding.text}});
+        table.addRow({finding.text});
+        isRefused = isRefused || paclient::isRefused(finding.kind);
+    }
+    if (context.settings.json) {
+        context.writeJson(array);
+    } else {
+        context.out.write(array.empty() ? "no problems found\n" : table.text());
+    }
+    if (isRefused) {
+        throw Failure(ExitCode::Refused, "the server would refuse the request");
     }
 }
+
+struct Play {
+    PlayRequest request;
+
+    void define(CLI::App& app) { addPlayOptions(app, request); }
+
+    void run(const Context& context) const {
+        check(request);
+        context.session();
+        const auto zones = zonesFor(request.zones);
+        const Message message = messageFor(request);
+        if (request.dryRun) {
+            dryRun(context, zones, message);
+        } else if (request.wait) {
+            playAndWait(context, request, zones, message);
+        } else {
+            playOnly(context, zones, message);
+        }
+    }
+};
 
 }  // namespace
 
-Handler definePlay(Parser& parser) {
-    const auto request = std::make_shared<PlayRequest>();
-    addPlayOptions(parser, *request);
-    return [request](const Context& context) { play(context, *request); };
+Command playCommand() {
+    return command<Play>("play", "Play an announcement, or show a text");
 }
 
 }  // namespace console

@@ -14,12 +14,12 @@ namespace console {
 std::vector<std::string> zonesFor(const std::vector<std::string>& values);
 
 /// The first voice, in order of their ports, of the language and the name that are asked for.
-/// @throws Failure when there is none
+/// @throws Failure when there is none, with the languages of a voice that speaks another one
 TTSVocalizer voiceFor(const std::optional<std::string>& language,
                       const std::optional<std::string>& name);
 
-/// The message that is asked for; its texts are spoken by the voice that is.
+/// The message that is asked for, with its voice.
 /// @throws Failure when there is no such voice
-Message messageFor(const PlayRequest& request, const std::string& requestId);
+Message messageFor(const PlayRequest& request);
 
 }  // namespace console

@@ -1,73 +1,76 @@
-#include <memory>
-
+#include "client/confirmedOperations.h"
 #include "console/ExitCode.h"
-#include "console/arguments/Parser.h"
+#include "console/commands/PlayRequest.h"
 #include "console/commands/commands.h"
 #include "console/following/operate.h"
-#include "console/text/cleanText.h"
-#include "sdk/PAController.h"
 
 namespace console {
 
+using namespace paclient;
+
 namespace {
 
-constexpr const char* serverFolder = "/home/quillon/tmp/";
+using paclient::Confirmation;
+using paclient::Wait;
 
-/// The path at the server: a bare name stands in the server's folder.
-std::string serverPath(const std::string& path) {
-    if (path.empty() || hasControlCharacter(path) || !isUtf8(path)) {
-        throw Failure(ExitCode::Usage, "'" + path + "' cannot be the name of a recording");
-    }
-    return path.find('/') == std::string::npos ? serverFolder + path : path;
-}
-
-void operateRecorder(const Context& context, const Request& request, const std::string& path,
-                     const std::function<void()>& send) {
+/// Asks the server for something that it does not confirm, and says that it has not refused.
+/// @param effect as in "/home/quillon/tmp/a.wav is being recorded"
+template <class Operation>
+void ask(const Context& context, const std::string& effect, const paclient::Json& json,
+         Operation operation) {
     context.session();
-    operateUnseen(context, request, send);
-    printOutcome(context, request.effect, path.empty() ? Json::object() : Json{{"path", path}});
+    operate(context, effect, [&](const Wait& wait) {
+        const Confirmation answer = operation(wait);
+        return answer.state == Confirmation::State::TimedOut ? Confirmation{} : answer;
+    });
+    printOutcome(context, "requested: " + effect + " (the server confirms no recordings)", json);
 }
 
 /// What is done with one recording.
 struct PathOperation {
     const char* effect;
-    pa::OperationType type;
-    void (PAController::*send)(const std::string& path);
+    Confirmation (*send)(const std::string& path, const Wait& wait);
 };
 
-constexpr PathOperation start{"is being recorded", pa::operations::startRecording,
-                              &PAController::startUserRecording};
-constexpr PathOperation preview{"is played back", pa::operations::previewRecording,
-                                &PAController::previewUserRecording};
-constexpr PathOperation forget{"is deleted", pa::operations::deleteRecording,
-                               &PAController::deleteUserRecording};
+constexpr PathOperation start{" is being recorded", paclient::startRecording};
+constexpr PathOperation preview{" is played back", paclient::previewRecording};
+constexpr PathOperation remove{" is deleted", paclient::deleteRecording};
 
 template <const PathOperation& operation>
-Handler define(Parser& parser) {
-    const auto name = std::make_shared<std::string>();
-    parser.addText("PATH", *name, std::string("At the server; a bare name is in ") + serverFolder)
-        .required();
-    return [name](const Context& context) {
-        const std::string path = serverPath(*name);
-        const Request request{path + ' ' + operation.effect, {operation.type}};
-        operateRecorder(context, request, path, [&] { (gPaController.*operation.send)(path); });
-    };
-}
+struct OfRecording {
+    std::string name;
 
-Handler defineStop(Parser& /*parser*/) {
-    return [](const Context& context) {
-        operateRecorder(context, {"the recording is stopped", {pa::operations::stopRecording}}, "",
-                        [] { gPaController.stopUserRecording(); });
-    };
+    void define(CLI::App& app) {
+        addText(app, "PATH", name, std::string("At the server; a bare name is in ") + serverFolder)
+            ->required();
+    }
+
+    void run(const Context& context) const {
+        const std::string path = serverPath(name);
+        ask(context, path + operation.effect, {{"path", path}},
+            [&](const Wait& wait) { return operation.send(path, wait); });
+    }
+};
+
+struct RecordStart : OfRecording<start> {
+    void run(const Context& context) const {
+        OfRecording<start>::run(context);
+        warnOfEnd(context, "the recording");
+    }
+};
+
+void stop(const Context& context) {
+    ask(context, "the recording is stopped", paclient::Json::object(), paclient::stopRecording);
 }
 
 }  // namespace
 
-Handler defineRecord(Parser& parser) {
-    return defineSubcommands(parser, {{"start", "Start a recording at the server", define<start>},
-                                      {"stop", "Stop it and store it", defineStop},
-                                      {"preview", "Play a recording back", define<preview>},
-                                      {"delete", "Delete a recording", define<forget>}});
+Command recordCommand() {
+    return group("record", "Record at the server, and handle recordings",
+                 {command<RecordStart>("start", "Start a recording at the server"),
+                  command<stop>("stop", "Stop it and store it"),
+                  command<OfRecording<preview>>("preview", "Play a recording back"),
+                  command<OfRecording<remove>>("delete", "Delete a recording")});
 }
 
 }  // namespace console

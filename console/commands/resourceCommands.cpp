@@ -1,10 +1,9 @@
-#include <memory>
-
-#include "console/arguments/Parser.h"
 #include "console/commands/commands.h"
 #include "console/text/resourceTable.h"
 
 namespace console {
+
+using namespace paclient;
 
 namespace {
 
@@ -41,37 +40,45 @@ const std::vector<Kind>& kinds() {
     return table;
 }
 
-/// The names of all kinds, of one or of many.
-std::vector<std::string> kindNames(const char* Kind::*form) {
+/// Adds the argument KIND, the name of one or of many.
+void addKind(CLI::App& app, const Kind*& chosen, const char* Kind::*form) {
     std::vector<std::string> names;
     for (const Kind& kind : kinds()) {
         names.emplace_back(kind.*form);
     }
-    return names;
+    const auto take = [&chosen, names](const std::string& name) {
+        chosen = &kinds()[findName("kind", name, names)];
+    };
+    addParsed(app, "KIND", take, valueText(names), "TEXT")->required()->check(oneOf(names));
 }
 
-const Kind& kindNamed(const std::string& name, const char* Kind::*form) {
-    return kinds()[findName("kind", name, kindNames(form))];
-}
+struct List {
+    const Kind* kind = nullptr;
+
+    void define(CLI::App& app) { addKind(app, kind, &Kind::many); }
+    void run(const Context& context) const { kind->list(context); }
+};
+
+struct Get {
+    const Kind* kind = nullptr;
+    std::string id;
+
+    void define(CLI::App& app) {
+        addKind(app, kind, &Kind::one);
+        addText(app, "ID", id, "Its number, or its name or label")->required();
+    }
+
+    void run(const Context& context) const { kind->get(context, id); }
+};
 
 }  // namespace
 
-Handler defineList(Parser& parser) {
-    const auto kind = std::make_shared<std::string>();
-    parser.addText("KIND", *kind, valueText(kindNames(&Kind::many)))
-        .required()
-        .oneOf(kindNames(&Kind::many));
-    return [kind](const Context& context) { kindNamed(*kind, &Kind::many).list(context); };
+Command listCommand() {
+    return command<List>("list", "List every resource of a kind");
 }
 
-Handler defineGet(Parser& parser) {
-    const auto kind = std::make_shared<std::string>();
-    const auto id = std::make_shared<std::string>();
-    parser.addText("KIND", *kind, valueText(kindNames(&Kind::one)))
-        .required()
-        .oneOf(kindNames(&Kind::one));
-    parser.addText("ID", *id, "Its number, or its name or label").required();
-    return [kind, id](const Context& context) { kindNamed(*kind, &Kind::one).get(context, *id); };
+Command getCommand() {
+    return command<Get>("get", "Show one resource with all its members");
 }
 
 }  // namespace console

@@ -1,6 +1,3 @@
-#include <memory>
-
-#include "console/arguments/Parser.h"
 #include "console/commands/commands.h"
 #include "console/following/operate.h"
 #include "console/text/resourceTable.h"
@@ -10,34 +7,44 @@ namespace console {
 
 namespace {
 
-void showState(const Context& context, const std::string& wanted) {
-    context.session();
-    const PaSelector selector = findOne(selectors, wanted);
-    const PaSelector::State state = gPaController.getPaSelectorState(selector.id);
-    printOutcome(context, "selector " + std::to_string(selector.id) + ": " + nameOf(state),
-                 {{"id", selector.id}, {"state", jsonValue(state)}});
-}
+struct SelectorList {
+    std::optional<std::string> source;
 
-Handler defineSelectorList(Parser& parser) {
-    const auto source = std::make_shared<std::optional<std::string>>();
-    parser.addText("--source", *source, "Of one source: its number or its label", "ID");
-    return [source](const Context& context) {
+    void define(CLI::App& app) {
+        addText(app, "--source", source, "Of one source: its number or its label", "ID");
+    }
+
+    void run(const Context& context) const {
         context.session();
-        printOfSource(context, selectors, *source);
-    };
-}
+        printOfSource(context, paclient::selectors, source);
+    }
+};
 
-Handler defineState(Parser& parser) {
-    const auto wanted = std::make_shared<std::string>();
-    parser.addText("ID", *wanted, "The selector: its number or its label").required();
-    return [wanted](const Context& context) { showState(context, *wanted); };
-}
+struct SelectorState {
+    std::string wanted;
+
+    void define(CLI::App& app) {
+        addText(app, "ID", wanted, "The selector: its number or its label")->required();
+    }
+
+    void run(const Context& context) const {
+        context.session();
+        const PaSelector selector = findOne(paclient::selectors, wanted);
+        const PaSelector::State state = gPaController.getPaSelectorState(selector.id);
+        printOutcome(context,
+                     "selector " + std::to_string(selector.id) + ": " + paclient::nameOf(state),
+                     {{"id", selector.id},
+                      {"state", static_cast<int>(state)},
+                      {"stateText", paclient::nameOf(state)}});
+    }
+};
 
 }  // namespace
 
-Handler defineSelector(Parser& parser) {
-    return defineSubcommands(parser, {{"list", "List the selectors", defineSelectorList},
-                                      {"state", "Show the state of a selector", defineState}});
+Command selectorCommand() {
+    return group("selector", "See the selectors",
+                 {command<SelectorList>("list", "List the selectors"),
+                  command<SelectorState>("state", "Show the state of a selector")});
 }
 
 }  // namespace console

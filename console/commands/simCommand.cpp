@@ -1,40 +1,43 @@
 #include <algorithm>
-#include <memory>
 
+#include "client/resources.h"
 #include "console/ExitCode.h"
-#include "console/arguments/Parser.h"
 #include "console/commands/commands.h"
 #include "console/commands/sourceLock.h"
 #include "console/following/operate.h"
-#include "console/text/resources.h"
 #include "sdk/PAController.h"
-#include "simserver/protocol/Refused.h"
+#include "simserver/SimControl.h"
 
 namespace console {
 
+using namespace paclient;
+
 namespace {
 
-/// Does something on the server's side and waits until this client has heard of it.
-void simulate(const Context& context, const std::string& effect, const std::function<void()>& act,
-              const std::function<bool()>& isHeard) {
+using simserver::SimControl;
+
+/// Does something on the server's side, and waits until this client knows its effects.
+template <class Act>
+void simulate(const Context& context, Act act) {
+    Session& session = context.session();
     try {
-        operate(context, {effect, {}}, act, seen(isHeard));
+        act(session.simControl());
     } catch (const simserver::Refused& refused) {
         throw Failure(ExitCode::Refused, std::string("the server refuses: ") + refused.what());
     }
+    session.waitUntilDelivered();
 }
 
-/// What another client asks of the lock of a source.
-struct LockOperation {
-    pa::OperationType type;
+/// What another client does with the lock of a source.
+struct LockAction {
+    void (SimControl::*act)(int sourceId, const std::string& client);
     const char* effect;
-    bool locks;
 };
 
-constexpr LockOperation lock{pa::operations::attachSource, " is locked by the client ", true};
-constexpr LockOperation unlock{pa::operations::detachSource, " is released by the client ", false};
+constexpr LockAction lock{&SimControl::lockSource, " is locked by the client "};
+constexpr LockAction unlock{&SimControl::unlockSource, " is released by the client "};
 
-/// Clients bear UUIDs, which are sent as they stand.
+/// A client has a UUID, which is sent as it is.
 void checkClient(const std::string& client) {
     const auto isPlain = [](char c) {
         return (c >= '0' && c <= '9') || (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') ||
@@ -45,111 +48,132 @@ void checkClient(const std::string& client) {
     }
 }
 
-template <const LockOperation& operation>
-Handler defineLock(Parser& parser) {
-    const auto wanted = std::make_shared<std::string>();
-    const auto client = std::make_shared<std::string>();
-    parser.addText("SOURCE", *wanted, "The source: its number or its label").required();
-    parser.addText("--client", *client, "The other client", "UUID").required();
-    return [wanted, client](const Context& context) {
-        checkClient(*client);
+template <const LockAction& action>
+struct SimLock {
+    std::string wanted;
+    std::string client;
+
+    void define(CLI::App& app) {
+        addText(app, "SOURCE", wanted, "The source: its number or its label")->required();
+        addText(app, "--client", client, "The other client", "UUID")->required();
+    }
+
+    void run(const Context& context) const {
+        checkClient(client);
         context.session();
-        const std::string id = std::to_string(findOne(sources, *wanted).id);
-        const auto act = [&] {
-            constexpr int directLink = -1;
-            const auto reason = context.session().server().operateAsOther(
-                {directLink, operation.type, 1, id + ',' + *client});
-            if (reason) {
-                throw simserver::Refused(*reason);
-            }
-        };
-        const auto isHeard = [&] {
-            return (findOne(locks, id).lockedUUID == *client) == operation.locks;
-        };
-        const std::string effect = "source " + id + operation.effect + *client;
-        simulate(context, effect, act, isHeard);
-        printOutcome(context, effect, toJson(findOne(locks, id)));
-    };
-}
-
-Handler defineSimTrigger(Parser& parser) {
-    const auto id = std::make_shared<int>();
-    const auto active = std::make_shared<bool>();
-    parser.addWhole("ID", *id, {1, greatestWhole}, "The number of a hardware trigger").required();
-    parser.addSwitch(*active);
-    return [id, active](const Context& context) {
-        const std::string effect =
-            "hardware trigger " + std::to_string(*id) + (*active ? " is on" : " is off");
-        const auto wanted = *active ? PaTrigger::ACTIVE : PaTrigger::INACTIVE;
-        simulate(
-            context, effect, [&] { context.session().server().setTrigger(*id, *active); },
-            [&] { return gPaController.getHwPaTriggerState(*id) == wanted; });
-        printOutcome(context, effect, {{"id", *id}, {"state", jsonValue(wanted)}});
-    };
-}
-
-Handler defineSimSelector(Parser& parser) {
-    const auto id = std::make_shared<int>();
-    const auto state = std::make_shared<int>();
-    parser.addWhole("ID", *id, {1, greatestWhole}, "The number of a selector").required();
-    parser
-        .addWhole("STATE", *state, {0, 3},
-                  "0 enabled, 1 enabled and inactive, 2 enabled and active, 3 disabled")
-        .required();
-    return [id, state](const Context& context) {
-        const auto wanted = static_cast<PaSelector::State>(*state);
-        const std::string effect = "selector " + std::to_string(*id) + " is " + nameOf(wanted);
-        simulate(
-            context, effect, [&] { context.session().server().setSelector(*id, *state); },
-            [&] { return gPaController.getPaSelectorState(*id) == wanted; });
-        printOutcome(context, effect, {{"id", *id}, {"state", *state}});
-    };
-}
-
-/// What the server may be made deaf to.
-struct Hearing {
-    const char* name;
-    const char* text;
-    void (simserver::SimServer::*withhold)(bool on);
+        const int id = findOne(sources, wanted).id;
+        simulate(context, [&](SimControl& server) { (server.*action.act)(id, client); });
+        printOutcome(context, "source " + std::to_string(id) + action.effect + client,
+                     paclient::toJson(lockOf(id)));
+    }
 };
 
-constexpr Hearing renewals{"renewals", "renewals of locks",
-                           &simserver::SimServer::withholdRenewals};
-constexpr Hearing requests{"requests", "requests", &simserver::SimServer::withholdRequests};
+struct SimTrigger {
+    int id = 0;
+    bool active = false;
 
-template <const Hearing& hearing>
-Handler defineHearing(Parser& parser) {
-    const auto heard = std::make_shared<bool>();
-    parser.addSwitch(*heard);
-    return [heard](const Context& context) {
-        (context.session().server().*hearing.withhold)(!*heard);
+    void define(CLI::App& app) {
+        addWhole(app, "ID", id, {1, greatestWhole}, "The number of a hardware trigger")->required();
+        addSwitch(app, active);
+    }
+
+    void run(const Context& context) const {
+        simulate(context, [&](SimControl& server) { server.setTrigger(id, active); });
         printOutcome(context,
-                     std::string("the server hears ") + (*heard ? "" : "no ") + hearing.text,
-                     {{hearing.name, *heard}});
-    };
+                     "hardware trigger " + std::to_string(id) + (active ? " is on" : " is off"),
+                     {{"id", id}, {"state", jsonValue(gPaController.getHwPaTriggerState(id))}});
+    }
+};
+
+struct SimSelector {
+    int id = 0;
+    int state = 0;
+
+    void define(CLI::App& app) {
+        addWhole(app, "ID", id, {1, greatestWhole}, "The number of a selector")->required();
+        addWhole(app, "STATE", state, {0, 3},
+                 "0 enabled, 1 enabled and inactive, 2 enabled and active, 3 disabled")
+            ->required();
+    }
+
+    void run(const Context& context) const {
+        simulate(context, [&](SimControl& server) { server.setSelector(id, state); });
+        printOutcome(context,
+                     "selector " + std::to_string(id) + " is " +
+                         nameOf(gPaController.getPaSelectorState(id)),
+                     {{"id", id}, {"state", state}});
+    }
+};
+
+/// What the server can be made to ignore.
+struct Ignorable {
+    const char* name;
+    const char* text;
+    void (SimControl::*ignore)(bool on);
+};
+
+constexpr Ignorable renewals{"renewals", "renewals of locks", &SimControl::ignoreRenewals};
+constexpr Ignorable requests{"requests", "requests", &SimControl::ignoreRequests};
+
+template <const Ignorable& ignorable>
+struct SimIgnore {
+    bool received = false;
+
+    void define(CLI::App& app) { addSwitch(app, received); }
+
+    void run(const Context& context) const {
+        (context.session().simControl().*ignorable.ignore)(!received);
+        printOutcome(
+            context,
+            std::string("the server ") + (received ? "receives " : "ignores ") + ignorable.text,
+            {{ignorable.name, received}});
+    }
+};
+
+/// Has the server end the connection, and waits until that is known.
+template <class Act>
+void endConnection(const Context& context, Act act) {
+    Session& session = context.session();
+    const std::uint64_t number = session.connection().number();
+    paclient::Subscription changes(paclient::kinds<palink::ConnectionChange>());
+    act(session.simControl());
+    paclient::WaitCourse course(interruptibleWait(forEver));
+    while (session.connection().number() == number) {
+        changes.next(course.next().value());
+    }
 }
 
-Handler defineDisconnect(Parser& /*parser*/) {
-    return [](const Context& context) {
-        Session& session = context.session();
-        session.server().dropClient();
-        session.waitUntilLost();
-        printOutcome(context, "the server has dropped the connection", {{"connected", false}});
-    };
+void disconnect(const Context& context) {
+    endConnection(context, [](SimControl& server) { server.dropClient(); });
+    printOutcome(context, "the server has dropped the connection", {{"connected", false}});
+}
+
+void restart(const Context& context) {
+    endConnection(context, [](SimControl& server) {
+        try {
+            server.restart();
+        } catch (const std::runtime_error& error) {
+            throw Failure(ExitCode::CannotConnect,
+                          std::string("the server does not start again: ") + error.what());
+        }
+    });
+    context.session();  // waits for the connection
+    printOutcome(context, "the server has restarted", {{"connected", true}});
 }
 
 }  // namespace
 
-Handler defineSim(Parser& parser) {
-    return defineSubcommands(
-        parser,
-        {{"trigger", "Close or open the contact of a hardware trigger", defineSimTrigger},
-         {"selector", "Put a selector into a state", defineSimSelector},
-         {"lock", "Let another client take a source", defineLock<lock>},
-         {"unlock", "Let another client release a source", defineLock<unlock>},
-         {"renewals", "Let the server hear renewals of locks, or none", defineHearing<renewals>},
-         {"requests", "Let the server hear what it is asked, or nothing", defineHearing<requests>},
-         {"disconnect", "Let the server drop the connection", defineDisconnect}});
+Command simCommand() {
+    return group(
+        "sim", "Do what happens on the simulated server's own side",
+        {command<SimTrigger>("trigger", "Close or open the contact of a hardware trigger"),
+         command<SimSelector>("selector", "Put a selector into a state"),
+         command<SimLock<lock>>("lock", "Let another client take a source"),
+         command<SimLock<unlock>>("unlock", "Let another client release a source"),
+         command<SimIgnore<renewals>>("renewals", "Whether the server receives renewals of locks"),
+         command<SimIgnore<requests>>("requests", "Whether the server receives what it is asked"),
+         command<disconnect>("disconnect", "Let the server drop the connection"),
+         command<restart>("restart", "End the server and start it again")});
 }
 
 }  // namespace console

@@ -1,112 +1,103 @@
-#include <memory>
-
-#include "console/arguments/Parser.h"
+#include "client/confirmedOperations.h"
+#include "client/resources.h"
 #include "console/commands/commands.h"
-#include "console/commands/setGain.h"
 #include "console/following/operate.h"
-#include "console/text/resources.h"
 
 namespace console {
 
 namespace {
 
-PaSink sinkNow(int id) {
-    return findOne(sinks, std::to_string(id));
+using paclient::Wait;
+
+PaSink sinkNamed(const Context& context, const std::string& wanted) {
+    context.session();
+    return findOne(paclient::sinks, wanted);
+}
+
+PaSink sinkNow(const PaSink& sink) {
+    return findOne(paclient::sinks, std::to_string(sink.id));
 }
 
 std::string titleOf(const PaSink& sink) {
     return "sink " + std::to_string(sink.id);
 }
 
-void monitorSink(const Context& context, PaSink sink, bool enable) {
-    const std::string sentence = titleOf(sink) + (enable ? " is monitored" : " is not monitored");
-    const auto holds = [&] { return sinkNow(sink.id).getPAMonitoring() == enable; };
-    const std::string asBefore = bringAbout(context, {sentence, {pa::operations::setMonitoring}},
-                                            holds, [&] { sink.setPAMonitoring(enable); });
-    printOutcome(context, sentence + asBefore, toJson(sinkNow(sink.id)));
+void addSink(CLI::App& app, std::string& wanted) {
+    addText(app, "ID", wanted, "The sink: its number or its label")->required();
 }
 
-/// A device that is reset goes inactive and comes back.
-/// @param wait until it has come back
-void resetSink(const Context& context, PaSink sink, bool wait) {
-    // Of one that is inactive before, only the return can be seen.
-    const bool untilBack = wait || sink.healthState == PaSink::INACTIVE;
-    bool isGone = sink.healthState == PaSink::INACTIVE;
-    bool isBack = false;
-    const auto take = [&](const std::optional<Change>& change) {
-        const auto* const update = change ? std::get_if<PaSink>(&change->what) : nullptr;
-        if (update != nullptr && update->id == sink.id) {
-            isBack = isGone && update->healthState != PaSink::INACTIVE;
-            isGone = isGone || update->healthState == PaSink::INACTIVE;
-        }
-        return untilBack ? isBack : isGone;
-    };
-    operate(
-        context, {titleOf(sink) + " has been reset", {pa::operations::resetSink}},
-        [&] { sink.reset(); }, take);
-    const PaSink now = sinkNow(sink.id);
-    printOutcome(context,
-                 titleOf(sink) + (untilBack ? " has been reset: " : " is being reset: ") +
-                     nameOf(now.healthState),
-                 toJson(now));
-}
+struct SinkGain {
+    std::string wanted;
+    double level = 0;
+    bool persistent = false;
+    bool delay = false;
 
-void addSink(Parser& parser, std::string& wanted) {
-    parser.addText("ID", wanted, "The sink: its number or its label").required();
-}
+    void define(CLI::App& app) {
+        addSink(app, wanted);
+        addNumber(app, "LEVEL", level, {-96, 0}, "In dB, -96 to 0")->required();
+        app.add_flag("--persistent", persistent, "The device keeps it over a restart");
+        app.add_flag("--delay", delay, "It is made persistent later");
+    }
 
-Handler defineGain(Parser& parser) {
-    struct Arguments {
-        std::string sink;
-        double level = 0;
-        bool persistent = false;
-        bool delay = false;
-    };
-    const auto a = std::make_shared<Arguments>();
-    addSink(parser, a->sink);
-    parser.addNumber("LEVEL", a->level, {-96, 0}, "In dB, -96 to 0").required();
-    parser.addFlag("--persistent", a->persistent, "The device keeps it over a restart");
-    parser.addFlag("--delay", a->delay, "It is made persistent later");
-    return [a](const Context& context) {
-        context.session();
-        PaSink sink = findOne(sinks, a->sink);
-        const auto current = [&sink] { return sinkNow(sink.id).outputGain.getLevel(); };
-        const std::string sentence = setGain(
-            context,
-            {titleOf(sink), pa::operations::setSinkGain, a->level, a->persistent || a->delay},
-            current, [&] { sink.setGain(Gain(a->level), a->persistent, a->delay); });
-        printOutcome(context, sentence, toJson(sinkNow(sink.id)));
-    };
-}
+    void run(const Context& context) const {
+        const PaSink sink = sinkNamed(context, wanted);
+        const std::string effect = titleOf(sink) + gainText(level);
+        const std::string asBefore = operate(context, effect, [&](const Wait& wait) {
+            return setGain(sink, level, persistent, delay, wait);
+        });
+        printOutcome(context, effect + asBefore, paclient::toJson(sinkNow(sink)));
+        warnOfEnd(context, "the gain");
+    }
+};
 
-Handler defineSwitch(Parser& parser) {
-    const auto wanted = std::make_shared<std::string>();
-    const auto enable = std::make_shared<bool>();
-    addSink(parser, *wanted);
-    parser.addSwitch(*enable);
-    return [wanted, enable](const Context& context) {
-        context.session();
-        monitorSink(context, findOne(sinks, *wanted), *enable);
-    };
-}
+struct SinkMonitor {
+    std::string wanted;
+    bool enable = false;
 
-Handler defineReset(Parser& parser) {
-    const auto wanted = std::make_shared<std::string>();
-    const auto wait = std::make_shared<bool>();
-    addSink(parser, *wanted);
-    parser.addFlag("--wait", *wait, "Wait until the device has come back");
-    return [wanted, wait](const Context& context) {
-        context.session();
-        resetSink(context, findOne(sinks, *wanted), *wait);
-    };
-}
+    void define(CLI::App& app) {
+        addSink(app, wanted);
+        addSwitch(app, enable);
+    }
+
+    void run(const Context& context) const {
+        const PaSink sink = sinkNamed(context, wanted);
+        const std::string effect = titleOf(sink) + (enable ? " is monitored" : " is not monitored");
+        const std::string asBefore = operate(
+            context, effect, [&](const Wait& wait) { return setMonitoring(sink, enable, wait); });
+        printOutcome(context, effect + asBefore, paclient::toJson(sinkNow(sink)));
+        warnOfEnd(context, "the monitoring");
+    }
+};
+
+struct SinkReset {
+    std::string wanted;
+    bool untilBack = false;
+
+    void define(CLI::App& app) {
+        addSink(app, wanted);
+        app.add_flag("--wait", untilBack, "Wait until the device is active again");
+    }
+
+    void run(const Context& context) const {
+        const PaSink sink = sinkNamed(context, wanted);
+        operate(context, titleOf(sink) + " has been reset",
+                [&](const Wait& wait) { return reset(sink, untilBack, wait); });
+        const PaSink now = sinkNow(sink);
+        const bool isBack = now.healthState != PaSink::INACTIVE;
+        printOutcome(context,
+                     titleOf(sink) + (isBack ? " has been reset: " : " is being reset: ") +
+                         paclient::nameOf(now.healthState),
+                     paclient::toJson(now));
+    }
+};
 
 }  // namespace
 
-Handler defineSink(Parser& parser) {
-    return defineSubcommands(parser, {{"gain", "Set the output gain", defineGain},
-                                      {"monitor", "Switch the monitoring of a sink", defineSwitch},
-                                      {"reset", "Reset the device of a sink", defineReset}});
+Command sinkCommand() {
+    return group("sink", "Set the gain of a sink, monitor it, reset it",
+                 {command<SinkGain>("gain", "Set the output gain"),
+                  command<SinkMonitor>("monitor", "Switch the monitoring of a sink"),
+                  command<SinkReset>("reset", "Reset the device of a sink")});
 }
 
 }  // namespace console

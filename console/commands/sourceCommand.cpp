@@ -1,82 +1,85 @@
-#include <memory>
-
-#include "console/arguments/Parser.h"
+#include "client/confirmedOperations.h"
+#include "client/resources.h"
 #include "console/commands/commands.h"
-#include "console/commands/setGain.h"
 #include "console/commands/sourceLevel.h"
 #include "console/commands/sourceLock.h"
 #include "console/commands/sourceZones.h"
-#include "console/text/resources.h"
+#include "console/following/operate.h"
 
 namespace console {
 
 namespace {
 
-void addSource(Parser& parser, std::string& wanted) {
-    parser.addText("ID", wanted, "The source: its number or its label").required();
+void addSource(CLI::App& app, std::string& wanted) {
+    addText(app, "ID", wanted, "The source: its number or its label")->required();
 }
 
 /// A subcommand that needs nothing but the source.
 template <void (*act)(const Context&, const PaSource&)>
-Handler define(Parser& parser) {
-    const auto wanted = std::make_shared<std::string>();
-    addSource(parser, *wanted);
-    return [wanted](const Context& context) {
-        context.session();
-        act(context, findOne(sources, *wanted));
-    };
-}
+struct OfSource {
+    std::string wanted;
 
-Handler defineGain(Parser& parser) {
-    struct Arguments {
-        std::string source;
-        double level = 0;
-        bool first = false;
-        bool second = false;
-    };
-    const auto a = std::make_shared<Arguments>();
-    addSource(parser, a->source);
-    parser.addNumber("LEVEL", a->level, {-96, 42}, "In dB, -96 to 42").required();
-    parser.addFlag("--first", a->first, "The server's own first flag");
-    parser.addFlag("--second", a->second, "The server's own second flag");
-    return [a](const Context& context) {
+    void define(CLI::App& app) { addSource(app, wanted); }
+
+    void run(const Context& context) const {
         context.session();
-        const PaSource source = findOne(sources, a->source);
+        act(context, findOne(paclient::sources, wanted));
+    }
+};
+
+struct SourceGain {
+    std::string wanted;
+    double level = 0;
+    bool first = false;
+    bool second = false;
+
+    void define(CLI::App& app) {
+        addSource(app, wanted);
+        addNumber(app, "LEVEL", level, {-96, 42}, "In dB, -96 to 42")->required();
+        app.add_flag("--first", first, "The server's own first flag");
+        app.add_flag("--second", second, "The server's own second flag");
+    }
+
+    void run(const Context& context) const {
+        context.session();
+        const PaSource source = findOne(paclient::sources, wanted);
         const std::string id = std::to_string(source.id);
-        const auto current = [&id] { return findOne(sources, id).inputGain; };
-        const std::string sentence = setGain(
-            context,
-            {"source " + id, pa::operations::setSourceGain, a->level, a->first || a->second},
-            current, [&] { source.setGain(a->level, a->first, a->second); });
-        printOutcome(context, sentence, toJson(findOne(sources, id)));
-    };
-}
+        const std::string effect = "source " + id + gainText(level);
+        const std::string asBefore = operate(context, effect, [&](const paclient::Wait& wait) {
+            return setGain(source, level, first, second, wait);
+        });
+        printOutcome(context, effect + asBefore, paclient::toJson(findOne(paclient::sources, id)));
+        warnOfEnd(context, "the gain");
+    }
+};
 
-Handler defineVu(Parser& parser) {
-    struct Arguments {
-        std::string source;
-        LevelLimits limits;
-    };
-    const auto a = std::make_shared<Arguments>();
-    addSource(parser, a->source);
-    parser.addWhole("--count", a->limits.count, {1, greatestWhole}, "End after so many readings");
-    parser.addNumber("--seconds", a->limits.seconds, {0, forEver}, "End after so many seconds");
-    return [a](const Context& context) {
+struct SourceLevel {
+    std::string wanted;
+    LevelLimits limits;
+
+    void define(CLI::App& app) {
+        addSource(app, wanted);
+        addWhole(app, "--count", limits.count, {1, greatestWhole}, "End after so many readings");
+        addNumber(app, "--seconds", limits.seconds, {0, forEver}, "End after so many seconds");
+    }
+
+    void run(const Context& context) const {
         context.session();
-        showLevel(context, findOne(sources, a->source), a->limits);
-    };
-}
+        showLevel(context, findOne(paclient::sources, wanted), limits);
+    }
+};
 
 }  // namespace
 
-Handler defineSource(Parser& parser) {
-    return defineSubcommands(
-        parser, {{"attach", "Take the lock of a source for this client", define<attachSource>},
-                 {"detach", "Release it", define<detachSource>},
-                 {"gain", "Set the input gain", defineGain},
-                 {"zones", "Show the zones attached to a source, and who holds its lock",
-                  define<printZones>},
-                 {"vu", "Show the level of its amplifier element, until Ctrl-C", defineVu}});
+Command sourceCommand() {
+    return group(
+        "source", "Take a source, set its gain, see its zones and its level",
+        {command<OfSource<attachSource>>("attach", "Take the lock of a source for this client"),
+         command<OfSource<detachSource>>("detach", "Release it"),
+         command<SourceGain>("gain", "Set the input gain"),
+         command<OfSource<printZones>>(
+             "zones", "Show the zones attached to a source, and who holds its lock"),
+         command<SourceLevel>("vu", "Show the level of its amplifier element, until Ctrl-C")});
 }
 
 }  // namespace console

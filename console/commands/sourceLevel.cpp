@@ -1,18 +1,24 @@
 #include "console/commands/sourceLevel.h"
 
 #include <algorithm>
+#include <chrono>
 #include <cmath>
 #include <cstdio>
 
+#include "client/ChangeStream.h"
 #include "console/ExitCode.h"
 #include "console/following/LiveView.h"
+#include "console/following/operate.h"
+#include "framework/clock.h"
 #include "sdk/PAController.h"
 
 namespace console {
 
+using namespace paclient;
+
 namespace {
 
-constexpr double readingSeconds = 10;  // the longest silence of a meter
+constexpr double readingSeconds = 10;  // the longest time between two readings
 
 /// The feed of a source, for as long as the object lives.
 class Feed {
@@ -34,6 +40,14 @@ std::string levelText(double level) {
     return text;
 }
 
+/// Whether the connection is lost, and with it the feed.
+bool isLoss(const paclient::Change& change) {
+    using State = palink::ConnectionChange::State;
+    const auto* const connection = std::get_if<palink::ConnectionChange>(&change);
+    return connection != nullptr &&
+           (connection->state == State::Disconnected || connection->state == State::Stopped);
+}
+
 /// Shows readings one after the other.
 class Meter {
 public:
@@ -45,7 +59,7 @@ public:
 
     void show(const palink::LevelReading& reading) {
         if (context_.settings.json) {
-            context_.writeJson(toJson(reading));
+            context_.writeJson(paclient::toJson(reading));
         } else if (view_) {
             const TerminalSize size = sizeOfTerminal(context_.terminal);
             const std::string text = levelText(reading.level) + "  ";
@@ -73,26 +87,34 @@ std::string levelBar(double level, std::size_t columns) {
 
 void showLevel(const Context& context, const PaSource& source, const LevelLimits& limits) {
     const int element = source.id / 100;
-    const Moment end = after(limits.seconds.value_or(forEver));
-    Changes changes;
+    const std::int64_t startMS = pa::monotonicMS();
+    paclient::Subscription changes(
+        paclient::kinds<palink::LevelReading, palink::ConnectionChange>());
     const Feed feed(source.id);
     Meter meter(context);
-    int shown = 0;
-    Moment deadline = after(context.settings.timeout.value_or(readingSeconds));
-    while (!limits.count || shown < *limits.count) {
-        const auto change = context.session().nextChange(changes, std::min(deadline, end));
-        if (std::chrono::steady_clock::now() >= end) {
+    for (int shown = 0; !limits.count || shown < *limits.count;) {
+        const double passed = static_cast<double>(pa::monotonicMS() - startMS) / 1000;
+        const double left = limits.seconds.value_or(forEver) - passed;
+        paclient::Wait wait = waitOf(context, "", readingSeconds);
+        const bool endsFirst = std::chrono::duration<double>(left) < wait.limit;
+        if (endsFirst) {
+            wait.limit = std::chrono::milliseconds(std::max(0LL, std::llround(left * 1000)));
+        }
+        const paclient::ChangePtr change = changes.next(wait);
+        if (change == nullptr && endsFirst) {
             return;
         }
-        const auto* const reading =
-            change ? std::get_if<palink::LevelReading>(&change->what) : nullptr;
+        if (change == nullptr) {
+            throw Failure(ExitCode::TimedOut,
+                          "the meter of element " + std::to_string(element) + " reports nothing");
+        }
+        if (isLoss(*change)) {
+            throw Failure(ExitCode::ConnectionLost, "the connection to the server is lost");
+        }
+        const auto* const reading = std::get_if<palink::LevelReading>(change.get());
         if (reading != nullptr && reading->element == element) {
             meter.show(*reading);
             ++shown;
-            deadline = after(context.settings.timeout.value_or(readingSeconds));
-        } else if (std::chrono::steady_clock::now() >= deadline) {
-            throw Failure(ExitCode::TimedOut,
-                          "the meter of element " + std::to_string(element) + " tells nothing");
         }
     }
 }

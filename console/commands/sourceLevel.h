@@ -5,7 +5,7 @@
 #include <string>
 
 #include "console/Context.h"
-#include "console/text/records.h"
+#include "resource/common/PaSource.h"
 
 namespace console {
 
@@ -15,7 +15,7 @@ struct LevelLimits {
     std::optional<double> seconds;  ///< since the start
 };
 
-/// Shows what the level meter of a source's amplifier element says: a bar on a terminal, else a
+/// Shows the level of a source's amplifier element: a bar on a terminal, else a
 /// line for each reading. The feed ends with it.
 /// @throws Failure when no reading comes in time, or the user interrupts
 void showLevel(const Context& context, const PaSource& source, const LevelLimits& limits);

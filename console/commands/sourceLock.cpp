@@ -1,50 +1,57 @@
 #include "console/commands/sourceLock.h"
 
-#include <string>
-
+#include "client/confirmedOperations.h"
+#include "client/resources.h"
+#include "console/ExitCode.h"
 #include "console/following/operate.h"
-#include "console/text/resources.h"
-#include "sdk/PAController.h"
 
 namespace console {
 
+using paclient::Confirmation;
+using paclient::SourceLock;
+using paclient::Wait;
+
 namespace {
 
-/// Makes a call of the controller that waits for the server, no longer than the user wants.
-void waitFor(const Context& context, const Request& request, bool (PAController::*call)(int),
-             int sourceId) {
-    if (!operateBlocking(context, request,
-                         [call, sourceId] { return (gPaController.*call)(sourceId); })) {
-        const Lock lock = lockOf(sourceId);
-        // The controller asks nothing of the server when another client holds the lock.
-        if (lock.holder == "another client") {
-            throw Failure(ExitCode::Refused, sentence(lock));
-        }
-        throw unconfirmed(request);
+/// @throws Failure that names the holder, when the lock is the reason
+void requireLockable(const Confirmation& confirmation, int sourceId) {
+    if (confirmation.state == Confirmation::State::Refused &&
+        paclient::lockHolder(sourceId) != paclient::ownUUID()) {
+        throw Failure(ExitCode::Refused, sentence(lockOf(sourceId)));
     }
+}
+
+/// Asks for a change of a lock, and prints who holds it then.
+template <class Operation>
+void changeLock(const Context& context, int sourceId, const std::string& effect,
+                Operation operation) {
+    operate(context, "source " + std::to_string(sourceId) + effect, [&](const Wait& wait) {
+        const Confirmation confirmation = operation(sourceId, wait);
+        requireLockable(confirmation, sourceId);
+        return confirmation;
+    });
+    const SourceLock now = lockOf(sourceId);
+    printOutcome(context, sentence(now), paclient::toJson(now));
 }
 
 }  // namespace
 
-std::string sentence(const Lock& lock) {
-    return "source " + std::to_string(lock.sourceId) + " is locked by " + holderText(lock);
+std::string sentence(const SourceLock& lock) {
+    return "source " + std::to_string(lock.sourceId) + " is locked by " +
+           paclient::holderText(lock);
 }
 
-Lock lockOf(int sourceId) {
-    for (const Lock& lock : locks.all()) {
+SourceLock lockOf(int sourceId) {
+    for (const SourceLock& lock : paclient::allLocks()) {
         if (lock.sourceId == sourceId) {
             return lock;
         }
     }
-    return {sourceId, "", "nobody"};
+    return {{sourceId, ""}, "nobody"};
 }
 
 void attachSource(const Context& context, const PaSource& source) {
-    const std::string effect = "source " + std::to_string(source.id) + " is locked";
-    waitFor(context, {effect, {pa::operations::attachSource}}, &PAController::attachPaSource,
-            source.id);
-    const Lock now = lockOf(source.id);
-    printOutcome(context, sentence(now), toJson(now));
+    changeLock(context, source.id, " is locked", paclient::takeLock);
     if (!context.connection.lasts) {
         context.diagnostics.diagnostic(
             "the lock lapses when this command has ended; a script keeps it, and 'paconsole "
@@ -53,15 +60,7 @@ void attachSource(const Context& context, const PaSource& source) {
 }
 
 void detachSource(const Context& context, const PaSource& source) {
-    const Lock before = lockOf(source.id);
-    if (before.holder != "this client") {
-        throw Failure(ExitCode::Refused, sentence(before));
-    }
-    const std::string effect = "source " + std::to_string(source.id) + " is released";
-    waitFor(context, {effect, {pa::operations::detachSource}}, &PAController::detachPaSource,
-            source.id);
-    const Lock now = lockOf(source.id);
-    printOutcome(context, sentence(now), toJson(now));
+    changeLock(context, source.id, " is released", paclient::releaseLock);
 }
 
 }  // namespace console

@@ -2,16 +2,16 @@
 
 #include <string>
 
+#include "client/records.h"
 #include "console/Context.h"
-#include "console/text/records.h"
 
 namespace console {
 
 /// Who holds the lock of a source now.
-Lock lockOf(int sourceId);
+paclient::SourceLock lockOf(int sourceId);
 
 /// For example "source 3 is locked by nobody".
-std::string sentence(const Lock& lock);
+std::string sentence(const paclient::SourceLock& lock);
 
 /// Takes the lock of a source for this client, and prints who holds it then.
 /// @throws Failure when another client holds it, or the server does not confirm it

@@ -4,7 +4,7 @@
 #include <vector>
 
 #include "console/Context.h"
-#include "console/text/records.h"
+#include "resource/common/PaSource.h"
 
 namespace console {
 
@@ -13,7 +13,7 @@ void printZones(const Context& context, const PaSource& source);
 
 /// Attaches zones to a source, and prints what is attached then.
 /// @param zoneNames names of zones, as the user has given them
-/// @param replace   whether those that are attached already go
+/// @param replace   whether those that are attached before are detached
 /// @throws Failure when one is unknown, or the server refuses or does not confirm it
 void attachZones(const Context& context, const PaSource& source,
                  const std::vector<std::string>& zoneNames, bool replace);

@@ -1,18 +1,20 @@
+#include "client/resources.h"
 #include "console/commands/commands.h"
 #include "console/text/TextTable.h"
-#include "console/text/resources.h"
 #include "sdk/PAController.h"
 #include "sdk/globals.h"
 
 namespace console {
 
+using namespace paclient;
+
 namespace {
 
-/// Who holds which source, besides those that nobody holds.
+/// The holders of the sources that are locked.
 void addLocks(Json& report) {
     Json own = Json::array();
     Json others = Json::array();
-    for (const Lock& lock : locks.all()) {
+    for (const SourceLock& lock : locks.all()) {
         if (lock.holder == "this client") {
             own.push_back(lock.sourceId);
         } else if (!lock.lockedUUID.empty()) {
@@ -67,8 +69,9 @@ void status(const Context& context) {
 
 }  // namespace
 
-Handler defineStatus(Parser& /*parser*/) {
-    return status;
+Command statusCommand() {
+    return command<status>("status",
+                           "Show what the server reports of itself and how much it holds");
 }
 
 }  // namespace console

@@ -1,8 +1,8 @@
 #include <algorithm>
-#include <memory>
 #include <set>
 
-#include "console/arguments/Parser.h"
+#include "client/confirmedOperations.h"
+#include "console/ExitCode.h"
 #include "console/commands/commands.h"
 #include "console/following/operate.h"
 #include "console/text/cleanText.h"
@@ -13,190 +13,178 @@ namespace console {
 
 namespace {
 
-struct NewTrigger {
+using paclient::Wait;
+
+std::string titleOf(const PaSWTrigger& trigger) {
+    return "software trigger " + std::to_string(trigger.trigger.id);
+}
+
+PaSWTrigger softwareTrigger(const std::string& number) {
+    const std::vector<PaSWTrigger> triggers = gPaController.getSwPaTriggers();
+    std::vector<std::string> numbers;
+    for (const PaSWTrigger& trigger : triggers) {
+        numbers.push_back(std::to_string(trigger.trigger.id));
+    }
+    return triggers[paclient::findName("software trigger", number, numbers)];
+}
+
+/// The hardware trigger and the software trigger with this number.
+std::vector<paclient::AnyTrigger> triggersNumbered(const std::string& number) {
+    std::vector<paclient::AnyTrigger> triggers = paclient::allTriggers();
+    std::set<std::string> numbers;
+    for (const paclient::AnyTrigger& trigger : triggers) {
+        numbers.insert(std::to_string(trigger.id));
+    }
+    const std::vector<std::string> names(numbers.begin(), numbers.end());
+    const std::string found = names[paclient::findName("trigger", number, names)];
+    const auto isOther = [&](const auto& t) { return std::to_string(t.id) != found; };
+    triggers.erase(std::remove_if(triggers.begin(), triggers.end(), isOther), triggers.end());
+    return triggers;
+}
+
+void deleteTrigger(const Context& context, const PaSWTrigger& trigger) {
+    gPaController.deleteSwPaTrigger(trigger.trigger.id);
+    printOutcome(context, titleOf(trigger) + " is deleted", {{"id", trigger.trigger.id}});
+}
+
+void activate(const Context& context, const PaSWTrigger& trigger) {
+    paclient::Activation activation;
+    const std::string effect = titleOf(trigger) + " is active";
+    operate(context, effect, [&](const Wait& wait) {
+        activation = paclient::activate(trigger, wait);
+        return activation.confirmation;
+    });
+    const AnnouncementRequest& started = activation.announcement.value();
+    context.connection.startedAnnouncements[trigger.associatedSourceId] = started.id;
+    printOutcome(context,
+                 effect + ": request " + started.getRequestID() + " in " +
+                     paclient::valueText(started.zones),
+                 paclient::toJson(started));
+    warnOfEnd(context, "the announcement");
+}
+
+void deactivate(const Context& context, const PaSWTrigger& trigger) {
+    using State = paclient::Confirmation::State;
+    const auto& startedBy = context.connection.startedAnnouncements;
+    const auto started = startedBy.find(trigger.associatedSourceId);
+    const auto announcement =
+        started == startedBy.end() ? std::nullopt : std::optional(started->second);
+    const std::string effect = titleOf(trigger) + " is inactive";
+    operate(context, effect, [&](const Wait& wait) {
+        paclient::Confirmation result = paclient::deactivate(trigger, announcement, wait);
+        const bool isUnseen =
+            result.state == State::TimedOut && !announcement;  // of a trigger that was not active
+        return isUnseen ? paclient::Confirmation{State::Done} : result;
+    });
+    printOutcome(context, effect, {{"id", trigger.trigger.id}});
+}
+
+struct TriggerState {
+    std::string number;
+
+    void define(CLI::App& app) {
+        addText(app, "ID", number, "The number of a trigger")->required();
+    }
+
+    void run(const Context& context) const {
+        context.session();
+        std::string lines;
+        paclient::Json array = paclient::Json::array();
+        for (const paclient::AnyTrigger& trigger : triggersNumbered(number)) {
+            const std::string state = paclient::nameOf(trigger.state);
+            lines += trigger.kind + " trigger " + std::to_string(trigger.id) + ": " + state + '\n';
+            array.push_back({{"kind", trigger.kind},
+                             {"id", trigger.id},
+                             {"state", static_cast<int>(trigger.state)},
+                             {"stateText", state}});
+        }
+        context.settings.json ? context.writeJson(array) : context.out.write(lines);
+    }
+};
+
+struct TriggerList {
+    std::optional<std::string> source;
+
+    void define(CLI::App& app) {
+        addText(app, "--source", source, "Of one source: its number or its label", "ID");
+    }
+
+    void run(const Context& context) const {
+        context.session();
+        printOfSource(context, paclient::triggers, source);
+    }
+};
+
+struct TriggerCreate {
     std::string source;
     int priority = 0;
     std::string preChime;
     std::string display;
+
+    void define(CLI::App& app) {
+        addText(app, "--source", source, "The source: its number or its label", "ID")->required();
+        addWhole(app, "--priority", priority, {0, 100}, "Of the announcement, 0 to 100")
+            ->required();
+        addText(app, "--pre-chime", preChime, "A chime of the server, played first", "CHIME");
+        addText(app, "--display", display, "A text that the zones show meanwhile");
+    }
+
+    void run(const Context& context) const {
+        check();
+        context.session();
+        const int sourceId = findOne(paclient::sources, source).id;
+        const int id = gPaController.createSwPaTrigger(sourceId, priority, preChime, display);
+        if (id == 0) {
+            throw Failure(ExitCode::Refused,
+                          "source " + std::to_string(sourceId) + " can have no software trigger");
+        }
+        printOutcome(
+            context,
+            "software trigger " + std::to_string(id) + " starts source " + std::to_string(sourceId),
+            {{"id", id}, {"associatedSourceId", sourceId}});
+        warnOfEnd(context, "the trigger");
+    }
+
+private:
+    /// The chime is sent as it is between commas; the text is all that follows.
+    void check() const {
+        if (preChime.find(',') != std::string::npos) {
+            throw Failure(ExitCode::Usage, "the pre-chime '" + preChime + "' has a comma");
+        }
+        for (const std::string& text : {preChime, display}) {
+            if (!isUtf8(text)) {
+                throw Failure(ExitCode::Usage, "the text '" + text + "' is not UTF-8");
+            }
+        }
+    }
 };
 
-/// The chime is sent as it stands between commas; the display parameters are all that follows.
-void check(const NewTrigger& wanted) {
-    if (wanted.preChime.find(',') != std::string::npos) {
-        throw Failure(ExitCode::Usage,
-                      "the pre-chime '" + wanted.preChime + "' has a comma, which ends it");
-    }
-    for (const std::string& text : {wanted.preChime, wanted.display}) {
-        if (!isUtf8(text)) {
-            throw Failure(ExitCode::Usage, "the text '" + text + "' is not UTF-8");
-        }
-    }
-}
-
-std::string titleOf(const Trigger& trigger) {
-    return trigger.kind + " trigger " + std::to_string(trigger.id);
-}
-
-void create(const Context& context, const NewTrigger& wanted) {
-    check(wanted);
-    context.session();
-    const PaSource source = findOne(sources, wanted.source);
-    const int id = gPaController.createSwPaTrigger(source.id, wanted.priority, wanted.preChime,
-                                                   wanted.display);
-    if (id == 0) {
-        throw Failure(ExitCode::Refused,
-                      "source " + std::to_string(source.id) + " can have no software trigger");
-    }
-    printOutcome(
-        context,
-        "software trigger " + std::to_string(id) + " starts source " + std::to_string(source.id),
-        {{"id", id}, {"associatedSourceId", source.id}});
-    if (!context.connection.lasts) {
-        context.diagnostics.diagnostic(
-            "the trigger is gone when this command has ended; a script keeps it, and 'paconsole "
-            "shell'");
-    }
-}
-
-/// Every trigger with this number, of one kind or of both.
-std::vector<Trigger> triggersNumbered(const std::string& number, const char* kindOrNull) {
-    std::vector<Trigger> candidates = triggers.all();
-    const auto removeUnless = [&candidates](const char* member, const std::string& text) {
-        const auto isOther = [&](const Trigger& t) { return memberText(t, member) != text; };
-        candidates.erase(std::remove_if(candidates.begin(), candidates.end(), isOther),
-                         candidates.end());
-    };
-    if (kindOrNull != nullptr) {
-        removeUnless("kind", kindOrNull);
-    }
-    const auto texts = memberTexts(candidates, "id");
-    const std::set<std::string> distinct(texts.begin(), texts.end());
-    const std::vector<std::string> ids(distinct.begin(), distinct.end());
-    const std::string what =
-        (kindOrNull != nullptr ? kindOrNull + std::string(" ") : "") + "trigger";
-    removeUnless("id", ids[findName(what, number, ids)]);
-    return candidates;
-}
-
-Trigger softwareTrigger(const std::string& number) {
-    return triggersNumbered(number, "software").front();
-}
-
-void forget(const Context& context, const Trigger& trigger) {
-    gPaController.deleteSwPaTrigger(trigger.id);
-    printOutcome(context, titleOf(trigger) + " is deleted", {{"id", trigger.id}});
-}
-
-/// The announcement shows that the server has started it: a live one that was not there before, in
-/// the zones of the source.
-void activate(const Context& context, const Trigger& trigger) {
-    std::set<int> before;
-    for (const AnnouncementRequest& record : announcements.all()) {
-        before.insert(record.id);
-    }
-    std::vector<std::string> attached;
-    gPaController.getAttachedPaZoneList(trigger.associatedSourceId, &attached);
-    std::optional<AnnouncementRequest> started;
-    const auto take = [&](const std::optional<Change>& change) {
-        const auto* const record = change && change->kind == Change::Kind::Update
-                                       ? std::get_if<AnnouncementRequest>(&change->what)
-                                       : nullptr;
-        const auto isAttached = [&](const std::string& zone) {
-            return std::find(attached.begin(), attached.end(), zone) != attached.end();
-        };
-        const bool isIt = record != nullptr && before.count(record->id) == 0 &&
-                          record->getAudioMessageType() == Message::LIVE_STREAM &&
-                          std::all_of(record->zones.begin(), record->zones.end(), isAttached);
-        if (isIt) {
-            started = *record;
-        }
-        return isIt;
-    };
-    operate(
-        context, {titleOf(trigger) + " is active", {pa::operations::activateTrigger}},
-        [&] { gPaController.activateSwPaTrigger(trigger.id); }, take);
-    context.connection.startedAnnouncements[trigger.associatedSourceId] = started->id;
-    printOutcome(context,
-                 titleOf(trigger) + " is active: request " + started->getRequestID() + " in " +
-                     valueText(started->zones),
-                 toJson(*started));
-}
-
-void deactivate(const Context& context, const Trigger& trigger) {
-    const auto& startedBy = context.connection.startedAnnouncements;
-    const auto started = startedBy.find(trigger.associatedSourceId);
-    const auto isOver = [&] {
-        return started == startedBy.end() ||
-               !knowsName(std::to_string(started->second), memberTexts(announcements.all(), "id"));
-    };
-    const Request request{titleOf(trigger) + " is inactive", {pa::operations::deactivateTrigger}};
-    const auto send = [&] { gPaController.deactivateSwPaTrigger(trigger.id); };
-    // Without an announcement that could go, nothing is heard but a refusal.
-    isOver() ? operateUnseen(context, request, send)
-             : operate(context, request, send, seen(isOver));
-    printOutcome(context, request.effect, {{"id", trigger.id}});
-}
-
-void showState(const Context& context, const std::string& number) {
-    context.session();
-    std::string lines;
-    Json array = Json::array();
-    for (const Trigger& trigger : triggersNumbered(number, nullptr)) {
-        lines += titleOf(trigger) + ": " + nameOf(trigger.state) + '\n';
-        array.push_back(
-            {{"kind", trigger.kind}, {"id", trigger.id}, {"state", jsonValue(trigger.state)}});
-    }
-    context.settings.json ? context.writeJson(array) : context.out.write(lines);
-}
-
-Handler defineTriggerList(Parser& parser) {
-    const auto source = std::make_shared<std::optional<std::string>>();
-    parser.addText("--source", *source, "Of one source: its number or its label", "ID");
-    return [source](const Context& context) {
-        context.session();
-        printOfSource(context, triggers, *source);
-    };
-}
-
-Handler defineCreate(Parser& parser) {
-    const auto wanted = std::make_shared<NewTrigger>();
-    parser.addText("--source", wanted->source, "The source: its number or its label", "ID")
-        .required();
-    parser.addWhole("--priority", wanted->priority, {0, 100}, "Of the announcement, 0 to 100")
-        .required();
-    parser.addText("--pre-chime", wanted->preChime, "A chime of the server, played first", "CHIME");
-    parser.addText("--display", wanted->display, "A text shown in the zones meanwhile");
-    return [wanted](const Context& context) { create(context, *wanted); };
-}
-
-Handler defineState(Parser& parser) {
-    const auto number = std::make_shared<std::string>();
-    parser.addText("ID", *number, "The number of a trigger").required();
-    return [number](const Context& context) { showState(context, *number); };
-}
-
 /// A subcommand that needs nothing but a software trigger.
-template <void (*act)(const Context&, const Trigger&)>
-Handler define(Parser& parser) {
-    const auto number = std::make_shared<std::string>();
-    parser.addText("ID", *number, "The number of a software trigger").required();
-    return [number](const Context& context) {
+template <void (*act)(const Context&, const PaSWTrigger&)>
+struct OfTrigger {
+    std::string number;
+
+    void define(CLI::App& app) {
+        addText(app, "ID", number, "The number of a software trigger")->required();
+    }
+
+    void run(const Context& context) const {
         context.session();
-        act(context, softwareTrigger(*number));
-    };
-}
+        act(context, softwareTrigger(number));
+    }
+};
 
 }  // namespace
 
-Handler defineTrigger(Parser& parser) {
-    return defineSubcommands(
-        parser,
-        {{"list", "List the triggers of the hardware and of this client", defineTriggerList},
-         {"create", "Make a software trigger for a source", defineCreate},
-         {"delete", "Forget a software trigger", define<forget>},
-         {"activate", "Start the announcement of a software trigger", define<activate>},
-         {"deactivate", "Stop it", define<deactivate>},
-         {"state", "Show the state of a trigger", defineState}});
+Command triggerCommand() {
+    return group(
+        "trigger", "Make software triggers and use them, see all triggers",
+        {command<TriggerList>("list", "List the triggers of the hardware and of this client"),
+         command<TriggerCreate>("create", "Make a software trigger for a source"),
+         command<OfTrigger<deleteTrigger>>("delete", "Delete a software trigger"),
+         command<OfTrigger<activate>>("activate", "Start the announcement of a software trigger"),
+         command<OfTrigger<deactivate>>("deactivate", "Stop it"),
+         command<TriggerState>("state", "Show the state of a trigger")});
 }
 
 }  // namespace console

@@ -1,7 +1,6 @@
-#include <memory>
 #include <set>
 
-#include "console/arguments/Parser.h"
+#include "console/ExitCode.h"
 #include "console/commands/commands.h"
 #include "console/commands/sourceZones.h"
 #include "console/text/resourceTable.h"
@@ -10,72 +9,73 @@ namespace console {
 
 namespace {
 
-void listMembers(const Context& context, const std::string& wanted) {
-    context.session();
-    std::vector<PaSink> members;
-    std::set<int> shown;  // a sink that lists the zone and its sub-zones is shown once
-    for (const PaSink& sink : findOne(zones, wanted).getMembers()) {
-        if (shown.insert(sink.id).second) {
-            members.push_back(sink);
+struct ZoneMembers {
+    std::string zone;
+
+    void define(CLI::App& app) { addText(app, "ZONE", zone, "Its name")->required(); }
+
+    void run(const Context& context) const {
+        context.session();
+        std::vector<PaSink> members;
+        std::set<int> listed;  // a sink that names the zone and its sub-zones is listed once
+        for (const PaSink& sink : findOne(paclient::zones, zone).getMembers()) {
+            if (listed.insert(sink.id).second) {
+                members.push_back(sink);
+            }
         }
+        print(context, paclient::sinks, members);
     }
-    print(context, sinks, members);
-}
-
-Handler defineMembers(Parser& parser) {
-    const auto zone = std::make_shared<std::string>();
-    parser.addText("ZONE", *zone, "Its name").required();
-    return [zone](const Context& context) { listMembers(context, *zone); };
-}
-
-/// What `attach` and `detach` are asked for.
-struct Arguments {
-    std::vector<std::string> zones;
-    std::string source;
-    bool isFlagged = false;
 };
 
-/// @param flag the option that the command has besides
-std::shared_ptr<Arguments> addArguments(Parser& parser, const char* flag, const char* flagHelp) {
-    auto arguments = std::make_shared<Arguments>();
-    parser.addTexts("ZONE", arguments->zones, "Names of zones", "ZONE").oneOrMore();
-    parser.addText("--source", arguments->source, "The source: its number or its label", "ID")
-        .required();
-    parser.addFlag(flag, arguments->isFlagged, flagHelp);
-    return arguments;
+void addSource(CLI::App& app, std::string& source) {
+    addText(app, "--source", source, "The source: its number or its label", "ID")->required();
 }
 
-Handler defineAttach(Parser& parser) {
-    const auto arguments =
-        addArguments(parser, "--replace", "Detach the zones that are attached before");
-    parser.named("ZONE").required();
-    return [arguments](const Context& context) {
+struct ZoneAttach {
+    std::vector<std::string> zones;
+    std::string source;
+    bool replace = false;
+
+    void define(CLI::App& app) {
+        addTextList(app, "ZONE", zones, "Names of zones")->required();
+        addSource(app, source);
+        app.add_flag("--replace", replace, "Detach the zones that are attached before");
+    }
+
+    void run(const Context& context) const {
         context.session();
-        attachZones(context, findOne(sources, arguments->source), arguments->zones,
-                    arguments->isFlagged);
-    };
-}
+        attachZones(context, findOne(paclient::sources, source), zones, replace);
+    }
+};
 
-Handler defineDetach(Parser& parser) {
-    const auto arguments = addArguments(parser, "--all", "Detach every zone");
-    return [arguments](const Context& context) {
-        if (arguments->zones.empty() != arguments->isFlagged) {
+struct ZoneDetach {
+    std::vector<std::string> zones;
+    std::string source;
+    bool all = false;
+
+    void define(CLI::App& app) {
+        addTextList(app, "ZONE", zones, "Names of zones");
+        addSource(app, source);
+        app.add_flag("--all", all, "Detach every zone");
+    }
+
+    void run(const Context& context) const {
+        if (zones.empty() != all) {
             throw Failure(ExitCode::Usage, "detach what? Either ZONE or --all");
         }
         context.session();
-        const PaSource source = findOne(sources, arguments->source);
-        arguments->isFlagged ? detachAllZones(context, source)
-                             : detachZones(context, source, arguments->zones);
-    };
-}
+        const PaSource from = findOne(paclient::sources, source);
+        all ? detachAllZones(context, from) : detachZones(context, from, zones);
+    }
+};
 
 }  // namespace
 
-Handler defineZone(Parser& parser) {
-    return defineSubcommands(
-        parser, {{"members", "List the sinks of a zone", defineMembers},
-                 {"attach", "Attach zones to a source, so that they hear it", defineAttach},
-                 {"detach", "Detach zones from a source", defineDetach}});
+Command zoneCommand() {
+    return group("zone", "Ask about a zone, attach zones to a source and detach them",
+                 {command<ZoneMembers>("members", "List the sinks of a zone"),
+                  command<ZoneAttach>("attach", "Attach zones to a source, which then plays there"),
+                  command<ZoneDetach>("detach", "Detach zones from a source")});
 }
 
 }  // namespace console

@@ -2,14 +2,17 @@
 
 #include <algorithm>
 
+#include "client/recordText.h"
 #include "console/commands/playMessage.h"
-#include "console/text/recordText.h"
-#include "framework/uuid.h"
 #include "sdk/PAController.h"
 
 namespace console {
 
+using namespace paclient;
+
 namespace {
+
+using State = paclient::Announcement::State;
 
 constexpr double stepSeconds = 3;      // simulated, between two announcements
 constexpr double settleSeconds = 0.2;  // for what follows the end of the last announcement
@@ -17,12 +20,12 @@ constexpr double settleSeconds = 0.2;  // for what follows the end of the last a
 }  // namespace
 
 DemoAnnouncements::DemoAnnouncements(const Context& context, DemoScreen& screen)
-    : context_(context), screen_(screen) {}
+    : DemoPage("Announcements"), context_(context), screen_(screen) {}
 
 DemoAnnouncements::~DemoAnnouncements() {
     for (const Playing& playing : playing_) {
-        if (!playing.follower.isOver()) {
-            gPaController.cancelMessage(playing.follower.requestId());
+        if (!playing.announcement->isOver()) {
+            gPaController.cancelMessage(playing.announcement->requestId());
         }
     }
 }
@@ -38,39 +41,43 @@ std::vector<DemoResult> DemoAnnouncements::play(const std::vector<DemoItem>& pla
         screen_.showFor(*this, stepSeconds / speed);
     }
     for (const Playing& playing : playing_) {
-        if (playing.item.expected == Outcome::Cancelled) {
-            gPaController.cancelMessage(playing.follower.requestId());
+        if (playing.item.expected == State::Cancelled) {
+            gPaController.cancelMessage(playing.announcement->requestId());
         }
     }
+    screen_.await("the end of what plays");
     screen_.showUntil(*this, limit, [this] { return isOver(); });
-    // What was to be ended by something else has ended by now, or will not.
+    // The end of what another one ends follows at once.
     screen_.showFor(*this, settleSeconds);
     return results();
 }
 
 void DemoAnnouncements::begin(const DemoItem& item) {
-    std::string id;
-    generateUUID(id);
-    playing_.push_back({item, RequestFollower(id, 1), "sent"});
-    context_.connection.playedIds.push_back(id);
-    screen_.tell(item.name,
-                 std::string("sent to ") + valueText(item.request.zones) + ": " + item.kind);
-    Message message = messageFor(item.request, id);
-    gPaController.playMessage(zonesFor(item.request.zones), message);
+    screen_.beginStep(item.name);
+    screen_.report(item.name,
+                   std::string("sent to ") + valueText(item.request.zones) + ": " + item.kind);
+    playing_.push_back({item,
+                        std::make_unique<paclient::Announcement>(zonesFor(item.request.zones),
+                                                                 messageFor(item.request)),
+                        "sent"});
+    context_.connection.playedIds.push_back(playing_.back().announcement->requestId());
 }
 
-/// Whether everything is over that is to end by itself.
+/// Whether everything that ends by itself is over.
 bool DemoAnnouncements::isOver() const {
     return std::all_of(playing_.begin(), playing_.end(), [](const Playing& playing) {
-        return playing.item.expected != Outcome::Finished || playing.follower.isOver();
+        return playing.item.expected != State::Finished || playing.announcement->isOver();
     });
 }
 
 void DemoAnnouncements::take(const Change& change) {
+    const auto* const record = std::get_if<AnnouncementRequest>(&change.what);
     for (Playing& playing : playing_) {
-        if (const auto news = playing.follower.take(change)) {
-            playing.state = news->stateText;
-            screen_.tell(playing.item.name, playing.state);
+        const bool isIts = record != nullptr && change.kind == Change::Kind::Update &&
+                           record->getRequestID() == playing.announcement->requestId();
+        if (isIts && record->stateText != playing.state) {
+            playing.state = record->stateText;
+            screen_.report(playing.item.name, playing.state);
         }
     }
 }
@@ -86,12 +93,14 @@ TextTable DemoAnnouncements::table() const {
 
 std::vector<DemoResult> DemoAnnouncements::results() const {
     std::vector<DemoResult> all;
-    for (const auto& [item, follower, state] : playing_) {
-        const bool asExpected = follower.isOver() && follower.outcome() == item.expected;
-        const Json details = {{"zones", item.request.zones}, {"requestId", follower.requestId()}};
+    for (const auto& [item, announcement, lastState] : playing_) {
+        const State state = announcement->state();
+        const bool asExpected = announcement->isOver() && state == item.expected;
+        const Json details = {{"zones", item.request.zones},
+                              {"requestId", announcement->requestId()}};
         all.push_back({item.name, item.kind, nameOf(item.expected),
-                       asExpected ? nameOf(item.expected) : follower.summary(), asExpected,
-                       details});
+                       asExpected ? nameOf(state) : nameOf(state) + (": " + announcement->reason()),
+                       asExpected, details});
     }
     return all;
 }

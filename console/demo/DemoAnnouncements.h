@@ -1,5 +1,6 @@
 #pragma once
 
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -8,7 +9,7 @@
 
 namespace console {
 
-/// The demo's page of announcements: plays the plan and shows what comes of it.
+/// The demo's page of announcements: plays the plan and shows the outcome.
 class DemoAnnouncements final : public DemoPage {
 public:
     /// @param context, screen must outlive the page
@@ -25,7 +26,7 @@ private:
     /// An announcement of the plan that is played.
     struct Playing {
         DemoItem item;
-        RequestFollower follower;
+        std::unique_ptr<paclient::Announcement> announcement;
         std::string state;
     };
 

@@ -3,18 +3,20 @@
 #include <iterator>
 #include <utility>
 
+#include "client/confirmedOperations.h"
+#include "client/recordText.h"
+#include "client/resources.h"
 #include "console/commands/playMessage.h"
 #include "console/commands/sourceLock.h"
 #include "console/files/fileUri.h"
 #include "console/files/wavFile.h"
-#include "console/following/BlockingCall.h"
 #include "console/following/RenewalCounter.h"
-#include "console/text/recordText.h"
-#include "console/text/resources.h"
 #include "framework/uuid.h"
 #include "sdk/PAController.h"
 
 namespace console {
+
+using namespace paclient;
 
 namespace {
 
@@ -23,7 +25,7 @@ constexpr double previewSeconds = 20;  // for the text to be spoken
 constexpr double renewalSeconds = 30;  // three passes of the worker, and some
 constexpr double triggerSeconds = 2;   // for which the software trigger is active
 constexpr int renewalsToSee = 2;
-constexpr const char* text = "This is a preview. It is heard by nobody but the operator.";
+constexpr const char* text = "This is a preview. Only the operator hears it.";
 
 std::string nameOf(const PaSource& source) {
     return "source " + std::to_string(source.id) + " " + source.label;
@@ -35,10 +37,10 @@ std::vector<std::string> listOf(const std::set<std::string>& ids) {
 
 }  // namespace
 
-const DemoOperating::Step DemoOperating::steps[] = {
+const DemoOperating::Step DemoOperating::steps[stepCount] = {
     {"take a source", "source lock", "locked", &DemoOperating::takeSource},
-    {"attach zones", "live from the source", "heard", &DemoOperating::attachZones},
-    {"trigger", "software trigger", "heard, then silent", &DemoOperating::useTrigger},
+    {"attach zones", "live from the source", "plays", &DemoOperating::attachZones},
+    {"trigger", "software trigger", "plays, then stops", &DemoOperating::useTrigger},
     {"preview", "spoken text", "WAV, 48000 Hz", &DemoOperating::savePreview},
     {"hold the source", "keep-alive", "locked, renewals: 2", &DemoOperating::holdSource},
     {"release it", "source lock", "free", &DemoOperating::releaseSource},
@@ -46,7 +48,8 @@ const DemoOperating::Step DemoOperating::steps[] = {
 
 DemoOperating::DemoOperating(const Context& context, DemoScreen& screen,
                              const std::vector<std::string>& zoneIds, std::filesystem::path wav)
-    : context_(context),
+    : DemoPage("Operating"),
+      context_(context),
       screen_(screen),
       heldZones_(zoneIds.begin(), zoneIds.begin() + (zoneIds.size() > 2 ? 2 : 1)),
       triggerZone_(zoneIds.back()),
@@ -56,7 +59,7 @@ DemoOperating::DemoOperating(const Context& context, DemoScreen& screen,
     chooseSources();
 }
 
-/// Two that nobody holds and no zone is attached to, so that they are left as they were.
+/// Two without a lock and without zones, so that they are left as they were.
 void DemoOperating::chooseSources() {
     for (const PaSource& source : sources.all()) {
         const bool isFree =
@@ -80,6 +83,7 @@ DemoOperating::~DemoOperating() {
 std::vector<DemoResult> DemoOperating::run() {
     for (const Step& step : steps) {
         refusal_.clear();
+        screen_.beginStep(step.name);
         results_.push_back(
             {step.name, step.kind, step.expected, "under way", false, Json::object()});
         const bool asExpected = (this->*step.perform)();
@@ -98,8 +102,8 @@ bool DemoOperating::takeSource() {
         return fail("there is no free source");
     }
     const int id = held_->id;
-    BlockingCall call([id] { return gPaController.attachPaSource(id); });
-    waitFor(answerSeconds, [&call] { return call.result().has_value(); });
+    paclient::askForLock(id);
+    waitFor(answerSeconds, [this] { return isHolder(); });
     see(sentence(lockOf(id)));
     return isHolder();
 }
@@ -109,10 +113,10 @@ bool DemoOperating::attachZones() {
         return fail("no source is held");
     }
     held_->attachPaZone(listOf(heldZones_), PaSource::REPLACE_EXISTING_SET);
-    const bool heard = waitFor(answerSeconds, [this] { return isHeardLive(heldZones_); });
-    see(nameOf(*held_) + (heard ? " is" : " is not") + " heard in " +
+    const bool isLive = waitFor(answerSeconds, [this] { return playsLive(heldZones_); });
+    see(nameOf(*held_) + (isLive ? " plays in " : " does not play in ") +
         valueText(held_->getAttachedPaZones()));
-    return heard;
+    return isLive;
 }
 
 bool DemoOperating::useTrigger() {
@@ -123,25 +127,25 @@ bool DemoOperating::useTrigger() {
     const std::set<std::string> zone = {triggerZone_};
     triggered_->attachPaZone(triggerZone_, PaSource::ADD_TO_EXISTING_SET);
     gPaController.activateSwPaTrigger(trigger_);
-    const bool heard = waitFor(answerSeconds, [&] { return isHeardLive(zone); });
-    see(nameOf(*triggered_) + (heard ? " is" : " is not") + " heard in " + triggerZone_);
-    if (heard) {
+    const bool isLive = waitFor(answerSeconds, [&] { return playsLive(zone); });
+    see(nameOf(*triggered_) + (isLive ? " plays in " : " does not play in ") + triggerZone_);
+    if (isLive) {
         screen_.showFor(*this, triggerSeconds / context_.settings.speed);
         gPaController.deactivateSwPaTrigger(trigger_);
     }
-    const bool silent = heard && waitFor(answerSeconds, [&] { return !isHeardLive(zone); });
+    const bool hasEnded = isLive && waitFor(answerSeconds, [&] { return !playsLive(zone); });
     endTrigger();
-    if (silent) {
-        see("heard in " + triggerZone_ + ", now silent");
+    if (hasEnded) {
+        see("played in " + triggerZone_ + ", has stopped");
     }
-    return silent;
+    return hasEnded;
 }
 
 void DemoOperating::endTrigger() {
     if (trigger_ == 0) {
         return;
     }
-    if (isHeardLive({triggerZone_})) {
+    if (playsLive({triggerZone_})) {
         gPaController.deactivateSwPaTrigger(trigger_);
     }
     triggered_->detachPaZone(triggerZone_);
@@ -181,6 +185,7 @@ bool DemoOperating::holdSource() {
         return fail("no source is held");
     }
     int renewals = 0;
+    screen_.await("two renewals of its lock");
     const bool renewed = waitFor(renewalSeconds, [&] {
         const int now = context_.session().renewalsOf(held_->id);
         if (now != std::exchange(renewals, now)) {
@@ -197,17 +202,16 @@ bool DemoOperating::releaseSource() {
     }
     const int id = held_->id;
     held_->detachAllPaZones();
-    BlockingCall call([id] { return gPaController.detachPaSource(id); });
-    const bool isLeftAsItWas = waitFor(answerSeconds, [&] {
-        return call.result().has_value() && held_->getAttachedPaZones().empty();
-    });
+    paclient::askToRelease(id);
+    const bool isLeftAsItWas =
+        waitFor(answerSeconds, [&] { return !isHolder() && held_->getAttachedPaZones().empty(); });
     see(sentence(lockOf(id)));
-    return isLeftAsItWas && lockOf(id).lockedUUID.empty() && !isHeardLive(heldZones_);
+    return isLeftAsItWas && lockOf(id).lockedUUID.empty() && !playsLive(heldZones_);
 }
 
 // ---------------------------------------------------------------------------------------- helpers
 
-/// Shows the page until the server has done it, or refused.
+/// Shows the page until the condition holds, or the server refuses.
 template <class Condition>
 bool DemoOperating::waitFor(double seconds, Condition isReached) {
     const Moment deadline = after(context_.settings.timeout.value_or(seconds));
@@ -219,13 +223,13 @@ bool DemoOperating::waitFor(double seconds, Condition isReached) {
     return reached;
 }
 
-/// Notes what is to be seen of the step at hand.
+/// Notes what the server reports of the step.
 void DemoOperating::see(const std::string& what) {
-    results_.back().seen = what;
-    screen_.tell(results_.back().name, what);
+    results_.back().seen = withShortIds(what);
+    screen_.report(results_.back().name, results_.back().seen);
 }
 
-/// Notes why the step cannot be what it is to be.
+/// Notes why the step fails.
 bool DemoOperating::fail(const std::string& why) {
     see(why);
     return false;
@@ -248,8 +252,8 @@ TextTable DemoOperating::table() const {
     return result;
 }
 
-/// Whether a live announcement goes to just these zones.
-bool DemoOperating::isHeardLive(const std::set<std::string>& zoneIds) const {
+/// Whether a live announcement plays in exactly these zones.
+bool DemoOperating::playsLive(const std::set<std::string>& zoneIds) const {
     for (const AnnouncementRequest& record : announcements.all()) {
         const std::set<std::string> its(record.zones.begin(), record.zones.end());
         if (record.getAudioMessageType() == Message::LIVE_STREAM && its == zoneIds) {

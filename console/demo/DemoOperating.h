@@ -6,8 +6,8 @@
 #include <string>
 #include <vector>
 
+#include "client/records.h"
 #include "console/demo/DemoScreen.h"
-#include "console/text/records.h"
 
 namespace console {
 
@@ -16,16 +16,17 @@ class DemoOperating final : public DemoPage {
 public:
     /// @param context, screen must outlive the page
     /// @param zoneIds at least two; any will do
-    /// @param wav     where the preview goes
+    /// @param wav     where the preview is saved
     DemoOperating(const Context& context, DemoScreen& screen,
                   const std::vector<std::string>& zoneIds, std::filesystem::path wav);
 
-    /// Gives back what a demo that ends early holds.
+    /// Releases what a demo that ends early holds.
     ~DemoOperating() override;
 
-    /// Goes through the steps, one after the other; one that fails does not keep the next from
-    /// being tried.
+    /// Runs the steps, one after the other, also after one that fails.
     std::vector<DemoResult> run();
+
+    static constexpr std::size_t stepCount = 6;
 
 private:
     struct Step {
@@ -34,7 +35,7 @@ private:
         const char* expected;
         bool (DemoOperating::*perform)();
     };
-    static const Step steps[];
+    static const Step steps[stepCount];
 
     bool takeSource();
     bool attachZones();
@@ -51,7 +52,7 @@ private:
     bool waitFor(double seconds, Condition isReached);
     void see(const std::string& what);
     bool fail(const std::string& why);
-    bool isHeardLive(const std::set<std::string>& zoneIds) const;
+    bool playsLive(const std::set<std::string>& zoneIds) const;
     bool isHolder() const;
 
     const Context& context_;

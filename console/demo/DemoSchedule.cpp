@@ -3,13 +3,15 @@
 #include <algorithm>
 #include <thread>
 
+#include "client/Announcement.h"
+#include "client/schedules.h"
 #include "console/ExitCode.h"
-#include "console/following/RequestFollower.h"
 #include "console/schedule/ScheduleOptions.h"
-#include "console/schedule/schedulePut.h"
 #include "sdk/PAController.h"
 
 namespace console {
+
+using namespace paclient;
 
 namespace {
 
@@ -18,7 +20,7 @@ constexpr double runSeconds = 90;  // simulated: the next minute, and the length
 constexpr int lowPriority = 100;
 constexpr const char* text = "This announcement comes every minute by itself.";
 
-/// Waits for what is undone, whatever has interrupted the demo.
+/// Waits for the clean-up, also after an interruption.
 template <class Condition>
 void waitBriefly(Condition isReached) {
     constexpr int pollMS = 50;
@@ -31,18 +33,18 @@ void waitBriefly(Condition isReached) {
 }  // namespace
 
 DemoSchedule::DemoSchedule(const Context& context, DemoScreen& screen, const std::string& zone)
-    : context_(context), screen_(screen), result_{"schedule",
-                                                  "spoken text, every minute",
-                                                  "heard, then deleted",
-                                                  "under way",
-                                                  false,
-                                                  Json::object()} {
+    : DemoPage("Schedule"), context_(context), screen_(screen), result_{"schedule",
+                                                                        "spoken text, every minute",
+                                                                        "played, then deleted",
+                                                                        "under way",
+                                                                        false,
+                                                                        Json::object()} {
     screen_.addZones({zone});
     try {
         makeSchedule(zone);
         gPaController.createSchedule(schedule_);
         isLeft_ = true;
-        see("sent, for every minute in " + zone);
+        see("sent, every minute in " + zone);
     } catch (const Failure& failure) {
         refusal_ = failure.what();
     }
@@ -59,19 +61,22 @@ DemoSchedule::~DemoSchedule() {
 }
 
 DemoResult DemoSchedule::finish() {
+    screen_.beginStep(result_.name);
+    screen_.await("the run at the next minute");
     const double limit = answerSeconds + runSeconds / context_.settings.speed;
-    if (waitFor(limit, [this] { return isHeard_ || !refusal_.empty(); }) && isHeard_) {
-        see("heard in " + schedule_.paZones.front());
+    if (waitFor(limit, [this] { return hasRun_ || !refusal_.empty(); }) && hasRun_) {
+        see("played in " + schedule_.paZones.front());
+        screen_.await("its deletion");
     }
-    const auto isGone = [this] { return !gPaController.findSchedule(schedule_.Id); };
+    const auto isDeleted = [this] { return !gPaController.findSchedule(schedule_.Id); };
     if (!refusal_.empty()) {
         see("refused: " + refusal_);
     } else {
         gPaController.deleteSchedule(schedule_.Id);
-        const bool gone = waitFor(answerSeconds, isGone);
-        see(result_.seen + (gone ? ", then deleted" : ", not deleted"));
-        result_.asExpected = isHeard_ && gone;
-        isLeft_ = !gone;
+        const bool deleted = waitFor(answerSeconds, isDeleted);
+        see(result_.seen + (deleted ? ", then deleted" : ", not deleted"));
+        result_.asExpected = hasRun_ && deleted;
+        isLeft_ = !deleted;
     }
     return result_;
 }
@@ -84,10 +89,11 @@ void DemoSchedule::makeSchedule(const std::string& zone) {
     options.texts = {text};
     options.priority = lowPriority;
     schedule_ = changed(blankSchedule(), options);
-    schedule_.Id = freeScheduleId();
+    schedule_.Id = paclient::freeScheduleId();
 }
 
-/// Whether the server has played something spoken in the zone that nobody has asked for.
+/// Notes whether the server has played something spoken in the zone without a request of this
+/// process.
 void DemoSchedule::catchUp() {
     const auto& own = context_.connection.playedIds;
     while (const auto change = changes_.next(std::chrono::milliseconds(0))) {
@@ -99,7 +105,8 @@ void DemoSchedule::catchUp() {
         const bool isIts = record != nullptr && record->zones == schedule_.paZones &&
                            record->getAudioMessageType() == Message::TTS &&
                            std::find(own.begin(), own.end(), record->getRequestID()) == own.end();
-        isHeard_ = isHeard_ || (isIts && outcomeOf(*record) == Outcome::Finished);
+        hasRun_ = hasRun_ ||
+                  (isIts && paclient::stateOf(*record) == paclient::Announcement::State::Finished);
     }
 }
 
@@ -120,7 +127,7 @@ TextTable DemoSchedule::table() const {
 
 void DemoSchedule::see(const std::string& what) {
     result_.seen = what;
-    screen_.tell(result_.name, what);
+    screen_.report(result_.name, what);
 }
 
 }  // namespace console

@@ -9,18 +9,18 @@
 namespace console {
 
 /// The demo's page of schedules: one is made at the beginning, runs at the next minute of the
-/// station beside all else, and is deleted.
+/// station while the other pages are shown, and is deleted.
 class DemoSchedule final : public DemoPage {
 public:
-    /// Has the server keep the schedule.
+    /// Sends the schedule to the server.
     /// @param context, screen must outlive the page
-    /// @param zone where it is heard
+    /// @param zone where it plays
     DemoSchedule(const Context& context, DemoScreen& screen, const std::string& zone);
 
     /// Deletes a schedule that a demo which ends early has left.
     ~DemoSchedule() override;
 
-    /// Waits until it has been heard, and deletes it.
+    /// Waits until it has run, and deletes it.
     DemoResult finish();
 
 private:
@@ -38,7 +38,7 @@ private:
     ScheduleDefinition schedule_;
     DemoResult result_;
     bool isLeft_ = false;  // at the server
-    bool isHeard_ = false;
+    bool hasRun_ = false;
     std::string refusal_;
 };
 

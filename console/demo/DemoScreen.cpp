@@ -1,15 +1,39 @@
 #include "console/demo/DemoScreen.h"
 
 #include <cstdio>
+#include <regex>
 
+#include "client/resources.h"
 #include "console/text/cleanText.h"
-#include "console/text/resources.h"
 
 namespace console {
 
-DemoScreen::DemoScreen(const Context& context) : context_(context) {
+using namespace paclient;
+
+std::string withShortIds(const std::string& text) {
+    static const std::regex uuid("([0-9a-f]{8})(-[0-9a-f]{4}){3}-[0-9a-f]{12}");
+    return std::regex_replace(text, uuid, "$1…");
+}
+
+DemoScreen::DemoScreen(const Context& context, std::size_t steps)
+    : context_(context), steps_(steps) {
     if (context.terminal >= 0 && !context.settings.json) {
-        view_.emplace(context.out);
+        view_.emplace(context.out, hasColours(context.terminal));
+    }
+}
+
+void DemoScreen::beginStep(const std::string& name) {
+    ++step_;
+    stepName_ = name;
+    await("");
+    report("step " + std::to_string(step_) + " of " + std::to_string(steps_), name);
+}
+
+void DemoScreen::await(const std::string& what) {
+    awaited_ = what;
+    awaitedSince_ = std::chrono::steady_clock::now();
+    if (!what.empty()) {
+        report(stepName_, "waiting for " + what);
     }
 }
 
@@ -21,7 +45,7 @@ void DemoScreen::showNext(DemoPage& page, Moment deadline) {
         page.take(*change);
         const auto* const zone = std::get_if<PaZone>(&change->what);
         if (zone != nullptr && zones_.count(zone->id) > 0) {
-            tell(zone->id, zone->activityText + ' ' + zone->announcementTypeText);
+            report(zone->id, zone->activityText + ' ' + zone->announcementTypeText);
         }
     }
     if (std::chrono::steady_clock::now() >= nextDrawing) {
@@ -29,7 +53,7 @@ void DemoScreen::showNext(DemoPage& page, Moment deadline) {
     }
 }
 
-void DemoScreen::tell(const std::string& who, const std::string& what) {
+void DemoScreen::report(const std::string& who, const std::string& what) {
     if (view_ || context_.settings.json) {
         return;
     }
@@ -48,12 +72,25 @@ void DemoScreen::draw(const DemoPage& page) {
             zoneTable.addRow({zone.id, zone.activityText, zone.announcementTypeText});
         }
     }
-    // What matters most stands where a small terminal has room for it.
-    std::vector<std::string> lines = {elapsed(), ""};
+    // A small terminal shows the first lines.
+    std::vector<std::string> lines = {heading(page), waitText(), ""};
     for (const auto& part : {page.table().lines(), {""}, zoneTable.lines()}) {
         lines.insert(lines.end(), part.begin(), part.end());
     }
     view_->draw(lines, sizeOfTerminal(context_.terminal));
+}
+
+std::string DemoScreen::heading(const DemoPage& page) const {
+    return elapsed() + "  " + page.title + ", step " + std::to_string(step_) + " of " +
+           std::to_string(steps_) + ": " + stepName_;
+}
+
+std::string DemoScreen::waitText() const {
+    const auto waited = std::chrono::duration_cast<std::chrono::seconds>(
+        std::chrono::steady_clock::now() - awaitedSince_);
+    return awaited_.empty()
+               ? ""
+               : "waiting for " + awaited_ + ": " + std::to_string(waited.count()) + " s";
 }
 
 std::string DemoScreen::elapsed() const {

@@ -13,34 +13,47 @@
 
 namespace console {
 
-/// A part of the demo: what it does shows in a table of its own.
+/// A part of the demo, with a table of what it does.
 class DemoPage {
 public:
-    DemoPage() = default;
+    /// @param pageTitle what the part shows
+    explicit DemoPage(std::string pageTitle) : title(std::move(pageTitle)) {}
     DemoPage(const DemoPage&) = delete;
     DemoPage& operator=(const DemoPage&) = delete;
     virtual ~DemoPage() = default;
 
     virtual void take(const Change& change) = 0;
     virtual TextTable table() const = 0;
+
+    const std::string title;
 };
 
-/// What has become of one thing that the demo has done.
+/// The outcome of one step.
 struct DemoResult {
     std::string name;
     std::string kind;
     std::string expected;
     std::string seen;
     bool asExpected;
-    Json details;  ///< further members of the JSON object
+    paclient::Json details;  ///< further members of the JSON object
 };
+
+/// The text with the first eight characters of each UUID in it.
+std::string withShortIds(const std::string& text);
 
 /// Where the demo shows what happens: on a terminal a page and the zones, redrawn in place, else
 /// plain lines.
 class DemoScreen {
 public:
     /// @param context must outlive the screen
-    explicit DemoScreen(const Context& context);
+    /// @param steps   of the whole demo
+    DemoScreen(const Context& context, std::size_t steps);
+
+    /// Begins the next step.
+    void beginStep(const std::string& name);
+
+    /// What is waited for from now on; empty for nothing.
+    void await(const std::string& what);
 
     /// Shows these zones too.
     void addZones(const std::vector<std::string>& ids) { zones_.insert(ids.begin(), ids.end()); }
@@ -65,16 +78,23 @@ public:
         showUntil(page, after(seconds), [] { return false; });
     }
 
-    /// One plain line, where no table is drawn.
-    void tell(const std::string& who, const std::string& what);
+    /// Writes one plain line where no table is drawn.
+    void report(const std::string& who, const std::string& what);
 
 private:
     void showNext(DemoPage& page, Moment deadline);
     void draw(const DemoPage& page);
     std::string elapsed() const;
+    std::string heading(const DemoPage& page) const;
+    std::string waitText() const;
 
     const Context& context_;
     const Moment start_ = std::chrono::steady_clock::now();
+    const std::size_t steps_;
+    std::size_t step_ = 0;
+    std::string stepName_;
+    std::string awaited_;
+    Moment awaitedSince_ = start_;
     Moment drawnAt_ = start_;
     Changes changes_;
     std::set<std::string> zones_;

@@ -1,6 +1,4 @@
-#include <filesystem>
-#include <stdlib.h>
-
+#include "client/resources.h"
 #include "console/ExitCode.h"
 #include "console/commands/commands.h"
 #include "console/demo/DemoAnnouncements.h"
@@ -9,39 +7,17 @@
 #include "console/files/wavFile.h"
 #include "console/text/TextTable.h"
 #include "console/text/cleanText.h"
-#include "console/text/resources.h"
+#include "util/TemporaryFolder.h"
 
 namespace console {
+
+using namespace paclient;
 
 namespace {
 
 constexpr int recordingSeconds = 15;
 
-/// A folder that goes with the object.
-class TemporaryFolder {
-public:
-    TemporaryFolder() {
-        std::string pattern =
-            (std::filesystem::temp_directory_path() / "paconsole-XXXXXX").string();
-        if (mkdtemp(pattern.data()) == nullptr) {
-            throw Failure(ExitCode::Usage, pattern + ": cannot be made");
-        }
-        path_ = pattern;
-    }
-    TemporaryFolder(const TemporaryFolder&) = delete;
-    TemporaryFolder& operator=(const TemporaryFolder&) = delete;
-    ~TemporaryFolder() {
-        std::error_code ignored;
-        std::filesystem::remove_all(path_, ignored);
-    }
-
-    const std::filesystem::path& path() const { return path_; }
-
-private:
-    std::filesystem::path path_;
-};
-
-/// The zones that are no part of another one.
+/// The zones that are not part of another one.
 std::vector<std::string> wholeZones() {
     std::vector<std::string> ids;
     for (const PaZone& zone : zones.all()) {
@@ -64,7 +40,7 @@ void showStation(const Context& context) {
                       count(voices) + "\n\n");
 }
 
-/// @return how many things did not go as expected
+/// @return how many steps did not go as expected
 int showSummary(const Context& context, const std::vector<DemoResult>& results) {
     int surprises = 0;
     Json array = Json::array();
@@ -80,17 +56,29 @@ int showSummary(const Context& context, const std::vector<DemoResult>& results) 
         object.update(result.details);
         array.push_back(object);
     }
-    context.settings.json ? context.writeJson(array) : context.out.write('\n' + table.text());
+    if (context.settings.json) {
+        context.writeJson(array);
+        return surprises;
+    }
+    const auto lines = table.lines();
+    std::string text = '\n' + lines[0] + '\n';
+    for (std::size_t i = 0; i < results.size(); ++i) {
+        text += styled(lines[i + 1], results[i].asExpected ? Style::Good : Style::Bad,
+                       hasColours(context.terminal)) +
+                '\n';
+    }
+    context.out.write(text);
     return surprises;
 }
 
 std::vector<DemoResult> showPages(const Context& context, const std::vector<std::string>& zoneIds) {
-    const TemporaryFolder folder;
+    const pautil::TemporaryFolder folder("paconsole");
     const auto recording = folder.path() / "recording.wav";
     writeTone(recording, recordingSeconds);
-    DemoScreen screen(context);
+    const auto plan = demoPlan(zoneIds, recording);
+    DemoScreen screen(context, plan.size() + DemoOperating::stepCount + 1);
     DemoSchedule schedule(context, screen, zoneIds[zoneIds.size() - 2]);
-    auto results = DemoAnnouncements(context, screen).play(demoPlan(zoneIds, recording));
+    auto results = DemoAnnouncements(context, screen).play(plan);
     const auto preview = folder.path() / "preview.wav";
     for (const DemoResult& result : DemoOperating(context, screen, zoneIds, preview).run()) {
         results.push_back(result);
@@ -120,8 +108,8 @@ void demo(const Context& context) {
 
 }  // namespace
 
-Handler defineDemo(Parser& /*parser*/) {
-    return demo;
+Command demoCommand() {
+    return command<demo>("demo", "Show the main jobs in about a minute");
 }
 
 }  // namespace console

@@ -4,6 +4,8 @@ namespace console {
 
 namespace {
 
+using State = paclient::Announcement::State;
+
 constexpr int endless = 1000000;  // repetitions, or seconds: longer than any demo
 constexpr int lowPriority = 200;
 constexpr int highPriority = 900;
@@ -53,7 +55,7 @@ PlayRequest recorded(const std::filesystem::path& recording) {
     return request;
 }
 
-PlayRequest shown() {
+PlayRequest notice() {
     PlayRequest request;
     request.display = "Notice";
     request.variables = {"HEADLINE=Platform alteration", "TEXT=Please use the subway"};
@@ -66,12 +68,12 @@ PlayRequest shown() {
 std::vector<DemoItem> demoPlan(const std::vector<std::string>& zoneIds,
                                const std::filesystem::path& recording) {
     std::vector<DemoItem> plan = {
-        {"reminder", "dictionary, repeated, low priority", reminder(), Outcome::PreEmpted},
-        {"boarding call", "dictionary", boardingCall(), Outcome::Finished},
-        {"welcome", "spoken text", welcome(), Outcome::Finished},
-        {"recording", "uploaded WAV file", recorded(recording), Outcome::Finished},
-        {"notice", "display text", shown(), Outcome::Cancelled},
-        {"urgent call", "spoken text, high priority", urgent(), Outcome::Finished},
+        {"reminder", "dictionary, repeated, low priority", reminder(), State::PreEmpted},
+        {"boarding call", "dictionary", boardingCall(), State::Finished},
+        {"welcome", "spoken text", welcome(), State::Finished},
+        {"recording", "uploaded WAV file", recorded(recording), State::Finished},
+        {"notice", "display text", notice(), State::Cancelled},
+        {"urgent call", "spoken text, high priority", urgent(), State::Finished},
     };
     // Zones by their number; where a station has fewer, all but the first are shared.
     const std::vector<std::size_t> places[] = {{0}, {1, 2}, {3}, {4, 5}, {1, 2, 3}, {0}};

@@ -4,8 +4,8 @@
 #include <string>
 #include <vector>
 
+#include "client/Announcement.h"
 #include "console/commands/PlayRequest.h"
-#include "console/following/RequestFollower.h"
 
 namespace console {
 
@@ -14,7 +14,7 @@ struct DemoItem {
     const char* name;
     const char* kind;
     PlayRequest request;
-    Outcome expected;
+    paclient::Announcement::State expected;
 };
 
 /// What the demo plays, in order.

@@ -20,18 +20,27 @@ public:
 
     const std::string& name() const { return name_; }
 
+    /// @throws Failure also when a line is longer than `mostBytes`
     bool next(std::string& line) override;
+
+    /// All lines that are left, each with its end.
+    /// @throws Failure as next, also when they are longer than `mostBytes` together
+    std::string readAll();
+
+    static constexpr std::size_t mostBytes = 16U << 20U;
 
 private:
     bool readMore();
     [[noreturn]] void fail() const;
+    void requireFits(std::size_t bytes) const;
 
     const std::string name_;
     const std::string asWhat_;
     const std::function<void()> onTick_;
     const int descriptor_;
-    std::string pending_;  // read and not handed out
-    bool isFirst_ = true;  // whether the next line is the first one
+    std::string pending_;
+    std::size_t begin_ = 0;  // of what has not been handed out
+    bool isFirst_ = true;    // whether the next line is the first one
 };
 
 }  // namespace console

@@ -2,8 +2,8 @@
 
 #include <charconv>
 
+#include "client/letterCase.h"
 #include "console/ExitCode.h"
-#include "console/text/lookup.h"
 
 namespace console {
 
@@ -31,9 +31,9 @@ Failure noFileHere(const std::string& uri) {
 
 std::filesystem::path pathOfFileUri(const std::string& uri) {
     std::size_t at = std::string::npos;
-    // The longest first: each begins with those behind it.
+    // The longest first: each begins with the later ones.
     for (const std::string start : {"file://localhost/", "file:///", "file:/"}) {
-        if (lowered(uri).compare(0, start.size(), start) == 0) {
+        if (paclient::lowered(uri).compare(0, start.size(), start) == 0) {
             at = start.size() - 1;  // the slash belongs to the path
             break;
         }

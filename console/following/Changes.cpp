@@ -1,134 +1,94 @@
 #include "console/following/Changes.h"
 
-#include <set>
 #include <utility>
 
-#include "sdk/PAController.h"
+#include "sdk/AudioServer.h"
+#include "sdk/globals.h"
 
 namespace console {
 
 namespace {
 
-/// The one observer of the process. Observers are never removed, so subscribers come and go here.
-class Hub final : public pa::PAControllerObserverAdapter {
-public:
-    using Kind = Change::Kind;
+using Kind = Change::Kind;
+using paclient::Deleted;
+using paclient::Updated;
 
-    void onPaSourceUpdate(PaSource source) override {
-        tell({Kind::Update, "sourceUpdate", std::move(source)});
-    }
-    void onPaSourceDelete(int id) override { tell({Kind::Delete, "sourceDelete", GoneNumber{id}}); }
-    void onPaSinkUpdate(PaSink sink) override {
-        tell({Kind::Update, "sinkUpdate", std::move(sink)});
-    }
-    void onPaSinkDelete(int id) override { tell({Kind::Delete, "sinkDelete", GoneNumber{id}}); }
-    void onPaZoneUpdate(PaZone zone) override {
-        tell({Kind::Update, "zoneUpdate", std::move(zone)});
-    }
-    void onPaZoneDelete(std::string id) override {
-        tell({Kind::Delete, "zoneDelete", GoneName{std::move(id)}});
-    }
-    void onPaTriggerUpdate(PaTrigger trigger) override {
-        tell({Kind::Update, "triggerUpdate", std::move(trigger)});
-    }
-    void onPaTriggerDelete(int id) override {
-        tell({Kind::Delete, "triggerDelete", GoneNumber{id}});
-    }
-    void onPaSelectorUpdate(PaSelector selector) override {
-        tell({Kind::Update, "selectorUpdate", std::move(selector)});
-    }
-    void onPaSelectorDelete(int id) override {
-        tell({Kind::Delete, "selectorDelete", GoneNumber{id}});
-    }
-    void onScheduleUpdate(ScheduleDefinition schedule) override {
-        tell({Kind::Update, "scheduleUpdate", std::move(schedule)});
-    }
-    void onScheduleDelete(ScheduleDefinition schedule) override {
-        tell({Kind::Delete, "scheduleDelete", std::move(schedule)});
-    }
-    void onAudioMessageRetrievalComplete(const std::string& requestId, bool success,
-                                         MessageRetrievalError error,
-                                         const std::string& uri) override {
-        tell({Kind::Retrieval, "audioRetrieval", Retrieval{requestId, success, error, uri}});
-    }
-    void onMessageUpdate(AnnouncementRequest request) override {
-        tell({Kind::Update, "announcementUpdate", std::move(request)});
-    }
-    void onMessageDelete(AnnouncementRequest request) override {
-        tell({Kind::Delete, "announcementDelete", std::move(request)});
-    }
-
-    void tell(const Change& change) {
-        const std::lock_guard guard(lock_);
-        for (Changes* const subscriber : subscribers_) {
-            subscriber->add(change);
-        }
-    }
-
-    void subscribe(Changes& subscriber) {
-        const std::lock_guard guard(lock_);
-        subscribers_.insert(&subscriber);
-    }
-
-    void unsubscribe(Changes& subscriber) {
-        const std::lock_guard guard(lock_);
-        subscribers_.erase(&subscriber);
-    }
-
-private:
-    std::mutex lock_;
-    std::set<Changes*> subscribers_;  // guarded by lock_
-};
-
-/// Never destroyed: the controller calls it for as long as the process lives.
-Hub& hub() {
-    static Hub& instance = []() -> Hub& {
-        auto* const made = new Hub;
-        gPaController.registerObserver(made);
-        return *made;
-    }();
-    return instance;
+GoneNumber deletedWhat(int id) {
+    return {id};
 }
+GoneName deletedWhat(const std::string& id) {
+    return {id};
+}
+
+const char* holderName(const std::string& uuid) {
+    if (uuid.empty()) {
+        return "nobody";
+    }
+    const AudioServer* const audioServer = pa::load(gAudioServerInstance);
+    const bool isOwn = audioServer != nullptr && audioServer->getUUID() == uuid;
+    return isOwn ? "this client" : "another client";
+}
+
+/// Makes what is printed; what has no overload is not.
+struct Printable {
+    const char* name;
+
+    template <class Record>
+    std::optional<Change> operator()(const Updated<Record>& updated) const {
+        return Change{Kind::Update, name, updated.record};
+    }
+    template <class Record>
+    std::optional<Change> operator()(const Deleted<Record>& deleted) const {
+        return Change{Kind::Delete, name, deletedWhat(deleted.id)};
+    }
+    std::optional<Change> operator()(const Deleted<AnnouncementRequest>& deleted) const {
+        return Change{Kind::Delete, name, deleted.record};
+    }
+    std::optional<Change> operator()(const Deleted<ScheduleDefinition>& deleted) const {
+        return Change{Kind::Delete, name, deleted.record};
+    }
+    std::optional<Change> operator()(const paclient::LockChange& lock) const {
+        return Change{
+            Kind::Update, name,
+            paclient::SourceLock{{lock.sourceId, lock.lockedUUID}, holderName(lock.lockedUUID)}};
+    }
+    std::optional<Change> operator()(const paclient::Retrieval& result) const {
+        return Change{Kind::Retrieval, name,
+                      Retrieval{result.requestId, result.success, result.error, result.uri}};
+    }
+    std::optional<Change> operator()(const palink::Refusal& refusal) const {
+        return Change{Kind::Refusal, name, refusal};
+    }
+    std::optional<Change> operator()(const palink::LevelReading& reading) const {
+        return Change{Kind::Level, name, reading};
+    }
+    template <class Other>
+    std::optional<Change> operator()(const Other& /*change*/) const {
+        return std::nullopt;
+    }
+};
 
 }  // namespace
 
-Changes::Changes() {
-    hub().subscribe(*this);
-}
-
-Changes::~Changes() {
-    hub().unsubscribe(*this);
-}
-
-std::size_t Changes::waiting() {
-    const std::lock_guard guard(lock_);
-    return waiting_.size();
+std::optional<Change> printable(const paclient::Change& change) {
+    return std::visit(Printable{paclient::eventName(change)}, change);
 }
 
 std::optional<Change> Changes::next(std::chrono::milliseconds limit) {
-    std::unique_lock guard(lock_);
-    if (!added_.wait_for(guard, limit, [this] { return !waiting_.empty(); })) {
-        return std::nullopt;
+    while (const auto change = subscription_.next(limit)) {
+        const auto* const connection = std::get_if<palink::ConnectionChange>(change.get());
+        disconnected_ =
+            disconnected_ || (connection != nullptr &&
+                              connection->state == palink::ConnectionChange::State::Disconnected);
+        if (auto result = printable(*change)) {
+            return result;
+        }
     }
-    Change change = std::move(waiting_.front());
-    waiting_.pop_front();
-    return change;
+    return std::nullopt;
 }
 
-void Changes::add(const Change& change) {
-    {
-        const std::lock_guard guard(lock_);
-        waiting_.push_back(change);
-    }
-    added_.notify_one();
-}
-
-void tellRefusal(const palink::Refusal& refusal) {
-    hub().tell({Change::Kind::Refusal, "refusal", refusal});
-}
-
-void tellLevel(const palink::LevelReading& reading) {
-    hub().tell({Change::Kind::Level, "level", reading});
+bool Changes::takeDisconnection() {
+    return std::exchange(disconnected_, false);
 }
 
 }  // namespace console

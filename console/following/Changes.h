@@ -1,56 +1,93 @@
 #pragma once
 
 #include <chrono>
-#include <condition_variable>
-#include <deque>
-#include <mutex>
+#include <cstddef>
 #include <optional>
 #include <variant>
 
-#include "console/text/records.h"
+#include "client/ChangeStream.h"
+#include "client/records.h"
+#include "sdk/PAControllerObserver.h"
 
 namespace console {
 
-/// One thing that the controller, or the link, has told.
+/// A resource that the server has withdrawn, by its number or its name.
+struct GoneNumber {
+    int id;
+};
+struct GoneName {
+    std::string id;
+};
+
+/// An audio retrieval has ended.
+struct Retrieval {
+    std::string requestId;
+    bool success;
+    PAControllerObserver::MessageRetrievalError error;
+    std::string uri;
+};
+
+/// One change as the console prints it.
 struct Change {
     enum class Kind { Update, Delete, Refusal, Retrieval, Level };
 
     Kind kind;
     const char* event;  ///< stable name, for example "zoneUpdate"
     std::variant<PaSource, PaSink, PaZone, AnnouncementRequest, PaTrigger, PaSelector,
-                 ScheduleDefinition, Lock, GoneNumber, GoneName, Retrieval, palink::Refusal,
-                 palink::LevelReading>
+                 ScheduleDefinition, paclient::SourceLock, GoneNumber, GoneName, Retrieval,
+                 palink::Refusal, palink::LevelReading>
         what;
 };
 
-/// What has changed since this object was made, in order. Changes are told on threads of the link
-/// and wait here, so that no callback ever waits for the console.
+/// The change as the console prints it; nothing for one of which it prints nothing.
+std::optional<Change> printable(const paclient::Change& change);
+
+/// What has changed since this object was made, in order.
 class Changes {
 public:
-    /// Subscribes.
-    Changes();
-    Changes(const Changes&) = delete;
-    Changes& operator=(const Changes&) = delete;
-    ~Changes();
-
     /// Takes the oldest change; waits at most `limit` for one.
     std::optional<Change> next(std::chrono::milliseconds limit);
 
     /// How many wait now.
-    std::size_t waiting();
+    std::size_t waiting() const { return subscription_.waiting(); }
 
-    void add(const Change& change);  ///< from any thread
+    /// Whether a loss of the connection is among what `next` has read since the last call.
+    bool takeDisconnection();
 
 private:
-    std::mutex lock_;
-    std::condition_variable added_;
-    std::deque<Change> waiting_;  // guarded by lock_
+    paclient::Subscription subscription_;
+    bool disconnected_ = false;
 };
 
-/// Tells every subscriber of a refusal, which reaches the console beside the controller.
-void tellRefusal(const palink::Refusal& refusal);
-
-/// The same for what a level meter shows.
-void tellLevel(const palink::LevelReading& reading);
-
 }  // namespace console
+
+namespace paclient {
+
+template <>
+struct Members<console::GoneNumber> {
+    template <class Record, class Visit>
+    static void visit(Record& record, Visit& visit) {
+        visit("id", record.id);
+    }
+};
+
+template <>
+struct Members<console::GoneName> {
+    template <class Record, class Visit>
+    static void visit(Record& record, Visit& visit) {
+        visit("id", record.id);
+    }
+};
+
+template <>
+struct Members<console::Retrieval> {
+    template <class Record, class Visit>
+    static void visit(Record& record, Visit& visit) {
+        visit("requestId", record.requestId);
+        visit("success", record.success);
+        visit("error", record.error);
+        visit("uri", record.uri);
+    }
+};
+
+}  // namespace paclient

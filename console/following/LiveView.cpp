@@ -1,9 +1,12 @@
 #include "console/following/LiveView.h"
 
 #include <algorithm>
+#include <cstdlib>
+#include <cstring>
 #include <sys/ioctl.h>
 
 #include "console/ExitCode.h"
+#include "console/interrupt.h"
 #include "console/text/cleanText.h"
 
 namespace console {
@@ -29,15 +32,31 @@ TerminalSize sizeOfTerminal(int terminal) {
     return known ? TerminalSize{size.ws_col, size.ws_row} : TerminalSize{};
 }
 
-LiveView::LiveView(Output& out) : out_(out) {
+bool hasColours(int terminal) {
+    const char* const refused = std::getenv("NO_COLOR");  // NOLINT: the environment is constant
+    const char* const type = std::getenv("TERM");         // NOLINT: as above
+    return terminal >= 0 && (refused == nullptr || *refused == '\0') && type != nullptr &&
+           std::strcmp(type, "dumb") != 0;
+}
+
+std::string styled(const std::string& cleanText, Style style, bool coloured) {
+    constexpr const char* codes[] = {"", "\x1b[1m", "\x1b[32m", "\x1b[31m"};
+    return style == Style::Plain || !coloured
+               ? cleanText
+               : codes[static_cast<int>(style)] + cleanText + "\x1b[0m";
+}
+
+LiveView::LiveView(Output& out, bool coloured) : out_(out), coloured_(coloured) {
+    interrupt::writeAtEnd(showCursor);
     out_.write(hideCursor);
 }
 
 LiveView::~LiveView() {
+    interrupt::writeAtEnd(nullptr);
     try {
         out_.write(showCursor);
     } catch (const Failure&) {
-        return;  // the terminal is gone
+        return;  // the terminal is closed
     }
 }
 
@@ -49,7 +68,7 @@ void LiveView::draw(const std::vector<std::string>& cleanLines, TerminalSize siz
         // The last column stays free: a cursor that has filled it is between two lines.
         std::string line = fitted(cleanLines[i], size.columns - 1);
         line.erase(line.find_last_not_of(' ') + 1);
-        text += line + clearLineEnd + '\n';
+        text += styled(line, i == 0 ? Style::Bold : Style::Plain, coloured_) + clearLineEnd + '\n';
     }
     out_.write(text + clearBelow);
     drawn_ = count;

@@ -13,25 +13,37 @@ struct TerminalSize {
     std::size_t rows = 24;
 };
 
-/// The size of a terminal, the usual one when it does not say.
+/// The size of a terminal, 80 by 24 when it is unknown.
 /// @param terminal file descriptor
 TerminalSize sizeOfTerminal(int terminal);
 
+/// Whether the terminal shows colours and the user wants them: NO_COLOR is not set, TERM is not
+/// "dumb".
+/// @param terminal file descriptor, -1 for none
+bool hasColours(int terminal);
+
+enum class Style { Plain, Bold, Good, Bad };
+
+/// The text in a style, when the terminal has colours.
+std::string styled(const std::string& cleanText, Style style, bool coloured);
+
 /// Lines that are drawn again and again in the same place of a terminal. The destructor leaves them
-/// there, with the cursor below.
+/// there, with the cursor below; a signal that ends the process restores the cursor too.
 class LiveView {
 public:
-    explicit LiveView(Output& out);
+    /// @param coloured whether the first line of each drawing is bold
+    explicit LiveView(Output& out, bool coloured = false);
     LiveView(const LiveView&) = delete;
     LiveView& operator=(const LiveView&) = delete;
     ~LiveView();
 
-    /// Replaces what is drawn, cut to what the terminal has room for. A terminal that has become
-    /// wider or narrower has moved the lines about, so it is cleared.
+    /// Replaces what is drawn, cut to the size of the terminal. A terminal whose width has changed
+    /// has wrapped the lines, so it is cleared.
     void draw(const std::vector<std::string>& cleanLines, TerminalSize size);
 
 private:
     Output& out_;
+    const bool coloured_;
     std::size_t drawn_ = 0;    // lines
     std::size_t columns_ = 0;  // of the terminal, when they were drawn
 };

@@ -6,13 +6,15 @@ bool isOfRenewal(const palink::Refusal& refusal) {
     return refusal.operation == pa::operations::renewLock;
 }
 
-void RenewalCounter::handleOperation(const pa::Operation& operation) {
-    if (operation.type == pa::operations::renewLock) {
-        const std::lock_guard guard(lock_);
-        ++renewals_[operation.payload.substr(0, operation.payload.find(','))];
-    }
-    server_.handleOperation(operation);
-}
+RenewalCounter::RenewalCounter()
+    : listener_(paclient::kinds<paclient::SentOperation>(),
+                [this](const paclient::ChangePtr& change) {
+                    const auto& operation = std::get<paclient::SentOperation>(*change).operation;
+                    if (operation.type == pa::operations::renewLock) {
+                        const std::lock_guard guard(lock_);
+                        ++renewals_[operation.payload.substr(0, operation.payload.find(','))];
+                    }
+                }) {}
 
 int RenewalCounter::renewalsOf(int sourceId) const {
     const std::lock_guard guard(lock_);

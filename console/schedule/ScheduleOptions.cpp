@@ -1,49 +1,51 @@
 #include "console/schedule/ScheduleOptions.h"
 
 #include "console/ExitCode.h"
-#include "console/arguments/heardArguments.h"
+#include "console/arguments/options.h"
 #include "console/commands/playMessage.h"
-#include "console/schedule/scheduleCheck.h"
-#include "console/schedule/stationClock.h"
+#include "client/schedulesCheck.h"
+#include "client/StationClock.h"
 
 namespace console {
+
+using namespace paclient;
 
 namespace {
 
 constexpr int minutesOfDay = 24 * 60;
 
-void addMoment(Parser& parser, const std::string& name, DateTime& value, const std::string& help) {
+void addMoment(CLI::App& app, const std::string& name, DateTime& value, const std::string& help) {
     const auto take = [&value, name](const std::string& text) {
-        value = parseDateTime(name, text);
+        value = valueOf(name, [&] { return parseDateTime(text); });
     };
-    parser.add(name, take, help, "DATE|TIME|DATETIME");
+    addParsed(app, name, take, help, "DATE|TIME|DATETIME");
 }
 
-void addTimes(Parser& parser, ScheduleOptions& o) {
-    addMoment(parser, "--from", o.from,
+void addTimes(CLI::App& app, ScheduleOptions& o) {
+    addMoment(app, "--from", o.from,
               "First date and the time of day, as 2026-12-01T06:00 (default: today, 00:00)");
-    addMoment(parser, "--until", o.until,
+    addMoment(app, "--until", o.until,
               "Last date, and the end of each day's repetitions (default: 2099-12-31T23:59)");
-    const auto takeDays = [&o](const std::string& text) { o.dayMask = parseDays("--days", text); };
-    parser.add("--days", takeDays, "As mon-fri,sun, or daily (default)", "DAYS");
-    parser.addWhole("--every", o.every, {0, minutesOfDay},
-                    "Minutes between the repetitions of a day, 0 for none (default)");
+    const auto takeDays = [&o](const std::string& text) { o.dayMask = valueOf("--days", [&] { return parseDays(text); }); };
+    addParsed(app, "--days", takeDays, "As mon-fri,sun, or daily (default)", "DAYS");
+    addWhole(app, "--every", o.every, {0, minutesOfDay},
+             "Minutes between the repetitions of a day, 0 for none (default)");
 }
 
-void addContent(Parser& parser, ScheduleOptions& o) {
-    addHeard(parser, o.items, o.texts, o.file, "A recording to play, by its path at the server",
-             "PATH");
-    parser.addWhole("--repeat", o.repeat, {1, greatestWhole},
-                    "How often the items are played (default 1)");
-    parser.addText("--language", o.language, "Language of the texts");
-    parser.addText("--voice", o.voice, "Voice of the texts");
-    parser.addWhole("--source", o.source, {0, greatestWhole},
-                    "Number of the source that holds the file (default 0)");
+void addContent(CLI::App& app, ScheduleOptions& o) {
+    addAudioOptions(app, o.items, o.texts, o.file, "A recording to play, by its path at the server",
+                    "PATH");
+    addWhole(app, "--repeat", o.repeat, {1, greatestWhole},
+             "How often the items are played (default 1)");
+    addText(app, "--language", o.language, "Language of the texts");
+    addText(app, "--voice", o.voice, "Voice of the texts");
+    addWhole(app, "--source", o.source, {0, greatestWhole},
+             "Number of the source that holds the file (default 0)");
 
-    parser.addText("--template", o.displayTemplate, "Template of a text to show", "TEMPLATE");
-    parser.addTexts("--set", o.variables, "A variable of the template; repeatable", "KEY=VALUE");
-    parser.addWhole("--validity", o.validity, {0, greatestWhole},
-                    "Seconds for which the text is shown (default 30)");
+    addText(app, "--template", o.displayTemplate, "Template of a text to show", "TEMPLATE");
+    addTexts(app, "--set", o.variables, "A variable of the template; repeatable", "KEY=VALUE");
+    addWhole(app, "--validity", o.validity, {0, greatestWhole},
+             "Seconds for which the text is shown (default 30)");
 }
 
 // ------------------------------------------------------------------------------- what is changed
@@ -86,7 +88,7 @@ void changeTimes(ScheduleDefinition& schedule, const ScheduleOptions& o) {
 /// Has the schedule play something of this type from now on, instead of anything else.
 void setAudioType(ScheduleDefinition& schedule, AnnouncementType type) {
     schedule.announcementType = type;
-    schedule = asTold(schedule);
+    schedule = asReported(schedule);
 }
 
 /// The texts that are given, or those that there are, in the voice that is asked for.
@@ -119,18 +121,18 @@ void changeAudio(ScheduleDefinition& schedule, const ScheduleOptions& o) {
         setAudioType(schedule, AT_TEV);
         schedule.dictionaryItems = o.items;
     }
-    if (!o.texts.empty() && !isSpoken(schedule.announcementType)) {
+    if (!o.texts.empty() && !paclient::isSpoken(schedule.announcementType)) {
         setAudioType(schedule, AT_TTS);
     }
-    if (o.file && !isStored(schedule.announcementType)) {
+    if (o.file && !paclient::isStored(schedule.announcementType)) {
         setAudioType(schedule, AT_STORED_DATA);
     }
     const bool isVoiceGiven = o.language || o.voice;
     requireIf(o.repeat.has_value(), schedule.announcementType == AT_TEV,
               "--repeat goes with --items");
-    requireIf(isVoiceGiven, isSpoken(schedule.announcementType),
+    requireIf(isVoiceGiven, paclient::isSpoken(schedule.announcementType),
               "--language and --voice go with --text");
-    requireIf(o.source.has_value(), isStored(schedule.announcementType),
+    requireIf(o.source.has_value(), paclient::isStored(schedule.announcementType),
               "--source goes with --file");
     setIfGiven(schedule.repeatCnt, o.repeat);
     if (!o.texts.empty() || isVoiceGiven) {
@@ -158,26 +160,26 @@ void changeVisual(ScheduleDefinition& schedule, const ScheduleOptions& o) {
 
 }  // namespace
 
-void addScheduleOptions(Parser& parser, ScheduleOptions& o) {
-    parser.addText("--description", o.description, "What it is for");
-    addTimes(parser, o);
-    parser.addTexts("--zones", o.zones, "A zone, or several with commas between; repeatable",
-                    "ZONES");
-    addContent(parser, o);
-    parser.addWhole("--priority", o.priority, anyWhole, "Priority level (default 500)");
+void addScheduleOptions(CLI::App& app, ScheduleOptions& o) {
+    addText(app, "--description", o.description, "What it is for");
+    addTimes(app, o);
+    addTexts(app, "--zones", o.zones, "A zone, or several with commas between; repeatable",
+             "ZONES");
+    addContent(app, o);
+    addWhole(app, "--priority", o.priority, anyWhole, "Priority level (default 500)");
     const auto addMode = [&](const char* name, AnnouncementPriorityMode mode, const char* help) {
-        return parser.addFlag(
+        return app.add_flag_callback(
             name, [&o, mode] { o.priorityMode = mode; }, help);
     };
     addMode("--relative", APM_RELATIVE_PRIORITY, "The level counts from the server's own")
-        .excludes(addMode("--absolute", APM_ABSOLUTE_PRIORITY, "It does not (default)"));
-    parser.addNumber("--gain", o.gain, {-1000, 1000}, "Gain in dB, 0 for the server's own");
-    parser.addText("--chime", o.chime, "A chime of the server, played first", "CHIME");
+        ->excludes(addMode("--absolute", APM_ABSOLUTE_PRIORITY, "It does not (default)"));
+    addNumber(app, "--gain", o.gain, {-1000, 1000}, "Gain in dB, 0 for the server's own");
+    addText(app, "--chime", o.chime, "A chime of the server, played first", "CHIME");
 }
 
 ScheduleDefinition blankSchedule() {
     ScheduleOptions usual;
-    usual.from = {stationDate(), TimeOfDay{0, 0}};
+    usual.from = {stationClock().date(), TimeOfDay{0, 0}};
     usual.until = {Date{2099, 12, 31}, TimeOfDay{23, 59}};
     usual.dayMask = everyDay;
     ScheduleDefinition schedule;

@@ -5,16 +5,16 @@
 #include <string>
 #include <vector>
 
-#include "console/arguments/Parser.h"
-#include "console/schedule/scheduleTimes.h"
+#include "console/arguments/options.h"
+#include "client/scheduleTimes.h"
 
 namespace console {
 
 /// What is asked for a schedule: the values of the options that are given.
 struct ScheduleOptions {
     std::optional<std::string> description;
-    DateTime from;
-    DateTime until;
+    paclient::DateTime from;
+    paclient::DateTime until;
     std::optional<int> dayMask;
     std::optional<int> every;  // minutes
     std::vector<std::string> zones;
@@ -40,7 +40,7 @@ struct ScheduleOptions {
 };
 
 /// Adds the options to a parser, which then fills in `options`.
-void addScheduleOptions(Parser& parser, ScheduleOptions& options);
+void addScheduleOptions(CLI::App& app, ScheduleOptions& options);
 
 /// A schedule of which nothing is said yet: at midnight of every day from today on.
 ScheduleDefinition blankSchedule();

@@ -1,12 +1,11 @@
 #include <algorithm>
-#include <memory>
 
-#include "console/arguments/Parser.h"
+#include "client/scheduleText.h"
+#include "client/schedules.h"
+#include "console/ExitCode.h"
 #include "console/commands/commands.h"
 #include "console/following/operate.h"
 #include "console/schedule/ScheduleOptions.h"
-#include "console/schedule/schedulePut.h"
-#include "console/schedule/scheduleText.h"
 #include "console/schedule/scheduleTransfer.h"
 #include "console/text/resourceTable.h"
 #include "sdk/PAController.h"
@@ -15,146 +14,173 @@ namespace console {
 
 namespace {
 
+using paclient::Wait;
+
 constexpr const char* idHelp = "The number of a schedule";
 
-struct NewSchedule {
-    std::optional<int> id;
-    bool sync = false;
-    ScheduleOptions options;
-};
-
-struct ChangedSchedule {
-    std::string id;
-    ScheduleOptions options;
-};
-
-std::string titleOf(const ScheduleDefinition& schedule) {
-    return "schedule " + std::to_string(schedule.Id);
+std::string titleOf(int id) {
+    return "schedule " + std::to_string(id);
 }
 
+/// Prints a schedule that the server keeps.
 void print(const Context& context, const ScheduleDefinition& schedule, const std::string& what) {
-    const Schedule now = described(schedule);
+    const paclient::ScheduleEntry now = paclient::described(schedule);
     const std::string next = now.nextRun.empty() ? "no next run" : "next run " + now.nextRun;
-    printOutcome(context, titleOf(schedule) + what + "; " + next, toJson(now));
+    printOutcome(context, titleOf(schedule.Id) + what + "; " + next, paclient::toJson(now));
+    if (context.settings.state.empty()) {
+        warnOfEnd(context, "without --state the schedule");
+    }
 }
 
 void list(const Context& context) {
     context.session();
-    print(context, schedules, schedules.all());
+    print(context, paclient::schedules, paclient::allSchedules());
 }
 
-void show(const Context& context, const std::string& id) {
-    context.session();
-    printOne(context, findOne(schedules, id));
+std::string put(const Context& context, const ScheduleDefinition& schedule) {
+    return operate(context, titleOf(schedule.Id) + " is kept as asked",
+                   [&](const Wait& wait) { return paclient::putSchedule(schedule, wait); });
 }
 
-void add(const Context& context, const NewSchedule& wanted) {
-    context.session();
-    if (wanted.id && gPaController.findSchedule(*wanted.id)) {
-        throw Failure(ExitCode::Refused, "there is a schedule " + std::to_string(*wanted.id) +
-                                             " already; 'schedule modify' changes it");
+/// @return the number that the server has given it
+int create(const Context& context, const ScheduleDefinition& schedule) {
+    int id = 0;
+    operate(context, "the schedule is in", [&](const Wait& wait) {
+        const paclient::NewSchedule created = createSchedule(schedule, wait);
+        id = created.id;
+        return created.confirmation;
+    });
+    return id;
+}
+
+struct ScheduleShow {
+    std::string id;
+
+    void define(CLI::App& app) { addText(app, "ID", id, idHelp)->required(); }
+    void run(const Context& context) const {
+        context.session();
+        printOne(context, findOne(paclient::schedules, id));
     }
-    ScheduleDefinition schedule = changed(blankSchedule(), wanted.options);
-    if (wanted.sync) {
-        schedule = putNewSchedule(context, schedule);
-    } else {
-        schedule.Id = wanted.id ? *wanted.id : freeScheduleId();
-        putSchedule(context, schedule);
-    }
-    print(context, schedule, " is in");
-}
+};
 
-void modify(const Context& context, const ChangedSchedule& wanted) {
-    context.session();
-    const ScheduleDefinition before = findOne(schedules, wanted.id);
-    const ScheduleDefinition schedule = changed(before, wanted.options);
-    const bool isShown = schedule.visualAnnouncementType != AT_NONE;
-    if (isShown && !wanted.options.validity) {
-        throw Failure(ExitCode::Usage,
-                      "--validity is missing: how long a text is shown is known of new schedules "
-                      "alone, so it must be said again");
-    }
-    const std::string asBefore = putSchedule(context, schedule);
-    print(context, schedule, asBefore.empty() ? " is changed" : asBefore);
-}
+struct ScheduleAdd {
+    std::optional<int> id;
+    bool sync = false;
+    ScheduleOptions options;
 
-void remove(const Context& context, const std::vector<std::string>& names) {
-    context.session();
-    const std::vector<Schedule> all = schedules.all();
-    const std::vector<std::string> numbers = memberTexts(all, "Id");
-    std::vector<int> ids;
-    for (const std::string& name : names) {
-        const int id = all[findName(schedules.one, name, numbers)].Id;
-        if (std::find(ids.begin(), ids.end(), id) == ids.end()) {
-            ids.push_back(id);
+    void define(CLI::App& app) {
+        CLI::Option* const number = addWhole(app, "--id", id, {1, greatestWhole},
+                                             "Its number (default: the lowest free one)");
+        app.add_flag("--sync", sync, "The server chooses the number")->excludes(number);
+        addScheduleOptions(app, options);
+        app.get_option("--zones")->required();
+    }
+
+    void run(const Context& context) const {
+        context.session();
+        if (id && gPaController.findSchedule(*id)) {
+            throw Failure(ExitCode::Refused,
+                          "there is a " + titleOf(*id) + " already; 'schedule modify' changes it");
+        }
+        ScheduleDefinition schedule = changed(blankSchedule(), options);
+        if (sync) {
+            schedule.Id = create(context, schedule);
+        } else {
+            schedule.Id = id ? *id : paclient::freeScheduleId();
+            put(context, schedule);
+        }
+        print(context, schedule, " is in");
+    }
+};
+
+struct ScheduleModify {
+    std::string id;
+    ScheduleOptions options;
+
+    void define(CLI::App& app) {
+        addText(app, "ID", id, idHelp)->required();
+        addScheduleOptions(app, options);
+    }
+
+    void run(const Context& context) const {
+        context.session();
+        const ScheduleDefinition schedule = changed(findOne(paclient::schedules, id), options);
+        if (schedule.visualAnnouncementType != AT_NONE && !options.validity) {
+            throw Failure(ExitCode::Usage,
+                          "--validity is missing: how long a text is shown is known of new "
+                          "schedules only, so it must be given again");
+        }
+        const std::string asBefore = put(context, schedule);
+        print(context, schedule, asBefore.empty() ? " is changed" : asBefore);
+    }
+};
+
+struct ScheduleRemove {
+    std::vector<std::string> names;
+
+    void define(CLI::App& app) {
+        addTextList(app, "ID", names, "The numbers of schedules")->required();
+    }
+
+    void run(const Context& context) const {
+        context.session();
+        std::vector<std::string> numbers;
+        for (const ScheduleDefinition& schedule : gPaController.listSchedules()) {
+            numbers.push_back(std::to_string(schedule.Id));
+        }
+        std::vector<int> ids;
+        for (const std::string& name : names) {
+            const int id = std::stoi(numbers[paclient::findName("schedule", name, numbers)]);
+            if (std::find(ids.begin(), ids.end(), id) == ids.end()) {
+                ids.push_back(id);
+            }
+        }
+        for (const int id : ids) {
+            const std::string effect = titleOf(id) + " is removed";
+            operate(context, effect,
+                    [id](const Wait& wait) { return paclient::removeSchedule(id, wait); });
+            printOutcome(context, effect, {{"Id", id}});
         }
     }
-    for (const int id : ids) {
-        removeSchedule(context, id);
-        printOutcome(context, "schedule " + std::to_string(id) + " is removed", {{"Id", id}});
+};
+
+struct ScheduleExport {
+    std::optional<std::string> file;
+
+    void define(CLI::App& app) {
+        addText(app, "--out", file, "Where to write (default: the standard output)", "FILE");
     }
-}
 
-Handler defineScheduleList(Parser& /*parser*/) {
-    return list;
-}
+    void run(const Context& context) const {
+        exportSchedules(context, file == "-" ? std::nullopt : file);
+    }
+};
 
-Handler defineShow(Parser& parser) {
-    const auto id = std::make_shared<std::string>();
-    parser.addText("ID", *id, idHelp).required();
-    return [id](const Context& context) { show(context, *id); };
-}
+struct ScheduleImportFile {
+    ScheduleImport wanted;
 
-Handler defineAdd(Parser& parser) {
-    const auto wanted = std::make_shared<NewSchedule>();
-    const Argument id = parser.addWhole("--id", wanted->id, {1, greatestWhole},
-                                        "Its number (default: the lowest free one)");
-    parser.addFlag("--sync", wanted->sync, "The server chooses the number").excludes(id);
-    addScheduleOptions(parser, wanted->options);
-    parser.named("--zones").required();
-    return [wanted](const Context& context) { add(context, *wanted); };
-}
+    void define(CLI::App& app) {
+        addText(app, "FILE", wanted.file,
+                "What 'schedule export' has written; - for the standard input")
+            ->required();
+        app.add_flag("--replace", wanted.replace, "Replace schedules that have the same number");
+    }
 
-Handler defineModify(Parser& parser) {
-    const auto wanted = std::make_shared<ChangedSchedule>();
-    parser.addText("ID", wanted->id, idHelp).required();
-    addScheduleOptions(parser, wanted->options);
-    return [wanted](const Context& context) { modify(context, *wanted); };
-}
-
-Handler defineRemove(Parser& parser) {
-    const auto ids = std::make_shared<std::vector<std::string>>();
-    parser.addTexts("ID", *ids, "The numbers of schedules", "ID").required().oneOrMore();
-    return [ids](const Context& context) { remove(context, *ids); };
-}
-
-Handler defineExport(Parser& parser) {
-    const auto file = std::make_shared<std::optional<std::string>>();
-    parser.addText("--out", *file, "Where to write (default: the standard output)", "FILE");
-    return [file](const Context& context) { exportSchedules(context, *file); };
-}
-
-Handler defineImport(Parser& parser) {
-    const auto wanted = std::make_shared<ScheduleImport>();
-    parser
-        .addText("FILE", wanted->file,
-                 "What 'schedule export' has written; - for the standard input")
-        .required();
-    parser.addFlag("--replace", wanted->replace, "Replace schedules that have the same number");
-    return [wanted](const Context& context) { importSchedules(context, *wanted); };
-}
+    void run(const Context& context) const { importSchedules(context, wanted); }
+};
 
 }  // namespace
 
-Handler defineSchedule(Parser& parser) {
-    return defineSubcommands(
-        parser, {{"list", "List the schedules, and when they run next", defineScheduleList},
-                 {"show", "Show one schedule with all its members", defineShow},
-                 {"add", "Have the server play something at set dates and times", defineAdd},
-                 {"modify", "Change what is named of a schedule", defineModify},
-                 {"remove", "Have the server forget schedules", defineRemove},
-                 {"export", "Write all schedules as JSON", defineExport},
-                 {"import", "Put in what has been exported", defineImport}});
+Command scheduleCommand() {
+    return group(
+        "schedule", "Have announcements played at set dates and times",
+        {command<list>("list", "List the schedules, and when they run next"),
+         command<ScheduleShow>("show", "Show one schedule with all its members"),
+         command<ScheduleAdd>("add", "Have the server play something at set dates and times"),
+         command<ScheduleModify>("modify", "Change what is named of a schedule"),
+         command<ScheduleRemove>("remove", "Delete schedules"),
+         command<ScheduleExport>("export", "Write all schedules as JSON"),
+         command<ScheduleImportFile>("import", "Put in what has been exported")});
 }
 
 }  // namespace console

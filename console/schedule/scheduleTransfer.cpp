@@ -1,28 +1,23 @@
 #include "console/schedule/scheduleTransfer.h"
 
-#include <set>
 #include <vector>
 
+#include "client/resources.h"
+#include "client/scheduleJson.h"
+#include "client/schedules.h"
 #include "console/ExitCode.h"
 #include "console/commands/playMessage.h"
 #include "console/files/LineFile.h"
-#include "console/files/WholeFile.h"
 #include "console/following/LiveView.h"
 #include "console/following/operate.h"
-#include "console/schedule/scheduleJson.h"
-#include "console/schedule/schedulePut.h"
-#include "console/text/resources.h"
-#include "sdk/PAController.h"
+#include "util/AtomicFile.h"
 
 namespace console {
 
 namespace {
 
-/// Why an entry of the file is not in.
-struct FailedEntry {
-    std::size_t number;  ///< in the file, from 1
-    std::string reason;
-};
+using paclient::ImportResult;
+using paclient::Json;
 
 std::string countText(std::size_t done, std::size_t total) {
     return std::to_string(done) + " of " + std::to_string(total) + " schedules";
@@ -58,15 +53,11 @@ private:
 
 Json entriesOf(const std::string& path) {
     LineFile file(path, "file of schedules");
-    std::string text;
-    for (std::string line; file.next(line);) {
-        text += line + '\n';
-    }
     Json entries;
     try {
-        entries = Json::parse(text);
+        entries = Json::parse(file.readAll());
     } catch (const Json::exception& error) {
-        const std::string fault = error.what();  // behind the library's own name for it
+        const std::string fault = error.what();  // after the library's own name for it
         throw Failure(ExitCode::Usage,
                       file.name() + " is not JSON: " + fault.substr(fault.find("] ") + 2));
     }
@@ -80,7 +71,7 @@ Json entriesOf(const std::string& path) {
 /// @param known the ids of all zones
 ScheduleDefinition spelledOut(ScheduleDefinition schedule, const std::vector<std::string>& known) {
     for (std::string& zone : schedule.paZones) {
-        zone = known[findName("zone", zone, known)];
+        zone = known[paclient::findName("zone", zone, known)];
     }
     for (TTSVocalizer& spoken : schedule.ttsList) {
         const TTSVocalizer voice = voiceFor(spoken.language, spoken.voice);
@@ -90,89 +81,50 @@ ScheduleDefinition spelledOut(ScheduleDefinition schedule, const std::vector<std
     return schedule;
 }
 
-class Import {
-public:
-    Import(const Context& context, const ScheduleImport& wanted, const Json& entries)
-        : context_(context), wanted_(wanted), entries_(entries) {}
-
-    void run() {
-        Progress progress(context_, entries_.size());
-        for (const Json& entry : entries_) {
-            ++at_;
-            if (const std::string reason = put(entry); !reason.empty()) {
-                failed_.push_back({at_, reason});
-            } else {
-                ++done_;
-            }
-            progress.show(at_);
+/// The schedules of a file; of one that cannot be read, why.
+std::vector<paclient::ImportEntry> readEntries(const Json& entries) {
+    std::vector<std::string> zoneIds;
+    for (const PaZone& zone : paclient::allZones()) {
+        zoneIds.push_back(zone.id);
+    }
+    std::vector<paclient::ImportEntry> result;
+    for (const Json& entry : entries) {
+        try {
+            result.push_back({spelledOut(paclient::scheduleFrom(entry), zoneIds), {}});
+        } catch (const std::exception& error) {
+            result.push_back({{}, error.what()});
         }
     }
+    return result;
+}
 
-    /// How many entries are in for certain.
-    std::size_t done() const { return done_; }
-    const std::vector<FailedEntry>& failed() const { return failed_; }
-
-private:
-    /// @return why the entry is not in, nothing when it is
-    /// @throws Failure when its outcome is unknown
-    std::string put(const Json& entry) try {
-        const ScheduleDefinition schedule = spelledOut(scheduleFrom(entry), zoneIds_);
-        const std::string title = "schedule " + std::to_string(schedule.Id);
-        if (schedule.Id <= 0) {
-            return "the id is missing, or not above 0";
-        }
-        if (!ids_.insert(schedule.Id).second) {
-            return title + " stands in the file twice";
-        }
-        if (!wanted_.replace && gPaController.findSchedule(schedule.Id)) {
-            return "there is a " + title + " already; --replace replaces it";
-        }
-        putSchedule(context_, schedule);
-        return {};
-    } catch (const Failure& failure) {
-        const bool isKnown = failure.code == ExitCode::Usage ||
-                             failure.code == ExitCode::NotFound ||
-                             failure.code == ExitCode::Refused;
-        if (isKnown) {
-            return failure.what();
-        }
-        throw Failure(failure.code, "entry " + std::to_string(at_) + ": " + failure.what() + "; " +
-                                        countText(done_, entries_.size()) +
-                                        " are in, and nothing behind this one has been sent");
-    }
-
-    const Context& context_;
-    const ScheduleImport& wanted_;
-    const Json& entries_;
-    const std::vector<std::string> zoneIds_ = memberTexts(zones.all(), "id");
-    std::size_t at_ = 0;    // number of the entry at hand
-    std::size_t done_ = 0;  // how many are in
-    std::set<int> ids_;     // in the file so far
-    std::vector<FailedEntry> failed_;
-};
-
-/// Prints what is in and what has failed, so far.
-void printResult(const Context& context, const Import& import, std::size_t total) {
+/// Prints what is in and what has failed.
+void printResult(const Context& context, const ImportResult& result, std::size_t total) {
     Json failed = Json::array();
-    for (const FailedEntry& entry : import.failed()) {
-        failed.push_back({{"entry", entry.number}, {"reason", entry.reason}});
-        context.diagnostics.diagnostic("entry " + std::to_string(entry.number) + ": " +
-                                       entry.reason);
+    for (const ImportResult::Failed& failure : result.failed) {
+        failed.push_back({{"entry", failure.entry}, {"reason", failure.reason}});
+        context.diagnostics.diagnostic("entry " + std::to_string(failure.entry) + ": " +
+                                       failure.reason);
     }
-    printOutcome(context, countText(import.done(), total) + " are in",
-                 {{"imported", import.done()}, {"failed", failed}});
+    printOutcome(context, countText(result.imported, total) + " are in",
+                 {{"imported", result.imported}, {"failed", failed}});
+}
+
+/// Why an import has ended at an entry whose outcome is unknown.
+Failure endedAt(const ImportResult& result, std::size_t total, const Failure& why) {
+    return Failure(why.code, "entry " + std::to_string(result.unknownEntry.value_or(0)) + ": " +
+                                 why.what() + "; " + countText(result.imported, total) +
+                                 " are in, and nothing after this one has been sent");
 }
 
 }  // namespace
 
 void exportSchedules(const Context& context, const std::optional<std::string>& file) {
     context.session();
-    std::vector<ScheduleDefinition> definitions;
-    for (const Schedule& schedule : schedules.all()) {
-        definitions.push_back(schedule);
-    }
-    const Json json = toJson(definitions);
-    if (Json::parse(jsonLines(json)) != json) {
+    const std::vector<paclient::ScheduleEntry> all = paclient::allSchedules();
+    const std::vector<ScheduleDefinition> definitions(all.begin(), all.end());
+    const Json json = paclient::toJson(definitions, paclient::JsonTexts::None);
+    if (Json::parse(paclient::jsonLines(json)) != json) {
         context.diagnostics.diagnostic(
             "some texts are not UTF-8: they are written with U+FFFD for what is not");
     }
@@ -180,8 +132,8 @@ void exportSchedules(const Context& context, const std::optional<std::string>& f
         context.writeJson(json);
         return;
     }
-    WholeFile whole(*file);
-    whole.fillWith(jsonLines(json));
+    pautil::AtomicFile whole(*file);
+    whole.fillWith(paclient::jsonLines(json));
     whole.complete();
     printOutcome(context, std::to_string(definitions.size()) + " schedules are in " + *file,
                  {{"file", *file}, {"schedules", definitions.size()}});
@@ -191,19 +143,26 @@ void importSchedules(const Context& context, const ScheduleImport& wanted) {
     if (wanted.file == "-" && context.connection.readsCommands) {
         throw Failure(ExitCode::Usage, "the standard input holds the commands: name a file");
     }
-    const Json entries = entriesOf(wanted.file);
+    const Json json = entriesOf(wanted.file);
     context.session();
-    Import import(context, wanted, entries);
+    const std::vector<paclient::ImportEntry> entries = readEntries(json);
+    const std::size_t total = entries.size();
+    const std::string unknown = "whether it is kept is unknown";
+    Progress progress(context, total);
+    ImportResult result;
     try {
-        import.run();
-    } catch (const Failure&) {
-        printResult(context, import, entries.size());
-        throw;
+        paclient::importSchedules(
+            entries, wanted.replace, waitOf(context, unknown),
+            [&](const ImportResult& now) { progress.show(now.imported + now.failed.size()); },
+            result);
+        requireConfirmed(result.unknown, unknown);
+    } catch (const Failure& failure) {
+        printResult(context, result, total);
+        throw endedAt(result, total, failure);
     }
-    printResult(context, import, entries.size());
-    if (!import.failed().empty()) {
-        throw Failure(ExitCode::Refused,
-                      countText(import.failed().size(), entries.size()) + " are not in");
+    printResult(context, result, total);
+    if (!result.failed.empty()) {
+        throw Failure(ExitCode::Refused, countText(result.failed.size(), total) + " are not in");
     }
 }
 

@@ -6,7 +6,7 @@
 #include "console/Context.h"
 
 /// @file
-/// Schedules that go to a file and come from one, as JSON.
+/// Schedules to and from a file, as JSON.
 
 namespace console {
 
@@ -20,9 +20,9 @@ struct ScheduleImport {
     bool replace = false;  ///< schedules that have the same number
 };
 
-/// Puts in what a file holds, one after the other, and tells of each that fails.
+/// Puts in what a file holds, one after the other, and reports each that fails.
 /// @throws Failure when the file cannot be used, when one fails, and when the outcome of one is
-///         unknown; nothing behind that is sent
+///         unknown; nothing after that is sent
 void importSchedules(const Context& context, const ScheduleImport& wanted);
 
 }  // namespace console

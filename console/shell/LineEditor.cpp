@@ -80,13 +80,6 @@ int openKeys(int terminal) {
     return opened;
 }
 
-/// How many characters the text has.
-int lengthOf(const std::string& utf8) {
-    return static_cast<int>(std::count_if(utf8.begin(), utf8.end(), [](char c) {
-        return (static_cast<unsigned char>(c) & 0xC0U) != 0x80;
-    }));
-}
-
 }  // namespace
 
 LineEditor::LineEditor(FILE* in, FILE* out, Output* diagnostics, HistoryFile& history,
@@ -165,7 +158,7 @@ void LineEditor::remember(const std::string& line) {
 // --------------------------------------------------------------------------------------- keyboard
 
 /// The next character, or 0 characters at the end of the input. A line that is cancelled ends like
-/// any other, so that the cursor goes below all of it.
+/// any other, so that the cursor moves below all of it.
 int LineEditor::readKey(EditLine* edit, wchar_t* key) {
     LineEditor& self = editorOf(edit);
     std::mbstate_t state = {};
@@ -203,9 +196,9 @@ bool LineEditor::waitForInput() {
         if (helpers_.onTick) {
             helpers_.onTick();
         }
-        const std::string news = diagnostics_ != nullptr ? diagnostics_->takeHeld() : "";
-        if (!news.empty()) {
-            showAbove(news);
+        const std::string lines = diagnostics_ != nullptr ? diagnostics_->takeHeld() : "";
+        if (!lines.empty()) {
+            showAbove(lines);
         }
         if (columns() != columns_) {
             columns_ = columns();
@@ -233,7 +226,7 @@ unsigned char LineEditor::completeWord() {
     }
     const std::string typed = line.substr(completion.begin);
     if (completion.word != typed) {
-        el_deletestr(edit_.get(), lengthOf(typed));
+        el_deletestr(edit_.get(), static_cast<int>(pautil::countCharacters(typed)));
         el_insertstr(edit_.get(), completion.word.c_str());
         return CC_REFRESH;
     }

@@ -40,19 +40,22 @@ ExitCode Shell::run(LineSource& lines) {
 /// @return false when the line leaves the shell
 bool Shell::runLine(const std::string& line) {
     std::string command;
-    std::string said;
+    std::string reported;
     try {
         const auto words = splitWords(line);
         if (!words.empty()) {
             command = console::runLine(context_, words, LineKind::Shell);
         }
     } catch (const Failure& failure) {
-        said = failure.what();
+        reported = failure.what();
+        if (context_.out.isClosed()) {
+            throw;
+        }
         if (failure.code != ExitCode::Interrupted) {
-            report(failure.code, said);
+            report(failure.code, reported);
         } else if (onTerminal_ && !interrupt::isEnding()) {
             context_.out.write("\n");  // below the "^C" of the terminal
-            report(failure.code, said);
+            report(failure.code, reported);
         } else {
             throw;
         }
@@ -62,10 +65,10 @@ bool Shell::runLine(const std::string& line) {
     if (onTerminal_) {
         interrupt::rearm();
     }
-    if (command == "source") {
-        news_.noteSources();  // it has said itself what it has detached
+    if (command == "source attach" || command == "source detach") {
+        news_.noteSources();  // the command has reported what it has detached
     }
-    news_.tell(said);
+    news_.tell(reported);
     return command != "exit" && command != "quit";
 }
 

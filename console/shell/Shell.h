@@ -9,11 +9,11 @@
 
 namespace console {
 
-/// Runs lines one after the other over one connection, whatever becomes of them, until `exit`,
+/// Runs lines one after the other over one connection, also after a failure, until `exit`,
 /// `quit` or their end. Then it releases the sources that are still attached.
 class Shell {
 public:
-    /// @param onTerminal an interruption then ends a command alone, else the shell
+    /// @param onTerminal an interruption ends the command only, else the shell
     Shell(const Context& context, ShellNews& news, bool onTerminal);
 
     /// @return how the last line that failed has failed

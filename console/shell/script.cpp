@@ -7,9 +7,9 @@
 
 namespace console {
 
-void runScript(const std::string& path,
+void runScript(const std::filesystem::path& path,
                const std::function<void(const std::vector<std::string>& words)>& runCommand) {
-    LineFile file(path, "script");
+    LineFile file(path.string(), "script");
     std::string line;
     for (int number = 1; file.next(line); ++number) {
         interrupt::check();

@@ -22,7 +22,7 @@ Completion completeLine(const std::string& line) {
 
 /// On a terminal a failure has been seen, and the shell itself has not failed.
 void runOnTerminal(const Context& context, ShellNews& news, bool keepsHistory) {
-    const char* const stateHome = std::getenv("XDG_STATE_HOME");  // NOLINT: nobody changes it
+    const char* const stateHome = std::getenv("XDG_STATE_HOME");  // NOLINT: it is constant
     const char* const home = std::getenv("HOME");                 // NOLINT: as above
     HistoryFile history(keepsHistory ? historyPath(stateHome, home) : "", context.diagnostics);
     const bool mixes = isatty(STDERR_FILENO) == 1;
@@ -35,22 +35,33 @@ void runWithoutTerminal(const Context& context, ShellNews& news) {
     LineFile lines("-", "shell", [&news] { news.tell(); });
     const ExitCode code = Shell(context, news, false).run(lines);
     if (code != ExitCode::Done) {
-        throw Failure(code, "");  // its line has told why
+        throw Failure(code, "");  // reported with its line
     }
 }
 
-}  // namespace
+struct ShellLines {
+    bool forgets = false;
 
-Handler defineShell(Parser& parser) {
-    const auto forgets = std::make_shared<bool>(false);
-    parser.addFlag("--no-history", *forgets, "Neither read nor write the history of lines");
-    return [forgets](const Context& context) {
+    void define(CLI::App& app) {
+        app.add_flag("--no-history", forgets, "Neither read nor write the history of lines");
+    }
+
+    void run(const Context& context) const {
         context.session();
         context.connection.readsCommands = true;
         ShellNews news(context.diagnostics);
         const bool onTerminal = isatty(STDIN_FILENO) == 1 && context.terminal >= 0;
-        onTerminal ? runOnTerminal(context, news, !*forgets) : runWithoutTerminal(context, news);
-    };
+        onTerminal ? runOnTerminal(context, news, !forgets) : runWithoutTerminal(context, news);
+    }
+};
+
+}  // namespace
+
+Command shellCommand() {
+    Command shell =
+        command<ShellLines>("shell", "Run commands as they are typed, over one connection");
+    shell.ownsProcess = true;
+    return shell;
 }
 
 }  // namespace console

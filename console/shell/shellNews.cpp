@@ -1,6 +1,7 @@
 #include "console/shell/shellNews.h"
 
 #include "console/following/RenewalCounter.h"
+#include "console/following/connectionText.h"
 #include "sdk/AudioServer.h"
 #include "sdk/PAController.h"
 #include "sdk/globals.h"
@@ -31,7 +32,7 @@ std::set<int> heldSources() {
 void releaseSources(Output& diagnostics) {
     const int usual = pa::load(gMaxServerWaitTimeSeconds);
     pa::store(gMaxServerWaitTimeSeconds, releaseSeconds);
-    bool answers = true;  // the server; if it does not, every source would wait for it anew
+    bool answers = true;  // the server; when it does not, the other sources do not wait for it
     for (const int id : heldSources()) {
         answers = answers && gPaController.detachPaSource(id);
         diagnostics.diagnostic(
@@ -41,25 +42,34 @@ void releaseSources(Output& diagnostics) {
     pa::store(gMaxServerWaitTimeSeconds, usual);
 }
 
-ShellNews::ShellNews(Output& diagnostics) : diagnostics_(diagnostics), held_(heldSources()) {}
+ShellNews::ShellNews(Output& diagnostics)
+    : diagnostics_(diagnostics),
+      changes_(paclient::kinds<palink::Refusal, paclient::LockChange, palink::ConnectionChange>()),
+      held_(heldSources()) {}
 
 void ShellNews::tell(const std::string& said) {
-    constexpr std::chrono::milliseconds now{0};
-    for (auto change = changes_.next(now); change; change = changes_.next(now)) {
-        const auto* const refusal = std::get_if<palink::Refusal>(&change->what);
-        const bool isNews = refusal != nullptr && !isOfRenewal(*refusal) &&
-                            said.find(refusal->reason) == std::string::npos;
-        if (isNews) {
-            diagnostics_.diagnostic("refused: " + refusal->reason);
+    while (const auto change = changes_.next()) {
+        const std::string text = textOf(*change, said);
+        if (!text.empty()) {
+            diagnostics_.diagnostic(text);
         }
     }
-    const std::set<int> held = heldSources();
-    for (const int id : held_) {
-        if (held.count(id) == 0) {
-            diagnostics_.diagnostic(sourceText(id) + " is no longer attached");
-        }
+}
+
+/// @return empty for what the user need not read
+std::string ShellNews::textOf(const paclient::Change& change, const std::string& said) {
+    if (const auto* const refusal = std::get_if<palink::Refusal>(&change)) {
+        const bool isKnown =
+            isOfRenewal(*refusal) || said.find(refusal->reason) != std::string::npos;
+        return isKnown ? "" : "refused: " + refusal->reason;
     }
-    held_ = held;
+    if (const auto* const lock = std::get_if<paclient::LockChange>(&change)) {
+        const int id = lock->sourceId;
+        const bool isLost = held_.count(id) > 0 && heldSources().count(id) == 0;
+        held_.erase(isLost ? id : 0);
+        return isLost ? sourceText(id) + " is no longer attached" : "";
+    }
+    return connectionText(change);
 }
 
 }  // namespace console

@@ -1,10 +1,17 @@
 #include "console/text/TextTable.h"
 
 #include <algorithm>
+#include <numeric>
 
 #include "console/text/cleanText.h"
 
 namespace console {
+
+namespace {
+
+constexpr std::size_t gap = 2;  // columns between two cells
+
+}  // namespace
 
 TextTable::TextTable(std::vector<std::string> headings) : rows_{std::move(headings)} {}
 
@@ -17,18 +24,39 @@ void TextTable::addRow(const std::vector<std::string>& cells) {
     rows_.push_back(std::move(row));
 }
 
-std::vector<std::string> TextTable::lines() const {
-    std::vector<std::size_t> widths(rows_.front().size());
+std::vector<std::size_t> TextTable::widths(std::size_t columns) const {
+    std::vector<std::size_t> result(rows_.front().size());
     for (const auto& row : rows_) {
         for (std::size_t i = 0; i < row.size(); ++i) {
-            widths[i] = std::max(widths[i], displayWidth(row[i]));
+            result[i] = std::max(result[i], displayWidth(row[i]));
         }
     }
+    std::size_t total = std::accumulate(result.begin(), result.end(), gap * (result.size() - 1));
+    while (columns > 0 && total > columns) {
+        // One column less for the widest cells that may become narrower.
+        std::size_t* widest = nullptr;
+        for (std::size_t i = 0; i < result.size(); ++i) {
+            const bool mayShrink = result[i] > displayWidth(rows_.front()[i]);
+            if (mayShrink && (widest == nullptr || result[i] > *widest)) {
+                widest = &result[i];
+            }
+        }
+        if (widest == nullptr) {
+            break;
+        }
+        --*widest;
+        --total;
+    }
+    return result;
+}
+
+std::vector<std::string> TextTable::lines(std::size_t columns) const {
+    const auto width = widths(columns);
     std::vector<std::string> result;
     for (const auto& row : rows_) {
         std::string line;
         for (std::size_t i = 0; i < row.size(); ++i) {
-            line += fitted(row[i], widths[i]) + "  ";
+            line += fitted(row[i], width[i], "…") + std::string(gap, ' ');
         }
         line.erase(line.find_last_not_of(' ') + 1);
         result.push_back(line);
@@ -36,9 +64,9 @@ std::vector<std::string> TextTable::lines() const {
     return result;
 }
 
-std::string TextTable::text() const {
+std::string TextTable::text(std::size_t columns) const {
     std::string result;
-    for (const std::string& line : lines()) {
+    for (const std::string& line : lines(columns)) {
         result += line + '\n';
     }
     return result;

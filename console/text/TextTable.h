@@ -14,12 +14,17 @@ public:
     void addRow(const std::vector<std::string>& cells);
 
     /// The lines, without line ends.
-    std::vector<std::string> lines() const;
+    /// @param columns of the terminal that they are to fit, 0 for no limit. The widest cells are
+    /// cut
+    ///                then, and end in an ellipsis; no column becomes narrower than its heading.
+    std::vector<std::string> lines(std::size_t columns = 0) const;
 
     /// The lines, each with its end.
-    std::string text() const;
+    std::string text(std::size_t columns = 0) const;
 
 private:
+    std::vector<std::size_t> widths(std::size_t columns) const;
+
     std::vector<std::vector<std::string>> rows_;  // the headings first; clean texts
 };
 

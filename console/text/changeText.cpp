@@ -1,11 +1,13 @@
 #include "console/text/changeText.h"
 
-#include "console/schedule/scheduleText.h"
+#include "client/json.h"
+#include "client/recordText.h"
+#include "client/scheduleText.h"
 #include "console/text/cleanText.h"
-#include "console/text/json.h"
-#include "console/text/recordText.h"
 
 namespace console {
+
+using namespace paclient;
 
 namespace {
 
@@ -47,12 +49,12 @@ std::string text(const PaSelector& selector) {
     return withStates(numbered(selector.id, selector.label), {nameOf(selector.state)});
 }
 std::string text(const ScheduleDefinition& definition) {
-    const Schedule schedule = described(definition);
+    const ScheduleEntry schedule = described(definition);
     return withStates(numbered(schedule.Id, schedule.descrption),
                       {schedule.periodText, schedule.daysText, schedule.timesText,
                        schedule.contentText, valueText(schedule.paZones)});
 }
-std::string text(const Lock& lock) {
+std::string text(const SourceLock& lock) {
     return withStates("source " + std::to_string(lock.sourceId), {holderText(lock)});
 }
 std::string text(const Retrieval& retrieval) {

@@ -7,44 +7,7 @@ namespace console {
 
 namespace {
 
-/// One character of a text.
-struct Character {
-    char32_t code = 0;
-    std::size_t bytes = 1;
-    bool valid = false;
-};
-
-/// What the first byte of a UTF-8 sequence says: its length, and the least code that needs it.
-struct Lead {
-    unsigned mask;
-    unsigned bits;
-    std::size_t bytes;
-    char32_t least;
-};
-constexpr Lead leads[] = {
-    {0x80, 0x00, 1, 0x0}, {0xE0, 0xC0, 2, 0x80}, {0xF0, 0xE0, 3, 0x800}, {0xF8, 0xF0, 4, 0x10000}};
-
-Character characterAt(std::string_view text, std::size_t at) {
-    const auto byte = [&](std::size_t i) { return static_cast<unsigned char>(text[i]); };
-    const unsigned first = byte(at);
-    const auto lead = std::find_if(std::begin(leads), std::end(leads),
-                                   [first](const Lead& l) { return (first & l.mask) == l.bits; });
-    if (lead == std::end(leads) || at + lead->bytes > text.size()) {
-        return {};
-    }
-    char32_t code = first & ~lead->mask & 0xFFU;
-    for (std::size_t i = at + 1; i < at + lead->bytes; ++i) {
-        if ((byte(i) & 0xC0U) != 0x80) {
-            return {};
-        }
-        code = code << 6U | (byte(i) & 0x3FU);
-    }
-    const bool surrogate = code >= 0xD800 && code <= 0xDFFF;
-    if (code < lead->least || code > 0x10FFFF || surrogate) {
-        return {};
-    }
-    return {code, lead->bytes, true};
-}
+using pautil::Character;
 
 struct Range {
     char32_t first;
@@ -88,62 +51,44 @@ std::string hex(char32_t code, std::size_t digits) {
 
 std::string clean(std::string_view text) {
     std::string result;
-    for (std::size_t at = 0; at < text.size();) {
-        const Character c = characterAt(text, at);
-        if (!c.valid || c.code <= 0x7F) {
-            const auto byte = static_cast<unsigned char>(text[at]);
-            const bool harmless = c.valid && byte >= 0x20 && byte != 0x7F;
-            result += harmless ? std::string(1, text[at]) : "\\x" + hex(byte, 2);
-        } else if (isIn(std::begin(harmful), std::end(harmful), c.code)) {
-            result += "\\u{" + hex(c.code, 4) + "}";
+    pautil::forEachCharacter(text, [&result](const Character& c, std::string_view bytes) {
+        const bool isHarmful = !c.valid || isIn(std::begin(harmful), std::end(harmful), c.code);
+        if (!isHarmful) {
+            result += bytes;
+        } else if (!c.valid || c.code <= 0x7F) {
+            result += "\\x" + hex(static_cast<unsigned char>(bytes[0]), 2);
         } else {
-            result += text.substr(at, c.bytes);
+            result += "\\u{" + hex(c.code, 4) + "}";
         }
-        at += c.bytes;
-    }
-    return result;
-}
-
-bool isUtf8(std::string_view text) {
-    for (std::size_t at = 0; at < text.size();) {
-        const Character c = characterAt(text, at);
-        if (!c.valid) {
-            return false;
-        }
-        at += c.bytes;
-    }
-    return true;
-}
-
-bool hasControlCharacter(std::string_view text) {
-    return std::any_of(text.begin(), text.end(), [](char c) {
-        const auto byte = static_cast<unsigned char>(c);
-        return byte < 0x20 || byte == 0x7F;
     });
+    return result;
 }
 
 std::size_t displayWidth(std::string_view cleanText) {
     std::size_t width = 0;
-    for (std::size_t at = 0; at < cleanText.size();) {
-        const Character c = characterAt(cleanText, at);
-        width += widthOf(c.code);
-        at += c.bytes;
-    }
+    pautil::forEachCharacter(
+        cleanText, [&](const Character& c, std::string_view) { width += widthOf(c.code); });
     return width;
 }
 
-std::string fitted(std::string_view cleanText, std::size_t width) {
-    std::size_t taken = 0;
-    std::size_t at = 0;
-    while (at < cleanText.size()) {
-        const Character c = characterAt(cleanText, at);
-        if (taken + widthOf(c.code) > width) {
-            break;
-        }
-        taken += widthOf(c.code);
-        at += c.bytes;
+std::string fitted(std::string_view cleanText, std::size_t width, std::string_view mark) {
+    const std::size_t fullWidth = displayWidth(cleanText);
+    if (fullWidth <= width) {
+        return std::string(cleanText) + std::string(width - fullWidth, ' ');
     }
-    return std::string(cleanText.substr(0, at)) + std::string(width - taken, ' ');
+    const std::size_t markWidth = std::min(width, displayWidth(mark));
+    std::string result;
+    std::size_t taken = 0;
+    bool isFull = false;
+    pautil::forEachCharacter(cleanText, [&](const Character& c, std::string_view bytes) {
+        isFull = isFull || taken + widthOf(c.code) > width - markWidth;
+        if (!isFull) {
+            taken += widthOf(c.code);
+            result += bytes;
+        }
+    });
+    result += markWidth > 0 ? mark : "";
+    return result + std::string(width - taken - markWidth, ' ');
 }
 
 }  // namespace console

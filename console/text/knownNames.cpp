@@ -1,6 +1,9 @@
 #include "console/text/knownNames.h"
 
-#include "console/text/resources.h"
+#include <algorithm>
+#include <iterator>
+
+#include "client/resources.h"
 
 namespace console {
 
@@ -10,40 +13,40 @@ template <const auto& kind>
 std::vector<std::string> allNames() {
     std::vector<std::string> names;
     const auto records = kind.all();
-    for (const char* const key : kind.keys) {
-        const auto texts = memberTexts(records, key);
-        names.insert(names.end(), texts.begin(), texts.end());
+    for (auto* const textOf : {kind.number, kind.name}) {
+        if (textOf != nullptr) {
+            std::transform(records.begin(), records.end(), std::back_inserter(names), textOf);
+        }
     }
     return names;
 }
 
 struct KindRow {
-    std::string kind;
+    const char* kind;
     std::vector<std::string> (*names)();
 };
 
-const std::vector<KindRow>& kindRows() {
-    static const std::vector<KindRow> rows = {
-        {sources.one, allNames<sources>},
-        {sinks.one, allNames<sinks>},
-        {zones.one, allNames<zones>},
-        {triggers.one, allNames<triggers>},
-        {selectors.one, allNames<selectors>},
-        {schedules.one, allNames<schedules>},
-        {announcements.one, allNames<announcements>},
-        {ttsItems.one, allNames<ttsItems>},
-        {locks.one, allNames<locks>},
-        // Not by the port: it is no name of a voice when something is to be spoken.
-        {voices.one, [] { return memberTexts(voices.all(), "voice"); }},
-        {"language", [] { return memberTexts(voices.all(), "language"); }},
-    };
-    return rows;
-}
+using paclient::memberTexts;
+
+constexpr KindRow kindRows[] = {
+    {paclient::sources.one, allNames<paclient::sources>},
+    {paclient::sinks.one, allNames<paclient::sinks>},
+    {paclient::zones.one, allNames<paclient::zones>},
+    {paclient::triggers.one, allNames<paclient::triggers>},
+    {paclient::selectors.one, allNames<paclient::selectors>},
+    {paclient::schedules.one, allNames<paclient::schedules>},
+    {paclient::announcements.one, allNames<paclient::announcements>},
+    {paclient::ttsItems.one, allNames<paclient::ttsItems>},
+    {paclient::locks.one, allNames<paclient::locks>},
+    // Not by the port: it is no name of a voice when something is to be spoken.
+    {paclient::voices.one, [] { return memberTexts<&TTSVocalizer::voice>(paclient::allVoices()); }},
+    {"language", [] { return memberTexts<&TTSVocalizer::language>(paclient::allVoices()); }},
+};
 
 }  // namespace
 
 std::vector<std::string> knownNames(const std::string& kind) {
-    for (const KindRow& row : kindRows()) {
+    for (const KindRow& row : kindRows) {
         if (row.kind == kind) {
             return row.names();
         }

@@ -6,7 +6,7 @@
 namespace console {
 
 /// The names by which the resources of a kind can be called now: numbers and labels as they are.
-/// @param kind as `get` calls it, or "language"; none are known of another one
+/// @param kind as `get` calls it, or "language"; of another kind none are known
 std::vector<std::string> knownNames(const std::string& kind);
 
 }  // namespace console

@@ -1,8 +1,11 @@
 #include "link/embedded/EmbeddedTransport.h"
 
+#include <algorithm>
+#include <chrono>
 #include <exception>
 #include <utility>
 
+#include "framework/clock.h"
 #include "framework/fork.h"
 #include "framework/log.h"
 
@@ -55,22 +58,24 @@ void EmbeddedTransport::start(ServerEventSink& sink) {
     {
         const std::lock_guard guard(lock_);
         running_ = true;
+        connected_ = false;
+        backoff_.reset();
     }
     delivery_ =
         std::make_unique<pa::PosixThread>("embedded-link", [this, &sink] { runDelivery(sink); });
-    meters_ = std::make_unique<pa::PosixThread>("embedded-meter", [this] { runMeters(); });
+    calls_ = std::make_unique<pa::PosixThread>("embedded-calls", [this] { runCalls(); });
     server_.connectClient(*this);
 }
 
 void EmbeddedTransport::stop() {
     if (generation_ != pa::forkGeneration()) {
-        // In the child of a fork: the threads are not here, and the locks may be held for ever.
+        // In the child of a fork: it has none of the threads, and a lock may never be given back.
         for (std::condition_variable* const waitedFor :
-             {&arrived_, &room_, &delivered_, &meterRequested_}) {
+             {&arrived_, &spaceFreed_, &delivered_, &callRequested_}) {
             pa::forgetWaiters(*waitedFor);
         }
         delivery_.reset();
-        meters_.reset();
+        calls_.reset();
         return;
     }
     {
@@ -83,20 +88,22 @@ void EmbeddedTransport::stop() {
         bytes_ = 0;
         full_ = false;
         meterRequests_.clear();
+        roundTrips_.clear();
+        connectAtMS_.reset();
     }
     arrived_.notify_all();
-    room_.notify_all();  // first of all: the server may wait with the lock that it needs to go
+    spaceFreed_.notify_all();  // first of all: the server may wait with the lock that it needs to go
     delivered_.notify_all();
-    meterRequested_.notify_all();
+    callRequested_.notify_all();
     server_.disconnectClient();
     delivery_.reset();
-    meters_.reset();
+    calls_.reset();
 }
 
 bool EmbeddedTransport::send(const pa::Operation& operation) {
     {
         const std::lock_guard guard(lock_);
-        if (!running_) {
+        if (!running_ || !connected_) {
             return false;
         }
     }
@@ -106,10 +113,20 @@ bool EmbeddedTransport::send(const pa::Operation& operation) {
 
 void EmbeddedTransport::meterLevel(bool subscribe, int element) {
     const std::lock_guard guard(lock_);
-    if (running_) {
+    if (running_ && connected_) {
         meterRequests_[element] = subscribe;
-        meterRequested_.notify_one();
+        callRequested_.notify_one();
     }
+}
+
+bool EmbeddedTransport::requestRoundTrip(std::uint64_t number) {
+    const std::lock_guard guard(lock_);
+    if (!running_ || !connected_) {
+        return false;
+    }
+    roundTrips_.push_back(number);
+    callRequested_.notify_one();
+    return true;
 }
 
 UploadResult EmbeddedTransport::upload(const std::string& localPath,
@@ -119,7 +136,7 @@ UploadResult EmbeddedTransport::upload(const std::string& localPath,
     const auto count = [this](int more) {
         const std::lock_guard guard(lock_);
         uploads_ += more;
-        room_.notify_all();
+        spaceFreed_.notify_all();
     };
     count(1);
     try {
@@ -142,13 +159,14 @@ void EmbeddedTransport::deliver(ServerEvent event) {
     std::unique_lock guard(lock_);
     if (std::this_thread::get_id() != deliveryThread_) {
         ++heldBack_;
-        room_.wait(guard, [this] { return !running_ || !full_ || uploads_ > 0; });
+        spaceFreed_.wait(guard, [this] { return !running_ || !full_ || uploads_ > 0; });
         --heldBack_;
     }
     if (!running_) {
         delivered_.notify_all();
         return;
     }
+    noteConnection(event);
     queue_.push_back({std::move(event), bytes});
     bytes_ += bytes;
     full_ = full_ || bytes_ >= maxBytes_;  // until half of it has been delivered
@@ -168,7 +186,7 @@ void EmbeddedTransport::runDelivery(ServerEventSink& sink) {
         queue_.pop_front();
         if (full_ && bytes_ <= maxBytes_ / 2) {
             full_ = false;
-            room_.notify_all();
+            spaceFreed_.notify_all();
         }
         delivering_ = true;
         guard.unlock();
@@ -182,23 +200,95 @@ void EmbeddedTransport::runDelivery(ServerEventSink& sink) {
     deliveryThread_ = {};
 }
 
-void EmbeddedTransport::runMeters() {
-    std::unique_lock guard(lock_);
-    while (true) {
-        meterRequested_.wait(guard, [this] { return !running_ || !meterRequests_.empty(); });
-        if (!running_) {
-            return;
-        }
-        const auto [element, subscribe] = *meterRequests_.begin();
-        meterRequests_.erase(meterRequests_.begin());
-        guard.unlock();
-        try {
-            server_.meterLevel(subscribe, element);
-        } catch (const std::exception& e) {
-            handleError(2, "level meter %d of the server: %s", element, e.what());
-        }
-        guard.lock();
+// -------------------------------------------------------------------------- connection and calls
+
+/// With lock_ held: what the event says of the connection.
+void EmbeddedTransport::noteConnection(const ServerEvent& event) {
+    if (std::holds_alternative<Connected>(event)) {
+        connected_ = true;
+        connectAtMS_.reset();
+    } else if (std::holds_alternative<InitialSetComplete>(event)) {
+        backoff_.reset();
+    } else if (std::holds_alternative<Disconnected>(event)) {
+        connected_ = false;
+        meterRequests_.clear();
+        roundTrips_.clear();
+        connectLater();
     }
+}
+
+/// With lock_ held.
+void EmbeddedTransport::connectLater() {
+    if (!connectAtMS_) {
+        connectAtMS_ = pa::monotonicMS() + backoff_.next().count();
+        callRequested_.notify_one();
+    }
+}
+
+void EmbeddedTransport::connect() {
+    try {
+        server_.connectClient(*this);
+    } catch (const std::exception& e) {
+        handleError(2, "the server takes no connection: %s", e.what());
+        const std::lock_guard guard(lock_);
+        if (running_) {
+            connectLater();
+        }
+    }
+}
+
+/// Makes the calls that may wait for the server.
+void EmbeddedTransport::runCalls() {
+    std::unique_lock guard(lock_);
+    while (running_) {
+        if (!meterRequests_.empty()) {
+            switchMeter(guard);
+        } else if (!roundTrips_.empty()) {
+            makeRoundTrip(guard);
+        } else if (connectAtMS_) {
+            connectWhenDue(guard);
+        } else {
+            callRequested_.wait(guard);
+        }
+    }
+}
+
+void EmbeddedTransport::switchMeter(std::unique_lock<std::mutex>& guard) {
+    const auto [element, subscribe] = *meterRequests_.begin();
+    meterRequests_.erase(meterRequests_.begin());
+    guard.unlock();
+    try {
+        server_.meterLevel(subscribe, element);
+    } catch (const std::exception& e) {
+        handleError(2, "level meter %d of the server: %s", element, e.what());
+    }
+    guard.lock();
+}
+
+void EmbeddedTransport::makeRoundTrip(std::unique_lock<std::mutex>& guard) {
+    const std::uint64_t number = roundTrips_.front();
+    roundTrips_.pop_front();
+    guard.unlock();
+    try {
+        server_.finishReports();
+        deliver(RoundTripComplete{number});
+    } catch (const std::exception& e) {
+        handleError(2, "round trip to the server: %s", e.what());
+    }
+    guard.lock();
+}
+
+void EmbeddedTransport::connectWhenDue(std::unique_lock<std::mutex>& guard) {
+    constexpr std::int64_t longestWaitMS = 20;  // the host's clock may be replaced, or jump
+    const std::int64_t left = *connectAtMS_ - pa::monotonicMS();
+    if (left > 0) {
+        callRequested_.wait_for(guard, std::chrono::milliseconds(std::min(left, longestWaitMS)));
+        return;
+    }
+    connectAtMS_.reset();
+    guard.unlock();
+    connect();
+    guard.lock();
 }
 
 }  // namespace palink

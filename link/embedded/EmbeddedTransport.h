@@ -2,14 +2,17 @@
 
 #include <condition_variable>
 #include <cstddef>
+#include <cstdint>
 #include <deque>
 #include <map>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <string>
 #include <thread>
 
 #include "framework/posixThread.h"
+#include "link/Backoff.h"
 #include "link/Transport.h"
 
 namespace palink {
@@ -19,18 +22,23 @@ class EmbeddedServer {
 public:
     virtual ~EmbeddedServer() = default;
 
-    /// A client connects: `client` is told `Connected`, every record that the server holds, and
-    /// `InitialSetComplete`; later every change. The server may call `client` with locks of its own
-    /// held, and is held back by it while too much waits to be delivered. At most one client at a
-    /// time.
+    /// A client connects: `client` receives `Connected`, every record that the server holds, and
+    /// `InitialSetComplete`; later every change, and at last `Disconnected` when the server ends
+    /// the connection. The server may call `client` with locks of its own held, and is held back by
+    /// it while too much waits to be delivered. At most one client at a time.
+    /// @throws std::exception when the server takes no client now
     virtual void connectClient(ServerEventSink& client) = 0;
 
-    /// The client goes. When this returns `client` is not called any more.
+    /// The client leaves. When this returns `client` is not called any more.
     virtual void disconnectClient() = 0;
 
     /// Does what an operation asks for, or tells the client why not. May come with no client there.
     /// An exception that leaves it has the operation dropped and reported.
     virtual void handleOperation(const pa::Operation& operation) = 0;
+
+    /// Returns when the client has received what the server is reporting on any thread at the time
+    /// of the call. A server that reports with a lock held takes that lock.
+    virtual void finishReports() {}
 
     /// Starts or stops the level-meter feed of an amplifier element. Feeds end with the client.
     virtual void meterLevel(bool subscribe, int element) = 0;
@@ -46,9 +54,13 @@ public:
 /// server never runs code of the application. The queue is bounded by memory: while it is full the
 /// server's threads wait in `deliver`, with whatever locks they hold, until half of it has been
 /// delivered. So nothing that an observer calls waits for the server: operations are handed over on
-/// the send queue's thread, level meters on a second thread of the transport. A request for a level
-/// meter that still waits there is replaced by a later one for the same element. While a file is
-/// uploaded the queue takes what comes: an observer may have to wait for the upload.
+/// the send queue's thread, level meters and round trips on a second thread of the transport. A
+/// request for a level meter that still waits there is replaced by a later one for the same
+/// element. While a file is uploaded the queue takes what comes: an observer may have to wait for
+/// the upload.
+///
+/// When the server ends the connection the transport connects again, as often as it takes, on its
+/// second thread, after pauses by `Backoff` on the host's clock.
 class EmbeddedTransport final : public Transport, private ServerEventSink {
 public:
     /// How much may wait to be delivered, by default: about 16,000 records of 1 KB.
@@ -60,10 +72,12 @@ public:
     ~EmbeddedTransport() override;
 
     /// Returns when the server has said what it says to a new client.
+    /// @throws std::exception when the server takes none at this first attempt
     void start(ServerEventSink& sink) override;
     void stop() override;
     bool send(const pa::Operation& operation) override;
     void meterLevel(bool subscribe, int element) override;
+    bool requestRoundTrip(std::uint64_t number) override;
     UploadResult upload(const std::string& localPath, const std::string& serverPath) override;
 
     /// Waits until everything that the server has said so far has been delivered. Not to be called
@@ -78,20 +92,26 @@ private:
 
     void deliver(ServerEvent event) override;  // by the server
     void runDelivery(ServerEventSink& sink);
-    void runMeters();
+    void noteConnection(const ServerEvent& event);
+    void connectLater();
+    void connect();
+    void runCalls();
+    void switchMeter(std::unique_lock<std::mutex>& guard);
+    void makeRoundTrip(std::unique_lock<std::mutex>& guard);
+    void connectWhenDue(std::unique_lock<std::mutex>& guard);
 
     EmbeddedServer& server_;
     const std::size_t maxBytes_;
-    // Of start and stop alone.
+    // Of start and stop only.
     std::unique_ptr<pa::PosixThread> delivery_;
-    std::unique_ptr<pa::PosixThread> meters_;
+    std::unique_ptr<pa::PosixThread> calls_;
     unsigned generation_ = pa::forkGeneration();  // of the process that has started it
 
     std::mutex lock_;
-    std::condition_variable arrived_;         // an event
-    std::condition_variable room_;            // for more events
-    std::condition_variable delivered_;       // everything
-    std::condition_variable meterRequested_;  // a level meter
+    std::condition_variable arrived_;        // an event
+    std::condition_variable spaceFreed_;           // for more events
+    std::condition_variable delivered_;      // everything
+    std::condition_variable callRequested_;  // a level meter, a round trip, a connection
     // Guarded by lock_.
     bool running_ = false;
     std::deque<Waiting> queue_;
@@ -101,7 +121,11 @@ private:
     std::size_t heldBack_ = 0;  // threads of the server that wait for room
     bool delivering_ = false;
     std::thread::id deliveryThread_;
+    bool connected_ = false;             // by what the server has said last
     std::map<int, bool> meterRequests_;  // by element
+    std::deque<std::uint64_t> roundTrips_;
+    Backoff backoff_;
+    std::optional<std::int64_t> connectAtMS_;  // when the next attempt is due, by monotonicMS
 };
 
 }  // namespace palink

@@ -47,6 +47,10 @@ bool operator==(const Message& a, const Message& b) {
            a.displayValidityPeriod == b.displayValidityPeriod;
 }
 
+std::vector<TTSVocalizer> Message::getAudioMessageTTSList() const {
+    return ttsList;
+}
+
 std::string Message::getAudioMessageTTSText() const {
     return ttsList.empty() ? std::string() : ttsList.front().text;
 }

@@ -165,6 +165,11 @@ void PAController::renewSourceLocks() {
     }
 }
 
+void PAController::renewSourceLocksNow() {
+    const MutexGuard guard(paControllerMtx);
+    renewSourceLocks();
+}
+
 void PAController::enablePaSourceVUMeter(int sourceId) {
     subscribeVUMeter(true, sourceId);
 }

@@ -76,7 +76,7 @@ Sound readSound(const fs::path& file, int longest) {
         sound.samples.push_back(sum / static_cast<float>(info.channels));
     }
     if (sound.samples.empty()) {
-        throw Refused(name + " holds no sound");
+        throw Refused(name + " holds no audio");
     }
     return sound;
 }
@@ -100,7 +100,7 @@ void writeWav(const fs::path& file, const std::vector<short>& samples, std::size
         }
         left -= static_cast<std::size_t>(piece);
     }
-    const int error = sf_close(opened.release());  // what is written last may not fit either
+    const int error = sf_close(opened.release());  // the last write may fail here
     if (error != 0) {
         refuse(sf_error_number(error));
     }

@@ -6,7 +6,7 @@
 #include <vector>
 
 /// @file
-/// Sound of one channel, in memory and in files.
+/// Audio of one channel, in memory and in files.
 
 namespace simserver {
 
@@ -18,13 +18,13 @@ struct Sound {
     int rate = audioRate;        ///< samples per second
 };
 
-/// The sound at the server's own rate, as 16-bit samples.
+/// The audio at the server's own rate, as 16-bit samples.
 /// @throws Refused when it cannot be converted
 std::vector<short> resampled(const Sound& sound);
 
 /// The beginning of an audio file; several channels are mixed.
 /// @param longest in seconds
-/// @throws Refused when it is not the file of a sound that can be read
+/// @throws Refused when it is not an audio file that can be read
 Sound readSound(const std::filesystem::path& file, int longest);
 
 /// Writes a WAV file: one channel, 16 bits, at the server's own rate.

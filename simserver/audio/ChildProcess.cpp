@@ -19,8 +19,8 @@ namespace {
 
 /// Starts a program that inherits nothing of this process but the stream, which is its input and
 /// its output: no other file, no blocked or ignored signal, no Ctrl-C of the terminal.
-/// @return 0 when it cannot be started
-pid_t start(std::vector<std::string>& command, int stream) {
+/// @return 0, or the number of the error
+int start(std::vector<std::string>& command, int stream, pid_t& pid) {
     std::vector<char*> arguments(command.size() + 1, nullptr);
     std::transform(command.begin(), command.end(), arguments.begin(),
                    [](std::string& argument) { return argument.data(); });
@@ -33,30 +33,34 @@ pid_t start(std::vector<std::string>& command, int stream) {
     posix_spawn_file_actions_init(&files);
     posix_spawnattr_init(&traits);
     constexpr short set = POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF | POSIX_SPAWN_SETPGROUP;
-    pid_t pid = 0;
-    const bool started =
+    const bool prepared =
         posix_spawn_file_actions_adddup2(&files, stream, STDIN_FILENO) == 0 &&
         posix_spawn_file_actions_adddup2(&files, stream, STDOUT_FILENO) == 0 &&
         posix_spawn_file_actions_addopen(&files, STDERR_FILENO, "/dev/null", O_WRONLY, 0) == 0 &&
         posix_spawn_file_actions_addclosefrom_np(&files, STDERR_FILENO + 1) == 0 &&
         posix_spawnattr_setsigmask(&traits, &none) == 0 &&
         posix_spawnattr_setsigdefault(&traits, &all) == 0 &&
-        posix_spawnattr_setflags(&traits, set) == 0 &&
-        posix_spawnp(&pid, arguments.front(), &files, &traits, arguments.data(), environ) == 0;
+        posix_spawnattr_setflags(&traits, set) == 0;
+    const int error =
+        prepared ? posix_spawnp(&pid, arguments.front(), &files, &traits, arguments.data(), environ)
+                 : ENOMEM;
     posix_spawnattr_destroy(&traits);
     posix_spawn_file_actions_destroy(&files);
-    return started ? pid : 0;
+    return error;
 }
 
-/// A program that runs, if it could be started. It does not outlive the object.
+/// A program that runs, if it could be started. The destructor kills it.
 class Child {
 public:
     explicit Child(std::vector<std::string>& command) {
         std::array<int, 2> ends{};
         if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends.data()) == 0) {
             stream_ = ends[0];
-            pid_ = start(command, ends[1]);
+            startError_ = start(command, ends[1], pid_);
+            pid_ = startError_ == 0 ? pid_ : 0;
             close(ends[1]);
+        } else {
+            startError_ = errno;
         }
     }
     Child(const Child&) = delete;
@@ -69,7 +73,8 @@ public:
         }
     }
 
-    bool started() const { return pid_ != 0; }
+    /// Number of the error; 0 for a program that was started.
+    int startError() const { return startError_; }
 
     /// This end of its input and output.
     int stream() const { return stream_; }
@@ -100,6 +105,7 @@ public:
 
 private:
     int stream_ = -1;
+    int startError_ = 0;
     pid_t pid_ = 0;
 };
 
@@ -107,7 +113,7 @@ bool isForLater(ssize_t result) {
     return result < 0 && (errno == EAGAIN || errno == EINTR);
 }
 
-/// Sends what a program takes of its input now, and tells it where the input ends.
+/// Sends as much input as a program takes now, and the end of the input.
 /// @return whether there is more to send
 bool sendSome(int stream, std::string_view& input) {
     const ssize_t count = send(stream, input.data(), input.size(), MSG_DONTWAIT | MSG_NOSIGNAL);
@@ -122,7 +128,7 @@ bool sendSome(int stream, std::string_view& input) {
 }
 
 /// Takes what a program has written.
-/// @return false at its end: for a program that left its input unread, that is an error
+/// @return false at its end
 bool receiveSome(int stream, std::string& output) {
     std::array<char, 16384> piece{};
     const ssize_t count = recv(stream, piece.data(), piece.size(), MSG_DONTWAIT);
@@ -143,13 +149,13 @@ std::optional<ProgramEnd> runProgram(std::vector<std::string> command, const std
     std::string_view unsent = input;
     milliseconds idle{0};
     bool sending = true;
-    bool receiving = child.started();
+    end.startError = child.startError();
+    bool receiving = end.startError == 0;
     while (receiving || !child.hasEnded()) {
         if (!goesOn(end.output)) {
             return std::nullopt;
         }
-        // It may write before it has read everything: whoever waited for one would not see the
-        // other.
+        // It may write before it has read everything, so both are waited for.
         const milliseconds pause = receiving ? interval : exitInterval;
         pollfd ready{receiving ? child.stream() : -1,
                      static_cast<short>(sending ? POLLIN | POLLOUT : POLLIN), 0};

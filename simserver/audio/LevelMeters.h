@@ -3,35 +3,41 @@
 #include <cstdint>
 #include <optional>
 #include <set>
-#include <vector>
 
-#include "link/Transport.h"
+#include "simserver/ServerContext.h"
 #include "simserver/playback/PlayEngine.h"
-#include "simserver/station/Station.h"
 
 namespace simserver {
 
-/// The level-meter feeds of amplifier elements: ten readings a second. A source belongs to the
-/// element whose number is its id divided by 100. Passive: time, in ms, is an argument and never
-/// goes back.
-class LevelMeters {
+/// The level-meter feeds of amplifier elements: ten readings a second, in real time; with manual
+/// time in simulated time. A source belongs to the element whose number is its id divided by 100.
+/// The server's lock guards it.
+class LevelMeters final : public TimedPart {
 public:
-    static constexpr std::int64_t periodMS = 100;
+    /// Both must outlive the object.
+    LevelMeters(ServerContext& context, const PlayEngine& engine);
 
-    void subscribe(bool on, int element, std::int64_t nowMS);
+    void subscribe(bool on, int element);
 
     /// Ends every feed.
-    void clear();
+    void clear() { elements_.clear(); }
 
-    /// When the next readings are due; nothing without a feed.
+    /// When the next readings are due, in ms of the time by which the meters run; nothing without a
+    /// feed.
     std::optional<std::int64_t> nextReading() const;
 
-    /// One reading for each feed: the loudest of the sources of its element. Some that are overdue
-    /// are left out.
-    std::vector<palink::LevelReading> read(const Station& station, const PlayEngine& engine,
-                                           std::int64_t nowMS);
+    /// Reports one reading for each feed if they are due: the loudest source of the element.
+    /// Overdue readings are left out.
+    void takeDue() override;
+
+    /// When readings are due in simulated time: only with manual time.
+    std::optional<SimTime> nextDue() const override;
 
 private:
+    std::int64_t nowMS() const;
+
+    ServerContext& context_;
+    const PlayEngine& engine_;
     std::set<int> elements_;
     std::int64_t nextMS_ = 0;
     std::size_t count_ = 0;  // of readings

@@ -4,7 +4,7 @@
 #include <string>
 
 /// @file
-/// Texts that clients want to hear before they are played. Plain values.
+/// Previews: texts that a client has spoken before they are played. Plain values.
 
 namespace simserver {
 
@@ -12,11 +12,11 @@ struct RetrievalRequest {
     std::string id;
     std::string language;
     std::string voice;
-    std::string rate;  ///< as the client writes it
+    std::string rate;  ///< as it arrived
     std::string text;
 };
 
-/// A text as a voice of the station speaks it, or why it does not.
+/// A text as a voice of the station speaks it, or the reason of a failure.
 struct Preview {
     static constexpr int failed = -1;
 

@@ -6,7 +6,7 @@ namespace simserver {
 
 namespace {
 
-/// Bytes of the character that begins with this one; 0 for a byte that begins none.
+/// Length in bytes of the character that begins with this byte; 0 for a byte that begins none.
 std::size_t lengthOfCharacter(unsigned char first) {
     if (first < 0x80) {
         return 1;
@@ -17,7 +17,7 @@ std::size_t lengthOfCharacter(unsigned char first) {
     return first < 0xE0 ? 2 : first < 0xF0 ? 3 : 4;
 }
 
-/// The character at the beginning of a text; empty when there is none that can be spoken.
+/// The first character of a text; empty when it cannot be spoken.
 std::string_view firstCharacter(std::string_view text) {
     constexpr unsigned char deleteCharacter = 0x7F;
     const auto first = static_cast<unsigned char>(text.front());

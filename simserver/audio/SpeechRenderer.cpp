@@ -8,7 +8,7 @@
 #include "simserver/audio/AudioFile.h"
 #include "simserver/audio/Synthesizer.h"
 #include "simserver/lookUp.h"
-#include "simserver/protocol/FieldText.h"
+#include "simserver/protocol/FieldReader.h"
 #include "simserver/protocol/Refused.h"
 
 namespace simserver {
@@ -17,14 +17,15 @@ namespace {
 
 constexpr std::size_t mostJobs = 32;
 
-/// The engine looks at a whole text before it speaks: what is larger, in bytes, would outlast every
-/// preview anyway.
+/// In bytes. The synthesizer reads a whole text before it speaks; a larger text would be longer
+/// than any preview.
 constexpr std::size_t largestText = 65536;
 
 int decodeRate(const std::string& text) {
-    const int rate = within("rate", [&] { return wholeNumber<int>(text); });
+    const NamedField field(text, "rate");
+    const int rate = field.integer();
     if (rate <= 0) {
-        throw Refused("rate: \"" + text + "\" is not above 0");
+        field.refuse("\"" + text + "\" is not above 0");
     }
     return rate;
 }
@@ -35,8 +36,8 @@ const std::string& synthesizerOf(const Voice& voice) {
 
 }  // namespace
 
-SpeechRenderer::SpeechRenderer(const Station& station, const UploadFolder& spool, Report report)
-    : station_(station), spool_(spool), report_(std::move(report)) {}
+SpeechRenderer::SpeechRenderer(const Station& station, const UploadFolder& uploads, Report report)
+    : station_(station), uploads_(uploads), report_(std::move(report)) {}
 
 SpeechRenderer::~SpeechRenderer() {
     {
@@ -54,7 +55,7 @@ std::optional<Preview> SpeechRenderer::request(const RetrievalRequest& request) 
         const Preview* const known = find(voice.port, request.text);
         std::error_code ignored;
         if (known != nullptr &&
-            std::filesystem::exists(*spool_.placeOfPreview(known->fullName), ignored)) {
+            std::filesystem::exists(*uploads_.placeOfPreview(known->fullName), ignored)) {
             return *known;
         }
         enqueue(voice, request);
@@ -78,22 +79,26 @@ const Voice& SpeechRenderer::voiceFor(const RetrievalRequest& request) const {
     if (request.text.empty()) {
         throw Refused("no text to speak");
     }
+    if (request.text.size() > largestText) {
+        throw Refused("the text is too long: it has more than " + std::to_string(largestText) +
+                      " bytes");
+    }
     return voiceOf(station_, request.language, request.voice, decodeRate(request.rate));
 }
 
 void SpeechRenderer::enqueue(const Voice& voice, const RetrievalRequest& request) {
-    const auto inHand = std::find_if(jobs_.begin(), jobs_.end(), [&](const Job& job) {
+    const auto waiting = std::find_if(jobs_.begin(), jobs_.end(), [&](const Job& job) {
         return &job.voice == &voice && job.text == request.text;
     });
-    if (inHand != jobs_.end()) {
-        inHand->requestIds.push_back(request.id);
+    if (waiting != jobs_.end()) {
+        waiting->requestIds.push_back(request.id);
         return;
     }
     if (jobs_.size() >= mostJobs) {
         throw Refused(std::to_string(mostJobs) + " texts are waiting to be spoken already");
     }
     if (thread_ == nullptr) {
-        thread_ = std::make_unique<pa::PosixThread>("sim-studio", [this] { run(); });
+        thread_ = std::make_unique<pa::PosixThread>("sim-speech", [this] { run(); });
     }
     jobs_.push_back({voice, request.text, {request.id}});
     changed_.notify_all();
@@ -124,7 +129,7 @@ void SpeechRenderer::run() {
         if (stopping_) {
             return;
         }
-        const Job& job = jobs_.front();  // those that arrive meanwhile do not move it
+        const Job& job = jobs_.front();  // later arrivals do not move it
         std::optional<Preview> spoken;
         std::string whyNot;
         guard.unlock();
@@ -152,14 +157,17 @@ void SpeechRenderer::run() {
     }
 }
 
-/// @return nothing when the text takes too long, or the studio closes
+/// @return nothing when the renderer is being destroyed
+/// @throws Refused when the text cannot be spoken or takes too long
 std::optional<Preview> SpeechRenderer::render(const Job& job) const {
-    if (job.text.size() > largestText) {
-        return std::nullopt;
-    }
-    const std::optional<Sound> sound =
-        speak(synthesizerOf(job.voice), job.text,
-              [this](double seconds) { return !stopping_ && seconds <= station_.longestPreview; });
+    const auto goesOn = [this](double seconds) {
+        if (seconds > station_.longestPreview) {
+            throw Refused("the text is too long: to speak it takes more than " +
+                          std::to_string(station_.longestPreview) + " s");
+        }
+        return !stopping_;
+    };
+    const std::optional<Sound> sound = speak(synthesizerOf(job.voice), job.text, goesOn);
     if (!sound) {
         return std::nullopt;
     }
@@ -168,8 +176,8 @@ std::optional<Preview> SpeechRenderer::render(const Job& job) const {
     generateUUID(preview.uuid);
     preview.text = job.text;
     preview.fullName = UploadFolder::previewFolder + preview.uuid + ".wav";
-    const std::filesystem::path place = *spool_.placeOfPreview(preview.fullName);
-    spool_.putWhole(place, [&](const std::filesystem::path& file) {
+    const std::filesystem::path place = *uploads_.placeOfPreview(preview.fullName);
+    uploads_.putWhole(place, [&](const std::filesystem::path& file) {
         const std::vector<short> samples = resampled(*sound);
         writeWav(file, samples, samples.size());
         preview.size = std::filesystem::file_size(file);
@@ -179,7 +187,7 @@ std::optional<Preview> SpeechRenderer::render(const Job& job) const {
     return preview;
 }
 
-/// Gives it an item; that of the same text when its file had gone.
+/// Gives it an item: that of the same text if its file had been deleted.
 Preview SpeechRenderer::keep(Preview preview) {
     Preview* const known = find(preview.port, preview.text);
     preview.item = known != nullptr ? known->item : ++lastItem_;

@@ -17,26 +17,26 @@
 
 namespace simserver {
 
-/// Speaks texts into files of the spool, one after the other in order of arrival, on a thread of
-/// its own, which starts with the first of them.
+/// Speaks texts into files of the upload folder, one after the other in order of arrival, on its
+/// own thread, which starts with the first text.
 ///
-/// Every function may be called from any thread. A text that is in hand already is not spoken
-/// twice: whoever else asks for it is answered together with the first. One that takes longer than
-/// the station's longest preview is given up without an answer.
+/// Every function may be called from any thread. A text that already waits is not spoken twice: one
+/// report answers all requests for it. A text that takes longer than the station's longest preview
+/// fails as soon as it exceeds that length.
 class SpeechRenderer {
 public:
-    /// Told what became of a text, on the studio's thread and without a lock of the studio.
+    /// Receives the outcome of a text, on the renderer's thread and without its lock.
     using Report = std::function<void(const Preview&)>;
 
-    /// Station and spool must outlive the object.
-    SpeechRenderer(const Station& station, const UploadFolder& spool, Report report);
+    /// Station and upload folder must outlive the object.
+    SpeechRenderer(const Station& station, const UploadFolder& uploads, Report report);
     SpeechRenderer(const SpeechRenderer&) = delete;
     SpeechRenderer& operator=(const SpeechRenderer&) = delete;
 
-    /// Gives up what is in hand, and waits for the thread: it may be in a report.
+    /// Ends the text that is being spoken, and waits for the thread, which may be in a report.
     ~SpeechRenderer();
 
-    /// @return what there is to say at once; nothing when a report follows
+    /// @return the outcome if it is known at once; nothing when a report follows
     std::optional<Preview> request(const RetrievalRequest& request);
 
     /// Every text that has been spoken, in order of the items.
@@ -49,7 +49,7 @@ private:
     struct Job {
         const Voice& voice;
         const std::string text;
-        std::vector<std::string> requestIds;  // of all who asked for it; guarded by lock_
+        std::vector<std::string> requestIds;  // guarded by lock_
     };
 
     const Voice& voiceFor(const RetrievalRequest& request) const;
@@ -62,18 +62,18 @@ private:
     Preview keep(Preview preview);
 
     const Station& station_;
-    const UploadFolder& spool_;
+    const UploadFolder& uploads_;
     const Report report_;
     std::atomic<bool> stopping_{false};  // set with lock_ held
 
     mutable std::mutex lock_;
     std::condition_variable changed_;
     // Guarded by lock_.
-    std::deque<Job> jobs_;  // the first is in hand
+    std::deque<Job> jobs_;  // the first is being spoken
     bool reporting_ = false;
     std::vector<Preview> previews_;
     int lastItem_ = 0;
-    std::unique_ptr<pa::PosixThread> thread_;  // null until there is something to speak
+    std::unique_ptr<pa::PosixThread> thread_;  // null until the first text
 };
 
 }  // namespace simserver

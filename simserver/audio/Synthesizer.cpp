@@ -6,6 +6,7 @@
 #include <sstream>
 #include <string_view>
 #include <strings.h>
+#include <system_error>
 #include <utility>
 #include <vector>
 
@@ -19,17 +20,22 @@ namespace {
 
 using namespace std::string_view_literals;
 
+constexpr const char* program = "espeak-ng";
 constexpr const char* failed = "the speech synthesizer has failed";
 
 /// Runs the synthesizer to its end.
-/// @return what it wrote; nothing when it was given up
+/// @return what it wrote; nothing when `goesOn` ended it
 /// @throws Refused when it is missing, fails, dies or hangs
 std::optional<std::string> run(std::vector<std::string> arguments, const std::string& input,
                                const std::function<bool(const std::string&)>& goesOn) {
-    arguments.insert(arguments.begin(), "espeak-ng");
+    arguments.insert(arguments.begin(), program);
     auto end = runProgram(std::move(arguments), input, goesOn);
     if (!end) {
         return std::nullopt;
+    }
+    if (end->startError != 0) {
+        throw Refused(std::string("the speech synthesizer ") + program +
+                      " cannot be started: " + std::generic_category().message(end->startError));
     }
     if (end->exitCode != 0) {
         throw Refused(failed);
@@ -37,9 +43,9 @@ std::optional<std::string> run(std::vector<std::string> arguments, const std::st
     return std::move(end->output);
 }
 
-/// Seeks a voice, in any case of letters, in the synthesizer's list of them. Otherwise it would
-/// itself take another one that is called alike, and pass over a variant that it does not have.
-/// @return the name of its file without the folder, as it is spelled; empty when there is none
+/// Finds a voice, in any case of letters, in the synthesizer's list. Given an unknown name, the
+/// synthesizer itself would take a similar voice and ignore an unknown variant.
+/// @return the name of its file without the folder, as spelled there; empty when there is none
 std::string fileOf(const std::string& name, const std::string& list) {
     std::istringstream lines(list);
     std::string line;
@@ -79,9 +85,9 @@ int numberAt(std::string_view bytes, std::size_t at) {
 
 constexpr std::size_t headerSize = 44;
 
-/// The rate of a WAV file of one channel and 16 bits. Its header gives no true sizes: the program
+/// The rate of a WAV file of one channel and 16 bits. Its header has no true sizes: the program
 /// wrote it before it knew them.
-/// @throws Refused when it is another file
+/// @throws Refused for any other file
 int rateOf(std::string_view wav) {
     const bool known = wav.size() >= headerSize && wav.substr(0, 4) == "RIFF"sv &&
                        wav.substr(8, 16) == "WAVEfmt \x10\0\0\0\1\0\1\0"sv &&
@@ -93,7 +99,7 @@ int rateOf(std::string_view wav) {
     return rate;
 }
 
-/// The length of such a file as far as it has arrived, in seconds.
+/// The length of such a file so far, in seconds.
 double secondsOf(std::string_view wav) {
     return wav.size() < headerSize
                ? 0
@@ -115,9 +121,9 @@ Sound soundOf(std::string_view wav) {
 
 std::optional<Sound> speak(const std::string& voice, const std::string& text,
                            const std::function<bool(double)>& goesOn) {
-    const auto waits = [&](const std::string&) { return goesOn(0); };
-    const auto voices = run({"--voices"}, "", waits);
-    const auto variants = voices ? run({"--voices=variant"}, "", waits) : std::nullopt;
+    const auto idle = [&](const std::string&) { return goesOn(0); };
+    const auto voices = run({"--voices"}, "", idle);
+    const auto variants = voices ? run({"--voices=variant"}, "", idle) : std::nullopt;
     if (!variants) {
         return std::nullopt;
     }
@@ -126,7 +132,7 @@ std::optional<Sound> speak(const std::string& voice, const std::string& text,
         throw Refused("the speech synthesizer has no voice \"" + voice + "\"");
     }
     const auto wav = run({"-b", "1", "-v", known, "--stdin", "--stdout"}, speakable(text),
-                         [&](const std::string& begun) { return goesOn(secondsOf(begun)); });
+                         [&](const std::string& soFar) { return goesOn(secondsOf(soFar)); });
     if (!wav) {
         return std::nullopt;
     }

@@ -27,12 +27,12 @@ fs::path madeFolder(const fs::path& wanted) {
     }
     std::string name = (fs::temp_directory_path() / "pa-spool-XXXXXX").string();
     if (mkdtemp(name.data()) == nullptr) {
-        throw fs::filesystem_error("cannot make a spool folder", name, lastError());
+        throw fs::filesystem_error("cannot make an upload folder", name, lastError());
     }
     return name;
 }
 
-/// A new, empty file for what is being written, in a folder that is made if needed.
+/// A new, empty file to write to, in a folder that is made if needed.
 fs::path newFile(const fs::path& folder) {
     std::error_code ignored;
     fs::create_directory(folder, ignored);
@@ -45,7 +45,29 @@ fs::path newFile(const fs::path& folder) {
     return name;
 }
 
-/// @param here the folder of this machine that stands for `onServer`
+/// Waits until a file or folder has reached the disk, so that a power failure leaves it whole.
+void sync(const fs::path& path) {
+    const int file = open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    const bool done = file >= 0 && fsync(file) == 0;
+    const std::error_code error = lastError();
+    close(file);
+    if (!done) {
+        throw Refused(error.message());
+    }
+}
+
+void linkFiles(const fs::path& from, const fs::path& to) {
+    if (from.empty() || !fs::exists(from)) {
+        return;
+    }
+    for (const fs::directory_entry& entry : fs::directory_iterator(from)) {
+        if (entry.is_regular_file()) {
+            fs::create_symlink(fs::absolute(entry.path()), to / entry.path().filename());
+        }
+    }
+}
+
+/// @param here the folder of this machine for the server's folder `onServer`
 std::optional<fs::path> placeIn(const fs::path& here, std::string_view onServer,
                                 const std::string& serverPath) {
     if (serverPath.compare(0, onServer.size(), onServer) != 0) {
@@ -59,17 +81,18 @@ std::optional<fs::path> placeIn(const fs::path& here, std::string_view onServer,
 
 }  // namespace
 
-UploadFolder::UploadFolder(const fs::path& folder)
+UploadFolder::UploadFolder(const fs::path& folder, const fs::path& initial)
     : temporary_(folder.empty()),
       folder_(madeFolder(folder)),
       previews_(folder_ / fs::path(previewFolder).parent_path().filename()),
       use_(open(folder_.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC)) {
-    const bool alone = flock(use_, LOCK_EX | LOCK_NB) == 0;
-    if (alone) {
+    const bool exclusive = flock(use_, LOCK_EX | LOCK_NB) == 0;
+    if (exclusive) {
         std::error_code ignored;
         fs::remove_all(previews_, ignored);
     }
     flock(use_, LOCK_SH);
+    linkFiles(initial, folder_);
 }
 
 UploadFolder::~UploadFolder() {
@@ -118,10 +141,12 @@ void UploadFolder::putWhole(const fs::path& place,
     std::error_code error;
     try {
         write(written);
+        sync(written);
         fs::rename(written, place, error);
         if (error) {
             throw Refused(error.message());
         }
+        sync(place.parent_path());
     } catch (...) {
         fs::remove(written, error);
         throw;

@@ -5,23 +5,23 @@ namespace simserver {
 /// What a part of an announcement occupies in a zone.
 enum class Medium { Audio, Visual };
 
-/// How the content of a part is written.
+/// How the content of a part is encoded.
 enum class ContentForm { None, Recorded, Dictionary, Text, Spoken, Template };
 
-/// A type of announcement and what the server makes of it.
+/// A type of announcement and how the server plays it.
 struct AnnouncementType {
     int number;
     const char* name;
     Medium medium;
     ContentForm form;         ///< `None` for a type that the server does not play
-    const char* whyNot = "";  ///< why it does not
+    const char* whyNot = "";  ///< why the server does not play it
 };
 
 /// @name Numbers of types
 /// @{
 constexpr int liveAnnouncement = 0;
 constexpr int displayAnnouncement = 3;
-constexpr int noAnnouncement = 7;  ///< stands for nothing at all
+constexpr int noAnnouncement = 7;  ///< nothing plays
 /// @}
 
 /// The type with a number, null for a number that is none.

@@ -22,37 +22,45 @@ RequestPart livePart(const Source& source, const std::vector<std::string>& zones
     return partOf(source, liveAnnouncement, zones, LiveContent{source.id});
 }
 
-RequestPart shownPart(const Source& source, const std::string& text) {
+RequestPart displayPart(const Source& source, const std::string& text) {
     return partOf(source, displayAnnouncement, source.attachedZones, TextContent{text});
 }
 
-LiveAnnouncements::LiveAnnouncements(PlayEngine& engine) : engine_(engine) {}
+LiveAnnouncements::LiveAnnouncements(Playback& playback) : playback_(playback) {}
 
 bool LiveAnnouncements::isOpen(const Opening& opening) const {
     return requestIds_.count(opening) > 0;
 }
 
-void LiveAnnouncements::open(const Opening& opening, const PlayRequest& request, SimTime now) {
+void LiveAnnouncements::open(const Opening& opening, int level,
+                             const std::vector<RequestPart>& parts) {
+    const PlayRequest request{playback_.newRequestId(), false, level, parts};
     requestIds_[opening] = request.id;
-    engine_.play(request, now);
+    playback_.playOwn(request);
 }
 
-void LiveAnnouncements::move(const Opening& opening, const std::vector<std::string>& zones,
-                             SimTime now) {
-    engine_.moveLive(requestIds_.at(opening), zones, now);
+void LiveAnnouncements::follow(const Opening& opening, const Source& source, int level,
+                               const std::vector<std::string>& zones, const std::string& whyEnded) {
+    if (zones.empty()) {
+        close(opening, whyEnded);
+    } else if (isOpen(opening)) {
+        playback_.moveLive(requestIds_.at(opening), zones);
+    } else {
+        open(opening, level, {livePart(source, zones)});
+    }
 }
 
-void LiveAnnouncements::close(const Opening& opening, const std::string& outcome, SimTime now) {
+void LiveAnnouncements::close(const Opening& opening, const std::string& outcome) {
     const auto found = requestIds_.find(opening);
     if (found != requestIds_.end()) {
-        engine_.end(found->second, outcome, now);
+        playback_.end(found->second, outcome);
         requestIds_.erase(found);
     }
 }
 
 void LiveAnnouncements::forgetEnded() {
     for (auto it = requestIds_.begin(); it != requestIds_.end();) {
-        it = engine_.isActive(it->second) ? std::next(it) : requestIds_.erase(it);
+        it = playback_.engine().isActive(it->second) ? std::next(it) : requestIds_.erase(it);
     }
 }
 

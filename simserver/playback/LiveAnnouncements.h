@@ -5,7 +5,7 @@
 #include <utility>
 #include <vector>
 
-#include "simserver/playback/PlayEngine.h"
+#include "simserver/playback/Playback.h"
 #include "simserver/station/Station.h"
 
 namespace simserver {
@@ -13,39 +13,40 @@ namespace simserver {
 /// What opens a source.
 enum class Opener { Client, Trigger, SoftwareTrigger };
 
-/// One opening of a source: by a trigger of this id; by a client, or its software trigger, of the
-/// source of this id.
+/// One opening of a source. The number is the id of the trigger for `Trigger`, of the source
+/// otherwise.
 using Opening = std::pair<Opener, int>;
 
-/// What a source picks up, heard in zones.
+/// What a source picks up, in zones.
 RequestPart livePart(const Source& source, const std::vector<std::string>& zones);
 
-/// A text that is shown in the zones that are attached to a source.
-RequestPart shownPart(const Source& source, const std::string& text);
+/// A text in the zones that are attached to a source.
+RequestPart displayPart(const Source& source, const std::string& text);
 
-/// The live announcements that the server has begun. Passive.
+/// The live announcements of the openings of sources. The server's lock guards it.
 class LiveAnnouncements {
 public:
-    /// @param engine plays them; must outlive the object
-    explicit LiveAnnouncements(PlayEngine& engine);
+    /// @param playback must outlive the object
+    explicit LiveAnnouncements(Playback& playback);
 
     bool isOpen(const Opening& opening) const;
 
     /// Begins the announcement of an opening that has none.
-    void open(const Opening& opening, const PlayRequest& request, SimTime now);
+    void open(const Opening& opening, int level, const std::vector<RequestPart>& parts);
 
-    /// Has it go on in other zones, at least one.
-    void move(const Opening& opening, const std::vector<std::string>& zones, SimTime now);
+    /// Begins the announcement of an opening or moves it to these zones; without any it ends.
+    /// @param whyEnded outcome in that case
+    void follow(const Opening& opening, const Source& source, int level,
+                const std::vector<std::string>& zones, const std::string& whyEnded);
 
-    /// Ends it, if there is one.
-    /// @param outcome why, for people
-    void close(const Opening& opening, const std::string& outcome, SimTime now);
+    /// Ends the announcement of an opening, if there is one.
+    void close(const Opening& opening, const std::string& outcome);
 
-    /// Forgets those that have been cancelled: their ids may be given to other requests.
+    /// Forgets the announcements that have been cancelled: requests may use their ids.
     void forgetEnded();
 
 private:
-    PlayEngine& engine_;
+    Playback& playback_;
     std::map<Opening, std::string> requestIds_;
 };
 

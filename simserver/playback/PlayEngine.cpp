@@ -24,7 +24,7 @@ bool isWithin(const std::string& zone, const std::string& wanted) {
     return zone == wanted || zone.compare(0, wanted.size() + 1, wanted + "/") == 0;
 }
 
-/// Whether a part that plays leaves its zone to another.
+/// Whether a part that plays gives its zone to another.
 bool givesWay(const PlayPart& playing, const PlayPart& next) {
     const bool openDisplay = playing.request.type->medium == Medium::Visual && !playing.end;
     return next.level > playing.level || (openDisplay && next.level == playing.level);
@@ -116,8 +116,8 @@ std::set<std::string> PlayEngine::areaOf(const std::vector<std::string>& zones) 
     return area;
 }
 
-/// What a part wants and has not: all of its area while it waits; of what has begun only a live
-/// part wants more.
+/// What a part wants and does not hold: all of its area while it waits; of the parts that have
+/// begun, only a live one wants more.
 std::set<PlayEngine::Spot> PlayEngine::missing(const PlayPart& part) {
     std::set<Spot> spots;
     if (part.state == PartState::Queued || part.isLive()) {
@@ -168,7 +168,7 @@ void PlayEngine::beginWhatMay(SimTime now) {
     }
 }
 
-/// Puts a part into zones that it may take; a live one may have begun in others already.
+/// Has a part play in zones that it may take; a live one may play in others already.
 void PlayEngine::begin(PlayPart& part, const std::set<Spot>& spots, SimTime now) {
     std::optional<SimTime> length;
     try {
@@ -191,7 +191,7 @@ void PlayEngine::begin(PlayPart& part, const std::set<Spot>& spots, SimTime now)
     host_.partChanged(part);
 }
 
-/// Puts a part into a zone; one that plays there already loses it.
+/// Gives a zone to a part; one that plays there loses it.
 void PlayEngine::take(const Spot& spot, PlayPart& part) {
     const auto holder = holders_.find(spot);
     if (holder != holders_.end()) {
@@ -208,7 +208,7 @@ void PlayEngine::take(const Spot& spot, PlayPart& part) {
     part.held.insert(spot.second);
 }
 
-/// Takes a part out of a zone; a live one that has no other waits again.
+/// Takes a zone from a part; a live one that has no other waits again.
 void PlayEngine::leave(const Spot& spot, PlayPart& part) {
     holders_.erase(spot);
     part.held.erase(spot.second);
@@ -229,7 +229,7 @@ void PlayEngine::finish(int key, PartState state, const std::string& outcome) {
     parts_.erase(key);
 }
 
-/// Ends every part that `chosen` says.
+/// Ends every part for which `chosen` holds.
 /// @return whether there was any
 template <class Chosen>
 bool PlayEngine::finishAll(Chosen chosen, PartState state, const std::string& outcome) {

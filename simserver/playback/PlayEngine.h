@@ -19,14 +19,14 @@ struct PlayPart {
     int key = 0;  ///< of its records; counts up in order of arrival
     std::string requestId;
     RequestPart request;
-    long long level = 0;         ///< in effect: what is given as relative counts from 500
+    long long level = 0;         ///< in effect: a relative level counts from 500
     std::string priority;        ///< as the request gives it, for people
     std::set<std::string> area;  ///< the zones of the request with their sub-zones
     std::set<std::string> held;  ///< those of them that it plays in
     PartState state = PartState::Queued;
     std::optional<SimTime> start;
     std::optional<SimTime> end;  ///< when it plays; nothing when it has no end of its own
-    std::string outcome;         ///< when it is over: why
+    std::string outcome;         ///< reason of the end, empty before
 
     bool isOver() const { return state != PartState::Queued && state != PartState::Playing; }
     bool isLive() const { return std::holds_alternative<LiveContent>(request.content); }
@@ -41,21 +41,21 @@ public:
     /// @throws Refused when it cannot be played after all
     virtual std::optional<SimTime> lengthOf(const RequestPart& part) = 0;
 
-    /// A part has come or changed its state; when it is over this is its last word.
+    /// A part has arrived or changed its state; for a part that is over it is the last call.
     virtual void partChanged(const PlayPart& part) = 0;
 };
 
-/// Decides who plays where and when. Passive: time is an argument and never goes back, no threads,
-/// no clock.
+/// Decides what plays where and when. Passive: time is an argument that never decreases, no
+/// threads, no clock.
 ///
-/// Parts contend in each zone, heard parts with heard ones and shown parts with shown ones. The
-/// higher level wins; equal ones wait in order of arrival. A part begins when in none of its zones
-/// anything plays that it must respect and no waiting part ahead of it wants the zone. It takes its
-/// zones from lower parts, which go on in those that they have left and are over when they have
-/// none. A display without an end gives way to an equal one as well.
+/// Parts contend in each zone, audio parts with audio parts and visual parts with visual parts. The
+/// higher level wins; equal levels wait in order of arrival. A part begins when in each of its
+/// zones nothing of an equal or higher level plays and no waiting part ahead of it wants the zone.
+/// It takes its zones from lower parts, which play on in the zones that they have left and are over
+/// when they have none. A display without an end gives way to an equal level as well.
 ///
-/// A live part is different, since its source stays open: it takes each zone for itself as soon as
-/// it may, plays while it has any, and waits again when it has none. It is over when it is ended.
+/// A live part is different, since its source stays open: it takes each of its zones as soon as it
+/// may, plays while it has any, and waits again when it has none. It is over when it is ended.
 class PlayEngine {
 public:
     /// @param zones ids of all zones
@@ -69,18 +69,18 @@ public:
     /// @return whether there was any
     bool cancel(const CancelRequest& request, SimTime now);
 
-    /// Ends every part of a request that has served its purpose.
-    /// @param outcome why, for people
+    /// Ends every part of a request as finished.
+    /// @param outcome reason, for people
     void end(const std::string& requestId, const std::string& outcome, SimTime now);
 
-    /// Has the live part of a request play in other zones; its other part stays where it is.
+    /// Has the live part of a request play in other zones; its other part keeps its zones.
     void moveLive(const std::string& requestId, const std::vector<std::string>& zones, SimTime now);
 
-    /// When something ends next by itself; nothing when nothing will.
+    /// When a part ends next by itself; nothing when none will.
     std::optional<SimTime> nextDue() const;
 
-    /// Ends everything whose time has come, and begins what may then begin. `now` is not later than
-    /// `nextDue()`.
+    /// Ends every part whose time has come, and begins those that may then begin. `now` is not
+    /// later than `nextDue()`.
     void playDue(SimTime now);
 
     /// Every part that is not over, by its key.
@@ -88,11 +88,14 @@ public:
 
     bool isActive(const std::string& requestId) const;
 
+    /// A key that no part has, for an announcement that is not played.
+    int newKey() { return ++lastKey_; }
+
     /// The part that plays in a zone, null for none.
     const PlayPart* playingIn(const std::string& zone, Medium medium) const;
 
 private:
-    /// Room for one part: a medium in a zone.
+    /// What one part can hold: a medium in a zone.
     using Spot = std::pair<Medium, std::string>;
 
     std::set<std::string> areaOf(const std::vector<std::string>& zones) const;

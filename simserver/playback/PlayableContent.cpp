@@ -34,8 +34,8 @@ SimTime lengthOfText(const std::string& text) {
 
 }  // namespace
 
-PlayableContent::PlayableContent(const Station& station, const UploadFolder& spool)
-    : station_(station), spool_(spool) {
+PlayableContent::PlayableContent(const Station& station, const UploadFolder& uploads)
+    : station_(station), uploads_(uploads) {
     for (const Zone& zone : station.zones) {
         zones_.insert(zone.id);
     }
@@ -54,7 +54,7 @@ void PlayableContent::check(const RequestPart& part) const {
 }
 
 void PlayableContent::checkZone(const std::string& zone) const {
-    if (zones_.count(zone) == 0) {
+    if (!hasZone(zone)) {
         throw Refused("unknown zone \"" + zone + "\"");
     }
 }
@@ -90,9 +90,9 @@ PlayableContent::Length PlayableContent::lengthOf(const RecordedContent& content
     if (found != own.end()) {
         return found->duration;
     }
-    std::optional<std::filesystem::path> file = spool_.placeOf(content.path);
+    std::optional<std::filesystem::path> file = uploads_.placeOf(content.path);
     if (!file) {
-        file = spool_.placeOfPreview(content.path);
+        file = uploads_.placeOfPreview(content.path);
     }
     if (!file) {
         throw Refused("\"" + content.path + "\" is not on this server");
@@ -113,7 +113,7 @@ PlayableContent::Length PlayableContent::lengthOf(const DictionaryContent& conte
 
 PlayableContent::Length PlayableContent::lengthOf(const TextContent& content) const {
     if (content.text.empty()) {
-        throw Refused("nothing to show");
+        throw Refused("nothing to display");
     }
     return std::nullopt;
 }
@@ -128,7 +128,7 @@ PlayableContent::Length PlayableContent::lengthOf(const SpokenContent& content) 
 
 PlayableContent::Length PlayableContent::lengthOf(const TemplateContent& content) const {
     if (content.json.empty()) {
-        throw Refused("nothing to show");
+        throw Refused("nothing to display");
     }
     return content.validity < 0 ? std::nullopt : Length(std::chrono::seconds(content.validity));
 }

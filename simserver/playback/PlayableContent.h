@@ -12,14 +12,16 @@
 
 namespace simserver {
 
-/// What a station can play, and how long that lasts. Does not change; reads the spool.
+/// What a station can play, and how long that lasts. Does not change; reads the upload folder.
 class PlayableContent {
 public:
     /// Both must outlive the object.
-    PlayableContent(const Station& station, const UploadFolder& spool);
+    PlayableContent(const Station& station, const UploadFolder& uploads);
 
     /// @throws Refused for a zone, dictionary item, chime or voice that the station does not have
     void check(const RequestPart& part) const;
+
+    bool hasZone(const std::string& zone) const { return zones_.count(zone) > 0; }
 
     /// @throws Refused for a zone that the station does not have
     void checkZone(const std::string& zone) const;
@@ -49,7 +51,7 @@ private:
     SimTime lengthOfChime(int number) const;
 
     const Station& station_;
-    const UploadFolder& spool_;
+    const UploadFolder& uploads_;
     std::set<std::string> zones_;
     std::map<unsigned, const DictionaryItem*> items_;
 };

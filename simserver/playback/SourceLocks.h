@@ -8,8 +8,8 @@
 
 namespace simserver {
 
-/// Which client holds each source. A lock that is not renewed lapses: its client may be gone.
-/// Passive: real time, in ms, is an argument and never goes back.
+/// Which client holds each source. A lock that is not renewed lapses: its client may have ended.
+/// Passive: real time, in ms, is an argument that never decreases.
 class SourceLocks {
 public:
     static constexpr std::int64_t lifeMS = 30'000;

@@ -1,100 +1,81 @@
 #include "simserver/protocol/ContentDecoder.h"
 
-#include "simserver/protocol/FieldText.h"
-#include "simserver/protocol/Refused.h"
-
 namespace simserver {
 
-namespace {
-
-using Pieces = std::vector<std::string_view>;
-
-// language^voice^rate^text
-SpokenText decodeSpokenText(std::string_view entry) {
-    const std::string text = unquoted(entry);
-    const Pieces fields = pieces(text, '^');
-    if (fields.size() != 4) {
-        throw Refused("expected language^voice^rate^text");
-    }
-    return {std::string(fields[0]), std::string(fields[1]),
-            within("rate", [&] { return wholeNumber<int>(fields[2]); }),
-            within("text", [&] { return unquoted(fields[3]); })};
-}
-
-}  // namespace
-
-const AnnouncementType& decodeType(std::string_view text) {
-    const int number = within("announcement type", [&] { return wholeNumber<int>(text); });
+const AnnouncementType& decodeType(const NamedField& field) {
+    const int number = field.inner(field.text(), "announcement type").integer();
     const AnnouncementType* const type = findType(number);
     if (type == nullptr) {
-        throw Refused("unknown announcement type " + std::to_string(number));
+        field.refuse("unknown announcement type " + std::to_string(number));
     }
     return *type;
 }
 
-const AnnouncementType& decodePlayedType(std::string_view text) {
-    const AnnouncementType& type = decodeType(text);
+const AnnouncementType& decodePlayedType(const NamedField& field) {
+    const AnnouncementType& type = decodeType(field);
     if (type.form == ContentForm::None) {
-        throw Refused(std::string("announcement type ") + type.name + " " + type.whyNot);
+        field.refuse(std::string("announcement type ") + type.name + " " + type.whyNot);
     }
     return type;
 }
 
-bool decodeRelative(std::string_view text) {
-    const int mode = within("priority mode", [&] { return wholeNumber<int>(text); });
+bool decodeRelative(const NamedField& field) {
+    const int mode = field.inner(field.text(), "priority mode").integer();
     if (mode != 0 && mode != 1) {
-        throw Refused("unknown priority mode " + std::to_string(mode));
+        field.refuse("unknown priority mode " + std::to_string(mode));
     }
     return mode == 1;
 }
 
-std::vector<std::string> decodeZones(std::string_view list, ContentForm form) {
-    if (list.empty()) {
-        throw Refused("no zones");
+std::vector<std::string> decodeZones(const NamedField& field, ContentForm form) {
+    if (field.isEmpty()) {
+        field.refuse("no zones");
     }
     std::vector<std::string> zones;
-    for (const std::string_view zone : pieces(list, '^')) {
-        zones.push_back(form == ContentForm::Text ? std::string(zone) : unquoted(zone));
+    for (FieldReader in(field, '^'); !in.atEnd();) {
+        zones.push_back(form == ContentForm::Text ? in.text() : in.decodedText());
     }
     return zones;
 }
 
-DictionaryContent decodeDictionary(std::string_view text) {
-    const Pieces parts = pieces(text, '!');
-    if (parts.size() != 2) {
-        throw Refused("expected items!repeats");
-    }
-    if (parts[0].empty()) {
-        throw Refused("no dictionary items");
+DictionaryContent decodeDictionary(const NamedField& field) {
+    FieldReader in(field, '!');
+    in.expect(2, "items!repeats");
+    const NamedField items = in.field();
+    if (items.isEmpty()) {
+        field.refuse("no dictionary items");
     }
     DictionaryContent content;
-    for (const std::string_view item : pieces(parts[0], '^')) {
-        content.items.push_back(within("item", [&] { return wholeNumber<unsigned>(item); }));
+    for (FieldReader list(items, '^'); !list.atEnd();) {
+        content.items.push_back(list.field("item").natural());
     }
-    content.repeats = within("repeats", [&] { return wholeNumber<int>(parts[1]); });
+    content.repeats = in.integer("repeats");
     if (content.repeats < 0) {
-        throw Refused("negative number of repeats");
+        field.refuse("negative number of repeats");
     }
     return content;
 }
 
-RecordedContent decodeRecorded(std::string_view text) {
-    const std::size_t separator = text.find('^');
-    if (separator == std::string_view::npos || separator + 1 == text.size()) {
-        throw Refused("no recorded file");
+RecordedContent decodeRecorded(const NamedField& field) {
+    FieldReader in(field, '^');
+    const std::string origin = in.plainText("origin");
+    const std::string path = in.atEnd() ? "" : in.rest().text();
+    if (path.empty()) {
+        field.refuse("no recorded file");
     }
-    const int origin =
-        within("origin", [&] { return wholeNumber<int>(text.substr(0, separator)); });
-    return {origin, std::string(text.substr(separator + 1))};
+    return {field.inner(origin, "origin").integer(), path};
 }
 
-SpokenContent decodeSpoken(std::string_view text) {
-    if (text.empty()) {
-        throw Refused("no text to speak");
+SpokenContent decodeSpoken(const NamedField& field) {
+    if (field.isEmpty()) {
+        field.refuse("no text to speak");
     }
     SpokenContent content;
-    for (const std::string_view entry : pieces(text, '!')) {
-        content.texts.push_back(decodeSpokenText(entry));
+    for (FieldReader entries(field, '!'); !entries.atEnd();) {
+        FieldReader in(entries.field().decoded(), '^');
+        in.expect(4, "language^voice^rate^text");
+        content.texts.push_back(
+            {in.text("language"), in.text("voice"), in.integer("rate"), in.decodedText("text")});
     }
     return content;
 }

@@ -1,36 +1,36 @@
 #pragma once
 
 #include <string>
-#include <string_view>
 #include <vector>
 
+#include "simserver/protocol/FieldReader.h"
 #include "simserver/protocol/Request.h"
 
 /// @file
 /// Decodes what the parts of requests and of schedules have in common. Every function throws
-/// Refused for a text that is anything else, naming what is wrong.
+/// Refused for a field that is anything else.
 
 namespace simserver {
 
 /// The number of a type, of whatever form.
-const AnnouncementType& decodeType(std::string_view text);
+const AnnouncementType& decodeType(const NamedField& field);
 
 /// The number of a type that the server plays.
-const AnnouncementType& decodePlayedType(std::string_view text);
+const AnnouncementType& decodePlayedType(const NamedField& field);
 
 /// The number of the mode: whether the level is relative.
-bool decodeRelative(std::string_view text);
+bool decodeRelative(const NamedField& field);
 
-/// zone^zone; the devices of a plain text stand there as they are
-std::vector<std::string> decodeZones(std::string_view list, ContentForm form);
+/// zone^zone; the devices of a plain text are not encoded
+std::vector<std::string> decodeZones(const NamedField& field, ContentForm form);
 
 /// item^item!repeats
-DictionaryContent decodeDictionary(std::string_view text);
+DictionaryContent decodeDictionary(const NamedField& field);
 
-/// origin^path, with whatever the path holds
-RecordedContent decodeRecorded(std::string_view text);
+/// origin^path; the path is not encoded and may hold any character
+RecordedContent decodeRecorded(const NamedField& field);
 
 /// entry!entry, each of them encoded: language^voice^rate^text
-SpokenContent decodeSpoken(std::string_view text);
+SpokenContent decodeSpoken(const NamedField& field);
 
 }  // namespace simserver

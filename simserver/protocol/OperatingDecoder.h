@@ -5,9 +5,9 @@
 #include <vector>
 
 /// @file
-/// Decodes what an operator asks of sources, sinks and software triggers. Values in range, ids that
-/// may not exist. Every function throws Refused for a payload that is anything else, naming what is
-/// wrong.
+/// Decodes what an operator asks of sources, sinks and software triggers. Values are in range, ids
+/// may be unknown. Every function throws Refused for a payload that is anything else, naming the
+/// field.
 
 namespace simserver {
 
@@ -19,7 +19,7 @@ struct LockRequest {
 struct ZonesRequest {
     int sourceId = 0;
     std::vector<std::string> zones;
-    bool all = false;  ///< every zone that there is, instead of a list
+    bool all = false;  ///< every attached zone, instead of a list
 };
 
 struct GainRequest {
@@ -35,7 +35,7 @@ struct MonitoringRequest {
 struct ActivationRequest {
     int sourceId = 0;
     int priority = 0;
-    std::string preChime;  ///< as it stands
+    std::string preChime;  ///< a number or a text
     std::string displayText;
 };
 
@@ -44,6 +44,9 @@ LockRequest decodeLock(std::string_view payload);
 
 /// 92/3: source,zone^zone
 ZonesRequest decodeAttachZones(std::string_view payload);
+
+/// zone^zone, nothing for an empty text
+std::vector<std::string> decodeZones(std::string_view list);
 
 /// 92/4: source,zone^zone or, for all, source
 ZonesRequest decodeDetachZones(std::string_view payload);
@@ -55,7 +58,7 @@ GainRequest decodeGain(std::string_view payload, int highest);
 /// 92/10: flag,sink
 MonitoringRequest decodeMonitoring(std::string_view payload);
 
-/// 92/5: source,priority[,preChime,displayText]; all behind the third comma is the text
+/// 92/5: source,priority[,preChime,displayText]; everything after the third comma is the text
 ActivationRequest decodeActivation(std::string_view payload);
 
 /// 92/6, 92/29: id

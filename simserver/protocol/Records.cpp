@@ -12,7 +12,6 @@ namespace {
 using Field = std::optional<std::string>;
 
 constexpr std::nullopt_t skipped = std::nullopt;
-constexpr std::nullopt_t absent = std::nullopt;
 
 Field number(int value) {
     return std::to_string(value);
@@ -29,7 +28,7 @@ const char* healthText(int health) {
     return names.at(static_cast<std::size_t>(health));
 }
 
-/// A state as its record says it; the completion code only of what is over.
+/// The texts of a state; the completion code is null for a part that is not over.
 struct StateText {
     PartState state;
     const char* text;
@@ -47,7 +46,9 @@ const StateText& textOf(PartState state) {
                          [state](const StateText& row) { return row.state == state; });
 }
 
-std::string dateText(std::time_t time) {
+std::string dateText(std::time_t epoch, SimTime start) {
+    const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(start);
+    const std::time_t time = epoch + static_cast<std::time_t>(seconds.count());
     std::tm utc{};
     std::array<char, 32> text{};
     if (gmtime_r(&time, &utc) == nullptr) {
@@ -224,24 +225,29 @@ pa::RecordFields previewRecord(const Preview& preview) {
     };
 }
 
+pa::RecordFields recordingRecord(const RecordingReport& recording, std::time_t epoch) {
+    pa::RecordFields fields(20);  // those that are not set are skipped or absent
+    fields[0] = quotedText(recording.requestId);
+    fields[5] = recording.state;
+    fields[6] = dateText(epoch, recording.start);
+    fields[18] = recording.completionCode;
+    fields[19] = quotedText(recording.message);
+    return fields;
+}
+
 pa::RecordFields announcementRecord(const PlayPart& part, std::time_t epoch) {
     const StateText& state = textOf(part.state);
-    pa::RecordFields fields = {quotedText(part.requestId)};
-    fields.resize(5);  // 1 to 4 are skipped
-    fields.emplace_back(state.text);
-    fields.push_back(absent);
+    pa::RecordFields fields(part.isOver() ? 20 : 17);
+    fields[0] = quotedText(part.requestId);
+    fields[5] = state.text;
     if (part.start) {
-        const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(*part.start);
-        fields.back() = dateText(epoch + static_cast<std::time_t>(seconds.count()));
+        fields[6] = dateText(epoch, *part.start);
     }
-    fields.resize(9);  // 7 and 8 are skipped
-    fields.push_back(quotedText(messageContent(part.request)));
-    fields.resize(16);  // 10 to 15 are skipped
-    fields.push_back(part.priority);
-    fields.push_back(skipped);  // 17
+    fields[9] = quotedText(messageContent(part.request));
+    fields[16] = part.priority;
     if (part.isOver()) {
-        fields.emplace_back(state.completionCode);
-        fields.push_back(quotedText(part.outcome));
+        fields[18] = state.completionCode;
+        fields[19] = quotedText(part.outcome);
     }
     return fields;
 }

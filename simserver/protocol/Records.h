@@ -9,7 +9,7 @@
 #include "simserver/station/Station.h"
 
 /// @file
-/// What the server says of each thing that it holds: the fields of its records in wire order.
+/// The records of everything that the server holds: their fields in wire order.
 
 namespace simserver {
 
@@ -17,10 +17,10 @@ namespace simserver {
 pa::RecordFields sourceRecord(const Source& source, const std::string& lockHolder, int dstNo);
 pa::RecordFields attachedZonesRecord(const Source& source);
 
-/// @param playing whether anything is heard from it
+/// @param playing whether audio plays from it
 pa::RecordFields sinkRecord(const Sink& sink, bool playing);
 
-/// @param playing the type of what plays there, null for nothing
+/// @param playing the type that plays there, null for nothing
 pa::RecordFields zoneRecord(const Zone& zone, const AnnouncementType* playing);
 
 pa::RecordFields triggerRecord(const Trigger& trigger, int dstNo);
@@ -28,7 +28,20 @@ pa::RecordFields selectorRecord(const Selector& selector);
 pa::RecordFields voiceRecord(const Voice& voice);
 pa::RecordFields previewRecord(const Preview& preview);
 
+/// A user recording, which is reported as an announcement without content.
+struct RecordingReport {
+    std::string requestId;
+    std::string state;
+    SimTime start{0};
+    std::optional<std::string> completionCode;  ///< nothing while it runs
+    std::string message;
+};
+
+/// @name Announcements
 /// @param epoch wall clock at simulated time 0
+/// @{
+pa::RecordFields recordingRecord(const RecordingReport& recording, std::time_t epoch);
 pa::RecordFields announcementRecord(const PlayPart& part, std::time_t epoch);
+/// @}
 
 }  // namespace simserver

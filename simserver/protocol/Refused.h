@@ -5,20 +5,37 @@
 
 namespace simserver {
 
-/// The server will not do what an operation asks for; the message is the reason that an operator
-/// reads.
+/// The server does not do what is asked; the message is the reason that an operator reads.
 class Refused : public std::runtime_error {
 public:
-    using std::runtime_error::runtime_error;
+    /// @param requestId of the refused request, empty when it has none or it is unknown
+    explicit Refused(const std::string& reason, std::string requestId = "")
+        : std::runtime_error(reason), requestId_(std::move(requestId)) {}
+
+    const std::string& requestId() const { return requestId_; }
+
+private:
+    std::string requestId_;
 };
 
-/// The result of `read()`; a refusal on the way says first where it was met.
-template <class Read>
-auto within(const std::string& where, Read read) {
+/// The result of `act()`; the reason of a refusal in it begins with `what`.
+template <class Act>
+auto within(const std::string& what, Act act) {
     try {
-        return read();
+        return act();
     } catch (const Refused& refused) {
-        throw Refused(where + ": " + refused.what());
+        throw Refused(what + ": " + refused.what());
+    }
+}
+
+/// The result of `act()`; a refusal in it names the request.
+/// @param requestId read when a refusal passes, so that `act` may set it
+template <class Act>
+auto forRequest(const std::string& requestId, Act act) {
+    try {
+        return act();
+    } catch (const Refused& refused) {
+        throw Refused(refused.what(), requestId);
     }
 }
 

@@ -8,7 +8,7 @@
 #include "simserver/playback/AnnouncementType.h"
 
 /// @file
-/// What a play or cancel operation asks for, once decoded. Plain values.
+/// The decoded payloads of play and cancel operations. Plain values.
 
 namespace simserver {
 
@@ -36,14 +36,14 @@ struct TemplateContent {
     std::string json;   ///< compact, empty for a template without variables
     int validity = -1;  ///< seconds; negative: until cancelled or replaced
 };
-/// What a source picks up, for as long as it is open.
+/// What an open source picks up.
 struct LiveContent {
     int sourceId = 0;
 };
 using Content = std::variant<RecordedContent, DictionaryContent, TextContent, SpokenContent,
                              TemplateContent, LiveContent>;
 
-/// What is heard, or what is shown.
+/// An audio part or a visual part.
 struct RequestPart {
     const AnnouncementType* type = nullptr;
     std::string origin;
@@ -52,7 +52,7 @@ struct RequestPart {
     std::optional<double> gain;  ///< dB
     int preChime = 0;            ///< dictionary item, 0 for none
     int postChime = 0;
-    std::string whyNot{};  ///< when it is due though the station cannot play it: why it cannot
+    std::string whyNot{};  ///< why the station cannot play it, empty when it can
 };
 
 struct PlayRequest {

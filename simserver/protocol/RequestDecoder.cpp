@@ -1,8 +1,5 @@
 #include "simserver/protocol/RequestDecoder.h"
 
-#include <algorithm>
-#include <iterator>
-
 #include "simserver/protocol/ContentDecoder.h"
 #include "simserver/protocol/FieldText.h"
 #include "simserver/protocol/Refused.h"
@@ -11,64 +8,65 @@ namespace simserver {
 
 namespace {
 
-using Pieces = std::vector<std::string_view>;
-
-/// Fields of the full form; the reduced one goes on with these.
+/// A part has six fields; in its reduced form the last is empty, and these follow.
 constexpr std::size_t partFields = 6;
-constexpr std::string_view reducedTail[] = {"startCondition", "stopCondition", "0", "0", "0", "0"};
+constexpr std::size_t reducedFields = 12;
+constexpr const char* reducedTail = ",startCondition,stopCondition,0,0,0,0";
 
-bool isReduced(const Pieces& fields) {
-    return fields.size() == partFields + std::size(reducedTail) && fields[5].empty() &&
-           std::equal(std::begin(reducedTail), std::end(reducedTail), fields.begin() + partFields);
+[[noreturn]] void refuseCount(const FieldReader& in, std::size_t count, const char* layout) {
+    in.refuse(std::to_string(count) + " fields; expected " + layout);
 }
 
-Content decodeContent(ContentForm form, std::string_view text) {
+Content decodeContent(ContentForm form, const NamedField& field) {
+    const auto text = [&field] { return field.isEmpty() ? std::string() : field.decodedText(); };
     switch (form) {
         case ContentForm::Recorded:
-            return decodeRecorded(text);
+            return decodeRecorded(field);
         case ContentForm::Dictionary:
-            return decodeDictionary(text);
+            return decodeDictionary(field);
         case ContentForm::Text:
-            return TextContent{text.empty() ? std::string() : unquoted(text)};
+            return TextContent{text()};
         case ContentForm::Spoken:
-            return decodeSpoken(text);
+            return decodeSpoken(field);
         case ContentForm::Template:
-            return decodeTemplate(text.empty() ? std::string() : unquoted(text));
+            return decodeTemplate(field.inner(text(), ""));
         case ContentForm::None:
             break;
     }
-    throw Refused("the server does not play this type");
+    field.refuse("the server does not play this type");
 }
 
 // before^after^0
-void decodeChimes(std::string_view text, RequestPart& part) {
-    const Pieces chimes = pieces(text, '^');
-    if (chimes.size() != 3 || chimes[2] != "0") {
-        throw Refused("expected before^after^0");
+void decodeChimes(const NamedField& field, RequestPart& part) {
+    FieldReader in(field, '^');
+    in.expect(3, "before^after^0");
+    part.preChime = in.integer("before");
+    part.postChime = in.integer("after");
+    if (in.text() != "0") {
+        field.refuse("expected before^after^0");
     }
-    part.preChime = wholeNumber<int>(chimes[0]);
-    part.postChime = wholeNumber<int>(chimes[1]);
 }
 
-RequestPart decodePart(std::string_view encoded) {
-    const std::string text = unquoted(encoded);
-    const Pieces fields = pieces(text, ',');
-    const AnnouncementType& type = decodePlayedType(fields[0]);
-    const bool reduced = isReduced(fields);
-    if (!reduced && fields.size() != partFields) {
-        throw Refused(std::to_string(fields.size()) +
-                      " fields; expected type,origin,zones,content,gain,chimes");
-    }
+RequestPart decodePart(const NamedField& field) {
+    constexpr const char* layout = "type,origin,zones,content,gain,chimes";
+    FieldReader in(field.decoded());
+    const std::size_t count = in.count();
     RequestPart part;
-    part.type = &type;
-    part.origin = fields[1];
-    part.zones = within("zones", [&] { return decodeZones(fields[2], type.form); });
-    part.content = within("content", [&] { return decodeContent(type.form, fields[3]); });
-    if (!fields[4].empty()) {
-        part.gain = within("gain", [&] { return decimalNumber(fields[4]); });
+    part.type = &decodePlayedType(in.field());
+    if (count != partFields && count != reducedFields) {
+        refuseCount(in, count, layout);
     }
-    if (!reduced) {
-        within("chimes", [&] { decodeChimes(fields[5], part); });
+    part.origin = in.text("origin");
+    part.zones = decodeZones(in.field("zones"), part.type->form);
+    part.content = decodeContent(part.type->form, in.field("content"));
+    if (const NamedField gain = in.field("gain"); !gain.isEmpty()) {
+        part.gain = gain.decimal();
+    }
+    const NamedField chimes = in.rest("chimes");
+    if (count == partFields) {
+        decodeChimes(chimes, part);
+    } else if (chimes.text() != reducedTail) {
+        refuseCount(in, count, layout);
     }
     return part;
 }
@@ -77,53 +75,53 @@ RequestPart decodePart(std::string_view encoded) {
 
 void decodePlay(std::string_view payload, PlayRequest& request) {
     refuseNul(payload);
-    const Pieces fields = pieces(payload, ',');
-    request.id = within("request id", [&] { return unquoted(fields[0]); });
-    if (fields.size() < 4 || fields.size() > 5) {
-        throw Refused(std::to_string(fields.size()) +
-                      " fields; expected id,mode,level and one or two parts");
+    FieldReader in(payload);
+    const std::size_t count = in.count();
+    request.id = in.decodedText("request id");
+    if (count < 4 || count > 5) {
+        refuseCount(in, count, "id,mode,level and one or two parts");
     }
-    request.relative = decodeRelative(fields[1]);
-    request.level = within("priority level", [&] { return wholeNumber<int>(fields[2]); });
-    for (std::size_t i = 3; i < fields.size(); ++i) {
-        request.parts.push_back(
-            within("part " + std::to_string(i - 2), [&] { return decodePart(fields[i]); }));
+    request.relative = decodeRelative(in.field());
+    request.level = in.integer("priority level");
+    while (!in.atEnd()) {
+        const std::string name = "part " + std::to_string(request.parts.size() + 1);
+        request.parts.push_back(decodePart(in.field(name)));
     }
     if (request.parts.size() == 2 &&
         request.parts[0].type->medium == request.parts[1].type->medium) {
-        throw Refused("two parts that are both heard or both shown");
+        in.refuse("two audio parts or two visual parts; expected one of each");
     }
 }
 
 CancelRequest decodeCancel(std::string_view payload) {
     refuseNul(payload);
-    const Pieces fields = pieces(payload, ',');
+    FieldReader in(payload);
     CancelRequest request;
-    request.id = within("request id", [&] { return unquoted(fields[0]); });
-    if (fields.size() != (request.id.empty() ? 2U : 1U)) {
-        throw Refused("expected either a request id or \"\",type");
+    request.id = in.decodedText("request id");
+    if (in.count() != (request.id.empty() ? 1U : 0U)) {
+        in.refuse("expected either a request id or \"\",type");
     }
     if (request.id.empty()) {
-        request.type = &decodeType(fields[1]);
+        request.type = &decodeType(in.field());
     }
     return request;
 }
 
 void decodeRetrieval(std::string_view payload, RetrievalRequest& request) {
-    const Pieces fields = pieces(payload, ',');
-    request.id = fields[0];
+    FieldReader in(payload);
+    const std::size_t count = in.count();
+    request.id = in.text("request id");
     refuseNul(payload);
-    if (fields.size() != 5) {
-        throw Refused(std::to_string(fields.size()) +
-                      " fields; expected id,language,voice,rate,text");
+    if (count != 5) {
+        refuseCount(in, count, "id,language,voice,rate,text");
     }
     if (request.id.empty()) {
-        throw Refused("no request id");
+        in.refuse("no request id");
     }
-    request.language = fields[1];
-    request.voice = fields[2];
-    request.rate = fields[3];
-    request.text = within("text", [&] { return unquoted(fields[4]); });
+    request.language = in.text("language");
+    request.voice = in.text("voice");
+    request.rate = in.text("rate");
+    request.text = in.decodedText("text");
 }
 
 }  // namespace simserver

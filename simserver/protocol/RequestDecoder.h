@@ -3,6 +3,7 @@
 #include <string_view>
 
 #include "simserver/audio/Preview.h"
+#include "simserver/protocol/FieldReader.h"
 #include "simserver/protocol/Request.h"
 
 namespace simserver {
@@ -10,25 +11,25 @@ namespace simserver {
 /// Decodes the payload of operation 92/17: id,mode,level[,part][,part]
 ///
 /// A part is type,origin,zones,content,gain,chimes - or, in the reduced form, has an empty chime
-/// field and ",startCondition,stopCondition,0,0,0,0" behind it.
-/// @param request receives the request; when the payload is refused, what was read before the fault
-/// @throws Refused naming what is wrong and where
+/// field and ",startCondition,stopCondition,0,0,0,0" after it.
+/// @param request receives the request; of a refused payload, what precedes the fault
+/// @throws Refused naming the field and the fault
 void decodePlay(std::string_view payload, PlayRequest& request);
 
 /// Decodes the payload of operation 92/18: id or "",type
-/// @throws Refused naming what is wrong
+/// @throws Refused naming the field and the fault
 CancelRequest decodeCancel(std::string_view payload);
 
-/// Decodes the payload of operation 108/3: id,language,voice,rate,text - of which the text alone is
+/// Decodes the payload of operation 108/3: id,language,voice,rate,text - of which only the text is
 /// encoded.
-/// @param request receives the request; when the payload is refused, its id as far as it was read
-/// @throws Refused naming what is wrong
+/// @param request receives the request; of a refused payload, what precedes the fault
+/// @throws Refused naming the field and the fault
 void decodeRetrieval(std::string_view payload, RetrievalRequest& request);
 
-/// Decodes the text of a display template, freed of its level of encoding. Its values are JSON
+/// Decodes a display template from a field without its level of encoding. Its values are JSON
 /// strings in which only double quotes and backslashes are escaped; an empty text is an empty
 /// template.
 /// @throws Refused when it is not the JSON of a display template
-TemplateContent decodeTemplate(const std::string& text);
+TemplateContent decodeTemplate(const NamedField& field);
 
 }  // namespace simserver

@@ -6,13 +6,10 @@
 
 #include "simserver/protocol/ContentDecoder.h"
 #include "simserver/protocol/FieldText.h"
-#include "simserver/protocol/Refused.h"
 
 namespace simserver {
 
 namespace {
-
-using Pieces = std::vector<std::string_view>;
 
 // ---------------------------------------------------------------------------------- run times
 
@@ -26,7 +23,8 @@ std::string timeText(const LocalMinute& time) {
     return twoDigits(time.hour) + ":" + twoDigits(time.minute);
 }
 
-void checkMinute(const LocalMinute& time) {
+/// @param name of the time, for the refusal
+void checkMinute(const FieldReader& in, const std::string& name, const LocalMinute& time) {
     const auto isWithin = [](int value, int low, int high) {
         return value >= low && value <= high;
     };
@@ -36,156 +34,140 @@ void checkMinute(const LocalMinute& time) {
                              date::day(static_cast<unsigned>(time.day)))
             .ok();
     if (!isDay) {
-        throw Refused("there is no day " + dayText(time));
+        in.refuse(name + ": there is no day " + dayText(time));
     }
     if (!isWithin(time.hour, 0, 23) || !isWithin(time.minute, 0, 59)) {
-        throw Refused("there is no time " + timeText(time));
+        in.refuse(name + ": there is no time " + timeText(time));
     }
 }
 
-void checkRunTimes(const RunTimes& times) {
+void checkRunTimes(const FieldReader& in, const RunTimes& times) {
     constexpr int wholeWeek = 0x7F;
     const auto inOrder = [](const LocalMinute& time) {
         return std::tie(time.year, time.month, time.day, time.hour, time.minute);
     };
-    within("start", [&] { checkMinute(times.start); });
-    within("end", [&] { checkMinute(times.end); });
+    checkMinute(in, "start", times.start);
+    checkMinute(in, "end", times.end);
     if (inOrder(times.end) < inOrder(times.start)) {
-        throw Refused("the end, " + dayText(times.end) + " " + timeText(times.end) +
-                      ", lies before the start, " + dayText(times.start) + " " +
-                      timeText(times.start));
+        in.refuse("the end, " + dayText(times.end) + " " + timeText(times.end) +
+                  ", is before the start, " + dayText(times.start) + " " + timeText(times.start));
     }
     if ((times.dayMask & wholeWeek) == 0) {
-        throw Refused("day mask " + std::to_string(times.dayMask) + " names no day of the week");
+        in.refuse("day mask " + std::to_string(times.dayMask) + " names no day of the week");
     }
     if (times.frequency < 0) {
-        throw Refused("negative frequency");
+        in.refuse("negative frequency");
     }
 }
 
-/// A number of the payload, and where it goes.
-struct Number {
-    const char* name;
-    int& target;
-};
-
-template <std::size_t Count>
-void readNumbers(const Pieces& fields, std::size_t first, const Number (&numbers)[Count]) {
-    for (std::size_t i = 0; i < Count; ++i) {
-        numbers[i].target =
-            within(numbers[i].name, [&] { return wholeNumber<int>(fields[first + i]); });
-    }
+LocalMinute decodeMinute(FieldReader& in, const std::string& name) {
+    return {in.integer(name + " year"), in.integer(name + " month"), in.integer(name + " day"),
+            in.integer(name + " hour"), in.integer(name + " minute")};
 }
 
 // -------------------------------------------------------------------------------------- parts
 
 // Encoded as a whole: (the encoded list of encoded key=value pairs, with ^ between)!validity
-ScreenContent decodeScreen(std::string_view text) {
-    const std::string whole = unquoted(text);
-    const Pieces parts = pieces(whole, '!');
-    if (parts.size() != 2) {
-        throw Refused("expected variables!validity");
-    }
-    const std::string list = unquoted(parts[0]);
-    if (list.empty()) {
-        throw Refused("neither a template nor a variable");
+ScreenContent decodeScreen(const NamedField& field) {
+    FieldReader in(field.decoded(), '!');
+    in.expect(2, "variables!validity");
+    const NamedField list = in.field().decoded();
+    if (list.isEmpty()) {
+        field.refuse("neither a template nor a variable");
     }
     ScreenContent content;
-    for (const std::string_view item : pieces(list, '^')) {
-        const std::string pair = unquoted(item);
-        const Pieces sides = pieces(pair, '=');
-        if (sides.size() != 2) {
-            throw Refused("expected key=value");
-        }
-        content.variables.emplace_back(unquoted(sides[0]), unquoted(sides[1]));
+    for (FieldReader variables(list, '^'); !variables.atEnd();) {
+        FieldReader pair(variables.field("variable").decoded(), '=');
+        pair.expect(2, "key=value");
+        std::string key = pair.decodedText("key");
+        content.variables.emplace_back(std::move(key), pair.decodedText("value"));
     }
-    content.validity = within("validity", [&] { return wholeNumber<int>(parts[1]); });
+    content.validity = in.integer("validity");
     return content;
 }
 
-ScheduledContent decodeScheduled(const AnnouncementType& type, std::string_view text) {
+ScheduledContent decodeScheduled(const AnnouncementType& type, const NamedField& field) {
     switch (type.form) {
         case ContentForm::Recorded:
-            return decodeRecorded(text);
+            return decodeRecorded(field);
         case ContentForm::Dictionary:
-            return decodeDictionary(text);
+            return decodeDictionary(field);
         case ContentForm::Spoken:
-            return decodeSpoken(text);
+            return decodeSpoken(field);
         case ContentForm::Template:
-            return decodeScreen(text);
+            return decodeScreen(field);
         default:
-            throw Refused(std::string("a schedule does not play type ") + type.name);
+            field.refuse(std::string("a schedule does not play type ") + type.name);
     }
 }
 
+/// The fields after the zones of a part.
 struct Tail {
-    std::string_view content;
-    std::string_view gain;
-    std::string_view chime;
+    NamedField content;
+    NamedField gain;
+    std::string chime;
 };
 
-/// What stands behind the zones of a part. What has quotes only where texts are encoded ends at the
-/// first comma outside them; a path may hold anything, so that it ends at the last comma but one.
-Tail tailOf(std::string_view rest, ContentForm form) {
-    constexpr std::size_t none = std::string_view::npos;
+/// A content with quotes only around encoded texts ends at the first comma outside them. A path may
+/// hold any character, so it ends at the last comma but one.
+Tail tailOf(FieldReader& in, ContentForm form) {
+    constexpr std::size_t none = std::string::npos;
+    const NamedField whole = in.rest();
+    const std::string& text = whole.text();
     const bool isPath = form == ContentForm::Recorded;
-    std::size_t behindContent = isPath ? none : pieces(rest, ',').front().size();
-    std::size_t behindGain = isPath ? rest.rfind(',') : rest.find(',', behindContent + 1);
-    if (isPath && behindGain != none && behindGain > 0) {
-        behindContent = rest.rfind(',', behindGain - 1);
+    std::size_t contentEnd = isPath ? none : FieldReader(whole).text().size();
+    const std::size_t gainEnd = isPath ? text.rfind(',') : text.find(',', contentEnd + 1);
+    if (isPath && gainEnd != none && gainEnd > 0) {
+        contentEnd = text.rfind(',', gainEnd - 1);
     }
-    if (behindContent == none || behindContent >= rest.size() || behindGain == none) {
-        throw Refused("expected type,origin,zones,content,gain,chime");
+    if (contentEnd == none || contentEnd >= text.size() || gainEnd == none) {
+        in.refuse("expected type,origin,zones,content,gain,chime");
     }
-    return {rest.substr(0, behindContent),
-            rest.substr(behindContent + 1, behindGain - behindContent - 1),
-            rest.substr(behindGain + 1)};
+    return {whole.inner(text.substr(0, contentEnd), "content"),
+            whole.inner(text.substr(contentEnd + 1, gainEnd - contentEnd - 1), "gain"),
+            text.substr(gainEnd + 1)};
 }
 
-SchedulePart decodePart(std::string_view text) {
-    const Pieces fields = pieces(text, ',');
-    const AnnouncementType& type = decodePlayedType(fields[0]);
-    if (fields.size() < 4) {
-        throw Refused("expected type,origin,zones,content,gain,chime");
-    }
-    const auto beforeRest = static_cast<std::size_t>(fields[3].data() - text.data());
-    const Tail tail = tailOf(text.substr(beforeRest), type.form);
+SchedulePart decodePart(const NamedField& field) {
+    FieldReader in(field.decoded());
     SchedulePart part;
-    part.type = &type;
-    part.origin = fields[1];
-    part.zones = within("zones", [&] { return decodeZones(fields[2], type.form); });
-    part.content = within("content", [&] { return decodeScheduled(type, tail.content); });
-    if (!tail.gain.empty()) {
-        part.gain = within("gain", [&] { return decimalNumber(tail.gain); });
+    part.type = &decodePlayedType(in.field());
+    part.origin = in.text("origin");
+    const NamedField zones = in.field("zones");
+    const Tail tail = tailOf(in, part.type->form);
+    part.zones = decodeZones(zones, part.type->form);
+    part.content = decodeScheduled(*part.type, tail.content);
+    if (!tail.gain.isEmpty()) {
+        part.gain = tail.gain.decimal();
     }
     part.chime = tail.chime;
     return part;
 }
 
 /// The encoded texts that follow each other with nothing between.
-Pieces adjacentTexts(std::string_view raw) {
-    Pieces texts;
+std::vector<std::string> adjacentTexts(std::string_view raw) {
+    std::vector<std::string> texts;
     while (!raw.empty()) {
         std::size_t end = 1;
         while (end < raw.size() && raw[end] != '"') {
             end += raw[end] == '\\' ? 2 : 1;
         }
-        texts.push_back(raw.substr(0, end + 1));
+        texts.emplace_back(raw.substr(0, end + 1));
         raw.remove_prefix(std::min(end + 1, raw.size()));
     }
     return texts;
 }
 
-std::vector<SchedulePart> decodeParts(std::string_view raw) {
+std::vector<SchedulePart> decodeParts(const NamedField& field) {
     std::vector<SchedulePart> parts;
-    for (const std::string_view encoded : adjacentTexts(raw)) {
-        const std::string place = "part " + std::to_string(parts.size() + 1);
-        parts.push_back(within(place, [&] { return decodePart(unquoted(encoded)); }));
+    for (const std::string& encoded : adjacentTexts(field.text())) {
+        const std::string name = "part " + std::to_string(parts.size() + 1);
+        parts.push_back(decodePart(field.inner(encoded, name)));
     }
-    const bool heardThenShown = parts.size() == 2 && parts[0].type->medium == Medium::Audio &&
-                                parts[1].type->medium == Medium::Visual;
-    if (parts.size() != 1 && !heardThenShown) {
-        throw Refused("expected a part that is heard, one that is shown, or both in this order");
+    const bool audioThenVisual = parts.size() == 2 && parts[0].type->medium == Medium::Audio &&
+                                 parts[1].type->medium == Medium::Visual;
+    if (parts.size() != 1 && !audioThenVisual) {
+        field.refuse("expected an audio part, a visual part, or both in this order");
     }
     return parts;
 }
@@ -193,39 +175,31 @@ std::vector<SchedulePart> decodeParts(std::string_view raw) {
 }  // namespace
 
 void decodeSchedule(std::string_view payload, Schedule& schedule) {
-    constexpr std::size_t headFields = 18;
-    const Pieces fields = pieces(payload, ',');
-    readNumbers(fields, 0, {{"id", schedule.id}});
+    constexpr std::size_t fieldCount = 19;
+    FieldReader in(payload);
+    const std::size_t count = in.count();
+    schedule.id = in.integer("id");
     refuseNul(payload);
-    if (fields.size() != headFields + 1) {
-        throw Refused(std::to_string(fields.size()) + " fields; expected " +
-                      std::to_string(headFields + 1));
+    if (count != fieldCount) {
+        in.refuse(std::to_string(count) + " fields; expected " + std::to_string(fieldCount));
     }
+    schedule.description = in.decodedText("description");
     RunTimes& times = schedule.times;
-    schedule.description = within("description", [&] { return unquoted(fields[1]); });
-    readNumbers(fields, 2,
-                {{"start year", times.start.year},
-                 {"start month", times.start.month},
-                 {"start day", times.start.day},
-                 {"start hour", times.start.hour},
-                 {"start minute", times.start.minute},
-                 {"end year", times.end.year},
-                 {"end month", times.end.month},
-                 {"end day", times.end.day},
-                 {"end hour", times.end.hour},
-                 {"end minute", times.end.minute},
-                 {"day mask", times.dayMask},
-                 {"frequency", times.frequency}});
-    if (fields[14] != "1" || fields[15] != "\"\"") {
-        throw Refused("expected 1,\"\" behind the frequency");
+    times.start = decodeMinute(in, "start");
+    times.end = decodeMinute(in, "end");
+    times.dayMask = in.integer("day mask");
+    times.frequency = in.integer("frequency");
+    const std::string constant = in.text();
+    if (constant != "1" || in.text() != "\"\"") {
+        in.refuse("expected 1,\"\" after the frequency");
     }
-    schedule.relative = decodeRelative(fields[16]);
-    readNumbers(fields, 17, {{"priority level", schedule.level}});
+    schedule.relative = decodeRelative(in.field());
+    schedule.level = in.integer("priority level");
     if (schedule.id < 0) {
-        throw Refused("negative id");
+        in.refuse("negative id");
     }
-    checkRunTimes(times);
-    schedule.parts = decodeParts(fields[headFields]);
+    checkRunTimes(in, times);
+    schedule.parts = decodeParts(in.field());
 }
 
 }  // namespace simserver

@@ -8,7 +8,7 @@ namespace {
 
 using Texts = std::vector<std::string>;
 
-/// Numbers with a separator between them, which no reader mistakes for anything else.
+/// Numbers with a separator between them; no reader needs them quoted.
 template <class Numbers>
 std::string numberList(const Numbers& numbers, char separator) {
     std::string list;
@@ -82,8 +82,8 @@ pa::RecordFields scheduleRecord(const Schedule& schedule) {
         std::to_string(times.frequency),
         schedule.relative ? "1" : "0",
         std::to_string(schedule.level),
-        std::nullopt,  // 9: what is heard
-        std::nullopt,  // 10: what is shown
+        std::nullopt,  // 9: the audio part
+        std::nullopt,  // 10: the visual part
     };
     for (const SchedulePart& part : schedule.parts) {
         fields[part.type->medium == Medium::Audio ? 9 : 10] = partField(part);

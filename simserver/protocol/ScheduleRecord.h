@@ -5,8 +5,8 @@
 
 namespace simserver {
 
-/// What the server says of a schedule: the fields of its record in wire order. Every list is
-/// encoded once for each time that its reader splits or translates it.
+/// The record of a schedule: its fields in wire order. Every list is encoded once for each time
+/// that its reader splits or translates it.
 pa::RecordFields scheduleRecord(const Schedule& schedule);
 
 }  // namespace simserver

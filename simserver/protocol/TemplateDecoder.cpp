@@ -1,4 +1,4 @@
-/// Reads the text of a display template:
+/// Decodes the text of a display template:
 ///     {"kvPairs" : {KEY : {"type" : "literal", "values" : [{"text" : TEXT, "timeout" : N}, ...]},
 ///                   ...}, "validity" : SECONDS}
 
@@ -8,7 +8,6 @@
 #include <limits>
 #include <nlohmann/json.hpp>
 
-#include "simserver/protocol/Refused.h"
 #include "simserver/protocol/RequestDecoder.h"
 #include "simserver/station/JsonFault.h"
 
@@ -18,8 +17,8 @@ namespace {
 
 using Json = nlohmann::json;
 
-/// The values come with only their quotes and backslashes escaped. JSON wants the control
-/// characters inside strings escaped too.
+/// The values arrive with only their quotes and backslashes escaped. JSON requires that control
+/// characters inside strings are escaped too.
 std::string withEscapedControls(const std::string& text) {
     std::string json;
     bool inString = false;
@@ -41,74 +40,83 @@ std::string withEscapedControls(const std::string& text) {
     return json;
 }
 
-Json parse(const std::string& text) {
+/// A value of the template with its name.
+struct NamedValue {
+    const Json& json;
+    NamedField name;
+
+    [[noreturn]] void refuse(const std::string& reason) const { name.refuse(reason); }
+
+    NamedValue inner(const Json& value, const std::string& innerName) const {
+        return {value, name.inner("", innerName)};
+    }
+
+    /// A member, of which there are exactly `count`.
+    NamedValue member(const char* key, std::size_t count) const {
+        if (!json.is_object() || json.size() != count || !json.contains(key)) {
+            refuse(std::string("expected an object with \"") + key + "\"");
+        }
+        return inner(json[key], key);
+    }
+
+    /// A whole number, cut to the range of int.
+    int wholeNumber() const {
+        if (!json.is_number_integer()) {
+            refuse("not a whole number");
+        }
+        constexpr std::int64_t lowest = std::numeric_limits<int>::min();
+        constexpr std::int64_t highest = std::numeric_limits<int>::max();
+        if (json.is_number_unsigned() && json.get<std::uint64_t>() > std::uint64_t{highest}) {
+            return static_cast<int>(highest);
+        }
+        return static_cast<int>(std::clamp(json.get<std::int64_t>(), lowest, highest));
+    }
+};
+
+void checkVariable(const NamedValue& variable) {
+    const NamedValue type = variable.member("type", 2);
+    if (type.json != "literal") {
+        type.refuse("only \"literal\" is known");
+    }
+    const NamedValue values = variable.member("values", 2);
+    if (!values.json.is_array()) {
+        values.refuse("not a list");
+    }
+    for (const Json& element : values.json) {
+        const NamedValue value = variable.inner(element, "");
+        if (const NamedValue text = value.member("text", 2); !text.json.is_string()) {
+            text.refuse("not a text");
+        }
+        value.member("timeout", 2).wholeNumber();
+    }
+}
+
+Json parse(const NamedField& field) {
     try {
-        return Json::parse(withEscapedControls(text));
+        return Json::parse(withEscapedControls(field.text()));
     } catch (const Json::exception& fault) {
-        throw Refused("not JSON: " + jsonFault(fault));
-    }
-}
-
-/// The member of an object that has exactly `members` of them.
-const Json& memberOf(const Json& object, const char* name, std::size_t members) {
-    if (!object.is_object() || object.size() != members || !object.contains(name)) {
-        throw Refused(std::string("expected an object with \"") + name + "\"");
-    }
-    return object[name];
-}
-
-/// A whole number, cut to the range of int.
-int wholeNumberOf(const Json& value) {
-    if (!value.is_number_integer()) {
-        throw Refused("not a whole number");
-    }
-    constexpr std::int64_t lowest = std::numeric_limits<int>::min();
-    constexpr std::int64_t highest = std::numeric_limits<int>::max();
-    if (value.is_number_unsigned() && value.get<std::uint64_t>() > std::uint64_t{highest}) {
-        return static_cast<int>(highest);
-    }
-    return static_cast<int>(std::clamp(value.get<std::int64_t>(), lowest, highest));
-}
-
-void checkValue(const Json& value) {
-    if (!memberOf(value, "text", 2).is_string()) {
-        throw Refused("\"text\": not a text");
-    }
-    within("timeout", [&] { wholeNumberOf(memberOf(value, "timeout", 2)); });
-}
-
-void checkVariable(const Json& variable) {
-    if (memberOf(variable, "type", 2) != "literal") {
-        throw Refused("\"type\": only \"literal\" is known");
-    }
-    const Json& values = memberOf(variable, "values", 2);
-    if (!values.is_array()) {
-        throw Refused("\"values\": not a list");
-    }
-    for (const Json& value : values) {
-        checkValue(value);
+        field.refuse("not JSON: " + jsonFault(fault));
     }
 }
 
 }  // namespace
 
-TemplateContent decodeTemplate(const std::string& text) {
-    if (text.empty()) {
+TemplateContent decodeTemplate(const NamedField& field) {
+    if (field.isEmpty()) {
         return {};
     }
-    const Json tree = parse(text);
-    const Json& variables = memberOf(tree, "kvPairs", 2);
-    if (!variables.is_object()) {
-        throw Refused("\"kvPairs\": not an object");
+    const Json tree = parse(field);
+    const NamedValue whole{tree, field};
+    const NamedValue variables = whole.member("kvPairs", 2);
+    if (!variables.json.is_object()) {
+        variables.refuse("not an object");
     }
-    for (const auto& [key, variable] : variables.items()) {
-        const Json& checked = variable;
-        within("variable " + key, [&] { checkVariable(checked); });
+    for (const auto& [key, variable] : variables.json.items()) {
+        checkVariable(whole.inner(variable, "variable " + key));
     }
     TemplateContent content;
-    content.validity =
-        within("validity", [&] { return wholeNumberOf(memberOf(tree, "validity", 2)); });
-    if (!variables.empty()) {
+    content.validity = whole.member("validity", 2).wholeNumber();
+    if (!variables.json.empty()) {
         content.json = tree.dump();
     }
     return content;

@@ -6,6 +6,7 @@
 #include <variant>
 #include <vector>
 
+#include "client/Calendar.h"
 #include "simserver/playback/AnnouncementType.h"
 #include "simserver/protocol/Request.h"
 
@@ -14,23 +15,9 @@
 
 namespace simserver {
 
-/// A minute by the clocks of the station.
-struct LocalMinute {
-    int year = 0;
-    int month = 0;
-    int day = 0;
-    int hour = 0;
-    int minute = 0;
-};
-
-/// When a schedule runs: on the days from that of `start` to that of `end`, from the one's time of
-/// day to the other's. A window whose end is the earlier time of day passes midnight.
-struct RunTimes {
-    LocalMinute start;
-    LocalMinute end;
-    int dayMask = 0;    ///< bit 0 is Monday
-    int frequency = 0;  ///< minutes between the runs of a day; 0: once, at the start time
-};
+using paclient::Calendar;
+using paclient::LocalMinute;
+using paclient::RunTimes;
 
 /// A display template: its variables with their values, in the order in which they are given.
 struct ScreenContent {
@@ -40,14 +27,14 @@ struct ScreenContent {
 using ScheduledContent =
     std::variant<DictionaryContent, SpokenContent, RecordedContent, ScreenContent>;
 
-/// What is heard, or what is shown.
+/// An audio part or a visual part.
 struct SchedulePart {
     const AnnouncementType* type = nullptr;
     std::string origin;
     std::vector<std::string> zones;
     ScheduledContent content;
     std::optional<double> gain;  ///< dB
-    std::string chime;           ///< by its number or its text, empty for none
+    std::string chime;           ///< its number or its text, empty for none
 };
 
 struct Schedule {

@@ -1,33 +1,34 @@
 #include "simserver/schedules/Scheduler.h"
 
+#include <algorithm>
 #include <limits>
-#include <stdexcept>
+#include <utility>
 
 #include "simserver/protocol/Refused.h"
 #include "simserver/protocol/ScheduleDecoder.h"
 
 namespace simserver {
 
-Scheduler::Scheduler(const std::filesystem::path& state, const std::string& timeZone,
-                     std::time_t opened)
-    : calendar_(timeZone), store_(state) {
-    for (const auto& [id, definition] : store_.all()) {
-        Entry& entry = entries_[id];
-        try {
-            decodeSchedule(definition, entry.schedule);
-        } catch (const Refused& refused) {
-            throw std::runtime_error("cannot read schedule " + std::to_string(id) + " of \"" +
-                                     (state / ScheduleStore::fileName).string() +
-                                     "\": " + refused.what());
+Scheduler::Scheduler(StateStore& state, const std::string& timeZone, std::time_t opened)
+    : calendar_(timeZone), state_(state) {
+    for (const auto& [id, definition] : state.all(Kept::Schedule)) {
+        Schedule schedule;
+        if (!state.restore(Kept::Schedule, id,
+                           [&, &text = definition] { decodeSchedule(text, schedule); })) {
+            unreadable_.insert(id);
+            continue;
         }
-        entry.schedule.id = id;
+        schedule.id = id;
+        Entry& entry = entries_[id];
+        entry.schedule = std::move(schedule);
         plan(entry, opened - 1);  // one that runs as the server starts is not missed
     }
 }
 
 const Schedule& Scheduler::put(const Schedule& schedule, const std::string& definition,
                                std::time_t now) {
-    store_.put(schedule.id, definition);
+    state_.put(Kept::Schedule, schedule.id, definition);
+    unreadable_.erase(schedule.id);
     Entry& entry = entries_[schedule.id];
     unplan(entry);
     entry.schedule = schedule;
@@ -37,21 +38,25 @@ const Schedule& Scheduler::put(const Schedule& schedule, const std::string& defi
 
 void Scheduler::remove(int id) {
     const auto found = entries_.find(id);
-    if (found == entries_.end()) {
+    if (found == entries_.end() && unreadable_.count(id) == 0) {
         throw Refused("there is no schedule " + std::to_string(id));
     }
-    store_.remove(id);
-    unplan(found->second);
-    entries_.erase(found);
+    state_.remove(Kept::Schedule, id);
+    unreadable_.erase(id);
+    if (found != entries_.end()) {
+        unplan(found->second);
+        entries_.erase(found);
+    }
 }
 
 int Scheduler::freeId() const {
-    const int last = entries_.empty() ? 0 : entries_.rbegin()->first;
+    const int last = std::max(entries_.empty() ? 0 : entries_.rbegin()->first,
+                              unreadable_.empty() ? 0 : *unreadable_.rbegin());
     if (last < std::numeric_limits<int>::max()) {
         return last + 1;
     }
     int id = 1;
-    while (entries_.count(id) > 0) {
+    while (entries_.count(id) + unreadable_.count(id) > 0) {
         ++id;
     }
     return id;
@@ -81,9 +86,9 @@ std::vector<const Schedule*> Scheduler::takeDue(std::time_t now) {
     return due;
 }
 
-/// Finds out when it runs behind a moment.
-void Scheduler::plan(Entry& entry, std::time_t behind) {
-    entry.next = calendar_.nextRun(entry.schedule.times, behind);
+/// Plans the next run after a moment.
+void Scheduler::plan(Entry& entry, std::time_t after) {
+    entry.next = calendar_.nextRun(entry.schedule.times, after);
     if (entry.next) {
         planned_.emplace(*entry.next, entry.schedule.id);
     }

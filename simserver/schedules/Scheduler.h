@@ -1,7 +1,6 @@
 #pragma once
 
 #include <ctime>
-#include <filesystem>
 #include <map>
 #include <optional>
 #include <set>
@@ -9,32 +8,32 @@
 #include <utility>
 #include <vector>
 
-#include "simserver/schedules/Calendar.h"
 #include "simserver/schedules/Schedule.h"
-#include "simserver/schedules/ScheduleStore.h"
+#include "simserver/state/StateStore.h"
 
 namespace simserver {
 
-/// The schedules of a station and when they run next. Passive: time is an argument and never goes
-/// back, one thread at a time. What is put here is kept before it counts.
+/// The schedules of a station and when they run next. Passive: time is an argument that never
+/// decreases, one thread at a time. A change is stored before it takes effect.
 class Scheduler {
 public:
-    /// @param state  the folder in which schedules are kept, empty for none
-    /// @param opened what should have run before is not made up for
-    /// @throws std::runtime_error for an unknown time zone, and when the schedules that are kept
-    ///         cannot be read
-    Scheduler(const std::filesystem::path& state, const std::string& timeZone, std::time_t opened);
+    /// Begins with the schedules that are kept. Those that cannot be read are reported in the log
+    /// and stay kept.
+    /// @param state  must outlive the object
+    /// @param opened wall clock at the start: earlier runs are not made up for
+    /// @throws std::runtime_error for an unknown time zone
+    Scheduler(StateStore& state, const std::string& timeZone, std::time_t opened);
 
-    /// Puts a schedule with an id in, instead of another one that has it.
+    /// Stores a schedule, in place of another with its id.
     /// @param definition what it was decoded from
-    /// @return as it stands in the book
-    /// @throws Refused when it cannot be kept
+    /// @return the stored one
+    /// @throws Refused when it cannot be stored
     const Schedule& put(const Schedule& schedule, const std::string& definition, std::time_t now);
 
-    /// @throws Refused when there is no such schedule, or that cannot be kept
+    /// @throws Refused when there is no such schedule, or its removal cannot be stored
     void remove(int id);
 
-    /// An id that no schedule has: behind all others, if there is one.
+    /// An id that no schedule has, readable or not: after all others, if there is one.
     int freeId() const;
 
     /// All in order of their ids.
@@ -42,8 +41,8 @@ public:
 
     std::optional<std::time_t> nextRun() const;
 
-    /// The schedules whose runs are due, in order of time and of ids. They live until the book
-    /// changes.
+    /// The schedules whose runs are due, in order of time and of ids. The pointers are valid until
+    /// the next change.
     std::vector<const Schedule*> takeDue(std::time_t now);
 
 private:
@@ -52,13 +51,14 @@ private:
         std::optional<std::time_t> next;  // run
     };
 
-    void plan(Entry& entry, std::time_t behind);
+    void plan(Entry& entry, std::time_t after);
     void unplan(const Entry& entry);
 
     const Calendar calendar_;
-    ScheduleStore store_;
+    StateStore& state_;
     std::map<int, Entry> entries_;
-    std::set<std::pair<std::time_t, int>> planned_;  // when which one runs next
+    std::set<int> unreadable_;
+    std::set<std::pair<std::time_t, int>> planned_;  // next runs with ids
 };
 
 }  // namespace simserver

@@ -4,15 +4,14 @@ namespace simserver {
 
 namespace {
 
-/// The first change behind a time in one round of the timetable.
-std::optional<TimetableChange> changeInRound(const Trigger& trigger, SimTime begin,
-                                             SimTime behind) {
-    for (const Stretch& stretch : trigger.timetable) {
-        if (begin + stretch.from > behind) {
-            return TimetableChange{begin + stretch.from, true};
+/// The first change after a time in one round of the timetable.
+std::optional<TimetableChange> changeInRound(const Trigger& trigger, SimTime begin, SimTime after) {
+    for (const Interval& interval : trigger.timetable) {
+        if (begin + interval.from > after) {
+            return TimetableChange{begin + interval.from, true};
         }
-        if (begin + stretch.to > behind) {
-            return TimetableChange{begin + stretch.to, false};
+        if (begin + interval.to > after) {
+            return TimetableChange{begin + interval.to, false};
         }
     }
     return std::nullopt;
@@ -20,14 +19,14 @@ std::optional<TimetableChange> changeInRound(const Trigger& trigger, SimTime beg
 
 }  // namespace
 
-std::optional<TimetableChange> nextChange(const Trigger& trigger, SimTime behind) {
+std::optional<TimetableChange> nextChange(const Trigger& trigger, SimTime after) {
     const SimTime period = trigger.repeatEvery;
     if (period == SimTime{0}) {
-        return changeInRound(trigger, SimTime{0}, behind);
+        return changeInRound(trigger, SimTime{0}, after);
     }
-    const SimTime begin = behind < SimTime{0} ? SimTime{0} : behind - behind % period;
-    const auto change = changeInRound(trigger, begin, behind);
-    return change ? change : changeInRound(trigger, begin + period, behind);
+    const SimTime begin = after < SimTime{0} ? SimTime{0} : after - after % period;
+    const auto change = changeInRound(trigger, begin, after);
+    return change ? change : changeInRound(trigger, begin + period, after);
 }
 
 }  // namespace simserver

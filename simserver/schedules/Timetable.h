@@ -13,8 +13,8 @@ struct TimetableChange {
     bool active = false;
 };
 
-/// What the timetable of a trigger does next behind a time, which may lie before the start; nothing
-/// when it does no more.
-std::optional<TimetableChange> nextChange(const Trigger& trigger, SimTime behind);
+/// The next change of a trigger after a time, which may precede the start; nothing when there is
+/// none.
+std::optional<TimetableChange> nextChange(const Trigger& trigger, SimTime after);
 
 }  // namespace simserver

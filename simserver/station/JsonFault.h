@@ -5,8 +5,7 @@
 
 namespace simserver {
 
-/// What is wrong with a JSON text, and at which line and column; without the library's own number
-/// for it.
+/// The fault of a JSON text with its line and column, without the library's own number for it.
 inline std::string jsonFault(const nlohmann::json::exception& fault) {
     const std::string text = fault.what();
     const std::size_t number = text.find("] ");

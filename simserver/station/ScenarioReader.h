@@ -5,8 +5,8 @@
 #include <string>
 #include <vector>
 
+#include "client/Calendar.h"
 #include "simserver/SimTime.h"
-#include "simserver/schedules/Calendar.h"
 #include "simserver/station/StationFile.h"
 
 /// @file
@@ -16,7 +16,7 @@
 
 namespace simserver {
 
-/// A value of the file and where it stands in it, as a JSON pointer.
+/// A value of the file and its place there, as a JSON pointer.
 struct Place {
     const nlohmann::json& value;
     std::string pointer;
@@ -75,7 +75,7 @@ inline std::string readText(const Place& place) {
     return value;
 }
 
-/// A zone id travels in lists, which drop the leading blanks of their elements.
+/// Zone ids are sent in lists, whose readers drop the leading blanks of elements.
 inline std::string readZoneId(const Place& place) {
     std::string id = readText(place);
     if (id.empty() || id.front() == ' ' || id.front() == '\t') {
@@ -105,13 +105,13 @@ auto readList(const Place& place, Read read) {
     return elements;
 }
 
-/// Up to a day.
+/// A duration of up to a day.
 inline SimTime readSeconds(const Place& place, double low) {
     constexpr double day = 86400.0;
     return std::chrono::round<SimTime>(std::chrono::duration<double>(readNumber(place, low, day)));
 }
 
-inline Stretch readStretch(const Place& place) {
+inline Interval readInterval(const Place& place) {
     if (!place.value.is_array() || place.value.size() != 2) {
         place.refuse("two times are expected, [from, to]");
     }
@@ -158,10 +158,10 @@ void seconds(Record& record, const Place& place) {
     record.*Field = readSeconds(place, 0.001);
 }
 
-/// A list of stretches [from, to], in seconds.
+/// A list of intervals [from, to], in seconds.
 template <auto Field, class Record>
-void stretches(Record& record, const Place& place) {
-    record.*Field = readList(place, readStretch);
+void intervals(Record& record, const Place& place) {
+    record.*Field = readList(place, readInterval);
 }
 
 /// A path that is relative to the folder of the file, see `loadStation`.
@@ -177,7 +177,7 @@ template <auto Field, class Record>
 void timeZone(Record& record, const Place& place) {
     record.*Field = readText(place);
     try {
-        Calendar known(record.*Field);
+        paclient::Calendar known(record.*Field);
     } catch (const std::runtime_error& unknown) {
         place.refuse(unknown.what());
     }

@@ -21,7 +21,7 @@ struct Source {
     int broadcastType = 0;
     int health = 1;
     std::vector<std::string> attachedZones;
-    int priority = 500;  ///< of what it says while a client has it open
+    int priority = 500;  ///< level of its announcements while a client holds its lock
 };
 
 /// @name Health of sinks and zones
@@ -53,13 +53,13 @@ struct Zone {
     int health = 1;
 };
 
-/// A stretch of simulated time, since the server started.
-struct Stretch {
+/// An interval of simulated time, since the server started.
+struct Interval {
     std::chrono::milliseconds from{0};
     std::chrono::milliseconds to{0};
 };
 
-/// A contact that opens a source, of a button, a telephone or a car's door.
+/// A contact that opens a source, of a button or a telephone.
 struct Trigger {
     int id = 0;  ///< key of its records as well
     int source = 0;
@@ -68,8 +68,8 @@ struct Trigger {
     int type = 1;
     std::string subAddress;
     int priority = 500;
-    std::vector<Stretch> timetable;            ///< when it is active, in ascending order
-    std::chrono::milliseconds repeatEvery{0};  ///< the timetable begins anew; 0: never
+    std::vector<Interval> timetable;           ///< when it is active, in ascending order
+    std::chrono::milliseconds repeatEvery{0};  ///< the timetable begins again; 0: never
     bool active = false;
 };
 
@@ -92,8 +92,8 @@ struct Voice {
     std::string language;
     std::string voice;
     int rate = 48000;         ///< Hz
-    std::string text;         ///< what the port says of itself
-    std::string synthesizer;  ///< voice of espeak-ng; empty: the one called like the language
+    std::string text;         ///< description of the port
+    std::string synthesizer;  ///< voice of espeak-ng; empty: the one with the name of the language
 };
 
 struct DictionaryItem {
@@ -109,7 +109,7 @@ struct Recording {
     std::chrono::milliseconds duration{0};
 };
 
-/// What user recordings are made of: the beginning of a file, again and again, or a tone.
+/// The sound of user recordings: the beginning of a file, repeated, or a tone.
 struct Microphone {
     std::string file;  ///< path, empty for the tone
     int tone = 440;    ///< Hz
@@ -117,7 +117,7 @@ struct Microphone {
 
 struct Station {
     std::string name;
-    std::string timeZone = "UTC";  ///< by which its schedules run
+    std::string timeZone = "UTC";  ///< of its schedules
     int dstNo = 1;  ///< destination number, of the local and of the active server alike
     std::vector<Source> sources;
     std::vector<Sink> sinks;
@@ -127,7 +127,7 @@ struct Station {
     std::vector<Voice> voices;
     std::vector<DictionaryItem> dictionary;
     std::vector<Recording> recordings;
-    int longestPreview = 60;  ///< seconds; a text that takes longer is never answered
+    int longestPreview = 60;  ///< seconds; a text that takes longer is refused
     Microphone microphone;
 };
 

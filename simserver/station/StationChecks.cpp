@@ -40,7 +40,7 @@ void refuseUnknown(const std::vector<std::string>& ids, const ZoneIds& zones, co
     }
 }
 
-/// Refuses the id in `member` of an object when there is no such thing. 0 stands for none.
+/// Refuses the id in `member` of an object when there is no such thing. 0 is no id.
 void refuseUnknown(int id, const Ids& ids, const Place& object, const char* member,
                    const char* what) {
     if (id != 0 && ids.count(id) == 0) {
@@ -48,15 +48,15 @@ void refuseUnknown(int id, const Ids& ids, const Place& object, const char* memb
     }
 }
 
-/// Refuses a timetable that does not go forward, or that is not over when it begins anew.
+/// Refuses a timetable that is not in ascending order, or that is not over when it begins again.
 void checkTimetable(const Trigger& trigger, const Place& place) {
     SimTime last{-1};
     for (std::size_t i = 0; i < trigger.timetable.size(); ++i) {
-        const Stretch& stretch = trigger.timetable[i];
-        if (stretch.from <= last || stretch.to <= stretch.from) {
+        const Interval& interval = trigger.timetable[i];
+        if (interval.from <= last || interval.to <= interval.from) {
             place.member("timetable").element(i).refuse("times are expected in ascending order");
         }
-        last = stretch.to;
+        last = interval.to;
     }
     if (trigger.repeatEvery != SimTime{0} && trigger.repeatEvery <= last) {
         place.member("repeatEvery").refuse("the timetable is not over by then");

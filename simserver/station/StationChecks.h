@@ -5,8 +5,8 @@
 
 namespace simserver {
 
-/// Refuses a station whose parts do not fit together: an id given twice, an id of something that is
-/// not there, a timetable that does not go forward.
+/// Refuses an inconsistent station: an id given twice, an id of something that does not exist, a
+/// timetable that is not in ascending order.
 /// @param root of the file that it was read from
 /// @throws ScenarioError naming the place
 void checkStation(const Station& station, const Place& root);

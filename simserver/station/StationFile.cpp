@@ -60,7 +60,7 @@ constexpr Member<Trigger> triggerMembers[] = {
     {"type", required, whole<&Trigger::type, 0, 9>},
     {"subAddress", optional, text<&Trigger::subAddress>},
     {"priority", optional, whole<&Trigger::priority, 0, anyNumber>},
-    {"timetable", optional, stretches<&Trigger::timetable>},
+    {"timetable", optional, intervals<&Trigger::timetable>},
     {"repeatEvery", optional, seconds<&Trigger::repeatEvery>},
 };
 

@@ -17,7 +17,7 @@ public:
 /// Reads a station from a scenario file. docs/simulator.md describes its members.
 /// @throws ScenarioError when the file cannot be read, is not JSON, or does not describe a station:
 ///         a missing, unknown or repeated member, a value of a wrong type or range, an id given
-///         twice, an id of something that is not there
+///         twice, an id of something that does not exist
 Station loadStation(const std::filesystem::path& file);
 
 }  // namespace simserver

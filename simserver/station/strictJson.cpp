@@ -14,9 +14,9 @@ namespace {
 
 using Json = nlohmann::json;
 
-/// Builds the tree from what the JSON library's parser comes upon; the names of the functions are
-/// the library's. Each returns true: go on. The library's own builder, when it is asked for the
-/// members' names, looks through the whole list at the end of each object in it.
+/// Builds the tree from the events of the JSON library's parser; the names of the functions are the
+/// library's. Each returns true to continue. The library's own builder, when it is asked for the
+/// members' names, searches the whole list at the end of each object in it.
 class TreeBuilder {
 public:
     bool null() { return add(nullptr); }
@@ -66,7 +66,7 @@ private:
         return true;
     }
 
-    /// @return the value where it stands in the tree
+    /// @return the value in the tree
     Json& place(Json value) {
         if (open_.empty()) {
             return root_ = std::move(value);
@@ -98,8 +98,8 @@ private:
     }
 
     Json root_;
-    std::vector<Json*> open_;  // lists and objects that have begun and not ended, outermost first
-    Json* member_ = nullptr;   // of the innermost object: the one whose value comes next
+    std::vector<Json*> open_;  // lists and objects that have not ended, outermost first
+    Json* member_ = nullptr;   // of the innermost object: the one whose value is next
 };
 
 }  // namespace

@@ -14,7 +14,7 @@
 /// The console's shell as a process of its own, on a terminal of its own.
 class Terminal {
 public:
-    /// @param folder where its history goes
+    /// @param folder where its history is kept
     Terminal(const TestFolder& folder, const char* debug) {
         const std::string state = "XDG_STATE_HOME=" + folder.path().string();
         const char* const arguments[] = {"paconsole", "--speed", "20",   "--debug",

@@ -100,6 +100,7 @@ TEST(Completion, leavesOutWhatALineCannotSay) {
     EXPECT_EQ(completed("zone members ").choices,
               (Texts{"Hall", "Lift", "O'Hara's", "Say \"no\"", "a,b", "hall 2"}));
     EXPECT_EQ(completed("zone members ").word, "");
+    EXPECT_EQ(completed("schedule remove ").choices, (Texts{"3", "12", "17"}));
 }
 
 TEST(ChoiceTable, fitsTheTerminal) {

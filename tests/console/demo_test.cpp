@@ -28,15 +28,16 @@ TEST(Demo, endsAsItAnnounces) {
                                                          "finished", "finished", "pre-empted"}));
     for (const char* const part :
          {"take a source: source 2 is locked by this client (",
-          "attach zones: source 2 Deputy's microphone is heard in Concourse, Platform 1\n",
-          "trigger: heard in Control Room, now silent\n", "preview: WAV, 48000 Hz, mono, 16 bit, ",
+          "attach zones: source 2 Deputy's microphone plays in Concourse, Platform 1\n",
+          "trigger: played in Control Room, has stopped\n",
+          "preview: WAV, 48000 Hz, mono, 16 bit, ",
           "), renewals: ", "release it: source 2 is locked by nobody\n",
-          "schedule: heard in Staff Rooms, then deleted\n"}) {
+          "schedule: played in Staff Rooms, then deleted\n"}) {
         EXPECT_TRUE(contains(steps, part)) << part << " is missing: " << steps;
     }
 }
 
-TEST(Demo, tellsInPlainLinesWhatHappens) {
+TEST(Demo, reportsInPlainLinesWhatHappens) {
     const Ran ran = runConsole({"demo"});
     EXPECT_EQ(ran.code, 0) << ran.err;
     EXPECT_TRUE(contains(ran.out, "12 sources, 120 sinks, 40 zones, 7 voices"));
@@ -47,10 +48,10 @@ TEST(Demo, leavesNoScheduleWhenItEndsEarly) {
     skipPauses();
     std::ostringstream streams;
     console::Output out(streams);
-    console::Connection connection(console::Settings{}, out);
+    console::SharedSession connection(console::Settings{}, out);
     const console::Context context{console::Settings{}, out, out, -1, connection};
     context.session();
-    console::DemoScreen screen(context);
+    console::DemoScreen screen(context, 1);
     { const console::DemoSchedule page(context, screen, "Staff Rooms"); }
     console::runLine(context, {"schedule", "add", "--id", "9", "--zones", "Subway", "--text", "x"},
                      console::LineKind::Shell);

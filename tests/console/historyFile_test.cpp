@@ -13,7 +13,7 @@ namespace fs = std::filesystem;
 using console::HistoryFile;
 using Lines = std::vector<std::string>;
 
-TEST(HistoryFile, liesWhereTheUserKeepsState) {
+TEST(HistoryFile, isWhereTheUserKeepsState) {
     using console::historyPath;
     EXPECT_EQ(historyPath("/state", "/home/ann"), "/state/paconsole/history");
     EXPECT_EQ(historyPath(nullptr, "/home/ann"), "/home/ann/.local/state/paconsole/history");
@@ -22,11 +22,11 @@ TEST(HistoryFile, liesWhereTheUserKeepsState) {
     EXPECT_EQ(historyPath(nullptr, nullptr), "");
 }
 
-TEST(HistoryFile, keepsTheNewestLinesForTheUserAlone) {
+TEST(HistoryFile, keepsTheNewestLinesForTheUserOnly) {
     const TestFolder folder;
     const fs::path path = folder.path() / "new/folder/history";
-    std::ostringstream told;
-    console::Output diagnostics(told);
+    std::ostringstream reported;
+    console::Output diagnostics(reported);
     HistoryFile history(path, diagnostics);
     EXPECT_EQ(history.load(), Lines());
     for (const char* const line :
@@ -55,25 +55,31 @@ TEST(HistoryFile, keepsTheNewestLinesForTheUserAlone) {
         EXPECT_EQ(newest.back(), "1999");
     }
     EXPECT_EQ(fs::file_size(path), 5 * HistoryFile::mostLines);
+
+    // Of a huge file the end is read, and it is cut.
+    fs::resize_file(path, 200U << 20U);
+    std::ofstream(path, std::ios::app) << "\nnewest\n";
+    EXPECT_EQ(history.load(), Lines{"newest"});
+    EXPECT_EQ(fs::file_size(path), 7U);
     EXPECT_EQ(modeOf(path), 0600U);
-    EXPECT_EQ(told.str(), "");
+    EXPECT_EQ(reported.str(), "");
 }
 
-TEST(HistoryFile, tellsOnceThatItCannotBeKept) {
+TEST(HistoryFile, reportsOnceThatItCannotBeKept) {
     const TestFolder folder;
     const fs::path fifo = folder.path() / "fifo";
     ASSERT_EQ(mkfifo(fifo.c_str(), 0600), 0);
     for (const fs::path& path :
          {fs::path(folder.write("file", "")) / "history", folder.path(), fifo}) {
         SCOPED_TRACE(path);
-        std::ostringstream told;
-        console::Output diagnostics(told);
+        std::ostringstream reported;
+        console::Output diagnostics(reported);
         HistoryFile history(path, diagnostics);
         EXPECT_EQ(history.load(), Lines());
         history.add("one");
         history.add("two");
-        EXPECT_EQ(linesOf(told.str()).size(), 1U) << told.str();
-        EXPECT_TRUE(contains(told.str(), path.string())) << told.str();
+        EXPECT_EQ(linesOf(reported.str()).size(), 1U) << reported.str();
+        EXPECT_TRUE(contains(reported.str(), path.string())) << reported.str();
     }
 }
 

@@ -1,17 +1,12 @@
-#include <csignal>
 #include <fcntl.h>
-#include <future>
 #include <limits>
 #include <nlohmann/json.hpp>
-#include <sys/resource.h>
 #include <unistd.h>
 
 #include "console/ExitCode.h"
 #include "console/commands/sourceLevel.h"
-#include "console/files/WholeFile.h"
 #include "console/files/fileUri.h"
 #include "console/files/wavFile.h"
-#include "console/following/BlockingCall.h"
 #include "tests/console/consoleRun.h"
 #include "tests/console/testFiles.h"
 
@@ -39,70 +34,6 @@ std::string failureOf(Action action) {
         return failure.what();
     }
     return "no failure";
-}
-
-/// While it lives no file grows beyond a few bytes.
-class FullDisk {
-public:
-    FullDisk() {
-        std::signal(SIGXFSZ, SIG_IGN);
-        getrlimit(RLIMIT_FSIZE, &before_);
-        const rlimit few = {10, before_.rlim_max};
-        setrlimit(RLIMIT_FSIZE, &few);
-    }
-    FullDisk(const FullDisk&) = delete;
-    FullDisk& operator=(const FullDisk&) = delete;
-    ~FullDisk() { setrlimit(RLIMIT_FSIZE, &before_); }
-
-private:
-    rlimit before_ = {};
-};
-
-TEST(WholeFile, appearsWholeOrNotAtAll) {
-    const TestFolder folder;
-    const fs::path original = folder.write("original", "the new content");
-    const fs::path place = folder.write("place", "the old");
-    fs::permissions(original, fs::perms::owner_read);
-    {
-        console::WholeFile file(place);
-        file.fillFrom(original);
-        EXPECT_EQ(contentOf(place), "the old");
-    }
-    EXPECT_EQ(failureOf([&] {
-                  const FullDisk full;
-                  console::WholeFile(place).fillFrom(original);
-              }),
-              place.string() + " cannot be written: File too large");
-    EXPECT_TRUE(contains(failureOf([&] { console::WholeFile(place).fillFrom("/nonexistent"); }),
-                         "/nonexistent cannot be read: "));
-    EXPECT_EQ(contentOf(place), "the old");
-    EXPECT_EQ(filesIn(folder.path()), 2U);  // no draft is left
-
-    const fs::path link = folder.path() / "link";
-    fs::create_symlink(place, link);
-    console::WholeFile file(link);
-    file.fillFrom(original);
-    file.complete();
-    EXPECT_TRUE(fs::is_symlink(link));
-    EXPECT_EQ(contentOf(place), "the new content");
-    EXPECT_NE(fs::status(place).permissions() & fs::perms::owner_write, fs::perms::none);
-}
-
-TEST(WholeFile, isBegunWhereItCanBeCompleted) {
-    const TestFolder folder;
-    const std::pair<fs::path, std::string> cases[] = {
-        {folder.path() / "missing/file", "cannot be written: No such file or directory"},
-        {folder.path() / std::string(300, 'x'), "cannot be written: File name too long"},
-        {folder.path(), "is not the name of a file"},
-        {folder.path() / "", "is not the name of a file"},
-        {"", "is not the name of a file"},
-        {"/dev/full", "is not the name of a file"},
-    };
-    for (const auto& [path, message] : cases) {
-        EXPECT_TRUE(contains(failureOf([&p = path] { console::WholeFile file(p); }), message))
-            << path;
-    }
-    EXPECT_EQ(filesIn(folder.path()), 0U);
 }
 
 TEST(FileUri, namesAFileOfThisMachine) {
@@ -140,21 +71,6 @@ TEST(LevelBar, growsFromMinus60To0) {
     for (const auto& [level, length] : cases) {
         EXPECT_EQ(console::levelBar(level, 40), std::string(length, '#')) << level;
     }
-}
-
-TEST(BlockingCall, goesOnWithoutWhoHasBegunIt) {
-    std::promise<void> release;
-    std::promise<void> over;
-    {
-        const console::BlockingCall call([&] {
-            release.get_future().wait();
-            over.set_value();
-            return true;
-        });
-        EXPECT_FALSE(call.result());
-    }
-    release.set_value();
-    over.get_future().wait();
 }
 
 std::vector<std::string> preview(const std::string& text, const fs::path& out) {
@@ -234,7 +150,7 @@ TEST(Preview, leavesNothingBehindWhenItFails) {
         {preview("x", folder.path() / "missing" / "x"), 1, "cannot be written"},
         {unknownVoice, 3, "did you mean 'Amelia'"},
         {telephoneVoice, 3, "there is no voice 'Harold'"},
-        {preview(endless, out), 5, "whether there will be audio is unknown"},
+        {preview(endless, out), 4, "the text is too long"},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.words[1].substr(0, 20));

@@ -1,6 +1,6 @@
 // How the content of an announcement request is read.
+#include "client/recordText.h"
 #include "tests/controller/fixtures.h"
-#include "tests/support/recordText.h"
 
 namespace {
 
@@ -8,7 +8,7 @@ struct AnnouncementRequestsTest : WatchedController {
     std::string handle(int key, const pa::RecordFields& fields) {
         return give<&PAController::addUpdateAnnouncementRequest>(key, fields);
     }
-    std::string requests() { return listed(controller.getAnnouncementRequests()); }
+    std::string requests() { return paclient::linesOf(controller.getAnnouncementRequests()); }
 };
 
 TEST_F(AnnouncementRequestsTest, TakesTheTypeAsTheTable) {
@@ -48,11 +48,12 @@ TEST_F(AnnouncementRequestsTest, TakesTheTypeAsTheTable) {
 TEST_F(AnnouncementRequestsTest, AnUpdateStartsFromWhatIsKnown) {
     handle(6, fieldsOf("r|-|-|-|-|Queued|-|-|-|2,x,A^B,1!1"));
     EXPECT_EQ(handle(6, with(only(5, "(null)"), 18, "0")), "*o: message r Queued\n");
-    EXPECT_EQ(requests(), "6|r|Queued||2,x,A^B,1!1|2|7|A;B;||0|\n");
+    EXPECT_EQ(requests(), "6|r|DICTIONARY|NONE|Queued||2,x,A^B,1!1||A, B|0|\n");
     handle(6, only(9, "9,x,C"));
-    EXPECT_EQ(requests(), "6|r|Queued||9,x,C|7|9|C;||0|\n");
+    EXPECT_EQ(requests(), "6|r|NONE|DISPLAY_TEMPLATE|Queued||9,x,C||C|0|\n");
     EXPECT_EQ(handle(6, with(only(5, "Lost"), 9, "7,x,D")), "");
-    EXPECT_EQ(requests(), "6|r|Queued||9,x,C|7|9|C;||0|\n") << "one that is not tracked";
+    EXPECT_EQ(requests(), "6|r|NONE|DISPLAY_TEMPLATE|Queued||9,x,C||C|0|\n")
+        << "one that is not tracked";
 }
 
 }  // namespace

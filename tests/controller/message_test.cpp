@@ -1,8 +1,8 @@
 #include <functional>
 
+#include "client/recordText.h"
 #include "tests/controller/fixtures.h"
 #include "tests/controller/outcome.h"
-#include "tests/support/recordText.h"
 
 namespace {
 
@@ -132,7 +132,7 @@ TEST_F(MessageTest, OneRefusedTextKeepsThoseBeforeIt) {
 }
 
 TEST_F(MessageTest, IsOfferedTheVocalizersAt48000HzAlone) {
-    EXPECT_EQ(listed(gPaController.getTTSVocalizerList()), "4|en|anna|48000||1\n");
+    EXPECT_EQ(paclient::linesOf(gPaController.getTTSVocalizerList()), "4||en|anna|48000|UTF_8\n");
 }
 
 TEST_F(MessageTest, OnAnIndirectConnectionAnyVocalizerWillDo) {

@@ -1,7 +1,7 @@
 // The kinds of records.
 #include "tests/controller/recordKinds.h"
 
-#include "tests/support/recordText.h"
+#include "client/recordText.h"
 
 namespace {
 
@@ -17,13 +17,13 @@ void withdraw(Controller& controller, int key) {
 }
 template <class Record, std::vector<Record> (Controller::*Getter)() const>
 std::string list(Controller& controller) {
-    return listed((controller.*Getter)());
+    return paclient::linesOf((controller.*Getter)());
 }
 
 template <class Record, std::optional<Record> (Controller::*Find)(int) const>
 std::string one(const Controller& controller, int key) {
     const std::optional<Record> found = (controller.*Find)(key);
-    return found ? textOf(*found) : "nothing";
+    return found ? paclient::lineOf(*found) : "nothing";
 }
 
 /// Sets the notifications of a kind that the application watches by its ids.
@@ -45,8 +45,11 @@ RecordCase source() {
                     one<PaSource, &Controller::findPaSource>};
     kind.full =
         fieldsOf(R"(12|"Room \"A\""|"Desk"|"10.1.1.1"|2|s|"in1"|1|s|"lock"|1|-12.5|1|s|s|s|2)");
-    kind.cached = R"(12|Room "A"|Desk|"10.1.1.1"|2|"in1"|1|1|-12.5|1|2|0|500)";
-    kind.defaults = "1|||0.0.0.0|0||0|1|-96|0|1|0|500";
+    kind.cached =
+        R"(12|Room "A"|Desk|"10.1.1.1"|ZENTRIQ_IP_PAGING_STATION|"in1"|NOT_ATTACHED|yes|-12.5|)"
+        R"(UNICAST_ONLY|FAULTY|0|500)";
+    kind.defaults =
+        "1|||0.0.0.0|SOURCE_TYPE_NOT_DEFINED||UNKNOWN|yes|-96|MULTICAST_AND_UNICAST|HEALTHY|0|500";
     kind.copied = {1, 2, 3, 4, 6, 7, 11, 16};
     kind.unlogged = 16;
     kind.added = "sourceId >12< added to list. Total available sources >1<";
@@ -61,9 +64,13 @@ RecordCase sink() {
     kind.full = fieldsOf(
         R"(17|"Hall"|"North"|"10.1.1.2"|1|s|"1,2"|1|s|1|s|-6.5|2|s|s|3|s|4|s|s|s|s|s|s|s|s|)"
         R"("Hall^\"A^B\"^Hall/North"|1|"M1^M2"|s|s|"log \\ text")");
-    kind.cached = R"(17|Hall|North|"10.1.1.2"|1|HIGH_IMPEDANCE_SPEAKER_BUS|"1,2"|1|1|-6.5|2|3|4|)"
-                  R"(Hall;A^B;Hall/North;|1|M1^M2;|log \ text|1|1)";
-    kind.defaults = "1|||0.0.0.0|0|SINK_TYPE_NOT_DEFINED||0|0|-96|1|0|0||1|||1|1";
+    kind.cached =
+        R"(17|0|Hall|North|"10.1.1.2"|HIGH_IMPEDANCE_SPEAKER_BUS|HIGH_IMPEDANCE_SPEAKER_BUS|)"
+        R"("1,2"|IDLE|FILE_PLAY|-6.5|PARTIALLY_MUTED|3|yes|0|0|INACTIVE|yes||0|)"
+        R"(MULTICAST_AND_UNICAST|Hall, A^B, Hall/North|M1^M2|yes|log \ text)";
+    kind.defaults =
+        "1|0|||0.0.0.0|SINK_TYPE_NOT_DEFINED|SINK_TYPE_NOT_DEFINED||UNKNOWN|NO_ANNOUNCEMENT|-96|"
+        "NOT_MUTED|0|yes|0|0|UNKNOWN_HEALTHSTATE|yes||0|MULTICAST_AND_UNICAST|||yes|";
     kind.copied = {1, 2, 3, 4, 6, 7, 9, 11, 12, 15, 17, 26, 27, 31};
     kind.unlogged = 17;
     kind.added = "sinkId >17< added to list. Total sinks >1<";
@@ -76,8 +83,8 @@ RecordCase trigger() {
                     list<PaTrigger, &Controller::getHwPaTriggers>,
                     one<PaTrigger, &Controller::findHwPaTrigger>};
     kind.full = fieldsOf(R"(31|4|"Door"|3|s|"key 1"|700|2|s|8|1)");
-    kind.cached = R"(31|4|"Door"|3|"key 1"|700|2|8|0|0)";
-    kind.defaults = "1|0||1||500|0|0|0|0";
+    kind.cached = R"(31|4|8|"Door"|KEYPAD_KEY|"key 1"|700|ABSOLUTE_PRIORITY|ACTIVE|no)";
+    kind.defaults = "1|0|0||DIN_NORMALLY_OPEN||500|ABSOLUTE_PRIORITY|UNKNOWN|no";
     kind.copied = {1, 2, 3, 5, 6, 7, 9};
     kind.unlogged = 9;
     kind.added = "triggerId >31< added to list. Total HW triggers >1<";
@@ -90,8 +97,12 @@ RecordCase selector() {
                     list<PaSelector, &Controller::getPaSelectors>,
                     one<PaSelector, &Controller::findPaSelector>};
     kind.full = fieldsOf(R"(41|4|3|s|"7"|"Keys"|2|s|1|s|2|s|1)");
-    kind.cached = R"(41|4|3|"7"|"Keys"|2|1|2|1|0)";
-    kind.defaults = "1|0|0|||0|0|0|3|0";
+    kind.cached =
+        R"(41|4|"Keys"|KEYPAD_KEY|"7"|NONVOLATILE_SOFTWARE_CONFIGURABLE|REPLACE_EXISTING_SET|)"
+        R"(ADD_REMOVE_SINKS_TO_SET_ALLOWED|ENABLED_AND_INACTIVE|)";
+    kind.defaults =
+        "1|0||SELECTOR_TYPE_UNDEFINED||FIXED_CONFIGURATION|ADD_TO_EXISTING_SET|UPDATES_NOT_ALLOWED|"
+        "DISABLED|";
     kind.copied = {1, 2, 4, 5, 6, 8, 10, 12};
     kind.unlogged = 12;
     kind.added = "selectorId >41< added to list. Total selectors >1<";
@@ -127,8 +138,8 @@ RecordCase ttsPort() {
                     [](Controller& controller, int key) { controller.deleteFromTTS_Ports(key); },
                     list<TTSVocalizer, &Controller::getTTSVocalizerList>, nullptr};
     kind.full = fieldsOf(R"("en"|"an\"na"|48000|"hello")");
-    kind.cached = R"(7|en|an"na|48000|hello|1)";
-    kind.defaults = "2|1||48000||1";
+    kind.cached = R"(7|hello|en|an"na|48000|UTF_8)";
+    kind.defaults = "2||1||48000|UTF_8";
     kind.copied = {0, 1, 2, 3};
     kind.unlogged = 3;
     kind.added =
@@ -147,7 +158,7 @@ RecordCase ttsDictionary() {
         [](Controller& controller, int key) { controller.deleteFromTTS_Dictionary(key); },
         list<TTSDictionary, &Controller::getTTSDictionaryList>, nullptr};
     kind.full = fieldsOf(R"(4|"u\"1"|"Mind, the gap"|"a\\b.wav"|"96044"|"c0ffee"|"file:///a.wav")");
-    kind.cached = R"(7|4|u"1|Mind, the gap|a\b.wav|96044|c0ffee|file:///a.wav)";
+    kind.cached = R"(7|4|Mind, the gap|a\b.wav|96044|c0ffee|u"1|file:///a.wav)";
     kind.defaults = "2|1||||||";
     kind.copied = {0, 1, 2, 3, 4, 5, 6};
     kind.unlogged = 3;
@@ -169,9 +180,9 @@ RecordCase announcement() {
         R"("request-1"|s|s|s|s|"Playing"|"today"|s|s|)"
         R"("2,10.0.0.5,\"\\\"Hall, A\\\"^B\",12^40!1,,0^0^0"|s|s|s|s|s|s|"high"|s|"0"|"d\"1")");
     kind.cached =
-        R"(7|request-1|"Playing"|"today"|2,10.0.0.5,"\"Hall, A\"^B",12^40!1,,0^0^0|2|7|Hall, A;B;|)"
-        R"("high"|"0"|d"1)";
-    kind.defaults = "2|1||||7|7||||";
+        R"(7|request-1|DICTIONARY|NONE|"Playing"|"today"|2,10.0.0.5,"\"Hall, A\"^B",12^40!1,,0^0^0|)"
+        R"("high"|Hall, A, B|"0"|d"1)";
+    kind.defaults = "2|1|NONE|NONE|||||||";
     kind.copied = {0, 5, 6, 9, 16, 18, 19};
     kind.unlogged = 16;
     kind.notified = "*o: message request-1 \"Playing\"\n";
@@ -188,8 +199,10 @@ RecordCase schedule() {
     kind.full =
         fieldsOf("uuid~Morning|2024:3:4|6:7|2030:6:5|23:59|127|15|1|-20|2,o,Z1^Z2,12!3,-6.5,ding");
     kind.cached =
-        "7|Morning|2024|3|4|6|7|2030|6|5|23|59|127|15|1|-20|2|7|Z1;Z2;|12;|3||0||||0|-6.5|ding";
-    kind.defaults = "2|1|0|0|0|0|0|0|0|0|0|0|0|0|0|500|7|7|||1||0||||0|0|";
+        "7|Morning|2024|3|4|6|7|2030|6|5|23|59|127|15|Z1, Z2|APM_RELATIVE_PRIORITY|-20|AT_TEV|"
+        "AT_NONE|12|3||0||||0|-6.5|ding";
+    kind.defaults =
+        "2|1|0|0|0|0|0|0|0|0|0|0|0|0||APM_ABSOLUTE_PRIORITY|500|AT_NONE|AT_NONE||1||0||||0|0|";
     kind.copied = {0, 1, 2, 3, 4, 5, 6, 7, 8};
     kind.unlogged = 6;
     kind.added = "scheduleId >7< added to list. Total schedules >1<";

@@ -1,6 +1,6 @@
 // The lock, the zones and the meter of a source.
+#include "client/recordText.h"
 #include "tests/controller/fixtures.h"
-#include "tests/support/recordText.h"
 
 namespace {
 
@@ -40,10 +40,10 @@ TEST_F(SourcesTest, KeepTheHoldersOfTheirLocksInOrderOfArrival) {
     report(4, "b");
     EXPECT_EQ(report(9, "(null)"), log + ">9< updated. Updated UUID ><\nsleep 100\n*event 6 9\n");
     controller.deleteAudioVideoControllerInfo(0, 2, 0);
-    EXPECT_EQ(listed(controller.getPaSourceLocks()), "9|\n4|b\n") << "they stay";
+    EXPECT_EQ(paclient::linesOf(controller.getPaSourceLocks()), "9|\n4|b\n") << "they stay";
     controller.initPaResources();
     report(4, "c");
-    EXPECT_EQ(listed(controller.getPaSourceLocks()), "4|c\n") << "until a reconnection";
+    EXPECT_EQ(paclient::linesOf(controller.getPaSourceLocks()), "4|c\n") << "until a reconnection";
 }
 
 TEST_F(SourcesTest, AreTakenOnceTheServerConfirmsIt) {

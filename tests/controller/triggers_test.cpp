@@ -1,6 +1,6 @@
 // Triggers and selectors: what the controller answers for a source, and this client's own triggers.
+#include "client/recordText.h"
 #include "tests/controller/fixtures.h"
-#include "tests/support/recordText.h"
 
 namespace {
 
@@ -78,9 +78,13 @@ TEST_F(TriggersTest, MadeByTheApplicationAreNumbered) {
     gAudioServerInstance = nullptr;
     EXPECT_EQ(controller.createSwPaTrigger(3, 50), 0);
     recordingHost::reset();
-    EXPECT_EQ(listed(controller.getSwPaTriggers()),
-              "1|0|User Created Trigger|0|uuid-self|0|1|0|0|0|3|chime1|show\n"
-              "2|0|User Created Trigger|0|uuid-self|100|1|0|0|0|7||\n");
+    EXPECT_EQ(paclient::linesOf(controller.getSwPaTriggers()),
+              "1|0|0|User Created "
+              "Trigger|TRIGGER_TYPE_UNDEFINED|uuid-self|0|ABSOLUTE_PRIORITY|INACTIVE|no|"
+              "3|chime1|show\n"
+              "2|0|0|User Created "
+              "Trigger|TRIGGER_TYPE_UNDEFINED|uuid-self|100|ABSOLUTE_PRIORITY|INACTIVE|"
+              "no|7||\n");
     for (const int id : {1, 9, 0}) {
         controller.deleteSwPaTrigger(id);
     }

@@ -148,7 +148,7 @@ TEST_F(OperateTest, ALockIsHeldWhileItIsRenewedAndThenAnothersToTake) {
     EXPECT_EQ(holder(), audioServer().getUUID()) << "a minute later";
     EXPECT_TRUE(server.operateAsOther(others)) << "a second client is refused";
 
-    server.withholdRenewals(true);
+    server.ignoreRenewals(true);
     pass(27'000);
     EXPECT_EQ(holder(), audioServer().getUUID());
     pass(9'000);
@@ -219,6 +219,8 @@ TEST_F(OperateTest, WhatCannotBeSpokenFailsAndWhatIsNotAnsweredIsGivenUp) {
     spoken("too-long", "anna", endless).retrieveAudioMessage();
     settle();
     server.waitUntilSpoken();
+    settle();
+    EXPECT_EQ(watch().take(), "too-long failed 2; ");
     pass(89'000);
     EXPECT_EQ(watch().take(), "");
     pass(1'000);

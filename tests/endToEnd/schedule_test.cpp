@@ -6,10 +6,10 @@
 #include <string>
 #include <thread>
 
+#include "client/recordText.h"
 #include "tests/endToEnd/EndToEndFixture.h"
 #include "tests/endToEnd/hostileTexts.h"
 #include "tests/support/noPauses.h"
-#include "tests/support/recordText.h"
 
 namespace {
 
@@ -132,7 +132,8 @@ TEST_F(ScheduleTest, HostileTextsComeBackAsTheyWere) {
 
         for (ScheduleDefinition schedule : {both, stored, items}) {
             schedule.Id = gPaController.createScheduleSync(schedule);
-            EXPECT_EQ(textOf(gPaController.listSchedules().back()), textOf(schedule));
+            EXPECT_EQ(paclient::lineOf(gPaController.listSchedules().back()),
+                      paclient::lineOf(schedule));
         }
     }
 }

@@ -4,6 +4,7 @@
 #include <condition_variable>
 #include <functional>
 #include <mutex>
+#include <stdexcept>
 #include <string>
 #include <utility>
 #include <vector>
@@ -16,6 +17,10 @@
 class ScriptedServer : public palink::EmbeddedServer {
 public:
     void connectClient(palink::ServerEventSink& client) override {
+        ++attempts;
+        if (!takesClients) {
+            throw std::runtime_error("closed");
+        }
         client_ = &client;
         palink::Connected connected;
         connected.localDstNo = 3;
@@ -23,8 +28,7 @@ public:
         connected.indirect = true;
         connected.serverInfo.set("name", "Test");
         say(connected);
-        say(palink::Record{
-            3, pa::RecordKind::Source, 1, {"1", "", "", "", "", "", "", "", "", "", "3"}});
+        saySource();
         say(palink::Record{4, pa::RecordKind::Zone, 1, {"Z"}});
         say(palink::InitialSetComplete{});
     }
@@ -51,6 +55,11 @@ public:
         return serverPath == "/good" ? palink::UploadResult{true, ""}
                                      : palink::UploadResult{false, "no room"};
     }
+    /// Source 1, with its lock.
+    void saySource() {
+        say(palink::Record{
+            3, pa::RecordKind::Source, 1, {"1", "", "", "", "", "", "", "", "", lockHolder, "3"}});
+    }
     void say(palink::ServerEvent event) {
         if (palink::ServerEventSink* const client = client_) {
             client->deliver(std::move(event));
@@ -63,6 +72,10 @@ public:
     }
     /// The level meters that were switched, once there are so many.
     std::vector<std::string> feeds(std::size_t count = 0) { return waitFor(feeds_, count); }
+
+    std::string lockHolder;  // set while it is not connecting a client
+    std::atomic<bool> takesClients{true};
+    std::atomic<int> attempts{0};  // to connect
 
     // Called before anything else, set before the link starts.
     std::function<void(const pa::Operation&)> onOperation;

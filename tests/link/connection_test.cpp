@@ -191,6 +191,7 @@ TEST_F(ConnectionTest, IsToldOfEveryDroppedOperation) {
     cancel("large");
     EXPECT_EQ(server.operations(1)[0], "\"small\"");
 
+    server.takesClients = false;
     server.say(palink::Disconnected{"cable pulled"});
     transport.waitUntilDelivered();
     cancel("old");

@@ -3,10 +3,15 @@
 #include <atomic>
 #include <condition_variable>
 #include <functional>
+#include <future>
 #include <gtest/gtest.h>
 #include <mutex>
+#include <set>
 #include <thread>
 
+#include "framework/clock.h"
+#include "framework/log.h"
+#include "link/Backoff.h"
 #include "tests/link/ScriptedServer.h"
 
 namespace {
@@ -72,6 +77,7 @@ struct LockingServer : ScriptedServer {
         onMeter = onDisconnect = [this] { const std::lock_guard guard(lock); };
         onOperation = [this](const pa::Operation&) { const std::lock_guard guard(lock); };
     }
+    void finishReports() override { const std::lock_guard guard(lock); }
     palink::UploadResult storeFile(const std::string& localPath,
                                    const std::string& serverPath) override {
         const std::lock_guard guard(lock);
@@ -181,6 +187,108 @@ TEST(EmbeddedTransportTest, AStopLetsAServerGoThatIsHeldBack) {
     transport.stop();
     speaker.join();
     EXPECT_FALSE(transport.send({}));
+}
+
+TEST(EmbeddedTransportTest, ARoundTripComesAfterWhatTheServerIsReporting) {
+    LockingServer server;
+    palink::EmbeddedTransport transport(server);
+    std::string order;  // of the thread that delivers
+    std::promise<void> complete;
+    Client client;
+    client.onEvent = [&](const palink::ServerEvent& event) {
+        if (const auto* const reading = std::get_if<palink::LevelReading>(&event)) {
+            order += std::to_string(reading->element) + ' ';
+        } else if (const auto* const trip = std::get_if<palink::RoundTripComplete>(&event)) {
+            order += "trip" + std::to_string(trip->number);
+            complete.set_value();
+        }
+    };
+    EXPECT_FALSE(transport.requestRoundTrip(1)) << "not connected";
+    transport.start(client);
+    {
+        const std::lock_guard guard(server.lock);
+        server.say(palink::LevelReading{1, 0.0});
+        EXPECT_TRUE(transport.requestRoundTrip(7));
+        server.say(palink::LevelReading{2, 0.0});
+    }
+    complete.get_future().wait();
+    transport.stop();
+    EXPECT_EQ(order, "1 2 trip7");
+}
+
+/// The host's clock.
+std::atomic<std::int64_t> nowMS{0};
+
+struct ReconnectionTest : testing::Test {
+    ReconnectionTest() {
+        pa::TimeSource source;
+        source.monotonicMS = [] { return nowMS.load(); };
+        pa::setTimeSource(source);
+        pa::setLogSink([](const pa::LogLine&) {});
+    }
+    ~ReconnectionTest() override {
+        pa::setLogSink({});
+        pa::setTimeSource({});
+    }
+
+    /// Lets time pass until the server has been asked so often.
+    void passUntilAttempts(int count) {
+        while (server.attempts < count) {
+            ++nowMS;
+            std::this_thread::yield();
+        }
+    }
+
+    ScriptedServer server;
+    palink::EmbeddedTransport transport{server};
+};
+
+TEST_F(ReconnectionTest, ConnectsAgainUntilTheServerTakesIt) {
+    std::atomic<int> connections{0};
+    Client client;
+    client.onEvent = [&](const palink::ServerEvent& event) {
+        connections += std::holds_alternative<palink::Connected>(event) ? 1 : 0;
+    };
+    transport.start(client);
+    // Half of the first pauses at least; the first pause again after a connection.
+    for (const auto& [failures, leastMS] : {std::pair{3, 125 + 250 + 500}, {0, 125}}) {
+        const int attempts = server.attempts;
+        const std::int64_t before = nowMS;
+        server.takesClients = false;
+        server.say(palink::Disconnected{"restarts"});
+        EXPECT_FALSE(transport.send({})) << "operations stay in the send queue";
+        passUntilAttempts(attempts + failures);
+        server.takesClients = true;
+        passUntilAttempts(attempts + failures + 1);
+        EXPECT_GE(nowMS - before, leastMS);
+        while (!transport.send({})) {
+            std::this_thread::yield();
+        }
+        transport.waitUntilDelivered();
+    }
+    EXPECT_EQ(connections, 3);
+    server.say(palink::Disconnected{"ends"});
+    transport.stop();
+    const int attempts = server.attempts;
+    nowMS += 100'000;
+    EXPECT_EQ(server.attempts, attempts) << "a transport that is stopped stays away";
+}
+
+TEST(BackoffTest, PausesDoubleUpToTheLongestEachShortenedByUpToAHalf) {
+    palink::Backoff backoff(std::chrono::milliseconds(100), std::chrono::milliseconds(450));
+    std::set<std::int64_t> longest;
+    for (int round = 0; round < 40; ++round) {
+        for (const int full : {100, 200, 400, 450, 450}) {
+            const auto pause = backoff.next().count();
+            EXPECT_GE(pause, full / 2);
+            EXPECT_LE(pause, full);
+            if (full == 450) {
+                longest.insert(pause);
+            }
+        }
+        backoff.reset();
+    }
+    EXPECT_GT(longest.size(), 10U) << "at random";
 }
 
 }  // namespace

@@ -267,6 +267,10 @@ struct CountingTransport : palink::Transport {
         return true;
     }
     void meterLevel(bool, int) override { ++calls; }
+    bool requestRoundTrip(std::uint64_t) override {
+        ++calls;
+        return true;
+    }
     palink::UploadResult upload(const std::string&, const std::string&) override {
         ++calls;
         return {true, ""};

@@ -11,13 +11,13 @@
 #include <variant>
 #include <vector>
 
+#include "client/recordText.h"
 #include "framework/clock.h"
 #include "framework/log.h"
 #include "link/Router.h"
 #include "sdk/PAController.h"
 #include "sdk/globals.h"
 #include "tests/support/noPauses.h"
-#include "tests/support/recordText.h"
 
 /// @file
 /// Everything at once, for the sanitizers: what a server says, and what an application does.
@@ -151,7 +151,7 @@ template <class Record>
 std::string sortedList(const std::vector<Record>& records) {
     std::vector<std::string> lines;
     for (const Record& record : records) {
-        lines.push_back(textOf(record) + "\n");
+        lines.push_back(paclient::lineOf(record) + "\n");
     }
     std::sort(lines.begin(), lines.end());
     return std::accumulate(lines.begin(), lines.end(), std::string());
@@ -163,19 +163,19 @@ inline std::vector<std::string> cachesOf(PAController& c) {
     for (int key = 1; key <= keys; ++key) {
         std::vector<std::string> zones;
         c.getAttachedPaZoneList(key, &zones);
-        attached += joined(zones);
+        attached += paclient::valueText(zones);
     }
     return {attached,
-            listed(c.getPaSources()),
+            paclient::linesOf(c.getPaSources()),
             sortedList(c.getPaSourceLocks()),
-            listed(c.getPaSinks()),
-            listed(c.getHwPaTriggers()),
-            listed(c.getPaSelectors()),
-            listed(c.getPaZones()),
-            listed(c.getAnnouncementRequests()),
+            paclient::linesOf(c.getPaSinks()),
+            paclient::linesOf(c.getHwPaTriggers()),
+            paclient::linesOf(c.getPaSelectors()),
+            paclient::linesOf(c.getPaZones()),
+            paclient::linesOf(c.getAnnouncementRequests()),
             sortedList(c.listSchedules()),
-            listed(c.getTTSVocalizerList()),
-            listed(c.getTTSDictionaryList())};
+            paclient::linesOf(c.getTTSVocalizerList()),
+            paclient::linesOf(c.getTTSDictionaryList())};
 }
 
 /// What the application asks of each resource that it knows.

@@ -11,25 +11,24 @@
 #include "tests/simserver/tables.h"
 
 /// @file
-/// Replays what is asked of a simulated server and what the client is told.
+/// Replays transcripts: what is asked of a simulated server and what its client receives.
 
 namespace simserver {
 
 using pa::RecordKind;
 
-/// Writes down what it is told, behind the name of the kind and the key: of records some fields
-/// that can change. A name and a key that come again are not repeated, nor is the id of an
-/// announcement behind its beginning.
+/// Writes each event as the name of its kind, its key and, of records, some fields that can change.
+/// A name and a key that repeat are left out, and so is the id of an announcement that has begun.
 class TestClient : public palink::ServerEventSink {
 public:
     void deliver(palink::ServerEvent event) override {
-        std::visit([this](const auto& told) { write(told); }, event);
+        std::visit([this](const auto& each) { write(each); }, event);
     }
 
     std::map<std::pair<RecordKind, int>, pa::RecordFields> last;  // records
 
-    /// What was told since the last call.
-    std::string told() {
+    /// The events since the last call.
+    std::string events() {
         kind_.clear();
         return std::exchange(text_, {});
     }
@@ -65,36 +64,37 @@ private:
         return rows.at(kind);
     }
 
-    void write(const palink::Connected& told) {
-        write("connected", told.serverInfo.get_value("name"),
-              " " + std::to_string(told.localDstNo) + std::to_string(told.activeDstNo) +
-                  (told.indirect ? "1" : "0"));
+    void write(const palink::Connected& event) {
+        write("connected", event.serverInfo.get_value("name"),
+              " " + std::to_string(event.localDstNo) + std::to_string(event.activeDstNo) +
+                  (event.indirect ? "1" : "0"));
     }
-    void write(const palink::Disconnected& /*told*/) { write("disconnected", "", ""); }
-    void write(const palink::LevelReading& told) {
+    void write(const palink::Disconnected& /*event*/) { write("disconnected", "", ""); }
+    void write(const palink::LevelReading& event) {
         std::ostringstream level;
-        level << " at " << told.level;
-        write("level", std::to_string(told.element), level.str());
+        level << " at " << event.level;
+        write("level", std::to_string(event.element), level.str());
     }
-    void write(const palink::InitialSetComplete& /*told*/) { write("complete", ".", ""); }
-    void write(const palink::Withdrawal& told) {
-        EXPECT_EQ(told.dstNo, 3);
-        write(rowOf(told.kind).name, std::to_string(told.key), " gone");
+    void write(const palink::InitialSetComplete& /*event*/) { write("complete", ".", ""); }
+    void write(const palink::RoundTripComplete& /*event*/) {}
+    void write(const palink::Withdrawal& event) {
+        EXPECT_EQ(event.dstNo, 3);
+        write(rowOf(event.kind).name, std::to_string(event.key), " deleted");
     }
-    void write(const palink::Refusal& told) {
-        write("refused", textOf(told.operation), " [" + told.requestId + "] " + told.reason);
+    void write(const palink::Refusal& event) {
+        write("refused", textOf(event.operation), " [" + event.requestId + "] " + event.reason);
     }
-    void write(const palink::Record& told) {
-        EXPECT_EQ(told.dstNo, 3);
-        const pa::RecordFields& fields = last[{told.kind, told.key}] = told.fields;
+    void write(const palink::Record& event) {
+        EXPECT_EQ(event.dstNo, 3);
+        const pa::RecordFields& fields = last[{event.kind, event.key}] = event.fields;
         std::string text;
-        if (told.kind == RecordKind::Announcement && fields.at(5) == "Queued") {
-            text = " " + unquoted(*fields[0]);
+        if (event.kind == RecordKind::Announcement && fields.at(5) == "Queued") {
+            text = " " + decoded(*fields[0]);
         }
-        for (const std::size_t i : rowOf(told.kind).places) {
+        for (const std::size_t i : rowOf(event.kind).places) {
             text += i < fields.size() ? " " + fields[i].value_or("-") : "";
         }
-        write(rowOf(told.kind).name, std::to_string(told.key), text);
+        write(rowOf(event.kind).name, std::to_string(event.key), text);
     }
 
     std::string kind_;
@@ -102,7 +102,7 @@ private:
     std::string text_;
 };
 
-/// A server whose simulated time passes by hand, as real time does.
+/// A server with manual time; real time is manual too.
 struct ServerTest : testing::Test {
     explicit ServerTest(Station station = smallStation(), Options options = {1.0, true, {}})
         : server(std::move(station), std::move(options)) {
@@ -110,21 +110,21 @@ struct ServerTest : testing::Test {
     }
     ~ServerTest() override { pa::setTimeSource({}); }
 
-    /// Takes the steps of a transcript, a table of lines "step | what the client is told".
+    /// Takes the steps of a transcript, a table of lines "step | events".
     void replay(const std::string& transcript) {
-        expectResults([this](const std::string& step) { return told(step); }, transcript);
+        expectResults([this](const std::string& step) { return eventsOf(step); }, transcript);
     }
 
-    /// What the client is told of a step.
-    std::string told(const std::string& step) {
+    /// The events that a step causes.
+    std::string eventsOf(const std::string& step) {
         take(step);
-        return client.told();
+        return client.events();
     }
 
     /// Takes a step: "connect", "disconnect", a time to let pass as +MILLISECONDS, an operation as
-    /// CLASS/NUMBER PAYLOAD, or one of another client as "other" CLASS/NUMBER PAYLOAD; or "trigger
-    /// ID 0|1", "selector ID STATE", "renewals 0|1", "requests 0|1", "meter ELEMENT 0|1" and, for
-    /// real time to pass, "real MILLISECONDS".
+    /// CLASS/NUMBER PAYLOAD, or one of another client as "other" CLASS/NUMBER PAYLOAD; or "lock
+    /// SOURCE CLIENT", "unlock SOURCE CLIENT", "trigger ID 0|1", "selector ID STATE", "renewals
+    /// 0|1", "requests 0|1", "meter ELEMENT 0|1" and, for real time to pass, "real MILLISECONDS".
     void take(const std::string& step) {
         std::istringstream words(step);
         std::string what;
@@ -142,10 +142,16 @@ struct ServerTest : testing::Test {
         } else if (what == "other") {
             const auto refused = server.operateAsOther(operationIn(step.substr(what.size() + 1)));
             client.write("other", refused.value_or("done"), "");
+        } else if (what == "lock" || what == "unlock") {
+            const std::string otherClient = step.substr(step.rfind(' ') + 1);
+            what == "lock" ? server.lockSource(number, otherClient)
+                           : server.unlockSource(number, otherClient);
         } else if (what == "renewals") {
-            server.withholdRenewals(number == 0);
+            server.ignoreRenewals(number == 0);
+            EXPECT_EQ(server.ignored().renewals, number == 0);
         } else if (what == "requests") {
-            server.withholdRequests(number == 0);
+            server.ignoreRequests(number == 0);
+            EXPECT_EQ(server.ignored().requests, number == 0);
         } else if (what == "meter") {
             server.meterLevel(value != 0, number);
         } else if (what == "real") {
@@ -176,7 +182,7 @@ struct OperatingTest : ServerTest {
     OperatingTest() : ServerTest(operatedStation()) {
         take("connect");
         take("+5000");  // the timetable's first stretch
-        client.told();
+        client.events();
     }
 };
 

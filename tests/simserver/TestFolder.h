@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <fstream>
+#include <functional>
 #include <gtest/gtest.h>
 #include <iterator>
 #include <string>
@@ -12,7 +13,9 @@
 #include <unistd.h>
 #include <vector>
 
-/// A folder that is gone after the test, of a name that needs care in a URI.
+#include "framework/log.h"
+
+/// A folder that is deleted after the test, with a name that needs escapes in a URI.
 struct TestFolder {
     explicit TestFolder(const std::string& name = "")
         : path(std::filesystem::path(testing::TempDir()) / ("50% sp\xC3\xB6ol " + pid + name)) {
@@ -63,5 +66,26 @@ auto withFullDisk(rlim_t bytes, Action action) {
     EXPECT_EQ(setrlimit(RLIMIT_FSIZE, &limited), 0);
     const auto result = action();
     EXPECT_EQ(setrlimit(RLIMIT_FSIZE, &before), 0);
+    return result;
+}
+
+/// What `action` writes to the log, a line each.
+inline std::string logOf(const std::function<void()>& action) {
+    static std::string lines;
+    lines.clear();
+    pa::setLogSink([](const pa::LogLine& line) { lines += line.text + '\n'; });
+    action();
+    pa::setLogSink({});
+    return lines;
+}
+
+/// The result of `action` as a user who owns no file.
+template <class Action>
+auto asAnotherUser(Action action) {
+    constexpr uid_t otherUser = 65534;
+    const bool isRoot = geteuid() == 0;
+    EXPECT_EQ(isRoot ? seteuid(otherUser) : 0, 0);
+    const auto result = action();
+    EXPECT_EQ(isRoot ? seteuid(0) : 0, 0);
     return result;
 }

@@ -8,8 +8,8 @@ namespace {
 
 using namespace simserver;
 
-/// What has been understood: mode, id and level, then each part as its record repeats it.
-std::string decoded(const std::string& payload) {
+/// A decoded request: mode, id and level, then each part as its record repeats it.
+std::string understood(const std::string& payload) {
     PlayRequest request;
     decodePlay(payload, request);
     std::string text = request.relative ? "relative" : "absolute";
@@ -17,20 +17,20 @@ std::string decoded(const std::string& payload) {
     for (const RequestPart& requested : request.parts) {
         PlayPart part;
         part.request = requested;
-        text += "; " + unquoted(*announcementRecord(part, 0).at(9));
+        text += "; " + ::decoded(*announcementRecord(part, 0).at(9));
     }
     return text;
 }
 
-/// A part alone.
+/// One decoded part.
 std::string decodedPart(const std::string& part) {
     const std::string head = "absolute  1; ";
-    return decoded(R"("",0,1,)" + simserver::quotedText(part)).substr(head.size());
+    return understood(R"("",0,1,)" + simserver::quotedText(part)).substr(head.size());
 }
 
 TEST(Decoder, ReadsRequests) {
-    expectResults(decoded, R"~(
-# Each level of nesting escapes quotes and backslashes anew.
+    expectResults(understood, R"~(
+# Each level of nesting escapes quotes and backslashes again.
 "a \"1\", \\b",1,-20,"2,10.0.0.5,\"Z1\"^\"Z2\",12^40!2,-6.5,3^4^0"
     | relative a "1", \b -20; 2,"10.0.0.5","\"Z1\"^\"Z2\"","12^40!2",-6.5,3^4^0
 "a",0,500,"4,1,\"Z\",\"en^Ann^48000^\\\"Hi\\\"\"!\"de^Ute^22050^\\\"Ja\\\"\",,0^0^0","3,2,D,\"x\",,0^0^0"
@@ -43,16 +43,16 @@ TEST(Decoder, ReadsRequests) {
     | absolute r -2147483648; 2,"ip","\"Z\"","4294967295!2147483647",,0^0^0
 
 req-01            | request id: not a quoted text
-"id"x,0,500,"2"   | request id: text behind a closing quote
+"id"x,0,500,"2"   | request id: text after a closing quote
 "id               | request id: quote that is not closed
 "i\d",0,500,"2"   | request id: stray backslash in a quoted text
 "id",0,500        | 3 fields; expected id,mode,level and one or two parts
 "id",2,500,""     | unknown priority mode 2
 "id",0,high,""    | priority level: "high" is not a number
-"",0,1,"2,i,\"Z\",1!1,,0^0^0","2,i,\"Z\",1!1,,0^0^0" | two parts that are both heard or both shown
+"",0,1,"2,i,\"Z\",1!1,,0^0^0","2,i,\"Z\",1!1,,0^0^0" | two audio parts or two visual parts; expected one of each
 )~");
     const std::string withNul("\"i\0d\"", 5);
-    EXPECT_THROW(decoded(withNul), Refused);
+    EXPECT_THROW(understood(withNul), Refused);
     EXPECT_THROW(decodeCancel(withNul), Refused);
 }
 
@@ -85,23 +85,25 @@ TEST(Decoder, ReadsParts) {
 }
 
 TEST(Decoder, ReadsTemplates) {
-    expectResults([](const std::string& text) { return decodeTemplate(text).json; }, R"~(
+    expectResults([](const std::string& text) { return decodeTemplate(NamedField(text)).json; },
+                  R"~(
 hello                         | not JSON: parse error at line 1, column 1...
 {"kvPairs":{}}                | expected an object with "kvPairs"
-{"kvPairs":{},"valid":1}      | validity: expected an object with "validity"
-{"kvPairs":[],"validity":1}   | "kvPairs": not an object
-{"kvPairs":{"K":{"type":"image","values":[]}},"validity":1}   | variable K: "type": only "literal"...
-{"kvPairs":{"K":{"type":"literal","values":{}}},"validity":1} | variable K: "values": not a list
+{"kvPairs":{},"valid":1}      | expected an object with "validity"
+{"kvPairs":[],"validity":1}   | kvPairs: not an object
+{"kvPairs":{"K":{"type":"image","values":[]}},"validity":1}   | variable K: type: only "literal"...
+{"kvPairs":{"K":{"type":"literal","values":{}}},"validity":1} | variable K: values: not a list
 {"kvPairs":{"K":{"type":"literal","values":[{"text":5,"timeout":0}]}},"validity":1}
-    | variable K: "text": not a text
+    | variable K: text: not a text
 {"kvPairs":{"K":{"type":"literal","values":[{"text":"","timeout":""}]}},"validity":1}
     | variable K: timeout: not a whole number
 )~");
     // Only quotes and backslashes of the texts arrive escaped; JSON wants control characters to be.
-    EXPECT_EQ(decodeTemplate("{ \"kvPairs\" :\n { \"K\" : { \"type\" : \"literal\", \"values\" : "
+    EXPECT_EQ(decodeTemplate(
+                  NamedField("{ \"kvPairs\" :\n { \"K\" : { \"type\" : \"literal\", \"values\" : "
                              R"([ { "text" : "\"\\", "timeout" : 5}, { "text" : ")"
                              "a\r\n\x1F \xE2\x82\xAC"
-                             R"(\\n \"", "timeout" : 0} ] } }, "validity" : 30 })")
+                             R"(\\n \"", "timeout" : 0} ] } }, "validity" : 30 })"))
                   .json,
               R"({"kvPairs":{"K":{"type":"literal","values":[{"text":"\"\\","timeout":5},)"
               R"({"text":"a\r\n\u001f €\\n \"","timeout":0}]}},"validity":30})");

@@ -15,32 +15,32 @@ using namespace simserver;
 using namespace std::string_literals;
 namespace fs = std::filesystem;
 
-const std::string uploads = "/home/quillon/tmp/";
+const std::string onServer = "/home/quillon/tmp/";
 
-/// A sound file of one channel at 16 kHz, a byte for each frame.
+/// An audio file of one channel at 16 kHz, a byte for each frame.
 std::string sound(std::size_t frames) {
     return ".snd\0\0\0\x18\xFF\xFF\xFF\xFF\0\0\0\x02\0\0\x3E\x80\0\0\0\x01"s +
            std::string(frames, '\0');
 }
 
-struct RepertoireTest : testing::Test {
+struct PlayableContentTest : testing::Test {
     /// Of a part as a request holds it: in ms, or "endless".
     std::string lengthOf(const std::string& part) const {
         PlayRequest request;
         decodePlay("\"id\",0,500," + simserver::quotedText(part), request);
-        repertoire.check(request.parts.at(0));
-        const auto length = repertoire.lengthOf(request.parts[0]);
+        content.check(request.parts.at(0));
+        const auto length = content.lengthOf(request.parts[0]);
         return length ? std::to_string(length->count()) : "endless";
     }
 
     const TestFolder folder;
     const std::string file = folder.file("file", "content");
     Station station = smallStation();
-    UploadFolder spool{folder.path / "spool"};
-    PlayableContent repertoire{station, spool};
+    UploadFolder uploads{folder.path / "server"};
+    PlayableContent content{station, uploads};
 };
 
-TEST_F(RepertoireTest, KnowsWhatItCanPlayAndHowLongThatLasts) {
+TEST_F(PlayableContentTest, ChecksPartsAndKnowsTheirLengths) {
     expectResults([this](const std::string& part) { return lengthOf(part); }, R"~(
 2,ip,"Yard"^"Hall/East",12^40!2,,0^0^0           | 6000
 2,ip,"Yard",12!2,,1^1^0                          | 3000
@@ -50,10 +50,10 @@ TEST_F(RepertoireTest, KnowsWhatItCanPlayAndHowLongThatLasts) {
 # Text lasts 70 ms for each character, but a second at least.
 10,ip,"Yard","en^Ann^48000^\"twenty characters...\""!"en^Ann^48000^\"\"",,0^0^0 | 2400
 4,ip,"Yard","en^Ann^48000^\"€€€ twenty characters\"",,0^0^0                     | 1470
-# A chime is not shown.
+# A chime adds nothing to a visual part.
 3,ip,Yard,"Hi",,1^0^0                            | endless
-3,ip,Yard,,,0^0^0                                | nothing to show
-9,ip,"Yard",,,0^0^0                              | nothing to show
+3,ip,Yard,,,0^0^0                                | nothing to display
+9,ip,"Yard",,,0^0^0                              | nothing to display
 9,ip,"Yard","{\"kvPairs\":{\"K\":{\"type\":\"literal\",\"values\":[]}},\"validity\":30}",,1^0^0 | 30000
 9,ip,"Yard","{\"kvPairs\":{\"K\":{\"type\":\"literal\",\"values\":[]}},\"validity\":18446744073709551615}",,1^0^0 | 2147483647000
 9,ip,"Yard","{\"kvPairs\":{\"K\":{\"type\":\"literal\",\"values\":[]}},\"validity\":-99999999999}",,1^0^0 | endless
@@ -66,14 +66,14 @@ TEST_F(RepertoireTest, KnowsWhatItCanPlayAndHowLongThatLasts) {
 )~");
 }
 
-TEST_F(RepertoireTest, PlaysUploadsAndPreviewsForTheirLength) {
-    const auto store = [this](const std::string& name, const std::string& content) {
-        return spool.store(folder.file("local", content), uploads + name).stored;
+TEST_F(PlayableContentTest, PlaysUploadsAndPreviewsForTheirLength) {
+    const auto store = [this](const std::string& name, const std::string& bytes) {
+        return uploads.store(folder.file("local", bytes), onServer + name).stored;
     };
     EXPECT_TRUE(store("a.wav", sound(24'000)));
-    EXPECT_TRUE(store("c.wav", "no sound"));
-    fs::copy(folder.path / "spool" / "a.wav", folder.path / "spool" / "pa-previews" / "p.wav");
-    EXPECT_TRUE(store("a.wav", sound(8000)));  // in the other one's place
+    EXPECT_TRUE(store("c.wav", "no audio"));
+    fs::copy(folder.path / "server" / "a.wav", folder.path / "server" / "pa-previews" / "p.wav");
+    EXPECT_TRUE(store("a.wav", sound(8000)));  // replaces the other
     expectResults([this](const std::string& part) { return lengthOf(part); }, R"~(
 11,ip,"Yard",3^/home/quillon/tmp/a.wav,,0^0^0             | 500
 11,ip,"Yard",3^/home/quillon/tmp/pa-previews/p.wav,,0^0^0 | 1500
@@ -82,32 +82,32 @@ TEST_F(RepertoireTest, PlaysUploadsAndPreviewsForTheirLength) {
 )~");
 }
 
-TEST_F(RepertoireTest, StoresFilesInTheServersFolderAlone) {
+TEST_F(PlayableContentTest, StoresFilesOnlyInTheServersFolder) {
     for (const std::string& name :
-         {""s, "/etc/passwd"s, "x/home/quillon/tmp/a"s, "/home/quillon/tmp_a.wav"s, uploads,
-          uploads + ".", uploads + "..", uploads + "../a", uploads + "pa-previews/a",
-          uploads + "a\0b"s}) {
-        const std::string reason = spool.store(file, name).reason;
+         {""s, "/etc/passwd"s, "x/home/quillon/tmp/a"s, "/home/quillon/tmp_a.wav"s, onServer,
+          onServer + ".", onServer + "..", onServer + "../a", onServer + "pa-previews/a",
+          onServer + "a\0b"s}) {
+        const std::string reason = uploads.store(file, name).reason;
         EXPECT_NE(reason.find("is not a file name"), std::string::npos) << name;
     }
-    const std::string target = uploads + "..a, b^\\c";
-    EXPECT_TRUE(spool.store(file, target).stored);
+    const std::string target = onServer + "..a, b^\\c";
+    EXPECT_TRUE(uploads.store(file, target).stored);
     mkfifo((folder.path / "pipe").c_str(), 0600);
-    for (const char* const name : {"missing", "spool", "pipe"}) {
-        const std::string reason = spool.store((folder.path / name).string(), target).reason;
+    for (const char* const name : {"missing", "server", "pipe"}) {
+        const std::string reason = uploads.store((folder.path / name).string(), target).reason;
         EXPECT_EQ(reason.rfind("cannot read", 0), 0U) << name;
     }
-    EXPECT_FALSE(spool.store(file, uploads + std::string(300, 'a')).stored);
-    EXPECT_FALSE(spool.store(file, uploads + "pa-previews").stored);
-    EXPECT_EQ(fs::file_size(folder.path / "spool" / "..a, b^\\c"), 7U);
-    EXPECT_EQ(folder.files(), 3);  // nothing half done
+    EXPECT_FALSE(uploads.store(file, onServer + std::string(300, 'a')).stored);
+    EXPECT_FALSE(uploads.store(file, onServer + "pa-previews").stored);
+    EXPECT_EQ(fs::file_size(folder.path / "server" / "..a, b^\\c"), 7U);
+    EXPECT_EQ(folder.files(), 3);  // no incomplete file
 }
 
-TEST_F(RepertoireTest, KeepsUploadsAndNoPreviewsOfEarlierRuns) {
+TEST_F(PlayableContentTest, KeepsUploadsAndNoPreviewsOfEarlierRuns) {
     const auto opened = [this] { return std::make_unique<UploadFolder>(folder.path / "kept"); };
     auto first = opened();
-    EXPECT_TRUE(first->store(file, uploads + "upload").stored);
-    const fs::path preview = *first->placeOfPreview(uploads + "pa-previews/a.wav");
+    EXPECT_TRUE(first->store(file, onServer + "upload").stored);
+    const fs::path preview = *first->placeOfPreview(onServer + "pa-previews/a.wav");
     fs::copy(file, preview);
     auto beside = opened();
     first.reset();
@@ -120,8 +120,8 @@ TEST_F(RepertoireTest, KeepsUploadsAndNoPreviewsOfEarlierRuns) {
     EXPECT_TRUE(fs::exists(folder.path / "kept" / "upload"));
 
     auto temporary = std::make_unique<UploadFolder>("");
-    const fs::path place = *temporary->placeOf(uploads + "a");
-    EXPECT_TRUE(temporary->store(file, uploads + "a").stored);
+    const fs::path place = *temporary->placeOf(onServer + "a");
+    EXPECT_TRUE(temporary->store(file, onServer + "a").stored);
     temporary.reset();
     EXPECT_FALSE(fs::exists(place.parent_path()));
 }

@@ -12,13 +12,13 @@ Station stationWith(const std::string& microphone) {
 }
 
 struct RecordingsTest : TestFolder, ServerTest {
-    RecordingsTest() : ServerTest(stationWith(""), {1.0, true, path}) { told("connect"); }
+    RecordingsTest() : ServerTest(stationWith(""), {1.0, true, path}) { eventsOf("connect"); }
 
-    /// Of the recording that is called r.
+    /// Of the recording with the name r.
     std::vector<std::int16_t> samples() const { return samplesOf(path / "r"); }
 
     /// Records a tenth of a second and some more with another microphone.
-    /// @return why that is refused
+    /// @return the reason of a refusal
     std::string recordedBy(const std::string& microphone) const {
         SimServer other(stationWith((path / microphone).string()), {1.0, true, path});
         const auto refused = other.operateAsOther(operationIn("78/5 /home/quillon/tmp/r"));
@@ -29,11 +29,9 @@ struct RecordingsTest : TestFolder, ServerTest {
 };
 
 TEST_F(RecordingsTest, HoldATone) {
-    replay(R"(
-78/5 /home/quillon/tmp/r |
-+2500 |
-78/6 |
-)");
+    take("78/5 /home/quillon/tmp/r");
+    take("+2500");
+    take("78/6");
     const auto tone = samples();
     ASSERT_EQ(tone.size(), 120'000U);
     // A wave of 48 samples, a quarter of full scale, without a break where a second ends.
@@ -48,7 +46,7 @@ TEST_F(RecordingsTest, HoldATone) {
     EXPECT_TRUE(samples().empty());
 }
 
-TEST_F(RecordingsTest, HoldAFileAgainAndAgain) {
+TEST_F(RecordingsTest, RepeatAFile) {
     // 100 ms at half the server's rate: left 8000, right nothing at first and then 8000 as well.
     std::string stereo(
         "RIFF\xA4\x25\0\0WAVEfmt \x10\0\0\0\1\0\2\0\xC0\x5D\0\0\0\x77\1\0\4\0\x10\0"
@@ -61,59 +59,58 @@ TEST_F(RecordingsTest, HoldAFileAgainAndAgain) {
     file("m.wav", stereo);
     EXPECT_EQ(recordedBy("m.wav"), "");
     ASSERT_EQ(samples().size(), 9120U);
-    for (const std::size_t again : {0U, 4800U}) {
-        EXPECT_NEAR(samples()[1200 + again], 4000, 100);
-        EXPECT_NEAR(samples()[3600 + again], 8000, 100);
+    for (const std::size_t repeated : {0U, 4800U}) {
+        EXPECT_NEAR(samples()[1200 + repeated], 4000, 100);
+        EXPECT_NEAR(samples()[3600 + repeated], 8000, 100);
     }
     file("empty.wav", header);
-    file("text.wav", "not a sound");
+    file("text.wav", "not audio");
     expectResults([this](const std::string& microphone) { return recordedBy(microphone); }, R"~(
 no.wav    | microphone: cannot read no.wav: System error...
 text.wav  | microphone: cannot read text.wav: ...
-empty.wav | microphone: empty.wav holds no sound
+empty.wav | microphone: empty.wav holds no audio
 )~");
 }
 
 TEST_F(RecordingsTest, AreNotLostWhenTheyCannotBeStored) {
-    const std::string failure = R"(refused: 78/6 [] cannot store "/home/quillon/tmp/r": )";
-    const auto fails = [&](const std::string& step) {
-        const std::string why = withFullDisk(10'000, [&] { return told(step); });
-        EXPECT_EQ(why.find(failure), 0U) << why;
+    const auto fails = [&](const std::string& step, const std::string& report) {
+        const std::string events = withFullDisk(10'000, [&] { return eventsOf(step); });
+        EXPECT_EQ(events.find(report), 0U) << events;
         EXPECT_EQ(files(), 1);
     };
     file("r", "an older one");
-    take("78/5 /home/quillon/tmp/r");
+    eventsOf("78/5 /home/quillon/tmp/r");
     take("+1000");
-    fails("78/6");
+    fails("78/6", R"(refused: 78/6 [] cannot store "/home/quillon/tmp/r": )");
     EXPECT_EQ(std::filesystem::file_size(path / "r"), 12U);
     take("+1000");
-    EXPECT_EQ(told("78/6"), "");
+    EXPECT_EQ(eventsOf("78/6"), R"(part: 1 Recorded 0 "/home/quillon/tmp/r" deleted)");
     EXPECT_EQ(samples().size(), 96'000U);
 
     // One that has reached its greatest length is over in any case.
-    take("78/5 /home/quillon/tmp/r");
-    fails("+600000");
+    eventsOf("78/5 /home/quillon/tmp/r");
+    fails("+600000", R"(part: 2 Failed 3 "cannot store \"/home/quillon/tmp/r\": )");
     EXPECT_EQ(samples().size(), 96'000U);
-    EXPECT_EQ(told("78/6"), "refused: 78/6 [] nothing is being recorded");
+    EXPECT_EQ(eventsOf("78/6"), "refused: 78/6 [] nothing is being recorded");
 }
 
-TEST_F(RecordingsTest, ArePlayedBack) {
-    file("text", "not a sound");
+TEST_F(RecordingsTest, AreReportedAndPlayed) {
+    file("text", "not audio");
     std::filesystem::create_directory(path / "folder");
-    // A file appears when its recording stops, or is ten minutes long; an older one of that name is
-    // there until then. The operator's own preview and an announcement last as long.
+    // A file appears when its recording stops, or is ten minutes long; until then an older one of
+    // that name remains. The operator's own preview and an announcement last as long.
     replay(R"~(
-78/5 /home/quillon/tmp/a,"b" |
+78/5 /home/quillon/tmp/a,"b" | part: 1 Recording - "/home/quillon/tmp/a,\"b\""
 +1500 |
-78/6 |
-1/1 "/home/quillon/tmp/a,\"b\"" | part: 1 server-1 Queued Playing
-78/5 /home/quillon/tmp/a,"b" |
+78/6 | part: 1 Recorded 0 "/home/quillon/tmp/a,\"b\"" deleted
+1/1 "/home/quillon/tmp/a,\"b\"" | part: 2 server-2 Queued Playing
+78/5 /home/quillon/tmp/a,"b" | part: 3 Recording - "/home/quillon/tmp/a,\"b\""
 78/5 /home/quillon/tmp/c | refused: 78/5 [] "/home/quillon/tmp/a,"b"" is being recorded
 78/9 "/home/quillon/tmp/a,\"b\"" | refused: 78/9 [] "/home/quillon/tmp/a,"b"" is being recorded
 78/6 now | refused: 78/6 [] nothing is expected, found "now"
 +1499 |
-+1 | part: 1 Finished 0 "played to its end" gone
-78/6 |
++1 | part: 2 Finished 0 "played to its end" deleted
+78/6 | part: 3 Recorded 0 "/home/quillon/tmp/a,\"b\"" deleted
 78/9 "/home/quillon/tmp/a,\"b\"" |
 1/1 "/home/quillon/tmp/a,\"b\"" | refused: 1/1 [] there is no recording "/home/quillon/tmp/a,"b""
 1/1 "/srv/evacuation.wav" | refused: 1/1 [] "/srv/evacuation.wav" is not a file name in
@@ -124,46 +121,24 @@ TEST_F(RecordingsTest, ArePlayedBack) {
 1/1 "/home/quillon/tmp/text" | refused: 1/1 [] cannot read text: ...
 78/5 /home/quillon/tmp/folder | refused: 78/5 [] "/home/quillon/tmp/folder" is not a file
 78/9 "/home/quillon/tmp/folder" | refused: 78/9 [] there is no recording "/home/quillon/tmp/folder"
-78/5 /home/quillon/tmp/r |
+78/5 /home/quillon/tmp/r | part: 4 Recording - "/home/quillon/tmp/r"
 +599999 |
 78/9 "/home/quillon/tmp/r" | refused: 78/9 [] "/home/quillon/tmp/r" is being recorded
-+5000 |
++5000 | part: 4 Recorded 0 "/home/quillon/tmp/r" deleted
 78/6 | refused: 78/6 [] nothing is being recorded
-92/17 "long",0,500,"1,ip,\"Yard\",3^/home/quillon/tmp/r,,0^0^0" | part: 2 long Queued Playing
+92/17 "long",0,500,"1,ip,\"Yard\",3^/home/quillon/tmp/r,,0^0^0" | part: 5 long Queued Playing
     / sink: 6 2 / zone: 5 Recorded
 +599999 |
-+1 | part: 2 Finished 0 "played to its end" gone / sink: 6 1 / zone: 5 None
++1 | part: 5 Finished 0 "played to its end" deleted / sink: 6 1 / zone: 5 None
 )~");
-}
-
-TEST_F(RecordingsTest, TellsOfSpokenTexts) {
-    replay(R"~(
-108/3 first,en,Eve,48000,"Hi, \"you\"" | refused: 108/3 [first] no voice "Eve" for language "en" at
-    48000 Hz / item: 1 -1 "first" "Hi, \"you\"" gone
-108/3 second,en,Ann,48000,Hi | refused: 108/3 [second] text: not a quoted text
-108/3 third,en,Ann,"Hi" | refused: 108/3 [third] 4 fields; expected id,language,voice,rate,text
-108/3 ,en,Ann,48000,"Hi" | refused: 108/3 [] no request id
-disconnect |
-108/3 fourth,en,Ann,48000,"Hi, \"you\"" |
-)~");
-    // Nobody is there when it is ready; who comes then is told with everything else.
-    server.waitUntilSpoken();
-    EXPECT_EQ(client.told(), "");
-    const std::string connected = told("connect");
-    const std::string again = told(R"(108/3 sixth,en,Ann,48000,"Hi, \"you\"")");
-    EXPECT_EQ(again.find("item: 2 7 "), 0U) << again;
-    EXPECT_NE(connected.find(again), std::string::npos);
-
-    server.handleOperation(
-        {-1, pa::operations::retrieveAudio, 1, std::string("fifth,en,Ann,48000,\"a\0b\"", 24)});
-    EXPECT_EQ(client.told(), "refused: 108/3 [fifth] the payload holds a NUL byte");
-
-    // Clients come and go while a text is spoken.
-    take("108/3 seventh,en,Ann,48000,\"One more\"");
-    for (std::string all; all.find("3 7 ") == std::string::npos; all += client.told()) {
-        server.connectClient(client);
-        server.disconnectClient();
-    }
+    eventsOf("78/5 /home/quillon/tmp/r");
+    const std::string connected = eventsOf("connect");
+    EXPECT_NE(connected.find(R"(part: 6 Recording - "/home/quillon/tmp/r" / complete)"),
+              std::string::npos)
+        << connected;
+    const auto& fields = client.last[{RecordKind::Announcement, 6}];
+    EXPECT_EQ(*fields[0], "\"recording-5\"");
+    EXPECT_FALSE(fields[9]) << "with content it would count as an announcement of a type";
 }
 
 }  // namespace

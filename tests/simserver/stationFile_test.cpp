@@ -8,8 +8,8 @@ namespace {
 
 using namespace simserver;
 
-/// Fields as place=text, absent ones left out.
-std::string shown(const pa::RecordFields& fields) {
+/// The fields as place=text, without absent ones.
+std::string textOf(const pa::RecordFields& fields) {
     std::string text;
     for (std::size_t i = 0; i < fields.size(); ++i) {
         text += fields[i] ? std::to_string(i) + "=" + *fields[i] + " " : "";
@@ -44,39 +44,39 @@ struct StationFileTest : testing::Test {
  "recordings": [{"path": "/r.wav", "seconds": 2}]})";
 };
 
-TEST_F(StationFileTest, ReadsWhatTheRecordsSay) {
+TEST_F(StationFileTest, ReadsWhatTheRecordsReport) {
     Station station = load(good);
     Source& source = station.sources.at(0);
     const std::string lists = R"("\"A\"^\"a^\\\"b\\\"\"" )";
-    EXPECT_EQ(shown(sourceRecord(source, "client-7", 3)),
+    EXPECT_EQ(textOf(sourceRecord(source, "client-7", 3)),
               R"(0=1 1="Room \"1\"" 2="q" 3=10.0.0.4 4=9 6=in 3 7=2 )"
               "9=client-7 10=3 11=-12.5 12=0 16=2 ");
-    EXPECT_EQ(shown(attachedZonesRecord(source)), "0=" + lists);
+    EXPECT_EQ(textOf(attachedZonesRecord(source)), "0=" + lists);
     source.attachedZones.clear();
     EXPECT_EQ(*sourceRecord(source, "", 3)[7], "1");
-    EXPECT_EQ(shown(attachedZonesRecord(source)), "");
+    EXPECT_EQ(textOf(attachedZonesRecord(source)), "");
 
     const Sink& sink = station.sinks.at(1);
     const std::string head = R"(0=2 1="Back\\slash" 2="s2" 3=10.0.0.5 4=10 6=1,2 )";
     const std::string tail =
         "11=-0.5 12=2 15=1 17=4 26=" + lists + R"(27=1 28="A"^"A/x" 31="log" )";
-    EXPECT_EQ(shown(sinkRecord(sink, false)), head + "7=1 9=0 " + tail);
-    EXPECT_EQ(shown(sinkRecord(sink, true)), head + "7=2 9=1 " + tail);
+    EXPECT_EQ(textOf(sinkRecord(sink, false)), head + "7=1 9=0 " + tail);
+    EXPECT_EQ(textOf(sinkRecord(sink, true)), head + "7=2 9=1 " + tail);
 
     Trigger& trigger = station.triggers.at(0);
-    EXPECT_EQ(shown(triggerRecord(trigger, 3)), "0=8 1=1 2=t 3=9 5=k 6=7 7=1 9=5 10=3 ");
+    EXPECT_EQ(textOf(triggerRecord(trigger, 3)), "0=8 1=1 2=t 3=9 5=k 6=7 7=1 9=5 10=3 ");
     trigger.active = true;
     EXPECT_EQ(*triggerRecord(trigger, 3)[7], "2");
-    EXPECT_EQ(shown(selectorRecord(station.selectors.at(0))),
+    EXPECT_EQ(textOf(selectorRecord(station.selectors.at(0))),
               "0=5 1=1 2=7 4=n 5=Hall 6=2 8=1 10=0 12=3 ");
-    EXPECT_EQ(shown(zoneRecord(station.zones.at(0), nullptr)),
+    EXPECT_EQ(textOf(zoneRecord(station.zones.at(0), nullptr)),
               R"(0="A" 2=0 3=Idle 4=7 5=None 6=1 7=Healthy )");
-    EXPECT_EQ(shown(zoneRecord(station.zones[1], findType(9))),
+    EXPECT_EQ(textOf(zoneRecord(station.zones[1], findType(9))),
               R"(0="A/x" 2=1 3=Active 4=9 5=Display template 6=3 7=Major fault )");
-    EXPECT_EQ(shown(voiceRecord(station.voices.at(0))),
+    EXPECT_EQ(textOf(voiceRecord(station.voices.at(0))),
               R"(0="en" 1="Ann" 2=22050 3="a \"voice\"" )");
 
-    // What no record says.
+    // What no record reports.
     const DictionaryItem& item = station.dictionary.at(0);
     std::ostringstream more;
     more << station.name << station.dstNo << " " << station.selectors[0].zones.at(0) << " "
@@ -144,12 +144,12 @@ repeatEvery": 4 => repeatEvery": 3     | s.json: /triggers/0/repeatEvery: the ti
 )~");
 }
 
-TEST(Scenarios, HoldAStationAndATram) {
+TEST(Scenarios, AreValid) {
     EXPECT_EQ(loadStation(PA_SCENARIO_DIR "/central-station.json").sinks.size(), 120U);
     EXPECT_EQ(loadStation(PA_SCENARIO_DIR "/tram.json").voices.size(), 2U);
 }
 
-TEST(Records, SayWhatPlaysAndHowItEnds) {
+TEST(Records, ReportWhatPlaysAndHowItEnds) {
     constexpr std::time_t epoch = 1'795'269'785;  // 2026-11-21 14:03:05 UTC
     PlayPart part;
     part.requestId = "request \"1\"";
@@ -160,10 +160,10 @@ TEST(Records, SayWhatPlaysAndHowItEnds) {
     const std::string id = R"(0="request \"1\"" )";
     const std::string same = R"(9="2,\"10.0.0.9\",\"\\\"Hall\\\"^\\\"a^\\\\\\\"b\\\\\\\"\\\"\",)"
                              R"(\"12^40!1\",,0^0^0" 16=Relative +50 )";
-    EXPECT_EQ(shown(announcementRecord(part, epoch)), id + "5=Queued " + same);
+    EXPECT_EQ(textOf(announcementRecord(part, epoch)), id + "5=Queued " + same);
     part.start = SimTime(61'999);
     part.state = PartState::Failed;
-    EXPECT_EQ(shown(announcementRecord(part, epoch)),
+    EXPECT_EQ(textOf(announcementRecord(part, epoch)),
               id + "5=Failed 6=2026-11-21 14:04:06 " + same + R"(18=3 19="why, \"so\"" )");
 }
 

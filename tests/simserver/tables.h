@@ -6,9 +6,12 @@
 #include <stdexcept>
 #include <string>
 
-/// Reads a table of cases "given | expected", a line for each, and expects of `read(given)` what is
-/// said: its result, or why it is refused. An indented line goes on with the one above; one that
-/// begins with "#" is a comment. An expectation that ends in "..." is a beginning.
+#include "simserver/protocol/FieldReader.h"
+
+/// Reads a table of cases "given | expected", a line for each, and requires that
+/// `read(given)` returns `expected`, or throws an exception with that text. An indented line
+/// continues the one above; one that begins with "#" is a comment. An expectation that ends in
+/// "..." is a beginning.
 template <class Read>
 void expectResults(Read read, const std::string& table) {
     const auto trimmed = [](const std::string& text) {
@@ -36,7 +39,12 @@ void expectResults(Read read, const std::string& table) {
     }
 }
 
-/// A text in which what stands before " => " in `change` is replaced by what stands behind it.
+/// A text without one level of encoding.
+inline std::string decoded(const std::string& text) {
+    return simserver::NamedField(text).decodedText();
+}
+
+/// A text with a change "old => new".
 inline std::string changed(std::string text, const std::string& change) {
     const std::size_t arrow = change.find(" => ");
     return text.replace(text.find(change.substr(0, arrow)), arrow, change.substr(arrow + 4));

@@ -1,0 +1,103 @@
+#include "client/StationClock.h"
+
+#include <charconv>
+#include <cmath>
+#include <mutex>
+#include <stdexcept>
+
+#include "framework/clock.h"
+
+namespace paclient {
+
+namespace {
+
+constexpr const char* utc = "UTC";
+constexpr double msPerSecond = 1000;
+
+struct Guarded {
+    std::mutex lock;
+    StationClock clock;  // guarded by lock
+};
+
+/// Never destroyed: other threads may ask for the clock while the process ends.
+Guarded& guarded() {
+    static Guarded& instance = *new Guarded;
+    return instance;
+}
+
+/// The name, or nothing when there is no such time zone.
+std::string knownZone(const std::string& name) try {
+    const Calendar calendar(name);
+    return name;
+} catch (const std::runtime_error&) {
+    return {};
+}
+
+LocalMinute minuteOf(const Date& date, const TimeOfDay& time) {
+    return {date.year, date.month, date.day, time.hour, time.minute};
+}
+
+std::string minuteText(const LocalMinute& minute) {
+    return dateText({minute.year, minute.month, minute.day}) + 'T' +
+           timeText({minute.hour, minute.minute});
+}
+
+/// Whether a schedule, of any origin, has times that exist.
+bool isSound(const ScheduleDefinition& schedule) {
+    return faultOf(startDate(schedule)).empty() && faultOf(endDate(schedule)).empty() &&
+           faultOf(startTime(schedule)).empty() && faultOf(endTime(schedule)).empty() &&
+           schedule.frequency >= 0 && schedule.dayMask > 0 && schedule.dayMask <= everyDay;
+}
+
+}  // namespace
+
+StationClock::StationClock() : StationClock(KeyValueMap()) {}
+
+StationClock::StationClock(const KeyValueMap& serverInfo, double speed)
+    : start_(pa::wallClock()),
+      begunMS_(pa::monotonicMS()),
+      speed_(speed),
+      timeZone_(knownZone(serverInfo.get_value("timeZone"))),
+      calendar_(timeZone_.empty() ? utc : timeZone_) {
+    const std::string reported = serverInfo.get_value("clock");
+    std::from_chars(reported.data(), reported.data() + reported.size(), start_);
+}
+
+std::time_t StationClock::now() const {
+    const double passed = static_cast<double>(pa::monotonicMS() - begunMS_) / msPerSecond;
+    return start_ + static_cast<std::time_t>(std::floor(passed * speed_));
+}
+
+Date StationClock::date() const {
+    const LocalMinute minute = calendar_.minuteAt(now());
+    return {minute.year, minute.month, minute.day};
+}
+
+std::string StationClock::momentText(std::time_t moment) const {
+    return minuteText(calendar_.minuteAt(moment)) + ' ' + (timeZone_.empty() ? utc : timeZone_);
+}
+
+std::string StationClock::nextRunText(const ScheduleDefinition& schedule) const {
+    if (timeZone_.empty() || !isSound(schedule)) {
+        return {};
+    }
+    const auto run = calendar_.nextRun(
+        {minuteOf(startDate(schedule), startTime(schedule)),
+         minuteOf(endDate(schedule), endTime(schedule)), schedule.dayMask, schedule.frequency},
+        now());
+    return run ? minuteText(calendar_.minuteAt(*run)) : std::string();
+}
+
+StationClock stationClock() {
+    Guarded& shared = guarded();
+    const std::lock_guard guard(shared.lock);
+    return shared.clock;
+}
+
+void setStationClock(const StationClock& clock) {
+    Guarded& shared = guarded();
+    const std::lock_guard guard(shared.lock);
+    shared.clock = clock;
+}
+
+}  // namespace paclient

@@ -1,0 +1,58 @@
+#pragma once
+
+#include <cstdint>
+#include <ctime>
+#include <optional>
+#include <string>
+
+#include "client/Calendar.h"
+#include "client/scheduleTimes.h"
+#include "framework/timeWidth.h"
+#include "sdk/KeyValueMap.h"
+
+namespace paclient {
+
+/// The clock of a station: the time that its server reported, advanced by the clock of this machine
+/// that never jumps, and its time zone. Does not change; may be used from any thread.
+class StationClock {
+public:
+    /// The time of this machine, in an unknown time zone.
+    StationClock();
+
+    /// The clock as a server reports it when a connection begins: `clock`, the seconds since 1970
+    /// in UTC, and `timeZone`, as in the time-zone database. What is missing or cannot be read is
+    /// that of this machine, or unknown.
+    /// @param speed seconds of the station in one second
+    explicit StationClock(const KeyValueMap& serverInfo, double speed = 1);
+
+    /// Seconds since 1970 UTC.
+    [[nodiscard]] std::time_t now() const;
+
+    /// The name of the time zone, empty when it is not known.
+    [[nodiscard]] const std::string& timeZone() const { return timeZone_; }
+
+    /// The date at the station now; in UTC when its time zone is not known.
+    [[nodiscard]] Date date() const;
+
+    /// A moment by the clocks of the station, with the zone: "2026-12-01T06:00 Europe/Berlin"; in
+    /// UTC ("2026-12-01T05:00 UTC") when the time zone is not known.
+    [[nodiscard]] std::string momentText(std::time_t moment) const;
+
+    /// When the schedule runs next, as "2026-12-01T06:00" by the clocks of the station. Empty when
+    /// it does not run again, its times cannot be, or the time zone is not known.
+    [[nodiscard]] std::string nextRunText(const ScheduleDefinition& schedule) const;
+
+private:
+    std::time_t start_;
+    std::int64_t begunMS_;  // monotonic
+    double speed_ = 1;
+    std::string timeZone_;
+    Calendar calendar_;
+};
+
+/// The clock of the station whose records `gPaController` holds; that of this machine until one is
+/// set. Both may be called from any thread.
+StationClock stationClock();
+void setStationClock(const StationClock& clock);
+
+}  // namespace paclient

@@ -1,0 +1,115 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "client/Wait.h"
+#include "resource/common/paInfo.h"
+#include "sdk/AnnouncementRequest.h"
+
+/// @file
+/// Operations on resources that wait until the server has reported their effect.
+///
+/// Each sends, then waits as `confirm` does; its `Confirmation` says what has come of it. They may
+/// be called from any thread, but not from a callback. Arguments that the controller refuses throw
+/// `std::invalid_argument` or `std::out_of_range` before anything is sent; what
+/// `wait.whileWaiting` throws leaves the function, and the outcome is unknown.
+
+namespace paclient {
+
+/// @name Gains and monitoring
+/// @{
+
+/// Sets the output gain of a sink. Gains are compared in the six digits that are sent.
+/// @param level             dB, -96 to 0
+/// @param persistent        the device keeps it over a restart
+/// @param delayPersistence  it may be made persistent later
+/// @return `Done` with a flag for a gain that was there before, when the server has not refused
+///         within a second: the flags themselves are not reported
+/// @throws std::invalid_argument for a sink that has no gain
+Confirmation setGain(const PaSink& sink, double level, bool persistent, bool delayPersistence,
+                     const Wait& wait);
+
+/// Sets the input gain of a source; as above.
+/// @param level         dB, -96 to 42
+/// @param first, second the server's own flags
+Confirmation setGain(const PaSource& source, double level, bool first, bool second,
+                     const Wait& wait);
+
+/// Switches the monitoring of a sink.
+Confirmation setMonitoring(const PaSink& sink, bool enable, const Wait& wait);
+/// @}
+
+/// Resets the device of a sink, an interface unit or a mixer: it becomes inactive and is active
+/// again.
+/// @param untilBack waits until it has come back, else until it is inactive. Of a device that is
+///                  inactive before, only the return is seen
+/// @throws std::invalid_argument for another type of sink
+Confirmation reset(const PaSink& sink, bool untilBack, const Wait& wait);
+
+/// @name Zones of a source
+/// Names of zones are those of the server.
+/// @{
+
+/// @param mode whether the zones that are attached before stay
+Confirmation attachZones(const PaSource& source, const std::vector<std::string>& zoneIds,
+                         PaSource::AttachMode mode, const Wait& wait);
+
+Confirmation detachZones(const PaSource& source, const std::vector<std::string>& zoneIds,
+                         const Wait& wait);
+
+Confirmation detachAllZones(const PaSource& source, const Wait& wait);
+/// @}
+
+/// @name Locks of sources
+/// @{
+
+/// UUID of the client that holds the lock of a source, empty for none.
+std::string lockHolder(int sourceId);
+
+/// UUID of this client.
+std::string ownUUID();
+
+/// Takes the lock of a source for this client, which renews it from then on.
+/// @return `Refused` also, with nothing sent, when another client holds it
+Confirmation takeLock(int sourceId, const Wait& wait);
+
+/// Releases it.
+/// @return `Refused`, with nothing sent, when another client holds it or none
+Confirmation releaseLock(int sourceId, const Wait& wait);
+
+/// Ask for the same and return at once; `lockHolder` shows the effect.
+void askForLock(int sourceId);
+void askToRelease(int sourceId);
+/// @}
+
+/// @name Software triggers
+/// @{
+
+struct Activation {
+    Confirmation confirmation;
+    std::optional<AnnouncementRequest> announcement;  ///< that the trigger has started
+};
+
+/// Activates a software trigger. Its effect is a live announcement that was not there before, in
+/// zones that are attached to its source.
+Activation activate(const PaSWTrigger& trigger, const Wait& wait);
+
+/// Deactivates it, which ends its announcement.
+/// @param announcement number of the record that its activation has started; without one, or when
+///                     that is over already, `awaitRefusal` applies
+Confirmation deactivate(const PaSWTrigger& trigger, std::optional<int> announcement,
+                        const Wait& wait);
+/// @}
+
+/// @name User recordings
+/// The server reports nothing of them but a refusal: see `awaitRefusal` for the result.
+/// @{
+Confirmation startRecording(const std::string& serverPath, const Wait& wait);
+Confirmation stopRecording(const Wait& wait);
+Confirmation previewRecording(const std::string& serverPath, const Wait& wait);
+Confirmation deleteRecording(const std::string& serverPath, const Wait& wait);
+/// @}
+
+}  // namespace paclient

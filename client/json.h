@@ -1,0 +1,72 @@
+#pragma once
+
+#include <nlohmann/json.hpp>
+#include <string>
+#include <type_traits>
+#include <vector>
+
+#include "client/names.h"
+#include "client/records.h"
+
+/// @file
+/// Records as JSON: objects with the names of the record's members, in its order. Enumerations and
+/// gains are numbers.
+
+namespace paclient {
+
+using Json = nlohmann::ordered_json;
+
+enum class JsonTexts {
+    Beside,  ///< after an enumeration its name: "state": 2, "stateText": "ATTACHED"
+    None,    ///< the members only, so that a record can be read again
+};
+
+template <class Record>
+Json toJson(const std::vector<Record>& records, JsonTexts texts = JsonTexts::Beside);
+
+template <class Record, class = std::enable_if_t<isDescribed<Record>>>
+Json toJson(const Record& record, JsonTexts texts = JsonTexts::Beside);
+
+template <class Value>
+Json jsonValue(const Value& value, JsonTexts texts = JsonTexts::Beside) {
+    if constexpr (std::is_enum_v<Value>) {
+        return static_cast<int>(value);
+    } else if constexpr (std::is_same_v<Value, Gain>) {
+        return value.getLevel();
+    } else if constexpr (isDescribed<Value> || std::is_same_v<Value, std::vector<TTSVocalizer>>) {
+        return toJson(value, texts);
+    } else {
+        return value;
+    }
+}
+
+template <class Record, class>
+Json toJson(const Record& record, JsonTexts texts) {
+    Json object = Json::object();
+    forEachMember(record, [&](const MemberInfo& info, const auto& value) {
+        object[info.name] = jsonValue(value, texts);
+        if constexpr (std::is_enum_v<std::decay_t<decltype(value)>>) {
+            if (texts == JsonTexts::Beside) {
+                object[std::string(info.name) + "Text"] = nameOf(value);
+            }
+        }
+    });
+    return object;
+}
+
+template <class Record>
+Json toJson(const std::vector<Record>& records, JsonTexts texts) {
+    Json array = Json::array();
+    for (const Record& record : records) {
+        array.push_back(toJson(record, texts));
+    }
+    return array;
+}
+
+/// The JSON text as one line with its end. Bytes that are not UTF-8 become U+FFFD.
+std::string jsonLine(const Json& json);
+
+/// The same over many lines, one for each record of an array.
+std::string jsonLines(const Json& json);
+
+}  // namespace paclient

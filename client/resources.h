@@ -1,0 +1,85 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "client/find.h"
+#include "client/recordText.h"
+
+/// @file
+/// The kinds of resource: the records of each in the caches of `gPaController`, and how one is
+/// found. May be used from any thread; takes the controller's mutex.
+
+namespace paclient {
+
+/// A kind of resource.
+template <class Record>
+struct Resource {
+    const char* one;   ///< "source"
+    const char* many;  ///< "sources"
+    std::vector<Record> (*all)();
+    std::string (*number)(const Record& record);  ///< null for a kind that has no numbers
+    std::string (*name)(const Record& record);    ///< null for a kind that has no names
+};
+
+std::vector<PaSource> allSources();
+std::vector<PaSink> allSinks();
+std::vector<PaZone> allZones();
+std::vector<TTSVocalizer> allVoices();
+std::vector<AnnouncementRequest> allAnnouncements();
+std::vector<AnyTrigger> allTriggers();  ///< the server's, then this client's own
+std::vector<PaSelector> allSelectors();
+std::vector<ScheduleEntry> allSchedules();  ///< in order of their numbers
+std::vector<TTSDictionary> allTtsItems();
+std::vector<SourceLock> allLocks();  ///< in order of the sources' numbers
+
+/// The lock of a source; one that the server has not reported has no holder.
+SourceLock lockOf(int sourceId);
+
+inline constexpr Resource<PaSource> sources{
+    "source", "sources", allSources, memberText<&PaSource::id>, memberText<&PaSource::label>};
+inline constexpr Resource<PaSink> sinks{"sink", "sinks", allSinks, memberText<&PaSink::id>,
+                                        memberText<&PaSink::label>};
+inline constexpr Resource<PaZone> zones{"zone", "zones", allZones, nullptr,
+                                        memberText<&PaZone::id>};
+inline constexpr Resource<TTSVocalizer> voices{"voice", "voices", allVoices,
+                                               memberText<&TTSVocalizer::portNo>,
+                                               memberText<&TTSVocalizer::voice>};
+inline constexpr Resource<AnnouncementRequest> announcements{
+    "announcement", "announcements", allAnnouncements, memberText<&AnnouncementRequest::id>,
+    memberText<&AnnouncementRequest::getRequestID>};
+inline constexpr Resource<AnyTrigger> triggers{"trigger", "triggers", allTriggers,
+                                               memberText<&AnyTrigger::id>,
+                                               memberText<&AnyTrigger::label>};
+inline constexpr Resource<PaSelector> selectors{"selector", "selectors", allSelectors,
+                                                memberText<&PaSelector::id>,
+                                                memberText<&PaSelector::label>};
+inline constexpr Resource<ScheduleEntry> schedules{"schedule", "schedules", allSchedules,
+                                                   memberText<&ScheduleEntry::Id>, nullptr};
+inline constexpr Resource<TTSDictionary> ttsItems{"tts-item", "tts-items", allTtsItems,
+                                                  memberText<&TTSDictionary::key>,
+                                                  memberText<&TTSDictionary::uuid>};
+inline constexpr Resource<SourceLock> locks{"lock", "locks", allLocks,
+                                            memberText<&SourceLock::sourceId>, nullptr};
+
+/// What each of the records is called.
+template <class Record>
+std::vector<Naming> namingsOf(const Resource<Record>& kind, const std::vector<Record>& records) {
+    std::vector<Naming> namings;
+    namings.reserve(records.size());
+    for (const Record& record : records) {
+        namings.push_back({kind.number != nullptr ? kind.number(record) : std::string(),
+                           kind.name != nullptr ? kind.name(record) : std::string()});
+    }
+    return namings;
+}
+
+/// The one resource of the kind with this number, or this label or name (see `findNamed`).
+/// @throws NotFound, Ambiguous
+template <class Record>
+Record findOne(const Resource<Record>& kind, const std::string& wanted) {
+    const std::vector<Record> records = kind.all();
+    return records[findNamed(kind.one, wanted, namingsOf(kind, records))];
+}
+
+}  // namespace paclient

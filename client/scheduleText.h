@@ -1,0 +1,10 @@
+#pragma once
+
+#include "client/records.h"
+
+namespace paclient {
+
+/// The schedule with its texts for people; its next run is that of now, by `stationClock`.
+ScheduleEntry described(const ScheduleDefinition& definition);
+
+}  // namespace paclient

@@ -1,0 +1,48 @@
+# What all code of the project is compiled with. Each target says so in one line:
+# pa_code(TARGET [PRECOMPILE header...])
+
+option(PA_PRECOMPILE "Precompile headers. Off: each file includes all that it uses" ON)
+
+# The standard headers that most files need cost more to read than the files themselves.
+set(PA_STANDARD_HEADERS
+  <algorithm> <array> <atomic> <chrono> <condition_variable> <cstdint> <ctime> <deque> <exception>
+  <functional> <iterator> <map> <memory> <mutex> <optional> <set> <sstream> <stdexcept> <string>
+  <string_view> <system_error> <thread> <utility> <variant> <vector>)
+
+# A compiler cache works with precompiled headers when their content counts, not their time.
+if(PA_PRECOMPILE)
+  add_compile_options(
+    $<$<CXX_COMPILER_ID:GNU>:-fpch-preprocess>
+    "$<$<CXX_COMPILER_ID:Clang>:SHELL:-Xclang -fno-pch-timestamp>")
+endif()
+
+# A target that names headers has a set of its own; all others share one of standard headers. Name
+# the project's own headers only where most files of the target include them: they all are compiled
+# again with each change of one.
+function(pa_code target)
+  cmake_parse_arguments(arg "" "" "PRECOMPILE" ${ARGN})
+  pa_warnings(${target})
+  if(NOT PA_PRECOMPILE)
+    return()
+  endif()
+  if(arg_PRECOMPILE)
+    target_precompile_headers(${target} PRIVATE ${PA_STANDARD_HEADERS} ${arg_PRECOMPILE})
+  else()
+    pa_precompiled(pa_standard_headers ${PA_STANDARD_HEADERS})
+    target_precompile_headers(${target} REUSE_FROM pa_standard_headers)
+  endif()
+endfunction()
+
+# pa_precompiled(NAME header...): a set of headers that several targets share, made on first use.
+function(pa_precompiled name)
+  if(TARGET ${name})
+    return()
+  endif()
+  file(CONFIGURE OUTPUT ${CMAKE_BINARY_DIR}/empty.cpp CONTENT "")
+  add_library(${name} OBJECT ${CMAKE_BINARY_DIR}/empty.cpp)
+  target_link_libraries(${name} PRIVATE Threads::Threads)
+  target_compile_definitions(${name}
+    PRIVATE $<TARGET_PROPERTY:pa_controller,INTERFACE_COMPILE_DEFINITIONS>)
+  pa_warnings(${name})
+  target_precompile_headers(${name} PRIVATE ${ARGN})
+endfunction()

@@ -1,0 +1,129 @@
+#include "console/arguments/options.h"
+
+#include <algorithm>
+#include <charconv>
+#include <cmath>
+#include <system_error>
+
+#include "console/ExitCode.h"
+#include "client/find.h"
+#include "client/recordText.h"
+
+namespace console {
+
+using namespace paclient;
+
+namespace {
+
+/// Reads the whole text as a number of the type.
+/// @return nothing when it is none
+template <class Number>
+std::optional<Number> wholeText(const std::string& text) {
+    Number number{};
+    const char* const end = text.data() + text.size();
+    const auto [stop, error] = std::from_chars(text.data(), end, number);
+    return error == std::errc() && stop == end ? std::optional(number) : std::nullopt;
+}
+
+Failure notA(const std::string& kind, const std::string& option, const std::string& text,
+             const std::string& least, const std::string& greatest) {
+    return wrongValue(option,
+                      "'" + text + "' is not a " + kind + " from " + least + " to " + greatest);
+}
+
+/// `12,40`: numbers with commas between.
+std::vector<unsigned> parseNumberList(const std::string& option, const std::string& text) {
+    std::vector<unsigned> numbers;
+    for (const std::string& part : CLI::detail::split(text + ',', ',')) {
+        const auto number = wholeText<unsigned>(part);
+        if (!number) {
+            throw wrongValue(option, "'" + text + "' is not a list of numbers with commas between");
+        }
+        numbers.push_back(*number);
+    }
+    return numbers;
+}
+
+/// An option that follows another one is not its value.
+CLI::Option* refuseOptionAsValue(const CLI::App& app, CLI::Option* option) {
+    return option->check([&app](const std::string& text) {
+        const bool isOption =
+            text.size() > 2 && text[0] == '-' && app.get_option_no_throw(text) != nullptr;
+        return isOption ? "a value is missing before " + text : std::string();
+    });
+}
+
+}  // namespace
+
+int parseWhole(const std::string& option, const std::string& text, Whole limits) {
+    const auto number = wholeText<int>(text);
+    if (!number || *number < limits.least || *number > limits.greatest) {
+        throw notA("whole number", option, text, std::to_string(limits.least),
+                   std::to_string(limits.greatest));
+    }
+    return *number;
+}
+
+double parseNumber(const std::string& option, const std::string& text, Real limits) {
+    const auto number = wholeText<double>(text);
+    const bool fits =
+        number && std::isfinite(*number) && *number >= limits.least && *number <= limits.greatest;
+    if (!fits) {
+        throw notA("number", option, text, valueText(limits.least), valueText(limits.greatest));
+    }
+    return *number;
+}
+
+CLI::Option* addParsed(CLI::App& app, const std::string& name,
+                       const std::function<void(const std::string& text)>& take,
+                       const std::string& help, const std::string& type) {
+    return refuseOptionAsValue(
+        app, app.add_option_function<std::string>(name, take, help)->type_name(type));
+}
+
+CLI::Option* addTexts(CLI::App& app, const std::string& name, std::vector<std::string>& values,
+                      const std::string& help, const std::string& type) {
+    // A variable given to the library itself would lose the text "{}".
+    const CLI::callback_t take = [&values](const CLI::results_t& texts) {
+        values = texts;
+        return true;
+    };
+    return refuseOptionAsValue(app, app.add_option(name, take, help)->take_all()->type_name(type));
+}
+
+CLI::Option* addTextList(CLI::App& app, const std::string& name, std::vector<std::string>& values,
+                         const std::string& help) {
+    return addTexts(app, name, values, help, name)->expected(1, greatestWhole)->allow_extra_args();
+}
+
+CLI::Option* addSwitch(CLI::App& app, bool& value) {
+    const auto take = [&value](const std::string& text) { value = text == "on"; };
+    return addParsed(app, "STATE", take, "on or off", "on|off")
+        ->required()
+        ->check(oneOf({"on", "off"}));
+}
+
+CLI::Validator oneOf(const std::vector<std::string>& values) {
+    const auto check = [values](const std::string& text) {
+        const bool isKnown = std::find(values.begin(), values.end(), text) != values.end();
+        return isKnown ? std::string() : "'" + text + "' is none of " + valueText(values);
+    };
+    return {check, CLI::detail::generate_set(values)};
+}
+
+AudioOptions addAudioOptions(CLI::App& app, std::vector<unsigned>& items,
+                             std::vector<std::string>& texts, std::optional<std::string>& file,
+                             const std::string& fileHelp, const std::string& fileType) {
+    const auto takeItems = [&items](const std::string& text) {
+        items = parseNumberList("--items", text);
+    };
+    const AudioOptions audio{
+        addParsed(app, "--items", takeItems, "Dictionary items to play", "N,N..."),
+        addTexts(app, "--text", texts, "A text to speak; repeatable", "TEXT"),
+        addText(app, "--file", file, fileHelp, fileType)};
+    audio.items->excludes(audio.texts)->excludes(audio.file);
+    audio.texts->excludes(audio.file);
+    return audio;
+}
+
+}  // namespace console

@@ -1,0 +1,100 @@
+#pragma once
+
+#include <CLI/CLI.hpp>
+#include <functional>
+#include <limits>
+#include <optional>
+#include <string>
+#include <vector>
+
+/// @file
+/// Options and positional arguments of a command, added to its CLI::App. Values are read strictly:
+/// a text as it is, decimal numbers within limits and nothing after them. What is wrong with a
+/// value is a Failure that names the option. The variables given here receive the values and must
+/// outlive the app.
+
+namespace console {
+
+/// The least and the greatest value allowed.
+struct Whole {
+    int least;
+    int greatest;
+};
+struct Real {
+    double least;
+    double greatest;
+};
+
+constexpr int greatestWhole = std::numeric_limits<int>::max();
+constexpr Whole anyWhole{std::numeric_limits<int>::min(), greatestWhole};
+
+/// @throws Failure that names the option, with what would be right
+int parseWhole(const std::string& option, const std::string& text, Whole limits);
+
+/// A finite number, not a hexadecimal one.
+/// @throws Failure as above
+double parseNumber(const std::string& option, const std::string& text, Real limits);
+
+/// An argument whose text a function takes. The name of an option is no value: the value is missing
+/// then.
+/// @param take may throw a Failure
+CLI::Option* addParsed(CLI::App& app, const std::string& name,
+                       const std::function<void(const std::string& text)>& take,
+                       const std::string& help, const std::string& type);
+
+/// @param value a string, or an optional one
+template <class Target>
+CLI::Option* addText(CLI::App& app, const std::string& name, Target& value, const std::string& help,
+                     const std::string& type = "TEXT") {
+    return addParsed(
+        app, name, [&value](const std::string& text) { value = text; }, help, type);
+}
+
+/// @param value an int, or an optional one
+template <class Target>
+CLI::Option* addWhole(CLI::App& app, const std::string& name, Target& value, Whole limits,
+                      const std::string& help) {
+    const auto take = [&value, name, limits](const std::string& text) {
+        value = parseWhole(name, text, limits);
+    };
+    return addParsed(app, name, take, help, "N");
+}
+
+/// @param value a double, or an optional one
+template <class Target>
+CLI::Option* addNumber(CLI::App& app, const std::string& name, Target& value, Real limits,
+                       const std::string& help) {
+    const auto take = [&value, name, limits](const std::string& text) {
+        value = parseNumber(name, text, limits);
+    };
+    return addParsed(app, name, take, help, "NUMBER");
+}
+
+/// An option that may be given several times, with one text each time.
+CLI::Option* addTexts(CLI::App& app, const std::string& name, std::vector<std::string>& values,
+                      const std::string& help, const std::string& type);
+
+/// A positional argument that is given once or more.
+CLI::Option* addTextList(CLI::App& app, const std::string& name, std::vector<std::string>& values,
+                         const std::string& help);
+
+/// A positional argument that is `on` or `off`.
+CLI::Option* addSwitch(CLI::App& app, bool& value);
+
+/// The only values of an option. Help and completion list them.
+CLI::Validator oneOf(const std::vector<std::string>& values);
+
+/// The audio part of an announcement, of which a command line gives one kind.
+struct AudioOptions {
+    CLI::Option* items;
+    CLI::Option* texts;
+    CLI::Option* file;
+};
+
+/// Adds `--items`, `--text` and `--file`.
+/// @param fileHelp, fileType of the file: where it is differs
+AudioOptions addAudioOptions(CLI::App& app, std::vector<unsigned>& items,
+                             std::vector<std::string>& texts, std::optional<std::string>& file,
+                             const std::string& fileHelp, const std::string& fileType);
+
+}  // namespace console

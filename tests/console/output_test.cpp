@@ -1,0 +1,148 @@
+#include "console/Output.h"
+
+#include <cerrno>
+#include <csignal>
+#include <nlohmann/json.hpp>
+#include <streambuf>
+
+#include "console/ExitCode.h"
+#include "console/Progress.h"
+#include "console/following/LiveView.h"
+#include "console/interrupt.h"
+#include "console/text/TextTable.h"
+#include "tests/console/consoleRun.h"
+
+namespace {
+
+using Words = std::vector<std::string>;
+
+TEST(Output, listsZonesAsObjectsWithTheMembersOfTheRecord) {
+    const auto parsed =
+        nlohmann::ordered_json::parse(runConsole({"list", "zones", "--format", "json"}).out);
+    ASSERT_EQ(parsed.size(), 40U);
+    std::vector<std::string> members;
+    for (const auto& member : parsed[0].items()) {
+        members.push_back(member.key());
+    }
+    EXPECT_EQ(members, (Words{"elemNo", "id", "activity", "activityText", "announcementType",
+                              "announcementTypeText", "health", "healthText"}));
+    EXPECT_TRUE(parsed[0]["activity"].is_number());
+    EXPECT_EQ(runConsole({"list", "announcements", "--format", "json"}).out, "[]\n");
+}
+
+/// Takes nothing.
+class ClosedOutput : public std::streambuf {
+public:
+    explicit ClosedOutput(int error = 0) : error_(error) {}
+
+private:
+    int overflow(int /*byte*/) override {
+        errno = error_;
+        return traits_type::eof();
+    }
+
+    const int error_;
+};
+
+TEST(Output, thatWaitsForItsReaderCanBeInterrupted) {
+    ClosedOutput closed;
+    std::ostream stream(&closed);
+    console::Output out(stream);
+    console::interrupt::install();
+    std::raise(SIGINT);
+    try {
+        out.write("x");
+        ADD_FAILURE();
+    } catch (const console::Failure& failure) {
+        EXPECT_EQ(failure.code, console::ExitCode::Interrupted);
+    }
+    console::interrupt::rearm();
+}
+
+TEST(Interruption, isTheSameSignalAgainWithinAMoment) {
+    using console::interrupt::endsAtOnce;
+    EXPECT_FALSE(endsAtOnce(-1, 5000));
+    EXPECT_FALSE(endsAtOnce(5000, 5100));
+    EXPECT_TRUE(endsAtOnce(5000, 5101));
+}
+
+TEST(Output, thatIsClosedEndsTheCommand) {
+    for (const Words& words : {Words{"list", "zones"}, Words{"--help"}, Words{"demo"}}) {
+        for (const int error : {ENOSPC, EPIPE}) {
+            ClosedOutput closed(error);
+            std::ostream out(&closed);
+            std::ostringstream err;
+            EXPECT_EQ(console::run(words, {out, err}), 1);
+            EXPECT_EQ(err.str(), error == EPIPE ? "" : "paconsole: the output cannot be written\n");
+        }
+    }
+}
+
+TEST(LiveView, staysWithinTheTerminalAndReturnsTheCursor) {
+    std::ostringstream text;
+    console::Output out(text);
+    const auto drawn = [&text] {
+        std::string result = text.str();
+        text.str("");
+        return result;
+    };
+    {
+        console::LiveView view(out);
+        EXPECT_EQ(drawn(), "\x1b[?25l");
+
+        view.draw({"Platform 1 is busy", "駅駅駅駅駅", "3", "4"}, {10, 4});
+        EXPECT_EQ(drawn(), "\rPlatform\x1b[K\n駅駅駅駅\x1b[K\n3\x1b[K\n\x1b[J");
+        view.draw({"one"}, {10, 4});
+        EXPECT_EQ(drawn(), "\r\x1b[3Aone\x1b[K\n\x1b[J");
+
+        view.draw({"one"}, {3, 4});
+        EXPECT_EQ(drawn(), "\x1b[H\x1b[2Jon\x1b[K\n\x1b[J");
+        view.draw({"one"}, {3, 1});
+        EXPECT_EQ(drawn(), "\r\x1b[J");
+    }
+    EXPECT_EQ(drawn(), "\x1b[?25h");
+}
+
+TEST(TextTable, cutsTheWidestCellsToTheTerminal) {
+    console::TextTable table({"ID", "LABEL", "ZONES"});
+    table.addRow({"1", "Deputy's microphone", "Concourse, Platform 1"});
+    table.addRow({"12", "Desk", ""});
+    EXPECT_EQ(table.text(),
+              "ID  LABEL                ZONES\n"
+              "1   Deputy's microphone  Concourse, Platform 1\n"
+              "12  Desk\n");
+    EXPECT_EQ(table.text(30),
+              "ID  LABEL         ZONES\n"
+              "1   Deputy's mi…  Concourse, …\n"
+              "12  Desk\n");
+    // No column becomes narrower than its heading.
+    EXPECT_EQ(table.lines(5)[1], "1   Depu…  Conc…");
+}
+
+TEST(Progress, showsFromTheFirstSecondOnAndGivesWayToLines) {
+    using std::chrono::milliseconds;
+    std::ostringstream text;
+    console::Output diagnostics(text, nullptr, true);
+    std::ostringstream data;
+    console::Output out(data, &diagnostics);
+    {
+        console::Progress progress(diagnostics, "the server", milliseconds(12000));
+        progress(milliseconds(999));
+        EXPECT_EQ(text.str(), "");
+        progress(milliseconds(1000));
+        progress(milliseconds(1999));
+        const std::string first = "waiting for the server: 1 of about 12 s";
+        EXPECT_EQ(text.str(), first);
+        out.write("a line\n");
+        EXPECT_EQ(text.str(), first + "\r\x1b[K");
+        text.str("");
+        progress(milliseconds(2000));
+        diagnostics.diagnostic("trouble");
+        progress(milliseconds(3000));
+    }
+    EXPECT_EQ(text.str(),
+              "waiting for the server: 2 of about 12 s\r\x1b[Kpaconsole: trouble\n"
+              "waiting for the server: 3 of about 12 s\r\x1b[K");
+}
+
+}  // namespace
