@@ -146,7 +146,7 @@ private:
 
     Case case_;
     int place_ = 0;  // of the case in the transcript
-    const TestFolder folder_;
+    const TestFolder folder_{};
     std::ofstream written_;
 };
 
