@@ -46,7 +46,8 @@ public:
 /// operations wait. One that has waited too long, finds the queue full or comes after `close`, and
 /// one that the sender throws on, is dropped: reported through `handleError` at level 2, one line
 /// each with class, number, request id, age and reason, and passed to the listener. Both happen on
-/// the queue's own thread, without a lock.
+/// the queue's own thread, without a lock. Only a renewal of a source lock that comes after `close`
+/// is dropped without a report: the controller sends it by itself.
 ///
 /// Operations that are dropped on an application's thread wait for that in a list of 16 MiB (about
 /// 100,000 operations). Those beyond it are counted, and reported as one with their number.

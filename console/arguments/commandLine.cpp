@@ -4,12 +4,12 @@
 #include <cstring>
 #include <utility>
 
+#include "client/find.h"
+#include "client/recordText.h"
+#include "client/scheduleTimes.h"
 #include "console/ExitCode.h"
 #include "console/arguments/CommandPlace.h"
 #include "console/arguments/options.h"
-#include "client/scheduleTimes.h"
-#include "client/find.h"
-#include "client/recordText.h"
 
 namespace console {
 

@@ -5,9 +5,9 @@
 #include <cmath>
 #include <system_error>
 
-#include "console/ExitCode.h"
 #include "client/find.h"
 #include "client/recordText.h"
+#include "console/ExitCode.h"
 
 namespace console {
 

@@ -1,10 +1,10 @@
 #include "console/schedule/ScheduleOptions.h"
 
+#include "client/StationClock.h"
+#include "client/schedulesCheck.h"
 #include "console/ExitCode.h"
 #include "console/arguments/options.h"
 #include "console/commands/playMessage.h"
-#include "client/schedulesCheck.h"
-#include "client/StationClock.h"
 
 namespace console {
 
@@ -26,7 +26,9 @@ void addTimes(CLI::App& app, ScheduleOptions& o) {
               "First date and the time of day, as 2026-12-01T06:00 (default: today, 00:00)");
     addMoment(app, "--until", o.until,
               "Last date, and the end of each day's repetitions (default: 2099-12-31T23:59)");
-    const auto takeDays = [&o](const std::string& text) { o.dayMask = valueOf("--days", [&] { return parseDays(text); }); };
+    const auto takeDays = [&o](const std::string& text) {
+        o.dayMask = valueOf("--days", [&] { return parseDays(text); });
+    };
     addParsed(app, "--days", takeDays, "As mon-fri,sun, or daily (default)", "DAYS");
     addWhole(app, "--every", o.every, {0, minutesOfDay},
              "Minutes between the repetitions of a day, 0 for none (default)");

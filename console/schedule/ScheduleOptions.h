@@ -5,8 +5,8 @@
 #include <string>
 #include <vector>
 
-#include "console/arguments/options.h"
 #include "client/scheduleTimes.h"
+#include "console/arguments/options.h"
 
 namespace console {
 

@@ -92,7 +92,8 @@ void EmbeddedTransport::stop() {
         connectAtMS_.reset();
     }
     arrived_.notify_all();
-    spaceFreed_.notify_all();  // first of all: the server may wait with the lock that it needs to go
+    spaceFreed_
+        .notify_all();  // first of all: the server may wait with the lock that it needs to go
     delivered_.notify_all();
     callRequested_.notify_all();
     server_.disconnectClient();

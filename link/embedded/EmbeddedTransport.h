@@ -109,7 +109,7 @@ private:
 
     std::mutex lock_;
     std::condition_variable arrived_;        // an event
-    std::condition_variable spaceFreed_;           // for more events
+    std::condition_variable spaceFreed_;     // for more events
     std::condition_variable delivered_;      // everything
     std::condition_variable callRequested_;  // a level meter, a round trip, a connection
     // Guarded by lock_.

@@ -33,6 +33,11 @@ public:
             Operation operation{destination, type, flag, payload};
             const std::lock_guard guard(lock_);
             startThread();
+            if (closed_ && type == operations::renewLock) {
+                // The controller's own, every 9 s for each lock in the caches: a lock ends with its
+                // connection, and no application has asked for the renewal.
+                return;
+            }
             if (closed_) {
                 reason = Reason::Stopped;
             } else if (queue_.push(std::move(operation), monotonicMS())) {

@@ -250,6 +250,7 @@ TEST_F(QXReceiverTest, AStopSendsWhatWaits) {
     gQXReceiver.close(1000ms);
     EXPECT_EQ(sender.numbers.text(), sent);
     add(18, R"("late")");
+    add(7);  // a renewal of the controller's worker
     gQXReceiver.abandon();
     EXPECT_EQ(listener.drops.text(), "92/18 late 0 2 the link was stopped\n");
     EXPECT_EQ(errors.text(),
