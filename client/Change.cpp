@@ -1,7 +1,12 @@
 #include "client/Change.h"
 
 #include <iterator>
+#include <map>
+#include <type_traits>
+#include <utility>
 #include <vector>
+
+#include "client/records.h"
 
 namespace paclient {
 
@@ -9,14 +14,31 @@ namespace {
 
 // What a value takes beside itself.
 
-template <class Plain>
-std::size_t heapBytes(const Plain& /*value*/) {
-    return 0;
-}
 std::size_t heapBytes(const std::string& text) {
     static const std::size_t inside = std::string().capacity();
     return text.capacity() > inside ? text.capacity() : 0;
 }
+
+template <class Item>
+std::size_t heapBytes(const std::vector<Item>& items);
+template <class Key, class Value>
+std::size_t heapBytes(const std::map<Key, Value>& entries);
+
+/// Of a record, or of a value that owns no memory.
+template <class Value>
+std::size_t heapBytes(const Value& value) {
+    if constexpr (isDescribed<Value>) {
+        std::size_t bytes = 0;
+        forEachMember(value, [&bytes](const MemberInfo& /*info*/, const auto& member) {
+            bytes += heapBytes(member);
+        });
+        return bytes;
+    } else {
+        static_assert(std::is_trivially_copyable_v<Value>, "its memory is not counted");
+        return 0;
+    }
+}
+
 template <class Item>
 std::size_t heapBytes(const std::vector<Item>& items) {
     std::size_t bytes = items.capacity() * sizeof(Item);
@@ -25,21 +47,43 @@ std::size_t heapBytes(const std::vector<Item>& items) {
     }
     return bytes;
 }
-std::size_t heapBytes(const palink::Refusal& refusal) {
-    return heapBytes(refusal.requestId) + heapBytes(refusal.reason);
+template <class Key, class Value>
+std::size_t heapBytes(const std::map<Key, Value>& entries) {
+    constexpr std::size_t node = 4 * sizeof(void*) + sizeof(std::pair<const Key, Value>);
+    std::size_t bytes = entries.size() * node;
+    for (const auto& [key, value] : entries) {
+        bytes += heapBytes(key) + heapBytes(value);
+    }
+    return bytes;
 }
-std::size_t heapBytes(const AnnouncementRequest& record) {
-    return heapBytes(record.messageContent) + heapBytes(record.zones);
-}
-std::size_t heapBytes(const PaSink& record) {
-    return heapBytes(record.label) + heapBytes(record.mediaLog) + heapBytes(record.paZoneList);
-}
-std::size_t heapBytes(const PaZone& record) {
-    return heapBytes(record.id);
-}
+
 template <class Record>
 std::size_t heapBytes(const Updated<Record>& updated) {
     return heapBytes(updated.record);
+}
+std::size_t heapBytes(const Deleted<PaZone>& deleted) {
+    return heapBytes(deleted.id);
+}
+std::size_t heapBytes(const Deleted<AnnouncementRequest>& deleted) {
+    return heapBytes(deleted.record);
+}
+std::size_t heapBytes(const Deleted<ScheduleDefinition>& deleted) {
+    return heapBytes(deleted.record);
+}
+std::size_t heapBytes(const LockChange& change) {
+    return heapBytes(change.lockedUUID) + heapBytes(change.before);
+}
+std::size_t heapBytes(const Retrieval& retrieval) {
+    return heapBytes(retrieval.requestId) + heapBytes(retrieval.uri);
+}
+std::size_t heapBytes(const palink::ConnectionChange& change) {
+    return heapBytes(change.reason);
+}
+std::size_t heapBytes(const pa::DroppedOperation& dropped) {
+    return heapBytes(dropped.requestId) + heapBytes(dropped.text);
+}
+std::size_t heapBytes(const SentOperation& sent) {
+    return heapBytes(sent.operation.payload);
 }
 
 /// In the order of the alternatives.

@@ -61,7 +61,7 @@ TEST(ChangeStreamTest, EachSubscriberReadsWhatItWantsFromItsOwnQueue) {
     EXPECT_FALSE(isReadable(levels));
 }
 
-TEST(ChangeStreamTest, AFullQueueSaysWhatItHasLostAndGoesOn) {
+TEST(ChangeStreamTest, AFullQueueReportsWhatItHasLostAndContinues) {
     const std::string large(10'000, 'x');
     Subscription narrow(paclient::allKinds(), 25'000);
     Subscription wide;
@@ -78,6 +78,36 @@ TEST(ChangeStreamTest, AFullQueueSaysWhatItHasLostAndGoesOn) {
     EXPECT_EQ(text(narrow.next()).size(), 100'000U)
         << "what is too large for any queue is not lost";
     EXPECT_EQ(wide.waiting(), 7U);
+}
+
+TEST(ChangeStreamTest, EveryTextCountsTowardsTheBound) {
+    const std::string large(1'000'000, 'x');
+    PaSource source;
+    source.label = large;
+    PaSelector selector;
+    selector.paZoneList[1] = large;
+    ScheduleDefinition schedule;
+    schedule.displayTemplateKeyValueList["LINE"] = large;
+    ScheduleDefinition spoken;
+    spoken.ttsList.emplace_back();
+    spoken.ttsList[0].text = large;
+    using namespace paclient;
+    const Change changes[] = {
+        Updated<PaSource>{source},
+        Updated<PaSelector>{selector},
+        Updated<ScheduleDefinition>{schedule},
+        Deleted<ScheduleDefinition>{spoken},
+        Deleted<PaZone>{large},
+        LockChange{1, "", large},
+        Retrieval{"", false, {}, large},
+        palink::ConnectionChange{{}, 1, large},
+        pa::DroppedOperation{{}, {}, "", large, 0, 1},
+        SentOperation{{-1, {}, 1, large}},
+    };
+    for (const Change& change : changes) {
+        EXPECT_GT(bytesOf(change), large.size()) << eventName(change);
+    }
+    EXPECT_LT(bytesOf(Updated<PaSource>{}), 2000U);
 }
 
 TEST(ChangeStreamTest, AWaitEndsWithAChangeWithItsLimitAndByAnException) {
