@@ -1,11 +1,9 @@
 #include "simserver/audio/UploadFolder.h"
 
-#include <cerrno>
 #include <cstdlib>
 #include <fcntl.h>
 #include <string_view>
 #include <sys/file.h>
-#include <system_error>
 #include <unistd.h>
 
 #include "simserver/protocol/Refused.h"
@@ -16,20 +14,9 @@ namespace fs = std::filesystem;
 
 namespace {
 
-std::error_code lastError() {
-    return {errno, std::generic_category()};
-}
-
 fs::path madeFolder(const fs::path& wanted) {
-    if (!wanted.empty()) {
-        fs::create_directories(wanted);
-        return wanted;
-    }
-    std::string name = (fs::temp_directory_path() / "pa-spool-XXXXXX").string();
-    if (mkdtemp(name.data()) == nullptr) {
-        throw fs::filesystem_error("cannot make an upload folder", name, lastError());
-    }
-    return name;
+    fs::create_directories(wanted);
+    return wanted;
 }
 
 /// A new, empty file to write to, in a folder that is made if needed.
@@ -37,22 +24,18 @@ fs::path newFile(const fs::path& folder) {
     std::error_code ignored;
     fs::create_directory(folder, ignored);
     std::string name = (folder / ".upload-XXXXXX").string();
-    const int file = mkstemp(name.data());
-    if (file < 0) {
-        throw Refused(lastError().message());
+    const pautil::Descriptor file(mkstemp(name.data()));
+    if (!file.isOpen()) {
+        throw Refused(pautil::lastError().message());
     }
-    close(file);
     return name;
 }
 
 /// Waits until a file or folder has reached the disk, so that a power failure leaves it whole.
 void sync(const fs::path& path) {
-    const int file = open(path.c_str(), O_RDONLY | O_CLOEXEC);
-    const bool done = file >= 0 && fsync(file) == 0;
-    const std::error_code error = lastError();
-    close(file);
-    if (!done) {
-        throw Refused(error.message());
+    const pautil::Descriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC));
+    if (!file.isOpen() || fsync(file.number()) != 0) {
+        throw Refused(pautil::lastError().message());
     }
 }
 
@@ -82,25 +65,17 @@ std::optional<fs::path> placeIn(const fs::path& here, std::string_view onServer,
 }  // namespace
 
 UploadFolder::UploadFolder(const fs::path& folder, const fs::path& initial)
-    : temporary_(folder.empty()),
-      folder_(madeFolder(folder)),
+    : temporary_(folder.empty() ? std::make_unique<pautil::TemporaryFolder>("pa-spool") : nullptr),
+      folder_(temporary_ ? temporary_->path() : madeFolder(folder)),
       previews_(folder_ / fs::path(previewFolder).parent_path().filename()),
       use_(open(folder_.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC)) {
-    const bool exclusive = flock(use_, LOCK_EX | LOCK_NB) == 0;
+    const bool exclusive = flock(use_.number(), LOCK_EX | LOCK_NB) == 0;
     if (exclusive) {
         std::error_code ignored;
         fs::remove_all(previews_, ignored);
     }
-    flock(use_, LOCK_SH);
+    flock(use_.number(), LOCK_SH);
     linkFiles(initial, folder_);
-}
-
-UploadFolder::~UploadFolder() {
-    close(use_);
-    if (temporary_) {
-        std::error_code ignored;
-        fs::remove_all(folder_, ignored);
-    }
 }
 
 std::optional<fs::path> UploadFolder::placeOf(const std::string& serverPath) const {

@@ -2,10 +2,13 @@
 
 #include <filesystem>
 #include <functional>
+#include <memory>
 #include <optional>
 #include <string>
 
 #include "link/Transport.h"
+#include "util/Descriptor.h"
+#include "util/TemporaryFolder.h"
 
 namespace simserver {
 
@@ -19,14 +22,16 @@ public:
     static constexpr const char* serverFolder = "/home/quillon/tmp/";
     static constexpr const char* previewFolder = "/home/quillon/tmp/pa-previews/";
 
-    /// @param folder made if needed; empty for a temporary one, removed with this object
+    /// @param folder made if needed; empty for a temporary one, removed with this object; those
+    ///        of servers that were killed are removed as well
     /// @param initial a folder whose files it begins with, as symbolic links; may be missing
     /// @throws std::filesystem::filesystem_error when it cannot be made, or `initial` not be read
+    /// @throws pautil::FileError when a temporary one cannot be made
     explicit UploadFolder(const std::filesystem::path& folder,
                           const std::filesystem::path& initial = {});
     UploadFolder(const UploadFolder&) = delete;
     UploadFolder& operator=(const UploadFolder&) = delete;
-    ~UploadFolder();
+    ~UploadFolder() = default;
 
     /// The place of a file of the server's folder on this machine; nothing for a path that does not
     /// name a file directly in that folder.
@@ -45,10 +50,10 @@ public:
     palink::UploadResult store(const std::string& localPath, const std::string& serverPath) const;
 
 private:
-    const bool temporary_;
+    const std::unique_ptr<const pautil::TemporaryFolder> temporary_;  // none for a given folder
     const std::filesystem::path folder_;
     const std::filesystem::path previews_;
-    const int use_;  // descriptor of the folder, with a lock that all its users share
+    const pautil::Descriptor use_;  // the folder, with a lock that all its users share
 };
 
 }  // namespace simserver

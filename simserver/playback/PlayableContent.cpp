@@ -6,6 +6,7 @@
 
 #include "simserver/lookUp.h"
 #include "simserver/protocol/Refused.h"
+#include "util/utf8.h"
 
 namespace simserver {
 
@@ -25,10 +26,8 @@ SimTime lengthOfFile(const std::filesystem::path& file) {
     return std::chrono::round<SimTime>(std::min<std::chrono::duration<double>>(seconds, longest));
 }
 
-/// Every byte of UTF-8 but a continuation begins a character.
 SimTime lengthOfText(const std::string& text) {
-    const auto characters =
-        std::count_if(text.begin(), text.end(), [](char c) { return (c & 0xC0) != 0x80; });
+    const auto characters = static_cast<SimTime::rep>(pautil::countCharacters(text));
     return std::max(shortestText, characters * perCharacter);
 }
 

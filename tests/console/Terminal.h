@@ -9,7 +9,7 @@
 #include <utility>
 
 #include "tests/console/consoleRun.h"
-#include "tests/console/testFiles.h"
+#include "tests/support/TestFolder.h"
 
 /// The console's shell as a process of its own, on a terminal of its own.
 class Terminal {

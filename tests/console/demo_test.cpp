@@ -3,7 +3,7 @@
 #include "console/demo/DemoSchedule.h"
 #include "sdk/PAController.h"
 #include "tests/console/consoleRun.h"
-#include "tests/console/testFiles.h"
+#include "tests/support/TestFolder.h"
 
 namespace {
 

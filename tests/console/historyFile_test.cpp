@@ -5,7 +5,7 @@
 #include <sys/stat.h>
 
 #include "tests/console/consoleRun.h"
-#include "tests/console/testFiles.h"
+#include "tests/support/TestFolder.h"
 
 namespace {
 

@@ -1,7 +1,7 @@
 #include <nlohmann/json.hpp>
 
 #include "tests/console/consoleRun.h"
-#include "tests/console/testFiles.h"
+#include "tests/support/TestFolder.h"
 
 namespace {
 

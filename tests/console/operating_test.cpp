@@ -2,7 +2,7 @@
 #include <regex>
 
 #include "tests/console/consoleRun.h"
-#include "tests/console/testFiles.h"
+#include "tests/support/TestFolder.h"
 
 namespace {
 

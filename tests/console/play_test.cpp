@@ -5,7 +5,7 @@
 #include "client/ChangeStream.h"
 #include "console/interrupt.h"
 #include "tests/console/consoleRun.h"
-#include "tests/console/testFiles.h"
+#include "tests/support/TestFolder.h"
 
 namespace {
 

@@ -8,7 +8,7 @@
 #include "console/files/fileUri.h"
 #include "console/files/wavFile.h"
 #include "tests/console/consoleRun.h"
-#include "tests/console/testFiles.h"
+#include "tests/support/TestFolder.h"
 
 namespace {
 

@@ -7,7 +7,7 @@
 
 #include "client/json.h"
 #include "tests/console/consoleRun.h"
-#include "tests/console/testFiles.h"
+#include "tests/support/TestFolder.h"
 #include "tests/support/schedules.h"
 
 namespace {

@@ -2,7 +2,7 @@
 #include "sdk/PAController.h"
 #include "tests/console/Terminal.h"
 #include "tests/console/consoleRun.h"
-#include "tests/console/testFiles.h"
+#include "tests/support/TestFolder.h"
 
 namespace {
 

@@ -4,7 +4,7 @@
 
 #include "console/arguments/words.h"
 #include "tests/console/consoleRun.h"
-#include "tests/console/testFiles.h"
+#include "tests/support/TestFolder.h"
 
 /// @file
 /// Runs the transcripts in the folder next to this file. A transcript is a list of cases:

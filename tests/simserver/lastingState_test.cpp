@@ -1,6 +1,7 @@
 #include "simserver/state/StateStore.h"
 #include "tests/simserver/Replay.h"
-#include "tests/simserver/TestFolder.h"
+#include "tests/simserver/environment.h"
+#include "tests/support/TestFolder.h"
 
 namespace {
 
@@ -43,7 +44,7 @@ struct LastingState : testing::Test {
     }
 
     const TestFolder folder;
-    const fs::path state = folder.path / "state";
+    const fs::path state = folder.path() / "state";
     Station station = operatedStation();
 };
 
@@ -70,7 +71,7 @@ TEST_F(LastingState, IsThereAfterAKillOnceItIsReported) {
             }
             EXPECT_EQ(found, kept) << step;
         }
-        EXPECT_TRUE(server.storeFile(folder.file("local", "sound"), upload).stored);
+        EXPECT_TRUE(server.storeFile(folder.write("local", "sound"), upload).stored);
     }
     const auto wanted = client.last;
     EXPECT_EQ(recordsOf(client.atKill, station), wanted);
@@ -95,7 +96,7 @@ TEST_F(LastingState, IsThereAfterAKillOnceItIsReported) {
 TEST_F(LastingState, IsReadFromAFolderThatCannotBeWrittenTo) {
     {
         SimServer server(station, {1.0, true, {}, state, mondayMorning});
-        EXPECT_TRUE(server.storeFile(folder.file("local", "sound"), upload).stored);
+        EXPECT_TRUE(server.storeFile(folder.write("local", "sound"), upload).stored);
         server.handleOperation(ServerTest::operationIn(R"(92/3 9,"Yard")"));
     }
     fs::permissions(state, fs::perms(0555));

@@ -5,9 +5,9 @@
 
 #include "simserver/protocol/FieldText.h"
 #include "simserver/protocol/RequestDecoder.h"
-#include "tests/simserver/TestFolder.h"
 #include "tests/simserver/stations.h"
 #include "tests/simserver/tables.h"
+#include "tests/support/TestFolder.h"
 
 namespace {
 
@@ -34,9 +34,9 @@ struct PlayableContentTest : testing::Test {
     }
 
     const TestFolder folder;
-    const std::string file = folder.file("file", "content");
+    const std::string file = folder.write("file", "content");
     Station station = smallStation();
-    UploadFolder uploads{folder.path / "server"};
+    UploadFolder uploads{folder.path() / "server"};
     PlayableContent content{station, uploads};
 };
 
@@ -68,11 +68,12 @@ TEST_F(PlayableContentTest, ChecksPartsAndKnowsTheirLengths) {
 
 TEST_F(PlayableContentTest, PlaysUploadsAndPreviewsForTheirLength) {
     const auto store = [this](const std::string& name, const std::string& bytes) {
-        return uploads.store(folder.file("local", bytes), onServer + name).stored;
+        return uploads.store(folder.write("local", bytes), onServer + name).stored;
     };
     EXPECT_TRUE(store("a.wav", sound(24'000)));
     EXPECT_TRUE(store("c.wav", "no audio"));
-    fs::copy(folder.path / "server" / "a.wav", folder.path / "server" / "pa-previews" / "p.wav");
+    fs::copy(folder.path() / "server" / "a.wav",
+             folder.path() / "server" / "pa-previews" / "p.wav");
     EXPECT_TRUE(store("a.wav", sound(8000)));  // replaces the other
     expectResults([this](const std::string& part) { return lengthOf(part); }, R"~(
 11,ip,"Yard",3^/home/quillon/tmp/a.wav,,0^0^0             | 500
@@ -92,19 +93,19 @@ TEST_F(PlayableContentTest, StoresFilesOnlyInTheServersFolder) {
     }
     const std::string target = onServer + "..a, b^\\c";
     EXPECT_TRUE(uploads.store(file, target).stored);
-    mkfifo((folder.path / "pipe").c_str(), 0600);
+    mkfifo((folder.path() / "pipe").c_str(), 0600);
     for (const char* const name : {"missing", "server", "pipe"}) {
-        const std::string reason = uploads.store((folder.path / name).string(), target).reason;
+        const std::string reason = uploads.store((folder.path() / name).string(), target).reason;
         EXPECT_EQ(reason.rfind("cannot read", 0), 0U) << name;
     }
     EXPECT_FALSE(uploads.store(file, onServer + std::string(300, 'a')).stored);
     EXPECT_FALSE(uploads.store(file, onServer + "pa-previews").stored);
-    EXPECT_EQ(fs::file_size(folder.path / "server" / "..a, b^\\c"), 7U);
+    EXPECT_EQ(fs::file_size(folder.path() / "server" / "..a, b^\\c"), 7U);
     EXPECT_EQ(folder.files(), 3);  // no incomplete file
 }
 
 TEST_F(PlayableContentTest, KeepsUploadsAndNoPreviewsOfEarlierRuns) {
-    const auto opened = [this] { return std::make_unique<UploadFolder>(folder.path / "kept"); };
+    const auto opened = [this] { return std::make_unique<UploadFolder>(folder.path() / "kept"); };
     auto first = opened();
     EXPECT_TRUE(first->store(file, onServer + "upload").stored);
     const fs::path preview = *first->placeOfPreview(onServer + "pa-previews/a.wav");
@@ -117,11 +118,12 @@ TEST_F(PlayableContentTest, KeepsUploadsAndNoPreviewsOfEarlierRuns) {
     EXPECT_TRUE(fs::exists(preview)) << "a client may still fetch it";
     opened();
     EXPECT_FALSE(fs::exists(preview));
-    EXPECT_TRUE(fs::exists(folder.path / "kept" / "upload"));
+    EXPECT_TRUE(fs::exists(folder.path() / "kept" / "upload"));
 
     auto temporary = std::make_unique<UploadFolder>("");
     const fs::path place = *temporary->placeOf(onServer + "a");
     EXPECT_TRUE(temporary->store(file, onServer + "a").stored);
+    EXPECT_EQ(place.parent_path().filename().string().rfind("pa-spool-", 0), 0U);
     temporary.reset();
     EXPECT_FALSE(fs::exists(place.parent_path()));
 }

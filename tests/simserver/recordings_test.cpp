@@ -1,5 +1,6 @@
 #include "tests/simserver/Replay.h"
-#include "tests/simserver/TestFolder.h"
+#include "tests/simserver/environment.h"
+#include "tests/support/TestFolder.h"
 
 namespace {
 
@@ -12,15 +13,15 @@ Station stationWith(const std::string& microphone) {
 }
 
 struct RecordingsTest : TestFolder, ServerTest {
-    RecordingsTest() : ServerTest(stationWith(""), {1.0, true, path}) { eventsOf("connect"); }
+    RecordingsTest() : ServerTest(stationWith(""), {1.0, true, path()}) { eventsOf("connect"); }
 
     /// Of the recording with the name r.
-    std::vector<std::int16_t> samples() const { return samplesOf(path / "r"); }
+    std::vector<std::int16_t> samples() const { return samplesOf(path() / "r"); }
 
     /// Records a tenth of a second and some more with another microphone.
     /// @return the reason of a refusal
     std::string recordedBy(const std::string& microphone) const {
-        SimServer other(stationWith((path / microphone).string()), {1.0, true, path});
+        SimServer other(stationWith((path() / microphone).string()), {1.0, true, path()});
         const auto refused = other.operateAsOther(operationIn("78/5 /home/quillon/tmp/r"));
         other.advance(std::chrono::milliseconds(190));
         other.operateAsOther(operationIn("78/6"));
@@ -56,15 +57,15 @@ TEST_F(RecordingsTest, RepeatAFile) {
     for (int i = 0; i < 2400; ++i) {
         stereo += std::string(i < 1200 ? "\x40\x1F\0\0" : "\x40\x1F\x40\x1F", 4);
     }
-    file("m.wav", stereo);
+    write("m.wav", stereo);
     EXPECT_EQ(recordedBy("m.wav"), "");
     ASSERT_EQ(samples().size(), 9120U);
     for (const std::size_t repeated : {0U, 4800U}) {
         EXPECT_NEAR(samples()[1200 + repeated], 4000, 100);
         EXPECT_NEAR(samples()[3600 + repeated], 8000, 100);
     }
-    file("empty.wav", header);
-    file("text.wav", "not audio");
+    write("empty.wav", header);
+    write("text.wav", "not audio");
     expectResults([this](const std::string& microphone) { return recordedBy(microphone); }, R"~(
 no.wav    | microphone: cannot read no.wav: System error...
 text.wav  | microphone: cannot read text.wav: ...
@@ -78,11 +79,11 @@ TEST_F(RecordingsTest, AreNotLostWhenTheyCannotBeStored) {
         EXPECT_EQ(events.find(report), 0U) << events;
         EXPECT_EQ(files(), 1);
     };
-    file("r", "an older one");
+    write("r", "an older one");
     eventsOf("78/5 /home/quillon/tmp/r");
     take("+1000");
     fails("78/6", R"(refused: 78/6 [] cannot store "/home/quillon/tmp/r": )");
-    EXPECT_EQ(std::filesystem::file_size(path / "r"), 12U);
+    EXPECT_EQ(std::filesystem::file_size(path() / "r"), 12U);
     take("+1000");
     EXPECT_EQ(eventsOf("78/6"), R"(part: 1 Recorded 0 "/home/quillon/tmp/r" deleted)");
     EXPECT_EQ(samples().size(), 96'000U);
@@ -95,8 +96,8 @@ TEST_F(RecordingsTest, AreNotLostWhenTheyCannotBeStored) {
 }
 
 TEST_F(RecordingsTest, AreReportedAndPlayed) {
-    file("text", "not audio");
-    std::filesystem::create_directory(path / "folder");
+    write("text", "not audio");
+    std::filesystem::create_directory(path() / "folder");
     // A file appears when its recording stops, or is ten minutes long; until then an older one of
     // that name remains. The operator's own preview and an announcement last as long.
     replay(R"~(

@@ -2,7 +2,7 @@
 #include "simserver/protocol/ScheduleDecoder.h"
 #include "simserver/protocol/ScheduleRecord.h"
 #include "tests/simserver/Replay.h"
-#include "tests/simserver/TestFolder.h"
+#include "tests/support/TestFolder.h"
 
 namespace {
 
@@ -109,7 +109,7 @@ TEST_F(SchedulesTest, RunWhenTheirTimeComes) {
 
 TEST(KeptSchedules, RunAfterARestartAndFailVisibly) {
     const TestFolder folder;
-    Options options{1.0, true, {}, folder.path, mondayMorning};
+    Options options{1.0, true, {}, folder.path(), mondayMorning};
     {
         SimServer first(smallStation(), options);
         const auto add = [&first](const std::string& id, const char* zone) {

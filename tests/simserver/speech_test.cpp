@@ -2,6 +2,7 @@
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <future>
 #include <stdexcept>
 
@@ -11,7 +12,8 @@
 #include "simserver/audio/Synthesizer.h"
 #include "simserver/protocol/Records.h"
 #include "tests/simserver/Replay.h"
-#include "tests/simserver/TestFolder.h"
+#include "tests/simserver/environment.h"
+#include "tests/support/TestFolder.h"
 
 namespace {
 
@@ -21,19 +23,19 @@ using namespace simserver;
 class FakeSynthesizer {
 public:
     explicit FakeSynthesizer(const std::string& script) {
-        const std::string program = folder.file(
+        const std::string program = folder.write(
             "espeak-ng",
             "#!/bin/sh\ncase $1 in --voices*) printf 'File\\n5 en - E gmw/en\\n'; exit;; esac\n" +
                 script + "\n");
         std::filesystem::permissions(program, std::filesystem::perms::owner_all);
-        setenv("PATH", folder.path.c_str(), 1);
+        setenv("PATH", folder.path().c_str(), 1);
     }
     FakeSynthesizer(const FakeSynthesizer&) = delete;
     FakeSynthesizer& operator=(const FakeSynthesizer&) = delete;
     ~FakeSynthesizer() { setenv("PATH", path.c_str(), 1); }
 
     const std::string path = std::getenv("PATH");
-    const TestFolder folder{"fake"};
+    const TestFolder folder;
 };
 
 /// A script that writes the header of a WAV file of 8000 Hz and then its input.
@@ -68,11 +70,11 @@ TEST(Synthesizer, EndsTheProgramWhenItIsStopped) {
     const FakeSynthesizer fake("echo $$ > \"${0%/*}/pid\"\necho\nexec /bin/sleep 600");
     pid_t pid = 0;
     const auto hasBegun = [&] {
-        return static_cast<bool>(std::ifstream(fake.folder.path / "pid") >> pid);
+        return static_cast<bool>(std::ifstream(fake.folder.path() / "pid") >> pid);
     };
     EXPECT_FALSE(speak("en", "Hi", [&](double) { return !hasBegun(); }));
     EXPECT_EQ(kill(pid, 0), -1) << pid;  // nothing is left of it
-    std::filesystem::remove(fake.folder.path / "pid");
+    std::filesystem::remove(fake.folder.path() / "pid");
     const auto throwing = [&](double) { return hasBegun() ? throw std::domain_error("") : true; };
     EXPECT_THROW(speak("en", "Hi", throwing), std::domain_error);
     EXPECT_EQ(kill(pid, 0), -1) << pid;
@@ -119,9 +121,9 @@ struct SpeechRendererTest : testing::Test {
         return outcomeOf({"request", "en", "Ann", "48000", text});
     }
 
-    TestFolder folder;
+    const TestFolder folder{TestFolder::unusual};
     Station station = smallStation();
-    UploadFolder uploads{folder.path / "uploads"};
+    UploadFolder uploads{folder.path() / "uploads"};
     std::vector<Preview> reported;  // on the renderer's thread
     SpeechRenderer renderer{station, uploads,
                             [this](const Preview& preview) { reported.push_back(preview); }};
@@ -130,15 +132,18 @@ struct SpeechRendererTest : testing::Test {
 TEST_F(SpeechRendererTest, SpeaksATextIntoAFile) {
     const Preview preview = spoken("Mind \"the\" gap");
     const std::string name = "/pa-previews/" + preview.uuid + ".wav";
-    const std::filesystem::path file = folder.path.string() + "/uploads" + name;
+    const std::filesystem::path file = folder.path().string() + "/uploads" + name;
+    std::string escaped = folder.path().string();
+    escaped.replace(escaped.find(TestFolder::unusual), std::strlen(TestFolder::unusual),
+                    "50%25%20sp%C3%B6ol%20");
     std::string fields;
     for (const auto& field : previewRecord(preview)) {
         fields += *field + "\n";
     }
     EXPECT_EQ(fields, "7\n\"" + preview.uuid + "\"\n\"Mind \\\"the\\\" gap\"\n\"/home/quillon/tmp" +
                           name + "\"\n\"" + std::to_string(std::filesystem::file_size(file)) +
-                          "\"\n\"" + sha256Of(file) + "\"\n\"file://" + testing::TempDir() +
-                          "50%25%20sp%C3%B6ol%20" + folder.pid + "/uploads" + name + "\"\n");
+                          "\"\n\"" + sha256Of(file) + "\"\n\"file://" + escaped + "/uploads" +
+                          name + "\"\n");
 
     // Three short words last about a second, and are loud.
     const auto samples = samplesOf(file);
@@ -227,7 +232,7 @@ TEST_F(SpeechRendererTest, SurvivesTheSynthesizer) {
     close(leak);
     {
         const FakeSynthesizer fake("");
-        std::filesystem::remove(fake.folder.path / "espeak-ng");
+        std::filesystem::remove(fake.folder.path() / "espeak-ng");
         EXPECT_EQ(spoken(text).whyFailed,
                   "the speech synthesizer espeak-ng cannot be started: No such file or directory");
     }

@@ -5,7 +5,8 @@
 #include <sys/stat.h>
 
 #include "simserver/protocol/Refused.h"
-#include "tests/simserver/TestFolder.h"
+#include "tests/simserver/environment.h"
+#include "tests/support/TestFolder.h"
 #include "tests/support/thrownBy.h"
 
 namespace {
@@ -21,8 +22,8 @@ std::string contentOf(const fs::path& file) {
 }
 
 struct StateStoreTest : testing::Test {
-    const TestFolder parent;
-    const fs::path folder = parent.path / "state";
+    const TestFolder parent{TestFolder::unusual};
+    const fs::path folder = parent.path() / "state";
     const fs::path file = folder / StateStore::fileName;
 
     StateStoreTest() { fs::create_directory(folder); }
@@ -54,10 +55,10 @@ struct StateStoreTest : testing::Test {
 
     /// Leaves the folder as a process that is killed with `store` open.
     void kill(std::optional<StateStore>& store) const {
-        fs::copy(folder, parent.path / "copy");
+        fs::copy(folder, parent.path() / "copy");
         store.reset();
         fs::remove_all(folder);
-        fs::rename(parent.path / "copy", folder);
+        fs::rename(parent.path() / "copy", folder);
     }
 };
 
@@ -105,7 +106,7 @@ TEST_F(StateStoreTest, RefusesWhatItCannotReadAndLeavesItAsItIs) {
     const auto sql = [this](const char* statements) {
         return [this, statements] { query(statements); };
     };
-    const auto other = [this] { return parent.file("other", "precious"); };
+    const auto other = [this] { return parent.write("other", "precious"); };
     const auto filled = [this] {
         StateStore store(folder);
         for (int id = 1; id <= 200; ++id) {

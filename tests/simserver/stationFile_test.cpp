@@ -1,8 +1,8 @@
 #include "simserver/station/StationFile.h"
 
 #include "simserver/protocol/Records.h"
-#include "tests/simserver/TestFolder.h"
 #include "tests/simserver/tables.h"
+#include "tests/support/TestFolder.h"
 
 namespace {
 
@@ -19,7 +19,7 @@ std::string textOf(const pa::RecordFields& fields) {
 
 struct StationFileTest : testing::Test {
     Station load(const std::string& content) const {
-        return loadStation(folder.file("s.json", content));
+        return loadStation(folder.write("s.json", content));
     }
 
     const TestFolder folder;
@@ -85,7 +85,7 @@ TEST_F(StationFileTest, ReadsWhatTheRecordsReport) {
          << item.duration.count() << " " << station.recordings.at(0).path << " " << source.priority
          << " " << station.voices[0].synthesizer << " " << station.longestPreview;
     EXPECT_EQ(more.str(), "S2 A/x 1500 2000 4000 1t1 1250 /r.wav 900 en+f3 5");
-    EXPECT_EQ(station.microphone.file, (folder.path / "m.wav").string());
+    EXPECT_EQ(station.microphone.file, (folder.path() / "m.wav").string());
 }
 
 TEST_F(StationFileTest, NamesThePlaceOfAFault) {

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <algorithm>
 #include <csignal>
 #include <cstdint>
 #include <filesystem>
@@ -14,33 +13,6 @@
 #include <vector>
 
 #include "framework/log.h"
-
-/// A folder that is deleted after the test, with a name that needs escapes in a URI.
-struct TestFolder {
-    explicit TestFolder(const std::string& name = "")
-        : path(std::filesystem::path(testing::TempDir()) / ("50% sp\xC3\xB6ol " + pid + name)) {
-        std::filesystem::create_directories(path);
-    }
-    TestFolder(const TestFolder&) = delete;
-    TestFolder& operator=(const TestFolder&) = delete;
-    ~TestFolder() { std::filesystem::remove_all(path); }
-
-    /// The path of a file in it that has this content.
-    std::string file(const std::string& name, const std::string& content) const {
-        std::ofstream(path / name, std::ios::binary) << content;
-        return (path / name).string();
-    }
-
-    /// How many files there are, those of its own folders included.
-    auto files() const {
-        using Entries = std::filesystem::recursive_directory_iterator;
-        return std::count_if(Entries(path), Entries(),
-                             [](const auto& entry) { return !entry.is_directory(); });
-    }
-
-    const std::string pid = std::to_string(getpid());
-    const std::filesystem::path path;
-};
 
 /// The samples of a WAV file, which must be of one channel, 16 bits and 48000 Hz.
 inline std::vector<std::int16_t> samplesOf(const std::filesystem::path& file) {
