@@ -21,7 +21,7 @@ namespace paclient {
 ///     if (announcement.state() != paclient::Announcement::State::Finished) ...
 ///
 /// A request has an audio part, a visual part, or both; the server reports each by itself. A text
-/// that is shown with the validity 0 is not reported, see `partCount`.
+/// that is displayed with the validity 0 is not reported, see `partCount`.
 ///
 /// When the connection is lost, the state is `Unknown` until the server has reported everything
 /// again. What it then reports of the request counts; a part that it does not report any more stays
@@ -41,7 +41,7 @@ public:
         Cancelled,
         PreEmpted,  ///< another announcement has taken its last zone
         Unknown,    ///< the connection is or was lost, or it was withdrawn without a result
-        Failed,     ///< it could not be sent, uploaded or played; the reason says which
+        Failed,     ///< it could not be sent, uploaded or played; see the reason
         Refused,    ///< by the server, with the reason
     };
 
@@ -76,7 +76,7 @@ public:
 
     [[nodiscard]] const std::string& requestId() const;
 
-    /// How many parts the server reports: 0 for a text that is shown with the validity 0 and
+    /// How many parts the server reports: 0 for a text that is displayed with the validity 0 and
     /// nothing else. Such a request stays `Sending` unless it is refused.
     [[nodiscard]] std::size_t partCount() const;
 

@@ -56,10 +56,10 @@ public:
     ~Connection();
 
     /// Connects, and waits until everything that the server holds is in the caches.
-    /// @throws NotConnected     when that takes longer than the limit; it goes on connecting
+    /// @throws NotConnected     when that takes longer than the limit; it continues to connect
     /// @throws std::logic_error when the process has another connection that is open
     /// @throws std::exception   when the transport cannot start
-    /// @throws whatever `wait.whileWaiting` throws; it goes on connecting
+    /// @throws whatever `wait.whileWaiting` throws; it continues to connect
     void open(const Wait& wait = {});
 
     /// Whether the caches hold everything that the server holds.
@@ -85,7 +85,7 @@ public:
     /// @throws whatever `wait.whileWaiting` throws
     void waitUntilDelivered(const Wait& wait = {});
 
-    /// What the server says of itself.
+    /// What the server reports of itself.
     [[nodiscard]] KeyValueMap serverInfo() const;
 
     /// The sources whose lock this client holds.

@@ -11,7 +11,7 @@
 /// @file
 /// Operations on resources that wait until the server has reported their effect.
 ///
-/// Each sends, then waits as `confirm` does; its `Confirmation` says what has come of it. They may
+/// Each sends, then waits as `confirm` does; its `Confirmation` is the outcome. They may
 /// be called from any thread, but not from a callback. Arguments that the controller refuses throw
 /// `std::invalid_argument` or `std::out_of_range` before anything is sent; what
 /// `wait.whileWaiting` throws leaves the function, and the outcome is unknown.

@@ -16,8 +16,8 @@
 namespace paclient {
 
 /// Has the server keep a schedule under its number, in place of one that has the number. `AsBefore`
-/// when it keeps this very schedule and the schedule shows nothing; how long something is shown
-/// cannot be seen, so that is sent again.
+/// when it keeps this very schedule and the schedule has no visual part; how long that is displayed
+/// the server does not report, so it is sent again.
 /// @throws std::invalid_argument as `checkSchedule`, and when the number is not above 0
 /// @throws whatever `wait.whileWaiting` throws
 Confirmation putSchedule(const ScheduleDefinition& schedule, const Wait& wait);

@@ -15,8 +15,8 @@ void checkSchedule(const ScheduleDefinition& schedule);
 /// The schedule as the server reports it: without what is not sent.
 ScheduleDefinition asReported(const ScheduleDefinition& sent);
 
-/// Whether they are the same, apart from how long something is shown: of that the controller keeps
-/// the value that was reported first.
+/// Whether they are the same, apart from how long its visual part is displayed: of that the
+/// controller keeps the value that was reported first.
 bool isSame(const ScheduleDefinition& a, const ScheduleDefinition& b);
 
 bool isSpoken(AnnouncementType type);

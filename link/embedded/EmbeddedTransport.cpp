@@ -132,8 +132,9 @@ bool EmbeddedTransport::requestRoundTrip(std::uint64_t number) {
 
 UploadResult EmbeddedTransport::upload(const std::string& localPath,
                                        const std::string& serverPath) {
-    // Whoever uploads may hold what the delivery needs: an observer's callback that plays a file
-    // has the controller's mutex. The server must not keep its lock for want of room meanwhile.
+    // The thread that uploads may hold what the delivery needs: an observer's callback that plays a
+    // file has the controller's mutex. The server must not keep its lock for want of space
+    // meanwhile.
     const auto count = [this](int more) {
         const std::lock_guard guard(lock_);
         uploads_ += more;
@@ -203,7 +204,7 @@ void EmbeddedTransport::runDelivery(ServerEventSink& sink) {
 
 // -------------------------------------------------------------------------- connection and calls
 
-/// With lock_ held: what the event says of the connection.
+/// With lock_ held: what the event means for the connection.
 void EmbeddedTransport::noteConnection(const ServerEvent& event) {
     if (std::holds_alternative<Connected>(event)) {
         connected_ = true;

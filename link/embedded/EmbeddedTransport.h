@@ -32,8 +32,8 @@ public:
     /// The client leaves. When this returns `client` is not called any more.
     virtual void disconnectClient() = 0;
 
-    /// Does what an operation asks for, or tells the client why not. May come with no client there.
-    /// An exception that leaves it has the operation dropped and reported.
+    /// Does what an operation asks for, or reports to the client why not. May come without a
+    /// client. An exception that leaves it has the operation dropped and reported.
     virtual void handleOperation(const pa::Operation& operation) = 0;
 
     /// Returns when the client has received what the server is reporting on any thread at the time
@@ -50,9 +50,9 @@ public:
 
 /// Joins the SDK to a server in the same process.
 ///
-/// What the server says waits in a queue and is delivered on a thread of the transport, so that the
-/// server never runs code of the application. The queue is bounded by memory: while it is full the
-/// server's threads wait in `deliver`, with whatever locks they hold, until half of it has been
+/// What the server reports waits in a queue and is delivered on a thread of the transport, so that
+/// the server never runs code of the application. The queue is bounded by memory: while it is full
+/// the server's threads wait in `deliver`, with whatever locks they hold, until half of it has been
 /// delivered. So nothing that an observer calls waits for the server: operations are handed over on
 /// the send queue's thread, level meters and round trips on a second thread of the transport. A
 /// request for a level meter that still waits there is replaced by a later one for the same
@@ -67,11 +67,11 @@ public:
     static constexpr std::size_t defaultMaxBytes = std::size_t{16} << 20U;
 
     /// @param server   must outlive the transport
-    /// @param maxBytes how much of what the server says may wait, by an estimate of its size
+    /// @param maxBytes how much of what the server reports may wait, by an estimate of its size
     explicit EmbeddedTransport(EmbeddedServer& server, std::size_t maxBytes = defaultMaxBytes);
     ~EmbeddedTransport() override;
 
-    /// Returns when the server has said what it says to a new client.
+    /// Returns when the server has reported all that it reports to a new client.
     /// @throws std::exception when the server takes none at this first attempt
     void start(ServerEventSink& sink) override;
     void stop() override;
@@ -80,8 +80,8 @@ public:
     bool requestRoundTrip(std::uint64_t number) override;
     UploadResult upload(const std::string& localPath, const std::string& serverPath) override;
 
-    /// Waits until everything that the server has said so far has been delivered. Not to be called
-    /// from a callback.
+    /// Waits until everything that the server has reported so far has been delivered. Not to be
+    /// called from a callback.
     void waitUntilDelivered();
 
 private:
@@ -118,10 +118,10 @@ private:
     std::size_t bytes_ = 0;  // of what is in queue_
     bool full_ = false;
     int uploads_ = 0;           // under way
-    std::size_t heldBack_ = 0;  // threads of the server that wait for room
+    std::size_t heldBack_ = 0;  // threads of the server that wait for space
     bool delivering_ = false;
     std::thread::id deliveryThread_;
-    bool connected_ = false;             // by what the server has said last
+    bool connected_ = false;             // by what the server has reported last
     std::map<int, bool> meterRequests_;  // by element
     std::deque<std::uint64_t> roundTrips_;
     Backoff backoff_;

@@ -43,7 +43,7 @@ public:
         Statement& bind(int place, const char* text);
         Statement& bind(int place, std::string_view bytes);
 
-        /// Goes on to the next row, if there is one.
+        /// Steps to the next row, if there is one.
         bool step();
 
         int integer(int column) const;

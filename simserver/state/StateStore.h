@@ -22,7 +22,7 @@ enum class Kept { Schedule, SourceGain, AttachedZones, SinkGain, Monitoring };
 /// `remove` returns; of other values a power failure may undo the last changes.
 ///
 /// A folder that cannot be written to is read, once; then the values are kept in memory, and the
-/// log has a line that says so. Passive: one thread at a time.
+/// log reports it in one line. Passive: one thread at a time.
 class StateStore {
 public:
     static constexpr const char* fileName = "schedules.db";  // it once held nothing else

@@ -250,10 +250,10 @@ TEST_F(AnnouncementTest, LosesTheZonesThatAnotherOneTakes) {
     advance(0ms);
     EXPECT_EQ(playingZones(low), (Names{"Yard"}));
     EXPECT_EQ(part.state(), State::PreEmpted);
-    Message shown;
-    shown.setVisualMessage("Main", {}, 30);
-    shown.setPriority({APM_ABSOLUTE_PRIORITY, 900});
-    Announcement visual({"Yard"}, shown);
+    Message display;
+    display.setVisualMessage("Main", {}, 30);
+    display.setPriority({APM_ABSOLUTE_PRIORITY, 900});
+    Announcement visual({"Yard"}, display);
     visual.waitUntilAccepted({});
     advance(0ms);
     EXPECT_EQ(playingZones(low), (Names{"Yard"}));
@@ -291,14 +291,14 @@ TEST_F(AnnouncementTest, StopsWaitingWhenTheFunctionThrows) {
 
 // ------------------------------------------------------------------------------------ the dry run
 
-TEST_F(AnnouncementTest, ADryRunFindsWhatStandsAgainstIt) {
+TEST_F(AnnouncementTest, ADryRunFindsWhatPreventsIt) {
     Announcement busy({"Hall"}, items("busy-request", 600));
     busy.waitUntilAccepted({});
     advance(0ms);
     Message spoken;
     spoken.setAudioMessage("text", "en", "anna", Message::UTF_8);
-    Message shown;
-    shown.setVisualMessage("Main", {}, 30);
+    Message display;
+    display.setVisualMessage("Main", {}, 30);
     using Kind = Finding::Kind;
     struct Case {
         Names zones;
@@ -309,7 +309,7 @@ TEST_F(AnnouncementTest, ADryRunFindsWhatStandsAgainstIt) {
         {{"Hall"}, items("x", 600), {}},
         {{"Hall"}, items("x", 599), {{Kind::BusyZone, "Hall"}}},
         {{"Hall/North"}, items("x", 599), {{Kind::BusyZone, "Hall/North"}}},
-        {{"Hall"}, shown, {}},
+        {{"Hall"}, display, {}},
         {{"Nowhere", "Roof", "Yard", "Cellar"},
          items("x", 600),
          {{Kind::UnknownZone, "Nowhere"},

@@ -37,7 +37,7 @@ TEST(ScheduleDays, areNamesAndRanges) {
     struct Case {
         const char* typed;
         int mask;
-        const char* shown;
+        const char* text;
     };
     const Case cases[] = {{"mon", 1, "mon"},
                           {"mon-fri,sun", 0b1011111, "mon-fri,sun"},
@@ -48,7 +48,7 @@ TEST(ScheduleDays, areNamesAndRanges) {
                           {"mon-sun", 127, "daily"}};
     for (const Case& c : cases) {
         EXPECT_EQ(parseDays(c.typed), c.mask) << c.typed;
-        EXPECT_EQ(daysText(c.mask), c.shown);
+        EXPECT_EQ(daysText(c.mask), c.text);
     }
     for (const char* const bad : {"", "mon,", "-", "mon-", "monday", "mon fri", "1"}) {
         EXPECT_NE(thrownBy<std::invalid_argument>([&] { parseDays(bad); }).find("is no day"),

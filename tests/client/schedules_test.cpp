@@ -91,7 +91,7 @@ ScheduleDefinition withItem(ScheduleDefinition schedule, unsigned item) {
     return schedule;
 }
 
-ScheduleDefinition shown(int validity) {
+ScheduleDefinition visualSchedule(int validity) {
     ScheduleDefinition result = schedule(5);
     result.visualAnnouncementType = AT_DISPLAY_TEMPLATE;
     result.displayTemplateName = "Main";
@@ -111,8 +111,8 @@ TEST_F(SchedulesTest, ArePutInChangedAndRemoved) {
         {"new", [&] { return putSchedule(schedule(1), wait); }, State::Done},
         {"same", [&] { return putSchedule(schedule(1), wait); }, State::AsBefore},
         {"changed", [&] { return putSchedule(withItem(schedule(1), 13), wait); }, State::Done},
-        {"shown", [&] { return putSchedule(shown(9), wait); }, State::Done},
-        {"for longer", [&] { return putSchedule(shown(10), wait); }, State::Done},
+        {"visual", [&] { return putSchedule(visualSchedule(9), wait); }, State::Done},
+        {"for longer", [&] { return putSchedule(visualSchedule(10), wait); }, State::Done},
         {"refused", [&] { return putSchedule(withItem(schedule(1), 99), wait); }, State::Refused},
         {"created",
          [&] {
@@ -137,7 +137,7 @@ TEST_F(SchedulesTest, ArePutInChangedAndRemoved) {
     EXPECT_THROW((void)removeSchedule(0, wait), std::invalid_argument);
     server.ignoreRequests(true);
     EXPECT_EQ(putSchedule(schedule(1), {0ms}).state, State::TimedOut);
-    EXPECT_EQ(putSchedule(shown(11), {0ms}).state, State::TimedOut);
+    EXPECT_EQ(putSchedule(visualSchedule(11), {0ms}).state, State::TimedOut);
     EXPECT_EQ(removeSchedule(5, {0ms}).state, State::TimedOut);
 }
 

@@ -1,4 +1,4 @@
-// One announcement on its whole road: application, controller, link, simulated server, and back.
+// One announcement on its whole way: application, controller, link, simulated server, and back.
 #include <condition_variable>
 #include <gtest/gtest.h>
 #include <mutex>
@@ -18,7 +18,7 @@ namespace {
 
 using namespace std::chrono_literals;
 
-/// Keeps what the controller tells of announcements, each as "id: state".
+/// Keeps what the controller notifies of announcements, each as "id: state".
 class Watch : public pa::PAControllerObserverAdapter {
 public:
     void onMessageUpdate(AnnouncementRequest request) override {
@@ -31,7 +31,7 @@ public:
         add(request.getRequestID() + " over");
     }
 
-    /// Waits until `line` has been told.
+    /// Waits until `line` has been noted.
     void waitFor(const std::string& line) {
         std::unique_lock guard(lock_);
         changed_.wait(guard, [&] { return all_.find(line + "\n") != std::string::npos; });
@@ -107,7 +107,7 @@ struct AnnouncementTest : EndToEndFixture {
     }
 };
 
-TEST_F(AnnouncementTest, AHigherPriorityTakesTheZoneAndEachStateIsTold) {
+TEST_F(AnnouncementTest, AHigherPriorityTakesTheZoneAndEachStateIsReported) {
     play("low-priority", 500, {"Hall"});
     watch().waitFor("low-priority: Playing");
     advance(1s);
@@ -138,7 +138,7 @@ TEST_F(AnnouncementTest, HostileZoneNamesComeBackAsTheyWere) {
     EXPECT_EQ(watch().last().zones, hostileTexts);
 }
 
-/// Stands in for the link and keeps the payload of what is sent.
+/// Takes the place of the link and keeps the payload of what is sent.
 class Capture : public pa::OperationSender, private pa::DropListener {
 public:
     Capture() {
@@ -182,19 +182,19 @@ TEST(HostileTexts, ArriveByteForByteInEveryPlace) {
         spoken.setAudioMessage(text, "en", "anna", Message::UTF_8);
         spoken.setAudioMessage("after it", "en", "anna", Message::UTF_8);
         spoken.playAnnouncement({text, "Hall"});
-        const simserver::RequestPart heard = capture.nextPart();
-        EXPECT_EQ(heard.zones, (Texts{text, "Hall"}));
-        const auto& texts = std::get<simserver::SpokenContent>(heard.content).texts;
+        const simserver::RequestPart audio = capture.nextPart();
+        EXPECT_EQ(audio.zones, (Texts{text, "Hall"}));
+        const auto& texts = std::get<simserver::SpokenContent>(audio.content).texts;
         ASSERT_EQ(texts.size(), 2U);
         EXPECT_EQ(texts[0].text, text);
         EXPECT_EQ(texts[1].text, "after it");
 
-        Message shown;
-        shown.setVisualMessage("Main", {{"LINE", {{text, 5}}}}, 30);
-        shown.playAnnouncement({"Hall"});
-        const simserver::RequestPart seen = capture.nextPart();
+        Message visual;
+        visual.setVisualMessage("Main", {{"LINE", {{text, 5}}}}, 30);
+        visual.playAnnouncement({"Hall"});
+        const simserver::RequestPart visualPart = capture.nextPart();
         const auto json =
-            nlohmann::json::parse(std::get<simserver::TemplateContent>(seen.content).json);
+            nlohmann::json::parse(std::get<simserver::TemplateContent>(visualPart.content).json);
         EXPECT_EQ(json["kvPairs"]["LINE"]["values"][0]["text"].get<std::string>(), text);
         EXPECT_EQ(json["validity"], 30);
     }

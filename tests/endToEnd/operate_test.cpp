@@ -1,4 +1,4 @@
-// What an operator does, on its whole road: locks that the worker keeps alive, live zones, spoken
+// What an operator does, on its whole way: locks that the worker keeps alive, live zones, spoken
 // previews.
 #include <atomic>
 #include <filesystem>
@@ -44,19 +44,19 @@ void makePass() {
 
 }  // namespace hand
 
-/// Keeps what the controller tells of previews and announcements.
+/// Keeps what the controller notifies of previews and announcements.
 struct Watch : pa::PAControllerObserverAdapter {
     void onAudioMessageRetrievalComplete(const std::string& id, bool success,
                                          MessageRetrievalError error,
                                          const std::string& uri) override {
         const std::lock_guard guard(lock);
-        told += id + (success ? " done; " : " failed " + std::to_string(error) + "; ");
+        notified += id + (success ? " done; " : " failed " + std::to_string(error) + "; ");
         lastUri = uri;
     }
     void onMessageUpdate(AnnouncementRequest request) override {
         const std::lock_guard guard(lock);
         if (request.getAudioMessageType() == Message::LIVE_STREAM && !request.zones.empty()) {
-            told += "live " + request.stateText + " in " + request.zones.front() + "; ";
+            notified += "live " + request.stateText + " in " + request.zones.front() + "; ";
         }
     }
     void onPaSinkUpdate(PaSink /*sink*/) override {
@@ -66,11 +66,11 @@ struct Watch : pa::PAControllerObserverAdapter {
     }
     std::string take() {
         const std::lock_guard guard(lock);
-        return std::exchange(told, {});
+        return std::exchange(notified, {});
     }
 
     std::mutex lock;
-    std::string told;
+    std::string notified;
     std::string lastUri;
     void (*inSinkUpdate)() = nullptr;
 };
@@ -182,13 +182,13 @@ TEST_F(OperateTest, PreviewsOfOneTextAreAnsweredAtOnceWithItsAudio) {
         spoken("preview-2", "anna", "Mind the \"gap\"").retrieveAudioMessage();
     };
     settle();
-    settle();  // the requests came behind the first one
+    settle();  // the requests came after the first one
     server.waitUntilSpoken();
     settle();
     const TTSDictionary item = gPaController.getTTSDictionaryList().at(0);
-    const std::string told = watch().take();  // the server may tell of its item once more
-    EXPECT_EQ(told.find("preview-2 done; "), 0U) << told;
-    EXPECT_EQ(told.find("preview-1"), std::string::npos) << told;
+    const std::string notified = watch().take();  // the server may report its item once more
+    EXPECT_EQ(notified.find("preview-2 done; "), 0U) << notified;
+    EXPECT_EQ(notified.find("preview-1"), std::string::npos) << notified;
     EXPECT_EQ(item.text, "Mind the \"gap\"");
     ASSERT_EQ(item.uri.substr(0, 7), "file://");
     const std::string file = item.uri.substr(7);

@@ -1,4 +1,4 @@
-// One schedule on its whole road: application, controller, link, simulated server with its
+// One schedule on its whole way: application, controller, link, simulated server with its
 // database, and back.
 #include <chrono>
 #include <gtest/gtest.h>
@@ -77,7 +77,7 @@ TEST_F(ScheduleTest, ABurstArrivesWholeBeforeALinkIsStopped) {
         gPaController.createSchedule(schedule);
     }
     link.stop(std::chrono::minutes(1));
-    connect();  // and is told what the server holds
+    connect();  // and receives what the server holds
     EXPECT_EQ(gPaController.listSchedules().size(), 3000U);
 }
 

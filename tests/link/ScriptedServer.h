@@ -13,7 +13,7 @@
 #include "sdk/AudioServer.h"
 #include "sdk/PAController.h"
 
-/// A server whose words the test chooses.
+/// A server that reports what the test chooses.
 class ScriptedServer : public palink::EmbeddedServer {
 public:
     void connectClient(palink::ServerEventSink& client) override {
@@ -53,7 +53,7 @@ public:
     palink::UploadResult storeFile(const std::string& /*localPath*/,
                                    const std::string& serverPath) override {
         return serverPath == "/good" ? palink::UploadResult{true, ""}
-                                     : palink::UploadResult{false, "no room"};
+                                     : palink::UploadResult{false, "no space"};
     }
     /// Source 1, with its lock.
     void saySource() {

@@ -1,5 +1,5 @@
-/// What an application is told of its connection and of the operations that are dropped, and what a
-/// stop does with those that wait.
+/// What an application is notified of: its connection and the operations that are dropped; and what
+/// a stop does with those that wait.
 
 #include <atomic>
 #include <gtest/gtest.h>
@@ -73,16 +73,16 @@ struct ConnectionTest : testing::Test {
     palink::ServerLink link{newFacade(), transport};
 };
 
-TEST_F(ConnectionTest, IsToldOfStepByStep) {
+TEST_F(ConnectionTest, IsReportedStepByStep) {
     link.start();
     ASSERT_TRUE(link.waitUntilReady(10s));
-    EXPECT_EQ(changes, "connected1 synced1 ") << "told before anybody who waits goes on";
+    EXPECT_EQ(changes, "connected1 synced1 ") << "notified before a wait ends";
     server.say(palink::InitialSetComplete{});
     server.say(palink::Disconnected{"cable pulled"});
     server.say(palink::Disconnected{"still pulled"});
     server.say(palink::InitialSetComplete{});
     server.say(palink::Connected{});
-    server.say(palink::Connected{});  // it was restarted, and nobody has noticed
+    server.say(palink::Connected{});  // it was restarted, without a disconnection
     transport.waitUntilDelivered();
     EXPECT_EQ(changes,
               "connected1 synced1 disconnected1 (cable pulled) connected2 "
@@ -147,7 +147,7 @@ TEST_F(ConnectionTest, AStopReportsWhatItCannotSend) {
     perLookMS = 0;
     EXPECT_EQ(server.operations(), std::vector<std::string>{"\"a\""});
     const auto left = dropped();
-    ASSERT_EQ(left.size(), 2U) << "told of before stop returns";
+    ASSERT_EQ(left.size(), 2U) << "reported before stop returns";
     EXPECT_EQ(lines, 2);
     for (const auto& operation : left) {
         EXPECT_EQ(textOf(operation.type), "92/18");
@@ -168,7 +168,7 @@ struct Asking : pa::PAControllerObserverAdapter {
     std::atomic<bool> active{false};
 };
 
-TEST_F(ConnectionTest, IsToldOfEveryDroppedOperation) {
+TEST_F(ConnectionTest, ReportsEveryDroppedOperation) {
     static auto& observer = *new Asking;  // must outlive the controller
     gPaController.registerObserver(&observer);
     server.onOperation = [](const pa::Operation& operation) {
@@ -176,11 +176,11 @@ TEST_F(ConnectionTest, IsToldOfEveryDroppedOperation) {
             throw std::length_error("too large");
         }
     };
-    std::string told;
+    std::string reported;
     link.setDropHandler([&](const palink::DroppedOperation& dropped) {
         static_cast<void>(gPaController.getPaZones());
         const std::lock_guard guard(lock);
-        told += dropped.requestId + ": " + dropped.text + "\n";
+        reported += dropped.requestId + ": " + dropped.text + "\n";
         if (dropped.requestId == "large") {
             cancel("small");  // a handler may ask again
             throw std::runtime_error("and fail");
@@ -207,7 +207,7 @@ TEST_F(ConnectionTest, IsToldOfEveryDroppedOperation) {
     observer.active = false;
     link.stop();
     gQXReceiver.setMaxBytes(QXReceiver::defaultMaxBytes);
-    EXPECT_EQ(told,
+    EXPECT_EQ(reported,
               "large: too large\nold: the link was down\n"
               "one too many: the send queue is full\n");
     EXPECT_EQ(lines, 3);

@@ -16,7 +16,7 @@
 
 namespace {
 
-/// A client that does what the test says with each event.
+/// A client that calls a function of the test with each event.
 struct Client : palink::ServerEventSink {
     void deliver(palink::ServerEvent event) override { onEvent(event); }
     std::function<void(const palink::ServerEvent&)> onEvent = [](const palink::ServerEvent&) {};
@@ -30,7 +30,7 @@ palink::Record largeRecord(int key) {
 TEST(EmbeddedTransportTest, AFullQueueHoldsTheServerBack) {
     ScriptedServer server;
     palink::EmbeddedTransport transport(server, 10'000);
-    std::atomic<int> said{0};
+    std::atomic<int> reported{0};
     int delivered = 0;
     int lastKey = -1;
     int mostWaiting = 0;
@@ -40,17 +40,17 @@ TEST(EmbeddedTransportTest, AFullQueueHoldsTheServerBack) {
         if (record == nullptr || record->kind != pa::RecordKind::Sink) {
             return;
         }
-        while (delivered == 0 && said < 8) {
+        while (delivered == 0 && reported < 8) {
             std::this_thread::yield();  // the server runs ahead
         }
-        mostWaiting = std::max(mostWaiting, said - delivered);
+        mostWaiting = std::max(mostWaiting, reported - delivered);
         ++delivered;
         EXPECT_EQ(record->key, lastKey + 1);
         lastKey = record->key;
     };
     transport.start(client);
-    for (; said < 5000; ++said) {
-        server.say(largeRecord(said));
+    for (; reported < 5000; ++reported) {
+        server.say(largeRecord(reported));
     }
     transport.waitUntilDelivered();
     EXPECT_EQ(delivered, 5000);
@@ -159,7 +159,7 @@ TEST(EmbeddedTransportTest, AStopLetsAServerGoThatIsHeldBack) {
     bool inObserver = false;
     bool disconnected = false;
     server.onDisconnect = [&] {
-        const std::lock_guard gone(server.lock);  // which the held-back thread has
+        const std::lock_guard ofServer(server.lock);  // which the held-back thread has
         const std::lock_guard guard(lock);
         disconnected = true;
         changed.notify_all();

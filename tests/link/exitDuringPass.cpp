@@ -40,7 +40,7 @@ int main() {
         gPaController.addUpdatePaSource(id, record.list());
     }
     // The worker's first sleep began before the time source was replaced; a pass of another thread
-    // stands in for it until then.
+    // takes its place until then.
     static PAController& second = *new PAController;
     pa::RecordList record({"1", "", "", "", "", "", "", "", "", audioServer.getUUID()});
     second.addUpdatePaSource(1, record.list());

@@ -4,7 +4,7 @@
 #include "tests/link/linkStorm.h"
 
 int main() {
-    // The threads go on until the process is gone, and what they use lives as long.
+    // The threads run until the process has ended, and what they use lives as long.
     auto& audioServer = *new AudioServer(gPaController);
     storm::beginWithObservers();
     auto& server = *new storm::TalkingServer(storm::makeStream(20'000, audioServer.getUUID()));

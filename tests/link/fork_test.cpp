@@ -1,5 +1,5 @@
-// What goes on in the child of fork(). Each child ends with a code that says what went wrong there,
-// 0 for nothing.
+// What happens in the child of fork(). Each child ends with a code for what went wrong there, 0 for
+// nothing.
 #include <array>
 #include <atomic>
 #include <condition_variable>
@@ -33,15 +33,15 @@ namespace {
 
 constexpr std::chrono::minutes enough{1};
 
-/// What is said on one thread and waited for on another.
-class Said {
+/// Lines that one thread adds and another waits for.
+class Lines {
 public:
     void add(const std::string& text) {
         const std::lock_guard guard(lock_);
         all_ += text + "\n";
         changed_.notify_all();
     }
-    /// @return false when `text` is not said
+    /// @return false when `text` is not added
     bool wait(const std::string& text) {
         std::unique_lock guard(lock_);
         return changed_.wait_for(guard, enough,
@@ -60,7 +60,7 @@ struct Sender : pa::OperationSender {
         sent.add(std::to_string(operation.type.number) + " " + operation.payload);
         return true;
     }
-    Said sent;
+    Lines sent;
 };
 
 int codeOf(pid_t child) {
@@ -69,7 +69,7 @@ int codeOf(pid_t child) {
     return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
 }
 
-/// The code of a child that does what `inChild` says and returns.
+/// The code of a child that calls `inChild`, which returns it.
 int codeOfChild(const std::function<int()>& inChild) {
     const pid_t child = fork();
     if (child == 0) {
@@ -94,12 +94,12 @@ AudioServer& facade() {
     return theFacade;
 }
 
-void tellSource(int id, const std::string& lockedUUID) {
+void reportSource(int id, const std::string& lockedUUID) {
     pa::RecordList record({std::to_string(id), "", "", "", "", "", "", "", "", lockedUUID});
     gPaController.addUpdatePaSource(id, record.list());
 }
 
-void tellSink(int id, const std::string& label) {
+void reportSink(int id, const std::string& label) {
     pa::RecordList record({std::to_string(id), "", label});
     gPaController.addUpdatePaSink(id, record.list());
 }
@@ -109,7 +109,7 @@ struct ForkTest : testing::Test {
         pa::store(gAudioServerInstance, &facade());
         pa::TimeSource source;
         source.sleepMS = [](int ms) {
-            // Nobody waits for the worker, nor for what goes on in an idle child.
+            // No test waits for the worker, nor for an idle child.
             if (ms >= 9000 || (ms == 1000 && getppid() == idleParent)) {
                 const timespec duration{ms / 1000, 0};
                 nanosleep(&duration, nullptr);
@@ -123,8 +123,8 @@ struct ForkTest : testing::Test {
     }
 };
 
-TEST_F(ForkTest, TheWorkerGoesOnAndWhatIsLoggedIsWritten) {
-    tellSource(1, facade().getUUID());
+TEST_F(ForkTest, TheWorkerRunsAndWhatIsLoggedIsWritten) {
+    reportSource(1, facade().getUUID());
     int ends[2];
     ASSERT_EQ(pipe(ends), 0);
     const int code = codeOfChild([&] {
@@ -155,8 +155,8 @@ TEST_F(ForkTest, AnObserverMayForkInACallback) {
     };
     static auto& observer = *new Observer;
     gPaController.registerObserver(&observer);
-    tellSource(2, facade().getUUID());
-    tellSink(1, "fork");
+    reportSource(2, facade().getUUID());
+    reportSink(1, "fork");
     if (observer.child == 0) {
         // The callback has returned; the worker needs the mutex that was held around it.
         static Sender& sender = *new Sender;
@@ -179,7 +179,7 @@ TEST_F(ForkTest, ALogSinkMayForkWhileOtherThreadsLogWithTheMutex) {
     {
         pa::PosixThread teller("teller", [] {
             for (int i = 0; i < 2000; ++i) {
-                tellSink(1, std::to_string(i));
+                reportSink(1, std::to_string(i));
             }
         });
         for (int i = 0; i < 20; ++i) {
@@ -204,8 +204,8 @@ TEST_F(ForkTest, EveryLockIsUsableWhateverOtherThreadsDo) {
         subscribeUnsubscribeToResAmpVUMeterElement(false, 1);
         facade().addCampaignLog("text");
         facade().setUploader({});
-        tellSink(1, "");
-        tellSink(1, "changed");
+        reportSink(1, "");
+        reportSink(1, "changed");
         static_cast<void>(gPaController.getSwPaTriggers());
         gQXReceiver.setMaxWait(std::chrono::seconds(5));
     };
@@ -278,8 +278,8 @@ struct CountingTransport : palink::Transport {
     std::atomic<int> calls{0};
 };
 
-TEST_F(ForkTest, ALinkOfTheParentIsDeadAndSaysSo) {
-    static Said& errors = *new Said;
+TEST_F(ForkTest, ALinkOfTheParentDoesNothingAndReportsIt) {
+    static Lines& errors = *new Lines;
     pa::setLogSink(
         [](const pa::LogLine& line) { errors.add(std::to_string(line.level) + line.text); });
     CountingTransport transport;

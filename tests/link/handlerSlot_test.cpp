@@ -38,19 +38,19 @@ TEST(HandlerSlotTest, WhatIsReplacedIsNeitherRunningNorThereAnyMore) {
 
 TEST(HandlerSlotTest, AHandlerMayReplaceItself) {
     Slot slot;
-    std::string told;
+    std::string calls;
     auto owned = std::make_shared<int>(0);
     const std::weak_ptr<int> watched = owned;
     slot.set([&, owned = std::move(owned)](const int& n) {
-        slot.set([&](const int& m) { told += "second " + std::to_string(m) + " "; });
+        slot.set([&](const int& m) { calls += "second " + std::to_string(m) + " "; });
         EXPECT_FALSE(watched.expired()) << "it is running";
         slot.call(n + 1);
-        told += "first " + std::to_string(n) + " ";
+        calls += "first " + std::to_string(n) + " ";
     });
     EXPECT_TRUE(slot.call(1));
     EXPECT_TRUE(watched.expired());
     slot.call(3);
-    EXPECT_EQ(told, "second 2 first 1 second 3 ");
+    EXPECT_EQ(calls, "second 2 first 1 second 3 ");
 }
 
 TEST(HandlerSlotTest, AlsoWaitsForOneThatHasReplacedItself) {
@@ -84,12 +84,12 @@ struct Owned {
     Slot& slot;
 };
 
-TEST(HandlerSlotTest, WhatAHandlerOwnsMayUseTheSlotWhenItGoes) {
+TEST(HandlerSlotTest, WhatAHandlerOwnsMayUseTheSlotWhenItIsDestroyed) {
     Slot slot;
     slot.set([owned = std::make_shared<Owned>(slot)](const int&) {});
-    int told = 0;
-    slot.set([&told](const int& n) { told = n; });
-    EXPECT_EQ(told, 7);
+    int handled = 0;
+    slot.set([&handled](const int& n) { handled = n; });
+    EXPECT_EQ(handled, 7);
     slot.set([&slot, owned = std::make_shared<Owned>(slot)](const int&) { slot.set({}); });
     slot.call(1);
     EXPECT_FALSE(slot.call(1));

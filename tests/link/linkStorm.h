@@ -15,12 +15,12 @@
 #include "tests/link/storm.h"
 
 /// @file
-/// A storm through a whole link: a server that never stops talking, an application that never stops
-/// asking.
+/// A storm through a whole link: a server that reports all the time, an application that sends
+/// requests all the time.
 
 namespace storm {
 
-/// Says the events of a stream again and again, with its lock held, as a server may.
+/// Reports the events of a stream again and again, with its lock held, as a server may.
 class TalkingServer : public palink::EmbeddedServer {
 public:
     explicit TalkingServer(std::vector<Event> stream) : stream_(std::move(stream)) {}
@@ -50,10 +50,10 @@ public:
     palink::UploadResult storeFile(const std::string& /*localPath*/,
                                    const std::string& /*serverPath*/) override {
         const std::lock_guard guard(lock_);
-        return {++uploads % 2 == 0, "no room"};
+        return {++uploads % 2 == 0, "no space"};
     }
 
-    /// Says the next event.
+    /// Reports the next event.
     void talk() {
         const std::lock_guard guard(lock_);
         if (client_ == nullptr) {

@@ -53,7 +53,7 @@ TEST(LinkStormTest, ALinkStartsAndStopsInTheMiddle) {
     storm::beginWithObservers();
     storm::TalkingServer server(storm::makeStream(20'000, audioServer.getUUID()));
     palink::EmbeddedTransport transport(server, 64 * 1024);  // full now and then
-    std::atomic<long> told{0};
+    std::atomic<long> handled{0};
     std::atomic<long> dropped{0};
     Steps steps;
     int round = 0;
@@ -64,18 +64,18 @@ TEST(LinkStormTest, ALinkStartsAndStopsInTheMiddle) {
         storm::Threads threads(server, 16);
         for (const auto start = Clock::now(); lasts(round, start); ++round) {
             link.start();
-            link.setRefusalHandler([&told](const auto&) { ++told; });
-            link.setLevelHandler([&told](const auto&) { ++told; });
+            link.setRefusalHandler([&handled](const auto&) { ++handled; });
+            link.setLevelHandler([&handled](const auto&) { ++handled; });
             EXPECT_TRUE(link.waitUntilReady(60s));
             const int rounds = threads.rounds;
-            while (threads.rounds < rounds + 20 || told == 0) {
+            while (threads.rounds < rounds + 20 || handled == 0) {
                 std::this_thread::yield();
             }
             link.stop(round % 2 == 0 ? 0ms : 50ms);
             EXPECT_EQ(steps.last, State::Stopped);
         }
     }
-    gQXReceiver.abandon();  // returns when every drop has been told of
+    gQXReceiver.abandon();  // returns when every drop has been reported
     EXPECT_GT(server.operations, 0);
     EXPECT_GT(server.uploads, 0);
     EXPECT_GT(dropped, 0) << "what is asked for while the link is stopped";

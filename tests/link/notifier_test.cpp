@@ -17,7 +17,7 @@ using palink::Notifier;
 
 std::atomic<std::int64_t> nowMS{0};
 
-/// The clock stands still but for what the notifier sleeps.
+/// The clock moves only by what the notifier sleeps.
 struct NotifierTest : testing::Test {
     NotifierTest() {
         nowMS = 1000;
@@ -55,7 +55,7 @@ TEST_F(NotifierTest, WaitsNoLongerThanAPauseShouldTheClockJump) {
     EXPECT_EQ(notes, "a@" + std::to_string(1000 + Notifier::longestWaitMS) + " ");
 }
 
-/// A step that has begun and does not go on until it is told to.
+/// A step that has begun and does not continue until the gate is open.
 struct Gate {
     void pass() {
         entered = true;
@@ -72,7 +72,7 @@ struct Gate {
     std::atomic<bool> left{false};
 };
 
-/// The step may go on after the test.
+/// The step may last longer than the test.
 Notifier::Step stepThrough(const std::shared_ptr<Gate>& gate) {
     return {7, 7, 0, false, [gate] { gate->pass(); }};
 }
@@ -98,7 +98,7 @@ TEST_F(NotifierTest, KnowsWhatWaitsForAKeyUntilItHasRun) {
     EXPECT_FALSE(notifier.concerns(7, 7) || notifier.concerns(2, 1) || notifier.isHeld(2, 2));
 }
 
-TEST_F(NotifierTest, HoldsBackWhoFindsNoRoomAndLetsHimGo) {
+TEST_F(NotifierTest, HoldsThreadsBackUntilThereIsSpace) {
     const auto gate = std::make_shared<Gate>();
     notifier.add(stepThrough(gate));
     gate->waitUntil(gate->entered);
@@ -126,7 +126,7 @@ TEST_F(NotifierTest, HoldsBackWhoFindsNoRoomAndLetsHimGo) {
     notifier.releaseWaiters();
     other.join();
     EXPECT_FALSE(idle);
-    EXPECT_FALSE(notifier.waitForSpace()) << "one step that holds as much takes all the room";
+    EXPECT_FALSE(notifier.waitForSpace()) << "one step that holds as much takes all the space";
     again->open = true;
 }
 
@@ -149,10 +149,10 @@ TEST_F(NotifierTest, EndsWithoutWaitingForAStepThatDoesNot) {
     }
     const auto last = std::make_shared<Gate>();
     {
-        Notifier gone;
-        gone.add(stepThrough(last));
+        Notifier ended;
+        ended.add(stepThrough(last));
         last->waitUntil(last->entered);
-        gone.add(step(1, 0, "dropped"));
+        ended.add(step(1, 0, "dropped"));
     }
     last->open = true;
     last->waitUntil(last->left);

@@ -26,7 +26,7 @@ using palink::Withdrawal;
 
 constexpr int server = 1;
 
-/// Notes what the controller tells of.
+/// Notes what the controller notifies of.
 struct Notes : NotingObserver {
     void called(const std::string& kind, const std::string& id, const std::string& what) override {
         const std::lock_guard guard(lock);
@@ -97,10 +97,10 @@ TEST_F(RouterTest, BringsEachKindToItsHandler) {
         {{server, RecordKind::Selector, 8, {"18"}}, "selector 18 ; "},
         {{server, RecordKind::TtsDictionary, 9, {"6", "u"}}, "audio u rendered 0 ; "},
     };
-    for (const auto& [record, told] : records) {
+    for (const auto& [record, notified] : records) {
         router.handle(record);
         router.waitUntilIdle();
-        EXPECT_EQ(notes().take(), told);
+        EXPECT_EQ(notes().take(), notified);
     }
     std::vector<std::string> attached;
     gPaController.getAttachedPaZoneList(4, &attached);
@@ -136,7 +136,7 @@ TEST_F(RouterTest, KeepsTheOrderOfOneKeyWithdrawalsIncludedWithinOnePause) {
     EXPECT_EQ(nowMS, start + 100);
 }
 
-TEST_F(RouterTest, AWithdrawalOfAllAndAResetWaitForWhatIsToBeTold) {
+TEST_F(RouterTest, AWithdrawalOfAllAndAResetWaitForPendingNotifications) {
     const std::optional<Withdrawal> removals[] = {
         std::nullopt, Withdrawal{server, RecordKind::Source, 0},
         Withdrawal{0, RecordKind::Any, 0}};  // nothing: a reset
@@ -149,9 +149,9 @@ TEST_F(RouterTest, AWithdrawalOfAllAndAResetWaitForWhatIsToBeTold) {
         timePasses = true;
         withdrawal ? router.handle(*withdrawal) : router.reset();
         EXPECT_TRUE(gPaController.getPaSources().empty());
-        const std::string told = notes().take();
-        EXPECT_LT(told.rfind("source 50 ; "), told.find("deleted"));
-        EXPECT_NE(told.find("source 50 deleted; "), std::string::npos);
+        const std::string notified = notes().take();
+        EXPECT_LT(notified.rfind("source 50 ; "), notified.find("deleted"));
+        EXPECT_NE(notified.find("source 50 deleted; "), std::string::npos);
         EXPECT_LE(nowMS, start + 100);
     }
 }
@@ -189,7 +189,7 @@ TEST_F(RouterTest, RecordsWaitNeitherForEachOthersPauseNorForAThread) {
     EXPECT_EQ(nowMS, start + 100);
 }
 
-TEST_F(RouterTest, AnUnchangedRecordPostsItsEventBehindThePause) {
+TEST_F(RouterTest, AnUnchangedRecordPostsItsEventAfterThePause) {
     EventItem event;
     tellSource(1, "a");
     router.waitUntilIdle();
@@ -205,7 +205,7 @@ TEST_F(RouterTest, AnUnchangedRecordPostsItsEventBehindThePause) {
     EXPECT_FALSE(pa::eventQueue::next(event));
 }
 
-TEST_F(RouterTest, SaysHowManyNotificationsItsEndCosts) {
+TEST_F(RouterTest, ReportsHowManyNotificationsItsEndDrops) {
     std::string errors;
     pa::setLogSink([&errors](const pa::LogLine& line) { errors += line.text; });
     timePasses = false;

@@ -56,7 +56,7 @@ TEST_F(ServerLinkTest, CarriesOperationsAndUploads) {
     EXPECT_EQ(server.operations(1)[0], "\"\",4");
     EXPECT_EQ(audioServer.uploadFileToActiveServer("/a", "/good"), 1);
     EXPECT_NE(audioServer.uploadFileToActiveServer("/a", "/bad"), 1);
-    EXPECT_EQ(errors, "upload of /a: no room\n");
+    EXPECT_EQ(errors, "upload of /a: no space\n");
 }
 
 TEST_F(ServerLinkTest, TellsOfRefusals) {
@@ -81,7 +81,7 @@ TEST_F(ServerLinkTest, TellsOfRefusals) {
               "a handler of the server link threw\n");
 }
 
-TEST_F(ServerLinkTest, WhatAReplacedHandlerOwnsMayUseTheLinkWhenItGoes) {
+TEST_F(ServerLinkTest, WhatAReplacedHandlerOwnsMayUseTheLinkWhenItIsDestroyed) {
     ASSERT_TRUE(link.waitUntilReady(10s));
     struct Owned {
         explicit Owned(const palink::ServerLink& l) : link(l) {}
@@ -106,7 +106,7 @@ TEST_F(ServerLinkTest, FeedsLevelMetersFromEachConnection) {
     subscribeUnsubscribeToResAmpVUMeterElement(true, 3);
     subscribeUnsubscribeToResAmpVUMeterElement(false, 5);
     EXPECT_EQ(server.feeds(3).back(), "-5");
-    server.say(palink::LevelReading{3, -1.0});  // nobody listens
+    server.say(palink::LevelReading{3, -1.0});  // no handler is set
     link.setLevelHandler([&level](const palink::LevelReading& reading) { level = reading.level; });
     server.say(palink::LevelReading{3, -12.5});
     server.say(palink::Connected{3, 4, false, {}});
@@ -136,7 +136,7 @@ TEST_F(ServerLinkTest, ALostConnectionKeepsTheCachesAndANewOneEmptiesThem) {
     EXPECT_EQ(server.operations(1)[0], "\"\",4");
 }
 
-TEST_F(ServerLinkTest, AtANewConnectionTheZonesThatWereToldOfAreTakenBack) {
+TEST_F(ServerLinkTest, AtANewConnectionTheZonesThatWereReportedAreWithdrawn) {
     struct Zones : pa::PAControllerObserverAdapter {
         void onPaZoneDelete(std::string id) override { deleted += id; }
         std::string deleted;
@@ -144,7 +144,7 @@ TEST_F(ServerLinkTest, AtANewConnectionTheZonesThatWereToldOfAreTakenBack) {
     static auto& zones = *new Zones;  // must outlive the controller
     gPaController.registerObserver(&zones);
     ASSERT_TRUE(link.waitUntilReady(10s));
-    server.say(palink::Connected{1, 0, true, {}});  // the local server stands in
+    server.say(palink::Connected{1, 0, true, {}});  // the local server replaces it
     server.say(palink::Record{1, pa::RecordKind::Zone, 1, {"Hall"}});
     transport.waitUntilDelivered();
     zones.deleted.clear();
@@ -153,7 +153,7 @@ TEST_F(ServerLinkTest, AtANewConnectionTheZonesThatWereToldOfAreTakenBack) {
     EXPECT_NE(zones.deleted.find("Hall"), std::string::npos);
 }
 
-TEST_F(ServerLinkTest, LeavesNothingBehindThatLevelMetersWouldCall) {
+TEST_F(ServerLinkTest, LeavesNothingThatLevelMetersWouldCall) {
     link.stop();
     for (int i = 0; i < 50; ++i) {
         ScriptedServer shortLived;
@@ -200,18 +200,18 @@ TEST_F(ServerLinkTest, MayStopAndStartAgain) {
     }
     timePasses = true;
     waiting.join();
-    EXPECT_TRUE(passed) << "the source is told of before";
+    EXPECT_TRUE(passed) << "the source is notified of before";
     EXPECT_TRUE(link.waitUntilReady(10s));
 }
 
-TEST_F(ServerLinkTest, StopsThoughNotificationsHaveFilledTheirRoom) {
+TEST_F(ServerLinkTest, StopsThoughNotificationsHaveFilledTheirQueue) {
     ASSERT_TRUE(link.waitUntilReady(10s));
     holdTime();
-    constexpr int room = palink::Notifier::capacity;
-    for (int key = 1; key <= room + 10; ++key) {
+    constexpr int space = palink::Notifier::capacity;
+    for (int key = 1; key <= space + 10; ++key) {
         server.say(palink::Record{3, pa::RecordKind::Source, key, {std::to_string(key)}});
     }
-    while (!gPaController.findPaSource(room)) {
+    while (!gPaController.findPaSource(space)) {
         std::this_thread::yield();  // the next record waits
     }
     link.stop(0ms);

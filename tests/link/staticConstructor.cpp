@@ -9,7 +9,7 @@
 
 namespace {
 
-void tellSink(int id) {
+void reportSink(int id) {
     pa::RecordList record({std::to_string(id), "", "Speaker"});
     gPaController.addUpdatePaSink(id, record.list());
 }
@@ -18,11 +18,11 @@ struct Application : pa::PAControllerObserverAdapter {
     Application() {
         gDeviceIPAddress += " is the default";
         gPaController.registerObserver(this);
-        tellSink(1);
+        reportSink(1);
     }
-    void onPaSinkUpdate(PaSink sink) override { told += std::to_string(sink.id) + " "; }
+    void onPaSinkUpdate(PaSink sink) override { notified += std::to_string(sink.id) + " "; }
 
-    std::string told;
+    std::string notified;
 };
 
 Application& application = *new Application;  // lives as long as the process
@@ -30,7 +30,7 @@ Application& application = *new Application;  // lives as long as the process
 }  // namespace
 
 int main() {
-    tellSink(2);
-    std::printf("told of %s; %s\n", application.told.c_str(), gDeviceIPAddress.c_str());
-    return application.told == "1 2 " && gDeviceIPAddress == "0.0.0.0 is the default" ? 0 : 1;
+    reportSink(2);
+    std::printf("notified of %s; %s\n", application.notified.c_str(), gDeviceIPAddress.c_str());
+    return application.notified == "1 2 " && gDeviceIPAddress == "0.0.0.0 is the default" ? 0 : 1;
 }

@@ -20,7 +20,7 @@
 #include "tests/support/noPauses.h"
 
 /// @file
-/// Everything at once, for the sanitizers: what a server says, and what an application does.
+/// Everything at once, for the sanitizers: what a server reports, and what an application does.
 
 namespace storm {
 
@@ -145,7 +145,7 @@ inline void deliver(palink::Router& router, const Event& event) {
     }
 }
 
-/// The lines of a list in sorted order: what arrives behind a withdrawal that waits takes its place
+/// The lines of a list in sorted order: what arrives after a withdrawal that waits takes its place
 /// in the order of arrival when it is handled.
 template <class Record>
 std::string sortedList(const std::vector<Record>& records) {

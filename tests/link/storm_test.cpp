@@ -52,14 +52,14 @@ TEST(StormTest, TheCachesAreThoseOfOneThread) {
     threads.clear();
     EXPECT_GT(rounds, 8);
 
-    PAController& alone = *new PAController;  // its worker never ends
-    palink::Router inTurn(alone);
+    PAController& sequential = *new PAController;  // its worker never ends
+    palink::Router inTurn(sequential);
     for (const Event& event : stream) {
         deliver(inTurn, event);
         inTurn.waitUntilIdle();
     }
-    EXPECT_EQ(cachesOf(gPaController), cachesOf(alone));
-    for (const std::string& cache : cachesOf(alone)) {
+    EXPECT_EQ(cachesOf(gPaController), cachesOf(sequential));
+    for (const std::string& cache : cachesOf(sequential)) {
         EXPECT_NE(cache, "");
     }
     gQXReceiver.abandon();
