@@ -14,7 +14,7 @@
 
 namespace paclient {
 
-/// An operation whose effect can be seen.
+/// An operation whose effect is reported.
 struct ConfirmedRequest {
     /// What the server may refuse of it.
     std::vector<pa::OperationType> operations;
@@ -47,7 +47,7 @@ bool isDropOf(const std::vector<pa::OperationType>& operations, const std::strin
 ///         then the outcome is unknown
 Confirmation confirm(const ConfirmedRequest& request, const Wait& wait);
 
-/// Sends an operation whose effect nothing shows, and waits for a refusal.
+/// Sends an operation whose effect nothing reports, and waits for a refusal.
 /// @return `TimedOut` when there was none within the limit: the outcome is unknown, but a server
 ///         that refuses at once has not refused; else as above
 Confirmation awaitRefusal(ConfirmedRequest request, const Wait& wait);

@@ -44,7 +44,7 @@ Confirmation setMonitoring(const PaSink& sink, bool enable, const Wait& wait);
 /// Resets the device of a sink, an interface unit or a mixer: it becomes inactive and is active
 /// again.
 /// @param untilBack waits until it has come back, else until it is inactive. Of a device that is
-///                  inactive before, only the return is seen
+///                  inactive before, only the return is reported
 /// @throws std::invalid_argument for another type of sink
 Confirmation reset(const PaSink& sink, bool untilBack, const Wait& wait);
 
@@ -79,7 +79,7 @@ Confirmation takeLock(int sourceId, const Wait& wait);
 /// @return `Refused`, with nothing sent, when another client holds it or none
 Confirmation releaseLock(int sourceId, const Wait& wait);
 
-/// Ask for the same and return at once; `lockHolder` shows the effect.
+/// Ask for the same and return at once; `lockHolder` returns the effect.
 void askForLock(int sourceId);
 void askToRelease(int sourceId);
 /// @}

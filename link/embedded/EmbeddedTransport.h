@@ -44,7 +44,7 @@ public:
     virtual void meterLevel(bool subscribe, int element) = 0;
 
     /// Stores a file under a name of the server. May come with the controller's mutex held, so it
-    /// must not wait for a thread that speaks to the client.
+    /// must not wait for a thread that reports to the client.
     virtual UploadResult storeFile(const std::string& localPath, const std::string& serverPath) = 0;
 };
 

@@ -39,7 +39,7 @@ struct ConnectionTest : testing::Test {
             const bool up = change.state == State::Connected || change.state == State::Synced;
             EXPECT_EQ(link.isConnected(), up);
             EXPECT_EQ(link.waitUntilReady(0s), change.state == State::Synced);
-            teller = std::this_thread::get_id();
+            notifyingThread = std::this_thread::get_id();
         });
         link.setDropHandler([this](const palink::DroppedOperation& dropped) {
             const std::lock_guard guard(lock);
@@ -64,7 +64,7 @@ struct ConnectionTest : testing::Test {
     }
 
     std::string changes;
-    std::thread::id teller;
+    std::thread::id notifyingThread;
     std::atomic<int> lines{0};  // that report a drop
     std::mutex lock;
     std::vector<palink::DroppedOperation> drops;  // guarded by lock
@@ -87,11 +87,11 @@ TEST_F(ConnectionTest, IsReportedStepByStep) {
     EXPECT_EQ(changes,
               "connected1 synced1 disconnected1 (cable pulled) connected2 "
               "disconnected2 (the server has connected again) connected3 ");
-    EXPECT_NE(teller, std::this_thread::get_id());
+    EXPECT_NE(notifyingThread, std::this_thread::get_id());
     changes.clear();
     link.stop();
     EXPECT_EQ(changes, "disconnected3 (the link was stopped) stopped3 ");
-    EXPECT_EQ(teller, std::this_thread::get_id());
+    EXPECT_EQ(notifyingThread, std::this_thread::get_id());
     changes.clear();
     link.stop();
     link.start();

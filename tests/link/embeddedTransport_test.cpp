@@ -71,7 +71,7 @@ TEST(EmbeddedTransportTest, ASmallQueueTakesALargeEventAndALargeSetAtTheStart) {
     EXPECT_EQ(delivered, 5);
 }
 
-/// A server that speaks, and takes requests, with a lock held.
+/// A server that reports, and takes requests, with a lock held.
 struct LockingServer : ScriptedServer {
     LockingServer() {
         onMeter = onDisconnect = [this] { const std::lock_guard guard(lock); };

@@ -7,7 +7,7 @@ int main() {
     // The threads run until the process has ended, and what they use lives as long.
     auto& audioServer = *new AudioServer(gPaController);
     storm::beginWithObservers();
-    auto& server = *new storm::TalkingServer(storm::makeStream(20'000, audioServer.getUUID()));
+    auto& server = *new storm::BusyServer(storm::makeStream(20'000, audioServer.getUUID()));
     // These are destroyed at exit, as those of an application: the link stops then.
     static palink::EmbeddedTransport transport(server);
     static palink::ServerLink link(audioServer, transport);

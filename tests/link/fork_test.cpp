@@ -177,7 +177,7 @@ TEST_F(ForkTest, ALogSinkMayForkWhileOtherThreadsLogWithTheMutex) {
     });
     pa::store(debugLevel, 3);
     {
-        pa::PosixThread teller("teller", [] {
+        pa::PosixThread reporter("reporter", [] {
             for (int i = 0; i < 2000; ++i) {
                 reportSink(1, std::to_string(i));
             }

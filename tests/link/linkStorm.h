@@ -21,14 +21,14 @@
 namespace storm {
 
 /// Reports the events of a stream again and again, with its lock held, as a server may.
-class TalkingServer : public palink::EmbeddedServer {
+class BusyServer : public palink::EmbeddedServer {
 public:
-    explicit TalkingServer(std::vector<Event> stream) : stream_(std::move(stream)) {}
+    explicit BusyServer(std::vector<Event> stream) : stream_(std::move(stream)) {}
 
     void connectClient(palink::ServerEventSink& client) override {
         const std::lock_guard guard(lock_);
         client_ = &client;
-        sayConnected();
+        reportConnected();
     }
     void disconnectClient() override {
         const std::lock_guard guard(lock_);
@@ -54,7 +54,7 @@ public:
     }
 
     /// Reports the next event.
-    void talk() {
+    void reportNext() {
         const std::lock_guard guard(lock_);
         if (client_ == nullptr) {
             return;
@@ -66,7 +66,7 @@ public:
             client_->deliver(*withdrawal);
         } else {
             client_->deliver(palink::Disconnected{"the server restarts"});
-            sayConnected();
+            reportConnected();
         }
     }
 
@@ -74,7 +74,7 @@ public:
     std::atomic<long> uploads{0};
 
 private:
-    void sayConnected() {
+    void reportConnected() {
         client_->deliver(palink::Connected{server, server, false, {}});
         client_->deliver(palink::InitialSetComplete{});
     }
@@ -85,14 +85,14 @@ private:
     const std::vector<Event> stream_;
 };
 
-/// Threads of an application, and of the server, that go on until this is destroyed.
+/// Threads of an application, and of the server, that run until this is destroyed.
 class Threads {
 public:
-    Threads(TalkingServer& talking, int applicationThreads) {
+    Threads(BusyServer& reporting, int applicationThreads) {
         for (int i = 0; i < applicationThreads; ++i) {
             start([this] { useController(rounds++); });
         }
-        start([&talking] { talking.talk(); });
+        start([&reporting] { reporting.reportNext(); });
     }
     ~Threads() { over_ = true; }
 

@@ -51,7 +51,7 @@ bool lasts(int round, Clock::time_point start) {
 TEST(LinkStormTest, ALinkStartsAndStopsInTheMiddle) {
     static auto& audioServer = *new AudioServer(gPaController);
     storm::beginWithObservers();
-    storm::TalkingServer server(storm::makeStream(20'000, audioServer.getUUID()));
+    storm::BusyServer server(storm::makeStream(20'000, audioServer.getUUID()));
     palink::EmbeddedTransport transport(server, 64 * 1024);  // full now and then
     std::atomic<long> handled{0};
     std::atomic<long> dropped{0};

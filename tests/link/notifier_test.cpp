@@ -87,13 +87,13 @@ TEST_F(NotifierTest, KnowsWhatWaitsForAKeyUntilItHasRun) {
     EXPECT_FALSE(notifier.isHeld(2, 1));
     EXPECT_TRUE(notifier.isHeld(2, 2));
     EXPECT_FALSE(notifier.concerns(2, 3) || notifier.concerns(3, 1));
-    const auto behind = std::make_shared<Gate>();
-    notifier.add({2, 2, 0, false, [behind] { behind->pass(); }});
+    const auto next = std::make_shared<Gate>();
+    notifier.add({2, 2, 0, false, [next] { next->pass(); }});
     gate->open = true;
-    behind->waitUntil(behind->entered);
+    next->waitUntil(next->entered);
     EXPECT_TRUE(notifier.concerns(2, 2));
     EXPECT_FALSE(notifier.isHeld(2, 2)) << "the step that holds it has run";
-    behind->open = true;
+    next->open = true;
     EXPECT_TRUE(notifier.waitUntilIdle());
     EXPECT_FALSE(notifier.concerns(7, 7) || notifier.concerns(2, 1) || notifier.isHeld(2, 2));
 }

@@ -99,18 +99,21 @@ TEST_F(LastingState, IsReadFromAFolderThatCannotBeWrittenTo) {
         EXPECT_TRUE(server.storeFile(folder.write("local", "sound"), upload).stored);
         server.handleOperation(ServerTest::operationIn(R"(92/3 9,"Yard")"));
     }
+    const std::string other = folder.write("other", "another sound");
     fs::permissions(state, fs::perms(0555));
     const auto remove = [&] {
         SimServer server(station, {1.0, true, {}, state, mondayMorning});
         for (const char* const step : {R"(92/4 9,"Yard")", R"(78/9 "/home/quillon/tmp/a.wav")"}) {
             EXPECT_EQ(server.operateAsOther(ServerTest::operationIn(step)), std::nullopt);
         }
+        EXPECT_TRUE(server.storeFile(other, upload).stored);
         return true;
     };
     EXPECT_NE(logOf([&] { asAnotherUser(remove); }).find("nothing is kept"), std::string::npos);
     fs::permissions(state, fs::perms::owner_all);
+    EXPECT_EQ(fs::file_size(state / "uploads/a.wav"), 5U) << "a temporary file replaced it";
     remove();  // everything is still there
-    EXPECT_EQ(fs::exists(state / "uploads/a.wav"), false);
+    EXPECT_EQ(fs::file_size(state / "uploads/a.wav"), 13U);
 }
 
 TEST_F(LastingState, IsKeptWhenItCannotBeRead) {
