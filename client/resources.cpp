@@ -2,23 +2,11 @@
 
 #include <algorithm>
 
+#include "client/confirmedOperations.h"
 #include "client/scheduleText.h"
-#include "sdk/AudioServer.h"
 #include "sdk/PAController.h"
-#include "sdk/globals.h"
 
 namespace paclient {
-
-namespace {
-
-const char* holderOf(const PaSourceLockStatus& lock, const std::string& ownUUID) {
-    if (lock.lockedUUID.empty()) {
-        return "nobody";
-    }
-    return lock.lockedUUID == ownUUID ? "this client" : "another client";
-}
-
-}  // namespace
 
 std::vector<PaSource> allSources() {
     return gPaController.getPaSources();
@@ -71,14 +59,20 @@ std::vector<TTSDictionary> allTtsItems() {
 }
 
 std::vector<SourceLock> allLocks() {
-    const std::string ownUUID = pa::load(gAudioServerInstance)->getUUID();
     std::vector<SourceLock> result;
     for (const PaSourceLockStatus& lock : gPaController.getPaSourceLocks()) {
-        result.push_back({lock, holderOf(lock, ownUUID)});
+        result.push_back(withHolder(lock));
     }
     std::sort(result.begin(), result.end(),
               [](const SourceLock& a, const SourceLock& b) { return a.sourceId < b.sourceId; });
     return result;
+}
+
+SourceLock withHolder(const PaSourceLockStatus& lock) {
+    if (lock.lockedUUID.empty()) {
+        return {lock, "nobody"};
+    }
+    return {lock, lock.lockedUUID == ownUUID() ? "this client" : "another client"};
 }
 
 SourceLock lockOf(int sourceId) {
@@ -87,7 +81,7 @@ SourceLock lockOf(int sourceId) {
             return lock;
         }
     }
-    return {{sourceId, ""}, "nobody"};
+    return withHolder({sourceId, ""});
 }
 
 }  // namespace paclient

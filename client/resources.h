@@ -33,6 +33,9 @@ std::vector<ScheduleEntry> allSchedules();  ///< in order of their numbers
 std::vector<TTSDictionary> allTtsItems();
 std::vector<SourceLock> allLocks();  ///< in order of the sources' numbers
 
+/// A lock with its holder in words.
+SourceLock withHolder(const PaSourceLockStatus& lock);
+
 /// The lock of a source; one that the server has not reported has no holder.
 SourceLock lockOf(int sourceId);
 

@@ -113,30 +113,6 @@ void Session::waitUntilDelivered() try {
     throw Failure(ExitCode::ConnectionLost, error.what());
 }
 
-std::optional<Change> Session::nextChange(Changes& changes, Moment deadline) {
-    constexpr std::chrono::milliseconds tick{50};
-    while (true) {
-        interrupt::check();
-        const auto left = std::chrono::ceil<std::chrono::milliseconds>(
-            deadline - std::chrono::steady_clock::now());
-        if (auto change = changes.next(std::clamp(left, std::chrono::milliseconds(0), tick))) {
-            return change;
-        }
-        if (changes.takeDisconnection() || !connection_.isSynced()) {
-            throw Failure(ExitCode::ConnectionLost, "the connection to the server is lost");
-        }
-        if (left.count() <= 0) {
-            return std::nullopt;
-        }
-    }
-}
-
-std::optional<Change> Session::nextAnswer(Changes& changes, Moment deadline) try {
-    return nextChange(changes, deadline);
-} catch (const Failure& failure) {
-    throw Failure(failure.code, std::string(failure.what()) + "; the outcome is unknown");
-}
-
 simserver::SimControl& Session::simControl() {
     simserver::SimControl* const control = endpoint_.simControl();
     if (control == nullptr) {

@@ -2,15 +2,12 @@
 
 #include <chrono>
 #include <cstdint>
-#include <optional>
 #include <string>
 
 #include "client/Connection.h"
 #include "client/Wait.h"
 #include "console/Output.h"
 #include "console/Settings.h"
-#include "console/following/Changes.h"
-#include "console/following/RenewalCounter.h"
 #include "simserver/EmbeddedEndpoint.h"
 
 namespace console {
@@ -47,25 +44,13 @@ public:
     /// @throws Failure when the connection has been away for longer
     void requireBackWithin(double seconds);
 
-    /// Waits until everything that the server has reported so far has reached every `Changes` and
+    /// Waits until everything that the server has reported so far has reached every
     /// `paclient::Subscription`.
     /// @throws Failure when the connection is lost meanwhile, the time is up, or the user
     /// interrupts
     void waitUntilDelivered();
 
-    /// Takes the next change.
-    /// @return nothing when none has come until `deadline`
-    /// @throws Failure when the user interrupts, or the connection is lost
-    std::optional<Change> nextChange(Changes& changes, Moment deadline);
-
-    /// The same for a command that has asked for something: the failure says that the outcome is
-    /// unknown.
-    std::optional<Change> nextAnswer(Changes& changes, Moment deadline);
-
     KeyValueMap serverInfo() const { return connection_.serverInfo(); }
-
-    /// How often this client has renewed the lock of a source.
-    int renewalsOf(int sourceId) const { return renewals_.renewalsOf(sourceId); }
 
     paclient::Connection& connection() { return connection_; }
 
@@ -89,7 +74,6 @@ private:
     const double speed_;
     LogRedirection log_;
     simserver::EmbeddedEndpoint endpoint_;
-    RenewalCounter renewals_;
     paclient::Connection connection_;
     std::uint64_t clockOf_ = 0;  // the number of the connection that has set the station's clock
 };

@@ -16,12 +16,9 @@ using namespace paclient;
 
 namespace {
 
-using paclient::Deleted;
-using paclient::Subscription;
-
 /// Everything but the readings of a meter that another command reads.
-paclient::ChangeKinds printedKinds() {
-    return paclient::allKinds() & ~paclient::kinds<palink::LevelReading, paclient::SentOperation>();
+ChangeKinds printedKinds() {
+    return allKinds() & ~kinds<palink::LevelReading, SentOperation>();
 }
 
 /// Prints every change on a thread of its own. The destructor prints what has been notified so far.
@@ -30,7 +27,7 @@ public:
     explicit Printer(const Context& context)
         : out_(context.out),
           diagnostics_(context.diagnostics),
-          json_(context.settings.json),
+          form_(context.settings.json ? LineForm::Json : LineForm::Text),
           changes_(printedKinds()),
           thread_("monitor", [this] { run(); }) {}
     Printer(const Printer&) = delete;
@@ -60,16 +57,16 @@ private:
         }
     }
 
-    void print(const paclient::Change& change) {
+    void print(const Change& change) {
         if (const std::string text = connectionText(change); !text.empty()) {
             diagnostics_.diagnostic(text);
         }
-        const auto line = printable(change);
-        if (!line) {
+        const std::string line = changeLine(change, form_);
+        if (line.empty()) {
             return;
         }
         try {
-            out_.write(json_ ? changeJson(*line) : changeText(*line));
+            out_.write(line);
         } catch (const Failure&) {
             failed_ = true;
         }
@@ -77,7 +74,7 @@ private:
 
     Output& out_;
     Output& diagnostics_;
-    const bool json_;
+    const LineForm form_;
     Subscription changes_;
     std::atomic<bool> finishing_{false};
     std::atomic<bool> failed_{false};

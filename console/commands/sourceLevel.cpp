@@ -8,6 +8,7 @@
 #include "client/ChangeStream.h"
 #include "console/ExitCode.h"
 #include "console/following/LiveView.h"
+#include "console/following/connectionText.h"
 #include "console/following/operate.h"
 #include "framework/clock.h"
 #include "sdk/PAController.h"
@@ -38,14 +39,6 @@ std::string levelText(double level) {
     char text[32];
     std::snprintf(text, sizeof text, "%6.1f dB", level);
     return text;
-}
-
-/// Whether the connection is lost, and with it the feed.
-bool isLoss(const paclient::Change& change) {
-    using State = palink::ConnectionChange::State;
-    const auto* const connection = std::get_if<palink::ConnectionChange>(&change);
-    return connection != nullptr &&
-           (connection->state == State::Disconnected || connection->state == State::Stopped);
 }
 
 /// Shows readings one after the other.
@@ -108,7 +101,7 @@ void showLevel(const Context& context, const PaSource& source, const LevelLimits
             throw Failure(ExitCode::TimedOut,
                           "the meter of element " + std::to_string(element) + " reports nothing");
         }
-        if (isLoss(*change)) {
+        if (isLoss(*change)) {  // and with it the feed
             throw Failure(ExitCode::ConnectionLost, "the connection to the server is lost");
         }
         const auto* const reading = std::get_if<palink::LevelReading>(change.get());

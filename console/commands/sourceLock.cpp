@@ -7,9 +7,7 @@
 
 namespace console {
 
-using paclient::Confirmation;
-using paclient::SourceLock;
-using paclient::Wait;
+using namespace paclient;
 
 namespace {
 
@@ -39,15 +37,6 @@ void changeLock(const Context& context, int sourceId, const std::string& effect,
 std::string sentence(const SourceLock& lock) {
     return "source " + std::to_string(lock.sourceId) + " is locked by " +
            paclient::holderText(lock);
-}
-
-SourceLock lockOf(int sourceId) {
-    for (const SourceLock& lock : paclient::allLocks()) {
-        if (lock.sourceId == sourceId) {
-            return lock;
-        }
-    }
-    return {{sourceId, ""}, "nobody"};
 }
 
 void attachSource(const Context& context, const PaSource& source) {

@@ -7,9 +7,6 @@
 
 namespace console {
 
-/// Who holds the lock of a source now.
-paclient::SourceLock lockOf(int sourceId);
-
 /// For example "source 3 is locked by nobody".
 std::string sentence(const paclient::SourceLock& lock);
 

@@ -36,7 +36,7 @@ void print(const Context& context, const PaSource& source, const std::string& as
 
 void printZones(const Context& context, const PaSource& source) {
     const Ids attached = source.getAttachedPaZones();
-    const paclient::SourceLock lock = lockOf(source.id);
+    const paclient::SourceLock lock = paclient::lockOf(source.id);
     if (context.settings.json) {
         paclient::Json report = paclient::toJson(lock);
         report["zones"] = attached;

@@ -71,12 +71,12 @@ bool DemoAnnouncements::isOver() const {
 }
 
 void DemoAnnouncements::take(const Change& change) {
-    const auto* const record = std::get_if<AnnouncementRequest>(&change.what);
+    const auto* const update = std::get_if<Updated<AnnouncementRequest>>(&change);
     for (Playing& playing : playing_) {
-        const bool isIts = record != nullptr && change.kind == Change::Kind::Update &&
-                           record->getRequestID() == playing.announcement->requestId();
-        if (isIts && record->stateText != playing.state) {
-            playing.state = record->stateText;
+        const bool isIts = update != nullptr &&
+                           update->record.getRequestID() == playing.announcement->requestId();
+        if (isIts && update->record.stateText != playing.state) {
+            playing.state = update->record.stateText;
             screen_.report(playing.item.name, playing.state);
         }
     }

@@ -30,7 +30,7 @@ private:
         std::string state;
     };
 
-    void take(const Change& change) override;
+    void take(const paclient::Change& change) override;
     TextTable table() const override;
     void begin(const DemoItem& item);
     bool isOver() const;

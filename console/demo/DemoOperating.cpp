@@ -10,7 +10,6 @@
 #include "console/commands/sourceLock.h"
 #include "console/files/fileUri.h"
 #include "console/files/wavFile.h"
-#include "console/following/RenewalCounter.h"
 #include "framework/uuid.h"
 #include "sdk/PAController.h"
 
@@ -184,14 +183,13 @@ bool DemoOperating::holdSource() {
     if (!isHolder()) {
         return fail("no source is held");
     }
-    int renewals = 0;
+    int shown = 0;
     screen_.await("two renewals of its lock");
     const bool renewed = waitFor(renewalSeconds, [&] {
-        const int now = context_.session().renewalsOf(held_->id);
-        if (now != std::exchange(renewals, now)) {
-            see(sentence(lockOf(held_->id)) + ", renewals: " + std::to_string(now));
+        if (renewals_ != std::exchange(shown, renewals_)) {
+            see(sentence(lockOf(held_->id)) + ", renewals: " + std::to_string(renewals_));
         }
-        return now >= renewalsToSee;
+        return renewals_ >= renewalsToSee;
     });
     return renewed && isHolder();
 }
@@ -236,11 +234,17 @@ bool DemoOperating::fail(const std::string& why) {
 }
 
 void DemoOperating::take(const Change& change) {
-    const auto* const refusal = std::get_if<palink::Refusal>(&change.what);
-    if (refusal != nullptr && !isOfRenewal(*refusal)) {
+    namespace operations = pa::operations;
+    const auto* const refusal = std::get_if<palink::Refusal>(&change);
+    if (refusal != nullptr && refusal->operation != operations::renewLock) {
         refusal_ = refusal->reason;
-    } else if (const auto* const retrieval = std::get_if<Retrieval>(&change.what)) {
+    } else if (const auto* const retrieval = std::get_if<Retrieval>(&change)) {
         retrievals_.push_back(*retrieval);
+    } else if (const auto* const sent = std::get_if<SentOperation>(&change)) {
+        const pa::Operation& operation = sent->operation;
+        const bool isRenewal = operation.type == operations::renewLock && held_ &&
+                               operation.payload.rfind(std::to_string(held_->id) + ',', 0) == 0;
+        renewals_ += isRenewal ? 1 : 0;
     }
 }
 

@@ -45,7 +45,7 @@ private:
     bool holdSource();
     bool releaseSource();
 
-    void take(const Change& change) override;
+    void take(const paclient::Change& change) override;
     TextTable table() const override;
     void chooseSources();
     template <class Condition>
@@ -65,7 +65,8 @@ private:
     int trigger_ = 0;  // of that source; 0: none
     std::vector<DemoResult> results_;
     std::string refusal_;  // of the step at hand
-    std::vector<Retrieval> retrievals_;
+    int renewals_ = 0;     // of the lock that is held
+    std::vector<paclient::Retrieval> retrievals_;
 };
 
 }  // namespace console

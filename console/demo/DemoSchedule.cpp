@@ -96,17 +96,20 @@ void DemoSchedule::makeSchedule(const std::string& zone) {
 /// process.
 void DemoSchedule::catchUp() {
     const auto& own = context_.connection.playedIds;
-    while (const auto change = changes_.next(std::chrono::milliseconds(0))) {
-        const auto* const record = std::get_if<AnnouncementRequest>(&change->what);
-        const auto* const refusal = std::get_if<palink::Refusal>(&change->what);
+    while (const auto change = changes_.next()) {
+        const auto* const update = std::get_if<Updated<AnnouncementRequest>>(change.get());
+        const auto* const refusal = std::get_if<palink::Refusal>(change.get());
         if (refusal != nullptr && refusal->operation == pa::operations::putSchedule) {
             refusal_ = refusal->reason;
         }
-        const bool isIts = record != nullptr && record->zones == schedule_.paZones &&
-                           record->getAudioMessageType() == Message::TTS &&
-                           std::find(own.begin(), own.end(), record->getRequestID()) == own.end();
-        hasRun_ = hasRun_ ||
-                  (isIts && paclient::stateOf(*record) == paclient::Announcement::State::Finished);
+        if (update == nullptr) {
+            continue;
+        }
+        const AnnouncementRequest& record = update->record;
+        const bool isIts = record.zones == schedule_.paZones &&
+                           record.getAudioMessageType() == Message::TTS &&
+                           std::find(own.begin(), own.end(), record.getRequestID()) == own.end();
+        hasRun_ = hasRun_ || (isIts && stateOf(record) == Announcement::State::Finished);
     }
 }
 

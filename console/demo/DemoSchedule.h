@@ -24,7 +24,7 @@ public:
     DemoResult finish();
 
 private:
-    void take(const Change& /*change*/) override {}
+    void take(const paclient::Change& /*change*/) override {}
     TextTable table() const override;
     void makeSchedule(const std::string& zone);
     void catchUp();
@@ -34,7 +34,7 @@ private:
 
     const Context& context_;
     DemoScreen& screen_;
-    Changes changes_;  // also those that come while other pages are shown
+    paclient::Subscription changes_;  // also those that come while other pages are shown
     ScheduleDefinition schedule_;
     DemoResult result_;
     bool isLeft_ = false;  // at the server

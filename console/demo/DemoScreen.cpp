@@ -4,6 +4,9 @@
 #include <regex>
 
 #include "client/resources.h"
+#include "console/ExitCode.h"
+#include "console/following/connectionText.h"
+#include "console/interrupt.h"
 #include "console/text/cleanText.h"
 
 namespace console {
@@ -40,12 +43,18 @@ void DemoScreen::await(const std::string& what) {
 void DemoScreen::showNext(DemoPage& page, Moment deadline) {
     constexpr std::chrono::milliseconds drawingPeriod{100};
     const Moment nextDrawing = drawnAt_ + drawingPeriod;
-    const auto change = context_.session().nextChange(changes_, std::min(deadline, nextDrawing));
-    if (change) {
+    const std::chrono::duration<double> left =
+        std::min(deadline, nextDrawing) - std::chrono::steady_clock::now();
+    interrupt::check();
+    if (const auto change = changes_.next(interruptibleWait(std::max(left.count(), 0.0)))) {
+        if (isLoss(*change)) {
+            throw Failure(ExitCode::ConnectionLost, "the connection to the server is lost");
+        }
         page.take(*change);
-        const auto* const zone = std::get_if<PaZone>(&change->what);
-        if (zone != nullptr && zones_.count(zone->id) > 0) {
-            report(zone->id, zone->activityText + ' ' + zone->announcementTypeText);
+        const auto* const zone = std::get_if<Updated<PaZone>>(change.get());
+        if (zone != nullptr && zones_.count(zone->record.id) > 0) {
+            report(zone->record.id,
+                   zone->record.activityText + ' ' + zone->record.announcementTypeText);
         }
     }
     if (std::chrono::steady_clock::now() >= nextDrawing) {

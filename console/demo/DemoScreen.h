@@ -6,8 +6,8 @@
 #include <string>
 #include <vector>
 
+#include "client/ChangeStream.h"
 #include "console/Context.h"
-#include "console/following/Changes.h"
 #include "console/following/LiveView.h"
 #include "console/text/TextTable.h"
 
@@ -22,7 +22,7 @@ public:
     DemoPage& operator=(const DemoPage&) = delete;
     virtual ~DemoPage() = default;
 
-    virtual void take(const Change& change) = 0;
+    virtual void take(const paclient::Change& change) = 0;
     virtual TextTable table() const = 0;
 
     const std::string title;
@@ -96,7 +96,7 @@ private:
     std::string awaited_;
     Moment awaitedSince_ = start_;
     Moment drawnAt_ = start_;
-    Changes changes_;
+    paclient::Subscription changes_;
     std::set<std::string> zones_;
     std::optional<LiveView> view_;  // on a terminal
 };

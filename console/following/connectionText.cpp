@@ -24,4 +24,11 @@ std::string connectionText(const paclient::Change& change) {
     return std::visit([](const auto& what) { return text(what); }, change);
 }
 
+bool isLoss(const paclient::Change& change) {
+    using State = palink::ConnectionChange::State;
+    const auto* const connection = std::get_if<palink::ConnectionChange>(&change);
+    return connection != nullptr &&
+           (connection->state == State::Disconnected || connection->state == State::Stopped);
+}
+
 }  // namespace console

@@ -10,4 +10,7 @@ namespace console {
 /// nothing when the change is another one.
 std::string connectionText(const paclient::Change& change);
 
+/// Whether the connection is lost.
+bool isLoss(const paclient::Change& change);
+
 }  // namespace console

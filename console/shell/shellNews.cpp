@@ -1,10 +1,10 @@
 #include "console/shell/shellNews.h"
 
-#include "console/following/RenewalCounter.h"
 #include "console/following/connectionText.h"
 #include "sdk/AudioServer.h"
 #include "sdk/PAController.h"
 #include "sdk/globals.h"
+#include "sdk/operations.h"
 
 namespace console {
 
@@ -59,8 +59,9 @@ void ShellNews::tell(const std::string& said) {
 /// @return empty for what the user need not read
 std::string ShellNews::textOf(const paclient::Change& change, const std::string& said) {
     if (const auto* const refusal = std::get_if<palink::Refusal>(&change)) {
-        const bool isKnown =
-            isOfRenewal(*refusal) || said.find(refusal->reason) != std::string::npos;
+        // The renewal of a lock may cross with its release: then it is refused.
+        const bool isKnown = refusal->operation == pa::operations::renewLock ||
+                             said.find(refusal->reason) != std::string::npos;
         return isKnown ? "" : "refused: " + refusal->reason;
     }
     if (const auto* const lock = std::get_if<paclient::LockChange>(&change)) {

@@ -2,8 +2,24 @@
 
 #include "client/json.h"
 #include "client/recordText.h"
+#include "client/resources.h"
 #include "client/scheduleText.h"
 #include "console/text/cleanText.h"
+
+namespace paclient {
+
+template <>
+struct Members<Retrieval> {
+    template <class Record, class Visit>
+    static void visit(Record& record, Visit& visit) {
+        visit("requestId", record.requestId);
+        visit("success", record.success);
+        visit("error", record.error);
+        visit("uri", record.uri);
+    }
+};
+
+}  // namespace paclient
 
 namespace console {
 
@@ -60,32 +76,63 @@ std::string text(const SourceLock& lock) {
 std::string text(const Retrieval& retrieval) {
     return withStates(retrieval.requestId, {nameOf(retrieval.error), retrieval.uri});
 }
-std::string text(const palink::LevelReading& reading) {
-    return withStates("element " + std::to_string(reading.element),
-                      {valueText(reading.level) + " dB"});
-}
 std::string text(const palink::Refusal& refusal) {
     return withStates(refusal.requestId, {refusal.reason});
 }
-std::string text(const GoneNumber& gone) {
-    return std::to_string(gone.id);
-}
-std::string text(const GoneName& gone) {
-    return gone.id;
-}
+
+/// Writes one change.
+struct ChangeWriter {
+    const char* event;
+    const LineForm form;
+
+    template <class Record>
+    std::string operator()(const Updated<Record>& updated) const {
+        return line(updated.record);
+    }
+    template <class Record>
+    std::string operator()(const Deleted<Record>& deleted) const {
+        return isJson() ? jsonOf({{"id", deleted.id}}) : textOf(valueText(deleted.id));
+    }
+    std::string operator()(const Deleted<AnnouncementRequest>& deleted) const {
+        return line(deleted.record);
+    }
+    std::string operator()(const Deleted<ScheduleDefinition>& deleted) const {
+        return line(deleted.record);
+    }
+    std::string operator()(const LockChange& change) const {
+        return line(withHolder({change.sourceId, change.lockedUUID}));
+    }
+    std::string operator()(const Retrieval& retrieval) const { return line(retrieval); }
+    std::string operator()(const palink::Refusal& refusal) const { return line(refusal); }
+    template <class Other>
+    std::string operator()(const Other& /*change*/) const {
+        return {};
+    }
+
+private:
+    bool isJson() const { return form == LineForm::Json; }
+
+    template <class Record>
+    std::string line(const Record& record) const {
+        return isJson() ? jsonOf(toJson(record)) : textOf(text(record));
+    }
+
+    std::string textOf(const std::string& record) const {
+        constexpr std::size_t eventWidth = 20;
+        return fitted(event, eventWidth) + clean(record) + '\n';
+    }
+
+    std::string jsonOf(const Json& record) const {
+        Json object = {{"event", event}};
+        object.update(record);
+        return jsonLine(object);
+    }
+};
 
 }  // namespace
 
-std::string changeText(const Change& change) {
-    constexpr std::size_t eventWidth = 20;
-    const auto record = std::visit([](const auto& what) { return text(what); }, change.what);
-    return fitted(change.event, eventWidth) + clean(record) + '\n';
-}
-
-std::string changeJson(const Change& change) {
-    Json line = {{"event", change.event}};
-    line.update(std::visit([](const auto& what) { return toJson(what); }, change.what));
-    return jsonLine(line);
+std::string changeLine(const Change& change, LineForm form) {
+    return std::visit(ChangeWriter{eventName(change), form}, change);
 }
 
 }  // namespace console

@@ -2,14 +2,16 @@
 
 #include <string>
 
-#include "console/following/Changes.h"
+#include "client/Change.h"
 
 namespace console {
 
-/// The change as one line for people: what, which one, and its state.
-std::string changeText(const Change& change);
+enum class LineForm { Text, Json };
 
-/// The change as one line of JSON: the name of the event, then the members of the record.
-std::string changeJson(const Change& change);
+/// A change as one line. For people: what, which one, and its state; in JSON: the name of the
+/// event, then the members of the record.
+/// @return empty for what has no line: attached zones, readings of a meter, and what is of the
+///         link only
+std::string changeLine(const paclient::Change& change, LineForm form);
 
 }  // namespace console

@@ -8,15 +8,10 @@ namespace {
 
 /// Has the server refuse something, and waits until the subscribers know.
 void provokeRefusal() {
-    console::Changes changes;
+    paclient::Subscription refusals(paclient::kinds<palink::Refusal>());
     gPaController.cancelMessage("nothing of that name");
-    const auto limit = std::chrono::seconds(10);
-    std::optional<console::Change> change = changes.next(limit);
-    while (change && change->kind != console::Change::Kind::Refusal) {
-        change = changes.next(limit);
-    }
-    ASSERT_TRUE(change);
-    const console::Changes subscribedAfterwards;
+    ASSERT_TRUE(refusals.next(std::chrono::seconds(10)));
+    const paclient::Subscription subscribedAfterwards;
 }
 
 TEST(Shell, reportsWhatHappensBetweenItsCommands) {
