@@ -104,10 +104,22 @@ Confirmation deactivate(const PaSWTrigger& trigger, std::optional<int> announcem
 /// @}
 
 /// @name User recordings
-/// The server reports nothing of them but a refusal: see `awaitRefusal` for the result.
+/// The server reports a recording as an announcement without content: "Recording" while it runs,
+/// with the path as its completion message, then "Recorded" or "Failed".
 /// @{
+
+/// Starts a recording. One that runs already is not this one: the server refuses a second.
 Confirmation startRecording(const std::string& serverPath, const Wait& wait);
-Confirmation stopRecording(const Wait& wait);
+
+struct StoppedRecording {
+    Confirmation confirmation;  ///< `Refused` also when the recording is lost
+    std::string path;           ///< of the file that the server has stored; else empty
+};
+
+/// Stops the recording that runs, which stores it.
+StoppedRecording stopRecording(const Wait& wait);
+
+/// The server reports nothing of these but a refusal: see `awaitRefusal` for the result.
 Confirmation previewRecording(const std::string& serverPath, const Wait& wait);
 Confirmation deleteRecording(const std::string& serverPath, const Wait& wait);
 /// @}

@@ -10,31 +10,16 @@ using namespace paclient;
 
 namespace {
 
-using paclient::Confirmation;
-using paclient::Wait;
-
-/// Asks the server for something that it does not confirm, and says that it has not refused.
-/// @param effect as in "/home/quillon/tmp/a.wav is being recorded"
-template <class Operation>
-void ask(const Context& context, const std::string& effect, const paclient::Json& json,
-         Operation operation) {
-    context.session();
-    operate(context, effect, [&](const Wait& wait) {
-        const Confirmation answer = operation(wait);
-        return answer.state == Confirmation::State::TimedOut ? Confirmation{} : answer;
-    });
-    printOutcome(context, "requested: " + effect + " (the server confirms no recordings)", json);
-}
-
 /// What is done with one recording.
 struct PathOperation {
     const char* effect;
+    const char* unconfirmed;  ///< what the server does not confirm; null for what it does
     Confirmation (*send)(const std::string& path, const Wait& wait);
 };
 
-constexpr PathOperation start{" is being recorded", paclient::startRecording};
-constexpr PathOperation preview{" is played back", paclient::previewRecording};
-constexpr PathOperation remove{" is deleted", paclient::deleteRecording};
+constexpr PathOperation start{" is being recorded", nullptr, startRecording};
+constexpr PathOperation preview{" is played back", "previews", previewRecording};
+constexpr PathOperation remove{" is deleted", "deletions", deleteRecording};
 
 template <const PathOperation& operation>
 struct OfRecording {
@@ -47,8 +32,19 @@ struct OfRecording {
 
     void run(const Context& context) const {
         const std::string path = serverPath(name);
-        ask(context, path + operation.effect, {{"path", path}},
-            [&](const Wait& wait) { return operation.send(path, wait); });
+        const std::string effect = path + operation.effect;
+        const bool isConfirmed = operation.unconfirmed == nullptr;
+        context.session();
+        operate(context, effect, [&](const Wait& wait) {
+            const Confirmation answer = operation.send(path, wait);
+            const bool isNotRefused = answer.state == Confirmation::State::TimedOut;
+            return isNotRefused && !isConfirmed ? Confirmation{} : answer;
+        });
+        const std::string sentence =
+            isConfirmed ? effect
+                        : "requested: " + effect + " (the server confirms no " +
+                              operation.unconfirmed + ')';
+        printOutcome(context, sentence, {{"path", path}});
     }
 };
 
@@ -60,7 +56,14 @@ struct RecordStart : OfRecording<start> {
 };
 
 void stop(const Context& context) {
-    ask(context, "the recording is stopped", paclient::Json::object(), paclient::stopRecording);
+    context.session();
+    std::string path;
+    operate(context, "the recording is stored", [&](const Wait& wait) {
+        StoppedRecording stopped = stopRecording(wait);
+        path = stopped.path;
+        return stopped.confirmation;
+    });
+    printOutcome(context, path + " is recorded", {{"path", path}});
 }
 
 }  // namespace

@@ -152,6 +152,7 @@ struct OperationsTest : ClientTest {
 
 TEST_F(OperationsTest, ReportWhatTheServerHasConfirmed) {
     const Wait wait;
+    const std::string path = "/home/quillon/tmp/a.wav";
     const PaSWTrigger yardTrigger = trigger(2);
     std::optional<int> started;
     const auto replace = PaSource::REPLACE_EXISTING_SET;
@@ -202,11 +203,17 @@ TEST_F(OperationsTest, ReportWhatTheServerHasConfirmed) {
          State::Done},
         {"deactivate", [&] { return deactivate(yardTrigger, started, wait); }, State::Done},
         {"inactive", [&] { return deactivate(yardTrigger, started, wait); }, State::Refused},
-        {"record", [&] { return startRecording("/home/quillon/tmp/a.wav", {5ms}); },
-         State::TimedOut},
+        {"record", [&] { return startRecording(path, wait); }, State::Done},
+        {"once more", [&] { return startRecording(path, wait); }, State::Refused},
         {"elsewhere", [&] { return startRecording("/etc/passwd", wait); }, State::Refused},
-        {"stop", [&] { return stopRecording({5ms}); }, State::TimedOut},
-        {"stopped", [&] { return stopRecording(wait); }, State::Refused},
+        {"stop",
+         [&] {
+             const StoppedRecording stopped = stopRecording(wait);
+             EXPECT_EQ(stopped.path, path);
+             return stopped.confirmation;
+         },
+         State::Done},
+        {"stopped", [&] { return stopRecording(wait).confirmation; }, State::Refused},
         {"delete", [&] { return deleteRecording("/home/quillon/tmp/x.wav", wait); },
          State::Refused},
         {"play", [&] { return previewRecording("/home/quillon/tmp/x.wav", wait); }, State::Refused},
@@ -233,6 +240,8 @@ TEST_F(OperationsTest, AreOpenWhenNothingIsReported) {
     server.ignoreRequests(true);
     EXPECT_EQ(setMonitoring(sink(1), true, {0ms}).state, State::TimedOut);
     EXPECT_EQ(reset(sink(9), true, {0ms}).state, State::TimedOut);
+    EXPECT_EQ(startRecording("/home/quillon/tmp/a.wav", {0ms}).state, State::TimedOut);
+    EXPECT_EQ(stopRecording({0ms}).confirmation.state, State::TimedOut);
     EXPECT_EQ(activate(trigger(1), {0ms}).confirmation.state, State::TimedOut);
 }
 

@@ -120,15 +120,12 @@ TEST(Operating, saysWhatTheServerHasConfirmed) {
         {"sim lock 3 --client other-1", "source 3 is locked by the client other-1"},
         {"sim unlock 3 --client other-1", "source 3 is released by the client other-1"},
         {"sim renewals off", "the server ignores renewals of locks"},
-        {"record start a.wav --timeout 0.05",
-         "requested: /home/quillon/tmp/a.wav is being recorded (the server confirms no "
-         "recordings)"},
-        {"record stop --timeout 0.05",
-         "requested: the recording is stopped (the server confirms no recordings)"},
+        {"record start a.wav", "/home/quillon/tmp/a.wav is being recorded"},
+        {"record stop", "/home/quillon/tmp/a.wav is recorded"},
         {"record preview /home/quillon/tmp/a.wav --timeout 0.05",
-         "requested: /home/quillon/tmp/a.wav is played back (the server confirms no recordings)"},
+         "requested: /home/quillon/tmp/a.wav is played back (the server confirms no previews)"},
         {"record delete a.wav --timeout 0.05",
-         "requested: /home/quillon/tmp/a.wav is deleted (the server confirms no recordings)"},
+         "requested: /home/quillon/tmp/a.wav is deleted (the server confirms no deletions)"},
     };
     Lines script;
     Lines expected;
@@ -189,6 +186,7 @@ TEST(Operating, hasAClearLineForWhatCannotBeDone) {
 TEST(Operating, saysWhatIsUnknownWhenTheServerDoesNotAnswer) {
     const std::pair<const char*, const char*> cases[] = {
         {"source attach 3", "whether source 3 is locked is unknown"},
+        {"record start a.wav", "whether /home/quillon/tmp/a.wav is being recorded is unknown"},
         {"source vu 1", "the meter of element 0 reports nothing"},
         {"sink gain 3 -3", "whether sink 3 has the gain -3 dB is unknown"},
         {"schedule add --zones Concourse --template M --sync",
