@@ -14,6 +14,7 @@ void Output::write(const std::string& lines) {
         beside_->status("");
     }
     const std::lock_guard guard(lock_);
+    removeStatus();
     errno = 0;
     stream_ << lines << std::flush;
     if (!stream_) {

@@ -17,6 +17,9 @@ public:
     explicit Output(std::ostream& stream, Output* beside = nullptr, bool isTerminal = false)
         : stream_(stream), beside_(beside), isTerminal_(isTerminal) {}
 
+    /// Whether a status is shown here.
+    bool isTerminal() const { return isTerminal_; }
+
     /// Writes whole lines and flushes them.
     /// @throws Failure when they cannot be written
     void write(const std::string& lines);

@@ -1,13 +1,14 @@
 #include "console/Progress.h"
 
+#include <memory>
 #include <utility>
 
-#include "console/interrupt.h"
+#include "console/Session.h"
 
 namespace console {
 
-Progress::Progress(Output& diagnostics, std::string what, std::chrono::milliseconds expected)
-    : diagnostics_(diagnostics), what_(std::move(what)), expected_(expected) {}
+Progress::Progress(Output& diagnostics, std::string what)
+    : diagnostics_(diagnostics), what_(std::move(what)) {}
 
 Progress::~Progress() {
     if (shownSeconds_ > 0) {
@@ -16,16 +17,22 @@ Progress::~Progress() {
 }
 
 void Progress::operator()(std::chrono::milliseconds waited) {
-    interrupt::check();
-    const auto secondsOf = [](std::chrono::milliseconds time) { return time.count() / 1000; };
-    if (secondsOf(waited) <= shownSeconds_) {
+    const long long seconds = waited.count() / 1000;
+    if (seconds == 0 || seconds == shownSeconds_) {
         return;
     }
-    shownSeconds_ = secondsOf(waited);
-    const std::string limit =
-        expected_.count() > 0 ? " of about " + std::to_string(secondsOf(expected_)) : "";
-    diagnostics_.status("waiting for " + what_ + ": " + std::to_string(shownSeconds_) + limit +
-                        " s");
+    shownSeconds_ = seconds;
+    diagnostics_.status("waiting " + what_ + ": " + std::to_string(seconds) + " s");
+}
+
+paclient::Wait shownWait(Output& diagnostics, const std::string& what, double seconds) {
+    paclient::Wait wait = interruptibleWait(seconds);
+    const auto progress = std::make_shared<Progress>(diagnostics, what);
+    wait.whileWaiting = [progress, check = wait.whileWaiting](std::chrono::milliseconds waited) {
+        check(waited);
+        (*progress)(waited);
+    };
+    return wait;
 }
 
 }  // namespace console

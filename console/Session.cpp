@@ -7,6 +7,7 @@
 
 #include "client/StationClock.h"
 #include "console/ExitCode.h"
+#include "console/Progress.h"
 #include "console/interrupt.h"
 #include "framework/log.h"
 #include "sdk/globals.h"
@@ -73,18 +74,23 @@ Session::LogRedirection::~LogRedirection() {
 }
 
 Session::Session(const Settings& settings, Output& diagnostics) try
-    : timeoutSeconds_(settings.timeout.value_or(connectSeconds)),
+    : diagnostics_(diagnostics),
+      timeoutSeconds_(settings.timeout.value_or(connectSeconds)),
       speed_(settings.speed),
       log_(diagnostics, settings.debug),
       endpoint_(endpointFor(settings)),
       connection_(endpoint_) {
-    connection_.open(interruptibleWait(timeoutSeconds_));
+    connection_.open(waitFor("for the server"));
     setClock();
 } catch (const paclient::NotConnected& error) {
     throw Failure(ExitCode::CannotConnect, error.what());
 }
 
 Session::~Session() = default;
+
+paclient::Wait Session::waitFor(const std::string& what) const {
+    return shownWait(diagnostics_, what, timeoutSeconds_);
+}
 
 void Session::setClock() {
     if (const std::uint64_t number = connection_.number(); number != clockOf_ && number != 0) {
@@ -94,7 +100,7 @@ void Session::setClock() {
 }
 
 void Session::requireConnected() try {
-    connection_.requireConnected(interruptibleWait(timeoutSeconds_));
+    connection_.requireConnected(waitFor("for the connection"));
     setClock();
 } catch (const paclient::NotConnected& error) {
     throw Failure(ExitCode::ConnectionLost, error.what());
@@ -108,7 +114,7 @@ void Session::requireBackWithin(double seconds) {
 }
 
 void Session::waitUntilDelivered() try {
-    connection_.waitUntilDelivered(interruptibleWait(timeoutSeconds_));
+    connection_.waitUntilDelivered(waitFor("for what the server has reported"));
 } catch (const paclient::NotConnected& error) {
     throw Failure(ExitCode::ConnectionLost, error.what());
 }

@@ -69,7 +69,9 @@ private:
     };
 
     void setClock();
+    paclient::Wait waitFor(const std::string& what) const;
 
+    Output& diagnostics_;
     const double timeoutSeconds_;
     const double speed_;
     LogRedirection log_;

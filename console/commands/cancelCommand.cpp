@@ -38,6 +38,11 @@ void print(const Context& context, const std::vector<AnnouncementRequest>& recor
     context.settings.json ? context.writeJson(paclient::toJson(records)) : context.write(table);
 }
 
+paclient::Wait withdrawalWait(const Context& context) {
+    return waitOf(context, "until the server has withdrawn it",
+                  unknownWhether("anything is cancelled"));
+}
+
 /// Prints what has been withdrawn, and how it ended when it was not by this.
 void report(const Context& context, const Cancellation& cancellation) {
     if (!cancellation.ended.empty()) {
@@ -52,8 +57,7 @@ void report(const Context& context, const Cancellation& cancellation) {
 
 void cancelRequest(const Context& context, const std::string& wanted) {
     context.session();
-    report(context, cancelAnnouncement(requestIdOf(wanted),
-                                       waitOf(context, unknownWhether("anything is cancelled"))));
+    report(context, cancelAnnouncement(requestIdOf(wanted), withdrawalWait(context)));
 }
 
 void cancelType(const Context& context, Message::Type type) {
@@ -66,8 +70,7 @@ void cancelType(const Context& context, Message::Type type) {
         throw Failure(ExitCode::NotFound,
                       "no announcement of type " + paclient::nameOf(type) + " is active");
     }
-    report(context,
-           cancelAnnouncements(type, waitOf(context, unknownWhether("anything is cancelled"))));
+    report(context, cancelAnnouncements(type, withdrawalWait(context)));
 }
 
 Message::Type typeNamed(const std::string& name) {

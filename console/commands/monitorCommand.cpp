@@ -97,6 +97,9 @@ paclient::Wait watchWait(const Context& context, const Printer& printer, double 
 
 void watch(const Context& context, double seconds) {
     const Printer printer(context);
+    if (context.diagnostics.isTerminal()) {
+        context.diagnostics.diagnostic("watching the server, until Ctrl-C");
+    }
     Subscription nothing(paclient::kinds<>());
     nothing.next(watchWait(context, printer, seconds));
 }

@@ -38,15 +38,18 @@ std::string secondsText(double seconds, int digits = 2) {
 
 /// Shows the states of the parts as they come: a line each, and on a terminal, below them, how long
 /// it has taken so far.
-class Progress {
+class PartStates {
 public:
     /// @param expected how long it plays, in seconds, when that is known
-    Progress(const Context& context, std::optional<double> expected)
+    PartStates(const Context& context, std::optional<double> expected)
         : context_(context), expected_(expected) {
         if (context.terminal >= 0 && !context.settings.json) {
             view_.emplace(context.out);
         }
     }
+
+    /// Whether the time that has passed is shown.
+    bool isDrawn() const { return view_.has_value(); }
 
     /// From a callback: notes a state, to be shown by `show`.
     void add(const Announcement::Part& part) {
@@ -147,10 +150,10 @@ Failure timedOut(const Announcement& announcement, const char* awaited) {
 
 void playAndWait(const Context& context, const PlayRequest& request,
                  const std::vector<std::string>& zones, const Message& message) {
-    Progress progress(context, expectedSeconds(context, request));
+    PartStates states(context, expectedSeconds(context, request));
     Announcement announcement(zones, message, [&](State, const Announcement::Part* part) {
         if (part != nullptr) {
-            progress.add(*part);
+            states.add(*part);
         }
     });
     const std::string& id = announcement.requestId();
@@ -159,14 +162,15 @@ void playAndWait(const Context& context, const PlayRequest& request,
     const std::string unknown = context.connection.lasts
                                     ? "request " + id + " plays on, 'cancel " + id + "' ends it"
                                     : "the outcome is unknown";
-    paclient::Wait wait = waitOf(context, unknown, forEver);
+    const std::string what = states.isDrawn() ? "" : "until request " + id + " is over";
+    paclient::Wait wait = waitOf(context, what, unknown, forEver);
     const auto check = wait.whileWaiting;
     wait.whileWaiting = [&](std::chrono::milliseconds waited) {
-        progress.show();
+        states.show();
         check(waited);
     };
     announcement.wait(wait);
-    progress.finish();
+    states.finish();
     if (!announcement.isOver()) {
         throw timedOut(announcement, "over");
     }
@@ -178,8 +182,9 @@ void playOnly(const Context& context, const std::vector<std::string>& zones,
     Announcement announcement(zones, message);
     context.connection.playedIds.push_back(announcement.requestId());
     const bool isReported = announcement.partCount() > 0;
-    announcement.waitUntilAccepted(
-        waitOf(context, "the outcome is unknown", isReported ? answerSeconds : refusalSeconds));
+    announcement.waitUntilAccepted(waitOf(context, "until the server accepts it",
+                                          "the outcome is unknown",
+                                          isReported ? answerSeconds : refusalSeconds));
     requireGood(announcement);
     if (isReported && announcement.state() == State::Sending) {
         throw timedOut(announcement, "accepted");

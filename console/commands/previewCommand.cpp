@@ -67,7 +67,7 @@ private:
         const double seconds = std::chrono::duration<double>(paclient::previewExpiry).count();
         paclient::RenderedPreview preview;
         operate(
-            context, "there will be audio",
+            context, "there is audio",
             [&](const paclient::Wait& wait) {
                 preview = renderPreview(text, spoken, wait);
                 return preview.confirmation;

@@ -88,7 +88,7 @@ void showLevel(const Context& context, const PaSource& source, const LevelLimits
     for (int shown = 0; !limits.count || shown < *limits.count;) {
         const double passed = static_cast<double>(pa::monotonicMS() - startMS) / 1000;
         const double left = limits.seconds.value_or(forEver) - passed;
-        paclient::Wait wait = waitOf(context, "", readingSeconds);
+        paclient::Wait wait = waitOf(context, "for a reading", "", readingSeconds);
         const bool endsFirst = std::chrono::duration<double>(left) < wait.limit;
         if (endsFirst) {
             wait.limit = std::chrono::milliseconds(std::max(0LL, std::llround(left * 1000)));

@@ -1,36 +1,28 @@
 #include "console/following/operate.h"
 
-#include <algorithm>
-
 #include "client/recordText.h"
 #include "console/ExitCode.h"
-#include "console/interrupt.h"
+#include "console/Progress.h"
 #include "console/text/cleanText.h"
 
 namespace console {
 
 using namespace paclient;
 
-namespace {
-
-std::chrono::milliseconds limitOf(double seconds) {
-    return seconds >= forEver ? paclient::noLimit
-                              : std::chrono::ceil<std::chrono::milliseconds>(
-                                    std::chrono::duration<double>(seconds));
-}
-
-}  // namespace
-
-paclient::Wait waitOf(const Context& context, const std::string& unknown, double seconds) {
-    const auto check = [unknown](std::chrono::milliseconds /*waited*/) {
+paclient::Wait waitOf(const Context& context, const std::string& what, const std::string& unknown,
+                      double seconds) {
+    const double limit = context.settings.timeout.value_or(seconds);
+    paclient::Wait wait =
+        what.empty() ? interruptibleWait(limit) : shownWait(context.diagnostics, what, limit);
+    wait.whileWaiting = [unknown, show = wait.whileWaiting](std::chrono::milliseconds waited) {
         try {
-            interrupt::check();
+            show(waited);
         } catch (const Failure& failure) {
             throw Failure(failure.code,
                           failure.what() + (unknown.empty() ? unknown : "; " + unknown));
         }
     };
-    return {limitOf(context.settings.timeout.value_or(seconds)), check};
+    return wait;
 }
 
 std::string unknownWhether(const std::string& effect) {

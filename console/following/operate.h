@@ -16,8 +16,10 @@ constexpr double answerSeconds = 10;
 
 /// The wait of a command for the server, no longer than --timeout. It ends with a Failure when the
 /// user interrupts.
-/// @param unknown added to its text, as in "whether sink 3 is monitored is unknown"
-paclient::Wait waitOf(const Context& context, const std::string& unknown,
+/// @param what    shown on a terminal, as in "until sink 3 is monitored"; empty for a command that
+///                shows its progress itself
+/// @param unknown added to the text of the failure, as in "whether sink 3 is monitored is unknown"
+paclient::Wait waitOf(const Context& context, const std::string& what, const std::string& unknown,
                       double seconds = answerSeconds);
 
 /// "whether EFFECT is unknown".
@@ -38,7 +40,7 @@ template <class Operation>
 std::string operate(const Context& context, const std::string& effect, Operation operation,
                     double seconds = answerSeconds) {
     const std::string unknown = unknownWhether(effect);
-    return requireConfirmed(operation(waitOf(context, unknown, seconds)), unknown);
+    return requireConfirmed(operation(waitOf(context, "until " + effect, unknown, seconds)), unknown);
 }
 
 /// " has the gain -3.5 dB", in the digits that are sent.

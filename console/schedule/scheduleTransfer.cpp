@@ -24,9 +24,9 @@ std::string countText(std::size_t done, std::size_t total) {
 }
 
 /// Shows how far an import is: a bar on a terminal, else a line now and then, nothing beside JSON.
-class Progress {
+class ImportProgress {
 public:
-    Progress(const Context& context, std::size_t total) : context_(context), total_(total) {
+    ImportProgress(const Context& context, std::size_t total) : context_(context), total_(total) {
         if (context.terminal >= 0 && !context.settings.json) {
             view_.emplace(context.out);
         }
@@ -148,11 +148,11 @@ void importSchedules(const Context& context, const ScheduleImport& wanted) {
     const std::vector<paclient::ImportEntry> entries = readEntries(json);
     const std::size_t total = entries.size();
     const std::string unknown = "whether it is kept is unknown";
-    Progress progress(context, total);
+    ImportProgress progress(context, total);
     ImportResult result;
     try {
         paclient::importSchedules(
-            entries, wanted.replace, waitOf(context, unknown),
+            entries, wanted.replace, waitOf(context, "", unknown),
             [&](const ImportResult& now) { progress.show(now.imported + now.failed.size()); },
             result);
         requireConfirmed(result.unknown, unknown);

@@ -52,7 +52,7 @@ TEST(Shell, isUsedOnATerminal) {
     terminal.readUntil(" plays on, 'cancel ");
     terminal.readUntil(prompt);
     terminal.type("monitor\n");  // it can be interrupted again
-    terminal.readUntil("monitor\r\n");
+    terminal.readUntil("watching ");
     terminal.type("\x03");
     terminal.readUntil("interrupted\r\n");
     terminal.readUntil(prompt);
