@@ -53,7 +53,9 @@ void addProcessOptions(CLI::App& app, Settings& settings) {
               "Simulated seconds per second (default 1)");
     addPath(app, "--spool", settings.spool,
             "Folder where the simulated server keeps uploads and recordings", "DIR");
-    addPath(app, "--state", settings.state, "Folder where the simulated server keeps schedules",
+    addPath(app, "--state", settings.state,
+            "Folder where the simulated server keeps schedules, gains, monitoring, attached zones, "
+            "uploads and recordings",
             "DIR");
     const auto takeClock = [&settings](const std::string& text) {
         const DateTime typed = valueOf("--clock", [&] { return parseDateTime(text); });
