@@ -40,10 +40,10 @@ struct OfRecording {
             const bool isNotRefused = answer.state == Confirmation::State::TimedOut;
             return isNotRefused && !isConfirmed ? Confirmation{} : answer;
         });
-        const std::string sentence =
-            isConfirmed ? effect
-                        : "requested: " + effect + " (the server confirms no " +
-                              operation.unconfirmed + ')';
+        const std::string sentence = isConfirmed
+                                         ? effect
+                                         : "requested: " + effect + " (the server confirms no " +
+                                               operation.unconfirmed + ')';
         printOutcome(context, sentence, {{"path", path}});
     }
 };

@@ -16,6 +16,12 @@ namespace {
 
 using simserver::SimControl;
 
+/// Prints what has happened at the server.
+void printEffect(const Context& context, const std::string& sentence, const Json& json) {
+    printOutcome(context, sentence, json);
+    warnOfEnd(context, "the effect");
+}
+
 /// Does something on the server's side, and waits until this client knows its effects.
 template <class Act>
 void simulate(const Context& context, Act act) {
@@ -63,8 +69,8 @@ struct SimLock {
         context.session();
         const int id = findOne(sources, wanted).id;
         simulate(context, [&](SimControl& server) { (server.*action.act)(id, client); });
-        printOutcome(context, "source " + std::to_string(id) + action.effect + client,
-                     paclient::toJson(lockOf(id)));
+        printEffect(context, "source " + std::to_string(id) + action.effect + client,
+                    paclient::toJson(lockOf(id)));
     }
 };
 
@@ -79,9 +85,9 @@ struct SimTrigger {
 
     void run(const Context& context) const {
         simulate(context, [&](SimControl& server) { server.setTrigger(id, active); });
-        printOutcome(context,
-                     "hardware trigger " + std::to_string(id) + (active ? " is on" : " is off"),
-                     {{"id", id}, {"state", jsonValue(gPaController.getHwPaTriggerState(id))}});
+        printEffect(context,
+                    "hardware trigger " + std::to_string(id) + (active ? " is on" : " is off"),
+                    {{"id", id}, {"state", jsonValue(gPaController.getHwPaTriggerState(id))}});
     }
 };
 
@@ -98,10 +104,10 @@ struct SimSelector {
 
     void run(const Context& context) const {
         simulate(context, [&](SimControl& server) { server.setSelector(id, state); });
-        printOutcome(context,
-                     "selector " + std::to_string(id) + " is " +
-                         nameOf(gPaController.getPaSelectorState(id)),
-                     {{"id", id}, {"state", state}});
+        printEffect(context,
+                    "selector " + std::to_string(id) + " is " +
+                        nameOf(gPaController.getPaSelectorState(id)),
+                    {{"id", id}, {"state", state}});
     }
 };
 
@@ -123,7 +129,7 @@ struct SimIgnore {
 
     void run(const Context& context) const {
         (context.session().simControl().*ignorable.ignore)(!received);
-        printOutcome(
+        printEffect(
             context,
             std::string("the server ") + (received ? "receives " : "ignores ") + ignorable.text,
             {{ignorable.name, received}});
@@ -145,7 +151,7 @@ void endConnection(const Context& context, Act act) {
 
 void disconnect(const Context& context) {
     endConnection(context, [](SimControl& server) { server.dropClient(); });
-    printOutcome(context, "the server has dropped the connection", {{"connected", false}});
+    printEffect(context, "the server has dropped the connection", {{"connected", false}});
 }
 
 void restart(const Context& context) {
@@ -158,7 +164,7 @@ void restart(const Context& context) {
         }
     });
     context.session();  // waits for the connection
-    printOutcome(context, "the server has restarted", {{"connected", true}});
+    printEffect(context, "the server has restarted", {{"connected", true}});
 }
 
 }  // namespace

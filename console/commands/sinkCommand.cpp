@@ -46,7 +46,7 @@ struct SinkGain {
             return setGain(sink, level, persistent, delay, wait);
         });
         printOutcome(context, effect + asBefore, paclient::toJson(sinkNow(sink)));
-        warnOfEnd(context, "the gain");
+        warnUnlessKept(context, "the gain");
     }
 };
 
@@ -65,7 +65,7 @@ struct SinkMonitor {
         const std::string asBefore = operate(
             context, effect, [&](const Wait& wait) { return setMonitoring(sink, enable, wait); });
         printOutcome(context, effect + asBefore, paclient::toJson(sinkNow(sink)));
-        warnOfEnd(context, "the monitoring");
+        warnUnlessKept(context, "the monitoring");
     }
 };
 

@@ -49,7 +49,7 @@ struct SourceGain {
             return setGain(source, level, first, second, wait);
         });
         printOutcome(context, effect + asBefore, paclient::toJson(findOne(paclient::sources, id)));
-        warnOfEnd(context, "the gain");
+        warnUnlessKept(context, "the gain");
     }
 };
 

@@ -29,7 +29,7 @@ void print(const Context& context, const PaSource& source, const std::string& as
     const Ids attached = source.getAttachedPaZones();
     printOutcome(context, titleOf(source) + " has " + listOf(attached) + asBefore,
                  {{"sourceId", source.id}, {"zones", attached}});
-    warnOfEnd(context, "the attachment");
+    warnUnlessKept(context, "the attachment");
 }
 
 }  // namespace

@@ -1,3 +1,4 @@
+#include "client/StationClock.h"
 #include "client/resources.h"
 #include "console/commands/commands.h"
 #include "console/text/TextTable.h"
@@ -25,13 +26,16 @@ void addLocks(Json& report) {
     report["lockedByOthers"] = others;
 }
 
+/// What the server has reported of itself, and what it holds.
 Json statusOf(Session& session) {
     Json server = Json::object();
     const KeyValueMap info = session.serverInfo();
     for (const std::string& key : info.get_all_keys()) {
         server[key] = info.get_value(key);
     }
+    const StationClock clock = stationClock();
     Json report = {{"server", server},
+                   {"time", clock.momentText(clock.now())},
                    {"activeDstNo", pa::load(gActiveAudioServerDstNo)},
                    {"localDstNo", pa::load(gLocalDstNo)},
                    {"indirect", pa::load(gIndirectCXSConnection)},
@@ -50,11 +54,12 @@ Json statusOf(Session& session) {
 }
 
 void status(const Context& context) {
-    const Json report = statusOf(context.session());
+    Json report = statusOf(context.session());
     if (context.settings.json) {
         context.writeJson(report);
         return;
     }
+    report["server"].erase("clock");  // in seconds, and of the time when the connection began
     TextTable table({"ITEM", "VALUE"});
     const Json items = report.flatten();
     for (const auto& entry : items.items()) {

@@ -73,8 +73,8 @@ bool DemoAnnouncements::isOver() const {
 void DemoAnnouncements::take(const Change& change) {
     const auto* const update = std::get_if<Updated<AnnouncementRequest>>(&change);
     for (Playing& playing : playing_) {
-        const bool isIts = update != nullptr &&
-                           update->record.getRequestID() == playing.announcement->requestId();
+        const bool isIts =
+            update != nullptr && update->record.getRequestID() == playing.announcement->requestId();
         if (isIts && update->record.stateText != playing.state) {
             playing.state = update->record.stateText;
             screen_.report(playing.item.name, playing.state);

@@ -68,4 +68,10 @@ void warnOfEnd(const Context& context, const std::string& what) {
     }
 }
 
+void warnUnlessKept(const Context& context, const std::string& what) {
+    if (context.settings.state.empty()) {
+        warnOfEnd(context, "without --state " + what);
+    }
+}
+
 }  // namespace console

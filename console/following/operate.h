@@ -40,7 +40,8 @@ template <class Operation>
 std::string operate(const Context& context, const std::string& effect, Operation operation,
                     double seconds = answerSeconds) {
     const std::string unknown = unknownWhether(effect);
-    return requireConfirmed(operation(waitOf(context, "until " + effect, unknown, seconds)), unknown);
+    return requireConfirmed(operation(waitOf(context, "until " + effect, unknown, seconds)),
+                            unknown);
 }
 
 /// " has the gain -3.5 dB", in the digits that are sent.
@@ -53,5 +54,8 @@ void printOutcome(const Context& context, const std::string& sentence, const pac
 /// process, and no other command follows over the connection.
 /// @param what as in "the announcement"
 void warnOfEnd(const Context& context, const std::string& what);
+
+/// The same for something that the server keeps in the folder --state.
+void warnUnlessKept(const Context& context, const std::string& what);
 
 }  // namespace console

@@ -25,11 +25,10 @@ std::string titleOf(int id) {
 /// Prints a schedule that the server keeps.
 void print(const Context& context, const ScheduleDefinition& schedule, const std::string& what) {
     const paclient::ScheduleEntry now = paclient::described(schedule);
-    const std::string next = now.nextRun.empty() ? "no next run" : "next run " + now.nextRun;
+    const std::string next =
+        now.nextRun.empty() ? "no next run" : "next run " + withTimeZone(now.nextRun);
     printOutcome(context, titleOf(schedule.Id) + what + "; " + next, paclient::toJson(now));
-    if (context.settings.state.empty()) {
-        warnOfEnd(context, "without --state the schedule");
-    }
+    warnUnlessKept(context, "the schedule");
 }
 
 void list(const Context& context) {

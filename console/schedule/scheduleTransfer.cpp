@@ -161,6 +161,9 @@ void importSchedules(const Context& context, const ScheduleImport& wanted) {
         throw endedAt(result, total, failure);
     }
     printResult(context, result, total);
+    if (result.imported > 0) {
+        warnUnlessKept(context, "what is imported");
+    }
     if (!result.failed.empty()) {
         throw Failure(ExitCode::Refused, countText(result.failed.size(), total) + " are not in");
     }

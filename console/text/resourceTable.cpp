@@ -1,5 +1,7 @@
 #include "console/text/resourceTable.h"
 
+#include "client/StationClock.h"
+
 namespace console {
 
 using namespace paclient;
@@ -77,7 +79,7 @@ ListColumns<ScheduleEntry> columnsOf(const Resource<ScheduleEntry>& /*kind*/) {
             {"TIMES", memberText<&ScheduleEntry::timesText>},
             {"CONTENT", memberText<&ScheduleEntry::contentText>},
             {"ZONES", memberText<&ScheduleEntry::paZones>},
-            {"NEXT RUN", memberText<&ScheduleEntry::nextRun>}};
+            {"NEXT RUN", [](const ScheduleEntry& entry) { return withTimeZone(entry.nextRun); }}};
 }
 
 ListColumns<TTSDictionary> columnsOf(const Resource<TTSDictionary>& /*kind*/) {
@@ -92,6 +94,10 @@ ListColumns<SourceLock> columnsOf(const Resource<SourceLock>& /*kind*/) {
     return {{"SOURCE", memberText<&SourceLock::sourceId>},
             {"HOLDER", memberText<&SourceLock::holder>},
             {"UUID", memberText<&SourceLock::lockedUUID>}};
+}
+
+std::string withTimeZone(const std::string& moment) {
+    return moment.empty() ? moment : moment + ' ' + stationClock().timeZone();
 }
 
 }  // namespace console

@@ -89,4 +89,8 @@ void printOfSource(const Context& context, const paclient::Resource<Record>& kin
     print(context, kind, records);
 }
 
+/// A moment of the station as lists show it, with its time zone: "2026-12-01T06:00 Europe/Berlin".
+/// @param moment as `paclient::ScheduleEntry::nextRun`
+std::string withTimeZone(const std::string& moment);
+
 }  // namespace console

@@ -8,6 +8,7 @@
 #include "console/ExitCode.h"
 #include "console/Progress.h"
 #include "console/following/LiveView.h"
+#include "console/following/operate.h"
 #include "console/interrupt.h"
 #include "console/text/TextTable.h"
 #include "tests/console/consoleRun.h"
@@ -143,6 +144,19 @@ TEST(Progress, showsFromTheFirstSecondOnAndGivesWayToLines) {
     EXPECT_EQ(text.str(),
               "waiting for the server: 2 s\r\x1b[Kpaconsole: trouble\n"
               "waiting for the server: 3 s\r\x1b[K");
+}
+
+TEST(Progress, isThatOfAnOperation) {
+    std::ostringstream text;
+    console::Output diagnostics(text, nullptr, true);
+    const console::Settings settings;
+    console::SharedSession connection(settings, diagnostics);
+    const console::Context context{settings, diagnostics, diagnostics, -1, connection};
+    console::operate(context, "the gain is set", [](const paclient::Wait& wait) {
+        wait.whileWaiting(std::chrono::milliseconds(1000));
+        return paclient::Confirmation{};
+    });
+    EXPECT_EQ(text.str(), "waiting until the gain is set: 1 s\r\x1b[K");
 }
 
 }  // namespace

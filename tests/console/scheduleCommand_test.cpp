@@ -44,16 +44,17 @@ TEST(ScheduleCommand, keepsChangesAndForgets) {
          "schedule add --zones Subway --text Guten --language de", "schedule modify 3 --text Tag",
          "schedule modify 7 --validity 11"});
     EXPECT_EQ(first.code, 0) << first.err;
-    EXPECT_EQ(linesOf(first.out), (Words{"schedule 1 is in; next run 2026-12-01T06:00",
-                                         "schedule 2 is in; next run 2026-12-02T00:00",
-                                         "schedule 7 is in; next run 2026-12-02T00:00",
-                                         "schedule 1 is changed; next run 2026-12-01T06:00",
-                                         "schedule 7 is changed; next run 2026-12-02T00:00",
-                                         "schedule 2, as before; next run 2026-12-02T00:00",
-                                         "schedule 2 is changed; next run 2026-12-02T00:00",
-                                         "schedule 3 is in; next run 2026-12-02T00:00",
-                                         "schedule 3 is changed; next run 2026-12-02T00:00",
-                                         "schedule 7 is changed; next run 2026-12-02T00:00"}));
+    EXPECT_EQ(linesOf(first.out),
+              (Words{"schedule 1 is in; next run 2026-12-01T06:00 Europe/Berlin",
+                     "schedule 2 is in; next run 2026-12-02T00:00 Europe/Berlin",
+                     "schedule 7 is in; next run 2026-12-02T00:00 Europe/Berlin",
+                     "schedule 1 is changed; next run 2026-12-01T06:00 Europe/Berlin",
+                     "schedule 7 is changed; next run 2026-12-02T00:00 Europe/Berlin",
+                     "schedule 2, as before; next run 2026-12-02T00:00 Europe/Berlin",
+                     "schedule 2 is changed; next run 2026-12-02T00:00 Europe/Berlin",
+                     "schedule 3 is in; next run 2026-12-02T00:00 Europe/Berlin",
+                     "schedule 3 is changed; next run 2026-12-02T00:00 Europe/Berlin",
+                     "schedule 7 is changed; next run 2026-12-02T00:00 Europe/Berlin"}));
 
     const Ran second = runLines(folder, {"schedule list --format json", "schedule remove 7 1 7 3",
                                          "list schedules", "status"});
