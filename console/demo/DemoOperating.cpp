@@ -3,6 +3,7 @@
 #include <iterator>
 #include <utility>
 
+#include "client/Preview.h"
 #include "client/confirmedOperations.h"
 #include "client/recordText.h"
 #include "client/resources.h"
@@ -10,7 +11,6 @@
 #include "console/commands/sourceLock.h"
 #include "console/files/fileUri.h"
 #include "console/files/wavFile.h"
-#include "framework/uuid.h"
 #include "sdk/PAController.h"
 
 namespace console {
@@ -19,7 +19,7 @@ using namespace paclient;
 
 namespace {
 
-constexpr double answerSeconds = 12;   // longer than the controller itself waits
+constexpr double answerSeconds = 12;   // for the server to confirm a step
 constexpr double previewSeconds = 20;  // for the text to be spoken
 constexpr double renewalSeconds = 30;  // three passes of the worker, and some
 constexpr double triggerSeconds = 2;   // for which the software trigger is active
@@ -100,19 +100,19 @@ bool DemoOperating::takeSource() {
     if (!held_) {
         return fail("there is no free source");
     }
-    const int id = held_->id;
-    paclient::askForLock(id);
-    waitFor(answerSeconds, [this] { return isHolder(); });
-    see(sentence(lockOf(id)));
-    return isHolder();
+    const bool isTaken = holds(takeLock(held_->id, showing(answerSeconds)));
+    see(sentence(lockOf(held_->id)));
+    return isTaken;
 }
 
 bool DemoOperating::attachZones() {
     if (!isHolder()) {
         return fail("no source is held");
     }
-    held_->attachPaZone(listOf(heldZones_), PaSource::REPLACE_EXISTING_SET);
-    const bool isLive = waitFor(answerSeconds, [this] { return playsLive(heldZones_); });
+    const auto mode = PaSource::REPLACE_EXISTING_SET;
+    const bool isLive =
+        holds(paclient::attachZones(*held_, listOf(heldZones_), mode, showing(answerSeconds))) &&
+        waitFor(answerSeconds, [this] { return playsLive(heldZones_); });
     see(nameOf(*held_) + (isLive ? " plays in " : " does not play in ") +
         valueText(held_->getAttachedPaZones()));
     return isLive;
@@ -153,25 +153,11 @@ void DemoOperating::endTrigger() {
 
 bool DemoOperating::savePreview() try {
     const TTSVocalizer voice = voiceFor({}, {});
-    std::string id;
-    generateUUID(id);
-    Message message;
-    message.setRequestID(id);
-    message.setAudioMessage(text, voice.language, voice.voice, Message::UTF_8);
-    message.retrieveAudioMessage();
-    std::optional<Retrieval> answer;
-    waitFor(previewSeconds, [&] {
-        for (const Retrieval& retrieval : retrievals_) {
-            if (retrieval.requestId == id) {
-                answer = retrieval;
-            }
-        }
-        return answer.has_value();
-    });
-    if (!answer || !answer->success) {
-        return fail(answer ? "the server cannot speak it" : "no answer");
+    const RenderedPreview preview = renderPreview(text, voice, showing(previewSeconds));
+    if (!holds(preview.confirmation)) {
+        return fail("no audio");
     }
-    std::filesystem::copy_file(pathOfFileUri(answer->uri), wav_);
+    std::filesystem::copy_file(pathOfFileUri(preview.uri), wav_);
     const WavFormat format = checkWav(wav_.string());
     see(formatText(format) + ", saved");
     return format.rate == TTSVocalizer::usableRate;
@@ -198,13 +184,10 @@ bool DemoOperating::releaseSource() {
     if (!isHolder()) {
         return fail("no source is held");
     }
-    const int id = held_->id;
-    held_->detachAllPaZones();
-    paclient::askToRelease(id);
-    const bool isLeftAsItWas =
-        waitFor(answerSeconds, [&] { return !isHolder() && held_->getAttachedPaZones().empty(); });
-    see(sentence(lockOf(id)));
-    return isLeftAsItWas && lockOf(id).lockedUUID.empty() && !playsLive(heldZones_);
+    const bool isLeftAsItWas = holds(detachAllZones(*held_, showing(answerSeconds))) &&
+                               holds(releaseLock(held_->id, showing(answerSeconds)));
+    see(sentence(lockOf(held_->id)));
+    return isLeftAsItWas && lockOf(held_->id).lockedUUID.empty() && !playsLive(heldZones_);
 }
 
 // ---------------------------------------------------------------------------------------- helpers
@@ -219,6 +202,25 @@ bool DemoOperating::waitFor(double seconds, Condition isReached) {
         return reached || !refusal_.empty();
     });
     return reached;
+}
+
+/// A wait that shows the page.
+Wait DemoOperating::showing(double seconds) {
+    Wait wait = interruptibleWait(context_.settings.timeout.value_or(seconds));
+    wait.tick = std::chrono::milliseconds(0);  // the page waits
+    wait.whileWaiting = [this](std::chrono::milliseconds /*waited*/) {
+        constexpr double tickSeconds = 0.05;
+        screen_.showFor(*this, tickSeconds);
+    };
+    return wait;
+}
+
+/// Whether an operation has had its effect. Notes the reason of a refusal.
+bool DemoOperating::holds(const Confirmation& confirmation) {
+    if (confirmation.state == Confirmation::State::Refused) {
+        refusal_ = confirmation.reason;
+    }
+    return confirmation.holds();
 }
 
 /// Notes what the server reports of the step.
@@ -238,8 +240,6 @@ void DemoOperating::take(const Change& change) {
     const auto* const refusal = std::get_if<palink::Refusal>(&change);
     if (refusal != nullptr && refusal->operation != operations::renewLock) {
         refusal_ = refusal->reason;
-    } else if (const auto* const retrieval = std::get_if<Retrieval>(&change)) {
-        retrievals_.push_back(*retrieval);
     } else if (const auto* const sent = std::get_if<SentOperation>(&change)) {
         const pa::Operation& operation = sent->operation;
         const bool isRenewal = operation.type == operations::renewLock && held_ &&

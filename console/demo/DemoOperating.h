@@ -50,6 +50,8 @@ private:
     void chooseSources();
     template <class Condition>
     bool waitFor(double seconds, Condition isReached);
+    paclient::Wait showing(double seconds);
+    bool holds(const paclient::Confirmation& confirmation);
     void see(const std::string& what);
     bool fail(const std::string& why);
     bool playsLive(const std::set<std::string>& zoneIds) const;
@@ -66,7 +68,6 @@ private:
     std::vector<DemoResult> results_;
     std::string refusal_;  // of the step at hand
     int renewals_ = 0;     // of the lock that is held
-    std::vector<paclient::Retrieval> retrievals_;
 };
 
 }  // namespace console
