@@ -1,6 +1,7 @@
 #include "client/ChangeStream.h"
 
 #include <algorithm>
+#include <atomic>
 #include <cerrno>
 #include <condition_variable>
 #include <deque>
@@ -204,6 +205,7 @@ struct ChangeStream::State {
     std::shared_ptr<const Subscribers> subscribers = std::make_shared<const Subscribers>();
 
     LockHolders locks;
+    std::atomic<bool> isAway{false};
 
     const pa::ForkParticipant acrossFork{pa::ForkRank::Facades,
                                          {[this] {
@@ -283,6 +285,12 @@ ChangeStream& ChangeStream::instance() {
 ChangeStream::ChangeStream() : state_(*new State) {}
 
 void ChangeStream::publish(Change change) {
+    if (const auto* const connection = std::get_if<palink::ConnectionChange>(&change)) {
+        using Link = palink::ConnectionChange::State;
+        // Before the subscribers are read: a new one sees the state or receives the change.
+        state_.isAway =
+            connection->state == Link::Connected || connection->state == Link::Disconnected;
+    }
     const auto subscribers = state_.current();
     const std::size_t kind = change.index();
     ChangePtr shared;
@@ -305,6 +313,10 @@ void ChangeStream::publish(Change change) {
             listener->slot.call(shared);
         }
     }
+}
+
+bool ChangeStream::isAway() const {
+    return state_.isAway;
 }
 
 void ChangeStream::compareLocks() {
@@ -349,8 +361,13 @@ ChangePtr Subscription::next(const Wait& wait) {
 }
 
 ChangePtr Subscription::next(std::chrono::milliseconds limit) {
+    constexpr std::chrono::milliseconds longestWait = std::chrono::hours(24);  // more may overflow
     std::unique_lock guard(queue_->lock);
-    queue_->added.wait_for(guard, limit, [this] { return !queue_->isEmpty(); });
+    const auto hasChange = [this] { return !queue_->isEmpty(); };
+    while (!queue_->added.wait_for(guard, std::min(limit, longestWait), hasChange) &&
+           limit > longestWait) {
+        limit -= longestWait;
+    }
     return queue_->take();
 }
 

@@ -33,6 +33,10 @@ public:
     /// the handlers of a link to the stream.
     void publish(Change change);
 
+    /// Whether the controller's caches are incomplete, because the connection was lost or is not
+    /// synced yet. A subscriber that was made before receives what changes that.
+    [[nodiscard]] bool isAway() const;
+
     /// Publishes a `LockChange` for each source whose lock has another holder than at the call
     /// before. For `Connection`, and only while everything that the server holds is known.
     void compareLocks();

@@ -14,7 +14,8 @@ using palink::ConnectionChange;
 /// What the changes say of one request.
 class Answer {
 public:
-    explicit Answer(const ConfirmedRequest& request) : request_(request) {}
+    /// @param isAway whether the caches are incomplete at the beginning
+    Answer(const ConfirmedRequest& request, bool isAway) : request_(request), isAway_(isAway) {}
 
     void take(const Change& change) {
         if (request_.take) {
@@ -36,6 +37,12 @@ public:
     /// What the request has come to; nothing while that is open.
     const std::optional<Confirmation>& result() const { return result_; }
 
+    /// Whether the caches are incomplete: absence of an entry in them shows nothing.
+    bool isAway() const { return isAway_; }
+
+    /// How often the connection has been lost.
+    int losses() const { return losses_; }
+
     /// That of a request whose time is up.
     Confirmation timedOut() const {
         return isAway_ ? Confirmation{State::ConnectionLost, reason_}
@@ -46,11 +53,15 @@ private:
     void takeConnection(const ConnectionChange& change) {
         if (change.state == ConnectionChange::State::Disconnected) {
             isAway_ = true;
+            ++losses_;
             reason_ = change.reason;
-        } else if (change.state == ConnectionChange::State::Stopped ||
-                   (change.state == ConnectionChange::State::Synced && isAway_)) {
+            return;
+        }
+        const bool isSynced = change.state == ConnectionChange::State::Synced;
+        if (change.state == ConnectionChange::State::Stopped || (isSynced && losses_ > 0)) {
             end(State::ConnectionLost, reason_);
         }
+        isAway_ = isAway_ && !isSynced;
     }
 
     void end(State state, const std::string& reason) {
@@ -61,8 +72,9 @@ private:
 
     const ConfirmedRequest& request_;
     std::optional<Confirmation> result_;
-    bool isAway_ = false;  // the connection
-    std::string reason_;   // of its loss
+    bool isAway_;         // the connection, or it is not synced
+    int losses_ = 0;
+    std::string reason_;  // of the last loss
 };
 
 bool isOneOf(pa::OperationType operation, const std::vector<pa::OperationType>& operations) {
@@ -85,26 +97,32 @@ bool isDropOf(const std::vector<pa::OperationType>& operations, const std::strin
 
 Confirmation confirm(const ConfirmedRequest& request, const Wait& wait) {
     Subscription changes;  // from before the request is sent, so that no early answer is missed
-    if (request.holds()) {
-        return {State::AsBefore};
-    }
-    Answer answer(request);
-    request.send();
-    WaitCourse course(wait);
-    while (true) {
+    Answer answer(request, ChangeStream::instance().isAway());
+    const auto takeAll = [&] {
         while (const ChangePtr change = changes.next()) {
             answer.take(*change);
         }
-        const bool holds = request.holds();
-        const auto& result = answer.result();
-        if (result && result->state == State::ConnectionLost) {
-            return holds ? Confirmation{State::Done} : *result;
-        }
-        if (result) {
-            return *result;
-        }
-        if (holds) {
+    };
+    // A loss is published before the caches are emptied, so what was read before it counts only
+    // when none has been published since.
+    const auto holds = [&] {
+        const int losses = answer.losses();
+        const bool isThere = !answer.isAway() && request.holds();
+        takeAll();
+        return isThere && answer.losses() == losses;
+    };
+    if (holds()) {
+        return {State::AsBefore};
+    }
+    request.send();
+    WaitCourse course(wait);
+    while (true) {
+        takeAll();
+        if (holds()) {
             return {State::Done};
+        }
+        if (answer.result()) {
+            return *answer.result();
         }
         const auto slice = course.next();
         if (!slice) {

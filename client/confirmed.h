@@ -21,7 +21,8 @@ struct ConfirmedRequest {
     /// Queues the operations.
     std::function<void()> send;
     /// Whether the effect is there. Called before anything is sent, then after every change and in
-    /// each tick of the wait, since not everything that is reported is a change.
+    /// each tick of the wait, since not everything that is reported is a change; not while the
+    /// caches are incomplete, so that it may take the absence of an entry for the effect.
     std::function<bool()> holds;
     /// Receives every change that follows the subscription, for an effect that only changes show.
     /// May be empty.
@@ -40,7 +41,8 @@ bool isDropOf(const std::vector<pa::OperationType>& operations, const std::strin
 /// Sends a request and waits for its effect.
 ///
 /// A connection that is lost is waited for. When the caches are complete again they show the effect
-/// (`Done`), or the outcome is unknown (`ConnectionLost`).
+/// (`Done`), or the outcome is unknown (`ConnectionLost`). An effect that is there counts more than
+/// a refusal or a drop, which may be those of a similar request of another thread.
 ///
 /// May be called from any thread, but not from a callback.
 /// @throws whatever `send` throws: then nothing has been sent; whatever `wait.whileWaiting` throws:

@@ -65,7 +65,14 @@ TEST(Confirm, EndsWithTheFirstAnswer) {
         {"", {drop(setSinkGain, "")}, -1, State::TimedOut, ""},
         {"own", {drop(resetSink, "other")}, -1, State::TimedOut, ""},
         {"", {link(Connected::Disconnected)}, -1, State::ConnectionLost, "cable"},
-        {"", {link(Connected::Disconnected)}, 2, State::Done, ""},
+        {"", {link(Connected::Disconnected)}, 1, State::ConnectionLost, "cable"},
+        {"",
+         {link(Connected::Disconnected), link(Connected::Connected)},
+         1,  // the caches are empty
+         State::ConnectionLost,
+         "cable"},
+        {"", {refusal(resetSink, "")}, 1, State::Done, ""},
+        {"", {drop(resetSink, "")}, 1, State::Done, ""},
         {"", {link(Connected::Disconnected), link(Connected::Synced)}, 1, State::Done, ""},
         {"",
          {link(Connected::Disconnected), link(Connected::Synced), refusal(resetSink, "")},
@@ -93,7 +100,30 @@ TEST(Confirm, EndsWithTheFirstAnswer) {
         EXPECT_EQ(static_cast<int>(result.state), static_cast<int>(c.state));
         EXPECT_EQ(result.reason, c.reason);
         EXPECT_EQ(seen, c.state == State::AsBefore ? 0 : c.changes.size());
+        ChangeStream::instance().publish(link(Connected::Stopped));
     }
+    pa::setTimeSource({});
+}
+
+/// The caches are emptied between the loss and the next synchronisation.
+TEST(Confirm, TakesNoEmptiedCacheForAnEffect) {
+    pa::setTimeSource({nullptr, lookAtClock, nullptr});
+    ChangeStream& stream = ChangeStream::instance();
+    bool isEntryThere = true;
+    ConfirmedRequest request;
+    request.send = [] {};
+    request.holds = [&] {
+        if (isEntryThere) {  // the loss follows the look at the changes
+            stream.publish(link(Connected::Disconnected));
+            isEntryThere = false;
+        }
+        return !isEntryThere;
+    };
+    EXPECT_EQ(confirm(request, {20ms, {}, 1ms}).state, State::ConnectionLost);
+    EXPECT_EQ(confirm(request, {20ms, {}, 1ms}).state, State::ConnectionLost) << "still away";
+    request.send = [&] { stream.publish(link(Connected::Synced)); };
+    EXPECT_EQ(confirm(request, {20ms, {}, 1ms}).state, State::Done) << "away when it began";
+    EXPECT_EQ(confirm(request, {20ms, {}, 1ms}).state, State::AsBefore);
     pa::setTimeSource({});
 }
 
