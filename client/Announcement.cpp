@@ -160,10 +160,7 @@ void Announcement::Course::take(const Updated<AnnouncementRequest>& update) {
         noteOther(record);
         return;
     }
-    if (whole == State::Unknown) {
-        whole = State::Sending;  // it has arrived after all
-        wholeReason.clear();
-    }
+    endWhole(State::Sending, "");  // it has arrived, whatever was taken for its end
     reportedAgain.insert(record.id);
     const auto [entry, isNew] = parts.try_emplace(record.id);
     Part& part = entry->second;

@@ -27,6 +27,9 @@ namespace paclient {
 /// again. What it then reports of the request counts; a part that it does not report any more stays
 /// `Unknown`, since it may have played or not.
 ///
+/// A refusal without an id is taken to be of every request without parts that it can be of; a part
+/// that is reported later shows that it was not.
+///
 /// The object follows the request only: the announcement plays on when it is destroyed. Every
 /// function may be called from any thread; those that wait, and the destructor, not from a
 /// callback.
@@ -106,8 +109,7 @@ public:
 
     /// Has the server cancel it, and waits until it is over.
     /// @return `Done` when it was cancelled, `AsBefore` when it was over already, `Refused` with
-    /// the
-    ///         reason when it ended otherwise meanwhile, or the server has refused
+    ///         the reason when it ended otherwise meanwhile, or the server has refused
     /// @throws whatever `wait.whileWaiting` throws
     Confirmation cancel(const Wait& wait);
 
