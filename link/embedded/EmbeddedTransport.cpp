@@ -291,6 +291,11 @@ void EmbeddedTransport::connectWhenDue(std::unique_lock<std::mutex>& guard) {
     guard.unlock();
     connect();
     guard.lock();
+    if (!running_) {
+        guard.unlock();
+        server_.disconnectClient();  // the stop has called it, maybe before the connection was made
+        guard.lock();
+    }
 }
 
 }  // namespace palink

@@ -21,6 +21,9 @@ public:
         if (!takesClients) {
             throw std::runtime_error("closed");
         }
+        if (onConnect) {
+            onConnect();
+        }
         client_ = &client;
         palink::Connected connected;
         connected.localDstNo = 3;
@@ -77,10 +80,13 @@ public:
     std::atomic<bool> takesClients{true};
     std::atomic<int> attempts{0};  // to connect
 
+    bool hasClient() const { return client_ != nullptr; }
+
     // Called before anything else, set before the link starts.
     std::function<void(const pa::Operation&)> onOperation;
     std::function<void()> onMeter;
     std::function<void()> onDisconnect;
+    std::function<void()> onConnect;  // before the client is noted; set before it connects
 
 private:
     using Notes = std::vector<std::string>;

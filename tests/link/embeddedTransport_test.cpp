@@ -274,6 +274,19 @@ TEST_F(ReconnectionTest, ConnectsAgainUntilTheServerTakesIt) {
     EXPECT_EQ(server.attempts, attempts) << "a transport that is stopped stays away";
 }
 
+TEST_F(ReconnectionTest, AStopEndsAConnectionThatIsJustBeingMade) {
+    Client client;
+    transport.start(client);
+    std::promise<void> disconnected;
+    std::once_flag once;
+    server.onDisconnect = [&] { std::call_once(once, [&] { disconnected.set_value(); }); };
+    server.onConnect = [&] { disconnected.get_future().wait(); };
+    server.say(palink::Disconnected{"restarts"});
+    passUntilAttempts(2);
+    transport.stop();
+    EXPECT_FALSE(server.hasClient());
+}
+
 TEST(BackoffTest, PausesDoubleUpToTheLongestEachShortenedByUpToAHalf) {
     palink::Backoff backoff(std::chrono::milliseconds(100), std::chrono::milliseconds(450));
     std::set<std::int64_t> longest;
