@@ -28,14 +28,11 @@ auto EmbeddedEndpoint::withServer(Call call) const {
 }
 
 void EmbeddedEndpoint::restart() {
-    {
-        const std::shared_lock guard(replaced_);
-        if (server_ != nullptr) {
-            server_->dropClient();
-        }
-    }
     const std::lock_guard guard(replaced_);
-    server_.reset();  // first: it holds the state folder
+    if (server_ != nullptr) {
+        server_->dropClient();  // with the lock: it must not connect again to the old server
+        server_.reset();        // before the new one: it holds the state folder
+    }
     server_ = std::make_unique<SimServer>(station_, options_);
 }
 
