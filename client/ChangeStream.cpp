@@ -16,6 +16,7 @@
 
 #include "framework/fork.h"
 #include "link/HandlerSlot.h"
+#include "link/waitAtMost.h"
 #include "sdk/PAController.h"
 #include "sdk/globals.h"
 
@@ -361,13 +362,9 @@ ChangePtr Subscription::next(const Wait& wait) {
 }
 
 ChangePtr Subscription::next(std::chrono::milliseconds limit) {
-    constexpr std::chrono::milliseconds longestWait = std::chrono::hours(24);  // more may overflow
     std::unique_lock guard(queue_->lock);
     const auto hasChange = [this] { return !queue_->isEmpty(); };
-    while (!queue_->added.wait_for(guard, std::min(limit, longestWait), hasChange) &&
-           limit > longestWait) {
-        limit -= longestWait;
-    }
+    palink::waitAtMost(queue_->added, guard, limit, hasChange);
     return queue_->take();
 }
 

@@ -73,12 +73,13 @@ void Connection::requireConnected(const Wait& wait) {
 }
 
 void Connection::waitUntilDelivered(const Wait& wait) {
-    const std::uint64_t connection = number();
+    const std::uint64_t connection = number();  // 0 while it is being synced
     const auto trip = link_.beginRoundTrip();
     WaitCourse course(wait);
     std::chrono::milliseconds slice{0};
     while (!trip || !link_.waitForRoundTrip(*trip, slice)) {
-        if (!trip || number() != connection) {
+        const bool isLost = connection == 0 ? !link_.isConnected() : number() != connection;
+        if (!trip || isLost) {
             throw NotConnected("the connection to the server is lost");
         }
         const auto next = course.next();

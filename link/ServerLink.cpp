@@ -10,6 +10,7 @@
 #include "framework/fork.h"
 #include "framework/levelMeter.h"
 #include "framework/log.h"
+#include "link/waitAtMost.h"
 #include "sdk/globals.h"
 
 namespace palink {
@@ -70,6 +71,7 @@ void ServerLink::stop(std::chrono::milliseconds limit) {
     }
     end(limit);
     change(ConnectionChange::State::Stopped);
+    started = nullptr;  // last: no change of another link comes before these
 }
 
 void ServerLink::end(std::chrono::milliseconds limit) {
@@ -83,12 +85,11 @@ void ServerLink::end(std::chrono::milliseconds limit) {
     if (isConnected()) {
         lose("the link was stopped");
     }
-    started = nullptr;
 }
 
 bool ServerLink::waitUntilReady(std::chrono::milliseconds limit) {
     std::unique_lock guard(lock_);
-    return changed_.wait_for(guard, limit, [this] {
+    return waitAtMost(changed_, guard, limit, [this] {
         const bool notified =
             notifying_ == std::thread::id() || notifying_ == std::this_thread::get_id();
         return ready_ && notified;
@@ -111,7 +112,7 @@ std::optional<std::uint64_t> ServerLink::beginRoundTrip() {
 bool ServerLink::waitForRoundTrip(std::uint64_t number, std::chrono::milliseconds limit) {
     std::unique_lock guard(lock_);
     const auto isBack = [this, number] { return completedRoundTrip_ >= number; };
-    changed_.wait_for(guard, limit, [&] { return isBack() || !connected_; });
+    waitAtMost(changed_, guard, limit, [&] { return isBack() || !connected_; });
     return isBack();
 }
 
