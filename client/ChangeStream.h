@@ -113,7 +113,8 @@ public:
     Listener& operator=(const Listener&) = delete;
     /// Ends. When this returns the function is not running any more, unless this is called from
     /// inside it. So it must not be called with a lock that the function takes, nor, on another
-    /// thread than the function's, with the controller's mutex held.
+    /// thread than the function's, with the controller's mutex held; and two functions must not end
+    /// each other's listeners.
     ~Listener();
 
 private:

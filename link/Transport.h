@@ -111,8 +111,9 @@ public:
     virtual void meterLevel(bool subscribe, int element) = 0;
 
     /// Sends a request after the operations that were sent so far, which the server answers after
-    /// everything that it has to report by then: `RoundTripComplete` with this number is delivered.
-    /// Does not block. A connection that is lost meanwhile delivers none.
+    /// everything that it has to report by then: `RoundTripComplete` is delivered, with this number
+    /// or that of a later request, which is higher. Does not block. A connection that is lost
+    /// meanwhile delivers none.
     /// @return false when the link is down
     virtual bool requestRoundTrip(std::uint64_t number) = 0;
 

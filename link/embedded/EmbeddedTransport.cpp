@@ -88,7 +88,7 @@ void EmbeddedTransport::stop() {
         bytes_ = 0;
         full_ = false;
         meterRequests_.clear();
-        roundTrips_.clear();
+        roundTrip_.reset();
         connectAtMS_.reset();
     }
     arrived_.notify_all();
@@ -125,7 +125,7 @@ bool EmbeddedTransport::requestRoundTrip(std::uint64_t number) {
     if (!running_ || !connected_) {
         return false;
     }
-    roundTrips_.push_back(number);
+    roundTrip_ = std::max(roundTrip_.value_or(0), number);
     callRequested_.notify_one();
     return true;
 }
@@ -214,7 +214,7 @@ void EmbeddedTransport::noteConnection(const ServerEvent& event) {
     } else if (std::holds_alternative<Disconnected>(event)) {
         connected_ = false;
         meterRequests_.clear();
-        roundTrips_.clear();
+        roundTrip_.reset();
         connectLater();
     }
 }
@@ -245,7 +245,7 @@ void EmbeddedTransport::runCalls() {
     while (running_) {
         if (!meterRequests_.empty()) {
             switchMeter(guard);
-        } else if (!roundTrips_.empty()) {
+        } else if (roundTrip_) {
             makeRoundTrip(guard);
         } else if (connectAtMS_) {
             connectWhenDue(guard);
@@ -268,8 +268,8 @@ void EmbeddedTransport::switchMeter(std::unique_lock<std::mutex>& guard) {
 }
 
 void EmbeddedTransport::makeRoundTrip(std::unique_lock<std::mutex>& guard) {
-    const std::uint64_t number = roundTrips_.front();
-    roundTrips_.pop_front();
+    const std::uint64_t number = *roundTrip_;
+    roundTrip_.reset();
     guard.unlock();
     try {
         server_.finishReports();

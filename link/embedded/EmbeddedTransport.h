@@ -56,7 +56,7 @@ public:
 /// delivered. So nothing that an observer calls waits for the server: operations are handed over on
 /// the send queue's thread, level meters and round trips on a second thread of the transport. A
 /// request for a level meter that still waits there is replaced by a later one for the same
-/// element. While a file is uploaded the queue takes what comes: an observer may have to wait for
+/// element, a round trip by a later one. While a file is uploaded the queue takes what comes: an observer may have to wait for
 /// the upload.
 ///
 /// When the server ends the connection the transport connects again, as often as it takes, on its
@@ -123,7 +123,7 @@ private:
     std::thread::id deliveryThread_;
     bool connected_ = false;             // by what the server has reported last
     std::map<int, bool> meterRequests_;  // by element
-    std::deque<std::uint64_t> roundTrips_;
+    std::optional<std::uint64_t> roundTrip_;  // the latest that waits: it answers those before
     Backoff backoff_;
     std::optional<std::int64_t> connectAtMS_;  // when the next attempt is due, by monotonicMS
 };
