@@ -72,7 +72,7 @@ private:
 
     const ConfirmedRequest& request_;
     std::optional<Confirmation> result_;
-    bool isAway_;         // the connection, or it is not synced
+    bool isAway_;  // the connection, or it is not synced
     int losses_ = 0;
     std::string reason_;  // of the last loss
 };

@@ -1,4 +1,4 @@
-# What all code of the project is compiled with. Each target says so in one line:
+# What all code of the project is compiled with. Each target calls it once:
 # pa_code(TARGET [PRECOMPILE header...])
 
 option(PA_PRECOMPILE "Precompile headers. Off: each file includes all that it uses" ON)

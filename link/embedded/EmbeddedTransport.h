@@ -56,8 +56,8 @@ public:
 /// delivered. So nothing that an observer calls waits for the server: operations are handed over on
 /// the send queue's thread, level meters and round trips on a second thread of the transport. A
 /// request for a level meter that still waits there is replaced by a later one for the same
-/// element, a round trip by a later one. While a file is uploaded the queue takes what comes: an observer may have to wait for
-/// the upload.
+/// element, a round trip by a later one. While a file is uploaded the queue takes what comes: an
+/// observer may have to wait for the upload.
 ///
 /// When the server ends the connection the transport connects again, as often as it takes, on its
 /// second thread, after pauses by `Backoff` on the host's clock.
@@ -121,8 +121,8 @@ private:
     std::size_t heldBack_ = 0;  // threads of the server that wait for space
     bool delivering_ = false;
     std::thread::id deliveryThread_;
-    bool connected_ = false;             // by what the server has reported last
-    std::map<int, bool> meterRequests_;  // by element
+    bool connected_ = false;                  // by what the server has reported last
+    std::map<int, bool> meterRequests_;       // by element
     std::optional<std::uint64_t> roundTrip_;  // the latest that waits: it answers those before
     Backoff backoff_;
     std::optional<std::int64_t> connectAtMS_;  // when the next attempt is due, by monotonicMS

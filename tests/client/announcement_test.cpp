@@ -110,7 +110,10 @@ TEST(AnnouncementStates, FollowFromTheChanges) {
         {{withdrawal(0, "")}, State::Failed, true, "not uploaded"},
         {{refusal(playMessage, "request-1")}, State::Refused, true, "no"},
         {{refusal(playMessage, "")}, State::Refused, true, "no"},
-        {{refusal(playMessage, ""), playing}, State::Playing, false, ""},  // that of another request
+        {{refusal(playMessage, ""), playing},
+         State::Playing,
+         false,
+         ""},  // that of another request
         {{refusal(playMessage, "request-2")}, State::Sending, false, ""},
         {{playing, refusal(playMessage, "")}, State::Playing, false, ""},
         {{playing, refusal(cancelMessage, "request-1")}, State::Playing, false, ""},
