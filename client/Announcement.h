@@ -124,6 +124,9 @@ private:
     Listener listener_;
 };
 
+/// Whether a request, or a part, in this state is over.
+bool isEnd(Announcement::State state);
+
 /// For example "pre-empted".
 const char* nameOf(Announcement::State state);
 
