@@ -32,11 +32,17 @@ RenderedPreview renderPreview(const std::string& text, const TTSVocalizer& voice
     message.setRequestID(id);
     message.setAudioMessage(text, voice.language, voice.voice, Message::UTF_8);
     std::optional<Retrieval> answer;
+    std::string whyFailed = "it cannot speak the text with this voice";
     ConfirmedRequest request;
     request.operations = {pa::operations::retrieveAudio};
     request.requestId = id;
     request.send = [&] { message.retrieveAudioMessage(); };
     request.take = [&](const Change& change) {
+        // The reason of a failure is reported as a refusal, before the failure.
+        const auto* const refusal = std::get_if<palink::Refusal>(&change);
+        if (refusal != nullptr && isRefusalOf(request.operations, id, *refusal)) {
+            whyFailed = refusal->reason;
+        }
         const auto* const retrieval = std::get_if<Retrieval>(&change);
         const bool isOurs = retrieval != nullptr &&
                             (retrieval->requestId == id || isAudioOf(*retrieval, text, voice));
@@ -53,7 +59,7 @@ RenderedPreview renderPreview(const std::string& text, const TTSVocalizer& voice
         return {{State::TimedOut}, {}};
     }
     if (!answer->success) {
-        return {{State::Refused, "it cannot speak the text with this voice"}, {}};
+        return {{State::Refused, whyFailed}, {}};
     }
     return {{State::Done}, answer->uri};
 }

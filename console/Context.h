@@ -41,6 +41,9 @@ public:
     /// session is of little use without.
     bool lasts = false;
 
+    /// Whether the session goes on when the user interrupts a command, as in a shell.
+    bool survivesInterruption = false;
+
     /// Whether these commands come from the standard input.
     bool readsCommands = false;
 

@@ -129,7 +129,8 @@ std::optional<double> expectedSeconds(const Context& context, const PlayRequest&
 }
 
 void printId(const Context& context, const std::string& id) {
-    context.settings.json ? context.writeJson({{"requestId", id}}) : context.out.write(id + '\n');
+    context.settings.json ? context.writeJson({{"requestId", id}})
+                          : context.out.write(clean(id) + '\n');
 }
 
 /// @throws Failure when it has not ended well
@@ -148,6 +149,16 @@ Failure timedOut(const Announcement& announcement, const char* awaited) {
                                            awaited + " in time; its outcome is unknown");
 }
 
+/// What an interruption of the wait means for the request.
+std::string afterInterruption(const Context& context, const std::string& id) {
+    if (context.connection.survivesInterruption) {
+        return "request " + id + " plays on, 'cancel " + id + "' ends it";
+    }
+    return context.session().connection().endpoint().endsWithProcess()
+               ? "request " + id + " ends with this command, as the server does"
+               : "the outcome is unknown";
+}
+
 void playAndWait(const Context& context, const PlayRequest& request,
                  const std::vector<std::string>& zones, const Message& message) {
     PartStates states(context, expectedSeconds(context, request));
@@ -159,9 +170,7 @@ void playAndWait(const Context& context, const PlayRequest& request,
     const std::string& id = announcement.requestId();
     context.connection.playedIds.push_back(id);
     printId(context, id);
-    const std::string unknown = context.connection.lasts
-                                    ? "request " + id + " plays on, 'cancel " + id + "' ends it"
-                                    : "the outcome is unknown";
+    const std::string unknown = afterInterruption(context, id);
     const std::string what = states.isDrawn() ? "" : "until request " + id + " is over";
     paclient::Wait wait = waitOf(context, what, unknown, forEver);
     const auto check = wait.whileWaiting;

@@ -27,6 +27,7 @@ private:
 Shell::Shell(const Context& context, ShellNews& news, bool onTerminal)
     : context_(context), news_(news), onTerminal_(onTerminal) {
     context_.connection.lasts = true;
+    context_.connection.survivesInterruption = true;
 }
 
 ExitCode Shell::run(LineSource& lines) {

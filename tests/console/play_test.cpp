@@ -111,7 +111,7 @@ TEST(Play, hasAClearLineForEachOutcome) {
     EXPECT_TRUE(contains(upload.err, "request request-1 failed: not uploaded")) << upload.err;
 }
 
-TEST(Play, saysHowToEndWhatPlaysOn) {
+TEST(Play, reportsWhatAnInterruptionLeaves) {
     const TestFolder folder;
     console::interrupt::install();
     const paclient::Listener interrupter(
@@ -123,7 +123,7 @@ TEST(Play, saysHowToEndWhatPlaysOn) {
                                              "--request-id request-1 --wait")});
     console::interrupt::rearm();
     EXPECT_EQ(ran.code, 130);
-    EXPECT_TRUE(contains(ran.err, "interrupted; request request-1 plays on, 'cancel request-1'"))
+    EXPECT_TRUE(contains(ran.err, "interrupted; request request-1 ends with this command"))
         << ran.err;
 }
 
