@@ -191,14 +191,6 @@ std::string ownUUID() {
     return server == nullptr ? std::string() : server->getUUID();
 }
 
-void askForLock(int sourceId) {
-    callInBackground("lock", [sourceId] { (void)gPaController.attachPaSource(sourceId); });
-}
-
-void askToRelease(int sourceId) {
-    callInBackground("lock", [sourceId] { gPaController.detachPaSource(sourceId); });
-}
-
 Confirmation takeLock(int sourceId, const Wait& wait) {
     const std::string own = ownUUID();
     const std::string holder = lockHolder(sourceId);
@@ -207,7 +199,9 @@ Confirmation takeLock(int sourceId, const Wait& wait) {
     }
     ConfirmedRequest request;
     request.operations = {operations::attachSource};
-    request.send = [sourceId] { askForLock(sourceId); };
+    request.send = [sourceId] {
+        callInBackground("lock", [sourceId] { (void)gPaController.attachPaSource(sourceId); });
+    };
     request.holds = [&] { return !own.empty() && lockHolder(sourceId) == own; };
     return confirm(request, wait);
 }
@@ -221,7 +215,9 @@ Confirmation releaseLock(int sourceId, const Wait& wait) {
     }
     ConfirmedRequest request;
     request.operations = {operations::detachSource};
-    request.send = [sourceId] { askToRelease(sourceId); };
+    request.send = [sourceId] {
+        callInBackground("lock", [sourceId] { (void)gPaController.detachPaSource(sourceId); });
+    };
     request.holds = [&] { return lockHolder(sourceId) != own; };
     return confirm(request, wait);
 }

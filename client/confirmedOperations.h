@@ -78,10 +78,6 @@ Confirmation takeLock(int sourceId, const Wait& wait);
 /// Releases it.
 /// @return `Refused`, with nothing sent, when another client holds it or none
 Confirmation releaseLock(int sourceId, const Wait& wait);
-
-/// Ask for the same and return at once; `lockHolder` returns the effect.
-void askForLock(int sourceId);
-void askToRelease(int sourceId);
 /// @}
 
 /// @name Software triggers

@@ -6,6 +6,7 @@
 #include "client/checkMessage.h"
 #include "framework/log.h"
 #include "sdk/QXReceiver.h"
+#include "tests/client/changes.h"
 #include "tests/client/serverFixture.h"
 
 namespace {
@@ -15,7 +16,10 @@ using paclient::Announcement;
 using paclient::Change;
 using paclient::Confirmation;
 using paclient::Deleted;
+using paclient::drop;
 using paclient::Finding;
+using paclient::linkChange;
+using paclient::refusal;
 using paclient::Updated;
 using State = Announcement::State;
 using Names = std::vector<std::string>;
@@ -49,22 +53,6 @@ Change withdrawal(int id, const std::string& state, const std::string& code = ""
     return Deleted<AnnouncementRequest>{record(id, state, code)};
 }
 
-Change refusal(pa::OperationType operation, const std::string& id) {
-    return palink::Refusal{operation, id, "no"};
-}
-
-Change drop(pa::OperationType operation, const std::string& id) {
-    pa::DroppedOperation dropped;
-    dropped.type = operation;
-    dropped.requestId = id;
-    dropped.text = "the queue is full";
-    return dropped;
-}
-
-Change link(Connected state) {
-    return palink::ConnectionChange{state, 1, "cable"};
-}
-
 TEST(AnnouncementStates, FollowFromTheChanges) {
     using namespace pa::operations;
     const Change queued = update(1, "Queued");
@@ -74,9 +62,9 @@ TEST(AnnouncementStates, FollowFromTheChanges) {
     const Change otherPlaying = update(2, "Playing");
     const Change otherFinished = update(2, "Finished", "0");
     const Change otherWithdrawn = withdrawal(2, "Finished", "0");
-    const Change lost = link(Connected::Disconnected);
-    const Change connected = link(Connected::Connected);
-    const Change synced = link(Connected::Synced);
+    const Change lost = linkChange(Connected::Disconnected);
+    const Change connected = linkChange(Connected::Connected);
+    const Change synced = linkChange(Connected::Synced);
     struct Case {
         std::vector<Change> changes;
         State state;
@@ -108,8 +96,8 @@ TEST(AnnouncementStates, FollowFromTheChanges) {
          true,
          "withdrawn without a result"},
         {{withdrawal(0, "")}, State::Failed, true, "not uploaded"},
-        {{refusal(playMessage, "request-1")}, State::Refused, true, "no"},
-        {{refusal(playMessage, "")}, State::Refused, true, "no"},
+        {{refusal(playMessage, "request-1")}, State::Refused, true, "not now"},
+        {{refusal(playMessage, "")}, State::Refused, true, "not now"},
         {{refusal(playMessage, ""), playing},
          State::Playing,
          false,
@@ -117,7 +105,7 @@ TEST(AnnouncementStates, FollowFromTheChanges) {
         {{refusal(playMessage, "request-2")}, State::Sending, false, ""},
         {{playing, refusal(playMessage, "")}, State::Playing, false, ""},
         {{playing, refusal(cancelMessage, "request-1")}, State::Playing, false, ""},
-        {{drop(playMessage, "request-1")}, State::Failed, true, "not sent: the queue is full"},
+        {{drop(playMessage, "request-1")}, State::Failed, true, "not sent: the link was stopped"},
         {{drop(playMessage, "request-2"), drop(putSchedule, "request-1")},
          State::Sending,
          false,
@@ -141,8 +129,11 @@ TEST(AnnouncementStates, FollowFromTheChanges) {
          State::Unknown,
          true,
          "the connection was lost meanwhile"},
-        {{finished, otherFinished, lost, link(Connected::Stopped)}, State::Finished, true, ""},
-        {{playing, lost, link(Connected::Stopped)},
+        {{finished, otherFinished, lost, linkChange(Connected::Stopped)},
+         State::Finished,
+         true,
+         ""},
+        {{playing, lost, linkChange(Connected::Stopped)},
          State::Unknown,
          true,
          "the connection was lost meanwhile"},

@@ -8,6 +8,7 @@
 
 #include "client/Preview.h"
 #include "client/confirmedOperations.h"
+#include "tests/client/changes.h"
 #include "tests/client/serverFixture.h"
 
 namespace {
@@ -17,22 +18,6 @@ using namespace paclient;
 using State = Confirmation::State;
 using Connected = palink::ConnectionChange::State;
 using Names = std::vector<std::string>;
-
-Change refusal(pa::OperationType operation, const std::string& id) {
-    return palink::Refusal{operation, id, "not now"};
-}
-
-Change drop(pa::OperationType operation, const std::string& id) {
-    pa::DroppedOperation dropped;
-    dropped.type = operation;
-    dropped.requestId = id;
-    dropped.text = "the link was stopped";
-    return dropped;
-}
-
-Change link(Connected state) {
-    return palink::ConnectionChange{state, 1, "cable"};
-}
 
 /// A clock that advances by 1 ms with every look at it.
 std::int64_t lookAtClock() {
@@ -64,23 +49,32 @@ TEST(Confirm, EndsWithTheFirstAnswer) {
         {"", {drop(resetSink, "")}, -1, State::NotSent, "the link was stopped"},
         {"", {drop(setSinkGain, "")}, -1, State::TimedOut, ""},
         {"own", {drop(resetSink, "other")}, -1, State::TimedOut, ""},
-        {"", {link(Connected::Disconnected)}, -1, State::ConnectionLost, "cable"},
-        {"", {link(Connected::Disconnected)}, 1, State::ConnectionLost, "cable"},
+        {"", {linkChange(Connected::Disconnected)}, -1, State::ConnectionLost, "cable"},
+        {"", {linkChange(Connected::Disconnected)}, 1, State::ConnectionLost, "cable"},
         {"",
-         {link(Connected::Disconnected), link(Connected::Connected)},
+         {linkChange(Connected::Disconnected), linkChange(Connected::Connected)},
          1,  // the caches are empty
          State::ConnectionLost,
          "cable"},
         {"", {refusal(resetSink, "")}, 1, State::Done, ""},
         {"", {drop(resetSink, "")}, 1, State::Done, ""},
-        {"", {link(Connected::Disconnected), link(Connected::Synced)}, 1, State::Done, ""},
         {"",
-         {link(Connected::Disconnected), link(Connected::Synced), refusal(resetSink, "")},
+         {linkChange(Connected::Disconnected), linkChange(Connected::Synced)},
+         1,
+         State::Done,
+         ""},
+        {"",
+         {linkChange(Connected::Disconnected), linkChange(Connected::Synced),
+          refusal(resetSink, "")},
          -1,
          State::ConnectionLost,
          "cable"},
-        {"", {link(Connected::Stopped)}, -1, State::ConnectionLost, ""},
-        {"", {link(Connected::Synced), refusal(resetSink, "")}, -1, State::Refused, "not now"},
+        {"", {linkChange(Connected::Stopped)}, -1, State::ConnectionLost, ""},
+        {"",
+         {linkChange(Connected::Synced), refusal(resetSink, "")},
+         -1,
+         State::Refused,
+         "not now"},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(&c - cases);
@@ -100,7 +94,7 @@ TEST(Confirm, EndsWithTheFirstAnswer) {
         EXPECT_EQ(static_cast<int>(result.state), static_cast<int>(c.state));
         EXPECT_EQ(result.reason, c.reason);
         EXPECT_EQ(seen, c.state == State::AsBefore ? 0 : c.changes.size());
-        ChangeStream::instance().publish(link(Connected::Stopped));
+        ChangeStream::instance().publish(linkChange(Connected::Stopped));
     }
     pa::setTimeSource({});
 }
@@ -114,14 +108,14 @@ TEST(Confirm, TakesNoEmptiedCacheForAnEffect) {
     request.send = [] {};
     request.holds = [&] {
         if (isEntryThere) {  // the loss follows the look at the changes
-            stream.publish(link(Connected::Disconnected));
+            stream.publish(linkChange(Connected::Disconnected));
             isEntryThere = false;
         }
         return !isEntryThere;
     };
     EXPECT_EQ(confirm(request, {20ms, {}, 1ms}).state, State::ConnectionLost);
     EXPECT_EQ(confirm(request, {20ms, {}, 1ms}).state, State::ConnectionLost) << "still away";
-    request.send = [&] { stream.publish(link(Connected::Synced)); };
+    request.send = [&] { stream.publish(linkChange(Connected::Synced)); };
     EXPECT_EQ(confirm(request, {20ms, {}, 1ms}).state, State::Done) << "away when it began";
     EXPECT_EQ(confirm(request, {20ms, {}, 1ms}).state, State::AsBefore);
     pa::setTimeSource({});
