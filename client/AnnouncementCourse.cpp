@@ -1,6 +1,7 @@
 #include "client/AnnouncementCourse.h"
 
 #include <algorithm>
+#include <exception>
 #include <utility>
 
 #include "client/checkMessage.h"
@@ -56,10 +57,24 @@ void Announcement::Course::take(const Change& change) {
         due.swap(notices);
     }
     changed.notify_all();
+    if (callback) {
+        notify(due);
+    }
+}
+
+/// Calls the callback with each notice; then the first exception that left it goes on to the stream,
+/// which reports it.
+void Announcement::Course::notify(const std::vector<Notice>& due) {
+    std::exception_ptr first;
     for (const Notice& notice : due) {
-        if (callback) {
+        try {
             callback(notice.state, notice.part ? &*notice.part : nullptr);
+        } catch (...) {
+            first = first ? first : std::current_exception();
         }
+    }
+    if (first) {
+        std::rethrow_exception(first);
     }
 }
 

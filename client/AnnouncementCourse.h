@@ -56,6 +56,7 @@ private:
     template <class Other>
     void take(const Other& /*other*/) {}
 
+    void notify(const std::vector<Notice>& due);
     void noteOther(const AnnouncementRequest& record);
     void endWhole(State state, const std::string& reason);
     const Part* decisivePart() const;

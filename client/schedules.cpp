@@ -5,6 +5,7 @@
 #include <set>
 #include <stdexcept>
 
+#include "client/ChangeStream.h"
 #include "client/confirmed.h"
 #include "framework/posixThread.h"
 #include "sdk/PAController.h"
@@ -150,7 +151,10 @@ void importSchedules(const std::vector<ImportEntry>& entries, bool replaces, con
         const ImportEntry& entry = entries[number - 1];
         std::string fault = faultOf(entry, replaces, ids);
         Confirmation confirmation;
-        if (fault.empty()) {
+        if (!replaces && ChangeStream::instance().isAway()) {
+            result.unknownEntry = number;  // it may be one that is there already
+            confirmation = {State::ConnectionLost};
+        } else if (fault.empty()) {
             result.unknownEntry = number;  // until it is known
             fault = put(entry.schedule, wait, confirmation);
         }
