@@ -62,8 +62,8 @@ void Announcement::Course::take(const Change& change) {
     }
 }
 
-/// Calls the callback with each notice; then the first exception that left it goes on to the stream,
-/// which reports it.
+/// Calls the callback with each notice; then the first exception that left it goes on to the
+/// stream, which reports it.
 void Announcement::Course::notify(const std::vector<Notice>& due) {
     std::exception_ptr first;
     for (const Notice& notice : due) {
