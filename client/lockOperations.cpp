@@ -14,7 +14,6 @@ namespace paclient {
 
 namespace {
 
-namespace operations = pa::operations;
 using State = Confirmation::State;
 
 /// Calls a function that itself waits for the server, on a thread of its own, so that the caller
@@ -46,7 +45,7 @@ Confirmation takeLock(int sourceId, const Wait& wait) {
         return {State::Refused, "another client holds its lock (" + holder + ")"};
     }
     ConfirmedRequest request;
-    request.operations = {operations::attachSource};
+    request.operations = {pa::operations::attachSource};
     request.send = [sourceId] {
         callInBackground("lock", [sourceId] { (void)gPaController.attachPaSource(sourceId); });
     };
@@ -62,7 +61,7 @@ Confirmation releaseLock(int sourceId, const Wait& wait) {
                                                : "another client holds its lock (" + holder + ")"};
     }
     ConfirmedRequest request;
-    request.operations = {operations::detachSource};
+    request.operations = {pa::operations::detachSource};
     request.send = [sourceId] {
         callInBackground("lock", [sourceId] { (void)gPaController.detachPaSource(sourceId); });
     };

@@ -10,7 +10,6 @@ namespace paclient {
 
 namespace {
 
-namespace operations = pa::operations;
 using State = Confirmation::State;
 
 bool isRunningRecording(const AnnouncementRequest& record) {
@@ -42,7 +41,7 @@ Confirmation startRecording(const std::string& serverPath, const Wait& wait) {
     const std::set<int> before = runningRecordings();
     bool isRunning = false;
     ConfirmedRequest request;
-    request.operations = {operations::startRecording};
+    request.operations = {pa::operations::startRecording};
     request.send = [&] { gPaController.startUserRecording(serverPath); };
     request.take = [&](const Change& change) {
         const auto* const update = std::get_if<Updated<AnnouncementRequest>>(&change);
@@ -58,7 +57,7 @@ StoppedRecording stopRecording(const Wait& wait) {
     std::set<int> running = runningRecordings();
     std::optional<AnnouncementRequest> end;
     ConfirmedRequest request;
-    request.operations = {operations::stopRecording};
+    request.operations = {pa::operations::stopRecording};
     request.send = [] { gPaController.stopUserRecording(); };
     request.take = [&](const Change& change) {
         const auto* const update = std::get_if<Updated<AnnouncementRequest>>(&change);
@@ -84,13 +83,14 @@ StoppedRecording stopRecording(const Wait& wait) {
 
 Confirmation previewRecording(const std::string& serverPath, const Wait& wait) {
     return askOfRecorder(
-        operations::previewRecording, [&] { gPaController.previewUserRecording(serverPath); },
+        pa::operations::previewRecording, [&] { gPaController.previewUserRecording(serverPath); },
         wait);
 }
 
 Confirmation deleteRecording(const std::string& serverPath, const Wait& wait) {
     return askOfRecorder(
-        operations::deleteRecording, [&] { gPaController.deleteUserRecording(serverPath); }, wait);
+        pa::operations::deleteRecording, [&] { gPaController.deleteUserRecording(serverPath); },
+        wait);
 }
 
 }  // namespace paclient

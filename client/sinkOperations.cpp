@@ -10,8 +10,6 @@ namespace paclient {
 
 namespace {
 
-namespace operations = pa::operations;
-
 PaSink now(const PaSink& sink) {
     return current(sink, gPaController.getPaSinks());
 }
@@ -26,7 +24,7 @@ Confirmation setGain(const PaSink& sink, double level, bool persistent, bool del
                                     " has no gain to set: it is a " + nameOf(sink.type));
     }
     ConfirmedRequest request;
-    request.operations = {operations::setSinkGain};
+    request.operations = {pa::operations::setSinkGain};
     request.send = [&] { sink.setGain(Gain(level), persistent, delayPersistence); };
     request.holds = [&] {
         return sentDigits(now(sink).outputGain.getLevel()) == sentDigits(level);
@@ -36,7 +34,7 @@ Confirmation setGain(const PaSink& sink, double level, bool persistent, bool del
 
 Confirmation setMonitoring(const PaSink& sink, bool enable, const Wait& wait) {
     ConfirmedRequest request;
-    request.operations = {operations::setMonitoring};
+    request.operations = {pa::operations::setMonitoring};
     request.send = [&] { sink.setPAMonitoring(enable); };
     request.holds = [&] { return now(sink).getPAMonitoring() == enable; };
     return confirm(request, wait);
@@ -51,7 +49,7 @@ Confirmation reset(const PaSink& sink, bool untilBack, const Wait& wait) {
     bool isInactive = wasInactive;
     bool isBack = false;
     ConfirmedRequest request;
-    request.operations = {operations::resetSink};
+    request.operations = {pa::operations::resetSink};
     request.send = [&] { sink.reset(); };
     request.take = [&](const Change& change) {
         const auto* const update = std::get_if<Updated<PaSink>>(&change);

@@ -12,8 +12,6 @@ namespace paclient {
 
 namespace {
 
-namespace operations = pa::operations;
-
 PaSource now(const PaSource& source) {
     return current(source, gPaController.getPaSources());
 }
@@ -34,7 +32,7 @@ Confirmation setGain(const PaSource& source, double level, bool first, bool seco
                                     " has no gain to set: it is a " + nameOf(source.type));
     }
     ConfirmedRequest request;
-    request.operations = {operations::setSourceGain};
+    request.operations = {pa::operations::setSourceGain};
     request.send = [&] { source.setGain(level, first, second); };
     request.holds = [&] { return sentDigits(now(source).inputGain) == sentDigits(level); };
     return confirmGain(request, first || second, wait);
@@ -44,7 +42,7 @@ Confirmation attachZones(const PaSource& source, const std::vector<std::string>&
                          PaSource::AttachMode mode, const Wait& wait) {
     const std::set<std::string> wanted(zoneIds.begin(), zoneIds.end());
     ConfirmedRequest request;
-    request.operations = {operations::attachZones, operations::detachZones};
+    request.operations = {pa::operations::attachZones, pa::operations::detachZones};
     request.send = [&] { source.attachPaZone(zoneIds, mode); };
     request.holds = [&] {
         const auto attached = attachedZones(source);
@@ -57,7 +55,7 @@ Confirmation attachZones(const PaSource& source, const std::vector<std::string>&
 Confirmation detachZones(const PaSource& source, const std::vector<std::string>& zoneIds,
                          const Wait& wait) {
     ConfirmedRequest request;
-    request.operations = {operations::detachZones};
+    request.operations = {pa::operations::detachZones};
     request.send = [&] { source.detachPaZone(zoneIds); };
     request.holds = [&] {
         const auto attached = attachedZones(source);
@@ -70,7 +68,7 @@ Confirmation detachZones(const PaSource& source, const std::vector<std::string>&
 
 Confirmation detachAllZones(const PaSource& source, const Wait& wait) {
     ConfirmedRequest request;
-    request.operations = {operations::detachZones};
+    request.operations = {pa::operations::detachZones};
     request.send = [&] { source.detachAllPaZones(); };
     request.holds = [&] { return attachedZones(source).empty(); };
     return confirm(request, wait);

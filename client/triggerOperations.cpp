@@ -8,12 +8,6 @@
 
 namespace paclient {
 
-namespace {
-
-namespace operations = pa::operations;
-
-}  // namespace
-
 Activation activate(const PaSWTrigger& trigger, const Wait& wait) {
     std::set<int> before;
     for (const AnnouncementRequest& record : gPaController.getAnnouncementRequests()) {
@@ -23,7 +17,7 @@ Activation activate(const PaSWTrigger& trigger, const Wait& wait) {
     gPaController.getAttachedPaZoneList(trigger.associatedSourceId, &attached);
     Activation result;
     ConfirmedRequest request;
-    request.operations = {operations::activateTrigger};
+    request.operations = {pa::operations::activateTrigger};
     request.send = [&] { gPaController.activateSwPaTrigger(trigger.trigger.id); };
     request.take = [&](const Change& change) {
         const auto* const update = std::get_if<Updated<AnnouncementRequest>>(&change);
@@ -48,7 +42,7 @@ Activation activate(const PaSWTrigger& trigger, const Wait& wait) {
 Confirmation deactivate(const PaSWTrigger& trigger, std::optional<int> announcement,
                         const Wait& wait) {
     ConfirmedRequest request;
-    request.operations = {operations::deactivateTrigger};
+    request.operations = {pa::operations::deactivateTrigger};
     request.send = [&] { gPaController.deactivateSwPaTrigger(trigger.trigger.id); };
     request.holds = [&] {
         return !announcement || !gPaController.findAnnouncementRequest(*announcement);
