@@ -34,9 +34,8 @@ namespace simserver {
 class SimServer final : public palink::EmbeddedServer {
 public:
     /// @throws std::invalid_argument for a speed that is not above 0
-    /// @throws std::filesystem::filesystem_error, pautil::FileError when the upload folder cannot
-    /// be
-    ///         made
+    /// @throws std::filesystem::filesystem_error, pautil::FileError when there can be no upload
+    ///         folder
     /// @throws std::runtime_error when the state folder is in use or cannot be read: see StateStore
     explicit SimServer(Station station, const Options& options = {});
     ~SimServer() override;
