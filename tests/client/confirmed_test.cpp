@@ -1,334 +1,226 @@
 #include "client/confirmed.h"
 
 #include <atomic>
-#include <functional>
-#include <optional>
-#include <set>
 #include <stdexcept>
 
 #include "client/Preview.h"
 #include "client/confirmedOperations.h"
+#include "client/resources.h"
+#include "include/common/RecordList.h"
 #include "tests/client/changes.h"
 #include "tests/client/serverFixture.h"
+#include "tests/simserver/tables.h"
 
 namespace {
 
 using namespace std::chrono_literals;
 using namespace paclient;
-using State = Confirmation::State;
-using Connected = palink::ConnectionChange::State;
 using Names = std::vector<std::string>;
 
 /// A clock that advances by 1 ms with every look at it.
-std::int64_t lookAtClock() {
-    static std::atomic<std::int64_t> now{0};
-    return ++now;
-}
-
-TEST(Confirm, EndsWithTheFirstAnswer) {
-    using namespace pa::operations;
-    pa::setTimeSource({nullptr, lookAtClock, nullptr});
-    struct Case {
-        std::string requestId;
-        std::vector<Change> changes;
-        int looksUntilEffect;  // 0: it is there before, -1: it never is
-        State state;
-        std::string reason;
-    };
-    const Case cases[] = {
-        {"", {}, 0, State::AsBefore, ""},
-        {"", {}, 1, State::Done, ""},
-        {"", {}, 3, State::Done, ""},
-        {"", {}, -1, State::TimedOut, ""},
-        {"", {refusal(resetSink, "")}, -1, State::Refused, "not now"},
-        {"", {refusal(setSinkGain, "")}, 2, State::Done, ""},
-        {"", {refusal(resetSink, "other")}, -1, State::Refused, "not now"},
-        {"own", {refusal(resetSink, "own")}, -1, State::Refused, "not now"},
-        {"own", {refusal(resetSink, "")}, -1, State::Refused, "not now"},
-        {"own", {refusal(resetSink, "other")}, -1, State::TimedOut, ""},
-        {"", {drop(resetSink, "")}, -1, State::NotSent, "the link was stopped"},
-        {"", {drop(setSinkGain, "")}, -1, State::TimedOut, ""},
-        {"own", {drop(resetSink, "other")}, -1, State::TimedOut, ""},
-        {"", {linkChange(Connected::Disconnected)}, -1, State::ConnectionLost, "cable"},
-        {"", {linkChange(Connected::Disconnected)}, 1, State::ConnectionLost, "cable"},
-        {"",
-         {linkChange(Connected::Disconnected), linkChange(Connected::Connected)},
-         1,  // the caches are empty
-         State::ConnectionLost,
-         "cable"},
-        {"", {refusal(resetSink, "")}, 1, State::Done, ""},
-        {"", {drop(resetSink, "")}, 1, State::Done, ""},
-        {"",
-         {linkChange(Connected::Disconnected), linkChange(Connected::Synced)},
-         1,
-         State::Done,
-         ""},
-        {"",
-         {linkChange(Connected::Disconnected), linkChange(Connected::Synced),
-          refusal(resetSink, "")},
-         -1,
-         State::ConnectionLost,
-         "cable"},
-        {"", {linkChange(Connected::Stopped)}, -1, State::ConnectionLost, ""},
-        {"",
-         {linkChange(Connected::Synced), refusal(resetSink, "")},
-         -1,
-         State::Refused,
-         "not now"},
-    };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(&c - cases);
-        int looks = c.looksUntilEffect;
-        std::size_t seen = 0;
-        ConfirmedRequest request;
-        request.operations = {resetSink};
-        request.requestId = c.requestId;
-        request.send = [&] {
-            for (const Change& change : c.changes) {
-                ChangeStream::instance().publish(change);
-            }
-        };
-        request.holds = [&] { return looks-- == 0; };
-        request.take = [&](const Change& /*change*/) { ++seen; };
-        const Confirmation result = confirm(request, {20ms, {}, 1ms});
-        EXPECT_EQ(static_cast<int>(result.state), static_cast<int>(c.state));
-        EXPECT_EQ(result.reason, c.reason);
-        EXPECT_EQ(seen, c.state == State::AsBefore ? 0 : c.changes.size());
-        ChangeStream::instance().publish(linkChange(Connected::Stopped));
+struct ConfirmTest : testing::Test {
+    ConfirmTest() {
+        static std::atomic<std::int64_t> now{0};
+        pa::setTimeSource({nullptr, [] { return ++now; }, nullptr});
     }
-    pa::setTimeSource({});
+    ~ConfirmTest() override { pa::setTimeSource({}); }
+};
+
+/// What a request comes to: "whose refusals it takes, looks until the effect is there (-1: never),
+/// changes after it is sent".
+std::string confirmed(const std::string& given) {
+    std::istringstream words(given);
+    std::string id;
+    int looks = 0;
+    std::string changes;
+    std::getline(words >> id >> looks, changes);
+    ConfirmedRequest request;
+    request.operations = {pa::operations::playMessage};
+    request.requestId = id == "any" ? "" : ownId;
+    request.send = [&] { publish(changes); };
+    request.holds = [&] { return looks-- == 0; };
+    const std::string result = textOf(confirm(request, {20ms, {}, 1ms}));
+    publish("stopped");
+    return result;
 }
 
-/// The caches are emptied between the loss and the next synchronisation.
-TEST(Confirm, TakesNoEmptiedCacheForAnEffect) {
-    pa::setTimeSource({nullptr, lookAtClock, nullptr});
-    ChangeStream& stream = ChangeStream::instance();
+TEST_F(ConfirmTest, EndsWithTheFirstAnswer) {
+    expectResults(confirmed, R"(
+any 0 | as before
+any 1 | done
+any -1 | timed out
+any -1 refused | refused: not now
+any -1 other-refused | refused: not now
+any -1 cancel-refused | timed out
+any -1 own-dropped | not sent: the link was stopped
+any -1 cancel-dropped | timed out
+own -1 refused | refused: not now
+own -1 other-refused | timed out
+own -1 other-dropped | timed out
+# An effect counts more than an answer that may be that of another request.
+any 1 refused | done
+any 1 own-dropped | done
+# While the connection is away the caches are empty.
+any -1 lost | connection lost: cable
+any 1 lost connected | connection lost: cable
+any 1 lost synced | done
+any -1 lost synced refused | connection lost: cable
+any -1 stopped | connection lost
+any -1 synced refused | refused: not now
+)");
+}
+
+TEST_F(ConfirmTest, TakesNoEmptiedCacheForAnEffect) {
     bool isEntryThere = true;
     ConfirmedRequest request;
     request.send = [] {};
     request.holds = [&] {
         if (isEntryThere) {  // the loss follows the look at the changes
-            stream.publish(linkChange(Connected::Disconnected));
+            publish("lost");
             isEntryThere = false;
         }
         return !isEntryThere;
     };
-    EXPECT_EQ(confirm(request, {20ms, {}, 1ms}).state, State::ConnectionLost);
-    EXPECT_EQ(confirm(request, {20ms, {}, 1ms}).state, State::ConnectionLost) << "still away";
-    request.send = [&] { stream.publish(linkChange(Connected::Synced)); };
-    EXPECT_EQ(confirm(request, {20ms, {}, 1ms}).state, State::Done) << "away when it began";
-    EXPECT_EQ(confirm(request, {20ms, {}, 1ms}).state, State::AsBefore);
-    pa::setTimeSource({});
-}
-
-TEST(Confirm, IsLeftByAnException) {
-    ConfirmedRequest request;
-    request.send = [] {};
-    request.holds = [] { return false; };
-    const auto leave = [](std::chrono::milliseconds) { throw std::runtime_error("left"); };
-    EXPECT_THROW(confirm(request, {noLimit, leave}), std::runtime_error);
-    EXPECT_EQ(awaitRefusal(request, {0ms}).state, State::TimedOut);
+    const Wait wait{20ms, {}, 1ms};
+    EXPECT_EQ(textOf(confirm(request, wait)), "connection lost: cable");
+    publish("connected");
+    EXPECT_EQ(textOf(confirm(request, wait)), "connection lost") << "not synced yet";
+    request.send = [&] { publish("synced"); };
+    EXPECT_EQ(textOf(confirm(request, wait)), "done") << "away when it began";
+    EXPECT_EQ(textOf(confirm(request, wait)), "as before");
 }
 
 // ------------------------------------------------------------------------- with a simulated server
 
-simserver::Source sourceOf(int id, int type, Names zones = {}) {
-    simserver::Source source;
-    source.id = id;
-    source.type = type;
-    source.attachedZones = std::move(zones);
-    return source;
-}
-
-simserver::Sink sinkOf(int id, int type) {
-    simserver::Sink sink;
-    sink.id = id;
-    sink.type = type;
-    return sink;
-}
-
-simserver::Station station() {
-    simserver::Station station;
-    station.name = "Test";
-    station.zones = {{"Hall", 1}, {"Yard", 1}};
-    station.sinks = {sinkOf(1, 1), sinkOf(8, 8), sinkOf(9, 9)};
-    station.voices.push_back({4, "en", "anna", 48000, "", ""});
-    station.sources = {sourceOf(1, 1), sourceOf(2, 2, {"Yard"}), sourceOf(3, 4)};
-    return station;
-}
-
 struct OperationsTest : ClientTest {
-    OperationsTest() : ClientTest(station()) {}
-    ~OperationsTest() override {
-        for (const PaSWTrigger& trigger : gPaController.getSwPaTriggers()) {
-            gPaController.deleteSwPaTrigger(trigger.trigger.id);
-        }
-    }
-
     static PaSink sink(int id) { return gPaController.findPaSink(id).value(); }
     static PaSource source(int id) { return gPaController.findPaSource(id).value(); }
-    static PaSWTrigger trigger(int sourceId) {
-        const int id = gPaController.createSwPaTrigger(sourceId, 50);
-        EXPECT_NE(id, 0);
-        return gPaController.getSwPaTriggers().back();
-    }
 };
 
 TEST_F(OperationsTest, ReportWhatTheServerHasConfirmed) {
     const Wait wait;
     const std::string path = "/home/quillon/tmp/a.wav";
-    const PaSWTrigger yardTrigger = trigger(2);
+    const Names hall{"Hall"};
+    const Names both{"Yard", "Hall"};
+    ASSERT_NE(gPaController.createSwPaTrigger(2, 50), 0);
+    const PaSWTrigger yard = gPaController.getSwPaTriggers().back();
+    EXPECT_EQ(allTriggers().back().associatedSourceId, 2);
     std::optional<int> started;
     const auto replace = PaSource::REPLACE_EXISTING_SET;
-    const auto pass = [&](std::chrono::milliseconds) { server.advance(3s); };
     const auto add = PaSource::ADD_TO_EXISTING_SET;
-    struct Step {
-        const char* name;
-        std::function<Confirmation()> run;
-        State state;
+    const auto activated = [&] {
+        const Activation activation = activate(yard, wait);
+        started = activation.announcement->id;
+        EXPECT_EQ(activation.announcement->zones, Names{"Yard"});
+        return activation.confirmation;
     };
-    const Step steps[] = {
-        {"sink gain", [&] { return setGain(sink(1), -20.12345678, false, false, wait); },
-         State::Done},
-        {"same", [&] { return setGain(sink(1), -20.1235, false, false, wait); }, State::AsBefore},
-        {"flagged", [&] { return setGain(sink(1), -20.1235, true, false, {5ms}); }, State::Done},
-        {"no sign", [&] { return setGain(sink(1), -0.0, false, false, wait); }, State::Done},
-        {"source gain", [&] { return setGain(source(1), 42, false, false, wait); }, State::Done},
-        {"monitoring", [&] { return setMonitoring(sink(1), true, wait); }, State::Done},
-        {"monitored", [&] { return setMonitoring(sink(1), true, wait); }, State::AsBefore},
-        {"reset", [&] { return reset(sink(9), false, wait); }, State::Done},
-        {"until back",
-         [&] {
-             return reset(sink(9), true, {10s, pass});
-         },
-         State::Done},
-        {"attach", [&] { return attachZones(source(1), {"Hall"}, add, wait); }, State::Done},
-        {"more",
-         [&] {
-             return attachZones(source(1), {"Yard", "Hall"}, add, wait);
-         },
-         State::Done},
-        {"all there", [&] { return attachZones(source(1), {"Hall"}, add, wait); }, State::AsBefore},
-        {"replace", [&] { return attachZones(source(1), {"Hall"}, replace, wait); }, State::Done},
-        {"not there", [&] { return detachZones(source(1), {"Yard"}, wait); }, State::AsBefore},
-        {"detach", [&] { return detachZones(source(1), {"Hall"}, wait); }, State::Done},
-        {"none there", [&] { return detachAllZones(source(1), wait); }, State::AsBefore},
-        {"take", [&] { return takeLock(1, wait); }, State::Done},
-        {"taken", [&] { return takeLock(1, wait); }, State::AsBefore},
-        {"release", [&] { return releaseLock(1, wait); }, State::Done},
-        {"not held", [&] { return releaseLock(1, wait); }, State::Refused},
-        {"activate",
-         [&] {
-             const Activation activation = activate(yardTrigger, wait);
-             started = activation.announcement->id;
-             EXPECT_EQ(activation.announcement->zones, Names{"Yard"});
-             return activation.confirmation;
-         },
-         State::Done},
-        {"deactivate", [&] { return deactivate(yardTrigger, started, wait); }, State::Done},
-        {"inactive", [&] { return deactivate(yardTrigger, started, wait); }, State::Refused},
-        {"record", [&] { return startRecording(path, wait); }, State::Done},
-        {"once more", [&] { return startRecording(path, wait); }, State::Refused},
-        {"elsewhere", [&] { return startRecording("/etc/passwd", wait); }, State::Refused},
-        {"stop",
-         [&] {
-             const StoppedRecording stopped = stopRecording(wait);
-             EXPECT_EQ(stopped.path, path);
-             return stopped.confirmation;
-         },
-         State::Done},
-        {"stopped", [&] { return stopRecording(wait).confirmation; }, State::Refused},
-        {"delete", [&] { return deleteRecording("/home/quillon/tmp/x.wav", wait); },
-         State::Refused},
-        {"play", [&] { return previewRecording("/home/quillon/tmp/x.wav", wait); }, State::Refused},
+    const auto stopped = [&] {
+        const StoppedRecording recording = stopRecording(wait);
+        EXPECT_EQ(recording.path, recording.confirmation.holds() ? path : "");
+        return recording.confirmation;
     };
-    for (const Step& step : steps) {
-        const Confirmation result = step.run();
-        EXPECT_EQ(static_cast<int>(result.state), static_cast<int>(step.state)) << step.name;
-        EXPECT_EQ(result.reason.empty(), step.state != State::Refused) << step.name;
-    }
+    expectConfirmations({
+        {[&] { return setGain(sink(1), -20.12345678, false, false, wait); }, "done"},
+        {[&] { return setGain(sink(1), -20.1235, false, false, wait); }, "as before"},
+        {[&] { return setGain(sink(1), -20.1235, true, false, {5ms}); }, "done"},
+        {[&] { return setGain(sink(1), -0.0, false, false, wait); }, "done"},
+        {[&] { return setGain(sink(1), 0.0, false, false, wait); }, "as before"},
+        {[&] { return setGain(source(1), 42, false, false, wait); }, "done"},
+        {[&] { return setMonitoring(sink(1), true, wait); }, "done"},
+        {[&] { return reset(sink(9), false, wait); }, "done"},
+        {[&] { return attachZones(source(1), hall, add, wait); }, "done"},
+        {[&] { return attachZones(source(1), both, add, wait); }, "done"},
+        {[&] { return attachZones(source(1), hall, replace, wait); }, "done"},
+        {[&] { return detachZones(source(1), hall, wait); }, "done"},
+        {[&] { return detachAllZones(source(1), wait); }, "as before"},
+        {[&] { return takeLock(1, wait); }, "done"},
+        {[&] { return releaseLock(1, wait); }, "done"},
+        {[&] { return releaseLock(1, wait); }, "refused: no client holds its lock"},
+        {activated, "done"},
+        {[&] { return deactivate(yard, started, wait); }, "done"},
+        {[&] { return deactivate(yard, started, wait); }, "refused: ..."},
+        {[&] { return startRecording(path, wait); }, "done"},
+        {[&] { return startRecording("/etc/passwd", wait); }, "refused: ..."},
+        {stopped, "done"},
+        {stopped, "refused: ..."},
+        {[&] { return deleteRecording(path + "x", wait); }, "refused: ..."},
+    });
+    gPaController.deleteSwPaTrigger(yard.trigger.id);
 }
 
-TEST_F(OperationsTest, RefuseWhatCannotBe) {
-    EXPECT_THROW((void)setGain(sink(8), 0, false, false, {}), std::invalid_argument);
-    EXPECT_THROW((void)setGain(source(3), 0, false, false, {}), std::invalid_argument);
+TEST_F(OperationsTest, AreRefusedOrOpenOtherwise) {
+    EXPECT_THROW((void)setGain(sink(9), 0, false, false, {}), std::invalid_argument);
     EXPECT_THROW((void)setGain(source(1), 42.5, false, false, {}), std::out_of_range);
     EXPECT_THROW((void)reset(sink(1), false, {}), std::invalid_argument);
-    server.operateAsOther({-1, pa::operations::attachSource, 1, "1,other"});
+    server.lockSource(1, "other");
     connection.waitUntilDelivered();
-    EXPECT_EQ(takeLock(1, {}).reason, "another client holds its lock (other)");
-    EXPECT_EQ(releaseLock(1, {}).state, State::Refused);
-}
+    const std::string refusal = "refused: another client holds its lock (other)";
+    EXPECT_EQ(textOf(takeLock(1, {})), refusal);
+    EXPECT_EQ(textOf(releaseLock(1, {})), refusal);
 
-TEST_F(OperationsTest, AreOpenWhenNothingIsReported) {
     server.ignoreRequests(true);
-    EXPECT_EQ(setMonitoring(sink(1), true, {0ms}).state, State::TimedOut);
-    EXPECT_EQ(reset(sink(9), true, {0ms}).state, State::TimedOut);
-    EXPECT_EQ(startRecording("/home/quillon/tmp/a.wav", {0ms}).state, State::TimedOut);
-    EXPECT_EQ(stopRecording({0ms}).confirmation.state, State::TimedOut);
-    EXPECT_EQ(activate(trigger(1), {0ms}).confirmation.state, State::TimedOut);
+    EXPECT_EQ(textOf(setMonitoring(sink(1), true, {0ms})), "timed out");
+    int reports = 0;
+    const auto reportUnit = [&](auto) {
+        PaSink unit = sink(9);
+        unit.healthState = ++reports < 3 ? PaSink::INACTIVE : PaSink::HEALTHY;
+        ChangeStream::instance().publish(Updated<PaSink>{unit});
+    };
+    EXPECT_EQ(textOf(reset(sink(9), true, {10s, reportUnit})), "done");
+    EXPECT_EQ(reports, 3) << "when it is back";
+    const auto loseRecording = [](auto) {
+        AnnouncementRequest record;
+        record.completionMsg = "no space";
+        for (const char* const state : {"Recording", "Failed"}) {
+            record.stateText = state;
+            ChangeStream::instance().publish(Updated<AnnouncementRequest>{record});
+        }
+    };
+    EXPECT_EQ(textOf(stopRecording({10s, loseRecording}).confirmation),
+              "refused: the recording is lost: no space");
 }
 
 // ------------------------------------------------------------------------------------- previews
 
-/// The answer to a preview, published when it is asked for.
-class PreviewAnswer {
-public:
-    explicit PreviewAnswer(std::function<std::optional<Change>(const std::string& id)> answer)
-        : listener_(kinds<SentOperation>(), [answer](const ChangePtr& change) {
-              const pa::Operation& sent = std::get<SentOperation>(*change).operation;
-              const auto reply = answer(sent.payload.substr(0, sent.payload.find(',')));
-              if (sent.type == pa::operations::retrieveAudio && reply) {
-                  ChangeStream::instance().publish(*reply);
-              }
-          }) {}
-
-private:
-    Listener listener_;
-};
+/// What may follow the request for a preview.
+std::map<std::string, Change> previewAnswers(const std::string& id) {
+    const auto asked = pa::operations::retrieveAudio;
+    return {{"spoken", Retrieval{id, true, {}, "file:/a"}},
+            {"failed", Retrieval{id, false, PAControllerObserver::MRE_INVALID_PARAMS, ""}},
+            {"given-up", Retrieval{id, false, PAControllerObserver::MRE_TIMED_OUT, ""}},
+            {"refused", palink::Refusal{asked, id, "not now"}},
+            {"other-refused", palink::Refusal{asked, "other", "not now"}},
+            {"other-spoken", Retrieval{"other", true, {}, "file:/b"}},
+            {"same-spoken", Retrieval{"other", true, {}, "file:/same"}}};
+}
 
 TEST_F(OperationsTest, PreviewsEndWithTheirAnswer) {
-    const auto timedOut = PAControllerObserver::MRE_TIMED_OUT;
-    const auto failed = PAControllerObserver::MRE_INVALID_PARAMS;
-    struct Case {
-        std::function<std::optional<Change>(const std::string& id)> answer;
-        State state;
-        std::string uri;
-    };
-    const Case cases[] = {
-        {[](const std::string& id) {
-             return Retrieval{id, true, {}, "file:/a"};
-         },
-         State::Done, "file:/a"},
-        {[=](const std::string& id) {
-             return Retrieval{id, false, failed, ""};
-         },
-         State::Refused, ""},
-        {[=](const std::string& id) {
-             return Retrieval{id, false, timedOut, ""};
-         },
-         State::TimedOut, ""},
-        {[](const std::string& id) { return refusal(pa::operations::retrieveAudio, id); },
-         State::Refused, ""},
-        {[](const std::string&) { return refusal(pa::operations::retrieveAudio, "other"); },
-         State::TimedOut, ""},
-        {[](const std::string&) {
-             return Retrieval{"other", true, {}, "file:/b"};
-         },
-         State::TimedOut, ""},
-    };
     server.ignoreRequests(true);
-    TTSVocalizer voice;
-    voice.language = "en";
-    voice.voice = "anna";
-    for (const Case& c : cases) {
-        SCOPED_TRACE(&c - cases);
-        const PreviewAnswer answer(c.answer);
-        const RenderedPreview preview = renderPreview("text", voice, {50ms});
-        EXPECT_EQ(static_cast<int>(preview.confirmation.state), static_cast<int>(c.state));
-        EXPECT_EQ(preview.uri, c.uri);
-    }
-    EXPECT_THROW((void)renderPreview("", voice, {}), std::out_of_range);
+    pa::RecordList item({"4", "", "\"text\"", "", "", "", "\"file:/same\""});
+    gPaController.updateFromTTS_Dictionary(9, item.list());
+    const TTSVocalizer voice = gPaController.getTTSVocalizerList().at(0);
+    const auto previewed = [&](const std::string& answers) {
+        const Listener sent(kinds<SentOperation>(), [&](const ChangePtr& change) {
+            const std::string& payload = std::get<SentOperation>(*change).operation.payload;
+            std::istringstream words(answers);
+            for (std::string answer; words >> answer;) {
+                const std::string id = payload.substr(0, payload.find(','));
+                ChangeStream::instance().publish(previewAnswers(id).at(answer));
+            }
+        });
+        const RenderedPreview preview = renderPreview("text", voice, {});
+        return textOf(preview.confirmation) + (preview.uri.empty() ? "" : " " + preview.uri);
+    };
+    expectResults(previewed, R"(
+spoken | done file:/a
+failed | refused: it cannot speak the text with this voice
+refused failed | refused: not now
+refused | refused: not now
+given-up | timed out
+other-refused other-spoken spoken | done file:/a
+# Of several requests for the same text and voice, one is answered.
+same-spoken | done file:/same
+)");
 }
 
 }  // namespace

