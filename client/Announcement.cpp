@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "client/AnnouncementCourse.h"
+#include "link/waitAtMost.h"
 #include "sdk/PAController.h"
 
 namespace paclient {
@@ -39,8 +40,8 @@ bool isVisual(const AnnouncementRequest& record) {
     return record.getVisualMessageType() == Message::DISPLAY_TEMPLATE;
 }
 
-void requireUnused(const std::string& requestId) {
-    for (const AnnouncementRequest& active : gPaController.getAnnouncementRequests()) {
+void requireUnused(const std::string& requestId, const std::vector<AnnouncementRequest>& records) {
+    for (const AnnouncementRequest& active : records) {
         if (active.getRequestID() == requestId) {
             throw std::invalid_argument("a request " + requestId + " is active already");
         }
@@ -55,7 +56,9 @@ Announcement::Announcement(std::vector<std::string> zoneIds, Message message, Ca
       listener_(kinds<Updated<AnnouncementRequest>, Deleted<AnnouncementRequest>, palink::Refusal,
                       pa::DroppedOperation, palink::ConnectionChange>(),
                 [course = course_](const ChangePtr& change) { course->take(*change); }) {
-    requireUnused(course_->id);
+    const auto active = gPaController.getAnnouncementRequests();
+    requireUnused(course_->id, active);
+    course_->notePlaying(active);
     message.setRequestID(course_->id);
     gPaController.playMessage(zones_, message);
 }
@@ -112,15 +115,19 @@ std::vector<Announcement::ZoneState> Announcement::zones() const {
 
 template <class Condition>
 State Announcement::waitUntil(Condition reached, const Wait& wait) {
+    const auto ends = [&] { return course_->isOver() || reached(*course_); };
     WaitCourse course(wait);
-    while (true) {
+    std::unique_lock guard(course_->lock);
+    while (!ends()) {
+        guard.unlock();
         const auto slice = course.next();
-        std::unique_lock guard(course_->lock);
-        if (course_->isOver() || reached(*course_) || !slice) {
-            return course_->state();
+        guard.lock();
+        if (!slice) {
+            break;
         }
-        course_->changed.wait_for(guard, *slice);
+        palink::waitAtMost(course_->changed, guard, *slice, ends);
     }
+    return course_->state();
 }
 
 State Announcement::waitUntilAccepted(const Wait& wait) {
@@ -138,11 +145,11 @@ Confirmation Announcement::cancel(const Wait& wait) {
         if (course_->isOver()) {
             return {Result::AsBefore};
         }
-        course_->refusedCancel.clear();
+        course_->refusedCancel.reset();
     }
     gPaController.cancelMessage(course_->id);
     const State state =
-        waitUntil([](const Course& course) { return !course.refusedCancel.empty(); }, wait);
+        waitUntil([](const Course& course) { return course.refusedCancel.has_value(); }, wait);
     const std::lock_guard guard(course_->lock);
     if (state == State::Cancelled) {
         return {Result::Done};
@@ -153,8 +160,8 @@ Confirmation Announcement::cancel(const Wait& wait) {
     if (course_->isOver()) {
         return {Result::Refused, std::string(nameOf(state)) + " before it could be cancelled"};
     }
-    return course_->refusedCancel.empty() ? Confirmation{Result::TimedOut}
-                                          : Confirmation{Result::Refused, course_->refusedCancel};
+    return course_->refusedCancel ? Confirmation{Result::Refused, *course_->refusedCancel}
+                                  : Confirmation{Result::TimedOut};
 }
 
 bool isEnd(State state) {

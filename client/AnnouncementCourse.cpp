@@ -26,12 +26,15 @@ std::string usableId(std::string id) {
     return id;
 }
 
+bool isVisual(const Message& message) {
+    return message.getVisualMessageType() != Message::NONE;
+}
+
 /// How many records the server keeps for a message.
 std::size_t partsOf(const Message& message) {
     const bool isAudible = message.getAudioMessageType() != Message::NONE;
-    const bool isVisual =
-        message.getVisualMessageType() != Message::NONE && message.getVisualMessageValidity() != 0;
-    return (isAudible ? 1U : 0U) + (isVisual ? 1U : 0U);
+    const bool isReported = isVisual(message) && message.getVisualMessageValidity() != 0;
+    return (isAudible ? 1U : 0U) + (isReported ? 1U : 0U);
 }
 
 const std::vector<pa::OperationType> playOperations = {pa::operations::playMessage};
@@ -51,8 +54,8 @@ void Announcement::Course::take(const Change& change) {
         const std::lock_guard guard(lock);
         const State before = state();
         std::visit([this](const auto& what) { take(what); }, change);
-        if (notices.empty() && state() != before) {
-            notices.push_back({state(), std::nullopt});
+        if ((notices.empty() ? before : notices.back().state) != state()) {
+            notices.push_back({state(), std::nullopt});  // the last one has the state that holds
         }
         due.swap(notices);
     }
@@ -62,8 +65,7 @@ void Announcement::Course::take(const Change& change) {
     }
 }
 
-/// Calls the callback with each notice; then the first exception that left it goes on to the
-/// stream, which reports it.
+/// Calls the callback with each notice, then throws the first exception that left it.
 void Announcement::Course::notify(const std::vector<Notice>& due) {
     std::exception_ptr first;
     for (const Notice& notice : due) {
@@ -80,7 +82,7 @@ void Announcement::Course::notify(const std::vector<Notice>& due) {
 
 void Announcement::Course::take(const Updated<AnnouncementRequest>& update) {
     const AnnouncementRequest& record = update.record;
-    if (record.getRequestID() != id) {
+    if (isOther(record)) {
         noteOther(record);
         return;
     }
@@ -98,19 +100,41 @@ void Announcement::Course::take(const Updated<AnnouncementRequest>& update) {
     }
 }
 
+/// Those that play before this one begins.
+void Announcement::Course::notePlaying(const std::vector<AnnouncementRequest>& records) {
+    const std::lock_guard guard(lock);
+    for (const AnnouncementRequest& record : records) {
+        if (stateOf(record) == State::Playing) {
+            playingOthers.insert(record.id);
+        }
+    }
+}
+
 /// An announcement begins when it has all of its zones, a live one when it has any: that takes only
-/// those which its priority gives it.
+/// those which its priority gives it. What is reported again after a loss of the connection began
+/// before.
 void Announcement::Course::noteOther(const AnnouncementRequest& record) {
+    if (stateOf(record) != State::Playing) {
+        playingOthers.erase(record.id);
+        return;
+    }
+    const bool isNew = playingOthers.insert(record.id).second;
     const bool isLive = record.getAudioMessageType() == Message::LIVE_STREAM;
-    if (stateOf(record) == State::Playing && (!isLive || isHigher(record, priority))) {
+    const bool hasPart = record.getAudioMessageType() != Message::NONE || isVisual(record);
+    if (isNew && !isAway && hasPart && (!isLive || isHigher(record, priority))) {
         taken[partName(record)].insert(record.zones.begin(), record.zones.end());
     }
 }
 
-/// Deletions while the connection is away are those of the caches, not of the server.
+/// Deletions while the connection is away are those of the caches, not of the server, except of
+/// what the server has reported again.
 void Announcement::Course::take(const Deleted<AnnouncementRequest>& deletion) {
     const AnnouncementRequest& record = deletion.record;
-    if (record.getRequestID() != id || isAway) {
+    if (isOther(record)) {
+        playingOthers.erase(record.id);
+        return;
+    }
+    if (isAway && reportedAgain.count(record.id) == 0) {
         return;
     }
     const auto found = parts.find(record.id);

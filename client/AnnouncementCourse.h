@@ -28,14 +28,16 @@ struct Announcement::Course {
     // Guarded by lock.
     std::map<int, Part> parts;     // by record number
     std::set<int> reportedAgain;   // parts, since the connection was lost
+    std::set<int> playingOthers;   // record numbers of other requests that play
     Taken taken;                   // zones that others have taken since the part began
     State whole = State::Sending;  // Failed, Refused or Unknown of the request as a whole
     std::string wholeReason;
-    std::string refusedCancel;  // why a cancellation was refused
-    bool isAway = false;        // the connection
-    bool isComplete = false;    // no other parts are expected: the connection was lost
+    std::optional<std::string> refusedCancel;  // why a cancellation was refused
+    bool isAway = false;                       // the connection
+    bool isComplete = false;  // no other parts are expected: the connection was lost
 
     void take(const Change& change);
+    void notePlaying(const std::vector<AnnouncementRequest>& records);
     State state() const;
     std::string reason() const;
     bool playsIn(const std::string& zone);
@@ -58,6 +60,7 @@ private:
 
     void notify(const std::vector<Notice>& due);
     void noteOther(const AnnouncementRequest& record);
+    bool isOther(const AnnouncementRequest& record) const { return record.getRequestID() != id; }
     void endWhole(State state, const std::string& reason);
     const Part* decisivePart() const;
 

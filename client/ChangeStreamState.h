@@ -51,17 +51,20 @@ struct ChangeStream::State {
     const pa::ForkParticipant acrossFork{pa::ForkRank::Facades,
                                          {[this] {
                                               lock.lock();
+                                              locks.beforeFork();
                                               for (const auto& queue : subscribers->queues) {
                                                   queue->lock.lock();
                                               }
                                           },
                                           [this] {
+                                              locks.inParent();
                                               for (const auto& queue : subscribers->queues) {
                                                   queue->lock.unlock();
                                               }
                                               lock.unlock();
                                           },
                                           [this] {
+                                              locks.inChild();
                                               for (const auto& queue : subscribers->queues) {
                                                   queue->separateFromParent();
                                                   queue->lock.unlock();

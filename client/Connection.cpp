@@ -1,6 +1,7 @@
 #include "client/Connection.h"
 
 #include "framework/clock.h"
+#include "link/waitAtMost.h"
 #include "sdk/PAController.h"
 #include "sdk/globals.h"
 
@@ -68,7 +69,7 @@ void Connection::requireConnected(const Wait& wait) {
                                    : "the connection to the server is lost: " + reason_);
         }
         std::unique_lock guard(lock_);
-        changed_.wait_for(guard, *slice, [this] { return number_ != 0; });
+        palink::waitAtMost(changed_, guard, *slice, [this] { return number_ != 0; });
     }
 }
 

@@ -22,11 +22,16 @@ public:
         if (!begin()) {
             return;
         }
-        while (const auto round = nextRound()) {
-            const auto locks = gPaController.getPaSourceLocks();
-            for (LockChange& change : changes(locks, *round)) {
-                publish(std::move(change));
+        try {
+            while (const auto round = nextRound()) {
+                const auto locks = gPaController.getPaSourceLocks();
+                for (LockChange& change : changes(locks, *round)) {
+                    publish(std::move(change));
+                }
             }
+        } catch (...) {
+            giveUp();
+            throw;
         }
     }
 
@@ -35,7 +40,22 @@ public:
         holders_.clear();
     }
 
+    /// @name Around a fork
+    /// @{
+    void beforeFork() { lock_.lock(); }
+    void inParent() { lock_.unlock(); }
+    void inChild() {
+        comparing_ = false;  // the thread that compares is the parent's
+        lock_.unlock();
+    }
+    /// @}
+
 private:
+    void giveUp() {
+        const std::lock_guard guard(lock_);
+        comparing_ = false;
+    }
+
     bool begin() {
         const std::lock_guard guard(lock_);
         ++asked_;
@@ -57,7 +77,7 @@ private:
             now.try_emplace(lock.sourceId, lock.lockedUUID);
         }
         for (const auto& [sourceId, before] : holders_) {
-            now.try_emplace(sourceId);  // a source that has been withdrawn is held by no client
+            now.try_emplace(sourceId);  // a lock that is not known any more is held by no client
         }
         for (const auto& [sourceId, holder] : now) {
             const auto before = holders_.find(sourceId);

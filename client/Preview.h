@@ -13,7 +13,7 @@ struct RenderedPreview {
     std::string uri;  ///< where the audio can be fetched; empty when there is none
 };
 
-/// How long the controller waits for a preview, and the interval in which it looks.
+/// Enough for every preview: the controller gives one up after 90 s, and looks every 9 s.
 constexpr std::chrono::seconds previewExpiry{105};
 
 /// Has the server render a text, and waits for the audio. Several requests for the same text and

@@ -2,6 +2,7 @@
 
 #include <charconv>
 #include <cmath>
+#include <cstdint>
 #include <mutex>
 #include <stdexcept>
 
@@ -13,6 +14,7 @@ namespace {
 
 constexpr const char* utc = "UTC";
 constexpr double msPerSecond = 1000;
+constexpr std::int64_t endOfYear9999 = 253402300800;  // dates have four digits of the year
 
 struct Guarded {
     std::mutex lock;
@@ -60,7 +62,11 @@ StationClock::StationClock(const KeyValueMap& serverInfo, double speed)
       timeZone_(knownZone(serverInfo.get_value("timeZone"))),
       calendar_(timeZone_.empty() ? utc : timeZone_) {
     const std::string reported = serverInfo.get_value("clock");
-    std::from_chars(reported.data(), reported.data() + reported.size(), start_);
+    std::time_t moment = 0;
+    std::from_chars(reported.data(), reported.data() + reported.size(), moment);
+    if (moment > 0 && moment < endOfYear9999) {
+        start_ = moment;
+    }
 }
 
 std::time_t StationClock::now() const {

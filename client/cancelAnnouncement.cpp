@@ -23,6 +23,10 @@ Cancellation cancelAll(const std::map<int, AnnouncementRequest>& active,
     request.requestId = requestId;
     request.send = send;
     request.take = [&](const Change& change) {
+        // What is reported again after a loss was deleted from the caches only.
+        if (const auto* const update = std::get_if<Updated<AnnouncementRequest>>(&change)) {
+            ended.erase(update->record.id);
+        }
         const auto* const deletion = std::get_if<Deleted<AnnouncementRequest>>(&change);
         if (deletion != nullptr && active.count(deletion->record.id) > 0) {
             ended[deletion->record.id] = deletion->record;

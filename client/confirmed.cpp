@@ -40,6 +40,13 @@ public:
     /// Whether the caches are incomplete: absence of an entry in them shows nothing.
     bool isAway() const { return isAway_; }
 
+    /// Forgets what was refused or dropped before this request is sent.
+    void forgetOthers() {
+        if (result_ && result_->state != State::ConnectionLost) {
+            result_.reset();
+        }
+    }
+
     /// How often the connection has been lost.
     int losses() const { return losses_; }
 
@@ -103,6 +110,24 @@ Confirmation confirm(const ConfirmedRequest& request, const Wait& wait) {
             answer.take(*change);
         }
     };
+    WaitCourse course(wait);
+    const auto takeNext = [&](std::chrono::milliseconds limit) {
+        if (const ChangePtr change = changes.next(limit)) {
+            answer.take(*change);
+        }
+    };
+    if (request.decide) {
+        while (answer.isAway()) {
+            const auto slice = course.next();
+            if (!slice) {
+                return {State::NotSent, "there is no connection to the server"};
+            }
+            takeNext(*slice);
+        }
+        if (const auto decision = request.decide()) {
+            return *decision;
+        }
+    }
     // A loss is published before the caches are emptied, so what was read before it counts only
     // when none has been published since.
     const auto holds = [&] {
@@ -114,8 +139,8 @@ Confirmation confirm(const ConfirmedRequest& request, const Wait& wait) {
     if (holds()) {
         return {State::AsBefore};
     }
+    answer.forgetOthers();
     request.send();
-    WaitCourse course(wait);
     while (true) {
         takeAll();
         if (holds()) {
@@ -128,9 +153,7 @@ Confirmation confirm(const ConfirmedRequest& request, const Wait& wait) {
         if (!slice) {
             return answer.timedOut();
         }
-        if (const ChangePtr change = changes.next(*slice)) {
-            answer.take(*change);
-        }
+        takeNext(*slice);
     }
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <functional>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -24,6 +25,9 @@ struct ConfirmedRequest {
     /// each tick of the wait, since not everything that is reported is a change; not while the
     /// caches are incomplete, so that it may take the absence of an entry for the effect.
     std::function<bool()> holds;
+    /// Decides by the caches that nothing is to be sent. Called when they are complete, which is
+    /// waited for. May be empty, and may throw.
+    std::function<std::optional<Confirmation>()> decide{};
     /// Receives every change that follows the subscription, for an effect that only changes show.
     /// May be empty.
     std::function<void(const Change& change)> take{};
@@ -45,8 +49,8 @@ bool isDropOf(const std::vector<pa::OperationType>& operations, const std::strin
 /// a refusal or a drop, which may be those of a similar request of another thread.
 ///
 /// May be called from any thread, but not from a callback.
-/// @throws whatever `send` throws: then nothing has been sent; whatever `wait.whileWaiting` throws:
-///         then the outcome is unknown
+/// @throws whatever `decide` or `send` throws: then nothing has been sent; whatever
+///         `wait.whileWaiting` throws: then the outcome is unknown
 Confirmation confirm(const ConfirmedRequest& request, const Wait& wait);
 
 /// Sends an operation whose effect nothing reports, and waits for a refusal.

@@ -11,8 +11,8 @@
 /// @file
 /// Operations on resources that wait until the server has reported their effect.
 ///
-/// Each sends, then waits as `confirm` does; its `Confirmation` is the outcome. They may
-/// be called from any thread, but not from a callback. Arguments that the controller refuses throw
+/// Each sends, then waits as `confirm` does; its `Confirmation` is the outcome. They may be called
+/// from any thread, but not from a callback. Arguments that the controller refuses throw
 /// `std::invalid_argument` or `std::out_of_range` before anything is sent; what
 /// `wait.whileWaiting` throws leaves the function, and the outcome is unknown.
 
@@ -73,10 +73,12 @@ std::string ownUUID();
 
 /// Takes the lock of a source for this client, which renews it from then on.
 /// @return `Refused` also, with nothing sent, when another client holds it
+/// @throws std::invalid_argument for a source that has no lock
 Confirmation takeLock(int sourceId, const Wait& wait);
 
 /// Releases it.
 /// @return `Refused`, with nothing sent, when another client holds it or none
+/// @throws std::invalid_argument for a source that has no lock
 Confirmation releaseLock(int sourceId, const Wait& wait);
 /// @}
 

@@ -184,13 +184,16 @@ std::vector<std::size_t> matchesOf(const std::vector<Naming>& resources,
                                    const std::string& wanted) {
     const bool isNumeric = isNumber(wanted);
     std::vector<std::size_t> places;
+    if (wanted.empty()) {
+        return places;  // names no resource, not even one without a name
+    }
     if (isNumeric) {
         places = placesOf(resources, [&](const Naming& n) { return n.number == wanted; });
     }
     if (places.empty()) {
         places = equalNames(resources, wanted);
     }
-    if (places.empty() && !isNumeric && !wanted.empty()) {
+    if (places.empty() && !isNumeric) {
         const std::string beginning = lowered(wanted);
         places =
             placesOf(resources, [&](const Naming& n) { return beginsWith(n.name, beginning); });

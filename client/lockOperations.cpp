@@ -1,7 +1,8 @@
 #include <functional>
+#include <optional>
+#include <stdexcept>
 #include <utility>
 
-#include "client/ChangeStream.h"
 #include "client/confirmed.h"
 #include "client/confirmedOperations.h"
 #include "framework/posixThread.h"
@@ -22,15 +23,29 @@ void callInBackground(const char* name, std::function<void()> function) {
     pa::PosixThread(name, std::move(function)).detach();
 }
 
+std::optional<PaSourceLockStatus> lockOf(int sourceId) {
+    for (const PaSourceLockStatus& lock : gPaController.getPaSourceLocks()) {
+        if (lock.sourceId == sourceId) {
+            return lock;
+        }
+    }
+    return std::nullopt;
+}
+
+/// Without one the controller sends nothing.
+PaSourceLockStatus requiredLock(int sourceId) {
+    const auto lock = lockOf(sourceId);
+    if (!lock) {
+        throw std::invalid_argument("source " + std::to_string(sourceId) + " has no lock");
+    }
+    return *lock;
+}
+
 }  // namespace
 
 std::string lockHolder(int sourceId) {
-    for (const PaSourceLockStatus& lock : gPaController.getPaSourceLocks()) {
-        if (lock.sourceId == sourceId) {
-            return lock.lockedUUID;
-        }
-    }
-    return {};
+    const auto lock = lockOf(sourceId);
+    return lock ? lock->lockedUUID : std::string();
 }
 
 std::string ownUUID() {
@@ -40,11 +55,14 @@ std::string ownUUID() {
 
 Confirmation takeLock(int sourceId, const Wait& wait) {
     const std::string own = ownUUID();
-    const std::string holder = lockHolder(sourceId);
-    if (!holder.empty() && holder != own) {
-        return {State::Refused, "another client holds its lock (" + holder + ")"};
-    }
     ConfirmedRequest request;
+    request.decide = [&]() -> std::optional<Confirmation> {
+        const std::string holder = requiredLock(sourceId).lockedUUID;
+        if (holder.empty() || holder == own) {
+            return std::nullopt;
+        }
+        return Confirmation{State::Refused, "another client holds its lock (" + holder + ")"};
+    };
     request.operations = {pa::operations::attachSource};
     request.send = [sourceId] {
         callInBackground("lock", [sourceId] { (void)gPaController.attachPaSource(sourceId); });
@@ -55,12 +73,16 @@ Confirmation takeLock(int sourceId, const Wait& wait) {
 
 Confirmation releaseLock(int sourceId, const Wait& wait) {
     const std::string own = ownUUID();
-    const std::string holder = lockHolder(sourceId);
-    if (holder != own && !ChangeStream::instance().isAway()) {  // incomplete caches show no lock
-        return {State::Refused, holder.empty() ? "no client holds its lock"
-                                               : "another client holds its lock (" + holder + ")"};
-    }
     ConfirmedRequest request;
+    request.decide = [&]() -> std::optional<Confirmation> {
+        const std::string holder = requiredLock(sourceId).lockedUUID;
+        if (holder == own) {
+            return std::nullopt;
+        }
+        return Confirmation{State::Refused, holder.empty()
+                                                ? "no client holds its lock"
+                                                : "another client holds its lock (" + holder + ")"};
+    };
     request.operations = {pa::operations::detachSource};
     request.send = [sourceId] {
         callInBackground("lock", [sourceId] { (void)gPaController.detachPaSource(sourceId); });

@@ -6,9 +6,8 @@ namespace paclient {
 
 /// Reads a schedule, as `toJson` writes it without texts. What is missing has the value of a new
 /// definition.
-/// @throws std::invalid_argument that names the member, when one is not known or has no value of
-/// its
-///         kind
+/// @throws std::invalid_argument that names the member, when one is not known or its value is of
+///         another kind
 ScheduleDefinition scheduleFrom(const Json& json);
 
 }  // namespace paclient

@@ -28,9 +28,19 @@ std::string titleOf(int id) {
     return "schedule " + std::to_string(id);
 }
 
+/// Looks at the cache often, and calls `whileWaiting` as seldom as the caller asks.
 Wait withCacheTick(const Wait& wait) {
     Wait result = wait;
     result.tick = std::min(wait.tick, cacheTick);
+    if (wait.whileWaiting) {
+        result.whileWaiting = [call = wait.whileWaiting, tick = wait.tick,
+                               due = std::chrono::milliseconds(0)](auto waited) mutable {
+            if (waited >= due) {
+                due = waited + std::min(tick, noLimit - waited);
+                call(waited);
+            }
+        };
+    }
     return result;
 }
 

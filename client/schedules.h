@@ -41,7 +41,7 @@ Confirmation removeSchedule(int id, const Wait& wait);
 /// The lowest number that no schedule has.
 int freeScheduleId();
 
-/// What has become of an import.
+/// The outcome of an import, so far or in the end.
 struct ImportResult {
     struct Failed {
         std::size_t entry;   ///< place in the list, counted from 1

@@ -128,12 +128,12 @@ void checkVisual(const ScheduleDefinition& schedule) {
     }
     require(schedule.visualAnnouncementType == AT_DISPLAY_TEMPLATE,
             "visualAnnouncementType " + std::to_string(schedule.visualAnnouncementType) +
-                " is nothing that a schedule can show");
+                " is nothing that a schedule can display");
     const auto& variables = schedule.displayTemplateKeyValueList;
     require(!schedule.displayTemplateName.empty() || !variables.empty(),
-            "nothing to show: the template is missing");
+            "nothing to display: the template is missing");
     require(schedule.displayTemplateValidityPeriodSeconds >= 0,
-            "nothing is shown for less than 0 s");
+            "nothing is displayed for less than 0 s");
     require(variables.count("") == 0, "a key is empty");
     require(variables.count(templateKey) == 0,
             std::string("the key ") + templateKey + " is that of the template's name");
@@ -146,7 +146,7 @@ void requireNothingLost(const ScheduleDefinition& schedule) {
     for (const auto& member : reported.items()) {
         require(member.key() == "gain" || given[member.key()] == member.value(),
                 "the member '" + member.key() +
-                    "' does not go with what is played and shown, and would be lost");
+                    "' does not belong to what is played and displayed, and would be lost");
     }
 }
 

@@ -69,6 +69,8 @@ lost connected synced | unknown, over: the connection was lost meanwhile
 lost connected synced 1:Playing | playing
 1:Playing 2:Playing lost -1 -2 connected 2:Playing synced | playing
 1:Playing 2=0 -2 lost -1 connected synced | unknown, over: the connection was lost meanwhile
+1:Playing 2=0 lost -1 -2 connected synced | unknown, over: the connection was lost meanwhile
+1:Playing 2:Playing lost -1 -2 connected 1=0 2=0 -1 -2 synced | finished, over
 1:Playing lost stopped | unknown, over: the connection was lost meanwhile
 1=0 2=0 lost stopped | finished, over
 )");
@@ -105,20 +107,23 @@ TEST_F(AnnouncementTest, LosesTheZonesThatAnotherOneTakes) {
         }
         return zones;
     };
+    int others = 100;
     // What is left when another one, "zone type level", begins to play.
     const auto left = [&](const std::string& other) {
         std::istringstream words(other);
         AnnouncementRequest record;
+        record.id = ++others;
         std::string type;
         words >> record.zones.emplace_back() >> type >> record.priorityText;
-        record.setAudioMessageType(messageTypeNamed(type).value());
-        record.setVisualMessageType(messageTypeNamed(type).value());
+        record.setAudioMessageType(messageTypeNamed(type).value_or(Message::NONE));
+        record.setVisualMessageType(messageTypeNamed(type).value_or(Message::NONE));
         record.priorityText = "Absolute " + record.priorityText;
         record.stateText = "Playing";
         ChangeStream::instance().publish(Updated<AnnouncementRequest>{record});
         return playing() + '.';
     };
     expectResults(left, R"(
+Yard NONE 900 | Hall Hall/North Yard Hallway .
 Yard DISPLAY_TEMPLATE 900 | Hall Hall/North Yard Hallway .
 Hall/North DICTIONARY 600 | Hall Yard Hallway .
 Yard LIVE_STREAM 400 | Hall Yard Hallway .
@@ -128,6 +133,10 @@ Hall DICTIONARY 500 | Hallway .
     const std::string number = std::to_string(announcement.parts().at(0).record.id);
     publish(number + ":Queued " + number + ":Playing");
     EXPECT_EQ(playing(), "Hall Hall/North Yard Hallway ") << "it begins when it has all of them";
+    publish("lost connected " + number + ":Playing");
+    left("Yard DICTIONARY 900");
+    publish("synced");
+    EXPECT_EQ(playing(), "Hall Hall/North Yard Hallway ") << "the other one is only reported again";
 }
 
 TEST_F(AnnouncementTest, IsCancelled) {
@@ -162,6 +171,16 @@ TEST_F(AnnouncementTest, IsNotCancelledWhenTheServerDoesNotConfirmIt) {
     server.ignoreRequests(true);
     EXPECT_EQ(textOf(cancelAnnouncement("request-2", passing).confirmation),
               "refused: request request-2 finished before it could be cancelled");
+    server.ignoreRequests(false);
+
+    Announcement third({"Hall"}, items("request-3", 500));
+    third.waitUntilAccepted({});
+    server.ignoreRequests(true);
+    bool isDropped = false;
+    const auto drop = [&](auto) { std::exchange(isDropped, true) ? void() : server.dropClient(); };
+    const Cancellation lost = cancelAnnouncement("request-3", {1min, drop});
+    EXPECT_EQ(lost.confirmation.state, Confirmation::State::ConnectionLost);
+    EXPECT_TRUE(lost.ended.empty()) << "it plays on";
 }
 
 // ------------------------------------------------------------------------------------ the dry run

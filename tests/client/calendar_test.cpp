@@ -85,6 +85,7 @@ TEST(StationClock, IsThatOfTheServerAndKnowsWhenASchedulePlaysNext) {
 1798761600 Europe/Berlin | 2027-01-01T01:00 Europe/Berlin, 2027-01-01, .
 1796081400 Europe/Atlantis | 2026-11-30T23:30 UTC, 2026-11-30, .
 soon UTC | 2001-09-09T01:47 UTC, 2001-09-09, 2026-12-01T06:00.
+253402300800 UTC | 2001-09-09T01:47 UTC, 2001-09-09, 2026-12-01T06:00.
 )");
     s.startMonth = 11;
     s.startDay = 31;  // does not exist

@@ -90,6 +90,18 @@ TEST_F(ConfirmTest, TakesNoEmptiedCacheForAnEffect) {
     EXPECT_EQ(textOf(confirm(request, wait)), "as before");
 }
 
+TEST_F(ConfirmTest, TakesNoAnswerFromBeforeItIsSent) {
+    bool isSent = false;
+    ConfirmedRequest request;
+    request.operations = {pa::operations::playMessage};
+    request.send = [&] { isSent = true; };
+    request.holds = [&] {
+        publish(isSent ? "" : "refused");
+        return false;
+    };
+    EXPECT_EQ(textOf(confirm(request, {20ms, {}, 1ms})), "timed out");
+}
+
 // ------------------------------------------------------------------------- with a simulated server
 
 struct OperationsTest : ClientTest {
@@ -157,6 +169,10 @@ TEST_F(OperationsTest, AreRefusedOrOpenOtherwise) {
     const std::string refusal = "refused: another client holds its lock (other)";
     EXPECT_EQ(textOf(takeLock(1, {})), refusal);
     EXPECT_EQ(textOf(releaseLock(1, {})), refusal);
+    EXPECT_THROW((void)takeLock(999, {}), std::invalid_argument);
+    publish("lost");
+    EXPECT_EQ(textOf(releaseLock(1, {0ms})), "not sent: there is no connection to the server");
+    publish("synced");
 
     server.ignoreRequests(true);
     EXPECT_EQ(textOf(setMonitoring(sink(1), true, {0ms})), "timed out");

@@ -46,6 +46,7 @@ TEST(Find, AnswersWhatHasNumbersOnlyOrNamesOnly) {
     EXPECT_EQ(found("zone", "7", {{"", "Hall 7"}}),
               "there is no zone '7'; the nearest are 'Hall 7'");
     EXPECT_EQ(found("zone", "", {{"", "Hall"}}), "there is no zone ''; the nearest are 'Hall'");
+    EXPECT_EQ(found("sink", "", {{"2", ""}}), "there is no sink ''; did you mean '2'?");
     EXPECT_TRUE(knowsName("HALL", {"Lift", "Hall"}));
     EXPECT_FALSE(knowsName("HALL", {"hall", "Hall"}));
     std::vector<Naming> lifts(12, {"7", "Lift"});
