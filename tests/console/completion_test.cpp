@@ -46,40 +46,29 @@ TEST(Completion, replacesTheWordAtTheCursor) {
         // commands, subcommands, options, listed values
         {"sta", "status ", 1},
         {"he", "help ", 1},
-        {"qui", "quit ", 1},
         {"help zo", "help zone ", 1},
         {"sh", "", 0},  // refused on a line
         {"zone mem", "zone members ", 1},
         {"play --zon", "play --zones ", 1},
-        {"play --tim", "play --timeout ", 1},  // of every line
-        {"play --scen", "", 0},                // of the process
+        {"play --scen", "", 0},  // of the process
         {"--format js", "--format json ", 1},
         {"list --format=t", "list --format=text ", 1},
-        {"list anno", "list announcements ", 1},
-        {"nonsense sta", "", 0},
         {"play --repeat ", "", 0},
         {"play --wait --zon", "play --wait --zones ", 1},  // a flag has no value
         // names
-        {"get zone L", "get zone Lift ", 1},
         {"get zone l", "get zone Lift ", 1},
         {"get zone ha", "get zone ha", 2},
         {"get zone hall\\ ", "get zone 'hall 2' ", 1},
-        {"get zone 'hall ", "get zone 'hall 2' ", 1},
-        {"get sink ho", "get sink Horn ", 1},
         {"get zone O", "get zone \"O'Hara's\" ", 1},
         {"get zone S", "get zone 'Say \"no\"' ", 1},
         {"get zone a", "get zone a,b ", 1},
-        {"get sou", "get source ", 1},
         {"get source d", "get source Desk", 2},
         {"get source 'Desk \\", "get source 'Desk \\ $HOME' ", 1},
         {"schedule remove 3 1", "schedule remove 3 1", 2},
-        {"cancel AB", "cancel ab", 2},
         {"cancel abd", "cancel abd-2 ", 1},
         {"play --voice Am", "play --voice Am", 2},  // not half a letter
-        {"play --language f", "play --language fr ", 1},
         {"play --zones Hall,li", "play --zones Hall,Lift ", 1},
         {"play --zones=li", "play --zones=Lift ", 1},
-        {"play --zones a", "play --zones a,b ", 1},
         {"play --zones Lift,a", "", 0},  // it would be parted
         // what cannot go on
         {"get zone Li\\", "", 0},

@@ -33,6 +33,7 @@ TEST(HistoryFile, keepsTheNewestLinesForTheUserOnly) {
          {"first", "", "two\nlines", "\x1b[2J", "\xE9", "caf\xC3\xA9 'x"}) {
         history.add(line);
     }
+    fs::permissions(path, fs::perms(0644));
     HistoryFile(path, diagnostics).add("of another shell");
     EXPECT_EQ(history.load(), (Lines{"first", "caf\xC3\xA9 'x", "of another shell"}));
     const auto modeOf = [](const fs::path& of) {

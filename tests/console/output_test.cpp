@@ -1,15 +1,11 @@
 #include "console/Output.h"
 
 #include <cerrno>
-#include <csignal>
-#include <nlohmann/json.hpp>
 #include <streambuf>
 
-#include "console/ExitCode.h"
 #include "console/Progress.h"
 #include "console/following/LiveView.h"
 #include "console/following/operate.h"
-#include "console/interrupt.h"
 #include "console/text/TextTable.h"
 #include "tests/console/consoleRun.h"
 
@@ -17,24 +13,10 @@ namespace {
 
 using Words = std::vector<std::string>;
 
-TEST(Output, listsZonesAsObjectsWithTheMembersOfTheRecord) {
-    const auto parsed =
-        nlohmann::ordered_json::parse(runConsole({"list", "zones", "--format", "json"}).out);
-    ASSERT_EQ(parsed.size(), 40U);
-    std::vector<std::string> members;
-    for (const auto& member : parsed[0].items()) {
-        members.push_back(member.key());
-    }
-    EXPECT_EQ(members, (Words{"elemNo", "id", "activity", "activityText", "announcementType",
-                              "announcementTypeText", "health", "healthText"}));
-    EXPECT_TRUE(parsed[0]["activity"].is_number());
-    EXPECT_EQ(runConsole({"list", "announcements", "--format", "json"}).out, "[]\n");
-}
-
 /// Takes nothing.
 class ClosedOutput : public std::streambuf {
 public:
-    explicit ClosedOutput(int error = 0) : error_(error) {}
+    explicit ClosedOutput(int error) : error_(error) {}
 
 private:
     int overflow(int /*byte*/) override {
@@ -45,30 +27,9 @@ private:
     const int error_;
 };
 
-TEST(Output, thatWaitsForItsReaderCanBeInterrupted) {
-    ClosedOutput closed;
-    std::ostream stream(&closed);
-    console::Output out(stream);
-    console::interrupt::install();
-    std::raise(SIGINT);
-    try {
-        out.write("x");
-        ADD_FAILURE();
-    } catch (const console::Failure& failure) {
-        EXPECT_EQ(failure.code, console::ExitCode::Interrupted);
-    }
-    console::interrupt::rearm();
-}
-
-TEST(Interruption, isTheSameSignalAgainWithinAMoment) {
-    using console::interrupt::endsAtOnce;
-    EXPECT_FALSE(endsAtOnce(-1, 5000));
-    EXPECT_FALSE(endsAtOnce(5000, 5100));
-    EXPECT_TRUE(endsAtOnce(5000, 5101));
-}
-
 TEST(Output, thatIsClosedEndsTheCommand) {
-    for (const Words& words : {Words{"list", "zones"}, Words{"--help"}, Words{"demo"}}) {
+    for (const Words& words : {Words{"list", "zones"}, Words{"--help"}, Words{"demo"},
+                               Words{"--speed", "500", "monitor"}}) {
         for (const int error : {ENOSPC, EPIPE}) {
             ClosedOutput closed(error);
             std::ostream out(&closed);
@@ -77,6 +38,18 @@ TEST(Output, thatIsClosedEndsTheCommand) {
             EXPECT_EQ(err.str(), error == EPIPE ? "" : "paconsole: the output cannot be written\n");
         }
     }
+}
+
+TEST(Output, keepsDiagnosticsWhileALineIsTyped) {
+    std::ostringstream text;
+    console::Output diagnostics(text);
+    diagnostics.hold();
+    diagnostics.diagnostic("one");
+    EXPECT_EQ(diagnostics.takeHeld(), "paconsole: one\n");
+    diagnostics.diagnostic("two");
+    EXPECT_EQ(text.str(), "");
+    diagnostics.release();
+    EXPECT_EQ(text.str(), "paconsole: two\n");
 }
 
 TEST(LiveView, staysWithinTheTerminalAndReturnsTheCursor) {

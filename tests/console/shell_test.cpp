@@ -1,33 +1,10 @@
-#include "client/resources.h"
-#include "sdk/PAController.h"
+#include <fstream>
+
 #include "tests/console/Terminal.h"
 #include "tests/console/consoleRun.h"
 #include "tests/support/TestFolder.h"
 
 namespace {
-
-/// Has the server refuse something, and waits until the subscribers know.
-void provokeRefusal() {
-    paclient::Subscription refusals(paclient::kinds<palink::Refusal>());
-    gPaController.cancelMessage("nothing of that name");
-    ASSERT_TRUE(refusals.next(std::chrono::seconds(10)));
-    const paclient::Subscription subscribedAfterwards;
-}
-
-TEST(Shell, reportsWhatHappensBetweenItsCommands) {
-    const auto lose = [] { EXPECT_TRUE(gPaController.detachPaSource(3)); };
-    const Ran ran = runShell({{"source attach 3"},
-                              {"list announcements", provokeRefusal},
-                              {"list announcements", lose},
-                              {"list announcements"},
-                              {"source attach 3"},
-                              {"source detach 3"}});
-    EXPECT_EQ(ran.code, 0);
-    const auto errors = linesOf(ran.err);
-    ASSERT_EQ(errors.size(), 2U) << ran.err;
-    EXPECT_TRUE(contains(errors[0], "nothing of that name")) << errors[0];
-    EXPECT_EQ(errors[1], "paconsole: source 3 is no longer attached");
-}
 
 TEST(Shell, isUsedOnATerminal) {
     const TestFolder folder;
@@ -39,6 +16,9 @@ TEST(Shell, isUsedOnATerminal) {
     terminal.readUntil(prompt);
     terminal.type("get zone sub\t\n");
     EXPECT_TRUE(contains(terminal.readUntil("Healthy"), "Subway"));
+    terminal.readUntil(prompt);
+    terminal.type("list sinks\n");
+    terminal.readUntil("…");  // cut to the terminal
     terminal.readUntil(prompt);
     terminal.type("get zone Caf\xC3\xA9 \xE9");
     EXPECT_FALSE(terminal.isAsUsual());
@@ -65,6 +45,7 @@ TEST(Shell, isUsedOnATerminal) {
     history << std::ifstream(folder.path() / "paconsole/history").rdbuf();
     EXPECT_EQ(history.str(),
               "get zone Subway \n"
+              "list sinks\n"
               "play --zones Subway --items 12 --repeat 100000 --wait\n"
               "monitor\n"
               "nonsense\n");

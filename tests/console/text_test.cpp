@@ -1,5 +1,7 @@
-#include "console/ExitCode.h"
+#include <limits>
+
 #include "console/arguments/words.h"
+#include "console/commands/sourceLevel.h"
 #include "console/text/cleanText.h"
 #include "tests/console/consoleRun.h"
 
@@ -18,7 +20,8 @@ TEST(CleanText, leavesNothingThatATerminalObeys) {
          "31m",
          "\\u{009B}31m"},  // a control sequence begun by one character
         {"\xe2\x80\xaegpj\xe2\x80\xac", "\\u{202E}gpj\\u{202C}"},  // turns the direction of writing
-        {"\xff\xc3", "\\xFF\\xC3"},                                // not UTF-8
+        {"\xe2\x81\xa6gpj\xe2\x81\xa9", "\\u{2066}gpj\\u{2069}"},
+        {"\xff\xc3", "\\xFF\\xC3"},  // not UTF-8
     };
     for (const auto& [text, expected] : cases) {
         EXPECT_EQ(clean(text), expected);
@@ -49,6 +52,14 @@ TEST(Script, splitsWordsAsAShellDoes) {
     }
     for (const char* const line : {"'open", "\"open", "open\\"}) {
         EXPECT_THROW(splitWords(line), Failure) << line;
+    }
+}
+
+TEST(LevelBar, growsFromMinus60To0) {
+    const std::pair<double, std::size_t> cases[] = {
+        {-96, 0}, {-45, 10}, {0, 40}, {12, 40}, {std::numeric_limits<double>::quiet_NaN(), 0}};
+    for (const auto& [level, length] : cases) {
+        EXPECT_EQ(levelBar(level, 40), std::string(length, '#')) << level;
     }
 }
 

@@ -1,5 +1,8 @@
 // The records of every kind: their columns, what an update compares and copies, the notifications,
 // their withdrawal.
+#include <iterator>
+#include <regex>
+#include <set>
 #include <sstream>
 
 #include "tests/controller/fixtures.h"
@@ -7,111 +10,117 @@
 
 namespace {
 
-struct RecordsTest : WatchedController, testing::WithParamInterface<RecordCase> {
-    std::string handle(int key, const pa::RecordFields& fields) {
+struct RecordsTest : ControllerTest, testing::WithParamInterface<RecordKind> {
+    std::string handle(int key, const pa::RecordFields& fields,
+                       PAController& handler = gPaController) {
         pa::RecordList record(fields);
-        kind.handle(controller, key, record.list());
-        std::istringstream lines(recordingHost::transcript());
-        std::string kept;
-        for (std::string line; std::getline(lines, line);) {
-            // The holders of source locks have a test of their own.
-            kept += line.find("Lock Info") == std::string::npos ? line + "\n" : "";
-        }
-        return kept;
+        kind.handle(handler, key, record.list());
+        // The holders of source locks have a test of their own.
+        return std::regex_replace(transcript(), std::regex(".*Lock Info.*\n"), "");
     }
-    std::string expected(const std::string& logged, const std::string& notified) const {
-        return (logged.empty() ? "" : "*log 1 " + (kind.handler + (": " + logged + "\n"))) +
-               (kind.pauses ? "sleep 100\n" : "") + notified;
-    }
-    std::string changed(const std::string& logged) const {
-        return expected(logged, kind.notified + kind.event);
+    /// What is logged with a property, the pause, and calls and events.
+    std::string expected(const std::string& logged, const std::string& calls) const {
+        const std::string text = kind.lines(logged);
+        return (text.empty() ? "" : "*log 1 " + kind.handler + ": " + text) + pause + calls;
     }
 
-    const RecordCase& kind = GetParam();
+    const RecordKind& kind = GetParam();
+    const pa::RecordFields full = fieldsOf(kind.line("record"));
+    const std::string entry = kind.lines("entry");
+    const std::string pause = kind.is("pauses") ? "sleep 100\n" : "";
 };
 
 INSTANTIATE_TEST_SUITE_P(Every, RecordsTest, testing::ValuesIn(everyKind()),
-                         [](const auto& row) { return std::string(row.param.handler); });
+                         [](const auto& row) { return row.param.handler; });
 
 TEST_P(RecordsTest, DecodesEveryColumnAndKeepsDefaults) {
-    handle(7, kind.full);
-    EXPECT_EQ(kind.cache(controller), kind.cached + "\n");
+    handle(7, full);
+    EXPECT_EQ(kind.cache(), entry);
     handle(2, {"1"});
-    EXPECT_EQ(kind.cache(controller), kind.byArrival ? kind.cached + "\n" + kind.defaults + "\n"
-                                                     : kind.defaults + "\n" + kind.cached + "\n");
+    const std::string first = kind.lines("first");
+    EXPECT_EQ(kind.cache(), kind.is("byArrival") ? entry + first : first + entry);
     if (kind.lookUp != nullptr) {
-        EXPECT_EQ(kind.lookUp(controller, 7), kind.cached);
-        EXPECT_EQ(kind.lookUp(controller, 12), "nothing");
+        EXPECT_EQ(kind.lookUp(7), kind.line("entry"));
+        EXPECT_EQ(kind.lookUp(12), "nothing");
     }
 }
 
 TEST_P(RecordsTest, AnUpdateCopiesWhatItCompares) {
-    for (std::size_t column = 0; column < kind.full.size(); ++column) {
-        handle(7, kind.full);
-        handle(7, with(kind.full, column, "0"));
-        EXPECT_EQ(kind.cache(controller) != kind.cached + "\n", kind.copied.count(column) > 0)
-            << "column " << column;
+    std::istringstream columns(kind.line("copied"));
+    const std::set<std::size_t> copied(std::istream_iterator<std::size_t>(columns), {});
+    for (std::size_t column = 0; column < full.size(); ++column) {
+        handle(7, full);
+        handle(7, with(full, column, "0"));
+        EXPECT_EQ(kind.cache() != entry, copied.count(column) > 0) << "column " << column;
     }
 }
 
 TEST_P(RecordsTest, NotifiesAndLogsWhatChanges) {
     debugLevel = 1;
-    EXPECT_EQ(handle(7, kind.full), changed(kind.added));
-    EXPECT_EQ(handle(7, kind.full), expected(kind.alwaysLogs ? kind.updated : "", kind.unchanged));
-    EXPECT_EQ(handle(7, with(kind.full, kind.unlogged, "0")), changed(kind.updated));
-    if (kind.keepsId) {
-        const std::string before = kind.cache(controller);
-        EXPECT_EQ(handle(7, {"99", "other"}), changed(kind.added));
-        EXPECT_EQ(kind.cache(controller), before);
+    EXPECT_EQ(handle(7, full), expected("added", kind.lines("change")));
+    EXPECT_EQ(handle(7, full),
+              expected(kind.is("alwaysLogs") ? "updated" : "", kind.lines("same")));
+    const std::size_t unlogged = std::stoul(kind.line("copied"));
+    EXPECT_EQ(handle(7, with(full, unlogged, "0")), expected("updated", kind.lines("change")));
+    if (kind.is("keepsId")) {
+        const std::string before = kind.cache();
+        EXPECT_EQ(handle(7, {"99", "other"}), expected("added", kind.lines("change")));
+        EXPECT_EQ(kind.cache(), before);
     }
 }
 
-TEST_P(RecordsTest, AreWithdrawnOneOrAll) {
-    handle(7, kind.full);
-    handle(8, kind.full);
-    kind.remove(controller, 12);
-    EXPECT_EQ(recordingHost::transcript(), "");
-    kind.remove(controller, 7);
-    EXPECT_EQ(recordingHost::transcript(), kind.deleted);
-    EXPECT_NE(kind.cache(controller), "");
-    kind.remove(controller, 0);
-    EXPECT_EQ(kind.cache(controller), "");
+TEST_P(RecordsTest, PostsItsEventsWithoutAnObserver) {
+    PAController unobserved;
+    transcript();
+    EXPECT_EQ(handle(7, full, unobserved), pause + kind.lines("quiet"));
+    kind.remove(unobserved, 7);
+    const std::string gone = kind.lines("gone");
+    EXPECT_EQ(transcript(), gone.substr(gone.find('\n') + 1));
 }
 
-TEST_P(RecordsTest, WithdrawnDuringThePauseOrACallbackNobodyElseIsTold) {
-    const auto withdraw = [this] {
+TEST_P(RecordsTest, IsWithdrawnByKeyOrAll) {
+    handle(7, full);
+    handle(8, full);
+    kind.remove(controller, 12);
+    EXPECT_EQ(transcript(), "");
+    kind.remove(controller, 7);
+    EXPECT_EQ(transcript(), kind.lines("gone"));
+    EXPECT_NE(kind.cache(), "");
+    kind.remove(controller, 0);
+    EXPECT_EQ(kind.cache(), "");
+}
+
+TEST_P(RecordsTest, IsNotReportedAfterAWithdrawalInACallbackOrDuringThePause) {
+    PAController watched;
+    RecordingObserver second("p");
+    watched.registerObserver(&observer);
+    watched.registerObserver(&second);
+    transcript();
+    const auto withdraw = [&] {
         observer.inCallback = nullptr;
-        kind.remove(controller, 7);
+        kind.remove(watched, 7);
     };
+    const auto forBoth = [](const std::string& calls) {
+        return std::regex_replace(calls, std::regex("\\*o(.*\n)"), "*o$1*p$1");
+    };
+    const std::string gone = forBoth(kind.lines("gone"));
+    const std::string change = kind.lines("change");
     observer.inCallback = withdraw;
-    EXPECT_EQ(handle(7, kind.full), expected("", kind.notified + kind.deleted));
-    if (kind.pauses) {
-        recordingHost::host().sleepAction = [&](int) { withdraw(); };
-        EXPECT_EQ(handle(7, kind.full), expected("", kind.deleted));
+    EXPECT_EQ(
+        handle(7, full, watched),
+        pause + (gone.empty() ? forBoth(change) : change.substr(0, change.find('\n') + 1) + gone));
+    if (pause != "") {
+        host().sleepAction = [&](int) { withdraw(); };
+        EXPECT_EQ(handle(7, full, watched), pause + gone);
     }
 }
 
 TEST_P(RecordsTest, ReportsARecordThatIsNotThere) {
     kind.handle(controller, 5, nullptr);
-    EXPECT_EQ(recordingHost::transcript(),
-              kind.ignoresMissing
-                  ? ""
-                  : "error 3 " + std::string(kind.handler) + ": no record for key >5<\n");
-    EXPECT_EQ(kind.cache(controller), "");
-}
-
-struct OwnedRecordsTest : RecordsTest {};
-
-INSTANTIATE_TEST_SUITE_P(Every, OwnedRecordsTest, testing::ValuesIn(ownedKinds()),
-                         [](const auto& row) { return std::string(row.param.handler); });
-
-TEST_P(OwnedRecordsTest, OnAnIndirectConnectionOnlyTheLocalServersCount) {
-    constexpr std::size_t owner = 10;
-    EXPECT_EQ(handle(7, with(kind.full, owner, "7")), changed(""));
-    gIndirectCXSConnection = true;
-    EXPECT_EQ(handle(8, with(kind.full, owner, "7")), "");
-    EXPECT_EQ(handle(8, kind.full), changed(""));
-    EXPECT_EQ(handle(9, with(kind.full, owner, "(null)")), changed(""));
+    EXPECT_EQ(transcript(), kind.is("ignoresMissing")
+                                ? ""
+                                : "error 3 " + kind.handler + ": no record for key >5<\n");
+    EXPECT_EQ(kind.cache(), "");
 }
 
 }  // namespace

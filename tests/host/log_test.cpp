@@ -1,65 +1,36 @@
 #include "framework/log.h"
 
+#include <algorithm>
 #include <array>
-#include <atomic>
 #include <cstdlib>
 #include <fcntl.h>
-#include <functional>
-#include <gtest/gtest.h>
 #include <limits>
 #include <pthread.h>
-#include <sstream>
+#include <regex>
 #include <string>
-#include <system_error>
 #include <unistd.h>
-#include <vector>
 
-#include "framework/clock.h"
 #include "framework/posixThread.h"
+#include "tests/host/HostTest.h"
 
 namespace {
 
 constexpr std::chrono::minutes enough{1};
 
-std::time_t now = 0;
+using LogTest = HostTest;
 
-struct LogTest : testing::Test {
-    LogTest() {
-        pa::flushSuppressedErrors();
-        now = 1000;
-        pa::TimeSource source;
-        source.wallClock = [] { return now; };
-        pa::setTimeSource(source);
-        pa::setLogSink([this](const pa::LogLine& line) {
-            texts.push_back((line.kind == pa::LogLine::Kind::Error ? "E" : "D") +
-                            std::to_string(line.level) + " " + line.text);
-            last = line;
-        });
-    }
-    ~LogTest() override {
-        pa::flushSuppressedErrors();
-        pa::setLogSink({});
-        pa::setTimeSource({});
-    }
-
-    std::vector<std::string> texts;
-    pa::LogLine last;
-};
-
-using Texts = std::vector<std::string>;
-
-TEST_F(LogTest, EachLineHasItsLevelAndTime) {
+TEST_F(LogTest, EachLineHasItsLevelTimeAndThreadAndCannotBeForged) {
     debug(2, "%s: sinkId >%d<", "f", 5);
-    handleError(3, "%s: bad", "f");
-    EXPECT_EQ(texts, (Texts{"D2 f: sinkId >5<", "E3 f: bad"}));
-    EXPECT_EQ(last.time, 1000);
-    EXPECT_NE(last.thread.find('/'), std::string::npos);
+    handleError(1, "%s", std::string(1'000'000, 'x').c_str());
+    EXPECT_EQ(log.text(), "D2 f: sinkId >5<\nE1 " + std::string(2000, 'x') + "...\n");
+
     pa::setLogSink({});
     testing::internal::CaptureStderr();
-    debug(1, "to stderr");
+    nowMS = 1'000'000;
+    handleError(3, "%s", "a\nb\x1b[2J\x7f\xc3\xa9");
     pa::flushLog(enough);
-    EXPECT_EQ(testing::internal::GetCapturedStderr(),
-              "1970-01-01T00:16:40Z debug 1 [" + last.thread + "] to stderr\n");
+    EXPECT_EQ(std::regex_replace(testing::internal::GetCapturedStderr(), std::regex("/[0-9]+"), ""),
+              "1970-01-01T00:16:40Z error 3 [host_tests] a\\x0ab\\x1b[2J\\x7f\xc3\xa9\n");
 }
 
 TEST_F(LogTest, ABurstOfIdenticalErrorsIsWrittenOnceAndCounted) {
@@ -69,192 +40,123 @@ TEST_F(LogTest, ABurstOfIdenticalErrorsIsWrittenOnceAndCounted) {
     }
     handleError(2, "bad record");
     handleError(2, "bad record");
-    EXPECT_EQ(texts, (Texts{"E3 bad record", "E3 another 1", "E2 bad record", "E2 bad record"}));
-    now += 9;
+    EXPECT_EQ(log.take(), "E3 bad record\nE3 another 1\nE2 bad record\nE2 bad record\n");
+    nowMS += 9'000;
     handleError(3, "bad record");
-    EXPECT_EQ(texts.size(), 4U);
-    now += 1;
-    texts.clear();
+    EXPECT_EQ(log.take(), "");
+    nowMS += 1'000;
     debug(1, "later");
-    EXPECT_EQ(texts, (Texts{"E3 suppressed 999 more of: another 1",
-                            "E3 suppressed 1000 more of: bad record", "D1 later"}));
+    EXPECT_EQ(log.take(),
+              "E3 suppressed 999 more of: another 1\n"
+              "E3 suppressed 1000 more of: bad record\nD1 later\n");
     handleError(3, "bad record");
-    EXPECT_EQ(texts.back(), "E3 bad record");
-}
+    handleError(3, "bad record");
+    EXPECT_EQ(log.take(), "E3 bad record\n");
+    nowMS -= 500'000;  // the clock is set back
+    handleError(3, "bad record");
+    EXPECT_EQ(log.take(), "E3 suppressed 1 more of: bad record\nE3 bad record\n");
 
-TEST_F(LogTest, SuppressedErrorsAreCountedAtTheEndAndAfterTheClockWasSetBack) {
-    handleError(3, "bad");
-    handleError(3, "bad");
-    pa::flushSuppressedErrors();
-    EXPECT_EQ(texts, (Texts{"E3 bad", "E3 suppressed 1 more of: bad"}));
-    handleError(3, "bad");
-    now -= 500;
-    handleError(3, "bad");
-    EXPECT_EQ(texts.size(), 4U);
-}
-
-TEST_F(LogTest, ManyDifferentErrorsMakeNoRoomForABurst) {
-    for (int key = 0; key < 200; ++key) {
+    for (int key = 0; key < 200; ++key) {  // more than are remembered
         handleError(3, "bad key %d", key);
     }
-    for (int i = 0; i < 100; ++i) {
-        handleError(3, "bad key 199");
-        handleError(3, "late");
+    log.take();
+    handleError(3, "bad key 199");
+    EXPECT_EQ(log.text(), "");
+}
+
+constexpr int tooMany = 1000;  // lines: more than a pipe and the queue hold
+
+/// Each is longer than what a pipe takes in one piece.
+void logTooMany() {
+    const std::string wide(1900, '\x01');  // four times as long when it is written
+    for (int i = 0; i < tooMany; ++i) {
+        handleError(1, "%d%s", i, wide.c_str());
     }
-    EXPECT_EQ(texts.size(), 201U);
 }
 
-TEST_F(LogTest, ALongTextIsCutAndALineCannotBeForged) {
-    handleError(1, "%s", std::string(1'000'000, 'x').c_str());
-    EXPECT_EQ(texts.at(0), "E1 " + std::string(2000, 'x') + "...");
-    const pa::LogLine line{pa::LogLine::Kind::Error, 3, 86399, "worker/7",
-                           "a\nb\x1b[2J\x7f\xc3\xa9"};
-    EXPECT_EQ(pa::formatLogLine(line),
-              "1970-01-01T23:59:59Z error 3 [worker/7] a\\x0ab\\x1b[2J\\x7f\xc3\xa9");
-}
-
-TEST_F(LogTest, ASinkThatThrowsHurtsNobodyAndTheLineGoesToStderr) {
-    pa::setLogSink([](const pa::LogLine&) { throw 1; });
-    testing::internal::CaptureStderr();
-    handleError(1, "x");
-    debug(1, "y");
-    pa::setLogSink([this](const pa::LogLine& line) { texts.push_back(line.text); });
-    debug(1, "z");
-    pa::flushLog(enough);
-    const std::string written = testing::internal::GetCapturedStderr();
-    EXPECT_NE(written.find("] x\n"), std::string::npos) << written;
-    EXPECT_NE(written.find("] y\n"), std::string::npos) << written;
-    EXPECT_EQ(texts, (Texts{"z"}));
-}
-
-TEST(LogDeathTest, ASinkThatThrowsAtTheExitHurtsNobody) {
-    GTEST_FLAG_SET(death_test_style, "threadsafe");
-    const auto run = [] {
-        pa::setLogSink([](const pa::LogLine&) { throw 1; });
-        handleError(3, "bad");
-        handleError(3, "bad");
-        std::exit(0);
-    };
-    EXPECT_EXIT(run(), testing::ExitedWithCode(0), "suppressed 1 more of: bad");
-}
-
-/// Sends lines to the default sink, and stderr into a pipe.
-struct StderrTest : testing::Test {
-    StderrTest() {
-        pa::setLogSink({});
-        pa::flushLog(enough);
-        usePipe(0);
-    }
-    ~StderrTest() override {
-        dup2(before_, STDERR_FILENO);
-        close(before_);
-    }
-
-    void usePipe(int flags) {
-        dup2(before_, STDERR_FILENO);  // closes an earlier pipe
+TEST_F(LogTest, APipeThatIsNotReadHoldsUpNoThreadAndWhatIsDroppedIsCounted) {
+    pa::setLogSink({});
+    for (const int flags : {0, O_NONBLOCK}) {
         int ends[2];
         ASSERT_EQ(pipe2(ends, flags), 0);
-        readEnd = ends[0];
+        const int before = dup(STDERR_FILENO);
         dup2(ends[1], STDERR_FILENO);
         close(ends[1]);
-    }
-
-    /// Reads to the end of the pipe while `meanwhile` runs and stderr is redirected.
-    /// @return the texts of the lines
-    Texts read(const std::function<void()>& meanwhile) {
+        logTooMany();
         std::string all;
         {
             pa::PosixThread reader("reader", [&] {
                 std::array<char, 4096> buffer{};
-                for (ssize_t n = 0; (n = ::read(readEnd, buffer.data(), buffer.size())) != 0;) {
+                for (ssize_t n = 0; (n = read(ends[0], buffer.data(), buffer.size())) != 0;) {
                     all.append(buffer.data(), n > 0 ? static_cast<std::size_t>(n) : 0);
                 }
             });
-            meanwhile();
             EXPECT_TRUE(pa::flushLog(enough));
-            dup2(before_, STDERR_FILENO);
+            handleError(1, "later");
+            EXPECT_TRUE(pa::flushLog(enough));
+            dup2(before, STDERR_FILENO);  // closes the pipe
         }
-        close(readEnd);
-        Texts lines;
-        std::istringstream stream(all);
-        for (std::string line; std::getline(stream, line);) {
-            const std::size_t begin = line.find("] ");
-            lines.push_back(begin == std::string::npos ? line : line.substr(begin + 2));
+        close(before);
+        close(ends[0]);
+        const std::string wide =
+            std::regex_replace(std::string(1900, 'x'), std::regex("x"), "\\x01");
+        int kept = 0;
+        std::size_t at = 0;
+        const auto finds = [&](const std::string& text) {
+            const std::size_t found = all.find("] " + text + "\n", at);
+            at = found == std::string::npos ? at : found;
+            return found != std::string::npos;
+        };
+        while (finds(std::to_string(kept) + wide)) {
+            ++kept;
         }
-        return lines;
-    }
-
-    int readEnd = -1;
-
-private:
-    const int before_ = dup(STDERR_FILENO);
-};
-
-TEST_F(StderrTest, APipeThatNobodyReadsHoldsUpNobodyAndWhatIsDroppedIsCounted) {
-    constexpr int logged = 40'000;  // more than the pipe and the queue hold
-    for (int i = 0; i < logged; ++i) {
-        handleError(1, "%d", i);
-    }
-    const Texts lines = read([] {
-        EXPECT_TRUE(pa::flushLog(enough));
-        handleError(1, "later");
-    });
-    ASSERT_GE(lines.size(), 2U);
-    const std::size_t kept = lines.size() - 2;
-    EXPECT_GT(kept, 5'000U);
-    EXPECT_LT(kept, std::size_t{logged});
-    for (std::size_t i = 0; i < kept; ++i) {
-        ASSERT_EQ(lines[i], std::to_string(i));
-    }
-    EXPECT_EQ(lines[kept], std::to_string(logged - kept) +
-                               " log lines were dropped: stderr did not take them in time");
-    EXPECT_EQ(lines[kept + 1], "later");
-}
-
-TEST_F(StderrTest, APipeThatDoesNotBlockTakesEveryLineInPieces) {
-    close(readEnd);
-    usePipe(O_NONBLOCK);
-    const std::string wide(1900, '\x01');  // four times as long when it is written
-    for (int i = 0; i < 100; ++i) {
-        handleError(1, "%d%s", i, wide.c_str());
-    }
-    const Texts lines = read([] {});
-    ASSERT_EQ(lines.size(), 100U);
-    std::string written;
-    for (std::size_t i = 0; i < wide.size(); ++i) {
-        written += "\\x01";
-    }
-    for (int i = 0; i < 100; ++i) {
-        ASSERT_EQ(lines[static_cast<std::size_t>(i)], std::to_string(i) + written);
+        EXPECT_GT(kept, 100);
+        EXPECT_TRUE(finds(std::to_string(tooMany - kept) +
+                          " log lines were dropped: stderr did not take them in time"));
+        EXPECT_TRUE(finds("later"));
+        EXPECT_EQ(std::count(all.begin(), all.end(), '\n'), kept + 2);
     }
 }
 
-TEST_F(StderrTest, WhatABrokenOrClosedStderrRefusesIsCounted) {
-    close(readEnd);
+/// The texts of the lines on stderr since it is captured.
+std::string captured() {
+    EXPECT_TRUE(pa::flushLog(enough));
+    return std::regex_replace(testing::internal::GetCapturedStderr(), std::regex("[^\n]*\\] "), "");
+}
+
+TEST_F(LogTest, WhatABrokenOrClosedStderrRefusesIsCounted) {
+    pa::setLogSink({});
+    const int before = dup(STDERR_FILENO);
+    int ends[2];
+    ASSERT_EQ(pipe(ends), 0);
+    close(ends[0]);
+    dup2(ends[1], STDERR_FILENO);
     handleError(1, "into a pipe without a reader");
     EXPECT_TRUE(pa::flushLog(enough));
+    close(ends[1]);
     close(STDERR_FILENO);
     handleError(1, "into nothing");
     EXPECT_TRUE(pa::flushLog(enough));
-    usePipe(0);
-    EXPECT_EQ(read([] { handleError(1, "into a pipe"); }),
-              (Texts{"into a pipe", "2 log lines were dropped: stderr did not take them in time"}));
+    dup2(before, STDERR_FILENO);
+    close(before);
+    testing::internal::CaptureStderr();
+    handleError(1, "later");
+    EXPECT_EQ(captured(), "later\n2 log lines were dropped: stderr did not take them in time\n");
 }
 
-TEST_F(StderrTest, LinesKeepTheirOrderWhenTheSinkIsReplaced) {
-    EXPECT_EQ(read([] {
-                  for (const char* text : {"a", "b", "c", "d"}) {
-                      debug(1, "%s by default", text);
-                      pa::setLogSink([](const pa::LogLine& line) {
-                          const std::string out = line.text + "\n";
-                          EXPECT_GT(write(STDERR_FILENO, out.data(), out.size()), 0);
-                      });
-                      debug(1, "%s by a sink", text);
-                      pa::setLogSink({});
-                  }
-              }),
-              (Texts{"a by default", "a by a sink", "b by default", "b by a sink", "c by default",
-                     "c by a sink", "d by default", "d by a sink"}));
+TEST_F(LogTest, LinesKeepTheirOrderWhenTheSinkIsReplaced) {
+    testing::internal::CaptureStderr();
+    std::string logged;
+    for (const char* const text : {"a", "b", "c"}) {
+        pa::setLogSink({});
+        debug(1, "%s by default", text);
+        pa::setLogSink([](const pa::LogLine& line) {
+            EXPECT_GT(write(STDERR_FILENO, line.text.data(), line.text.size()), 0);
+        });
+        debug(1, "%s by a sink\n", text);
+        logged += text + std::string(" by default\n") + text + " by a sink\n";
+    }
+    EXPECT_EQ(captured(), logged);
 }
 
 /// Logs from the destructor of a static object, which is as late as an application can.
@@ -268,54 +170,42 @@ struct LoggingStatic {
 };
 LoggingStatic loggingStatic;
 
-TEST(LogDeathTest, TheExitOfTheProcessWritesWhatWaits) {
+void setStackSize(std::size_t bytes) {
+    pthread_attr_t attributes;
+    pthread_attr_init(&attributes);
+    pthread_attr_setstacksize(&attributes, bytes);
+    pthread_setattr_default_np(&attributes);
+}
+
+TEST(LogDeathTest, TheExitOfTheProcessWritesWhatWaitsThoughTheSinkThrows) {
     GTEST_FLAG_SET(death_test_style, "threadsafe");
     const auto run = [] {
         loggingStatic.enabled = true;
+        setStackSize(std::numeric_limits<std::size_t>::max() / 8 * 7);
+        handleError(1, "no thread can be created");
+        setStackSize(std::size_t{1} << 20U);
         for (int i = 0; i < 3000; ++i) {
             handleError(1, "line %d", i);
         }
+        pa::setLogSink([](const pa::LogLine&) { throw 1; });
+        handleError(3, "bad");
+        handleError(3, "bad");
         std::exit(0);
     };
-    EXPECT_EXIT(run(), testing::ExitedWithCode(0), "line 2998\n.*line 2999\n.*the last line\n");
+    EXPECT_EXIT(run(), testing::ExitedWithCode(0),
+                "no thread can be created\n.*line 0\n(.*line [0-9]+\n)+.* bad\n"
+                ".*suppressed 1 more of: bad\n.*the last line\n");
 }
 
-TEST(LogDeathTest, LinesWaitUntilAThreadCanBeCreated) {
-    GTEST_FLAG_SET(death_test_style, "threadsafe");
-    const auto run = [] {
-        pthread_attr_t usual;
-        pthread_attr_t impossible;  // a stack as large as the address space
-        pthread_getattr_default_np(&usual);
-        pthread_attr_init(&impossible);
-        pthread_attr_setstacksize(&impossible, std::numeric_limits<std::size_t>::max() / 8 * 7);
-        pthread_setattr_default_np(&impossible);
-        try {
-            pa::PosixThread thread("thread", [] {});
-            std::exit(1);
-        } catch (const std::system_error&) {
-            handleError(1, "short of threads");
-        }
-        pthread_setattr_default_np(&usual);
-        std::exit(0);
-    };
-    EXPECT_EXIT(run(), testing::ExitedWithCode(0), "short of threads");
-}
-
-TEST(LogDeathTest, AProcessWhoseStderrNobodyReadsEnds) {
+TEST(LogDeathTest, AProcessWhoseStderrIsNotReadEnds) {
     GTEST_FLAG_SET(death_test_style, "threadsafe");
     const auto run = [] {
         int ends[2];
-        if (pipe(ends) != 0 || dup2(ends[1], STDERR_FILENO) < 0) {
-            std::exit(1);
-        }
-        for (int i = 0; i < 40'000; ++i) {
-            handleError(1, "%d", i);
-        }
+        static_cast<void>(pipe(ends));
+        dup2(ends[1], STDERR_FILENO);
+        logTooMany();
         pa::TimeSource source;  // the limit of the wait passes at once
-        source.monotonicMS = [] {
-            static std::atomic<std::int64_t> time{0};
-            return time += 1000;
-        };
+        source.monotonicMS = [] { return HostTest::nowMS += 1000; };
         pa::setTimeSource(source);
         std::exit(3);
     };

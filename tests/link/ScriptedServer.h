@@ -10,10 +10,10 @@
 #include <vector>
 
 #include "link/embedded/EmbeddedTransport.h"
-#include "sdk/AudioServer.h"
-#include "sdk/PAController.h"
+#include "tests/host/Transcript.h"
 
-/// A server that reports what the test chooses.
+/// A server that reports what the test chooses. Its calls take its lock for a moment, as the calls
+/// of a server do that reports with its lock held: a test that has the lock holds them back.
 class ScriptedServer : public palink::EmbeddedServer {
 public:
     void connectClient(palink::ServerEventSink& client) override {
@@ -21,14 +21,9 @@ public:
         if (!takesClients) {
             throw std::runtime_error("closed");
         }
-        if (onConnect) {
-            onConnect();
-        }
+        onConnect();
         client_ = &client;
-        palink::Connected connected;
-        connected.localDstNo = 3;
-        connected.activeDstNo = 4;
-        connected.indirect = true;
+        palink::Connected connected{3, 4, true, {}};
         connected.serverInfo.set("name", "Test");
         say(connected);
         saySource();
@@ -36,28 +31,30 @@ public:
         say(palink::InitialSetComplete{});
     }
     void disconnectClient() override {
-        client_ = nullptr;
-        if (onDisconnect) {
-            onDisconnect();
+        {
+            const std::lock_guard guard(lock);
+            client_ = nullptr;
         }
+        onDisconnect();
     }
     void handleOperation(const pa::Operation& operation) override {
-        if (onOperation) {
-            onOperation(operation);
-        }
-        note(operations_, operation.payload);
+        onOperation(operation);
+        const std::lock_guard guard(lock);
+        operations_.push_back(operation.payload);
+        handled_.notify_all();
     }
     void meterLevel(bool subscribe, int element) override {
-        if (onMeter) {
-            onMeter();
-        }
-        note(feeds_, (subscribe ? "+" : "-") + std::to_string(element));
+        const std::lock_guard guard(lock);
+        feeds.add((subscribe ? "+" : "-") + std::to_string(element) + " ");
     }
+    void finishReports() override { const std::lock_guard guard(lock); }
     palink::UploadResult storeFile(const std::string& /*localPath*/,
                                    const std::string& serverPath) override {
-        return serverPath == "/good" ? palink::UploadResult{true, ""}
-                                     : palink::UploadResult{false, "no space"};
+        const std::lock_guard guard(lock);
+        return serverPath != "/bad" ? palink::UploadResult{true, ""}
+                                    : palink::UploadResult{false, "no space"};
     }
+
     /// Source 1, with its lock.
     void saySource() {
         say(palink::Record{
@@ -68,50 +65,28 @@ public:
             client->deliver(std::move(event));
         }
     }
+    bool hasClient() const { return client_ != nullptr; }
 
     /// The payloads of the operations that it has handled, in order, once there are so many.
     std::vector<std::string> operations(std::size_t count = 0) {
-        return waitFor(operations_, count);
+        std::unique_lock guard(lock);
+        handled_.wait(guard, [&] { return operations_.size() >= count; });
+        return operations_;
     }
-    /// The level meters that were switched, once there are so many.
-    std::vector<std::string> feeds(std::size_t count = 0) { return waitFor(feeds_, count); }
 
+    std::mutex lock;
+    Transcript feeds;        // the level meters that were switched
     std::string lockHolder;  // set while it is not connecting a client
     std::atomic<bool> takesClients{true};
     std::atomic<int> attempts{0};  // to connect
 
-    bool hasClient() const { return client_ != nullptr; }
-
-    // Called before anything else, set before the link starts.
-    std::function<void(const pa::Operation&)> onOperation;
-    std::function<void()> onMeter;
-    std::function<void()> onDisconnect;
-    std::function<void()> onConnect;  // before the client is noted; set before it connects
+    // Called without the lock; set before the link starts.
+    std::function<void(const pa::Operation&)> onOperation = [](const pa::Operation&) {};
+    std::function<void()> onConnect = [] {};  // before the client is noted
+    std::function<void()> onDisconnect = [] {};
 
 private:
-    using Notes = std::vector<std::string>;
-
-    void note(Notes& notes, const std::string& text) {
-        const std::lock_guard guard(lock_);
-        notes.push_back(text);
-        changed_.notify_all();
-    }
-    Notes waitFor(const Notes& notes, std::size_t count) {
-        std::unique_lock guard(lock_);
-        changed_.wait(guard, [&] { return notes.size() >= count; });
-        return notes;
-    }
-
     std::atomic<palink::ServerEventSink*> client_{nullptr};
-    std::mutex lock_;
-    std::condition_variable changed_;
-    Notes operations_;
-    Notes feeds_;
+    std::condition_variable handled_;
+    std::vector<std::string> operations_;
 };
-
-/// A facade of its own for each test, never destroyed.
-inline AudioServer& newFacade() {
-    static auto& facades = *new std::vector<AudioServer*>;
-    facades.push_back(new AudioServer(gPaController));
-    return *facades.back();
-}

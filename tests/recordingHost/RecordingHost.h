@@ -21,10 +21,8 @@ namespace recordingHost {
 struct Host {
     std::string transcript;
     int mutexEntries = 0;
-    int sleeps = 0;
     int uuids = 0;  ///< how many have been made
 
-    bool plainEncoding = false;            ///< texts go to and from the server unchanged
     int uploadResult = 1;                  ///< of every upload; 1 is success
     std::time_t now = 1000;                ///< the wall clock
     std::function<void(int)> sleepAction;  ///< called in place of a sleep, once it is noted
@@ -35,16 +33,11 @@ Host& host();
 /// at 10.0.0.5, verbosity 0, an audio server instance with the UUID "uuid-self".
 void reset();
 
-/// Registers an observer "o" with the process's controller, whose calls are recorded from now on.
-void watchTheController();
-
 /// The transcript since the last call or reset, a line each.
 std::string transcript();
 
 /// How often the controller's mutex was entered since the last call or reset.
 int mutexEntries();
-
-AudioServer& audioServer();
 
 /// Writes a line into the transcript.
 void note(const std::string& line);
@@ -65,13 +58,9 @@ private:
     std::string name_;
 };
 
-/// The fields of a record, written with "|" between them and "-" for one that is absent.
+/// The fields of a record, written with "|" between them and "-" for one that is absent. After "N="
+/// follows the field of column N, those before it are absent.
 pa::RecordFields fieldsOf(const std::string& text);
 
 /// Fields with one of them replaced, and absent ones up to it.
 pa::RecordFields with(pa::RecordFields fields, std::size_t column, const std::string& text);
-
-/// A record with one or two fields and no other.
-inline pa::RecordFields only(std::size_t column, const std::string& text) {
-    return with({}, column, text);
-}

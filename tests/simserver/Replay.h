@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cmath>
+#include <functional>
 #include <map>
 #include <utility>
 
@@ -7,7 +9,7 @@
 #include "simserver/SimServer.h"
 #include "simserver/protocol/FieldText.h"
 #include "simserver/protocol/Refused.h"
-#include "tests/simserver/stations.h"
+#include "simserver/station/StationFile.h"
 #include "tests/simserver/tables.h"
 
 /// @file
@@ -16,6 +18,23 @@
 namespace simserver {
 
 using pa::RecordKind;
+
+/// The scenario files of these tests.
+inline std::string scenarioFile(const std::string& name) {
+    return PA_SCENARIO_DIR "/../tests/simserver/stations/" + name + ".json";
+}
+
+/// A hall with two halves, a hallway and a yard; item 1 is a chime of 500 ms, items 12 and 40 last
+/// 1 s and 2 s.
+inline Station smallStation() {
+    return loadStation(scenarioFile("small"));
+}
+
+/// These zones with a paging station that two triggers open, a computer in an element of its own
+/// whose trigger follows a timetable, and a sink that can be reset.
+inline Station operatedStation() {
+    return loadStation(scenarioFile("operated"));
+}
 
 /// Writes each event as the name of its kind, its key and, of records, some fields that can change.
 /// A name and a key that repeat are left out, and so is the id of an announcement that has begun.
@@ -26,6 +45,11 @@ public:
     }
 
     std::map<std::pair<RecordKind, int>, pa::RecordFields> last;  // records
+
+    /// Of a part of an announcement, as its last record has it.
+    std::string contentOf(int part) const {
+        return decoded(*last.at({RecordKind::Announcement, part}).at(9));
+    }
 
     /// The events since the last call.
     std::string events() {
@@ -44,7 +68,6 @@ public:
         key_ = key;
     }
 
-private:
     struct Row {
         const char* name;
         std::vector<std::size_t> places;  // of the fields
@@ -60,25 +83,23 @@ private:
             {RecordKind::Schedule, {"schedule", {}}},
             {RecordKind::Zone, {"zone", {5}}},
             {RecordKind::TtsPort, {"port", {}}},
-            {RecordKind::TtsDictionary, {"item", {0, 1, 2}}}};
+            {RecordKind::TtsDictionary, {"item", {0, 1, 2, 4}}}};
         return rows.at(kind);
     }
 
+private:
     void write(const palink::Connected& event) {
-        write("connected", event.serverInfo.get_value("name"),
-              " " + std::to_string(event.localDstNo) + std::to_string(event.activeDstNo) +
-                  (event.indirect ? "1" : "0"));
+        EXPECT_EQ(event.localDstNo, 3);
+        write("connected", event.serverInfo.get_value("name"), "");
     }
-    void write(const palink::Disconnected& /*event*/) { write("disconnected", "", ""); }
     void write(const palink::LevelReading& event) {
-        std::ostringstream level;
-        level << " at " << event.level;
-        write("level", std::to_string(event.element), level.str());
+        write("level", std::to_string(event.element),
+              " at " + std::to_string(std::lround(event.level)));
     }
     void write(const palink::InitialSetComplete& /*event*/) { write("complete", ".", ""); }
-    void write(const palink::RoundTripComplete& /*event*/) {}
+    template <class Other>
+    void write(const Other& /*event*/) {}
     void write(const palink::Withdrawal& event) {
-        EXPECT_EQ(event.dstNo, 3);
         write(rowOf(event.kind).name, std::to_string(event.key), " deleted");
     }
     void write(const palink::Refusal& event) {
@@ -122,46 +143,39 @@ struct ServerTest : testing::Test {
     }
 
     /// Takes a step: "connect", "disconnect", a time to let pass as +MILLISECONDS, an operation as
-    /// CLASS/NUMBER PAYLOAD, or one of another client as "other" CLASS/NUMBER PAYLOAD; or "lock
-    /// SOURCE CLIENT", "unlock SOURCE CLIENT", "trigger ID 0|1", "selector ID STATE", "renewals
-    /// 0|1", "requests 0|1", "meter ELEMENT 0|1" and, for real time to pass, "real MILLISECONDS".
+    /// CLASS/NUMBER PAYLOAD, or one of another client as "other" CLASS/NUMBER PAYLOAD; or "trigger
+    /// ID 0|1", "selector ID STATE", "renewals 0|1", "meter ELEMENT 0|1" and, for real time to
+    /// pass, "real MILLISECONDS".
     void take(const std::string& step) {
         std::istringstream words(step);
         std::string what;
         int number = 0;
         int value = 0;
         words >> what >> number >> value;
-        if (what == "connect") {
-            server.connectClient(client);
-        } else if (what == "disconnect") {
-            server.disconnectClient();
+        const std::map<std::string, std::function<void()>> steps = {
+            {"connect", [&] { server.connectClient(client); }},
+            {"disconnect", [&] { server.disconnectClient(); }},
+            {"renewals", [&] { server.ignoreRenewals(number == 0); }},
+            {"meter", [&] { server.meterLevel(value != 0, number); }},
+            {"trigger", [&] { server.setTrigger(number, value != 0); }},
+            {"selector", [&] { server.setSelector(number, value); }},
+            {"other", [&] { client.write("other", refusalOf(step.substr(6)), ""); }},
+            {"real", [&] {
+                 realMS += number;
+                 server.advance(std::chrono::milliseconds(0));
+             }}};
+        if (const auto named = steps.find(what); named != steps.end()) {
+            named->second();
         } else if (what.front() == '+') {
             server.advance(std::chrono::milliseconds(std::stoll(what)));
-        } else if (what.find('/') != std::string::npos) {
-            server.handleOperation(operationIn(step));
-        } else if (what == "other") {
-            const auto refused = server.operateAsOther(operationIn(step.substr(what.size() + 1)));
-            client.write("other", refused.value_or("done"), "");
-        } else if (what == "lock" || what == "unlock") {
-            const std::string otherClient = step.substr(step.rfind(' ') + 1);
-            what == "lock" ? server.lockSource(number, otherClient)
-                           : server.unlockSource(number, otherClient);
-        } else if (what == "renewals") {
-            server.ignoreRenewals(number == 0);
-            EXPECT_EQ(server.ignored().renewals, number == 0);
-        } else if (what == "requests") {
-            server.ignoreRequests(number == 0);
-            EXPECT_EQ(server.ignored().requests, number == 0);
-        } else if (what == "meter") {
-            server.meterLevel(value != 0, number);
-        } else if (what == "real") {
-            realMS += number;
-            server.advance(std::chrono::milliseconds(0));
-        } else if (what == "trigger") {
-            server.setTrigger(number, value != 0);
         } else {
-            server.setSelector(number, value);
+            server.handleOperation(operationIn(step));
         }
+    }
+
+    /// Why an operation of another client is refused, or "done".
+    std::string refusalOf(const std::string& operation) {
+        return server.operateAsOther(operationIn(operation)).value_or("done");
     }
 
     static pa::Operation operationIn(const std::string& step) {

@@ -1,44 +1,31 @@
 #pragma once
 
-#include <csignal>
-#include <cstdint>
 #include <filesystem>
 #include <fstream>
 #include <functional>
 #include <gtest/gtest.h>
 #include <iterator>
+#include <sndfile.hh>
 #include <string>
-#include <sys/resource.h>
 #include <unistd.h>
 #include <vector>
 
 #include "framework/log.h"
 
 /// The samples of a WAV file, which must be of one channel, 16 bits and 48000 Hz.
-inline std::vector<std::int16_t> samplesOf(const std::filesystem::path& file) {
-    std::ifstream stream(file, std::ios::binary);
-    const std::string bytes(std::istreambuf_iterator<char>(stream), {});
-    EXPECT_EQ(bytes.substr(8, 8), "WAVEfmt ") << file;
-    EXPECT_EQ(bytes.substr(20, 16), std::string("\1\0\1\0\x80\xBB\0\0\0\x77\1\0\2\0\x10\0", 16));
-    std::vector<std::int16_t> samples;
-    for (std::size_t i = 44; i + 1 < bytes.size(); i += 2) {
-        const int low = static_cast<unsigned char>(bytes[i]);
-        samples.push_back(static_cast<std::int16_t>(low + bytes[i + 1] * 256));
-    }
+inline std::vector<short> samplesOf(const std::filesystem::path& file) {
+    SndfileHandle opened(file.string());
+    EXPECT_EQ(opened.format(), SF_FORMAT_WAV | SF_FORMAT_PCM_16) << file;
+    EXPECT_EQ(opened.channels(), 1);
+    EXPECT_EQ(opened.samplerate(), 48000);
+    std::vector<short> samples(static_cast<std::size_t>(opened.frames()));
+    EXPECT_EQ(opened.read(samples.data(), opened.frames()), opened.frames());
     return samples;
 }
 
-/// The result of `action` while no file can grow beyond a size, as if the disk were full.
-template <class Action>
-auto withFullDisk(rlim_t bytes, Action action) {
-    std::signal(SIGXFSZ, SIG_IGN);
-    rlimit before{};
-    EXPECT_EQ(getrlimit(RLIMIT_FSIZE, &before), 0);
-    const rlimit limited{bytes, before.rlim_max};
-    EXPECT_EQ(setrlimit(RLIMIT_FSIZE, &limited), 0);
-    const auto result = action();
-    EXPECT_EQ(setrlimit(RLIMIT_FSIZE, &before), 0);
-    return result;
+inline std::string contentOf(const std::filesystem::path& file) {
+    std::ifstream stream(file, std::ios::binary);
+    return {std::istreambuf_iterator<char>(stream), {}};
 }
 
 /// What `action` writes to the log, a line each.

@@ -14,28 +14,23 @@
 /// "..." is a beginning.
 template <class Read>
 void expectResults(Read read, const std::string& table) {
-    const auto trimmed = [](const std::string& text) {
-        const std::size_t first = text.find_first_not_of(' ');
-        return first == std::string::npos
-                   ? ""
-                   : text.substr(first, text.find_last_not_of(' ') + 1 - first);
-    };
+    const std::regex row(R"(([^|]*?) *\| *(.*?) *)");
     std::istringstream lines(std::regex_replace(table, std::regex("\n +"), " "));
     for (std::string line; std::getline(lines, line);) {
+        std::smatch parts;
         if (line.empty() || line.front() == '#') {
             continue;
         }
-        const std::size_t bar = line.find('|');
-        const std::string given = trimmed(line.substr(0, bar));
-        const std::string expected = trimmed(line.substr(bar + 1));
+        ASSERT_TRUE(std::regex_match(line, parts, row)) << line;
+        const std::string expected = parts[2];
         std::string result;
         try {
-            result = read(given);
+            result = read(parts[1].str());
         } catch (const std::runtime_error& refused) {
             result = refused.what();
         }
         const std::size_t dots = expected.rfind("...");
-        EXPECT_EQ(result.substr(0, dots), expected.substr(0, dots)) << given;
+        EXPECT_EQ(result.substr(0, dots), expected.substr(0, dots)) << parts[1];
     }
 }
 

@@ -2,7 +2,7 @@
 #include <fcntl.h>
 #include <fstream>
 #include <gtest/gtest.h>
-#include <sstream>
+#include <iterator>
 #include <sys/file.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
@@ -15,33 +15,7 @@
 namespace {
 
 namespace fs = std::filesystem;
-
-std::string contentOf(const fs::path& path) {
-    std::ostringstream text;
-    text << std::ifstream(path).rdbuf();
-    return text.str();
-}
-
-std::ptrdiff_t entriesIn(const fs::path& folder) {
-    return std::distance(fs::directory_iterator(folder), fs::directory_iterator());
-}
-
-/// While it lives no file grows beyond a few bytes.
-class FullDisk {
-public:
-    FullDisk() {
-        std::signal(SIGXFSZ, SIG_IGN);
-        getrlimit(RLIMIT_FSIZE, &before_);
-        const rlimit few = {10, before_.rlim_max};
-        setrlimit(RLIMIT_FSIZE, &few);
-    }
-    FullDisk(const FullDisk&) = delete;
-    FullDisk& operator=(const FullDisk&) = delete;
-    ~FullDisk() { setrlimit(RLIMIT_FSIZE, &before_); }
-
-private:
-    rlimit before_ = {};
-};
+using Characters = std::istreambuf_iterator<char>;
 
 /// @return the message
 template <class Action>
@@ -54,88 +28,88 @@ std::string failureOf(Action action) {
     return "no failure";
 }
 
-TEST(AtomicFile, replacesTheFileOnlyWhenItIsComplete) {
-    const pautil::TemporaryFolder folder("pautil-test");
-    const fs::path original = folder.path() / "original";
-    const fs::path place = folder.path() / "place";
-    const fs::path link = folder.path() / "link";
+struct FileTest : testing::Test {
+    std::ptrdiff_t entries() const {
+        return std::distance(fs::directory_iterator(path), fs::directory_iterator());
+    }
+    const pautil::TemporaryFolder folder{"pautil-test"};
+    const fs::path path = folder.path();
+};
+
+TEST_F(FileTest, IsReplacedOnlyWhenItIsComplete) {
+    const fs::path original = path / "original";
+    const fs::path place = path / "place";
+    const fs::path link = path / "link";
     std::ofstream(original) << "the new content";
     fs::permissions(original, fs::perms::owner_read);
     std::ofstream(place) << "the old";
     fs::permissions(place, fs::perms(0640));
-    {
-        pautil::AtomicFile abandoned(place);
-        abandoned.fillFrom(original);
-    }
-    EXPECT_EQ(failureOf([&] {
-                  const FullDisk full;
-                  pautil::AtomicFile(place).fillFrom(original);
-              }),
-              place.string() + " cannot be written: File too large");
+    fs::create_symlink(place, link);
+    const auto fill = [&] { pautil::AtomicFile(link).fillFrom(original); };
+    EXPECT_EQ(failureOf(fill), "no failure") << "but it is abandoned";
+
+    rlimit unlimited{};
+    getrlimit(RLIMIT_FSIZE, &unlimited);
+    const rlimit few{10, unlimited.rlim_max};
+    std::signal(SIGXFSZ, SIG_IGN);
+    setrlimit(RLIMIT_FSIZE, &few);
+    EXPECT_EQ(failureOf(fill), place.string() + " cannot be written: File too large");
+    setrlimit(RLIMIT_FSIZE, &unlimited);
+
     EXPECT_EQ(failureOf([&] { pautil::AtomicFile(place).fillFrom("/nonexistent"); }),
               "/nonexistent cannot be read: No such file or directory");
-    EXPECT_EQ(contentOf(place), "the old");
-    EXPECT_EQ(entriesIn(folder.path()), 2) << "no draft is left";
+    EXPECT_EQ(std::string(Characters(std::ifstream(place).rdbuf()), Characters()), "the old");
+    EXPECT_EQ(entries(), 3) << "no draft is left";
 
-    fs::create_symlink(place, link);
     pautil::AtomicFile file(link);
     file.fillFrom(original);
     file.fillWith("new");
     file.complete();
     EXPECT_TRUE(fs::is_symlink(link));
-    EXPECT_EQ(contentOf(place), "new");
+    EXPECT_EQ(std::string(Characters(std::ifstream(place).rdbuf()), Characters()), "new");
     EXPECT_EQ(fs::status(place).permissions(), fs::perms(0640));
-    EXPECT_EQ(entriesIn(folder.path()), 3);
+    EXPECT_EQ(entries(), 3);
 }
 
-TEST(AtomicFile, isBegunWhereItCanBeCompleted) {
-    const pautil::TemporaryFolder folder("pautil-test");
+TEST_F(FileTest, IsBegunWhereItCanBeCompleted) {
     const std::pair<fs::path, std::string> cases[] = {
-        {folder.path() / "missing/file", "cannot be written: No such file or directory"},
-        {folder.path() / std::string(300, 'x'), "cannot be written: File name too long"},
-        {folder.path(), "is not the name of a file"},
-        {folder.path() / "", "is not the name of a file"},
+        {path / "missing/file", "cannot be written: No such file or directory"},
+        {path / std::string(300, 'x'), "cannot be written: File name too long"},
+        {path, "is not the name of a file"},
+        {path / "", "is not the name of a file"},
         {"", "is not the name of a file"},
         {"/dev/full", "is not the name of a file"},
     };
-    for (const auto& [path, message] : cases) {
-        const std::string failure = failureOf([&p = path] { const pautil::AtomicFile file(p); });
+    for (const auto& [place, message] : cases) {
+        const std::string failure = failureOf([&p = place] { const pautil::AtomicFile file(p); });
         EXPECT_NE(failure.find(message), std::string::npos) << failure;
     }
-    EXPECT_EQ(entriesIn(folder.path()), 0);
+    EXPECT_EQ(entries(), 0);
 }
 
-TEST(TemporaryFolder, removesWhatKilledProcessesLeft) {
-    const pautil::TemporaryFolder own("pautil-test");
-    const fs::path temporary = own.path().parent_path();
+TEST_F(FileTest, ATemporaryFolderRemovesWhatKilledProcessesLeft) {
     const pid_t ended = fork();
     if (ended == 0) {
         _exit(0);
     }
     waitpid(ended, nullptr, 0);
-    const auto name = [&](const std::string& prefix, pid_t process) {
-        return temporary / (prefix + '-' + std::to_string(process) + "-abcdef");
-    };
-    const fs::path leftover = name("pautil-test", ended);
-    const fs::path ofAnother = name("pautil-other", ended);
-    const fs::path used = temporary / ("pautil-test-" + std::to_string(ended) + "-locked");
-    for (const fs::path& path : {leftover, ofAnother, used}) {
-        fs::create_directories(path / "deep");
+    const std::string number = std::to_string(ended);
+    const fs::path leftover = path.parent_path() / ("pautil-test-" + number + "-abcdef");
+    const fs::path used = path.parent_path() / ("pautil-test-" + number + "-locked");
+    const fs::path ofAnother = path.parent_path() / ("pautil-best-" + number + "-abcdef");
+    for (const fs::path& left : {leftover, used, ofAnother}) {
+        fs::create_directories(left / "deep");
     }
     const pautil::Descriptor lock(open(used.c_str(), O_RDONLY | O_DIRECTORY));
     ASSERT_EQ(flock(lock.number(), LOCK_SH), 0);
-
     fs::path removed;
     {
         const pautil::TemporaryFolder next("pautil-test");
         removed = next.path();
         EXPECT_TRUE(fs::is_directory(removed));
-        EXPECT_TRUE(fs::is_directory(own.path()));
-        EXPECT_FALSE(fs::exists(leftover));
-        EXPECT_TRUE(fs::exists(ofAnother));
-        EXPECT_TRUE(fs::exists(used));
     }
-    EXPECT_FALSE(fs::exists(removed));
+    EXPECT_FALSE(fs::exists(removed) || fs::exists(leftover));
+    EXPECT_TRUE(fs::exists(path) && fs::exists(ofAnother) && fs::exists(used));
     fs::remove_all(ofAnother);
     fs::remove_all(used);
 }
