@@ -8,19 +8,10 @@
 
 namespace paclient {
 
-/// Who reads a member.
-enum class Readers {
-    All,
-    Programs,  ///< people read the text of another member instead
-};
-
 struct MemberInfo {
-    // Not explicit: most members are described by their name only.
-    MemberInfo(const char* memberName, Readers memberReaders = Readers::All)
-        : name(memberName), readers(memberReaders) {}
+    MemberInfo(const char* memberName) : name(memberName) {}  // not explicit, for `visit`
 
     const char* name;
-    Readers readers;
 };
 
 struct NotDescribed {};

@@ -66,7 +66,6 @@ struct Members<PaSink> {
         visit("label", record.label);
         visit("ipAddress", record.ipAddress);
         visit("type", record.type);
-        visit({"typeAsString", Readers::Programs}, record.typeAsString);
         visit("ampPortList", record.ampPortList);
         visit("state", record.state);
         visit("announcementType", record.announcementType);

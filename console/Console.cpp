@@ -7,7 +7,10 @@
 #include "client/sdkText.h"
 #include "console/ExitCode.h"
 #include "console/arguments/commandLine.h"
-#include "console/shell/script.h"
+#include "console/arguments/words.h"
+#include "console/files/LineFile.h"
+#include "console/interrupt.h"
+#include "console/shell/shellNews.h"
 #include "util/FileError.h"
 
 namespace console {
@@ -77,9 +80,23 @@ void runScriptLines(const Context& context) {
     lineContext.settings.script.clear();  // a line has no script of its own
     context.connection.lasts = true;
     context.connection.readsCommands = context.settings.script == "-";
-    runScript(context.settings.script, [&lineContext](const std::vector<std::string>& words) {
-        runLine(lineContext, words, LineKind::Script);
-    });
+    const bool isWatched = &context.out == &context.diagnostics;  // by a monitor, which reports it
+    const auto news = std::make_shared<ShellNews>(context.diagnostics, !isWatched);
+    context.connection.onReconnected = [news] { news->report(); };
+    LineFile file(context.settings.script.string(), "script", [news] { news->report(); });
+    std::string line;
+    for (int number = 1; file.next(line); ++number) {
+        interrupt::check();
+        try {
+            const auto words = splitWords(line);
+            if (!words.empty()) {
+                news->reportAfter(runLine(lineContext, words, LineKind::Script), {});
+            }
+        } catch (const Failure& failure) {
+            throw Failure(failure.code,
+                          file.name() + ", line " + std::to_string(number) + ": " + failure.what());
+        }
+    }
 }
 
 std::string runLine(const Context& context, const std::vector<std::string>& words, LineKind kind) {

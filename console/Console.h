@@ -5,7 +5,6 @@
 #include <vector>
 
 #include "console/Context.h"
-#include "console/arguments/LineKind.h"
 
 namespace console {
 
@@ -23,8 +22,9 @@ struct Streams {
 /// @return the exit code
 int run(const std::vector<std::string>& words, const Streams& streams);
 
-/// Runs the lines of the script that the settings name, over the same connection.
-/// @throws Failure when a line fails
+/// Runs the lines of the script that the settings name, over the same connection, up to the first
+/// that fails.
+/// @throws Failure with its exit code; the text names the line
 void runScriptLines(const Context& context);
 
 /// Runs the words of one line over the same connection.

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <map>
 #include <memory>
 #include <string>
@@ -27,7 +28,10 @@ public:
         if (session_ == nullptr) {
             session_ = std::make_unique<Session>(settings_, diagnostics_);
         } else {
-            session_->requireConnected();
+            const bool isNew = session_->requireConnected();
+            if (isNew && onReconnected) {
+                onReconnected();
+            }
         }
         return *session_;
     }
@@ -36,6 +40,10 @@ public:
 
     /// The records of the announcements that software triggers have started, by source.
     std::map<int, int> startedAnnouncements;
+
+    /// Called when the connection is there again, before the command that has waited for it goes
+    /// on.
+    std::function<void()> onReconnected;
 
     /// Whether other commands may follow in this session, as in a script. What ends with the
     /// session is of little use without.

@@ -1,7 +1,10 @@
 #pragma once
 
+#include <cstddef>
 #include <stdexcept>
 #include <string>
+
+#include "client/shortened.h"
 
 namespace console {
 
@@ -18,12 +21,27 @@ enum class ExitCode : int {
 };
 
 /// Why a command ends early: its text is one line for stderr, or empty when it has been reported.
+/// Of a text that quotes something very long, the middle is left out.
 class Failure : public std::runtime_error {
 public:
     Failure(ExitCode exitCode, const std::string& text)
-        : std::runtime_error(text), code(exitCode) {}
+        : std::runtime_error(withoutMiddle(text)), code(exitCode) {}
 
     const ExitCode code;
+
+private:
+    static std::string withoutMiddle(const std::string& text) {
+        constexpr std::size_t head = 400;  // characters
+        constexpr std::size_t tail = 200;  // bytes
+        if (text.size() <= head + tail) {
+            return text;
+        }
+        std::size_t end = text.size() - tail;
+        while (end < text.size() && (static_cast<unsigned char>(text[end]) & 0xC0U) == 0x80U) {
+            ++end;  // not in the middle of a character
+        }
+        return paclient::shortened(text.substr(0, end), head) + text.substr(end);
+    }
 };
 
 /// Of an option, or a positional argument, whose value cannot be used.

@@ -41,6 +41,9 @@ simserver::EmbeddedEndpoint endpointFor(const Settings& settings) try {
                 .momentOf({date->year, date->month, date->day, time->hour, time->minute});
     }
     return simserver::EmbeddedEndpoint(station, options);
+} catch (const std::filesystem::filesystem_error& error) {
+    throw Failure(ExitCode::CannotConnect,
+                  error.path1().string() + " cannot be used: " + error.code().message());
 } catch (const std::exception& error) {
     throw Failure(ExitCode::CannotConnect, error.what());
 }
@@ -92,16 +95,20 @@ paclient::Wait Session::waitFor(const std::string& what) const {
     return shownWait(diagnostics_, what, timeoutSeconds_);
 }
 
-void Session::setClock() {
-    if (const std::uint64_t number = connection_.number(); number != clockOf_ && number != 0) {
+/// @return whether the connection is another one than at the call before
+bool Session::setClock() {
+    const std::uint64_t number = connection_.number();
+    const bool isNew = number != clockOf_ && number != 0;
+    if (isNew) {
         paclient::setStationClock(paclient::StationClock(serverInfo(), speed_));
         clockOf_ = number;
     }
+    return isNew;
 }
 
-void Session::requireConnected() try {
+bool Session::requireConnected() try {
     connection_.requireConnected(waitFor("for the connection"));
-    setClock();
+    return setClock();
 } catch (const paclient::NotConnected& error) {
     throw Failure(ExitCode::ConnectionLost, error.what());
 }
@@ -122,7 +129,7 @@ void Session::waitUntilDelivered() try {
 simserver::SimControl& Session::simControl() {
     simserver::SimControl* const control = endpoint_.simControl();
     if (control == nullptr) {
-        throw Failure(ExitCode::Usage, "this server is not a simulated one");
+        throw Failure(ExitCode::Usage, "only a simulated server can do this");
     }
     return *control;
 }

@@ -37,9 +37,10 @@ public:
     ~Session();
 
     /// Waits while the connection is away.
+    /// @return whether it is another connection than at the call before
     /// @throws Failure when it is not back in time: 10 s, or --timeout; and when the user
     /// interrupts
-    void requireConnected();
+    bool requireConnected();
 
     /// @throws Failure when the connection has been away for longer
     void requireBackWithin(double seconds);
@@ -68,7 +69,7 @@ private:
         ~LogRedirection();
     };
 
-    void setClock();
+    bool setClock();
     paclient::Wait waitFor(const std::string& what) const;
 
     Output& diagnostics_;

@@ -18,6 +18,7 @@ constexpr std::int64_t never = -1;
 std::atomic<int> noted{0};                                    // the signal
 std::atomic<std::int64_t> firstMS[] = {never, never, never};  // of each signal
 std::atomic<const char*> lastText{nullptr};
+std::atomic<int> deferrals{0};
 static_assert(std::atomic<int>::is_always_lock_free &&
                   std::atomic<std::int64_t>::is_always_lock_free,
               "a signal handler writes them");
@@ -71,10 +72,22 @@ void writeAtEnd(const char* text) {
     lastText = text;
 }
 
+Deferral::Deferral() {
+    ++deferrals;
+}
+
+Deferral::~Deferral() {
+    --deferrals;
+}
+
 void check() {
-    if (noted != 0) {
+    if (noted != 0 && deferrals == 0) {
         throw Failure(ExitCode::Interrupted, "interrupted");
     }
+}
+
+bool hasCome() {
+    return noted != 0;
 }
 
 bool rearm() {

@@ -28,6 +28,18 @@ void writeAtEnd(const char* text);
 /// @throws Failure when a signal has come
 void check();
 
+/// While it lives `check` does not throw: for what must be done after an interruption.
+class Deferral {
+public:
+    Deferral();
+    Deferral(const Deferral&) = delete;
+    Deferral& operator=(const Deferral&) = delete;
+    ~Deferral();
+};
+
+/// Whether a signal has come: what waits without `check`, to write for example, gives up.
+bool hasCome();
+
 /// Forgets a SIGINT, so that what follows can be interrupted again.
 /// @return whether one had come
 bool rearm();

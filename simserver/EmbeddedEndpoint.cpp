@@ -64,6 +64,10 @@ IgnoredOperations EmbeddedEndpoint::ignored() const {
     return withServer([](SimServer& server) { return server.ignored(); });
 }
 
+Contents EmbeddedEndpoint::contents() const {
+    return withServer([](SimServer& server) { return server.contents(); });
+}
+
 void EmbeddedEndpoint::dropClient() {
     withServer([](SimServer& server) { server.dropClient(); });
 }

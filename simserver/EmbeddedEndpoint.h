@@ -36,6 +36,7 @@ public:
     void ignoreRenewals(bool on) override;
     void ignoreRequests(bool on) override;
     IgnoredOperations ignored() const override;
+    Contents contents() const override;
     void dropClient() override;
     void restart() override;
 

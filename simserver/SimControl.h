@@ -1,8 +1,10 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include "simserver/protocol/Refused.h"
+#include "simserver/station/Station.h"
 
 namespace simserver {
 
@@ -10,6 +12,12 @@ namespace simserver {
 struct IgnoredOperations {
     bool renewals = false;  ///< extensions of source locks
     bool requests = false;  ///< every operation, and the subscription of level meters
+};
+
+/// What the server can play, of which it sends no records.
+struct Contents {
+    std::vector<DictionaryItem> dictionary;
+    std::vector<Recording> recordings;  ///< its own, uploads and user recordings
 };
 
 /// What can be asked of a simulated server beside what its client asks of it: events of the
@@ -51,6 +59,9 @@ public:
 
     /// What is ignored now.
     virtual IgnoredOperations ignored() const = 0;
+
+    /// What the server can play now.
+    virtual Contents contents() const = 0;
 
     /// Drops the client's connection. Nothing happens without one.
     virtual void dropClient() = 0;

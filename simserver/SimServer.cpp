@@ -209,6 +209,10 @@ IgnoredOperations SimServer::ignored() const {
     return {sources_.ignoresRenewals(), requestsIgnored_};
 }
 
+Contents SimServer::contents() const {
+    return {context_.station.dictionary, context_.content.recordings()};  // they do not change
+}
+
 void SimServer::waitUntilSpoken() {
     speech_.waitUntilIdle();
 }

@@ -66,6 +66,7 @@ public:
     void ignoreRenewals(bool on);
     void ignoreRequests(bool on);
     IgnoredOperations ignored() const;
+    Contents contents() const;
     void dropClient();
     /// @}
 

@@ -9,7 +9,6 @@
 
 #include "console/Output.h"
 #include "console/Settings.h"
-#include "console/arguments/LineKind.h"
 #include "console/commands/commands.h"
 
 namespace console {

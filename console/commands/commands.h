@@ -48,6 +48,10 @@ inline Command group(const char* name, const char* help, std::vector<Command> be
 /// Every command, in the order of the help.
 const std::vector<Command>& commands();
 
+/// The names by which the resources of a kind can be called now: numbers and labels as they are.
+/// @param kind as `get` calls it, or "language"; of another kind none are known
+std::vector<std::string> knownNames(const std::string& kind);
+
 // Each in a file of its own topic.
 Command statusCommand();
 Command listCommand();

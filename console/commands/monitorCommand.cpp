@@ -1,10 +1,11 @@
 #include <algorithm>
 #include <atomic>
 
+#include "client/resources.h"
 #include "console/Console.h"
 #include "console/ExitCode.h"
+#include "console/commands/ChangeFilter.h"
 #include "console/commands/commands.h"
-#include "console/following/connectionText.h"
 #include "console/interrupt.h"
 #include "console/text/changeText.h"
 #include "framework/posixThread.h"
@@ -16,19 +17,39 @@ using namespace paclient;
 
 namespace {
 
-/// Everything but the readings of a meter that another command reads.
-ChangeKinds printedKinds() {
-    return allKinds() & ~kinds<palink::LevelReading, SentOperation>();
+void print(const Context& context, const ChangeFilter& filter, const Change& change) {
+    if (filter.passes(change)) {
+        context.out.write(
+            changeLine(change, context.settings.json ? LineForm::Json : LineForm::Text));
+    }
+}
+
+/// Prints what the server holds now, as if all of it had just changed.
+void printSnapshot(const Context& context, const ChangeFilter& filter) {
+    const auto write = [&](const auto& records) {
+        for (const auto& record : records) {
+            print(context, filter, Updated<std::decay_t<decltype(record)>>{record});
+        }
+    };
+    write(gPaController.getPaSources());
+    write(gPaController.getPaSinks());
+    write(gPaController.getPaZones());
+    write(gPaController.getHwPaTriggers());
+    write(gPaController.getPaSelectors());
+    write(gPaController.listSchedules());
+    write(gPaController.getAnnouncementRequests());
+    for (const SourceLock& lock : allLocks()) {
+        print(context, filter, LockChange{lock.sourceId, lock.lockedUUID, ""});
+    }
 }
 
 /// Prints every change on a thread of its own. The destructor prints what has been notified so far.
 class Printer {
 public:
-    explicit Printer(const Context& context)
-        : out_(context.out),
-          diagnostics_(context.diagnostics),
-          form_(context.settings.json ? LineForm::Json : LineForm::Text),
-          changes_(printedKinds()),
+    Printer(const Context& context, const ChangeFilter& filter)
+        : context_(context),
+          filter_(filter),
+          changes_(filter.kinds() | kinds<palink::ConnectionChange>()),
           thread_("monitor", [this] { run(); }) {}
     Printer(const Printer&) = delete;
     Printer& operator=(const Printer&) = delete;
@@ -50,31 +71,26 @@ private:
             auto change = changes_.next(isLastRound ? tick * 0 : tick);
             std::size_t left = changes_.waiting();  // what comes meanwhile has to wait
             while (change != nullptr && !failed_) {
-                print(*change);
+                report(*change);
                 change = left > 0 ? changes_.next() : nullptr;
                 left -= left > 0 ? 1 : 0;
             }
         }
     }
 
-    void print(const Change& change) {
+    void report(const Change& change) {
         if (const std::string text = connectionText(change); !text.empty()) {
-            diagnostics_.diagnostic(text);
-        }
-        const std::string line = changeLine(change, form_);
-        if (line.empty()) {
-            return;
+            context_.diagnostics.diagnostic(text);
         }
         try {
-            out_.write(line);
+            print(context_, filter_, change);
         } catch (const Failure&) {
             failed_ = true;
         }
     }
 
-    Output& out_;
-    Output& diagnostics_;
-    const LineForm form_;
+    const Context& context_;
+    const ChangeFilter& filter_;
     Subscription changes_;
     std::atomic<bool> finishing_{false};
     std::atomic<bool> failed_{false};
@@ -95,8 +111,8 @@ paclient::Wait watchWait(const Context& context, const Printer& printer, double 
     return wait;
 }
 
-void watch(const Context& context, double seconds) {
-    const Printer printer(context);
+void watch(const Context& context, const ChangeFilter& filter, double seconds) {
+    const Printer printer(context, filter);
     if (context.diagnostics.isTerminal()) {
         context.diagnostics.diagnostic("watching the server, until Ctrl-C");
     }
@@ -127,9 +143,9 @@ void waitForRequests(const Context& context, const Printer& printer, Subscriptio
 }
 
 /// Runs the script beside the monitor: its commands write to the diagnostics.
-void watchScript(const Context& context) {
-    Subscription ends(paclient::kinds<Deleted<AnnouncementRequest>>());
-    const Printer printer(context);
+void watchScript(const Context& context, const ChangeFilter& filter) {
+    Subscription ends(kinds<Deleted<AnnouncementRequest>>());
+    const Printer printer(context, filter);
     runScriptLines(
         {context.settings, context.diagnostics, context.diagnostics, -1, context.connection});
     waitForRequests(context, printer, ends);
@@ -139,18 +155,31 @@ void watchScript(const Context& context) {
 
 struct Monitor {
     std::optional<double> seconds;
+    bool isSnapshot = false;
+    ChangeFilter changes;
 
     void define(CLI::App& app) {
-        addNumber(app, "--seconds", seconds, {0, forEver}, "End after so many seconds");
+        CLI::Option* const limit =
+            addNumber(app, "--seconds", seconds, {0, forEver}, "End after so many seconds");
+        app.add_flag("--snapshot", isSnapshot, "Print the present state and end")->excludes(limit);
+        changes.define(app);
     }
 
     void run(const Context& context) const {
         const bool hasScript = !context.settings.script.empty();
-        if (hasScript && seconds) {
-            throw Failure(ExitCode::Usage, "--seconds does not go with --script");
+        if (hasScript && (seconds || isSnapshot)) {
+            throw Failure(ExitCode::Usage, "--seconds and --snapshot do not go with --script");
         }
         context.session();
-        hasScript ? watchScript(context) : watch(context, seconds.value_or(forEver));
+        ChangeFilter filter = changes;
+        filter.resolve();
+        if (isSnapshot) {
+            printSnapshot(context, filter);
+        } else if (hasScript) {
+            watchScript(context, filter);
+        } else {
+            watch(context, filter, seconds.value_or(forEver));
+        }
     }
 };
 

@@ -4,9 +4,57 @@
 #include <string>
 #include <vector>
 
-#include "console/commands/PlayRequest.h"
+#include "console/arguments/options.h"
+#include "sdk/Message.h"
 
 namespace console {
+
+/// What `play` is asked for: the values of its options.
+struct PlayRequest {
+    std::vector<std::string> zones;
+
+    // The audio part: one of these four.
+    std::vector<unsigned> items;
+    std::vector<std::string> texts;
+    std::optional<std::string> language;  // of the texts
+    std::optional<std::string> voice;
+    std::optional<std::string> file;       // to upload
+    std::optional<std::string> recording;  // at the server
+
+    // The visual part.
+    std::optional<std::string> display;  // name of the template
+    std::vector<std::string> variables;  // KEY=TEXT
+    int validity = 30;                   // seconds
+
+    int priority = 500;
+    bool relative = false;
+    int preChime = 0;
+    int postChime = 0;
+    std::optional<double> gain;  // dB
+    int repeat = 1;
+    std::optional<std::string> requestId;
+    bool wait = false;
+    bool dryRun = false;
+};
+
+/// The server's folder for uploads and recordings.
+constexpr const char* serverFolder = "/home/quillon/tmp/";
+
+/// The path of a recording at the server: a bare name is in the server's folder.
+/// @throws Failure for what cannot be one
+std::string serverPath(const std::string& path);
+
+/// Adds the options to a command, which then fills in `request`.
+void addPlayOptions(CLI::App& app, PlayRequest& request);
+
+/// Checks the request, as far as that is possible without the server.
+/// @throws Failure when something is missing, or would reach the server as something else than what
+///         it is
+void check(const PlayRequest& request);
+
+/// The display variables by key. A key that is given several times has several values.
+/// @throws Failure when one is not KEY=TEXT, or cannot be sent
+Message::DisplayVariables displayVariables(const PlayRequest& request);
 
 /// The ids of the zones that are asked for, each once. A value that is a zone is that zone,
 /// whatever commas it has; any other is a list.

@@ -1,7 +1,7 @@
 #include "client/confirmedOperations.h"
 #include "console/ExitCode.h"
-#include "console/commands/PlayRequest.h"
 #include "console/commands/commands.h"
+#include "console/commands/playMessage.h"
 #include "console/following/operate.h"
 
 namespace console {

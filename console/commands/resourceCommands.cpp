@@ -1,5 +1,9 @@
+#include <algorithm>
+#include <iterator>
+
 #include "console/commands/commands.h"
 #include "console/text/resourceTable.h"
+#include "simserver/SimControl.h"
 
 namespace console {
 
@@ -19,35 +23,102 @@ void getOne(const Context& context, const std::string& wanted) {
     printOne(context, findOne(kind, wanted));
 }
 
+/// The names by which the resources of a kind can be called now: numbers and labels.
+template <const auto& kind>
+std::vector<std::string> allNames() {
+    std::vector<std::string> names;
+    const auto records = kind.all();
+    for (auto* const textOf : {kind.number, kind.name}) {
+        if (textOf != nullptr) {
+            std::transform(records.begin(), records.end(), std::back_inserter(names), textOf);
+        }
+    }
+    return names;
+}
+
+// ------------------------------------------------------------------- what no records are sent for
+
+double secondsOf(std::chrono::milliseconds duration) {
+    return std::chrono::duration<double>(duration).count();
+}
+
+/// Prints dictionary items, all of them or the chimes.
+void printItems(const Context& context, bool onlyChimes) {
+    Json array = Json::array();
+    TextTable table({onlyChimes ? "CHIME" : "ITEM", "TEXT", "SECONDS"});
+    for (const simserver::DictionaryItem& item :
+         context.session().simControl().contents().dictionary) {
+        if (item.chime || !onlyChimes) {
+            const double seconds = secondsOf(item.duration);
+            array.push_back({{"item", item.item}, {"text", item.text}, {"seconds", seconds}});
+            table.addRow({std::to_string(item.item), item.text, valueText(seconds)});
+        }
+    }
+    context.settings.json ? context.writeJson(array) : context.write(table);
+}
+
+void listDictionary(const Context& context) {
+    printItems(context, false);
+}
+
+void listChimes(const Context& context) {
+    printItems(context, true);
+}
+
+void listRecordings(const Context& context) {
+    Json array = Json::array();
+    TextTable table({"PATH", "SECONDS"});
+    for (const auto& [path, duration] : context.session().simControl().contents().recordings) {
+        array.push_back({{"path", path}, {"seconds", secondsOf(duration)}});
+        table.addRow({path, valueText(secondsOf(duration))});
+    }
+    context.settings.json ? context.writeJson(array) : context.write(table);
+}
+
+// ------------------------------------------------------------------------------------------ kinds
+
 /// What can be done with a kind of resource.
 struct Kind {
-    const char* one;
+    const char* one;  ///< null for what can only be listed
     const char* many;
     void (*list)(const Context& context);
     void (*get)(const Context& context, const std::string& wanted);
+    std::vector<std::string> (*names)();
 };
 
 template <const auto& kind>
-Kind kindOf() {
-    return {kind.one, kind.many, listAll<kind>, getOne<kind>};
-}
+constexpr Kind kindOf{kind.one, kind.many, listAll<kind>, getOne<kind>, allNames<kind>};
 
-const std::vector<Kind>& kinds() {
-    static const std::vector<Kind> table = {
-        kindOf<sources>(),  kindOf<sinks>(),        kindOf<zones>(),     kindOf<voices>(),
-        kindOf<triggers>(), kindOf<selectors>(),    kindOf<schedules>(), kindOf<ttsItems>(),
-        kindOf<locks>(),    kindOf<announcements>()};
-    return table;
-}
+constexpr Kind kindRows[] = {
+    kindOf<sources>,
+    kindOf<sinks>,
+    kindOf<zones>,
+    // Not by the port: it is no name of a voice when something is to be spoken.
+    {voices.one, voices.many, listAll<voices>, getOne<voices>,
+     [] { return memberTexts<&TTSVocalizer::voice>(allVoices()); }},
+    kindOf<triggers>,
+    kindOf<selectors>,
+    kindOf<schedules>,
+    kindOf<ttsItems>,
+    kindOf<locks>,
+    kindOf<announcements>,
+    {nullptr, "dictionary", listDictionary, nullptr, nullptr},
+    {nullptr, "chimes", listChimes, nullptr, nullptr},
+    {nullptr, "recordings", listRecordings, nullptr, nullptr},
+};
 
 /// Adds the argument KIND, the name of one or of many.
 void addKind(CLI::App& app, const Kind*& chosen, const char* Kind::*form) {
     std::vector<std::string> names;
-    for (const Kind& kind : kinds()) {
-        names.emplace_back(kind.*form);
+    for (const Kind& kind : kindRows) {
+        if (kind.*form != nullptr) {
+            names.emplace_back(kind.*form);
+        }
     }
-    const auto take = [&chosen, names](const std::string& name) {
-        chosen = &kinds()[findName("kind", name, names)];
+    const auto take = [&chosen, form](const std::string& name) {
+        chosen = std::find_if(std::begin(kindRows), std::end(kindRows), [&](const Kind& kind) {
+            return kind.*form != nullptr && kind.*form == name;
+        });
     };
     addParsed(app, "KIND", take, valueText(names), "TEXT")->required()->check(oneOf(names));
 }
@@ -73,12 +144,34 @@ struct Get {
 
 }  // namespace
 
+const std::vector<Command>& commands() {
+    static const std::vector<Command> table = {
+        statusCommand(),  listCommand(),    getCommand(),      zoneCommand(),    sourceCommand(),
+        sinkCommand(),    triggerCommand(), selectorCommand(), playCommand(),    cancelCommand(),
+        previewCommand(), recordCommand(),  scheduleCommand(), monitorCommand(), demoCommand(),
+        shellCommand(),   simCommand(),
+    };
+    return table;
+}
+
 Command listCommand() {
     return command<List>("list", "List every resource of a kind");
 }
 
 Command getCommand() {
     return command<Get>("get", "Show one resource with all its members");
+}
+
+std::vector<std::string> knownNames(const std::string& kind) {
+    if (kind == "language") {
+        return memberTexts<&TTSVocalizer::language>(allVoices());
+    }
+    for (const Kind& row : kindRows) {
+        if (row.one != nullptr && row.one == kind) {
+            return row.names();
+        }
+    }
+    return {};
 }
 
 }  // namespace console

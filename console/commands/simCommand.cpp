@@ -3,7 +3,6 @@
 #include "client/resources.h"
 #include "console/ExitCode.h"
 #include "console/commands/commands.h"
-#include "console/commands/sourceLock.h"
 #include "console/following/operate.h"
 #include "sdk/PAController.h"
 #include "simserver/SimControl.h"

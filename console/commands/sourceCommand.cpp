@@ -1,83 +1,78 @@
-#include "client/confirmedOperations.h"
-#include "client/resources.h"
-#include "console/commands/commands.h"
+#include "console/ExitCode.h"
+#include "console/commands/devices.h"
 #include "console/commands/sourceLevel.h"
-#include "console/commands/sourceLock.h"
-#include "console/commands/sourceZones.h"
-#include "console/following/operate.h"
+#include "console/text/TextTable.h"
 
 namespace console {
 
 namespace {
 
-void addSource(CLI::App& app, std::string& wanted) {
-    addText(app, "ID", wanted, "The source: its number or its label")->required();
+using namespace paclient;
+
+constexpr GainRules gainRules = {
+    {-96, 42},
+    "In dB, -96 to 42",
+    {{"--first", "The server's own first flag"}, {"--second", "The server's own second flag"}}};
+
+/// Asks for a change of a lock, and prints who holds it then.
+/// @throws Failure that names the holder, when the lock is the reason
+template <class Operation>
+void changeLock(const Context& context, const PaSource& source, const std::string& effect,
+                Operation operation) {
+    const auto sentence = [&source] {
+        return titleOf(sources, source) + " is locked by " + holderText(lockOf(source.id));
+    };
+    operate(context, titleOf(sources, source) + effect, [&](const Wait& wait) {
+        Confirmation confirmation = operation(source.id, wait);
+        if (confirmation.state == Confirmation::State::Refused &&
+            lockHolder(source.id) != ownUUID()) {
+            throw Failure(ExitCode::Refused, sentence());
+        }
+        return confirmation;
+    });
+    printOutcome(context, sentence(), paclient::toJson(lockOf(source.id)));
 }
 
-/// A subcommand that needs nothing but the source.
-template <void (*act)(const Context&, const PaSource&)>
-struct OfSource {
-    std::string wanted;
-
-    void define(CLI::App& app) { addSource(app, wanted); }
-
-    void run(const Context& context) const {
-        context.session();
-        act(context, findOne(paclient::sources, wanted));
+void attach(const Context& context, const PaSource& source) {
+    changeLock(context, source, " is locked", takeLock);
+    if (!context.connection.lasts) {
+        context.diagnostics.diagnostic(
+            "the lock lapses when this command has ended; a script keeps it, and 'paconsole "
+            "shell'");
     }
-};
+}
 
-struct SourceGain {
-    std::string wanted;
-    double level = 0;
-    bool first = false;
-    bool second = false;
+void detach(const Context& context, const PaSource& source) {
+    changeLock(context, source, " is released", releaseLock);
+}
 
-    void define(CLI::App& app) {
-        addSource(app, wanted);
-        addNumber(app, "LEVEL", level, {-96, 42}, "In dB, -96 to 42")->required();
-        app.add_flag("--first", first, "The server's own first flag");
-        app.add_flag("--second", second, "The server's own second flag");
+void printZones(const Context& context, const PaSource& source) {
+    const std::vector<std::string> attached = source.getAttachedPaZones();
+    const SourceLock lock = lockOf(source.id);
+    if (context.settings.json) {
+        Json report = paclient::toJson(lock);
+        report["zones"] = attached;
+        context.writeJson(report);
+        return;
     }
-
-    void run(const Context& context) const {
-        context.session();
-        const PaSource source = findOne(paclient::sources, wanted);
-        const std::string id = std::to_string(source.id);
-        const std::string effect = "source " + id + gainText(level);
-        const std::string asBefore = operate(context, effect, [&](const paclient::Wait& wait) {
-            return setGain(source, level, first, second, wait);
-        });
-        printOutcome(context, effect + asBefore, paclient::toJson(findOne(paclient::sources, id)));
-        warnUnlessKept(context, "the gain");
+    TextTable table({"ITEM", "VALUE"});
+    table.addRow({"source", std::to_string(source.id) + ' ' + source.label});
+    table.addRow({"locked by", holderText(lock)});
+    for (const std::string& zone : attached) {
+        table.addRow({"zone", zone});
     }
-};
-
-struct SourceLevel {
-    std::string wanted;
-    LevelLimits limits;
-
-    void define(CLI::App& app) {
-        addSource(app, wanted);
-        addWhole(app, "--count", limits.count, {1, greatestWhole}, "End after so many readings");
-        addNumber(app, "--seconds", limits.seconds, {0, forEver}, "End after so many seconds");
-    }
-
-    void run(const Context& context) const {
-        context.session();
-        showLevel(context, findOne(paclient::sources, wanted), limits);
-    }
-};
+    context.out.write(table.text());
+}
 
 }  // namespace
 
 Command sourceCommand() {
     return group(
         "source", "Take a source, set its gain, see its zones and its level",
-        {command<OfSource<attachSource>>("attach", "Take the lock of a source for this client"),
-         command<OfSource<detachSource>>("detach", "Release it"),
-         command<SourceGain>("gain", "Set the input gain"),
-         command<OfSource<printZones>>(
+        {command<OfNamed<sources, attach>>("attach", "Take the lock of a source for this client"),
+         command<OfNamed<sources, detach>>("detach", "Release it"),
+         command<SetGain<sources, gainRules>>("gain", "Set the input gain"),
+         command<OfNamed<sources, printZones>>(
              "zones", "Show the zones attached to a source, and who holds its lock"),
          command<SourceLevel>("vu", "Show the level of its amplifier element, until Ctrl-C")});
 }

@@ -8,8 +8,7 @@
 #include "client/ChangeStream.h"
 #include "console/ExitCode.h"
 #include "console/following/LiveView.h"
-#include "console/following/connectionText.h"
-#include "console/following/operate.h"
+#include "console/text/changeText.h"
 #include "framework/clock.h"
 #include "sdk/PAController.h"
 
@@ -52,7 +51,7 @@ public:
 
     void show(const palink::LevelReading& reading) {
         if (context_.settings.json) {
-            context_.writeJson(paclient::toJson(reading));
+            context_.writeJson(toJson(reading));
         } else if (view_) {
             const TerminalSize size = sizeOfTerminal(context_.terminal);
             const std::string text = levelText(reading.level) + "  ";
@@ -78,22 +77,28 @@ std::string levelBar(double level, std::size_t columns) {
                        '#');
 }
 
-void showLevel(const Context& context, const PaSource& source, const LevelLimits& limits) {
+void SourceLevel::define(CLI::App& app) {
+    Named::define(app);
+    addWhole(app, "--count", count, {1, greatestWhole}, "End after so many readings");
+    addNumber(app, "--seconds", seconds, {0, forEver}, "End after so many seconds");
+}
+
+void SourceLevel::run(const Context& context) const {
+    const PaSource source = find(context);
     const int element = source.id / 100;
     const std::int64_t startMS = pa::monotonicMS();
-    paclient::Subscription changes(
-        paclient::kinds<palink::LevelReading, palink::ConnectionChange>());
+    Subscription changes(kinds<palink::LevelReading, palink::ConnectionChange>());
     const Feed feed(source.id);
     Meter meter(context);
-    for (int shown = 0; !limits.count || shown < *limits.count;) {
+    for (int shown = 0; !count || shown < *count;) {
         const double passed = static_cast<double>(pa::monotonicMS() - startMS) / 1000;
-        const double left = limits.seconds.value_or(forEver) - passed;
-        paclient::Wait wait = waitOf(context, "for a reading", "", readingSeconds);
+        const double left = seconds.value_or(forEver) - passed;
+        Wait wait = waitOf(context, "for a reading", "", readingSeconds);
         const bool endsFirst = std::chrono::duration<double>(left) < wait.limit;
         if (endsFirst) {
             wait.limit = std::chrono::milliseconds(std::max(0LL, std::llround(left * 1000)));
         }
-        const paclient::ChangePtr change = changes.next(wait);
+        const ChangePtr change = changes.next(wait);
         if (change == nullptr && endsFirst) {
             return;
         }

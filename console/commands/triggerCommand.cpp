@@ -1,10 +1,8 @@
 #include <algorithm>
 #include <set>
 
-#include "client/confirmedOperations.h"
 #include "console/ExitCode.h"
-#include "console/commands/commands.h"
-#include "console/following/operate.h"
+#include "console/commands/devices.h"
 #include "console/text/cleanText.h"
 #include "console/text/resourceTable.h"
 #include "sdk/PAController.h"
@@ -15,18 +13,9 @@ namespace {
 
 using paclient::Wait;
 
-std::string titleOf(const PaSWTrigger& trigger) {
-    return "software trigger " + std::to_string(trigger.trigger.id);
-}
-
-PaSWTrigger softwareTrigger(const std::string& number) {
-    const std::vector<PaSWTrigger> triggers = gPaController.getSwPaTriggers();
-    std::vector<std::string> numbers;
-    for (const PaSWTrigger& trigger : triggers) {
-        numbers.push_back(std::to_string(trigger.trigger.id));
-    }
-    return triggers[paclient::findName("software trigger", number, numbers)];
-}
+constexpr paclient::Resource<PaSWTrigger> softwareTriggers{
+    "software trigger", "software triggers", [] { return gPaController.getSwPaTriggers(); },
+    [](const PaSWTrigger& trigger) { return std::to_string(trigger.trigger.id); }, nullptr};
 
 /// The hardware trigger and the software trigger with this number.
 std::vector<paclient::AnyTrigger> triggersNumbered(const std::string& number) {
@@ -44,12 +33,13 @@ std::vector<paclient::AnyTrigger> triggersNumbered(const std::string& number) {
 
 void deleteTrigger(const Context& context, const PaSWTrigger& trigger) {
     gPaController.deleteSwPaTrigger(trigger.trigger.id);
-    printOutcome(context, titleOf(trigger) + " is deleted", {{"id", trigger.trigger.id}});
+    printOutcome(context, titleOf(softwareTriggers, trigger) + " is deleted",
+                 {{"id", trigger.trigger.id}});
 }
 
 void activate(const Context& context, const PaSWTrigger& trigger) {
     paclient::Activation activation;
-    const std::string effect = titleOf(trigger) + " is active";
+    const std::string effect = titleOf(softwareTriggers, trigger) + " is active";
     operate(context, effect, [&](const Wait& wait) {
         activation = paclient::activate(trigger, wait);
         return activation.confirmation;
@@ -69,7 +59,7 @@ void deactivate(const Context& context, const PaSWTrigger& trigger) {
     const auto started = startedBy.find(trigger.associatedSourceId);
     const auto announcement =
         started == startedBy.end() ? std::nullopt : std::optional(started->second);
-    const std::string effect = titleOf(trigger) + " is inactive";
+    const std::string effect = titleOf(softwareTriggers, trigger) + " is inactive";
     operate(context, effect, [&](const Wait& wait) {
         paclient::Confirmation result = paclient::deactivate(trigger, announcement, wait);
         const bool isUnseen =
@@ -102,7 +92,9 @@ struct TriggerState {
     }
 };
 
-struct TriggerList {
+/// Lists triggers or selectors.
+template <const auto& kind>
+struct ListOfSource {
     std::optional<std::string> source;
 
     void define(CLI::App& app) {
@@ -111,9 +103,17 @@ struct TriggerList {
 
     void run(const Context& context) const {
         context.session();
-        printOfSource(context, paclient::triggers, source);
+        printOfSource(context, kind, source);
     }
 };
+
+void printState(const Context& context, const PaSelector& selector) {
+    const PaSelector::State state = gPaController.getPaSelectorState(selector.id);
+    printOutcome(context, titleOf(paclient::selectors, selector) + ": " + paclient::nameOf(state),
+                 {{"id", selector.id},
+                  {"state", static_cast<int>(state)},
+                  {"stateText", paclient::nameOf(state)}});
+}
 
 struct TriggerCreate {
     std::string source;
@@ -159,32 +159,26 @@ private:
     }
 };
 
-/// A subcommand that needs nothing but a software trigger.
-template <void (*act)(const Context&, const PaSWTrigger&)>
-struct OfTrigger {
-    std::string number;
-
-    void define(CLI::App& app) {
-        addText(app, "ID", number, "The number of a software trigger")->required();
-    }
-
-    void run(const Context& context) const {
-        context.session();
-        act(context, softwareTrigger(number));
-    }
-};
-
 }  // namespace
 
 Command triggerCommand() {
     return group(
         "trigger", "Make software triggers and use them, see all triggers",
-        {command<TriggerList>("list", "List the triggers of the hardware and of this client"),
+        {command<ListOfSource<paclient::triggers>>(
+             "list", "List the triggers of the hardware and of this client"),
          command<TriggerCreate>("create", "Make a software trigger for a source"),
-         command<OfTrigger<deleteTrigger>>("delete", "Delete a software trigger"),
-         command<OfTrigger<activate>>("activate", "Start the announcement of a software trigger"),
-         command<OfTrigger<deactivate>>("deactivate", "Stop it"),
+         command<OfNamed<softwareTriggers, deleteTrigger>>("delete", "Delete a software trigger"),
+         command<OfNamed<softwareTriggers, activate>>(
+             "activate", "Start the announcement of a software trigger"),
+         command<OfNamed<softwareTriggers, deactivate>>("deactivate", "Stop it"),
          command<TriggerState>("state", "Show the state of a trigger")});
+}
+
+Command selectorCommand() {
+    return group("selector", "See the selectors",
+                 {command<ListOfSource<paclient::selectors>>("list", "List the selectors"),
+                  command<OfNamed<paclient::selectors, printState>>(
+                      "state", "Show the state of a selector")});
 }
 
 }  // namespace console

@@ -1,13 +1,16 @@
+#include <algorithm>
 #include <set>
 
 #include "console/ExitCode.h"
-#include "console/commands/commands.h"
-#include "console/commands/sourceZones.h"
+#include "console/commands/devices.h"
 #include "console/text/resourceTable.h"
 
 namespace console {
 
 namespace {
+
+using paclient::Wait;
+using Ids = std::vector<std::string>;
 
 struct ZoneMembers {
     std::string zone;
@@ -27,35 +30,58 @@ struct ZoneMembers {
     }
 };
 
-void addSource(CLI::App& app, std::string& source) {
-    addText(app, "--source", source, "The source: its number or its label", "ID")->required();
-}
-
-struct ZoneAttach {
-    std::vector<std::string> zones;
+/// The zones and the source of a command.
+struct OfSource {
+    Ids zones;
     std::string source;
+
+    CLI::Option* define(CLI::App& app) {
+        addText(app, "--source", source, "The source: its number or its label", "ID")->required();
+        return addTextList(app, "ZONE", zones, "Names of zones");
+    }
+
+    /// Runs an operation, and prints the zones that are attached then.
+    template <class Operation>
+    static void change(const Context& context, const PaSource& from, const std::string& effect,
+                       Operation operation) {
+        const std::string title = titleOf(paclient::sources, from);
+        const std::string asBefore = operate(context, title + effect, operation);
+        const Ids now = from.getAttachedPaZones();
+        printOutcome(context,
+                     title + " has " +
+                         (now.empty() ? "no zones" : "the zones " + paclient::valueText(now)) +
+                         asBefore,
+                     {{"sourceId", from.id}, {"zones", now}});
+        warnUnlessKept(context, "the attachment");
+    }
+};
+
+struct ZoneAttach : OfSource {
     bool replace = false;
 
     void define(CLI::App& app) {
-        addTextList(app, "ZONE", zones, "Names of zones")->required();
-        addSource(app, source);
+        OfSource::define(app)->required();
         app.add_flag("--replace", replace, "Detach the zones that are attached before");
     }
 
     void run(const Context& context) const {
         context.session();
-        attachZones(context, findOne(paclient::sources, source), zones, replace);
+        const PaSource to = findOne(paclient::sources, source);
+        Ids wanted;
+        for (const std::string& name : zones) {
+            wanted.push_back(findOne(paclient::zones, name).id);
+        }
+        const auto mode = replace ? PaSource::REPLACE_EXISTING_SET : PaSource::ADD_TO_EXISTING_SET;
+        change(context, to, " has these zones",
+               [&](const Wait& wait) { return attachZones(to, wanted, mode, wait); });
     }
 };
 
-struct ZoneDetach {
-    std::vector<std::string> zones;
-    std::string source;
+struct ZoneDetach : OfSource {
     bool all = false;
 
     void define(CLI::App& app) {
-        addTextList(app, "ZONE", zones, "Names of zones");
-        addSource(app, source);
+        OfSource::define(app);
         app.add_flag("--all", all, "Detach every zone");
     }
 
@@ -65,7 +91,29 @@ struct ZoneDetach {
         }
         context.session();
         const PaSource from = findOne(paclient::sources, source);
-        all ? detachAllZones(context, from) : detachZones(context, from, zones);
+        const Ids unwanted = all ? Ids() : attachedOnes(from);
+        change(context, from, all ? " has no zones" : " has lost these zones",
+               [&](const Wait& wait) {
+                   return all ? detachAllZones(from, wait) : detachZones(from, unwanted, wait);
+               });
+    }
+
+private:
+    /// @throws Failure when one is not attached
+    Ids attachedOnes(const PaSource& from) const {
+        const Ids attached = from.getAttachedPaZones();
+        Ids ids;
+        for (const std::string& name : zones) {
+            // What is attached may be a zone that the server has withdrawn.
+            ids.push_back(paclient::knowsName(name, attached)
+                              ? attached[paclient::findName("zone", name, attached)]
+                              : findOne(paclient::zones, name).id);
+            if (std::find(attached.begin(), attached.end(), ids.back()) == attached.end()) {
+                throw Failure(ExitCode::Refused, "zone '" + ids.back() + "' is not attached to " +
+                                                     titleOf(paclient::sources, from));
+            }
+        }
+        return ids;
     }
 };
 

@@ -1,13 +1,10 @@
+#include <algorithm>
+
 #include "client/resources.h"
 #include "console/ExitCode.h"
 #include "console/commands/commands.h"
-#include "console/demo/DemoAnnouncements.h"
-#include "console/demo/DemoOperating.h"
-#include "console/demo/DemoSchedule.h"
-#include "console/files/wavFile.h"
-#include "console/text/TextTable.h"
+#include "console/demo/DemoRun.h"
 #include "console/text/cleanText.h"
-#include "util/TemporaryFolder.h"
 
 namespace console {
 
@@ -15,16 +12,11 @@ using namespace paclient;
 
 namespace {
 
-constexpr int recordingSeconds = 15;
-
 /// The zones that are not part of another one.
 std::vector<std::string> wholeZones() {
-    std::vector<std::string> ids;
-    for (const PaZone& zone : zones.all()) {
-        if (zone.id.find('/') == std::string::npos) {
-            ids.push_back(zone.id);
-        }
-    }
+    std::vector<std::string> ids = memberTexts<&PaZone::id>(zones.all());
+    const auto isPart = [](const std::string& id) { return id.find('/') != std::string::npos; };
+    ids.erase(std::remove_if(ids.begin(), ids.end(), isPart), ids.end());
     return ids;
 }
 
@@ -40,51 +32,31 @@ void showStation(const Context& context) {
                       count(voices) + "\n\n");
 }
 
-/// @return how many steps did not go as expected
-int showSummary(const Context& context, const std::vector<DemoResult>& results) {
-    int surprises = 0;
+void showSummary(const Context& context, const std::vector<DemoProgress>& steps) {
     Json array = Json::array();
     TextTable table({"STEP", "EXPECTED", "SEEN"});
-    for (const DemoResult& result : results) {
-        surprises += result.asExpected ? 0 : 1;
-        table.addRow({result.name, result.expected, result.seen});
-        Json object = {{"name", result.name},
-                       {"kind", result.kind},
-                       {"expected", result.expected},
-                       {"seen", result.seen},
-                       {"asExpected", result.asExpected}};
-        object.update(result.details);
-        array.push_back(object);
+    for (const DemoProgress& step : steps) {
+        const std::string seen = withShortIds(step.seen);
+        table.addRow({step.step.name, step.step.expected, seen});
+        array.push_back({{"name", step.step.name},
+                         {"kind", step.step.kind},
+                         {"expected", step.step.expected},
+                         {"seen", seen},
+                         {"asExpected", step.isAsExpected()},
+                         {"requestId", step.requestId}});
     }
     if (context.settings.json) {
         context.writeJson(array);
-        return surprises;
+        return;
     }
     const auto lines = table.lines();
     std::string text = '\n' + lines[0] + '\n';
-    for (std::size_t i = 0; i < results.size(); ++i) {
-        text += styled(lines[i + 1], results[i].asExpected ? Style::Good : Style::Bad,
+    for (std::size_t i = 0; i < steps.size(); ++i) {
+        text += styled(lines[i + 1], steps[i].isAsExpected() ? Style::Good : Style::Bad,
                        hasColours(context.terminal)) +
                 '\n';
     }
     context.out.write(text);
-    return surprises;
-}
-
-std::vector<DemoResult> showPages(const Context& context, const std::vector<std::string>& zoneIds) {
-    const pautil::TemporaryFolder folder("paconsole");
-    const auto recording = folder.path() / "recording.wav";
-    writeTone(recording, recordingSeconds);
-    const auto plan = demoPlan(zoneIds, recording);
-    DemoScreen screen(context, plan.size() + DemoOperating::stepCount + 1);
-    DemoSchedule schedule(context, screen, zoneIds[zoneIds.size() - 2]);
-    auto results = DemoAnnouncements(context, screen).play(plan);
-    const auto preview = folder.path() / "preview.wav";
-    for (const DemoResult& result : DemoOperating(context, screen, zoneIds, preview).run()) {
-        results.push_back(result);
-    }
-    results.push_back(schedule.finish());
-    return results;
 }
 
 void demo(const Context& context) {
@@ -94,11 +66,13 @@ void demo(const Context& context) {
         throw Failure(ExitCode::NotFound, "the demo needs a station with two zones");
     }
     showStation(context);
-    const auto results = showPages(context, zoneIds);
-    const int surprises = showSummary(context, results);
+    const std::vector<DemoProgress> steps = DemoRun(context, zoneIds).run();
+    showSummary(context, steps);
+    const auto surprises = std::count_if(
+        steps.begin(), steps.end(), [](const DemoProgress& step) { return !step.isAsExpected(); });
     if (surprises > 0) {
         throw Failure(ExitCode::Refused, std::to_string(surprises) + " of " +
-                                             std::to_string(results.size()) +
+                                             std::to_string(steps.size()) +
                                              " steps did not go as expected");
     }
     if (!context.settings.json) {

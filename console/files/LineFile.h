@@ -3,9 +3,21 @@
 #include <functional>
 #include <string>
 
-#include "console/files/LineSource.h"
-
 namespace console {
+
+/// Where command lines come from: a file, a pipe, the keyboard.
+class LineSource {
+public:
+    LineSource() = default;
+    LineSource(const LineSource&) = delete;
+    LineSource& operator=(const LineSource&) = delete;
+    virtual ~LineSource() = default;
+
+    /// The next line, without its end.
+    /// @return false when there is none
+    /// @throws Failure when the user interrupts, or it cannot be read
+    virtual bool next(std::string& line) = 0;
+};
 
 /// The lines of a file, a pipe or a terminal, without a byte order mark before the first. An
 /// ordinary stream would not wake up when the user interrupts.

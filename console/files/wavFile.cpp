@@ -1,9 +1,7 @@
 #include "console/files/wavFile.h"
 
-#include <cmath>
 #include <cstdio>
 #include <sndfile.hh>
-#include <vector>
 
 #include "console/ExitCode.h"
 
@@ -69,23 +67,6 @@ std::string formatText(const WavFormat& format) {
     std::snprintf(seconds, sizeof seconds, "%.2f s", format.seconds);
     return "WAV, " + std::to_string(format.rate) + " Hz, " + channelText(format.channels) + ", " +
            (format.bits == 0 ? "" : std::to_string(format.bits) + " bit, ") + seconds;
-}
-
-void writeTone(const std::filesystem::path& path, int seconds) {
-    constexpr int rate = 48000;
-    constexpr double hertz = 440;
-    constexpr double loudness = 8000;
-    constexpr double fullCircle = 6.283185307179586;
-    std::vector<short> samples(static_cast<std::size_t>(rate * seconds));
-    for (std::size_t i = 0; i < samples.size(); ++i) {
-        const double second = static_cast<double>(i) / rate;
-        samples[i] = static_cast<short>(loudness * std::sin(fullCircle * hertz * second));
-    }
-    SndfileHandle file(path.string(), SFM_WRITE, SF_FORMAT_WAV | SF_FORMAT_PCM_16, 1, rate);
-    const auto count = static_cast<sf_count_t>(samples.size());
-    if (file.error() != SF_ERR_NO_ERROR || file.write(samples.data(), count) != count) {
-        throw Failure(ExitCode::Usage, path.string() + ": " + file.strError());
-    }
 }
 
 }  // namespace console

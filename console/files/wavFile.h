@@ -21,8 +21,4 @@ WavFormat checkWav(const std::string& path);
 /// For example "WAV, 48000 Hz, mono, 16 bit, 1.52 s".
 std::string formatText(const WavFormat& format);
 
-/// Writes a WAV file with a tone, 16 bit, mono, 48000 Hz.
-/// @throws Failure when it cannot be written
-void writeTone(const std::filesystem::path& path, int seconds);
-
 }  // namespace console

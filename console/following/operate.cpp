@@ -1,9 +1,12 @@
 #include "console/following/operate.h"
 
+#include <cmath>
+
 #include "client/recordText.h"
 #include "console/ExitCode.h"
 #include "console/Progress.h"
 #include "console/text/cleanText.h"
+#include "sdk/globals.h"
 
 namespace console {
 
@@ -23,6 +26,14 @@ paclient::Wait waitOf(const Context& context, const std::string& what, const std
         }
     };
     return wait;
+}
+
+ControllerLimit::ControllerLimit(double seconds) : before_(pa::load(gMaxServerWaitTimeSeconds)) {
+    pa::store(gMaxServerWaitTimeSeconds, static_cast<int>(std::ceil(seconds)));
+}
+
+ControllerLimit::~ControllerLimit() {
+    pa::store(gMaxServerWaitTimeSeconds, before_);
 }
 
 std::string unknownWhether(const std::string& effect) {
@@ -48,10 +59,6 @@ std::string requireConfirmed(const paclient::Confirmation& confirmation,
             break;
     }
     throw Failure(ExitCode::TimedOut, "the server has not confirmed it in time; " + unknown);
-}
-
-std::string gainText(double level) {
-    return " has the gain " + paclient::valueText(level + 0.0) + " dB";  // a zero has no sign
 }
 
 void printOutcome(const Context& context, const std::string& sentence, const paclient::Json& json) {

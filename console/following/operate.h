@@ -22,6 +22,18 @@ constexpr double answerSeconds = 10;
 paclient::Wait waitOf(const Context& context, const std::string& what, const std::string& unknown,
                       double seconds = answerSeconds);
 
+/// How long the controller itself waits for the server, while the object lives.
+class ControllerLimit {
+public:
+    explicit ControllerLimit(double seconds);
+    ControllerLimit(const ControllerLimit&) = delete;
+    ControllerLimit& operator=(const ControllerLimit&) = delete;
+    ~ControllerLimit();
+
+private:
+    const int before_;
+};
+
 /// "whether EFFECT is unknown".
 std::string unknownWhether(const std::string& effect);
 
@@ -43,9 +55,6 @@ std::string operate(const Context& context, const std::string& effect, Operation
     return requireConfirmed(operation(waitOf(context, "until " + effect, unknown, seconds)),
                             unknown);
 }
-
-/// " has the gain -3.5 dB", in the digits that are sent.
-std::string gainText(double level);
 
 /// Prints a result: a sentence, or JSON.
 void printOutcome(const Context& context, const std::string& sentence, const paclient::Json& json);

@@ -1,5 +1,7 @@
 #include "console/schedule/ScheduleOptions.h"
 
+#include <tuple>
+
 #include "client/StationClock.h"
 #include "client/schedulesCheck.h"
 #include "console/ExitCode.h"
@@ -64,27 +66,25 @@ void requireIf(bool given, bool fits, const char* text) {
     }
 }
 
-void changeTimes(ScheduleDefinition& schedule, const ScheduleOptions& o) {
-    if (o.from.date) {
-        schedule.startYear = o.from.date->year;
-        schedule.startMonth = o.from.date->month;
-        schedule.startDay = o.from.date->day;
+void setDate(const std::optional<Date>& date, int& year, int& month, int& day) {
+    if (date) {
+        std::tie(year, month, day) = std::tie(date->year, date->month, date->day);
     }
-    if (o.from.time) {
-        schedule.startHour = o.from.time->hour;
-        schedule.startMinute = o.from.time->minute;
+}
+
+void setTime(const std::optional<TimeOfDay>& time, int& hour, int& minute) {
+    if (time) {
+        std::tie(hour, minute) = std::tie(time->hour, time->minute);
     }
-    if (o.until.date) {
-        schedule.endYear = o.until.date->year;
-        schedule.endMonth = o.until.date->month;
-        schedule.endDay = o.until.date->day;
-    }
-    if (o.until.time) {
-        schedule.endHour = o.until.time->hour;
-        schedule.endMinute = o.until.time->minute;
-    }
-    setIfGiven(schedule.dayMask, o.dayMask);
-    setIfGiven(schedule.frequency, o.every);
+}
+
+void changeTimes(ScheduleDefinition& s, const ScheduleOptions& o) {
+    setDate(o.from.date, s.startYear, s.startMonth, s.startDay);
+    setTime(o.from.time, s.startHour, s.startMinute);
+    setDate(o.until.date, s.endYear, s.endMonth, s.endDay);
+    setTime(o.until.time, s.endHour, s.endMinute);
+    setIfGiven(s.dayMask, o.dayMask);
+    setIfGiven(s.frequency, o.every);
 }
 
 /// Has the schedule play something of this type from now on, instead of anything else.

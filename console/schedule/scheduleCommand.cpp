@@ -3,8 +3,7 @@
 #include "client/scheduleText.h"
 #include "client/schedules.h"
 #include "console/ExitCode.h"
-#include "console/commands/commands.h"
-#include "console/following/operate.h"
+#include "console/commands/devices.h"
 #include "console/schedule/ScheduleOptions.h"
 #include "console/schedule/scheduleTransfer.h"
 #include "console/text/resourceTable.h"
@@ -15,8 +14,6 @@ namespace console {
 namespace {
 
 using paclient::Wait;
-
-constexpr const char* idHelp = "The number of a schedule";
 
 std::string titleOf(int id) {
     return "schedule " + std::to_string(id);
@@ -44,6 +41,7 @@ std::string put(const Context& context, const ScheduleDefinition& schedule) {
 /// @return the number that the server has given it
 int create(const Context& context, const ScheduleDefinition& schedule) {
     int id = 0;
+    const ControllerLimit limit(context.settings.timeout.value_or(answerSeconds));
     operate(context, "the schedule is in", [&](const Wait& wait) {
         const paclient::NewSchedule created = createSchedule(schedule, wait);
         id = created.id;
@@ -51,16 +49,6 @@ int create(const Context& context, const ScheduleDefinition& schedule) {
     });
     return id;
 }
-
-struct ScheduleShow {
-    std::string id;
-
-    void define(CLI::App& app) { addText(app, "ID", id, idHelp)->required(); }
-    void run(const Context& context) const {
-        context.session();
-        printOne(context, findOne(paclient::schedules, id));
-    }
-};
 
 struct ScheduleAdd {
     std::optional<int> id;
@@ -92,18 +80,16 @@ struct ScheduleAdd {
     }
 };
 
-struct ScheduleModify {
-    std::string id;
+struct ScheduleModify : Named<paclient::schedules> {
     ScheduleOptions options;
 
     void define(CLI::App& app) {
-        addText(app, "ID", id, idHelp)->required();
+        Named::define(app);
         addScheduleOptions(app, options);
     }
 
     void run(const Context& context) const {
-        context.session();
-        const ScheduleDefinition schedule = changed(findOne(paclient::schedules, id), options);
+        const ScheduleDefinition schedule = changed(find(context), options);
         if (schedule.visualAnnouncementType != AT_NONE && !options.validity) {
             throw Failure(ExitCode::Usage,
                           "--validity is missing: how long a text is shown is known of new "
@@ -174,7 +160,8 @@ Command scheduleCommand() {
     return group(
         "schedule", "Have announcements played at set dates and times",
         {command<list>("list", "List the schedules, and when they run next"),
-         command<ScheduleShow>("show", "Show one schedule with all its members"),
+         command<OfNamed<paclient::schedules, printOne<paclient::ScheduleEntry>>>(
+             "show", "Show one schedule with all its members"),
          command<ScheduleAdd>("add", "Have the server play something at set dates and times"),
          command<ScheduleModify>("modify", "Change what is named of a schedule"),
          command<ScheduleRemove>("remove", "Delete schedules"),

@@ -12,7 +12,7 @@
 #include "console/ExitCode.h"
 #include "console/following/LiveView.h"
 #include "console/interrupt.h"
-#include "console/text/choiceTable.h"
+#include "console/text/TextTable.h"
 #include "console/text/cleanText.h"
 
 namespace console {

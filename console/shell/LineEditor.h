@@ -10,7 +10,7 @@
 
 #include "console/Output.h"
 #include "console/arguments/completion.h"
-#include "console/files/LineSource.h"
+#include "console/files/LineFile.h"
 #include "console/shell/HistoryFile.h"
 
 namespace console {

@@ -13,13 +13,16 @@ namespace {
 /// Releases the sources, whatever ends the shell.
 class Leaving {
 public:
-    explicit Leaving(Output& diagnostics) : diagnostics_(diagnostics) {}
+    explicit Leaving(const Context& context) : context_(context) {}
     Leaving(const Leaving&) = delete;
     Leaving& operator=(const Leaving&) = delete;
-    ~Leaving() { releaseSources(diagnostics_); }
+    ~Leaving() {
+        context_.connection.onReconnected = {};
+        releaseSources(context_.diagnostics);
+    }
 
 private:
-    Output& diagnostics_;
+    const Context& context_;
 };
 
 }  // namespace
@@ -28,10 +31,11 @@ Shell::Shell(const Context& context, ShellNews& news, bool onTerminal)
     : context_(context), news_(news), onTerminal_(onTerminal) {
     context_.connection.lasts = true;
     context_.connection.survivesInterruption = true;
+    context_.connection.onReconnected = [&news] { news.report(); };
 }
 
 ExitCode Shell::run(LineSource& lines) {
-    const Leaving leaving(context_.diagnostics);
+    const Leaving leaving(context_);
     std::string line;
     while (lines.next(line) && runLine(line)) {
     }
@@ -66,10 +70,7 @@ bool Shell::runLine(const std::string& line) {
     if (onTerminal_) {
         interrupt::rearm();
     }
-    if (command == "source attach" || command == "source detach") {
-        news_.noteSources();  // the command has reported what it has detached
-    }
-    news_.tell(reported);
+    news_.reportAfter(command, reported);
     return command != "exit" && command != "quit";
 }
 

@@ -4,7 +4,7 @@
 
 #include "console/Context.h"
 #include "console/ExitCode.h"
-#include "console/files/LineSource.h"
+#include "console/files/LineFile.h"
 #include "console/shell/shellNews.h"
 
 namespace console {

@@ -9,7 +9,6 @@
 #include "console/shell/HistoryFile.h"
 #include "console/shell/LineEditor.h"
 #include "console/shell/Shell.h"
-#include "console/text/knownNames.h"
 
 namespace console {
 
@@ -27,12 +26,12 @@ void runOnTerminal(const Context& context, ShellNews& news, bool keepsHistory) {
     HistoryFile history(keepsHistory ? historyPath(stateHome, home) : "", context.diagnostics);
     const bool mixes = isatty(STDERR_FILENO) == 1;
     LineEditor editor(stdin, stdout, mixes ? &context.diagnostics : nullptr, history,
-                      {completeLine, [&news] { news.tell(); }});
+                      {completeLine, [&news] { news.report(); }});
     Shell(context, news, true).run(editor);
 }
 
 void runWithoutTerminal(const Context& context, ShellNews& news) {
-    LineFile lines("-", "shell", [&news] { news.tell(); });
+    LineFile lines("-", "shell", [&news] { news.report(); });
     const ExitCode code = Shell(context, news, false).run(lines);
     if (code != ExitCode::Done) {
         throw Failure(code, "");  // reported with its line

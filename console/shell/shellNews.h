@@ -14,22 +14,23 @@ std::set<int> heldSources();
 /// Releases them, within seconds, and reports of each whether it is released.
 void releaseSources(Output& diagnostics);
 
-/// What a shell reports between its commands: refusals that come late, sources that are no longer
-/// attached, and a connection that is there again.
+/// What a script and a shell report between their commands: refusals that come late, sources that
+/// are no longer attached, and a connection that is there again.
 class ShellNews {
 public:
-    explicit ShellNews(Output& diagnostics);
+    explicit ShellNews(Output& diagnostics, bool reportsConnection = true);
 
-    /// Reports what has happened since, but no refusal that is part of `said`.
-    void tell(const std::string& said = {});
+    /// Reports what has happened since, but no refusal that is part of `reported`.
+    void report(const std::string& reported = {});
 
-    /// The end of the sources that are attached now is reported from here on.
-    void noteSources() { held_ = heldSources(); }
+    /// The same after a command.
+    void reportAfter(const std::string& command, const std::string& reported);
 
 private:
-    std::string textOf(const paclient::Change& change, const std::string& said);
+    std::string textOf(const paclient::Change& change, const std::string& reported);
 
     Output& diagnostics_;
+    const bool reportsConnection_;
     paclient::Subscription changes_;
     std::set<int> held_;
 };

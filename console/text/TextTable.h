@@ -28,4 +28,8 @@ private:
     std::vector<std::vector<std::string>> rows_;  // the headings first; clean texts
 };
 
+/// Choices for a terminal, in as many columns as there is room for, read downwards. Of very many
+/// the first are shown, and how many more there are.
+std::string choiceTable(const std::vector<std::string>& choices, std::size_t columns);
+
 }  // namespace console

@@ -1,5 +1,6 @@
 #include "console/text/changeText.h"
 
+#include "client/StationClock.h"
 #include "client/json.h"
 #include "client/recordText.h"
 #include "client/resources.h"
@@ -80,6 +81,17 @@ std::string text(const palink::Refusal& refusal) {
     return withStates(refusal.requestId, {refusal.reason});
 }
 
+/// The time at the station now: "2026-12-01T06:00:12".
+std::string timeNow() {
+    constexpr std::size_t minuteLength = 16;
+    constexpr int minute = 60;
+    const StationClock clock = stationClock();
+    const std::time_t now = clock.now();
+    const auto second = std::to_string(now % minute);
+    return clock.momentText(now).substr(0, minuteLength) + (second.size() < 2 ? ":0" : ":") +
+           second;
+}
+
 /// Writes one change.
 struct ChangeWriter {
     const char* event;
@@ -119,20 +131,47 @@ private:
 
     std::string textOf(const std::string& record) const {
         constexpr std::size_t eventWidth = 20;
-        return fitted(event, eventWidth) + clean(record) + '\n';
+        constexpr std::size_t dateLength = 11;
+        return timeNow().substr(dateLength) + "  " + fitted(event, eventWidth) + clean(record) +
+               '\n';
     }
 
     std::string jsonOf(const Json& record) const {
-        Json object = {{"event", event}};
+        Json object = {{"event", event}, {"time", timeNow()}};
         object.update(record);
         return jsonLine(object);
     }
 };
 
+/// Its loss is in the log.
+std::string connectionLine(const palink::ConnectionChange& change) {
+    const bool isBack =
+        change.state == palink::ConnectionChange::State::Synced && change.number > 1;
+    return isBack ? "the connection to the server is there again" : "";
+}
+std::string connectionLine(const Lost& lost) {
+    return std::to_string(lost.count) + " changes are not printed: they came too fast";
+}
+template <class Other>
+std::string connectionLine(const Other& /*change*/) {
+    return {};
+}
+
 }  // namespace
 
 std::string changeLine(const Change& change, LineForm form) {
     return std::visit(ChangeWriter{eventName(change), form}, change);
+}
+
+std::string connectionText(const Change& change) {
+    return std::visit([](const auto& what) { return connectionLine(what); }, change);
+}
+
+bool isLoss(const Change& change) {
+    using State = palink::ConnectionChange::State;
+    const auto* const connection = std::get_if<palink::ConnectionChange>(&change);
+    return connection != nullptr &&
+           (connection->state == State::Disconnected || connection->state == State::Stopped);
 }
 
 }  // namespace console

@@ -8,10 +8,17 @@ namespace console {
 
 enum class LineForm { Text, Json };
 
-/// A change as one line. For people: what, which one, and its state; in JSON: the name of the
-/// event, then the members of the record.
+/// A change as one line, with the time at the station now. For people: what, which one, and its
+/// state; in JSON: the name of the event and the time, then the members of the record.
 /// @return empty for what has no line: attached zones, readings of a meter, and what is of the
 ///         link only
 std::string changeLine(const paclient::Change& change, LineForm form);
+
+/// What the user reads about the connection and about what was lost: a line without its end, or
+/// nothing when the change is another one.
+std::string connectionText(const paclient::Change& change);
+
+/// Whether the connection is lost.
+bool isLoss(const paclient::Change& change);
 
 }  // namespace console

@@ -68,9 +68,7 @@ void printOne(const Context& context, const Record& record) {
     }
     TextTable table({"MEMBER", "VALUE"});
     paclient::forEachMember(record, [&](const paclient::MemberInfo& info, const auto& value) {
-        if (info.readers == paclient::Readers::All) {
-            table.addRow({info.name, paclient::valueText(value)});
-        }
+        table.addRow({info.name, paclient::valueText(value)});
     });
     context.out.write(table.text());
 }

@@ -1,5 +1,6 @@
 #include "simserver/audio/UploadFolder.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <fcntl.h>
 #include <string_view>
@@ -84,6 +85,18 @@ std::optional<fs::path> UploadFolder::placeOf(const std::string& serverPath) con
 
 std::optional<fs::path> UploadFolder::placeOfPreview(const std::string& serverPath) const {
     return placeIn(previews_, previewFolder, serverPath);
+}
+
+std::vector<std::string> UploadFolder::paths() const {
+    std::vector<std::string> paths;
+    std::error_code ignored;
+    for (const fs::directory_entry& entry : fs::directory_iterator(folder_, ignored)) {
+        if (entry.is_regular_file(ignored)) {
+            paths.push_back(serverFolder + entry.path().filename().string());
+        }
+    }
+    std::sort(paths.begin(), paths.end());
+    return paths;
 }
 
 palink::UploadResult UploadFolder::store(const std::string& localPath,

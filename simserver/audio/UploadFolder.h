@@ -5,6 +5,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "link/Transport.h"
 #include "util/Descriptor.h"
@@ -39,6 +40,9 @@ public:
 
     /// The same for the folder of previews.
     std::optional<std::filesystem::path> placeOfPreview(const std::string& serverPath) const;
+
+    /// The server's paths of the files in its folder, in order.
+    std::vector<std::string> paths() const;
 
     /// Has a new file written by `write` and moves it to `place` atomically, where it replaces a
     /// file of that name. Nothing is left of a file that cannot be written.

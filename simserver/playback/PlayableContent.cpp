@@ -20,7 +20,9 @@ SimTime lengthOfFile(const std::filesystem::path& file) {
     const std::unique_ptr<SNDFILE, int (*)(SNDFILE*)> opened(sf_open(file.c_str(), SFM_READ, &info),
                                                              sf_close);
     if (opened == nullptr) {
-        throw Refused("cannot read " + file.filename().string() + ": " + sf_strerror(nullptr));
+        throw Refused(
+            "cannot read " + file.filename().string() + ": " +
+            (std::filesystem::exists(file) ? "it is not an audio file" : "there is no such file"));
     }
     const std::chrono::duration<double> seconds(static_cast<double>(info.frames) / info.samplerate);
     return std::chrono::round<SimTime>(std::min<std::chrono::duration<double>>(seconds, longest));
@@ -97,6 +99,18 @@ PlayableContent::Length PlayableContent::lengthOf(const RecordedContent& content
         throw Refused("\"" + content.path + "\" is not on this server");
     }
     return lengthOfFile(*file);
+}
+
+std::vector<Recording> PlayableContent::recordings() const {
+    std::vector<Recording> all = station_.recordings;
+    for (const std::string& path : uploads_.paths()) {
+        try {
+            all.push_back({path, *lengthOf(RecordedContent{0, path})});
+        } catch (const Refused&) {
+            continue;  // not audio, or deleted meanwhile
+        }
+    }
+    return all;
 }
 
 PlayableContent::Length PlayableContent::lengthOf(const DictionaryContent& content) const {

@@ -4,6 +4,7 @@
 #include <optional>
 #include <set>
 #include <string>
+#include <vector>
 
 #include "simserver/SimTime.h"
 #include "simserver/audio/UploadFolder.h"
@@ -33,6 +34,10 @@ public:
     /// How long a part of a request lasts if it begins now; nothing when it has no end of its own.
     /// @throws Refused when it cannot be played after all
     std::optional<SimTime> lengthOf(const RequestPart& part) const;
+
+    /// What can be played by its path: the station's recordings, then the files of the upload
+    /// folder in order of their names.
+    std::vector<Recording> recordings() const;
 
 private:
     using Length = std::optional<SimTime>;

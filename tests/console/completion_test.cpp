@@ -6,7 +6,7 @@
 
 #include "console/arguments/commandLine.h"
 #include "console/arguments/words.h"
-#include "console/text/choiceTable.h"
+#include "console/text/TextTable.h"
 
 namespace {
 

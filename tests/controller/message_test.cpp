@@ -139,7 +139,7 @@ TEST_F(MessageTest, ListsInBracesAreItems) {
     EXPECT_EQ(message.getVisualMessageDictionaryItems(), (Items{4, 5}));
 }
 
-TEST_F(MessageTest, AnUploadGoesToTheServersFolderUnderItsFileName) {
+TEST_F(MessageTest, AnUploadIsForTheServersFolderUnderItsFileName) {
     for (const char* const path : {"hello.wav", "a\\b/hello.wav", "/a/b\\hello.wav"}) {
         Message message;
         message.setAudioMessage(path, Message::L16_48K);

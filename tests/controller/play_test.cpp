@@ -91,7 +91,7 @@ TEST_F(PlayTest, DisplayTemplates) {
 
 TEST_F(PlayTest, BothPartsFollowEachOther) {
     Message message = dictionaryMessage();
-    message.setVisualMessage(std::string("shown nowhere"));
+    message.setVisualMessage(std::string("not displayed"));
     message.setGain(0);
     EXPECT_EQ(played(message), head + part(R"(2,10.0.0.5,"Z",12^40!2,0,0^0^0)") +
                                    part(R"(9,10.0.0.5,"Z",,0,0^0^0)") + "\n");

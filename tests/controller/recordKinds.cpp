@@ -35,8 +35,8 @@ std::string one(int key) {
     return found ? paclient::lineOf(*found) : "nothing";
 }
 
-std::vector<RecordKind> read() {
-    std::vector<RecordKind> kinds = {
+std::vector<RecordCase> read() {
+    std::vector<RecordCase> kinds = {
         {"addUpdatePaSource", byKey<&C::addUpdatePaSource>, withdraw<2>,
          list<PaSource, &C::getPaSources>, one<PaSource, &C::findPaSource>},
         {"addUpdatePaSink", byKey<&C::addUpdatePaSink>, withdraw<3>, list<PaSink, &C::getPaSinks>,
@@ -61,7 +61,7 @@ std::vector<RecordKind> read() {
     for (std::string property, text; file >> property && std::getline(file >> std::ws, text);) {
         if (property == "kind") {
             kind = std::find_if(kinds.begin(), kinds.end(),
-                                [&](const RecordKind& k) { return k.handler == text; });
+                                [&](const RecordCase& k) { return k.handler == text; });
         } else if (property != "#") {
             kind->texts[property] += text + "\n";
         }
@@ -71,21 +71,21 @@ std::vector<RecordKind> read() {
 
 }  // namespace
 
-std::string RecordKind::lines(const std::string& property) const {
+std::string RecordCase::lines(const std::string& property) const {
     const auto found = texts.find(property);
     return found == texts.end() ? "" : found->second;
 }
 
-std::string RecordKind::line(const std::string& property) const {
+std::string RecordCase::line(const std::string& property) const {
     const std::string text = lines(property);
     return text.substr(0, text.find('\n'));
 }
 
-bool RecordKind::is(const std::string& property) const {
+bool RecordCase::is(const std::string& property) const {
     return lines("is").find(property) != std::string::npos;
 }
 
-const std::vector<RecordKind>& everyKind() {
-    static const std::vector<RecordKind> kinds = read();
+const std::vector<RecordCase>& everyKind() {
+    static const std::vector<RecordCase> kinds = read();
     return kinds;
 }

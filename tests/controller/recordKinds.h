@@ -8,7 +8,7 @@
 #include "sdk/PAController.h"
 
 /// The records of one kind: functions of the controller, and the properties in recordKinds.txt.
-struct RecordKind {
+struct RecordCase {
     std::string handler;
     void (*handle)(PAController&, int key, TEVlist*);
     void (*remove)(PAController&, int key);
@@ -25,9 +25,9 @@ struct RecordKind {
     bool is(const std::string& property) const;
 };
 
-inline std::ostream& operator<<(std::ostream& out, const RecordKind& kind) {
+inline std::ostream& operator<<(std::ostream& out, const RecordCase& kind) {
     return out << kind.handler;
 }
 
 /// Every kind of record that has a cache of its own.
-const std::vector<RecordKind>& everyKind();
+const std::vector<RecordCase>& everyKind();

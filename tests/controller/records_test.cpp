@@ -10,7 +10,7 @@
 
 namespace {
 
-struct RecordsTest : ControllerTest, testing::WithParamInterface<RecordKind> {
+struct RecordsTest : ControllerTest, testing::WithParamInterface<RecordCase> {
     std::string handle(int key, const pa::RecordFields& fields,
                        PAController& handler = gPaController) {
         pa::RecordList record(fields);
@@ -24,7 +24,7 @@ struct RecordsTest : ControllerTest, testing::WithParamInterface<RecordKind> {
         return (text.empty() ? "" : "*log 1 " + kind.handler + ": " + text) + pause + calls;
     }
 
-    const RecordKind& kind = GetParam();
+    const RecordCase& kind = GetParam();
     const pa::RecordFields full = fieldsOf(kind.line("record"));
     const std::string entry = kind.lines("entry");
     const std::string pause = kind.is("pauses") ? "sleep 100\n" : "";
@@ -74,8 +74,8 @@ TEST_P(RecordsTest, PostsItsEventsWithoutAnObserver) {
     transcript();
     EXPECT_EQ(handle(7, full, unobserved), pause + kind.lines("quiet"));
     kind.remove(unobserved, 7);
-    const std::string gone = kind.lines("gone");
-    EXPECT_EQ(transcript(), gone.substr(gone.find('\n') + 1));
+    const std::string withdrawn = kind.lines("withdrawn");
+    EXPECT_EQ(transcript(), withdrawn.substr(withdrawn.find('\n') + 1));
 }
 
 TEST_P(RecordsTest, IsWithdrawnByKeyOrAll) {
@@ -84,7 +84,7 @@ TEST_P(RecordsTest, IsWithdrawnByKeyOrAll) {
     kind.remove(controller, 12);
     EXPECT_EQ(transcript(), "");
     kind.remove(controller, 7);
-    EXPECT_EQ(transcript(), kind.lines("gone"));
+    EXPECT_EQ(transcript(), kind.lines("withdrawn"));
     EXPECT_NE(kind.cache(), "");
     kind.remove(controller, 0);
     EXPECT_EQ(kind.cache(), "");
@@ -103,15 +103,15 @@ TEST_P(RecordsTest, IsNotReportedAfterAWithdrawalInACallbackOrDuringThePause) {
     const auto forBoth = [](const std::string& calls) {
         return std::regex_replace(calls, std::regex("\\*o(.*\n)"), "*o$1*p$1");
     };
-    const std::string gone = forBoth(kind.lines("gone"));
+    const std::string withdrawn = forBoth(kind.lines("withdrawn"));
     const std::string change = kind.lines("change");
     observer.inCallback = withdraw;
-    EXPECT_EQ(
-        handle(7, full, watched),
-        pause + (gone.empty() ? forBoth(change) : change.substr(0, change.find('\n') + 1) + gone));
+    EXPECT_EQ(handle(7, full, watched),
+              pause + (withdrawn.empty() ? forBoth(change)
+                                         : change.substr(0, change.find('\n') + 1) + withdrawn));
     if (pause != "") {
         host().sleepAction = [&](int) { withdraw(); };
-        EXPECT_EQ(handle(7, full, watched), pause + gone);
+        EXPECT_EQ(handle(7, full, watched), pause + withdrawn);
     }
 }
 

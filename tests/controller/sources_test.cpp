@@ -48,7 +48,7 @@ TEST_F(SourceLocksTest, AreNotTakenFromAnotherHolderNorWithoutAServer) {
     EXPECT_EQ(transcript(), "");
 }
 
-TEST_F(SourceLocksTest, AreNotAwaitedForeverNorInsideACallback) {
+TEST_F(SourceLocksTest, AreAwaitedForALimitedTimeAndNotInsideACallback) {
     const std::string attach = "*send -1 92/1 1 4,uuid-self\n";
     const std::string detach = "*send -1 92/2 1 6,uuid-self\n";
     gMaxServerWaitTimeSeconds = 2;

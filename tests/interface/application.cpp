@@ -1,5 +1,5 @@
-// What the compiler says of an application: it warns of each result that is thrown away but the
-// last, and of nothing else.
+// What the compiler reports for an application: a warning for each result that is thrown away but
+// the last, and nothing else.
 #include <type_traits>
 
 #include "link/ServerLink.h"

@@ -1,7 +1,6 @@
-#include "console/commands/PlayRequest.h"
-
 #include "console/ExitCode.h"
 #include "console/arguments/options.h"
+#include "console/commands/playMessage.h"
 #include "console/files/wavFile.h"
 #include "console/text/cleanText.h"
 

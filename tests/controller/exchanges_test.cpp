@@ -1,10 +1,10 @@
-// The scenarios in scenarios/*.txt: what the controller does with the records of the server.
+// The exchanges in exchanges/*.txt: what the controller does with the records of the server.
 //
-//     == Name      a scenario, with empty caches
+//     == Name      an exchange, with empty caches
 //     . command    a command
 //     > command    a command, and below it the lines that it leads to
 //
-// The commands before the first scenario of a file begin each of them.
+// The commands before the first exchange of a file begin each of them.
 //
 //     source KEY FIELDS ...                a record, and likewise of the other kinds
 //     zone SERVER KEY FIELDS
@@ -144,21 +144,21 @@ void run(const std::string& command) {
     commands.at(verb)(words);
 }
 
-struct Scenario {
+struct Exchange {
     std::string name;
     std::vector<std::string> lines;
 };
 
-std::ostream& operator<<(std::ostream& out, const Scenario& scenario) {
-    return out << scenario.name;
+std::ostream& operator<<(std::ostream& out, const Exchange& exchange) {
+    return out << exchange.name;
 }
 
-std::vector<Scenario> scenarios() {
-    std::vector<Scenario> all;
-    for (const auto& path : std::filesystem::directory_iterator(PA_SCENARIO_TEXTS)) {
+std::vector<Exchange> exchanges() {
+    std::vector<Exchange> all;
+    for (const auto& path : std::filesystem::directory_iterator(PA_EXCHANGES)) {
         std::ifstream file(path.path());
-        Scenario begin;
-        Scenario* current = &begin;
+        Exchange begin;
+        Exchange* current = &begin;
         for (std::string line; std::getline(file, line);) {
             if (line.rfind("== ", 0) == 0) {
                 all.push_back({line.substr(3), begin.lines});
@@ -171,12 +171,12 @@ std::vector<Scenario> scenarios() {
     return all;
 }
 
-struct ScenarioTest : ControllerTest, testing::WithParamInterface<Scenario> {};
+struct ExchangeTest : ControllerTest, testing::WithParamInterface<Exchange> {};
 
-INSTANTIATE_TEST_SUITE_P(Texts, ScenarioTest, testing::ValuesIn(scenarios()),
+INSTANTIATE_TEST_SUITE_P(Texts, ExchangeTest, testing::ValuesIn(exchanges()),
                          [](const auto& row) { return row.param.name; });
 
-TEST_P(ScenarioTest, IsAsWritten) {
+TEST_P(ExchangeTest, IsAsWritten) {
     std::string expected;
     std::string actual;
     for (const std::string& line : GetParam().lines) {

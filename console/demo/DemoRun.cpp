@@ -1,0 +1,227 @@
+#include "console/demo/DemoRun.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "client/Announcement.h"
+#include "client/resources.h"
+#include "console/Console.h"
+#include "console/ExitCode.h"
+#include "console/arguments/words.h"
+#include "console/interrupt.h"
+#include "sdk/PAController.h"
+
+namespace console {
+
+using namespace paclient;
+
+const DemoRun::Event DemoRun::events[] = {
+    {"wait for ends", "the end of what plays", "", 60, &DemoRun::areOver},
+    {"wait for zones of {source}", "its announcement", "plays there", 12, &DemoRun::isLive},
+    {"wait for renewals of {source}", "two renewals of its lock", "renewed twice", 30,
+     &DemoRun::isRenewed},
+    {"wait for run", "the run at the next minute", "played", 12, &DemoRun::hasRun},
+};
+
+DemoRun::DemoRun(const Context& context, const std::vector<std::string>& zoneIds)
+    : DemoScreen(context, demoSteps.size()),
+      context_(context),
+      lasted_(std::exchange(context.connection.lasts, true)),
+      values_(demoValues(zoneIds, folder_.path())),
+      firstPlayed_(context.connection.playedIds.size()),
+      lineContext_{context.settings, out_, out_, -1, context.connection} {
+    lineContext_.settings.json = false;
+    for (const auto& [name, value] : values_) {
+        if (name.rfind("zone", 0) == 0) {
+            addZone(value);
+        }
+    }
+    for (const DemoStep& step : demoSteps) {
+        steps_.push_back({step});
+    }
+}
+
+DemoRun::~DemoRun() {
+    const interrupt::Deferral deferral;
+    constexpr double answerSeconds = 2;
+    lineContext_.settings.timeout = answerSeconds;
+    std::vector<std::string> lines;
+    const auto& played = context_.connection.playedIds;
+    for (std::size_t i = firstPlayed_; i < played.size(); ++i) {
+        lines.push_back("cancel " + played[i]);
+    }
+    lines.insert(lines.end(), demoCleanUp.begin(), demoCleanUp.end());
+    context_.connection.lasts = lasted_;
+    try {
+        context_.session().waitUntilDelivered();  // what was sent last may be unknown still
+    } catch (const Failure&) {
+        return;  // nothing can be undone without a connection
+    }
+    for (const std::string& line : lines) {
+        try {
+            runLine(filled(line));
+        } catch (const std::exception&) {
+            continue;  // there is nothing to undo
+        }
+    }
+}
+
+const std::vector<DemoProgress>& DemoRun::run() {
+    perform(steps_.back(), demoBeginning);
+    for (DemoProgress& step : steps_) {
+        beginStep(step.step.page, step.step.name, step.step.kind);
+        for (const std::string& line : step.step.lines) {
+            perform(step, line);
+        }
+    }
+    return steps_;
+}
+
+/// Runs a line, unless one before has failed.
+void DemoRun::perform(DemoProgress& step, const std::string& line) try {
+    if (step.hasFailed) {
+        return;
+    }
+    if (line.rfind("wait ", 0) == 0) {
+        const std::string reached = waitedFor(line);
+        step.seen += (step.seen.empty() || reached.empty() ? "" : ", ") + reached;
+        return;
+    }
+    const auto& played = context_.connection.playedIds;
+    const std::size_t before = played.size();
+    const std::vector<std::string> words = filled(line);
+    std::string typed;
+    for (const std::string& word : words) {
+        typed += ' ' + quoted(word);
+    }
+    report(step.step.name, '$' + typed);
+    const std::string printed = runLine(words);
+    if (played.size() > before) {
+        step.requestId = values_["request"] = played.back();
+    }
+    step.seen = step.requestId.empty() ? printed : step.seen;
+    report(step.step.name, printed);
+} catch (const Failure& failure) {
+    if (failure.code == ExitCode::Interrupted || failure.code == ExitCode::ConnectionLost) {
+        throw;
+    }
+    step.hasFailed = true;
+    step.seen = failure.what();
+    report(step.step.name, step.seen);
+}
+
+/// @return the last line that is printed, without the folder of the demo's files
+std::string DemoRun::runLine(const std::vector<std::string>& words) {
+    printed_.str("");
+    console::runLine(lineContext_, words, LineKind::Shell);
+    std::string text = printed_.str();
+    text.erase(text.find_last_not_of('\n') + 1);
+    text.erase(0, text.rfind('\n') + 1);
+    const std::string folder = folder_.path().string() + '/';
+    return text.compare(0, folder.size(), folder) == 0 ? text.substr(folder.size()) : text;
+}
+
+/// The words of a line.
+std::vector<std::string> DemoRun::filled(const std::string& line) const {
+    std::vector<std::string> words = splitWords(line);
+    for (std::string& word : words) {
+        if (const std::size_t open = word.find('{'); open != std::string::npos) {
+            const std::string name = word.substr(open + 1, word.find('}') - open - 1);
+            word.replace(open, name.size() + 2, valueOf(name));
+        }
+    }
+    return words;
+}
+
+std::string DemoRun::valueOf(const std::string& name) const {
+    if (name == "trigger") {
+        for (const PaSWTrigger& trigger : gPaController.getSwPaTriggers()) {
+            if (std::to_string(trigger.associatedSourceId) == valueOf("other")) {
+                return std::to_string(trigger.trigger.id);
+            }
+        }
+    }
+    const auto found = values_.find(name);
+    if (found == values_.end()) {
+        throw Failure(ExitCode::NotFound, "there is no " + name + " that is free");
+    }
+    return found->second;
+}
+
+/// @return what has been seen
+std::string DemoRun::waitedFor(const std::string& line) {
+    filled(line);  // what it needs is there
+    const double speed = context_.settings.speed;
+    const auto* const event = std::find_if(std::begin(events), std::end(events),
+                                           [&](const Event& e) { return e.line == line; });
+    if (event == std::end(events)) {
+        const double seconds = std::stod(line.substr(line.find(' ')));
+        showUntil(seconds / speed, "", [] { return false; });
+        return "";
+    }
+    constexpr double stationSeconds = 90;  // the next minute, and the length of the longest text
+    const double limit =
+        context_.settings.timeout.value_or(event->seconds + stationSeconds / speed);
+    if (!showUntil(limit, event->awaited, [&] { return (this->*event->isReached)(); })) {
+        throw Failure(ExitCode::TimedOut, std::string("waited in vain for ") + event->awaited);
+    }
+    return event->reached;
+}
+
+bool DemoRun::areOver() const {
+    return std::all_of(steps_.begin(), steps_.end(),
+                       [](const DemoProgress& s) { return s.requestId.empty() || s.isOver; });
+}
+
+/// Whether a live announcement plays in exactly the zones of the held source.
+bool DemoRun::isLive() const {
+    const std::set<std::string> held = {valueOf("zone0"), valueOf("zoneHeld")};
+    const auto all = announcements.all();
+    return std::any_of(all.begin(), all.end(), [&](const AnnouncementRequest& record) {
+        return record.getAudioMessageType() == Message::LIVE_STREAM &&
+               std::set<std::string>(record.zones.begin(), record.zones.end()) == held;
+    });
+}
+
+void DemoRun::take(const Change& change) {
+    const auto* const update = std::get_if<Updated<AnnouncementRequest>>(&change);
+    const auto* const end = std::get_if<Deleted<AnnouncementRequest>>(&change);
+    if (const auto* const sent = std::get_if<SentOperation>(&change)) {
+        const bool isRenewal = sent->operation.type == pa::operations::renewLock &&
+                               values_.count("source") > 0 &&
+                               sent->operation.payload.rfind(values_["source"] + ',', 0) == 0;
+        renewals_ += isRenewal ? 1 : 0;
+    }
+    if (update == nullptr && end == nullptr) {
+        return;
+    }
+    const AnnouncementRequest& record = update != nullptr ? update->record : end->record;
+    const std::string state = nameOf(stateOf(record));
+    const auto step = std::find_if(steps_.begin(), steps_.end(), [&](const DemoProgress& s) {
+        return s.requestId == record.getRequestID();
+    });
+    if (step == steps_.end()) {
+        const bool isScheduled = valueText(record.zones) == values_["zoneScheduled"] &&
+                                 record.getAudioMessageType() == Message::TTS;
+        hasRun_ = hasRun_ || (isScheduled && state == "finished");
+        return;
+    }
+    step->isOver = end != nullptr;
+    const bool isUnexpected = isEnd(stateOf(record)) && state != step->step.expected;
+    const std::string seen = state + (isUnexpected ? ": " + record.completionMsg : "");
+    if (seen != std::exchange(step->seen, seen)) {
+        report(step->step.name, seen);
+    }
+}
+
+TextTable DemoRun::table() const {
+    TextTable result({"STEP", "KIND", "SEEN"});
+    for (const DemoProgress& step : steps_) {
+        if (step.step.page == page()) {
+            result.addRow({step.step.name, step.step.kind, withShortIds(step.seen)});
+        }
+    }
+    return result;
+}
+
+}  // namespace console
