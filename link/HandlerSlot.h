@@ -11,6 +11,7 @@
 #include <utility>
 #include <vector>
 
+#include "framework/fork.h"
 #include "framework/log.h"
 
 namespace palink {
@@ -19,10 +20,19 @@ namespace palink {
 ///
 /// Every function may be called from any thread. A handler runs, is copied and is destroyed without
 /// a lock, so an object that it owns may use the slot.
+///
+/// In the child of a fork() the calls of the parent are not waited for: their threads are not
+/// there. One that forked inside a handler returns from it in the child as well; until then no
+/// other thread of the child replaces that handler.
 template <class What>
 class HandlerSlot {
 public:
     using Handler = std::function<void(const What&)>;
+
+    HandlerSlot() = default;
+    HandlerSlot(const HandlerSlot&) = delete;
+    HandlerSlot& operator=(const HandlerSlot&) = delete;
+    ~HandlerSlot() { leaveParent(); }
 
     /// Replaces the handler; an empty one removes it. When this returns no earlier handler is
     /// running, unless this is called from inside one of them. So two handlers of two slots, each
@@ -30,11 +40,10 @@ public:
     void set(Handler handler) {
         auto entry = handler ? std::make_unique<StoredHandler>(std::move(handler)) : nullptr;
         std::unique_lock guard(lock_);
+        leaveParent();
         std::swap(current_, entry);
         const std::uint64_t before = generation_++;
-        const bool inside = std::any_of(calls_.begin(), calls_.end(), [](const Call& call) {
-            return call.thread == std::this_thread::get_id();
-        });
+        const bool inside = std::any_of(calls_.begin(), calls_.end(), isOfThisThread);
         if (!inside) {
             left_.wait(guard, [&] {
                 return std::none_of(calls_.begin(), calls_.end(), [before](const Call& call) {
@@ -54,6 +63,7 @@ public:
         StoredHandler* entry = nullptr;
         {
             const std::lock_guard guard(lock_);
+            leaveParent();
             if (current_ == nullptr) {
                 return false;
             }
@@ -63,15 +73,19 @@ public:
         try {
             entry->handler(what);
         } catch (const std::exception& e) {
-            handleError(1, "a handler of the server link threw >%s<", e.what());
+            handleError(1, "a handler threw >%s<", e.what());
         } catch (...) {
-            handleError(1, "a handler of the server link threw");
+            handleError(1, "a handler threw");
         }
         std::unique_ptr<StoredHandler> unused;  // destroyed after the guard
         const std::lock_guard guard(lock_);
-        calls_.erase(std::find_if(calls_.begin(), calls_.end(), [entry](const Call& call) {
-            return call.thread == std::this_thread::get_id() && call.entry == entry;
-        }));
+        leaveParent();
+        const auto mine = std::find_if(calls_.begin(), calls_.end(), [entry](const Call& call) {
+            return isOfThisThread(call) && call.entry == entry;
+        });
+        if (mine != calls_.end()) {  // else another thread of the child has forgotten it
+            calls_.erase(mine);
+        }
         if (!isRunning(*entry)) {
             unused = std::move(entry->left);
         }
@@ -95,6 +109,20 @@ private:
         std::uint64_t generation;
     };
 
+    static bool isOfThisThread(const Call& call) {
+        return call.thread == std::this_thread::get_id();
+    }
+
+    /// With lock_ held: forgets the threads of the parent when this is the child of a fork().
+    void leaveParent() {
+        if (process_ != pa::forkGeneration()) {
+            process_ = pa::forkGeneration();
+            pa::forgetWaiters(left_);
+            calls_.erase(std::remove_if(calls_.begin(), calls_.end(), std::not_fn(isOfThisThread)),
+                         calls_.end());
+        }
+    }
+
     bool isRunning(const StoredHandler& entry) const {
         return std::any_of(calls_.begin(), calls_.end(),
                            [&entry](const Call& call) { return call.entry == &entry; });
@@ -106,6 +134,7 @@ private:
     std::unique_ptr<StoredHandler> current_;
     std::uint64_t generation_ = 0;  // of current_, counted by replacements
     std::vector<Call> calls_;
+    unsigned process_ = pa::forkGeneration();  // that calls_ belongs to
 };
 
 }  // namespace palink

@@ -25,7 +25,7 @@ struct Route {
     RecordKind kind;
     void (*handle)(PAController&, int dstNo, int key, TEVlist*);  // null for kinds that pause
     Halves halves{};
-    void (PAController::*withdraw)(int key) = nullptr;  // null for kinds that are withdrawn by kind
+    void (PAController::*withdraw)(int key) = nullptr;  // null for a withdrawal by number
 
     bool pauses() const { return halves.merge != nullptr; }
 };
@@ -50,8 +50,8 @@ constexpr Route routes[] = {
     {RecordKind::Selector, byKey<&PAController::addUpdatePaSelector>},
     {RecordKind::AttachedZones, byKey<&PAController::addUpdateAttachedPaZone>},
     {RecordKind::Announcement, byKey<&PAController::addUpdateAnnouncementRequest>},
-    {RecordKind::Schedule, nullptr, {&PAController::mergeSchedule, &PAController::notifySchedule}},
     {RecordKind::Zone, byServerAndKey},
+    {RecordKind::Schedule, nullptr, {&PAController::mergeSchedule, &PAController::notifySchedule}},
     {RecordKind::TtsPort,
      byKey<&PAController::updateFromTTS_Ports>,
      {},
@@ -61,7 +61,19 @@ constexpr Route routes[] = {
      {},
      &PAController::deleteFromTTS_Dictionary},
 };
-static_assert(std::size(routes) == std::size(pa::recordKinds), "a route for each kind");
+
+/// Whether route i is of kind i of the table of kinds and withdraws as the table says.
+constexpr bool followTheKinds() {
+    for (std::size_t i = 0; i < std::size(pa::recordKinds); ++i) {
+        const pa::RecordKindRow& row = pa::recordKinds[i];
+        const bool hasOwn = row.withdrawal == pa::KindWithdrawal::ByOwnFunction;
+        if (routes[i].kind != row.kind || (routes[i].withdraw != nullptr) != hasOwn) {
+            return false;
+        }
+    }
+    return true;
+}
+static_assert(std::size(routes) == std::size(pa::recordKinds) && followTheKinds());
 
 const Route* routeOf(RecordKind kind) {
     const auto* const found =
@@ -91,6 +103,16 @@ std::size_t bytesOf(const pa::RecordFields& fields) {
     return bytes;
 }
 
+/// The first half of a record's handler.
+MergeResult merge(PAController& controller, const Route& route, int key, pa::RecordList& list,
+                  HandlerSlot<HandledRecord>& merged) {
+    const MergeResult result = (controller.*route.halves.merge)(key, list.list());
+    if (result != MergeResult::Dropped) {
+        merged.call({route.kind, key});
+    }
+    return result;
+}
+
 /// The second half of a record's handler.
 void notify(PAController& controller, const Route& route, int key, MergeResult result) {
     if (result != MergeResult::Dropped) {
@@ -113,7 +135,8 @@ void withdraw(PAController& controller, const Withdrawal& withdrawal) {
 
 }  // namespace
 
-Router::Router(PAController& controller) : controller_(controller) {}
+Router::Router(PAController& controller)
+    : controller_(controller), merged_(std::make_shared<HandlerSlot<HandledRecord>>()) {}
 
 void Router::handle(Record record) {
     const std::lock_guard arrival(arrival_);
@@ -129,11 +152,13 @@ void Router::handle(Record record) {
         } else {
             pa::RecordList list(std::move(record.fields));
             route->handle(controller_, record.dstNo, record.key, list.list());
+            merged_->call({record.kind, record.key});
         }
     });
 }
 
-// The steps outlive the router when an observer is slow; the controller outlives them.
+// The steps outlive the router when an observer is slow; the controller outlives them, and what
+// else they use they share.
 void Router::handleWithPause(const Route& route, int key, pa::RecordFields fields) {
     notifier_.waitForSpace();
     const int kind = static_cast<int>(route.kind);
@@ -141,7 +166,7 @@ void Router::handleWithPause(const Route& route, int key, pa::RecordFields field
     PAController& controller = controller_;
     if (!notifier_.isHeld(kind, key)) {
         pa::RecordList list(std::move(fields));
-        const MergeResult result = (controller.*route.halves.merge)(key, list.list());
+        const MergeResult result = merge(controller, route, key, list, *merged_);
         if (result != MergeResult::Dropped) {
             notifier_.add({kind, key, due, false, [&controller, &route, key, result] {
                                notify(controller, route, key, result);
@@ -154,10 +179,9 @@ void Router::handleWithPause(const Route& route, int key, pa::RecordFields field
     const auto list = std::make_shared<pa::RecordList>(std::move(fields));
     const auto result = std::make_shared<MergeResult>(MergeResult::Dropped);
     notifier_.add({kind, key, 0, true,
-                   [&controller, &route, key, list, result] {
-                       guarded("record", route.kind, key, [&] {
-                           *result = (controller.*route.halves.merge)(key, list->list());
-                       });
+                   [&controller, &route, key, list, result, merged = merged_] {
+                       guarded("record", route.kind, key,
+                               [&] { *result = merge(controller, route, key, *list, *merged); });
                    },
                    bytes});
     notifier_.add({kind, key, due, false, [&controller, &route, key, result] {

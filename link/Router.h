@@ -1,8 +1,11 @@
 #pragma once
 
 #include <chrono>
+#include <memory>
 #include <mutex>
+#include <utility>
 
+#include "link/HandlerSlot.h"
 #include "link/Notifier.h"
 #include "link/Transport.h"
 #include "sdk/PAController.h"
@@ -10,6 +13,12 @@
 namespace palink {
 
 struct Route;
+
+/// A record of the server has been merged into the caches.
+struct HandledRecord {
+    pa::RecordKind kind = pa::RecordKind::Source;
+    int key = 0;
+};
 
 /// Passes the server's records and withdrawals to the controller, in order of arrival.
 ///
@@ -30,7 +39,17 @@ struct Route;
 /// `end` by one thread.
 class Router {
 public:
+    using MergeHandler = HandlerSlot<HandledRecord>::Handler;
+
     explicit Router(PAController& controller);
+
+    /// Replaces the function that is called after each merge, on the thread that merges: the one
+    /// that calls `handle`, which keeps other events from being handled meanwhile, or the
+    /// notifier's. Not called for a source or a schedule that the controller drops, nor when a
+    /// handler throws. (The other kinds have handlers that do not say what they leave out, but
+    /// notify observers of what they merge.) When this returns no earlier function is running,
+    /// unless this is called from inside one.
+    void setMergeHandler(MergeHandler handler) { merged_->set(std::move(handler)); }
 
     void handle(Record record);
     void handle(const Withdrawal& withdrawal);
@@ -58,6 +77,7 @@ private:
 
     PAController& controller_;
     std::mutex arrival_;  // held while an event is handled or added to the notifier
+    const std::shared_ptr<HandlerSlot<HandledRecord>> merged_;  // shared with the steps
     Notifier notifier_;
 };
 

@@ -58,6 +58,8 @@ void ServerLink::start() {
                 return upload(localPath, serverPath);
             });
         router_.begin();
+        router_.setMergeHandler(
+            [this](const HandledRecord& record) { recordHandler_.call(record); });
         transport_.start(*this);
     } catch (...) {
         stop(std::chrono::milliseconds(0));
@@ -82,6 +84,7 @@ void ServerLink::end(std::chrono::milliseconds limit) {
     pa::setLevelMeterSwitch({});  // not before: a connection that is just being made sets it
     gQXReceiver.abandon();  // not before: the transport may block an operation that is being sent
     router_.end(limit);
+    router_.setMergeHandler({});  // a merge that the end has left running does not call it
     if (isConnected()) {
         lose("the link was stopped");
     }
@@ -160,9 +163,7 @@ void ServerLink::lose(const std::string& reason) {
 }
 
 void ServerLink::on(Record record) {
-    const HandledRecord handled{record.kind, record.key};
     router_.handle(std::move(record));
-    recordHandler_.call(handled);
 }
 
 void ServerLink::on(const Withdrawal& withdrawal) {

@@ -37,12 +37,6 @@ struct ConnectionChange {
     std::string reason;        ///< of a disconnection
 };
 
-/// A record of the server is in the caches.
-struct HandledRecord {
-    pa::RecordKind kind = pa::RecordKind::Source;
-    int key = 0;
-};
-
 /// The client's connection to its audio server: joins a transport to the controller, the send queue
 /// and the facade.
 ///
@@ -59,11 +53,11 @@ struct HandledRecord {
 /// the other functions by any. None but `isConnected` and the setters of handlers may be called
 /// from a callback.
 ///
-/// An application sets its handlers before it starts the link. They are called without a lock, and
-/// an exception that leaves one is reported. A setter returns when the handlers that it replaces
-/// are no longer running, unless it is called from inside one of them. So it must not be called
-/// with a lock that the handler takes: from an observer's callback (which holds the controller's
-/// mutex) only when the handler does not use the controller.
+/// An application sets its handlers before it starts the link. They are called without a lock, that
+/// of records with one of the link, and an exception that leaves one is reported. A setter returns
+/// when the handlers that it replaces are no longer running, unless it is called from inside one of
+/// them. So it must not be called with a lock that the handler takes: from an observer's callback
+/// (which holds the controller's mutex) only when the handler does not use the controller.
 class ServerLink final : private ServerEventSink,
                          private pa::OperationSender,
                          private pa::DropListener {
@@ -86,9 +80,10 @@ public:
     /// Called on a thread of the transport; for the changes by `stop` on the thread that stops.
     using ConnectionHandler = HandlerSlot<ConnectionChange>::Handler;
 
-    /// Notified of each record that has been handled, for what no observer is notified of: the
-    /// holder of a source's lock, the zones that are attached to a source. Called on a thread of
-    /// the transport, after the merge.
+    /// Notified of each record that has been merged into the caches, for what no observer is
+    /// notified of: the holder of a source's lock, the zones that are attached to a source. Not
+    /// called for a source or a schedule that the controller drops, nor after a stop. Called on the
+    /// thread that merges, one of the transport or the notifier's; must not block.
     using RecordHandler = HandlerSlot<HandledRecord>::Handler;
 
     /// Notified of each operation that the transport has taken. Called on the send queue's thread,

@@ -446,7 +446,7 @@ private:
     void runWithdrawals() PASDK_REQUIRES(paControllerMtx);
 
     /// The outcome of a request for a change of a lock.
-    struct LockChange {
+    struct LockRequestResult {
         bool isDone;                      // the lock is already as requested
         std::optional<std::time_t> sent;  // when the request was sent; nothing when it was not
     };
@@ -462,7 +462,7 @@ private:
     /// The entry of a source, null for none.
     PaSourceLockStatus* lockOf(int sourceId) PASDK_REQUIRES(paControllerMtx);
     bool changeLock(const char* caller, int sourceId, bool attaching);
-    LockChange requestLockChange(int sourceId, const std::string& self, bool attaching);
+    LockRequestResult requestLockChange(int sourceId, const std::string& self, bool attaching);
     void subscribeVUMeter(bool subscribe, int sourceId);
     bool hasSwTriggers() const;
     void sendSwTrigger(int triggerId, const char* caller, pa::OperationType type,

@@ -1,5 +1,8 @@
 #pragma once
 
+#include <cstddef>
+#include <iterator>
+
 /// @file
 /// The kinds of records that a server reports.
 
@@ -16,29 +19,48 @@ enum class RecordKind : int {
     Announcement = 11,
     Schedule = 18,
     Zone = 20,
-    // Withdrawn by functions of their own, so that their numbers concern client and server only.
+    // Their numbers concern client and server only.
     TtsPort = 101,
     TtsDictionary = 102,
+};
+
+/// How records of a kind are withdrawn.
+enum class KindWithdrawal {
+    ByNumber,       ///< by `PAController::deleteAudioVideoControllerInfo` with the kind's number
+    ByOwnFunction,  ///< by a function for this kind
 };
 
 struct RecordKindRow {
     RecordKind kind;
     const char* name;  ///< in messages
+    KindWithdrawal withdrawal;
 };
 
-/// Every kind of record.
+/// Every kind of record, in the order in which a withdrawal of every kind visits them.
 inline constexpr RecordKindRow recordKinds[] = {
-    {RecordKind::Source, "source"},
-    {RecordKind::Sink, "sink"},
-    {RecordKind::Trigger, "trigger"},
-    {RecordKind::Selector, "selector"},
-    {RecordKind::AttachedZones, "attached zones"},
-    {RecordKind::Announcement, "announcement"},
-    {RecordKind::Schedule, "schedule"},
-    {RecordKind::Zone, "zone"},
-    {RecordKind::TtsPort, "text-to-speech port"},
-    {RecordKind::TtsDictionary, "text-to-speech item"},
+    {RecordKind::Source, "source", KindWithdrawal::ByNumber},
+    {RecordKind::Sink, "sink", KindWithdrawal::ByNumber},
+    {RecordKind::Trigger, "trigger", KindWithdrawal::ByNumber},
+    {RecordKind::Selector, "selector", KindWithdrawal::ByNumber},
+    {RecordKind::AttachedZones, "attached zones", KindWithdrawal::ByNumber},
+    {RecordKind::Announcement, "announcement", KindWithdrawal::ByNumber},
+    {RecordKind::Zone, "zone", KindWithdrawal::ByNumber},
+    {RecordKind::Schedule, "schedule", KindWithdrawal::ByNumber},
+    {RecordKind::TtsPort, "text-to-speech port", KindWithdrawal::ByOwnFunction},
+    {RecordKind::TtsDictionary, "text-to-speech item", KindWithdrawal::ByOwnFunction},
 };
+
+constexpr bool isEachKindThereOnce() {
+    for (std::size_t i = 0; i < std::size(recordKinds); ++i) {
+        for (std::size_t other = 0; other < i; ++other) {
+            if (recordKinds[other].kind == recordKinds[i].kind) {
+                return false;
+            }
+        }
+    }
+    return true;
+}
+static_assert(isEachKindThereOnce());
 
 /// @return the name in messages; a number that is none of the above is an "unknown kind"
 constexpr const char* nameOf(RecordKind kind) {

@@ -39,8 +39,8 @@ struct LockAction {
     const char* effect;
 };
 
-constexpr LockAction lock{&SimControl::lockSource, " is locked by the client "};
-constexpr LockAction unlock{&SimControl::unlockSource, " is released by the client "};
+constexpr LockAction lockAction{&SimControl::lockSource, " is locked by the client "};
+constexpr LockAction unlockAction{&SimControl::unlockSource, " is released by the client "};
 
 /// A client has a UUID, which is sent as it is.
 void checkClient(const std::string& client) {
@@ -173,8 +173,8 @@ Command simCommand() {
         "sim", "Do what happens on the simulated server's own side",
         {command<SimTrigger>("trigger", "Close or open the contact of a hardware trigger"),
          command<SimSelector>("selector", "Put a selector into a state"),
-         command<SimLock<lock>>("lock", "Let another client take a source"),
-         command<SimLock<unlock>>("unlock", "Let another client release a source"),
+         command<SimLock<lockAction>>("lock", "Let another client take a source"),
+         command<SimLock<unlockAction>>("unlock", "Let another client release a source"),
          command<SimIgnore<renewals>>("renewals", "Whether the server receives renewals of locks"),
          command<SimIgnore<requests>>("requests", "Whether the server receives what it is asked"),
          command<disconnect>("disconnect", "Let the server drop the connection"),

@@ -6,10 +6,10 @@ namespace {
 
 using namespace paclient;
 
-constexpr GainRules gainRules = {{-96, 0},
-                                 "In dB, -96 to 0",
-                                 {{"--persistent", "The device keeps it over a restart"},
-                                  {"--delay", "It is made persistent later"}}};
+constexpr GainRules sinkGainRules = {{-96, 0},
+                                     "In dB, -96 to 0",
+                                     {{"--persistent", "The device keeps it over a restart"},
+                                      {"--delay", "It is made persistent later"}}};
 
 struct SinkMonitor : Named<sinks> {
     bool enable = false;
@@ -53,7 +53,7 @@ struct SinkReset : Named<sinks> {
 
 Command sinkCommand() {
     return group("sink", "Set the gain of a sink, monitor it, reset it",
-                 {command<SetGain<sinks, gainRules>>("gain", "Set the output gain"),
+                 {command<SetGain<sinks, sinkGainRules>>("gain", "Set the output gain"),
                   command<SinkMonitor>("monitor", "Switch the monitoring of a sink"),
                   command<SinkReset>("reset", "Reset the device of a sink")});
 }

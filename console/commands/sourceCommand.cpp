@@ -9,7 +9,7 @@ namespace {
 
 using namespace paclient;
 
-constexpr GainRules gainRules = {
+constexpr GainRules sourceGainRules = {
     {-96, 42},
     "In dB, -96 to 42",
     {{"--first", "The server's own first flag"}, {"--second", "The server's own second flag"}}};
@@ -71,7 +71,7 @@ Command sourceCommand() {
         "source", "Take a source, set its gain, see its zones and its level",
         {command<OfNamed<sources, attach>>("attach", "Take the lock of a source for this client"),
          command<OfNamed<sources, detach>>("detach", "Release it"),
-         command<SetGain<sources, gainRules>>("gain", "Set the input gain"),
+         command<SetGain<sources, sourceGainRules>>("gain", "Set the input gain"),
          command<OfNamed<sources, printZones>>(
              "zones", "Show the zones attached to a source, and who holds its lock"),
          command<SourceLevel>("vu", "Show the level of its amplifier element, until Ctrl-C")});

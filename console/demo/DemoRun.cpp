@@ -43,8 +43,8 @@ DemoRun::DemoRun(const Context& context, const std::vector<std::string>& zoneIds
 
 DemoRun::~DemoRun() {
     const interrupt::Deferral deferral;
-    constexpr double answerSeconds = 2;
-    lineContext_.settings.timeout = answerSeconds;
+    constexpr double stepSeconds = 2;
+    lineContext_.settings.timeout = stepSeconds;
     std::vector<std::string> lines;
     const auto& played = context_.connection.playedIds;
     for (std::size_t i = firstPlayed_; i < played.size(); ++i) {

@@ -92,8 +92,8 @@ void EmbeddedTransport::stop() {
         connectAtMS_.reset();
     }
     arrived_.notify_all();
-    spaceFreed_
-        .notify_all();  // first of all: the server may wait with the lock that it needs to go
+    // Before the server is called: it may wait for space with the lock that disconnectClient takes.
+    spaceFreed_.notify_all();
     delivered_.notify_all();
     callRequested_.notify_all();
     server_.disconnectClient();
@@ -164,7 +164,8 @@ void EmbeddedTransport::deliver(ServerEvent event) {
         spaceFreed_.wait(guard, [this] { return !running_ || !full_ || uploads_ > 0; });
         --heldBack_;
     }
-    if (!running_) {
+    const bool isLost = std::holds_alternative<RoundTripComplete>(event) && roundTripLost_;
+    if (!running_ || isLost) {
         delivered_.notify_all();
         return;
     }
@@ -215,6 +216,7 @@ void EmbeddedTransport::noteConnection(const ServerEvent& event) {
         connected_ = false;
         meterRequests_.clear();
         roundTrip_.reset();
+        roundTripLost_ = true;
         connectLater();
     }
 }
@@ -270,6 +272,7 @@ void EmbeddedTransport::switchMeter(std::unique_lock<std::mutex>& guard) {
 void EmbeddedTransport::makeRoundTrip(std::unique_lock<std::mutex>& guard) {
     const std::uint64_t number = *roundTrip_;
     roundTrip_.reset();
+    roundTripLost_ = false;
     guard.unlock();
     try {
         server_.finishReports();

@@ -124,6 +124,7 @@ private:
     bool connected_ = false;                  // by what the server has reported last
     std::map<int, bool> meterRequests_;       // by element
     std::optional<std::uint64_t> roundTrip_;  // the latest that waits: it answers those before
+    bool roundTripLost_ = false;              // the connection of the one that is being made
     Backoff backoff_;
     std::optional<std::int64_t> connectAtMS_;  // when the next attempt is due, by monotonicMS
 };

@@ -67,10 +67,9 @@ bool selects(int wanted, int actual) {
 
 }  // namespace
 
-/// One kind of record that the server can withdraw.
+/// A cache whose records the server can withdraw.
 template <class Cache, class Argument>
 struct PAController::WithdrawalRow {
-    RecordKind kind;
     Cache PAController::*cache;
     int server;  // the server whose withdrawals concern it
     void (PAControllerObserver::*slot)(Argument);
@@ -80,8 +79,7 @@ struct PAController::WithdrawalRow {
     bool notifies = true;
 };
 
-/// The rows, in the order in which the caches are visited. Zones attached to sources have none:
-/// their deletion is neither reported nor logged.
+/// The rows. Zones attached to sources have none: their deletion is neither reported nor logged.
 struct PAController::WithdrawalTable {
     using Observer = PAControllerObserver;
     template <class Record>
@@ -94,31 +92,31 @@ struct PAController::WithdrawalTable {
 
     // clang-format off
     WithdrawalRow<Map<PaSource>, int> sources{
-        RecordKind::Source, &PAController::availablePaSources, local,
+        &PAController::availablePaSources, local,
         &Observer::onPaSourceDelete, idOf, EventItem::PA_SOURCE_DELETED, "PaSource ID"};
     WithdrawalRow<Map<PaSink>, int> sinks{
-        RecordKind::Sink, &PAController::availablePaSinks, local,
+        &PAController::availablePaSinks, local,
         &Observer::onPaSinkDelete, idOf, EventItem::PA_SINK_DELETED, "PaSink ID"};
     WithdrawalRow<Map<PaTrigger>, int> triggers{
-        RecordKind::Trigger, &PAController::availablePaTriggersHW, local,
+        &PAController::availablePaTriggersHW, local,
         &Observer::onPaTriggerDelete, idOf, EventItem::PA_TRIGGER_DELETED, "PaTrigger ID"};
     WithdrawalRow<Map<PaSelector>, int> selectors{
-        RecordKind::Selector, &PAController::availablePaSelectors, local,
+        &PAController::availablePaSelectors, local,
         &Observer::onPaSelectorDelete, idOf, EventItem::PA_SELECTOR_DELETED, "PaSelector ID"};
     /// No event: the queue has no type for it.
     WithdrawalRow<Map<AnnouncementRequest>, AnnouncementRequest> requests{
-        RecordKind::Announcement, &PAController::activeAnnouncementRequestList, active,
+        &PAController::activeAnnouncementRequestList, active,
         &Observer::onMessageDelete, wholeRequest, std::nullopt, "Announcement Request UUID"};
     WithdrawalRow<Map<PaZone>, std::string> primaryZones{
-        RecordKind::Zone, &PAController::availablePaZonesPrimaryServer, active,
+        &PAController::availablePaZonesPrimaryServer, active,
         &Observer::onPaZoneDelete, idOf, EventItem::PA_ZONE_DELETED, "PaZone ID"};
     /// Reported only while the local server replaces the active one.
     WithdrawalRow<Map<PaZone>, std::string> localZones{
-        RecordKind::Zone, &PAController::availablePaZonesLocalServer, local,
+        &PAController::availablePaZonesLocalServer, local,
         &Observer::onPaZoneDelete, idOf, EventItem::PA_ZONE_DELETED, "PaZone ID",
         localReplacesActive};
     WithdrawalRow<ScheduleCache, ScheduleDefinition> schedules{
-        RecordKind::Schedule, &PAController::scheduleList, active,
+        &PAController::scheduleList, active,
         &Observer::onScheduleDelete, asApplicationKnowsIt, EventItem::SCHEDULE_DELETED, nullptr};
     // clang-format on
 };
@@ -194,26 +192,46 @@ void PAController::runWithdrawals() {
 
 void PAController::removeWithdrawn(const WithdrawalRequest& withdrawal) {
     const WithdrawalTable table;
-    const auto concerns = [&withdrawal](int server, RecordKind kind) {
-        return selects(withdrawal.dstNo, server) &&
-               selects(withdrawal.kind, static_cast<int>(kind));
-    };
     const auto visit = [&](const auto& row) PASDK_REQUIRES(paControllerMtx) {
-        if (concerns(row.server, row.kind)) {
+        if (selects(withdrawal.dstNo, row.server)) {
             deleteEntries(row, withdrawal.key);
         }
     };
-    visit(table.sources);
-    visit(table.sinks);
-    visit(table.triggers);
-    visit(table.selectors);
-    if (concerns(table.local, RecordKind::AttachedZones)) {
-        eraseFrom(attachedPaZonesToPaSourceList, withdrawal.key);
+    // The compiler refuses a kind without a case, and a second case for one.
+    const auto visitCachesOf = [&](RecordKind kind) PASDK_REQUIRES(paControllerMtx) {
+        switch (kind) {
+            case RecordKind::Source:
+                return visit(table.sources);
+            case RecordKind::Sink:
+                return visit(table.sinks);
+            case RecordKind::Trigger:
+                return visit(table.triggers);
+            case RecordKind::Selector:
+                return visit(table.selectors);
+            case RecordKind::AttachedZones:
+                if (selects(withdrawal.dstNo, table.local)) {
+                    eraseFrom(attachedPaZonesToPaSourceList, withdrawal.key);
+                }
+                return;
+            case RecordKind::Announcement:
+                return visit(table.requests);
+            case RecordKind::Zone:
+                visit(table.primaryZones);
+                return visit(table.localZones);
+            case RecordKind::Schedule:
+                return visit(table.schedules);
+            case RecordKind::Any:
+            case RecordKind::TtsPort:
+            case RecordKind::TtsDictionary:
+                return;  // not withdrawn by number
+        }
+    };
+    for (const RecordKindRow& row : recordKinds) {
+        if (row.withdrawal == KindWithdrawal::ByNumber &&
+            selects(withdrawal.kind, static_cast<int>(row.kind))) {
+            visitCachesOf(row.kind);
+        }
     }
-    visit(table.requests);
-    visit(table.primaryZones);
-    visit(table.localZones);
-    visit(table.schedules);
 }
 
 void PAController::initPaResources() {

@@ -118,7 +118,7 @@ bool PAController::changeLock(const char* caller, int sourceId, bool attaching) 
     }
     try {
         const std::string self = audioServer->getUUID();
-        const LockChange request = requestLockChange(sourceId, self, attaching);
+        const LockRequestResult request = requestLockChange(sourceId, self, attaching);
         if (!request.sent) {
             return request.isDone;
         }
@@ -134,8 +134,9 @@ bool PAController::changeLock(const char* caller, int sourceId, bool attaching) 
 }
 
 /// Asks the server for a change of a lock, unless there is nothing to ask for.
-PAController::LockChange PAController::requestLockChange(int sourceId, const std::string& self,
-                                                         bool attaching) {
+PAController::LockRequestResult PAController::requestLockChange(int sourceId,
+                                                                const std::string& self,
+                                                                bool attaching) {
     const MutexGuard guard(paControllerMtx);
     const PaSourceLockStatus* const lock = lockOf(sourceId);
     if (attaching && lock != nullptr && lock->lockedUUID == self) {

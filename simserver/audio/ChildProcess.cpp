@@ -139,7 +139,7 @@ bool receiveSome(int stream, std::string& output) {
 }  // namespace
 
 std::optional<ProgramEnd> runProgram(std::vector<std::string> command, const std::string& input,
-                                     const std::function<bool(const std::string&)>& goesOn,
+                                     const std::function<bool(const std::string&)>& mayContinue,
                                      std::chrono::milliseconds patience) {
     using std::chrono::milliseconds;
     constexpr milliseconds interval{100};
@@ -152,7 +152,7 @@ std::optional<ProgramEnd> runProgram(std::vector<std::string> command, const std
     end.startError = child.startError();
     bool receiving = end.startError == 0;
     while (receiving || !child.hasEnded()) {
-        if (!goesOn(end.output)) {
+        if (!mayContinue(end.output)) {
             return std::nullopt;
         }
         // It may write before it has read everything, so both are waited for.

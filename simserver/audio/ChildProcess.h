@@ -17,14 +17,15 @@ struct ProgramEnd {
 
 /// Runs a program of the PATH as a process, without a shell, to its end. May be called
 /// from any thread.
-/// @param command  the program and its arguments
-/// @param input    its standard input
-/// @param goesOn   called with the output so far: after each piece, and at least every tenth of a
-///                 second; false kills the program, and so does an exception
-/// @param patience a program that neither reads nor writes nor ends for so long hangs and is killed
-/// @return nothing when `goesOn` ended it
+/// @param command     the program and its arguments
+/// @param input       its standard input
+/// @param mayContinue called with the output so far: after each piece, and at least every tenth of
+///                    a second; false kills the program, and so does an exception
+/// @param patience    a program that neither reads nor writes nor ends for so long hangs and is
+///                    killed
+/// @return nothing when `mayContinue` ended it
 std::optional<ProgramEnd> runProgram(std::vector<std::string> command, const std::string& input,
-                                     const std::function<bool(const std::string&)>& goesOn,
+                                     const std::function<bool(const std::string&)>& mayContinue,
                                      std::chrono::milliseconds patience = std::chrono::seconds(30));
 
 }  // namespace simserver

@@ -28,7 +28,8 @@ struct Preview {
     std::uintmax_t size = 0;  ///< in bytes
     std::string checksum;     ///< SHA-256
     std::string uri;
-    std::string whyFailed;  ///< for people
+    std::string whyFailed;   ///< for people
+    bool isDropped = false;  ///< it was kept, and is withdrawn in favour of later ones
 };
 
 }  // namespace simserver

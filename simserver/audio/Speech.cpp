@@ -35,6 +35,10 @@ void Speech::publishAll() const {
 /// A refusal with the reason of a failure precedes the record, which has no field for it. A failed
 /// item is not kept.
 void Speech::publish(const Preview& preview) const {
+    if (preview.isDropped) {
+        context_.publisher.withdrawal(RecordKind::TtsDictionary, preview.item);
+        return;
+    }
     const bool failed = preview.port == Preview::failed;
     if (failed) {
         context_.publisher.event(

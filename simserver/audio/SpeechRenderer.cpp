@@ -16,6 +16,8 @@ namespace simserver {
 namespace {
 
 constexpr std::size_t mostJobs = 32;
+constexpr std::size_t mostRequests = 100;  // for one text
+constexpr std::size_t mostPreviews = 50;   // of a minute each: about 300 MB
 
 /// In bytes. The synthesizer reads a whole text before it speaks; a larger text would be longer
 /// than any preview.
@@ -91,6 +93,9 @@ void SpeechRenderer::enqueue(const Voice& voice, const RetrievalRequest& request
         return &job.voice == &voice && job.text == request.text;
     });
     if (waiting != jobs_.end()) {
+        if (waiting->requestIds.size() >= mostRequests) {
+            throw Refused(std::to_string(mostRequests) + " requests wait for this text already");
+        }
         waiting->requestIds.push_back(request.id);
         return;
     }
@@ -142,6 +147,9 @@ void SpeechRenderer::run() {
         std::vector<Preview> reports;
         if (spoken) {
             reports.push_back(keep(std::move(*spoken)));
+            if (previews_.size() > mostPreviews) {
+                reports.push_back(dropOldest());
+            }
         } else if (!whyNot.empty()) {
             for (const std::string& requestId : job.requestIds) {
                 reports.push_back(failedPreview(requestId, job.text, whyNot));
@@ -160,14 +168,14 @@ void SpeechRenderer::run() {
 /// @return nothing when the renderer is being destroyed
 /// @throws Refused when the text cannot be spoken or takes too long
 std::optional<Preview> SpeechRenderer::render(const Job& job) const {
-    const auto goesOn = [this](double seconds) {
+    const auto mayContinue = [this](double seconds) {
         if (seconds > station_.longestPreview) {
             throw Refused("the text is too long: to speak it takes more than " +
                           std::to_string(station_.longestPreview) + " s");
         }
         return !stopping_;
     };
-    const std::optional<Sound> sound = speak(synthesizerOf(job.voice), job.text, goesOn);
+    const std::optional<Sound> sound = speak(synthesizerOf(job.voice), job.text, mayContinue);
     if (!sound) {
         return std::nullopt;
     }
@@ -193,6 +201,16 @@ Preview SpeechRenderer::keep(Preview preview) {
     preview.item = known != nullptr ? known->item : ++lastItem_;
     return known != nullptr ? *known = std::move(preview)
                             : previews_.emplace_back(std::move(preview));
+}
+
+/// Deletes its file as well.
+Preview SpeechRenderer::dropOldest() {
+    Preview oldest = std::move(previews_.front());
+    previews_.erase(previews_.begin());
+    oldest.isDropped = true;
+    std::error_code ignored;
+    std::filesystem::remove(*uploads_.placeOfPreview(oldest.fullName), ignored);
+    return oldest;
 }
 
 }  // namespace simserver

@@ -22,10 +22,12 @@ namespace simserver {
 ///
 /// Every function may be called from any thread. A text that already waits is not spoken twice: one
 /// report answers all requests for it. A text that takes longer than the station's longest preview
-/// fails as soon as it exceeds that length.
+/// fails as soon as it exceeds that length. What waits and what is kept is limited: see
+/// docs/simulator.md.
 class SpeechRenderer {
 public:
-    /// Receives the outcome of a text, on the renderer's thread and without its lock.
+    /// Receives the outcome of a text, and each preview that is dropped, on the renderer's thread
+    /// and without its lock.
     using Report = std::function<void(const Preview&)>;
 
     /// Station and upload folder must outlive the object.
@@ -39,7 +41,7 @@ public:
     /// @return the outcome if it is known at once; nothing when a report follows
     std::optional<Preview> request(const RetrievalRequest& request);
 
-    /// Every text that has been spoken, in order of the items.
+    /// Every preview that is kept, in order of the items.
     std::vector<Preview> previews() const;
 
     /// Waits until nothing is left to speak or to report.
@@ -60,6 +62,7 @@ private:
     void run();
     std::optional<Preview> render(const Job& job) const;
     Preview keep(Preview preview);
+    Preview dropOldest();
 
     const Station& station_;
     const UploadFolder& uploads_;

@@ -24,12 +24,12 @@ constexpr const char* program = "espeak-ng";
 constexpr const char* failed = "the speech synthesizer has failed";
 
 /// Runs the synthesizer to its end.
-/// @return what it wrote; nothing when `goesOn` ended it
+/// @return what it wrote; nothing when `mayContinue` ended it
 /// @throws Refused when it is missing, fails, dies or hangs
 std::optional<std::string> run(std::vector<std::string> arguments, const std::string& input,
-                               const std::function<bool(const std::string&)>& goesOn) {
+                               const std::function<bool(const std::string&)>& mayContinue) {
     arguments.insert(arguments.begin(), program);
-    auto end = runProgram(std::move(arguments), input, goesOn);
+    auto end = runProgram(std::move(arguments), input, mayContinue);
     if (!end) {
         return std::nullopt;
     }
@@ -120,8 +120,8 @@ Sound soundOf(std::string_view wav) {
 }  // namespace
 
 std::optional<Sound> speak(const std::string& voice, const std::string& text,
-                           const std::function<bool(double)>& goesOn) {
-    const auto idle = [&](const std::string&) { return goesOn(0); };
+                           const std::function<bool(double)>& mayContinue) {
+    const auto idle = [&](const std::string&) { return mayContinue(0); };
     const auto voices = run({"--voices"}, "", idle);
     const auto variants = voices ? run({"--voices=variant"}, "", idle) : std::nullopt;
     if (!variants) {
@@ -132,7 +132,7 @@ std::optional<Sound> speak(const std::string& voice, const std::string& text,
         throw Refused("the speech synthesizer has no voice \"" + voice + "\"");
     }
     const auto wav = run({"-b", "1", "-v", known, "--stdin", "--stdout"}, speakable(text),
-                         [&](const std::string& soFar) { return goesOn(secondsOf(soFar)); });
+                         [&](const std::string& soFar) { return mayContinue(secondsOf(soFar)); });
     if (!wav) {
         return std::nullopt;
     }

@@ -34,7 +34,7 @@ bool LiveAnnouncements::isOpen(const Opening& opening) const {
 
 void LiveAnnouncements::open(const Opening& opening, int level,
                              const std::vector<RequestPart>& parts) {
-    const PlayRequest request{playback_.newRequestId(), false, level, parts};
+    const RequestToPlay request{playback_.newRequestId(), false, level, parts};
     requestIds_[opening] = request.id;
     playback_.playOwn(request);
 }

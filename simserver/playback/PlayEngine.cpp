@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <iterator>
 
+#include "client/checkMessage.h"
 #include "simserver/earliest.h"
 #include "simserver/protocol/Refused.h"
 
@@ -12,16 +13,12 @@ namespace {
 
 constexpr long long relativeBase = 500;
 
-std::string priorityText(const PlayRequest& request) {
+std::string priorityText(const RequestToPlay& request) {
     const std::string level = std::to_string(request.level);
     if (!request.relative) {
         return "Absolute " + level;
     }
     return "Relative " + (request.level < 0 ? level : "+" + level);
-}
-
-bool isWithin(const std::string& zone, const std::string& wanted) {
-    return zone == wanted || zone.compare(0, wanted.size() + 1, wanted + "/") == 0;
 }
 
 /// Whether a part that plays gives its zone to another.
@@ -35,7 +32,7 @@ bool givesWay(const PlayPart& playing, const PlayPart& next) {
 PlayEngine::PlayEngine(std::vector<std::string> zones, PlayHost& host)
     : zones_(std::move(zones)), host_(host) {}
 
-void PlayEngine::play(const PlayRequest& request, SimTime now) {
+void PlayEngine::play(const RequestToPlay& request, SimTime now) {
     for (const RequestPart& requested : request.parts) {
         PlayPart part;
         part.key = ++lastKey_;
@@ -110,8 +107,9 @@ const PlayPart* PlayEngine::playingIn(const std::string& zone, Medium medium) co
 std::set<std::string> PlayEngine::areaOf(const std::vector<std::string>& zones) const {
     std::set<std::string> area;
     for (const std::string& wanted : zones) {
-        std::copy_if(zones_.begin(), zones_.end(), std::inserter(area, area.end()),
-                     [&wanted](const std::string& zone) { return isWithin(zone, wanted); });
+        std::copy_if(
+            zones_.begin(), zones_.end(), std::inserter(area, area.end()),
+            [&wanted](const std::string& zone) { return paclient::isWithin(zone, wanted); });
     }
     return area;
 }

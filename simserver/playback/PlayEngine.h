@@ -63,7 +63,7 @@ public:
     PlayEngine(std::vector<std::string> zones, PlayHost& host);
 
     /// Queues the parts of a checked request, and begins those that may begin at once.
-    void play(const PlayRequest& request, SimTime now);
+    void play(const RequestToPlay& request, SimTime now);
 
     /// Ends every part that the request names.
     /// @return whether there was any

@@ -23,7 +23,7 @@ Playback::Playback(ServerContext& context)
     : context_(context), engine_(idsOf(context.station.zones), *this) {}
 
 void Playback::play(const std::string& payload) {
-    PlayRequest request;
+    RequestToPlay request;
     forRequest(request.id, [&] {
         decodePlay(payload, request);
         if (request.id.empty()) {
@@ -49,7 +49,7 @@ void Playback::cancel(const std::string& payload) {
     }
 }
 
-void Playback::playOwn(const PlayRequest& request) {
+void Playback::playOwn(const RequestToPlay& request) {
     engine_.play(request, context_.clock.now());
 }
 

@@ -24,7 +24,7 @@ public:
     /// @}
 
     /// Plays a request of the server itself, which has been checked.
-    void playOwn(const PlayRequest& request);
+    void playOwn(const RequestToPlay& request);
 
     /// An id for a request of the server itself: `kind`, a hyphen and a number.
     std::string newRequestId(const std::string& kind = "server");

@@ -24,7 +24,7 @@ std::string sinkText(int id) {
 }
 
 /// The type that a zone reports: an audio part takes precedence over a visual one.
-const AnnouncementType* typeIn(const PlayEngine& engine, const std::string& zone) {
+const PartType* typeIn(const PlayEngine& engine, const std::string& zone) {
     for (const Medium medium : {Medium::Audio, Medium::Visual}) {
         if (const PlayPart* const part = engine.playingIn(zone, medium); part != nullptr) {
             return part->request.type;
@@ -127,7 +127,7 @@ void Sinks::publishChanges() {
     }
     changed_.clear();
     for (std::size_t i = 0; i < zonePlays_.size(); ++i) {
-        const AnnouncementType* const playing = typeIn(engine_, station.zones[i].id);
+        const PartType* const playing = typeIn(engine_, station.zones[i].id);
         if (playing != zonePlays_[i]) {
             zonePlays_[i] = playing;
             publishZone(i);

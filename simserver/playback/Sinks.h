@@ -47,7 +47,7 @@ private:
     std::set<int> changed_;          // sinks
     // As last reported, by place in the station.
     std::vector<bool> sinkPlays_;
-    std::vector<const AnnouncementType*> zonePlays_;  // null for nothing
+    std::vector<const PartType*> zonePlays_;  // null for nothing
 };
 
 }  // namespace simserver

@@ -48,7 +48,7 @@ void Sources::restore() {
                               });
     context_.state.restoreAll(
         Kept::AttachedZones, sources, [this](Source& source, const std::string& list) {
-            const std::vector<std::string> zones = decodeZones(list);
+            const std::vector<std::string> zones = decodeZoneList(list);
             source.attachedZones.clear();
             std::copy_if(
                 zones.begin(), zones.end(), std::back_inserter(source.attachedZones),

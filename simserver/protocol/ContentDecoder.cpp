@@ -2,17 +2,17 @@
 
 namespace simserver {
 
-const AnnouncementType& decodeType(const NamedField& field) {
+const PartType& decodeType(const NamedField& field) {
     const int number = field.inner(field.text(), "announcement type").integer();
-    const AnnouncementType* const type = findType(number);
+    const PartType* const type = findType(number);
     if (type == nullptr) {
         field.refuse("unknown announcement type " + std::to_string(number));
     }
     return *type;
 }
 
-const AnnouncementType& decodePlayedType(const NamedField& field) {
-    const AnnouncementType& type = decodeType(field);
+const PartType& decodePlayedType(const NamedField& field) {
+    const PartType& type = decodeType(field);
     if (type.form == ContentForm::None) {
         field.refuse(std::string("announcement type ") + type.name + " " + type.whyNot);
     }

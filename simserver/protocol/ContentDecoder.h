@@ -13,10 +13,10 @@
 namespace simserver {
 
 /// The number of a type, of whatever form.
-const AnnouncementType& decodeType(const NamedField& field);
+const PartType& decodeType(const NamedField& field);
 
 /// The number of a type that the server plays.
-const AnnouncementType& decodePlayedType(const NamedField& field);
+const PartType& decodePlayedType(const NamedField& field);
 
 /// The number of the mode: whether the level is relative.
 bool decodeRelative(const NamedField& field);

@@ -55,7 +55,7 @@ ZonesRequest decodeAttachZones(std::string_view payload) {
     return {id, zonesIn(in.field("zones")), false};
 }
 
-std::vector<std::string> decodeZones(std::string_view list) {
+std::vector<std::string> decodeZoneList(std::string_view list) {
     return list.empty() ? std::vector<std::string>()
                         : zonesIn(NamedField(std::string(list), "zones"));
 }

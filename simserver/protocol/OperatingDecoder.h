@@ -46,7 +46,7 @@ LockRequest decodeLock(std::string_view payload);
 ZonesRequest decodeAttachZones(std::string_view payload);
 
 /// zone^zone, nothing for an empty text
-std::vector<std::string> decodeZones(std::string_view list);
+std::vector<std::string> decodeZoneList(std::string_view list);
 
 /// 92/4: source,zone^zone or, for all, source
 ZonesRequest decodeDetachZones(std::string_view payload);

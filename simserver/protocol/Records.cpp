@@ -158,8 +158,8 @@ pa::RecordFields sinkRecord(const Sink& sink, bool playing) {
     return fields;
 }
 
-pa::RecordFields zoneRecord(const Zone& zone, const AnnouncementType* playing) {
-    const AnnouncementType& type = playing != nullptr ? *playing : *findType(noAnnouncement);
+pa::RecordFields zoneRecord(const Zone& zone, const PartType* playing) {
+    const PartType& type = playing != nullptr ? *playing : *findType(noAnnouncement);
     return {
         quotedText(zone.id),
         skipped,  // 1

@@ -21,7 +21,7 @@ pa::RecordFields attachedZonesRecord(const Source& source);
 pa::RecordFields sinkRecord(const Sink& sink, bool playing);
 
 /// @param playing the type that plays there, null for nothing
-pa::RecordFields zoneRecord(const Zone& zone, const AnnouncementType* playing);
+pa::RecordFields zoneRecord(const Zone& zone, const PartType* playing);
 
 pa::RecordFields triggerRecord(const Trigger& trigger, int dstNo);
 pa::RecordFields selectorRecord(const Selector& selector);

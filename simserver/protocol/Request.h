@@ -5,7 +5,7 @@
 #include <variant>
 #include <vector>
 
-#include "simserver/playback/AnnouncementType.h"
+#include "simserver/playback/PartType.h"
 
 /// @file
 /// The decoded payloads of play and cancel operations. Plain values.
@@ -45,7 +45,7 @@ using Content = std::variant<RecordedContent, DictionaryContent, TextContent, Sp
 
 /// An audio part or a visual part.
 struct RequestPart {
-    const AnnouncementType* type = nullptr;
+    const PartType* type = nullptr;
     std::string origin;
     std::vector<std::string> zones;
     Content content;
@@ -55,7 +55,7 @@ struct RequestPart {
     std::string whyNot{};  ///< why the station cannot play it, empty when it can
 };
 
-struct PlayRequest {
+struct RequestToPlay {
     std::string id;  ///< empty when the client leaves it to the server
     bool relative = false;
     int level = 0;  ///< as given, in the mode above
@@ -65,7 +65,7 @@ struct PlayRequest {
 /// Names either a request or a type.
 struct CancelRequest {
     std::string id;
-    const AnnouncementType* type = nullptr;
+    const PartType* type = nullptr;
 };
 
 }  // namespace simserver

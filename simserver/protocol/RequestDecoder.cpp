@@ -73,7 +73,7 @@ RequestPart decodePart(const NamedField& field) {
 
 }  // namespace
 
-void decodePlay(std::string_view payload, PlayRequest& request) {
+void decodePlay(std::string_view payload, RequestToPlay& request) {
     refuseNul(payload);
     FieldReader in(payload);
     const std::size_t count = in.count();

@@ -14,7 +14,7 @@ namespace simserver {
 /// field and ",startCondition,stopCondition,0,0,0,0" after it.
 /// @param request receives the request; of a refused payload, what precedes the fault
 /// @throws Refused naming the field and the fault
-void decodePlay(std::string_view payload, PlayRequest& request);
+void decodePlay(std::string_view payload, RequestToPlay& request);
 
 /// Decodes the payload of operation 92/18: id or "",type
 /// @throws Refused naming the field and the fault

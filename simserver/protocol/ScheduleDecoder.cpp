@@ -86,7 +86,7 @@ ScreenContent decodeScreen(const NamedField& field) {
     return content;
 }
 
-ScheduledContent decodeScheduled(const AnnouncementType& type, const NamedField& field) {
+ScheduledContent decodeScheduled(const PartType& type, const NamedField& field) {
     switch (type.form) {
         case ContentForm::Recorded:
             return decodeRecorded(field);

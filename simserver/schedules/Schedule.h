@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "client/Calendar.h"
-#include "simserver/playback/AnnouncementType.h"
+#include "simserver/playback/PartType.h"
 #include "simserver/protocol/Request.h"
 
 /// @file
@@ -29,7 +29,7 @@ using ScheduledContent =
 
 /// An audio part or a visual part.
 struct SchedulePart {
-    const AnnouncementType* type = nullptr;
+    const PartType* type = nullptr;
     std::string origin;
     std::vector<std::string> zones;
     ScheduledContent content;

@@ -84,7 +84,7 @@ std::optional<SimTime> Schedules::nextDue() const {
 
 void Schedules::takeDue() {
     for (const Schedule* const schedule : scheduler_.takeDue(context_.clock.wallTime())) {
-        PlayRequest request;
+        RequestToPlay request;
         request.id = playback_.newRequestId("schedule-" + std::to_string(schedule->id));
         request.relative = schedule->relative;
         request.level = schedule->level;

@@ -1,13 +1,12 @@
 #include "simserver/state/StateStore.h"
 
-#include <cerrno>
-#include <cstdlib>
 #include <iterator>
 #include <stdexcept>
 #include <system_error>
 
 #include "framework/log.h"
 #include "simserver/protocol/Refused.h"
+#include "util/TemporaryFolder.h"
 
 namespace simserver {
 
@@ -16,19 +15,19 @@ namespace fs = std::filesystem;
 namespace {
 
 /// How a kind is kept, in the order of `Kept`.
-struct KindRow {
+struct KeptRow {
     const char* name;    // in the database and in messages, before the id
     const char* synced;  // how far a change gets before it is reported
 };
 constexpr const char* toDisk = "PRAGMA synchronous = FULL";
 constexpr const char* toSystem = "PRAGMA synchronous = NORMAL";  // it writes to the disk later
-constexpr KindRow kinds[] = {{"schedule", toDisk},
+constexpr KeptRow kinds[] = {{"schedule", toDisk},
                              {"gain of source", toSystem},
                              {"zones of source", toSystem},
                              {"gain of sink", toSystem},
                              {"monitoring of sink", toSystem}};
 
-const KindRow& rowOf(Kept kind) {
+const KeptRow& rowOf(Kept kind) {
     return kinds[static_cast<std::size_t>(kind)];
 }
 
@@ -43,32 +42,13 @@ constexpr int version = static_cast<int>(std::size(migrations));
 /// The database, and the log of its changes.
 constexpr const char* files[] = {StateStore::fileName, "schedules.db-wal"};
 
-/// A folder that is deleted with the object.
-struct TemporaryFolder {
-    TemporaryFolder() {
-        std::string name = (fs::temp_directory_path() / "pa-state-XXXXXX").string();
-        if (mkdtemp(name.data()) == nullptr) {
-            throw std::runtime_error(name + ": " + std::generic_category().message(errno));
-        }
-        path = name;
-    }
-    TemporaryFolder(const TemporaryFolder&) = delete;
-    TemporaryFolder& operator=(const TemporaryFolder&) = delete;
-    ~TemporaryFolder() {
-        std::error_code ignored;
-        fs::remove_all(path, ignored);
-    }
-
-    fs::path path;
-};
-
 /// The content of a database that cannot be opened where it is: SQLite needs to write beside it,
 /// even to read what a killed server has left in the log of its changes.
 Database copyInMemory(const StateFolder& folder) {
-    const TemporaryFolder temporary;
+    const pautil::TemporaryFolder temporary("pa-state");
     for (const char* const name : files) {
         const fs::path original = folder.file(name);
-        const fs::path copy = temporary.path / name;
+        const fs::path copy = temporary.path() / name;
         if (std::error_code error; fs::exists(original) && !fs::copy_file(original, copy, error)) {
             throw std::runtime_error(std::string(name) + ": " + error.message());
         }
@@ -76,7 +56,7 @@ Database copyInMemory(const StateFolder& folder) {
             fs::permissions(copy, fs::perms::owner_all);
         }
     }
-    Database source(temporary.path / StateStore::fileName);
+    Database source(temporary.path() / StateStore::fileName);
     Database memory("");
     memory.copyFrom(source);
     return memory;

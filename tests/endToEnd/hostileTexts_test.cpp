@@ -51,7 +51,7 @@ TEST_F(HostileTexts, NameZonesAndMakeAnnouncements) {
         EXPECT_EQ(announcement.parts().at(0).record.zones, zones) << "as the server reports them";
 
         const paclient::ChangePtr change = sent.next(paclient::Wait{});
-        simserver::PlayRequest request;
+        simserver::RequestToPlay request;
         simserver::decodePlay(std::get<paclient::SentOperation>(*change).operation.payload,
                               request);
         EXPECT_EQ(request.parts.at(0).zones, zones);

@@ -137,6 +137,32 @@ TEST_F(EmbeddedTransportTest, ARoundTripComesAfterWhatTheServerIsReporting) {
     EXPECT_TRUE(order == "record last trip" || order == "record earlier trip last trip") << order;
 }
 
+TEST_F(EmbeddedTransportTest, AConnectionThatIsLostDeliversNoRoundTrip) {
+    struct LosingServer : ScriptedServer {
+        void finishReports() override {
+            if (!std::exchange(hasLost, true)) {
+                say(palink::Disconnected{"restarts"});
+                say(palink::Connected{});
+                back.add("back");
+            }
+        }
+        bool hasLost = false;
+        Transcript back;
+    };
+    LosingServer losing;
+    palink::EmbeddedTransport transport(losing);
+    client.onOther = [&](const palink::ServerEvent& event) {
+        if (const auto* const trip = std::get_if<palink::RoundTripComplete>(&event)) {
+            steps.add(std::to_string(trip->number));
+        }
+    };
+    transport.start(client);
+    EXPECT_TRUE(transport.requestRoundTrip(1));
+    losing.back.waitFor("back");
+    EXPECT_TRUE(transport.requestRoundTrip(2));
+    EXPECT_EQ(steps.waitFor("2"), "2");
+}
+
 struct ReconnectionTest : EmbeddedTransportTest {
     /// Lets time pass until the server has been asked so often.
     void passUntilAttempts(int count) {

@@ -2,6 +2,7 @@
 // nothing.
 #include <functional>
 #include <list>
+#include <memory>
 #include <poll.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -10,6 +11,7 @@
 #include "framework/levelMeter.h"
 #include "framework/posixThread.h"
 #include "include/common/RecordList.h"
+#include "link/HandlerSlot.h"
 #include "tests/link/LinkTest.h"
 
 namespace {
@@ -73,12 +75,12 @@ TEST_F(ForkTest, AnObserverMayForkAndTheDaemonWorksButForTheLinkOfItsParent) {
         if (upload() == 1) {
             return 1;
         }
-        link.stop();
         ScriptedServer ownServer;
         ownServer.lockHolder = facade().getUUID();
         palink::EmbeddedTransport ownTransport(ownServer);
         palink::ServerLink own(facade(), ownTransport);
         own.start();
+        link.stop();
         const bool renews = ownServer.operations(1)[0] == "1," + facade().getUUID();
         const bool works = renews && upload() == 1 && pa::flushLog(std::chrono::minutes(1));
         own.stop();
@@ -179,11 +181,28 @@ TEST_F(ForkTest, NothingWaitsForThreadsOfTheParent) {
     pa::PosixThread uploading("upload", [] { upload(); });
     steps.waitFor("upload begins");
     transport.waitUntilDelivered();  // from now on its thread waits for more
-    EXPECT_EQ(codeOfChild([this] {
+    auto slot = std::make_unique<palink::HandlerSlot<int>>();
+    slot->set([&](const int& waits) {
+        if (waits != 0) {
+            steps.add("handler begins");
+            steps.waitFor("release");
+        }
+    });
+    pa::PosixThread calling("call", [&] { slot->call(1); });
+    steps.waitFor("handler begins");
+    pa::PosixThread replacing("replace", [&] { slot->set({}); });
+    until([&] { return !slot->call(0); });  // from now on it waits for the call
+    EXPECT_EQ(codeOfChild([&] {
+                  slot->set([](const int&) {});
+                  slot->set({});
+                  slot.reset();
                   facade().setUploader({});
+                  auto& endless = *new std::list<pa::PosixThread>;  // with the parent's ids
+                  for (int i = 0; i < 10; ++i) {
+                      endless.emplace_back("endless", [] { ::pause(); });
+                  }
                   link.stop();
-                  transport.stop();
-                  pa::PosixThread own("own", [] {});
+                  std::destroy_at(&transport);
                   return 0;
               }),
               0);

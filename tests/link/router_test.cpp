@@ -167,9 +167,9 @@ TEST_F(RouterTest, SurvivesWhateverAFieldHolds) {
     pa::RecordFields hostile = {std::nullopt, "", "(null)", "\"", "\\", "^^^", "-", "nan", longest};
     hostile.insert(hostile.end(), {"99999999999999999999", "\xff\xfe\x80", std::string(9999, '"')});
     for (const auto& field : hostile) {
-        for (const auto& [kind, name] : pa::recordKinds) {
-            router.handle(Record{server, kind, 9, pa::RecordFields(40, field)});
-            router.handle(Record{server, kind, 9, {}});
+        for (const auto& row : pa::recordKinds) {
+            router.handle(Record{server, row.kind, 9, pa::RecordFields(40, field)});
+            router.handle(Record{server, row.kind, 9, {}});
         }
         for (const std::string type : {"2,o,Z,", "4,o,Z,", "1,o,Z,", "9,o,Z,"}) {
             pa::RecordFields fields(11, type + field.value_or("").substr(0, 10'000));

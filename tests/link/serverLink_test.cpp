@@ -42,9 +42,8 @@ TEST_F(ServerLinkTest, ReportsRefusalsUnlessAHandlerTakesThem) {
     EXPECT_EQ(refused([&](const palink::Refusal& refusal) { reason = refusal.reason; }), "");
     EXPECT_EQ(reason, "no such zone");
     EXPECT_EQ(refused([](const palink::Refusal&) { throw std::runtime_error("oh"); }),
-              "E1 a handler of the server link threw >oh<\n");
-    EXPECT_EQ(refused([](const palink::Refusal&) { throw 5; }),
-              "E1 a handler of the server link threw\n");
+              "E1 a handler threw >oh<\n");
+    EXPECT_EQ(refused([](const palink::Refusal&) { throw 5; }), "E1 a handler threw\n");
 }
 
 /// Notes that a round trip is back.
@@ -106,6 +105,26 @@ TEST_F(ServerLinkTest, ALostConnectionKeepsTheCachesAndANewOneWithdrawsWhatTheyH
     say(palink::Record{1, pa::RecordKind::Zone, 1, {"Hall"}});
     say(palink::Connected{1, 4, true, {}});
     EXPECT_EQ(zones.deleted, "Z Hall ");
+}
+
+TEST_F(ServerLinkTest, RecordsAreReportedWhenTheyAreInTheCaches) {
+    std::string holders;
+    link.setRecordHandler([&holders](const palink::HandledRecord&) {
+        holders += gPaController.getPaSourceLocks().at(0).lockedUUID + " ";
+    });
+    const auto report = [this](const std::string& holder, const std::string& from) {
+        const std::string no;
+        say(palink::Record{
+            3, pa::RecordKind::Source, 1, {"1", no, no, no, no, no, no, no, no, holder, from}});
+    };
+    timePasses = false;
+    report("before", "3");
+    say(palink::Withdrawal{3, pa::RecordKind::Source, 1});
+    report("after", "3");    // is merged after the withdrawal
+    report("dropped", "9");  // of another server
+    timePasses = true;
+    link.waitUntilHandled();
+    EXPECT_EQ(holders, "before after ");
 }
 
 TEST_F(ServerLinkTest, StopsThoughNotificationsHaveFilledTheirQueue) {

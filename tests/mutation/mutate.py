@@ -15,7 +15,7 @@ list). The exit code is 1 when a mutant survives or is missing.
 The lists are mutants/*.txt. A mutant is its name, its file, the test programs that should stop it,
 each with an optional filter of its tests, and lines with the old text and the new:
 
-    [zone-activity-lost] sdk/controller/PaZones.cpp: controller_tests interface_tests:Zones*
+    [zone-activity-lost] sdk/controller/PaZones.cpp: controller_tests controller_tests:Exchanges*
     -    integer<&PaZone::activity>,
     +    skipped,
 """

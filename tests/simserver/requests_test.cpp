@@ -16,7 +16,7 @@ namespace fs = std::filesystem;
 
 /// A decoded request: mode, id and level, then each part as its record repeats it.
 std::string understood(const std::string& payload) {
-    PlayRequest request;
+    RequestToPlay request;
     decodePlay(payload, request);
     std::string text = request.relative ? "relative" : "absolute";
     text += " " + request.id + " " + std::to_string(request.level);
@@ -94,7 +94,7 @@ const std::string onServer = "/home/quillon/tmp/";
 struct PlayableContentTest : testing::Test {
     /// Of a part as a request holds it: in ms, or "endless".
     std::string lengthOf(const std::string& part) const {
-        PlayRequest request;
+        RequestToPlay request;
         decodePlay("\"id\",0,500," + simserver::quotedText(part), request);
         content.check(request.parts.at(0));
         const auto length = content.lengthOf(request.parts[0]);

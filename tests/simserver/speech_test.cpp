@@ -171,6 +171,18 @@ TEST_F(SpeechTest, ReportsToWhateverClientIsConnected) {
     }
 }
 
+TEST_F(SpeechTest, KeepsTheLatestPreviews) {
+    const FakeSynthesizer fake(echoes);
+    std::string last;
+    for (int i = 1; i <= 51; ++i) {
+        last = spoken("en,Ann,48000,\"Text " + std::to_string(i) + '"');
+    }
+    EXPECT_EQ(last.find("item: 51 7 "), 0U) << last;
+    EXPECT_NE(last.find(", 1 deleted"), std::string::npos) << last;
+    const std::filesystem::directory_iterator previews(path() / "pa-previews");
+    EXPECT_EQ(std::distance(begin(previews), end(previews)), 50);
+}
+
 /// While a report is held back, what arrives waits.
 TEST(SpeechRenderer, AnswersAllRequestsForATextTogether) {
     const FakeSynthesizer fake("exit 1");
@@ -196,6 +208,10 @@ TEST(SpeechRenderer, AnswersAllRequestsForATextTogether) {
     }
     EXPECT_EQ(ask("late", "more"), "32 texts are waiting to be spoken already");
     EXPECT_EQ(ask("b", "1"), "");
+    for (int i = 2; i <= 100; ++i) {
+        EXPECT_EQ(ask("c", "2"), "");
+    }
+    EXPECT_EQ(ask("late", "2"), "100 requests wait for this text already");
     go.set_value();
     busy.waitUntilIdle();
     EXPECT_EQ(reports.substr(0, 8), "a r b r ");

@@ -8,8 +8,8 @@ enum class Medium { Audio, Visual };
 /// How the content of a part is encoded.
 enum class ContentForm { None, Recorded, Dictionary, Text, Spoken, Template };
 
-/// A type of announcement and how the server plays it.
-struct AnnouncementType {
+/// The type of a part of an announcement, and how the server plays it.
+struct PartType {
     int number;
     const char* name;
     Medium medium;
@@ -25,6 +25,6 @@ constexpr int noAnnouncement = 7;  ///< nothing plays
 /// @}
 
 /// The type with a number, null for a number that is none.
-const AnnouncementType* findType(int number);
+const PartType* findType(int number);
 
 }  // namespace simserver

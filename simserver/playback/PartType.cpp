@@ -1,4 +1,4 @@
-#include "simserver/playback/AnnouncementType.h"
+#include "simserver/playback/PartType.h"
 
 #include <algorithm>
 #include <iterator>
@@ -10,7 +10,7 @@ namespace {
 constexpr const char* needsSource = "comes from a source, not from a request";
 constexpr const char* holdsNothing = "holds nothing to play";
 
-constexpr AnnouncementType types[] = {
+constexpr PartType types[] = {
     {liveAnnouncement, "Live", Medium::Audio, ContentForm::None, needsSource},
     {1, "Recorded", Medium::Audio, ContentForm::Recorded},
     {2, "Dictionary", Medium::Audio, ContentForm::Dictionary},
@@ -27,10 +27,10 @@ constexpr AnnouncementType types[] = {
 
 }  // namespace
 
-const AnnouncementType* findType(int number) {
+const PartType* findType(int number) {
     const auto* const found =
         std::find_if(std::begin(types), std::end(types),
-                     [number](const AnnouncementType& type) { return type.number == number; });
+                     [number](const PartType& type) { return type.number == number; });
     return found == std::end(types) ? nullptr : found;
 }
 
