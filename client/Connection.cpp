@@ -95,7 +95,7 @@ KeyValueMap Connection::serverInfo() const {
     return audioServer().getServerInfo();
 }
 
-std::set<int> Connection::heldSources() const {
+std::set<int> Connection::heldSources() {
     const std::string own = audioServer().getUUID();
     std::set<int> held;
     for (const PaSourceLockStatus& lock : gPaController.getPaSourceLocks()) {

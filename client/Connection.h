@@ -89,7 +89,7 @@ public:
     [[nodiscard]] KeyValueMap serverInfo() const;
 
     /// The sources whose lock this client holds.
-    [[nodiscard]] std::set<int> heldSources() const;
+    [[nodiscard]] static std::set<int> heldSources();
 
     Endpoint& endpoint() { return endpoint_; }
     palink::ServerLink& link() { return link_; }

@@ -4,6 +4,9 @@
 #include <map>
 #include <stdexcept>
 
+#include "client/choose.h"
+#include "client/resources.h"
+
 namespace paclient {
 
 namespace {
@@ -112,12 +115,58 @@ void readRecord(const Json& json, Record& record) {
     }
 }
 
+/// With the zones and voices as the server spells them.
+/// @param zoneIds of all zones
+ScheduleDefinition spelledOut(ScheduleDefinition schedule,
+                              const std::vector<std::string>& zoneIds) {
+    for (std::string& zone : schedule.paZones) {
+        zone = zoneIds[findName("zone", zone, zoneIds)];
+    }
+    for (TTSVocalizer& spoken : schedule.ttsList) {
+        const TTSVocalizer voice = chooseVoice(spoken.language, spoken.voice);
+        spoken.language = voice.language;
+        spoken.voice = voice.voice;
+    }
+    return schedule;
+}
+
+Json parse(const std::string& text) {
+    try {
+        return Json::parse(text);
+    } catch (const Json::exception& error) {
+        const std::string fault = error.what();  // after the library's own name for it
+        fail("is not JSON: " + fault.substr(fault.find("] ") + 2));
+    }
+}
+
 }  // namespace
 
 ScheduleDefinition scheduleFrom(const Json& json) {
     ScheduleDefinition schedule;
     readRecord(json, schedule);
     return schedule;
+}
+
+Json schedulesAsJson() {
+    const std::vector<ScheduleEntry> all = allSchedules();
+    return toJson(std::vector<ScheduleDefinition>(all.begin(), all.end()), JsonTexts::None);
+}
+
+std::vector<ImportEntry> readSchedules(const std::string& text) {
+    const Json list = parse(text);
+    if (!list.is_array()) {
+        fail("is not a list of schedules");
+    }
+    const std::vector<std::string> zoneIds = memberTexts<&PaZone::id>(allZones());
+    std::vector<ImportEntry> result;
+    for (const Json& entry : list) {
+        try {
+            result.push_back({spelledOut(scheduleFrom(entry), zoneIds), {}});
+        } catch (const std::exception& error) {
+            result.push_back({{}, error.what()});
+        }
+    }
+    return result;
 }
 
 }  // namespace paclient

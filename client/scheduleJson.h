@@ -1,6 +1,10 @@
 #pragma once
 
+#include <string>
+#include <vector>
+
 #include "client/json.h"
+#include "client/schedules.h"
 
 namespace paclient {
 
@@ -9,5 +13,13 @@ namespace paclient {
 /// @throws std::invalid_argument that names the member, when one is not known or its value is of
 ///         another kind
 ScheduleDefinition scheduleFrom(const Json& json);
+
+/// Every schedule of the server, in order of their numbers, as `readSchedules` reads them.
+Json schedulesAsJson();
+
+/// The schedules of a JSON list; of one that cannot be read, why. Their zones and voices are those
+/// of the server, as it spells them.
+/// @throws std::invalid_argument when the text is no JSON, or no list: "is not JSON: ..."
+std::vector<ImportEntry> readSchedules(const std::string& text);
 
 }  // namespace paclient

@@ -10,7 +10,7 @@
 #include "console/arguments/words.h"
 #include "console/files/LineFile.h"
 #include "console/interrupt.h"
-#include "console/shell/shellNews.h"
+#include "console/shell/ShellNotices.h"
 #include "util/FileError.h"
 
 namespace console {
@@ -81,16 +81,16 @@ void runScriptLines(const Context& context) {
     context.connection.lasts = true;
     context.connection.readsCommands = context.settings.script == "-";
     const bool isWatched = &context.out == &context.diagnostics;  // by a monitor, which reports it
-    const auto news = std::make_shared<ShellNews>(context.diagnostics, !isWatched);
-    context.connection.onReconnected = [news] { news->report(); };
-    LineFile file(context.settings.script.string(), "script", [news] { news->report(); });
+    const auto notices = std::make_shared<ShellNotices>(context.diagnostics, !isWatched);
+    context.connection.onReconnected = [notices] { notices->report(); };
+    LineFile file(context.settings.script.string(), "script", [notices] { notices->report(); });
     std::string line;
     for (int number = 1; file.next(line); ++number) {
         interrupt::check();
         try {
             const auto words = splitWords(line);
             if (!words.empty()) {
-                news->reportAfter(runLine(lineContext, words, LineKind::Script), {});
+                notices->reportAfter(runLine(lineContext, words, LineKind::Script), {});
             }
         } catch (const Failure& failure) {
             throw Failure(failure.code,

@@ -77,6 +77,12 @@ struct Context {
         out.write(table.text(isCut ? sizeOfTerminal(terminal).columns : 0));
     }
 
+    /// What is redrawn in place on the terminal; null without one, and beside JSON.
+    std::unique_ptr<LiveView> liveView() const {
+        const bool isDrawn = terminal >= 0 && !settings.json;
+        return isDrawn ? std::make_unique<LiveView>(out) : nullptr;
+    }
+
     /// Writes a record, or an array of records a line each.
     void writeJson(const paclient::Json& json) const { out.write(paclient::jsonLines(json)); }
 };

@@ -7,7 +7,6 @@
 
 #include "client/StationClock.h"
 #include "console/ExitCode.h"
-#include "console/Progress.h"
 #include "console/interrupt.h"
 #include "framework/log.h"
 #include "sdk/globals.h"
@@ -49,18 +48,6 @@ simserver::EmbeddedEndpoint endpointFor(const Settings& settings) try {
 }
 
 }  // namespace
-
-Moment after(double seconds) {
-    const std::chrono::duration<double> limit(std::min(seconds, forEver));
-    return std::chrono::steady_clock::now() +
-           std::chrono::duration_cast<std::chrono::steady_clock::duration>(limit);
-}
-
-paclient::Wait interruptibleWait(double seconds) {
-    const std::chrono::duration<double> limit(std::min(seconds, forEver));
-    return {std::chrono::ceil<std::chrono::milliseconds>(limit),
-            [](std::chrono::milliseconds /*waited*/) { interrupt::check(); }};
-}
 
 Session::LogRedirection::LogRedirection(Output& diagnostics, long level) {
     pa::setLogSink([&diagnostics](const pa::LogLine& line) {
@@ -115,7 +102,7 @@ bool Session::requireConnected() try {
 
 void Session::requireBackWithin(double seconds) {
     setClock();
-    if (connection_.awayFor() > std::chrono::duration<double>(std::min(seconds, forEver))) {
+    if (connection_.awayFor() > std::chrono::duration<double>(seconds)) {
         throw Failure(ExitCode::ConnectionLost, "the connection to the server is lost");
     }
 }

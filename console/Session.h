@@ -1,29 +1,15 @@
 #pragma once
 
-#include <chrono>
 #include <cstdint>
 #include <string>
 
 #include "client/Connection.h"
-#include "client/Wait.h"
 #include "console/Output.h"
 #include "console/Settings.h"
+#include "console/waits.h"
 #include "simserver/EmbeddedEndpoint.h"
 
 namespace console {
-
-/// A moment on the clock that never jumps.
-using Moment = std::chrono::steady_clock::time_point;
-
-/// More seconds than any command waits, and few enough for the clock.
-constexpr double forEver = 1e9;
-
-/// The moment that is so many seconds away, `forEver` at most.
-Moment after(double seconds);
-
-/// A wait that the user can interrupt.
-/// @param seconds `forEver` at most
-paclient::Wait interruptibleWait(double seconds);
 
 /// The connection of the console to its server, for as long as the object lives. One at a time.
 class Session {

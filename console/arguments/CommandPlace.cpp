@@ -22,6 +22,13 @@ bool looksLikeOption(const std::string& word) {
     return !word.empty() && word[0] == '-';
 }
 
+CommandPlace::CommandPlace(const CLI::App& parser, const std::vector<std::string>& words)
+    : app_(&parser) {
+    for (const std::string& word : words) {
+        pass(word);
+    }
+}
+
 void CommandPlace::pass(const std::string& word) {
     if (awaitsValue()) {
         awaiting_ = nullptr;

@@ -13,7 +13,7 @@ namespace console {
 /// Where the first words of a command line have led in the parser.
 class CommandPlace {
 public:
-    explicit CommandPlace(const CLI::App& parser) : app_(&parser) {}
+    explicit CommandPlace(const CLI::App& parser, const std::vector<std::string>& words = {});
 
     /// Goes on by one word.
     void pass(const std::string& word);

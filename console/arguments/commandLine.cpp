@@ -185,11 +185,7 @@ std::string CommandParser::faultOf(const std::vector<std::string>& words,
     if (const std::string unknown = unknownWordIn(words); !unknown.empty()) {
         return unknown;
     }
-    CommandPlace place(app_);
-    for (const std::string& word : words) {
-        place.pass(word);
-    }
-    const auto names = place.subcommands();
+    const auto names = CommandPlace(app_, words).subcommands();
     const bool lacksCommand = dynamic_cast<const CLI::RequiredError*>(&error) != nullptr;
     return lacksCommand && !names.empty() ? "a command is missing: " + valueText(names)
                                           : reworded(error.what());

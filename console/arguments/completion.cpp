@@ -3,6 +3,7 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <iterator>
+#include <set>
 
 #include "client/letterCase.h"
 #include "console/arguments/CommandPlace.h"
@@ -111,9 +112,9 @@ std::vector<std::string> choicesFor(CommandPlace& place, TypedWord& typed, const
         typed.moveToHead(equals + 1);
         return place.awaitsValue() ? valuesFor(place, typed, namesOf) : std::vector<std::string>();
     }
-    auto choices = valuesFor(place, typed, namesOf);
-    for (const std::string& name : place.subcommands()) {
-        choices.push_back(name);
+    auto choices = place.subcommands();
+    for (const std::string& value : valuesFor(place, typed, namesOf)) {
+        choices.push_back(value);
     }
     return choices;
 }
@@ -122,9 +123,7 @@ std::vector<std::string> choicesFor(CommandPlace& place, TypedWord& typed, const
 std::string commonBeginning(const std::vector<std::string>& sorted) {
     const std::string& first = sorted.front();
     const std::string& last = sorted.back();
-    const std::size_t shorter = std::min(first.size(), last.size());
-    const auto end =
-        std::mismatch(first.begin(), first.begin() + std::ptrdiff_t(shorter), last.begin());
+    const auto end = std::mismatch(first.begin(), first.end(), last.begin(), last.end());
     std::string result(first.begin(), end.first);
     while (!isUtf8(result)) {
         result.pop_back();  // not in the middle of a character
@@ -151,18 +150,14 @@ Completion complete(const std::string& line, const CLI::App& parser, const Names
     if (!scan.words.empty() && scan.words.front() == "help") {
         scan.words.erase(scan.words.begin());  // it may precede any command
     }
-    CommandPlace place(parser);
-    for (const std::string& word : scan.words) {
-        place.pass(word);
+    CommandPlace place(parser, scan.words);
+    std::set<std::string> fitting;
+    for (const std::string& choice : choicesFor(place, typed, namesOf)) {
+        if (startsWith(choice, typed.tail)) {
+            fitting.insert(choice);
+        }
     }
-
-    auto choices = choicesFor(place, typed, namesOf);
-    const auto differs = [&typed](const std::string& choice) {
-        return !startsWith(choice, typed.tail);
-    };
-    choices.erase(std::remove_if(choices.begin(), choices.end(), differs), choices.end());
-    std::sort(choices.begin(), choices.end());
-    choices.erase(std::unique(choices.begin(), choices.end()), choices.end());
+    std::vector<std::string> choices(fitting.begin(), fitting.end());
 
     Completion result{typed.begin, "", {}};
     if (choices.size() == 1) {

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <charconv>
-#include <cmath>
 #include <system_error>
 
 #include "client/find.h"
@@ -23,12 +22,6 @@ std::optional<Number> wholeText(const std::string& text) {
     const char* const end = text.data() + text.size();
     const auto [stop, error] = std::from_chars(text.data(), end, number);
     return error == std::errc() && stop == end ? std::optional(number) : std::nullopt;
-}
-
-Failure notA(const std::string& kind, const std::string& option, const std::string& text,
-             const std::string& least, const std::string& greatest) {
-    return wrongValue(option,
-                      "'" + text + "' is not a " + kind + " from " + least + " to " + greatest);
 }
 
 /// `12,40`: numbers with commas between.
@@ -55,24 +48,19 @@ CLI::Option* refuseOptionAsValue(const CLI::App& app, CLI::Option* option) {
 
 }  // namespace
 
-int parseWhole(const std::string& option, const std::string& text, Whole limits) {
-    const auto number = wholeText<int>(text);
-    if (!number || *number < limits.least || *number > limits.greatest) {
-        throw notA("whole number", option, text, std::to_string(limits.least),
-                   std::to_string(limits.greatest));
-    }
-    return *number;
-}
-
-double parseNumber(const std::string& option, const std::string& text, Real limits) {
-    const auto number = wholeText<double>(text);
-    const bool fits =
-        number && std::isfinite(*number) && *number >= limits.least && *number <= limits.greatest;
+template <class Number>
+Number parseNumber(const std::string& option, const std::string& text, Limits<Number> limits) {
+    const auto number = wholeText<Number>(text);
+    const bool fits = number && *number >= limits.least && *number <= limits.greatest;
     if (!fits) {
-        throw notA("number", option, text, valueText(limits.least), valueText(limits.greatest));
+        const std::string kind = std::is_integral_v<Number> ? "whole number" : "number";
+        throw wrongValue(option, "'" + text + "' is not a " + kind + " from " +
+                                     valueText(limits.least) + " to " + valueText(limits.greatest));
     }
     return *number;
 }
+template int parseNumber(const std::string&, const std::string&, Whole);
+template double parseNumber(const std::string&, const std::string&, Real);
 
 CLI::Option* addParsed(CLI::App& app, const std::string& name,
                        const std::function<void(const std::string& text)>& take,

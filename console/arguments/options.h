@@ -15,25 +15,23 @@
 
 namespace console {
 
-/// The least and the greatest value allowed.
-struct Whole {
-    int least;
-    int greatest;
+/// The least and the greatest value allowed, both finite.
+template <class Number>
+struct Limits {
+    Number least;
+    Number greatest;
 };
-struct Real {
-    double least;
-    double greatest;
-};
+
+using Whole = Limits<int>;
+using Real = Limits<double>;
 
 constexpr int greatestWhole = std::numeric_limits<int>::max();
 constexpr Whole anyWhole{std::numeric_limits<int>::min(), greatestWhole};
 
+/// A decimal number: an int or a double.
 /// @throws Failure that names the option, with what would be right
-int parseWhole(const std::string& option, const std::string& text, Whole limits);
-
-/// A finite number, not a hexadecimal one.
-/// @throws Failure as above
-double parseNumber(const std::string& option, const std::string& text, Real limits);
+template <class Number>
+Number parseNumber(const std::string& option, const std::string& text, Limits<Number> limits);
 
 /// An argument whose text a function takes. The name of an option is no value: the value is missing
 /// then.
@@ -55,7 +53,7 @@ template <class Target>
 CLI::Option* addWhole(CLI::App& app, const std::string& name, Target& value, Whole limits,
                       const std::string& help) {
     const auto take = [&value, name, limits](const std::string& text) {
-        value = parseWhole(name, text, limits);
+        value = parseNumber(name, text, limits);
     };
     return addParsed(app, name, take, help, "N");
 }

@@ -17,23 +17,6 @@ bool isPlain(char c) {
     return !isAscii || isLetterOrDigit || (c != '\0' && std::strchr("_./:,@%+=-", c) != nullptr);
 }
 
-/// With the quote that opens it, if it needs one, but without the one that closes it.
-std::string opened(const std::string& text, char& quote) {
-    quote = '\0';
-    if (!text.empty() && std::all_of(text.begin(), text.end(), isPlain)) {
-        return text;
-    }
-    quote = text.find('\'') == std::string::npos ? '\'' : '"';
-    std::string result(1, quote);
-    for (const char c : text) {
-        if (quote == '"' && (c == '"' || c == '\\')) {
-            result += '\\';
-        }
-        result += c;
-    }
-    return result;
-}
-
 }  // namespace
 
 LineScan scanWords(const std::string& line) {
@@ -92,14 +75,26 @@ std::vector<std::string> splitWords(const std::string& line) {
 }
 
 std::string quoted(const std::string& text) {
-    char quote = '\0';
-    const std::string result = opened(text, quote);
-    return quote == '\0' ? result : result + quote;
+    if (!text.empty() && std::all_of(text.begin(), text.end(), isPlain)) {
+        return text;
+    }
+    const char quote = text.find('\'') == std::string::npos ? '\'' : '"';
+    std::string result(1, quote);
+    for (const char c : text) {
+        if (quote == '"' && (c == '"' || c == '\\')) {
+            result += '\\';
+        }
+        result += c;
+    }
+    return result + quote;
 }
 
 std::string quotedBeginning(const std::string& text) {
-    char quote = '\0';
-    return text.empty() ? text : opened(text, quote);
+    std::string result = text.empty() ? text : quoted(text);
+    if (result != text) {
+        result.pop_back();  // the quote stays open
+    }
+    return result;
 }
 
 }  // namespace console

@@ -16,12 +16,9 @@ using paclient::Confirmation;
 
 /// The request id of what is named by its request id, or by the number of one of its records.
 std::string requestIdOf(const std::string& wanted) {
-    std::vector<std::string> numbers;
-    std::vector<std::string> ids;
-    for (const AnnouncementRequest& record : paclient::allAnnouncements()) {
-        numbers.push_back(std::to_string(record.id));
-        ids.push_back(record.getRequestID());
-    }
+    const auto records = paclient::allAnnouncements();
+    const auto numbers = paclient::memberTexts<&AnnouncementRequest::id>(records);
+    auto ids = paclient::memberTexts<&AnnouncementRequest::getRequestID>(records);
     if (paclient::knowsName(wanted, numbers)) {
         return ids[paclient::findName("announcement", wanted, numbers)];
     }

@@ -52,7 +52,7 @@ const std::vector<Command>& commands();
 /// @param kind as `get` calls it, or "language"; of another kind none are known
 std::vector<std::string> knownNames(const std::string& kind);
 
-// Each in a file of its own topic.
+// Each in a file of its own topic, those of schedules in `schedule/`.
 Command statusCommand();
 Command listCommand();
 Command getCommand();
@@ -66,6 +66,8 @@ Command cancelCommand();
 Command previewCommand();
 Command recordCommand();
 Command scheduleCommand();
+Command scheduleExportCommand();
+Command scheduleImportCommand();
 Command monitorCommand();
 Command demoCommand();
 Command shellCommand();

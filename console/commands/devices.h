@@ -13,15 +13,17 @@
 
 namespace console {
 
-/// The argument ID of a command.
+/// An argument that names a resource.
 template <const auto& kind>
 struct Named {
     std::string wanted;
 
-    void define(CLI::App& app) {
+    void define(CLI::App& app, const std::string& name = "ID") {
         const char* const names =
             kind.name == nullptr ? ": its number" : ": its number or its label";
-        addText(app, "ID", wanted, std::string("The ") + kind.one + names)->required();
+        addText(app, name, wanted, std::string("The ") + kind.one + names,
+                name[0] == '-' ? "ID" : "TEXT")
+            ->required();
     }
 
     /// @throws paclient::LookupError

@@ -1,10 +1,11 @@
 #include <algorithm>
 #include <atomic>
 
+#include "client/ChangeFilter.h"
+#include "client/choose.h"
 #include "client/resources.h"
 #include "console/Console.h"
 #include "console/ExitCode.h"
-#include "console/commands/ChangeFilter.h"
 #include "console/commands/commands.h"
 #include "console/interrupt.h"
 #include "console/text/changeText.h"
@@ -49,7 +50,7 @@ public:
     Printer(const Context& context, const ChangeFilter& filter)
         : context_(context),
           filter_(filter),
-          changes_(filter.kinds() | kinds<palink::ConnectionChange>()),
+          changes_(filter.kinds | kinds<palink::ConnectionChange>()),
           thread_("monitor", [this] { run(); }) {}
     Printer(const Printer&) = delete;
     Printer& operator=(const Printer&) = delete;
@@ -153,16 +154,46 @@ void watchScript(const Context& context, const ChangeFilter& filter) {
     printer.check();
 }
 
+/// A value of --kind.
+struct MonitoredKind {
+    const char* name;
+    ChangeKinds kinds;
+};
+
+const std::vector<MonitoredKind>& monitoredKinds() {
+    static const std::vector<MonitoredKind> rows = {
+        {"sources", kinds<Updated<PaSource>, Deleted<PaSource>>()},
+        {"sinks", kinds<Updated<PaSink>, Deleted<PaSink>>()},
+        {"zones", kinds<Updated<PaZone>, Deleted<PaZone>>()},
+        {"triggers", kinds<Updated<PaTrigger>, Deleted<PaTrigger>>()},
+        {"selectors", kinds<Updated<PaSelector>, Deleted<PaSelector>>()},
+        {"schedules", kinds<Updated<ScheduleDefinition>, Deleted<ScheduleDefinition>>()},
+        {"announcements", kinds<Updated<AnnouncementRequest>, Deleted<AnnouncementRequest>>()},
+        {"locks", kinds<LockChange>()},
+        {"previews", kinds<Retrieval>()},
+        {"refusals", kinds<palink::Refusal>()}};
+    return rows;
+}
+
 struct Monitor {
     std::optional<double> seconds;
     bool isSnapshot = false;
-    ChangeFilter changes;
+    std::vector<std::string> kindNames;
+    std::vector<std::string> zoneNames;
+    std::vector<std::string> sourceNames;
 
     void define(CLI::App& app) {
         CLI::Option* const limit =
             addNumber(app, "--seconds", seconds, {0, forEver}, "End after so many seconds");
         app.add_flag("--snapshot", isSnapshot, "Print the present state and end")->excludes(limit);
-        changes.define(app);
+        std::vector<std::string> names;
+        for (const MonitoredKind& row : monitoredKinds()) {
+            names.emplace_back(row.name);
+        }
+        addTexts(app, "--kind", kindNames, "Only changes of a kind; repeatable", "KIND")
+            ->check(oneOf(names));
+        addTexts(app, "--zones", zoneNames, "Only what concerns a zone; repeatable", "ZONES");
+        addTexts(app, "--source", sourceNames, "Only what concerns a source; repeatable", "ID");
     }
 
     void run(const Context& context) const {
@@ -171,8 +202,7 @@ struct Monitor {
             throw Failure(ExitCode::Usage, "--seconds and --snapshot do not go with --script");
         }
         context.session();
-        ChangeFilter filter = changes;
-        filter.resolve();
+        const ChangeFilter filter = wantedChanges();
         if (isSnapshot) {
             printSnapshot(context, filter);
         } else if (hasScript) {
@@ -180,6 +210,22 @@ struct Monitor {
         } else {
             watch(context, filter, seconds.value_or(forEver));
         }
+    }
+
+private:
+    ChangeFilter wantedChanges() const {
+        ChangeFilter filter;
+        for (const auto& [name, kinds] : monitoredKinds()) {
+            const bool isNamed =
+                std::find(kindNames.begin(), kindNames.end(), name) != kindNames.end();
+            filter.kinds |= isNamed || kindNames.empty() ? kinds : ChangeKinds();
+        }
+        const std::vector<std::string> zoneIds = chooseZones(zoneNames);
+        filter.zones = {zoneIds.begin(), zoneIds.end()};
+        for (const std::string& name : sourceNames) {
+            filter.sources.insert(findOne(sources, name).id);
+        }
+        return filter;
     }
 };
 

@@ -4,10 +4,11 @@
 
 #include "client/Announcement.h"
 #include "client/checkMessage.h"
+#include "client/choose.h"
 #include "client/json.h"
 #include "console/ExitCode.h"
 #include "console/commands/commands.h"
-#include "console/commands/playMessage.h"
+#include "console/commands/playOptions.h"
 #include "console/files/wavFile.h"
 #include "console/following/LiveView.h"
 #include "console/following/operate.h"
@@ -21,7 +22,6 @@ namespace {
 
 using paclient::Announcement;
 using paclient::Json;
-using State = Announcement::State;
 
 constexpr double refusalSeconds = 1;  // for a request that the server answers only by a refusal
 
@@ -42,14 +42,10 @@ class PartStates {
 public:
     /// @param expected how long it plays, in seconds, when that is known
     PartStates(const Context& context, std::optional<double> expected)
-        : context_(context), expected_(expected) {
-        if (context.terminal >= 0 && !context.settings.json) {
-            view_.emplace(context.out);
-        }
-    }
+        : context_(context), expected_(expected), view_(context.liveView()) {}
 
     /// Whether the time that has passed is shown.
-    bool isDrawn() const { return view_.has_value(); }
+    bool isDrawn() const { return view_ != nullptr; }
 
     /// From a callback: notes a state, to be shown by `show`.
     void add(const Announcement::Part& part) {
@@ -110,7 +106,7 @@ private:
     const Context& context_;
     const std::optional<double> expected_;
     const std::int64_t startMS_ = pa::monotonicMS();
-    std::optional<LiveView> view_;
+    const std::unique_ptr<LiveView> view_;
     std::vector<std::string> lines_;  // on a terminal
 
     std::mutex lock_;
@@ -129,18 +125,18 @@ std::optional<double> expectedSeconds(const Context& context, const PlayRequest&
 }
 
 void printId(const Context& context, const std::string& id) {
-    context.settings.json ? context.writeJson({{"requestId", id}})
-                          : context.out.write(clean(id) + '\n');
+    printOutcome(context, id, {{"requestId", id}});
 }
 
 /// @throws Failure when it has not ended well
 void requireGood(const Announcement& announcement) {
-    const State state = announcement.state();
+    const Announcement::State state = announcement.state();
     const std::string reason = announcement.reason();
-    if (state > State::Finished) {
-        throw Failure(state == State::Unknown ? ExitCode::ConnectionLost : ExitCode::Refused,
-                      "request " + announcement.requestId() + ' ' + nameOf(state) +
-                          (reason.empty() ? "" : ": " + reason));
+    if (state > Announcement::State::Finished) {
+        throw Failure(
+            state == Announcement::State::Unknown ? ExitCode::ConnectionLost : ExitCode::Refused,
+            "request " + announcement.requestId() + ' ' + nameOf(state) +
+                (reason.empty() ? "" : ": " + reason));
     }
 }
 
@@ -162,11 +158,12 @@ std::string afterInterruption(const Context& context, const std::string& id) {
 void playAndWait(const Context& context, const PlayRequest& request,
                  const std::vector<std::string>& zones, const Message& message) {
     PartStates states(context, expectedSeconds(context, request));
-    Announcement announcement(zones, message, [&](State, const Announcement::Part* part) {
-        if (part != nullptr) {
-            states.add(*part);
-        }
-    });
+    Announcement announcement(zones, message,
+                              [&](Announcement::State, const Announcement::Part* part) {
+                                  if (part != nullptr) {
+                                      states.add(*part);
+                                  }
+                              });
     const std::string& id = announcement.requestId();
     context.connection.playedIds.push_back(id);
     printId(context, id);
@@ -195,7 +192,7 @@ void playOnly(const Context& context, const std::vector<std::string>& zones,
                                           "the outcome is unknown",
                                           isReported ? answerSeconds : refusalSeconds));
     requireGood(announcement);
-    if (isReported && announcement.state() == State::Sending) {
+    if (isReported && announcement.state() == Announcement::State::Sending) {
         throw timedOut(announcement, "accepted");
     }
     printId(context, announcement.requestId());
@@ -231,7 +228,7 @@ struct Play {
     void run(const Context& context) const {
         check(request);
         context.session();
-        const auto zones = zonesFor(request.zones);
+        const auto zones = paclient::chooseZones(request.zones);
         const Message message = messageFor(request);
         if (request.dryRun) {
             dryRun(context, zones, message);

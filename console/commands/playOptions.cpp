@@ -1,6 +1,8 @@
+#include "console/commands/playOptions.h"
+
+#include "client/choose.h"
 #include "console/ExitCode.h"
 #include "console/arguments/options.h"
-#include "console/commands/playMessage.h"
 #include "console/files/wavFile.h"
 #include "console/text/cleanText.h"
 
@@ -16,12 +18,6 @@ Failure wrong(const std::string& text) {
 
 bool startsBlank(const std::string& text) {
     return !text.empty() && (text[0] == ' ' || text[0] == '\t');
-}
-
-void requireUtf8(const std::string& what, const std::string& text) {
-    if (!isUtf8(text)) {
-        throw wrong(what + " '" + text + "' is not UTF-8");
-    }
 }
 
 /// A text that is sent as it is, in a list.
@@ -66,6 +62,19 @@ void checkRequestId(const std::string& id) {
         throw wrong("the request id '" + id +
                     "' must have 6 to 63 characters, no control character and no blank in front");
     }
+}
+
+/// The display variables by key. A key that is given several times has several values.
+/// @throws Failure when one is not KEY=TEXT, or cannot be sent
+Message::DisplayVariables displayVariables(const PlayRequest& request) {
+    Message::DisplayVariables variables;
+    for (const std::string& variable : request.variables) {
+        const auto [key, text] = splitVariable("--var", variable, "KEY=TEXT");
+        checkKey(key);
+        requireUtf8("the text", text);
+        variables[key].emplace_back(text, 0);
+    }
+    return variables;
 }
 
 }  // namespace
@@ -139,20 +148,19 @@ void check(const PlayRequest& request) {
     }
 }
 
-Message::DisplayVariables displayVariables(const PlayRequest& request) {
-    Message::DisplayVariables variables;
-    for (const std::string& variable : request.variables) {
-        const std::size_t equals = variable.find('=');
-        if (equals == std::string::npos) {
-            throw wrong("--var '" + variable + "' is not KEY=TEXT");
-        }
-        const std::string key = variable.substr(0, equals);
-        const std::string text = variable.substr(equals + 1);
-        checkKey(key);
-        requireUtf8("the text", text);
-        variables[key].emplace_back(text, 0);
+void requireUtf8(const std::string& what, const std::string& text) {
+    if (!isUtf8(text)) {
+        throw wrong(what + " '" + text + "' is not UTF-8");
     }
-    return variables;
+}
+
+std::pair<std::string, std::string> splitVariable(const std::string& option,
+                                                  const std::string& variable, const char* form) {
+    const std::size_t equals = variable.find('=');
+    if (equals == std::string::npos) {
+        throw wrong(option + " '" + variable + "' is not " + form);
+    }
+    return {variable.substr(0, equals), variable.substr(equals + 1)};
 }
 
 std::string serverPath(const std::string& path) {
@@ -160,6 +168,38 @@ std::string serverPath(const std::string& path) {
         throw wrong("'" + path + "' cannot be the name of a recording");
     }
     return path.find('/') == std::string::npos ? serverFolder + path : path;
+}
+
+Message messageFor(const PlayRequest& request) {
+    Message message;
+    message.setRequestID(request.requestId.value_or(""));
+    message.setPriority(
+        {request.relative ? APM_RELATIVE_PRIORITY : APM_ABSOLUTE_PRIORITY, request.priority});
+    message.setPreChime(request.preChime);
+    message.setPostChime(request.postChime);
+    if (request.gain) {
+        message.setGain(*request.gain);
+    }
+    if (!request.items.empty()) {
+        message.setAudioMessage(request.items);
+        message.setRepeatCnt(request.repeat);
+    }
+    if (!request.texts.empty()) {
+        const TTSVocalizer voice = paclient::chooseVoice(request.language, request.voice);
+        for (const std::string& text : request.texts) {
+            message.setAudioMessage(text, voice.language, voice.voice, Message::UTF_8);
+        }
+    }
+    if (request.file) {
+        message.setAudioMessage(*request.file, Message::L16_48K);
+    }
+    if (request.recording) {
+        message.setAudioMessage(serverPath(*request.recording));
+    }
+    if (request.display) {
+        message.setVisualMessage(*request.display, displayVariables(request), request.validity);
+    }
+    return message;
 }
 
 }  // namespace console

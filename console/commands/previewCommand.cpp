@@ -3,14 +3,14 @@
 #include <sstream>
 
 #include "client/Preview.h"
+#include "client/choose.h"
 #include "console/ExitCode.h"
 #include "console/commands/commands.h"
-#include "console/commands/playMessage.h"
-#include "console/files/fileUri.h"
+#include "console/commands/playOptions.h"
 #include "console/files/wavFile.h"
 #include "console/following/operate.h"
-#include "console/text/cleanText.h"
 #include "util/AtomicFile.h"
+#include "util/fileUri.h"
 
 namespace console {
 
@@ -31,16 +31,14 @@ struct PreviewFile {
     }
 
     void run(const Context& context) const {
-        if (!isUtf8(text)) {
-            throw Failure(ExitCode::Usage, "the text '" + text + "' is not UTF-8");
-        }
+        requireUtf8("the text", text);
         const bool isPrinted = out == "-";
         std::optional<pautil::AtomicFile> file;
         if (!isPrinted) {
             file.emplace(out);
         }
         context.session();
-        const std::filesystem::path audio = pathOfFileUri(render(context));
+        const std::filesystem::path audio = fileOf(render(context));
         const WavFormat format = formatOf(audio);
         if (isPrinted) {
             std::ostringstream bytes;
@@ -60,20 +58,24 @@ struct PreviewFile {
     }
 
 private:
+    static std::filesystem::path fileOf(const std::string& uri) {
+        const auto path = pautil::pathOfFileUri(uri);
+        if (!path) {
+            throw Failure(ExitCode::Refused,
+                          "the server keeps the audio at '" + uri + "', which is no file here");
+        }
+        return *path;
+    }
+
     /// Has the server speak the text.
     /// @return where the audio is
     std::string render(const Context& context) const {
-        const TTSVocalizer spoken = voiceFor(language, voice);
+        const TTSVocalizer spoken = paclient::chooseVoice(language, voice);
         const double seconds = std::chrono::duration<double>(paclient::previewExpiry).count();
-        paclient::RenderedPreview preview;
-        operate(
-            context, "there is audio",
-            [&](const paclient::Wait& wait) {
-                preview = renderPreview(text, spoken, wait);
-                return preview.confirmation;
-            },
-            seconds);
-        return preview.uri;
+        const auto speak = [&](const paclient::Wait& wait) {
+            return renderPreview(text, spoken, wait);
+        };
+        return resultOf(context, "there is audio", speak, seconds).uri;
     }
 
     /// What the server's file holds; one that is no audio is the server's fault.

@@ -1,7 +1,7 @@
 #include "client/confirmedOperations.h"
 #include "console/ExitCode.h"
 #include "console/commands/commands.h"
-#include "console/commands/playMessage.h"
+#include "console/commands/playOptions.h"
 #include "console/following/operate.h"
 
 namespace console {
@@ -15,11 +15,12 @@ struct PathOperation {
     const char* effect;
     const char* unconfirmed;  ///< what the server does not confirm; null for what it does
     Confirmation (*send)(const std::string& path, const Wait& wait);
+    const char* ending;  ///< what ends with the server; null for nothing
 };
 
-constexpr PathOperation start{" is being recorded", nullptr, startRecording};
-constexpr PathOperation preview{" is played back", "previews", previewRecording};
-constexpr PathOperation remove{" is deleted", "deletions", deleteRecording};
+constexpr PathOperation start{" is being recorded", nullptr, startRecording, "the recording"};
+constexpr PathOperation preview{" is played back", "previews", previewRecording, nullptr};
+constexpr PathOperation remove{" is deleted", "deletions", deleteRecording, nullptr};
 
 template <const PathOperation& operation>
 struct OfRecording {
@@ -45,24 +46,15 @@ struct OfRecording {
                                          : "requested: " + effect + " (the server confirms no " +
                                                operation.unconfirmed + ')';
         printOutcome(context, sentence, {{"path", path}});
-    }
-};
-
-struct RecordStart : OfRecording<start> {
-    void run(const Context& context) const {
-        OfRecording<start>::run(context);
-        warnOfEnd(context, "the recording");
+        if (operation.ending != nullptr) {
+            warnOfEnd(context, operation.ending);
+        }
     }
 };
 
 void stop(const Context& context) {
     context.session();
-    std::string path;
-    operate(context, "the recording is stored", [&](const Wait& wait) {
-        StoppedRecording stopped = stopRecording(wait);
-        path = stopped.path;
-        return stopped.confirmation;
-    });
+    const std::string path = resultOf(context, "the recording is stored", stopRecording).path;
     printOutcome(context, path + " is recorded", {{"path", path}});
 }
 
@@ -70,7 +62,7 @@ void stop(const Context& context) {
 
 Command recordCommand() {
     return group("record", "Record at the server, and handle recordings",
-                 {command<RecordStart>("start", "Start a recording at the server"),
+                 {command<OfRecording<start>>("start", "Start a recording at the server"),
                   command<stop>("stop", "Stop it and store it"),
                   command<OfRecording<preview>>("preview", "Play a recording back"),
                   command<OfRecording<remove>>("delete", "Delete a recording")});

@@ -42,8 +42,9 @@ double secondsOf(std::chrono::milliseconds duration) {
     return std::chrono::duration<double>(duration).count();
 }
 
-/// Prints dictionary items, all of them or the chimes.
-void printItems(const Context& context, bool onlyChimes) {
+/// Lists dictionary items, all of them or the chimes.
+template <bool onlyChimes>
+void listItems(const Context& context) {
     Json array = Json::array();
     TextTable table({onlyChimes ? "CHIME" : "ITEM", "TEXT", "SECONDS"});
     for (const simserver::DictionaryItem& item :
@@ -55,14 +56,6 @@ void printItems(const Context& context, bool onlyChimes) {
         }
     }
     context.settings.json ? context.writeJson(array) : context.write(table);
-}
-
-void listDictionary(const Context& context) {
-    printItems(context, false);
-}
-
-void listChimes(const Context& context) {
-    printItems(context, true);
 }
 
 void listRecordings(const Context& context) {
@@ -102,8 +95,8 @@ constexpr Kind kindRows[] = {
     kindOf<ttsItems>,
     kindOf<locks>,
     kindOf<announcements>,
-    {nullptr, "dictionary", listDictionary, nullptr, nullptr},
-    {nullptr, "chimes", listChimes, nullptr, nullptr},
+    {nullptr, "dictionary", listItems<false>, nullptr, nullptr},
+    {nullptr, "chimes", listItems<true>, nullptr, nullptr},
     {nullptr, "recordings", listRecordings, nullptr, nullptr},
 };
 

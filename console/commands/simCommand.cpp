@@ -1,9 +1,7 @@
 #include <algorithm>
 
-#include "client/resources.h"
 #include "console/ExitCode.h"
-#include "console/commands/commands.h"
-#include "console/following/operate.h"
+#include "console/commands/devices.h"
 #include "sdk/PAController.h"
 #include "simserver/SimControl.h"
 
@@ -54,19 +52,17 @@ void checkClient(const std::string& client) {
 }
 
 template <const LockAction& action>
-struct SimLock {
-    std::string wanted;
+struct SimLock : Named<sources> {
     std::string client;
 
     void define(CLI::App& app) {
-        addText(app, "SOURCE", wanted, "The source: its number or its label")->required();
+        Named::define(app, "SOURCE");
         addText(app, "--client", client, "The other client", "UUID")->required();
     }
 
     void run(const Context& context) const {
         checkClient(client);
-        context.session();
-        const int id = findOne(sources, wanted).id;
+        const int id = find(context).id;
         simulate(context, [&](SimControl& server) { (server.*action.act)(id, client); });
         printEffect(context, "source " + std::to_string(id) + action.effect + client,
                     paclient::toJson(lockOf(id)));

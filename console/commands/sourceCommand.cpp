@@ -1,7 +1,16 @@
+#include <algorithm>
+#include <chrono>
+#include <cmath>
+#include <cstdio>
+
+#include "client/ChangeStream.h"
 #include "console/ExitCode.h"
 #include "console/commands/devices.h"
-#include "console/commands/sourceLevel.h"
+#include "console/following/LiveView.h"
 #include "console/text/TextTable.h"
+#include "console/text/changeText.h"
+#include "framework/clock.h"
+#include "sdk/PAController.h"
 
 namespace console {
 
@@ -63,6 +72,93 @@ void printZones(const Context& context, const PaSource& source) {
     }
     context.out.write(table.text());
 }
+
+// -------------------------------------------------------------------------------------- levels
+
+constexpr double levelRange = 60;      // dB below 0 at which the bar is empty
+constexpr double readingSeconds = 10;  // the longest time between two readings
+
+/// The feed of a source, for as long as the object lives.
+class Feed {
+public:
+    explicit Feed(int sourceId) : sourceId_(sourceId) {
+        gPaController.enablePaSourceVUMeter(sourceId_);
+    }
+    Feed(const Feed&) = delete;
+    Feed& operator=(const Feed&) = delete;
+    ~Feed() { gPaController.disablePaSourceVUMeter(sourceId_); }
+
+private:
+    const int sourceId_;
+};
+
+std::string levelText(double level) {
+    char text[32];
+    std::snprintf(text, sizeof text, "%6.1f dB", level);
+    return text;
+}
+
+/// @param view null where readings are lines
+void show(const Context& context, LiveView* view, const palink::LevelReading& reading) {
+    if (context.settings.json) {
+        context.writeJson(toJson(reading));
+    } else if (view == nullptr) {
+        context.out.write(levelText(reading.level) + '\n');
+    } else {
+        const TerminalSize size = sizeOfTerminal(context.terminal);
+        const std::string text = levelText(reading.level) + "  ";
+        const std::size_t taken = text.size() + 1;
+        const std::size_t free = size.columns > taken ? size.columns - taken : 0;
+        view->draw({text + bar(1 + reading.level / levelRange, free)}, size);
+    }
+}
+
+/// Shows the level of a source's amplifier element: a bar on a terminal, else a line for each
+/// reading. The feed ends with it. Without a limit the user interrupts.
+struct SourceLevel : Named<sources> {
+    std::optional<int> count;       // readings
+    std::optional<double> seconds;  // since the start
+
+    void define(CLI::App& app) {
+        Named::define(app);
+        addWhole(app, "--count", count, {1, greatestWhole}, "End after so many readings");
+        addNumber(app, "--seconds", seconds, {0, forEver}, "End after so many seconds");
+    }
+
+    void run(const Context& context) const {
+        const PaSource source = find(context);
+        const int element = source.id / 100;
+        const std::int64_t startMS = pa::monotonicMS();
+        Subscription changes(kinds<palink::LevelReading, palink::ConnectionChange>());
+        const Feed feed(source.id);
+        const std::unique_ptr<LiveView> view = context.liveView();
+        for (int shown = 0; !count || shown < *count;) {
+            const double passed = static_cast<double>(pa::monotonicMS() - startMS) / 1000;
+            const double left = seconds.value_or(forEver) - passed;
+            Wait wait = waitOf(context, "for a reading", "", readingSeconds);
+            const bool endsFirst = std::chrono::duration<double>(left) < wait.limit;
+            if (endsFirst) {
+                wait.limit = std::chrono::milliseconds(std::max(0LL, std::llround(left * 1000)));
+            }
+            const ChangePtr change = changes.next(wait);
+            if (change == nullptr && endsFirst) {
+                return;
+            }
+            if (change == nullptr) {
+                throw Failure(ExitCode::TimedOut, "the meter of element " +
+                                                      std::to_string(element) + " reports nothing");
+            }
+            if (isLoss(*change)) {  // and with it the feed
+                throw Failure(ExitCode::ConnectionLost, "the connection to the server is lost");
+            }
+            const auto* const reading = std::get_if<palink::LevelReading>(change.get());
+            if (reading != nullptr && reading->element == element) {
+                show(context, view.get(), *reading);
+                ++shown;
+            }
+        }
+    }
+};
 
 }  // namespace
 

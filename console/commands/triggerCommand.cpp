@@ -3,7 +3,7 @@
 
 #include "console/ExitCode.h"
 #include "console/commands/devices.h"
-#include "console/text/cleanText.h"
+#include "console/commands/playOptions.h"
 #include "console/text/resourceTable.h"
 #include "sdk/PAController.h"
 
@@ -20,11 +20,9 @@ constexpr paclient::Resource<PaSWTrigger> softwareTriggers{
 /// The hardware trigger and the software trigger with this number.
 std::vector<paclient::AnyTrigger> triggersNumbered(const std::string& number) {
     std::vector<paclient::AnyTrigger> triggers = paclient::allTriggers();
-    std::set<std::string> numbers;
-    for (const paclient::AnyTrigger& trigger : triggers) {
-        numbers.insert(std::to_string(trigger.id));
-    }
-    const std::vector<std::string> names(numbers.begin(), numbers.end());
+    const auto numbers = paclient::memberTexts<&paclient::AnyTrigger::id>(triggers);
+    const std::set<std::string> unique(numbers.begin(), numbers.end());
+    const std::vector<std::string> names(unique.begin(), unique.end());
     const std::string found = names[paclient::findName("trigger", number, names)];
     const auto isOther = [&](const auto& t) { return std::to_string(t.id) != found; };
     triggers.erase(std::remove_if(triggers.begin(), triggers.end(), isOther), triggers.end());
@@ -38,13 +36,9 @@ void deleteTrigger(const Context& context, const PaSWTrigger& trigger) {
 }
 
 void activate(const Context& context, const PaSWTrigger& trigger) {
-    paclient::Activation activation;
     const std::string effect = titleOf(softwareTriggers, trigger) + " is active";
-    operate(context, effect, [&](const Wait& wait) {
-        activation = paclient::activate(trigger, wait);
-        return activation.confirmation;
-    });
-    const AnnouncementRequest& started = activation.announcement.value();
+    const auto send = [&](const Wait& wait) { return paclient::activate(trigger, wait); };
+    const AnnouncementRequest started = resultOf(context, effect, send).announcement.value();
     context.connection.startedAnnouncements[trigger.associatedSourceId] = started.id;
     printOutcome(context,
                  effect + ": request " + started.getRequestID() + " in " +
@@ -54,7 +48,6 @@ void activate(const Context& context, const PaSWTrigger& trigger) {
 }
 
 void deactivate(const Context& context, const PaSWTrigger& trigger) {
-    using State = paclient::Confirmation::State;
     const auto& startedBy = context.connection.startedAnnouncements;
     const auto started = startedBy.find(trigger.associatedSourceId);
     const auto announcement =
@@ -62,9 +55,9 @@ void deactivate(const Context& context, const PaSWTrigger& trigger) {
     const std::string effect = titleOf(softwareTriggers, trigger) + " is inactive";
     operate(context, effect, [&](const Wait& wait) {
         paclient::Confirmation result = paclient::deactivate(trigger, announcement, wait);
-        const bool isUnseen =
-            result.state == State::TimedOut && !announcement;  // of a trigger that was not active
-        return isUnseen ? paclient::Confirmation{State::Done} : result;
+        const bool isTimedOut = result.state == paclient::Confirmation::State::TimedOut;
+        // Of a trigger that was not active nothing is reported.
+        return isTimedOut && !announcement ? paclient::Confirmation{} : result;
     });
     printOutcome(context, effect, {{"id", trigger.trigger.id}});
 }
@@ -115,14 +108,13 @@ void printState(const Context& context, const PaSelector& selector) {
                   {"stateText", paclient::nameOf(state)}});
 }
 
-struct TriggerCreate {
-    std::string source;
+struct TriggerCreate : Named<paclient::sources> {
     int priority = 0;
     std::string preChime;
     std::string display;
 
     void define(CLI::App& app) {
-        addText(app, "--source", source, "The source: its number or its label", "ID")->required();
+        Named::define(app, "--source");
         addWhole(app, "--priority", priority, {0, 100}, "Of the announcement, 0 to 100")
             ->required();
         addText(app, "--pre-chime", preChime, "A chime of the server, played first", "CHIME");
@@ -131,8 +123,7 @@ struct TriggerCreate {
 
     void run(const Context& context) const {
         check();
-        context.session();
-        const int sourceId = findOne(paclient::sources, source).id;
+        const int sourceId = find(context).id;
         const int id = gPaController.createSwPaTrigger(sourceId, priority, preChime, display);
         if (id == 0) {
             throw Failure(ExitCode::Refused,
@@ -151,11 +142,8 @@ private:
         if (preChime.find(',') != std::string::npos) {
             throw Failure(ExitCode::Usage, "the pre-chime '" + preChime + "' has a comma");
         }
-        for (const std::string& text : {preChime, display}) {
-            if (!isUtf8(text)) {
-                throw Failure(ExitCode::Usage, "the text '" + text + "' is not UTF-8");
-            }
-        }
+        requireUtf8("the text", preChime);
+        requireUtf8("the text", display);
     }
 };
 

@@ -19,24 +19,20 @@ struct ZoneMembers {
 
     void run(const Context& context) const {
         context.session();
-        std::vector<PaSink> members;
+        std::vector<PaSink> members = findOne(paclient::zones, zone).getMembers();
         std::set<int> listed;  // a sink that names the zone and its sub-zones is listed once
-        for (const PaSink& sink : findOne(paclient::zones, zone).getMembers()) {
-            if (listed.insert(sink.id).second) {
-                members.push_back(sink);
-            }
-        }
+        const auto isListed = [&](const PaSink& sink) { return !listed.insert(sink.id).second; };
+        members.erase(std::remove_if(members.begin(), members.end(), isListed), members.end());
         print(context, paclient::sinks, members);
     }
 };
 
 /// The zones and the source of a command.
-struct OfSource {
+struct OfSource : Named<paclient::sources> {
     Ids zones;
-    std::string source;
 
     CLI::Option* define(CLI::App& app) {
-        addText(app, "--source", source, "The source: its number or its label", "ID")->required();
+        Named::define(app, "--source");
         return addTextList(app, "ZONE", zones, "Names of zones");
     }
 
@@ -65,15 +61,14 @@ struct ZoneAttach : OfSource {
     }
 
     void run(const Context& context) const {
-        context.session();
-        const PaSource to = findOne(paclient::sources, source);
-        Ids wanted;
+        const PaSource to = find(context);
+        Ids ids;
         for (const std::string& name : zones) {
-            wanted.push_back(findOne(paclient::zones, name).id);
+            ids.push_back(findOne(paclient::zones, name).id);
         }
         const auto mode = replace ? PaSource::REPLACE_EXISTING_SET : PaSource::ADD_TO_EXISTING_SET;
         change(context, to, " has these zones",
-               [&](const Wait& wait) { return attachZones(to, wanted, mode, wait); });
+               [&](const Wait& wait) { return attachZones(to, ids, mode, wait); });
     }
 };
 
@@ -89,8 +84,7 @@ struct ZoneDetach : OfSource {
         if (zones.empty() != all) {
             throw Failure(ExitCode::Usage, "detach what? Either ZONE or --all");
         }
-        context.session();
-        const PaSource from = findOne(paclient::sources, source);
+        const PaSource from = find(context);
         const Ids unwanted = all ? Ids() : attachedOnes(from);
         change(context, from, all ? " has no zones" : " has lost these zones",
                [&](const Wait& wait) {

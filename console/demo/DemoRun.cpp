@@ -24,7 +24,7 @@ const DemoRun::Event DemoRun::events[] = {
 };
 
 DemoRun::DemoRun(const Context& context, const std::vector<std::string>& zoneIds)
-    : DemoScreen(context, demoSteps.size()),
+    : DemoScreen(context),
       context_(context),
       lasted_(std::exchange(context.connection.lasts, true)),
       values_(demoValues(zoneIds, folder_.path())),
@@ -69,7 +69,7 @@ DemoRun::~DemoRun() {
 const std::vector<DemoProgress>& DemoRun::run() {
     perform(steps_.back(), demoBeginning);
     for (DemoProgress& step : steps_) {
-        beginStep(step.step.page, step.step.name, step.step.kind);
+        beginStep(step.step);
         for (const std::string& line : step.step.lines) {
             perform(step, line);
         }

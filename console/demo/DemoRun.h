@@ -4,7 +4,6 @@
 #include <sstream>
 
 #include "console/demo/DemoScreen.h"
-#include "console/demo/demoSteps.h"
 #include "util/TemporaryFolder.h"
 
 namespace console {

@@ -20,19 +20,16 @@ std::string withShortIds(const std::string& text) {
     return std::regex_replace(text, uuid, "$1...");
 }
 
-DemoScreen::DemoScreen(const Context& context, std::size_t steps)
-    : context_(context), steps_(steps) {
+DemoScreen::DemoScreen(const Context& context) : context_(context) {
     if (context.terminal >= 0 && !context.settings.json) {
         view_.emplace(context.out, hasColours(context.terminal));
     }
 }
 
-void DemoScreen::beginStep(const std::string& page, const std::string& name,
-                           const std::string& kind) {
-    ++step_;
-    page_ = page;
-    stepName_ = name;
-    report("step " + std::to_string(step_) + " of " + std::to_string(steps_), name + ": " + kind);
+void DemoScreen::beginStep(const DemoStep& step) {
+    step_ = &step;
+    ++number_;
+    report(numberText(), std::string(step.name) + ": " + step.kind);
 }
 
 bool DemoScreen::showUntil(double seconds, const std::string& awaited,
@@ -40,7 +37,7 @@ bool DemoScreen::showUntil(double seconds, const std::string& awaited,
     awaited_ = awaited;
     awaitedSince_ = Clock::now();
     if (!awaited.empty()) {
-        report(stepName_, "waiting for " + awaited);
+        report(step_->name, "waiting for " + awaited);
     }
     const Moment deadline = after(seconds);
     while (!isReached()) {
@@ -97,14 +94,17 @@ void DemoScreen::draw() {
         std::chrono::duration_cast<std::chrono::seconds>(drawnAt_ - awaitedSince_).count();
     // A small terminal shows the first lines.
     std::vector<std::string> lines = {
-        elapsed() + "  " + page_ + ", step " + std::to_string(step_) + " of " +
-            std::to_string(steps_) + ": " + stepName_,
+        elapsed() + "  " + page() + ", " + numberText() + ": " + step_->name,
         awaited_.empty() ? "" : "waiting for " + awaited_ + ": " + std::to_string(waited) + " s",
         ""};
     for (const auto& part : {table().lines(), {""}, zoneTable.lines()}) {
         lines.insert(lines.end(), part.begin(), part.end());
     }
     view_->draw(lines, sizeOfTerminal(context_.terminal));
+}
+
+std::string DemoScreen::numberText() const {
+    return "step " + std::to_string(number_) + " of " + std::to_string(demoSteps.size());
 }
 
 std::string DemoScreen::elapsed() const {

@@ -8,6 +8,7 @@
 
 #include "client/ChangeStream.h"
 #include "console/Context.h"
+#include "console/demo/demoSteps.h"
 #include "console/following/LiveView.h"
 #include "console/text/TextTable.h"
 
@@ -21,17 +22,16 @@ std::string withShortIds(const std::string& text);
 class DemoScreen {
 public:
     /// @param context must outlive the screen
-    /// @param steps   of the whole demo
-    DemoScreen(const Context& context, std::size_t steps);
+    explicit DemoScreen(const Context& context);
     DemoScreen(const DemoScreen&) = delete;
     DemoScreen& operator=(const DemoScreen&) = delete;
     virtual ~DemoScreen() = default;
 
     void addZone(const std::string& id) { zones_.insert(id); }
 
-    void beginStep(const std::string& page, const std::string& name, const std::string& kind);
+    void beginStep(const DemoStep& step);
 
-    const std::string& page() const { return page_; }
+    std::string page() const { return step_->page; }
 
     /// Shows the page until something is reached.
     /// @param awaited as in "the run at the next minute"; empty for nothing
@@ -53,14 +53,13 @@ private:
     void showNext(Moment deadline);
     void draw();
     std::string elapsed() const;
+    std::string numberText() const;
 
     const Context& context_;
     std::set<std::string> zones_;  // that are shown
-    const std::size_t steps_;
     const Moment start_ = std::chrono::steady_clock::now();
-    std::size_t step_ = 0;
-    std::string page_;
-    std::string stepName_;
+    const DemoStep* step_ = demoSteps.data();
+    std::size_t number_ = 0;  // of the step
     std::string awaited_;
     Moment awaitedSince_ = start_;
     Moment drawnAt_ = start_;

@@ -1,7 +1,5 @@
 #include "console/files/LineFile.h"
 
-#include <cerrno>
-#include <cstring>
 #include <fcntl.h>
 #include <poll.h>
 #include <string_view>
@@ -13,40 +11,27 @@
 
 namespace console {
 
-namespace {
-
-constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
-
-}  // namespace
-
 LineFile::LineFile(const std::string& path, const std::string& asWhat, std::function<void()> onTick)
     : name_(path == "-" ? "standard input" : path),
       asWhat_(asWhat),
       onTick_(std::move(onTick)),
       descriptor_(path == "-" ? dup(STDIN_FILENO) : open(path.c_str(), O_RDONLY | O_CLOEXEC)) {
-    if (descriptor_ < 0) {
-        fail();  // also when an interruption ends the wait for the writer of a pipe
+    if (!descriptor_.isOpen()) {
+        failWithErrno();  // also when an interruption ends the wait for the writer of a pipe
     }
-}
-
-LineFile::~LineFile() {
-    close(descriptor_);
 }
 
 bool LineFile::next(std::string& line) {
     std::size_t end = pending_.find('\n', begin_);
-    if (end == std::string::npos) {
-        pending_.erase(0, std::exchange(begin_, 0));
-    }
-    for (std::size_t searched = pending_.size(); end == std::string::npos && readMore();
-         searched = pending_.size()) {
-        end = pending_.find('\n', searched);
+    while (end == std::string::npos && readMore()) {
+        end = pending_.find('\n');
     }
     if (begin_ == pending_.size()) {
         return false;
     }
     line = pending_.substr(begin_, end == std::string::npos ? end : end - begin_);
     begin_ = end == std::string::npos ? pending_.size() : end + 1;
+    constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
     if (std::exchange(isFirst_, false) &&
         line.compare(0, byteOrderMark.size(), byteOrderMark) == 0) {
         line.erase(0, byteOrderMark.size());
@@ -68,7 +53,7 @@ std::string LineFile::readAll() {
 
 bool LineFile::readMore() {
     constexpr int tickMS = 50;
-    pollfd waiting = {descriptor_, POLLIN, 0};
+    pollfd waiting = {descriptor_.number(), POLLIN, 0};
     while (poll(&waiting, 1, tickMS) <= 0) {
         interrupt::check();
         if (onTick_) {
@@ -76,11 +61,12 @@ bool LineFile::readMore() {
         }
     }
     interrupt::check();  // a device may be ready without end
+    pending_.erase(0, std::exchange(begin_, 0));
     requireFits(pending_.size());
     char buffer[65536];
-    const ssize_t count = read(descriptor_, buffer, sizeof buffer);
+    const ssize_t count = read(descriptor_.number(), buffer, sizeof buffer);
     if (count < 0) {
-        fail();
+        failWithErrno();
     }
     pending_.append(buffer, static_cast<std::size_t>(count));
     return count > 0;
@@ -88,16 +74,18 @@ bool LineFile::readMore() {
 
 void LineFile::requireFits(std::size_t bytes) const {
     if (bytes > mostBytes) {
-        throw Failure(ExitCode::Usage, asWhat_ + ' ' + name_ + ": larger than " +
-                                           std::to_string(mostBytes >> 20U) + " MiB");
+        fail("larger than " + std::to_string(mostBytes >> 20U) + " MiB");
     }
 }
 
-void LineFile::fail() const {
-    const int error = errno;
+void LineFile::failWithErrno() const {
+    const std::error_code error = pautil::lastError();
     interrupt::check();
-    throw Failure(ExitCode::Usage, asWhat_ + ' ' + name_ + ": " +
-                                       std::strerror(error));  // NOLINT: one thread reads lines
+    fail(error.message());
+}
+
+void LineFile::fail(const std::string& why) const {
+    throw Failure(ExitCode::Usage, asWhat_ + ' ' + name_ + ": " + why);
 }
 
 }  // namespace console

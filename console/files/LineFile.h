@@ -3,37 +3,27 @@
 #include <functional>
 #include <string>
 
+#include "util/Descriptor.h"
+
 namespace console {
-
-/// Where command lines come from: a file, a pipe, the keyboard.
-class LineSource {
-public:
-    LineSource() = default;
-    LineSource(const LineSource&) = delete;
-    LineSource& operator=(const LineSource&) = delete;
-    virtual ~LineSource() = default;
-
-    /// The next line, without its end.
-    /// @return false when there is none
-    /// @throws Failure when the user interrupts, or it cannot be read
-    virtual bool next(std::string& line) = 0;
-};
 
 /// The lines of a file, a pipe or a terminal, without a byte order mark before the first. An
 /// ordinary stream would not wake up when the user interrupts.
-class LineFile final : public LineSource {
+class LineFile {
 public:
     /// @param path   a file, "-" for the standard input
     /// @param asWhat how messages call it, as in "script"
     /// @param onTick called often while a line is waited for; may be empty
     /// @throws Failure when it cannot be opened
     LineFile(const std::string& path, const std::string& asWhat, std::function<void()> onTick = {});
-    ~LineFile() override;
 
     const std::string& name() const { return name_; }
 
-    /// @throws Failure also when a line is longer than `mostBytes`
-    bool next(std::string& line) override;
+    /// The next line, without its end.
+    /// @return false when there is none
+    /// @throws Failure when the user interrupts, it cannot be read, or the line is longer than
+    ///         `mostBytes`
+    bool next(std::string& line);
 
     /// All lines that are left, each with its end.
     /// @throws Failure as next, also when they are longer than `mostBytes` together
@@ -43,13 +33,14 @@ public:
 
 private:
     bool readMore();
-    [[noreturn]] void fail() const;
+    [[noreturn]] void fail(const std::string& why) const;
+    [[noreturn]] void failWithErrno() const;
     void requireFits(std::size_t bytes) const;
 
     const std::string name_;
     const std::string asWhat_;
     const std::function<void()> onTick_;
-    const int descriptor_;
+    const pautil::Descriptor descriptor_;
     std::string pending_;
     std::size_t begin_ = 0;  // of what has not been handed out
     bool isFirst_ = true;    // whether the next line is the first one

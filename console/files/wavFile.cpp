@@ -9,18 +9,13 @@ namespace console {
 
 namespace {
 
-struct SampleBits {
-    int format;
-    int bits;
-};
-
-constexpr SampleBits sampleBits[] = {
+constexpr std::pair<int, int> sampleBits[] = {
     {SF_FORMAT_PCM_U8, 8}, {SF_FORMAT_PCM_16, 16}, {SF_FORMAT_PCM_24, 24}, {SF_FORMAT_PCM_32, 32}};
 
 int bitsOf(int format) {
-    for (const SampleBits& row : sampleBits) {
-        if ((format & SF_FORMAT_SUBMASK) == row.format) {
-            return row.bits;
+    for (const auto& [coding, bits] : sampleBits) {
+        if ((format & SF_FORMAT_SUBMASK) == coding) {
+            return bits;
         }
     }
     return 0;

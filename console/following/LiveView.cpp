@@ -1,6 +1,7 @@
 #include "console/following/LiveView.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstdlib>
 #include <cstring>
 #include <sys/ioctl.h>
@@ -44,6 +45,12 @@ std::string styled(const std::string& cleanText, Style style, bool coloured) {
     return style == Style::Plain || !coloured
                ? cleanText
                : codes[static_cast<int>(style)] + cleanText + "\x1b[0m";
+}
+
+std::string bar(double share, std::size_t columns) {
+    const double filled = std::isnan(share) ? 0 : std::clamp(share, 0.0, 1.0);
+    return std::string(static_cast<std::size_t>(std::lround(filled * static_cast<double>(columns))),
+                       '#');
 }
 
 LiveView::LiveView(Output& out, bool coloured) : out_(out), coloured_(coloured) {

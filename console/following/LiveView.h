@@ -27,6 +27,9 @@ enum class Style { Plain, Bold, Good, Bad };
 /// The text in a style, when the terminal has colours.
 std::string styled(const std::string& cleanText, Style style, bool coloured);
 
+/// A bar of # for a share from 0 to 1; empty for no number.
+std::string bar(double share, std::size_t columns);
+
 /// Lines that are drawn again and again in the same place of a terminal. The destructor leaves them
 /// there, with the cursor below; a signal that ends the process restores the cursor too.
 class LiveView {

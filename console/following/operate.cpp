@@ -4,7 +4,6 @@
 
 #include "client/recordText.h"
 #include "console/ExitCode.h"
-#include "console/Progress.h"
 #include "console/text/cleanText.h"
 #include "sdk/globals.h"
 

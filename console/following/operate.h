@@ -56,6 +56,20 @@ std::string operate(const Context& context, const std::string& effect, Operation
                             unknown);
 }
 
+/// The same for an operation that returns a struct with its `confirmation`.
+/// @return that struct
+template <class Operation>
+auto resultOf(const Context& context, const std::string& effect, Operation operation,
+              double seconds = answerSeconds) {
+    decltype(operation(paclient::Wait())) result;
+    const auto run = [&](const paclient::Wait& wait) {
+        result = operation(wait);
+        return result.confirmation;
+    };
+    operate(context, effect, run, seconds);
+    return result;
+}
+
 /// Prints a result: a sentence, or JSON.
 void printOutcome(const Context& context, const std::string& sentence, const paclient::Json& json);
 

@@ -1,12 +1,13 @@
 #include "console/schedule/ScheduleOptions.h"
 
+#include <map>
 #include <tuple>
 
 #include "client/StationClock.h"
+#include "client/choose.h"
 #include "client/schedulesCheck.h"
 #include "console/ExitCode.h"
-#include "console/arguments/options.h"
-#include "console/commands/playMessage.h"
+#include "console/commands/playOptions.h"
 
 namespace console {
 
@@ -108,7 +109,7 @@ void changeSpoken(ScheduleDefinition& schedule, const ScheduleOptions& o) {
         }
     }
     TTSVocalizer spoken;
-    const TTSVocalizer known = voiceFor(language, voice);
+    const TTSVocalizer known = chooseVoice(language, voice);
     spoken.language = known.language;
     spoken.voice = known.voice;
     schedule.ttsList.clear();
@@ -142,6 +143,18 @@ void changeAudio(ScheduleDefinition& schedule, const ScheduleOptions& o) {
     }
     setIfGiven(schedule.storedDataFilePath, o.file);
     setIfGiven(schedule.storedDataSourceId, o.source);
+}
+
+/// @throws Failure when a variable is not KEY=VALUE, or a key is given twice
+std::map<std::string, std::string> variablesOf(const ScheduleOptions& o) {
+    std::map<std::string, std::string> variables;
+    for (const std::string& variable : o.variables) {
+        const auto [key, value] = splitVariable("--set", variable, "KEY=VALUE");
+        if (!variables.emplace(key, value).second) {
+            throw Failure(ExitCode::Usage, "--set gives '" + key + "' twice");
+        }
+    }
+    return variables;
 }
 
 void changeVisual(ScheduleDefinition& schedule, const ScheduleOptions& o) {
@@ -193,7 +206,7 @@ ScheduleDefinition changed(ScheduleDefinition schedule, const ScheduleOptions& o
     setIfGiven(schedule.descrption, o.description);
     changeTimes(schedule, o);
     if (!o.zones.empty()) {
-        schedule.paZones = zonesFor(o.zones);
+        schedule.paZones = chooseZones(o.zones);
     }
     changeAudio(schedule, o);
     changeVisual(schedule, o);
@@ -202,21 +215,6 @@ ScheduleDefinition changed(ScheduleDefinition schedule, const ScheduleOptions& o
     setIfGiven(schedule.gain, o.gain);
     setIfGiven(schedule.chime, o.chime);
     return schedule;
-}
-
-std::map<std::string, std::string> variablesOf(const ScheduleOptions& options) {
-    std::map<std::string, std::string> variables;
-    for (const std::string& variable : options.variables) {
-        const std::size_t equals = variable.find('=');
-        if (equals == std::string::npos) {
-            throw Failure(ExitCode::Usage, "--set '" + variable + "' is not KEY=VALUE");
-        }
-        const std::string key = variable.substr(0, equals);
-        if (!variables.emplace(key, variable.substr(equals + 1)).second) {
-            throw Failure(ExitCode::Usage, "--set gives '" + key + "' twice");
-        }
-    }
-    return variables;
 }
 
 }  // namespace console

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <map>
 #include <optional>
 #include <string>
 #include <vector>
@@ -49,9 +48,5 @@ ScheduleDefinition blankSchedule();
 /// heard before. Zones and voices are looked up.
 /// @throws Failure when something is not known, or does not go with the schedule
 ScheduleDefinition changed(ScheduleDefinition schedule, const ScheduleOptions& options);
-
-/// The variables by key.
-/// @throws Failure when one is not KEY=VALUE, or a key is given twice
-std::map<std::string, std::string> variablesOf(const ScheduleOptions& options);
 
 }  // namespace console

@@ -5,7 +5,6 @@
 #include "console/ExitCode.h"
 #include "console/commands/devices.h"
 #include "console/schedule/ScheduleOptions.h"
-#include "console/schedule/scheduleTransfer.h"
 #include "console/text/resourceTable.h"
 #include "sdk/PAController.h"
 
@@ -40,14 +39,9 @@ std::string put(const Context& context, const ScheduleDefinition& schedule) {
 
 /// @return the number that the server has given it
 int create(const Context& context, const ScheduleDefinition& schedule) {
-    int id = 0;
     const ControllerLimit limit(context.settings.timeout.value_or(answerSeconds));
-    operate(context, "the schedule is in", [&](const Wait& wait) {
-        const paclient::NewSchedule created = createSchedule(schedule, wait);
-        id = created.id;
-        return created.confirmation;
-    });
-    return id;
+    const auto send = [&](const Wait& wait) { return createSchedule(schedule, wait); };
+    return resultOf(context, "the schedule is in", send).id;
 }
 
 struct ScheduleAdd {
@@ -109,13 +103,11 @@ struct ScheduleRemove {
 
     void run(const Context& context) const {
         context.session();
-        std::vector<std::string> numbers;
-        for (const ScheduleDefinition& schedule : gPaController.listSchedules()) {
-            numbers.push_back(std::to_string(schedule.Id));
-        }
+        const auto all = paclient::allSchedules();
+        const auto namings = paclient::namingsOf(paclient::schedules, all);
         std::vector<int> ids;
         for (const std::string& name : names) {
-            const int id = std::stoi(numbers[paclient::findName("schedule", name, numbers)]);
+            const int id = all[paclient::findNamed("schedule", name, namings)].Id;
             if (std::find(ids.begin(), ids.end(), id) == ids.end()) {
                 ids.push_back(id);
             }
@@ -129,31 +121,6 @@ struct ScheduleRemove {
     }
 };
 
-struct ScheduleExport {
-    std::optional<std::string> file;
-
-    void define(CLI::App& app) {
-        addText(app, "--out", file, "Where to write (default: the standard output)", "FILE");
-    }
-
-    void run(const Context& context) const {
-        exportSchedules(context, file == "-" ? std::nullopt : file);
-    }
-};
-
-struct ScheduleImportFile {
-    ScheduleImport wanted;
-
-    void define(CLI::App& app) {
-        addText(app, "FILE", wanted.file,
-                "What 'schedule export' has written; - for the standard input")
-            ->required();
-        app.add_flag("--replace", wanted.replace, "Replace schedules that have the same number");
-    }
-
-    void run(const Context& context) const { importSchedules(context, wanted); }
-};
-
 }  // namespace
 
 Command scheduleCommand() {
@@ -164,9 +131,8 @@ Command scheduleCommand() {
              "show", "Show one schedule with all its members"),
          command<ScheduleAdd>("add", "Have the server play something at set dates and times"),
          command<ScheduleModify>("modify", "Change what is named of a schedule"),
-         command<ScheduleRemove>("remove", "Delete schedules"),
-         command<ScheduleExport>("export", "Write all schedules as JSON"),
-         command<ScheduleImportFile>("import", "Put in what has been exported")});
+         command<ScheduleRemove>("remove", "Delete schedules"), scheduleExportCommand(),
+         scheduleImportCommand()});
 }
 
 }  // namespace console

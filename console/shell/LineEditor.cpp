@@ -14,6 +14,7 @@
 #include "console/interrupt.h"
 #include "console/text/TextTable.h"
 #include "console/text/cleanText.h"
+#include "util/AtEnd.h"
 
 namespace console {
 
@@ -33,65 +34,34 @@ char* prompt(EditLine* /*edit*/) {
     return text;
 }
 
-/// The calling thread's texts are UTF-8 while it lives.
-class Utf8Here {
-public:
-    explicit Utf8Here(locale_t locale) : before_(locale == nullptr ? nullptr : uselocale(locale)) {}
-    Utf8Here(const Utf8Here&) = delete;
-    Utf8Here& operator=(const Utf8Here&) = delete;
-    ~Utf8Here() {
-        if (before_ != nullptr) {
-            uselocale(before_);
-        }
-    }
-
-private:
-    locale_t before_;
-};
-
-/// Diagnostics are held while it lives.
-class Holding {
-public:
-    explicit Holding(Output* diagnostics) : diagnostics_(diagnostics) {
-        if (diagnostics_ != nullptr) {
-            diagnostics_->hold();
-        }
-    }
-    Holding(const Holding&) = delete;
-    Holding& operator=(const Holding&) = delete;
-    ~Holding() {
-        if (diagnostics_ != nullptr) {
-            diagnostics_->release();
-        }
-    }
-
-private:
-    Output* diagnostics_;
-};
+/// The calling thread's texts are UTF-8 while the result lives.
+pautil::AtEnd utf8Here(locale_t utf8) {
+    const locale_t before = uselocale(utf8);
+    return pautil::AtEnd([before] { uselocale(before); });
+}
 
 /// The keyboard once more, for reading without waiting: Ctrl-C takes back the keys before it, also
 /// those that have been seen to be there. The terminal's own descriptor is shared with others.
-int openKeys(int terminal) {
-    const std::string path = "/proc/self/fd/" + std::to_string(terminal);
-    const int opened = open(path.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
-    if (opened < 0) {
-        throw Failure(ExitCode::Usage, "the terminal cannot be read");
-    }
-    return opened;
+int openKeys(FILE* terminal) {
+    const std::string path = "/proc/self/fd/" + std::to_string(fileno(terminal));
+    return open(path.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
 }
 
 }  // namespace
 
 LineEditor::LineEditor(FILE* in, FILE* out, Output* diagnostics, HistoryFile& history,
                        Helpers helpers)
-    : keys_(openKeys(fileno(in))),
+    : keys_(openKeys(in)),
       out_(out),
       diagnostics_(diagnostics),
       historyFile_(history),
       helpers_(std::move(helpers)),
       locale_(newlocale(LC_CTYPE_MASK, "C.UTF-8", nullptr)),
       history_(history_init()) {
-    const Utf8Here utf8(locale_.get());
+    if (!keys_.isOpen()) {
+        throw Failure(ExitCode::Usage, "the terminal cannot be read");
+    }
+    const auto utf8 = utf8Here(locale_.get());
     edit_.reset(el_init("paconsole", in, out, stderr));
     if (edit_ == nullptr || history_ == nullptr) {
         throw std::bad_alloc();
@@ -114,22 +84,13 @@ LineEditor::LineEditor(FILE* in, FILE* out, Output* diagnostics, HistoryFile& hi
     }
 }
 
-LineEditor::~LineEditor() {
-    close(keys_);
-}
-
 bool LineEditor::next(std::string& line) {
-    const Utf8Here utf8(locale_.get());
-    while (true) {
+    const auto utf8 = utf8Here(locale_.get());
+    do {
         isCancelled_ = false;
         columns_ = columns();
         int count = 0;
-        const char* text = nullptr;
-        {
-            const Holding holding(diagnostics_);
-            el_set(edit_.get(), EL_PREP_TERM, 1);  // before the prompt invites keys
-            text = el_gets(edit_.get(), &count);
-        }
+        const char* const text = typedLine(count);
         if (interrupt::isEnding()) {
             interrupt::check();
         }
@@ -138,13 +99,25 @@ bool LineEditor::next(std::string& line) {
             std::fflush(out_);
             return false;
         }
-        if (!isCancelled_) {
-            line.assign(text, static_cast<std::size_t>(count));
-            line.erase(line.find_last_not_of("\r\n") + 1);
-            remember(line);
-            return true;
-        }
+        line.assign(text, static_cast<std::size_t>(count));
+    } while (isCancelled_);
+    line.erase(line.find_last_not_of("\r\n") + 1);
+    remember(line);
+    return true;
+}
+
+/// What is typed, with its end. Diagnostics are held meanwhile.
+const char* LineEditor::typedLine(int& count) {
+    if (diagnostics_ != nullptr) {
+        diagnostics_->hold();
     }
+    const pautil::AtEnd released([this] {
+        if (diagnostics_ != nullptr) {
+            diagnostics_->release();
+        }
+    });
+    el_set(edit_.get(), EL_PREP_TERM, 1);  // before the prompt invites keys
+    return el_gets(edit_.get(), &count);
 }
 
 void LineEditor::remember(const std::string& line) {
@@ -164,7 +137,7 @@ int LineEditor::readKey(EditLine* edit, wchar_t* key) {
     std::mbstate_t state = {};
     while (self.waitForInput()) {
         char byte = '\0';
-        const ssize_t count = read(self.keys_, &byte, 1);
+        const ssize_t count = read(self.keys_.number(), &byte, 1);
         if (count < 0 && (errno == EINTR || errno == EAGAIN)) {
             continue;
         }
@@ -186,7 +159,7 @@ int LineEditor::readKey(EditLine* edit, wchar_t* key) {
 /// @return false when the line is cancelled
 bool LineEditor::waitForInput() {
     constexpr int tickMS = 50;
-    pollfd waiting = {keys_, POLLIN, 0};
+    pollfd waiting = {keys_.number(), POLLIN, 0};
     while (!isCancelled_) {
         const int ready = poll(&waiting, 1, tickMS);
         isCancelled_ = interrupt::rearm() || interrupt::isEnding();
@@ -245,18 +218,14 @@ void LineEditor::showAbove(const std::string& lines) {
     el_set(edit_.get(), EL_REFRESH);
 }
 
-/// A control character is drawn as two, as in ^A.
 std::size_t LineEditor::rowsAboveCursor() const {
     const LineInfo* const info = el_line(edit_.get());
-    std::size_t width = promptWidth;
+    std::string drawn;
     for (const char* c = info->buffer; c != info->cursor; ++c) {
-        width += hasControlCharacter(std::string_view(c, 1)) ? 1 : 0;
+        const bool isControl = hasControlCharacter(std::string_view(c, 1));
+        drawn += isControl ? "^A" : std::string(1, *c);  // whichever it is, it takes two columns
     }
-    std::string line(info->buffer, info->cursor);
-    std::replace_if(
-        line.begin(), line.end(),
-        [](char c) { return hasControlCharacter(std::string_view(&c, 1)); }, '^');
-    return (width + displayWidth(line)) / columns();
+    return (promptWidth + displayWidth(drawn)) / columns();
 }
 
 std::size_t LineEditor::columns() const {

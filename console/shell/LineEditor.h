@@ -10,8 +10,8 @@
 
 #include "console/Output.h"
 #include "console/arguments/completion.h"
-#include "console/files/LineFile.h"
 #include "console/shell/HistoryFile.h"
+#include "util/Descriptor.h"
 
 namespace console {
 
@@ -20,7 +20,7 @@ namespace console {
 ///
 /// Diagnostics that come while a line is typed are written above it at once, and the line is drawn
 /// again below.
-class LineEditor final : public LineSource {
+class LineEditor {
 public:
     struct Helpers {
         std::function<Completion(const std::string& line)> complete;
@@ -30,15 +30,16 @@ public:
     /// @param in, out     the terminal
     /// @param diagnostics held while a line is typed; null when they go elsewhere
     LineEditor(FILE* in, FILE* out, Output* diagnostics, HistoryFile& history, Helpers helpers);
-    ~LineEditor() override;
 
-    /// Ctrl-C clears the line, Ctrl-D on an empty one is the end.
+    /// The next line, without its end. Ctrl-C clears the line, Ctrl-D on an empty one is the end.
+    /// @return false at the end
     /// @throws Failure when the process is asked to end
-    bool next(std::string& line) override;
+    bool next(std::string& line);
 
 private:
     static int readKey(EditLine* edit, wchar_t* key);
     static unsigned char onTab(EditLine* edit, int key);
+    const char* typedLine(int& count);
     bool waitForInput();
     unsigned char completeWord();
     void showAbove(const std::string& lines);
@@ -46,24 +47,22 @@ private:
     std::size_t columns() const;
     void remember(const std::string& line);
 
-    struct EditLineEnd {
-        void operator()(EditLine* edit) const { el_end(edit); }
+    template <class Handle, auto end>
+    struct End {
+        void operator()(Handle* handle) const { end(handle); }
     };
-    struct HistoryEnd {
-        void operator()(History* history) const { history_end(history); }
-    };
-    struct LocaleEnd {
-        void operator()(locale_t locale) const { freelocale(locale); }
-    };
+    /// The handle of a library, ended by its function.
+    template <class Handle, auto end>
+    using Owned = std::unique_ptr<Handle, End<Handle, end>>;
 
-    const int keys_;
+    const pautil::Descriptor keys_;
     FILE* const out_;
     Output* const diagnostics_;
     HistoryFile& historyFile_;
     const Helpers helpers_;
-    std::unique_ptr<std::remove_pointer_t<locale_t>, LocaleEnd> locale_;
-    std::unique_ptr<History, HistoryEnd> history_;
-    std::unique_ptr<EditLine, EditLineEnd> edit_;
+    const Owned<std::remove_pointer_t<locale_t>, freelocale> locale_;
+    const Owned<History, history_end> history_;
+    Owned<EditLine, el_end> edit_;
     std::size_t columns_ = 0;   // of the terminal, when the line was last drawn
     bool isCancelled_ = false;  // the line that is being typed
 };

@@ -1,42 +1,121 @@
 #include <cstdio>
 #include <cstdlib>
-#include <memory>
 #include <unistd.h>
 
+#include "console/Console.h"
+#include "console/ExitCode.h"
 #include "console/arguments/commandLine.h"
-#include "console/commands/commands.h"
+#include "console/arguments/words.h"
 #include "console/files/LineFile.h"
-#include "console/shell/HistoryFile.h"
+#include "console/following/operate.h"
+#include "console/interrupt.h"
 #include "console/shell/LineEditor.h"
-#include "console/shell/Shell.h"
+#include "console/shell/ShellNotices.h"
+#include "sdk/PAController.h"
 
 namespace console {
 
 namespace {
 
-Completion completeLine(const std::string& line) {
-    const CommandParser parser(Settings{}, LineKind::Shell);
-    return complete(line, parser.tree(), knownNames);
-}
-
-/// On a terminal a failure has been seen, and the shell itself has not failed.
-void runOnTerminal(const Context& context, ShellNews& news, bool keepsHistory) {
-    const char* const stateHome = std::getenv("XDG_STATE_HOME");  // NOLINT: it is constant
-    const char* const home = std::getenv("HOME");                 // NOLINT: as above
-    HistoryFile history(keepsHistory ? historyPath(stateHome, home) : "", context.diagnostics);
-    const bool mixes = isatty(STDERR_FILENO) == 1;
-    LineEditor editor(stdin, stdout, mixes ? &context.diagnostics : nullptr, history,
-                      {completeLine, [&news] { news.report(); }});
-    Shell(context, news, true).run(editor);
-}
-
-void runWithoutTerminal(const Context& context, ShellNews& news) {
-    LineFile lines("-", "shell", [&news] { news.report(); });
-    const ExitCode code = Shell(context, news, false).run(lines);
-    if (code != ExitCode::Done) {
-        throw Failure(code, "");  // reported with its line
+/// Runs lines one after the other over one connection, also after a failure, until `exit`, `quit`
+/// or their end. In the end it releases the sources that are still attached.
+class Shell {
+public:
+    /// @param onTerminal an interruption ends the command only, else the shell
+    Shell(const Context& context, bool onTerminal)
+        : context_(context), onTerminal_(onTerminal), notices_(context.diagnostics) {
+        context.connection.lasts = true;
+        context.connection.survivesInterruption = true;
+        context.connection.readsCommands = true;
+        context.connection.onReconnected = [this] { notices_.report(); };
     }
-}
+    Shell(const Shell&) = delete;
+    Shell& operator=(const Shell&) = delete;
+    ~Shell() {
+        context_.connection.onReconnected = {};
+        releaseSources();
+    }
+
+    /// On a terminal a failure has been seen, and the shell itself has not failed.
+    void runOnTerminal(bool keepsHistory) {
+        const char* const stateHome = std::getenv("XDG_STATE_HOME");  // NOLINT: it is constant
+        const char* const home = std::getenv("HOME");                 // NOLINT: as above
+        HistoryFile history(keepsHistory ? historyPath(stateHome, home) : "", context_.diagnostics);
+        const auto completeLine = [](const std::string& line) {
+            const CommandParser parser(Settings{}, LineKind::Shell);
+            return complete(line, parser.tree(), knownNames);
+        };
+        const bool mixes = isatty(STDERR_FILENO) == 1;
+        LineEditor editor(stdin, stdout, mixes ? &context_.diagnostics : nullptr, history,
+                          {completeLine, [this] { notices_.report(); }});
+        for (std::string line; editor.next(line) && runTyped(line);) {
+        }
+    }
+
+    void runWithoutTerminal() {
+        LineFile lines("-", "shell", [this] { notices_.report(); });
+        for (std::string line; lines.next(line) && runTyped(line);) {
+        }
+        if (lastFailure_ != ExitCode::Done) {
+            throw Failure(lastFailure_, "");  // reported with its line
+        }
+    }
+
+private:
+    /// @return false when the line leaves the shell
+    /// @throws Failure when the process is asked to end
+    bool runTyped(const std::string& line) {
+        std::string command;
+        std::string reported;
+        try {
+            const auto words = splitWords(line);
+            if (!words.empty()) {
+                command = runLine(context_, words, LineKind::Shell);
+            }
+        } catch (const Failure& failure) {
+            const bool interrupted = failure.code == ExitCode::Interrupted;
+            const bool ends = interrupted && (!onTerminal_ || interrupt::isEnding());
+            if (ends || context_.out.isClosed()) {
+                throw;
+            }
+            if (interrupted) {
+                context_.out.write("\n");  // below the "^C" of the terminal
+            }
+            reported = failure.what();
+            report(failure.code, reported);
+        } catch (const std::exception& error) {
+            report(ExitCode::Usage, error.what());
+        }
+        if (onTerminal_) {
+            interrupt::rearm();
+        }
+        notices_.reportAfter(command, reported);
+        return command != "exit" && command != "quit";
+    }
+
+    /// Releases the sources that are attached by this client, within seconds.
+    void releaseSources() const {
+        constexpr double releaseSeconds = 2;
+        const ControllerLimit limit(releaseSeconds);
+        bool answers = true;  // when the server does not, the other sources do not wait for it
+        for (const int id : paclient::Connection::heldSources()) {
+            answers = answers && gPaController.detachPaSource(id);
+            context_.diagnostics.diagnostic(
+                "source " + std::to_string(id) +
+                (answers ? " is released" : " is still attached; its lock lapses at the server"));
+        }
+    }
+
+    void report(ExitCode code, const std::string& text) {
+        lastFailure_ = code;
+        context_.diagnostics.diagnostic(text);
+    }
+
+    const Context& context_;
+    const bool onTerminal_;
+    ShellNotices notices_;
+    ExitCode lastFailure_ = ExitCode::Done;
+};
 
 struct ShellLines {
     bool forgets = false;
@@ -47,10 +126,9 @@ struct ShellLines {
 
     void run(const Context& context) const {
         context.session();
-        context.connection.readsCommands = true;
-        ShellNews news(context.diagnostics);
         const bool onTerminal = isatty(STDIN_FILENO) == 1 && context.terminal >= 0;
-        onTerminal ? runOnTerminal(context, news, !forgets) : runWithoutTerminal(context, news);
+        Shell shell(context, onTerminal);
+        onTerminal ? shell.runOnTerminal(!forgets) : shell.runWithoutTerminal();
     }
 };
 

@@ -16,12 +16,10 @@ constexpr std::size_t gap = 2;  // columns between two cells
 TextTable::TextTable(std::vector<std::string> headings) : rows_{std::move(headings)} {}
 
 void TextTable::addRow(const std::vector<std::string>& cells) {
-    std::vector<std::string> row;
-    row.reserve(cells.size());
+    std::vector<std::string>& row = rows_.emplace_back();
     for (const std::string& cell : cells) {
         row.push_back(clean(cell));
     }
-    rows_.push_back(std::move(row));
 }
 
 std::vector<std::size_t> TextTable::widths(std::size_t columns) const {

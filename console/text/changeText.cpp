@@ -143,20 +143,6 @@ private:
     }
 };
 
-/// Its loss is in the log.
-std::string connectionLine(const palink::ConnectionChange& change) {
-    const bool isBack =
-        change.state == palink::ConnectionChange::State::Synced && change.number > 1;
-    return isBack ? "the connection to the server is there again" : "";
-}
-std::string connectionLine(const Lost& lost) {
-    return std::to_string(lost.count) + " changes are not printed: they came too fast";
-}
-template <class Other>
-std::string connectionLine(const Other& /*change*/) {
-    return {};
-}
-
 }  // namespace
 
 std::string changeLine(const Change& change, LineForm form) {
@@ -164,7 +150,14 @@ std::string changeLine(const Change& change, LineForm form) {
 }
 
 std::string connectionText(const Change& change) {
-    return std::visit([](const auto& what) { return connectionLine(what); }, change);
+    if (const auto* const lost = std::get_if<Lost>(&change)) {
+        return std::to_string(lost->count) + " changes are not printed: they came too fast";
+    }
+    using State = palink::ConnectionChange::State;
+    const auto* const connection = std::get_if<palink::ConnectionChange>(&change);
+    const bool isBack =
+        connection != nullptr && connection->state == State::Synced && connection->number > 1;
+    return isBack ? "the connection to the server is there again" : "";  // its loss is in the log
 }
 
 bool isLoss(const Change& change) {

@@ -1,25 +1,8 @@
-#include "console/files/fileUri.h"
 #include "console/files/wavFile.h"
 #include "tests/console/consoleRun.h"
 #include "tests/support/TestFolder.h"
 
 namespace {
-
-TEST(FileUri, namesAFileOfThisMachine) {
-    const std::pair<std::string, std::string> cases[] = {
-        {"file:///tmp/a%20b%25%C3%BC.wav", "/tmp/a b%\xc3\xbc.wav"},
-        {"FILE:/tmp/x", "/tmp/x"},
-        {"file://localhost/tmp/x", "/tmp/x"},
-    };
-    for (const auto& [uri, path] : cases) {
-        EXPECT_EQ(console::pathOfFileUri(uri).string(), path) << uri;
-    }
-    for (const std::string bad :
-         {"", "/tmp/x", "http://host/x", "file:x", "file://host/x", "file:////host/x",
-          "file:///a%2", "file:///a%", "file:///a%zz", "file:///a%00b", "file:///a%+1"}) {
-        EXPECT_THROW(console::pathOfFileUri(bad), console::Failure) << bad;
-    }
-}
 
 TEST(WavFormat, isText) {
     EXPECT_EQ(console::formatText({48000, 1, 16, 1.516}), "WAV, 48000 Hz, mono, 16 bit, 1.52 s");

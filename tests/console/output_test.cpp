@@ -3,7 +3,6 @@
 #include <cerrno>
 #include <streambuf>
 
-#include "console/Progress.h"
 #include "console/following/LiveView.h"
 #include "console/following/operate.h"
 #include "console/text/TextTable.h"
@@ -100,7 +99,7 @@ TEST(Progress, showsFromTheFirstSecondOnAndGivesWayToLines) {
     std::ostringstream data;
     console::Output out(data, &diagnostics);
     {
-        console::Progress progress(diagnostics, "for the server");
+        const auto progress = console::shownWait(diagnostics, "for the server", 10).whileWaiting;
         progress(milliseconds(999));
         EXPECT_EQ(text.str(), "");
         progress(milliseconds(1000));

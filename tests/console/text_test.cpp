@@ -1,7 +1,7 @@
 #include <limits>
 
 #include "console/arguments/words.h"
-#include "console/commands/sourceLevel.h"
+#include "console/following/LiveView.h"
 #include "console/text/cleanText.h"
 #include "tests/console/consoleRun.h"
 
@@ -55,11 +55,11 @@ TEST(Script, splitsWordsAsAShellDoes) {
     }
 }
 
-TEST(LevelBar, growsFromMinus60To0) {
+TEST(Bar, growsFrom0To1) {
     const std::pair<double, std::size_t> cases[] = {
-        {-96, 0}, {-45, 10}, {0, 40}, {12, 40}, {std::numeric_limits<double>::quiet_NaN(), 0}};
-    for (const auto& [level, length] : cases) {
-        EXPECT_EQ(levelBar(level, 40), std::string(length, '#')) << level;
+        {-0.6, 0}, {0.25, 10}, {1, 40}, {1.2, 40}, {std::numeric_limits<double>::quiet_NaN(), 0}};
+    for (const auto& [share, length] : cases) {
+        EXPECT_EQ(bar(share, 40), std::string(length, '#')) << share;
     }
 }
 

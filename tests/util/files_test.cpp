@@ -11,6 +11,7 @@
 #include "util/AtomicFile.h"
 #include "util/FileError.h"
 #include "util/TemporaryFolder.h"
+#include "util/fileUri.h"
 
 namespace {
 
@@ -112,6 +113,22 @@ TEST_F(FileTest, ATemporaryFolderRemovesWhatKilledProcessesLeft) {
     EXPECT_TRUE(fs::exists(path) && fs::exists(ofAnother) && fs::exists(used));
     fs::remove_all(ofAnother);
     fs::remove_all(used);
+}
+
+TEST(FileUri, namesAFileOfThisMachine) {
+    const std::pair<std::string, std::string> cases[] = {
+        {"file:///tmp/a%20b%25%C3%BC.wav", "/tmp/a b%\xc3\xbc.wav"},
+        {"FILE:/tmp/x", "/tmp/x"},
+        {"file://localhost/tmp/x", "/tmp/x"},
+    };
+    for (const auto& [uri, path] : cases) {
+        EXPECT_EQ(pautil::pathOfFileUri(uri), fs::path(path)) << uri;
+    }
+    for (const std::string bad :
+         {"", "/tmp/x", "http://host/x", "file:x", "file://host/x", "file:////host/x",
+          "file:///a%2", "file:///a%", "file:///a%zz", "file:///a%00b", "file:///a%+1"}) {
+        EXPECT_EQ(pautil::pathOfFileUri(bad), std::nullopt) << bad;
+    }
 }
 
 }  // namespace

@@ -2,6 +2,7 @@
 
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "console/arguments/options.h"
@@ -52,22 +53,18 @@ void addPlayOptions(CLI::App& app, PlayRequest& request);
 ///         it is
 void check(const PlayRequest& request);
 
-/// The display variables by key. A key that is given several times has several values.
-/// @throws Failure when one is not KEY=TEXT, or cannot be sent
-Message::DisplayVariables displayVariables(const PlayRequest& request);
+/// The key and the text of KEY=TEXT.
+/// @param form what messages call it: "KEY=TEXT"
+/// @throws Failure that names the option when it is another text
+std::pair<std::string, std::string> splitVariable(const std::string& option,
+                                                  const std::string& variable, const char* form);
 
-/// The ids of the zones that are asked for, each once. A value that is a zone is that zone,
-/// whatever commas it has; any other is a list.
-/// @throws Failure when one is not known
-std::vector<std::string> zonesFor(const std::vector<std::string>& values);
-
-/// The first voice, in order of their ports, of the language and the name that are asked for.
-/// @throws Failure when there is none, with the languages of a voice that speaks another one
-TTSVocalizer voiceFor(const std::optional<std::string>& language,
-                      const std::optional<std::string>& name);
+/// @param what as in "the text"
+/// @throws Failure
+void requireUtf8(const std::string& what, const std::string& text);
 
 /// The message that is asked for, with its voice.
-/// @throws Failure when there is no such voice
+/// @throws paclient::LookupError when there is no such voice
 Message messageFor(const PlayRequest& request);
 
 }  // namespace console

@@ -8,17 +8,11 @@
 
 namespace console {
 
-/// The sources that are attached by this client.
-std::set<int> heldSources();
-
-/// Releases them, within seconds, and reports of each whether it is released.
-void releaseSources(Output& diagnostics);
-
 /// What a script and a shell report between their commands: refusals that come late, sources that
 /// are no longer attached, and a connection that is there again.
-class ShellNews {
+class ShellNotices {
 public:
-    explicit ShellNews(Output& diagnostics, bool reportsConnection = true);
+    explicit ShellNotices(Output& diagnostics, bool reportsConnection = true);
 
     /// Reports what has happened since, but no refusal that is part of `reported`.
     void report(const std::string& reported = {});

@@ -1,11 +1,9 @@
-#include "console/files/fileUri.h"
+#include "util/fileUri.h"
 
 #include <charconv>
+#include <strings.h>
 
-#include "client/letterCase.h"
-#include "console/ExitCode.h"
-
-namespace console {
+namespace pautil {
 
 namespace {
 
@@ -22,24 +20,23 @@ unsigned char escapedByte(const std::string& uri, std::size_t at) {
     return isWhole ? byte : static_cast<unsigned char>(0);
 }
 
-Failure noFileHere(const std::string& uri) {
-    return Failure(ExitCode::Refused,
-                   "the server keeps the audio at '" + uri + "', which is no file here");
+/// Where the path begins: at its first slash.
+std::size_t beginOfPath(const std::string& uri) {
+    // The longest first: each begins with the later ones. Letter case is of no meaning.
+    for (const std::string start : {"file://localhost/", "file:///", "file:/"}) {
+        if (strncasecmp(uri.c_str(), start.c_str(), start.size()) == 0) {
+            return start.size() - 1;
+        }
+    }
+    return std::string::npos;
 }
 
 }  // namespace
 
-std::filesystem::path pathOfFileUri(const std::string& uri) {
-    std::size_t at = std::string::npos;
-    // The longest first: each begins with the later ones.
-    for (const std::string start : {"file://localhost/", "file:///", "file:/"}) {
-        if (paclient::lowered(uri).compare(0, start.size(), start) == 0) {
-            at = start.size() - 1;  // the slash belongs to the path
-            break;
-        }
-    }
+std::optional<std::filesystem::path> pathOfFileUri(const std::string& uri) {
+    std::size_t at = beginOfPath(uri);
     if (at == std::string::npos || uri.compare(at, 2, "//") == 0) {
-        throw noFileHere(uri);
+        return std::nullopt;
     }
     std::string path;
     while (at < uri.size()) {
@@ -49,7 +46,7 @@ std::filesystem::path pathOfFileUri(const std::string& uri) {
         }
         const unsigned char byte = escapedByte(uri, at);
         if (byte == 0) {
-            throw noFileHere(uri);
+            return std::nullopt;
         }
         path += static_cast<char>(byte);
         at += escapeLength;
@@ -57,4 +54,4 @@ std::filesystem::path pathOfFileUri(const std::string& uri) {
     return path;
 }
 
-}  // namespace console
+}  // namespace pautil

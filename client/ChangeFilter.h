@@ -1,0 +1,20 @@
+#pragma once
+
+#include <set>
+#include <string>
+
+#include "client/Change.h"
+
+namespace paclient {
+
+/// Which changes a program wants: those of some kinds, and among them, when zones or sources are
+/// named, what concerns one of these.
+struct ChangeFilter {
+    ChangeKinds kinds;
+    std::set<std::string> zones;  ///< ids
+    std::set<int> sources;        ///< numbers
+
+    bool passes(const Change& change) const;
+};
+
+}  // namespace paclient
