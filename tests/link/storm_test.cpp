@@ -59,10 +59,10 @@ struct StormTest : LinkTest {
 };
 
 TEST_F(StormTest, ALinkStartsAndStopsInTheMiddleAndTheCachesAreThoseOfOneThread) {
+    std::atomic<int> handled{0};  // also while the link is destroyed
+    std::atomic<int> dropped{0};
     palink::EmbeddedTransport narrow(server, 64 * 1024);  // full now and then
     palink::ServerLink stopping(facade(), narrow);
-    std::atomic<int> handled{0};
-    std::atomic<int> dropped{0};
     stopping.setDropHandler([&dropped](const auto&) { ++dropped; });
     for (int round = 0; round < 4; ++round) {
         stopping.start();
