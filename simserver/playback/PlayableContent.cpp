@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <memory>
 #include <sndfile.h>
+#include <system_error>
 
 #include "simserver/lookUp.h"
 #include "simserver/protocol/Refused.h"
@@ -20,9 +21,10 @@ SimTime lengthOfFile(const std::filesystem::path& file) {
     const std::unique_ptr<SNDFILE, int (*)(SNDFILE*)> opened(sf_open(file.c_str(), SFM_READ, &info),
                                                              sf_close);
     if (opened == nullptr) {
-        throw Refused(
-            "cannot read " + file.filename().string() + ": " +
-            (std::filesystem::exists(file) ? "it is not an audio file" : "there is no such file"));
+        std::error_code ignored;  // a name that is too long names no file
+        const bool isThere = std::filesystem::exists(file, ignored);
+        throw Refused("cannot read " + file.filename().string() + ": " +
+                      (isThere ? "it is not an audio file" : "there is no such file"));
     }
     const std::chrono::duration<double> seconds(static_cast<double>(info.frames) / info.samplerate);
     return std::chrono::round<SimTime>(std::min<std::chrono::duration<double>>(seconds, longest));

@@ -136,6 +136,9 @@ TEST_F(PlayableContentTest, ChecksPartsAndKnowsTheirLengths) {
 2,ip,"Yard",12!1,,0^12^0                         | unknown chime 12
 4,ip,"Yard","en^Ann^48000^\"\""!"en^Bob^48000^\"\"",,0^0^0 | no voice "Bob" for language "en" at 48000 Hz
 )~");
+    const std::string endless =
+        "11,ip,\"Yard\",3^" + onServer + std::string(10'000, 'x') + ",,0^0^0";
+    EXPECT_THROW(lengthOf(endless), Refused);
 }
 
 TEST_F(PlayableContentTest, StoresFilesOnlyInTheServersFolder) {
