@@ -1,7 +1,7 @@
 # What all code of the project is compiled with. Each target calls it once:
 # pa_code(TARGET [UNITY] [PRECOMPILE header...])
 
-option(PA_PRECOMPILE "Precompile headers. Off: each file includes all that it uses" ON)
+option(PA_PRECOMPILE "Precompile headers, not only for the tests. Off: each file includes all that it uses" ON)
 option(PA_UNITY "Compile the files of some targets in groups. Off: one by one" ON)
 
 # The standard headers that most files need cost more to read than the files themselves.
@@ -10,6 +10,9 @@ set(PA_STANDARD_HEADERS
   <functional> <iterator> <map> <memory> <mutex> <optional> <set> <sstream> <stdexcept> <string>
   <string_view> <system_error> <thread> <utility> <variant> <vector>)
 
+# GCC collects its garbage from 128 MB on; without that a file compiles up to 15 % faster.
+add_compile_options($<$<CXX_COMPILER_ID:GNU>:--param=ggc-min-heapsize=524288>)
+
 # A compiler cache works with precompiled headers when their content counts, not their time.
 if(PA_PRECOMPILE)
   add_compile_options(
@@ -17,17 +20,22 @@ if(PA_PRECOMPILE)
     "$<$<CXX_COMPILER_ID:Clang>:SHELL:-Xclang -fno-pch-timestamp>")
 endif()
 
-# UNITY: for files that instantiate one costly header, the argument parser for example, which takes
-# 2 s in each. Names without a namespace of their own must then differ in all files of the target.
-#
+# For files that instantiate one costly header, the argument parser for example, which takes 2 s in
+# each. Names without a namespace of their own must then differ in all files of the target.
+function(pa_unity target)
+  if(PA_UNITY)
+    set_target_properties(${target} PROPERTIES UNITY_BUILD ON UNITY_BUILD_BATCH_SIZE 24)
+  endif()
+endfunction()
+
 # A target that names headers has a set of its own; all others share one of standard headers. Name
 # the project's own headers only where most files of the target include them: they all are compiled
 # again with each change of one.
 function(pa_code target)
   cmake_parse_arguments(arg "UNITY" "" "PRECOMPILE" ${ARGN})
   pa_warnings(${target})
-  if(PA_UNITY AND arg_UNITY)
-    set_target_properties(${target} PROPERTIES UNITY_BUILD ON UNITY_BUILD_BATCH_SIZE 12)
+  if(arg_UNITY)
+    pa_unity(${target})
   endif()
   if(NOT PA_PRECOMPILE)
     return()

@@ -10,7 +10,7 @@
 
 namespace {
 
-using Words = std::vector<std::string>;
+using Texts = std::vector<std::string>;
 
 /// Takes nothing.
 class ClosedOutput : public std::streambuf {
@@ -27,8 +27,8 @@ private:
 };
 
 TEST(Output, thatIsClosedEndsTheCommand) {
-    for (const Words& words : {Words{"list", "zones"}, Words{"--help"}, Words{"demo"},
-                               Words{"--speed", "500", "monitor"}}) {
+    for (const Texts& words : {Texts{"list", "zones"}, Texts{"--help"}, Texts{"demo"},
+                               Texts{"--speed", "500", "monitor"}}) {
         for (const int error : {ENOSPC, EPIPE}) {
             ClosedOutput closed(error);
             std::ostream out(&closed);

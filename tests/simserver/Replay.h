@@ -19,6 +19,8 @@ namespace simserver {
 
 using pa::RecordKind;
 
+constexpr std::time_t mondayMorning = 1767592770;  // 2026-01-05 05:59:30 UTC
+
 /// The scenario files of these tests.
 inline std::string scenarioFile(const std::string& name) {
     return PA_SCENARIO_DIR "/../tests/simserver/stations/" + name + ".json";

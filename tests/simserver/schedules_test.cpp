@@ -7,8 +7,6 @@ namespace {
 
 using namespace simserver;
 
-constexpr std::time_t mondayMorning = 1767592770;  // 2026-01-05 05:59:30 UTC
-
 struct SchedulesTest : ServerTest {
     SchedulesTest() : ServerTest(smallStation(), {1.0, true, {}, {}, mondayMorning}) {}
 };

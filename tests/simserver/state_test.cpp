@@ -17,7 +17,6 @@ using namespace std::string_literals;
 namespace fs = std::filesystem;
 using Values = std::map<int, std::string>;
 
-constexpr std::time_t mondayMorning = 1767592770;  // 2026-01-05 05:59:30 UTC
 constexpr const char* upload = "/home/quillon/tmp/a.wav";
 
 std::atomic<int> syncs{0};
