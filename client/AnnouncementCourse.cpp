@@ -6,6 +6,7 @@
 
 #include "client/checkMessage.h"
 #include "client/confirmed.h"
+#include "client/messageParts.h"
 #include "framework/uuid.h"
 
 namespace paclient {
@@ -26,15 +27,10 @@ std::string usableId(std::string id) {
     return id;
 }
 
-bool isVisual(const Message& message) {
-    return message.getVisualMessageType() != Message::NONE;
-}
-
 /// How many records the server keeps for a message.
 std::size_t partsOf(const Message& message) {
-    const bool isAudible = message.getAudioMessageType() != Message::NONE;
-    const bool isReported = isVisual(message) && message.getVisualMessageValidity() != 0;
-    return (isAudible ? 1U : 0U) + (isReported ? 1U : 0U);
+    const bool isReported = hasVisualPart(message) && message.getVisualMessageValidity() != 0;
+    return (hasAudioPart(message) ? 1U : 0U) + (isReported ? 1U : 0U);
 }
 
 const std::vector<pa::OperationType> playOperations = {pa::operations::playMessage};
@@ -120,7 +116,7 @@ void Announcement::Course::noteOther(const AnnouncementRequest& record) {
     }
     const bool isNew = playingOthers.insert(record.id).second;
     const bool isLive = record.getAudioMessageType() == Message::LIVE_STREAM;
-    const bool hasPart = record.getAudioMessageType() != Message::NONE || isVisual(record);
+    const bool hasPart = hasAudioPart(record) || hasVisualPart(record);
     if (isNew && !isAway && hasPart && (!isLive || isHigher(record, priority))) {
         taken[partName(record)].insert(record.zones.begin(), record.zones.end());
     }

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdlib>
 
+#include "client/messageParts.h"
 #include "sdk/PAController.h"
 
 namespace paclient {
@@ -36,14 +37,6 @@ std::optional<MessagePriority> priorityOf(const AnnouncementRequest& request) {
     const bool isRelative = text.compare(0, 8, "Relative") == 0;
     return MessagePriority(isRelative ? APM_RELATIVE_PRIORITY : APM_ABSOLUTE_PRIORITY,
                            std::atoi(text.c_str() + number));
-}
-
-bool hasAudioPart(const Message& message) {
-    return message.getAudioMessageType() != Message::NONE;
-}
-
-bool hasVisualPart(const Message& message) {
-    return message.getVisualMessageType() != Message::NONE;
 }
 
 bool competes(const AnnouncementRequest& request, const Message& message) {

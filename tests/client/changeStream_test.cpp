@@ -6,7 +6,9 @@
 #include <poll.h>
 #include <stdexcept>
 #include <string>
+#include <sys/wait.h>
 #include <thread>
+#include <unistd.h>
 
 #include "framework/clock.h"
 
@@ -154,6 +156,24 @@ TEST(ChangeStreamTest, SubscribersComeAndLeaveWhileOthersPublish) {
     }
     ends = true;
     publisher.join();
+}
+
+TEST(ChangeStreamTest, AChildOfAForkReadsForItself) {
+    Subscription before;
+    refuse("both");
+    const pid_t child = fork();
+    if (child == 0) {
+        const bool isInherited = text(before.next()) == "both";
+        Subscription own;
+        refuse("child");
+        const bool isPublished = text(before.next()) == "child" && text(own.next()) == "child";
+        _exit(isInherited && isPublished ? 0 : 1);
+    }
+    int status = 0;
+    waitpid(child, &status, 0);
+    EXPECT_EQ(status, 0);
+    EXPECT_TRUE(isReadable(before));
+    EXPECT_EQ(text(before.next()), "both");
 }
 
 }  // namespace
