@@ -22,9 +22,12 @@ each with an optional filter of its tests, and lines with the old text and the n
 import argparse
 import csv
 import fnmatch
+import os
 import re
+import signal
 import subprocess
 import sys
+import tempfile
 from pathlib import Path
 
 HERE = Path(__file__).resolve().parent
@@ -96,16 +99,33 @@ def first_failure(output):
     return failed[1] if failed else "the program"
 
 
+def run_for(seconds, command, folder):
+    """The exit code of a program, None when it takes longer, and its output. What it has started
+    ends with it: a child that hangs would keep the output open."""
+    with tempfile.TemporaryFile(mode="w+", errors="replace") as output:
+        with subprocess.Popen(command, cwd=folder, stdout=output, stderr=subprocess.STDOUT,
+                              start_new_session=True) as program:
+            try:
+                code = program.wait(timeout=seconds)
+            except subprocess.TimeoutExpired:
+                code = None
+            try:
+                os.killpg(program.pid, signal.SIGKILL)
+            except ProcessLookupError:
+                pass
+        output.seek(0)
+        return code, output.read()
+
+
 def run_tests(mutant, build):
     """The outcome of the tests of a tree that is built: stopped or survived, and by what."""
     for program, _, test_filter in mutant.tests:
         command = [build / "bin" / program, f"--gtest_filter={test_filter or '*'}"]
-        try:
-            run = quietly(command, cwd=build, timeout=TEST_SECONDS)
-        except subprocess.TimeoutExpired:
+        code, output = run_for(TEST_SECONDS, command, build)
+        if code is None:
             return "stopped", f"{program}: does not end"
-        if run.returncode:
-            return "stopped", f"{program}: {first_failure(run.stdout)}"
+        if code:
+            return "stopped", f"{program}: {first_failure(output)}"
     return "survived", ""
 
 
