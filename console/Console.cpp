@@ -51,8 +51,8 @@ void runProcess(const std::vector<std::string>& words, const Streams& streams, O
     const auto line = CommandParser(Settings{}, LineKind::Process).read(words, out);
     if (line) {
         const Handler task = taskOf(*line);
-        SharedSession connection(line->settings, diagnostics);
-        execute(task, {line->settings, out, diagnostics, streams.terminal, connection});
+        Session session(line->settings, diagnostics);
+        execute(task, {line->settings, out, diagnostics, streams.terminal, session});
     }
 }
 
@@ -78,11 +78,11 @@ int run(const std::vector<std::string>& words, const Streams& streams) {
 void runScriptLines(const Context& context) {
     Context lineContext = context;
     lineContext.settings.script.clear();  // a line has no script of its own
-    context.connection.lasts = true;
-    context.connection.readsCommands = context.settings.script == "-";
+    context.session.lasts = true;
+    context.session.readsCommands = context.settings.script == "-";
     const bool isWatched = &context.out == &context.diagnostics;  // by a monitor, which reports it
     const auto notices = std::make_shared<ShellNotices>(context.diagnostics, !isWatched);
-    context.connection.onReconnected = [notices] { notices->report(); };
+    context.session.onReconnected = [notices] { notices->report(); };
     LineFile file(context.settings.script.string(), "script", [notices] { notices->report(); });
     std::string line;
     for (int number = 1; file.next(line); ++number) {

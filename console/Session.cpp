@@ -1,8 +1,6 @@
 #include "console/Session.h"
 
-#include <algorithm>
 #include <filesystem>
-#include <string>
 #include <system_error>
 
 #include "client/StationClock.h"
@@ -11,6 +9,7 @@
 #include "framework/log.h"
 #include "sdk/globals.h"
 #include "simserver/station/StationFile.h"
+#include "util/AtEnd.h"
 
 namespace console {
 
@@ -47,74 +46,90 @@ simserver::EmbeddedEndpoint endpointFor(const Settings& settings) try {
     throw Failure(ExitCode::CannotConnect, error.what());
 }
 
-}  // namespace
-
-Session::LogRedirection::LogRedirection(Output& diagnostics, long level) {
+/// Sends the lines of the log to the diagnostics while the result lives.
+pautil::AtEnd redirectLog(Output& diagnostics, long level) {
     pa::setLogSink([&diagnostics](const pa::LogLine& line) {
         const bool error = line.kind == pa::LogLine::Kind::Error;
         diagnostics.diagnostic(error ? line.text : pa::formatLogLine(line));
     });
     pa::store(debugLevel, level);
+    return pautil::AtEnd([] {
+        pa::flushSuppressedErrors();
+        pa::setLogSink({});
+        pa::store(debugLevel, 0);
+    });
 }
 
-Session::LogRedirection::~LogRedirection() {
-    pa::flushSuppressedErrors();
-    pa::setLogSink({});
-    pa::store(debugLevel, 0);
-}
+}  // namespace
 
-Session::Session(const Settings& settings, Output& diagnostics) try
-    : diagnostics_(diagnostics),
-      timeoutSeconds_(settings.timeout.value_or(connectSeconds)),
-      speed_(settings.speed),
-      log_(diagnostics, settings.debug),
-      endpoint_(endpointFor(settings)),
-      connection_(endpoint_) {
-    connection_.open(waitFor("for the server"));
-    setClock();
-} catch (const paclient::NotConnected& error) {
-    throw Failure(ExitCode::CannotConnect, error.what());
-}
+struct Session::Link {
+    Link(const Settings& settings, Output& diagnostics)
+        : log(redirectLog(diagnostics, settings.debug)),
+          endpoint(endpointFor(settings)),
+          connection(endpoint) {}
+
+    const pautil::AtEnd log;
+    simserver::EmbeddedEndpoint endpoint;
+    paclient::Connection connection;
+};
+
+Session::Session(const Settings& settings, Output& diagnostics)
+    : settings_(settings), diagnostics_(diagnostics) {}
 
 Session::~Session() = default;
 
 paclient::Wait Session::waitFor(const std::string& what) const {
-    return shownWait(diagnostics_, what, timeoutSeconds_);
+    return shownWait(diagnostics_, what, settings_.timeout.value_or(connectSeconds));
 }
 
 /// @return whether the connection is another one than at the call before
 bool Session::setClock() {
-    const std::uint64_t number = connection_.number();
+    const std::uint64_t number = link_->connection.number();
     const bool isNew = number != clockOf_ && number != 0;
     if (isNew) {
-        paclient::setStationClock(paclient::StationClock(serverInfo(), speed_));
+        paclient::setStationClock(
+            paclient::StationClock(link_->connection.serverInfo(), settings_.speed));
         clockOf_ = number;
     }
     return isNew;
 }
 
-bool Session::requireConnected() try {
-    connection_.requireConnected(waitFor("for the connection"));
-    return setClock();
+void Session::requireConnected() try {
+    if (link_ == nullptr) {
+        auto link = std::make_unique<Link>(settings_, diagnostics_);
+        link->connection.open(waitFor("for the server"));
+        link_ = std::move(link);
+        setClock();
+        return;
+    }
+    link_->connection.requireConnected(waitFor("for the connection"));
+    if (setClock() && onReconnected) {
+        onReconnected();
+    }
 } catch (const paclient::NotConnected& error) {
-    throw Failure(ExitCode::ConnectionLost, error.what());
+    throw Failure(link_ == nullptr ? ExitCode::CannotConnect : ExitCode::ConnectionLost,
+                  error.what());
 }
 
 void Session::requireBackWithin(double seconds) {
     setClock();
-    if (connection_.awayFor() > std::chrono::duration<double>(seconds)) {
+    if (link_->connection.awayFor() > std::chrono::duration<double>(seconds)) {
         throw Failure(ExitCode::ConnectionLost, "the connection to the server is lost");
     }
 }
 
 void Session::waitUntilDelivered() try {
-    connection_.waitUntilDelivered(waitFor("for what the server has reported"));
+    link_->connection.waitUntilDelivered(waitFor("for what the server has reported"));
 } catch (const paclient::NotConnected& error) {
     throw Failure(ExitCode::ConnectionLost, error.what());
 }
 
+paclient::Connection& Session::connection() {
+    return link_->connection;
+}
+
 simserver::SimControl& Session::simControl() {
-    simserver::SimControl* const control = endpoint_.simControl();
+    simserver::SimControl* const control = link_->endpoint.simControl();
     if (control == nullptr) {
         throw Failure(ExitCode::Usage, "only a simulated server can do this");
     }

@@ -1,7 +1,11 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
+#include <map>
+#include <memory>
 #include <string>
+#include <vector>
 
 #include "client/Connection.h"
 #include "console/Output.h"
@@ -11,22 +15,21 @@
 
 namespace console {
 
-/// The connection of the console to its server, for as long as the object lives. One at a time.
+/// What the commands of a process share: the connection to the server, made when a command first
+/// needs it, and what was played over it. One for all commands of a script.
 class Session {
 public:
-    /// Connects and waits until everything that the server holds is known.
     /// @param diagnostics receives the log and the error lines
-    /// @throws Failure when the scenario cannot be used or the server does not answer in time
     Session(const Settings& settings, Output& diagnostics);
     Session(const Session&) = delete;
     Session& operator=(const Session&) = delete;
     ~Session();
 
-    /// Waits while the connection is away.
-    /// @return whether it is another connection than at the call before
-    /// @throws Failure when it is not back in time: 10 s, or --timeout; and when the user
-    /// interrupts
-    bool requireConnected();
+    /// Connects and waits until everything that the server holds is known; later it waits while the
+    /// connection is away.
+    /// @throws Failure when the scenario cannot be used, the connection is not there in time (10 s,
+    ///         or --timeout), and when the user interrupts
+    void requireConnected();
 
     /// @throws Failure when the connection has been away for longer
     void requireBackWithin(double seconds);
@@ -37,34 +40,42 @@ public:
     /// interrupts
     void waitUntilDelivered();
 
-    KeyValueMap serverInfo() const { return connection_.serverInfo(); }
+    /// Of a session that has been connected.
+    paclient::Connection& connection();
 
-    paclient::Connection& connection() { return connection_; }
-
-    /// The server's own side.
+    /// The server's own side; as above.
     /// @throws Failure when the server is not a simulated one
     simserver::SimControl& simControl();
 
+    std::vector<std::string> playedIds;  ///< request ids, in order
+
+    /// The records of the announcements that software triggers have started, by source.
+    std::map<int, int> startedAnnouncements;
+
+    /// Called when the connection is there again, before the command that has waited for it
+    /// continues.
+    std::function<void()> onReconnected;
+
+    /// Whether other commands may follow in this session, as in a script. What ends with the
+    /// session is of little use without.
+    bool lasts = false;
+
+    /// Whether the session continues when the user interrupts a command, as in a shell.
+    bool survivesInterruption = false;
+
+    /// Whether these commands come from the standard input.
+    bool readsCommands = false;
+
 private:
-    /// Sends the lines of the log to the diagnostics while it lives.
-    class LogRedirection {
-    public:
-        LogRedirection(Output& diagnostics, long debugLevel);
-        LogRedirection(const LogRedirection&) = delete;
-        LogRedirection& operator=(const LogRedirection&) = delete;
-        ~LogRedirection();
-    };
+    struct Link;
 
     bool setClock();
     paclient::Wait waitFor(const std::string& what) const;
 
+    const Settings settings_;
     Output& diagnostics_;
-    const double timeoutSeconds_;
-    const double speed_;
-    LogRedirection log_;
-    simserver::EmbeddedEndpoint endpoint_;
-    paclient::Connection connection_;
-    std::uint64_t clockOf_ = 0;  // the number of the connection that has set the station's clock
+    std::unique_ptr<Link> link_;  // null until it is connected
+    std::uint64_t clockOf_ = 0;   // the number of the connection that has set the station's clock
 };
 
 }  // namespace console

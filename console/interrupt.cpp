@@ -72,12 +72,9 @@ void writeAtEnd(const char* text) {
     lastText = text;
 }
 
-Deferral::Deferral() {
+pautil::AtEnd deferChecks() {
     ++deferrals;
-}
-
-Deferral::~Deferral() {
-    --deferrals;
+    return pautil::AtEnd([] { --deferrals; });
 }
 
 void check() {

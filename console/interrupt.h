@@ -2,6 +2,8 @@
 
 #include <cstdint>
 
+#include "util/AtEnd.h"
+
 /// @file
 /// SIGINT, SIGTERM and SIGHUP. Their handler notes that one has come: every wait checks it often. A
 /// SIGINT ends the command that runs, the others end the process.
@@ -28,14 +30,8 @@ void writeAtEnd(const char* text);
 /// @throws Failure when a signal has come
 void check();
 
-/// While it lives `check` does not throw: for what must be done after an interruption.
-class Deferral {
-public:
-    Deferral();
-    Deferral(const Deferral&) = delete;
-    Deferral& operator=(const Deferral&) = delete;
-    ~Deferral();
-};
+/// While the result lives `check` does not throw: for what must be done after an interruption.
+pautil::AtEnd deferChecks();
 
 /// Whether a signal has come: what waits without `check`, to write for example, gives up.
 bool hasCome();

@@ -53,12 +53,12 @@ void report(const Context& context, const Cancellation& cancellation) {
 }
 
 void cancelRequest(const Context& context, const std::string& wanted) {
-    context.session();
+    context.connected();
     report(context, cancelAnnouncement(requestIdOf(wanted), withdrawalWait(context)));
 }
 
 void cancelType(const Context& context, Message::Type type) {
-    context.session();
+    context.connected();
     const auto active = paclient::allAnnouncements();
     const bool isAny = std::any_of(active.begin(), active.end(), [type](const auto& record) {
         return record.getAudioMessageType() == type || record.getVisualMessageType() == type;

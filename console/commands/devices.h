@@ -28,7 +28,7 @@ struct Named {
 
     /// @throws paclient::LookupError
     auto find(const Context& context) const {
-        context.session();
+        context.connected();
         return findOne(kind, wanted);
     }
 };

@@ -103,7 +103,7 @@ private:
 paclient::Wait watchWait(const Context& context, const Printer& printer, double seconds) {
     paclient::Wait wait = interruptibleWait(seconds);
     const double awaySeconds = context.settings.timeout.value_or(forEver);
-    Session& session = context.session();
+    Session& session = context.connected();
     wait.whileWaiting = [&printer, &session, awaySeconds](std::chrono::milliseconds /*waited*/) {
         interrupt::check();
         printer.check();
@@ -123,7 +123,7 @@ void watch(const Context& context, const ChangeFilter& filter, double seconds) {
 
 /// Waits until nothing that the script has played is active any more.
 void waitForRequests(const Context& context, const Printer& printer, Subscription& ends) {
-    const auto& ids = context.connection.playedIds;
+    const auto& ids = context.session.playedIds;
     const auto isOurs = [&ids](const AnnouncementRequest& record) {
         return std::find(ids.begin(), ids.end(), record.getRequestID()) != ids.end();
     };
@@ -148,9 +148,9 @@ void watchScript(const Context& context, const ChangeFilter& filter) {
     Subscription ends(kinds<Deleted<AnnouncementRequest>>());
     const Printer printer(context, filter);
     runScriptLines(
-        {context.settings, context.diagnostics, context.diagnostics, -1, context.connection});
+        {context.settings, context.diagnostics, context.diagnostics, -1, context.session});
     waitForRequests(context, printer, ends);
-    context.session().waitUntilDelivered();  // zones and sinks end after the announcements
+    context.connected().waitUntilDelivered();  // zones and sinks end after the announcements
     printer.check();
 }
 
@@ -201,7 +201,7 @@ struct Monitor {
         if (hasScript && (seconds || isSnapshot)) {
             throw Failure(ExitCode::Usage, "--seconds and --snapshot do not go with --script");
         }
-        context.session();
+        context.connected();
         const ChangeFilter filter = wantedChanges();
         if (isSnapshot) {
             printSnapshot(context, filter);

@@ -147,10 +147,10 @@ Failure timedOut(const Announcement& announcement, const char* awaited) {
 
 /// What an interruption of the wait means for the request.
 std::string afterInterruption(const Context& context, const std::string& id) {
-    if (context.connection.survivesInterruption) {
+    if (context.session.survivesInterruption) {
         return "request " + id + " plays on, 'cancel " + id + "' ends it";
     }
-    return context.session().connection().endpoint().endsWithProcess()
+    return context.connected().connection().endpoint().endsWithProcess()
                ? "request " + id + " ends with this command, as the server does"
                : "the outcome is unknown";
 }
@@ -165,7 +165,7 @@ void playAndWait(const Context& context, const PlayRequest& request,
                                   }
                               });
     const std::string& id = announcement.requestId();
-    context.connection.playedIds.push_back(id);
+    context.session.playedIds.push_back(id);
     printId(context, id);
     const std::string unknown = afterInterruption(context, id);
     const std::string what = states.isDrawn() ? "" : "until request " + id + " is over";
@@ -186,7 +186,7 @@ void playAndWait(const Context& context, const PlayRequest& request,
 void playOnly(const Context& context, const std::vector<std::string>& zones,
               const Message& message) {
     Announcement announcement(zones, message);
-    context.connection.playedIds.push_back(announcement.requestId());
+    context.session.playedIds.push_back(announcement.requestId());
     const bool isReported = announcement.partCount() > 0;
     announcement.waitUntilAccepted(waitOf(context, "until the server accepts it",
                                           "the outcome is unknown",
@@ -227,7 +227,7 @@ struct Play {
 
     void run(const Context& context) const {
         check(request);
-        context.session();
+        context.connected();
         const auto zones = paclient::chooseZones(request.zones);
         const Message message = messageFor(request);
         if (request.dryRun) {

@@ -37,7 +37,7 @@ struct PreviewFile {
         if (!isPrinted) {
             file.emplace(out);
         }
-        context.session();
+        context.connected();
         const std::filesystem::path audio = fileOf(render(context));
         const WavFormat format = formatOf(audio);
         if (isPrinted) {

@@ -35,7 +35,7 @@ struct OfRecording {
         const std::string path = serverPath(name);
         const std::string effect = path + operation.effect;
         const bool isConfirmed = operation.unconfirmed == nullptr;
-        context.session();
+        context.connected();
         operate(context, effect, [&](const Wait& wait) {
             const Confirmation answer = operation.send(path, wait);
             const bool isNotRefused = answer.state == Confirmation::State::TimedOut;
@@ -53,7 +53,7 @@ struct OfRecording {
 };
 
 void stop(const Context& context) {
-    context.session();
+    context.connected();
     const std::string path = resultOf(context, "the recording is stored", stopRecording).path;
     printOutcome(context, path + " is recorded", {{"path", path}});
 }

@@ -13,13 +13,13 @@ namespace {
 
 template <const auto& kind>
 void listAll(const Context& context) {
-    context.session();
+    context.connected();
     print(context, kind, kind.all());
 }
 
 template <const auto& kind>
 void getOne(const Context& context, const std::string& wanted) {
-    context.session();
+    context.connected();
     printOne(context, findOne(kind, wanted));
 }
 
@@ -48,7 +48,7 @@ void listItems(const Context& context) {
     Json array = Json::array();
     TextTable table({onlyChimes ? "CHIME" : "ITEM", "TEXT", "SECONDS"});
     for (const simserver::DictionaryItem& item :
-         context.session().simControl().contents().dictionary) {
+         context.connected().simControl().contents().dictionary) {
         if (item.chime || !onlyChimes) {
             const double seconds = secondsOf(item.duration);
             array.push_back({{"item", item.item}, {"text", item.text}, {"seconds", seconds}});
@@ -61,7 +61,7 @@ void listItems(const Context& context) {
 void listRecordings(const Context& context) {
     Json array = Json::array();
     TextTable table({"PATH", "SECONDS"});
-    for (const auto& [path, duration] : context.session().simControl().contents().recordings) {
+    for (const auto& [path, duration] : context.connected().simControl().contents().recordings) {
         array.push_back({{"path", path}, {"seconds", secondsOf(duration)}});
         table.addRow({path, valueText(secondsOf(duration))});
     }

@@ -22,7 +22,7 @@ void printEffect(const Context& context, const std::string& sentence, const Json
 /// Does something on the server's side, and waits until this client knows its effects.
 template <class Act>
 void simulate(const Context& context, Act act) {
-    Session& session = context.session();
+    Session& session = context.connected();
     try {
         act(session.simControl());
     } catch (const simserver::Refused& refused) {
@@ -123,7 +123,7 @@ struct SimIgnore {
     void define(CLI::App& app) { addSwitch(app, received); }
 
     void run(const Context& context) const {
-        (context.session().simControl().*ignorable.ignore)(!received);
+        (context.connected().simControl().*ignorable.ignore)(!received);
         printEffect(
             context,
             std::string("the server ") + (received ? "receives " : "ignores ") + ignorable.text,
@@ -134,7 +134,7 @@ struct SimIgnore {
 /// Has the server end the connection, and waits until that is known.
 template <class Act>
 void endConnection(const Context& context, Act act) {
-    Session& session = context.session();
+    Session& session = context.connected();
     const std::uint64_t number = session.connection().number();
     paclient::Subscription changes(paclient::kinds<palink::ConnectionChange>());
     act(session.simControl());
@@ -158,7 +158,7 @@ void restart(const Context& context) {
                           std::string("the server does not start again: ") + error.what());
         }
     });
-    context.session();  // waits for the connection
+    context.connected();  // waits for the connection
     printEffect(context, "the server has restarted", {{"connected", true}});
 }
 

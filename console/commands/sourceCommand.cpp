@@ -11,6 +11,7 @@
 #include "console/text/changeText.h"
 #include "framework/clock.h"
 #include "sdk/PAController.h"
+#include "util/AtEnd.h"
 
 namespace console {
 
@@ -44,7 +45,7 @@ void changeLock(const Context& context, const PaSource& source, const std::strin
 
 void attach(const Context& context, const PaSource& source) {
     changeLock(context, source, " is locked", takeLock);
-    if (!context.connection.lasts) {
+    if (!context.session.lasts) {
         context.diagnostics.diagnostic(
             "the lock lapses when this command has ended; a script keeps it, and 'paconsole "
             "shell'");
@@ -77,20 +78,6 @@ void printZones(const Context& context, const PaSource& source) {
 
 constexpr double levelRange = 60;      // dB below 0 at which the bar is empty
 constexpr double readingSeconds = 10;  // the longest time between two readings
-
-/// The feed of a source, for as long as the object lives.
-class Feed {
-public:
-    explicit Feed(int sourceId) : sourceId_(sourceId) {
-        gPaController.enablePaSourceVUMeter(sourceId_);
-    }
-    Feed(const Feed&) = delete;
-    Feed& operator=(const Feed&) = delete;
-    ~Feed() { gPaController.disablePaSourceVUMeter(sourceId_); }
-
-private:
-    const int sourceId_;
-};
 
 std::string levelText(double level) {
     char text[32];
@@ -130,7 +117,8 @@ struct SourceLevel : Named<sources> {
         const int element = source.id / 100;
         const std::int64_t startMS = pa::monotonicMS();
         Subscription changes(kinds<palink::LevelReading, palink::ConnectionChange>());
-        const Feed feed(source.id);
+        gPaController.enablePaSourceVUMeter(source.id);
+        const pautil::AtEnd noFeed([&] { gPaController.disablePaSourceVUMeter(source.id); });
         const std::unique_ptr<LiveView> view = context.liveView();
         for (int shown = 0; !count || shown < *count;) {
             const double passed = static_cast<double>(pa::monotonicMS() - startMS) / 1000;

@@ -29,7 +29,7 @@ void addLocks(Json& report) {
 /// What the server has reported of itself, and what it holds.
 Json statusOf(Session& session) {
     Json server = Json::object();
-    const KeyValueMap info = session.serverInfo();
+    const KeyValueMap info = session.connection().serverInfo();
     for (const std::string& key : info.get_all_keys()) {
         server[key] = info.get_value(key);
     }
@@ -54,7 +54,7 @@ Json statusOf(Session& session) {
 }
 
 void status(const Context& context) {
-    Json report = statusOf(context.session());
+    Json report = statusOf(context.connected());
     if (context.settings.json) {
         context.writeJson(report);
         return;

@@ -39,7 +39,7 @@ void activate(const Context& context, const PaSWTrigger& trigger) {
     const std::string effect = titleOf(softwareTriggers, trigger) + " is active";
     const auto send = [&](const Wait& wait) { return paclient::activate(trigger, wait); };
     const AnnouncementRequest started = resultOf(context, effect, send).announcement.value();
-    context.connection.startedAnnouncements[trigger.associatedSourceId] = started.id;
+    context.session.startedAnnouncements[trigger.associatedSourceId] = started.id;
     printOutcome(context,
                  effect + ": request " + started.getRequestID() + " in " +
                      paclient::valueText(started.zones),
@@ -48,7 +48,7 @@ void activate(const Context& context, const PaSWTrigger& trigger) {
 }
 
 void deactivate(const Context& context, const PaSWTrigger& trigger) {
-    const auto& startedBy = context.connection.startedAnnouncements;
+    const auto& startedBy = context.session.startedAnnouncements;
     const auto started = startedBy.find(trigger.associatedSourceId);
     const auto announcement =
         started == startedBy.end() ? std::nullopt : std::optional(started->second);
@@ -70,7 +70,7 @@ struct TriggerState {
     }
 
     void run(const Context& context) const {
-        context.session();
+        context.connected();
         std::string lines;
         paclient::Json array = paclient::Json::array();
         for (const paclient::AnyTrigger& trigger : triggersNumbered(number)) {
@@ -95,7 +95,7 @@ struct ListOfSource {
     }
 
     void run(const Context& context) const {
-        context.session();
+        context.connected();
         printOfSource(context, kind, source);
     }
 };

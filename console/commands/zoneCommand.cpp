@@ -18,7 +18,7 @@ struct ZoneMembers {
     void define(CLI::App& app) { addText(app, "ZONE", zone, "Its name")->required(); }
 
     void run(const Context& context) const {
-        context.session();
+        context.connected();
         std::vector<PaSink> members = findOne(paclient::zones, zone).getMembers();
         std::set<int> listed;  // a sink that names the zone and its sub-zones is listed once
         const auto isListed = [&](const PaSink& sink) { return !listed.insert(sink.id).second; };

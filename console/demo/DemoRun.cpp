@@ -26,10 +26,10 @@ const DemoRun::Event DemoRun::events[] = {
 DemoRun::DemoRun(const Context& context, const std::vector<std::string>& zoneIds)
     : DemoScreen(context),
       context_(context),
-      lasted_(std::exchange(context.connection.lasts, true)),
+      lasted_(std::exchange(context.session.lasts, true)),
       values_(demoValues(zoneIds, folder_.path())),
-      firstPlayed_(context.connection.playedIds.size()),
-      lineContext_{context.settings, out_, out_, -1, context.connection} {
+      firstPlayed_(context.session.playedIds.size()),
+      lineContext_{context.settings, out_, out_, -1, context.session} {
     lineContext_.settings.json = false;
     for (const auto& [name, value] : values_) {
         if (name.rfind("zone", 0) == 0) {
@@ -42,18 +42,18 @@ DemoRun::DemoRun(const Context& context, const std::vector<std::string>& zoneIds
 }
 
 DemoRun::~DemoRun() {
-    const interrupt::Deferral deferral;
+    const auto deferral = interrupt::deferChecks();
     constexpr double stepSeconds = 2;
     lineContext_.settings.timeout = stepSeconds;
     std::vector<std::string> lines;
-    const auto& played = context_.connection.playedIds;
+    const auto& played = context_.session.playedIds;
     for (std::size_t i = firstPlayed_; i < played.size(); ++i) {
         lines.push_back("cancel " + played[i]);
     }
     lines.insert(lines.end(), demoCleanUp.begin(), demoCleanUp.end());
-    context_.connection.lasts = lasted_;
+    context_.session.lasts = lasted_;
     try {
-        context_.session().waitUntilDelivered();  // what was sent last may be unknown still
+        context_.connected().waitUntilDelivered();  // what was sent last may be unknown still
     } catch (const Failure&) {
         return;  // nothing can be undone without a connection
     }
@@ -87,7 +87,7 @@ void DemoRun::perform(DemoProgress& step, const std::string& line) try {
         step.seen += (step.seen.empty() || reached.empty() ? "" : ", ") + reached;
         return;
     }
-    const auto& played = context_.connection.playedIds;
+    const auto& played = context_.session.playedIds;
     const std::size_t before = played.size();
     const std::vector<std::string> words = filled(line);
     std::string typed;

@@ -27,7 +27,8 @@ void showStation(const Context& context) {
     const auto count = [](const auto& kind) {
         return std::to_string(kind.all().size()) + ' ' + kind.many;
     };
-    context.out.write("Connected to " + clean(context.session().serverInfo().get_value("name")) +
+    context.out.write("Connected to " +
+                      clean(context.connected().connection().serverInfo().get_value("name")) +
                       ": " + count(sources) + ", " + count(sinks) + ", " + count(zones) + ", " +
                       count(voices) + "\n\n");
 }
@@ -60,7 +61,7 @@ void showSummary(const Context& context, const std::vector<DemoProgress>& steps)
 }
 
 void demo(const Context& context) {
-    context.session();
+    context.connected();
     const auto zoneIds = wholeZones();
     if (zoneIds.size() < 2) {
         throw Failure(ExitCode::NotFound, "the demo needs a station with two zones");

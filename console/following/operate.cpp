@@ -27,12 +27,10 @@ paclient::Wait waitOf(const Context& context, const std::string& what, const std
     return wait;
 }
 
-ControllerLimit::ControllerLimit(double seconds) : before_(pa::load(gMaxServerWaitTimeSeconds)) {
+pautil::AtEnd limitController(double seconds) {
+    const int before = pa::load(gMaxServerWaitTimeSeconds);
     pa::store(gMaxServerWaitTimeSeconds, static_cast<int>(std::ceil(seconds)));
-}
-
-ControllerLimit::~ControllerLimit() {
-    pa::store(gMaxServerWaitTimeSeconds, before_);
+    return pautil::AtEnd([before] { pa::store(gMaxServerWaitTimeSeconds, before); });
 }
 
 std::string unknownWhether(const std::string& effect) {
@@ -65,8 +63,8 @@ void printOutcome(const Context& context, const std::string& sentence, const pac
 }
 
 void warnOfEnd(const Context& context, const std::string& what) {
-    const bool endsToo = context.session().connection().endpoint().endsWithProcess();
-    if (!context.connection.lasts && endsToo) {
+    const bool endsToo = context.connected().connection().endpoint().endsWithProcess();
+    if (!context.session.lasts && endsToo) {
         context.diagnostics.diagnostic(
             what +
             " ends with this command, as the server does; a script keeps it, and "

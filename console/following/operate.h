@@ -5,6 +5,7 @@
 #include "client/Wait.h"
 #include "client/json.h"
 #include "console/Context.h"
+#include "util/AtEnd.h"
 
 /// @file
 /// How commands wait for the server, and report what a confirmed operation has come to.
@@ -22,17 +23,8 @@ constexpr double answerSeconds = 10;
 paclient::Wait waitOf(const Context& context, const std::string& what, const std::string& unknown,
                       double seconds = answerSeconds);
 
-/// How long the controller itself waits for the server, while the object lives.
-class ControllerLimit {
-public:
-    explicit ControllerLimit(double seconds);
-    ControllerLimit(const ControllerLimit&) = delete;
-    ControllerLimit& operator=(const ControllerLimit&) = delete;
-    ~ControllerLimit();
-
-private:
-    const int before_;
-};
+/// The controller itself waits so long for the server, while the result lives.
+pautil::AtEnd limitController(double seconds);
 
 /// "whether EFFECT is unknown".
 std::string unknownWhether(const std::string& effect);

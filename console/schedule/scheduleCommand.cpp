@@ -28,7 +28,7 @@ void print(const Context& context, const ScheduleDefinition& schedule, const std
 }
 
 void list(const Context& context) {
-    context.session();
+    context.connected();
     print(context, paclient::schedules, paclient::allSchedules());
 }
 
@@ -39,7 +39,7 @@ std::string put(const Context& context, const ScheduleDefinition& schedule) {
 
 /// @return the number that the server has given it
 int create(const Context& context, const ScheduleDefinition& schedule) {
-    const ControllerLimit limit(context.settings.timeout.value_or(answerSeconds));
+    const auto limit = limitController(context.settings.timeout.value_or(answerSeconds));
     const auto send = [&](const Wait& wait) { return createSchedule(schedule, wait); };
     return resultOf(context, "the schedule is in", send).id;
 }
@@ -58,7 +58,7 @@ struct ScheduleAdd {
     }
 
     void run(const Context& context) const {
-        context.session();
+        context.connected();
         if (id && gPaController.findSchedule(*id)) {
             throw Failure(ExitCode::Refused,
                           "there is a " + titleOf(*id) + " already; 'schedule modify' changes it");
@@ -102,7 +102,7 @@ struct ScheduleRemove {
     }
 
     void run(const Context& context) const {
-        context.session();
+        context.connected();
         const auto all = paclient::allSchedules();
         const auto namings = paclient::namingsOf(paclient::schedules, all);
         std::vector<int> ids;

@@ -66,7 +66,7 @@ Failure endedAt(const ImportResult& result, std::size_t total, const Failure& wh
 std::vector<paclient::ImportEntry> entriesOf(const Context& context, const std::string& path) {
     LineFile file(path, "file of schedules");
     const std::string text = file.readAll();
-    context.session();
+    context.connected();
     try {
         return paclient::readSchedules(text);
     } catch (const std::invalid_argument& fault) {
@@ -82,7 +82,7 @@ struct ScheduleExport {
     }
 
     void run(const Context& context) const {
-        context.session();
+        context.connected();
         const Json json = paclient::schedulesAsJson();
         const std::string text = paclient::jsonLines(json);
         if (Json::parse(text) != json) {
@@ -112,7 +112,7 @@ struct ScheduleImport {
     }
 
     void run(const Context& context) const {
-        if (file == "-" && context.connection.readsCommands) {
+        if (file == "-" && context.session.readsCommands) {
             throw Failure(ExitCode::Usage, "the standard input holds the commands: name a file");
         }
         const std::vector<paclient::ImportEntry> entries = entriesOf(context, file);

@@ -24,15 +24,15 @@ public:
     /// @param onTerminal an interruption ends the command only, else the shell
     Shell(const Context& context, bool onTerminal)
         : context_(context), onTerminal_(onTerminal), notices_(context.diagnostics) {
-        context.connection.lasts = true;
-        context.connection.survivesInterruption = true;
-        context.connection.readsCommands = true;
-        context.connection.onReconnected = [this] { notices_.report(); };
+        context.session.lasts = true;
+        context.session.survivesInterruption = true;
+        context.session.readsCommands = true;
+        context.session.onReconnected = [this] { notices_.report(); };
     }
     Shell(const Shell&) = delete;
     Shell& operator=(const Shell&) = delete;
     ~Shell() {
-        context_.connection.onReconnected = {};
+        context_.session.onReconnected = {};
         releaseSources();
     }
 
@@ -96,7 +96,7 @@ private:
     /// Releases the sources that are attached by this client, within seconds.
     void releaseSources() const {
         constexpr double releaseSeconds = 2;
-        const ControllerLimit limit(releaseSeconds);
+        const auto limit = limitController(releaseSeconds);
         bool answers = true;  // when the server does not, the other sources do not wait for it
         for (const int id : paclient::Connection::heldSources()) {
             answers = answers && gPaController.detachPaSource(id);
@@ -125,7 +125,7 @@ struct ShellLines {
     }
 
     void run(const Context& context) const {
-        context.session();
+        context.connected();
         const bool onTerminal = isatty(STDIN_FILENO) == 1 && context.terminal >= 0;
         Shell shell(context, onTerminal);
         onTerminal ? shell.runOnTerminal(!forgets) : shell.runWithoutTerminal();

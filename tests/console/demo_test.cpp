@@ -64,11 +64,11 @@ TEST(Demo, undoesWhatItDidWhenItEndsEarly) {
     console::Output diagnostics(errors);
     console::Settings settings;
     settings.speed = 500;
-    console::SharedSession connection(settings, diagnostics);
-    const console::Context context{settings, out, diagnostics, -1, connection};
+    console::Session session(settings, diagnostics);
+    const console::Context context{settings, out, diagnostics, -1, session};
     EXPECT_THROW(console::runLine(context, {"demo"}, console::LineKind::Shell), console::Failure);
     EXPECT_TRUE(contains(buffer.str(), "source 2 is locked by this client"));
-    connection.session().waitUntilDelivered();
+    session.waitUntilDelivered();
     EXPECT_TRUE(paclient::allSchedules().empty());
     EXPECT_EQ(paclient::lockOf(2).holder, "nobody");
     for (const PaSource& source : paclient::allSources()) {
