@@ -35,14 +35,11 @@ void execute(const Handler& handler, const Context& context) {
 Handler taskOf(const CommandLine& line) {
     const bool hasScript = !line.settings.script.empty();
     if (line.command.empty()) {
-        if (!hasScript) {
-            throw Failure(ExitCode::Usage, "no command; paconsole --help lists them");
-        }
+        require(hasScript, "no command; paconsole --help lists them");
         return runScriptLines;
     }
-    if (hasScript && line.command != "monitor") {
-        throw Failure(ExitCode::Usage, "--script is used without a command or with monitor");
-    }
+    require(!hasScript || line.command == "monitor",
+            "--script is used without a command or with monitor");
     return line.handler;
 }
 
@@ -104,9 +101,7 @@ std::string runLine(const Context& context, const std::vector<std::string>& word
     if (!line) {
         return {};
     }
-    if (line->command.empty()) {
-        throw Failure(ExitCode::Usage, "no command");
-    }
+    require(!line->command.empty(), "no command");
     if (line->handler) {
         Context lineContext = context;
         lineContext.settings = line->settings;

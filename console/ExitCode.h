@@ -44,6 +44,13 @@ private:
     }
 };
 
+/// @throws Failure with the text unless something holds
+inline void require(bool holds, const std::string& text, ExitCode code = ExitCode::Usage) {
+    if (!holds) {
+        throw Failure(code, text);
+    }
+}
+
 /// Of an option, or a positional argument, whose value cannot be used.
 inline Failure wrongValue(const std::string& option, const std::string& why) {
     return Failure(ExitCode::Usage, option + ": " + why);

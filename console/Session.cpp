@@ -113,9 +113,8 @@ void Session::requireConnected() try {
 
 void Session::requireBackWithin(double seconds) {
     setClock();
-    if (link_->connection.awayFor() > std::chrono::duration<double>(seconds)) {
-        throw Failure(ExitCode::ConnectionLost, "the connection to the server is lost");
-    }
+    require(link_->connection.awayFor() <= std::chrono::duration<double>(seconds),
+            "the connection to the server is lost", ExitCode::ConnectionLost);
 }
 
 void Session::waitUntilDelivered() try {
@@ -130,9 +129,7 @@ paclient::Connection& Session::connection() {
 
 simserver::SimControl& Session::simControl() {
     simserver::SimControl* const control = link_->endpoint.simControl();
-    if (control == nullptr) {
-        throw Failure(ExitCode::Usage, "only a simulated server can do this");
-    }
+    require(control != nullptr, "only a simulated server can do this");
     return *control;
 }
 

@@ -38,9 +38,7 @@ void addLineOptions(CLI::App& app, Settings& settings) {
 void addPath(CLI::App& app, const char* name, std::filesystem::path& path, const char* help,
              const char* type) {
     const auto take = [&path, name](const std::string& text) {
-        if (text.empty()) {
-            throw wrongValue(name, "the path is empty");
-        }
+        require(!text.empty(), std::string(name) + ": the path is empty");
         path = text;
     };
     addParsed(app, name, take, help, type);
@@ -59,9 +57,7 @@ void addProcessOptions(CLI::App& app, Settings& settings) {
             "DIR");
     const auto takeClock = [&settings](const std::string& text) {
         const DateTime typed = valueOf("--clock", [&] { return parseDateTime(text); });
-        if (!typed.date || !typed.time) {
-            throw wrongValue("--clock", "'" + text + "' is not a date and a time");
-        }
+        require(typed.date && typed.time, "--clock: '" + text + "' is not a date and a time");
         settings.clock = typed;
     };
     addParsed(app, "--clock", takeClock,
@@ -201,9 +197,8 @@ std::optional<CommandLine> CommandParser::read(std::vector<std::string> words, O
         std::reverse(arguments.begin(), arguments.end());  // the order that the parser expects
         app_.parse(arguments);
     } catch (const CLI::CallForHelp&) {
-        if (const std::string unknown = unknownWordIn(words); !unknown.empty()) {
-            throw Failure(ExitCode::Usage, unknown);
-        }
+        const std::string unknown = unknownWordIn(words);
+        require(unknown.empty(), unknown);
         const std::string help = app_.help();
         out.write(help.back() == '\n' ? help : help + '\n');
         return std::nullopt;

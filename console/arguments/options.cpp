@@ -29,9 +29,8 @@ std::vector<unsigned> parseNumberList(const std::string& option, const std::stri
     std::vector<unsigned> numbers;
     for (const std::string& part : CLI::detail::split(text + ',', ',')) {
         const auto number = wholeText<unsigned>(part);
-        if (!number) {
-            throw wrongValue(option, "'" + text + "' is not a list of numbers with commas between");
-        }
+        require(number.has_value(),
+                option + ": '" + text + "' is not a list of numbers with commas between");
         numbers.push_back(*number);
     }
     return numbers;

@@ -61,16 +61,10 @@ LineScan scanWords(const std::string& line) {
 }
 
 std::vector<std::string> splitWords(const std::string& line) {
-    if (line.find('\0') != std::string::npos) {
-        throw Failure(ExitCode::Usage, "a NUL character");
-    }
+    require(line.find('\0') == std::string::npos, "a NUL character");
     const LineScan scan = scanWords(line);
-    if (scan.endsInBackslash) {
-        throw Failure(ExitCode::Usage, "nothing follows the backslash at the end");
-    }
-    if (scan.quote != '\0') {
-        throw Failure(ExitCode::Usage, std::string("the quote ") + scan.quote + " is not closed");
-    }
+    require(!scan.endsInBackslash, "nothing follows the backslash at the end");
+    require(scan.quote == '\0', std::string("the quote ") + scan.quote + " is not closed");
     return scan.words;
 }
 

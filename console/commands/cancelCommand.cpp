@@ -46,9 +46,8 @@ void report(const Context& context, const Cancellation& cancellation) {
         print(context, cancellation.ended);
     }
     const Confirmation& result = cancellation.confirmation;
-    if (result.state == Confirmation::State::Refused && !cancellation.ended.empty()) {
-        throw Failure(ExitCode::Refused, result.reason);
-    }
+    require(result.state != Confirmation::State::Refused || cancellation.ended.empty(),
+            result.reason, ExitCode::Refused);
     requireConfirmed(result, unknownWhether("anything is cancelled"));
 }
 
@@ -63,18 +62,14 @@ void cancelType(const Context& context, Message::Type type) {
     const bool isAny = std::any_of(active.begin(), active.end(), [type](const auto& record) {
         return record.getAudioMessageType() == type || record.getVisualMessageType() == type;
     });
-    if (!isAny) {
-        throw Failure(ExitCode::NotFound,
-                      "no announcement of type " + paclient::nameOf(type) + " is active");
-    }
+    require(isAny, "no announcement of type " + paclient::nameOf(type) + " is active",
+            ExitCode::NotFound);
     report(context, cancelAnnouncements(type, withdrawalWait(context)));
 }
 
 Message::Type typeNamed(const std::string& name) {
     const auto type = paclient::messageTypeNamed(name);
-    if (!type) {
-        throw wrongValue("--type", "'" + name + "' is none of " + paclient::messageTypeNames());
-    }
+    require(type.has_value(), "--type: '" + name + "' is none of " + paclient::messageTypeNames());
     return *type;
 }
 
@@ -91,9 +86,7 @@ struct Cancel {
     }
 
     void run(const Context& context) const {
-        if (!id && !type) {
-            throw Failure(ExitCode::Usage, "cancel what? ID or --type TYPE is missing");
-        }
+        require(id || type, "cancel what? ID or --type TYPE is missing");
         id ? cancelRequest(context, *id) : cancelType(context, *type);
     }
 };

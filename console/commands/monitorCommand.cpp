@@ -57,11 +57,7 @@ public:
     ~Printer() { finishing_ = true; }
 
     /// @throws Failure when a change could not be printed
-    void check() const {
-        if (failed_) {
-            throw Failure(ExitCode::Usage, "the output cannot be written");
-        }
-    }
+    void check() const { require(!failed_, "the output cannot be written"); }
 
 private:
     void run() {
@@ -136,9 +132,8 @@ void waitForRequests(const Context& context, const Printer& printer, Subscriptio
             return;
         }
         const auto slice = course.next();
-        if (!slice) {
-            throw Failure(ExitCode::TimedOut, "the script's announcements are not over in time");
-        }
+        require(slice.has_value(), "the script's announcements are not over in time",
+                ExitCode::TimedOut);
         ends.next(*slice);
     }
 }
@@ -198,9 +193,8 @@ struct Monitor {
 
     void run(const Context& context) const {
         const bool hasScript = !context.settings.script.empty();
-        if (hasScript && (seconds || isSnapshot)) {
-            throw Failure(ExitCode::Usage, "--seconds and --snapshot do not go with --script");
-        }
+        require(!hasScript || (!seconds && !isSnapshot),
+                "--seconds and --snapshot cannot be combined with --script");
         context.connected();
         const ChangeFilter filter = wantedChanges();
         if (isSnapshot) {

@@ -132,12 +132,10 @@ void printId(const Context& context, const std::string& id) {
 void requireGood(const Announcement& announcement) {
     const Announcement::State state = announcement.state();
     const std::string reason = announcement.reason();
-    if (state > Announcement::State::Finished) {
-        throw Failure(
-            state == Announcement::State::Unknown ? ExitCode::ConnectionLost : ExitCode::Refused,
+    require(state <= Announcement::State::Finished,
             "request " + announcement.requestId() + ' ' + nameOf(state) +
-                (reason.empty() ? "" : ": " + reason));
-    }
+                (reason.empty() ? "" : ": " + reason),
+            state == Announcement::State::Unknown ? ExitCode::ConnectionLost : ExitCode::Refused);
 }
 
 Failure timedOut(const Announcement& announcement, const char* awaited) {
@@ -215,9 +213,7 @@ void dryRun(const Context& context, const std::vector<std::string>& zones, const
     } else {
         context.out.write(array.empty() ? "no problems found\n" : table.text());
     }
-    if (isRefused) {
-        throw Failure(ExitCode::Refused, "the server would refuse the request");
-    }
+    require(!isRefused, "the server would refuse the request", ExitCode::Refused);
 }
 
 struct Play {

@@ -12,10 +12,6 @@ namespace {
 
 constexpr const char* templateKey = "{SCREEN}";  // the key under which the template's name is sent
 
-Failure wrong(const std::string& text) {
-    return Failure(ExitCode::Usage, text);
-}
-
 bool startsBlank(const std::string& text) {
     return !text.empty() && (text[0] == ' ' || text[0] == '\t');
 }
@@ -23,45 +19,34 @@ bool startsBlank(const std::string& text) {
 /// A text that is sent as it is, in a list.
 void requireListable(const std::string& kind, const std::string& text) {
     const std::string what = kind + " '" + text + "'";
-    if (text.find_first_of(",^!\"") != std::string::npos || hasControlCharacter(text)) {
-        throw wrong(what + " has a comma, one of ^ ! \" or a control character");
-    }
-    if (startsBlank(text)) {
-        throw wrong(what + " begins with a blank");
-    }
+    require(text.find_first_of(",^!\"") == std::string::npos && !hasControlCharacter(text),
+            what + " has a comma, one of ^ ! \" or a control character");
+    require(!startsBlank(text), what + " begins with a blank");
 }
 
 /// Keys are sent as they are, inside a JSON text.
 void checkKey(const std::string& key) {
     const std::string what = "the key '" + key + "'";
-    if (key.empty()) {
-        throw wrong("--var has an empty key");
-    }
-    if (key.find_first_of("\"\\") != std::string::npos || hasControlCharacter(key)) {
-        throw wrong(what + " has a quote, a backslash or a control character");
-    }
-    if (key == templateKey) {
-        throw wrong(what + " is that of the template's name");
-    }
+    require(!key.empty(), "--var has an empty key");
+    require(key.find_first_of("\"\\") == std::string::npos && !hasControlCharacter(key),
+            what + " has a quote, a backslash or a control character");
+    require(key != templateKey, what + " is that of the template's name");
     requireUtf8("the key", key);
 }
 
 /// The name is sent as it is, as the last part of a path in a list.
 void checkFileName(const std::string& path) {
     const std::string name = path.substr(path.find_last_of("/\\") + 1);
-    if (name.empty() || name == "." || name == "..") {
-        throw wrong("'" + path + "' names no file");
-    }
+    require(!name.empty() && name != "." && name != "..", "'" + path + "' names no file");
     requireListable("the file name", name);
 }
 
 void checkRequestId(const std::string& id) {
     requireUtf8("the request id", id);
     const bool fits = id.size() >= 6 && id.size() <= 63;  // any other length is replaced on sending
-    if (!fits || startsBlank(id) || hasControlCharacter(id)) {
-        throw wrong("the request id '" + id +
-                    "' must have 6 to 63 characters, no control character and no blank in front");
-    }
+    require(fits && !startsBlank(id) && !hasControlCharacter(id),
+            "the request id '" + id +
+                "' must have 6 to 63 characters, no control character and no blank in front");
 }
 
 /// The display variables by key. A key that is given several times has several values.
@@ -119,20 +104,15 @@ void addPlayOptions(CLI::App& app, PlayRequest& r) {
 void check(const PlayRequest& request) {
     const bool isAudible =
         !request.items.empty() || !request.texts.empty() || request.file || request.recording;
-    if (!isAudible && !request.display) {
-        throw wrong(
+    require(isAudible || request.display,
             "nothing to play: --items, --text, --file, --recording or --display is missing");
-    }
-    if (request.wait && !isAudible && request.validity == 0) {
-        throw wrong("--wait cannot follow a text of validity 0: the server does not report it");
-    }
+    require(!request.wait || isAudible || request.validity != 0,
+            "--wait cannot follow a text of validity 0: the server does not report it");
     for (const std::string& text : request.texts) {
         requireUtf8("the text", text);
     }
     if (request.display) {
-        if (request.display->empty()) {
-            throw wrong("--display needs the name of a template");
-        }
+        require(!request.display->empty(), "--display needs the name of a template");
         requireUtf8("the template", *request.display);
     }
     displayVariables(request);
@@ -149,24 +129,19 @@ void check(const PlayRequest& request) {
 }
 
 void requireUtf8(const std::string& what, const std::string& text) {
-    if (!isUtf8(text)) {
-        throw wrong(what + " '" + text + "' is not UTF-8");
-    }
+    require(isUtf8(text), what + " '" + text + "' is not UTF-8");
 }
 
 std::pair<std::string, std::string> splitVariable(const std::string& option,
                                                   const std::string& variable, const char* form) {
     const std::size_t equals = variable.find('=');
-    if (equals == std::string::npos) {
-        throw wrong(option + " '" + variable + "' is not " + form);
-    }
+    require(equals != std::string::npos, option + " '" + variable + "' is not " + form);
     return {variable.substr(0, equals), variable.substr(equals + 1)};
 }
 
 std::string serverPath(const std::string& path) {
-    if (path.empty() || hasControlCharacter(path) || !isUtf8(path)) {
-        throw wrong("'" + path + "' cannot be the name of a recording");
-    }
+    require(!path.empty() && !hasControlCharacter(path) && isUtf8(path),
+            "'" + path + "' cannot be the name of a recording");
     return path.find('/') == std::string::npos ? serverFolder + path : path;
 }
 

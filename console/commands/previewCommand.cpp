@@ -60,10 +60,9 @@ struct PreviewFile {
 private:
     static std::filesystem::path fileOf(const std::string& uri) {
         const auto path = pautil::pathOfFileUri(uri);
-        if (!path) {
-            throw Failure(ExitCode::Refused,
-                          "the server keeps the audio at '" + uri + "', which is no file here");
-        }
+        require(path.has_value(),
+                "the server keeps the audio at '" + uri + "', which is no file here",
+                ExitCode::Refused);
         return *path;
     }
 

@@ -46,9 +46,8 @@ void checkClient(const std::string& client) {
         return (c >= '0' && c <= '9') || (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') ||
                c == '-';
     };
-    if (client.empty() || !std::all_of(client.begin(), client.end(), isPlain)) {
-        throw Failure(ExitCode::Usage, "'" + client + "' is not a UUID");
-    }
+    require(!client.empty() && std::all_of(client.begin(), client.end(), isPlain),
+            "'" + client + "' is not a UUID");
 }
 
 template <const LockAction& action>

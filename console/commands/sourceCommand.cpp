@@ -132,13 +132,12 @@ struct SourceLevel : Named<sources> {
             if (change == nullptr && endsFirst) {
                 return;
             }
-            if (change == nullptr) {
-                throw Failure(ExitCode::TimedOut, "the meter of element " +
-                                                      std::to_string(element) + " reports nothing");
-            }
-            if (isLoss(*change)) {  // and with it the feed
-                throw Failure(ExitCode::ConnectionLost, "the connection to the server is lost");
-            }
+            require(change != nullptr,
+                    "the meter of element " + std::to_string(element) + " reports nothing",
+                    ExitCode::TimedOut);
+            // And with it the feed.
+            require(!isLoss(*change), "the connection to the server is lost",
+                    ExitCode::ConnectionLost);
             const auto* const reading = std::get_if<palink::LevelReading>(change.get());
             if (reading != nullptr && reading->element == element) {
                 show(context, view.get(), *reading);

@@ -125,10 +125,8 @@ struct TriggerCreate : Named<paclient::sources> {
         check();
         const int sourceId = find(context).id;
         const int id = gPaController.createSwPaTrigger(sourceId, priority, preChime, display);
-        if (id == 0) {
-            throw Failure(ExitCode::Refused,
-                          "source " + std::to_string(sourceId) + " can have no software trigger");
-        }
+        require(id != 0, "source " + std::to_string(sourceId) + " can have no software trigger",
+                ExitCode::Refused);
         printOutcome(
             context,
             "software trigger " + std::to_string(id) + " starts source " + std::to_string(sourceId),
@@ -139,9 +137,8 @@ struct TriggerCreate : Named<paclient::sources> {
 private:
     /// The chime is sent as it is between commas; the text is all that follows.
     void check() const {
-        if (preChime.find(',') != std::string::npos) {
-            throw Failure(ExitCode::Usage, "the pre-chime '" + preChime + "' has a comma");
-        }
+        require(preChime.find(',') == std::string::npos,
+                "the pre-chime '" + preChime + "' has a comma");
         requireUtf8("the text", preChime);
         requireUtf8("the text", display);
     }

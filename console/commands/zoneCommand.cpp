@@ -81,9 +81,7 @@ struct ZoneDetach : OfSource {
     }
 
     void run(const Context& context) const {
-        if (zones.empty() != all) {
-            throw Failure(ExitCode::Usage, "detach what? Either ZONE or --all");
-        }
+        require(zones.empty() == all, "detach what? Either ZONE or --all");
         const PaSource from = find(context);
         const Ids unwanted = all ? Ids() : attachedOnes(from);
         change(context, from, all ? " has no zones" : " has lost these zones",
@@ -102,10 +100,10 @@ private:
             ids.push_back(paclient::knowsName(name, attached)
                               ? attached[paclient::findName("zone", name, attached)]
                               : findOne(paclient::zones, name).id);
-            if (std::find(attached.begin(), attached.end(), ids.back()) == attached.end()) {
-                throw Failure(ExitCode::Refused, "zone '" + ids.back() + "' is not attached to " +
-                                                     titleOf(paclient::sources, from));
-            }
+            require(
+                std::find(attached.begin(), attached.end(), ids.back()) != attached.end(),
+                "zone '" + ids.back() + "' is not attached to " + titleOf(paclient::sources, from),
+                ExitCode::Refused);
         }
         return ids;
     }

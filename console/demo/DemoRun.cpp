@@ -142,9 +142,7 @@ std::string DemoRun::valueOf(const std::string& name) const {
         }
     }
     const auto found = values_.find(name);
-    if (found == values_.end()) {
-        throw Failure(ExitCode::NotFound, "there is no " + name + " that is free");
-    }
+    require(found != values_.end(), "there is no " + name + " that is free", ExitCode::NotFound);
     return found->second;
 }
 
@@ -162,9 +160,9 @@ std::string DemoRun::waitedFor(const std::string& line) {
     constexpr double stationSeconds = 90;  // the next minute, and the length of the longest text
     const double limit =
         context_.settings.timeout.value_or(event->seconds + stationSeconds / speed);
-    if (!showUntil(limit, event->awaited, [&] { return (this->*event->isReached)(); })) {
-        throw Failure(ExitCode::TimedOut, std::string("waited in vain for ") + event->awaited);
-    }
+    const bool isReached =
+        showUntil(limit, event->awaited, [&] { return (this->*event->isReached)(); });
+    require(isReached, std::string("waited in vain for ") + event->awaited, ExitCode::TimedOut);
     return event->reached;
 }
 

@@ -56,9 +56,7 @@ void DemoScreen::showNext(Moment deadline) {
     const std::chrono::duration<double> left = std::min(deadline, nextDrawing) - Clock::now();
     interrupt::check();
     if (const auto change = changes_.next(interruptibleWait(std::max(left.count(), 0.0)))) {
-        if (isLoss(*change)) {
-            throw Failure(ExitCode::ConnectionLost, "the connection to the server is lost");
-        }
+        require(!isLoss(*change), "the connection to the server is lost", ExitCode::ConnectionLost);
         take(*change);
         const auto* const zone = std::get_if<Updated<PaZone>>(change.get());
         if (zone != nullptr && zones_.count(zone->record.id) > 0) {

@@ -63,19 +63,16 @@ void showSummary(const Context& context, const std::vector<DemoProgress>& steps)
 void demo(const Context& context) {
     context.connected();
     const auto zoneIds = wholeZones();
-    if (zoneIds.size() < 2) {
-        throw Failure(ExitCode::NotFound, "the demo needs a station with two zones");
-    }
+    require(zoneIds.size() >= 2, "the demo needs a station with two zones", ExitCode::NotFound);
     showStation(context);
     const std::vector<DemoProgress> steps = DemoRun(context, zoneIds).run();
     showSummary(context, steps);
     const auto surprises = std::count_if(
         steps.begin(), steps.end(), [](const DemoProgress& step) { return !step.isAsExpected(); });
-    if (surprises > 0) {
-        throw Failure(ExitCode::Refused, std::to_string(surprises) + " of " +
-                                             std::to_string(steps.size()) +
-                                             " steps did not go as expected");
-    }
+    require(surprises == 0,
+            std::to_string(surprises) + " of " + std::to_string(steps.size()) +
+                " steps did not go as expected",
+            ExitCode::Refused);
     if (!context.settings.json) {
         context.out.write("\nEvery step went as expected.\n");
     }

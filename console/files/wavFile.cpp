@@ -30,29 +30,18 @@ std::string channelText(int channels) {
 }  // namespace
 
 WavFormat checkWav(const std::string& path) {
-    const auto refuse = [&path](const std::string& why) {
-        throw Failure(ExitCode::Usage, path + ": " + why);
-    };
     std::error_code unknown;
     const auto status = std::filesystem::status(path, unknown);
-    if (!std::filesystem::exists(status)) {
-        refuse("there is no such file");
-    }
+    require(std::filesystem::exists(status), path + ": there is no such file");
     // Anything else, a pipe for example, would keep its reader waiting.
-    if (!std::filesystem::is_regular_file(status)) {
-        refuse("is not a file");
-    }
+    require(std::filesystem::is_regular_file(status), path + ": is not a file");
     const SndfileHandle file(path);
-    if (file.error() != SF_ERR_NO_ERROR) {
-        refuse(std::string("cannot be read as a WAV file: ") + file.strError());
-    }
+    require(file.error() == SF_ERR_NO_ERROR,
+            path + ": cannot be read as a WAV file: " + file.strError());
     const int container = file.format() & SF_FORMAT_TYPEMASK;
-    if (container != SF_FORMAT_WAV && container != SF_FORMAT_WAVEX) {
-        refuse("is not a WAV file");
-    }
-    if (file.frames() <= 0) {
-        refuse("has no sound in it");
-    }
+    require(container == SF_FORMAT_WAV || container == SF_FORMAT_WAVEX,
+            path + ": is not a WAV file");
+    require(file.frames() > 0, path + ": has no sound in it");
     return {file.samplerate(), file.channels(), bitsOf(file.format()),
             static_cast<double>(file.frames()) / file.samplerate()};
 }

@@ -60,13 +60,6 @@ void setIfGiven(Value& member, const std::optional<Value>& given) {
     member = given.value_or(member);
 }
 
-/// @throws Failure when an option is given that does not go with the schedule
-void requireIf(bool given, bool fits, const char* text) {
-    if (given && !fits) {
-        throw Failure(ExitCode::Usage, text);
-    }
-}
-
 void setDate(const std::optional<Date>& date, int& year, int& month, int& day) {
     if (date) {
         std::tie(year, month, day) = std::tie(date->year, date->month, date->day);
@@ -131,12 +124,11 @@ void changeAudio(ScheduleDefinition& schedule, const ScheduleOptions& o) {
         setAudioType(schedule, AT_STORED_DATA);
     }
     const bool isVoiceGiven = o.language || o.voice;
-    requireIf(o.repeat.has_value(), schedule.announcementType == AT_TEV,
-              "--repeat goes with --items");
-    requireIf(isVoiceGiven, paclient::isSpoken(schedule.announcementType),
-              "--language and --voice go with --text");
-    requireIf(o.source.has_value(), paclient::isStored(schedule.announcementType),
-              "--source goes with --file");
+    require(!o.repeat || schedule.announcementType == AT_TEV, "--repeat is used with --items");
+    require(!isVoiceGiven || paclient::isSpoken(schedule.announcementType),
+            "--language and --voice are used with --text");
+    require(!o.source || paclient::isStored(schedule.announcementType),
+            "--source is used with --file");
     setIfGiven(schedule.repeatCnt, o.repeat);
     if (!o.texts.empty() || isVoiceGiven) {
         changeSpoken(schedule, o);
@@ -150,9 +142,7 @@ std::map<std::string, std::string> variablesOf(const ScheduleOptions& o) {
     std::map<std::string, std::string> variables;
     for (const std::string& variable : o.variables) {
         const auto [key, value] = splitVariable("--set", variable, "KEY=VALUE");
-        if (!variables.emplace(key, value).second) {
-            throw Failure(ExitCode::Usage, "--set gives '" + key + "' twice");
-        }
+        require(variables.emplace(key, value).second, "--set gives '" + key + "' twice");
     }
     return variables;
 }
@@ -164,8 +154,8 @@ void changeVisual(ScheduleDefinition& schedule, const ScheduleOptions& o) {
         schedule.displayTemplateValidityPeriodSeconds = usualValidity;
     }
     const bool isShown = schedule.visualAnnouncementType != AT_NONE;
-    requireIf(!o.variables.empty(), isShown, "--set goes with --template");
-    requireIf(o.validity.has_value(), isShown, "--validity goes with --template");
+    require(o.variables.empty() || isShown, "--set is used with --template");
+    require(!o.validity || isShown, "--validity is used with --template");
     setIfGiven(schedule.displayTemplateName, o.displayTemplate);
     for (const auto& [key, value] : variablesOf(o)) {
         schedule.displayTemplateKeyValueList[key] = value;

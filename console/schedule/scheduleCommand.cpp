@@ -59,10 +59,9 @@ struct ScheduleAdd {
 
     void run(const Context& context) const {
         context.connected();
-        if (id && gPaController.findSchedule(*id)) {
-            throw Failure(ExitCode::Refused,
-                          "there is a " + titleOf(*id) + " already; 'schedule modify' changes it");
-        }
+        require(!id || !gPaController.findSchedule(*id),
+                "there is a " + titleOf(id.value_or(0)) + " already; 'schedule modify' changes it",
+                ExitCode::Refused);
         ScheduleDefinition schedule = changed(blankSchedule(), options);
         if (sync) {
             schedule.Id = create(context, schedule);
@@ -84,11 +83,9 @@ struct ScheduleModify : Named<paclient::schedules> {
 
     void run(const Context& context) const {
         const ScheduleDefinition schedule = changed(find(context), options);
-        if (schedule.visualAnnouncementType != AT_NONE && !options.validity) {
-            throw Failure(ExitCode::Usage,
-                          "--validity is missing: how long a text is shown is known of new "
-                          "schedules only, so it must be given again");
-        }
+        require(schedule.visualAnnouncementType == AT_NONE || options.validity,
+                "--validity is missing: how long a text is shown is known of new "
+                "schedules only, so it must be given again");
         const std::string asBefore = put(context, schedule);
         print(context, schedule, asBefore.empty() ? " is changed" : asBefore);
     }

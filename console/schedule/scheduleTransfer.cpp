@@ -112,9 +112,8 @@ struct ScheduleImport {
     }
 
     void run(const Context& context) const {
-        if (file == "-" && context.session.readsCommands) {
-            throw Failure(ExitCode::Usage, "the standard input holds the commands: name a file");
-        }
+        require(file != "-" || !context.session.readsCommands,
+                "the standard input holds the commands: name a file");
         const std::vector<paclient::ImportEntry> entries = entriesOf(context, file);
         const std::size_t total = entries.size();
         const std::string unknown = "whether it is kept is unknown";
@@ -134,10 +133,8 @@ struct ScheduleImport {
         if (result.imported > 0) {
             warnUnlessKept(context, "what is imported");
         }
-        if (!result.failed.empty()) {
-            throw Failure(ExitCode::Refused,
-                          countText(result.failed.size(), total) + " are not in");
-        }
+        require(result.failed.empty(), countText(result.failed.size(), total) + " are not in",
+                ExitCode::Refused);
     }
 };
 

@@ -58,9 +58,7 @@ LineEditor::LineEditor(FILE* in, FILE* out, Output* diagnostics, HistoryFile& hi
       helpers_(std::move(helpers)),
       locale_(newlocale(LC_CTYPE_MASK, "C.UTF-8", nullptr)),
       history_(history_init()) {
-    if (!keys_.isOpen()) {
-        throw Failure(ExitCode::Usage, "the terminal cannot be read");
-    }
+    require(keys_.isOpen(), "the terminal cannot be read");
     const auto utf8 = utf8Here(locale_.get());
     edit_.reset(el_init("paconsole", in, out, stderr));
     if (edit_ == nullptr || history_ == nullptr) {

@@ -122,8 +122,8 @@ TEST(Progress, isThatOfAnOperation) {
     std::ostringstream text;
     console::Output diagnostics(text, nullptr, true);
     const console::Settings settings;
-    console::SharedSession connection(settings, diagnostics);
-    const console::Context context{settings, diagnostics, diagnostics, -1, connection};
+    console::Session session(settings, diagnostics);
+    const console::Context context{settings, diagnostics, diagnostics, -1, session};
     console::operate(context, "the gain is set", [](const paclient::Wait& wait) {
         wait.whileWaiting(std::chrono::milliseconds(1000));
         return paclient::Confirmation{};
