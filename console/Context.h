@@ -33,9 +33,9 @@ struct Context {
     }
 
     /// What is redrawn in place on the terminal; null without one, and beside JSON.
-    std::unique_ptr<LiveView> liveView() const {
+    std::unique_ptr<LiveView> liveView(bool coloured = false) const {
         const bool isDrawn = terminal >= 0 && !settings.json;
-        return isDrawn ? std::make_unique<LiveView>(out) : nullptr;
+        return isDrawn ? std::make_unique<LiveView>(out, coloured) : nullptr;
     }
 
     /// Writes a record, or an array of records a line each.

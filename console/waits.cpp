@@ -9,10 +9,6 @@ namespace console {
 
 namespace {
 
-std::chrono::duration<double> limitOf(double seconds) {
-    return std::chrono::duration<double>(std::min(seconds, forEver));
-}
-
 /// The status of a wait.
 class Progress {
 public:
@@ -41,13 +37,9 @@ private:
 
 }  // namespace
 
-Moment after(double seconds) {
-    return std::chrono::steady_clock::now() +
-           std::chrono::duration_cast<std::chrono::steady_clock::duration>(limitOf(seconds));
-}
-
 paclient::Wait interruptibleWait(double seconds) {
-    return {std::chrono::ceil<std::chrono::milliseconds>(limitOf(seconds)),
+    const std::chrono::duration<double> limit(std::min(seconds, forEver));
+    return {std::chrono::ceil<std::chrono::milliseconds>(limit),
             [](std::chrono::milliseconds /*waited*/) { interrupt::check(); }};
 }
 

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <chrono>
 #include <string>
 
 #include "client/Wait.h"
@@ -8,14 +7,8 @@
 
 namespace console {
 
-/// A moment on the clock that never jumps.
-using Moment = std::chrono::steady_clock::time_point;
-
 /// More seconds than any command waits, and few enough for the clock. No limit is longer.
 constexpr double forEver = 1e9;
-
-/// The moment that is so many seconds away.
-Moment after(double seconds);
 
 /// A wait that the user can interrupt.
 paclient::Wait interruptibleWait(double seconds);

@@ -9,11 +9,35 @@
 #include "console/ExitCode.h"
 #include "console/arguments/words.h"
 #include "console/interrupt.h"
+#include "console/text/changeText.h"
 #include "sdk/PAController.h"
 
 namespace console {
 
 using namespace paclient;
+
+namespace {
+
+std::vector<DemoProgress> allSteps() {
+    std::vector<DemoProgress> steps;
+    for (const DemoStep& step : demoSteps) {
+        steps.push_back({step});
+    }
+    return steps;
+}
+
+/// The values that are zones.
+std::set<std::string> zonesOf(const std::map<std::string, std::string>& values) {
+    std::set<std::string> ids;
+    for (const auto& [name, value] : values) {
+        if (name.rfind("zone", 0) == 0) {
+            ids.insert(value);
+        }
+    }
+    return ids;
+}
+
+}  // namespace
 
 const DemoRun::Event DemoRun::events[] = {
     {"wait for ends", "the end of what plays", "", 60, &DemoRun::areOver},
@@ -24,21 +48,14 @@ const DemoRun::Event DemoRun::events[] = {
 };
 
 DemoRun::DemoRun(const Context& context, const std::vector<std::string>& zoneIds)
-    : DemoScreen(context),
-      context_(context),
+    : context_(context),
       lasted_(std::exchange(context.session.lasts, true)),
       values_(demoValues(zoneIds, folder_.path())),
       firstPlayed_(context.session.playedIds.size()),
+      steps_(allSteps()),
+      screen_(context, steps_, zonesOf(values_)),
       lineContext_{context.settings, out_, out_, -1, context.session} {
     lineContext_.settings.json = false;
-    for (const auto& [name, value] : values_) {
-        if (name.rfind("zone", 0) == 0) {
-            addZone(value);
-        }
-    }
-    for (const DemoStep& step : demoSteps) {
-        steps_.push_back({step});
-    }
 }
 
 DemoRun::~DemoRun() {
@@ -69,7 +86,7 @@ DemoRun::~DemoRun() {
 const std::vector<DemoProgress>& DemoRun::run() {
     perform(steps_.back(), demoBeginning);
     for (DemoProgress& step : steps_) {
-        beginStep(step.step);
+        screen_.beginStep(step);
         for (const std::string& line : step.step.lines) {
             perform(step, line);
         }
@@ -94,20 +111,20 @@ void DemoRun::perform(DemoProgress& step, const std::string& line) try {
     for (const std::string& word : words) {
         typed += ' ' + quoted(word);
     }
-    report(step.step.name, '$' + typed);
+    screen_.report(step.step.name, '$' + typed);
     const std::string printed = runLine(words);
     if (played.size() > before) {
         step.requestId = values_["request"] = played.back();
     }
     step.seen = step.requestId.empty() ? printed : step.seen;
-    report(step.step.name, printed);
+    screen_.report(step.step.name, printed);
 } catch (const Failure& failure) {
     if (failure.code == ExitCode::Interrupted || failure.code == ExitCode::ConnectionLost) {
         throw;
     }
     step.hasFailed = true;
     step.seen = failure.what();
-    report(step.step.name, step.seen);
+    screen_.report(step.step.name, step.seen);
 }
 
 /// @return the last line that is printed, without the folder of the demo's files
@@ -166,6 +183,31 @@ std::string DemoRun::waitedFor(const std::string& line) {
     return event->reached;
 }
 
+/// Shows the page until something is reached.
+/// @param awaited empty for nothing
+/// @return false when `seconds` have passed before
+/// @throws Failure when the user interrupts, or the connection is lost
+bool DemoRun::showUntil(double seconds, const std::string& awaited,
+                        const std::function<bool()>& isReached) {
+    screen_.beginWait(awaited);
+    WaitCourse course(interruptibleWait(seconds));
+    while (!isReached()) {
+        const auto slice = course.next();
+        if (!slice) {
+            return false;
+        }
+        if (const auto change = changes_.next(*slice)) {
+            require(!isLoss(*change), "the connection to the server is lost",
+                    ExitCode::ConnectionLost);
+            take(*change);
+            screen_.reportZone(*change);
+        }
+        screen_.drawAgain();
+    }
+    screen_.draw();
+    return true;
+}
+
 bool DemoRun::areOver() const {
     return std::all_of(steps_.begin(), steps_.end(),
                        [](const DemoProgress& s) { return s.requestId.empty() || s.isOver; });
@@ -208,18 +250,8 @@ void DemoRun::take(const Change& change) {
     const bool isUnexpected = isEnd(stateOf(record)) && state != step->step.expected;
     const std::string seen = state + (isUnexpected ? ": " + record.completionMsg : "");
     if (seen != std::exchange(step->seen, seen)) {
-        report(step->step.name, seen);
+        screen_.report(step->step.name, seen);
     }
-}
-
-TextTable DemoRun::table() const {
-    TextTable result({"STEP", "KIND", "SEEN"});
-    for (const DemoProgress& step : steps_) {
-        if (step.step.page == page()) {
-            result.addRow({step.step.name, step.step.kind, withShortIds(step.seen)});
-        }
-    }
-    return result;
 }
 
 }  // namespace console

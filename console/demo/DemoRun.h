@@ -1,31 +1,22 @@
 #pragma once
 
+#include <functional>
 #include <map>
 #include <sstream>
 
+#include "client/ChangeStream.h"
 #include "console/demo/DemoScreen.h"
 #include "util/TemporaryFolder.h"
 
 namespace console {
 
-/// A step, and what has been seen of it.
-struct DemoProgress {
-    const DemoStep& step;
-    std::string seen{};
-    std::string requestId{};  // of its announcement
-    bool isOver = false;      // that announcement
-    bool hasFailed = false;
-
-    bool isAsExpected() const {
-        return !hasFailed && seen.find(step.expected) != std::string::npos;
-    }
-};
-
 /// A run of the demo. The destructor undoes what it has left.
-class DemoRun final : private DemoScreen {
+class DemoRun {
 public:
     DemoRun(const Context& context, const std::vector<std::string>& zoneIds);
-    ~DemoRun() override;
+    DemoRun(const DemoRun&) = delete;
+    DemoRun& operator=(const DemoRun&) = delete;
+    ~DemoRun();
 
     /// Runs the steps, also after one that fails.
     const std::vector<DemoProgress>& run();
@@ -49,8 +40,9 @@ private:
     bool isLive() const;
     bool isRenewed() const { return renewals_ >= 2; }
     bool hasRun() const { return hasRun_; }
-    void take(const paclient::Change& change) override;
-    TextTable table() const override;
+    bool showUntil(double seconds, const std::string& awaited,
+                   const std::function<bool()>& isReached);
+    void take(const paclient::Change& change);
 
     const Context& context_;
     const bool lasted_;  // the session before
@@ -58,6 +50,8 @@ private:
     std::map<std::string, std::string> values_;
     const std::size_t firstPlayed_;
     std::vector<DemoProgress> steps_;
+    DemoScreen screen_;
+    paclient::Subscription changes_;
     std::ostringstream printed_;  // by the lines
     Output out_{printed_};
     Context lineContext_;

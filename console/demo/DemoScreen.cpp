@@ -1,71 +1,37 @@
 #include "console/demo/DemoScreen.h"
 
-#include <algorithm>
 #include <cstdio>
 #include <regex>
 
 #include "client/resources.h"
-#include "console/ExitCode.h"
-#include "console/interrupt.h"
-#include "console/text/changeText.h"
 #include "console/text/cleanText.h"
 
 namespace console {
 
 using namespace paclient;
-using Clock = std::chrono::steady_clock;
 
 std::string withShortIds(const std::string& text) {
     static const std::regex uuid("([0-9a-f]{8})(-[0-9a-f]{4}){3}-[0-9a-f]{12}");
     return std::regex_replace(text, uuid, "$1...");
 }
 
-DemoScreen::DemoScreen(const Context& context) : context_(context) {
-    if (context.terminal >= 0 && !context.settings.json) {
-        view_.emplace(context.out, hasColours(context.terminal));
-    }
-}
+DemoScreen::DemoScreen(const Context& context, const std::vector<DemoProgress>& steps,
+                       const std::set<std::string>& zones)
+    : context_(context),
+      steps_(steps),
+      zones_(zones),
+      view_(context.liveView(hasColours(context.terminal))) {}
 
-void DemoScreen::beginStep(const DemoStep& step) {
+void DemoScreen::beginStep(const DemoProgress& step) {
     step_ = &step;
-    ++number_;
-    report(numberText(), std::string(step.name) + ": " + step.kind);
+    report(numberText(), std::string(step.step.name) + ": " + step.step.kind);
 }
 
-bool DemoScreen::showUntil(double seconds, const std::string& awaited,
-                           const std::function<bool()>& isReached) {
+void DemoScreen::beginWait(const std::string& awaited) {
     awaited_ = awaited;
     awaitedSince_ = Clock::now();
     if (!awaited.empty()) {
-        report(step_->name, "waiting for " + awaited);
-    }
-    const Moment deadline = after(seconds);
-    while (!isReached()) {
-        if (Clock::now() >= deadline) {
-            return false;
-        }
-        showNext(deadline);
-    }
-    draw();
-    return true;
-}
-
-void DemoScreen::showNext(Moment deadline) {
-    constexpr std::chrono::milliseconds drawingPeriod{100};
-    const Moment nextDrawing = drawnAt_ + drawingPeriod;
-    const std::chrono::duration<double> left = std::min(deadline, nextDrawing) - Clock::now();
-    interrupt::check();
-    if (const auto change = changes_.next(interruptibleWait(std::max(left.count(), 0.0)))) {
-        require(!isLoss(*change), "the connection to the server is lost", ExitCode::ConnectionLost);
-        take(*change);
-        const auto* const zone = std::get_if<Updated<PaZone>>(change.get());
-        if (zone != nullptr && zones_.count(zone->record.id) > 0) {
-            report(zone->record.id,
-                   zone->record.activityText + ' ' + zone->record.announcementTypeText);
-        }
-    }
-    if (Clock::now() >= nextDrawing) {
-        draw();
+        report(step_->step.name, "waiting for " + awaited);
     }
 }
 
@@ -77,10 +43,32 @@ void DemoScreen::report(const std::string& who, const std::string& what) {
     }
 }
 
+void DemoScreen::reportZone(const Change& change) {
+    const auto* const zone = std::get_if<Updated<PaZone>>(&change);
+    if (zone != nullptr && zones_.count(zone->record.id) > 0) {
+        report(zone->record.id,
+               zone->record.activityText + ' ' + zone->record.announcementTypeText);
+    }
+}
+
+void DemoScreen::drawAgain() {
+    constexpr std::chrono::milliseconds drawingPeriod{100};
+    if (Clock::now() >= drawnAt_ + drawingPeriod) {
+        draw();
+    }
+}
+
 void DemoScreen::draw() {
     drawnAt_ = Clock::now();
     if (!view_) {
         return;
+    }
+    const std::string page = step_->step.page;
+    TextTable stepTable({"STEP", "KIND", "SEEN"});
+    for (const DemoProgress& step : steps_) {
+        if (step.step.page == page) {
+            stepTable.addRow({step.step.name, step.step.kind, withShortIds(step.seen)});
+        }
     }
     TextTable zoneTable({"ZONE", "ACTIVITY", "ANNOUNCEMENT"});
     for (const PaZone& zone : zones.all()) {
@@ -92,17 +80,18 @@ void DemoScreen::draw() {
         std::chrono::duration_cast<std::chrono::seconds>(drawnAt_ - awaitedSince_).count();
     // A small terminal shows the first lines.
     std::vector<std::string> lines = {
-        elapsed() + "  " + page() + ", " + numberText() + ": " + step_->name,
+        elapsed() + "  " + page + ", " + numberText() + ": " + step_->step.name,
         awaited_.empty() ? "" : "waiting for " + awaited_ + ": " + std::to_string(waited) + " s",
         ""};
-    for (const auto& part : {table().lines(), {""}, zoneTable.lines()}) {
+    for (const auto& part : {stepTable.lines(), {""}, zoneTable.lines()}) {
         lines.insert(lines.end(), part.begin(), part.end());
     }
     view_->draw(lines, sizeOfTerminal(context_.terminal));
 }
 
 std::string DemoScreen::numberText() const {
-    return "step " + std::to_string(number_) + " of " + std::to_string(demoSteps.size());
+    return "step " + std::to_string(step_ - steps_.data() + 1) + " of " +
+           std::to_string(steps_.size());
 }
 
 std::string DemoScreen::elapsed() const {

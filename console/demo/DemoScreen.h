@@ -1,70 +1,75 @@
 #pragma once
 
-#include <functional>
-#include <optional>
+#include <chrono>
+#include <memory>
 #include <set>
 #include <string>
 #include <vector>
 
-#include "client/ChangeStream.h"
+#include "client/Change.h"
 #include "console/Context.h"
 #include "console/demo/demoSteps.h"
-#include "console/following/LiveView.h"
-#include "console/text/TextTable.h"
 
 namespace console {
 
 /// The text with the first eight characters of each UUID in it.
 std::string withShortIds(const std::string& text);
 
+/// A step, and what has been seen of it.
+struct DemoProgress {
+    const DemoStep& step;
+    std::string seen{};
+    std::string requestId{};  // of its announcement
+    bool isOver = false;      // that announcement
+    bool hasFailed = false;
+
+    bool isAsExpected() const {
+        return !hasFailed && seen.find(step.expected) != std::string::npos;
+    }
+};
+
 /// Where the demo shows what happens: on a terminal a page with its steps and the zones, redrawn in
 /// place, else plain lines.
 class DemoScreen {
 public:
-    /// @param context must outlive the screen
-    explicit DemoScreen(const Context& context);
-    DemoScreen(const DemoScreen&) = delete;
-    DemoScreen& operator=(const DemoScreen&) = delete;
-    virtual ~DemoScreen() = default;
+    /// @param context, steps must outlive the screen
+    /// @param zones   ids of those that are shown
+    DemoScreen(const Context& context, const std::vector<DemoProgress>& steps,
+               const std::set<std::string>& zones);
 
-    void addZone(const std::string& id) { zones_.insert(id); }
+    void beginStep(const DemoProgress& step);
 
-    void beginStep(const DemoStep& step);
-
-    std::string page() const { return step_->page; }
-
-    /// Shows the page until something is reached.
+    /// Shows what the step waits for from now on.
     /// @param awaited as in "the run at the next minute"; empty for nothing
-    /// @return false when `seconds` have passed before
-    /// @throws Failure when the user interrupts, or the connection is lost
-    bool showUntil(double seconds, const std::string& awaited,
-                   const std::function<bool()>& isReached);
+    void beginWait(const std::string& awaited);
 
     /// Writes one plain line where no page is drawn.
     void report(const std::string& who, const std::string& what);
 
-private:
-    /// Called with each change.
-    virtual void take(const paclient::Change& change) = 0;
+    /// Reports a zone that is shown.
+    void reportZone(const paclient::Change& change);
 
-    /// Of the steps.
-    virtual TextTable table() const = 0;
-
-    void showNext(Moment deadline);
+    /// Draws the page.
     void draw();
+
+    /// Draws it when the last drawing is a while ago.
+    void drawAgain();
+
+private:
+    using Clock = std::chrono::steady_clock;
+
     std::string elapsed() const;
     std::string numberText() const;
 
     const Context& context_;
-    std::set<std::string> zones_;  // that are shown
-    const Moment start_ = std::chrono::steady_clock::now();
-    const DemoStep* step_ = demoSteps.data();
-    std::size_t number_ = 0;  // of the step
+    const std::vector<DemoProgress>& steps_;
+    const std::set<std::string> zones_;
+    const Clock::time_point start_ = Clock::now();
+    const DemoProgress* step_ = steps_.data();
     std::string awaited_;
-    Moment awaitedSince_ = start_;
-    Moment drawnAt_ = start_;
-    paclient::Subscription changes_;
-    std::optional<LiveView> view_;  // on a terminal
+    Clock::time_point awaitedSince_ = start_;
+    Clock::time_point drawnAt_ = start_;
+    const std::unique_ptr<LiveView> view_;  // on a terminal
 };
 
 }  // namespace console
