@@ -98,19 +98,22 @@ CLI::Validator oneOf(const std::vector<std::string>& values) {
     return {check, CLI::detail::generate_set(values)};
 }
 
-AudioOptions addAudioOptions(CLI::App& app, std::vector<unsigned>& items,
-                             std::vector<std::string>& texts, std::optional<std::string>& file,
-                             const std::string& fileHelp, const std::string& fileType) {
-    const auto takeItems = [&items](const std::string& text) {
-        items = parseNumberList("--items", text);
+AudioOptions addAudioOptions(CLI::App& app, AudioRequest& audio, const std::string& fileHelp,
+                             const std::string& fileType) {
+    const auto takeItems = [&audio](const std::string& text) {
+        audio.items = parseNumberList("--items", text);
     };
-    const AudioOptions audio{
+    const AudioOptions options{
         addParsed(app, "--items", takeItems, "Dictionary items to play", "N,N..."),
-        addTexts(app, "--text", texts, "A text to speak; repeatable", "TEXT"),
-        addText(app, "--file", file, fileHelp, fileType)};
-    audio.items->excludes(audio.texts)->excludes(audio.file);
-    audio.texts->excludes(audio.file);
-    return audio;
+        addTexts(app, "--text", audio.texts, "A text to speak; repeatable", "TEXT"),
+        addText(app, "--file", audio.file, fileHelp, fileType)};
+    options.items->excludes(options.texts)->excludes(options.file);
+    options.texts->excludes(options.file);
+    addWhole(app, "--repeat", audio.repeat, {1, greatestWhole},
+             "How often the items are played (default 1)");
+    addText(app, "--language", audio.language, "Language of the texts");
+    addText(app, "--voice", audio.voice, "Voice of the texts");
+    return options;
 }
 
 }  // namespace console

@@ -82,17 +82,26 @@ CLI::Option* addSwitch(CLI::App& app, bool& value);
 /// The only values of an option. Help and completion list them.
 CLI::Validator oneOf(const std::vector<std::string>& values);
 
-/// The audio part of an announcement, of which a command line gives one kind.
+/// The audio part that a command line asks for: items, texts or a file.
+struct AudioRequest {
+    std::vector<unsigned> items;
+    std::optional<int> repeat;  // of the items
+    std::vector<std::string> texts;
+    std::optional<std::string> language;  // of the texts
+    std::optional<std::string> voice;
+    std::optional<std::string> file;
+};
+
+/// The options that give one of these parts.
 struct AudioOptions {
     CLI::Option* items;
     CLI::Option* texts;
     CLI::Option* file;
 };
 
-/// Adds `--items`, `--text` and `--file`.
+/// Adds the options of an audio part.
 /// @param fileHelp, fileType of the file: where it is differs
-AudioOptions addAudioOptions(CLI::App& app, std::vector<unsigned>& items,
-                             std::vector<std::string>& texts, std::optional<std::string>& file,
-                             const std::string& fileHelp, const std::string& fileType);
+AudioOptions addAudioOptions(CLI::App& app, AudioRequest& audio, const std::string& fileHelp,
+                             const std::string& fileType);
 
 }  // namespace console

@@ -116,10 +116,11 @@ private:
 /// How long a request plays, in seconds: that of its file and its text to show. Nothing when it has
 /// a content whose length only the server knows.
 std::optional<double> expectedSeconds(const Context& context, const PlayRequest& request) {
-    if (!request.items.empty() || !request.texts.empty() || request.recording) {
+    const AudioRequest& wanted = request.audio;
+    if (!wanted.items.empty() || !wanted.texts.empty() || request.recording) {
         return std::nullopt;
     }
-    const double audio = request.file ? checkWav(*request.file).seconds : 0;
+    const double audio = wanted.file ? checkWav(*wanted.file).seconds : 0;
     const double visual = request.display ? request.validity : 0;
     return std::max(audio, visual) / context.settings.speed;
 }

@@ -69,24 +69,22 @@ void addPlayOptions(CLI::App& app, PlayRequest& r) {
         ->required();
 
     const AudioOptions audio =
-        addAudioOptions(app, r.items, r.texts, r.file, "A WAV file to upload and play", "WAV");
+        addAudioOptions(app, r.audio, "A WAV file to upload and play", "WAV");
+    app.get_option("--repeat")->needs(audio.items);
+    app.get_option("--language")->needs(audio.texts);
+    app.get_option("--voice")->needs(audio.texts);
     addText(app, "--recording", r.recording,
             "A recording of the server; a bare name is in its folder", "PATH")
         ->excludes(audio.items)
         ->excludes(audio.texts)
         ->excludes(audio.file);
-    addText(app, "--language", r.language, "Language of the texts")->needs(audio.texts);
-    addText(app, "--voice", r.voice, "Voice of the texts")->needs(audio.texts);
-    addWhole(app, "--repeat", r.repeat, {1, greatestWhole},
-             "How often the items are played (default 1)")
-        ->needs(audio.items);
 
     CLI::Option* const display =
         addText(app, "--display", r.display, "Template of a text to show", "TEMPLATE");
     addTexts(app, "--var", r.variables, "A variable of the template; repeatable", "KEY=TEXT")
         ->needs(display);
     addWhole(app, "--validity", r.validity, {0, greatestWhole},
-             "Seconds for which the text is shown (default 30)")
+             "Seconds for which the text is displayed (default 30)")
         ->needs(display);
 
     CLI::Option* const priority =
@@ -102,13 +100,13 @@ void addPlayOptions(CLI::App& app, PlayRequest& r) {
 }
 
 void check(const PlayRequest& request) {
-    const bool isAudible =
-        !request.items.empty() || !request.texts.empty() || request.file || request.recording;
+    const bool isAudible = !request.audio.items.empty() || !request.audio.texts.empty() ||
+                           request.audio.file || request.recording;
     require(isAudible || request.display,
             "nothing to play: --items, --text, --file, --recording or --display is missing");
     require(!request.wait || isAudible || request.validity != 0,
             "--wait cannot follow a text of validity 0: the server does not report it");
-    for (const std::string& text : request.texts) {
+    for (const std::string& text : request.audio.texts) {
         requireUtf8("the text", text);
     }
     if (request.display) {
@@ -119,9 +117,9 @@ void check(const PlayRequest& request) {
     if (request.requestId) {
         checkRequestId(*request.requestId);
     }
-    if (request.file) {
-        checkFileName(*request.file);
-        checkWav(*request.file);
+    if (request.audio.file) {
+        checkFileName(*request.audio.file);
+        checkWav(*request.audio.file);
     }
     if (request.recording) {
         requireListable("the path", serverPath(*request.recording));
@@ -155,18 +153,19 @@ Message messageFor(const PlayRequest& request) {
     if (request.gain) {
         message.setGain(*request.gain);
     }
-    if (!request.items.empty()) {
-        message.setAudioMessage(request.items);
-        message.setRepeatCnt(request.repeat);
+    if (!request.audio.items.empty()) {
+        message.setAudioMessage(request.audio.items);
+        message.setRepeatCnt(request.audio.repeat.value_or(1));
     }
-    if (!request.texts.empty()) {
-        const TTSVocalizer voice = paclient::chooseVoice(request.language, request.voice);
-        for (const std::string& text : request.texts) {
+    if (!request.audio.texts.empty()) {
+        const TTSVocalizer voice =
+            paclient::chooseVoice(request.audio.language, request.audio.voice);
+        for (const std::string& text : request.audio.texts) {
             message.setAudioMessage(text, voice.language, voice.voice, Message::UTF_8);
         }
     }
-    if (request.file) {
-        message.setAudioMessage(*request.file, Message::L16_48K);
+    if (request.audio.file) {
+        message.setAudioMessage(*request.audio.file, Message::L16_48K);
     }
     if (request.recording) {
         message.setAudioMessage(serverPath(*request.recording));

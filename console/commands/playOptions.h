@@ -14,12 +14,8 @@ namespace console {
 struct PlayRequest {
     std::vector<std::string> zones;
 
-    // The audio part: one of these four.
-    std::vector<unsigned> items;
-    std::vector<std::string> texts;
-    std::optional<std::string> language;  // of the texts
-    std::optional<std::string> voice;
-    std::optional<std::string> file;       // to upload
+    // The audio part: one of these.
+    AudioRequest audio;                    // the file is one to upload
     std::optional<std::string> recording;  // at the server
 
     // The visual part.
@@ -32,7 +28,6 @@ struct PlayRequest {
     int preChime = 0;
     int postChime = 0;
     std::optional<double> gain;  // dB
-    int repeat = 1;
     std::optional<std::string> requestId;
     bool wait = false;
     bool dryRun = false;

@@ -96,7 +96,13 @@ struct ListOfSource {
 
     void run(const Context& context) const {
         context.connected();
-        printOfSource(context, kind, source);
+        auto records = kind.all();
+        if (source) {
+            const int id = findOne(paclient::sources, *source).id;
+            const auto isOther = [id](const auto& r) { return r.associatedSourceId != id; };
+            records.erase(std::remove_if(records.begin(), records.end(), isOther), records.end());
+        }
+        print(context, kind, records);
     }
 };
 

@@ -24,35 +24,6 @@ void addMoment(CLI::App& app, const std::string& name, DateTime& value, const st
     addParsed(app, name, take, help, "DATE|TIME|DATETIME");
 }
 
-void addTimes(CLI::App& app, ScheduleOptions& o) {
-    addMoment(app, "--from", o.from,
-              "First date and the time of day, as 2026-12-01T06:00 (default: today, 00:00)");
-    addMoment(app, "--until", o.until,
-              "Last date, and the end of each day's repetitions (default: 2099-12-31T23:59)");
-    const auto takeDays = [&o](const std::string& text) {
-        o.dayMask = valueOf("--days", [&] { return parseDays(text); });
-    };
-    addParsed(app, "--days", takeDays, "As mon-fri,sun, or daily (default)", "DAYS");
-    addWhole(app, "--every", o.every, {0, minutesOfDay},
-             "Minutes between the repetitions of a day, 0 for none (default)");
-}
-
-void addContent(CLI::App& app, ScheduleOptions& o) {
-    addAudioOptions(app, o.items, o.texts, o.file, "A recording to play, by its path at the server",
-                    "PATH");
-    addWhole(app, "--repeat", o.repeat, {1, greatestWhole},
-             "How often the items are played (default 1)");
-    addText(app, "--language", o.language, "Language of the texts");
-    addText(app, "--voice", o.voice, "Voice of the texts");
-    addWhole(app, "--source", o.source, {0, greatestWhole},
-             "Number of the source that holds the file (default 0)");
-
-    addText(app, "--template", o.displayTemplate, "Template of a text to show", "TEMPLATE");
-    addTexts(app, "--set", o.variables, "A variable of the template; repeatable", "KEY=VALUE");
-    addWhole(app, "--validity", o.validity, {0, greatestWhole},
-             "Seconds for which the text is shown (default 30)");
-}
-
 // ------------------------------------------------------------------------------- what is changed
 
 template <class Value>
@@ -89,15 +60,15 @@ void setAudioType(ScheduleDefinition& schedule, AnnouncementType type) {
 
 /// The texts that are given, or those that there are, in the voice that is asked for.
 void changeSpoken(ScheduleDefinition& schedule, const ScheduleOptions& o) {
-    std::vector<std::string> texts = o.texts;
-    auto language = o.language;
-    auto voice = o.voice;
+    std::vector<std::string> texts = o.audio.texts;
+    auto language = o.audio.language;
+    auto voice = o.audio.voice;
     if (!schedule.ttsList.empty() && !language && !voice) {
         language = schedule.ttsList.front().language;
         voice = schedule.ttsList.front().voice;
     }
     for (const TTSVocalizer& spoken : schedule.ttsList) {
-        if (o.texts.empty()) {
+        if (o.audio.texts.empty()) {
             texts.push_back(spoken.text);
         }
     }
@@ -113,27 +84,28 @@ void changeSpoken(ScheduleDefinition& schedule, const ScheduleOptions& o) {
 }
 
 void changeAudio(ScheduleDefinition& schedule, const ScheduleOptions& o) {
-    if (!o.items.empty()) {
+    if (!o.audio.items.empty()) {
         setAudioType(schedule, AT_TEV);
-        schedule.dictionaryItems = o.items;
+        schedule.dictionaryItems = o.audio.items;
     }
-    if (!o.texts.empty() && !paclient::isSpoken(schedule.announcementType)) {
+    if (!o.audio.texts.empty() && !paclient::isSpoken(schedule.announcementType)) {
         setAudioType(schedule, AT_TTS);
     }
-    if (o.file && !paclient::isStored(schedule.announcementType)) {
+    if (o.audio.file && !paclient::isStored(schedule.announcementType)) {
         setAudioType(schedule, AT_STORED_DATA);
     }
-    const bool isVoiceGiven = o.language || o.voice;
-    require(!o.repeat || schedule.announcementType == AT_TEV, "--repeat is used with --items");
+    const bool isVoiceGiven = o.audio.language || o.audio.voice;
+    require(!o.audio.repeat || schedule.announcementType == AT_TEV,
+            "--repeat is used with --items");
     require(!isVoiceGiven || paclient::isSpoken(schedule.announcementType),
             "--language and --voice are used with --text");
     require(!o.source || paclient::isStored(schedule.announcementType),
             "--source is used with --file");
-    setIfGiven(schedule.repeatCnt, o.repeat);
-    if (!o.texts.empty() || isVoiceGiven) {
+    setIfGiven(schedule.repeatCnt, o.audio.repeat);
+    if (!o.audio.texts.empty() || isVoiceGiven) {
         changeSpoken(schedule, o);
     }
-    setIfGiven(schedule.storedDataFilePath, o.file);
+    setIfGiven(schedule.storedDataFilePath, o.audio.file);
     setIfGiven(schedule.storedDataSourceId, o.source);
 }
 
@@ -167,10 +139,29 @@ void changeVisual(ScheduleDefinition& schedule, const ScheduleOptions& o) {
 
 void addScheduleOptions(CLI::App& app, ScheduleOptions& o) {
     addText(app, "--description", o.description, "What it is for");
-    addTimes(app, o);
+
+    addMoment(app, "--from", o.from,
+              "First date and the time of day, as 2026-12-01T06:00 (default: today, 00:00)");
+    addMoment(app, "--until", o.until,
+              "Last date, and the end of each day's repetitions (default: 2099-12-31T23:59)");
+    const auto takeDays = [&o](const std::string& text) {
+        o.dayMask = valueOf("--days", [&] { return parseDays(text); });
+    };
+    addParsed(app, "--days", takeDays, "As mon-fri,sun, or daily (default)", "DAYS");
+    addWhole(app, "--every", o.every, {0, minutesOfDay},
+             "Minutes between the repetitions of a day, 0 for none (default)");
     addTexts(app, "--zones", o.zones, "A zone, or several with commas between; repeatable",
              "ZONES");
-    addContent(app, o);
+
+    addAudioOptions(app, o.audio, "A recording to play, by its path at the server", "PATH");
+    addWhole(app, "--source", o.source, {0, greatestWhole},
+             "Number of the source that holds the file (default 0)");
+
+    addText(app, "--template", o.displayTemplate, "Template of a text to show", "TEMPLATE");
+    addTexts(app, "--set", o.variables, "A variable of the template; repeatable", "KEY=VALUE");
+    addWhole(app, "--validity", o.validity, {0, greatestWhole},
+             "Seconds for which the text is displayed (default 30)");
+
     addWhole(app, "--priority", o.priority, anyWhole, "Priority level (default 500)");
     const auto addMode = [&](const char* name, AnnouncementPriorityMode mode, const char* help) {
         return app.add_flag_callback(

@@ -18,16 +18,10 @@ struct ScheduleOptions {
     std::optional<int> every;  // minutes
     std::vector<std::string> zones;
 
-    // What is heard: one of these three.
-    std::vector<unsigned> items;
-    std::optional<int> repeat;
-    std::vector<std::string> texts;
-    std::optional<std::string> language;  // of the texts
-    std::optional<std::string> voice;
-    std::optional<std::string> file;
-    std::optional<int> source;
+    AudioRequest audio;         // the file is one of the server
+    std::optional<int> source;  // of the file
 
-    // What is shown.
+    // The visual part.
     std::optional<std::string> displayTemplate;
     std::vector<std::string> variables;  // KEY=VALUE
     std::optional<int> validity;         // seconds
@@ -41,12 +35,12 @@ struct ScheduleOptions {
 /// Adds the options to a parser, which then fills in `options`.
 void addScheduleOptions(CLI::App& app, ScheduleOptions& options);
 
-/// A schedule of which nothing is said yet: at midnight of every day from today on.
+/// A schedule before anything is chosen: at midnight of every day from today on.
 ScheduleDefinition blankSchedule();
 
-/// The schedule with what the options say, and all else as it is. What is heard replaces what was
-/// heard before. Zones and voices are looked up.
-/// @throws Failure when something is not known, or does not go with the schedule
+/// The schedule with what the options choose, and all else as it is. A new audio part replaces the
+/// one before. Zones and voices are looked up.
+/// @throws Failure when something is not known, or does not fit the schedule
 ScheduleDefinition changed(ScheduleDefinition schedule, const ScheduleOptions& options);
 
 }  // namespace console

@@ -1,7 +1,5 @@
 #pragma once
 
-#include <algorithm>
-#include <optional>
 #include <string>
 #include <vector>
 
@@ -71,20 +69,6 @@ void printOne(const Context& context, const Record& record) {
         table.addRow({info.name, paclient::valueText(value)});
     });
     context.out.write(table.text());
-}
-
-/// Prints the resources of a kind that belong to one source.
-/// @param source its number or label; nothing for every source
-template <class Record>
-void printOfSource(const Context& context, const paclient::Resource<Record>& kind,
-                   const std::optional<std::string>& source) {
-    std::vector<Record> records = kind.all();
-    if (source) {
-        const int id = findOne(paclient::sources, *source).id;
-        const auto isOther = [id](const Record& r) { return r.associatedSourceId != id; };
-        records.erase(std::remove_if(records.begin(), records.end(), isOther), records.end());
-    }
-    print(context, kind, records);
 }
 
 /// A moment of the station as lists show it, with its time zone: "2026-12-01T06:00 Europe/Berlin".
