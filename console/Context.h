@@ -26,10 +26,12 @@ struct Context {
         return session;
     }
 
-    /// Writes a table, cut to the terminal's width unless `--wide` is given.
-    void write(const TextTable& table) const {
+    /// Writes a table, cut to the terminal's width unless `--wide` is given, or the same as JSON: a
+    /// record, or an array of records a line each.
+    void write(const TextTable& table, const paclient::Json& json) const {
         const bool isCut = terminal >= 0 && !settings.wide;
-        out.write(table.text(isCut ? sizeOfTerminal(terminal).columns : 0));
+        out.write(settings.json ? paclient::jsonLines(json)
+                                : table.text(isCut ? sizeOfTerminal(terminal).columns : 0));
     }
 
     /// What is redrawn in place on the terminal; null without one, and beside JSON.

@@ -5,6 +5,7 @@
 
 #include "client/StationClock.h"
 #include "console/ExitCode.h"
+#include "console/following/operate.h"
 #include "console/interrupt.h"
 #include "framework/log.h"
 #include "sdk/globals.h"

@@ -10,7 +10,6 @@
 #include "client/Connection.h"
 #include "console/Output.h"
 #include "console/Settings.h"
-#include "console/waits.h"
 #include "simserver/EmbeddedEndpoint.h"
 
 namespace console {

@@ -32,7 +32,7 @@ void print(const Context& context, const std::vector<AnnouncementRequest>& recor
     for (const AnnouncementRequest& record : records) {
         table.addRow({record.getRequestID(), paclient::partName(record), record.stateText});
     }
-    context.settings.json ? context.writeJson(paclient::toJson(records)) : context.write(table);
+    context.write(table, paclient::toJson(records));
 }
 
 paclient::Wait withdrawalWait(const Context& context) {

@@ -55,7 +55,7 @@ void listItems(const Context& context) {
             table.addRow({std::to_string(item.item), item.text, valueText(seconds)});
         }
     }
-    context.settings.json ? context.writeJson(array) : context.write(table);
+    context.write(table, array);
 }
 
 void listRecordings(const Context& context) {
@@ -65,7 +65,7 @@ void listRecordings(const Context& context) {
         array.push_back({{"path", path}, {"seconds", secondsOf(duration)}});
         table.addRow({path, valueText(secondsOf(duration))});
     }
-    context.settings.json ? context.writeJson(array) : context.write(table);
+    context.write(table, array);
 }
 
 // ------------------------------------------------------------------------------------------ kinds

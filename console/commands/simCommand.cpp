@@ -1,5 +1,3 @@
-#include <algorithm>
-
 #include "console/ExitCode.h"
 #include "console/commands/devices.h"
 #include "sdk/PAController.h"
@@ -42,11 +40,8 @@ constexpr LockAction unlockAction{&SimControl::unlockSource, " is released by th
 
 /// A client has a UUID, which is sent as it is.
 void checkClient(const std::string& client) {
-    const auto isPlain = [](char c) {
-        return (c >= '0' && c <= '9') || (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') ||
-               c == '-';
-    };
-    require(!client.empty() && std::all_of(client.begin(), client.end(), isPlain),
+    constexpr const char* plain = "-0123456789ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz";
+    require(!client.empty() && client.find_first_not_of(plain) == std::string::npos,
             "'" + client + "' is not a UUID");
 }
 

@@ -59,19 +59,15 @@ void detach(const Context& context, const PaSource& source) {
 void printZones(const Context& context, const PaSource& source) {
     const std::vector<std::string> attached = source.getAttachedPaZones();
     const SourceLock lock = lockOf(source.id);
-    if (context.settings.json) {
-        Json report = paclient::toJson(lock);
-        report["zones"] = attached;
-        context.writeJson(report);
-        return;
-    }
+    Json report = paclient::toJson(lock);
+    report["zones"] = attached;
     TextTable table({"ITEM", "VALUE"});
     table.addRow({"source", std::to_string(source.id) + ' ' + source.label});
     table.addRow({"locked by", holderText(lock)});
     for (const std::string& zone : attached) {
         table.addRow({"zone", zone});
     }
-    context.out.write(table.text());
+    context.write(table, report);
 }
 
 // -------------------------------------------------------------------------------------- levels

@@ -1,9 +1,13 @@
 #include "console/following/operate.h"
 
+#include <algorithm>
 #include <cmath>
+#include <memory>
+#include <utility>
 
 #include "client/recordText.h"
 #include "console/ExitCode.h"
+#include "console/interrupt.h"
 #include "console/text/cleanText.h"
 #include "sdk/globals.h"
 
@@ -11,10 +15,31 @@ namespace console {
 
 using namespace paclient;
 
-paclient::Wait waitOf(const Context& context, const std::string& what, const std::string& unknown,
-                      double seconds) {
+Wait interruptibleWait(double seconds) {
+    const std::chrono::duration<double> limit(std::min(seconds, forEver));
+    return {std::chrono::ceil<std::chrono::milliseconds>(limit),
+            [](std::chrono::milliseconds /*waited*/) { interrupt::check(); }};
+}
+
+Wait shownWait(Output& diagnostics, const std::string& what, double seconds) {
+    Wait wait = interruptibleWait(seconds);
+    const auto removal =
+        std::make_shared<pautil::AtEnd>([&diagnostics] { diagnostics.status(""); });
+    wait.whileWaiting = [&diagnostics, what, removal,
+                         shown = 0LL](std::chrono::milliseconds waited) mutable {
+        interrupt::check();
+        const long long passed = waited.count() / 1000;
+        if (passed != std::exchange(shown, passed)) {
+            diagnostics.status("waiting " + what + ": " + std::to_string(passed) + " s");
+        }
+    };
+    return wait;
+}
+
+Wait waitOf(const Context& context, const std::string& what, const std::string& unknown,
+            double seconds) {
     const double limit = context.settings.timeout.value_or(seconds);
-    paclient::Wait wait =
+    Wait wait =
         what.empty() ? interruptibleWait(limit) : shownWait(context.diagnostics, what, limit);
     wait.whileWaiting = [unknown, show = wait.whileWaiting](std::chrono::milliseconds waited) {
         try {
@@ -37,28 +62,20 @@ std::string unknownWhether(const std::string& effect) {
     return "whether " + effect + " is unknown";
 }
 
-std::string requireConfirmed(const paclient::Confirmation& confirmation,
-                             const std::string& unknown) {
-    using State = paclient::Confirmation::State;
-    switch (confirmation.state) {
-        case State::Done:
-            return {};
-        case State::AsBefore:
-            return ", as before";
-        case State::Refused:
-            throw Failure(ExitCode::Refused, "the server refuses: " + confirmation.reason);
-        case State::NotSent:
-            throw Failure(ExitCode::ConnectionLost, "not sent: " + confirmation.reason);
-        case State::ConnectionLost:
-            throw Failure(ExitCode::ConnectionLost,
-                          "the connection to the server was lost; " + unknown);
-        case State::TimedOut:
-            break;
-    }
-    throw Failure(ExitCode::TimedOut, "the server has not confirmed it in time; " + unknown);
+std::string requireConfirmed(const Confirmation& confirmation, const std::string& unknown) {
+    using State = Confirmation::State;
+    const State state = confirmation.state;
+    require(state != State::Refused, "the server refuses: " + confirmation.reason,
+            ExitCode::Refused);
+    require(state != State::NotSent, "not sent: " + confirmation.reason, ExitCode::ConnectionLost);
+    require(state != State::ConnectionLost, "the connection to the server was lost; " + unknown,
+            ExitCode::ConnectionLost);
+    require(state != State::TimedOut, "the server has not confirmed it in time; " + unknown,
+            ExitCode::TimedOut);
+    return state == State::AsBefore ? ", as before" : "";
 }
 
-void printOutcome(const Context& context, const std::string& sentence, const paclient::Json& json) {
+void printOutcome(const Context& context, const std::string& sentence, const Json& json) {
     context.settings.json ? context.writeJson(json) : context.out.write(clean(sentence) + '\n');
 }
 

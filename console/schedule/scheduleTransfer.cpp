@@ -56,13 +56,6 @@ void printResult(const Context& context, const ImportResult& result, std::size_t
                  {{"imported", result.imported}, {"failed", failed}});
 }
 
-/// Why an import has ended at an entry whose outcome is unknown.
-Failure endedAt(const ImportResult& result, std::size_t total, const Failure& why) {
-    return Failure(why.code, "entry " + std::to_string(result.unknownEntry.value_or(0)) + ": " +
-                                 why.what() + "; " + countText(result.imported, total) +
-                                 " are in, and nothing after this one has been sent");
-}
-
 std::vector<paclient::ImportEntry> entriesOf(const Context& context, const std::string& path) {
     LineFile file(path, "file of schedules");
     const std::string text = file.readAll();
@@ -127,7 +120,10 @@ struct ScheduleImport {
             requireConfirmed(result.unknown, unknown);
         } catch (const Failure& failure) {
             printResult(context, result, total);
-            throw endedAt(result, total, failure);
+            throw Failure(failure.code, "entry " + std::to_string(result.unknownEntry.value_or(0)) +
+                                            ": " + failure.what() + "; " +
+                                            countText(result.imported, total) +
+                                            " are in, and nothing after this one has been sent");
         }
         printResult(context, result, total);
         if (result.imported > 0) {

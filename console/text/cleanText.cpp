@@ -14,8 +14,9 @@ struct Range {
     char32_t last;
 };
 
-bool isIn(const Range* begin, const Range* end, char32_t code) {
-    return std::any_of(begin, end,
+template <std::size_t count>
+bool isIn(const Range (&ranges)[count], char32_t code) {
+    return std::any_of(std::begin(ranges), std::end(ranges),
                        [code](const Range& r) { return code >= r.first && code <= r.last; });
 }
 
@@ -32,10 +33,10 @@ constexpr Range wide[] = {
     {0xFF00, 0xFF60}, {0xFFE0, 0xFFE6}, {0x1F300, 0x1F64F}, {0x1F680, 0x1FAFF}, {0x20000, 0x3FFFD}};
 
 std::size_t widthOf(char32_t code) {
-    if (isIn(std::begin(combining), std::end(combining), code)) {
+    if (isIn(combining, code)) {
         return 0;
     }
-    return isIn(std::begin(wide), std::end(wide), code) ? 2 : 1;
+    return isIn(wide, code) ? 2 : 1;
 }
 
 /// At least `digits` hexadecimal digits.
@@ -52,7 +53,7 @@ std::string hex(char32_t code, std::size_t digits) {
 std::string clean(std::string_view text) {
     std::string result;
     pautil::forEachCharacter(text, [&result](const Character& c, std::string_view bytes) {
-        const bool isHarmful = !c.valid || isIn(std::begin(harmful), std::end(harmful), c.code);
+        const bool isHarmful = !c.valid || isIn(harmful, c.code);
         if (!isHarmful) {
             result += bytes;
         } else if (!c.valid || c.code <= 0x7F) {

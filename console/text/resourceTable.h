@@ -3,12 +3,19 @@
 #include <string>
 #include <vector>
 
+#include "client/StationClock.h"
 #include "client/json.h"
 #include "client/resources.h"
 #include "console/Context.h"
 #include "console/text/TextTable.h"
 
 namespace console {
+
+using paclient::AnyTrigger;
+using paclient::memberText;
+using paclient::Resource;
+using paclient::ScheduleEntry;
+using paclient::SourceLock;
 
 /// One column of a list.
 template <class Record>
@@ -20,27 +27,108 @@ struct ListColumn {
 template <class Record>
 using ListColumns = std::vector<ListColumn<Record>>;
 
-/// What a list of the kind shows.
-ListColumns<PaSource> columnsOf(const paclient::Resource<PaSource>& kind);
-ListColumns<PaSink> columnsOf(const paclient::Resource<PaSink>& kind);
-ListColumns<PaZone> columnsOf(const paclient::Resource<PaZone>& kind);
-ListColumns<TTSVocalizer> columnsOf(const paclient::Resource<TTSVocalizer>& kind);
-ListColumns<AnnouncementRequest> columnsOf(const paclient::Resource<AnnouncementRequest>& kind);
-ListColumns<paclient::AnyTrigger> columnsOf(const paclient::Resource<paclient::AnyTrigger>& kind);
-ListColumns<PaSelector> columnsOf(const paclient::Resource<PaSelector>& kind);
-ListColumns<paclient::ScheduleEntry> columnsOf(
-    const paclient::Resource<paclient::ScheduleEntry>& kind);
-ListColumns<TTSDictionary> columnsOf(const paclient::Resource<TTSDictionary>& kind);
-ListColumns<paclient::SourceLock> columnsOf(const paclient::Resource<paclient::SourceLock>& kind);
+/// A moment of the station as lists show it, with its time zone: "2026-12-01T06:00 Europe/Berlin".
+/// @param moment as `paclient::ScheduleEntry::nextRun`
+inline std::string withTimeZone(const std::string& moment) {
+    return moment.empty() ? moment : moment + ' ' + paclient::stationClock().timeZone();
+}
+
+// What a list of each kind shows.
+
+inline ListColumns<PaSource> columnsOf(const Resource<PaSource>& /*kind*/) {
+    return {{"ID", memberText<&PaSource::id>},
+            {"LABEL", memberText<&PaSource::label>},
+            {"LOCATION", memberText<&PaSource::location>},
+            {"TYPE", memberText<&PaSource::type>},
+            {"STATE", memberText<&PaSource::state>},
+            {"HEALTH", memberText<&PaSource::healthState>}};
+}
+
+inline ListColumns<PaSink> columnsOf(const Resource<PaSink>& /*kind*/) {
+    return {{"ID", memberText<&PaSink::id>},
+            {"LABEL", memberText<&PaSink::label>},
+            {"LOCATION", memberText<&PaSink::location>},
+            {"TYPE", memberText<&PaSink::type>},
+            {"STATE", memberText<&PaSink::state>},
+            {"GAIN", memberText<&PaSink::outputGain>},
+            {"HEALTH", memberText<&PaSink::healthState>},
+            {"ZONES", memberText<&PaSink::paZoneList>}};
+}
+
+inline ListColumns<PaZone> columnsOf(const Resource<PaZone>& /*kind*/) {
+    return {{"ZONE", memberText<&PaZone::id>},
+            {"ACTIVITY", memberText<&PaZone::activityText>},
+            {"ANNOUNCEMENT", memberText<&PaZone::announcementTypeText>},
+            {"HEALTH", memberText<&PaZone::healthText>}};
+}
+
+inline ListColumns<TTSVocalizer> columnsOf(const Resource<TTSVocalizer>& /*kind*/) {
+    return {{"PORT", memberText<&TTSVocalizer::portNo>},
+            {"LANGUAGE", memberText<&TTSVocalizer::language>},
+            {"VOICE", memberText<&TTSVocalizer::voice>},
+            {"RATE", memberText<&TTSVocalizer::rate>}};
+}
+
+inline ListColumns<AnnouncementRequest> columnsOf(const Resource<AnnouncementRequest>& /*kind*/) {
+    return {{"ID", memberText<&AnnouncementRequest::id>},
+            {"REQUEST", memberText<&AnnouncementRequest::getRequestID>},
+            {"AUDIO", memberText<&AnnouncementRequest::getAudioMessageType>},
+            {"VISUAL", memberText<&AnnouncementRequest::getVisualMessageType>},
+            {"STATE", memberText<&AnnouncementRequest::stateText>},
+            {"PRIORITY", memberText<&AnnouncementRequest::priorityText>},
+            {"START", memberText<&AnnouncementRequest::startDateTime>},
+            {"ZONES", memberText<&AnnouncementRequest::zones>}};
+}
+
+inline ListColumns<AnyTrigger> columnsOf(const Resource<AnyTrigger>& /*kind*/) {
+    return {{"KIND", memberText<&AnyTrigger::kind>},
+            {"ID", memberText<&AnyTrigger::id>},
+            {"LABEL", memberText<&AnyTrigger::label>},
+            {"TYPE", memberText<&AnyTrigger::type>},
+            {"SOURCE", memberText<&AnyTrigger::associatedSourceId>},
+            {"SELECTOR", memberText<&AnyTrigger::associatedSelectorId>},
+            {"PRIORITY", memberText<&AnyTrigger::priority>},
+            {"STATE", memberText<&AnyTrigger::state>}};
+}
+
+inline ListColumns<PaSelector> columnsOf(const Resource<PaSelector>& /*kind*/) {
+    return {{"ID", memberText<&PaSelector::id>},
+            {"LABEL", memberText<&PaSelector::label>},
+            {"TYPE", memberText<&PaSelector::type>},
+            {"NUMBER", memberText<&PaSelector::number>},
+            {"SOURCE", memberText<&PaSelector::associatedSourceId>},
+            {"STATE", memberText<&PaSelector::state>}};
+}
+
+inline ListColumns<ScheduleEntry> columnsOf(const Resource<ScheduleEntry>& /*kind*/) {
+    return {{"ID", memberText<&ScheduleEntry::Id>},
+            {"DESCRIPTION", memberText<&ScheduleEntry::descrption>},
+            {"PERIOD", memberText<&ScheduleEntry::periodText>},
+            {"DAYS", memberText<&ScheduleEntry::daysText>},
+            {"TIMES", memberText<&ScheduleEntry::timesText>},
+            {"CONTENT", memberText<&ScheduleEntry::contentText>},
+            {"ZONES", memberText<&ScheduleEntry::paZones>},
+            {"NEXT RUN", [](const ScheduleEntry& entry) { return withTimeZone(entry.nextRun); }}};
+}
+
+inline ListColumns<TTSDictionary> columnsOf(const Resource<TTSDictionary>& /*kind*/) {
+    return {{"KEY", memberText<&TTSDictionary::key>},
+            {"PORT", memberText<&TTSDictionary::portNo>},
+            {"TEXT", memberText<&TTSDictionary::text>},
+            {"SIZE", memberText<&TTSDictionary::size>},
+            {"URI", memberText<&TTSDictionary::uri>}};
+}
+
+inline ListColumns<SourceLock> columnsOf(const Resource<SourceLock>& /*kind*/) {
+    return {{"SOURCE", memberText<&SourceLock::sourceId>},
+            {"HOLDER", memberText<&SourceLock::holder>},
+            {"UUID", memberText<&SourceLock::lockedUUID>}};
+}
 
 /// Prints resources of a kind: the columns of its list, or JSON with every member.
 template <class Record>
-void print(const Context& context, const paclient::Resource<Record>& kind,
+void print(const Context& context, const Resource<Record>& kind,
            const std::vector<Record>& records) {
-    if (context.settings.json) {
-        context.writeJson(paclient::toJson(records));
-        return;
-    }
     const ListColumns<Record> columns = columnsOf(kind);
     std::vector<std::string> headings;
     for (const ListColumn<Record>& column : columns) {
@@ -54,25 +142,18 @@ void print(const Context& context, const paclient::Resource<Record>& kind,
         }
         table.addRow(cells);
     }
-    context.write(table);
+    context.write(table, paclient::toJson(records));
 }
 
 /// Prints one resource with all its members.
 template <class Record>
 void printOne(const Context& context, const Record& record) {
-    if (context.settings.json) {
-        context.writeJson(paclient::toJson(record));
-        return;
-    }
     TextTable table({"MEMBER", "VALUE"});
     paclient::forEachMember(record, [&](const paclient::MemberInfo& info, const auto& value) {
         table.addRow({info.name, paclient::valueText(value)});
     });
-    context.out.write(table.text());
+    context.settings.json ? context.writeJson(paclient::toJson(record))
+                          : context.out.write(table.text());
 }
-
-/// A moment of the station as lists show it, with its time zone: "2026-12-01T06:00 Europe/Berlin".
-/// @param moment as `paclient::ScheduleEntry::nextRun`
-std::string withTimeZone(const std::string& moment);
 
 }  // namespace console
