@@ -130,15 +130,6 @@ ScheduleDefinition spelledOut(ScheduleDefinition schedule,
     return schedule;
 }
 
-Json parse(const std::string& text) {
-    try {
-        return Json::parse(text);
-    } catch (const Json::exception& error) {
-        const std::string fault = error.what();  // after the library's own name for it
-        fail("is not JSON: " + fault.substr(fault.find("] ") + 2));
-    }
-}
-
 }  // namespace
 
 ScheduleDefinition scheduleFrom(const Json& json) {
@@ -152,11 +143,21 @@ Json schedulesAsJson() {
     return toJson(std::vector<ScheduleDefinition>(all.begin(), all.end()), JsonTexts::None);
 }
 
-std::vector<ImportEntry> readSchedules(const std::string& text) {
-    const Json list = parse(text);
+Json parseScheduleList(const std::string& text) {
+    Json list;
+    try {
+        list = Json::parse(text);
+    } catch (const Json::exception& error) {
+        const std::string fault = error.what();  // after the library's own name for it
+        fail("is not JSON: " + fault.substr(fault.find("] ") + 2));
+    }
     if (!list.is_array()) {
         fail("is not a list of schedules");
     }
+    return list;
+}
+
+std::vector<ImportEntry> readSchedules(const Json& list) {
     const std::vector<std::string> zoneIds = memberTexts<&PaZone::id>(allZones());
     std::vector<ImportEntry> result;
     for (const Json& entry : list) {

@@ -17,9 +17,12 @@ ScheduleDefinition scheduleFrom(const Json& json);
 /// Every schedule of the server, in order of their numbers, as `readSchedules` reads them.
 Json schedulesAsJson();
 
-/// The schedules of a JSON list; of one that cannot be read, why. Their zones and voices are those
-/// of the server, as it spells them.
-/// @throws std::invalid_argument when the text is no JSON, or no list: "is not JSON: ..."
-std::vector<ImportEntry> readSchedules(const std::string& text);
+/// A text as a JSON list, for `readSchedules`. Needs no server.
+/// @throws std::invalid_argument when it is no JSON, or no list: "is not JSON: ..."
+Json parseScheduleList(const std::string& text);
+
+/// The schedules of a list; of one that cannot be read, why. Their zones and voices are those of
+/// the server, as it spells them.
+std::vector<ImportEntry> readSchedules(const Json& list);
 
 }  // namespace paclient

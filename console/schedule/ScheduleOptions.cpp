@@ -1,6 +1,5 @@
 #include "console/schedule/ScheduleOptions.h"
 
-#include <map>
 #include <tuple>
 
 #include "client/StationClock.h"
@@ -58,65 +57,33 @@ void setAudioType(ScheduleDefinition& schedule, AnnouncementType type) {
     schedule = asReported(schedule);
 }
 
-/// The texts that are given, or those that there are, in the voice that is asked for.
-void changeSpoken(ScheduleDefinition& schedule, const ScheduleOptions& o) {
-    std::vector<std::string> texts = o.audio.texts;
-    auto language = o.audio.language;
-    auto voice = o.audio.voice;
-    if (!schedule.ttsList.empty() && !language && !voice) {
-        language = schedule.ttsList.front().language;
-        voice = schedule.ttsList.front().voice;
-    }
-    for (const TTSVocalizer& spoken : schedule.ttsList) {
-        if (o.audio.texts.empty()) {
-            texts.push_back(spoken.text);
-        }
-    }
-    TTSVocalizer spoken;
-    const TTSVocalizer known = chooseVoice(language, voice);
-    spoken.language = known.language;
-    spoken.voice = known.voice;
-    schedule.ttsList.clear();
-    for (const std::string& text : texts) {
-        spoken.text = text;
-        schedule.ttsList.push_back(spoken);
-    }
-}
-
 void changeAudio(ScheduleDefinition& schedule, const ScheduleOptions& o) {
     if (!o.audio.items.empty()) {
         setAudioType(schedule, AT_TEV);
         schedule.dictionaryItems = o.audio.items;
     }
-    if (!o.audio.texts.empty() && !paclient::isSpoken(schedule.announcementType)) {
+    if (!o.audio.texts.empty() && !isSpoken(schedule.announcementType)) {
         setAudioType(schedule, AT_TTS);
     }
-    if (o.audio.file && !paclient::isStored(schedule.announcementType)) {
+    if (o.audio.file && !isStored(schedule.announcementType)) {
         setAudioType(schedule, AT_STORED_DATA);
     }
     const bool isVoiceGiven = o.audio.language || o.audio.voice;
     require(!o.audio.repeat || schedule.announcementType == AT_TEV,
             "--repeat is used with --items");
-    require(!isVoiceGiven || paclient::isSpoken(schedule.announcementType),
+    require(!isVoiceGiven || isSpoken(schedule.announcementType),
             "--language and --voice are used with --text");
-    require(!o.source || paclient::isStored(schedule.announcementType),
-            "--source is used with --file");
+    require(!o.source || isStored(schedule.announcementType), "--source is used with --file");
     setIfGiven(schedule.repeatCnt, o.audio.repeat);
-    if (!o.audio.texts.empty() || isVoiceGiven) {
-        changeSpoken(schedule, o);
+    if (!o.audio.texts.empty()) {
+        const TTSVocalizer before = schedule.ttsList.empty() ? TTSVocalizer() : schedule.ttsList[0];
+        schedule.ttsList.assign(o.audio.texts.size(), before);
+        for (std::size_t i = 0; i < o.audio.texts.size(); ++i) {
+            schedule.ttsList[i].text = o.audio.texts[i];
+        }
     }
     setIfGiven(schedule.storedDataFilePath, o.audio.file);
     setIfGiven(schedule.storedDataSourceId, o.source);
-}
-
-/// @throws Failure when a variable is not KEY=VALUE, or a key is given twice
-std::map<std::string, std::string> variablesOf(const ScheduleOptions& o) {
-    std::map<std::string, std::string> variables;
-    for (const std::string& variable : o.variables) {
-        const auto [key, value] = splitVariable("--set", variable, "KEY=VALUE");
-        require(variables.emplace(key, value).second, "--set gives '" + key + "' twice");
-    }
-    return variables;
 }
 
 void changeVisual(ScheduleDefinition& schedule, const ScheduleOptions& o) {
@@ -133,6 +100,43 @@ void changeVisual(ScheduleDefinition& schedule, const ScheduleOptions& o) {
         schedule.displayTemplateKeyValueList[key] = value;
     }
     setIfGiven(schedule.displayTemplateValidityPeriodSeconds, o.validity);
+}
+
+/// The schedule with what the options choose, and all else as it is, but for what `lookUp` adds. A
+/// new audio part replaces the one before.
+/// @throws Failure when something does not fit the schedule
+ScheduleDefinition chosen(ScheduleDefinition schedule, const ScheduleOptions& o) {
+    setIfGiven(schedule.descrption, o.description);
+    changeTimes(schedule, o);
+    changeAudio(schedule, o);
+    changeVisual(schedule, o);
+    setIfGiven(schedule.priorityLevel, o.priority);
+    setIfGiven(schedule.priorityMode, o.priorityMode);
+    setIfGiven(schedule.gain, o.gain);
+    setIfGiven(schedule.chime, o.chime);
+    return schedule;
+}
+
+/// Fills in the zones and the voice that the options name, as the server spells them. Texts that
+/// are new have the voice of those before, unless another one is named.
+/// @throws LookupError
+void lookUp(ScheduleDefinition& schedule, const ScheduleOptions& o) {
+    if (!o.zones.empty()) {
+        schedule.paZones = chooseZones(o.zones);
+    }
+    const bool isVoiceGiven = o.audio.language || o.audio.voice;
+    const bool isAsBefore = o.audio.texts.empty() && !isVoiceGiven;
+    if (isAsBefore || schedule.ttsList.empty()) {
+        return;
+    }
+    const TTSVocalizer before = schedule.ttsList.front();
+    const TTSVocalizer voice = isVoiceGiven || before.voice.empty()
+                                   ? chooseVoice(o.audio.language, o.audio.voice)
+                                   : chooseVoice(before.language, before.voice);
+    for (TTSVocalizer& spoken : schedule.ttsList) {
+        spoken.language = voice.language;
+        spoken.voice = voice.voice;
+    }
 }
 
 }  // namespace
@@ -173,9 +177,24 @@ void addScheduleOptions(CLI::App& app, ScheduleOptions& o) {
     addText(app, "--chime", o.chime, "A chime of the server, played first", "CHIME");
 }
 
-ScheduleDefinition blankSchedule() {
+std::map<std::string, std::string> variablesOf(const ScheduleOptions& o) {
+    std::map<std::string, std::string> variables;
+    for (const std::string& variable : o.variables) {
+        const auto [key, value] = splitVariable("--set", variable, "KEY=VALUE");
+        require(variables.emplace(key, value).second, "--set gives '" + key + "' twice");
+    }
+    return variables;
+}
+
+void checkNew(const ScheduleOptions& o) {
+    ScheduleDefinition schedule = chosen(blankSchedule({1970, 1, 1}), o);
+    schedule.paZones = {""};
+    checkSchedule(schedule);
+}
+
+ScheduleDefinition blankSchedule(const Date& first) {
     ScheduleOptions usual;
-    usual.from = {stationClock().date(), TimeOfDay{0, 0}};
+    usual.from = {first, TimeOfDay{0, 0}};
     usual.until = {Date{2099, 12, 31}, TimeOfDay{23, 59}};
     usual.dayMask = everyDay;
     ScheduleDefinition schedule;
@@ -183,19 +202,10 @@ ScheduleDefinition blankSchedule() {
     return schedule;
 }
 
-ScheduleDefinition changed(ScheduleDefinition schedule, const ScheduleOptions& o) {
-    setIfGiven(schedule.descrption, o.description);
-    changeTimes(schedule, o);
-    if (!o.zones.empty()) {
-        schedule.paZones = chooseZones(o.zones);
-    }
-    changeAudio(schedule, o);
-    changeVisual(schedule, o);
-    setIfGiven(schedule.priorityLevel, o.priority);
-    setIfGiven(schedule.priorityMode, o.priorityMode);
-    setIfGiven(schedule.gain, o.gain);
-    setIfGiven(schedule.chime, o.chime);
-    return schedule;
+ScheduleDefinition changed(const ScheduleDefinition& schedule, const ScheduleOptions& o) {
+    ScheduleDefinition result = chosen(schedule, o);
+    lookUp(result, o);
+    return result;
 }
 
 }  // namespace console

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <map>
 #include <optional>
 #include <string>
 #include <vector>
@@ -32,15 +33,24 @@ struct ScheduleOptions {
     std::optional<std::string> chime;
 };
 
-/// Adds the options to a parser, which then fills in `options`.
-void addScheduleOptions(CLI::App& app, ScheduleOptions& options);
+/// Adds the options, which then fill in `o`.
+void addScheduleOptions(CLI::App& app, ScheduleOptions& o);
 
-/// A schedule before anything is chosen: at midnight of every day from today on.
-ScheduleDefinition blankSchedule();
+/// The variables of the template.
+/// @throws Failure when one is not KEY=VALUE, or a key is given twice
+std::map<std::string, std::string> variablesOf(const ScheduleOptions& o);
+
+/// Checks the options of a new schedule as far as that is possible without the server.
+/// @throws Failure, or std::invalid_argument
+void checkNew(const ScheduleOptions& o);
+
+/// A schedule before anything is chosen: at midnight of every day from the first on.
+ScheduleDefinition blankSchedule(const paclient::Date& first);
 
 /// The schedule with what the options choose, and all else as it is. A new audio part replaces the
-/// one before. Zones and voices are looked up.
-/// @throws Failure when something is not known, or does not fit the schedule
-ScheduleDefinition changed(ScheduleDefinition schedule, const ScheduleOptions& options);
+/// one before; its texts have the voice of those before, unless another one is named.
+/// @throws Failure when something does not fit the schedule
+/// @throws paclient::LookupError for a zone or a voice that the server does not have
+ScheduleDefinition changed(const ScheduleDefinition& schedule, const ScheduleOptions& o);
 
 }  // namespace console

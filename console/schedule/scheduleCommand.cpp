@@ -1,5 +1,6 @@
 #include <algorithm>
 
+#include "client/StationClock.h"
 #include "client/scheduleText.h"
 #include "client/schedules.h"
 #include "console/ExitCode.h"
@@ -10,31 +11,27 @@
 
 namespace console {
 
+using namespace paclient;
+
 namespace {
 
-using paclient::Wait;
-
-std::string titleOf(int id) {
-    return "schedule " + std::to_string(id);
+void list(const Context& context) {
+    context.connected();
+    print(context, schedules, allSchedules());
 }
 
 /// Prints a schedule that the server keeps.
 void print(const Context& context, const ScheduleDefinition& schedule, const std::string& what) {
-    const paclient::ScheduleEntry now = paclient::described(schedule);
+    const ScheduleEntry now = described(schedule);
     const std::string next =
         now.nextRun.empty() ? "no next run" : "next run " + withTimeZone(now.nextRun);
-    printOutcome(context, titleOf(schedule.Id) + what + "; " + next, paclient::toJson(now));
+    printOutcome(context, titleOf(schedules, now) + what + "; " + next, toJson(now));
     warnUnlessKept(context, "the schedule");
 }
 
-void list(const Context& context) {
-    context.connected();
-    print(context, paclient::schedules, paclient::allSchedules());
-}
-
 std::string put(const Context& context, const ScheduleDefinition& schedule) {
-    return operate(context, titleOf(schedule.Id) + " is kept as asked",
-                   [&](const Wait& wait) { return paclient::putSchedule(schedule, wait); });
+    return operate(context, "schedule " + std::to_string(schedule.Id) + " is kept as asked",
+                   [&](const Wait& wait) { return putSchedule(schedule, wait); });
 }
 
 /// @return the number that the server has given it
@@ -58,22 +55,24 @@ struct ScheduleAdd {
     }
 
     void run(const Context& context) const {
+        checkNew(options);
         context.connected();
         require(!id || !gPaController.findSchedule(*id),
-                "there is a " + titleOf(id.value_or(0)) + " already; 'schedule modify' changes it",
+                "there is a schedule " + std::to_string(id.value_or(0)) +
+                    " already; 'schedule modify' changes it",
                 ExitCode::Refused);
-        ScheduleDefinition schedule = changed(blankSchedule(), options);
+        ScheduleDefinition schedule = changed(blankSchedule(stationClock().date()), options);
         if (sync) {
             schedule.Id = create(context, schedule);
         } else {
-            schedule.Id = id ? *id : paclient::freeScheduleId();
+            schedule.Id = id ? *id : freeScheduleId();
             put(context, schedule);
         }
         print(context, schedule, " is in");
     }
 };
 
-struct ScheduleModify : Named<paclient::schedules> {
+struct ScheduleModify : Named<schedules> {
     ScheduleOptions options;
 
     void define(CLI::App& app) {
@@ -82,6 +81,7 @@ struct ScheduleModify : Named<paclient::schedules> {
     }
 
     void run(const Context& context) const {
+        variablesOf(options);
         const ScheduleDefinition schedule = changed(find(context), options);
         require(schedule.visualAnnouncementType == AT_NONE || options.validity,
                 "--validity is missing: how long a text is shown is known of new "
@@ -100,19 +100,18 @@ struct ScheduleRemove {
 
     void run(const Context& context) const {
         context.connected();
-        const auto all = paclient::allSchedules();
-        const auto namings = paclient::namingsOf(paclient::schedules, all);
+        const auto all = allSchedules();
+        const auto namings = namingsOf(schedules, all);
         std::vector<int> ids;
         for (const std::string& name : names) {
-            const int id = all[paclient::findNamed("schedule", name, namings)].Id;
+            const int id = all[findNamed("schedule", name, namings)].Id;
             if (std::find(ids.begin(), ids.end(), id) == ids.end()) {
                 ids.push_back(id);
             }
         }
         for (const int id : ids) {
-            const std::string effect = titleOf(id) + " is removed";
-            operate(context, effect,
-                    [id](const Wait& wait) { return paclient::removeSchedule(id, wait); });
+            const std::string effect = "schedule " + std::to_string(id) + " is removed";
+            operate(context, effect, [id](const Wait& wait) { return removeSchedule(id, wait); });
             printOutcome(context, effect, {{"Id", id}});
         }
     }
@@ -124,7 +123,7 @@ Command scheduleCommand() {
     return group(
         "schedule", "Have announcements played at set dates and times",
         {command<list>("list", "List the schedules, and when they run next"),
-         command<OfNamed<paclient::schedules, printOne<paclient::ScheduleEntry>>>(
+         command<OfNamed<schedules, printOne<ScheduleEntry>>>(
              "show", "Show one schedule with all its members"),
          command<ScheduleAdd>("add", "Have the server play something at set dates and times"),
          command<ScheduleModify>("modify", "Change what is named of a schedule"),

@@ -59,12 +59,14 @@ void printResult(const Context& context, const ImportResult& result, std::size_t
 std::vector<paclient::ImportEntry> entriesOf(const Context& context, const std::string& path) {
     LineFile file(path, "file of schedules");
     const std::string text = file.readAll();
-    context.connected();
+    Json list;
     try {
-        return paclient::readSchedules(text);
+        list = paclient::parseScheduleList(text);
     } catch (const std::invalid_argument& fault) {
         throw Failure(ExitCode::Usage, file.name() + ' ' + fault.what());
     }
+    context.connected();
+    return paclient::readSchedules(list);
 }
 
 struct ScheduleExport {
@@ -75,6 +77,10 @@ struct ScheduleExport {
     }
 
     void run(const Context& context) const {
+        std::optional<pautil::AtomicFile> whole;
+        if (file != "-") {
+            whole.emplace(file);
+        }
         context.connected();
         const Json json = paclient::schedulesAsJson();
         const std::string text = paclient::jsonLines(json);
@@ -82,13 +88,12 @@ struct ScheduleExport {
             context.diagnostics.diagnostic(
                 "some texts are not UTF-8: they are written with U+FFFD for what is not");
         }
-        if (file == "-") {
+        if (!whole) {
             context.out.write(text);
             return;
         }
-        pautil::AtomicFile whole(file);
-        whole.fillWith(text);
-        whole.complete();
+        whole->fillWith(text);
+        whole->complete();
         printOutcome(context, std::to_string(json.size()) + " schedules are in " + file,
                      {{"file", file}, {"schedules", json.size()}});
     }
