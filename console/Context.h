@@ -3,6 +3,7 @@
 #include <memory>
 
 #include "client/json.h"
+#include "console/ExitCode.h"
 #include "console/Output.h"
 #include "console/Session.h"
 #include "console/Settings.h"

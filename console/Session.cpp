@@ -4,7 +4,6 @@
 #include <system_error>
 
 #include "client/StationClock.h"
-#include "console/ExitCode.h"
 #include "console/following/operate.h"
 #include "console/interrupt.h"
 #include "framework/log.h"

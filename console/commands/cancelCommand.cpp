@@ -2,40 +2,37 @@
 
 #include "client/Announcement.h"
 #include "client/resources.h"
-#include "console/ExitCode.h"
 #include "console/commands/commands.h"
 #include "console/following/operate.h"
-#include "console/text/TextTable.h"
 
 namespace console {
 
-namespace {
+using namespace paclient;
 
-using paclient::Cancellation;
-using paclient::Confirmation;
+namespace {
 
 /// The request id of what is named by its request id, or by the number of one of its records.
 std::string requestIdOf(const std::string& wanted) {
-    const auto records = paclient::allAnnouncements();
-    const auto numbers = paclient::memberTexts<&AnnouncementRequest::id>(records);
-    auto ids = paclient::memberTexts<&AnnouncementRequest::getRequestID>(records);
-    if (paclient::knowsName(wanted, numbers)) {
-        return ids[paclient::findName("announcement", wanted, numbers)];
+    const auto records = allAnnouncements();
+    const auto numbers = memberTexts<&AnnouncementRequest::id>(records);
+    auto ids = memberTexts<&AnnouncementRequest::getRequestID>(records);
+    if (knowsName(wanted, numbers)) {
+        return ids[findName("announcement", wanted, numbers)];
     }
     std::sort(ids.begin(), ids.end());
     ids.erase(std::unique(ids.begin(), ids.end()), ids.end());  // one for each part
-    return ids[paclient::findName("announcement", wanted, ids)];
+    return ids[findName("announcement", wanted, ids)];
 }
 
 void print(const Context& context, const std::vector<AnnouncementRequest>& records) {
     TextTable table({"REQUEST", "PART", "STATE"});
     for (const AnnouncementRequest& record : records) {
-        table.addRow({record.getRequestID(), paclient::partName(record), record.stateText});
+        table.addRow({record.getRequestID(), partName(record), record.stateText});
     }
-    context.write(table, paclient::toJson(records));
+    context.write(table, toJson(records));
 }
 
-paclient::Wait withdrawalWait(const Context& context) {
+Wait withdrawalWait(const Context& context) {
     return waitOf(context, "until the server has withdrawn it",
                   unknownWhether("anything is cancelled"));
 }
@@ -58,18 +55,17 @@ void cancelRequest(const Context& context, const std::string& wanted) {
 
 void cancelType(const Context& context, Message::Type type) {
     context.connected();
-    const auto active = paclient::allAnnouncements();
+    const auto active = allAnnouncements();
     const bool isAny = std::any_of(active.begin(), active.end(), [type](const auto& record) {
         return record.getAudioMessageType() == type || record.getVisualMessageType() == type;
     });
-    require(isAny, "no announcement of type " + paclient::nameOf(type) + " is active",
-            ExitCode::NotFound);
+    require(isAny, "no announcement of type " + nameOf(type) + " is active", ExitCode::NotFound);
     report(context, cancelAnnouncements(type, withdrawalWait(context)));
 }
 
 Message::Type typeNamed(const std::string& name) {
-    const auto type = paclient::messageTypeNamed(name);
-    require(type.has_value(), "--type: '" + name + "' is none of " + paclient::messageTypeNames());
+    const auto type = messageTypeNamed(name);
+    require(type.has_value(), "--type: '" + name + "' is none of " + messageTypeNames());
     return *type;
 }
 
@@ -81,8 +77,7 @@ struct Cancel {
         CLI::Option* const idOption =
             addText(app, "ID", id, "The request id, or the number of a record");
         const auto takeType = [this](const std::string& name) { type = typeNamed(name); };
-        addParsed(app, "--type", takeType, paclient::messageTypeNames(), "TYPE")
-            ->excludes(idOption);
+        addParsed(app, "--type", takeType, messageTypeNames(), "TYPE")->excludes(idOption);
     }
 
     void run(const Context& context) const {

@@ -5,7 +5,6 @@
 #include "client/choose.h"
 #include "client/resources.h"
 #include "console/Console.h"
-#include "console/ExitCode.h"
 #include "console/commands/commands.h"
 #include "console/interrupt.h"
 #include "console/text/changeText.h"
@@ -96,8 +95,8 @@ private:
 
 /// A wait that ends when the user interrupts, a change cannot be printed, or the connection has
 /// been away for longer than --timeout.
-paclient::Wait watchWait(const Context& context, const Printer& printer, double seconds) {
-    paclient::Wait wait = interruptibleWait(seconds);
+Wait watchWait(const Context& context, const Printer& printer, double seconds) {
+    Wait wait = interruptibleWait(seconds);
     const double awaySeconds = context.settings.timeout.value_or(forEver);
     Session& session = context.connected();
     wait.whileWaiting = [&printer, &session, awaySeconds](std::chrono::milliseconds /*waited*/) {
@@ -113,7 +112,7 @@ void watch(const Context& context, const ChangeFilter& filter, double seconds) {
     if (context.diagnostics.isTerminal()) {
         context.diagnostics.diagnostic("watching the server, until Ctrl-C");
     }
-    Subscription nothing(paclient::kinds<>());
+    Subscription nothing(kinds<>());
     nothing.next(watchWait(context, printer, seconds));
 }
 
@@ -124,8 +123,7 @@ void waitForRequests(const Context& context, const Printer& printer, Subscriptio
         return std::find(ids.begin(), ids.end(), record.getRequestID()) != ids.end();
     };
     // An end is notified just before the controller forgets the request: look again soon.
-    paclient::WaitCourse course(
-        watchWait(context, printer, context.settings.timeout.value_or(forEver)));
+    WaitCourse course(watchWait(context, printer, context.settings.timeout.value_or(forEver)));
     while (true) {
         const auto active = gPaController.getAnnouncementRequests();
         if (std::none_of(active.begin(), active.end(), isOurs)) {

@@ -5,23 +5,18 @@
 #include "client/Announcement.h"
 #include "client/checkMessage.h"
 #include "client/choose.h"
-#include "client/json.h"
-#include "console/ExitCode.h"
 #include "console/commands/commands.h"
 #include "console/commands/playOptions.h"
 #include "console/files/wavFile.h"
-#include "console/following/LiveView.h"
 #include "console/following/operate.h"
-#include "console/text/TextTable.h"
 #include "console/text/cleanText.h"
 #include "framework/clock.h"
 
 namespace console {
 
-namespace {
+using namespace paclient;
 
-using paclient::Announcement;
-using paclient::Json;
+namespace {
 
 constexpr double refusalSeconds = 1;  // for a request that the server answers only by a refusal
 
@@ -84,15 +79,15 @@ private:
     };
 
     void writeJson(const Entry& entry) const {
-        Json line = {{"seconds", entry.seconds}, {"part", paclient::partName(entry.record)}};
-        line.update(paclient::toJson(entry.record));
+        Json line = {{"seconds", entry.seconds}, {"part", partName(entry.record)}};
+        line.update(toJson(entry.record));
         context_.writeJson(line);
     }
 
     void writeLine(const Entry& entry) {
         const AnnouncementRequest& record = entry.record;
-        const std::string line = secondsText(entry.seconds) + "  " +
-                                 fitted(paclient::partName(record), 8) + clean(record.stateText) +
+        const std::string line = secondsText(entry.seconds) + "  " + fitted(partName(record), 8) +
+                                 clean(record.stateText) +
                                  (record.completionMsg.empty() ? "" : ": ") +
                                  clean(record.completionMsg);
         view_ ? lines_.push_back(line) : context_.out.write(line + '\n');
@@ -168,7 +163,7 @@ void playAndWait(const Context& context, const PlayRequest& request,
     printId(context, id);
     const std::string unknown = afterInterruption(context, id);
     const std::string what = states.isDrawn() ? "" : "until request " + id + " is over";
-    paclient::Wait wait = waitOf(context, what, unknown, forEver);
+    Wait wait = waitOf(context, what, unknown, forEver);
     const auto check = wait.whileWaiting;
     wait.whileWaiting = [&](std::chrono::milliseconds waited) {
         states.show();
@@ -204,7 +199,7 @@ void dryRun(const Context& context, const std::vector<std::string>& zones, const
     Json array = Json::array();
     TextTable table({"PROBLEM"});
     bool isRefused = false;
-    for (const paclient::Finding& finding : paclient::checkMessage(zones, message)) {
+    for (const Finding& finding : checkMessage(zones, message)) {
         array.push_back({{"subject", finding.subject}, {"text", finding.text}});
         table.addRow({finding.text});
         isRefused = isRefused || paclient::isRefused(finding.kind);
@@ -225,7 +220,7 @@ struct Play {
     void run(const Context& context) const {
         check(request);
         context.connected();
-        const auto zones = paclient::chooseZones(request.zones);
+        const auto zones = chooseZones(request.zones);
         const Message message = messageFor(request);
         if (request.dryRun) {
             dryRun(context, zones, message);

@@ -2,7 +2,6 @@
 
 #include "client/choose.h"
 #include "console/ExitCode.h"
-#include "console/arguments/options.h"
 #include "console/files/wavFile.h"
 #include "console/text/cleanText.h"
 

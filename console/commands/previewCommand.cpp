@@ -4,7 +4,6 @@
 
 #include "client/Preview.h"
 #include "client/choose.h"
-#include "console/ExitCode.h"
 #include "console/commands/commands.h"
 #include "console/commands/playOptions.h"
 #include "console/files/wavFile.h"
@@ -13,6 +12,8 @@
 #include "util/fileUri.h"
 
 namespace console {
+
+using namespace paclient;
 
 namespace {
 
@@ -69,11 +70,9 @@ private:
     /// Has the server speak the text.
     /// @return where the audio is
     std::string render(const Context& context) const {
-        const TTSVocalizer spoken = paclient::chooseVoice(language, voice);
-        const double seconds = std::chrono::duration<double>(paclient::previewExpiry).count();
-        const auto speak = [&](const paclient::Wait& wait) {
-            return renderPreview(text, spoken, wait);
-        };
+        const TTSVocalizer spoken = chooseVoice(language, voice);
+        const double seconds = std::chrono::duration<double>(previewExpiry).count();
+        const auto speak = [&](const Wait& wait) { return renderPreview(text, spoken, wait); };
         return resultOf(context, "there is audio", speak, seconds).uri;
     }
 

@@ -1,5 +1,4 @@
 #include "client/confirmedOperations.h"
-#include "console/ExitCode.h"
 #include "console/commands/commands.h"
 #include "console/commands/playOptions.h"
 #include "console/following/operate.h"

@@ -1,4 +1,3 @@
-#include "console/ExitCode.h"
 #include "console/commands/devices.h"
 #include "sdk/PAController.h"
 #include "simserver/SimControl.h"
@@ -59,7 +58,7 @@ struct SimLock : Named<sources> {
         const int id = find(context).id;
         simulate(context, [&](SimControl& server) { (server.*action.act)(id, client); });
         printEffect(context, "source " + std::to_string(id) + action.effect + client,
-                    paclient::toJson(lockOf(id)));
+                    toJson(lockOf(id)));
     }
 };
 
@@ -130,9 +129,9 @@ template <class Act>
 void endConnection(const Context& context, Act act) {
     Session& session = context.connected();
     const std::uint64_t number = session.connection().number();
-    paclient::Subscription changes(paclient::kinds<palink::ConnectionChange>());
+    Subscription changes(kinds<palink::ConnectionChange>());
     act(session.simControl());
-    paclient::WaitCourse course(interruptibleWait(forEver));
+    WaitCourse course(interruptibleWait(forEver));
     while (session.connection().number() == number) {
         changes.next(course.next().value());
     }

@@ -2,9 +2,9 @@
 
 namespace console {
 
-namespace {
-
 using namespace paclient;
+
+namespace {
 
 constexpr GainRules sinkGainRules = {{-96, 0},
                                      "In dB, -96 to 0",
@@ -45,7 +45,7 @@ struct SinkReset : Named<sinks> {
         printOutcome(
             context,
             title + (isBack ? " has been reset: " : " is being reset: ") + nameOf(now.healthState),
-            paclient::toJson(now));
+            toJson(now));
     }
 };
 

@@ -4,10 +4,7 @@
 #include <cstdio>
 
 #include "client/ChangeStream.h"
-#include "console/ExitCode.h"
 #include "console/commands/devices.h"
-#include "console/following/LiveView.h"
-#include "console/text/TextTable.h"
 #include "console/text/changeText.h"
 #include "framework/clock.h"
 #include "sdk/PAController.h"
@@ -15,9 +12,9 @@
 
 namespace console {
 
-namespace {
-
 using namespace paclient;
+
+namespace {
 
 constexpr GainRules sourceGainRules = {
     {-96, 42},
@@ -40,7 +37,7 @@ void changeLock(const Context& context, const PaSource& source, const std::strin
         }
         return confirmation;
     });
-    printOutcome(context, sentence(), paclient::toJson(lockOf(source.id)));
+    printOutcome(context, sentence(), toJson(lockOf(source.id)));
 }
 
 void attach(const Context& context, const PaSource& source) {
@@ -59,7 +56,7 @@ void detach(const Context& context, const PaSource& source) {
 void printZones(const Context& context, const PaSource& source) {
     const std::vector<std::string> attached = source.getAttachedPaZones();
     const SourceLock lock = lockOf(source.id);
-    Json report = paclient::toJson(lock);
+    Json report = toJson(lock);
     report["zones"] = attached;
     TextTable table({"ITEM", "VALUE"});
     table.addRow({"source", std::to_string(source.id) + ' ' + source.label});

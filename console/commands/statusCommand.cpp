@@ -1,7 +1,6 @@
 #include "client/StationClock.h"
 #include "client/resources.h"
 #include "console/commands/commands.h"
-#include "console/text/TextTable.h"
 #include "sdk/PAController.h"
 #include "sdk/globals.h"
 

@@ -1,7 +1,6 @@
 #include <algorithm>
 #include <set>
 
-#include "console/ExitCode.h"
 #include "console/commands/devices.h"
 #include "console/commands/playOptions.h"
 #include "console/text/resourceTable.h"
@@ -9,21 +8,21 @@
 
 namespace console {
 
+using namespace paclient;
+
 namespace {
 
-using paclient::Wait;
-
-constexpr paclient::Resource<PaSWTrigger> softwareTriggers{
+constexpr Resource<PaSWTrigger> softwareTriggers{
     "software trigger", "software triggers", [] { return gPaController.getSwPaTriggers(); },
     [](const PaSWTrigger& trigger) { return std::to_string(trigger.trigger.id); }, nullptr};
 
 /// The hardware trigger and the software trigger with this number.
-std::vector<paclient::AnyTrigger> triggersNumbered(const std::string& number) {
-    std::vector<paclient::AnyTrigger> triggers = paclient::allTriggers();
-    const auto numbers = paclient::memberTexts<&paclient::AnyTrigger::id>(triggers);
+std::vector<AnyTrigger> triggersNumbered(const std::string& number) {
+    std::vector<AnyTrigger> triggers = allTriggers();
+    const auto numbers = memberTexts<&AnyTrigger::id>(triggers);
     const std::set<std::string> unique(numbers.begin(), numbers.end());
     const std::vector<std::string> names(unique.begin(), unique.end());
-    const std::string found = names[paclient::findName("trigger", number, names)];
+    const std::string found = names[findName("trigger", number, names)];
     const auto isOther = [&](const auto& t) { return std::to_string(t.id) != found; };
     triggers.erase(std::remove_if(triggers.begin(), triggers.end(), isOther), triggers.end());
     return triggers;
@@ -41,9 +40,8 @@ void activate(const Context& context, const PaSWTrigger& trigger) {
     const AnnouncementRequest started = resultOf(context, effect, send).announcement.value();
     context.session.startedAnnouncements[trigger.associatedSourceId] = started.id;
     printOutcome(context,
-                 effect + ": request " + started.getRequestID() + " in " +
-                     paclient::valueText(started.zones),
-                 paclient::toJson(started));
+                 effect + ": request " + started.getRequestID() + " in " + valueText(started.zones),
+                 toJson(started));
     warnOfEnd(context, "the announcement");
 }
 
@@ -54,10 +52,10 @@ void deactivate(const Context& context, const PaSWTrigger& trigger) {
         started == startedBy.end() ? std::nullopt : std::optional(started->second);
     const std::string effect = titleOf(softwareTriggers, trigger) + " is inactive";
     operate(context, effect, [&](const Wait& wait) {
-        paclient::Confirmation result = paclient::deactivate(trigger, announcement, wait);
-        const bool isTimedOut = result.state == paclient::Confirmation::State::TimedOut;
+        Confirmation result = paclient::deactivate(trigger, announcement, wait);
+        const bool isTimedOut = result.state == Confirmation::State::TimedOut;
         // Of a trigger that was not active nothing is reported.
-        return isTimedOut && !announcement ? paclient::Confirmation{} : result;
+        return isTimedOut && !announcement ? Confirmation{} : result;
     });
     printOutcome(context, effect, {{"id", trigger.trigger.id}});
 }
@@ -72,9 +70,9 @@ struct TriggerState {
     void run(const Context& context) const {
         context.connected();
         std::string lines;
-        paclient::Json array = paclient::Json::array();
-        for (const paclient::AnyTrigger& trigger : triggersNumbered(number)) {
-            const std::string state = paclient::nameOf(trigger.state);
+        Json array = Json::array();
+        for (const AnyTrigger& trigger : triggersNumbered(number)) {
+            const std::string state = nameOf(trigger.state);
             lines += trigger.kind + " trigger " + std::to_string(trigger.id) + ": " + state + '\n';
             array.push_back({{"kind", trigger.kind},
                              {"id", trigger.id},
@@ -108,10 +106,9 @@ struct ListOfSource {
 
 void printState(const Context& context, const PaSelector& selector) {
     const PaSelector::State state = gPaController.getPaSelectorState(selector.id);
-    printOutcome(context, titleOf(paclient::selectors, selector) + ": " + paclient::nameOf(state),
-                 {{"id", selector.id},
-                  {"state", static_cast<int>(state)},
-                  {"stateText", paclient::nameOf(state)}});
+    printOutcome(
+        context, titleOf(selectors, selector) + ": " + nameOf(state),
+        {{"id", selector.id}, {"state", static_cast<int>(state)}, {"stateText", nameOf(state)}});
 }
 
 struct TriggerCreate : Named<paclient::sources> {
@@ -155,8 +152,8 @@ private:
 Command triggerCommand() {
     return group(
         "trigger", "Make software triggers and use them, see all triggers",
-        {command<ListOfSource<paclient::triggers>>(
-             "list", "List the triggers of the hardware and of this client"),
+        {command<ListOfSource<triggers>>("list",
+                                         "List the triggers of the hardware and of this client"),
          command<TriggerCreate>("create", "Make a software trigger for a source"),
          command<OfNamed<softwareTriggers, deleteTrigger>>("delete", "Delete a software trigger"),
          command<OfNamed<softwareTriggers, activate>>(
@@ -166,10 +163,10 @@ Command triggerCommand() {
 }
 
 Command selectorCommand() {
-    return group("selector", "See the selectors",
-                 {command<ListOfSource<paclient::selectors>>("list", "List the selectors"),
-                  command<OfNamed<paclient::selectors, printState>>(
-                      "state", "Show the state of a selector")});
+    return group(
+        "selector", "See the selectors",
+        {command<ListOfSource<selectors>>("list", "List the selectors"),
+         command<OfNamed<selectors, printState>>("state", "Show the state of a selector")});
 }
 
 }  // namespace console

@@ -1,15 +1,15 @@
 #include <algorithm>
 #include <set>
 
-#include "console/ExitCode.h"
 #include "console/commands/devices.h"
 #include "console/text/resourceTable.h"
 
 namespace console {
 
+using namespace paclient;
+
 namespace {
 
-using paclient::Wait;
 using Ids = std::vector<std::string>;
 
 struct ZoneMembers {
@@ -23,7 +23,7 @@ struct ZoneMembers {
         std::set<int> listed;  // a sink that names the zone and its sub-zones is listed once
         const auto isListed = [&](const PaSink& sink) { return !listed.insert(sink.id).second; };
         members.erase(std::remove_if(members.begin(), members.end(), isListed), members.end());
-        print(context, paclient::sinks, members);
+        print(context, sinks, members);
     }
 };
 
@@ -43,11 +43,10 @@ struct OfSource : Named<paclient::sources> {
         const std::string title = titleOf(paclient::sources, from);
         const std::string asBefore = operate(context, title + effect, operation);
         const Ids now = from.getAttachedPaZones();
-        printOutcome(context,
-                     title + " has " +
-                         (now.empty() ? "no zones" : "the zones " + paclient::valueText(now)) +
-                         asBefore,
-                     {{"sourceId", from.id}, {"zones", now}});
+        printOutcome(
+            context,
+            title + " has " + (now.empty() ? "no zones" : "the zones " + valueText(now)) + asBefore,
+            {{"sourceId", from.id}, {"zones", now}});
         warnUnlessKept(context, "the attachment");
     }
 };
@@ -97,9 +96,8 @@ private:
         Ids ids;
         for (const std::string& name : zones) {
             // What is attached may be a zone that the server has withdrawn.
-            ids.push_back(paclient::knowsName(name, attached)
-                              ? attached[paclient::findName("zone", name, attached)]
-                              : findOne(paclient::zones, name).id);
+            ids.push_back(knowsName(name, attached) ? attached[findName("zone", name, attached)]
+                                                    : findOne(paclient::zones, name).id);
             require(
                 std::find(attached.begin(), attached.end(), ids.back()) != attached.end(),
                 "zone '" + ids.back() + "' is not attached to " + titleOf(paclient::sources, from),

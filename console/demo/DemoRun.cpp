@@ -6,7 +6,6 @@
 #include "client/Announcement.h"
 #include "client/resources.h"
 #include "console/Console.h"
-#include "console/ExitCode.h"
 #include "console/arguments/words.h"
 #include "console/interrupt.h"
 #include "console/text/changeText.h"

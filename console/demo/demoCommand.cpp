@@ -1,7 +1,6 @@
 #include <algorithm>
 
 #include "client/resources.h"
-#include "console/ExitCode.h"
 #include "console/commands/commands.h"
 #include "console/demo/DemoRun.h"
 #include "console/text/cleanText.h"

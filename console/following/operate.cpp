@@ -6,7 +6,6 @@
 #include <utility>
 
 #include "client/recordText.h"
-#include "console/ExitCode.h"
 #include "console/interrupt.h"
 #include "console/text/cleanText.h"
 #include "sdk/globals.h"

@@ -3,7 +3,6 @@
 #include "client/StationClock.h"
 #include "client/scheduleText.h"
 #include "client/schedules.h"
-#include "console/ExitCode.h"
 #include "console/commands/devices.h"
 #include "console/schedule/ScheduleOptions.h"
 #include "console/text/resourceTable.h"

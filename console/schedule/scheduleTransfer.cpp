@@ -1,19 +1,16 @@
 #include <memory>
 
 #include "client/scheduleJson.h"
-#include "console/ExitCode.h"
 #include "console/commands/commands.h"
 #include "console/files/LineFile.h"
-#include "console/following/LiveView.h"
 #include "console/following/operate.h"
 #include "util/AtomicFile.h"
 
 namespace console {
 
-namespace {
+using namespace paclient;
 
-using paclient::ImportResult;
-using paclient::Json;
+namespace {
 
 std::string countText(std::size_t done, std::size_t total) {
     return std::to_string(done) + " of " + std::to_string(total) + " schedules";
@@ -56,17 +53,17 @@ void printResult(const Context& context, const ImportResult& result, std::size_t
                  {{"imported", result.imported}, {"failed", failed}});
 }
 
-std::vector<paclient::ImportEntry> entriesOf(const Context& context, const std::string& path) {
+std::vector<ImportEntry> entriesOf(const Context& context, const std::string& path) {
     LineFile file(path, "file of schedules");
     const std::string text = file.readAll();
     Json list;
     try {
-        list = paclient::parseScheduleList(text);
+        list = parseScheduleList(text);
     } catch (const std::invalid_argument& fault) {
         throw Failure(ExitCode::Usage, file.name() + ' ' + fault.what());
     }
     context.connected();
-    return paclient::readSchedules(list);
+    return readSchedules(list);
 }
 
 struct ScheduleExport {
@@ -82,8 +79,8 @@ struct ScheduleExport {
             whole.emplace(file);
         }
         context.connected();
-        const Json json = paclient::schedulesAsJson();
-        const std::string text = paclient::jsonLines(json);
+        const Json json = schedulesAsJson();
+        const std::string text = jsonLines(json);
         if (Json::parse(text) != json) {
             context.diagnostics.diagnostic(
                 "some texts are not UTF-8: they are written with U+FFFD for what is not");
@@ -112,13 +109,13 @@ struct ScheduleImport {
     void run(const Context& context) const {
         require(file != "-" || !context.session.readsCommands,
                 "the standard input holds the commands: name a file");
-        const std::vector<paclient::ImportEntry> entries = entriesOf(context, file);
+        const std::vector<ImportEntry> entries = entriesOf(context, file);
         const std::size_t total = entries.size();
         const std::string unknown = "whether it is kept is unknown";
         ImportProgress progress(context, total);
         ImportResult result;
         try {
-            paclient::importSchedules(
+            importSchedules(
                 entries, replace, waitOf(context, "", unknown),
                 [&](const ImportResult& now) { progress.show(now.imported + now.failed.size()); },
                 result);

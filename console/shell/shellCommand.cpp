@@ -3,7 +3,6 @@
 #include <unistd.h>
 
 #include "console/Console.h"
-#include "console/ExitCode.h"
 #include "console/arguments/commandLine.h"
 #include "console/arguments/words.h"
 #include "console/files/LineFile.h"
