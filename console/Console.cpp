@@ -5,12 +5,12 @@
 
 #include "client/find.h"
 #include "client/sdkText.h"
-#include "console/ExitCode.h"
 #include "console/arguments/commandLine.h"
 #include "console/arguments/words.h"
 #include "console/files/LineFile.h"
 #include "console/interrupt.h"
-#include "console/shell/ShellNotices.h"
+#include "console/text/changeText.h"
+#include "sdk/operations.h"
 #include "util/FileError.h"
 
 namespace console {
@@ -85,10 +85,7 @@ void runScriptLines(const Context& context) {
     for (int number = 1; file.next(line); ++number) {
         interrupt::check();
         try {
-            const auto words = splitWords(line);
-            if (!words.empty()) {
-                notices->reportAfter(runLine(lineContext, words, LineKind::Script), {});
-            }
+            notices->reportAfter(runLine(lineContext, splitWords(line), LineKind::Script), {});
         } catch (const Failure& failure) {
             throw Failure(failure.code,
                           file.name() + ", line " + std::to_string(number) + ": " + failure.what());
@@ -97,7 +94,9 @@ void runScriptLines(const Context& context) {
 }
 
 std::string runLine(const Context& context, const std::vector<std::string>& words, LineKind kind) {
-    const auto line = CommandParser(context.settings, kind).read(words, context.out);
+    const auto line = words.empty()
+                          ? std::nullopt
+                          : CommandParser(context.settings, kind).read(words, context.out);
     if (!line) {
         return {};
     }
@@ -108,6 +107,47 @@ std::string runLine(const Context& context, const std::vector<std::string>& word
         execute(line->handler, lineContext);
     }
     return line->command;
+}
+
+ShellNotices::ShellNotices(Output& diagnostics, bool reportsConnection)
+    : diagnostics_(diagnostics),
+      reportsConnection_(reportsConnection),
+      changes_(paclient::kinds<palink::Refusal, paclient::LockChange, palink::ConnectionChange>()),
+      held_(paclient::Connection::heldSources()) {}
+
+void ShellNotices::report(const std::string& reported) {
+    while (const auto change = changes_.next()) {
+        const std::string text = textOf(*change, reported);
+        if (!text.empty()) {
+            diagnostics_.diagnostic(text);
+        }
+    }
+}
+
+void ShellNotices::reportAfter(const std::string& command, const std::string& reported) {
+    if (command == "source attach" || command == "source detach") {
+        held_ =
+            paclient::Connection::heldSources();  // the command has reported what it has detached
+    }
+    report(reported);
+}
+
+/// @return empty for what the user need not read
+std::string ShellNotices::textOf(const paclient::Change& change, const std::string& reported) {
+    if (const auto* const refusal = std::get_if<palink::Refusal>(&change)) {
+        // The renewal of a lock may cross with its release: then it is refused.
+        const bool isKnown = refusal->operation == pa::operations::renewLock ||
+                             reported.find(refusal->reason) != std::string::npos;
+        return isKnown ? "" : "refused: " + refusal->reason;
+    }
+    if (const auto* const lock = std::get_if<paclient::LockChange>(&change)) {
+        const int id = lock->sourceId;
+        const bool isLost =
+            held_.count(id) > 0 && paclient::Connection::heldSources().count(id) == 0;
+        held_.erase(isLost ? id : 0);
+        return isLost ? "source " + std::to_string(id) + " is no longer attached" : "";
+    }
+    return reportsConnection_ ? connectionText(change) : "";
 }
 
 }  // namespace console

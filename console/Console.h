@@ -1,9 +1,11 @@
 #pragma once
 
 #include <ostream>
+#include <set>
 #include <string>
 #include <vector>
 
+#include "client/ChangeStream.h"
 #include "console/Context.h"
 
 namespace console {
@@ -29,8 +31,29 @@ void runScriptLines(const Context& context);
 
 /// Runs the words of one line over the same connection.
 /// @param context with the settings that the line does not change
-/// @return the line's command, empty when it asked for help
+/// @return the line's command, empty when it has none or asks for help
 /// @throws Failure when it fails
 std::string runLine(const Context& context, const std::vector<std::string>& words, LineKind kind);
+
+/// What a script and a shell report between their commands: refusals that come late, sources that
+/// are no longer attached, and a connection that is there again.
+class ShellNotices {
+public:
+    explicit ShellNotices(Output& diagnostics, bool reportsConnection = true);
+
+    /// Reports what has happened since, but no refusal that is part of `reported`.
+    void report(const std::string& reported = {});
+
+    /// The same after a command.
+    void reportAfter(const std::string& command, const std::string& reported);
+
+private:
+    std::string textOf(const paclient::Change& change, const std::string& reported);
+
+    Output& diagnostics_;
+    const bool reportsConnection_;
+    paclient::Subscription changes_;
+    std::set<int> held_;
+};
 
 }  // namespace console

@@ -39,7 +39,7 @@ struct PreviewFile {
             file.emplace(out);
         }
         context.connected();
-        const std::filesystem::path audio = fileOf(render(context));
+        const std::filesystem::path audio = render(context);
         const WavFormat format = formatOf(audio);
         if (isPrinted) {
             std::ostringstream bytes;
@@ -59,21 +59,18 @@ struct PreviewFile {
     }
 
 private:
-    static std::filesystem::path fileOf(const std::string& uri) {
+    /// Has the server speak the text.
+    /// @return where the audio is
+    std::filesystem::path render(const Context& context) const {
+        const TTSVocalizer spoken = chooseVoice(language, voice);
+        const double seconds = std::chrono::duration<double>(previewExpiry).count();
+        const auto speak = [&](const Wait& wait) { return renderPreview(text, spoken, wait); };
+        const std::string uri = resultOf(context, "there is audio", speak, seconds).uri;
         const auto path = pautil::pathOfFileUri(uri);
         require(path.has_value(),
                 "the server keeps the audio at '" + uri + "', which is no file here",
                 ExitCode::Refused);
         return *path;
-    }
-
-    /// Has the server speak the text.
-    /// @return where the audio is
-    std::string render(const Context& context) const {
-        const TTSVocalizer spoken = chooseVoice(language, voice);
-        const double seconds = std::chrono::duration<double>(previewExpiry).count();
-        const auto speak = [&](const Wait& wait) { return renderPreview(text, spoken, wait); };
-        return resultOf(context, "there is audio", speak, seconds).uri;
     }
 
     /// What the server's file holds; one that is no audio is the server's fault.

@@ -38,14 +38,6 @@ std::set<std::string> zonesOf(const std::map<std::string, std::string>& values) 
 
 }  // namespace
 
-const DemoRun::Event DemoRun::events[] = {
-    {"wait for ends", "the end of what plays", "", 60, &DemoRun::areOver},
-    {"wait for zones of {source}", "its announcement", "plays there", 12, &DemoRun::isLive},
-    {"wait for renewals of {source}", "two renewals of its lock", "renewed twice", 30,
-     &DemoRun::isRenewed},
-    {"wait for run", "the run at the next minute", "played", 12, &DemoRun::hasRun},
-};
-
 DemoRun::DemoRun(const Context& context, const std::vector<std::string>& zoneIds)
     : context_(context),
       lasted_(std::exchange(context.session.lasts, true)),
@@ -166,8 +158,22 @@ std::string DemoRun::valueOf(const std::string& name) const {
 std::string DemoRun::waitedFor(const std::string& line) {
     filled(line);  // what it needs is there
     const double speed = context_.settings.speed;
+    const struct {
+        const char* line;
+        const char* awaited;
+        const char* reached;
+        double seconds;
+        std::function<bool()> isReached;
+    } events[] = {
+        {"wait for ends", "the end of what plays", "", 60, [this] { return areOver(); }},
+        {"wait for zones of {source}", "its announcement", "plays there", 12,
+         [this] { return isLive(); }},
+        {"wait for renewals of {source}", "two renewals of its lock", "renewed twice", 30,
+         [this] { return renewals_ >= 2; }},
+        {"wait for run", "the run at the next minute", "played", 12, [this] { return hasRun_; }},
+    };
     const auto* const event = std::find_if(std::begin(events), std::end(events),
-                                           [&](const Event& e) { return e.line == line; });
+                                           [&](const auto& e) { return e.line == line; });
     if (event == std::end(events)) {
         const double seconds = std::stod(line.substr(line.find(' ')));
         showUntil(seconds / speed, "", [] { return false; });
@@ -176,8 +182,7 @@ std::string DemoRun::waitedFor(const std::string& line) {
     constexpr double stationSeconds = 90;  // the next minute, and the length of the longest text
     const double limit =
         context_.settings.timeout.value_or(event->seconds + stationSeconds / speed);
-    const bool isReached =
-        showUntil(limit, event->awaited, [&] { return (this->*event->isReached)(); });
+    const bool isReached = showUntil(limit, event->awaited, event->isReached);
     require(isReached, std::string("waited in vain for ") + event->awaited, ExitCode::TimedOut);
     return event->reached;
 }

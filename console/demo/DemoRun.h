@@ -22,15 +22,6 @@ public:
     const std::vector<DemoProgress>& run();
 
 private:
-    struct Event {
-        const char* line;
-        const char* awaited;
-        const char* reached;
-        double seconds;
-        bool (DemoRun::*isReached)() const;
-    };
-    static const Event events[];
-
     void perform(DemoProgress& step, const std::string& line);
     std::string runLine(const std::vector<std::string>& words);
     std::vector<std::string> filled(const std::string& line) const;
@@ -38,8 +29,6 @@ private:
     std::string waitedFor(const std::string& line);
     bool areOver() const;
     bool isLive() const;
-    bool isRenewed() const { return renewals_ >= 2; }
-    bool hasRun() const { return hasRun_; }
     bool showUntil(double seconds, const std::string& awaited,
                    const std::function<bool()>& isReached);
     void take(const paclient::Change& change);

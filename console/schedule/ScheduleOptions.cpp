@@ -30,23 +30,15 @@ void setIfGiven(Value& member, const std::optional<Value>& given) {
     member = given.value_or(member);
 }
 
-void setDate(const std::optional<Date>& date, int& year, int& month, int& day) {
-    if (date) {
-        std::tie(year, month, day) = std::tie(date->year, date->month, date->day);
-    }
-}
-
-void setTime(const std::optional<TimeOfDay>& time, int& hour, int& minute) {
-    if (time) {
-        std::tie(hour, minute) = std::tie(time->hour, time->minute);
-    }
-}
-
 void changeTimes(ScheduleDefinition& s, const ScheduleOptions& o) {
-    setDate(o.from.date, s.startYear, s.startMonth, s.startDay);
-    setTime(o.from.time, s.startHour, s.startMinute);
-    setDate(o.until.date, s.endYear, s.endMonth, s.endDay);
-    setTime(o.until.time, s.endHour, s.endMinute);
+    const Date first = o.from.date.value_or(startDate(s));
+    const Date last = o.until.date.value_or(endDate(s));
+    const TimeOfDay start = o.from.time.value_or(startTime(s));
+    const TimeOfDay end = o.until.time.value_or(endTime(s));
+    std::tie(s.startYear, s.startMonth, s.startDay) = std::tie(first.year, first.month, first.day);
+    std::tie(s.startHour, s.startMinute) = std::tie(start.hour, start.minute);
+    std::tie(s.endYear, s.endMonth, s.endDay) = std::tie(last.year, last.month, last.day);
+    std::tie(s.endHour, s.endMinute) = std::tie(end.hour, end.minute);
     setIfGiven(s.dayMask, o.dayMask);
     setIfGiven(s.frequency, o.every);
 }

@@ -4,6 +4,7 @@
 #include "console/commands/commands.h"
 #include "console/files/LineFile.h"
 #include "console/following/operate.h"
+#include "console/text/cleanText.h"
 #include "util/AtomicFile.h"
 
 namespace console {
@@ -17,29 +18,18 @@ std::string countText(std::size_t done, std::size_t total) {
 }
 
 /// Shows how far an import is: a bar on a terminal, else a line now and then, nothing beside JSON.
-class ImportProgress {
-public:
-    ImportProgress(const Context& context, std::size_t total)
-        : context_(context), total_(total), view_(context.liveView()) {}
-
-    void show(std::size_t done) {
-        constexpr std::size_t entriesPerLine = 100;
-        constexpr std::size_t barColumns = 40;
-        if (view_) {
-            const std::string bar(done * barColumns / total_, '#');
-            const std::string rest(barColumns - bar.size(), ' ');
-            view_->draw({"[" + bar + rest + "] " + countText(done, total_)},
-                        sizeOfTerminal(context_.terminal));
-        } else if (!context_.settings.json && done % entriesPerLine == 0) {
-            context_.out.write(countText(done, total_) + " are done\n");
-        }
+/// @param view null where there is no terminal
+void showProgress(const Context& context, LiveView* view, std::size_t done, std::size_t total) {
+    constexpr std::size_t entriesPerLine = 100;
+    constexpr std::size_t columns = 40;
+    if (view != nullptr) {
+        const double share = static_cast<double>(done) / static_cast<double>(total);
+        view->draw({"[" + fitted(bar(share, columns), columns) + "] " + countText(done, total)},
+                   sizeOfTerminal(context.terminal));
+    } else if (!context.settings.json && done % entriesPerLine == 0) {
+        context.out.write(countText(done, total) + " are done\n");
     }
-
-private:
-    const Context& context_;
-    const std::size_t total_;
-    const std::unique_ptr<LiveView> view_;
-};
+}
 
 /// Prints what is in and what has failed.
 void printResult(const Context& context, const ImportResult& result, std::size_t total) {
@@ -112,12 +102,14 @@ struct ScheduleImport {
         const std::vector<ImportEntry> entries = entriesOf(context, file);
         const std::size_t total = entries.size();
         const std::string unknown = "whether it is kept is unknown";
-        ImportProgress progress(context, total);
+        const auto view = context.liveView();
         ImportResult result;
         try {
             importSchedules(
                 entries, replace, waitOf(context, "", unknown),
-                [&](const ImportResult& now) { progress.show(now.imported + now.failed.size()); },
+                [&](const ImportResult& now) {
+                    showProgress(context, view.get(), now.imported + now.failed.size(), total);
+                },
                 result);
             requireConfirmed(result.unknown, unknown);
         } catch (const Failure& failure) {

@@ -9,7 +9,6 @@
 #include "console/following/operate.h"
 #include "console/interrupt.h"
 #include "console/shell/LineEditor.h"
-#include "console/shell/ShellNotices.h"
 #include "sdk/PAController.h"
 
 namespace console {
@@ -67,10 +66,7 @@ private:
         std::string command;
         std::string reported;
         try {
-            const auto words = splitWords(line);
-            if (!words.empty()) {
-                command = runLine(context_, words, LineKind::Shell);
-            }
+            command = runLine(context_, splitWords(line), LineKind::Shell);
         } catch (const Failure& failure) {
             const bool interrupted = failure.code == ExitCode::Interrupted;
             const bool ends = interrupted && (!onTerminal_ || interrupt::isEnding());
