@@ -51,20 +51,4 @@ inline void require(bool holds, const std::string& text, ExitCode code = ExitCod
     }
 }
 
-/// Of an option, or a positional argument, whose value cannot be used.
-inline Failure wrongValue(const std::string& option, const std::string& why) {
-    return Failure(ExitCode::Usage, option + ": " + why);
-}
-
-/// The result of `read`; what it cannot read (std::invalid_argument) is a wrong value of the
-/// option.
-template <class Read>
-auto valueOf(const std::string& option, Read read) {
-    try {
-        return read();
-    } catch (const std::invalid_argument& fault) {
-        throw wrongValue(option, fault.what());
-    }
-}
-
 }  // namespace console

@@ -56,8 +56,10 @@ void addProcessOptions(CLI::App& app, Settings& settings) {
             "uploads and recordings",
             "DIR");
     const auto takeClock = [&settings](const std::string& text) {
-        const DateTime typed = valueOf("--clock", [&] { return parseDateTime(text); });
-        require(typed.date && typed.time, "--clock: '" + text + "' is not a date and a time");
+        const DateTime typed = parseDateTime(text);
+        if (!typed.date || !typed.time) {
+            throw std::invalid_argument("'" + text + "' is not a date and a time");
+        }
         settings.clock = typed;
     };
     addParsed(app, "--clock", takeClock,

@@ -25,12 +25,14 @@ std::optional<Number> wholeText(const std::string& text) {
 }
 
 /// `12,40`: numbers with commas between.
-std::vector<unsigned> parseNumberList(const std::string& option, const std::string& text) {
+std::vector<unsigned> parseNumberList(const std::string& text) {
     std::vector<unsigned> numbers;
     for (const std::string& part : CLI::detail::split(text + ',', ',')) {
         const auto number = wholeText<unsigned>(part);
-        require(number.has_value(),
-                option + ": '" + text + "' is not a list of numbers with commas between");
+        if (!number) {
+            throw std::invalid_argument("'" + text +
+                                        "' is not a list of numbers with commas between");
+        }
         numbers.push_back(*number);
     }
     return numbers;
@@ -48,24 +50,31 @@ CLI::Option* refuseOptionAsValue(const CLI::App& app, CLI::Option* option) {
 }  // namespace
 
 template <class Number>
-Number parseNumber(const std::string& option, const std::string& text, Limits<Number> limits) {
+Number parseNumber(const std::string& text, Limits<Number> limits) {
     const auto number = wholeText<Number>(text);
     const bool fits = number && *number >= limits.least && *number <= limits.greatest;
     if (!fits) {
         const std::string kind = std::is_integral_v<Number> ? "whole number" : "number";
-        throw wrongValue(option, "'" + text + "' is not a " + kind + " from " +
-                                     valueText(limits.least) + " to " + valueText(limits.greatest));
+        throw std::invalid_argument("'" + text + "' is not a " + kind + " from " +
+                                    valueText(limits.least) + " to " + valueText(limits.greatest));
     }
     return *number;
 }
-template int parseNumber(const std::string&, const std::string&, Whole);
-template double parseNumber(const std::string&, const std::string&, Real);
+template int parseNumber(const std::string&, Whole);
+template double parseNumber(const std::string&, Real);
 
 CLI::Option* addParsed(CLI::App& app, const std::string& name,
                        const std::function<void(const std::string& text)>& take,
                        const std::string& help, const std::string& type) {
+    const auto takeOrRefuse = [take, name](const std::string& text) {
+        try {
+            take(text);
+        } catch (const std::invalid_argument& fault) {
+            throw Failure(ExitCode::Usage, name + ": " + fault.what());
+        }
+    };
     return refuseOptionAsValue(
-        app, app.add_option_function<std::string>(name, take, help)->type_name(type));
+        app, app.add_option_function<std::string>(name, takeOrRefuse, help)->type_name(type));
 }
 
 CLI::Option* addTexts(CLI::App& app, const std::string& name, std::vector<std::string>& values,
@@ -98,22 +107,21 @@ CLI::Validator oneOf(const std::vector<std::string>& values) {
     return {check, CLI::detail::generate_set(values)};
 }
 
-AudioOptions addAudioOptions(CLI::App& app, AudioRequest& audio, const std::string& fileHelp,
-                             const std::string& fileType) {
+void addAudioOptions(CLI::App& app, AudioRequest& audio, const std::string& fileHelp,
+                     const std::string& fileType) {
     const auto takeItems = [&audio](const std::string& text) {
-        audio.items = parseNumberList("--items", text);
+        audio.items = parseNumberList(text);
     };
-    const AudioOptions options{
-        addParsed(app, "--items", takeItems, "Dictionary items to play", "N,N..."),
-        addTexts(app, "--text", audio.texts, "A text to speak; repeatable", "TEXT"),
-        addText(app, "--file", audio.file, fileHelp, fileType)};
-    options.items->excludes(options.texts)->excludes(options.file);
-    options.texts->excludes(options.file);
+    CLI::Option* const items =
+        addParsed(app, "--items", takeItems, "Dictionary items to play", "N,N...");
+    CLI::Option* const texts =
+        addTexts(app, "--text", audio.texts, "A text to speak; repeatable", "TEXT");
+    addText(app, "--file", audio.file, fileHelp, fileType)->excludes(items)->excludes(texts);
+    texts->excludes(items);
     addWhole(app, "--repeat", audio.repeat, {1, greatestWhole},
              "How often the items are played (default 1)");
     addText(app, "--language", audio.language, "Language of the texts");
     addText(app, "--voice", audio.voice, "Voice of the texts");
-    return options;
 }
 
 }  // namespace console

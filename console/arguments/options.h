@@ -29,13 +29,13 @@ constexpr int greatestWhole = std::numeric_limits<int>::max();
 constexpr Whole anyWhole{std::numeric_limits<int>::min(), greatestWhole};
 
 /// A decimal number: an int or a double.
-/// @throws Failure that names the option, with what would be right
+/// @throws std::invalid_argument with what would be right
 template <class Number>
-Number parseNumber(const std::string& option, const std::string& text, Limits<Number> limits);
+Number parseNumber(const std::string& text, Limits<Number> limits);
 
 /// An argument whose text a function takes. The name of an option is no value: the value is missing
 /// then.
-/// @param take may throw a Failure
+/// @param take may throw std::invalid_argument: the Failure names the argument then
 CLI::Option* addParsed(CLI::App& app, const std::string& name,
                        const std::function<void(const std::string& text)>& take,
                        const std::string& help, const std::string& type);
@@ -52,8 +52,8 @@ CLI::Option* addText(CLI::App& app, const std::string& name, Target& value, cons
 template <class Target>
 CLI::Option* addWhole(CLI::App& app, const std::string& name, Target& value, Whole limits,
                       const std::string& help) {
-    const auto take = [&value, name, limits](const std::string& text) {
-        value = parseNumber(name, text, limits);
+    const auto take = [&value, limits](const std::string& text) {
+        value = parseNumber(text, limits);
     };
     return addParsed(app, name, take, help, "N");
 }
@@ -62,8 +62,8 @@ CLI::Option* addWhole(CLI::App& app, const std::string& name, Target& value, Who
 template <class Target>
 CLI::Option* addNumber(CLI::App& app, const std::string& name, Target& value, Real limits,
                        const std::string& help) {
-    const auto take = [&value, name, limits](const std::string& text) {
-        value = parseNumber(name, text, limits);
+    const auto take = [&value, limits](const std::string& text) {
+        value = parseNumber(text, limits);
     };
     return addParsed(app, name, take, help, "NUMBER");
 }
@@ -92,16 +92,9 @@ struct AudioRequest {
     std::optional<std::string> file;
 };
 
-/// The options that give one of these parts.
-struct AudioOptions {
-    CLI::Option* items;
-    CLI::Option* texts;
-    CLI::Option* file;
-};
-
 /// Adds the options of an audio part.
 /// @param fileHelp, fileType of the file: where it is differs
-AudioOptions addAudioOptions(CLI::App& app, AudioRequest& audio, const std::string& fileHelp,
-                             const std::string& fileType);
+void addAudioOptions(CLI::App& app, AudioRequest& audio, const std::string& fileHelp,
+                     const std::string& fileType);
 
 }  // namespace console

@@ -67,16 +67,15 @@ void addPlayOptions(CLI::App& app, PlayRequest& r) {
     addTexts(app, "--zones", r.zones, "A zone, or several with commas between; repeatable", "ZONES")
         ->required();
 
-    const AudioOptions audio =
-        addAudioOptions(app, r.audio, "A WAV file to upload and play", "WAV");
-    app.get_option("--repeat")->needs(audio.items);
-    app.get_option("--language")->needs(audio.texts);
-    app.get_option("--voice")->needs(audio.texts);
+    addAudioOptions(app, r.audio, "A WAV file to upload and play", "WAV");
+    app.get_option("--repeat")->needs("--items");
+    app.get_option("--language")->needs("--text");
+    app.get_option("--voice")->needs("--text");
     addText(app, "--recording", r.recording,
             "A recording of the server; a bare name is in its folder", "PATH")
-        ->excludes(audio.items)
-        ->excludes(audio.texts)
-        ->excludes(audio.file);
+        ->excludes("--items")
+        ->excludes("--text")
+        ->excludes("--file");
 
     CLI::Option* const display =
         addText(app, "--display", r.display, "Template of a text to show", "TEMPLATE");

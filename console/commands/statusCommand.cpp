@@ -53,14 +53,11 @@ Json statusOf(Session& session) {
 }
 
 void status(const Context& context) {
-    Json report = statusOf(context.connected());
-    if (context.settings.json) {
-        context.writeJson(report);
-        return;
-    }
-    report["server"].erase("clock");  // in seconds, and of the time when the connection began
+    const Json report = statusOf(context.connected());
+    Json shown = report;
+    shown["server"].erase("clock");  // in seconds, and of the time when the connection began
     TextTable table({"ITEM", "VALUE"});
-    const Json items = report.flatten();
+    const Json items = shown.flatten();
     for (const auto& entry : items.items()) {
         const Json& value = entry.value();
         const std::string text = value.is_string() ? value.get<std::string>()
@@ -68,7 +65,7 @@ void status(const Context& context) {
                                                    : value.dump();
         table.addRow({entry.key().substr(1), text});
     }
-    context.out.write(table.text());
+    context.write(table, report);
 }
 
 }  // namespace

@@ -16,18 +16,6 @@ constexpr Resource<PaSWTrigger> softwareTriggers{
     "software trigger", "software triggers", [] { return gPaController.getSwPaTriggers(); },
     [](const PaSWTrigger& trigger) { return std::to_string(trigger.trigger.id); }, nullptr};
 
-/// The hardware trigger and the software trigger with this number.
-std::vector<AnyTrigger> triggersNumbered(const std::string& number) {
-    std::vector<AnyTrigger> triggers = allTriggers();
-    const auto numbers = memberTexts<&AnyTrigger::id>(triggers);
-    const std::set<std::string> unique(numbers.begin(), numbers.end());
-    const std::vector<std::string> names(unique.begin(), unique.end());
-    const std::string found = names[findName("trigger", number, names)];
-    const auto isOther = [&](const auto& t) { return std::to_string(t.id) != found; };
-    triggers.erase(std::remove_if(triggers.begin(), triggers.end(), isOther), triggers.end());
-    return triggers;
-}
-
 void deleteTrigger(const Context& context, const PaSWTrigger& trigger) {
     gPaController.deleteSwPaTrigger(trigger.trigger.id);
     printOutcome(context, titleOf(softwareTriggers, trigger) + " is deleted",
@@ -60,6 +48,7 @@ void deactivate(const Context& context, const PaSWTrigger& trigger) {
     printOutcome(context, effect, {{"id", trigger.trigger.id}});
 }
 
+/// The state of the hardware trigger and of the software trigger with a number.
 struct TriggerState {
     std::string number;
 
@@ -69,9 +58,16 @@ struct TriggerState {
 
     void run(const Context& context) const {
         context.connected();
+        const std::vector<AnyTrigger> all = allTriggers();
+        const auto numbers = memberTexts<&AnyTrigger::id>(all);
+        const std::set<std::string> unique(numbers.begin(), numbers.end());
+        findName("trigger", number, {unique.begin(), unique.end()});  // throws when there is none
         std::string lines;
         Json array = Json::array();
-        for (const AnyTrigger& trigger : triggersNumbered(number)) {
+        for (const AnyTrigger& trigger : all) {
+            if (std::to_string(trigger.id) != number) {
+                continue;
+            }
             const std::string state = nameOf(trigger.state);
             lines += trigger.kind + " trigger " + std::to_string(trigger.id) + ": " + state + '\n';
             array.push_back({{"kind", trigger.kind},

@@ -17,9 +17,7 @@ namespace {
 constexpr int minutesOfDay = 24 * 60;
 
 void addMoment(CLI::App& app, const std::string& name, DateTime& value, const std::string& help) {
-    const auto take = [&value, name](const std::string& text) {
-        value = valueOf(name, [&] { return parseDateTime(text); });
-    };
+    const auto take = [&value](const std::string& text) { value = parseDateTime(text); };
     addParsed(app, name, take, help, "DATE|TIME|DATETIME");
 }
 
@@ -140,9 +138,7 @@ void addScheduleOptions(CLI::App& app, ScheduleOptions& o) {
               "First date and the time of day, as 2026-12-01T06:00 (default: today, 00:00)");
     addMoment(app, "--until", o.until,
               "Last date, and the end of each day's repetitions (default: 2099-12-31T23:59)");
-    const auto takeDays = [&o](const std::string& text) {
-        o.dayMask = valueOf("--days", [&] { return parseDays(text); });
-    };
+    const auto takeDays = [&o](const std::string& text) { o.dayMask = parseDays(text); };
     addParsed(app, "--days", takeDays, "As mon-fri,sun, or daily (default)", "DAYS");
     addWhole(app, "--every", o.every, {0, minutesOfDay},
              "Minutes between the repetitions of a day, 0 for none (default)");

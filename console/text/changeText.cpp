@@ -103,7 +103,7 @@ struct ChangeWriter {
     }
     template <class Record>
     std::string operator()(const Deleted<Record>& deleted) const {
-        return isJson() ? jsonOf({{"id", deleted.id}}) : textOf(valueText(deleted.id));
+        return lineOf({{"id", deleted.id}}, valueText(deleted.id));
     }
     std::string operator()(const Deleted<AnnouncementRequest>& deleted) const {
         return line(deleted.record);
@@ -122,24 +122,22 @@ struct ChangeWriter {
     }
 
 private:
-    bool isJson() const { return form == LineForm::Json; }
-
     template <class Record>
     std::string line(const Record& record) const {
-        return isJson() ? jsonOf(toJson(record)) : textOf(text(record));
+        return lineOf(toJson(record), text(record));
     }
 
-    std::string textOf(const std::string& record) const {
+    std::string lineOf(const Json& record, const std::string& recordText) const {
         constexpr std::size_t eventWidth = 20;
         constexpr std::size_t dateLength = 11;
-        return timeNow().substr(dateLength) + "  " + fitted(event, eventWidth) + clean(record) +
+        const std::string time = timeNow();
+        if (form == LineForm::Json) {
+            Json object = {{"event", event}, {"time", time}};
+            object.update(record);
+            return jsonLine(object);
+        }
+        return time.substr(dateLength) + "  " + fitted(event, eventWidth) + clean(recordText) +
                '\n';
-    }
-
-    std::string jsonOf(const Json& record) const {
-        Json object = {{"event", event}, {"time", timeNow()}};
-        object.update(record);
-        return jsonLine(object);
     }
 };
 
