@@ -63,12 +63,6 @@ void cancelType(const Context& context, Message::Type type) {
     report(context, cancelAnnouncements(type, withdrawalWait(context)));
 }
 
-Message::Type typeNamed(const std::string& name) {
-    const auto type = messageTypeNamed(name);
-    require(type.has_value(), "--type: '" + name + "' is none of " + messageTypeNames());
-    return *type;
-}
-
 struct Cancel {
     std::optional<std::string> id;
     std::optional<Message::Type> type;
@@ -76,7 +70,10 @@ struct Cancel {
     void define(CLI::App& app) {
         CLI::Option* const idOption =
             addText(app, "ID", id, "The request id, or the number of a record");
-        const auto takeType = [this](const std::string& name) { type = typeNamed(name); };
+        const auto takeType = [this](const std::string& name) {
+            type = messageTypeNamed(name);
+            require(type.has_value(), "--type: '" + name + "' is none of " + messageTypeNames());
+        };
         addParsed(app, "--type", takeType, messageTypeNames(), "TYPE")->excludes(idOption);
     }
 

@@ -183,8 +183,13 @@ struct Monitor {
         for (const MonitoredKind& row : monitoredKinds()) {
             names.emplace_back(row.name);
         }
+        const auto check = [names](const std::string& text) {
+            const auto isIt = [&text](const std::string& name) { return isNamed(text, name); };
+            const bool isKnown = std::any_of(names.begin(), names.end(), isIt);
+            return isKnown ? std::string() : unknownName("kind", text, names);
+        };
         addTexts(app, "--kind", kindNames, "Only changes of a kind; repeatable", "KIND")
-            ->check(oneOf(names));
+            ->check({check, CLI::detail::generate_set(names)});
         addTexts(app, "--zones", zoneNames, "Only what concerns a zone; repeatable", "ZONES");
         addTexts(app, "--source", sourceNames, "Only what concerns a source; repeatable", "ID");
     }
@@ -205,12 +210,17 @@ struct Monitor {
     }
 
 private:
+    /// A kind is also named by its singular.
+    static bool isNamed(const std::string& text, const std::string& kind) {
+        return text == kind || text + 's' == kind;
+    }
+
     ChangeFilter wantedChanges() const {
         ChangeFilter filter;
-        for (const auto& [name, kinds] : monitoredKinds()) {
-            const bool isNamed =
-                std::find(kindNames.begin(), kindNames.end(), name) != kindNames.end();
-            filter.kinds |= isNamed || kindNames.empty() ? kinds : ChangeKinds();
+        for (const MonitoredKind& row : monitoredKinds()) {
+            const auto isIt = [&row](const std::string& text) { return isNamed(text, row.name); };
+            const bool isWanted = std::any_of(kindNames.begin(), kindNames.end(), isIt);
+            filter.kinds |= isWanted || kindNames.empty() ? row.kinds : ChangeKinds();
         }
         const std::vector<std::string> zoneIds = chooseZones(zoneNames);
         filter.zones = {zoneIds.begin(), zoneIds.end()};

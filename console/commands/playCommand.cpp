@@ -134,9 +134,11 @@ void requireGood(const Announcement& announcement) {
             state == Announcement::State::Unknown ? ExitCode::ConnectionLost : ExitCode::Refused);
 }
 
-Failure timedOut(const Announcement& announcement, const char* awaited) {
-    return Failure(ExitCode::TimedOut, "request " + announcement.requestId() + " is not " +
-                                           awaited + " in time; its outcome is unknown");
+void requireInTime(bool isReached, const Announcement& announcement, const std::string& awaited) {
+    require(isReached,
+            "request " + announcement.requestId() + " is not " + awaited +
+                " in time; its outcome is unknown",
+            ExitCode::TimedOut);
 }
 
 /// What an interruption of the wait means for the request.
@@ -171,9 +173,7 @@ void playAndWait(const Context& context, const PlayRequest& request,
     };
     announcement.wait(wait);
     states.finish();
-    if (!announcement.isOver()) {
-        throw timedOut(announcement, "over");
-    }
+    requireInTime(announcement.isOver(), announcement, "over");
     requireGood(announcement);
 }
 
@@ -186,9 +186,8 @@ void playOnly(const Context& context, const std::vector<std::string>& zones,
                                           "the outcome is unknown",
                                           isReported ? answerSeconds : refusalSeconds));
     requireGood(announcement);
-    if (isReported && announcement.state() == Announcement::State::Sending) {
-        throw timedOut(announcement, "accepted");
-    }
+    requireInTime(!isReported || announcement.state() != Announcement::State::Sending, announcement,
+                  "accepted");
     printId(context, announcement.requestId());
     warnOfEnd(context, "the announcement");
 }
@@ -204,11 +203,8 @@ void dryRun(const Context& context, const std::vector<std::string>& zones, const
         table.addRow({finding.text});
         isRefused = isRefused || paclient::isRefused(finding.kind);
     }
-    if (context.settings.json) {
-        context.writeJson(array);
-    } else {
-        context.out.write(array.empty() ? "no problems found\n" : table.text());
-    }
+    context.settings.json ? context.writeJson(array)
+                          : context.out.write(array.empty() ? "no problems found\n" : table.text());
     require(!isRefused, "the server would refuse the request", ExitCode::Refused);
 }
 

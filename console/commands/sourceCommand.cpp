@@ -128,9 +128,7 @@ struct SourceLevel : Named<sources> {
             require(change != nullptr,
                     "the meter of element " + std::to_string(element) + " reports nothing",
                     ExitCode::TimedOut);
-            // And with it the feed.
-            require(!isLoss(*change), "the connection to the server is lost",
-                    ExitCode::ConnectionLost);
+            requireNoLoss(*change);  // and with it the feed
             const auto* const reading = std::get_if<palink::LevelReading>(change.get());
             if (reading != nullptr && reading->element == element) {
                 show(context, view.get(), *reading);

@@ -17,14 +17,6 @@ using namespace paclient;
 
 namespace {
 
-std::vector<DemoProgress> allSteps() {
-    std::vector<DemoProgress> steps;
-    for (const DemoStep& step : demoSteps) {
-        steps.push_back({step});
-    }
-    return steps;
-}
-
 /// The values that are zones.
 std::set<std::string> zonesOf(const std::map<std::string, std::string>& values) {
     std::set<std::string> ids;
@@ -43,10 +35,12 @@ DemoRun::DemoRun(const Context& context, const std::vector<std::string>& zoneIds
       lasted_(std::exchange(context.session.lasts, true)),
       values_(demoValues(zoneIds, folder_.path())),
       firstPlayed_(context.session.playedIds.size()),
-      steps_(allSteps()),
       screen_(context, steps_, zonesOf(values_)),
       lineContext_{context.settings, out_, out_, -1, context.session} {
     lineContext_.settings.json = false;
+    for (const DemoStep& step : demoSteps) {
+        steps_.push_back({step});
+    }
 }
 
 DemoRun::~DemoRun() {
@@ -201,8 +195,7 @@ bool DemoRun::showUntil(double seconds, const std::string& awaited,
             return false;
         }
         if (const auto change = changes_.next(*slice)) {
-            require(!isLoss(*change), "the connection to the server is lost",
-                    ExitCode::ConnectionLost);
+            requireNoLoss(*change);
             take(*change);
             screen_.reportZone(*change);
         }

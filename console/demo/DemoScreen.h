@@ -65,7 +65,7 @@ private:
     const std::vector<DemoProgress>& steps_;
     const std::set<std::string> zones_;
     const Clock::time_point start_ = Clock::now();
-    const DemoProgress* step_ = steps_.data();
+    const DemoProgress* step_ = nullptr;  // that has begun last
     std::string awaited_;
     Clock::time_point awaitedSince_ = start_;
     Clock::time_point drawnAt_ = start_;

@@ -73,19 +73,14 @@ bool LineFile::readMore() {
 }
 
 void LineFile::requireFits(std::size_t bytes) const {
-    if (bytes > mostBytes) {
-        fail("larger than " + std::to_string(mostBytes >> 20U) + " MiB");
-    }
+    require(bytes <= mostBytes,
+            asWhat_ + ' ' + name_ + ": larger than " + std::to_string(mostBytes >> 20U) + " MiB");
 }
 
 void LineFile::failWithErrno() const {
     const std::error_code error = pautil::lastError();
     interrupt::check();
-    fail(error.message());
-}
-
-void LineFile::fail(const std::string& why) const {
-    throw Failure(ExitCode::Usage, asWhat_ + ' ' + name_ + ": " + why);
+    throw Failure(ExitCode::Usage, asWhat_ + ' ' + name_ + ": " + error.message());
 }
 
 }  // namespace console

@@ -33,7 +33,6 @@ public:
 
 private:
     bool readMore();
-    [[noreturn]] void fail(const std::string& why) const;
     [[noreturn]] void failWithErrno() const;
     void requireFits(std::size_t bytes) const;
 

@@ -5,6 +5,7 @@
 #include "client/recordText.h"
 #include "client/resources.h"
 #include "client/scheduleText.h"
+#include "console/ExitCode.h"
 #include "console/text/cleanText.h"
 
 namespace paclient {
@@ -158,11 +159,12 @@ std::string connectionText(const Change& change) {
     return isBack ? "the connection to the server is there again" : "";  // its loss is in the log
 }
 
-bool isLoss(const Change& change) {
+void requireNoLoss(const Change& change) {
     using State = palink::ConnectionChange::State;
     const auto* const connection = std::get_if<palink::ConnectionChange>(&change);
-    return connection != nullptr &&
-           (connection->state == State::Disconnected || connection->state == State::Stopped);
+    require(connection == nullptr ||
+                (connection->state != State::Disconnected && connection->state != State::Stopped),
+            "the connection to the server is lost", ExitCode::ConnectionLost);
 }
 
 }  // namespace console

@@ -18,7 +18,7 @@ std::string changeLine(const paclient::Change& change, LineForm form);
 /// nothing when the change is another one.
 std::string connectionText(const paclient::Change& change);
 
-/// Whether the connection is lost.
-bool isLoss(const paclient::Change& change);
+/// @throws Failure when the change is the loss of the connection
+void requireNoLoss(const paclient::Change& change);
 
 }  // namespace console
