@@ -6,7 +6,6 @@
 #include "console/ExitCode.h"
 #include "console/Output.h"
 #include "console/Session.h"
-#include "console/Settings.h"
 #include "console/following/LiveView.h"
 #include "console/text/TextTable.h"
 

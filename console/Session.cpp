@@ -5,7 +5,6 @@
 
 #include "client/StationClock.h"
 #include "console/following/operate.h"
-#include "console/interrupt.h"
 #include "framework/log.h"
 #include "sdk/globals.h"
 #include "simserver/station/StationFile.h"
@@ -25,13 +24,19 @@ std::filesystem::path defaultScenario() {
         .lexically_normal();
 }
 
+/// @param path empty for the default scenario
+simserver::Station stationFrom(const std::filesystem::path& path) try {
+    return simserver::loadStation(path.empty() ? defaultScenario() : path);
+} catch (const simserver::ScenarioError& error) {  // which names the file without its folder
+    throw Failure(ExitCode::CannotConnect, (path.parent_path() / error.what()).string());
+}
+
 simserver::EmbeddedEndpoint endpointFor(const Settings& settings) try {
     simserver::Options options;
     options.speed = settings.speed;
     options.spool = settings.spool;
     options.state = settings.state;
-    const simserver::Station station =
-        simserver::loadStation(settings.scenario.empty() ? defaultScenario() : settings.scenario);
+    const simserver::Station station = stationFrom(settings.scenario);
     if (settings.clock) {
         const auto& [date, time] = *settings.clock;
         options.clock =

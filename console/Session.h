@@ -1,18 +1,35 @@
 #pragma once
 
 #include <cstdint>
+#include <filesystem>
 #include <functional>
 #include <map>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "client/Connection.h"
+#include "client/scheduleTimes.h"
 #include "console/Output.h"
-#include "console/Settings.h"
 #include "simserver/EmbeddedEndpoint.h"
 
 namespace console {
+
+/// The global options.
+struct Settings {
+    bool json = false;
+    bool wide = false;               ///< tables are not cut to the terminal
+    std::filesystem::path scenario;  ///< empty for the default one
+    double speed = 1.0;              ///< simulated seconds per real second
+    std::optional<double> timeout;   ///< seconds
+    std::filesystem::path spool;  ///< where the simulated server keeps uploads; empty: for itself
+    std::filesystem::path state;  ///< where it keeps schedules; empty: nowhere
+    std::optional<paclient::DateTime>
+        clock;  ///< what it is at the station at first; empty: the real time
+    long debug = 0;
+    std::filesystem::path script;  ///< a file, "-" for the standard input, empty for none
+};
 
 /// What the commands of a process share: the connection to the server, made when a command first
 /// needs it, and what was played over it. One for all commands of a script.

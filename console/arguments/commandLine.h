@@ -7,8 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "console/Output.h"
-#include "console/Settings.h"
+#include "console/Console.h"
 #include "console/commands/commands.h"
 
 namespace console {

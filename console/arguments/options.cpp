@@ -4,7 +4,6 @@
 #include <charconv>
 #include <system_error>
 
-#include "client/find.h"
 #include "client/recordText.h"
 #include "console/ExitCode.h"
 

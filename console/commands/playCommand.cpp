@@ -45,10 +45,11 @@ public:
     /// From a callback: notes a state, to be shown by `show`.
     void add(const Announcement::Part& part) {
         const std::lock_guard guard(lock_);
-        waiting_.push_back({secondsSince(startMS_), part.record});
+        waiting_.emplace_back(secondsSince(startMS_), part.record);
     }
 
-    void show() {
+    /// @param isOver shows no time any more
+    void show(bool isOver = false) {
         std::vector<Entry> entries;
         {
             const std::lock_guard guard(lock_);
@@ -59,37 +60,28 @@ public:
         }
         if (view_) {
             std::vector<std::string> lines = lines_;
-            lines.push_back(elapsedLine());
+            if (!isOver) {
+                lines.push_back(elapsedLine());
+            }
             view_->draw(lines, sizeOfTerminal(context_.terminal));
         }
     }
 
-    /// Shows what is left, without the time.
-    void finish() {
-        show();
-        if (view_) {
-            view_->draw(lines_, sizeOfTerminal(context_.terminal));
-        }
-    }
-
 private:
-    struct Entry {
-        double seconds;
-        AnnouncementRequest record;
-    };
+    using Entry = std::pair<double, AnnouncementRequest>;  // with the seconds since the start
 
     void writeJson(const Entry& entry) const {
-        Json line = {{"seconds", entry.seconds}, {"part", partName(entry.record)}};
-        line.update(toJson(entry.record));
+        const auto& [seconds, record] = entry;
+        Json line = {{"seconds", seconds}, {"part", partName(record)}};
+        line.update(toJson(record));
         context_.writeJson(line);
     }
 
     void writeLine(const Entry& entry) {
-        const AnnouncementRequest& record = entry.record;
-        const std::string line = secondsText(entry.seconds) + "  " + fitted(partName(record), 8) +
-                                 clean(record.stateText) +
-                                 (record.completionMsg.empty() ? "" : ": ") +
-                                 clean(record.completionMsg);
+        const auto& [seconds, record] = entry;
+        const std::string line =
+            secondsText(seconds) + "  " + fitted(partName(record), 8) + clean(record.stateText) +
+            (record.completionMsg.empty() ? "" : ": ") + clean(record.completionMsg);
         view_ ? lines_.push_back(line) : context_.out.write(line + '\n');
     }
 
@@ -172,7 +164,7 @@ void playAndWait(const Context& context, const PlayRequest& request,
         check(waited);
     };
     announcement.wait(wait);
-    states.finish();
+    states.show(true);
     requireInTime(announcement.isOver(), announcement, "over");
     requireGood(announcement);
 }

@@ -5,7 +5,6 @@
 #include <memory>
 #include <utility>
 
-#include "client/recordText.h"
 #include "console/interrupt.h"
 #include "console/text/cleanText.h"
 #include "sdk/globals.h"

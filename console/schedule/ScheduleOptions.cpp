@@ -2,7 +2,6 @@
 
 #include <tuple>
 
-#include "client/StationClock.h"
 #include "client/choose.h"
 #include "client/schedulesCheck.h"
 #include "console/ExitCode.h"

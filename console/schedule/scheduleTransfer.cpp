@@ -1,4 +1,3 @@
-#include <memory>
 
 #include "client/scheduleJson.h"
 #include "console/commands/commands.h"

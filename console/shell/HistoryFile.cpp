@@ -1,6 +1,5 @@
 #include "console/shell/HistoryFile.h"
 
-#include <cerrno>
 #include <fcntl.h>
 #include <fstream>
 #include <sys/stat.h>

@@ -1,6 +1,5 @@
 #include "console/shell/LineEditor.h"
 
-#include <algorithm>
 #include <cerrno>
 #include <cwchar>
 #include <fcntl.h>
@@ -49,7 +48,7 @@ int openKeys(FILE* terminal) {
 
 }  // namespace
 
-LineEditor::LineEditor(FILE* in, FILE* out, Output* diagnostics, HistoryFile& history,
+LineEditor::LineEditor(FILE* in, FILE* out, Output& diagnostics, HistoryFile& history,
                        Helpers helpers)
     : keys_(openKeys(in)),
       out_(out),
@@ -106,14 +105,8 @@ bool LineEditor::next(std::string& line) {
 
 /// What is typed, with its end. Diagnostics are held meanwhile.
 const char* LineEditor::typedLine(int& count) {
-    if (diagnostics_ != nullptr) {
-        diagnostics_->hold();
-    }
-    const pautil::AtEnd released([this] {
-        if (diagnostics_ != nullptr) {
-            diagnostics_->release();
-        }
-    });
+    diagnostics_.hold();
+    const pautil::AtEnd released([this] { diagnostics_.release(); });
     el_set(edit_.get(), EL_PREP_TERM, 1);  // before the prompt invites keys
     return el_gets(edit_.get(), &count);
 }
@@ -167,7 +160,7 @@ bool LineEditor::waitForInput() {
         if (helpers_.onTick) {
             helpers_.onTick();
         }
-        const std::string lines = diagnostics_ != nullptr ? diagnostics_->takeHeld() : "";
+        const std::string lines = diagnostics_.takeHeld();
         if (!lines.empty()) {
             showAbove(lines);
         }

@@ -6,7 +6,6 @@
 #include <locale.h>
 #include <memory>
 #include <string>
-#include <vector>
 
 #include "console/Output.h"
 #include "console/arguments/completion.h"
@@ -28,8 +27,8 @@ public:
     };
 
     /// @param in, out     the terminal
-    /// @param diagnostics held while a line is typed; null when they go elsewhere
-    LineEditor(FILE* in, FILE* out, Output* diagnostics, HistoryFile& history, Helpers helpers);
+    /// @param diagnostics of the terminal, held while a line is typed
+    LineEditor(FILE* in, FILE* out, Output& diagnostics, HistoryFile& history, Helpers helpers);
 
     /// The next line, without its end. Ctrl-C clears the line, Ctrl-D on an empty one is the end.
     /// @return false at the end
@@ -57,7 +56,7 @@ private:
 
     const pautil::Descriptor keys_;
     FILE* const out_;
-    Output* const diagnostics_;
+    Output& diagnostics_;
     HistoryFile& historyFile_;
     const Helpers helpers_;
     const Owned<std::remove_pointer_t<locale_t>, freelocale> locale_;

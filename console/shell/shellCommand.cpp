@@ -1,5 +1,6 @@
 #include <cstdio>
 #include <cstdlib>
+#include <iostream>
 #include <unistd.h>
 
 #include "console/Console.h"
@@ -44,7 +45,8 @@ public:
             return complete(line, parser.tree(), knownNames);
         };
         const bool mixes = isatty(STDERR_FILENO) == 1;
-        LineEditor editor(stdin, stdout, mixes ? &context_.diagnostics : nullptr, history,
+        Output elsewhere(std::cerr);  // diagnostics that do not appear on the terminal are not held
+        LineEditor editor(stdin, stdout, mixes ? context_.diagnostics : elsewhere, history,
                           {completeLine, [this] { notices_.report(); }});
         for (std::string line; editor.next(line) && runTyped(line);) {
         }

@@ -8,21 +8,6 @@
 #include "console/ExitCode.h"
 #include "console/text/cleanText.h"
 
-namespace paclient {
-
-template <>
-struct Members<Retrieval> {
-    template <class Record, class Visit>
-    static void visit(Record& record, Visit& visit) {
-        visit("requestId", record.requestId);
-        visit("success", record.success);
-        visit("error", record.error);
-        visit("uri", record.uri);
-    }
-};
-
-}  // namespace paclient
-
 namespace console {
 
 using namespace paclient;
@@ -115,7 +100,14 @@ struct ChangeWriter {
     std::string operator()(const LockChange& change) const {
         return line(withHolder({change.sourceId, change.lockedUUID}));
     }
-    std::string operator()(const Retrieval& retrieval) const { return line(retrieval); }
+    std::string operator()(const Retrieval& retrieval) const {
+        return lineOf({{"requestId", retrieval.requestId},
+                       {"success", retrieval.success},
+                       {"error", jsonValue(retrieval.error)},
+                       {"errorText", nameOf(retrieval.error)},
+                       {"uri", retrieval.uri}},
+                      text(retrieval));
+    }
     std::string operator()(const palink::Refusal& refusal) const { return line(refusal); }
     template <class Other>
     std::string operator()(const Other& /*change*/) const {
