@@ -43,23 +43,18 @@ Handler taskOf(const CommandLine& line) {
     return line.handler;
 }
 
-void runProcess(const std::vector<std::string>& words, const Streams& streams, Output& out,
-                Output& diagnostics) {
-    const auto line = CommandParser(Settings{}, LineKind::Process).read(words, out);
-    if (line) {
-        const Handler task = taskOf(*line);
-        Session session(line->settings, diagnostics);
-        execute(task, {line->settings, out, diagnostics, streams.terminal, session});
-    }
-}
-
 }  // namespace
 
 int run(const std::vector<std::string>& words, const Streams& streams) {
     Output diagnostics(streams.err, nullptr, streams.errorTerminal >= 0);
     Output out(streams.out, &diagnostics);
     try {
-        runProcess(words, streams, out, diagnostics);
+        const auto line = CommandParser(Settings{}, LineKind::Process).read(words, out);
+        if (line) {
+            const Handler task = taskOf(*line);
+            Session session(line->settings, diagnostics);
+            execute(task, {line->settings, out, diagnostics, streams.terminal, session});
+        }
     } catch (const Failure& failure) {
         if (*failure.what() != '\0' && !out.isClosed()) {
             diagnostics.diagnostic(failure.what());
@@ -85,7 +80,7 @@ void runScriptLines(const Context& context) {
     for (int number = 1; file.next(line); ++number) {
         interrupt::check();
         try {
-            notices->reportAfter(runLine(lineContext, splitWords(line), LineKind::Script), {});
+            notices->report(runLine(lineContext, splitWords(line), LineKind::Script));
         } catch (const Failure& failure) {
             throw Failure(failure.code,
                           file.name() + ", line " + std::to_string(number) + ": " + failure.what());
@@ -115,21 +110,16 @@ ShellNotices::ShellNotices(Output& diagnostics, bool reportsConnection)
       changes_(paclient::kinds<palink::Refusal, paclient::LockChange, palink::ConnectionChange>()),
       held_(paclient::Connection::heldSources()) {}
 
-void ShellNotices::report(const std::string& reported) {
+void ShellNotices::report(const std::string& command, const std::string& reported) {
+    if (command == "source attach" || command == "source detach") {
+        held_ = paclient::Connection::heldSources();  // it has reported what it has detached
+    }
     while (const auto change = changes_.next()) {
         const std::string text = textOf(*change, reported);
         if (!text.empty()) {
             diagnostics_.diagnostic(text);
         }
     }
-}
-
-void ShellNotices::reportAfter(const std::string& command, const std::string& reported) {
-    if (command == "source attach" || command == "source detach") {
-        held_ =
-            paclient::Connection::heldSources();  // the command has reported what it has detached
-    }
-    report(reported);
 }
 
 /// @return empty for what the user need not read

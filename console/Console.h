@@ -45,11 +45,10 @@ class ShellNotices {
 public:
     explicit ShellNotices(Output& diagnostics, bool reportsConnection = true);
 
-    /// Reports what has happened since, but no refusal that is part of `reported`.
-    void report(const std::string& reported = {});
-
-    /// The same after a command.
-    void reportAfter(const std::string& command, const std::string& reported);
+    /// Reports what has happened since the last report.
+    /// @param command  that has run since then
+    /// @param reported by it: a refusal that is part of this is not reported again
+    void report(const std::string& command = {}, const std::string& reported = {});
 
 private:
     std::string textOf(const paclient::Change& change, const std::string& reported);

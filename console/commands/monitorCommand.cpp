@@ -6,6 +6,7 @@
 #include "client/resources.h"
 #include "console/Console.h"
 #include "console/commands/commands.h"
+#include "console/files/LineFile.h"
 #include "console/interrupt.h"
 #include "console/text/changeText.h"
 #include "framework/posixThread.h"
@@ -198,6 +199,10 @@ struct Monitor {
         const bool hasScript = !context.settings.script.empty();
         require(!hasScript || (!seconds && !isSnapshot),
                 "--seconds and --snapshot cannot be combined with --script");
+        const std::filesystem::path& script = context.settings.script;
+        if (hasScript && !std::filesystem::is_fifo(script)) {  // which can be opened once
+            LineFile(script.string(), "script");
+        }
         context.connected();
         const ChangeFilter filter = wantedChanges();
         if (isSnapshot) {

@@ -121,7 +121,11 @@ struct TriggerCreate : Named<paclient::sources> {
     }
 
     void run(const Context& context) const {
-        check();
+        // The chime is sent as it is between commas; the text is all that follows.
+        require(preChime.find(',') == std::string::npos,
+                "the pre-chime '" + preChime + "' has a comma");
+        requireUtf8("the text", preChime);
+        requireUtf8("the text", display);
         const int sourceId = find(context).id;
         const int id = gPaController.createSwPaTrigger(sourceId, priority, preChime, display);
         require(id != 0, "source " + std::to_string(sourceId) + " can have no software trigger",
@@ -131,15 +135,6 @@ struct TriggerCreate : Named<paclient::sources> {
             "software trigger " + std::to_string(id) + " starts source " + std::to_string(sourceId),
             {{"id", id}, {"associatedSourceId", sourceId}});
         warnOfEnd(context, "the trigger");
-    }
-
-private:
-    /// The chime is sent as it is between commas; the text is all that follows.
-    void check() const {
-        require(preChime.find(',') == std::string::npos,
-                "the pre-chime '" + preChime + "' has a comma");
-        requireUtf8("the text", preChime);
-        requireUtf8("the text", display);
     }
 };
 

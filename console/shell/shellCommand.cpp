@@ -86,7 +86,7 @@ private:
         if (onTerminal_) {
             interrupt::rearm();
         }
-        notices_.reportAfter(command, reported);
+        notices_.report(command, reported);
         return command != "exit" && command != "quit";
     }
 

@@ -7,12 +7,6 @@
 
 namespace console {
 
-namespace {
-
-constexpr std::size_t gap = 2;  // columns between two cells
-
-}  // namespace
-
 TextTable::TextTable(std::vector<std::string> headings) : rows_{std::move(headings)} {}
 
 void TextTable::addRow(const std::vector<std::string>& cells) {

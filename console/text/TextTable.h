@@ -23,6 +23,8 @@ public:
     std::string text(std::size_t columns = 0) const;
 
 private:
+    static constexpr std::size_t gap = 2;  // columns between two cells
+
     std::vector<std::size_t> widths(std::size_t columns) const;
 
     std::vector<std::vector<std::string>> rows_;  // the headings first; clean texts
