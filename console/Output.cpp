@@ -19,7 +19,7 @@ void Output::write(const std::string& lines) {
     stream_ << lines << std::flush;
     if (!stream_) {
         isClosed_ = isClosed_ || errno == EPIPE;
-        stream_.clear();     // what a signal has ended may go on after it
+        stream_.clear();     // what a signal has ended may continue after it
         interrupt::check();  // it ends a write that waits for the reader
         throw Failure(ExitCode::Usage, "the output cannot be written");
     }

@@ -15,7 +15,7 @@ class CommandPlace {
 public:
     explicit CommandPlace(const CLI::App& parser, const std::vector<std::string>& words = {});
 
-    /// Goes on by one word.
+    /// Moves on by one word.
     void pass(const std::string& word);
 
     /// Whether the word that comes next is the value of the option before.

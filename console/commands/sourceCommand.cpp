@@ -64,7 +64,7 @@ void printZones(const Context& context, const PaSource& source) {
     for (const std::string& zone : attached) {
         table.addRow({"zone", zone});
     }
-    context.write(table, report);
+    context.settings.json ? context.writeJson(report) : context.out.write(table.text());
 }
 
 // -------------------------------------------------------------------------------------- levels

@@ -65,7 +65,7 @@ void status(const Context& context) {
                                                    : value.dump();
         table.addRow({entry.key().substr(1), text});
     }
-    context.write(table, report);
+    context.settings.json ? context.writeJson(report) : context.out.write(table.text());
 }
 
 }  // namespace

@@ -72,7 +72,7 @@ LineEditor::LineEditor(FILE* in, FILE* out, Output& diagnostics, HistoryFile& hi
     el_set(edit, EL_EDITOR, "emacs");
     el_set(edit, EL_HIST, ::history, history_.get());
     el_set(edit, EL_GETCFN, readKey);
-    // The narrow function would keep copies of the names for good.
+    // The narrow function would never free its copies of the names.
     el_wset(edit, EL_ADDFN, L"complete", L"Complete the word", onTab);
     el_set(edit, EL_BIND, "^I", "complete", nullptr);
     el_set(edit, EL_BIND, "^R", "em-inc-search-prev", nullptr);

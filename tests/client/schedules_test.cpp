@@ -2,6 +2,7 @@
 
 #include <stdexcept>
 
+#include "client/scheduleJson.h"
 #include "tests/client/changes.h"
 #include "tests/client/serverFixture.h"
 #include "tests/support/schedules.h"
@@ -124,6 +125,37 @@ TEST_F(SchedulesTest, AreImportedOneByOne) {
     EXPECT_EQ(cut.imported, 1U) << "as before";
     EXPECT_EQ(cut.unknownEntry, 2U);
     EXPECT_EQ(textOf(cut.unknown), "timed out");
+}
+
+TEST_F(SchedulesTest, AreReadFromJsonAsTheServerSpellsThem) {
+    putSchedule(wordy(hostile), {});
+    const std::vector<ImportEntry> same =
+        readSchedules(parseScheduleList(schedulesAsJson().dump()));
+    ASSERT_EQ(same.size(), 1U);
+    EXPECT_EQ(same[0].schedule, wordy(hostile));
+
+    const auto read = readSchedules(parseScheduleList(R"([
+        {"Id": 1, "paZones": ["yard", "CELLAR"], "ttsList": [{"text": "x", "voice": "amelia", "language": "EN"}]},
+        {"Id": 1.5}, {"Id": 2147483648}, {"id": 1}, 7, {"paZones": ["Yrad"]},
+        {"ttsList": [{"text": 1}]}])"));
+    EXPECT_EQ(read[0].schedule.paZones, (std::vector<std::string>{"Yard", "Cellar"}));
+    EXPECT_EQ(read[0].schedule.ttsList.at(0).voice, "Amelia");
+    EXPECT_EQ(read[0].schedule.ttsList.at(0).language, "en");
+    std::string faults;
+    for (const ImportEntry& entry : read) {
+        faults += entry.fault + '\n';
+    }
+    EXPECT_EQ(faults,
+              "\n"
+              "the member 'Id' is not a whole number from -2147483648 to 2147483647\n"
+              "the member 'Id' is not a whole number from -2147483648 to 2147483647\n"
+              "the member 'id' is not known\n"
+              "is not an object\n"
+              "there is no zone 'Yrad'; did you mean 'Yard'?\n"
+              "the member 'ttsList' the member 'text' is not a text\n");
+    for (const char* const text : {"", "[1", "{}", "\"x\"", "[]]"}) {
+        EXPECT_THROW(parseScheduleList(text), std::invalid_argument) << text;
+    }
 }
 
 }  // namespace
