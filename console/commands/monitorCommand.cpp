@@ -200,7 +200,8 @@ struct Monitor {
         require(!hasScript || (!seconds && !isSnapshot),
                 "--seconds and --snapshot cannot be combined with --script");
         const std::filesystem::path& script = context.settings.script;
-        if (hasScript && !std::filesystem::is_fifo(script)) {  // which can be opened once
+        std::error_code unknown;
+        if (hasScript && !std::filesystem::is_fifo(script, unknown)) {  // which can be opened once
             LineFile(script.string(), "script");
         }
         context.connected();

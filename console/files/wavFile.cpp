@@ -1,6 +1,7 @@
 #include "console/files/wavFile.h"
 
 #include <cstdio>
+#include <filesystem>
 #include <sndfile.hh>
 
 #include "console/ExitCode.h"
