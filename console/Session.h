@@ -25,8 +25,7 @@ struct Settings {
     std::optional<double> timeout;   ///< seconds
     std::filesystem::path spool;  ///< where the simulated server keeps uploads; empty: for itself
     std::filesystem::path state;  ///< where it keeps schedules; empty: nowhere
-    std::optional<paclient::DateTime>
-        clock;  ///< what it is at the station at first; empty: the real time
+    std::optional<paclient::DateTime> clock;  ///< of the station at first; empty: the real time
     long debug = 0;
     std::filesystem::path script;  ///< a file, "-" for the standard input, empty for none
 };
@@ -52,8 +51,7 @@ public:
 
     /// Waits until everything that the server has reported so far has reached every
     /// `paclient::Subscription`.
-    /// @throws Failure when the connection is lost meanwhile, the time is up, or the user
-    /// interrupts
+    /// @throws Failure when the connection is lost or the time is up, and when the user interrupts
     void waitUntilDelivered();
 
     /// Of a session that has been connected.

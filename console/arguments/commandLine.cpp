@@ -10,6 +10,7 @@
 #include "console/ExitCode.h"
 #include "console/arguments/CommandPlace.h"
 #include "console/arguments/options.h"
+#include "console/following/operate.h"
 
 namespace console {
 

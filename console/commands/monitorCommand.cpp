@@ -7,6 +7,7 @@
 #include "console/Console.h"
 #include "console/commands/commands.h"
 #include "console/files/LineFile.h"
+#include "console/following/operate.h"
 #include "console/interrupt.h"
 #include "console/text/changeText.h"
 #include "framework/posixThread.h"

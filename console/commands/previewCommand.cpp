@@ -33,15 +33,14 @@ struct PreviewFile {
 
     void run(const Context& context) const {
         requireUtf8("the text", text);
-        const bool isPrinted = out == "-";
         std::optional<pautil::AtomicFile> file;
-        if (!isPrinted) {
+        if (out != "-") {
             file.emplace(out);
         }
         context.connected();
         const std::filesystem::path audio = render(context);
         const WavFormat format = formatOf(audio);
-        if (isPrinted) {
+        if (!file) {
             std::ostringstream bytes;
             bytes << std::ifstream(audio, std::ios::binary).rdbuf();
             context.out.write(bytes.str());

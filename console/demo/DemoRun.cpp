@@ -7,6 +7,7 @@
 #include "client/resources.h"
 #include "console/Console.h"
 #include "console/arguments/words.h"
+#include "console/following/operate.h"
 #include "console/interrupt.h"
 #include "console/text/changeText.h"
 #include "sdk/PAController.h"
