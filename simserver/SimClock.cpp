@@ -1,6 +1,8 @@
 #include "simserver/SimClock.h"
 
 #include <algorithm>
+#include <array>
+#include <charconv>
 #include <cmath>
 #include <stdexcept>
 
@@ -44,6 +46,12 @@ double SimClock::realMSUntil(SimTime time) const {
 
 std::time_t SimClock::wallTime() const {
     return epoch_ + std::chrono::duration_cast<std::chrono::seconds>(now_).count();
+}
+
+std::string SimClock::speedText() const {
+    std::array<char, 32> text{};
+    const auto result = std::to_chars(text.data(), text.data() + text.size(), speed_);
+    return std::string(text.data(), result.ptr);
 }
 
 }  // namespace simserver

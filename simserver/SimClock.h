@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <string>
 
 #include "simserver/Options.h"
 #include "simserver/SimTime.h"
@@ -28,6 +29,9 @@ public:
     /// The wall clock of the server, at `now` and at simulated time 0.
     std::time_t wallTime() const;
     std::time_t epoch() const { return epoch_; }
+
+    /// Simulated seconds in a real one, as text.
+    std::string speedText() const;
 
     bool isManual() const { return manual_; }
 

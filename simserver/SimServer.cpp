@@ -66,6 +66,7 @@ void SimServer::publishAll() {
     connected.serverInfo.set("software", "simulated audio server");
     connected.serverInfo.set("timeZone", station.timeZone);
     connected.serverInfo.set("clock", std::to_string(context_.clock.wallTime()));
+    connected.serverInfo.set("speed", context_.clock.speedText());
     context_.publisher.event(std::move(connected));
     sources_.publishAll();
     sinks_.publishAll();
@@ -130,16 +131,23 @@ void SimServer::perform(const pa::Operation& operation) {
     settle();
 }
 
-void SimServer::handleOperation(const pa::Operation& operation) {
+std::optional<palink::Refusal> SimServer::operate(const pa::Operation& operation) {
     const std::lock_guard guard(lock_);
-    if (requestsIgnored_) {
-        return;
-    }
     try {
         perform(operation);
+        return std::nullopt;
     } catch (const Refused& refused) {
-        context_.publisher.event(
-            palink::Refusal{operation.type, refused.requestId(), refused.what()});
+        return palink::Refusal{operation.type, refused.requestId(), refused.what()};
+    }
+}
+
+void SimServer::handleOperation(const pa::Operation& operation) {
+    if (ignored().requests) {
+        return;
+    }
+    if (auto refusal = operate(operation)) {
+        const std::lock_guard guard(lock_);
+        context_.publisher.event(std::move(*refusal));
     }
 }
 
@@ -159,16 +167,6 @@ palink::UploadResult SimServer::storeFile(const std::string& localPath,
 }
 
 // --------------------------------------------------------------------------- the server's own side
-
-std::optional<std::string> SimServer::operateAsOther(const pa::Operation& operation) {
-    const std::lock_guard guard(lock_);
-    try {
-        perform(operation);
-        return std::nullopt;
-    } catch (const Refused& refused) {
-        return refused.what();
-    }
-}
 
 void SimServer::setTrigger(int triggerId, bool active) {
     const std::lock_guard guard(lock_);
@@ -211,6 +209,12 @@ IgnoredOperations SimServer::ignored() const {
 
 Contents SimServer::contents() const {
     return {context_.station.dictionary, context_.content.recordings()};  // they do not change
+}
+
+std::int64_t SimServer::clockMS() const {
+    const std::lock_guard guard(lock_);
+    constexpr std::int64_t perSecond = 1000;
+    return context_.clock.epoch() * perSecond + context_.clock.target().count();
 }
 
 void SimServer::waitUntilSpoken() {

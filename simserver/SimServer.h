@@ -2,6 +2,7 @@
 
 #include <chrono>
 #include <condition_variable>
+#include <cstdint>
 #include <memory>
 #include <mutex>
 #include <optional>
@@ -52,10 +53,16 @@ public:
     /// time. Source locks lapse by the real clock; they are checked too, also after 0 ms.
     void advance(std::chrono::milliseconds simulated);
 
-    /// Does what another client asks for, beside the connected one. The connected client receives
-    /// the changes, but no refusal.
+    /// Does what a client asks for, whichever it is and whatever is ignored. The connected client
+    /// receives the changes, but no refusal.
     /// @return why it is refused, nothing when it is done
-    std::optional<std::string> operateAsOther(const pa::Operation& operation);
+    std::optional<palink::Refusal> operate(const pa::Operation& operation);
+
+    /// The wall clock of the server, in ms since 1970 UTC.
+    [[nodiscard]] std::int64_t clockMS() const;
+
+    /// Where uploads are put.
+    [[nodiscard]] const UploadFolder& uploads() const { return context_.uploads; }
 
     /// @name As the functions of SimControl with these names
     /// @{

@@ -11,43 +11,10 @@
 
 namespace palink {
 
-namespace {
-
-/// What a text takes beside the object itself.
-std::size_t heapBytes(const std::string& text) {
-    constexpr std::size_t block = 16;  // what the allocator keeps of a block, rounding included
-    static const std::size_t inside = std::string().capacity();
-    return text.capacity() > inside ? text.capacity() + block : 0;
-}
-
-struct HeapBytes {
-    std::size_t operator()(const Connected& connected) const {
-        constexpr std::size_t perEntry = 256;
-        return connected.serverInfo.size() * perEntry;
-    }
-    std::size_t operator()(const Disconnected& disconnected) const {
-        return heapBytes(disconnected.reason);
-    }
-    std::size_t operator()(const Record& record) const {
-        std::size_t bytes = record.fields.capacity() * sizeof(pa::RecordFields::value_type);
-        for (const auto& field : record.fields) {
-            bytes += field ? heapBytes(*field) : 0;
-        }
-        return bytes;
-    }
-    std::size_t operator()(const Refusal& refusal) const {
-        return heapBytes(refusal.requestId) + heapBytes(refusal.reason);
-    }
-    template <class Plain>
-    std::size_t operator()(const Plain& /*event*/) const {
-        return 0;
-    }
-};
-
-}  // namespace
-
 EmbeddedTransport::EmbeddedTransport(EmbeddedServer& server, std::size_t maxBytes)
-    : server_(server), maxBytes_(maxBytes) {}
+    : server_(server),
+      queue_("embedded-link", maxBytes, [this](const ServerEvent& event) { return admit(event); }) {
+}
 
 EmbeddedTransport::~EmbeddedTransport() {
     stop();
@@ -61,8 +28,7 @@ void EmbeddedTransport::start(ServerEventSink& sink) {
         connected_ = false;
         backoff_.reset();
     }
-    delivery_ =
-        std::make_unique<pa::PosixThread>("embedded-link", [this, &sink] { runDelivery(sink); });
+    queue_.start(sink);
     calls_ = std::make_unique<pa::PosixThread>("embedded-calls", [this] { runCalls(); });
     server_.connectClient(*this);
 }
@@ -70,11 +36,8 @@ void EmbeddedTransport::start(ServerEventSink& sink) {
 void EmbeddedTransport::stop() {
     if (generation_ != pa::forkGeneration()) {
         // In the child of a fork: it has none of the threads, and a lock may never be given back.
-        for (std::condition_variable* const waitedFor :
-             {&arrived_, &spaceFreed_, &delivered_, &callRequested_}) {
-            pa::forgetWaiters(*waitedFor);
-        }
-        delivery_.reset();
+        pa::forgetWaiters(callRequested_);
+        queue_.stop();
         calls_.reset();
         return;
     }
@@ -84,20 +47,15 @@ void EmbeddedTransport::stop() {
             return;
         }
         running_ = false;
-        queue_.clear();
-        bytes_ = 0;
-        full_ = false;
         meterRequests_.clear();
         roundTrip_.reset();
         connectAtMS_.reset();
     }
-    arrived_.notify_all();
-    // Before the server is called: it may wait for space with the lock that disconnectClient takes.
-    spaceFreed_.notify_all();
-    delivered_.notify_all();
     callRequested_.notify_all();
+    // Before the server is called: it may wait for space with the lock that disconnectClient takes.
+    queue_.close();
     server_.disconnectClient();
-    delivery_.reset();
+    queue_.stop();
     calls_.reset();
 }
 
@@ -132,81 +90,27 @@ bool EmbeddedTransport::requestRoundTrip(std::uint64_t number) {
 
 UploadResult EmbeddedTransport::upload(const std::string& localPath,
                                        const std::string& serverPath) {
-    // The thread that uploads may hold what the delivery needs: an observer's callback that plays a
-    // file has the controller's mutex. The server must not keep its lock for want of space
-    // meanwhile.
-    const auto count = [this](int more) {
-        const std::lock_guard guard(lock_);
-        uploads_ += more;
-        spaceFreed_.notify_all();
-    };
-    count(1);
-    try {
-        UploadResult result = server_.storeFile(localPath, serverPath);
-        count(-1);
-        return result;
-    } catch (...) {
-        count(-1);
-        throw;
-    }
+    const DeliveryQueue::Upload underWay(queue_);
+    return server_.storeFile(localPath, serverPath);
 }
 
 void EmbeddedTransport::waitUntilDelivered() {
-    std::unique_lock guard(lock_);
-    delivered_.wait(guard, [this] { return queue_.empty() && heldBack_ == 0 && !delivering_; });
+    queue_.waitUntilDelivered();
 }
 
 void EmbeddedTransport::deliver(ServerEvent event) {
-    const std::size_t bytes = sizeof(Waiting) + std::visit(HeapBytes{}, event);
-    std::unique_lock guard(lock_);
-    if (std::this_thread::get_id() != deliveryThread_) {
-        ++heldBack_;
-        spaceFreed_.wait(guard, [this] { return !running_ || !full_ || uploads_ > 0; });
-        --heldBack_;
-    }
-    const bool isLost = std::holds_alternative<RoundTripComplete>(event) && roundTripLost_;
-    if (!running_ || isLost) {
-        delivered_.notify_all();
-        return;
-    }
-    noteConnection(event);
-    queue_.push_back({std::move(event), bytes});
-    bytes_ += bytes;
-    full_ = full_ || bytes_ >= maxBytes_;  // until half of it has been delivered
-    arrived_.notify_one();
-}
-
-void EmbeddedTransport::runDelivery(ServerEventSink& sink) {
-    std::unique_lock guard(lock_);
-    deliveryThread_ = std::this_thread::get_id();
-    while (true) {
-        arrived_.wait(guard, [this] { return !running_ || !queue_.empty(); });
-        if (!running_) {
-            break;
-        }
-        ServerEvent event = std::move(queue_.front().event);
-        bytes_ -= queue_.front().bytes;
-        queue_.pop_front();
-        if (full_ && bytes_ <= maxBytes_ / 2) {
-            full_ = false;
-            spaceFreed_.notify_all();
-        }
-        delivering_ = true;
-        guard.unlock();
-        sink.deliver(std::move(event));
-        guard.lock();
-        delivering_ = false;
-        if (queue_.empty()) {
-            delivered_.notify_all();
-        }
-    }
-    deliveryThread_ = {};
+    queue_.add(std::move(event));
 }
 
 // -------------------------------------------------------------------------- connection and calls
 
-/// With lock_ held: what the event means for the connection.
-void EmbeddedTransport::noteConnection(const ServerEvent& event) {
+/// Notes what an event that is about to be queued means for the connection.
+/// @return whether it is queued
+bool EmbeddedTransport::admit(const ServerEvent& event) {
+    const std::lock_guard guard(lock_);
+    if (!running_ || (std::holds_alternative<RoundTripComplete>(event) && roundTripLost_)) {
+        return false;
+    }
     if (std::holds_alternative<Connected>(event)) {
         connected_ = true;
         connectAtMS_.reset();
@@ -219,6 +123,7 @@ void EmbeddedTransport::noteConnection(const ServerEvent& event) {
         roundTripLost_ = true;
         connectLater();
     }
+    return true;
 }
 
 /// With lock_ held.

@@ -3,16 +3,15 @@
 #include <condition_variable>
 #include <cstddef>
 #include <cstdint>
-#include <deque>
 #include <map>
 #include <memory>
 #include <mutex>
 #include <optional>
 #include <string>
-#include <thread>
 
 #include "framework/posixThread.h"
 #include "link/Backoff.h"
+#include "link/DeliveryQueue.h"
 #include "link/Transport.h"
 
 namespace palink {
@@ -50,10 +49,9 @@ public:
 
 /// Joins the SDK to a server in the same process.
 ///
-/// What the server reports waits in a queue and is delivered on a thread of the transport, so that
-/// the server never runs code of the application. The queue is bounded by memory: while it is full
-/// the server's threads wait in `deliver`, with whatever locks they hold, until half of it has been
-/// delivered. So nothing that an observer calls waits for the server: operations are handed over on
+/// What the server reports waits in a `DeliveryQueue`, so that the server never runs code of the
+/// application. While it is full the server's threads wait, with whatever locks they hold. So
+/// nothing that an observer calls waits for the server: operations are handed over on
 /// the send queue's thread, level meters and round trips on a second thread of the transport. A
 /// request for a level meter that still waits there is replaced by a later one for the same
 /// element, a round trip by a later one. While a file is uploaded the queue takes what comes: an
@@ -63,12 +61,10 @@ public:
 /// second thread, after pauses by `Backoff` on the host's clock.
 class EmbeddedTransport final : public Transport, private ServerEventSink {
 public:
-    /// How much may wait to be delivered, by default: about 16,000 records of 1 KB.
-    static constexpr std::size_t defaultMaxBytes = std::size_t{16} << 20U;
-
     /// @param server   must outlive the transport
     /// @param maxBytes how much of what the server reports may wait, by an estimate of its size
-    explicit EmbeddedTransport(EmbeddedServer& server, std::size_t maxBytes = defaultMaxBytes);
+    explicit EmbeddedTransport(EmbeddedServer& server,
+                               std::size_t maxBytes = DeliveryQueue::defaultMaxBytes);
     ~EmbeddedTransport() override;
 
     /// Returns when the server has reported all that it reports to a new client.
@@ -85,14 +81,8 @@ public:
     void waitUntilDelivered();
 
 private:
-    struct Waiting {
-        ServerEvent event;
-        std::size_t bytes;
-    };
-
     void deliver(ServerEvent event) override;  // by the server
-    void runDelivery(ServerEventSink& sink);
-    void noteConnection(const ServerEvent& event);
+    bool admit(const ServerEvent& event);
     void connectLater();
     void connect();
     void runCalls();
@@ -101,26 +91,15 @@ private:
     void connectWhenDue(std::unique_lock<std::mutex>& guard);
 
     EmbeddedServer& server_;
-    const std::size_t maxBytes_;
+    DeliveryQueue queue_;
     // Of start and stop only.
-    std::unique_ptr<pa::PosixThread> delivery_;
     std::unique_ptr<pa::PosixThread> calls_;
     unsigned generation_ = pa::forkGeneration();  // of the process that has started it
 
     std::mutex lock_;
-    std::condition_variable arrived_;        // an event
-    std::condition_variable spaceFreed_;     // for more events
-    std::condition_variable delivered_;      // everything
     std::condition_variable callRequested_;  // a level meter, a round trip, a connection
     // Guarded by lock_.
     bool running_ = false;
-    std::deque<Waiting> queue_;
-    std::size_t bytes_ = 0;  // of what is in queue_
-    bool full_ = false;
-    int uploads_ = 0;           // under way
-    std::size_t heldBack_ = 0;  // threads of the server that wait for space
-    bool delivering_ = false;
-    std::thread::id deliveryThread_;
     bool connected_ = false;                  // by what the server has reported last
     std::map<int, bool> meterRequests_;       // by element
     std::optional<std::uint64_t> roundTrip_;  // the latest that waits: it answers those before

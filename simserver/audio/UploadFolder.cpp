@@ -20,18 +20,6 @@ fs::path madeFolder(const fs::path& wanted) {
     return wanted;
 }
 
-/// A new, empty file to write to, in a folder that is made if needed.
-fs::path newFile(const fs::path& folder) {
-    std::error_code ignored;
-    fs::create_directory(folder, ignored);
-    std::string name = (folder / ".upload-XXXXXX").string();
-    const pautil::Descriptor file(mkstemp(name.data()));
-    if (!file.isOpen()) {
-        throw Refused(pautil::lastError().message());
-    }
-    return name;
-}
-
 /// Waits until a file or folder has reached the disk, so that a power failure leaves it whole.
 void sync(const fs::path& path) {
     const pautil::Descriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC));
@@ -125,20 +113,36 @@ palink::UploadResult UploadFolder::store(const std::string& localPath,
 
 void UploadFolder::putWhole(const fs::path& place,
                             const std::function<void(const fs::path&)>& write) const {
-    const fs::path written = newFile(previews_);
-    std::error_code error;
+    const fs::path draft = newDraft();
     try {
-        write(written);
-        sync(written);
-        fs::rename(written, place, error);
-        if (error) {
-            throw Refused(error.message());
-        }
-        sync(place.parent_path());
+        write(draft);
+        putDraft(draft, place);
     } catch (...) {
-        fs::remove(written, error);
+        std::error_code ignored;
+        fs::remove(draft, ignored);
         throw;
     }
+}
+
+fs::path UploadFolder::newDraft() const {
+    std::error_code ignored;
+    fs::create_directory(previews_, ignored);
+    std::string name = (previews_ / ".upload-XXXXXX").string();
+    const pautil::Descriptor file(mkstemp(name.data()));
+    if (!file.isOpen()) {
+        throw Refused(pautil::lastError().message());
+    }
+    return name;
+}
+
+void UploadFolder::putDraft(const fs::path& draft, const fs::path& place) {
+    sync(draft);
+    std::error_code error;
+    fs::rename(draft, place, error);
+    if (error) {
+        throw Refused(error.message());
+    }
+    sync(place.parent_path());
 }
 
 }  // namespace simserver

@@ -50,6 +50,14 @@ public:
     void putWhole(const std::filesystem::path& place,
                   const std::function<void(const std::filesystem::path&)>& write) const;
 
+    /// A new, empty file to be written to and moved to its place; it is the caller's to remove.
+    /// @throws Refused when it cannot be made
+    std::filesystem::path newDraft() const;
+
+    /// Moves a draft to `place` as `putWhole` does.
+    /// @throws Refused when that is impossible; then the draft is still there
+    static void putDraft(const std::filesystem::path& draft, const std::filesystem::path& place);
+
     /// Copies a file of this machine; it replaces a file of the same name.
     palink::UploadResult store(const std::string& localPath, const std::string& serverPath) const;
 

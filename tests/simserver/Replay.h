@@ -177,7 +177,8 @@ struct ServerTest : testing::Test {
 
     /// Why an operation of another client is refused, or "done".
     std::string refusalOf(const std::string& operation) {
-        return server.operateAsOther(operationIn(operation)).value_or("done");
+        const auto refusal = server.operate(operationIn(operation));
+        return refusal ? refusal->reason : "done";
     }
 
     static pa::Operation operationIn(const std::string& step) {

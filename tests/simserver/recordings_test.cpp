@@ -18,10 +18,10 @@ struct RecordingsTest : TestFolder, ServerTest {
         Station station = smallStation();
         station.microphone.file = path() / microphone;
         SimServer other(station, {1.0, true, path()});
-        const auto refused = other.operateAsOther(operationIn("78/5 /home/quillon/tmp/r"));
+        const auto refused = other.operate(operationIn("78/5 /home/quillon/tmp/r"));
         other.advance(std::chrono::milliseconds(190));
-        other.operateAsOther(operationIn("78/6"));
-        return refused.value_or("");
+        other.operate(operationIn("78/6"));
+        return refused ? refused->reason : "";
     }
 };
 

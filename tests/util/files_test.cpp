@@ -12,6 +12,7 @@
 #include "util/FileError.h"
 #include "util/TemporaryFolder.h"
 #include "util/fileUri.h"
+#include "util/userFile.h"
 
 namespace {
 
@@ -36,6 +37,19 @@ struct FileTest : testing::Test {
     const pautil::TemporaryFolder folder{"pautil-test"};
     const fs::path path = folder.path();
 };
+
+TEST(UserFile, IsWhereTheEnvironmentHasThoseOfTheUser) {
+    const auto with = [](const char* state, const char* home) {
+        setenv("PA_TEST_STATE", state, 1);
+        setenv("HOME", home, 1);
+        return pautil::userFile("PA_TEST_STATE", ".local/state", "program/history");
+    };
+    const std::string home = std::getenv("HOME") != nullptr ? std::getenv("HOME") : "";
+    EXPECT_EQ(with("/state", "/home/ann"), "/state/program/history");
+    EXPECT_EQ(with("relative", "/home/ann"), "/home/ann/.local/state/program/history");
+    EXPECT_EQ(with("", ""), "");
+    setenv("HOME", home.c_str(), 1);
+}
 
 TEST_F(FileTest, IsReplacedOnlyWhenItIsComplete) {
     const fs::path original = path / "original";

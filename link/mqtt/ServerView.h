@@ -1,0 +1,114 @@
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "link/Backoff.h"
+#include "link/Transport.h"
+#include "link/mqtt/RecordMirror.h"
+#include "link/mqtt/ServerDirectory.h"
+#include "link/mqtt/topics.h"
+
+namespace palink {
+
+/// What follows from a message.
+struct ViewChange {
+    std::vector<ServerEvent> events;  ///< to deliver, in order
+    std::vector<std::string> subscribe;
+    std::vector<std::string> unsubscribe;  ///< before subscribing
+    bool fetchStatuses = false;            ///< subscribe to them again
+};
+
+/// What a client knows of its servers: which it uses, and what it has received of their records. It
+/// turns messages into events, and finds out what is missing. Not for use by two threads at a time.
+class ServerView {
+public:
+    /// How long count and checksum may differ without a message before records are fetched again.
+    static constexpr std::int64_t patienceMS = 1000;
+
+    explicit ServerView(const Destinations& wanted);
+
+    /// The connection to the broker is lost, and with it all knowledge.
+    /// @param reason for people
+    void lose(const std::string& reason, ViewChange& change);
+
+    /// @throws MalformedMessage
+    void takeStatus(int dstNo, std::string_view payload, ViewChange& change);
+
+    /// @param generation the user property of the message
+    /// @throws MalformedMessage; `change` holds all the same
+    void takeRecord(const topics::RecordTopic& topic, std::string_view payload,
+                    const std::optional<std::string>& generation, ViewChange& change);
+
+    /// Fetches again what has been missing for some time.
+    /// @return without events
+    ViewChange runDue();
+
+    /// When `runDue` has something to do, by the host's monotonic clock.
+    [[nodiscard]] std::optional<std::int64_t> nextDue();
+
+    /// The servers in use; null while there are none.
+    [[nodiscard]] const Selection* selection() const { return selection_ ? &*selection_ : nullptr; }
+
+    /// Why there are none, for people.
+    [[nodiscard]] const std::string& problem() const { return problem_; }
+
+    /// The generation of a server, 0 when it is not known.
+    [[nodiscard]] std::int64_t generation(int dstNo) const;
+
+    /// Whether the server that is in use takes control messages.
+    [[nodiscard]] bool hasControl() const;
+
+    /// Whether everything that the servers hold has arrived, but for what is on the way: what has
+    /// been missing for less than `patienceMS`.
+    [[nodiscard]] bool isSynced() const;
+
+    /// Since when `isSynced` is as it is, by the host's monotonic clock.
+    [[nodiscard]] std::int64_t sinceMS() const;
+
+    [[nodiscard]] std::uint64_t fetches() const { return fetches_; }  ///< beyond the first
+    [[nodiscard]] std::uint64_t leftBehind() const { return leftBehind_; }
+
+private:
+    struct Server {
+        explicit Server(const std::vector<pa::RecordKind>& kinds) : mirror(kinds) {}
+        RecordMirror mirror;
+        std::int64_t generation = 0;
+        std::int64_t messageMS = 0;               // when the last message came
+        std::int64_t fetchMS = 0;                 // the earliest time of the next fetch
+        std::optional<pa::RecordKind> fetched{};  // the last kind that was fetched again
+        bool hasProgress = false;                 // since then
+        Backoff backoff;
+    };
+
+    void selectServers(ViewChange& change);
+    void connect(Selection selection, ViewChange& change);
+    void disconnect(const std::string& reason, ViewChange& change);
+    [[nodiscard]] std::string reasonWithout(const std::string& problem) const;
+    [[nodiscard]] std::string reasonFor(const Selection& next) const;
+    static std::string addRecord(const topics::RecordTopic& topic, std::string_view payload,
+                                 ViewChange& change);
+    static void withdrawLeftovers(int dstNo, pa::RecordKind kind, KindMirror& mirror,
+                                  ViewChange& change);
+    void compare(ViewChange& change);
+    void fetch(int dstNo, Server& server, ViewChange& change);
+    std::int64_t dueMS(Server& server) const;
+
+    const Destinations wanted_;
+    ServerDirectory directory_;
+    std::optional<Selection> selection_;
+    std::string problem_;
+    std::map<int, Server> servers_;  // those in use, by destination number
+    bool complete_ = false;          // InitialSetComplete has been delivered
+    bool agrees_ = false;
+    std::int64_t agreesSinceMS_ = 0;  // since when agrees_ is as it is
+    std::int64_t syncedSinceMS_ = 0;
+    std::uint64_t fetches_ = 0;
+    std::uint64_t leftBehind_ = 0;
+};
+
+}  // namespace palink

@@ -1,0 +1,39 @@
+#pragma once
+
+#include <atomic>
+#include <chrono>
+#include <functional>
+#include <optional>
+#include <string>
+
+#include "link/Transport.h"
+#include "link/mqtt/Requests.h"
+
+namespace palink {
+
+/// Uploads of files, docs/link-protocol.md. May be used from any thread.
+class Uploads {
+public:
+    /// How long an upload goes on without progress.
+    static constexpr std::chrono::seconds patience{30};
+
+    /// @param requests must outlive this
+    /// @param server   gives the destination number of the server; nothing while there is none
+    Uploads(Requests& requests, std::function<std::optional<int>()> server);
+
+    /// Sends a file and waits for the result.
+    UploadResult upload(const std::string& localPath, const std::string& serverPath);
+
+    /// Has those that are under way, and later ones, end at once.
+    void stop() { stopped_ = true; }
+    void start() { stopped_ = false; }
+
+private:
+    class Upload;
+
+    Requests& requests_;
+    const std::function<std::optional<int>()> server_;
+    std::atomic<bool> stopped_{false};
+};
+
+}  // namespace palink

@@ -1,0 +1,243 @@
+#include <csignal>
+
+#include "link/mqtt/MqttClient.h"
+#include "tests/host/HostTest.h"
+#include "tests/mqtt/BrokerProcess.h"
+#include "tests/mqtt/NotingListener.h"
+#include "tests/mqtt/ScriptedPeer.h"
+#include "tests/support/thrownBy.h"
+
+namespace {
+
+using namespace std::chrono_literals;
+
+struct MqttClientTest : testing::Test {
+    void connect() {
+        client.start();
+        EXPECT_TRUE(listener.reports("connected\n"));
+    }
+    const TestFolder folder;
+    const std::string rights = folder.write("acl", "topic deny denied\ntopic readwrite #\n");
+    BrokerProcess broker{BrokerProcess::open + ("acl_file " + rights + "\n")};
+    NotingListener listener;
+    palink::MqttClient client{broker.options(), "pa-1", listener};
+};
+
+TEST_F(MqttClientTest, ConnectsAgainAfterTheBrokerHasRestarted) {
+    connect();
+    broker.kill();
+    const std::string text = listener.steps.waitFor("disconnected: cannot connect");
+    EXPECT_EQ(text.substr(0, text.find("cannot")),
+              "connected\ndisconnected: the broker has closed the connection\ndisconnected: ");
+    EXPECT_FALSE(client.publish({"a", ""}));
+    EXPECT_FALSE(client.subscribe({"a"}, 0));
+    broker.restart();
+    ASSERT_TRUE(listener.reports("cannot connect: Connection refused\nconnected\n"));
+    EXPECT_TRUE(client.publish({"a", ""}));
+}
+
+TEST_F(MqttClientTest, AMessageArrivesWithItsProperties) {
+    listener.noted = [](const palink::ReceivedMessage& message) {
+        return std::string(message.topic()) + (message.retained() ? " retained " : " ") +
+               std::string(message.payload()) + " for " + message.responseTopic() + " " +
+               std::to_string(message.correlation().size()) + " " +
+               std::to_string(message.expirySeconds().value_or(0)) + " " +
+               message.userProperty("generation").value_or("none") + "\n";
+    };
+    connect();
+    palink::MqttMessage full{"a/full", "text", 1, true};
+    full.responseTopic = "answers";
+    full.correlation = std::string("\0\1\2", 3);
+    full.expirySeconds = 1000;
+    full.userProperties = {{"client", "x"}, {"generation", "17"}};
+    client.publish(full);
+    ASSERT_TRUE(listener.reports("published 16\n"));
+    client.subscribe({"a/#", "b"}, 0);
+    client.publish({"b", "", 0});
+    EXPECT_EQ(listener.steps.waitFor("b "),
+              "connected\npublished 16\na/full retained text for answers 3 1000 17\n"
+              "b  for  0 0 none\n");
+    listener.steps.take();
+    client.unsubscribe({"a/#"});
+    client.subscribe({"a/#"}, 0, true);
+    client.publish({"a/own", "", 0});
+    client.publish({"b", "last", 0});
+    EXPECT_EQ(listener.steps.waitFor("last"),
+              "a/full retained text for answers 3 1000 17\nb last for  0 0 none\n")
+        << "retained messages again, none of its own";
+}
+
+TEST_F(MqttClientTest, TheBrokersReasonReachesThePublisher) {
+    connect();
+    EXPECT_NE(client.publish({"a", ""}), client.publish({"denied", ""}));
+    EXPECT_EQ(client.publish({"denied", "", 0}), 0);
+    ASSERT_TRUE(listener.reports("published 16\n"));
+    ASSERT_TRUE(listener.reports("published 135\n"));
+    EXPECT_NE(thrownBy<std::invalid_argument>([&] {
+                  client.publish({"a/#", ""});
+              }).find("cannot publish to \"a/#\": "),
+              std::string::npos);
+    palink::MqttMessage broken{"a", ""};
+    broken.userProperties = {{"client", "\xFF"}};
+    EXPECT_EQ(thrownBy<std::invalid_argument>([&] { client.publish(broken); }),
+              "MQTT cannot carry this user property");
+}
+
+TEST_F(MqttClientTest, WhatWaitsIsBoundedAndForgottenWithTheConnection) {
+    listener.whenConnected = [&] { client.subscribe({"a"}, 0); };
+    connect();
+    broker.signal(SIGSTOP);
+    for (std::size_t i = 0; i < client.maxOutstanding; ++i) {
+        EXPECT_TRUE(client.waitForSpace(0ms));
+        client.publish({"a", "old"});
+    }
+    EXPECT_FALSE(client.waitForSpace(0ms));
+    broker.signal(SIGCONT);
+    EXPECT_TRUE(client.waitForSpace(1min));
+
+    broker.signal(SIGSTOP);
+    std::size_t taken = 0;
+    const std::string large(100'000, 'x');
+    while (client.publish({"a", large})) {
+        ++taken;
+    }
+    EXPECT_GE(taken, client.maxWaitingBytes / large.size() - client.maxOutstanding);
+    EXPECT_LE(taken, client.maxWaitingBytes / large.size() + 1);
+    listener.steps.take();
+    broker.restart();
+    ASSERT_TRUE(listener.reports("connected\n"));
+    EXPECT_TRUE(client.publish({"a", "new"}));
+    EXPECT_EQ(listener.steps.waitFor("a = new").find("a = x"), std::string::npos);
+}
+
+TEST_F(MqttClientTest, TheWillIsPublishedUnlessTheClientLeaves) {
+    NotingListener watching;
+    palink::MqttClient watcher(broker.options(), "pa-2", watching);
+    watching.whenConnected = [&] { watcher.subscribe({"a"}, 0); };
+    watcher.start();
+    ASSERT_TRUE(watching.reports("connected\n"));
+    watcher.publish({"a", "begin", 0});
+    ASSERT_TRUE(watching.reports("begin\n"));
+    client.setWill({"a", "lost"});
+    connect();
+    client.dropConnection();
+    ASSERT_TRUE(listener.reports("dropped by this client\nconnected\n"));
+    client.publish({"a", "before the end"});
+    client.stop();
+    watcher.publish({"a", "after the end", 0});
+    EXPECT_EQ(watching.steps.waitFor("after the end"),
+              "connected\na = begin\na = lost\na = before the end\na = after the end\n");
+}
+
+TEST_F(MqttClientTest, TheApplicationsSettingOfSigpipeStays) {
+    const auto before = std::signal(SIGPIPE, SIG_DFL);
+    const palink::MqttClient another(broker.options(), "pa-2", listener);
+    EXPECT_EQ(std::signal(SIGPIPE, before), SIG_DFL);
+}
+
+/// Time does not pass: what ends here does so without a time limit.
+struct MqttClientStopTest : HostTest {
+    palink::MqttClient& start(const palink::BrokerOptions& options) {
+        client.emplace(options, "pa-1", listener);
+        client->start();
+        return *client;
+    }
+    NotingListener listener;
+    std::optional<palink::MqttClient> client;
+};
+
+TEST_F(MqttClientStopTest, AStopEndsEachState) {
+    start(palink::parseBrokerUrl("mqtt://127.0.0.1:1")).stop();
+    start(palink::parseBrokerUrl("mqtt://127.0.0.1:1"));
+    ASSERT_TRUE(listener.reports("disconnected: cannot connect: Connection refused\n"));
+    client->stop();  // in the pause
+
+    Listener busy(0);
+    busy.fillUp();
+    start(busy.options());
+    until([look = 0]() mutable { return ++look > 1000; });
+    client->stop();
+
+    const Listener silent(10);
+    start(silent.options());
+    const int accepted = accept(silent.descriptor(), nullptr, nullptr);
+    client->stop();
+    close(accepted);
+
+    BrokerProcess broker;
+    listener.steps.take();
+    start(broker.options());
+    ASSERT_TRUE(listener.reports("connected\n"));
+    broker.signal(SIGSTOP);
+    client->publish({"a", ""});
+    client->stop(1ms);
+    client->stop();
+}
+
+TEST_F(MqttClientStopTest, AnAttemptWithoutAnswerIsGivenUp) {
+    const Listener silent(10);
+    start(silent.options());
+    const int accepted = accept(silent.descriptor(), nullptr, nullptr);
+    until([this] {
+        nowMS += 100;
+        return listener.steps.text() == "disconnected: no answer within 10 s\n";
+    });
+    close(accepted);
+}
+
+TEST_F(MqttClientStopTest, EachReasonOfABrokerIsATextForPeople) {
+    const auto connectionRefused = [](char code) {
+        return std::string("\x20\x03\x00", 3) + code + '\0';
+    };
+    const std::string accepted("\x20\x03\x00\x00\x00", 5);
+    const auto ended = [](char code) { return std::string("\xE0\x02") + code + '\0'; };
+    const struct {
+        std::string first;
+        std::string second;
+        std::string expected;
+    } rows[] = {
+        {connectionRefused('\x86'), "", "refused: wrong user name or password"},
+        {connectionRefused('\x87'), "", "refused: the broker asks for a user name and a password"},
+        {connectionRefused('\x85'), "",
+         "refused: the broker does not accept the client identifier pa-1"},
+        {connectionRefused('\x8A'), "", "refused: the broker has banned this client"},
+        {connectionRefused('\x84'), "", "refused: the broker does not speak MQTT 5"},
+        {connectionRefused('\x89'), "",
+         "disconnected: the broker takes no more clients at the moment"},
+        {connectionRefused('\x80'), "",
+         "disconnected: the broker refuses the connection (reason code 128)"},
+        {"HTTP/1.1 400 Bad Request\r\n" + std::string(100, ' '), "",
+         "disconnected: what answers there does not speak MQTT 5"},
+        {accepted, ended('\x8B'), "disconnected: the broker is stopping"},
+        {accepted, ended('\x8E'),
+         "disconnected: another client has connected with the same identifier"},
+        {accepted, ended('\x8D'),
+         "disconnected: the broker has received nothing from this client for too long"},
+        {accepted, ended('\x95'), "disconnected: the broker does not take messages of this size"},
+        {accepted, ended('\x98'),
+         "disconnected: the broker's administrator has ended the connection"},
+        {accepted, ended('\x97'),
+         "disconnected: the broker has ended the connection (reason code 151)"},
+        {"", "",
+         "disconnected: what answers there has closed the connection: it may not be a broker, or "
+         "expect TLS"},
+        {accepted, std::string("\x90\x04\x00\x01\x00\x87", 6),
+         "disconnected: the broker has closed the connection"},
+    };
+    for (const auto& row : rows) {
+        std::vector<std::string> replies{row.first};
+        if (!row.second.empty()) {
+            replies.push_back(row.second);
+        }
+        const ScriptedPeer peer(replies);
+        listener.steps.take();
+        listener.whenConnected = [this] { client->subscribe({"pa/1/#"}, 0); };
+        start(peer.options());
+        const std::string text = listener.steps.waitFor("ed: ");
+        EXPECT_NE(text.find(row.expected + "\n"), std::string::npos) << text << row.expected;
+        client.reset();
+    }
+    EXPECT_EQ(log.text(), "E2 the broker refuses the subscription to pa/1/# (reason code 135)\n");
+}
+
+}  // namespace

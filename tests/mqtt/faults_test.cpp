@@ -1,0 +1,147 @@
+#include <string>
+#include <vector>
+
+#include "tests/mqtt/MqttLinkTest.h"
+
+namespace {
+
+using pa::RecordKind;
+
+/// Whatever arrives, the link goes on.
+struct LinkFaultsTest : MqttLinkTest {};
+
+TEST_F(LinkFaultsTest, AMalformedMessageIsReportedOnceAndDropped) {
+    startServer();
+    const std::string answers = "pa/clients/pa-0f8fad5b-d9cb-469f-a165-70867728950e/answers";
+    const struct {
+        std::string topic;
+        std::string payload;
+        const char* fault;
+        const char* generation = "1";
+        const char* correlation = "";
+    } rows[] = {
+        {"pa/1/records/20/2", "{", "no JSON array of strings and nulls"},
+        {"pa/1/records/20/3", "[1]", "no JSON array of strings and nulls"},
+        {"pa/1/records/20/4", std::string(100'000, '['), "no JSON array of strings and nulls"},
+        {"pa/1/records/20/5", std::string(10'000'000, 'x'), "a record of more than 1 MiB"},
+        {"pa/1/records/20/x", "[]", "no such topic"},
+        {"pa/1/records/20/99999999999", "[]", "no such topic"},
+        {"pa/1/records/20/6", "[]", "no generation", "x"},
+        {"pa/1/status", "[]", "no JSON object"},
+        {"pa/01/status", "{}", "no such topic"},
+        {answers, R"({"outcome":"accepted"})", "no correlation data"},
+        {answers, "{}", "outcome is missing", "1", "c"},
+    };
+    for (const auto& row : rows) {
+        palink::MqttMessage message;
+        message.topic = row.topic;
+        message.payload = row.payload;
+        message.correlation = row.correlation;
+        message.userProperties = {{"generation", row.generation}};
+        server.publish(message);
+        const std::string line = "E2 message on >" + row.topic + "< dropped: " + row.fault + '\n';
+        EXPECT_NE(log.waitFor(line).find(line), std::string::npos) << row.payload.substr(0, 20);
+        nowMS += 5000;  // at most ten lines are written in ten seconds
+    }
+    EXPECT_EQ(transport.statistics().malformed, std::size(rows));
+    // A kind that the client does not know is not subscribed to. An answer to no request, and the
+    // record of a server that is not used, are on the way at times: they are no fault.
+    server.publishRecord(static_cast<RecordKind>(99), 1, "[]");
+    palink::MqttMessage answer;
+    answer.topic = answers;
+    answer.payload = R"({"outcome":"accepted"})";
+    answer.correlation = "of no request";
+    server.publish(answer);
+    settle();
+    EXPECT_EQ(transport.statistics().malformed, std::size(rows));
+    EXPECT_EQ(events.steps.text().find("record"), std::string::npos) << events.steps.text();
+}
+
+TEST_F(LinkFaultsTest, AFloodOfMalformedMessagesFillsNoLog) {
+    startServer();
+    for (int i = 0; i < 1000; ++i) {
+        server.publish(server.retained("pa/1/records/20/x" + std::to_string(i), "["));
+    }
+    settle();
+    nowMS += 10'000;
+    server.publish(server.retained("pa/1/records/20/y", "["));
+    const std::string text = log.waitFor("20/y<");
+    EXPECT_NE(text.find("E2 990 more messages that are not as the protocol has them were dropped"),
+              std::string::npos);
+    EXPECT_EQ(std::count(text.begin(), text.end(), '\n'), 12);
+}
+
+TEST_F(LinkFaultsTest, AClientConnectsAgainAfterTheBrokerHasLostEverything) {
+    startServer();
+    EXPECT_TRUE(transport.requestRoundTrip(1));
+    events.steps.waitFor("round trip 1\n");
+    events.steps.take();
+    server.steps.take();
+    broker.kill();
+    EXPECT_EQ(events.steps.waitFor("disconnected").rfind("disconnected: the broker mqtt://", 0),
+              0U);
+    EXPECT_FALSE(transport.send(cancel("a")));
+    EXPECT_FALSE(transport.requestRoundTrip(2));
+    EXPECT_FALSE(transport.statistics().brokerConnected);
+    broker.restart();
+    passUntil([&] { return server.steps.text().find("ready\n") != std::string::npos; });
+    server.publishStatus();
+    passUntil([&] { return transport.statistics().dstNo == 1; });
+    server.publishRecord(RecordKind::Zone, 1, R"(["Z"])");
+    const std::string steps = events.steps.waitFor("synced\n");
+    EXPECT_NE(steps.find("\nconnected 1 1 Station 1\nrecord 1 zone 1 Z\nsynced\n"),
+              std::string::npos)
+        << steps;
+}
+
+TEST_F(LinkFaultsTest, ABrokerThatIsFrozenForATimeLosesNothing) {
+    startServer();
+    broker.signal(SIGSTOP);
+    EXPECT_TRUE(transport.send(cancel("a")));
+    nowMS += 4000;  // nothing is sent twice meanwhile
+    server.put(RecordKind::Zone, 2, {"Y"});
+    broker.signal(SIGCONT);
+    events.steps.waitFor("record 1 zone 2 Y\n");
+    settle();
+    EXPECT_EQ(server.steps.text(), "ready\noperations/92/18 \"a\"\nroundTrips \n");
+    EXPECT_EQ(transport.statistics().requests, 0U);
+}
+
+TEST_F(LinkFaultsTest, OfTwoClientsWithOneIdentifierEachConnectsAgain) {
+    startServer();
+    NotedEvents others;
+    palink::MqttTransport other(broker.options(), "0f8fad5b-d9cb-469f-a165-70867728950e");
+    other.start(others);
+    others.steps.waitFor("synced\n");
+    events.steps.waitFor("disconnected");
+    passUntil([&] { return others.steps.text().find("disconnected") != std::string::npos; });
+    other.stop();
+    passUntil([&] { return transport.statistics().synced; });
+    events.steps.waitFor("synced\n");
+}
+
+TEST_F(LinkFaultsTest, AStopEndsWhatWaitsAndASecondStartConnectsAgain) {
+    startServer();
+    server.answer = [](const palink::ReceivedMessage&) { return std::nullopt; };
+    EXPECT_TRUE(transport.send(cancel("a")));
+    std::string fault;
+    std::thread asking([&] {
+        try {
+            transport.control("dropClient", "{}");
+        } catch (const std::runtime_error& e) {
+            fault = e.what();
+        }
+    });
+    server.steps.waitFor("control/dropClient {}\n");
+    transport.stop();
+    asking.join();
+    EXPECT_EQ(fault, "the connection is lost");
+    EXPECT_NE(log.text().find("E2 the link has stopped: the outcome of 2 requests is unknown\n"),
+              std::string::npos);
+    events.steps.take();
+    transport.start(events);
+    EXPECT_EQ(events.steps.waitFor("synced\n"),
+              "connected 1 1 Station 1\nrecord 1 zone 1 Z\nsynced\n");
+}
+
+}  // namespace
