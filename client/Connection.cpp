@@ -61,7 +61,14 @@ std::chrono::milliseconds Connection::awayFor() const {
 void Connection::requireConnected(const Wait& wait) {
     WaitCourse course(wait);
     while (!isSynced()) {
+        const auto report = endpoint_.report();
+        if (report && report->isPermanent) {
+            throw NotConnected(report->problem);
+        }
         const auto slice = course.next();
+        if (!slice && report && !report->problem.empty()) {
+            throw NotConnected(report->problem);
+        }
         if (!slice) {
             const std::lock_guard guard(lock_);
             throw NotConnected(reason_.empty()

@@ -55,10 +55,9 @@ bool isSound(const ScheduleDefinition& schedule) {
 
 StationClock::StationClock() : StationClock(KeyValueMap()) {}
 
-StationClock::StationClock(const KeyValueMap& serverInfo, double speed)
+StationClock::StationClock(const KeyValueMap& serverInfo)
     : start_(pa::wallClock()),
       begunMS_(pa::monotonicMS()),
-      speed_(speed),
       timeZone_(knownZone(serverInfo.get_value("timeZone"))),
       calendar_(timeZone_.empty() ? utc : timeZone_) {
     const std::string reported = serverInfo.get_value("clock");
@@ -66,6 +65,12 @@ StationClock::StationClock(const KeyValueMap& serverInfo, double speed)
     std::from_chars(reported.data(), reported.data() + reported.size(), moment);
     if (moment > 0 && moment < endOfYear9999) {
         start_ = moment;
+    }
+    const std::string reportedSpeed = serverInfo.get_value("speed");
+    double speed = 0;
+    std::from_chars(reportedSpeed.data(), reportedSpeed.data() + reportedSpeed.size(), speed);
+    if (speed > 0 && std::isfinite(speed)) {
+        speed_ = speed;
     }
 }
 

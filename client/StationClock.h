@@ -20,13 +20,15 @@ public:
     StationClock();
 
     /// The clock as a server reports it when a connection begins: `clock`, the seconds since 1970
-    /// in UTC, and `timeZone`, as in the time-zone database. What is missing or cannot be read is
-    /// that of this machine, or unknown.
-    /// @param speed seconds of the station in one second
-    explicit StationClock(const KeyValueMap& serverInfo, double speed = 1);
+    /// in UTC, `timeZone`, as in the time-zone database, and `speed`, seconds of the station in one
+    /// second. What is missing or cannot be read is that of this machine, unknown, and 1.
+    explicit StationClock(const KeyValueMap& serverInfo);
 
     /// Seconds since 1970 UTC.
     [[nodiscard]] std::time_t now() const;
+
+    /// Seconds of the station in one second: not 1 at a simulated one.
+    [[nodiscard]] double speed() const { return speed_; }
 
     /// The name of the time zone, empty when it is not known.
     [[nodiscard]] const std::string& timeZone() const { return timeZone_; }

@@ -3,6 +3,7 @@
 #include <string>
 #include <vector>
 
+#include "client/Endpoint.h"
 #include "client/describe.h"
 #include "link/Transport.h"
 #include "resource/common/paInfo.h"
@@ -298,6 +299,22 @@ struct Members<palink::Refusal> {
         visit("operationNumber", record.operation.number);
         visit("requestId", record.requestId);
         visit("reason", record.reason);
+    }
+};
+
+template <>
+struct Members<LinkReport> {
+    template <class Record, class Visit>
+    static void visit(Record& record, Visit& visit) {
+        visit("synced", record.synced);
+        visit("forSeconds", record.forSeconds);
+        visit("problem", record.problem);
+        visit("generation", record.generation);
+        visit("requests", record.requests);
+        visit("queued", record.queued);
+        visit("unanswered", record.unanswered);
+        visit("dropped", record.dropped);
+        visit("fetchedAgain", record.fetchedAgain);
     }
 };
 

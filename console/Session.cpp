@@ -7,7 +7,6 @@
 #include "console/following/operate.h"
 #include "framework/log.h"
 #include "sdk/globals.h"
-#include "simserver/station/StationFile.h"
 #include "util/AtEnd.h"
 
 namespace console {
@@ -24,29 +23,11 @@ std::filesystem::path defaultScenario() {
         .lexically_normal();
 }
 
-/// @param path empty for the default scenario
-simserver::Station stationFrom(const std::filesystem::path& path) try {
-    return simserver::loadStation(path.empty() ? defaultScenario() : path);
-} catch (const simserver::ScenarioError& error) {  // which names the file without its folder
-    throw Failure(ExitCode::CannotConnect, (path.parent_path() / error.what()).string());
-}
-
-simserver::EmbeddedEndpoint endpointFor(const Settings& settings) try {
-    simserver::Options options;
-    options.speed = settings.speed;
-    options.spool = settings.spool;
-    options.state = settings.state;
-    const simserver::Station station = stationFrom(settings.scenario);
-    if (settings.clock) {
-        const auto& [date, time] = *settings.clock;
-        options.clock =
-            paclient::Calendar(station.timeZone)
-                .momentOf({date->year, date->month, date->day, time->hour, time->minute});
+std::unique_ptr<paclient::Endpoint> endpointFor(paserver::ServerChoice choice) try {
+    if (choice.scenario.empty()) {
+        choice.scenario = defaultScenario();
     }
-    return simserver::EmbeddedEndpoint(station, options);
-} catch (const std::filesystem::filesystem_error& error) {
-    throw Failure(ExitCode::CannotConnect,
-                  error.path1().string() + " cannot be used: " + error.code().message());
+    return paserver::openServer(choice, "PACONSOLE");
 } catch (const std::exception& error) {
     throw Failure(ExitCode::CannotConnect, error.what());
 }
@@ -70,11 +51,11 @@ pautil::AtEnd redirectLog(Output& diagnostics, long level) {
 struct Session::Link {
     Link(const Settings& settings, Output& diagnostics)
         : log(redirectLog(diagnostics, settings.debug)),
-          endpoint(endpointFor(settings)),
-          connection(endpoint) {}
+          endpoint(endpointFor(settings.server)),
+          connection(*endpoint) {}
 
     const pautil::AtEnd log;
-    simserver::EmbeddedEndpoint endpoint;
+    const std::unique_ptr<paclient::Endpoint> endpoint;
     paclient::Connection connection;
 };
 
@@ -92,8 +73,7 @@ bool Session::setClock() {
     const std::uint64_t number = link_->connection.number();
     const bool isNew = number != clockOf_ && number != 0;
     if (isNew) {
-        paclient::setStationClock(
-            paclient::StationClock(link_->connection.serverInfo(), settings_.speed));
+        paclient::setStationClock(paclient::StationClock(link_->connection.serverInfo()));
         clockOf_ = number;
     }
     return isNew;
@@ -133,7 +113,7 @@ paclient::Connection& Session::connection() {
 }
 
 simserver::SimControl& Session::simControl() {
-    simserver::SimControl* const control = link_->endpoint.simControl();
+    simserver::SimControl* const control = link_->endpoint->simControl();
     require(control != nullptr, "only a simulated server can do this");
     return *control;
 }

@@ -10,22 +10,18 @@
 #include <vector>
 
 #include "client/Connection.h"
-#include "client/scheduleTimes.h"
 #include "console/Output.h"
-#include "simserver/EmbeddedEndpoint.h"
+#include "paserver/ServerChoice.h"
+#include "simserver/SimControl.h"
 
 namespace console {
 
 /// The global options.
 struct Settings {
     bool json = false;
-    bool wide = false;               ///< tables are not cut to the terminal
-    std::filesystem::path scenario;  ///< empty for the default one
-    double speed = 1.0;              ///< simulated seconds per real second
-    std::optional<double> timeout;   ///< seconds
-    std::filesystem::path spool;  ///< where the simulated server keeps uploads; empty: for itself
-    std::filesystem::path state;  ///< where it keeps schedules; empty: nowhere
-    std::optional<paclient::DateTime> clock;  ///< of the station at first; empty: the real time
+    bool wide = false;                ///< tables are not cut to the terminal
+    paserver::ServerChoice server{};  ///< its scenario is empty for the default one
+    std::optional<double> timeout;    ///< seconds
     long debug = 0;
     std::filesystem::path script;  ///< a file, "-" for the standard input, empty for none
 };

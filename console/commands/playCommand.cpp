@@ -3,6 +3,7 @@
 #include <mutex>
 
 #include "client/Announcement.h"
+#include "client/StationClock.h"
 #include "client/checkMessage.h"
 #include "client/choose.h"
 #include "console/commands/commands.h"
@@ -102,14 +103,14 @@ private:
 
 /// How long a request plays, in seconds: that of its file and its text to show. Nothing when it has
 /// a content whose length only the server knows.
-std::optional<double> expectedSeconds(const Context& context, const PlayRequest& request) {
+std::optional<double> expectedSeconds(const PlayRequest& request) {
     const AudioRequest& wanted = request.audio;
     if (!wanted.items.empty() || !wanted.texts.empty() || request.recording) {
         return std::nullopt;
     }
     const double audio = wanted.file ? checkWav(*wanted.file).seconds : 0;
     const double visual = request.display ? request.validity : 0;
-    return std::max(audio, visual) / context.settings.speed;
+    return std::max(audio, visual) / stationClock().speed();
 }
 
 void printId(const Context& context, const std::string& id) {
@@ -145,7 +146,7 @@ std::string afterInterruption(const Context& context, const std::string& id) {
 
 void playAndWait(const Context& context, const PlayRequest& request,
                  const std::vector<std::string>& zones, const Message& message) {
-    PartStates states(context, expectedSeconds(context, request));
+    PartStates states(context, expectedSeconds(request));
     Announcement announcement(zones, message,
                               [&](Announcement::State, const Announcement::Part* part) {
                                   if (part != nullptr) {

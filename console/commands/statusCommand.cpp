@@ -1,6 +1,7 @@
 #include "client/StationClock.h"
 #include "client/resources.h"
 #include "console/commands/commands.h"
+#include "framework/clock.h"
 #include "sdk/PAController.h"
 #include "sdk/globals.h"
 
@@ -23,6 +24,19 @@ void addLocks(Json& report) {
     }
     report["lockedByThisClient"] = own;
     report["lockedByOthers"] = others;
+}
+
+/// How the way to a distant server is doing, with the time of a round trip.
+void addLink(Json& report, Session& session) {
+    const Endpoint& endpoint = session.connection().endpoint();
+    const auto link = endpoint.report();
+    if (!link) {
+        return;
+    }
+    const std::int64_t before = pa::monotonicMS();
+    session.waitUntilDelivered();
+    report["link"] = {{"address", endpoint.name()}, {"roundTripMS", pa::monotonicMS() - before}};
+    report["link"].update(toJson(*link));
 }
 
 /// What the server has reported of itself, and what it holds.
@@ -49,6 +63,7 @@ Json statusOf(Session& session) {
                    {"schedules", gPaController.listSchedules().size()},
                    {"announcements", gPaController.getAnnouncementRequests().size()}};
     addLocks(report);
+    addLink(report, session);
     return report;
 }
 

@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "client/Announcement.h"
+#include "client/StationClock.h"
 #include "client/resources.h"
 #include "console/Console.h"
 #include "console/arguments/words.h"
@@ -152,7 +153,7 @@ std::string DemoRun::valueOf(const std::string& name) const {
 /// @return what has been seen
 std::string DemoRun::waitedFor(const std::string& line) {
     filled(line);  // what it needs is there
-    const double speed = context_.settings.speed;
+    const double speed = paclient::stationClock().speed();
     const struct {
         const char* line;
         const char* awaited;

@@ -88,7 +88,7 @@ void warnOfEnd(const Context& context, const std::string& what) {
 }
 
 void warnUnlessKept(const Context& context, const std::string& what) {
-    if (context.settings.state.empty()) {
+    if (context.settings.server.state.empty()) {
         warnOfEnd(context, "without --state " + what);
     }
 }

@@ -47,14 +47,6 @@ bool isFitForTerminal(const std::string& line) {
 
 }  // namespace
 
-fs::path historyPath(const char* stateHome, const char* home) {
-    const auto isAbsolute = [](const char* text) { return text != nullptr && *text == '/'; };
-    if (isAbsolute(stateHome)) {
-        return fs::path(stateHome) / "paconsole/history";
-    }
-    return isAbsolute(home) ? fs::path(home) / ".local/state/paconsole/history" : fs::path();
-}
-
 HistoryFile::HistoryFile(fs::path path, Output& diagnostics)
     : path_(std::move(path)), diagnostics_(diagnostics) {}
 

@@ -8,12 +8,6 @@
 
 namespace console {
 
-/// Where the lines of a user's shells are kept, by two variables of the environment; empty when
-/// neither gives an absolute path.
-/// @param stateHome XDG_STATE_HOME, null when it is not set
-/// @param home      HOME, null when it is not set
-std::filesystem::path historyPath(const char* stateHome, const char* home);
-
 /// The lines of earlier shells, in a file that only the user can read. A line is added as soon as
 /// it is typed, so that several shells share the file. A failure is reported once and is no error.
 class HistoryFile {

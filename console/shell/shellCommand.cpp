@@ -1,5 +1,4 @@
 #include <cstdio>
-#include <cstdlib>
 #include <iostream>
 #include <unistd.h>
 
@@ -11,6 +10,7 @@
 #include "console/interrupt.h"
 #include "console/shell/LineEditor.h"
 #include "sdk/PAController.h"
+#include "util/userFile.h"
 
 namespace console {
 
@@ -37,9 +37,8 @@ public:
 
     /// On a terminal a failure has been seen, and the shell itself has not failed.
     void runOnTerminal(bool keepsHistory) {
-        const char* const stateHome = std::getenv("XDG_STATE_HOME");  // NOLINT: it is constant
-        const char* const home = std::getenv("HOME");                 // NOLINT: as above
-        HistoryFile history(keepsHistory ? historyPath(stateHome, home) : "", context_.diagnostics);
+        const auto path = pautil::userFile("XDG_STATE_HOME", ".local/state", "paconsole/history");
+        HistoryFile history(keepsHistory ? path : "", context_.diagnostics);
         const auto completeLine = [](const std::string& line) {
             const CommandParser parser(Settings{}, LineKind::Shell);
             return complete(line, parser.tree(), knownNames);

@@ -74,7 +74,8 @@ TEST(StationClock, IsThatOfTheServerAndKnowsWhenASchedulePlaysNext) {
         KeyValueMap info;
         info.set("clock", reported.substr(0, blank));
         info.set("timeZone", reported.substr(blank + 1));
-        const StationClock clock(info, 60);
+        info.set("speed", "60");
+        const StationClock clock(info);
         passedMS += 500;  // half a minute of the station
         return clock.momentText(clock.now()) + ", " + dateText(clock.date()) + ", " +
                clock.nextRunText(s) + ".";

@@ -63,7 +63,7 @@ TEST(Demo, undoesWhatItDidWhenItEndsEarly) {
     std::ostringstream errors;
     console::Output diagnostics(errors);
     console::Settings settings;
-    settings.speed = 500;
+    settings.server.speed = 500;
     console::Session session(settings, diagnostics);
     const console::Context context{settings, out, diagnostics, -1, session};
     EXPECT_THROW(console::runLine(context, {"demo"}, console::LineKind::Shell), console::Failure);

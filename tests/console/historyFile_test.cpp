@@ -13,15 +13,6 @@ namespace fs = std::filesystem;
 using console::HistoryFile;
 using Lines = std::vector<std::string>;
 
-TEST(HistoryFile, isWhereTheUserKeepsState) {
-    using console::historyPath;
-    EXPECT_EQ(historyPath("/state", "/home/ann"), "/state/paconsole/history");
-    EXPECT_EQ(historyPath(nullptr, "/home/ann"), "/home/ann/.local/state/paconsole/history");
-    EXPECT_EQ(historyPath("relative", "/home/ann"), "/home/ann/.local/state/paconsole/history");
-    EXPECT_EQ(historyPath("", ""), "");
-    EXPECT_EQ(historyPath(nullptr, nullptr), "");
-}
-
 TEST(HistoryFile, keepsTheNewestLinesForTheUserOnly) {
     const TestFolder folder;
     const fs::path path = folder.path() / "new/folder/history";

@@ -1,0 +1,160 @@
+#include "paserver/BrokerServer.h"
+
+#include <algorithm>
+#include <limits>
+#include <utility>
+
+#include "framework/clock.h"
+#include "framework/log.h"
+
+namespace paserver {
+
+BrokerServer::BrokerServer(ServerSettings settings)
+    : settings_(std::move(settings)),
+      dstNo_(settings_.station.dstNo),
+      publications_(dstNo_, wake_),
+      generation_(hostClockMS()),
+      role_(dstNo_, settings_.precedence) {
+    startSimulation();
+    join();
+    thread_ = std::make_unique<pa::PosixThread>("broker-server", [this] { run(); });
+}
+
+BrokerServer::~BrokerServer() {
+    requestStop();
+    thread_.reset();
+}
+
+void BrokerServer::requestStop() {
+    stopping_ = true;
+    wake_.wake();
+}
+
+std::string BrokerServer::failure() const {
+    const std::lock_guard guard(lock_);
+    return network_.failure;
+}
+
+void BrokerServer::fail(const std::string& reason) {
+    const std::lock_guard guard(lock_);
+    if (network_.failure.empty()) {
+        network_.failure = reason;
+    }
+    wake_.wake();
+}
+
+// ----------------------------------------------------------------------------- the own thread
+
+void BrokerServer::run() {
+    while (!stopping_ && failure().empty()) {
+        try {
+            turn();
+        } catch (const std::exception& error) {
+            fail(error.what());
+        }
+    }
+    if (!settings_.keepsRecords) {
+        publications_.withdrawAll();
+    }
+    leave();
+    if (simulation_ != nullptr) {
+        simulation_->disconnectClient();
+    }
+    ended_ = true;
+}
+
+void BrokerServer::turn() {
+    constexpr std::size_t most = 1000;
+    constexpr std::chrono::milliseconds wait{20};
+    takeConnection();
+    takeStatuses();
+    takeRequests();
+    if (simulation_ == nullptr) {
+        return;  // it ends
+    }
+    if (rejoin_ != Rejoin::No) {
+        rejoin();
+    }
+    if (joined_ != 0) {
+        publishWaiting(most, wait);
+        keepStatus();
+    }
+    if (publications_.takeOverflows() > 0) {
+        handleError(2, "the broker takes too little: everything is published again");
+    }
+    uploads_->expire(pa::monotonicMS());
+    expireMeters();
+    ++beats_;
+    wake_.waitFor(pause());
+}
+
+/// How long the thread waits for work.
+std::chrono::milliseconds BrokerServer::pause() const {
+    constexpr std::int64_t longest = 500;  // what expires has time
+    const std::int64_t now = pa::monotonicMS();
+    std::int64_t wait = longest;
+    if (joined_ != 0) {
+        for (const auto& due : {publications_.statusDueMS(), role_.nextMS()}) {
+            wait = std::min(wait, due ? *due - now : longest);
+        }
+    }
+    return std::chrono::milliseconds(std::max<std::int64_t>(wait, 0));
+}
+
+// --------------------------------------------------------------------------------- the generation
+
+void BrokerServer::startSimulation() {
+    simulation_ = std::make_unique<simserver::SimServer>(settings_.station, settings_.simulation);
+    uploads_ = std::make_unique<IncomingUploads>(simulation_->uploads());
+    publications_.beginGeneration(generation_);
+    simulation_->connectClient(*this);
+}
+
+void BrokerServer::join() {
+    palink::ServerStatus offline;
+    offline.generation = generation_;
+    palink::MqttListener& listener = *this;
+    client_ = std::make_unique<palink::MqttClient>(
+        settings_.broker, "pa-server-" + std::to_string(dstNo_) + '-' + std::to_string(generation_),
+        listener);
+    client_->setWill(statusMessage(offline));
+    client_->start();
+}
+
+/// Publishes what still waits, and that the server is offline.
+void BrokerServer::leave() {
+    constexpr std::int64_t farewellMS = 300;
+    const std::int64_t endMS = pa::monotonicMS() + stopLimit.count();
+    if (joined_ != 0) {
+        const std::chrono::milliseconds limit(stopLimit.count() - farewellMS);
+        if (!publishWaiting(std::numeric_limits<std::size_t>::max(), limit)) {
+            handleError(2,
+                        "the broker has not taken everything: records may be left on the broker");
+        }
+        palink::ServerStatus offline;
+        offline.generation = generation_;
+        client_->publish(statusMessage(offline));
+    }
+    client_->stop(std::chrono::milliseconds(std::max<std::int64_t>(endMS - pa::monotonicMS(), 0)));
+    client_.reset();
+    publications_.disconnected();
+    unsent_.reset();
+    joined_ = 0;
+    const std::lock_guard guard(lock_);
+    network_.connected = false;
+}
+
+/// Leaves the broker and joins it again.
+void BrokerServer::rejoin() {
+    leave();
+    if (std::exchange(rejoin_, Rejoin::No) == Rejoin::NewGeneration) {
+        generation_ = std::max(generation_ + 1, hostClockMS());
+        hasRole_ = false;
+        requests_.clear();
+        publications_.beginGeneration(generation_);
+        simulation_->connectClient(*this);
+    }
+    join();
+}
+
+}  // namespace paserver

@@ -1,0 +1,36 @@
+#pragma once
+
+#include <string>
+
+#include "client/Endpoint.h"
+#include "link/mqtt/MqttTransport.h"
+#include "paserver/RemoteSimControl.h"
+
+namespace paserver {
+
+/// The audio servers on a broker.
+class RemoteEndpoint final : public paclient::Endpoint {
+public:
+    /// @param clientUuid of this client, `AudioServer::getUUID`
+    /// @throws palink::BrokerOptionsError when a file of the options cannot be used
+    RemoteEndpoint(palink::BrokerOptions options, std::string clientUuid,
+                   palink::Destinations destinations = {});
+
+    palink::MqttTransport& transport() override { return transport_; }
+
+    /// Null while there is no connection to a simulated server.
+    simserver::SimControl* simControl() override {
+        return transport_.hasControl() ? &control_ : nullptr;
+    }
+
+    [[nodiscard]] std::optional<paclient::LinkReport> report() const override;
+
+    /// The broker's address.
+    [[nodiscard]] std::string name() const override { return transport_.url(); }
+
+private:
+    palink::MqttTransport transport_;
+    RemoteSimControl control_;
+};
+
+}  // namespace paserver

@@ -1,0 +1,103 @@
+#include "paserver/ServerChoice.h"
+
+#include <cstdlib>
+#include <stdexcept>
+
+#include "client/Calendar.h"
+#include "simserver/EmbeddedEndpoint.h"
+#include "simserver/station/StationFile.h"
+
+#ifdef PA_WITH_MQTT
+#include "client/Connection.h"
+#include "paserver/RemoteEndpoint.h"
+#endif
+
+namespace paserver {
+
+namespace {
+
+simserver::Station stationFrom(const std::filesystem::path& file) try {
+    return simserver::loadStation(file);
+} catch (const simserver::ScenarioError& error) {  // which names the file without its folder
+    throw std::runtime_error((file.parent_path() / error.what()).string());
+}
+
+std::unique_ptr<paclient::Endpoint> openEmbedded(const ServerChoice& choice) try {
+    simserver::Options options;
+    options.speed = choice.speed;
+    options.spool = choice.spool;
+    options.state = choice.state;
+    const simserver::Station station = stationFrom(choice.scenario);
+    if (choice.clock) {
+        const auto& [date, time] = *choice.clock;
+        options.clock =
+            paclient::Calendar(station.timeZone)
+                .momentOf({date->year, date->month, date->day, time->hour, time->minute});
+    }
+    return std::make_unique<simserver::EmbeddedEndpoint>(station, options);
+} catch (const std::filesystem::filesystem_error& error) {
+    throw std::runtime_error(error.path1().string() + " cannot be used: " + error.code().message());
+}
+
+}  // namespace
+
+#ifdef PA_WITH_MQTT
+
+void checkBrokerUrl(const std::string& url) try {
+    (void)palink::parseBrokerUrl(url);
+} catch (const palink::BrokerOptionsError& error) {
+    throw std::invalid_argument(error.what());
+}
+
+namespace {
+
+/// Takes the value of a variable, which no child of this process sees afterwards.
+void takeFromEnvironment(const std::string& variable, std::string& value) {
+    if (const char* const text = std::getenv(variable.c_str())) {
+        value = text;
+        unsetenv(variable.c_str());
+    }
+}
+
+std::unique_ptr<paclient::Endpoint> openRemote(const ServerChoice& choice,
+                                               const std::string& program) {
+    palink::BrokerOptions options = palink::parseBrokerUrl(choice.broker);
+    if (!options.tls && !(choice.caFile.empty() && choice.certificateFile.empty())) {
+        throw std::runtime_error(choice.broker + ": authorities and certificates need mqtts://");
+    }
+    options.caFile = choice.caFile;
+    options.certificateFile = choice.certificateFile;
+    options.keyFile = choice.keyFile;
+    if (!choice.credentials.empty()) {
+        palink::readCredentials(options, choice.credentials);
+    }
+    takeFromEnvironment(program + "_USER", options.user);
+    takeFromEnvironment(program + "_PASSWORD", options.password);
+    const palink::Destinations destinations{choice.dstNo, choice.indirect, choice.localDstNo};
+    return std::make_unique<RemoteEndpoint>(options, paclient::audioServer().getUUID(),
+                                            destinations);
+}
+
+}  // namespace
+
+#else
+
+void checkBrokerUrl(const std::string& /*url*/) {}
+
+namespace {
+
+std::unique_ptr<paclient::Endpoint> openRemote(const ServerChoice& choice,
+                                               const std::string& /*program*/) {
+    throw std::runtime_error(choice.broker + ": this program is built without brokers");
+}
+
+}  // namespace
+
+#endif
+
+std::unique_ptr<paclient::Endpoint> openServer(const ServerChoice& choice,
+                                               const std::string& program) {
+    return choice.broker.empty() ? openEmbedded(choice) : openRemote(choice, program);
+}
+
+}  // namespace paserver

@@ -1,0 +1,113 @@
+#include <array>
+#include <csignal>
+#include <cstdio>
+#include <optional>
+
+#include "framework/clock.h"
+#include "framework/log.h"
+#include "framework/shared.h"
+#include "paserver/Arguments.h"
+#include "paserver/ServiceNotice.h"
+#include "paserver/journal.h"
+
+namespace {
+
+using paserver::BrokerServer;
+
+constexpr int stopSignals[] = {SIGTERM, SIGINT};
+
+sigset_t stopSignalSet() {
+    sigset_t set;
+    sigemptyset(&set);
+    for (const int signal : stopSignals) {
+        sigaddset(&set, signal);
+    }
+    return set;
+}
+
+/// A signal that asks for the end, or nothing after a while.
+std::optional<int> awaitSignal() {
+    constexpr timespec tick{0, 50'000'000};
+    const sigset_t set = stopSignalSet();
+    const int signal = sigtimedwait(&set, nullptr, &tick);
+    return signal > 0 ? std::optional(signal) : std::nullopt;
+}
+
+/// Ends the process by the signal.
+void endBy(int signal) {
+    std::signal(signal, SIG_DFL);
+    const sigset_t set = stopSignalSet();
+    std::raise(signal);
+    pthread_sigmask(SIG_UNBLOCK, &set, nullptr);
+}
+
+/// Serves until a signal comes or the server ends by itself.
+void serve(const BrokerServer& server) {
+    constexpr std::int64_t longestTurnMS = 5000;
+    paserver::ServiceNotice notice;
+    bool isReady = false;
+    std::uint64_t beats = 0;
+    std::int64_t beatMS = pa::monotonicMS();
+    while (!server.hasEnded() && !awaitSignal()) {
+        if (server.isReady() && !isReady) {
+            isReady = true;
+            notice.ready();
+        }
+        if (server.beats() != beats) {
+            beats = server.beats();
+            beatMS = pa::monotonicMS();
+        }
+        if (pa::monotonicMS() < beatMS + longestTurnMS) {
+            notice.works();
+        }
+    }
+    notice.stopping();
+}
+
+/// Stops. A second signal ends the process at once, unless it comes with the first.
+void stop(BrokerServer& server) {
+    constexpr std::int64_t sameMS = 100;
+    const std::int64_t startMS = pa::monotonicMS();
+    server.requestStop();
+    while (!server.hasEnded()) {
+        if (const auto signal = awaitSignal(); signal && pa::monotonicMS() > startMS + sameMS) {
+            endBy(*signal);
+        }
+    }
+}
+
+/// Writes in one line why the daemon does not serve.
+int refuse(int exitCode, const std::string& error, bool journal) {
+    std::fprintf(stderr, "%spaserver: %s\n", journal ? "<3>" : "", error.c_str());
+    return exitCode;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    const sigset_t set = stopSignalSet();
+    pthread_sigmask(SIG_BLOCK, &set, nullptr);  // the main thread waits for them
+    const std::vector<std::string> words(argv + (argc > 0 ? 1 : 0), argv + argc);
+    paserver::Arguments arguments = paserver::readArguments(words);
+    if (arguments.exitCode) {
+        std::fputs(arguments.output.c_str(), stdout);
+        return arguments.error.empty()
+                   ? *arguments.exitCode
+                   : refuse(*arguments.exitCode, arguments.error, arguments.journal);
+    }
+    if (arguments.journal) {
+        paserver::logToJournal();
+    }
+    pa::store(debugLevel, arguments.debug);
+    try {
+        BrokerServer server(std::move(arguments.settings));
+        serve(server);
+        stop(server);
+        if (const std::string failure = server.failure(); !failure.empty()) {
+            return refuse(paserver::cannotStart, failure, arguments.journal);
+        }
+        return paserver::stopped;
+    } catch (const std::exception& error) {
+        return refuse(paserver::cannotStart, error.what(), arguments.journal);
+    }
+}

@@ -1,0 +1,217 @@
+#include "tests/paserver/BrokerServerTest.h"
+
+namespace {
+
+using namespace pa::operations;
+namespace topics = palink::topics;
+using pa::RecordKind;
+
+/// A request for dictionary items, which last 3 s.
+std::string playOf(const std::string& id, const std::string& zone = "Yard") {
+    return '"' + id + R"(",0,500,"2,ip,\")" + zone + R"(\",12^40!1,,0^0^0")";
+}
+
+TEST_F(BrokerServerTest, PublishesTheEffectsOfAnOperationBeforeItsAnswer) {
+    start();
+    EXPECT_EQ(client.status(3).name, "Small");
+    for (const std::string zone : {"Yard", "Hallway", "Yard"}) {
+        EXPECT_EQ(askFor(attachZones, R"(9,")" + zone + '"'), "accepted");
+        const std::string record =
+            client.now([&] { return client.record(3, RecordKind::AttachedZones, 9); });
+        EXPECT_NE(record.find(zone), std::string::npos) << record;
+        EXPECT_TRUE(client.sync()) << "the status follows";
+        EXPECT_EQ(askFor(detachZones, "9"), "accepted");
+    }
+}
+
+TEST_F(BrokerServerTest, AnswersAnOperationThatIsSentAgainWithoutCarryingItOutAgain) {
+    start();
+    palink::MqttMessage play = client.operation(playMessage, playOf("request-1"));
+    EXPECT_EQ(client.ask(play), "accepted");
+    EXPECT_EQ(client.ask(play), "accepted") << "a second play with this id would be refused";
+    const auto other = client.operation(playMessage, playOf("request-1"));
+    client.publish(other);
+    const auto refused = client.answerTo(other);
+    ASSERT_TRUE(refused);
+    EXPECT_EQ(refused->reason, "request \"request-1\" is active already");
+    EXPECT_EQ(refused->requestId, "request-1");
+    advancedMS += paserver::AnswerLog::lifeMS;
+    play.payload = playOf("request-1", "Moon");
+    EXPECT_NE(client.ask(play), "accepted") << "the answer is forgotten";
+    auto late = client.operation(playMessage, playOf("request-2"));
+    late.userProperties[1].second = "17";
+    EXPECT_EQ(client.ask(late), "the server has started again meanwhile");
+}
+
+TEST_F(BrokerServerTest, GivesALockToOneOfTwoClients) {
+    start();
+    BrokerObserver other(broker.options());
+    ASSERT_TRUE(other.sync());
+    EXPECT_EQ(askFor(attachSource, "9," + client.uuid()), "accepted");
+    EXPECT_EQ(other.ask(other.operation(attachSource, "9," + other.uuid())),
+              "source 9 is locked by another client");
+    EXPECT_EQ(askFor(detachSource, "9," + client.uuid()), "accepted");
+    EXPECT_EQ(other.ask(other.operation(attachSource, "9," + other.uuid())), "accepted");
+}
+
+TEST_F(BrokerServerTest, KeepsTheTopicsOfItsRecords) {
+    const std::string zone = topics::record(3, RecordKind::Zone, 1);
+    const std::string left = topics::record(3, RecordKind::Zone, 77);
+    const auto publish = [this](const std::string& topic, const std::string& payload) {
+        palink::MqttMessage message;
+        message.topic = topic;
+        message.payload = payload;
+        message.retained = true;
+        message.userProperties = {{"generation", "5"}};
+        client.publish(message);
+    };
+    publish(left, R"(["77"])");
+    publish(zone, R"(["wrong"])");
+    start();
+    const std::string right = client.now([&] { return client.record(3, RecordKind::Zone, 1); });
+    for (const std::string foreign : {R"(["wrong"])", ""}) {
+        const std::size_t before = client.now([&] { return client.countOf(zone); });
+        publish(zone, foreign);
+        EXPECT_TRUE(client.waitFor([&] {
+            return client.countOf(zone) >= before + 2 &&
+                   client.record(3, RecordKind::Zone, 1) == right;
+        })) << foreign;
+    }
+    const std::size_t before = client.now([&] { return client.countOf(left); });
+    publish(left, R"(["77"])");
+    EXPECT_TRUE(client.waitFor([&] { return client.countOf(left) >= before + 2; }));
+    EXPECT_TRUE(client.sync());
+}
+
+TEST_F(BrokerServerTest, PublishesEverythingAgainToABrokerThatHasLostIt) {
+    start();
+    const std::int64_t generation = client.status(3).generation;
+    broker.kill();
+    EXPECT_TRUE(client.waitFor([this] { return !client.isOnline(3); }));
+    broker.restart();
+    EXPECT_TRUE(client.waitFor([this] { return client.isActive(3) && client.isSynced(3); }));
+    EXPECT_EQ(client.status(3).generation, generation);
+    EXPECT_EQ(askFor(playMessage, playOf("request-1")), "accepted");
+}
+
+TEST_F(BrokerServerTest, WithdrawsWhatHasEndedWhileTheBrokerWasAway) {
+    const TestFolder kept;
+    BrokerProcess lasting(std::string(BrokerProcess::open) +
+                          "persistence true\npersistence_location " + kept.path().string() + "/\n");
+    BrokerObserver observer(lasting.options());
+    paserver::ServerSettings there = settings();
+    there.broker = lasting.options();
+    server = std::make_unique<paserver::BrokerServer>(there);
+    EXPECT_TRUE(observer.sync());
+    EXPECT_EQ(observer.ask(observer.operation(playMessage, playOf("request-1"))), "accepted");
+    lasting.kill(SIGTERM);  // it stores what it has retained
+    advancedMS += 1000;     // 20 s of the station
+    lasting.restart();
+    EXPECT_TRUE(observer.waitFor([&] { return observer.isActive(3) && observer.isSynced(3); }));
+    EXPECT_EQ(observer.now([&] { return observer.record(3, pa::RecordKind::Announcement, 1); }),
+              "");
+}
+
+TEST_F(BrokerServerTest, FeedsALevelMeterForFiveSeconds) {
+    start();
+    palink::MqttMessage request;
+    request.topic = topics::levelRequest(3, 1);
+    request.qos = 0;
+    client.publish(request);
+    const std::string level = topics::level(3, 1);
+    EXPECT_TRUE(client.waitFor([&] { return client.countOf(level) >= 3; }));
+    advancedMS += paserver::BrokerServer::meterMS;
+    // After the round trip a reading may still come, but not from then on.
+    client.ask(client.request(topics::roundTrips(3)));
+    client.ask(client.request(topics::roundTrips(3)));
+    const std::size_t read = client.now([&] { return client.countOf(level); });
+    EXPECT_FALSE(client.waitFor([&] { return client.countOf(level) > read + 1; },
+                                std::chrono::milliseconds(300)));
+}
+
+TEST_F(BrokerServerTest, StartsAgainAsANewGeneration) {
+    start();
+    const std::int64_t generation = client.status(3).generation;
+    EXPECT_EQ(askFor(playMessage, playOf("request-1")), "accepted");
+    const auto restart = client.request(topics::control(3, "restart"), "{}");
+    EXPECT_EQ(client.ask(restart), "accepted");
+    EXPECT_TRUE(client.waitFor(
+        [&] { return client.statusOf(3).generation > generation && client.isSynced(3); }));
+    EXPECT_EQ(client.ask(restart), "accepted") << "without another start";
+    const std::int64_t second = client.status(3).generation;
+    EXPECT_EQ(client.ask(client.request(topics::control(3, "dropClient"), "{}")), "accepted");
+    EXPECT_TRUE(client.waitFor([&] { return client.isActive(3) && client.isSynced(3); }));
+    EXPECT_EQ(client.status(3).generation, second);
+}
+
+TEST_F(BrokerServerTest, RefusesControlMessagesThatAreMalformed) {
+    start();
+    const auto control = [this](const std::string& function, const std::string& arguments) {
+        return client.ask(client.request(topics::control(3, function), arguments));
+    };
+    EXPECT_EQ(control("setTrigger", R"({"trigger": 1})"),
+              "the request is malformed: active is missing");
+    EXPECT_EQ(control("setTrigger", "[]"), "the request is malformed: no JSON object");
+    EXPECT_EQ(control("fly", "{}"), "a simulated server has no such function");
+    EXPECT_EQ(control("ignoreRequests", R"({"on": true})"), "accepted");
+    const auto play = client.operation(playMessage, playOf("request-1"));
+    client.publish(play);
+    EXPECT_EQ(control("ignored", "{}"), R"(accepted{"renewals":false,"requests":true})");
+    EXPECT_FALSE(client.answerTo(play, std::chrono::milliseconds(0))) << "it would have come first";
+}
+
+TEST_F(BrokerServerTest, SurvivesWhatIsNoneOfTheProtocol) {
+    start();
+    const palink::ServerStatus before = client.status(3);
+    const auto good = client.operation(playMessage, playOf("request-1"));
+    const auto changed = [&good](auto change) {
+        palink::MqttMessage message = good;
+        change(message);
+        return message;
+    };
+    const std::string deep(100'000, '[');
+    const std::string long10(10'000'000, 'x');
+    const std::vector<palink::MqttMessage> messages = {
+        changed([](auto& m) { m.responseTopic = topics::status(3); }),
+        changed([](auto& m) { m.responseTopic = "pa/clients/a/b/answers"; }),
+        changed([](auto& m) { m.responseTopic.clear(); }),
+        changed([](auto& m) { m.correlation.clear(); }),
+        changed([](auto& m) { m.correlation.assign(65, 'c'); }),
+        changed([](auto& m) { m.userProperties.pop_back(); }),
+        changed([](auto& m) { m.topic = "pa/3/operations/092/17"; }),
+        changed([](auto& m) { m.topic = "pa/3/operations/99999999999/17"; }),
+        changed([](auto& m) { m.topic = "pa/3/levelRequests/x"; }),
+        changed([&](auto& m) { m.payload = long10; }),
+        client.request(topics::control(3, "setTrigger"), deep),
+        client.request(topics::uploadBegin(3), deep, {{"upload", "u"}}),
+        client.request(topics::uploadBegin(3), "{}"),
+        client.request(topics::uploadData(3), "x", {{"upload", "u"}, {"offset", "-1"}}),
+        client.request("pa/4/status", deep),
+        client.request("pa/3/records/20/1", long10),
+    };
+    for (const palink::MqttMessage& message : messages) {
+        client.publish(message);
+    }
+    constexpr int flood = 3000;
+    for (int i = 0; i < flood; ++i) {
+        client.publish(client.request(topics::roundTrips(3)));
+    }
+    EXPECT_EQ(client.ask(client.request(topics::roundTrips(3))), "accepted");
+    EXPECT_EQ(client.ask(good), "accepted") << "none of the others was carried out";
+    EXPECT_TRUE(client.sync());
+    EXPECT_EQ(client.status(3).generation, before.generation);
+    EXPECT_EQ(server->failure(), "");
+}
+
+TEST_F(BrokerServerTest, LeavesItsNumberToAServerThatStartsLater) {
+    start();
+    paserver::ServerSettings same = settings();
+    same.simulation.spool = folder.path() / "other";
+    paserver::BrokerServer later(same);
+    EXPECT_TRUE(client.waitFor([this] { return server->hasEnded(); }));
+    EXPECT_EQ(server->failure(), "another server with the number 3 has started");
+    EXPECT_TRUE(client.waitFor([this] { return client.isActive(3) && client.isSynced(3); }));
+    EXPECT_EQ(later.failure(), "");
+}
+
+}  // namespace

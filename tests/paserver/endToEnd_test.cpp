@@ -1,0 +1,97 @@
+#include "client/Announcement.h"
+#include "client/Connection.h"
+#include "client/confirmedOperations.h"
+#include "paserver/RemoteEndpoint.h"
+#include "sdk/PAController.h"
+#include "simserver/protocol/Refused.h"
+#include "tests/paserver/BrokerServerTest.h"
+#include "tests/support/thrownBy.h"
+
+namespace {
+
+using paclient::Announcement;
+
+/// The client library on the broker.
+struct RemoteClientTest : BrokerServerTest {
+    RemoteClientTest() { start(); }
+
+    void open() { connection.open({limit}); }
+
+    /// Of 3 s by the station's clock.
+    static Message message() {
+        Message made;
+        made.setAudioMessage({12, 40});
+        return made;
+    }
+
+    static constexpr std::chrono::seconds limit{10};
+    paserver::RemoteEndpoint endpoint{broker.options(), paclient::audioServer().getUUID()};
+    paclient::Connection connection{endpoint};
+};
+
+TEST_F(RemoteClientTest, AnAnnouncementIsSeenByEveryClient) {
+    open();
+    EXPECT_EQ(connection.serverInfo().get_value("name"), "Small");
+    Announcement announcement({"Yard"}, message());
+    EXPECT_EQ(announcement.wait({limit}), Announcement::State::Finished);
+    connection.waitUntilDelivered({limit});
+    const std::string topic = palink::topics::record(3, pa::RecordKind::Announcement, 1);
+    EXPECT_TRUE(client.waitFor([&] { return client.countOf(topic) >= 4; }))
+        << "queued, playing, finished, withdrawn";
+    const std::string seen = client.now([&] { return client.seenOn(topic); });
+    EXPECT_NE(seen.find(announcement.requestId()), std::string::npos) << seen;
+
+    Announcement refused({"Moon"}, message());
+    EXPECT_EQ(refused.wait({limit}), Announcement::State::Refused);
+    EXPECT_NE(refused.reason().find("Moon"), std::string::npos) << refused.reason();
+}
+
+TEST_F(RemoteClientTest, AnotherServerTakesOverWithOneReconnection) {
+    paserver::ServerSettings other = settings(4);
+    other.role = palink::ServerRole::Standby;
+    other.precedence = 2;
+    paserver::BrokerServer second(other);
+    EXPECT_TRUE(client.sync(4));
+    open();
+    server.reset();
+    EXPECT_TRUE(client.waitFor([this] { return client.isActive(4); }));
+    Announcement waiting({"Yard"}, message());  // in the queue until the other is there
+    EXPECT_EQ(waiting.wait({limit}), Announcement::State::Finished) << waiting.reason();
+    EXPECT_EQ(connection.number(), 2U) << "one reconnection";
+    EXPECT_EQ(endpoint.transport().statistics().dstNo, 4);
+}
+
+TEST_F(RemoteClientTest, UsesTheOwnSideOfTheServer) {
+    open();
+    simserver::SimControl* const control = endpoint.simControl();
+    ASSERT_NE(control, nullptr);
+    control->lockSource(9, "another");
+    connection.waitUntilDelivered({limit});
+    const auto locks = gPaController.getPaSourceLocks();
+    ASSERT_EQ(locks.size(), 1U);
+    EXPECT_EQ(locks[0].lockedUUID, "another");
+    EXPECT_EQ(thrownBy<simserver::Refused>([&] { control->setTrigger(1, true); }),
+              "there is no trigger 1");
+    control->ignoreRenewals(true);
+    EXPECT_TRUE(control->ignored().renewals);
+    EXPECT_FALSE(control->ignored().requests);
+    const simserver::Contents contents = control->contents();
+    ASSERT_EQ(contents.dictionary.size(), 3U);
+    EXPECT_EQ(contents.dictionary[0].text, "Chime");
+    EXPECT_TRUE(contents.dictionary[0].chime);
+    EXPECT_EQ(contents.dictionary[0].duration, std::chrono::milliseconds(500));
+    control->restart();
+    EXPECT_TRUE(client.waitFor([this] { return client.isActive(3) && client.isSynced(3); }));
+    connection.requireConnected({limit});
+}
+
+TEST_F(RemoteClientTest, PlaysAFileThatItHasUploaded) {
+    open();
+    Message file;
+    file.setAudioMessage(folder.writeWav("long.wav", 480'000), Message::L16_48K);
+    Announcement announcement({"Yard"}, file);
+    EXPECT_EQ(announcement.wait({limit}), Announcement::State::Finished) << announcement.reason();
+    EXPECT_TRUE(std::filesystem::exists(folder.path() / "spool3" / "long.wav"));
+}
+
+}  // namespace

@@ -1,0 +1,114 @@
+#include "paserver/Role.h"
+
+#include "tests/paserver/BrokerServerTest.h"
+
+namespace {
+
+using palink::ServerRole;
+using paserver::Role;
+
+palink::ServerStatus other(bool active, int precedence) {
+    palink::ServerStatus status;
+    status.online = true;
+    status.generation = 7;
+    status.role = active ? ServerRole::Active : ServerRole::Standby;
+    status.precedence = precedence;
+    return status;
+}
+
+/// The role of a server with the number 5 and the precedence 2, at these times of a connection.
+struct RoleTest : testing::Test {
+    bool isActive(std::int64_t ms) { return role.at(ms) == ServerRole::Active; }
+
+    Role role{5, 2};
+};
+
+TEST_F(RoleTest, AStandbyTakesOverWhenNoneIsActive) {
+    role.begin(ServerRole::Standby, 1000);
+    EXPECT_FALSE(isActive(1499));
+    EXPECT_EQ(role.nextMS(), 1500);
+    EXPECT_TRUE(isActive(1500));
+
+    role.begin(ServerRole::Standby, 2000);
+    role.take(9, other(true, 3));
+    EXPECT_FALSE(isActive(5000)) << "another is active, though worse";
+    EXPECT_EQ(role.active()->dstNo, 9);
+    role.take(9, {});
+    EXPECT_FALSE(isActive(5499)) << "the time counts from its loss";
+    EXPECT_TRUE(isActive(5500));
+}
+
+TEST_F(RoleTest, TheBestStandbyIsTheFirstToTakeOver) {
+    const struct {
+        int dstNo;
+        int precedence;
+        std::int64_t afterMS;
+    } cases[] = {{4, 2, 1000}, {9, 1, 1000}, {6, 2, 500}, {1, 3, 500}};
+    for (const auto& each : cases) {
+        role.begin(ServerRole::Standby, 0);
+        role.take(each.dstNo, other(false, each.precedence));
+        EXPECT_FALSE(isActive(each.afterMS - 1)) << each.dstNo;
+        EXPECT_TRUE(isActive(each.afterMS)) << each.dstNo;
+    }
+}
+
+TEST_F(RoleTest, AnActiveServerStepsBackForABetterOne) {
+    const struct {
+        int dstNo;
+        int precedence;
+        bool stays;
+    } cases[] = {{4, 2, false}, {9, 1, false}, {6, 2, true}, {1, 3, true}};
+    for (const auto& each : cases) {
+        role.begin(ServerRole::Active, 0);
+        role.take(each.dstNo, other(true, each.precedence));
+        EXPECT_EQ(isActive(1), each.stays) << each.dstNo;
+    }
+}
+
+struct TwoServersTest : BrokerServerTest {
+    paserver::ServerSettings standby(int dstNo, int precedence) const {
+        paserver::ServerSettings made = settings(dstNo);
+        made.role = ServerRole::Standby;
+        made.precedence = precedence;
+        return made;
+    }
+
+    bool areActive(bool third, bool fourth) {
+        return client.waitFor([&] {
+            return client.isOnline(4) && client.isActive(3) == third &&
+                   client.isActive(4) == fourth;
+        });
+    }
+};
+
+TEST_F(TwoServersTest, AStandbyTakesOverAndKeepsTheRole) {
+    server = std::make_unique<paserver::BrokerServer>(standby(3, 1));
+    EXPECT_TRUE(client.waitFor([this] { return client.isActive(3); }));
+    paserver::BrokerServer second(standby(4, 2));
+    EXPECT_TRUE(areActive(true, false));
+    server.reset();
+    EXPECT_TRUE(areActive(false, true));
+    server = std::make_unique<paserver::BrokerServer>(standby(3, 1));
+    EXPECT_TRUE(client.sync(3));
+    EXPECT_TRUE(areActive(false, true)) << "a server that comes back changes nothing";
+    server.reset();
+    server = std::make_unique<paserver::BrokerServer>(settings(3));
+    EXPECT_TRUE(areActive(true, false)) << "one that is to be active, and is better, does";
+}
+
+TEST_F(TwoServersTest, AStandbyHasAnnouncementsMadeByTheActiveServer) {
+    start();
+    paserver::BrokerServer second(standby(4, 2));
+    EXPECT_TRUE(client.sync(4));
+    const std::string schedule =
+        R"(0,"",2030,1,1,8,0,2030,1,1,9,0,127,0,1,"",0,500,"2,ip,\"Yard\",12!1,,")";
+    EXPECT_EQ(askFor(pa::operations::putSchedule, schedule, 4), "accepted");
+    EXPECT_TRUE(client.waitFor(
+        [&] { return client.statusOf(3).kinds.count(pa::RecordKind::Schedule) != 0; }));
+    EXPECT_EQ(client.status(4).kinds.count(pa::RecordKind::Schedule), 0U);
+    EXPECT_EQ(askFor(pa::operations::attachZones, R"(9,"Yard")", 4), "accepted");
+    EXPECT_NE(client.now([&] { return client.record(4, pa::RecordKind::AttachedZones, 9); }), "")
+        << "what is no announcement it does itself";
+}
+
+}  // namespace
