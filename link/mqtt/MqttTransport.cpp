@@ -296,6 +296,9 @@ Answer MqttTransport::control(const std::string& function, const std::string& ar
         throw std::runtime_error("too much waits for the server");
     }
     const RequestEnd end = ends.take();
+    if (end.how == RequestEnd::How::NotAllowed) {
+        return {false, end.text()};
+    }
     if (end.how != RequestEnd::How::Answered) {
         throw std::runtime_error(end.text());
     }

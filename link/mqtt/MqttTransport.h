@@ -69,6 +69,7 @@ public:
     /// Asks a simulated server to do something, and waits for the answer; for up to 10 s. Not to be
     /// called from a callback.
     /// @param arguments a JSON object
+    /// @return also the refusal of a broker that does not allow this client to ask
     /// @throws std::runtime_error when there is no answer, with the reason
     Answer control(const std::string& function, const std::string& arguments);
 

@@ -54,9 +54,11 @@ private:
     bool isRead_ = true;
 };
 
+/// Elements begin at 0: that of a source is a hundredth of its id.
 std::optional<int> readElement(std::string_view topic, const std::string& before) {
     int element = 0;
-    const bool isRead = Reader(topic).text(before).number(element).isAtEnd();
+    const bool isRead = Reader(topic).text(before).text("0").isAtEnd() ||
+                        Reader(topic).text(before).number(element).isAtEnd();
     return isRead ? std::optional(element) : std::nullopt;
 }
 

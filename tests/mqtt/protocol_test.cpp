@@ -58,6 +58,7 @@ TEST(TopicsTest, EachIsReadAsItIsWritten) {
         {topics::record(7, RecordKind::Zone, 1), "pa/7/records/20/1", "record 7 zone 1"},
         {topics::operation(7, {92, 17}), "pa/7/operations/92/17", "operation 92/17"},
         {topics::levelRequest(7, 4), "pa/7/levelRequests/4", "level request 4"},
+        {topics::levelRequest(7, 0), "pa/7/levelRequests/0", "level request 0"},
         {topics::level(7, 4), "pa/7/levels/4", "level 4"},
         {topics::control(7, "dropClient"), "pa/7/control/dropClient", "control dropClient"},
         {topics::roundTrips(7), "pa/7/roundTrips", ""},
