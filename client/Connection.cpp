@@ -1,5 +1,6 @@
 #include "client/Connection.h"
 
+#include "client/StationClock.h"
 #include "framework/clock.h"
 #include "link/waitAtMost.h"
 #include "sdk/PAController.h"
@@ -120,6 +121,9 @@ void Connection::changed(const palink::ConnectionChange& change) {
     ChangeStream& stream = ChangeStream::instance();
     if (change.state != State::Synced) {
         setNumber(0, change.reason);
+    }
+    if (change.state == State::Connected) {
+        setStationClock(StationClock(serverInfo()));
     }
     stream.publish(change);
     if (change.state == State::Synced) {

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <mutex>
 #include <stdexcept>
+#include <utility>
 
 #include "framework/clock.h"
 
@@ -13,7 +14,7 @@ namespace paclient {
 namespace {
 
 constexpr const char* utc = "UTC";
-constexpr double msPerSecond = 1000;
+constexpr std::int64_t msPerSecond = 1000;
 constexpr std::int64_t endOfYear9999 = 253402300800;  // dates have four digits of the year
 
 struct Guarded {
@@ -33,6 +34,13 @@ std::string knownZone(const std::string& name) try {
     return name;
 } catch (const std::runtime_error&) {
     return {};
+}
+
+/// 0 when the text does not begin with a number.
+std::int64_t wholeNumber(const std::string& text) {
+    std::int64_t number = 0;
+    std::from_chars(text.data(), text.data() + text.size(), number);
+    return number;
 }
 
 LocalMinute minuteOf(const Date& date, const TimeOfDay& time) {
@@ -56,15 +64,14 @@ bool isSound(const ScheduleDefinition& schedule) {
 StationClock::StationClock() : StationClock(KeyValueMap()) {}
 
 StationClock::StationClock(const KeyValueMap& serverInfo)
-    : start_(pa::wallClock()),
+    : startMS_(pa::wallClock() * msPerSecond),
       begunMS_(pa::monotonicMS()),
       timeZone_(knownZone(serverInfo.get_value("timeZone"))),
       calendar_(timeZone_.empty() ? utc : timeZone_) {
-    const std::string reported = serverInfo.get_value("clock");
-    std::time_t moment = 0;
-    std::from_chars(reported.data(), reported.data() + reported.size(), moment);
+    const std::int64_t moment = wholeNumber(serverInfo.get_value("clock"));
     if (moment > 0 && moment < endOfYear9999) {
-        start_ = moment;
+        const std::int64_t momentMS = wholeNumber(serverInfo.get_value("clockMS"));
+        startMS_ = momentMS / msPerSecond == moment ? momentMS : moment * msPerSecond;
     }
     const std::string reportedSpeed = serverInfo.get_value("speed");
     double speed = 0;
@@ -75,8 +82,9 @@ StationClock::StationClock(const KeyValueMap& serverInfo)
 }
 
 std::time_t StationClock::now() const {
-    const double passed = static_cast<double>(pa::monotonicMS() - begunMS_) / msPerSecond;
-    return start_ + static_cast<std::time_t>(std::floor(passed * speed_));
+    const auto passed = static_cast<double>(pa::monotonicMS() - begunMS_);
+    const auto passedMS = static_cast<std::int64_t>(std::floor(passed * speed_));
+    return static_cast<std::time_t>((startMS_ + passedMS) / msPerSecond);
 }
 
 Date StationClock::date() const {
@@ -86,6 +94,19 @@ Date StationClock::date() const {
 
 std::string StationClock::momentText(std::time_t moment) const {
     return minuteText(calendar_.minuteAt(moment)) + ' ' + (timeZone_.empty() ? utc : timeZone_);
+}
+
+std::string StationClock::momentText(const std::string& reported) const try {
+    constexpr std::size_t dateLength = 10;
+    constexpr std::size_t minuteLength = 16;
+    std::string minute = reported.substr(0, minuteLength);
+    if (reported.size() < minuteLength || std::exchange(minute[dateLength], 'T') != ' ') {
+        return reported;
+    }
+    const DateTime moment = parseDateTime(minute);
+    return momentText(Calendar(utc).momentOf(minuteOf(moment.date.value(), moment.time.value())));
+} catch (const std::invalid_argument&) {
+    return reported;
 }
 
 std::string StationClock::nextRunText(const ScheduleDefinition& schedule) const {
@@ -109,6 +130,10 @@ void setStationClock(const StationClock& clock) {
     Guarded& shared = guarded();
     const std::lock_guard guard(shared.lock);
     shared.clock = clock;
+}
+
+std::string startText(const AnnouncementRequest& request) {
+    return stationClock().momentText(request.startDateTime);
 }
 
 }  // namespace paclient

@@ -8,6 +8,7 @@
 #include "client/Calendar.h"
 #include "client/scheduleTimes.h"
 #include "framework/timeWidth.h"
+#include "sdk/AnnouncementRequest.h"
 #include "sdk/KeyValueMap.h"
 
 namespace paclient {
@@ -19,9 +20,10 @@ public:
     /// The time of this machine, in an unknown time zone.
     StationClock();
 
-    /// The clock as a server reports it when a connection begins: `clock`, the seconds since 1970
-    /// in UTC, `timeZone`, as in the time-zone database, and `speed`, seconds of the station in one
-    /// second. What is missing or cannot be read is that of this machine, unknown, and 1.
+    /// The clock as a server reports it when a connection begins, which is now: `clock`, the
+    /// seconds since 1970 in UTC, `clockMS`, the same in milliseconds, `timeZone`, as in the
+    /// time-zone database, and `speed`, seconds of the station in one second. What is missing or
+    /// cannot be read is that of this machine, whole seconds, unknown, and 1.
     explicit StationClock(const KeyValueMap& serverInfo);
 
     /// Seconds since 1970 UTC.
@@ -40,21 +42,28 @@ public:
     /// UTC ("2026-12-01T05:00 UTC") when the time zone is not known.
     [[nodiscard]] std::string momentText(std::time_t moment) const;
 
+    /// A moment that a server reports in UTC, as "2026-12-01 05:00:07", in the same form. Any other
+    /// text remains as it is.
+    [[nodiscard]] std::string momentText(const std::string& reported) const;
+
     /// When the schedule runs next, as "2026-12-01T06:00" by the clocks of the station. Empty when
     /// it does not run again, its times cannot be, or the time zone is not known.
     [[nodiscard]] std::string nextRunText(const ScheduleDefinition& schedule) const;
 
 private:
-    std::time_t start_;
+    std::int64_t startMS_;  // since 1970 UTC
     std::int64_t begunMS_;  // monotonic
     double speed_ = 1;
     std::string timeZone_;
     Calendar calendar_;
 };
 
-/// The clock of the station whose records `gPaController` holds; that of this machine until one is
-/// set. Both may be called from any thread.
+/// The clock of the station whose records `gPaController` holds, which a `Connection` sets each
+/// time it begins; that of this machine until then. Both may be called from any thread.
 StationClock stationClock();
 void setStationClock(const StationClock& clock);
+
+/// When a request began to play, by the clock of the station, with its time zone.
+std::string startText(const AnnouncementRequest& request);
 
 }  // namespace paclient

@@ -14,6 +14,7 @@
 #include <utility>
 
 #include "client/ChangeStream.h"
+#include "framework/eventDescriptor.h"
 #include "framework/fork.h"
 
 namespace paclient {
@@ -27,7 +28,7 @@ struct Subscription::Queue {
     ~Queue() { close(fd); }
 
     static int newDescriptor() {
-        const int descriptor = eventfd(0, EFD_NONBLOCK | EFD_CLOEXEC);
+        const int descriptor = pa::newEventDescriptor(0);
         if (descriptor < 0) {
             throw std::system_error(errno, std::generic_category(), "eventfd");
         }
@@ -76,7 +77,7 @@ struct Subscription::Queue {
     /// one of the child's own has its number.
     void separateFromParent() {
         pa::forgetWaiters(added);
-        const int own = eventfd(isEmpty() ? 0 : 1, EFD_NONBLOCK | EFD_CLOEXEC);
+        const int own = pa::newEventDescriptor(isEmpty() ? 0 : 1);
         if (own >= 0) {
             dup3(own, fd, O_CLOEXEC);
             close(own);

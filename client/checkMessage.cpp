@@ -104,6 +104,27 @@ void checkVoices(const Message& message, std::vector<Finding>& findings) {
     }
 }
 
+/// Dictionary items, chimes and the recording.
+void checkContent(const Message& message, const Playable& playable,
+                  std::vector<Finding>& findings) {
+    const auto require = [&findings](bool isKnown, const char* kind, const std::string& subject) {
+        if (!isKnown) {
+            findings.push_back(
+                {Kind::UnknownItem, subject, std::string("there is no ") + kind + ' ' + subject});
+        }
+    };
+    for (const unsigned item : message.getAudioMessageDictionaryItems()) {
+        require(playable.items.count(item) > 0, "dictionary item", std::to_string(item));
+    }
+    for (const int chime : {message.getPreChime(), message.getPostChime()}) {
+        require(chime == 0 || playable.chimes.count(chime) > 0, "chime", std::to_string(chime));
+    }
+    if (message.getAudioMessageType() == Message::RECORDED_STREAM) {
+        const std::string path = message.getAudioMessageAbsoluteFilePath();
+        require(playable.recordings.count(path) > 0, "recording", path);
+    }
+}
+
 }  // namespace
 
 bool isRefused(Finding::Kind kind) {
@@ -121,18 +142,15 @@ bool isWithin(const std::string& zone, const std::string& outer) {
 }
 
 std::vector<Finding> checkMessage(const std::vector<std::string>& zoneIds, const Message& message,
-                                  const std::optional<std::set<unsigned>>& items) {
+                                  const std::optional<Playable>& playable) {
     std::vector<Finding> findings;
     const Situation now{message};
     for (const std::string& zone : zoneIds) {
         checkZone(now, zone, findings);
     }
     checkVoices(message, findings);
-    for (const unsigned item : message.getAudioMessageDictionaryItems()) {
-        if (items && items->count(item) == 0) {
-            findings.push_back({Kind::UnknownItem, std::to_string(item),
-                                "there is no dictionary item " + std::to_string(item)});
-        }
+    if (playable) {
+        checkContent(message, *playable, findings);
     }
     return findings;
 }

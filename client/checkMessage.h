@@ -17,16 +17,23 @@ struct Finding {
         FaultyZone,    ///< the zone, or a sink of it, is faulty or inactive
         BusyZone,      ///< an announcement with a higher priority plays or waits there
         UnknownVoice,  ///< the server cannot speak a text with this language and voice
-        UnknownItem,   ///< the server has no such dictionary item
+        UnknownItem,   ///< the server has no such dictionary item, chime or recording
     };
 
     Kind kind = Kind::UnknownZone;
-    std::string subject;  ///< the zone, "language/voice", or the number of the item
+    std::string subject;  ///< the zone, "language/voice", the number of the item, or the path
     std::string text;     ///< a sentence for people
 };
 
-/// Whether a server refuses a request for such a finding; with any other it plays, later or not
-/// everywhere.
+/// What a server can play, of which it sends no records.
+struct Playable {
+    std::set<unsigned> items;  ///< of the dictionary
+    std::set<int> chimes;
+    std::set<std::string> recordings;  ///< their paths
+};
+
+/// Whether a server refuses a request for such a finding, or cannot play it; with any other it
+/// plays, later or not everywhere.
 bool isRefused(Finding::Kind kind);
 
 /// A dry run: looks, without asking the server, for problems of playing a message in zones now.
@@ -38,11 +45,10 @@ bool isRefused(Finding::Kind kind);
 ///
 /// May be called from any thread. Takes the controller's mutex.
 /// @param zoneIds as for `Message::playAnnouncement`
-/// @param items the numbers of the dictionary items of the server, which no record reports;
-///              without it items are not checked
+/// @param playable without it items, chimes and recordings are not checked
 /// @return in the order of `zoneIds`, voices and items after them; empty when nothing was found
 std::vector<Finding> checkMessage(const std::vector<std::string>& zoneIds, const Message& message,
-                                  const std::optional<std::set<unsigned>>& items = {});
+                                  const std::optional<Playable>& playable = {});
 
 /// Whether a request is known to have a higher priority. Relative and absolute ones are not
 /// compared.

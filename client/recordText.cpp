@@ -1,5 +1,6 @@
 #include "client/recordText.h"
 
+#include <iomanip>
 #include <locale>
 #include <sstream>
 
@@ -50,6 +51,13 @@ std::string valueText(double value) {
 
 std::string valueText(const Gain& value) {
     return valueText(value.getLevel());
+}
+
+std::string fixedText(double value, int digits, int width) {
+    std::ostringstream text;
+    text.imbue(std::locale::classic());
+    text << std::fixed << std::setprecision(digits) << std::setw(width) << value;
+    return text.str();
 }
 
 std::string holderText(const SourceLock& lock) {

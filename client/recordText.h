@@ -97,6 +97,9 @@ std::vector<std::string> memberTexts(const std::vector<Record>& records) {
     return texts;
 }
 
+/// With a fixed number of digits after the point, and blanks in front up to a width.
+std::string fixedText(double value, int digits, int width = 0);
+
 /// For example "another client (UUID)".
 std::string holderText(const SourceLock& lock);
 

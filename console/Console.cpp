@@ -46,7 +46,7 @@ Handler taskOf(const CommandLine& line) {
 }  // namespace
 
 int run(const std::vector<std::string>& words, const Streams& streams) {
-    Output diagnostics(streams.err, nullptr, streams.errorTerminal >= 0);
+    Output diagnostics(streams.err, nullptr, streams.errorTerminal);
     Output out(streams.out, &diagnostics);
     try {
         const auto line = CommandParser(Settings{}, LineKind::Process).read(words, out);

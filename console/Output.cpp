@@ -1,9 +1,11 @@
 #include "console/Output.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <utility>
 
 #include "console/ExitCode.h"
+#include "console/following/LiveView.h"
 #include "console/interrupt.h"
 #include "console/text/cleanText.h"
 
@@ -39,10 +41,12 @@ void Output::diagnostic(const std::string& text) {
 
 void Output::status(const std::string& text) {
     const std::lock_guard guard(lock_);
-    if (isTerminal_ && !holding_) {
+    if (isTerminal() && !holding_) {
         removeStatus();
         hasStatus_ = !text.empty();
-        stream_ << clean(text) << std::flush;
+        const std::string line = clean(text);
+        const std::size_t room = sizeOfTerminal(terminal_).columns - 1;  // for the cursor
+        stream_ << fitted(line, std::min(room, displayWidth(line)), "…") << std::flush;
     }
 }
 

@@ -11,14 +11,14 @@ namespace console {
 /// lines of two threads never mix.
 class Output {
 public:
-    /// @param beside     its status is removed before a line is written here, as both may be the
-    ///                   same terminal; may be null
-    /// @param isTerminal whether a status may be written here
-    explicit Output(std::ostream& stream, Output* beside = nullptr, bool isTerminal = false)
-        : stream_(stream), beside_(beside), isTerminal_(isTerminal) {}
+    /// @param beside   its status is removed before a line is written here, as both may be the
+    ///                 same terminal; may be null
+    /// @param terminal file descriptor of the stream when that is a terminal: a status is shown
+    explicit Output(std::ostream& stream, Output* beside = nullptr, int terminal = -1)
+        : stream_(stream), beside_(beside), terminal_(terminal) {}
 
     /// Whether a status is shown here.
-    bool isTerminal() const { return isTerminal_; }
+    bool isTerminal() const { return terminal_ >= 0; }
 
     /// Writes whole lines and flushes them.
     /// @throws Failure when they cannot be written
@@ -31,7 +31,7 @@ public:
     /// Writes one line of diagnostics, made harmless for a terminal. A failure is ignored.
     void diagnostic(const std::string& text);
 
-    /// Shows a line that the next line, or the next status, replaces. Only on a terminal.
+    /// Shows a line, cut to the terminal's width, that the next line, or the next status, replaces.
     /// @param text empty to remove the status
     void status(const std::string& text);
 
@@ -53,7 +53,7 @@ private:
     // Guarded by lock_.
     std::ostream& stream_;
     Output* const beside_;
-    const bool isTerminal_;
+    const int terminal_;
     bool holding_ = false;
     bool hasStatus_ = false;
     std::string held_;

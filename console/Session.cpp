@@ -2,8 +2,8 @@
 
 #include <filesystem>
 #include <system_error>
+#include <utility>
 
-#include "client/StationClock.h"
 #include "console/following/operate.h"
 #include "framework/log.h"
 #include "sdk/globals.h"
@@ -69,14 +69,9 @@ paclient::Wait Session::waitFor(const std::string& what) const {
 }
 
 /// @return whether the connection is another one than at the call before
-bool Session::setClock() {
+bool Session::isReconnected() {
     const std::uint64_t number = link_->connection.number();
-    const bool isNew = number != clockOf_ && number != 0;
-    if (isNew) {
-        paclient::setStationClock(paclient::StationClock(link_->connection.serverInfo()));
-        clockOf_ = number;
-    }
-    return isNew;
+    return number != 0 && std::exchange(number_, number) != number;
 }
 
 void Session::requireConnected() try {
@@ -84,11 +79,11 @@ void Session::requireConnected() try {
         auto link = std::make_unique<Link>(settings_, diagnostics_);
         link->connection.open(waitFor("for the server"));
         link_ = std::move(link);
-        setClock();
+        isReconnected();
         return;
     }
     link_->connection.requireConnected(waitFor("for the connection"));
-    if (setClock() && onReconnected) {
+    if (isReconnected() && onReconnected) {
         onReconnected();
     }
 } catch (const paclient::NotConnected& error) {
@@ -97,7 +92,7 @@ void Session::requireConnected() try {
 }
 
 void Session::requireBackWithin(double seconds) {
-    setClock();
+    isReconnected();
     require(link_->connection.awayFor() <= std::chrono::duration<double>(seconds),
             "the connection to the server is lost", ExitCode::ConnectionLost);
 }

@@ -79,13 +79,13 @@ public:
 private:
     struct Link;
 
-    bool setClock();
+    bool isReconnected();
     paclient::Wait waitFor(const std::string& what) const;
 
     const Settings settings_;
     Output& diagnostics_;
     std::unique_ptr<Link> link_;  // null until it is connected
-    std::uint64_t clockOf_ = 0;   // the number of the connection that has set the station's clock
+    std::uint64_t number_ = 0;    // of the connection at the last call of isReconnected
 };
 
 }  // namespace console

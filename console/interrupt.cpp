@@ -78,8 +78,9 @@ pautil::AtEnd deferChecks() {
 }
 
 void check() {
-    if (noted != 0 && deferrals == 0) {
-        throw Failure(ExitCode::Interrupted, "interrupted");
+    if (deferrals == 0) {
+        require(noted == 0, "interrupted", ExitCode::Interrupted);
+        require(!outputFailed.exchange(false), "the output cannot be written");
     }
 }
 
@@ -92,6 +93,7 @@ bool rearm() {
         return false;
     }
     firstOf(SIGINT) = never;
+    outputFailed = false;  // because of it
     int interrupted = SIGINT;
     noted.compare_exchange_strong(interrupted, 0);
     return true;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <cstdint>
 
 #include "util/AtEnd.h"
@@ -27,7 +28,10 @@ bool endsAtOnce(std::int64_t firstMS, std::int64_t nowMS);
 /// @param text lives as long as the process; null for nothing
 void writeAtEnd(const char* text);
 
-/// @throws Failure when a signal has come
+/// Set by a thread that could not print: the next `check` reports it.
+inline std::atomic<bool> outputFailed{false};
+
+/// @throws Failure when a signal has come, or another thread could not print
 void check();
 
 /// While the result lives `check` does not throw: for what must be done after an interruption.

@@ -5,6 +5,7 @@
 
 #include "client/Announcement.h"
 #include "client/Connection.h"
+#include "client/sdkText.h"
 #include "simserver/EmbeddedEndpoint.h"
 #include "simserver/station/StationFile.h"
 
@@ -27,6 +28,6 @@ int main(int argc, char** argv) try {
         throw std::runtime_error(std::string(nameOf(state)) + ": " + announcement.reason());
     }
 } catch (const std::exception& error) {  // no such scenario, zone or voice; no server; cancelled
-    std::cerr << "announce: " << error.what() << '\n';
+    std::cerr << "announce: " << paclient::sentenceFor(error.what()) << '\n';
     return 1;
 }

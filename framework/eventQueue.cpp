@@ -7,6 +7,7 @@
 #include <unistd.h>
 
 #include "framework/earlyObject.h"
+#include "framework/eventDescriptor.h"
 #include "framework/fork.h"
 
 using namespace pa;
@@ -17,7 +18,7 @@ struct Queue {
     std::mutex lock;
     std::deque<EventItem> items;
     std::uint64_t dropped = 0;
-    const int fd = newDescriptor();
+    const int fd = pa::newEventDescriptor(0);  // holds 1 while events wait
 
     pa::ForkParticipant acrossFork{pa::ForkRank::EventQueue,
                                    {[this] { lock.lock(); }, [this] { lock.unlock(); },
@@ -26,18 +27,12 @@ struct Queue {
                                         lock.unlock();
                                     }}};
 
-    /// Holds 1 while events wait.
-    static int newDescriptor() { return eventfd(0, EFD_NONBLOCK | EFD_CLOEXEC); }
-
     /// The child of a fork shares the descriptor with its parent. A new one takes the same number,
     /// which the application polls; when the system has none left it stays shared.
     void takeOwnDescriptor() const {
-        const int own = newDescriptor();
+        const int own = pa::newEventDescriptor(items.empty() ? 0 : 1);
         if (own < 0 || fd < 0) {
             return;
-        }
-        if (!items.empty()) {
-            eventfd_write(own, 1);
         }
         dup3(own, fd, O_CLOEXEC);
         close(own);

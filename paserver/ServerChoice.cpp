@@ -36,7 +36,9 @@ std::unique_ptr<paclient::Endpoint> openEmbedded(const ServerChoice& choice) try
     }
     return std::make_unique<simserver::EmbeddedEndpoint>(station, options);
 } catch (const std::filesystem::filesystem_error& error) {
-    throw std::runtime_error(error.path1().string() + " cannot be used: " + error.code().message());
+    const std::string& path = error.path1().string();
+    throw std::runtime_error((path.empty() ? "the folder for temporary files" : path) +
+                             " cannot be used: " + error.code().message());
 }
 
 }  // namespace

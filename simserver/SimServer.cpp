@@ -65,7 +65,10 @@ void SimServer::publishAll() {
     connected.serverInfo.set("name", station.name);
     connected.serverInfo.set("software", "simulated audio server");
     connected.serverInfo.set("timeZone", station.timeZone);
-    connected.serverInfo.set("clock", std::to_string(context_.clock.wallTime()));
+    const auto epoch = std::chrono::seconds(context_.clock.epoch());
+    const std::chrono::milliseconds now = epoch + context_.clock.target();
+    connected.serverInfo.set("clock", std::to_string(now / std::chrono::seconds(1)));
+    connected.serverInfo.set("clockMS", std::to_string(now.count()));
     connected.serverInfo.set("speed", context_.clock.speedText());
     context_.publisher.event(std::move(connected));
     sources_.publishAll();

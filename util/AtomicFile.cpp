@@ -31,6 +31,20 @@ fs::path resolved(const fs::path& place) {
     return unresolved ? place : target;
 }
 
+/// Whether the path leads over that of an open file, as /dev/stdout does: what is written there
+/// continues the file, which must not be replaced.
+bool isOpenFile(fs::path place) {
+    std::error_code unknown;
+    while (fs::is_symlink(place, unknown)) {
+        const fs::path folder = fs::canonical(place.parent_path(), unknown);
+        if (folder.string().rfind("/proc/", 0) == 0) {
+            return true;
+        }
+        place = folder / fs::read_symlink(place, unknown);
+    }
+    return false;
+}
+
 /// An empty file with a new name in the folder of `place`, with the permissions of the file there.
 fs::path createBeside(const fs::path& place) {
     constexpr mode_t permissions = 07777;
@@ -60,8 +74,8 @@ AtomicFile::AtomicFile(const fs::path& place) : place_(resolved(place)) {
         require(unknown, place_, cannotWrite);  // a name too long, a folder that is closed
     }
     const bool isFree = !fs::exists(status) || fs::is_regular_file(status);
-    if (!isFree || !place_.has_filename()) {
-        throw FileError("'" + place_.string() + "' is not the name of a file");
+    if (!isFree || !place_.has_filename() || isOpenFile(place)) {
+        throw FileError("'" + place.string() + "' is not the name of a file");
     }
     draft_ = createBeside(place_);
 }

@@ -12,7 +12,7 @@ class AtomicFile {
 public:
     /// Creates the temporary file, which shows that the folder can be written.
     /// @throws FileError when it cannot be created, or the place is taken by something else than a
-    ///         regular file
+    ///         regular file, or names an open file, as /dev/stdout does
     explicit AtomicFile(const std::filesystem::path& place);
     AtomicFile(const AtomicFile&) = delete;
     AtomicFile& operator=(const AtomicFile&) = delete;

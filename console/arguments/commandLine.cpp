@@ -111,15 +111,17 @@ void addProcessOptions(CLI::App& app, Settings& settings) {
 }
 
 /// The parser takes an empty value after "=" for a missing one, so it becomes a word of its own.
-std::vector<std::string> withEmptyValues(const std::vector<std::string>& words) {
+std::vector<std::string> withEmptyValues(const std::vector<std::string>& words,
+                                         CommandPlace place) {
     std::vector<std::string> result;
     for (const std::string& word : words) {
-        const bool emptyValue =
-            word.size() > 3 && word.compare(0, 2, "--") == 0 && word.find('=') == word.size() - 1;
+        const bool emptyValue = !place.awaitsValue() && word.size() > 3 &&
+                                word.compare(0, 2, "--") == 0 && word.find('=') == word.size() - 1;
         result.push_back(emptyValue ? word.substr(0, word.size() - 1) : word);
         if (emptyValue) {
             result.emplace_back();
         }
+        place.pass(word);
     }
     return result;
 }
@@ -143,13 +145,15 @@ constexpr std::pair<const char*, const char*> rewordings[] = {
     {" requires ", " needs "},
     {" excludes ", " cannot be combined with "},
     {": At Most 1 required but received ", ": one value is allowed, not "},
-    {": 1 required ", ": a value is missing: "},
     {" was given a disallowed flag override", " takes no value"},
     {" was not readable (missing?)", ": there is no such file"},
     {"INI was not able to parse ", "not an option of the configuration file: "},
 };
 
 std::string reworded(std::string message) {
+    if (const std::size_t at = message.find(": 1 required "); at != std::string::npos) {
+        return message.substr(0, at) + ": a value is missing";
+    }
     for (const auto& [theirs, ours] : rewordings) {
         if (const std::size_t at = message.find(theirs); at != std::string::npos) {
             return message.replace(at, std::strlen(theirs), ours);
@@ -237,7 +241,7 @@ std::optional<CommandLine> CommandParser::read(std::vector<std::string> words, O
         words.emplace_back("--help");
     }
     try {
-        auto arguments = withEmptyValues(words);
+        auto arguments = withEmptyValues(words, CommandPlace(app_));
         std::reverse(arguments.begin(), arguments.end());  // the order that the parser expects
         app_.parse(arguments);
     } catch (const CLI::CallForHelp&) {

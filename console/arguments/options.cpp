@@ -88,7 +88,9 @@ CLI::Option* addTexts(CLI::App& app, const std::string& name, std::vector<std::s
 
 CLI::Option* addTextList(CLI::App& app, const std::string& name, std::vector<std::string>& values,
                          const std::string& help) {
-    return addTexts(app, name, values, help, name)->expected(1, greatestWhole)->allow_extra_args();
+    // With allow_extra_args the library splits "[a,b]". It never asks for the least number.
+    constexpr int asManyAsCome = CLI::detail::expected_max_vector_size;
+    return addTexts(app, name, values, help, name)->expected(asManyAsCome, asManyAsCome);
 }
 
 CLI::Option* addSwitch(CLI::App& app, bool& value) {

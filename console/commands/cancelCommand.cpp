@@ -32,11 +32,6 @@ void print(const Context& context, const std::vector<AnnouncementRequest>& recor
     context.write(table, toJson(records));
 }
 
-Wait withdrawalWait(const Context& context) {
-    return waitOf(context, "until the server has withdrawn it",
-                  unknownWhether("anything is cancelled"));
-}
-
 /// Prints what has been withdrawn, and how it ended when it was not by this.
 void report(const Context& context, const Cancellation& cancellation) {
     if (!cancellation.ended.empty()) {
@@ -48,19 +43,14 @@ void report(const Context& context, const Cancellation& cancellation) {
     requireConfirmed(result, unknownWhether("anything is cancelled"));
 }
 
-void cancelRequest(const Context& context, const std::string& wanted) {
-    context.connected();
-    report(context, cancelAnnouncement(requestIdOf(wanted), withdrawalWait(context)));
-}
-
-void cancelType(const Context& context, Message::Type type) {
-    context.connected();
+/// @throws Failure when there is nothing to cancel
+Cancellation cancelType(Message::Type type, const Wait& wait) {
     const auto active = allAnnouncements();
     const bool isAny = std::any_of(active.begin(), active.end(), [type](const auto& record) {
         return record.getAudioMessageType() == type || record.getVisualMessageType() == type;
     });
     require(isAny, "no announcement of type " + nameOf(type) + " is active", ExitCode::NotFound);
-    report(context, cancelAnnouncements(type, withdrawalWait(context)));
+    return cancelAnnouncements(type, wait);
 }
 
 struct Cancel {
@@ -79,7 +69,10 @@ struct Cancel {
 
     void run(const Context& context) const {
         require(id || type, "cancel what? ID or --type TYPE is missing");
-        id ? cancelRequest(context, *id) : cancelType(context, *type);
+        context.connected();
+        const Wait wait = waitOf(context, "until the server has withdrawn it",
+                                 unknownWhether("anything is cancelled"));
+        report(context, id ? cancelAnnouncement(requestIdOf(*id), wait) : cancelType(*type, wait));
     }
 };
 

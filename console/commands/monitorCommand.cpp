@@ -57,33 +57,25 @@ public:
     Printer& operator=(const Printer&) = delete;
     ~Printer() { finishing_ = true; }
 
-    /// @throws Failure when a change could not be printed
-    void check() const { require(!failed_, "the output cannot be written"); }
-
 private:
-    void run() {
-        constexpr std::chrono::milliseconds tick{50};
-        bool isLastRound = false;
-        while (!isLastRound && !failed_) {
-            isLastRound = finishing_;
-            auto change = changes_.next(isLastRound ? tick * 0 : tick);
-            std::size_t left = changes_.waiting();  // what comes meanwhile has to wait
-            while (change != nullptr && !failed_) {
-                report(*change);
-                change = left > 0 ? changes_.next() : nullptr;
-                left -= left > 0 ? 1 : 0;
-            }
+    void run() try {
+        while (!finishing_) {
+            constexpr std::chrono::milliseconds tick{50};
+            printNext(tick);
         }
+        for (std::size_t left = changes_.waiting(); left > 0; --left) {  // later ones are too late
+            printNext({});
+        }
+    } catch (const Failure&) {
+        interrupt::outputFailed = true;
     }
 
-    void report(const Change& change) {
-        if (const std::string text = connectionText(change); !text.empty()) {
-            context_.diagnostics.diagnostic(text);
-        }
-        try {
-            print(context_, filter_, change);
-        } catch (const Failure&) {
-            failed_ = true;
+    void printNext(std::chrono::milliseconds wait) {
+        if (const auto change = changes_.next(wait)) {
+            if (const std::string text = connectionText(*change); !text.empty()) {
+                context_.diagnostics.diagnostic(text);
+            }
+            print(context_, filter_, *change);
         }
     }
 
@@ -91,41 +83,36 @@ private:
     const ChangeFilter& filter_;
     Subscription changes_;
     std::atomic<bool> finishing_{false};
-    std::atomic<bool> failed_{false};
     pa::PosixThread thread_;  // last: it uses the others
 };
 
 /// A wait that ends when the user interrupts, a change cannot be printed, or the connection has
 /// been away for longer than --timeout.
-Wait watchWait(const Context& context, const Printer& printer, double seconds) {
+Wait watchWait(const Context& context, double seconds) {
     Wait wait = interruptibleWait(seconds);
-    const double awaySeconds = context.settings.timeout.value_or(forEver);
-    Session& session = context.connected();
-    wait.whileWaiting = [&printer, &session, awaySeconds](std::chrono::milliseconds /*waited*/) {
+    context.connected();
+    wait.whileWaiting = [&context](std::chrono::milliseconds /*waited*/) {
         interrupt::check();
-        printer.check();
-        session.requireBackWithin(awaySeconds);
+        context.session.requireBackWithin(context.settings.timeout.value_or(forEver));
     };
     return wait;
 }
 
-void watch(const Context& context, const ChangeFilter& filter, double seconds) {
-    const Printer printer(context, filter);
+void watch(const Context& context, double seconds) {
     if (context.diagnostics.isTerminal()) {
         context.diagnostics.diagnostic("watching the server, until Ctrl-C");
     }
-    Subscription nothing(kinds<>());
-    nothing.next(watchWait(context, printer, seconds));
+    Subscription(kinds<>()).next(watchWait(context, seconds));
 }
 
 /// Waits until nothing that the script has played is active any more.
-void waitForRequests(const Context& context, const Printer& printer, Subscription& ends) {
+void waitForRequests(const Context& context, Subscription& ends) {
     const auto& ids = context.session.playedIds;
     const auto isOurs = [&ids](const AnnouncementRequest& record) {
         return std::find(ids.begin(), ids.end(), record.getRequestID()) != ids.end();
     };
     // An end is notified just before the controller forgets the request: look again soon.
-    WaitCourse course(watchWait(context, printer, context.settings.timeout.value_or(forEver)));
+    WaitCourse course(watchWait(context, context.settings.timeout.value_or(forEver)));
     while (true) {
         const auto active = gPaController.getAnnouncementRequests();
         if (std::none_of(active.begin(), active.end(), isOurs)) {
@@ -139,14 +126,13 @@ void waitForRequests(const Context& context, const Printer& printer, Subscriptio
 }
 
 /// Runs the script beside the monitor: its commands write to the diagnostics.
-void watchScript(const Context& context, const ChangeFilter& filter) {
+void watchScript(const Context& context) {
     Subscription ends(kinds<Deleted<AnnouncementRequest>>());
-    const Printer printer(context, filter);
     runScriptLines(
         {context.settings, context.diagnostics, context.diagnostics, -1, context.session});
-    waitForRequests(context, printer, ends);
+    waitForRequests(context, ends);
     context.connected().waitUntilDelivered();  // zones and sinks end after the announcements
-    printer.check();
+    interrupt::check();
 }
 
 /// A value of --kind.
@@ -209,10 +195,9 @@ struct Monitor {
         const ChangeFilter filter = wantedChanges();
         if (isSnapshot) {
             printSnapshot(context, filter);
-        } else if (hasScript) {
-            watchScript(context, filter);
         } else {
-            watch(context, filter, seconds.value_or(forEver));
+            const Printer printer(context, filter);
+            hasScript ? watchScript(context) : watch(context, seconds.value_or(forEver));
         }
     }
 

@@ -1,5 +1,4 @@
 #include <algorithm>
-#include <cstdio>
 #include <mutex>
 
 #include "client/Announcement.h"
@@ -12,6 +11,7 @@
 #include "console/following/operate.h"
 #include "console/text/cleanText.h"
 #include "framework/clock.h"
+#include "simserver/SimControl.h"
 
 namespace console {
 
@@ -23,13 +23,6 @@ constexpr double refusalSeconds = 1;  // for a request that the server answers o
 
 double secondsSince(std::int64_t startMS) {
     return static_cast<double>(pa::monotonicMS() - startMS) / 1000;
-}
-
-/// "    3.20 s", with two digits after the point, or fewer.
-std::string secondsText(double seconds, int digits = 2) {
-    char text[64];
-    std::snprintf(text, sizeof text, "%8.*f s", digits, seconds);
-    return text;
 }
 
 /// Shows the states of the parts as they come: a line each, and on a terminal, below them, how long
@@ -80,15 +73,16 @@ private:
 
     void writeLine(const Entry& entry) {
         const auto& [seconds, record] = entry;
-        const std::string line =
-            secondsText(seconds) + "  " + fitted(partName(record), 8) + clean(record.stateText) +
-            (record.completionMsg.empty() ? "" : ": ") + clean(record.completionMsg);
+        const std::string line = fixedText(seconds, 2, 8) + " s  " + fitted(partName(record), 8) +
+                                 clean(record.stateText) +
+                                 (record.completionMsg.empty() ? "" : ": ") +
+                                 clean(record.completionMsg);
         view_ ? lines_.push_back(line) : context_.out.write(line + '\n');
     }
 
     std::string elapsedLine() const {
-        return secondsText(secondsSince(startMS_), 1) +
-               (expected_ ? " of about" + secondsText(*expected_, 1) : std::string());
+        return fixedText(secondsSince(startMS_), 1, 8) + " s" +
+               (expected_ ? " of about" + fixedText(*expected_, 1, 8) + " s" : std::string());
     }
 
     const Context& context_;
@@ -111,10 +105,6 @@ std::optional<double> expectedSeconds(const PlayRequest& request) {
     const double audio = wanted.file ? checkWav(*wanted.file).seconds : 0;
     const double visual = request.display ? request.validity : 0;
     return std::max(audio, visual) / stationClock().speed();
-}
-
-void printId(const Context& context, const std::string& id) {
-    printOutcome(context, id, {{"requestId", id}});
 }
 
 /// @throws Failure when it has not ended well
@@ -155,7 +145,7 @@ void playAndWait(const Context& context, const PlayRequest& request,
                               });
     const std::string& id = announcement.requestId();
     context.session.playedIds.push_back(id);
-    printId(context, id);
+    printOutcome(context, id, {{"requestId", id}});
     const std::string unknown = afterInterruption(context, id);
     const std::string what = states.isDrawn() ? "" : "until request " + id + " is over";
     Wait wait = waitOf(context, what, unknown, forEver);
@@ -173,7 +163,8 @@ void playAndWait(const Context& context, const PlayRequest& request,
 void playOnly(const Context& context, const std::vector<std::string>& zones,
               const Message& message) {
     Announcement announcement(zones, message);
-    context.session.playedIds.push_back(announcement.requestId());
+    const std::string& id = announcement.requestId();
+    context.session.playedIds.push_back(id);
     const bool isReported = announcement.partCount() > 0;
     announcement.waitUntilAccepted(waitOf(context, "until the server accepts it",
                                           "the outcome is unknown",
@@ -181,8 +172,25 @@ void playOnly(const Context& context, const std::vector<std::string>& zones,
     requireGood(announcement);
     requireInTime(!isReported || announcement.state() != Announcement::State::Sending, announcement,
                   "accepted");
-    printId(context, announcement.requestId());
+    printOutcome(context, id, {{"requestId", id}});
     warnOfEnd(context, "the announcement");
+}
+
+/// What the server can play, when it is a simulated one.
+std::optional<Playable> playableAt(Endpoint& endpoint) {
+    if (endpoint.simControl() == nullptr) {
+        return std::nullopt;
+    }
+    Playable playable;
+    const auto [dictionary, recordings] = endpoint.simControl()->contents();
+    for (const auto& item : dictionary) {
+        playable.items.insert(static_cast<unsigned>(item.item));
+        playable.chimes.insert(item.chime ? item.item : 0);
+    }
+    for (const auto& recording : recordings) {
+        playable.recordings.insert(recording.path);
+    }
+    return playable;
 }
 
 /// Prints the problems of the request.
@@ -191,7 +199,8 @@ void dryRun(const Context& context, const std::vector<std::string>& zones, const
     Json array = Json::array();
     TextTable table({"PROBLEM"});
     bool isRefused = false;
-    for (const Finding& finding : checkMessage(zones, message)) {
+    Endpoint& endpoint = context.connected().connection().endpoint();
+    for (const Finding& finding : checkMessage(zones, message, playableAt(endpoint))) {
         array.push_back({{"subject", finding.subject}, {"text", finding.text}});
         table.addRow({finding.text});
         isRefused = isRefused || paclient::isRefused(finding.kind);

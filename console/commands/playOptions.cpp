@@ -15,14 +15,6 @@ bool startsBlank(const std::string& text) {
     return !text.empty() && (text[0] == ' ' || text[0] == '\t');
 }
 
-/// A text that is sent as it is, in a list.
-void requireListable(const std::string& kind, const std::string& text) {
-    const std::string what = kind + " '" + text + "'";
-    require(text.find_first_of(",^!\"") == std::string::npos && !hasControlCharacter(text),
-            what + " has a comma, one of ^ ! \" or a control character");
-    require(!startsBlank(text), what + " begins with a blank");
-}
-
 /// Keys are sent as they are, inside a JSON text.
 void checkKey(const std::string& key) {
     const std::string what = "the key '" + key + "'";
@@ -62,6 +54,13 @@ Message::DisplayVariables displayVariables(const PlayRequest& request) {
 }
 
 }  // namespace
+
+void requireListable(const std::string& kind, const std::string& text) {
+    const std::string what = kind + " '" + text + "'";
+    require(text.find_first_of(",^!\"") == std::string::npos && !hasControlCharacter(text),
+            what + " has a comma, one of ^ ! \" or a control character");
+    require(!startsBlank(text), what + " begins with a blank");
+}
 
 void addPlayOptions(CLI::App& app, PlayRequest& r) {
     addTexts(app, "--zones", r.zones, "A zone, or several with commas between; repeatable", "ZONES")
@@ -105,6 +104,7 @@ void check(const PlayRequest& request) {
     require(!request.wait || isAudible || request.validity != 0,
             "--wait cannot follow a text of validity 0: the server does not report it");
     for (const std::string& text : request.audio.texts) {
+        require(!text.empty(), "the text is empty");
         requireUtf8("the text", text);
     }
     if (request.display) {

@@ -40,6 +40,10 @@ constexpr const char* serverFolder = "/home/quillon/tmp/";
 /// @throws Failure for what cannot be one
 std::string serverPath(const std::string& path);
 
+/// A text that is sent as it is, in a list.
+/// @throws Failure for one that would end there
+void requireListable(const std::string& kind, const std::string& text);
+
 /// Adds the options to a command, which then fills in `request`.
 void addPlayOptions(CLI::App& app, PlayRequest& request);
 

@@ -34,6 +34,9 @@ struct OfRecording {
         const std::string path = serverPath(name);
         const std::string effect = path + operation.effect;
         const bool isConfirmed = operation.unconfirmed == nullptr;
+        if (isConfirmed) {
+            requireListable("the path", path);  // else it could not be played
+        }
         context.connected();
         operate(context, effect, [&](const Wait& wait) {
             const Confirmation answer = operation.send(path, wait);

@@ -113,7 +113,7 @@ void addKind(CLI::App& app, const Kind*& chosen, const char* Kind::*form) {
             return kind.*form != nullptr && kind.*form == name;
         });
     };
-    addParsed(app, "KIND", take, valueText(names), "TEXT")->required()->check(oneOf(names));
+    addParsed(app, "KIND", take, "Of the resources", "TEXT")->required()->check(oneOf(names));
 }
 
 struct List {

@@ -62,40 +62,44 @@ struct SimLock : Named<sources> {
     }
 };
 
-struct SimTrigger {
-    int id = 0;
+constexpr Resource<PaTrigger> hardwareTriggers{
+    "hardware trigger", "hardware triggers", [] { return gPaController.getHwPaTriggers(); },
+    memberText<&PaTrigger::id>, memberText<&PaTrigger::label>};
+
+struct SimTrigger : Named<hardwareTriggers> {
     bool active = false;
 
     void define(CLI::App& app) {
-        addWhole(app, "ID", id, {1, greatestWhole}, "The number of a hardware trigger")->required();
+        Named::define(app);
         addSwitch(app, active);
     }
 
     void run(const Context& context) const {
+        const int id = find(context).id;
         simulate(context, [&](SimControl& server) { server.setTrigger(id, active); });
+        const PaTrigger::State state = gPaController.getHwPaTriggerState(id);
         printEffect(context,
                     "hardware trigger " + std::to_string(id) + (active ? " is on" : " is off"),
-                    {{"id", id}, {"state", jsonValue(gPaController.getHwPaTriggerState(id))}});
+                    {{"id", id}, {"state", jsonValue(state)}, {"stateText", nameOf(state)}});
     }
 };
 
-struct SimSelector {
-    int id = 0;
+struct SimSelector : Named<selectors> {
     int state = 0;
 
     void define(CLI::App& app) {
-        addWhole(app, "ID", id, {1, greatestWhole}, "The number of a selector")->required();
+        Named::define(app);
         addWhole(app, "STATE", state, {0, 3},
                  "0 enabled, 1 enabled and inactive, 2 enabled and active, 3 disabled")
             ->required();
     }
 
     void run(const Context& context) const {
+        const int id = find(context).id;
         simulate(context, [&](SimControl& server) { server.setSelector(id, state); });
-        printEffect(context,
-                    "selector " + std::to_string(id) + " is " +
-                        nameOf(gPaController.getPaSelectorState(id)),
-                    {{"id", id}, {"state", state}});
+        const std::string text = nameOf(gPaController.getPaSelectorState(id));
+        printEffect(context, "selector " + std::to_string(id) + " is " + text,
+                    {{"id", id}, {"state", state}, {"stateText", text}});
     }
 };
 

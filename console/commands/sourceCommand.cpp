@@ -1,7 +1,6 @@
 #include <algorithm>
 #include <chrono>
 #include <cmath>
-#include <cstdio>
 
 #include "client/ChangeStream.h"
 #include "console/commands/devices.h"
@@ -72,24 +71,18 @@ void printZones(const Context& context, const PaSource& source) {
 constexpr double levelRange = 60;      // dB below 0 at which the bar is empty
 constexpr double readingSeconds = 10;  // the longest time between two readings
 
-std::string levelText(double level) {
-    char text[32];
-    std::snprintf(text, sizeof text, "%6.1f dB", level);
-    return text;
-}
-
 /// @param view null where readings are lines
 void show(const Context& context, LiveView* view, const palink::LevelReading& reading) {
+    const std::string text = fixedText(reading.level, 1, 6) + " dB";
     if (context.settings.json) {
         context.writeJson(toJson(reading));
     } else if (view == nullptr) {
-        context.out.write(levelText(reading.level) + '\n');
+        context.out.write(text + '\n');
     } else {
         const TerminalSize size = sizeOfTerminal(context.terminal);
-        const std::string text = levelText(reading.level) + "  ";
-        const std::size_t taken = text.size() + 1;
+        const std::size_t taken = text.size() + 3;
         const std::size_t free = size.columns > taken ? size.columns - taken : 0;
-        view->draw({text + bar(1 + reading.level / levelRange, free)}, size);
+        view->draw({text + "  " + bar(1 + reading.level / levelRange, free)}, size);
     }
 }
 

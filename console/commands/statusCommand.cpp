@@ -70,7 +70,8 @@ Json statusOf(Session& session) {
 void status(const Context& context) {
     const Json report = statusOf(context.connected());
     Json shown = report;
-    shown["server"].erase("clock");  // in seconds, and of the time when the connection began
+    shown["server"].erase("clock");  // of the time when the connection began
+    shown["server"].erase("clockMS");
     TextTable table({"ITEM", "VALUE"});
     const Json items = shown.flatten();
     for (const auto& entry : items.items()) {

@@ -1,5 +1,4 @@
 #include <algorithm>
-#include <set>
 
 #include "console/commands/devices.h"
 #include "console/commands/playOptions.h"
@@ -58,22 +57,23 @@ struct TriggerState {
 
     void run(const Context& context) const {
         context.connected();
-        const std::vector<AnyTrigger> all = allTriggers();
-        const auto numbers = memberTexts<&AnyTrigger::id>(all);
-        const std::set<std::string> unique(numbers.begin(), numbers.end());
-        findName("trigger", number, {unique.begin(), unique.end()});  // throws when there is none
+        std::vector<Naming> others;
         std::string lines;
         Json array = Json::array();
-        for (const AnyTrigger& trigger : all) {
+        for (const AnyTrigger& trigger : allTriggers()) {
             if (std::to_string(trigger.id) != number) {
+                others.push_back({std::to_string(trigger.id), ""});
                 continue;
             }
             const std::string state = nameOf(trigger.state);
-            lines += trigger.kind + " trigger " + std::to_string(trigger.id) + ": " + state + '\n';
+            lines += trigger.kind + " trigger " + number + ": " + state + '\n';
             array.push_back({{"kind", trigger.kind},
                              {"id", trigger.id},
                              {"state", static_cast<int>(trigger.state)},
                              {"stateText", state}});
+        }
+        if (array.empty()) {
+            findNamed("trigger", number, others);  // throws
         }
         context.settings.json ? context.writeJson(array) : context.out.write(lines);
     }

@@ -1,6 +1,5 @@
 #include "console/demo/DemoScreen.h"
 
-#include <cstdio>
 #include <regex>
 
 #include "client/resources.h"
@@ -96,9 +95,7 @@ std::string DemoScreen::numberText() const {
 
 std::string DemoScreen::elapsed() const {
     const std::chrono::duration<double> passed = Clock::now() - start_;
-    char text[32];
-    std::snprintf(text, sizeof text, "%6.1f s", passed.count());
-    return text;
+    return fixedText(passed.count(), 1, 6) + " s";
 }
 
 }  // namespace console

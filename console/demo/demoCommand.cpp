@@ -49,7 +49,8 @@ void showSummary(const Context& context, const std::vector<DemoProgress>& steps)
         context.writeJson(array);
         return;
     }
-    const auto lines = table.lines();
+    const bool isCut = context.terminal >= 0 && !context.settings.wide;
+    const auto lines = table.lines(isCut ? sizeOfTerminal(context.terminal).columns : 0);
     std::string text = '\n' + lines[0] + '\n';
     for (std::size_t i = 0; i < steps.size(); ++i) {
         text += styled(lines[i + 1], steps[i].isAsExpected() ? Style::Good : Style::Bad,

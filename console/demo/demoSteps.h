@@ -9,7 +9,7 @@ namespace console {
 
 /// One step of the demo: command lines of the console, in which `{name}` is a value that depends on
 /// the station, and lines that wait: `wait 3` for so many seconds of the station, others for what
-/// `Demo` knows.
+/// `DemoRun` knows.
 struct DemoStep {
     const char* page;
     const char* name;

@@ -13,7 +13,8 @@ using namespace paclient;
 namespace {
 
 std::string countText(std::size_t done, std::size_t total) {
-    return std::to_string(done) + " of " + std::to_string(total) + " schedules";
+    return std::to_string(done) + " of " + std::to_string(total) +
+           (total == 1 ? " schedule is" : " schedules are");
 }
 
 /// Shows how far an import is: a bar on a terminal, else a line now and then, nothing beside JSON.
@@ -23,10 +24,11 @@ void showProgress(const Context& context, LiveView* view, std::size_t done, std:
     constexpr std::size_t columns = 40;
     if (view != nullptr) {
         const double share = static_cast<double>(done) / static_cast<double>(total);
-        view->draw({"[" + fitted(bar(share, columns), columns) + "] " + countText(done, total)},
-                   sizeOfTerminal(context.terminal));
+        view->draw(
+            {"[" + fitted(bar(share, columns), columns) + "] " + countText(done, total) + " done"},
+            sizeOfTerminal(context.terminal));
     } else if (!context.settings.json && done % entriesPerLine == 0) {
-        context.out.write(countText(done, total) + " are done\n");
+        context.out.write(countText(done, total) + " done\n");
     }
 }
 
@@ -38,7 +40,7 @@ void printResult(const Context& context, const ImportResult& result, std::size_t
         context.diagnostics.diagnostic("entry " + std::to_string(failure.entry) + ": " +
                                        failure.reason);
     }
-    printOutcome(context, countText(result.imported, total) + " are in",
+    printOutcome(context, countText(result.imported, total) + " in",
                  {{"imported", result.imported}, {"failed", failed}});
 }
 
@@ -116,13 +118,13 @@ struct ScheduleImport {
             throw Failure(failure.code, "entry " + std::to_string(result.unknownEntry.value_or(0)) +
                                             ": " + failure.what() + "; " +
                                             countText(result.imported, total) +
-                                            " are in, and nothing after this one has been sent");
+                                            " in, and nothing after this one has been sent");
         }
         printResult(context, result, total);
         if (result.imported > 0) {
             warnUnlessKept(context, "what is imported");
         }
-        require(result.failed.empty(), countText(result.failed.size(), total) + " are not in",
+        require(result.failed.empty(), countText(result.failed.size(), total) + " not in",
                 ExitCode::Refused);
     }
 };

@@ -18,9 +18,13 @@ void TextTable::addRow(const std::vector<std::string>& cells) {
 
 std::vector<std::size_t> TextTable::widths(std::size_t columns) const {
     std::vector<std::size_t> result(rows_.front().size());
+    std::vector<std::size_t> least(result);  // of what is never cut: headings, numbers and moments
     for (const auto& row : rows_) {
         for (std::size_t i = 0; i < row.size(); ++i) {
-            result[i] = std::max(result[i], displayWidth(row[i]));
+            const std::size_t width = displayWidth(row[i]);
+            const bool isNumber = row[i].find_first_not_of("0123456789.:- ") == std::string::npos;
+            result[i] = std::max(result[i], width);
+            least[i] = std::max(least[i], isNumber || &row == &rows_.front() ? width : 0);
         }
     }
     std::size_t total = std::accumulate(result.begin(), result.end(), gap * (result.size() - 1));
@@ -28,8 +32,7 @@ std::vector<std::size_t> TextTable::widths(std::size_t columns) const {
         // One column less for the widest cells that may become narrower.
         std::size_t* widest = nullptr;
         for (std::size_t i = 0; i < result.size(); ++i) {
-            const bool mayShrink = result[i] > displayWidth(rows_.front()[i]);
-            if (mayShrink && (widest == nullptr || result[i] > *widest)) {
+            if (result[i] > least[i] && (widest == nullptr || result[i] > *widest)) {
                 widest = &result[i];
             }
         }

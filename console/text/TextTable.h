@@ -14,8 +14,8 @@ public:
     void addRow(const std::vector<std::string>& cells);
 
     /// The lines, without line ends.
-    /// @param columns of the terminal that they fit, 0 for no limit. The widest cells are cut then
-    ///                and end in an ellipsis; no column becomes narrower than its heading.
+    /// @param columns of the terminal that they fit, 0 for no limit. The widest texts are cut then
+    ///                and end in an ellipsis; headings, numbers and moments are never cut.
     std::vector<std::string> lines(std::size_t columns = 0) const;
 
     /// The lines, each with its end.

@@ -45,11 +45,9 @@ std::string text(const AnnouncementRequest& record) {
     return withStates(numbered(record.id, record.getRequestID()),
                       {record.stateText, record.completionMsg});
 }
-std::string text(const PaTrigger& trigger) {
-    return withStates(numbered(trigger.id, trigger.label), {nameOf(trigger.state)});
-}
-std::string text(const PaSelector& selector) {
-    return withStates(numbered(selector.id, selector.label), {nameOf(selector.state)});
+template <class TriggerOrSelector>
+std::string text(const TriggerOrSelector& record) {
+    return withStates(numbered(record.id, record.label), {nameOf(record.state)});
 }
 std::string text(const ScheduleDefinition& definition) {
     const ScheduleEntry schedule = described(definition);

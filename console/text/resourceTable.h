@@ -76,7 +76,7 @@ inline ListColumns<AnnouncementRequest> columnsOf(const Resource<AnnouncementReq
             {"VISUAL", memberText<&AnnouncementRequest::getVisualMessageType>},
             {"STATE", memberText<&AnnouncementRequest::stateText>},
             {"PRIORITY", memberText<&AnnouncementRequest::priorityText>},
-            {"START", memberText<&AnnouncementRequest::startDateTime>},
+            {"START", paclient::startText},
             {"ZONES", memberText<&AnnouncementRequest::zones>}};
 }
 

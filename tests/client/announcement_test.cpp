@@ -195,10 +195,27 @@ TEST_F(AnnouncementTest, ADryRunFindsWhatPreventsIt) {
     spoken.setAudioMessage("text", "en", "Amelia", Message::UTF_8);
     Message display;
     display.setVisualMessage("Main", {}, 30);
-    const std::map<std::string, Message> messages = {
-        {"500", items("", 500)}, {"600", items("", 600)}, {"13", items("", 600, {12, 13})},
-        {"relative", relative},  {"spoken", spoken},      {"display", display},
+    Message chimes = items("", 600);
+    chimes.setPreChime(12);
+    chimes.setPostChime(99);
+    const auto recorded = [](const std::string& path) {
+        Message message;
+        message.setPriority({APM_ABSOLUTE_PRIORITY, 600});
+        message.setAudioMessage(path);
+        return message;
     };
+    const std::map<std::string, Message> messages = {
+        {"500", items("", 500)},
+        {"600", items("", 600)},
+        {"13", items("", 600, {12, 13})},
+        {"relative", relative},
+        {"spoken", spoken},
+        {"display", display},
+        {"chimes", chimes},
+        {"own", recorded("/own.wav")},
+        {"none", recorded("/none.wav")},
+    };
+    const Playable playable = {{12}, {12}, {"/own.wav"}};
     // Of "message zones...", with a dot after those for which the server refuses.
     const auto findings = [&](const std::string& given) {
         std::istringstream words(given);
@@ -206,7 +223,7 @@ TEST_F(AnnouncementTest, ADryRunFindsWhatPreventsIt) {
         words >> name;
         const std::vector<std::string> zones{std::istream_iterator<std::string>(words), {}};
         std::string text;
-        for (const Finding& finding : checkMessage(zones, messages.at(name), {{12}})) {
+        for (const Finding& finding : checkMessage(zones, messages.at(name), playable)) {
             text +=
                 (text.empty() ? "" : "; ") + finding.text + (isRefused(finding.kind) ? "." : "");
         }
@@ -222,6 +239,9 @@ display Hall |
 600 Nowhere Yard Cellar | there is no zone 'Nowhere'.;
     zone 'Yard': sink 2 (Horn) is faulty or inactive; zone 'Cellar' is reported as Minor fault
 13 Hall | there is no dictionary item 13.
+chimes Hall | there is no chime 99.
+own Hall |
+none Hall | there is no recording /none.wav.
 spoken |
 )");
     gPaController.deleteFromTTS_Ports(0);

@@ -73,16 +73,17 @@ TEST(StationClock, IsThatOfTheServerAndKnowsWhenASchedulePlaysNext) {
         const std::size_t blank = reported.find(' ');
         KeyValueMap info;
         info.set("clock", reported.substr(0, blank));
+        info.set("clockMS", reported.substr(0, blank) + "750");
         info.set("timeZone", reported.substr(blank + 1));
         info.set("speed", "60");
         const StationClock clock(info);
-        passedMS += 500;  // half a minute of the station
+        passedMS += 505;  // 30.3 s of the station
         return clock.momentText(clock.now()) + ", " + dateText(clock.date()) + ", " +
                clock.nextRunText(s) + ".";
     };
     expectResults(described, R"(
 1796081400 Europe/Berlin | 2026-12-01T00:30 Europe/Berlin, 2026-12-01, 2026-12-01T06:00.
-1796081430 America/New_York | 2026-11-30T18:31 America/New_York, 2026-11-30, 2026-12-01T06:00.
+1796081429 America/New_York | 2026-11-30T18:31 America/New_York, 2026-11-30, 2026-12-01T06:00.
 1798761600 Europe/Berlin | 2027-01-01T01:00 Europe/Berlin, 2027-01-01, .
 1796081400 Europe/Atlantis | 2026-11-30T23:30 UTC, 2026-11-30, .
 soon UTC | 2001-09-09T01:47 UTC, 2001-09-09, 2026-12-01T06:00.

@@ -104,12 +104,12 @@ TEST_F(ConfirmTest, TakesNoAnswerFromBeforeItIsSent) {
 
 // ------------------------------------------------------------------------- with a simulated server
 
-struct OperationsTest : ClientTest {
+struct ConfirmedOperationsTest : ClientTest {
     static PaSink sink(int id) { return gPaController.findPaSink(id).value(); }
     static PaSource source(int id) { return gPaController.findPaSource(id).value(); }
 };
 
-TEST_F(OperationsTest, ReportWhatTheServerHasConfirmed) {
+TEST_F(ConfirmedOperationsTest, ReportWhatTheServerHasConfirmed) {
     const Wait wait;
     const std::string path = "/home/quillon/tmp/a.wav";
     const Names hall{"Hall"};
@@ -160,7 +160,7 @@ TEST_F(OperationsTest, ReportWhatTheServerHasConfirmed) {
     gPaController.deleteSwPaTrigger(yard.trigger.id);
 }
 
-TEST_F(OperationsTest, AreRefusedOrOpenOtherwise) {
+TEST_F(ConfirmedOperationsTest, AreRefusedOrOpenOtherwise) {
     EXPECT_THROW((void)setGain(sink(9), 0, false, false, {}), std::invalid_argument);
     EXPECT_THROW((void)setGain(source(1), 42.5, false, false, {}), std::out_of_range);
     EXPECT_THROW((void)reset(sink(1), false, {}), std::invalid_argument);
@@ -210,7 +210,7 @@ std::map<std::string, Change> previewAnswers(const std::string& id) {
             {"same-spoken", Retrieval{"other", true, {}, "file:/same"}}};
 }
 
-TEST_F(OperationsTest, PreviewsEndWithTheirAnswer) {
+TEST_F(ConfirmedOperationsTest, PreviewsEndWithTheirAnswer) {
     server.ignoreRequests(true);
     pa::RecordList item({"4", "", "\"text\"", "", "", "", "\"file:/same\""});
     gPaController.updateFromTTS_Dictionary(9, item.list());

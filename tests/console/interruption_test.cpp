@@ -18,10 +18,10 @@ TEST(Interruption, isTheSameSignalAgainWithinAMoment) {
     EXPECT_TRUE(interrupt::endsAtOnce(5000, 5101));
 }
 
-TEST(Interruption, endsAWriteThatWaitsForItsReader) {
-    struct FullPipe : std::streambuf {};  // takes nothing
-    FullPipe pipe;
-    std::ostream stream(&pipe);
+TEST(Interruption, isTheReasonOfAWriteThatFailsAfterIt) {
+    struct NoOutput : std::streambuf {};  // takes nothing
+    NoOutput nothing;
+    std::ostream stream(&nothing);
     console::Output out(stream);
     interrupt::install();
     std::raise(SIGINT);
@@ -59,6 +59,14 @@ TEST(InterruptionDeathTest, endsACommandCleanly) {
             std::exit(interrupt::rearm() ? 0 : console::run({"monitor"}, {std::cout, std::cerr}));
         },
         testing::ExitedWithCode(130), "^paconsole: interrupted\n$");
+}
+
+// Without the program's guards what the closed descriptors stand for then is one of its own files,
+// which it would wait for, or write to.
+TEST(StandardDescriptors, mayBeClosed) {
+    const std::string program = "timeout 60 " PA_CONSOLE_PROGRAM;
+    EXPECT_EQ(std::system((program + " --script - <&-").c_str()), 0);
+    EXPECT_EQ(WEXITSTATUS(std::system((program + " status >&- 2>&-").c_str())), 1);
 }
 
 }  // namespace

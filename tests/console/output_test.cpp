@@ -7,10 +7,13 @@
 #include "console/following/operate.h"
 #include "console/text/TextTable.h"
 #include "tests/console/consoleRun.h"
+#include "tests/support/TestFolder.h"
 
 namespace {
 
 using Texts = std::vector<std::string>;
+
+constexpr int terminalOf80 = 10000;  // no descriptor has this number: the size is unknown
 
 /// Takes nothing.
 class ClosedOutput : public std::streambuf {
@@ -37,6 +40,17 @@ TEST(Output, thatIsClosedEndsTheCommand) {
             EXPECT_EQ(err.str(), error == EPIPE ? "" : "paconsole: the output cannot be written\n");
         }
     }
+}
+
+TEST(Output, thatIsClosedEndsTheScriptOfAMonitor) {
+    const TestFolder folder;
+    const auto script =
+        folder.write("script", "play --zones Subway --items 12 --repeat 1000000 --wait");
+    ClosedOutput closed(EPIPE);
+    std::ostream out(&closed);
+    std::ostringstream err;
+    EXPECT_EQ(console::run({"monitor", "--script", script}, {out, err}), 1);
+    EXPECT_FALSE(contains(err.str(), "script")) << err.str();
 }
 
 TEST(Output, keepsDiagnosticsWhileALineIsTyped) {
@@ -88,14 +102,16 @@ TEST(TextTable, cutsTheWidestCellsToTheTerminal) {
               "ID  LABEL         ZONES\n"
               "1   Deputy's mi…  Concourse, …\n"
               "12  Desk\n");
-    // No column becomes narrower than its heading.
-    EXPECT_EQ(table.lines(5)[1], "1   Depu…  Conc…");
+    // Headings and numbers are never cut.
+    table.addRow({"123", "Desk", "2026-12-01 06:00"});
+    EXPECT_EQ(table.lines(5)[1], "1    Depu…  Concourse, Plat…");
+    EXPECT_EQ(table.lines(5)[3], "123  Desk   2026-12-01 06:00");
 }
 
 TEST(Progress, showsFromTheFirstSecondOnAndGivesWayToLines) {
     using std::chrono::milliseconds;
     std::ostringstream text;
-    console::Output diagnostics(text, nullptr, true);
+    console::Output diagnostics(text, nullptr, terminalOf80);
     std::ostringstream data;
     console::Output out(data, &diagnostics);
     {
@@ -116,11 +132,15 @@ TEST(Progress, showsFromTheFirstSecondOnAndGivesWayToLines) {
     EXPECT_EQ(text.str(),
               "waiting for the server: 2 s\r\x1b[Kpaconsole: trouble\n"
               "waiting for the server: 3 s\r\x1b[K");
+    // It is removed from one line only.
+    text.str("");
+    diagnostics.status(std::string(80, 'x'));
+    EXPECT_EQ(text.str(), std::string(78, 'x') + "…");
 }
 
 TEST(Progress, isThatOfAnOperation) {
     std::ostringstream text;
-    console::Output diagnostics(text, nullptr, true);
+    console::Output diagnostics(text, nullptr, terminalOf80);
     const console::Settings settings;
     console::Session session(settings, diagnostics);
     const console::Context context{settings, diagnostics, diagnostics, -1, session};

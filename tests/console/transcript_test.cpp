@@ -71,7 +71,7 @@ bool textMatches(const std::string& text, const Lines& patterns) {
     });
 }
 
-class Transcript {
+class TranscriptRun {
 public:
     void run(const std::filesystem::path& path) {
         std::ifstream file(path);
@@ -174,7 +174,7 @@ Lines transcripts() {
 class Transcripts : public testing::TestWithParam<std::string> {};
 
 TEST_P(Transcripts, hold) {
-    Transcript().run(std::filesystem::path(PA_TRANSCRIPT_DIR) / (GetParam() + ".txt"));
+    TranscriptRun().run(std::filesystem::path(PA_TRANSCRIPT_DIR) / (GetParam() + ".txt"));
 }
 
 INSTANTIATE_TEST_SUITE_P(Console, Transcripts, testing::ValuesIn(transcripts()),

@@ -1,20 +1,14 @@
 #pragma once
 
 #include <chrono>
-#include <csignal>
-#include <fcntl.h>
-#include <fstream>
+#include <optional>
 #include <regex>
-#include <spawn.h>
-#include <sstream>
 #include <stdexcept>
 #include <string>
-#include <sys/wait.h>
 #include <thread>
-#include <unistd.h>
-#include <vector>
 
 #include "link/mqtt/BrokerOptions.h"
+#include "tests/mqtt/Process.h"
 #include "tests/mqtt/ScriptedPeer.h"
 #include "tests/support/TestFolder.h"
 
@@ -37,13 +31,7 @@ public:
                 return;
             }
         }
-        throw std::runtime_error("mosquitto does not start: " + log());
-    }
-    BrokerProcess(const BrokerProcess&) = delete;
-    BrokerProcess& operator=(const BrokerProcess&) = delete;
-    ~BrokerProcess() {
-        signal(SIGCONT);
-        kill(SIGKILL);
+        throw std::runtime_error("mosquitto does not start: " + process_->errors());
     }
 
     int port() const { return port_; }
@@ -52,84 +40,42 @@ public:
         return palink::parseBrokerUrl("mqtt://127.0.0.1:" + std::to_string(port_));
     }
 
-    /// What it has logged.
-    std::string log() const {
-        std::ostringstream text;
-        text << std::ifstream(logFile()).rdbuf();
-        return text.str();
-    }
-
-    /// SIGSTOP freezes it, SIGCONT has it go on, SIGHUP has it read its files again.
-    void signal(int number) const {
-        if (process_ > 0) {
-            ::kill(process_, number);
-        }
-    }
+    /// SIGSTOP freezes it, SIGCONT has it go on.
+    void signal(int number) const { process_->signal(number); }
 
     /// Ends it, and waits for that.
-    void kill(int number = SIGKILL) {
-        signal(number);
-        if (process_ > 0) {
-            waitpid(process_, nullptr, 0);
-            process_ = 0;
-        }
-    }
+    void kill(int number = SIGKILL) { process_->end(number); }
 
     /// Starts it again on the same port.
     void restart() {
         kill();
         if (!start()) {
-            throw std::runtime_error("mosquitto does not start again: " + log());
+            throw std::runtime_error("mosquitto does not start again: " + process_->errors());
         }
     }
 
 private:
-    std::string logFile() const { return (folder_.path() / "log").string(); }
-
     /// @return whether it runs: not so when the port was taken meanwhile
     bool start() {
-        std::ofstream(logFile()).close();
         const std::string file = folder_.write(
             "mosquitto.conf",
             std::regex_replace(configuration_, std::regex("\\{PORT\\}"), std::to_string(port_)) +
                 "\nuser root\nlog_type information\nlog_dest stderr\n");
-        spawn({"setpriv", "--pdeathsig", "KILL", "/usr/sbin/mosquitto", "-c", file});
+        process_.reset();
+        process_.emplace(std::vector<std::string>{"/usr/sbin/mosquitto", "-c", file},
+                         (folder_.path() / "log").string());
         const auto limit = std::chrono::steady_clock::now() + std::chrono::seconds(30);
-        while (std::chrono::steady_clock::now() < limit) {
-            if (log().find(" running") != std::string::npos) {
+        while (!process_->hasEnded() && std::chrono::steady_clock::now() < limit) {
+            if (process_->errors().find(" running") != std::string::npos) {
                 return true;
-            }
-            if (waitpid(process_, nullptr, WNOHANG) == process_) {
-                process_ = 0;
-                return false;
             }
             std::this_thread::yield();
         }
-        kill();
         return false;
-    }
-
-    void spawn(std::vector<std::string> words) {
-        std::vector<char*> arguments;
-        for (std::string& word : words) {
-            arguments.push_back(word.data());
-        }
-        arguments.push_back(nullptr);
-        posix_spawn_file_actions_t actions;
-        posix_spawn_file_actions_init(&actions);
-        posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, logFile().c_str(),
-                                         O_WRONLY | O_APPEND, 0);
-        const int failure =
-            posix_spawnp(&process_, arguments[0], &actions, nullptr, arguments.data(), environ);
-        posix_spawn_file_actions_destroy(&actions);
-        if (failure != 0) {
-            process_ = 0;
-            throw std::runtime_error("cannot start " + words[0]);
-        }
     }
 
     const std::string configuration_;
     const TestFolder folder_{"pa-broker"};
     int port_ = 0;
-    pid_t process_ = 0;
+    std::optional<Process> process_;
 };

@@ -10,46 +10,40 @@
 /// Writes events down, a line for each.
 struct NotedEvents : palink::ServerEventSink {
     void deliver(palink::ServerEvent event) override {
-        std::visit([this](const auto& what) { note(what); }, event);
+        steps.add(std::visit([this](const auto& what) { return noted(what); }, event) + '\n');
     }
 
-    void note(const palink::Connected& connected) {
-        steps.add("connected " + std::to_string(connected.localDstNo) + ' ' +
-                  std::to_string(connected.activeDstNo) + (connected.indirect ? " indirect" : "") +
-                  ' ' + connected.serverInfo.get_value("name") + '\n');
+    std::string noted(const palink::Connected& connected) {
         info = connected.serverInfo;
+        return "connected " + std::to_string(connected.localDstNo) + ' ' +
+               std::to_string(connected.activeDstNo) + ' ' + info.get_value("name");
     }
-    void note(const palink::Disconnected& disconnected) {
-        steps.add("disconnected: " + disconnected.reason + '\n');
+    static std::string noted(const palink::Disconnected& disconnected) {
+        return "disconnected: " + disconnected.reason;
     }
-    void note(const palink::Record& record) {
-        if (onRecord) {
-            onRecord(record);
-            return;
-        }
-        steps.add("record " + std::to_string(record.dstNo) + ' ' + pa::nameOf(record.kind) + ' ' +
-                  std::to_string(record.key) + ' ' + record.fields.at(0).value_or("null") + '\n');
+    static std::string noted(const palink::Record& record) {
+        return "record " + std::to_string(record.dstNo) + ' ' + pa::nameOf(record.kind) + ' ' +
+               std::to_string(record.key) + ' ' + record.fields.at(0).value_or("null");
     }
-    void note(const palink::Withdrawal& withdrawal) {
-        steps.add("withdrawal " + std::to_string(withdrawal.dstNo) + ' ' +
-                  pa::nameOf(withdrawal.kind) + ' ' + std::to_string(withdrawal.key) + '\n');
+    static std::string noted(const palink::Withdrawal& withdrawal) {
+        return "withdrawal " + std::to_string(withdrawal.dstNo) + ' ' +
+               pa::nameOf(withdrawal.kind) + ' ' + std::to_string(withdrawal.key);
     }
-    void note(const palink::Refusal& refusal) {
-        steps.add("refusal " + textOf(refusal.operation) + " >" + refusal.requestId +
-                  "<: " + refusal.reason + '\n');
+    static std::string noted(const palink::Refusal& refusal) {
+        return "refusal " + textOf(refusal.operation) + " >" + refusal.requestId +
+               "<: " + refusal.reason;
     }
-    void note(const palink::LevelReading& reading) {
-        steps.add("level " + std::to_string(reading.element) + ' ' +
-                  std::to_string(static_cast<int>(reading.level)) + '\n');
+    static std::string noted(const palink::LevelReading& reading) {
+        return "level " + std::to_string(reading.element) + ' ' +
+               std::to_string(static_cast<int>(reading.level));
     }
-    void note(const palink::InitialSetComplete& /*complete*/) { steps.add("synced\n"); }
-    void note(const palink::RoundTripComplete& complete) {
-        steps.add("round trip " + std::to_string(complete.number) + '\n');
+    static std::string noted(const palink::InitialSetComplete& /*complete*/) { return "synced"; }
+    static std::string noted(const palink::RoundTripComplete& complete) {
+        return "round trip " + std::to_string(complete.number);
     }
 
     Transcript steps;
-    KeyValueMap info;                                     // of the last connection
-    std::function<void(const palink::Record&)> onRecord;  // in place of a line for each
+    KeyValueMap info;  // of the last connection
 };
 
 /// A broker, and a client of it. Time passes only where the test lets it.

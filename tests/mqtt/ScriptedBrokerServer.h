@@ -39,31 +39,16 @@ public:
     /// Publishes a record.
     void put(pa::RecordKind kind, int key, const pa::RecordFields& fields) {
         const std::string payload = palink::encodeRecord(fields);
-        note(kind, key, payload);
+        held_[{kind, key}] = payload;
         publishRecord(kind, key, payload);
     }
     void withdraw(pa::RecordKind kind, int key) {
-        note(kind, key, "");
+        forget(kind, key);
         publishRecord(kind, key, "");
     }
 
-    /// Counts a record in the status without publishing it; an empty payload counts none.
-    void note(pa::RecordKind kind, int key, const std::string& payload) {
-        std::string& held = held_[{kind, key}];
-        palink::KindSummary& summary = status.kinds[kind];
-        if (!held.empty()) {
-            --summary.count;
-            summary.checksum -= palink::recordChecksum(kind, key, held);
-        }
-        held = payload;
-        if (!held.empty()) {
-            ++summary.count;
-            summary.checksum += palink::recordChecksum(kind, key, held);
-        }
-        if (summary.count == 0) {
-            status.kinds.erase(kind);
-        }
-    }
+    /// Counts a record no longer, without withdrawing it.
+    void forget(pa::RecordKind kind, int key) { held_.erase({kind, key}); }
 
     /// Publishes a record without counting it.
     void publishRecord(pa::RecordKind kind, int key, const std::string& payload,
@@ -75,10 +60,14 @@ public:
     }
 
     void publishStatus() {
+        status.kinds.clear();
+        for (const auto& [place, payload] : held_) {
+            ++status.kinds[place.first].count;
+            status.kinds[place.first].checksum +=
+                palink::recordChecksum(place.first, place.second, payload);
+        }
         publish(retained(palink::topics::status(dstNo_), palink::encodeStatus(status)));
     }
-
-    void ignoreOperations() { client_.unsubscribe({palink::topics::operationsFor(dstNo_)}); }
 
     /// Ends as a process that is killed: the broker publishes its will.
     void die() { client_.dropConnection(); }
@@ -108,7 +97,6 @@ public:
 
 private:
     void onConnected() override {
-        const std::string dst = "pa/" + std::to_string(dstNo_);
         client_.subscribe(
             {palink::topics::operationsFor(dstNo_), palink::topics::roundTrips(dstNo_),
              palink::topics::levelRequestsFor(dstNo_), palink::topics::uploadsFor(dstNo_),
@@ -150,6 +138,6 @@ private:
 
     const int dstNo_;
     std::mutex answering_;
-    std::map<std::pair<pa::RecordKind, int>, std::string> held_;  // payloads, empty for none
+    std::map<std::pair<pa::RecordKind, int>, std::string> held_;  // payloads
     palink::MqttClient client_;
 };

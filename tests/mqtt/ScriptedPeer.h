@@ -22,12 +22,7 @@ public:
     }
     Listener(const Listener&) = delete;
     Listener& operator=(const Listener&) = delete;
-    ~Listener() {
-        for (const int descriptor : waiting_) {
-            close(descriptor);
-        }
-        close(descriptor_);
-    }
+    ~Listener() { close(descriptor_); }
 
     int port() const { return ntohs(address_.sin_port); }
     palink::BrokerOptions options() const {
@@ -35,20 +30,11 @@ public:
     }
     int descriptor() const { return descriptor_; }
 
-    /// Has the system answer no further connection.
-    void fillUp() {
-        for (int i = 0; i < 3; ++i) {
-            waiting_.push_back(socket(AF_INET, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0));
-            connect(waiting_.back(), generic(), sizeof(address_));
-        }
-    }
-
 private:
     sockaddr* generic() { return reinterpret_cast<sockaddr*>(&address_); }
 
     const int descriptor_;
     sockaddr_in address_{AF_INET, 0, {htonl(INADDR_LOOPBACK)}, {}};
-    std::vector<int> waiting_;
 };
 
 /// Answers each packet of each client by the next of its replies, then ends the connection.

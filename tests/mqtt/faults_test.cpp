@@ -71,29 +71,6 @@ TEST_F(LinkFaultsTest, AFloodOfMalformedMessagesFillsNoLog) {
     EXPECT_EQ(std::count(text.begin(), text.end(), '\n'), 12);
 }
 
-TEST_F(LinkFaultsTest, AClientConnectsAgainAfterTheBrokerHasLostEverything) {
-    startServer();
-    EXPECT_TRUE(transport.requestRoundTrip(1));
-    events.steps.waitFor("round trip 1\n");
-    events.steps.take();
-    server.steps.take();
-    broker.kill();
-    EXPECT_EQ(events.steps.waitFor("disconnected").rfind("disconnected: the broker mqtt://", 0),
-              0U);
-    EXPECT_FALSE(transport.send(cancel("a")));
-    EXPECT_FALSE(transport.requestRoundTrip(2));
-    EXPECT_FALSE(transport.statistics().brokerConnected);
-    broker.restart();
-    passUntil([&] { return server.steps.text().find("ready\n") != std::string::npos; });
-    server.publishStatus();
-    passUntil([&] { return transport.statistics().dstNo == 1; });
-    server.publishRecord(RecordKind::Zone, 1, R"(["Z"])");
-    const std::string steps = events.steps.waitFor("synced\n");
-    EXPECT_NE(steps.find("\nconnected 1 1 Station 1\nrecord 1 zone 1 Z\nsynced\n"),
-              std::string::npos)
-        << steps;
-}
-
 TEST_F(LinkFaultsTest, ABrokerThatIsFrozenForATimeLosesNothing) {
     startServer();
     broker.signal(SIGSTOP);
@@ -105,19 +82,6 @@ TEST_F(LinkFaultsTest, ABrokerThatIsFrozenForATimeLosesNothing) {
     settle();
     EXPECT_EQ(server.steps.text(), "ready\noperations/92/18 \"a\"\nroundTrips \n");
     EXPECT_EQ(transport.statistics().requests, 0U);
-}
-
-TEST_F(LinkFaultsTest, OfTwoClientsWithOneIdentifierEachConnectsAgain) {
-    startServer();
-    NotedEvents others;
-    palink::MqttTransport other(broker.options(), "0f8fad5b-d9cb-469f-a165-70867728950e");
-    other.start(others);
-    others.steps.waitFor("synced\n");
-    events.steps.waitFor("disconnected");
-    passUntil([&] { return others.steps.text().find("disconnected") != std::string::npos; });
-    other.stop();
-    passUntil([&] { return transport.statistics().synced; });
-    events.steps.waitFor("synced\n");
 }
 
 TEST_F(LinkFaultsTest, AStopEndsWhatWaitsAndASecondStartConnectsAgain) {

@@ -173,6 +173,7 @@ struct RequestsTest : HostTest {
 
 TEST_F(RequestsTest, OneThatMayHaveArrivedIsNotRefusedWhenTheServerIsGoneAfterwards) {
     constexpr int noSubscriber = 0x10;
+    constexpr int notAuthorized = 0x87;
     add("acknowledged");
     requests.published(1, 0);
     nowMS += 2000;
@@ -192,6 +193,10 @@ TEST_F(RequestsTest, OneThatMayHaveArrivedIsNotRefusedWhenTheServerIsGoneAfterwa
     add("new");
     requests.published(7, noSubscriber);
     EXPECT_EQ(std::exchange(ends, {}), "new: no server is connected to the broker\n");
+    add("denied");
+    requests.published(8, notAuthorized);
+    EXPECT_EQ(std::exchange(ends, {}),
+              "denied: the broker does not allow this client to ask for it\n");
     requests.answered(sent[5].correlation, {});
     EXPECT_EQ(std::exchange(ends, {}), "lost: \n");
     nowMS += 8000;

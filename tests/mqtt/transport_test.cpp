@@ -44,42 +44,13 @@ TEST_F(MqttTransportTest, WhatTheServerDoesNotHoldAnyMoreIsWithdrawnAlsoWithoutA
     startServer();
     server.publish(server.retained("pa/1/records/20/2", ""));  // without a generation
     log.waitFor("message on >pa/1/records/20/2< dropped: no generation");
-    server.note(RecordKind::Zone, 2, "");
+    server.forget(RecordKind::Zone, 2);
     server.publishStatus();
     passUntil([&] { return transport.statistics().fetches > 0; });
     EXPECT_EQ(events.steps.waitFor("withdrawal"), "withdrawal 1 zone 2\n");
     EXPECT_NE(log.text().find("server 1: records of kind zone differ from its status (2 have "
                               "arrived, it holds 1): they are fetched again\n"),
               std::string::npos);
-}
-
-TEST_F(MqttTransportTest, WhatABrokerDropsForASlowClientIsFetched) {
-    // It takes the records of one kind at a time only.
-    BrokerProcess limited(
-        "listener {PORT} 127.0.0.1\nallow_anonymous true\nmax_queued_messages 100\n");
-    const RecordKind kinds[] = {RecordKind::Sink, RecordKind::Trigger, RecordKind::Zone,
-                                RecordKind::TtsPort};
-    ScriptedBrokerServer large(limited.options(), 1);
-    large.publishStatus();
-    std::set<int> keys;
-    std::atomic<bool> isHeld{true};
-    events.onRecord = [&](const palink::Record& record) {
-        until([&] { return !isHeld; });
-        EXPECT_TRUE(keys.insert(record.key).second) << record.key;
-        events.steps.add(keys.size() == 4000 ? "all\n" : "");
-    };
-    constexpr std::size_t maxBytes = 1'000'000;
-    palink::MqttTransport client(limited.options(), "2", {}, maxBytes);
-    client.start(events);
-    events.steps.waitFor("synced\n");
-    for (int key = 1; key <= 4000; ++key) {
-        large.put(kinds[key % 4], key, {std::string(5000, 'x')});
-    }
-    large.publishStatus();
-    isHeld = false;
-    passUntil([&] { return client.statistics().fetches > 0 && client.statistics().synced; });
-    events.steps.waitFor("all\n");
-    EXPECT_NE(log.text().find("have arrived, it holds 1000): they are fetched"), std::string::npos);
 }
 
 TEST_F(MqttTransportTest, RecordsOfAnotherGenerationThanTheStatusHasAreNotUsed) {
@@ -102,67 +73,7 @@ TEST_F(MqttTransportTest, RecordsOfAnotherGenerationThanTheStatusHasAreNotUsed) 
     EXPECT_EQ(events.steps.waitFor("later\n"), "record 1 zone 10 later\n");
 }
 
-TEST_F(MqttTransportTest, AnotherServerIsUsedWhenTheActiveOneIsKilled) {
-    startServer();
-    ScriptedBrokerServer other(broker.options(), 2);
-    other.status.role = palink::ServerRole::Standby;
-    other.publishStatus();
-    server.die();
-    events.steps.waitFor("disconnected: server 1 is offline\n");
-    EXPECT_EQ(transport.statistics().problem, "no server is active");
-    EXPECT_FALSE(transport.send(cancel("a")));
-    other.status.role = palink::ServerRole::Active;
-    other.publishStatus();
-    EXPECT_EQ(events.steps.waitFor("synced\n"),
-              "disconnected: server 1 is offline\nconnected 2 2 Station 2\nsynced\n");
-}
-
 // -------------------------------------------------------------------------- requests
-
-TEST_F(MqttTransportTest, RefusalsOfTheServerAreDelivered) {
-    startServer();
-    server.answer = [](const palink::ReceivedMessage& message) {
-        EXPECT_EQ(message.userProperty("client"), "0f8fad5b-d9cb-469f-a165-70867728950e");
-        EXPECT_EQ(message.userProperty("generation"), "1");
-        EXPECT_EQ(message.expirySeconds(), 10U);
-        const bool isFirst = message.payload() == "\"a\"";
-        return isFirst ? palink::Answer{} : palink::Answer{false, "locked", "the id", ""};
-    };
-    EXPECT_TRUE(transport.send(cancel("a")));
-    EXPECT_TRUE(transport.send(cancel("b")));
-    EXPECT_EQ(events.steps.waitFor("refusal"), "refusal 92/18 >the id<: locked\n");
-    EXPECT_EQ(server.steps.text(), "ready\noperations/92/18 \"a\"\noperations/92/18 \"b\"\n");
-    EXPECT_EQ(transport.statistics().requests, 0U);
-    EXPECT_THROW(transport.send({-1, {92, 18}, 1, std::string(2'000'000, 'x')}), std::length_error);
-}
-
-TEST_F(MqttTransportTest, RefusalsOfTheBrokerAreDelivered) {
-    const TestFolder folder;
-    const std::string rights = folder.write(
-        "acl",
-        "topic read pa/#\ntopic write pa/1/operations/92/19\nuser server\ntopic readwrite pa/#\n");
-    BrokerProcess strict("listener {PORT} 127.0.0.1\nallow_anonymous true\nacl_file " + rights +
-                         "\n");
-    palink::BrokerOptions options = strict.options();
-    options.user = "server";
-    ScriptedBrokerServer allowed(options, 1);
-    allowed.publishStatus();
-    palink::MqttTransport client(strict.options(), "2");
-    client.start(events);
-    events.steps.waitFor("synced\n");
-    events.steps.take();
-    EXPECT_TRUE(client.send(cancel("a")));
-    EXPECT_EQ(events.steps.waitFor("refusal"),
-              "refusal 92/18 >a<: the broker does not allow this client to ask for it\n");
-}
-
-TEST_F(MqttTransportTest, AnOperationThatNoServerTakesIsRefused) {
-    server.ignoreOperations();
-    startServer();
-    EXPECT_TRUE(transport.send(cancel("a")));
-    EXPECT_EQ(events.steps.waitFor("refusal"),
-              "refusal 92/18 >a<: no server is connected to the broker\n");
-}
 
 TEST_F(MqttTransportTest, AnOperationWithoutAnAnswerIsSentAgainUntilItsTimeHasPassed) {
     startServer();
@@ -176,6 +87,7 @@ TEST_F(MqttTransportTest, AnOperationWithoutAnAnswerIsSentAgainUntilItsTimeHasPa
         expiries.push_back(message.expirySeconds().value_or(0));
         return std::nullopt;
     };
+    EXPECT_THROW(transport.send({-1, {92, 18}, 1, std::string(2'000'000, 'x')}), std::length_error);
     EXPECT_TRUE(transport.send(cancel("a")));
     for (int i = 0; i < 5; ++i) {
         server.steps.waitFor("operations/92/18 \"a\"\n");
@@ -203,31 +115,22 @@ TEST_F(MqttTransportTest, AnOperationIsSentAgainOnceAfterTheBrokerHasRestarted) 
         return isSilent ? std::nullopt : std::optional(palink::Answer{false, "done", "a", ""});
     };
     EXPECT_TRUE(transport.send(cancel("a")));
-    server.steps.waitFor("operations/92/18");
+    EXPECT_TRUE(transport.requestRoundTrip(1));
+    server.steps.waitFor("roundTrips");
     server.steps.take();
     broker.kill();
-    events.steps.waitFor("disconnected");
+    events.steps.waitFor("disconnected: the broker mqtt://");
+    EXPECT_FALSE(transport.send(cancel("b")));
+    EXPECT_FALSE(transport.requestRoundTrip(2));
     isSilent = false;
     broker.restart();
     passUntil([&] { return server.steps.text().find("ready\n") != std::string::npos; });
     server.publishStatus();
     passUntil([&] { return events.steps.text().find(">a<: done") != std::string::npos; });
     server.endAnswering();
-    EXPECT_EQ(correlations.size(), 1U);
+    EXPECT_EQ(correlations.size(), 2U) << "the round trip ends with its connection";
+    EXPECT_EQ(events.steps.text().find("round trip"), std::string::npos);
     EXPECT_EQ(transport.statistics().requests, 0U);
-}
-
-TEST_F(MqttTransportTest, ARoundTripComesBackAfterTheEffectsOfWhatWasSentBefore) {
-    startServer();
-    server.answer = [&](const palink::ReceivedMessage& message) {
-        if (message.topic() == "pa/1/operations/92/18") {
-            server.put(RecordKind::Announcement, 5, {"effect"});
-        }
-        return palink::Answer{};
-    };
-    EXPECT_TRUE(transport.send(cancel("a")));
-    EXPECT_TRUE(transport.requestRoundTrip(3));
-    EXPECT_EQ(events.steps.waitFor("round trip"), "record 1 announcement 5 effect\nround trip 3\n");
 }
 
 TEST_F(MqttTransportTest, ALevelIsAskedForAsLongAsItsFeedIsSubscribed) {

@@ -104,10 +104,10 @@ TEST_F(TwoServersTest, AStandbyHasAnnouncementsMadeByTheActiveServer) {
         R"(0,"",2030,1,1,8,0,2030,1,1,9,0,127,0,1,"",0,500,"2,ip,\"Yard\",12!1,,")";
     EXPECT_EQ(askFor(pa::operations::putSchedule, schedule, 4), "accepted");
     EXPECT_TRUE(client.waitFor(
-        [&] { return client.statusOf(3).kinds.count(pa::RecordKind::Schedule) != 0; }));
+        [&] { return client.status(3).kinds.count(pa::RecordKind::Schedule) != 0; }));
     EXPECT_EQ(client.status(4).kinds.count(pa::RecordKind::Schedule), 0U);
     EXPECT_EQ(askFor(pa::operations::attachZones, R"(9,"Yard")", 4), "accepted");
-    EXPECT_NE(client.now([&] { return client.record(4, pa::RecordKind::AttachedZones, 9); }), "")
+    EXPECT_NE(client.record(4, pa::RecordKind::AttachedZones, 9), "")
         << "what is no announcement it does itself";
 }
 

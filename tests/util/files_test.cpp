@@ -87,6 +87,9 @@ TEST_F(FileTest, IsReplacedOnlyWhenItIsComplete) {
 }
 
 TEST_F(FileTest, IsBegunWhereItCanBeCompleted) {
+    const pautil::Descriptor opened(open((path / "open").c_str(), O_WRONLY | O_CREAT, 0600));
+    const fs::path openFile = "/dev/fd/" + std::to_string(opened.number());
+    fs::create_symlink(openFile, path / "link");
     const std::pair<fs::path, std::string> cases[] = {
         {path / "missing/file", "cannot be written: No such file or directory"},
         {path / std::string(300, 'x'), "cannot be written: File name too long"},
@@ -94,12 +97,14 @@ TEST_F(FileTest, IsBegunWhereItCanBeCompleted) {
         {path / "", "is not the name of a file"},
         {"", "is not the name of a file"},
         {"/dev/full", "is not the name of a file"},
+        {openFile, "is not the name of a file"},
+        {path / "link", "is not the name of a file"},
     };
     for (const auto& [place, message] : cases) {
         const std::string failure = failureOf([&p = place] { const pautil::AtomicFile file(p); });
         EXPECT_NE(failure.find(message), std::string::npos) << failure;
     }
-    EXPECT_EQ(entries(), 0);
+    EXPECT_EQ(entries(), 2);
 }
 
 TEST_F(FileTest, ATemporaryFolderRemovesWhatKilledProcessesLeft) {
