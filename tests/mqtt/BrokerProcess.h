@@ -8,8 +8,8 @@
 #include <thread>
 
 #include "link/mqtt/BrokerOptions.h"
+#include "tests/mqtt/Listener.h"
 #include "tests/mqtt/Process.h"
-#include "tests/mqtt/ScriptedPeer.h"
 #include "tests/support/TestFolder.h"
 
 /// A mosquitto of the test on a free port of the loopback, ended with the object.

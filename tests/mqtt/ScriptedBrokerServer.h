@@ -78,11 +78,7 @@ public:
     }
 
     static palink::MqttMessage retained(const std::string& topic, const std::string& payload) {
-        palink::MqttMessage message;
-        message.topic = topic;
-        message.payload = payload;
-        message.retained = true;
-        return message;
+        return {topic, payload, 1, true};
     }
 
     /// What `answer` has noted so far may be looked at afterwards.
@@ -103,9 +99,7 @@ private:
              palink::topics::controlOf(dstNo_)},
             1);
         // Waits for itself, so that the subscriptions are there.
-        palink::MqttMessage message;
-        message.topic = palink::topics::control(dstNo_, "begin");
-        client_.publish(message);
+        client_.publish({palink::topics::control(dstNo_, "begin"), ""});
     }
     void onDisconnected(const std::string& /*reason*/, bool /*isPermanent*/) override {
         steps.add("disconnected\n");
@@ -128,10 +122,8 @@ private:
             answered = answer(message);
         }
         if (answered) {
-            palink::MqttMessage response;
-            response.topic = message.responseTopic();
+            palink::MqttMessage response{message.responseTopic(), palink::encodeAnswer(*answered)};
             response.correlation = message.correlation();
-            response.payload = palink::encodeAnswer(*answered);
             client_.publish(response);
         }
     }

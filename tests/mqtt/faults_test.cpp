@@ -33,9 +33,7 @@ TEST_F(LinkFaultsTest, AMalformedMessageIsReportedOnceAndDropped) {
         {answers, "{}", "outcome is missing", "1", "c"},
     };
     for (const auto& row : rows) {
-        palink::MqttMessage message;
-        message.topic = row.topic;
-        message.payload = row.payload;
+        palink::MqttMessage message{row.topic, row.payload};
         message.correlation = row.correlation;
         message.userProperties = {{"generation", row.generation}};
         server.publish(message);
@@ -47,9 +45,7 @@ TEST_F(LinkFaultsTest, AMalformedMessageIsReportedOnceAndDropped) {
     // A kind that the client does not know is not subscribed to. An answer to no request, and the
     // record of a server that is not used, are on the way at times: they are no fault.
     server.publishRecord(static_cast<RecordKind>(99), 1, "[]");
-    palink::MqttMessage answer;
-    answer.topic = answers;
-    answer.payload = R"({"outcome":"accepted"})";
+    palink::MqttMessage answer{answers, R"({"outcome":"accepted"})"};
     answer.correlation = "of no request";
     server.publish(answer);
     settle();

@@ -147,6 +147,8 @@ TEST_F(ServerViewTest, WhatDiffersIsFetchedWithPausesThatDoubleUntilItAgrees) {
     status(1, one);
     EXPECT_TRUE(view.isSynced());
     EXPECT_EQ(view.nextDue(), std::nullopt);
+    one.online = false;
+    EXPECT_EQ(status(1, one).unsubscribe.size(), std::size(pa::recordKinds));
 }
 
 struct RequestsTest : HostTest {

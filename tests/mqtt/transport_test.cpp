@@ -135,9 +135,7 @@ TEST_F(MqttTransportTest, AnOperationIsSentAgainOnceAfterTheBrokerHasRestarted) 
 
 TEST_F(MqttTransportTest, ALevelIsAskedForAsLongAsItsFeedIsSubscribed) {
     startServer();
-    palink::MqttMessage reading;
-    reading.topic = "pa/1/levels/4";
-    reading.payload = "-23.5";
+    const palink::MqttMessage reading{"pa/1/levels/4", "-23.5"};
     transport.meterLevel(true, 4);
     server.steps.waitFor("levelRequests/4 \n");
     server.publish(reading);

@@ -46,10 +46,7 @@ TEST_F(BrokerServerTest, KeepsTheTopicsOfItsRecords) {
     const std::string zone = topics::record(3, RecordKind::Zone, 1);
     const std::string left = topics::record(3, RecordKind::Zone, 77);
     const auto publish = [this](const std::string& topic, const std::string& payload) {
-        palink::MqttMessage message;
-        message.topic = topic;
-        message.payload = payload;
-        message.retained = true;
+        palink::MqttMessage message{topic, payload, 1, true};
         message.userProperties = {{"generation", "5"}};
         client.publish(message);
     };
@@ -101,10 +98,7 @@ TEST_F(BrokerServerTest, WithdrawsWhatHasEndedWhileTheBrokerWasAway) {
 
 TEST_F(BrokerServerTest, FeedsALevelMeterForFiveSeconds) {
     start();
-    palink::MqttMessage request;
-    request.topic = topics::levelRequest(3, 1);
-    request.qos = 0;
-    client.publish(request);
+    client.publish({topics::levelRequest(3, 1), ""});
     const std::string level = topics::level(3, 1);
     EXPECT_TRUE(client.waitFor([&] { return client.countOf(level) >= 3; }));
     advancedMS += paserver::BrokerServer::meterMS;
@@ -151,31 +145,26 @@ TEST_F(BrokerServerTest, SurvivesWhatIsNoneOfTheProtocol) {
     start();
     const palink::ServerStatus before = client.status(3);
     const auto good = client.operation(playMessage, playOf("request-1"));
-    const auto changed = [&good](auto change) {
-        palink::MqttMessage message = good;
-        change(message);
-        return message;
-    };
     const std::string deep(100'000, '[');
-    const std::string long10(10'000'000, 'x');
-    const std::vector<palink::MqttMessage> messages = {
-        changed([](auto& m) { m.responseTopic = topics::status(3); }),
-        changed([](auto& m) { m.responseTopic = "pa/clients/a/b/answers"; }),
-        changed([](auto& m) { m.responseTopic.clear(); }),
-        changed([](auto& m) { m.correlation.clear(); }),
-        changed([](auto& m) { m.correlation.assign(65, 'c'); }),
-        changed([](auto& m) { m.userProperties.pop_back(); }),
-        changed([](auto& m) { m.topic = "pa/3/operations/092/17"; }),
-        changed([](auto& m) { m.topic = "pa/3/operations/99999999999/17"; }),
-        changed([](auto& m) { m.topic = "pa/3/levelRequests/x"; }),
-        changed([&](auto& m) { m.payload = long10; }),
-        client.request(topics::control(3, "setTrigger"), deep),
-        client.request(topics::uploadBegin(3), deep, {{"upload", "u"}}),
-        client.request(topics::uploadBegin(3), "{}"),
-        client.request(topics::uploadData(3), "x", {{"upload", "u"}, {"offset", "-1"}}),
-        client.request("pa/4/status", deep),
-        client.request("pa/3/records/20/1", long10),
-    };
+    const std::string large(10'000'000, 'x');
+    std::vector<palink::MqttMessage> messages(10, good);
+    messages[0].responseTopic = topics::status(3);
+    messages[1].responseTopic = "pa/clients/a/b/answers";
+    messages[2].responseTopic.clear();
+    messages[3].correlation.clear();
+    messages[4].correlation.assign(65, 'c');
+    messages[5].userProperties.pop_back();
+    messages[6].topic = "pa/3/operations/092/17";
+    messages[7].topic = "pa/3/operations/99999999999/17";
+    messages[8].topic = "pa/3/levelRequests/x";
+    messages[9].payload = large;
+    messages.push_back(client.request(topics::control(3, "setTrigger"), deep));
+    messages.push_back(client.request(topics::uploadBegin(3), deep, {{"upload", "u"}}));
+    messages.push_back(client.request(topics::uploadBegin(3), "{}"));
+    messages.push_back(
+        client.request(topics::uploadData(3), "x", {{"upload", "u"}, {"offset", "-1"}}));
+    messages.push_back(client.request("pa/4/status", deep));
+    messages.push_back(client.request("pa/3/records/20/1", large));
     for (const palink::MqttMessage& message : messages) {
         client.publish(message);
     }

@@ -29,11 +29,14 @@ struct RemoteClientTest : BrokerServerTest {
     paclient::Connection connection{endpoint};
 };
 
-TEST_F(RemoteClientTest, AnAnnouncementIsSeenByEveryClient) {
+TEST_F(RemoteClientTest, AnAnnouncementOfAnUploadedFileIsSeenByEveryClient) {
     open();
     EXPECT_EQ(connection.serverInfo().get_value("name"), "Small");
-    Announcement announcement({"Yard"}, message());
-    EXPECT_EQ(announcement.wait({limit}), Announcement::State::Finished);
+    Message file;
+    file.setAudioMessage(folder.writeWav("long.wav", 480'000), Message::L16_48K);
+    Announcement announcement({"Yard"}, file);
+    EXPECT_EQ(announcement.wait({limit}), Announcement::State::Finished) << announcement.reason();
+    EXPECT_TRUE(std::filesystem::exists(folder.path() / "spool3" / "long.wav"));
     connection.waitUntilDelivered({limit});
     const std::string topic = palink::topics::record(3, pa::RecordKind::Announcement, 1);
     EXPECT_TRUE(client.waitFor([&] { return client.countOf(topic) >= 4; }))
@@ -81,15 +84,6 @@ TEST_F(RemoteClientTest, UsesTheOwnSideOfTheServer) {
     control->restart();
     EXPECT_TRUE(client.waitFor([this] { return client.isActive(3) && client.isSynced(3); }));
     connection.requireConnected({limit});
-}
-
-TEST_F(RemoteClientTest, PlaysAFileThatItHasUploaded) {
-    open();
-    Message file;
-    file.setAudioMessage(folder.writeWav("long.wav", 480'000), Message::L16_48K);
-    Announcement announcement({"Yard"}, file);
-    EXPECT_EQ(announcement.wait({limit}), Announcement::State::Finished) << announcement.reason();
-    EXPECT_TRUE(std::filesystem::exists(folder.path() / "spool3" / "long.wav"));
 }
 
 }  // namespace
