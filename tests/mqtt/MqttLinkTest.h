@@ -10,7 +10,7 @@
 /// Writes events down, a line for each.
 struct NotedEvents : palink::ServerEventSink {
     void deliver(palink::ServerEvent event) override {
-        steps.add(std::visit([this](const auto& what) { return noted(what); }, event) + '\n');
+        steps.add(std::visit([this](const auto& what) { return this->noted(what); }, event) + '\n');
     }
 
     std::string noted(const palink::Connected& connected) {
