@@ -48,7 +48,7 @@ struct ForkTest : LinkTest {
     ForkTest() {
         pa::TimeSource source;
         source.sleepMS = [](int ms) {
-            timePasses = timePasses && getppid() != idleParent;
+            until([] { return getppid() != idleParent; });
             pause(ms);
         };
         pa::setTimeSource(source);
@@ -70,7 +70,6 @@ TEST_F(ForkTest, AnObserverMayForkAndTheDaemonWorksButForTheLinkOfItsParent) {
     static auto& observer = *new Observer;
     gPaController.registerObserver(&observer);
     const auto useOwnLink = [this] {
-        timePasses = true;
         handleError(1, "a line of the child");
         if (upload() == 1) {
             return 1;
