@@ -21,7 +21,7 @@ Confirmation setGain(const PaSink& sink, double level, bool persistent, bool del
     if (sink.type < PaSink::HIGH_IMPEDANCE_SPEAKER_BUS ||
         sink.type > PaSink::LINE_LEVEL_AUDIO_OUTPUT) {
         throw std::invalid_argument("sink " + std::to_string(sink.id) +
-                                    " has no gain to set: it is a " + nameOf(sink.type));
+                                    " has no gain to set: its type is " + nameOf(sink.type));
     }
     ConfirmedRequest request;
     request.operations = {pa::operations::setSinkGain};
@@ -43,7 +43,7 @@ Confirmation setMonitoring(const PaSink& sink, bool enable, const Wait& wait) {
 Confirmation reset(const PaSink& sink, bool untilBack, const Wait& wait) {
     if (sink.type != PaSink::ZENTRIQ_KPL2 && sink.type != PaSink::ZENTRIQ_RMX4) {
         throw std::invalid_argument("sink " + std::to_string(sink.id) +
-                                    " cannot be reset: it is a " + nameOf(sink.type));
+                                    " cannot be reset: its type is " + nameOf(sink.type));
     }
     const bool wasInactive = sink.healthState == PaSink::INACTIVE;
     bool isInactive = wasInactive;

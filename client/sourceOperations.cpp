@@ -29,7 +29,7 @@ Confirmation setGain(const PaSource& source, double level, bool first, bool seco
     if (source.type != PaSource::ZENTRIQ_ANALOG_INPUT &&
         source.type != PaSource::ZENTRIQ_IP_PAGING_STATION) {
         throw std::invalid_argument("source " + std::to_string(source.id) +
-                                    " has no gain to set: it is a " + nameOf(source.type));
+                                    " has no gain to set: its type is " + nameOf(source.type));
     }
     ConfirmedRequest request;
     request.operations = {pa::operations::setSourceGain};

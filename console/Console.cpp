@@ -11,6 +11,7 @@
 #include "console/interrupt.h"
 #include "console/text/changeText.h"
 #include "sdk/operations.h"
+#include "simserver/protocol/Refused.h"
 #include "util/FileError.h"
 
 namespace console {
@@ -24,6 +25,8 @@ void execute(const Handler& handler, const Context& context) {
         handler(context);
     } catch (const paclient::LookupError& unknown) {
         throw Failure(ExitCode::NotFound, unknown.what());
+    } catch (const simserver::Refused& refused) {
+        throw Failure(ExitCode::Refused, std::string("the server refuses: ") + refused.what());
     } catch (const std::logic_error& error) {
         throw Failure(ExitCode::Usage, paclient::sentenceFor(error.what()));
     } catch (const pautil::FileError& error) {

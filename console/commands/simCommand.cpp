@@ -20,11 +20,7 @@ void printEffect(const Context& context, const std::string& sentence, const Json
 template <class Act>
 void simulate(const Context& context, Act act) {
     Session& session = context.connected();
-    try {
-        act(session.simControl());
-    } catch (const simserver::Refused& refused) {
-        throw Failure(ExitCode::Refused, std::string("the server refuses: ") + refused.what());
-    }
+    act(session.simControl());
     session.waitUntilDelivered();
 }
 
@@ -150,6 +146,8 @@ void restart(const Context& context) {
     endConnection(context, [](SimControl& server) {
         try {
             server.restart();
+        } catch (const simserver::Refused&) {
+            throw;
         } catch (const std::runtime_error& error) {
             throw Failure(ExitCode::CannotConnect,
                           std::string("the server does not start again: ") + error.what());

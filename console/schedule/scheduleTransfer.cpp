@@ -1,4 +1,3 @@
-
 #include "client/scheduleJson.h"
 #include "console/commands/commands.h"
 #include "console/files/LineFile.h"
@@ -82,7 +81,7 @@ struct ScheduleExport {
         }
         whole->fillWith(text);
         whole->complete();
-        printOutcome(context, std::to_string(json.size()) + " schedules are in " + file,
+        printOutcome(context, countText(json.size(), json.size()) + " in " + file,
                      {{"file", file}, {"schedules", json.size()}});
     }
 };
