@@ -5,25 +5,15 @@
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
-#include <fstream>
 #include <sys/wait.h>
 #include <thread>
 #include <unistd.h>
 
+#include "bench/processStatus.h"
+
 namespace {
 
 constexpr const char* inThisProcess = "--in-this-process";  // the name of a case follows
-
-/// A number of /proc/self/status, as in "VmHWM".
-long statusNumber(const std::string& name) {
-    std::ifstream status("/proc/self/status");
-    for (std::string line; std::getline(status, line);) {
-        if (line.compare(0, name.size() + 1, name + ':') == 0) {
-            return std::strtol(line.c_str() + name.size() + 1, nullptr, 10);
-        }
-    }
-    return 0;
-}
 
 void printRow(const std::string& what, const std::string& measured, const std::string& wanted,
               const std::string& threads, const std::string& peak) {
@@ -37,7 +27,7 @@ void printRow(const std::string& what, const std::string& measured, const std::s
     std::atomic<long> mostThreads{0};
     std::thread([&mostThreads] {
         while (true) {
-            const long others = statusNumber("Threads") - 1;
+            const long others = bench::statusNumber("self", "Threads") - 1;
             mostThreads = std::max(mostThreads.load(), others);
             std::this_thread::sleep_for(std::chrono::milliseconds(20));
         }
@@ -47,8 +37,9 @@ void printRow(const std::string& what, const std::string& measured, const std::s
     std::string peak;
     for (const Measurement& measurement : measurements) {
         if (threads.empty()) {
-            threads = std::to_string(std::max(mostThreads.load(), statusNumber("Threads") - 1));
-            peak = std::to_string(statusNumber("VmHWM") / 1024) + " MiB";
+            threads = std::to_string(
+                std::max(mostThreads.load(), bench::statusNumber("self", "Threads") - 1));
+            peak = std::to_string(bench::statusNumber("self", "VmHWM") / 1024) + " MiB";
         } else {
             threads = peak = "\"";
         }

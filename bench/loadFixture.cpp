@@ -55,43 +55,6 @@ LoadFixture::LoadFixture() {
     static_cast<void>(link.waitUntilReady(std::chrono::seconds(10)));
 }
 
-RecordFields sourceFields(int id, const std::string& label) {
-    RecordFields fields(17);
-    fields[0] = std::to_string(id);
-    fields[1] = "\"Platform 1, north end\"";
-    fields[2] = label;
-    fields[3] = "10.20.1.11";
-    fields[4] = "1";
-    fields[6] = "in 3";
-    fields[7] = "1";
-    fields[11] = "-12.5";
-    return fields;
-}
-
-RecordFields sinkFields(int id, int state) {
-    RecordFields fields(32);
-    fields[0] = std::to_string(id);
-    fields[1] = "\"Platform 1, north end\"";
-    fields[2] = "\"Canopy speakers\"";
-    fields[3] = "10.20.1.11";
-    fields[4] = "1";
-    fields[7] = std::to_string(state);
-    fields[26] = "\"Platform 1^Concourse\"";
-    return fields;
-}
-
-RecordFields scheduleFields() {
-    RecordFields fields(10);
-    fields[0] = "Daily";
-    fields[1] = "2026:12:1";
-    fields[2] = "6:0";
-    fields[3] = "2026:12:31";
-    fields[4] = "23:59";
-    fields[5] = "127";
-    fields[9] = "2,10.0.0.1,Platform 1,12^40!1,,";
-    return fields;
-}
-
 ScheduleDefinition scheduleDefinition(int id) {
     ScheduleDefinition schedule;
     schedule.Id = id;

@@ -6,6 +6,7 @@
 #include <string>
 #include <thread>
 
+#include "bench/sampleRecords.h"
 #include "include/common/RecordList.h"
 #include "link/ServerLink.h"
 #include "link/embedded/EmbeddedTransport.h"
@@ -13,12 +14,15 @@
 #include "sdk/PAController.h"
 
 /// @file
-/// The fixture of the load cases: a scripted server, an observer, the connection between them,
-/// records, and a clock.
+/// The fixture of the load cases: a scripted server, an observer, the connection between them
+/// and a clock.
 
 namespace load {
 
 using namespace pa;  // Operation, RecordFields, RecordList
+using bench::scheduleFields;
+using bench::sinkFields;
+using bench::sourceFields;
 using Clock = std::chrono::steady_clock;
 using pa::RecordKind;
 
@@ -78,9 +82,6 @@ inline LoadFixture& newFixture() {
     return *new LoadFixture;
 }
 
-RecordFields sourceFields(int id, const std::string& label);
-RecordFields sinkFields(int id, int state);
-RecordFields scheduleFields();
 ScheduleDefinition scheduleDefinition(int id);
 
 std::string text(double value, const char* unit);

@@ -35,6 +35,7 @@ public:
     }
 
     int port() const { return port_; }
+    pid_t id() const { return process_->id(); }
 
     palink::BrokerOptions options() const {
         return palink::parseBrokerUrl("mqtt://127.0.0.1:" + std::to_string(port_));

@@ -36,6 +36,8 @@ public:
     Process& operator=(const Process&) = delete;
     ~Process() { end(SIGKILL); }
 
+    pid_t id() const { return id_; }
+
     void signal(int number) const {
         if (id_ > 0) {
             ::kill(id_, number);

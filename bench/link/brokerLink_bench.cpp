@@ -1,0 +1,164 @@
+// The link over a broker, beside a client with the library alone that receives the same messages.
+// Every delivery has a broker of its own, and processes of their own for who publishes and who
+// receives. The trials of a measurement and of its reference take turns.
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <csignal>
+#include <functional>
+#include <iostream>
+
+#include "bench/link/roles.h"
+#include "bench/link/trial.h"
+#include "bench/resultTable.h"
+
+namespace {
+
+using namespace bench;
+
+struct Settings {
+    std::vector<std::string> rows;
+    int trials = 5;
+    int clients = 200;
+    bool json = false;
+};
+
+/// A column of the results of the trials.
+template <class Value>
+Samples samplesOf(const std::vector<TrialResult>& results, Value value) {
+    Samples samples;
+    for (const TrialResult& result : results) {
+        samples.values.push_back(value(result));
+    }
+    return samples;
+}
+
+/// The trials of a plan, in turns.
+struct Comparison {
+    std::vector<TrialResult> client;
+    std::vector<TrialResult> plain;
+
+    Comparison(const TrialPlan& plan, const char* role, int trials) {
+        for (int i = 0; i < trials; ++i) {
+            plain.push_back(runTrial(plan, plainRole));
+            client.push_back(runTrial(plan, role));
+        }
+    }
+
+    template <class Value>
+    ResultRow row(const std::string& what, const char* unit, Value value) const {
+        return {what, unit, samplesOf(client, value), samplesOf(plain, value)};
+    }
+};
+
+using Rows = std::vector<ResultRow>;
+
+Rows throughput(const Settings& settings) {
+    const Comparison trials({1000, 1, 200'000, 0}, clientRole, settings.trials);
+    ResultRow rate = trials.row("records published, until the observer has been called", "/s",
+                                [](const TrialResult& trial) { return trial.changesPerSecond; });
+    rate.moreIsBetter = true;
+    rate.wantedRatio = 0.9;
+    return {rate, trials.row("  processor time of the receiver for each", "us",
+                             [](const TrialResult& trial) { return trial.processorUS; })};
+}
+
+ResultRow sync(int records, const char* role, const char* what, int trials) {
+    return Comparison({records}, role, trials)
+        .row("a client synced with " + std::to_string(records) + " records" + what, "ms",
+             [](const TrialResult& trial) { return trial.syncedMS; });
+}
+
+Rows sync(const Settings& settings) {
+    Rows rows;
+    for (const int records : {10'000, 100'000}) {
+        rows.push_back(sync(records, clientWithoutPausesRole, ", no pauses", settings.trials));
+        rows.back().wantedRatio = 1.5;
+        rows.push_back(sync(records, clientRole, "", settings.trials));
+    }
+    rows[1].wantedMost = 1000;
+    return rows;
+}
+
+Rows latency(const Settings& settings) {
+    const Comparison trials({1000, 1, 2000, 500}, clientRole, settings.trials);
+    Rows rows;
+    for (const auto& [what, share] :
+         {std::pair("median", 0.5), std::pair("99th percentile", 0.99)}) {
+        rows.push_back(trials.row(
+            std::string("record published until observer called, ") + what, "us",
+            [share = share](const TrialResult& trial) { return quantile(trial.lastUS, share); }));
+        rows.back().wantedRatio = 1.5;
+    }
+    return rows;
+}
+
+Rows clients(const Settings& settings) {
+    const TrialPlan plan{2000, settings.clients, 20, 100'000};
+    const Comparison trials(plan, clientRole, std::min(settings.trials, 3));
+    const std::string all = std::to_string(settings.clients) + " clients";
+    return {
+        trials.row(all + ", 2000 records each: all synced", "ms",
+                   [](const TrialResult& trial) { return trial.syncedMS; }),
+        trials.row("  memory of the broker then", "MiB",
+                   [](const TrialResult& trial) { return trial.brokerMiB; }),
+        trials.row("  its peak", "MiB",
+                   [](const TrialResult& trial) { return trial.brokerPeakMiB; }),
+        trials.row("  private memory of a client", "MiB",
+                   [](const TrialResult& trial) { return trial.receiverMiB; }),
+        trials.row("  a change to all: the median client has it after", "us",
+                   [](const TrialResult& trial) { return quantile(trial.medianUS, 0.5); }),
+        trials.row("  the last one", "us",
+                   [](const TrialResult& trial) { return quantile(trial.lastUS, 0.5); }),
+    };
+}
+
+struct Topic {
+    const char* name;
+    Rows (*measure)(const Settings&);
+};
+
+constexpr Topic topics[] = {
+    {"throughput", throughput},
+    {"sync", sync},
+    {"latency", latency},
+    {"clients", clients},
+};
+
+int run(int argc, char** argv) {
+    Settings settings;
+    std::vector<std::string> names;
+    for (const Topic& topic : topics) {
+        names.emplace_back(topic.name);
+    }
+    CLI::App app("Measures the link over a broker beside the library alone.");
+    app.add_option("--rows", settings.rows, "Only these")->check(CLI::IsMember(names));
+    app.add_option("--trials", settings.trials, "Of each, default 5; of the clients at most 3")
+        ->check(CLI::Range(1, 1000));
+    app.add_option("--clients", settings.clients, "Client processes, default 200")
+        ->check(CLI::Range(1, 10'000));
+    app.add_flag("--json", settings.json, "JSON in place of the table");
+    CLI11_PARSE(app, argc, argv);
+    Rows rows;
+    for (const Topic& topic : topics) {
+        const auto& wanted = settings.rows;
+        if (wanted.empty() || std::find(wanted.begin(), wanted.end(), topic.name) != wanted.end()) {
+            const Rows measured = topic.measure(settings);
+            rows.insert(rows.end(), measured.begin(), measured.end());
+        }
+    }
+    std::cout << (settings.json ? tableJson("broker_link_bench", rows) : tableText(rows));
+    return 0;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) try {
+    std::signal(SIGPIPE, SIG_IGN);  // a process that has ended is reported where it is read
+    if (argc > 2 && std::string(argv[1]) == roleArgument) {
+        return runRole({argv + 2, argv + argc});
+    }
+    return run(argc, argv);
+} catch (const std::exception& e) {
+    std::cerr << "broker_link_bench: " << e.what() << '\n';
+    return 1;
+}

@@ -1,0 +1,32 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace bench {
+
+/// One delivery through a broker of its own.
+struct TrialPlan {
+    int records;         ///< that the broker holds
+    int receivers = 1;   ///< processes
+    int changes = 0;     ///< published when all receivers are synced
+    int intervalUS = 0;  ///< between changes; 0 for as fast as possible
+};
+
+struct TrialResult {
+    double syncedMS = 0;   ///< from the first start of a connection until all are synced
+    double brokerMiB = 0;  ///< when all are synced
+    double brokerPeakMiB = 0;
+    double receiverMiB = 0;          ///< private memory of the median receiver, synced
+    double changesPerSecond = 0;     ///< from the first publication to the last arrival
+    double processorUS = 0;          ///< of the first receiver, for each change
+    std::vector<double> medianUS{};  ///< for each change: until the median receiver has it
+    std::vector<double> lastUS{};    ///< and the last
+};
+
+/// @param role of the receivers, of roles.h
+/// @throws std::runtime_error when something is missing
+TrialResult runTrial(const TrialPlan& plan, const std::string& role);
+
+}  // namespace bench

@@ -1,0 +1,104 @@
+#include "bench/resultTable.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdio>
+#include <nlohmann/json.hpp>
+
+namespace bench {
+
+namespace {
+
+/// Three digits, or all of a large number.
+std::string numberText(double value) {
+    char text[32];
+    std::snprintf(text, sizeof text, value < 100 ? "%.3g" : "%.0f", value);
+    return text;
+}
+
+double bestOf(const ResultRow& row, const Samples& samples) {
+    return row.moreIsBetter ? samples.greatest() : samples.least();
+}
+
+std::string wantedText(const ResultRow& row) {
+    std::string text;
+    if (row.wantedMost > 0) {
+        text = "< " + numberText(row.wantedMost) + ' ' + row.unit;
+    }
+    if (row.wantedRatio > 0) {
+        text += (text.empty() ? "ratio " : ", ratio ");
+        text += (row.moreIsBetter ? ">= " : "<= ") + numberText(row.wantedRatio);
+    }
+    return text.empty() || row.isAsWanted() ? text : text + "  MISSED";
+}
+
+std::string lineOf(const std::vector<std::string>& cells) {
+    char text[256];
+    std::snprintf(text, sizeof text, "%-58s %9s %9s %9s %9s %6s  %-9s %s\n", cells[0].c_str(),
+                  cells[1].c_str(), cells[2].c_str(), cells[3].c_str(), cells[4].c_str(),
+                  cells[5].c_str(), cells[6].c_str(), cells[7].c_str());
+    return text;
+}
+
+}  // namespace
+
+double quantile(std::vector<double> values, double share) {
+    std::sort(values.begin(), values.end());
+    const double place = share * static_cast<double>(values.size() - 1);
+    return values[static_cast<std::size_t>(std::lround(place))];
+}
+
+double Samples::median() const {
+    return quantile(values, 0.5);
+}
+
+double Samples::least() const {
+    return *std::min_element(values.begin(), values.end());
+}
+
+double Samples::greatest() const {
+    return *std::max_element(values.begin(), values.end());
+}
+
+bool ResultRow::isAsWanted() const {
+    const bool isEnough = moreIsBetter ? ratio() >= wantedRatio : ratio() <= wantedRatio;
+    return (wantedRatio == 0 || isEnough) && (wantedMost == 0 || measured.median() < wantedMost);
+}
+
+std::string tableText(const std::vector<ResultRow>& rows) {
+    std::string text =
+        lineOf({"", "median", "best", "reference", "best", "ratio", "unit", "wanted"});
+    for (const ResultRow& row : rows) {
+        text += lineOf({row.what, numberText(row.measured.median()),
+                        numberText(bestOf(row, row.measured)), numberText(row.reference.median()),
+                        numberText(bestOf(row, row.reference)), numberText(row.ratio()), row.unit,
+                        wantedText(row)});
+    }
+    return text;
+}
+
+std::string tableJson(const std::string& benchmark, const std::vector<ResultRow>& rows) {
+    const auto optional = [](double wanted) {
+        return wanted > 0 ? nlohmann::json(wanted) : nlohmann::json();
+    };
+    nlohmann::json all = nlohmann::json::array();
+    for (const ResultRow& row : rows) {
+        const auto summary = [&row](const Samples& samples) {
+            return nlohmann::json{{"median", samples.median()},
+                                  {"best", bestOf(row, samples)},
+                                  {"trials", samples.values}};
+        };
+        all.push_back({{"benchmark", benchmark},
+                       {"what", row.what},
+                       {"unit", row.unit},
+                       {"measured", summary(row.measured)},
+                       {"reference", summary(row.reference)},
+                       {"ratio", row.ratio()},
+                       {"wantedRatio", optional(row.wantedRatio)},
+                       {"wantedMost", optional(row.wantedMost)},
+                       {"asWanted", row.isAsWanted()}});
+    }
+    return all.dump(2) + '\n';
+}
+
+}  // namespace bench

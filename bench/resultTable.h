@@ -1,0 +1,45 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace bench {
+
+/// What the trials of a measurement have found, in their order.
+struct Samples {
+    std::vector<double> values;
+
+    [[nodiscard]] double median() const;
+    [[nodiscard]] double least() const;
+    [[nodiscard]] double greatest() const;
+};
+
+/// The value below which a share of the values is.
+/// @param values not empty
+double quantile(std::vector<double> values, double share);
+
+/// A measurement beside its reference of the same run.
+struct ResultRow {
+    std::string what;
+    std::string unit;
+    Samples measured;
+    Samples reference;
+    bool moreIsBetter = false;
+    /// What the ratio of the medians may be at the most, or at the least when more is better; 0 for
+    /// any.
+    double wantedRatio = 0;
+    /// The most that the median may be; 0 for any.
+    double wantedMost = 0;
+
+    [[nodiscard]] double ratio() const { return measured.median() / reference.median(); }
+    [[nodiscard]] bool isAsWanted() const;
+};
+
+/// One line for each row: median and best of both, the ratio of the medians, and what is wanted.
+std::string tableText(const std::vector<ResultRow>& rows);
+
+/// An array of objects.
+/// @param benchmark the name of the program, in each of them
+std::string tableJson(const std::string& benchmark, const std::vector<ResultRow>& rows);
+
+}  // namespace bench
