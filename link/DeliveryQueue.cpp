@@ -1,5 +1,6 @@
 #include "link/DeliveryQueue.h"
 
+#include <algorithm>
 #include <string>
 #include <utility>
 
@@ -82,10 +83,16 @@ void DeliveryQueue::stop() {
 }
 
 void DeliveryQueue::add(ServerEvent event) {
+    addWithoutWaking(std::move(event));
+    wake();
+}
+
+void DeliveryQueue::addWithoutWaking(ServerEvent event) {
     const std::size_t bytes = sizeof(Waiting) + std::visit(HeapBytes{}, event);
     std::unique_lock guard(lock_);
     if (std::this_thread::get_id() != deliveryThread_) {
         ++heldBack_;
+        arrived_.notify_one();
         spaceFreed_.wait(guard, [this] { return !running_ || !full_ || uploads_ > 0; });
         --heldBack_;
     }
@@ -96,17 +103,20 @@ void DeliveryQueue::add(ServerEvent event) {
     queue_.push_back({std::move(event), bytes});
     bytes_ += bytes;
     full_ = full_ || bytes_ >= maxBytes_;  // until half of it has been delivered
+}
+
+void DeliveryQueue::wake() {
     arrived_.notify_one();
 }
 
 void DeliveryQueue::waitUntilDelivered() {
     std::unique_lock guard(lock_);
-    delivered_.wait(guard, [this] { return queue_.empty() && heldBack_ == 0 && !delivering_; });
+    delivered_.wait(guard, [this] { return queue_.empty() && heldBack_ == 0 && delivering_ == 0; });
 }
 
 std::size_t DeliveryQueue::size() const {
     const std::lock_guard guard(lock_);
-    return queue_.size();
+    return queue_.size() + delivering_;
 }
 
 void DeliveryQueue::run(ServerEventSink& sink) {
@@ -117,23 +127,38 @@ void DeliveryQueue::run(ServerEventSink& sink) {
         if (!running_) {
             break;
         }
-        ServerEvent event = std::move(queue_.front().event);
-        bytes_ -= queue_.front().bytes;
-        queue_.pop_front();
-        if (full_ && bytes_ <= maxBytes_ / 2) {
-            full_ = false;
-            spaceFreed_.notify_all();
-        }
-        delivering_ = true;
-        guard.unlock();
-        sink.deliver(std::move(event));
-        guard.lock();
-        delivering_ = false;
+        deliver(sink, guard);
         if (queue_.empty()) {
             delivered_.notify_all();
         }
     }
     deliveryThread_ = {};
+}
+
+/// Takes everything that waits, and delivers it. The lock is taken once for some events: threads
+/// that wait for it cost more than what it guards.
+void DeliveryQueue::deliver(ServerEventSink& sink, std::unique_lock<std::mutex>& guard) {
+    constexpr std::size_t eventsPerLock = 64;
+    std::vector<Waiting> taken;
+    taken.swap(queue_);
+    delivering_ = taken.size();
+    for (auto next = taken.begin(); next != taken.end() && running_;) {
+        const auto end = next + std::min<std::ptrdiff_t>(eventsPerLock, taken.end() - next);
+        std::size_t bytes = 0;
+        guard.unlock();
+        for (; next != end && running_; ++next) {
+            bytes += next->bytes;
+            sink.deliver(std::move(next->event));
+        }
+        guard.lock();
+        delivering_ = static_cast<std::size_t>(taken.end() - next);
+        bytes_ -= std::min(bytes, bytes_);
+        if (full_ && bytes_ <= maxBytes_ / 2) {
+            full_ = false;
+            spaceFreed_.notify_all();
+        }
+    }
+    delivering_ = 0;
 }
 
 void DeliveryQueue::countUpload(int more) {

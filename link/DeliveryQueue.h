@@ -1,12 +1,13 @@
 #pragma once
 
+#include <atomic>
 #include <condition_variable>
 #include <cstddef>
-#include <deque>
 #include <functional>
 #include <memory>
 #include <mutex>
 #include <thread>
+#include <vector>
 
 #include "framework/posixThread.h"
 #include "link/Transport.h"
@@ -49,6 +50,13 @@ public:
     /// Adds an event, when there is space. Dropped when the queue is closed.
     void add(ServerEvent event);
 
+    /// As `add`, but the delivery may wait for `wake`: for a thread that adds many events one after
+    /// the other, which it would interrupt again and again.
+    void addWithoutWaking(ServerEvent event);
+
+    /// Has everything delivered that was added.
+    void wake();
+
     /// Waits until everything that has been added so far, by other threads too, has been delivered.
     /// Not to be called by the sink.
     void waitUntilDelivered();
@@ -76,6 +84,7 @@ private:
     };
 
     void run(ServerEventSink& sink);
+    void deliver(ServerEventSink& sink, std::unique_lock<std::mutex>& guard);
     void countUpload(int more);
 
     const char* const threadName_;
@@ -90,13 +99,13 @@ private:
     std::condition_variable spaceFreed_;  // for more events
     std::condition_variable delivered_;   // everything
     // Guarded by lock_.
-    bool running_ = false;
-    std::deque<Waiting> queue_;
-    std::size_t bytes_ = 0;  // of what is in queue_
+    std::atomic<bool> running_{false};  // also read without it
+    std::vector<Waiting> queue_;
+    std::size_t bytes_ = 0;  // of what is in queue_ and waits in the delivery thread
     bool full_ = false;
-    int uploads_ = 0;           // under way
-    std::size_t heldBack_ = 0;  // threads that wait for space
-    bool delivering_ = false;
+    int uploads_ = 0;             // under way
+    std::size_t heldBack_ = 0;    // threads that wait for space
+    std::size_t delivering_ = 0;  // how many the delivery thread has taken
     std::thread::id deliveryThread_;
 };
 

@@ -54,9 +54,10 @@ void print(const char* what, const Times& times) {
     std::cout << std::endl;
 }
 
-/// The time, and the memory of the process that it shares with no other, in KiB.
-Times timeAndMemory() {
-    return {nowNS(), bench::statusNumber("self", "RssAnon")};
+/// What is printed of a receiver that is synced.
+/// @param processorAtStart of the connection
+Times syncedNow(std::int64_t processorAtStart) {
+    return {nowNS(), processorNS() - processorAtStart, statusNumber("self", "RssAnon")};
 }
 
 void waitForEndOfInput() {
@@ -104,6 +105,7 @@ void runPlain(int port, int records, int changes) {
     Times received;
     received.reserve(static_cast<std::size_t>(changes));
     waitForStart();
+    const std::int64_t atStart = processorNS();
     PlainClient client(port);
     int retained = 0;
     client.subscribe(palink::topics::recordsOf(stationDstNo),
@@ -115,7 +117,7 @@ void runPlain(int port, int records, int changes) {
                          }
                      });
     client.runUntil([&] { return retained == records; });
-    print("synced", timeAndMemory());
+    print("synced", syncedNow(atStart));
     const std::int64_t before = processorNS();
     client.runUntil([&] { return received.size() == static_cast<std::size_t>(changes); });
     const std::int64_t after = processorNS();
@@ -202,11 +204,12 @@ void runClient(int port, int records, int changes) {
     auto& transport = *new palink::MqttTransport(broker, audioServer.getUUID());
     auto& link = *new palink::ServerLink(audioServer, transport);
     waitForStart();
+    const std::int64_t atStart = processorNS();
     link.start();
     if (!link.waitUntilReady(longestWait)) {
         throw std::runtime_error("not synced");
     }
-    const Times synced = timeAndMemory();
+    const Times synced = syncedNow(atStart);
     requireEverything(records);
     observer.begin();
     print("synced", synced);

@@ -24,9 +24,9 @@ inline constexpr const char* stationRole = "station";
 inline constexpr const char* publisherRole = "publisher";
 
 /// PORT RECORDS CHANGES: receives the records and then the changes, with the library, or with the
-/// link and the controller. Prints "synced", the time and the private memory in KiB; then
-/// "received" and the time of each change, and "spent" and the processor time for all changes in
-/// ns.
+/// link and the controller. Prints "synced", the time, the processor time in ns since the start,
+/// and the private memory in KiB; then "received" and the time of each change, and "spent" and the
+/// processor time for all changes in ns.
 inline constexpr const char* plainRole = "plain";
 inline constexpr const char* clientRole = "client";
 inline constexpr const char* clientWithoutPausesRole = "client-without-pauses";

@@ -44,7 +44,8 @@ void sync(const Receivers& receivers, TrialResult& result) {
     for (const auto& receiver : receivers) {
         const Times synced = receiver->read("synced");
         last = std::max(last, synced.at(0));
-        memory.push_back(static_cast<double>(synced.at(1)) / kiBPerMiB);
+        result.syncProcessorMS = static_cast<double>(synced.at(1)) / nsPerMS;
+        memory.push_back(static_cast<double>(synced.at(2)) / kiBPerMiB);
     }
     result.syncedMS = between(start, last, nsPerMS);
     result.receiverMiB = quantile(memory, 0.5);

@@ -15,12 +15,13 @@ struct TrialPlan {
 };
 
 struct TrialResult {
-    double syncedMS = 0;   ///< from the first start of a connection until all are synced
-    double brokerMiB = 0;  ///< when all are synced
+    double syncedMS = 0;         ///< from the first start of a connection until all are synced
+    double syncProcessorMS = 0;  ///< of a receiver until then
+    double brokerMiB = 0;        ///< when all are synced
     double brokerPeakMiB = 0;
     double receiverMiB = 0;          ///< private memory of the median receiver, synced
     double changesPerSecond = 0;     ///< from the first publication to the last arrival
-    double processorUS = 0;          ///< of the first receiver, for each change
+    double processorUS = 0;          ///< of a receiver, for each change
     std::vector<double> medianUS{};  ///< for each change: until the median receiver has it
     std::vector<double> lastUS{};    ///< and the last
 };

@@ -30,6 +30,9 @@ public:
 
     virtual void onMessage(const ReceivedMessage& message) = 0;
 
+    /// What has arrived so far has been read, or much of it.
+    virtual void onPause() {}
+
     /// The broker has acknowledged a publication of QoS 1; maybe before `publish` returns on
     /// another thread. Publications that are not acknowledged when the connection is lost are
     /// forgotten.

@@ -85,6 +85,7 @@ bool MqttClient::Connection::serve(BrokerSession& session) {
     const std::int64_t endMS = pa::monotonicMS() + attemptLimitMS;
     short events = 0;
     while (session.proceed(events)) {
+        listener_.onPause();
         if (!isWanted(session)) {
             return true;
         }

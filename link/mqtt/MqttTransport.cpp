@@ -53,7 +53,8 @@ void MqttTransport::start(ServerEventSink& sink) {
     }
     requests_.open();
     uploads_.start();
-    queue_.start(sink);
+    decoder_.passTo(sink);
+    queue_.start(decoder_);
     timer_ = std::make_unique<pa::PosixThread>("mqtt-timer", [this] { runTimer(); });
     client_.start();
 }
@@ -122,6 +123,7 @@ void MqttTransport::onDisconnected(const std::string& reason, bool isPermanent) 
         debug(1, "%s", problem.c_str());
     }
     deliver(change);
+    queue_.wake();
 }
 
 void MqttTransport::onPublished(int id, int reasonCode) {
@@ -203,7 +205,7 @@ void MqttTransport::deliver(ViewChange& change) {
         if (std::holds_alternative<Disconnected>(event)) {
             requests_.lose();
         }
-        queue_.add(std::move(event));
+        queue_.addWithoutWaking(std::move(event));
     }
 }
 

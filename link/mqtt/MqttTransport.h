@@ -15,6 +15,7 @@
 #include "link/mqtt/BrokerOptions.h"
 #include "link/mqtt/FaultReports.h"
 #include "link/mqtt/MqttClient.h"
+#include "link/mqtt/RecordDecoder.h"
 #include "link/mqtt/Requests.h"
 #include "link/mqtt/ServerView.h"
 #include "link/mqtt/Uploads.h"
@@ -85,6 +86,7 @@ private:
     void onConnected() override;
     void onDisconnected(const std::string& reason, bool isPermanent) override;
     void onMessage(const ReceivedMessage& message) override;
+    void onPause() override { queue_.wake(); }
     void onPublished(int id, int reasonCode) override;
 
     struct LevelFeed {
@@ -107,6 +109,7 @@ private:
     const std::string uuid_;
     const std::string answerTopic_;
     FaultReports faults_;
+    RecordDecoder decoder_{faults_};
     DeliveryQueue queue_;
     MqttClient client_;
     Requests requests_;

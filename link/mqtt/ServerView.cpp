@@ -190,29 +190,18 @@ void ServerView::takeRecord(const topics::RecordTopic& topic, std::string_view p
         return;
     }
     server.messageMS = pa::monotonicMS();
-    std::string fault;
     if (payload.empty()) {
         if (mirror->remove(topic.key)) {
             change.events.emplace_back(Withdrawal{topic.dstNo, topic.kind, topic.key});
         }
     } else if (mirror->put(topic.key, recordChecksum(topic.kind, topic.key, payload))) {
-        fault = addRecord(topic, payload, change);
+        Record record{topic.dstNo, topic.kind, topic.key, {}};
+        record.fields.emplace_back(payload);
+        change.events.emplace_back(std::move(record));
         server.hasProgress = true;
     }
     withdrawLeftovers(topic.dstNo, topic.kind, *mirror, change);
     compare(change);
-    if (!fault.empty()) {
-        throw MalformedMessage(fault);
-    }
-}
-
-/// @return what is wrong with the payload. The server counts the record all the same
-std::string ServerView::addRecord(const topics::RecordTopic& topic, std::string_view payload,
-                                  ViewChange& change) try {
-    change.events.emplace_back(Record{topic.dstNo, topic.kind, topic.key, decodeRecord(payload)});
-    return {};
-} catch (const MalformedMessage& e) {
-    return e.what();
 }
 
 void ServerView::withdrawLeftovers(int dstNo, pa::RecordKind kind, KindMirror& mirror,

@@ -39,8 +39,10 @@ public:
     /// @throws MalformedMessage
     void takeStatus(int dstNo, std::string_view payload, ViewChange& change);
 
+    /// Records are delivered with their payload as the only field, for a `RecordDecoder`. The
+    /// server counts a malformed one all the same.
     /// @param generation the user property of the message
-    /// @throws MalformedMessage; `change` holds all the same
+    /// @throws MalformedMessage
     void takeRecord(const topics::RecordTopic& topic, std::string_view payload,
                     const std::optional<std::string>& generation, ViewChange& change);
 
@@ -90,8 +92,6 @@ private:
     void disconnect(const std::string& reason, ViewChange& change);
     [[nodiscard]] std::string reasonWithout(const std::string& problem) const;
     [[nodiscard]] std::string reasonFor(const Selection& next) const;
-    static std::string addRecord(const topics::RecordTopic& topic, std::string_view payload,
-                                 ViewChange& change);
     static void withdrawLeftovers(int dstNo, pa::RecordKind kind, KindMirror& mirror,
                                   ViewChange& change);
     void compare(ViewChange& change);

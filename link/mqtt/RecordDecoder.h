@@ -1,0 +1,27 @@
+#pragma once
+
+#include "link/Transport.h"
+#include "link/mqtt/FaultReports.h"
+
+namespace palink {
+
+/// Passes events on, on the thread that delivers them. A record waits for that with its payload as
+/// its only field, which is one block of memory in place of many; here it gets its fields. One that
+/// is malformed is reported and dropped.
+class RecordDecoder final : public ServerEventSink {
+public:
+    explicit RecordDecoder(FaultReports& faults) : faults_(faults) {}
+
+    /// Before the first event.
+    void passTo(ServerEventSink& sink) { sink_ = &sink; }
+
+    void deliver(ServerEvent event) override;
+
+private:
+    bool decode(Record& record);
+
+    FaultReports& faults_;
+    ServerEventSink* sink_ = nullptr;
+};
+
+}  // namespace palink
