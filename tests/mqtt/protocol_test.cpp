@@ -68,6 +68,7 @@ TEST(RecordPayloadTest, FieldsKeepTheirTexts) {
         {{}, "[]"},
         {{"12", "Platform 1", std::nullopt, "0"}, R"(["12","Platform 1",null,"0"])"},
         {{std::nullopt, ""}, R"([null,""])"},
+        {{"\"A\"^\"B\\C\"", "\\"}, R"(["\"A\"^\"B\\C\"","\\"])"},
         {{"\"a\\b\"", "1\n2\x01", "Gleis \u201e2\u201c\U0001F514"},
          R"(["\"a\\b\"","1\n2\u0001","Gleis „2“🔔"])"},
     };
@@ -99,9 +100,10 @@ void expectMalformed(Decode decode, const std::vector<std::string>& payloads) {
 
 TEST(MalformedMessageTest, WhatTheProtocolDoesNotHaveIsRefused) {
     std::vector<std::string> notJson{
-        "",     "[",           "[\"a\"",        "[\"a\",]",    "[\"a\"]]",      "[null,,null]",
-        "]",    "[null null]", "[nul]",         "[null\"a\"]", "[\"a\"x\"b\"]", "[,]",
-        "\xFF", "[\"\xC3(\"]", "[\"\\ud800\"]", "{\"a\""};
+        "",         "[",           "[\"a\"",        "[\"a\",]",    "[\"a\"]]",      "[null,,null]",
+        "]",        "[null null]", "[nul]",         "[null\"a\"]", "[\"a\"x\"b\"]", "[,]",
+        "\xFF",     "[\"\xC3(\"]", "[\"\\ud800\"]", "{\"a\"",      R"(["\"])",      R"(["\)",
+        R"(["\x"])"};
     const std::string deep(100'000, '[');
     notJson.push_back(deep + std::string(100'000, ']'));
     notJson.push_back(std::string(10'000'000, '['));
