@@ -54,6 +54,10 @@ bool MqttClient::unsubscribe(const std::vector<std::string>& topics) {
     return connection_->unsubscribe(topics);
 }
 
+bool MqttClient::isSubscribing() const {
+    return connection_->isSubscribing();
+}
+
 bool MqttClient::isConnected() const {
     return connection_->isConnected();
 }
@@ -157,6 +161,11 @@ bool MqttClient::Connection::unsubscribe(const std::vector<std::string>& topics)
     }
     wake_->signal();
     return true;
+}
+
+bool MqttClient::Connection::isSubscribing() {
+    const std::lock_guard guard(lock_);
+    return !subscriptions_.empty();
 }
 
 bool MqttClient::Connection::isConnected() {

@@ -95,6 +95,9 @@ public:
     /// @return false when there is no connection
     bool subscribe(const std::vector<std::string>& topics, int qos, bool noLocal = false);
 
+    /// Whether the broker has not answered a subscription yet.
+    [[nodiscard]] bool isSubscribing() const;
+
     /// @return false when there is no connection
     bool unsubscribe(const std::vector<std::string>& topics);
 

@@ -37,6 +37,7 @@ public:
     bool waitForSpace(std::chrono::milliseconds limit);
     bool subscribe(const std::vector<std::string>& topics, int qos, bool noLocal);
     bool unsubscribe(const std::vector<std::string>& topics);
+    bool isSubscribing();
     bool isConnected();
     const BrokerOptions& options() const { return options_; }
 

@@ -388,6 +388,9 @@ std::optional<std::int64_t> MqttTransport::runDue() {
     requests_.runDue();
     std::optional<std::int64_t> next = requests_.nextDue();
     const std::lock_guard guard(lock_);
+    if (client_.isSubscribing()) {
+        view_.awaitSubscription();
+    }
     apply(view_.runDue());
     for (const auto& due : {view_.nextDue(), repeatLevels()}) {
         next = due ? std::min(next.value_or(*due), *due) : next;

@@ -264,6 +264,12 @@ std::optional<std::int64_t> ServerView::nextDue() {
     return next;
 }
 
+void ServerView::awaitSubscription() {
+    for (auto& [dstNo, server] : servers_) {
+        server.messageMS = pa::monotonicMS();
+    }
+}
+
 ViewChange ServerView::runDue() {
     ViewChange change;
     for (auto& [dstNo, server] : servers_) {

@@ -46,6 +46,10 @@ public:
     void takeRecord(const topics::RecordTopic& topic, std::string_view payload,
                     const std::optional<std::string>& generation, ViewChange& change);
 
+    /// The broker has not answered a subscription yet: it is slow, and nothing counts as missing
+    /// before it has answered and `patienceMS` have passed.
+    void awaitSubscription();
+
     /// Fetches again what has been missing for some time.
     /// @return without events
     ViewChange runDue();

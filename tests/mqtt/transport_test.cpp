@@ -53,6 +53,20 @@ TEST_F(MqttTransportTest, WhatTheServerDoesNotHoldAnyMoreIsWithdrawnAlsoWithoutA
               std::string::npos);
 }
 
+TEST_F(MqttTransportTest, ABrokerThatHasNotAnsweredASubscriptionIsNotAskedAgain) {
+    startServer();
+    server.publishRecord(RecordKind::Zone, 2, R"(["not counted"])");
+    events.steps.waitFor("not counted\n");
+    settle();
+    broker.signal(SIGSTOP);
+    transport.meterLevel(true, 1);
+    transport.requestRoundTrip(1);
+    passUntil([&] { return transport.statistics().requests == 0; });  // has expired, after 10 s
+    EXPECT_EQ(transport.statistics().fetches, 0U);
+    broker.signal(SIGCONT);
+    passUntil([&] { return transport.statistics().fetches > 0; });
+}
+
 TEST_F(MqttTransportTest, RecordsOfAnotherGenerationThanTheStatusHasAreNotUsed) {
     server.status.generation = 5;
     server.publishRecord(RecordKind::Zone, 8, R"(["left behind"])", 4);
