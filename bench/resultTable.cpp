@@ -60,6 +60,14 @@ double Samples::greatest() const {
     return *std::max_element(values.begin(), values.end());
 }
 
+double ResultRow::ratio() const {
+    Samples ratios;
+    for (std::size_t i = 0; i < measured.values.size(); ++i) {
+        ratios.values.push_back(measured.values[i] / reference.values.at(i));
+    }
+    return ratios.median();
+}
+
 bool ResultRow::isAsWanted() const {
     const bool isEnough = moreIsBetter ? ratio() >= wantedRatio : ratio() <= wantedRatio;
     return (wantedRatio == 0 || isEnough) && (wantedMost == 0 || measured.median() < wantedMost);

@@ -18,24 +18,24 @@ struct Samples {
 /// @param values not empty
 double quantile(std::vector<double> values, double share);
 
-/// A measurement beside its reference of the same run.
+/// A measurement beside its reference of the same run: their trials take turns.
 struct ResultRow {
     std::string what;
     std::string unit;
     Samples measured;
     Samples reference;
     bool moreIsBetter = false;
-    /// What the ratio of the medians may be at the most, or at the least when more is better; 0 for
-    /// any.
+    /// What the ratio may be at the most, or at the least when more is better; 0 for any.
     double wantedRatio = 0;
     /// The most that the median may be; 0 for any.
     double wantedMost = 0;
 
-    [[nodiscard]] double ratio() const { return measured.median() / reference.median(); }
+    /// The median of the ratios of each trial to that of the reference beside it.
+    [[nodiscard]] double ratio() const;
     [[nodiscard]] bool isAsWanted() const;
 };
 
-/// One line for each row: median and best of both, the ratio of the medians, and what is wanted.
+/// One line for each row: median and best of both, the ratio, and what is wanted.
 std::string tableText(const std::vector<ResultRow>& rows);
 
 /// An array of objects.

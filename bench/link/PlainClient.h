@@ -8,7 +8,7 @@
 
 namespace bench {
 
-/// A client of the broker with the library alone: the reference of the measurements, and what
+/// A client of the broker that is only the library: the reference of the measurements, and what
 /// publishes in all of them. For a process with one thread.
 class PlainClient {
 public:

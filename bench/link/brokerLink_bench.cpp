@@ -1,4 +1,4 @@
-// The link over a broker, beside a client with the library alone that receives the same messages.
+// The link over a broker, beside a client that receives the same messages with only the library.
 // Every delivery has a broker of its own, and processes of their own for who publishes and who
 // receives. The trials of a measurement and of its reference take turns.
 #include <CLI/CLI.hpp>
@@ -134,7 +134,7 @@ int run(int argc, char** argv) {
     for (const Topic& topic : topics) {
         names.emplace_back(topic.name);
     }
-    CLI::App app("Measures the link over a broker beside the library alone.");
+    CLI::App app("Measures the link over a broker beside only its library.");
     app.add_option("--rows", settings.rows, "Only these")->check(CLI::IsMember(names));
     app.add_option("--trials", settings.trials, "Of each, default 5; of the clients at most 3")
         ->check(CLI::Range(1, 1000));

@@ -83,7 +83,7 @@ private:
     State state_ = State::Before;
 };
 
-/// Reads a text of plain characters, escaped quotes and escaped backslashes, and goes past it.
+/// Reads a text of plain characters, escaped quotes and escaped backslashes, and takes it off.
 /// @param rest begins with its first quote
 /// @return whether it is one
 bool readText(std::string_view& rest, std::string& text) {
