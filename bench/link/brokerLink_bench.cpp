@@ -103,6 +103,8 @@ Rows clients(const Settings& settings) {
     return {
         trials.row(all + ", 2000 records each: all synced", "ms",
                    [](const TrialResult& trial) { return trial.syncedMS; }),
+        trials.row("  processor time of the broker for each record sent", "us",
+                   [](const TrialResult& trial) { return trial.brokerUS; }),
         trials.row("  memory of the broker then", "MiB",
                    [](const TrialResult& trial) { return trial.brokerMiB; }),
         trials.row("  its peak", "MiB",

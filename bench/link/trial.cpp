@@ -2,7 +2,9 @@
 
 #include <algorithm>
 #include <chrono>
+#include <ctime>
 #include <memory>
+#include <stdexcept>
 
 #include "bench/link/RoleProcess.h"
 #include "bench/link/roles.h"
@@ -24,6 +26,16 @@ constexpr double nsPerSecond = 1e9;
 /// Times from the one moment to the other.
 double between(std::int64_t from, std::int64_t to, double unitNS) {
     return static_cast<double>(to - from) / unitNS;
+}
+
+/// The processor time of a process so far.
+std::int64_t processorNS(pid_t process) {
+    clockid_t clock{};
+    timespec time{};
+    if (clock_getcpuclockid(process, &clock) != 0 || clock_gettime(clock, &time) != 0) {
+        throw std::runtime_error("no processor time of a process");
+    }
+    return std::int64_t{time.tv_sec} * 1'000'000'000 + time.tv_nsec;
 }
 
 void publishStation(const std::string& port, const std::string& records) {
@@ -88,7 +100,10 @@ TrialResult runTrial(const TrialPlan& plan, const std::string& role) {
             std::make_unique<RoleProcess>(std::vector<std::string>{role, port, records, changes}));
     }
     TrialResult result;
+    const std::int64_t before = processorNS(broker.id());
     sync(receivers, result);
+    result.brokerUS = between(before, processorNS(broker.id()), nsPerUS) /
+                      (static_cast<double>(plan.records) * plan.receivers);
     const std::string brokerId = std::to_string(broker.id());
     result.brokerMiB = static_cast<double>(statusNumber(brokerId, "VmRSS")) / kiBPerMiB;
     result.brokerPeakMiB = static_cast<double>(statusNumber(brokerId, "VmHWM")) / kiBPerMiB;

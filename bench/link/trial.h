@@ -17,6 +17,7 @@ struct TrialPlan {
 struct TrialResult {
     double syncedMS = 0;         ///< from the first start of a connection until all are synced
     double syncProcessorMS = 0;  ///< of a receiver until then
+    double brokerUS = 0;         ///< processor time of the broker for each record sent until then
     double brokerMiB = 0;        ///< when all are synced
     double brokerPeakMiB = 0;
     double receiverMiB = 0;          ///< private memory of the median receiver, synced

@@ -144,6 +144,7 @@ void ServerView::connect(Selection selection, ViewChange& change) {
         Server& server = servers_.try_emplace(dstNo, kinds).first->second;
         server.generation = status.generation;
         server.messageMS = now;
+        server.subscribedMS = now;
         server.mirror.expect(status.kinds);
         for (const pa::RecordKind kind : kinds) {
             change.subscribe.push_back(topics::recordsOf(dstNo, kind));
@@ -190,6 +191,7 @@ void ServerView::takeRecord(const topics::RecordTopic& topic, std::string_view p
         return;
     }
     server.messageMS = pa::monotonicMS();
+    server.isAnswered = true;
     if (payload.empty()) {
         if (mirror->remove(topic.key)) {
             change.events.emplace_back(Withdrawal{topic.dstNo, topic.kind, topic.key});
@@ -265,8 +267,11 @@ std::optional<std::int64_t> ServerView::nextDue() {
 }
 
 void ServerView::awaitSubscription() {
+    const std::int64_t now = pa::monotonicMS();
     for (auto& [dstNo, server] : servers_) {
-        server.messageMS = pa::monotonicMS();
+        if (!server.isAnswered && now - server.subscribedMS < answerMS) {
+            server.messageMS = now;
+        }
     }
 }
 
@@ -303,6 +308,8 @@ void ServerView::fetch(int dstNo, Server& server, ViewChange& change) {
     mirror.beginFetch();
     server.fetched = kind;
     server.hasProgress = false;
+    server.isAnswered = false;
+    server.subscribedMS = pa::monotonicMS();
     server.fetchMS = pa::monotonicMS() + server.backoff.next().count();
 }
 

@@ -29,6 +29,7 @@ class ServerView {
 public:
     /// How long count and checksum may differ without a message before records are fetched again.
     static constexpr std::int64_t patienceMS = 1000;
+    static constexpr std::int64_t answerMS = 30'000;
 
     explicit ServerView(const Destinations& wanted);
 
@@ -46,8 +47,9 @@ public:
     void takeRecord(const topics::RecordTopic& topic, std::string_view payload,
                     const std::optional<std::string>& generation, ViewChange& change);
 
-    /// The broker has not answered a subscription yet: it is slow, and nothing counts as missing
-    /// before it has answered and `patienceMS` have passed.
+    /// The broker has not acknowledged a subscription yet: it is slow, and nothing of a server
+    /// counts as missing before the first record, or the acknowledgement, and `patienceMS` have
+    /// passed. Not for longer than `answerMS`: a broker may drop the acknowledgement.
     void awaitSubscription();
 
     /// Fetches again what has been missing for some time.
@@ -85,6 +87,8 @@ private:
         RecordMirror mirror;
         std::int64_t generation = 0;
         std::int64_t messageMS = 0;               // when the last message came
+        std::int64_t subscribedMS = 0;            // the last time
+        bool isAnswered = false;                  // by a record since then
         std::int64_t fetchMS = 0;                 // the earliest time of the next fetch
         std::optional<pa::RecordKind> fetched{};  // the last kind that was fetched again
         bool hasProgress = false;                 // since then
