@@ -1,7 +1,9 @@
 #include "bench/processStatus.h"
 
 #include <cstdlib>
+#include <ctime>
 #include <fstream>
+#include <stdexcept>
 
 namespace bench {
 
@@ -13,6 +15,16 @@ long statusNumber(const std::string& process, const std::string& name) {
         }
     }
     return 0;
+}
+
+std::int64_t processorNS(pid_t process) {
+    clockid_t clock{};
+    timespec time{};
+    if (clock_getcpuclockid(process, &clock) != 0 || clock_gettime(clock, &time) != 0) {
+        throw std::runtime_error("no processor time of a process");
+    }
+    constexpr std::int64_t nsPerSecond = 1'000'000'000;
+    return std::int64_t{time.tv_sec} * nsPerSecond + time.tv_nsec;
 }
 
 }  // namespace bench

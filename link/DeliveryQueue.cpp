@@ -90,7 +90,7 @@ void DeliveryQueue::add(ServerEvent event) {
 void DeliveryQueue::addWithoutWaking(ServerEvent event) {
     const std::size_t bytes = sizeof(Waiting) + std::visit(HeapBytes{}, event);
     std::unique_lock guard(lock_);
-    if (std::this_thread::get_id() != deliveryThread_) {
+    if (full_ && std::this_thread::get_id() != deliveryThread_) {
         ++heldBack_;
         arrived_.notify_one();
         spaceFreed_.wait(guard, [this] { return !running_ || !full_ || uploads_ > 0; });

@@ -5,11 +5,11 @@
 #include <condition_variable>
 #include <cstdint>
 #include <cstdio>
-#include <ctime>
 #include <exception>
 #include <iostream>
-#include <memory>
+#include <limits>
 #include <mutex>
+#include <stdexcept>
 #include <thread>
 
 #include "bench/link/PlainClient.h"
@@ -32,12 +32,6 @@ constexpr std::chrono::minutes longestWait{1};
 
 std::int64_t nowNS() {
     return std::chrono::steady_clock::now().time_since_epoch().count();
-}
-
-std::int64_t processorNS() {
-    timespec time{};
-    clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &time);
-    return std::int64_t{time.tv_sec} * 1'000'000'000 + time.tv_nsec;
 }
 
 /// Prints "prepared" and waits for a line.

@@ -2,9 +2,7 @@
 
 #include <algorithm>
 #include <chrono>
-#include <ctime>
 #include <memory>
-#include <stdexcept>
 
 #include "bench/link/RoleProcess.h"
 #include "bench/link/roles.h"
@@ -26,16 +24,6 @@ constexpr double nsPerSecond = 1e9;
 /// Times from the one moment to the other.
 double between(std::int64_t from, std::int64_t to, double unitNS) {
     return static_cast<double>(to - from) / unitNS;
-}
-
-/// The processor time of a process so far.
-std::int64_t processorNS(pid_t process) {
-    clockid_t clock{};
-    timespec time{};
-    if (clock_getcpuclockid(process, &clock) != 0 || clock_gettime(clock, &time) != 0) {
-        throw std::runtime_error("no processor time of a process");
-    }
-    return std::int64_t{time.tv_sec} * 1'000'000'000 + time.tv_nsec;
 }
 
 void publishStation(const std::string& port, const std::string& records) {
@@ -70,7 +58,7 @@ void publishChanges(RoleProcess& publisher, const Receivers& receivers, TrialRes
     for (const auto& receiver : receivers) {
         received.push_back(receiver->read("received"));
         const double spent = static_cast<double>(receiver->read("spent").at(0));
-        result.processorUS = spent / nsPerUS / static_cast<double>(sent.size());
+        result.changeProcessorUS = spent / nsPerUS / static_cast<double>(sent.size());
     }
     std::int64_t last = 0;
     for (std::size_t i = 0; i < sent.size(); ++i) {
@@ -100,10 +88,10 @@ TrialResult runTrial(const TrialPlan& plan, const std::string& role) {
             std::make_unique<RoleProcess>(std::vector<std::string>{role, port, records, changes}));
     }
     TrialResult result;
-    const std::int64_t before = processorNS(broker.id());
+    const std::int64_t atStart = processorNS(broker.id());
     sync(receivers, result);
-    result.brokerUS = between(before, processorNS(broker.id()), nsPerUS) /
-                      (static_cast<double>(plan.records) * plan.receivers);
+    const std::int64_t whenSynced = processorNS(broker.id());
+    result.syncBrokerUS = between(atStart, whenSynced, nsPerUS) / plan.records / plan.receivers;
     const std::string brokerId = std::to_string(broker.id());
     result.brokerMiB = static_cast<double>(statusNumber(brokerId, "VmRSS")) / kiBPerMiB;
     result.brokerPeakMiB = static_cast<double>(statusNumber(brokerId, "VmHWM")) / kiBPerMiB;
@@ -111,6 +99,8 @@ TrialResult runTrial(const TrialPlan& plan, const std::string& role) {
         RoleProcess publisher(
             {publisherRole, port, records, changes, std::to_string(plan.intervalUS)});
         publishChanges(publisher, receivers, result);
+        result.changeBrokerUS =
+            between(whenSynced, processorNS(broker.id()), nsPerUS) / plan.changes / plan.receivers;
     }
     return result;
 }

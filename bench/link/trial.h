@@ -15,15 +15,18 @@ struct TrialPlan {
 };
 
 struct TrialResult {
-    double syncedMS = 0;         ///< from the first start of a connection until all are synced
-    double syncProcessorMS = 0;  ///< of a receiver until then
-    double brokerUS = 0;         ///< processor time of the broker for each record sent until then
-    double brokerMiB = 0;        ///< when all are synced
+    // Until all receivers are synced.
+    double syncedMS = 0;         ///< from the start of the first connection
+    double syncProcessorMS = 0;  ///< processor time of a receiver
+    double syncBrokerUS = 0;     ///< processor time of the broker for each record sent
+    double brokerMiB = 0;
     double brokerPeakMiB = 0;
-    double receiverMiB = 0;          ///< private memory of the median receiver, synced
+    double receiverMiB = 0;  ///< private memory of the median receiver
+    // The changes.
     double changesPerSecond = 0;     ///< from the first publication to the last arrival
-    double processorUS = 0;          ///< of a receiver, for each change
-    std::vector<double> medianUS{};  ///< for each change: until the median receiver has it
+    double changeProcessorUS = 0;    ///< processor time of a receiver, for each change
+    double changeBrokerUS = 0;       ///< of the broker, for each change and receiver
+    std::vector<double> medianUS{};  ///< of each change, until the median receiver has it
     std::vector<double> lastUS{};    ///< and the last
 };
 
