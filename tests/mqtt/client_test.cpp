@@ -149,7 +149,7 @@ TEST_F(MqttClientStopTest, AStopEndsEachStateAndTimeAnAttempt) {
     start(silent.options());
     until([this] {
         nowMS += 100;
-        return listener.steps.text() == "disconnected: no answer within 10 s\n";
+        return listener.steps.text().find("no answer within 10 s\n") != std::string::npos;
     });
 
     BrokerProcess broker;
