@@ -41,6 +41,9 @@ public:
         return palink::parseBrokerUrl("mqtt://127.0.0.1:" + std::to_string(port_));
     }
 
+    /// What it has logged.
+    std::string log() const { return process_->errors(); }
+
     /// SIGSTOP freezes it, SIGCONT has it go on.
     void signal(int number) const { process_->signal(number); }
 

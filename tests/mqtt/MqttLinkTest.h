@@ -48,6 +48,8 @@ struct NotedEvents : palink::ServerEventSink {
 
 /// A broker, and a client of it. Time passes only where the test lets it.
 struct MqttLinkTest : HostTest {
+    explicit MqttLinkTest(const std::string& configuration = BrokerProcess::open)
+        : broker(configuration) {}
     ~MqttLinkTest() override { transport.stop(); }
 
     /// Server 1 with one zone.
@@ -65,8 +67,7 @@ struct MqttLinkTest : HostTest {
 
     /// Lets time pass, faster than it does, until the condition holds; for half a minute at most.
     template <class Condition>
-    static void passUntil(Condition condition) {
-        constexpr int factor = 20;
+    static void passUntil(Condition condition, int factor = 20) {
         for (int i = 0; i < 30'000 && !condition(); ++i) {
             nowMS += factor;
             std::this_thread::sleep_for(std::chrono::milliseconds(1));
@@ -85,5 +86,6 @@ struct MqttLinkTest : HostTest {
     BrokerProcess broker;
     ScriptedBrokerServer server{broker.options(), 1};
     NotedEvents events;
-    palink::MqttTransport transport{broker.options(), "0f8fad5b-d9cb-469f-a165-70867728950e"};
+    const std::string uuid = "0f8fad5b-d9cb-469f-a165-70867728950e";
+    palink::MqttTransport transport{broker.options(), uuid};
 };

@@ -172,6 +172,7 @@ TEST_F(MqttClientStopTest, EachReasonOfABrokerIsATextForPeople) {
     const struct {
         std::vector<std::string> replies;
         std::string expected;
+        bool isFrozen = false;  // afterwards
     } rows[] = {
         {{connectionRefused('\x86')}, "refused: wrong user name or password"},
         {{connectionRefused('\x89')},
@@ -189,6 +190,10 @@ TEST_F(MqttClientStopTest, EachReasonOfABrokerIsATextForPeople) {
          "expect TLS"},
         {{accepted, std::string("\x90\x04\x00\x01\x00\x87", 6)},
          "disconnected: the broker has closed the connection"},
+        // With a keep alive of 1 s, which the broker chooses.
+        {{std::string("\x20\x06\x00\x00\x03\x13\x00\x01", 8)},
+         "disconnected: the broker does not answer any more",
+         true},
     };
     for (const auto& row : rows) {
         listener.steps.take();
@@ -200,10 +205,15 @@ TEST_F(MqttClientStopTest, EachReasonOfABrokerIsATextForPeople) {
             EXPECT_GT(recv(accepting, packet.data(), packet.size(), 0), 0);
             send(accepting, reply.data(), reply.size(), MSG_NOSIGNAL);
         }
-        close(accepting);
+        if (!row.isFrozen) {
+            close(accepting);
+        }
         const std::string text = listener.steps.waitFor("ed: ");
         EXPECT_NE(text.find(row.expected + "\n"), std::string::npos) << text << row.expected;
         client.reset();
+        if (row.isFrozen) {
+            close(accepting);
+        }
     }
     EXPECT_EQ(log.text(), "E2 the broker refuses the subscription to pa/1/# (reason code 135)\n");
 }

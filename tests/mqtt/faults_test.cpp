@@ -1,3 +1,5 @@
+#include <mutex>
+#include <regex>
 #include <string>
 #include <vector>
 
@@ -51,6 +53,7 @@ TEST_F(LinkFaultsTest, AMalformedMessageIsReportedOnceAndDropped) {
     settle();
     EXPECT_EQ(transport.statistics().malformed, std::size(rows));
     EXPECT_EQ(events.steps.text().find("record"), std::string::npos) << events.steps.text();
+    passUntil([this] { return transport.statistics().synced; });
 }
 
 TEST_F(LinkFaultsTest, AFloodOfMalformedMessagesFillsNoLog) {
@@ -67,17 +70,89 @@ TEST_F(LinkFaultsTest, AFloodOfMalformedMessagesFillsNoLog) {
     EXPECT_EQ(std::count(text.begin(), text.end(), '\n'), 12);
 }
 
-TEST_F(LinkFaultsTest, ABrokerThatIsFrozenForATimeLosesNothing) {
+TEST_F(LinkFaultsTest, ABrokerThatIsFrozenForTenSecondsCostsNoMoreThanTheOperation) {
     startServer();
     broker.signal(SIGSTOP);
     EXPECT_TRUE(transport.send(cancel("a")));
-    nowMS += 4000;  // nothing is sent twice meanwhile
     server.put(RecordKind::Zone, 2, {"Y"});
+    server.publishStatus();
+    passUntil([this] { return log.text().find("unknown\n") != std::string::npos; });
     broker.signal(SIGCONT);
     events.steps.waitFor("record 1 zone 2 Y\n");
     settle();
+    EXPECT_EQ(log.text(),
+              "E2 operation 92/18 of request >a< to server 1: no answer within 10 s: the outcome "
+              "is unknown\n");
     EXPECT_EQ(server.steps.text(), "ready\noperations/92/18 \"a\"\nroundTrips \n");
-    EXPECT_EQ(transport.statistics().requests, 0U);
+    EXPECT_EQ(events.steps.text(), "record 1 zone 2 Y\nround trip 1001\n");
+    EXPECT_TRUE(transport.statistics().synced);
+}
+
+TEST_F(LinkFaultsTest, TwoClientsWithOneIdentifierEndEachOthersConnectionEverMoreRarely) {
+    startServer();
+    NotedEvents others;
+    palink::MqttTransport other(broker.options(), uuid);
+    other.start(others);
+    const std::int64_t endMS = nowMS + 100'000;
+    passUntil([&] { return nowMS >= endMS; }, 50);
+    const auto count = [text = events.steps.text() + others.steps.text()](const char* piece) {
+        const std::regex regex(piece);
+        return std::distance(std::sregex_iterator(text.begin(), text.end(), regex), {});
+    };
+    const auto losses = count("disconnected: ");
+    EXPECT_GE(losses, 3);
+    EXPECT_LE(losses, 40);
+    EXPECT_LE(losses, count("connected 1 1 Station 1") + 1) << "each is reported once";
+    other.stop();
+    passUntil([this] { return transport.statistics().synced; });
+}
+
+/// Events that are taken only while the test lets them.
+struct SlowEvents : NotedEvents {
+    void deliver(palink::ServerEvent event) override {
+        const std::lock_guard guard(busy);
+        NotedEvents::deliver(std::move(event));
+    }
+    std::mutex busy;
+};
+
+struct SlowClientTest : MqttLinkTest {
+    static constexpr int most = 100;  // messages that wait for a client in the broker
+    SlowClientTest()
+        : MqttLinkTest(BrokerProcess::open + std::string("log_type notice\nmax_queued_messages ") +
+                       std::to_string(most) + "\n") {}
+};
+
+TEST_F(SlowClientTest, WhatTheBrokerDropsIsFetchedAgain) {
+    constexpr std::size_t littleSpace = 1000;
+    SlowEvents slow;
+    palink::MqttTransport held(broker.options(), uuid, {}, littleSpace);
+    server.publishStatus();
+    held.start(slow);
+    slow.steps.waitFor("synced\n");
+    const std::string large(20'000, 'x');
+    int round = 0;
+    {
+        const std::lock_guard guard(slow.busy);
+        while (broker.log().find("messages are being dropped for client pa-") ==
+               std::string::npos) {
+            ++round;
+            for (int key = 1; key <= most; ++key) {
+                server.put(RecordKind::Zone, key, {std::to_string(round), large});
+            }
+        }
+        server.publishStatus();
+    }
+    passUntil([&] { return held.statistics().fetches > 0 && held.statistics().synced; });
+    EXPECT_TRUE(held.requestRoundTrip(1));
+    const std::string text = slow.steps.waitFor("round trip 1\n");
+    for (int key = 1; key <= most; ++key) {
+        const std::string record = "record 1 zone " + std::to_string(key) + ' ';
+        const std::size_t last = text.rfind(record);
+        ASSERT_NE(last, std::string::npos) << key;
+        EXPECT_EQ(std::stoi(text.substr(last + record.size())), round) << key;
+    }
+    EXPECT_NE(log.text().find("they are fetched again\n"), std::string::npos);
 }
 
 TEST_F(LinkFaultsTest, AStopEndsWhatWaitsAndASecondStartConnectsAgain) {

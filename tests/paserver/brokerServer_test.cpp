@@ -165,6 +165,9 @@ TEST_F(BrokerServerTest, SurvivesWhatIsNoneOfTheProtocol) {
         client.request(topics::uploadData(3), "x", {{"upload", "u"}, {"offset", "-1"}}));
     messages.push_back(client.request("pa/4/status", deep));
     messages.push_back(client.request("pa/3/records/20/1", large));
+    for (const std::string place : {"99/1", "20/0", "20/x", "20/99999999999"}) {
+        messages.push_back(client.request("pa/3/records/" + place, "[]"));
+    }
     for (const palink::MqttMessage& message : messages) {
         client.publish(message);
     }

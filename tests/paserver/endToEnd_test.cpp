@@ -4,6 +4,7 @@
 #include "paserver/RemoteEndpoint.h"
 #include "sdk/PAController.h"
 #include "simserver/protocol/Refused.h"
+#include "tests/host/HostTest.h"
 #include "tests/paserver/BrokerServerTest.h"
 #include "tests/support/thrownBy.h"
 
@@ -60,6 +61,64 @@ TEST_F(RemoteClientTest, AnotherServerTakesOverWithOneReconnection) {
     EXPECT_EQ(waiting.wait({limit}), Announcement::State::Finished) << waiting.reason();
     EXPECT_EQ(connection.number(), 2U) << "one reconnection";
     EXPECT_EQ(endpoint.transport().statistics().dstNo, 4);
+}
+
+TEST_F(RemoteClientTest, OfTwoClientsThatWantASourceOneHasIt) {
+    server.reset();
+    paserver::ServerSettings slower = settings();
+    slower.simulation.speed = 1;  // no lock lapses
+    server = std::make_unique<paserver::BrokerServer>(slower);
+    open();
+    const auto others = [this](const pa::OperationType& type) {
+        return client.operation(type, "9," + client.uuid());
+    };
+    using State = paclient::Confirmation::State;
+    const auto first = others(pa::operations::attachSource);
+    client.publish(first);
+    const bool isOwn = paclient::takeLock(9, {limit}).state == State::Done;
+    const auto answer = client.answerTo(first);
+    ASSERT_TRUE(answer);
+    EXPECT_NE(answer->accepted, isOwn);
+    if (answer->accepted) {
+        EXPECT_EQ(client.ask(others(pa::operations::detachSource)), "accepted");
+        connection.waitUntilDelivered({limit});
+        EXPECT_EQ(paclient::takeLock(9, {limit}).state, State::Done);
+    }
+    for (const auto& type : {pa::operations::attachSource, pa::operations::detachSource}) {
+        EXPECT_EQ(client.ask(others(type)), "source 9 is locked by another client");
+    }
+    EXPECT_EQ(paclient::releaseLock(9, {limit}).state, State::Done);
+    EXPECT_EQ(client.ask(others(pa::operations::attachSource)), "accepted");
+    connection.waitUntilDelivered({limit});
+    EXPECT_EQ(paclient::takeLock(9, {limit}).reason,
+              "another client holds its lock (" + client.uuid() + ")");
+}
+
+TEST_F(RemoteClientTest, APlayOutlastsABrokerThatIsFrozenOrStartsAgain) {
+    open();
+    for (const bool startsAgain : {false, true}) {
+        Message endless;
+        endless.setAudioMessage({12});
+        endless.setRepeatCnt(0);
+        Announcement announcement({"Yard"}, endless);
+        until([&] { return announcement.state() == Announcement::State::Playing; });
+        if (startsAgain) {
+            broker.kill();
+            broker.restart();
+        } else {
+            broker.signal(SIGSTOP);
+            advancedMS += 10'000;
+            broker.signal(SIGCONT);
+        }
+        until([&] { return connection.number() == (startsAgain ? 2U : 1U); });
+        EXPECT_EQ(announcement.state(), Announcement::State::Playing);
+        EXPECT_EQ(announcement.cancel({limit}).state, paclient::Confirmation::State::Done);
+        connection.waitUntilDelivered({limit});
+        EXPECT_TRUE(gPaController.getAnnouncementRequests().empty());
+        for (const PaZone& zone : gPaController.getPaZones()) {
+            EXPECT_EQ(zone.activity, 0) << zone.id;
+        }
+    }
 }
 
 TEST_F(RemoteClientTest, UsesTheOwnSideOfTheServer) {
