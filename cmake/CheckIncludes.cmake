@@ -6,6 +6,9 @@ set(folders framework include resource sdk link client util simserver paserver c
 # The controller depends on the standard library and POSIX only.
 set(self_contained framework include resource sdk)
 set(system_header "^([a-z_]+|(fcntl|poll|pthread|unistd|sys/eventfd|sys/syscall)\\.h)$")
+# The library of MQTT clients has one user.
+set(mqtt_header "^(mosquitto.*|mqtt_protocol)\\.h$")
+set(mqtt_user "^link/mqtt/")
 # A payload that the simulated server reads is decoded by other code than encoded it.
 set(closed_to_simserver "^(sdk/records|sdk/requests)/|^framework/fieldEncoding\\.h$")
 # A sink holds its gain.
@@ -24,7 +27,9 @@ foreach(folder ${folders})
       set(header "${CMAKE_MATCH_2}")
       math(EXPR checked "${checked} + 1")
       set(fault "")
-      if(kind STREQUAL "<")
+      if(header MATCHES "${mqtt_header}" AND NOT source MATCHES "${mqtt_user}")
+        set(fault "is the library that only link/mqtt/ uses")
+      elseif(kind STREQUAL "<")
         if(folder IN_LIST self_contained AND NOT header MATCHES "${system_header}")
           set(fault "is neither of the standard library nor of POSIX")
         endif()

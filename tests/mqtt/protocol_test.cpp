@@ -100,7 +100,7 @@ void expectMalformed(Decode decode, const std::vector<std::string>& payloads) {
 
 TEST(MalformedMessageTest, WhatTheProtocolDoesNotHaveIsRefused) {
     std::vector<std::string> notJson{
-        "",         "[",           "[\"a\"",        "[\"a\",]",    "[\"a\"]]",      "[null,,null]",
+        "",         "[",           "[\"a\"",        "[\"a\",]",    "[\"a\"]\"b\"]", "[null,,null]",
         "]",        "[null null]", "[nul]",         "[null\"a\"]", "[\"a\"x\"b\"]", "[,]",
         "\xFF",     "[\"\xC3(\"]", "[\"\\ud800\"]", "{\"a\"",      R"(["\"])",      R"(["\)",
         R"(["\x"])"};
