@@ -53,7 +53,7 @@ void BrokerServer::run() {
             fail(error.what());
         }
     }
-    if (!settings_.keepsRecords) {
+    if (!settings_.keepsRecords && !isReplaced_) {
         publications_.withdrawAll();
     }
     leave();
@@ -68,6 +68,9 @@ void BrokerServer::turn() {
     constexpr std::chrono::milliseconds wait{20};
     takeConnection();
     takeStatuses();
+    if (isReplaced_) {
+        return;
+    }
     takeRequests();
     if (simulation_ == nullptr) {
         return;  // it ends
@@ -121,11 +124,12 @@ void BrokerServer::join() {
     client_->start();
 }
 
-/// Publishes what still waits, and that the server is offline.
+/// Publishes what still waits, and that the server is offline. One that is replaced leaves both to
+/// the other.
 void BrokerServer::leave() {
     constexpr std::int64_t farewellMS = 300;
     const std::int64_t endMS = pa::monotonicMS() + stopLimit.count();
-    if (joined_ != 0) {
+    if (joined_ != 0 && !isReplaced_) {
         const std::chrono::milliseconds limit(stopLimit.count() - farewellMS);
         if (!publishWaiting(std::numeric_limits<std::size_t>::max(), limit)) {
             handleError(2,

@@ -156,6 +156,7 @@ private:
     AnswerLog answers_;
     std::map<int, std::int64_t> meters_;  // until when, by element
     Rejoin rejoin_ = Rejoin::No;
+    bool isReplaced_ = false;  // by a server that has started later with this number
 
     std::unique_ptr<pa::PosixThread> thread_;
 };

@@ -182,6 +182,7 @@ void BrokerServer::takeOwnStatus(const OwnStatus& own) {
         generation_ = own.status.generation;  // the host's clock was set back
         rejoin_ = Rejoin::NewGeneration;
     } else {
+        isReplaced_ = true;
         fail("another server with the number " + std::to_string(dstNo_) + " has started");
     }
 }

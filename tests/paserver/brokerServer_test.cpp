@@ -1,3 +1,4 @@
+#include "tests/host/HostTest.h"
 #include "tests/paserver/BrokerServerTest.h"
 
 namespace {
@@ -191,6 +192,14 @@ TEST_F(BrokerServerTest, LeavesItsNumberToAServerThatStartsLater) {
     EXPECT_EQ(server->failure(), "another server with the number 3 has started");
     EXPECT_TRUE(client.waitFor([this] { return client.isActive(3) && client.isSynced(3); }));
     EXPECT_EQ(later.failure(), "");
+
+    palink::ServerStatus last = client.status(3);
+    ++last.generation;
+    client.publish({topics::status(3), palink::encodeStatus(last), 1, true});
+    until([&later] { return later.hasEnded(); });
+    client.publish({topics::level(3, 1), ""});  // arrives after what the server has published
+    EXPECT_TRUE(client.waitFor([this] { return client.countOf(topics::level(3, 1)) > 0; }));
+    EXPECT_TRUE(client.isSynced(3)) << "status and records are those of the last";
 }
 
 }  // namespace
