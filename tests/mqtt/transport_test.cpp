@@ -79,6 +79,8 @@ TEST_F(MqttTransportTest, RecordsOfAnotherGenerationThanTheStatusHasAreNotUsed) 
     server.publishRecord(RecordKind::Zone, 8, R"(["left behind"])", 4);
     startServer();
     EXPECT_EQ(transport.statistics().leftBehind, 1U);
+    server.answer = [](const palink::ReceivedMessage&) { return std::nullopt; };
+    EXPECT_TRUE(transport.requestRoundTrip(1));
     server.status.generation = 6;
     server.put(RecordKind::Zone, 9, {"early"});
     server.publishRecord(RecordKind::Zone, 1, R"(["Z"])");
@@ -86,6 +88,7 @@ TEST_F(MqttTransportTest, RecordsOfAnotherGenerationThanTheStatusHasAreNotUsed) 
     const std::string steps = events.steps.waitFor("synced\n");
     EXPECT_EQ(steps.rfind("disconnected: server 1 has started again\nconnected 1 1", 0), 0U);
     EXPECT_NE(steps.find("record 1 zone 9 early\n"), std::string::npos);
+    EXPECT_EQ(transport.statistics().requests, 0U) << "the round trip ends with its connection";
     events.steps.take();
     // The will of the earlier start may come late.
     server.publish(
