@@ -48,8 +48,6 @@ struct NotedEvents : palink::ServerEventSink {
 
 /// A broker, and a client of it. Time passes only where the test lets it.
 struct MqttLinkTest : HostTest {
-    explicit MqttLinkTest(const std::string& configuration = BrokerProcess::open)
-        : broker(configuration) {}
     ~MqttLinkTest() override { transport.stop(); }
 
     /// Server 1 with one zone.

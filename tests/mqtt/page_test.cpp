@@ -48,23 +48,8 @@ std::string part(const std::string& text, const std::string& begin, const std::s
     return first == std::string::npos ? "" : text.substr(first, text.find(end, first + 1) - first);
 }
 
-struct PageExample {
-    std::string topic;
-    std::string payload;
-};
-
-/// The examples by a pattern of topic and payload.
-std::vector<PageExample> examples(const std::string& pattern) {
-    std::vector<PageExample> all;
-    for (const Captures& match : matches(textOf(pageFile), pattern)) {
-        all.push_back({match[1], match[2]});
-    }
-    return all;
-}
-
 /// The payload as the SDK writes what it has read.
-std::string writtenAgain(const PageExample& example) {
-    const auto& [topic, payload] = example;
+std::string writtenAgain(const std::string& topic, const std::string& payload) {
     if (topics::readStatus(topic)) {
         return palink::encodeStatus(palink::decodeStatus(payload));
     }
@@ -91,10 +76,11 @@ std::string writtenAgain(const PageExample& example) {
 }
 
 TEST(PageTest, TheTableOfExamplesIsWhatTheSdkReadsAndWrites) {
-    const auto rows = examples("\n\\| `(pa/(?:1/|clients/pa-)[^`]*)` \\|[^|]*\\|(?: `([^`]*)`)?");
+    const auto rows = matches(textOf(pageFile),
+                              "\n\\| `(pa/(?:1/|clients/pa-)[^`]*)` \\|[^|]*\\|(?: `([^`]*)`)?");
     EXPECT_EQ(rows.size(), 14U);
-    for (const PageExample& row : rows) {
-        EXPECT_EQ(writtenAgain(row), row.payload) << row.topic;
+    for (const Captures& row : rows) {
+        EXPECT_EQ(writtenAgain(row[1], row[2]), row[2]) << row[1];
     }
 }
 
@@ -119,22 +105,23 @@ TEST(PageTest, TheSimulatedServerTakesTheOperationsAndPublishesTheRecords) {
         options);
     server.connectClient(published);
     std::set<std::string> types;
-    for (const PageExample& example : examples("\n(pa/1/operations/[^ \n]*) ?([^\n]*)")) {
-        const auto type = topics::readOperation(example.topic, 1);
-        ASSERT_TRUE(type) << example.topic;
-        const auto refusal = server.operate({-1, *type, 1, example.payload});
-        EXPECT_FALSE(refusal) << example.topic << ' ' << refusal->reason;
+    const std::string page = textOf(pageFile);
+    for (const Captures& row : matches(page, "\n(pa/1/operations/[^ \n]*) ?([^\n]*)")) {
+        const auto type = topics::readOperation(row[1], 1);
+        ASSERT_TRUE(type) << row[1];
+        const auto refusal = server.operate({-1, *type, 1, row[2]});
+        EXPECT_FALSE(refusal) << row[1] << ' ' << refusal->reason;
         types.insert(textOf(*type));
     }
     server.disconnectClient();
     EXPECT_EQ(types.size(), 20U);
     std::set<RecordKind> kinds;
-    for (const auto& [topic, payload] : examples("\n(pa/1/records/[^ \n]*) ?([^\n]*)")) {
-        const RecordKind kind = topics::readRecord(topic)->kind;
+    for (const Captures& row : matches(page, "\n(pa/1/records/[^ \n]*) ?([^\n]*)")) {
+        const RecordKind kind = topics::readRecord(row[1])->kind;
         kinds.insert(kind);
         // The others have times and identifiers of their run.
         if (kind != RecordKind::Announcement && kind != RecordKind::TtsDictionary) {
-            EXPECT_EQ(published.all.count(topic + ' ' + payload), 1U) << topic;
+            EXPECT_EQ(published.all.count(row[1] + ' ' + row[2]), 1U) << row[1];
         }
     }
     EXPECT_EQ(kinds.size(), std::size(pa::recordKinds));
@@ -161,42 +148,41 @@ TEST(PageTest, ItsTablesAreThoseOfTheController) {
     for (const auto& [kind, record] : tables) {
         const std::string number = std::to_string(static_cast<int>(kind));
         kinds += ' ' + number + ' ' + nameOf(kind) + ',';
-        // By position: name and form; nothing for what a function of its own reads.
-        std::map<int, std::string> read;
-        std::map<int, std::string> described;
+        // A line for each position that is read: form and name, unless a function of its own reads.
+        std::string read = "\n";
         int position = 0;
         for (const Captures& column :
              matches(part(sources, "constexpr Column<" + record + ">", "};"),
                      R"((skipped)|(\w+)<&\w+::(\w+)>|\[\]\(|take\w+(?![\w(]))")) {
-            if (column[1].empty()) {
-                read[position] = column[2].empty() ? "" : forms.at(column[2]) + ' ' + column[3];
-            }
+            const std::string how = column[2].empty() ? "" : forms.at(column[2]) + ' ' + column[3];
+            read += column[1].empty() ? std::to_string(position) + ' ' + how + '\n' : "";
             ++position;
         }
+        std::string described = "\n";
         for (const Captures& row : matches(part(page, ", kind " + number + "\n", "\n##"),
                                            R"(\n\| (\d+) \| `(\w+)`[^|]* \| ([a-z]+))")) {
-            const auto at = read.find(std::stoi(row[1]));
-            const bool isOwn = at != read.end() && at->second.empty();
-            described[std::stoi(row[1])] = isOwn ? "" : row[3] + ' ' + row[2];
+            const bool isOwn = read.find('\n' + row[1] + " \n") != std::string::npos;
+            described += row[1] + ' ' + (isOwn ? "" : row[3] + ' ' + row[2]) + '\n';
         }
-        EXPECT_FALSE(read.empty()) << record;
+        EXPECT_NE(read, "\n") << record;
         EXPECT_EQ(described, read) << record;
     }
     kinds.back() = '.';
     EXPECT_NE(std::regex_replace(page, std::regex("\n"), " ").find(kinds), std::string::npos);
 
-    std::set<std::string> known;
-    for (const Captures& type : matches(textOf(sdk / "operations.h"), R"(\{(\d+), (\d+)\};)")) {
-        known.insert(type[1] + '/' + type[2]);
-    }
-    std::set<std::string> described;
+    const auto operations = [](const std::string& text, const std::string& pattern) {
+        std::set<std::string> all;
+        for (const Captures& type : matches(text, pattern)) {
+            all.insert(type[1] + '/' + type[2]);
+        }
+        return all;
+    };
     const std::string section = part(page, "\n## Texts of operations", "\n## ");
-    for (const Captures& type :
-         matches(std::regex_replace(section, std::regex("\npa/[^\n]*"), ""), R"(\b(\d+/\d+)\b)")) {
-        described.insert(type[1]);
-    }
+    const auto known = operations(textOf(sdk / "operations.h"), R"(\{(\d+), (\d+)\};)");
     EXPECT_FALSE(known.empty());
-    EXPECT_EQ(described, known);
+    EXPECT_EQ(operations(std::regex_replace(section, std::regex("\npa/[^\n]*"), ""),
+                         R"(\b(\d+)/(\d+)\b)"),
+              known);
 }
 
 }  // namespace

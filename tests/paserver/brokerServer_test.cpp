@@ -69,17 +69,6 @@ TEST_F(BrokerServerTest, KeepsTheTopicsOfItsRecords) {
     EXPECT_TRUE(client.sync());
 }
 
-TEST_F(BrokerServerTest, PublishesEverythingAgainToABrokerThatHasLostIt) {
-    start();
-    const std::int64_t generation = client.status(3).generation;
-    broker.kill();
-    EXPECT_TRUE(client.waitFor([this] { return !client.isOnline(3); }));
-    broker.restart();
-    EXPECT_TRUE(client.waitFor([this] { return client.isActive(3) && client.isSynced(3); }));
-    EXPECT_EQ(client.status(3).generation, generation);
-    EXPECT_EQ(askFor(playMessage, playOf("request-1")), "accepted");
-}
-
 TEST_F(BrokerServerTest, WithdrawsWhatHasEndedWhileTheBrokerWasAway) {
     const TestFolder kept;
     BrokerProcess lasting(std::string(BrokerProcess::open) +
