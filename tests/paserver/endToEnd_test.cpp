@@ -42,6 +42,11 @@ TEST_F(RemoteClientTest, AnAnnouncementOfAnUploadedFileIsSeenByEveryClient) {
     const std::string topic = palink::topics::record(3, pa::RecordKind::Announcement, 1);
     EXPECT_TRUE(client.waitFor([&] { return client.countOf(topic) >= 4; }))
         << "queued, playing, finished, withdrawn";
+    const std::string others = R"("request-1",0,500,"2,ip,\"Yard\",12!0,,0^0^0")";
+    EXPECT_EQ(askFor(pa::operations::playMessage, others), "accepted");
+    connection.waitUntilDelivered({limit});
+    ASSERT_EQ(gPaController.getAnnouncementRequests().size(), 1U);
+    EXPECT_EQ(gPaController.getAnnouncementRequests()[0].getRequestID(), "request-1");
 
     Announcement refused({"Moon"}, message());
     EXPECT_EQ(refused.wait({limit}), Announcement::State::Refused);
@@ -64,7 +69,6 @@ TEST_F(RemoteClientTest, AnotherServerTakesOverWithOneReconnection) {
 }
 
 TEST_F(RemoteClientTest, OfTwoClientsThatWantASourceOneHasIt) {
-    using State = paclient::Confirmation::State;
     server.reset();
     paserver::ServerSettings slower = settings();
     slower.simulation.speed = 1;  // no lock lapses
@@ -75,17 +79,20 @@ TEST_F(RemoteClientTest, OfTwoClientsThatWantASourceOneHasIt) {
     };
     const auto first = others(pa::operations::attachSource);
     client.publish(first);
-    const bool isOwn = paclient::takeLock(9, {limit}).state == State::Done;
+    // Once it sees the other's lock it sends nothing, and waits.
+    static_cast<void>(paclient::takeLock(9, {std::chrono::milliseconds(500)}));
     const auto answer = client.answerTo(first);
+    connection.waitUntilDelivered({limit});
+    const bool isOwn = paclient::lockHolder(9) == paclient::ownUUID();
     EXPECT_NE(answer && answer->accepted, isOwn);
     if (!isOwn) {
         EXPECT_EQ(client.ask(others(pa::operations::detachSource)), "accepted");
         connection.waitUntilDelivered({limit});
-        EXPECT_EQ(paclient::takeLock(9, {limit}).state, State::Done);
+        EXPECT_TRUE(paclient::takeLock(9, {limit}).holds());
     }
     EXPECT_EQ(client.ask(others(pa::operations::attachSource)),
               "source 9 is locked by another client");
-    EXPECT_EQ(paclient::releaseLock(9, {limit}).state, State::Done);
+    EXPECT_TRUE(paclient::releaseLock(9, {limit}).holds());
     EXPECT_EQ(client.ask(others(pa::operations::attachSource)), "accepted");
     connection.waitUntilDelivered({limit});
     EXPECT_EQ(paclient::takeLock(9, {limit}).reason,
