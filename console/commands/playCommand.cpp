@@ -5,6 +5,7 @@
 #include "client/StationClock.h"
 #include "client/checkMessage.h"
 #include "client/choose.h"
+#include "client/recordText.h"
 #include "console/commands/commands.h"
 #include "console/commands/playOptions.h"
 #include "console/files/wavFile.h"
@@ -103,8 +104,7 @@ std::optional<double> expectedSeconds(const PlayRequest& request) {
         return std::nullopt;
     }
     const double audio = wanted.file ? checkWav(*wanted.file).seconds : 0;
-    const double visual = request.display ? request.validity : 0;
-    return std::max(audio, visual) / stationClock().speed();
+    return std::max<double>(audio, request.display ? request.validity : 0) / stationClock().speed();
 }
 
 /// @throws Failure when it has not ended well
