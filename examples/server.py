@@ -14,6 +14,7 @@ from types import SimpleNamespace
 
 from paho.mqtt import client as mqtt
 
+STOP = {signal.SIGINT, signal.SIGTERM}
 ZONES = {"Hall": "20/1", "Platform 1": "20/2", "Platform 2": "20/3"}
 
 
@@ -39,7 +40,7 @@ class Server:
     def __init__(self, number):
         self.number, self.topic, self.generation = number, f"pa/{number}/", time.time_ns() // 1_000_000
         self.offline = json.dumps({"protocol": 1, "state": "offline", "generation": self.generation})
-        self.status_at, self.changed = 0, True
+        self.status_at, self.changed, self.stopped = 0, True, False
         self.records, self.playing = {}, []  # KIND/KEY: payload, or None when it is withdrawn; announcements
         self.answers = {}  # (response topic, correlation data): (time, answer), of the last 60 s
 
@@ -138,33 +139,34 @@ class Server:
                 self.answers[request] = now, json.dumps(answer)
             self.publish(request[0], self.answers[request][1], False, request[1])
 
+    def is_stopped(self, seconds=0):  # by a signal, which it waits for
+        self.stopped = self.stopped or signal.sigtimedwait(STOP, seconds) is not None
+        return self.stopped
+
     def run(self, host, port, pause=0.25):
-        while True:
+        while not self.is_stopped(random.uniform(pause / 2, pause)):
             self.mqtt = mqtt.Client(f"pa-server-{self.number}-{self.generation}", protocol=mqtt.MQTTv5)
             self.mqtt.on_connect, self.mqtt.on_message = self.on_connect, self.on_message
             self.mqtt.will_set(self.topic + "status", self.offline, 1, True)
+            pause = min(pause * 2, 30)
             try:
                 self.mqtt.connect(host, port, keepalive=10, clean_start=True)
-                while self.mqtt.loop(0.02) == 0:
+                while self.mqtt.loop(0.02) == 0 and not self.is_stopped():
                     if self.mqtt.is_connected():
                         now, pause = time.monotonic(), 0.25
                         over = [each for each in self.playing if each.end <= now]
                         self.finish(over, "Finished", "0", "played to its end")
                         if now - self.status_at >= (0.1 if self.changed else 30):
                             self.publish_status()
+                if self.mqtt.is_connected():
+                    last = self.publish(self.topic + "status", self.offline)
+                    while self.mqtt.loop(0.02) == 0 and not last.is_published():
+                        pass
+                    self.mqtt.disconnect()
             except OSError as error:
                 print("no connection:", error)
-            time.sleep(random.uniform(pause / 2, pause))
-            pause = min(pause * 2, 30)
 
 
 if __name__ == "__main__":
-    server = Server(sys.argv[3])
-    signal.signal(signal.SIGTERM, signal.default_int_handler)
-    try:
-        server.run(sys.argv[1], int(sys.argv[2]))
-    except KeyboardInterrupt:
-        last = server.publish(server.topic + "status", server.offline)
-        while server.mqtt.is_connected() and not last.is_published():
-            server.mqtt.loop(0.02)
-        server.mqtt.disconnect()
+    signal.pthread_sigmask(signal.SIG_BLOCK, STOP)
+    Server(sys.argv[3]).run(sys.argv[1], int(sys.argv[2]))
