@@ -234,22 +234,34 @@ bool MqttTransport::send(const pa::Operation& operation) {
     message.payload = operation.payload;
     message.userProperties = {{"client", uuid_}, {"generation", std::to_string(generation)}};
     return requests_.add(
-        {std::move(message), true,
-         [this, operation, dstNo](const RequestEnd& end) { ended(operation, dstNo, end); }});
+        {std::move(message), true, [this, operation, dstNo, generation](const RequestEnd& end) {
+             ended(operation, dstNo, generation, end);
+         }});
 }
 
-void MqttTransport::ended(const pa::Operation& operation, int dstNo, const RequestEnd& end) {
+/// @param generation of the server when the operation was sent: one of another refuses it, and does
+///                   not know whether that one has carried it out
+void MqttTransport::ended(const pa::Operation& operation, int dstNo, std::int64_t generation,
+                          const RequestEnd& end) {
     using How = RequestEnd::How;
     const std::string requestId = pa::requestIdOf(operation.type, operation.payload);
-    if (end.how == How::Unanswered) {
-        {
-            const std::lock_guard guard(lock_);
-            ++unanswered_;
-        }
-        handleError(2, "operation %s of request >%s< to server %d: %s",
-                    textOf(operation.type).c_str(), requestId.c_str(), dstNo, end.text());
-    } else if (end.how == How::Answered && !end.answer.accepted) {
-        queue_.add(Refusal{operation.type, end.answer.requestId, end.answer.reason});
+    const bool isRefused = end.how == How::Answered && !end.answer.accepted;
+    bool isUnknown = end.how == How::Unanswered;
+    {
+        const std::lock_guard guard(lock_);
+        const std::int64_t now = view_.generation(dstNo);
+        isUnknown = isUnknown || (isRefused && now != 0 && now != generation);
+        unanswered_ += isUnknown ? 1 : 0;
+    }
+    if (isUnknown) {
+        handleError(
+            2, "operation %s of request >%s< to server %d: %s", textOf(operation.type).c_str(),
+            requestId.c_str(), dstNo,
+            isRefused ? "the server has started again: the outcome is unknown" : end.text());
+    } else if (isRefused) {
+        queue_.add(Refusal{operation.type,
+                           end.answer.requestId.empty() ? requestId : end.answer.requestId,
+                           end.answer.reason});
     } else if (end.how != How::Answered && end.how != How::Lost) {
         queue_.add(Refusal{operation.type, requestId, end.text()});
     }

@@ -46,7 +46,8 @@ struct MqttStatistics {
 /// delivered; then the broker drops what does not fit its own queue, which is fetched again.
 ///
 /// Every refusal is delivered as `Refusal`, also that of the broker. An operation without an answer
-/// is reported through `handleError`.
+/// is reported through `handleError`, and so is one that the server refuses because it has started
+/// again: whether it was carried out before is unknown.
 class MqttTransport final : public Transport, private MqttListener {
 public:
     /// How much may wait to be delivered, by default.
@@ -99,7 +100,8 @@ private:
     bool takeLevel(const ReceivedMessage& message, ViewChange& change);
     void apply(const ViewChange& change);
     void deliver(ViewChange& change);
-    void ended(const pa::Operation& operation, int dstNo, const RequestEnd& end);
+    void ended(const pa::Operation& operation, int dstNo, std::int64_t generation,
+               const RequestEnd& end);
     std::optional<int> serverFor(int Selection::*use) const;
     void wakeTimer();
     void runTimer();

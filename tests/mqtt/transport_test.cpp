@@ -136,7 +136,7 @@ TEST_F(MqttTransportTest, AnOperationIsSentAgainOnceAfterTheBrokerHasRestarted) 
     std::atomic<bool> isSilent{true};
     server.answer = [&](const palink::ReceivedMessage& message) {
         correlations.insert(message.correlation());
-        return isSilent ? std::nullopt : std::optional(palink::Answer{false, "done", "a", ""});
+        return isSilent ? std::nullopt : std::optional(palink::Answer{false, "done"});
     };
     EXPECT_TRUE(transport.send(cancel("a")));
     EXPECT_TRUE(transport.requestRoundTrip(1));
@@ -155,6 +155,26 @@ TEST_F(MqttTransportTest, AnOperationIsSentAgainOnceAfterTheBrokerHasRestarted) 
     EXPECT_EQ(correlations.size(), 2U) << "the round trip ends with its connection";
     EXPECT_EQ(events.steps.text().find("round trip"), std::string::npos);
     EXPECT_EQ(transport.statistics().requests, 0U);
+}
+
+TEST_F(MqttTransportTest, TheRefusalOfAServerThatHasStartedAgainIsNone) {
+    startServer();
+    std::atomic<bool> hasRestarted{false};
+    server.answer = [&](const palink::ReceivedMessage&) {
+        return hasRestarted ? std::optional(palink::Answer{false, "another"}) : std::nullopt;
+    };
+    EXPECT_TRUE(transport.send(cancel("a")));
+    server.steps.waitFor("\"a\"\n");
+    hasRestarted = true;
+    server.status.generation = 2;
+    server.put(RecordKind::Zone, 1, {"Z"});
+    server.publishStatus();
+    events.steps.waitFor("synced\n");
+    nowMS += 2000;  // it is sent again
+    EXPECT_EQ(log.waitFor("unknown\n"),
+              "E2 operation 92/18 of request >a< to server 1: the server has started again: the "
+              "outcome is unknown\n");
+    EXPECT_EQ(events.steps.text().find("refusal"), std::string::npos);
 }
 
 TEST_F(MqttTransportTest, ALevelIsAskedForAsLongAsItsFeedIsSubscribed) {
