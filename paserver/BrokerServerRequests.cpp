@@ -179,12 +179,16 @@ std::optional<Answer> BrokerServer::operate(const ClientRequest& request) {
     return refused ? refusal(refused->reason, refused->requestId) : accepted();
 }
 
-/// Has the active server carry it out, which answers the client.
-/// @throws Refused when there is none
+/// Has the active server carry it out, which answers the client. That server refuses it unless it
+/// is the one on whose records the client acts: a schedule of its own has maybe the same number.
+/// @throws Refused when there is none, or the client takes this one for it
 void BrokerServer::relay(const ClientRequest& request) {
     const auto active = role_.active();
     if (!active) {
         throw Refused("no server is active");
+    }
+    if (!request.activeGeneration) {
+        throw Refused("server " + std::to_string(active->dstNo) + " is active");
     }
     constexpr std::int64_t perSecond = 1000;
     const std::int64_t now = pa::monotonicMS();
@@ -196,7 +200,7 @@ void BrokerServer::relay(const ClientRequest& request) {
     message.correlation = request.correlation;
     message.expirySeconds = static_cast<std::uint32_t>((leftMS + perSecond - 1) / perSecond);
     message.userProperties = {{"client", request.client},
-                              {"generation", std::to_string(active->generation)}};
+                              {"generation", *request.activeGeneration}};
     publications_.add(std::move(message));
 }
 

@@ -98,6 +98,9 @@ ClientRequest readRequest(const palink::ReceivedMessage& message, int dstNo) {
     if (request.kind == ClientRequest::Kind::Operation) {
         request.client = property(message, "client");
         request.generation = property(message, "generation");
+        if (message.userProperty("activeGeneration")) {
+            request.activeGeneration = property(message, "activeGeneration");
+        }
     } else if (request.kind == ClientRequest::Kind::UploadBegin) {
         request.upload = property(message, "upload");
     } else if (request.kind == ClientRequest::Kind::UploadData) {

@@ -23,6 +23,7 @@ struct ClientRequest {
     std::optional<std::int64_t> deadlineMS{};  ///< by `monotonicMS`: later it is not carried out
     std::string client{};                      ///< UUID, as sent
     std::optional<std::string> generation{};   ///< as sent
+    std::optional<std::string> activeGeneration{};  ///< likewise
     std::string upload{};
     std::int64_t offset = 0;
 

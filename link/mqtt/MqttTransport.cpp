@@ -217,6 +217,7 @@ bool MqttTransport::send(const pa::Operation& operation) {
     }
     int dstNo = 0;
     std::int64_t generation = 0;
+    std::int64_t activeGeneration = 0;  // of the active server, when that is another one
     {
         const std::lock_guard guard(lock_);
         const Selection* const selection = view_.selection();
@@ -225,6 +226,9 @@ bool MqttTransport::send(const pa::Operation& operation) {
         }
         dstNo = operation.destination == indirectLink ? selection->local : selection->direct;
         generation = view_.generation(dstNo);
+        if (selection->active != dstNo) {
+            activeGeneration = view_.generation(selection->active);
+        }
     }
     if (generation == 0) {
         throw std::runtime_error("the broker knows no server " + std::to_string(dstNo));
@@ -233,6 +237,9 @@ bool MqttTransport::send(const pa::Operation& operation) {
     message.topic = topics::operation(dstNo, operation.type);
     message.payload = operation.payload;
     message.userProperties = {{"client", uuid_}, {"generation", std::to_string(generation)}};
+    if (activeGeneration != 0) {
+        message.userProperties.emplace_back("activeGeneration", std::to_string(activeGeneration));
+    }
     return requests_.add(
         {std::move(message), true, [this, operation, dstNo, generation](const RequestEnd& end) {
              ended(operation, dstNo, generation, end);

@@ -93,7 +93,15 @@ TEST_F(TwoServersTest, AStandbyHasAnnouncementsMadeByTheActiveServer) {
     EXPECT_TRUE(client.sync(4));
     const std::string schedule =
         R"(0,"",2030,1,1,8,0,2030,1,1,9,0,127,0,1,"",0,500,"2,ip,\"Yard\",12!1,,")";
-    EXPECT_EQ(askFor(pa::operations::putSchedule, schedule, 4), "accepted");
+    const auto putFor = [&](const std::string& activeGeneration) {
+        palink::MqttMessage put = client.operation(pa::operations::putSchedule, schedule, 4);
+        put.userProperties.emplace_back("activeGeneration", activeGeneration);
+        return client.ask(put);
+    };
+    EXPECT_EQ(askFor(pa::operations::putSchedule, schedule, 4), "server 3 is active")
+        << "maybe it was 4 when the client asked";
+    EXPECT_EQ(putFor("1"), "the server has started again meanwhile");
+    EXPECT_EQ(putFor(std::to_string(client.status(3).generation)), "accepted");
     EXPECT_TRUE(client.waitFor(
         [&] { return client.status(3).kinds.count(pa::RecordKind::Schedule) != 0; }));
     EXPECT_EQ(client.status(4).kinds.count(pa::RecordKind::Schedule), 0U);
