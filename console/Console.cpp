@@ -25,6 +25,8 @@ void execute(const Handler& handler, const Context& context) {
         handler(context);
     } catch (const paclient::LookupError& unknown) {
         throw Failure(ExitCode::NotFound, unknown.what());
+    } catch (const paclient::NotConnected& lost) {
+        throw Failure(ExitCode::ConnectionLost, lost.what());
     } catch (const simserver::Refused& refused) {
         throw Failure(ExitCode::Refused, std::string("the server refuses: ") + refused.what());
     } catch (const std::logic_error& error) {

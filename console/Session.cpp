@@ -97,10 +97,8 @@ void Session::requireBackWithin(double seconds) {
             "the connection to the server is lost", ExitCode::ConnectionLost);
 }
 
-void Session::waitUntilDelivered() try {
+void Session::waitUntilDelivered() {
     link_->connection.waitUntilDelivered(waitFor("for what the server has reported"));
-} catch (const paclient::NotConnected& error) {
-    throw Failure(ExitCode::ConnectionLost, error.what());
 }
 
 paclient::Connection& Session::connection() {

@@ -47,7 +47,7 @@ public:
 
     /// Waits until everything that the server has reported so far has reached every
     /// `paclient::Subscription`.
-    /// @throws Failure when the connection is lost or the time is up, and when the user interrupts
+    /// @throws paclient::NotConnected, and Failure when the user interrupts
     void waitUntilDelivered();
 
     /// Of a session that has been connected.

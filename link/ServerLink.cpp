@@ -78,10 +78,10 @@ void ServerLink::stop(std::chrono::milliseconds limit) {
 
 void ServerLink::end(std::chrono::milliseconds limit) {
     gQXReceiver.close(limit);
-    audioServer_.setUploader({});
     router_.releaseWaiters();  // the transport's thread may wait for a slow observer
     transport_.stop();
-    pa::setLevelMeterSwitch({});  // not before: a connection that is just being made sets it
+    audioServer_.setUploader({});  // not before: it waits for uploads, which the transport ends
+    pa::setLevelMeterSwitch({});   // not before: a connection that is just being made sets it
     gQXReceiver.abandon();  // not before: the transport may block an operation that is being sent
     router_.end(limit);
     router_.setMergeHandler({});  // a merge that the end has left running does not call it

@@ -110,7 +110,7 @@ public:
     /// when this returns each that was left has been dropped and reported, also to the drop
     /// handler. Then waiting notifications of records have `limit` to run; those that are left,
     /// because an observer is slow, are counted and reported. Waits for uploads in progress,
-    /// whatever the limit. Does nothing when the link is stopped.
+    /// which the stop of the transport ends. Does nothing when the link is stopped.
     void stop(std::chrono::milliseconds limit = std::chrono::seconds(1));
 
     /// Waits until everything that the server holds is in the caches, and the connection handler

@@ -95,8 +95,8 @@ public:
     /// again by itself after a loss.
     virtual void start(ServerEventSink& sink) = 0;
 
-    /// Ends the connection. When this returns nothing more is delivered. Does nothing when it is
-    /// stopped.
+    /// Ends the connection, and uploads that wait for the server. When this returns nothing more is
+    /// delivered. Does nothing when it is stopped.
     virtual void stop() = 0;
 
     /// Takes an operation without blocking on the network.

@@ -1,13 +1,12 @@
 #include "paserver/Arguments.h"
 
 #include <CLI/CLI.hpp>
-#include <algorithm>
-#include <cstdlib>
 #include <unistd.h>
 
 #include "client/Calendar.h"
 #include "client/scheduleTimes.h"
 #include "paserver/journal.h"
+#include "paserver/takeVariable.h"
 #include "simserver/station/StationFile.h"
 
 namespace paserver {
@@ -84,11 +83,7 @@ palink::BrokerOptions brokerOf(const Words& words) {
     if (!words.user.empty()) {
         broker.user = words.user;
     }
-    if (char* const password = std::getenv(passwordVariable)) {
-        broker.password = password;
-        std::fill_n(password, broker.password.size(), '*');  // the system shows it to others
-        unsetenv(passwordVariable);
-    }
+    broker.password = takeVariable(passwordVariable).value_or(broker.password);
     return broker;
 }
 
@@ -108,6 +103,9 @@ ServerSettings settingsOf(const Words& words) {
     settings.station = simserver::loadStation(words.scenario);
     if (words.dstNo != 0) {
         settings.station.dstNo = words.dstNo;
+    }
+    if (!(words.speed > 0)) {  // not a number, which is in every range
+        throw std::invalid_argument("--speed: a number above 0 is expected");
     }
     settings.simulation.speed = words.speed;
     settings.simulation.state = words.state;

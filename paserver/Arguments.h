@@ -12,8 +12,9 @@ namespace paserver {
 enum ExitCode : int {
     stopped = 0,
     wrongUsage = 1,
-    cannotStart = 2,  ///< a scenario, folder or broker that cannot be used, another server with the
-                      ///< same number, or a server that does not start again
+    cannotStart = 2,  ///< a scenario, folder or broker that cannot be used, or a server that does
+                      ///< not start again
+    replaced = 3,     ///< another server with the same number has started
 };
 
 /// What the command line asks for.

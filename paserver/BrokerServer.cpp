@@ -53,7 +53,7 @@ void BrokerServer::run() {
             fail(error.what());
         }
     }
-    if (!settings_.keepsRecords && !isReplaced_) {
+    if (!settings_.keepsRecords && !replaced_) {
         publications_.withdrawAll();
     }
     leave();
@@ -68,7 +68,7 @@ void BrokerServer::turn() {
     constexpr std::chrono::milliseconds wait{20};
     takeConnection();
     takeStatuses();
-    if (isReplaced_) {
+    if (replaced_) {
         return;
     }
     takeRequests();
@@ -79,8 +79,7 @@ void BrokerServer::turn() {
         rejoin();
     }
     if (joined_ != 0) {
-        publishWaiting(most, wait);
-        keepStatus();
+        keepStatus(publishWaiting(most, wait, wait));
     }
     if (publications_.takeOverflows() > 0) {
         handleError(2, "the broker takes too little: everything is published again");
@@ -124,22 +123,20 @@ void BrokerServer::join() {
     client_->start();
 }
 
-/// Publishes what still waits, and that the server is offline. One that is replaced leaves both to
-/// the other.
+/// Publishes what still waits, and that the server is offline. What another server has published
+/// with this number stays.
 void BrokerServer::leave() {
-    constexpr std::int64_t farewellMS = 300;
-    const std::int64_t endMS = pa::monotonicMS() + stopLimit.count();
-    if (joined_ != 0 && !isReplaced_) {
-        const std::chrono::milliseconds limit(stopLimit.count() - farewellMS);
-        if (!publishWaiting(std::numeric_limits<std::size_t>::max(), limit)) {
-            handleError(2,
-                        "the broker has not taken everything: records may be left on the broker");
-        }
+    bool isTaken = true;
+    if (joined_ != 0 && !replaced_) {
+        isTaken = publishWaiting(std::numeric_limits<std::size_t>::max(), stopLimit, stopPatience);
         palink::ServerStatus offline;
         offline.generation = generation_;
-        client_->publish(statusMessage(offline));
+        publish(statusMessage(offline));
     }
-    client_->stop(std::chrono::milliseconds(std::max<std::int64_t>(endMS - pa::monotonicMS(), 0)));
+    isTaken = client_->stop(stopPatience) && isTaken;
+    if (!isTaken && joined_ != 0) {
+        handleError(2, "the broker has not taken everything: records may be left on the broker");
+    }
     client_.reset();
     publications_.disconnected();
     unsent_.reset();

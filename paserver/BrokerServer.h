@@ -3,6 +3,7 @@
 #include <atomic>
 #include <chrono>
 #include <cstdint>
+#include <deque>
 #include <map>
 #include <memory>
 #include <mutex>
@@ -41,8 +42,10 @@ struct ServerSettings {
 /// Every function may be called from any thread.
 class BrokerServer final : private palink::MqttListener, private palink::ServerEventSink {
 public:
-    /// How long a stop takes, at most: to withdraw the records and to report that it is offline.
-    static constexpr std::chrono::milliseconds stopLimit{1500};
+    /// How long a stop takes, at most, to withdraw the records and to report that it is offline;
+    /// and how long it waits for a broker that takes nothing.
+    static constexpr std::chrono::milliseconds stopLimit{10'000};
+    static constexpr std::chrono::milliseconds stopPatience{700};
     /// How long a request for a level meter counts.
     static constexpr std::int64_t meterMS = 5000;
 
@@ -61,12 +64,16 @@ public:
     /// Whether it has stopped, or ended because of a failure.
     [[nodiscard]] bool hasEnded() const { return ended_; }
 
-    /// Whether everything that it holds has been published once.
+    /// Whether the broker has taken everything that it holds once.
     [[nodiscard]] bool isReady() const { return ready_; }
 
-    /// Why it ends by itself: the broker refuses the first connection for good, another server with
-    /// its number has started, or it cannot start again. Empty while it does not.
+    /// Why it ends by itself: the broker refuses the first connection or what it publishes for
+    /// good, another server with its number has started, or it cannot start again. Empty while it
+    /// does not.
     [[nodiscard]] std::string failure() const;
+
+    /// Whether it ends because another server with its number has started.
+    [[nodiscard]] bool isReplaced() const { return replaced_; }
 
     /// Another number whenever the thread of the server is seen to run.
     [[nodiscard]] std::uint64_t beats() const { return beats_; }
@@ -84,6 +91,7 @@ private:
         std::optional<OwnStatus> own;  // what another connection has published as this server
         std::string reason;            // of the last loss
         std::string failure;
+        int statusId = 0;  // of the publication of the status, after everything that is held
     };
     enum class Rejoin { No, SameGeneration, NewGeneration };
 
@@ -112,8 +120,10 @@ private:
     void takeConnection();
     void takeStatuses();
     void takeOwnStatus(const OwnStatus& own);
-    bool publishWaiting(std::size_t most, std::chrono::milliseconds wait);
-    void keepStatus();
+    bool publishWaiting(std::size_t most, std::chrono::milliseconds wait,
+                        std::chrono::milliseconds patience);
+    std::optional<int> publish(const palink::MqttMessage& message);
+    void keepStatus(bool isLast);
     [[nodiscard]] palink::ServerStatus status(std::int64_t nowMS);
     [[nodiscard]] palink::MqttMessage statusMessage(const palink::ServerStatus& status) const;
     static std::int64_t hostClockMS();
@@ -122,6 +132,8 @@ private:
     void takeRequests();
     void carryOut(const ClientRequest& request);
     void answer(const ClientRequest& request, const std::string& payload);
+    void notePreview(const ClientRequest& request);
+    void reportFailure(const palink::Refusal& failure);
     std::optional<palink::Answer> resultOf(const ClientRequest& request);
     std::optional<palink::Answer> operate(const ClientRequest& request);
     void relay(const ClientRequest& request);
@@ -136,11 +148,14 @@ private:
     RequestQueue requests_;
 
     mutable std::mutex lock_;
-    Network network_;  // guarded by lock_
+    // Guarded by lock_.
+    Network network_;
+    std::deque<std::pair<std::string, std::string>> previews_;  // request id, topic of the answers
 
     std::atomic<bool> stopping_{false};
     std::atomic<bool> ended_{false};
     std::atomic<bool> ready_{false};
+    std::atomic<bool> replaced_{false};
     std::atomic<std::uint64_t> beats_{0};
 
     // Of the server's own thread.
@@ -150,13 +165,13 @@ private:
     std::unique_ptr<palink::MqttClient> client_;
     std::uint64_t joined_ = 0;                   // the connection that is in use, 0 for none
     std::optional<palink::MqttMessage> unsent_;  // what the client has not taken yet
-    bool hasRole_ = false;                       // since the start of this generation
+    bool isPublished_ = false;  // everything that was held when this connection began
+    bool hasRole_ = false;      // since the start of this generation
     Role role_;
     palink::ServerRole reported_ = palink::ServerRole::Standby;
     AnswerLog answers_;
     std::map<int, std::int64_t> meters_;  // until when, by element
     Rejoin rejoin_ = Rejoin::No;
-    bool isReplaced_ = false;  // by a server that has started later with this number
 
     std::unique_ptr<pa::PosixThread> thread_;
 };

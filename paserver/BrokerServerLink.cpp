@@ -2,6 +2,7 @@
 /// role.
 
 #include <algorithm>
+#include <stdexcept>
 #include <utility>
 
 #include "framework/clock.h"
@@ -27,6 +28,7 @@ void BrokerServer::onConnected() {
     network_.reason.clear();
     network_.others.clear();
     network_.own.reset();
+    network_.statusId = 0;
     wake_.wake();
 }
 
@@ -48,10 +50,21 @@ void BrokerServer::onDisconnected(const std::string& reason, bool isPermanent) {
 
 void BrokerServer::onPublished(int id, int reasonCode) {
     constexpr int firstError = 0x80;
+    constexpr int notAuthorized = 0x87;
     publications_.acknowledged(id);
-    if (reasonCode >= firstError) {
-        handleError(3, "%s: the broker refuses what the server publishes (reason code %d)",
-                    settings_.broker.url().c_str(), reasonCode);
+    const bool isRefused = reasonCode >= firstError;
+    bool isFirstStatus = false;
+    {
+        const std::lock_guard guard(lock_);
+        isFirstStatus = id == network_.statusId && !ready_;
+        ready_ = ready_ || (isFirstStatus && !isRefused);
+    }
+    if (isRefused) {
+        const std::string text = settings_.broker.url() +
+                                 ": the broker refuses what the server publishes (reason code " +
+                                 std::to_string(reasonCode) + ")";
+        const bool isPermanent = isFirstStatus && reasonCode == notAuthorized;
+        isPermanent ? fail(text) : handleError(3, "%s", text.c_str());
     }
 }
 
@@ -75,7 +88,7 @@ void BrokerServer::take(const palink::ReceivedMessage& message) {
     wake_.wake();
 }
 
-void BrokerServer::takeStatus(int dstNo, const palink::ReceivedMessage& message) {
+void BrokerServer::takeStatus(int dstNo, const palink::ReceivedMessage& message) try {
     const ServerStatus status =
         message.payload().empty() ? ServerStatus{} : palink::decodeStatus(message.payload());
     const std::lock_guard guard(lock_);
@@ -84,6 +97,11 @@ void BrokerServer::takeStatus(int dstNo, const palink::ReceivedMessage& message)
     } else if (network_.others.size() < Role::maxServers) {
         network_.others[dstNo] = status;
     }
+} catch (const palink::MalformedMessage&) {
+    if (dstNo == dstNo_) {
+        publications_.requestStatus();  // in its place
+    }
+    throw;
 }
 
 // ------------------------------------------------------------ the simulated server's own threads
@@ -108,7 +126,7 @@ void BrokerServer::deliver(palink::ServerEvent event) {
         message.qos = 0;
         publications_.add(std::move(message));
     } else if (const auto* const refusal = std::get_if<palink::Refusal>(&event)) {
-        handleError(2, "request %s: %s", refusal->requestId.c_str(), refusal->reason.c_str());
+        reportFailure(*refusal);
     }
 }
 
@@ -125,6 +143,7 @@ void BrokerServer::takeConnection() {
     }
     publications_.disconnected();
     unsent_.reset();
+    isPublished_ = false;
     joined_ = connection;
     if (connection == 0) {
         return;
@@ -182,26 +201,27 @@ void BrokerServer::takeOwnStatus(const OwnStatus& own) {
         generation_ = own.status.generation;  // the host's clock was set back
         rejoin_ = Rejoin::NewGeneration;
     } else {
-        isReplaced_ = true;
+        replaced_ = true;
         fail("another server with the number " + std::to_string(dstNo_) + " has started");
     }
 }
 
+/// @param patience how long the broker may acknowledge nothing
 /// @return whether nothing waits any more
-bool BrokerServer::publishWaiting(std::size_t most, std::chrono::milliseconds wait) {
+bool BrokerServer::publishWaiting(std::size_t most, std::chrono::milliseconds wait,
+                                  std::chrono::milliseconds patience) {
     const std::int64_t endMS = pa::monotonicMS() + wait.count();
     for (std::size_t count = 0; count < most && pa::monotonicMS() <= endMS; ++count) {
-        if (!client_->waitForSpace(wait)) {
+        if (!client_->waitForSpace(patience)) {
             return false;
         }
         if (!unsent_) {
             unsent_ = publications_.next();
         }
         if (!unsent_) {
-            ready_ = true;
             return true;
         }
-        const auto id = client_->publish(*unsent_);
+        const auto id = publish(*unsent_);
         if (!id) {
             return false;  // the connection is lost, or the client has too much
         }
@@ -212,11 +232,33 @@ bool BrokerServer::publishWaiting(std::size_t most, std::chrono::milliseconds wa
     return false;
 }
 
-void BrokerServer::keepStatus() {
+/// Publishes a message, unless the broker cannot take such a one: then it is dropped, and a record
+/// withdrawn, so that the status does not name what cannot arrive.
+/// @return nothing when it must be published again
+std::optional<int> BrokerServer::publish(const palink::MqttMessage& message) try {
+    return client_->publish(message);
+} catch (const std::invalid_argument& fault) {
+    handleError(2, "%s", fault.what());
+    if (const auto record = topics::readRecord(message.topic)) {
+        publications_.withdraw({record->kind, record->key});
+    }
+    return 0;
+}
+
+/// @param isLast whether everything else that waits has been published
+void BrokerServer::keepStatus(bool isLast) {
+    if (isLast && !std::exchange(isPublished_, true)) {
+        publications_.requestStatus();
+    }
     const std::int64_t now = pa::monotonicMS();
     if (const auto due = publications_.statusDueMS(); due && *due <= now) {
-        if (!client_->publish(statusMessage(status(now)))) {
+        const palink::MqttMessage message = statusMessage(status(now));
+        const std::lock_guard guard(lock_);  // until the id is noted
+        const auto id = client_->publish(message);
+        if (!id) {
             publications_.requestStatus();
+        } else if (isPublished_) {
+            network_.statusId = *id;
         }
     }
 }

@@ -5,10 +5,12 @@
 
 #include "client/shortened.h"
 #include "framework/clock.h"
+#include "framework/log.h"
 #include "link/mqtt/topics.h"
 #include "link/mqtt/uploadMessages.h"
 #include "paserver/BrokerServer.h"
 #include "paserver/runControl.h"
+#include "sdk/host/requestId.h"
 #include "simserver/protocol/Refused.h"
 
 namespace paserver {
@@ -27,14 +29,19 @@ Answer refusal(const std::string& reason, const std::string& requestId = "") {
             requestId.size() <= longestId ? requestId : "", ""};
 }
 
+/// The outcome is unknown: the server for which the operation was may have carried it out.
+constexpr const char* startedAgain = "the server has started again meanwhile";
+
 Answer accepted(const std::string& result = "") {
     return {true, "", "", result};
 }
 
-/// A standby has these carried out by the active server.
+/// A standby has these carried out by the active server, from which clients receive their effects.
 bool concernsAnnouncements(const pa::OperationType& type) {
-    constexpr pa::OperationType types[] = {op::playMessage, op::cancelMessage, op::putSchedule,
-                                           op::deleteSchedule};
+    constexpr pa::OperationType types[] = {
+        op::playMessage,     op::cancelMessage,    op::putSchedule,
+        op::deleteSchedule,  op::startRecording,   op::stopRecording,
+        op::deleteRecording, op::previewRecording, op::retrieveAudio};
     return std::find(std::begin(types), std::end(types), type) != std::end(types);
 }
 
@@ -167,16 +174,54 @@ std::optional<Answer> BrokerServer::operate(const ClientRequest& request) {
     if (simulation_->ignored().requests) {
         return std::nullopt;
     }
-    if (request.generation != std::to_string(generation_)) {
-        return refusal("the server has started again meanwhile");
+    const std::string own = std::to_string(generation_);
+    if (request.generation != own) {
+        return refusal(startedAgain);
     }
-    if (reported_ == palink::ServerRole::Standby && concernsAnnouncements(request.operation)) {
-        relay(request);
-        return std::nullopt;
+    if (concernsAnnouncements(request.operation)) {
+        if (reported_ == palink::ServerRole::Standby) {
+            relay(request);
+            return std::nullopt;
+        }
+        if (request.activeGeneration.value_or(own) != own) {
+            return refusal(startedAgain);  // it was for another server, which may have taken it
+        }
     }
+    notePreview(request);
     constexpr int direct = -1;
     const auto refused = simulation_->operate({direct, request.operation, 1, request.payload});
     return refused ? refusal(refused->reason, refused->requestId) : accepted();
+}
+
+/// Notes who is to know when a preview fails after it was accepted.
+void BrokerServer::notePreview(const ClientRequest& request) {
+    constexpr std::size_t most = 256;
+    if (request.operation == op::retrieveAudio) {
+        const std::lock_guard guard(lock_);
+        previews_.resize(std::min(previews_.size(), most - 1));
+        previews_.emplace_front(pa::requestIdOf(request.operation, request.payload),
+                                request.responseTopic);
+    }
+}
+
+/// An operation has failed after it was accepted. Called by a thread of the simulated server.
+void BrokerServer::reportFailure(const palink::Refusal& failure) {
+    handleError(2, "request %s: %s", failure.requestId.c_str(), failure.reason.c_str());
+    Answer late = refusal(failure.reason, failure.requestId);
+    late.operation = textOf(failure.operation);
+    std::string topic;
+    {
+        const std::lock_guard guard(lock_);
+        const auto noted =
+            std::find_if(previews_.begin(), previews_.end(),
+                         [&](const auto& preview) { return preview.first == failure.requestId; });
+        if (noted == previews_.end()) {
+            return;
+        }
+        topic = std::move(noted->second);
+        previews_.erase(noted);
+    }
+    publications_.add({topic, palink::encodeAnswer(late)});
 }
 
 /// Has the active server carry it out, which answers the client. That server refuses it unless it

@@ -11,9 +11,11 @@ namespace paserver {
 /// The audio servers on a broker.
 class RemoteEndpoint final : public paclient::Endpoint {
 public:
+    /// Sets `gDeviceIPAddress`, which operations name as their origin, unless the application has
+    /// done so.
     /// @param clientUuid of this client, `AudioServer::getUUID`
     /// @throws palink::BrokerOptionsError when a file of the options cannot be used
-    RemoteEndpoint(palink::BrokerOptions options, std::string clientUuid,
+    RemoteEndpoint(const palink::BrokerOptions& options, std::string clientUuid,
                    palink::Destinations destinations = {});
 
     palink::MqttTransport& transport() override { return transport_; }

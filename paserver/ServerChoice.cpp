@@ -1,6 +1,5 @@
 #include "paserver/ServerChoice.h"
 
-#include <cstdlib>
 #include <stdexcept>
 
 #include "client/Calendar.h"
@@ -10,6 +9,7 @@
 #ifdef PA_WITH_MQTT
 #include "client/Connection.h"
 #include "paserver/RemoteEndpoint.h"
+#include "paserver/takeVariable.h"
 #endif
 
 namespace paserver {
@@ -53,28 +53,17 @@ void checkBrokerUrl(const std::string& url) try {
 
 namespace {
 
-/// Takes the value of a variable, which no child of this process sees afterwards.
-void takeFromEnvironment(const std::string& variable, std::string& value) {
-    if (const char* const text = std::getenv(variable.c_str())) {
-        value = text;
-        unsetenv(variable.c_str());
-    }
-}
-
 std::unique_ptr<paclient::Endpoint> openRemote(const ServerChoice& choice,
                                                const std::string& program) {
     palink::BrokerOptions options = palink::parseBrokerUrl(choice.broker);
-    if (!options.tls && !(choice.caFile.empty() && choice.certificateFile.empty())) {
-        throw std::runtime_error(choice.broker + ": authorities and certificates need mqtts://");
-    }
     options.caFile = choice.caFile;
     options.certificateFile = choice.certificateFile;
     options.keyFile = choice.keyFile;
     if (!choice.credentials.empty()) {
         palink::readCredentials(options, choice.credentials);
     }
-    takeFromEnvironment(program + "_USER", options.user);
-    takeFromEnvironment(program + "_PASSWORD", options.password);
+    options.user = takeVariable(program + "_USER").value_or(options.user);
+    options.password = takeVariable(program + "_PASSWORD").value_or(options.password);
     const palink::Destinations destinations{choice.dstNo, choice.indirect, choice.localDstNo};
     return std::make_unique<RemoteEndpoint>(options, paclient::audioServer().getUUID(),
                                             destinations);

@@ -7,25 +7,15 @@
 #include <sys/un.h>
 
 #include "framework/clock.h"
+#include "paserver/takeVariable.h"
 #include "util/Descriptor.h"
 
 namespace paserver {
 
-namespace {
-
-std::string takeVariable(const char* name) {
-    const char* const value = std::getenv(name);
-    std::string text = value == nullptr ? "" : value;
-    unsetenv(name);
-    return text;
-}
-
-}  // namespace
-
-ServiceNotice::ServiceNotice() : socket_(takeVariable("NOTIFY_SOCKET")) {
+ServiceNotice::ServiceNotice() : socket_(takeVariable("NOTIFY_SOCKET").value_or("")) {
     constexpr std::int64_t perMS = 1000;
     constexpr std::int64_t perLimit = 3;  // notices
-    const std::string watchdog = takeVariable("WATCHDOG_USEC");
+    const std::string watchdog = takeVariable("WATCHDOG_USEC").value_or("");
     if (const std::int64_t microseconds = std::atoll(watchdog.c_str()); microseconds > 0) {
         period_ = std::chrono::milliseconds(microseconds / perMS / perLimit);
     }

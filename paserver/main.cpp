@@ -42,9 +42,8 @@ void endBy(int signal) {
 }
 
 /// Serves until a signal comes or the server ends by itself.
-void serve(const BrokerServer& server) {
+void serve(const BrokerServer& server, paserver::ServiceNotice& notice) {
     constexpr std::int64_t longestTurnMS = 5000;
-    paserver::ServiceNotice notice;
     bool isReady = false;
     std::uint64_t beats = 0;
     std::int64_t beatMS = pa::monotonicMS();
@@ -61,15 +60,16 @@ void serve(const BrokerServer& server) {
             notice.works();
         }
     }
-    notice.stopping();
 }
 
 /// Stops. A second signal ends the process at once, unless it comes with the first.
-void stop(BrokerServer& server) {
+void stop(BrokerServer& server, paserver::ServiceNotice& notice) {
     constexpr std::int64_t sameMS = 100;
     const std::int64_t startMS = pa::monotonicMS();
+    notice.stopping();
     server.requestStop();
     while (!server.hasEnded()) {
+        notice.works();
         if (const auto signal = awaitSignal(); signal && pa::monotonicMS() > startMS + sameMS) {
             endBy(*signal);
         }
@@ -100,11 +100,13 @@ int main(int argc, char** argv) {
     }
     pa::store(debugLevel, arguments.debug);
     try {
+        paserver::ServiceNotice notice;  // before there are threads: it changes the environment
         BrokerServer server(std::move(arguments.settings));
-        serve(server);
-        stop(server);
+        serve(server, notice);
+        stop(server, notice);
         if (const std::string failure = server.failure(); !failure.empty()) {
-            return refuse(paserver::cannotStart, failure, arguments.journal);
+            return refuse(server.isReplaced() ? paserver::replaced : paserver::cannotStart, failure,
+                          arguments.journal);
         }
         return paserver::stopped;
     } catch (const std::exception& error) {

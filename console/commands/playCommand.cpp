@@ -12,7 +12,6 @@
 #include "console/following/operate.h"
 #include "console/text/cleanText.h"
 #include "framework/clock.h"
-#include "simserver/SimControl.h"
 
 namespace console {
 
@@ -176,8 +175,8 @@ void playOnly(const Context& context, const std::vector<std::string>& zones,
     warnOfEnd(context, "the announcement");
 }
 
-/// What the server can play, when it is a simulated one.
-std::optional<Playable> playableAt(Endpoint& endpoint) {
+/// What the server can play, when it is a simulated one and this user may ask for it.
+std::optional<Playable> playableAt(Endpoint& endpoint) try {
     if (endpoint.simControl() == nullptr) {
         return std::nullopt;
     }
@@ -191,6 +190,8 @@ std::optional<Playable> playableAt(Endpoint& endpoint) {
         playable.recordings.insert(recording.path);
     }
     return playable;
+} catch (const simserver::Refused&) {
+    return std::nullopt;  // the role of the user does not allow it
 }
 
 /// Prints the problems of the request.

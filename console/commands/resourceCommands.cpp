@@ -47,8 +47,7 @@ template <bool onlyChimes>
 void listItems(const Context& context) {
     Json array = Json::array();
     TextTable table({onlyChimes ? "CHIME" : "ITEM", "TEXT", "SECONDS"});
-    for (const simserver::DictionaryItem& item :
-         context.connected().simControl().contents().dictionary) {
+    for (const auto& item : context.connected().simControl().contents().dictionary) {
         if (item.chime || !onlyChimes) {
             const double seconds = secondsOf(item.duration);
             array.push_back({{"item", item.item}, {"text", item.text}, {"seconds", seconds}});

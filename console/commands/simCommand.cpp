@@ -19,9 +19,8 @@ void printEffect(const Context& context, const std::string& sentence, const Json
 /// Does something on the server's side, and waits until this client knows its effects.
 template <class Act>
 void simulate(const Context& context, Act act) {
-    Session& session = context.connected();
-    act(session.simControl());
-    session.waitUntilDelivered();
+    act(context.connected().simControl());
+    context.session.waitUntilDelivered();
 }
 
 /// What another client does with the lock of a source.

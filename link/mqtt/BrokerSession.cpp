@@ -89,6 +89,9 @@ BrokerSession::BrokerSession(LibraryClient& library, const BrokerOptions& option
     : client_(library.get()), options_(options), clientId_(clientId), listener_(listener) {
     if (options.tls) {
         tls_.emplace(options);
+    } else if (!(options.caFile.empty() && options.certificateFile.empty() &&
+                 options.keyFile.empty())) {
+        throw BrokerOptionsError(options.url() + ": authorities and certificates need mqtts://");
     }
     if (mosquitto_reinitialise(client_, clientId.c_str(), true, this) != MOSQ_ERR_SUCCESS) {
         throw std::bad_alloc();

@@ -30,8 +30,8 @@ void MqttClient::start() {
     connection_->start();
 }
 
-void MqttClient::stop(std::chrono::milliseconds limit) {
-    connection_->stop(limit);
+bool MqttClient::stop(std::chrono::milliseconds limit) {
+    return connection_->stop(limit);
 }
 
 void MqttClient::dropConnection() {
@@ -86,13 +86,14 @@ void MqttClient::Connection::start() {
         isStopping_ = false;
         isDropped_ = false;
     }
+    hasLeft_ = false;
     backoff_.reset();
     thread_ = std::make_unique<pa::PosixThread>("mqtt", [this] { run(); });
 }
 
-void MqttClient::Connection::stop(std::chrono::milliseconds limit) {
+bool MqttClient::Connection::stop(std::chrono::milliseconds limit) {
     if (!isOfThisProcess()) {
-        return;
+        return false;
     }
     {
         const std::lock_guard guard(lock_);
@@ -101,6 +102,7 @@ void MqttClient::Connection::stop(std::chrono::milliseconds limit) {
     }
     wake_->signal();
     thread_.reset();
+    return hasLeft_;
 }
 
 void MqttClient::Connection::drop() {

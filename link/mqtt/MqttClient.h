@@ -71,7 +71,8 @@ public:
 
     /// Disconnects, after what was published has been acknowledged or `limit` has passed. When this
     /// returns the listener is not called any more. Does nothing when the client is stopped.
-    void stop(std::chrono::milliseconds limit = std::chrono::seconds(1));
+    /// @return whether there was a connection on which everything has been acknowledged
+    bool stop(std::chrono::milliseconds limit = std::chrono::seconds(1));
 
     /// Ends the connection without a notice to the broker, so that it publishes the will, and
     /// connects again.

@@ -108,6 +108,7 @@ bool MqttClient::Connection::isWanted(BrokerSession& session) {
         if (session_ != nullptr && !waiting_.empty() && Time::now() < stopBy_) {
             return true;
         }
+        hasLeft_ = session_ != nullptr && waiting_.empty();
     }
     if (session.isAccepted()) {
         leave(session);

@@ -30,7 +30,7 @@ public:
 
     void setWill(MqttMessage will);
     void start();
-    void stop(std::chrono::milliseconds limit);
+    bool stop(std::chrono::milliseconds limit);
     bool isOfThisProcess() const { return generation_ == pa::forkGeneration(); }
     void drop();
     std::optional<int> publish(const MqttMessage& message);
@@ -78,6 +78,7 @@ private:
     Backoff backoff_;
     BrokerSession* current_ = nullptr;
     std::int64_t acceptedAtMS_ = 0;
+    bool hasLeft_ = false;  // with everything acknowledged
 
     std::mutex lock_;
     std::condition_variable spaceFreed_;

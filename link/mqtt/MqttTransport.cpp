@@ -24,6 +24,7 @@ namespace {
 
 constexpr int indirectLink = -2;
 constexpr std::int64_t levelRepetitionMS = 2000;
+constexpr std::chrono::milliseconds answerPatience{500};  // at a stop
 constexpr std::size_t maxOperationBytes = std::size_t{1} << 20U;
 
 }  // namespace
@@ -63,6 +64,7 @@ void MqttTransport::stop() {
     if (generation_ != pa::forkGeneration()) {
         // In the child of a fork: it has none of the threads, and a lock may never be given back.
         pa::forgetWaiters(due_);
+        requests_.forgetWaiters();
         queue_.stop();
         timer_.reset();
         return;
@@ -77,11 +79,14 @@ void MqttTransport::stop() {
     due_.notify_all();
     queue_.close();  // first: it may hold the client's thread back
     uploads_.stop();
+    requests_.waitForAnswers(answerPatience);  // what has just been sent is answered soon
     client_.stop();
+    const std::size_t unknown =
+        requests_.close();  // before: who waits may hold what the sink needs
     queue_.stop();
     timer_.reset();
-    if (const std::size_t count = requests_.close(); count > 0) {
-        handleError(2, "the link has stopped: the outcome of %zu requests is unknown", count);
+    if (unknown > 0) {
+        handleError(2, "the link has stopped: the outcome of %zu requests is unknown", unknown);
     }
     const std::lock_guard guard(lock_);
     ViewChange ignored;
@@ -176,10 +181,15 @@ bool MqttTransport::takeLevel(const ReceivedMessage& message, ViewChange& change
 
 void MqttTransport::takeAnswer(const ReceivedMessage& message) {
     const std::string correlation = message.correlation();
-    if (correlation.empty()) {
+    const Answer answer = decodeAnswer(message.payload());
+    if (!correlation.empty()) {
+        requests_.answered(correlation, answer);
+    } else if (const auto type = topics::readOperationType(answer.operation);
+               type && !answer.accepted) {
+        queue_.add(Refusal{*type, answer.requestId, answer.reason});
+    } else {
         throw MalformedMessage("no correlation data");
     }
-    requests_.answered(correlation, decodeAnswer(message.payload()));
 }
 
 /// Subscribes as the view wants it. With lock_ held.

@@ -1,11 +1,13 @@
 #include "link/mqtt/Requests.h"
 
 #include <algorithm>
+#include <exception>
 #include <iterator>
 #include <utility>
 
 #include "framework/clock.h"
 #include "framework/uuid.h"
+#include "link/waitAtMost.h"
 
 namespace palink {
 
@@ -67,6 +69,7 @@ std::size_t Requests::bytesOf(const Pending& pending) {
 }
 
 bool Requests::add(Request request) {
+    Ends ends;
     std::unique_lock guard(lock_);
     Pending pending{std::move(request), pa::monotonicMS() + limit.count() * msPerSecond};
     if (closed_ || bytes_ + bytesOf(pending) > maxBytes) {
@@ -80,8 +83,9 @@ bool Requests::add(Request request) {
     message.correlation = prefix_ + std::to_string(++count_);
     byCorrelation_.emplace(message.correlation, std::prev(pending_.end()));
     enqueue(pending_.back());
-    pump();
+    pump(ends);
     guard.unlock();
+    call(ends);
     added_();
     return true;
 }
@@ -95,7 +99,7 @@ void Requests::enqueue(Pending& pending) {
 }
 
 /// Publishes what waits, as far as it may. With lock_ held.
-void Requests::pump() {
+void Requests::pump(Ends& ends) {
     while (connected_ && !queue_.empty() && byId_.size() < maxUnacknowledged) {
         const auto found = byCorrelation_.find(queue_.front());
         if (found == byCorrelation_.end()) {
@@ -106,7 +110,13 @@ void Requests::pump() {
         const std::int64_t leftMS = place->endMS - pa::monotonicMS();
         place->request.message.expirySeconds =
             static_cast<std::uint32_t>(std::max<std::int64_t>(1, leftMS / msPerSecond));
-        place->id = publish_(place->request.message);
+        try {
+            place->id = publish_(place->request.message);
+        } catch (const std::exception&) {
+            queue_.pop_front();
+            end(place, {RequestEnd::How::Rejected, {}}, ends);
+            continue;
+        }
         if (!place->id) {
             return;  // `disconnected` follows
         }
@@ -125,6 +135,7 @@ void Requests::end(Place place, RequestEnd end, Ends& ends) {
     byCorrelation_.erase(place->request.message.correlation);
     bytes_ -= bytesOf(*place);
     pending_.erase(place);
+    ended_.notify_all();
 }
 
 void Requests::call(const Ends& ends) {
@@ -140,7 +151,7 @@ void Requests::answered(const std::string& correlation, const Answer& answer) {
         const auto found = byCorrelation_.find(correlation);
         if (found != byCorrelation_.end()) {
             end(found->second, {RequestEnd::How::Answered, answer}, ends);
-            pump();
+            pump(ends);
         }
     }
     call(ends);
@@ -164,20 +175,24 @@ void Requests::published(int id, int reasonCode) {
         } else {
             place->mayHaveArrived = true;
         }
-        pump();
+        pump(ends);
     }
     call(ends);
 }
 
 void Requests::connected() {
-    const std::lock_guard guard(lock_);
-    connected_ = true;
-    queue_.clear();
-    for (Pending& pending : pending_) {
-        pending.queued = false;
-        enqueue(pending);
+    Ends ends;
+    {
+        const std::lock_guard guard(lock_);
+        connected_ = true;
+        queue_.clear();
+        for (Pending& pending : pending_) {
+            pending.queued = false;
+            enqueue(pending);
+        }
+        pump(ends);
     }
-    pump();
+    call(ends);
 }
 
 void Requests::disconnected() {
@@ -191,6 +206,7 @@ void Requests::disconnected() {
         }
         byId_.clear();
         endThoseThatMayNotSurvive(ends);
+        ended_.notify_all();
     }
     call(ends);
 }
@@ -213,6 +229,15 @@ void Requests::lose() {
         endThoseThatMayNotSurvive(ends);
     }
     call(ends);
+}
+
+void Requests::waitForAnswers(std::chrono::milliseconds longest) {
+    std::unique_lock guard(lock_);
+    waitAtMost(ended_, guard, longest, [this] {
+        return !connected_ || std::none_of(pending_.begin(), pending_.end(), [](const auto& each) {
+            return each.request.survivesLoss;
+        });
+    });
 }
 
 std::size_t Requests::close() {
@@ -254,7 +279,7 @@ void Requests::runDue() {
                 enqueue(pending);
             }
         }
-        pump();
+        pump(ends);
     }
     call(ends);
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <chrono>
+#include <condition_variable>
 #include <cstddef>
 #include <cstdint>
 #include <deque>
@@ -12,6 +13,7 @@
 #include <unordered_map>
 #include <vector>
 
+#include "framework/fork.h"
 #include "link/mqtt/MqttMessage.h"
 #include "link/mqtt/answer.h"
 
@@ -53,7 +55,8 @@ public:
     static constexpr std::size_t maxBytes = std::size_t{16} << 20U;
     static constexpr std::size_t overhead = 512;  ///< what each counts beside its payload
 
-    /// Publishes without blocking.
+    /// Publishes without blocking. Throws when the broker cannot take such a message: the request
+    /// ends as rejected.
     /// @return the id that `published` is called with; nothing without a connection
     using Publish = std::function<std::optional<int>(const MqttMessage&)>;
 
@@ -76,6 +79,11 @@ public:
 
     /// Ends those that do not survive a loss.
     void lose();
+
+    /// Waits, at most so long, for the answers to those that survive a loss.
+    void waitForAnswers(std::chrono::milliseconds longest);
+    /// In the child of a fork, before the destructor.
+    void forgetWaiters() { pa::forgetWaiters(ended_); }
 
     /// Ends all, and takes no more until `open` is called.
     /// @return how many there were that survive a loss
@@ -103,7 +111,7 @@ private:
     using Ends = std::vector<std::pair<std::function<void(const RequestEnd&)>, RequestEnd>>;
 
     void enqueue(Pending& pending);
-    void pump();
+    void pump(Ends& ends);
     void end(Place place, RequestEnd end, Ends& ends);
     void endThoseThatMayNotSurvive(Ends& ends);
     static void call(const Ends& ends);
@@ -115,6 +123,7 @@ private:
     const std::function<void()> added_;
 
     mutable std::mutex lock_;
+    std::condition_variable ended_;  // a request, or the connection
     // Guarded by lock_.
     bool connected_ = false;
     bool closed_ = false;

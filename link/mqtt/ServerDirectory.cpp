@@ -9,21 +9,21 @@ namespace {
 
 using pa::RecordKind;
 
-/// From which server an indirect client receives the records of a kind.
-struct IndirectRow {
+/// From which server a client of a standby receives the records of a kind.
+struct KindRow {
     RecordKind kind;
-    bool fromLocal;
+    bool fromLocal;  // beside `fromActive`, only of an indirect client
     bool fromActive;
 };
 
-constexpr IndirectRow indirectRows[] = {
+constexpr KindRow kindRows[] = {
     {RecordKind::Source, true, false},        {RecordKind::Sink, true, false},
     {RecordKind::Trigger, true, false},       {RecordKind::Selector, true, false},
     {RecordKind::AttachedZones, true, false}, {RecordKind::Announcement, false, true},
     {RecordKind::Schedule, false, true},      {RecordKind::Zone, true, true},
     {RecordKind::TtsPort, false, true},       {RecordKind::TtsDictionary, false, true},
 };
-static_assert(std::size(indirectRows) == std::size(pa::recordKinds));
+static_assert(std::size(kindRows) == std::size(pa::recordKinds));
 
 std::string serverText(int dstNo) {
     return "server " + std::to_string(dstNo);
@@ -64,13 +64,20 @@ std::optional<int> ServerDirectory::active() const {
 }
 
 std::variant<Selection, std::string> ServerDirectory::select(const Destinations& wanted) const {
-    const std::optional<int> active =
-        wanted.indirect || !wanted.server ? this->active() : wanted.server;
+    const std::optional<int> given =
+        wanted.indirect ? std::optional(wanted.localServer) : wanted.server;
+    const ServerStatus* const own = given && !wanted.indirect ? find(*given) : nullptr;
+    const bool isActive = own != nullptr && own->online && own->role == ServerRole::Active;
+    std::optional<int> active = isActive ? given : this->active();
+    if (!active && !wanted.indirect) {
+        active = given;
+    }
     if (!active) {
         return "no server is active";
     }
-    const int local = wanted.indirect ? wanted.localServer : *active;
-    for (const int dstNo : {local, *active}) {
+    const int local = given.value_or(*active);
+    const int direct = wanted.indirect ? wanted.server.value_or(local) : local;
+    for (const int dstNo : {local, *active, direct}) {
         if (find(dstNo) == nullptr) {
             return "the broker knows no " + serverText(dstNo);
         }
@@ -81,12 +88,13 @@ std::variant<Selection, std::string> ServerDirectory::select(const Destinations&
     Selection selection;
     selection.local = local;
     selection.active = *active;
-    selection.direct = wanted.indirect ? wanted.server.value_or(local) : local;
+    selection.direct = direct;
     selection.indirect = wanted.indirect;
     selection.localGeneration = find(local)->generation;
     selection.activeGeneration = find(*active)->generation;
-    for (const IndirectRow& row : indirectRows) {
-        if (row.fromLocal || local == *active) {
+    for (const KindRow& row : kindRows) {
+        const bool isShared = row.fromLocal && row.fromActive && wanted.indirect;
+        if (!row.fromActive || isShared || local == *active) {
             selection.records[local].push_back(row.kind);
         }
         if (row.fromActive && local != *active) {

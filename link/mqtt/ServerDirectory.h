@@ -21,7 +21,7 @@ struct Destinations {
 
 /// Which servers a client uses now.
 struct Selection {
-    int local = 0;   ///< directly connected: operations for -2, sinks and the like
+    int local = 0;   ///< operations for -2, sinks and the like
     int active = 0;  ///< announcements, schedules
     int direct = 0;  ///< operations for -1
     bool indirect = false;

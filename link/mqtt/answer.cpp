@@ -18,6 +18,9 @@ std::string encodeAnswer(const Answer& answer) {
     if (!answer.requestId.empty()) {
         json["requestId"] = answer.requestId;
     }
+    if (!answer.operation.empty()) {
+        json["operation"] = answer.operation;
+    }
     if (!answer.result.empty()) {
         json["result"] = Json::parse(answer.result);
     }
@@ -30,6 +33,7 @@ Answer decodeAnswer(std::string_view payload) {
     answer.accepted = json.isFirst("outcome", "accepted", "refused");
     answer.reason = answer.accepted ? std::string() : json.text("reason");
     answer.requestId = json.has("requestId") ? json.text("requestId") : std::string();
+    answer.operation = json.has("operation") ? json.text("operation") : std::string();
     answer.result = json.has("result") ? jsonText(json.member("result")) : std::string();
     return answer;
 }

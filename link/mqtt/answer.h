@@ -15,6 +15,7 @@ struct Answer {
     std::string reason{};     ///< of a refusal
     std::string requestId{};  ///< of a refused operation, if it names a request
     std::string result{};     ///< JSON, empty for none
+    std::string operation{};  ///< CLASS/NUMBER of one that has failed after it was accepted
 };
 
 std::string encodeAnswer(const Answer& answer);

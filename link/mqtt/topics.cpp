@@ -161,9 +161,15 @@ std::optional<RecordTopic> readRecord(std::string_view topic) {
 }
 
 std::optional<pa::OperationType> readOperation(std::string_view topic, int dstNo) {
-    pa::OperationType type;
     Reader reader(topic);
-    reader.text(ofServer(dstNo, "/operations/")).number(type.classNo).text("/");
+    reader.text(ofServer(dstNo, "/operations/"));
+    return reader.isRead() ? readOperationType(reader.rest()) : std::nullopt;
+}
+
+std::optional<pa::OperationType> readOperationType(std::string_view text) {
+    pa::OperationType type;
+    Reader reader(text);
+    reader.number(type.classNo).text("/");
     return reader.number(type.number).isAtEnd() ? std::optional(type) : std::nullopt;
 }
 

@@ -50,6 +50,7 @@ struct RecordTopic {
 std::optional<int> readStatus(std::string_view topic);
 std::optional<RecordTopic> readRecord(std::string_view topic);
 std::optional<pa::OperationType> readOperation(std::string_view topic, int dstNo);
+std::optional<pa::OperationType> readOperationType(std::string_view text);  ///< CLASS/NUMBER
 std::optional<int> readLevelRequest(std::string_view topic, int dstNo);
 std::optional<int> readLevel(std::string_view topic, int dstNo);
 std::optional<std::string> readControl(std::string_view topic, int dstNo);  ///< the function

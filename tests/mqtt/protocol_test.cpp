@@ -100,13 +100,14 @@ void expectMalformed(Decode decode, const std::vector<std::string>& payloads) {
 
 TEST(MalformedMessageTest, WhatTheProtocolDoesNotHaveIsRefused) {
     std::vector<std::string> notJson{
-        "",         "[",           "[\"a\"",        "[\"a\",]",    "[\"a\"]\"b\"]", "[null,,null]",
+        "",         "[",           "[\"a\"",        "[\"a\",]",    "[\"a\"]]",      "[null,,null]",
         "]",        "[null null]", "[nul]",         "[null\"a\"]", "[\"a\"x\"b\"]", "[,]",
         "\xFF",     "[\"\xC3(\"]", "[\"\\ud800\"]", "{\"a\"",      R"(["\"])",      R"(["\)",
         R"(["\x"])"};
     const std::string deep(100'000, '[');
     notJson.push_back(deep + std::string(100'000, ']'));
     notJson.push_back(std::string(10'000'000, '['));
+    notJson.emplace_back("[\"a\"]\"b\"]");
     notJson.push_back(std::string("[\"a\"]\0", 6));
     for (const auto& decode : std::vector<std::function<void(std::string_view)>>{
              palink::decodeRecord, palink::decodeStatus, palink::decodeAnswer, palink::decodeLevel,

@@ -84,7 +84,7 @@ TEST_F(SecurityTest, WhoMayConnect) {
          "refused: the broker asks for a user name and a password"},
         {[&](auto& used) { used.caFile = other / "ca.crt"; }, unknown},
         {[](auto& used) { used.caFile.clear(); }, unknown},  // not one of the system's
-        {[](auto& used) { used.tls = false; },
+        {[](auto& used) { used.tls = false, used.caFile.clear(); },
          "disconnected: what answers there has closed the connection: it may not be a broker, or "
          "expect TLS"},
         {[&](auto& used) { used.port = plain.port(); },
@@ -281,6 +281,8 @@ TEST_F(SecurityTest, SecretsComeFromFilesThatNobodyElseReads) {
     EXPECT_NE(refused(made).find("cannot use the private key " + options.keyFile.string()),
               std::string::npos)
         << "without a question on the terminal";
+    options.tls = false;
+    EXPECT_EQ(refused(made), options.url() + ": authorities and certificates need mqtts://");
 }
 
 }  // namespace

@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <stdexcept>
 #include <string>
 #include <utility>
 #include <vector>
@@ -59,7 +60,7 @@ TEST(ServerDirectoryTest, TheServersInUseFollowFromConfigurationAndStatuses) {
         palink::Destinations wanted;
         const char* expected;
     } rows[] = {
-        {{3, false, 0}, "-1 to 3, -2 to 3, active 3, sinks 3, schedules 3, zones 3"},
+        {{3, false, 0}, "-1 to 3, -2 to 3, active 6, sinks 3, schedules 6, zones 6"},
         {{7, false, 0}, "the broker knows no server 7"},
         {{std::nullopt, true, 3},
          "-1 to 3, -2 to 3, active 6 indirect, sinks 3, schedules 6, zones 3 6"},
@@ -67,6 +68,7 @@ TEST(ServerDirectoryTest, TheServersInUseFollowFromConfigurationAndStatuses) {
         {{std::nullopt, true, 6},
          "-1 to 6, -2 to 6, active 6 indirect, sinks 6, schedules 6, zones 6"},
         {{std::nullopt, true, 7}, "the broker knows no server 7"},
+        {{7, true, 3}, "the broker knows no server 7"},
     };
     for (const auto& row : rows) {
         EXPECT_EQ(selected(directory, row.wanted), row.expected);
@@ -79,6 +81,8 @@ TEST(ServerDirectoryTest, TheServersInUseFollowFromConfigurationAndStatuses) {
     directory.remove(4);
     directory.remove(5);
     EXPECT_EQ(selected(directory, {std::nullopt, true, 3}), "no server is active");
+    EXPECT_EQ(selected(directory, {3, false, 0}),
+              "-1 to 3, -2 to 3, active 3, sinks 3, schedules 3, zones 3");
 }
 
 TEST(KindMirrorTest, FindsOutWhatIsMissingAndWhatIsLeftOver) {
@@ -163,10 +167,14 @@ struct RequestsTest : HostTest {
                              }});
     }
 
+    static constexpr const char* tooLarge = "too large";
     std::vector<palink::MqttMessage> sent;  // the id of a publication is its place, from 1
     std::string ends;
     palink::Requests requests{"answers",
                               [this](const palink::MqttMessage& message) {
+                                  if (message.payload == tooLarge) {
+                                      throw std::invalid_argument("too large");
+                                  }
                                   sent.push_back(message);
                                   return static_cast<int>(sent.size());
                               },
@@ -219,6 +227,20 @@ TEST_F(RequestsTest, ManyArePublishedInTheirOrderAsTheBrokerAcknowledgesThem) {
     EXPECT_FALSE(add(std::string(palink::Requests::maxBytes, 'x')));
     EXPECT_EQ(requests.close(), atOnce + 2);
     EXPECT_FALSE(add("closed"));
+}
+
+TEST_F(RequestsTest, OneThatTheBrokerCannotTakeEndsWithoutTheOthers) {
+    requests.disconnected();
+    for (const char* const payload : {"first", tooLarge, "last"}) {
+        EXPECT_TRUE(add(payload));
+    }
+    requests.connected();
+    EXPECT_TRUE(add(tooLarge));
+    EXPECT_EQ(sent.size(), 2U);
+    EXPECT_EQ(ends,
+              "too large: the broker does not take the message\n"
+              "too large: the broker does not take the message\n");
+    EXPECT_EQ(requests.size(), 2U);
 }
 
 }  // namespace

@@ -159,13 +159,11 @@ TEST_F(MqttTransportTest, AnOperationIsSentAgainOnceAfterTheBrokerHasRestarted) 
 
 TEST_F(MqttTransportTest, TheRefusalOfAServerThatHasStartedAgainIsNone) {
     startServer();
-    std::atomic<bool> hasRestarted{false};
-    server.answer = [&](const palink::ReceivedMessage&) {
-        return hasRestarted ? std::optional(palink::Answer{false, "another"}) : std::nullopt;
+    server.answer = [asked = 0](const palink::ReceivedMessage&) mutable {
+        return ++asked > 1 ? std::optional(palink::Answer{false, "another"}) : std::nullopt;
     };
     EXPECT_TRUE(transport.send(cancel("a")));
     server.steps.waitFor("\"a\"\n");
-    hasRestarted = true;
     server.status.generation = 2;
     server.put(RecordKind::Zone, 1, {"Z"});
     server.publishStatus();
@@ -175,6 +173,16 @@ TEST_F(MqttTransportTest, TheRefusalOfAServerThatHasStartedAgainIsNone) {
               "E2 operation 92/18 of request >a< to server 1: the server has started again: the "
               "outcome is unknown\n");
     EXPECT_EQ(events.steps.text().find("refusal"), std::string::npos);
+}
+
+TEST_F(MqttTransportTest, AnOperationMayFailAfterItsAnswer) {
+    startServer();
+    const std::string topic = "pa/clients/pa-0f8fad5b-d9cb-469f-a165-70867728950e/answers";
+    for (const char* const operation : {"", "108/03", "108/3"}) {
+        server.publish({topic, palink::encodeAnswer({false, "no voice", "a", "", operation})});
+    }
+    EXPECT_EQ(events.steps.waitFor("no voice\n"), "refusal 108/3 >a<: no voice\n");
+    EXPECT_EQ(transport.statistics().malformed, 2U);
 }
 
 TEST_F(MqttTransportTest, ALevelIsAskedForAsLongAsItsFeedIsSubscribed) {

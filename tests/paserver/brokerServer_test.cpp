@@ -1,4 +1,6 @@
-#include "tests/host/HostTest.h"
+#include <fstream>
+#include <thread>
+
 #include "tests/paserver/BrokerServerTest.h"
 
 namespace {
@@ -67,6 +69,12 @@ TEST_F(BrokerServerTest, KeepsTheTopicsOfItsRecords) {
     publish(left, R"(["77"])");
     EXPECT_TRUE(client.waitFor([&] { return client.countOf(left) >= before + 2; }));
     EXPECT_TRUE(client.sync());
+    for (const std::string foreign : {"[", "{}"}) {  // one more status may be due at first
+        const std::size_t statuses = client.countOf(topics::status(3));
+        publish(topics::status(3), foreign);
+        EXPECT_TRUE(
+            client.waitFor([&] { return client.countOf(topics::status(3)) >= statuses + 2; }));
+    }
 }
 
 TEST_F(BrokerServerTest, WithdrawsWhatHasEndedWhileTheBrokerWasAway) {
@@ -134,7 +142,8 @@ TEST_F(BrokerServerTest, RefusesControlMessagesThatAreMalformed) {
 TEST_F(BrokerServerTest, SurvivesWhatIsNoneOfTheProtocol) {
     start();
     const palink::ServerStatus before = client.status(3);
-    const auto good = client.operation(playMessage, playOf("request-1"));
+    const auto good = client.operation(  // without end
+        playMessage, R"("request-1",0,500,"2,ip,\"Yard\",12!0,,0^0^0")");
     const std::string deep(100'000, '[');
     const std::string large(10'000'000, 'x');
     std::vector<palink::MqttMessage> messages(10, good);
@@ -179,16 +188,54 @@ TEST_F(BrokerServerTest, LeavesItsNumberToAServerThatStartsLater) {
     paserver::BrokerServer later(same);
     EXPECT_TRUE(client.waitFor([this] { return server->hasEnded(); }));
     EXPECT_EQ(server->failure(), "another server with the number 3 has started");
+    EXPECT_TRUE(server->isReplaced());
     EXPECT_TRUE(client.waitFor([this] { return client.isActive(3) && client.isSynced(3); }));
     EXPECT_EQ(later.failure(), "");
+}
 
-    palink::ServerStatus last = client.status(3);
-    last.generation += 3'600'000;  // later than both, whichever status this is
-    client.publish({topics::status(3), palink::encodeStatus(last), 1, true});
-    until([&later] { return later.hasEnded(); });
-    client.publish({topics::level(3, 1), ""});  // arrives after what the server has published
-    EXPECT_TRUE(client.waitFor([this] { return client.countOf(topics::level(3, 1)) > 0; }));
-    EXPECT_TRUE(client.isSynced(3)) << "status and records are those of the last";
+TEST_F(BrokerServerTest, WithdrawsARecordThatTheBrokerDoesNotTake) {
+    BrokerProcess narrow(std::string(BrokerProcess::open) + "max_packet_size 1500\n");
+    BrokerObserver observer(narrow.options());
+    paserver::ServerSettings there = settings();
+    there.broker = narrow.options();
+    server = std::make_unique<paserver::BrokerServer>(there);
+    EXPECT_TRUE(observer.sync());
+    std::string quotes;  // each has 4 bytes in the operation, and more in the record
+    for (int i = 0; i < 200; ++i) {
+        quotes += R"(\\\")";
+    }
+    const std::string text = R"("",0,500,"3,0.0.0.0,Yard,\")" + quotes +
+                             R"(\",0,,startCondition,stopCondition,0,0,0,0")";
+    EXPECT_EQ(observer.ask(observer.operation(playMessage, text)), "accepted");
+    EXPECT_TRUE(observer.sync());
+    EXPECT_EQ(observer.status(3).kinds.count(RecordKind::Announcement), 0U);
+    EXPECT_EQ(server->failure(), "");
+}
+
+TEST_F(BrokerServerTest, EndsWhenItMayNotPublish) {
+    BrokerProcess closed(std::string(BrokerProcess::open) + "acl_file " +
+                         folder.write("acl", "topic read #\n") + '\n');
+    paserver::ServerSettings there = settings();
+    there.broker = closed.options();
+    server = std::make_unique<paserver::BrokerServer>(there);
+    const auto limit = std::chrono::steady_clock::now() + std::chrono::seconds(10);
+    while (!server->hasEnded() && std::chrono::steady_clock::now() < limit) {
+        std::this_thread::yield();
+    }
+    EXPECT_EQ(server->failure(), closed.options().url() +
+                                     ": the broker refuses what the server publishes (reason "
+                                     "code 135)");
+    EXPECT_FALSE(server->isReady());
+}
+
+TEST_F(BrokerServerTest, GivesTheReasonOfAPreviewThatFailsAfterItsAnswer) {
+    start();
+    std::ofstream(folder.path() / "spool3" / "pa-previews") << "in the way of the folder";
+    EXPECT_EQ(askFor(retrieveAudio, R"(request-1,en,Ann,48000,"Hello")"), "accepted");
+    const auto late = client.answerTo({});
+    ASSERT_TRUE(late);
+    EXPECT_EQ(late->requestId + ' ' + late->operation, "request-1 108/3");
+    EXPECT_NE(late->reason, "");
 }
 
 }  // namespace

@@ -47,6 +47,7 @@ TEST_F(DaemonTest, StopsWhileTheBrokerIsFrozen) {
     const auto startMS = pa::monotonicMS();
     EXPECT_EQ(process->end(SIGTERM), 0);
     EXPECT_LT(pa::monotonicMS() - startMS, 2000);
+    EXPECT_NE(process->errors().find("records may be left on the broker\n"), std::string::npos);
 }
 
 TEST_F(DaemonTest, WaitsForABrokerButNotForOneThatRefusesIt) {
@@ -82,6 +83,19 @@ TEST_F(DaemonTest, CleansUpAfterOneThatWasKilled) {
     EXPECT_EQ(part(), "");
 }
 
+TEST_F(DaemonTest, LeavesStatusAndRecordsToAServerThatReplacesIt) {
+    spawn(arguments());
+    EXPECT_TRUE(client.sync());
+    palink::ServerStatus later = client.status(3);
+    ++later.generation;
+    client.publish({palink::topics::status(3), palink::encodeStatus(later), 1, true});
+    process->end();
+    const std::string level = palink::topics::level(3, 1);
+    client.publish({level, ""});  // arrives after what the server has published
+    EXPECT_TRUE(client.waitFor([&] { return client.countOf(level) == 1; }));
+    EXPECT_TRUE(client.isSynced(3));
+}
+
 TEST_F(DaemonTest, EndsWithOneLineWhenItCannotStart) {
     const std::string url = broker.options().url();
     const std::string station = PA_STATION_DIR "/small.json";
@@ -94,6 +108,7 @@ TEST_F(DaemonTest, EndsWithOneLineWhenItCannotStart) {
         {{"--broker", "mqtt://u:secret@h", "--scenario", station}, 1, ""},
         {arguments({"--credentials", "/nowhere/c"}), 1,
          "paserver: cannot read /nowhere/c: No such file or directory\n"},
+        {arguments({"--speed", "nan"}), 1, ""},
         {{"--broker", url, "--scenario", "/nowhere/s.json"}, 2, ""},
         {arguments({"--journal", "--state", "/proc/1/none"}), 2, ""},
     };

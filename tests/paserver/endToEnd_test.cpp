@@ -3,6 +3,7 @@
 #include "client/confirmedOperations.h"
 #include "paserver/RemoteEndpoint.h"
 #include "sdk/PAController.h"
+#include "sdk/globals.h"
 #include "simserver/protocol/Refused.h"
 #include "tests/host/HostTest.h"
 #include "tests/paserver/BrokerServerTest.h"
@@ -33,6 +34,7 @@ struct RemoteClientTest : BrokerServerTest {
 TEST_F(RemoteClientTest, AnAnnouncementOfAnUploadedFileIsSeenByEveryClient) {
     open();
     EXPECT_EQ(connection.serverInfo().get_value("name"), "Small");
+    EXPECT_EQ(gDeviceIPAddress, "127.0.0.1") << "towards the broker";
     Message file;
     file.setAudioMessage(folder.writeWav("long.wav", 480'000), Message::L16_48K);
     Announcement announcement({"Yard"}, file);

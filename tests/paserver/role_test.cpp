@@ -96,18 +96,23 @@ TEST_F(TwoServersTest, AStandbyHasAnnouncementsMadeByTheActiveServer) {
     const auto putFor = [&](const std::string& activeGeneration) {
         palink::MqttMessage put = client.operation(pa::operations::putSchedule, schedule, 4);
         put.userProperties.emplace_back("activeGeneration", activeGeneration);
-        return client.ask(put);
+        return put;
     };
     EXPECT_EQ(askFor(pa::operations::putSchedule, schedule, 4), "server 3 is active")
         << "maybe it was 4 when the client asked";
-    EXPECT_EQ(putFor("1"), "the server has started again meanwhile");
-    EXPECT_EQ(putFor(std::to_string(client.status(3).generation)), "accepted");
+    const char* const startedAgain = "the server has started again meanwhile";
+    EXPECT_EQ(client.ask(putFor("1")), startedAgain);
+    const auto put = putFor(std::to_string(client.status(3).generation));
+    EXPECT_EQ(client.ask(put), "accepted");
     EXPECT_TRUE(client.waitFor(
         [&] { return client.status(3).kinds.count(pa::RecordKind::Schedule) != 0; }));
     EXPECT_EQ(client.status(4).kinds.count(pa::RecordKind::Schedule), 0U);
     EXPECT_EQ(askFor(pa::operations::attachZones, R"(9,"Yard")", 4), "accepted");
     EXPECT_NE(client.record(4, pa::RecordKind::AttachedZones, 9), "")
         << "what is no announcement it does itself";
+    server.reset();
+    EXPECT_TRUE(client.waitFor([this] { return client.isActive(4); }));
+    EXPECT_EQ(client.ask(put), startedAgain) << "3 has carried it out";
 }
 
 }  // namespace
