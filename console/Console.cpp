@@ -26,6 +26,7 @@ void execute(const Handler& handler, const Context& context) {
     } catch (const paclient::LookupError& unknown) {
         throw Failure(ExitCode::NotFound, unknown.what());
     } catch (const paclient::NotConnected& lost) {
+        interrupt::check();  // which ends the wait for an answer
         throw Failure(ExitCode::ConnectionLost, lost.what());
     } catch (const simserver::Refused& refused) {
         throw Failure(ExitCode::Refused, std::string("the server refuses: ") + refused.what());
@@ -64,7 +65,7 @@ int run(const std::vector<std::string>& words, const Streams& streams) {
         if (*failure.what() != '\0' && !out.isClosed()) {
             diagnostics.diagnostic(failure.what());
         }
-        return static_cast<int>(failure.code);
+        return static_cast<int>(interrupt::hasCome() ? ExitCode::Interrupted : failure.code);
     } catch (const std::exception& error) {
         diagnostics.diagnostic(error.what());
         return static_cast<int>(ExitCode::Usage);

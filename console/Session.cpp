@@ -1,10 +1,10 @@
 #include "console/Session.h"
 
-#include <filesystem>
 #include <system_error>
 #include <utility>
 
 #include "console/following/operate.h"
+#include "console/interrupt.h"
 #include "framework/log.h"
 #include "sdk/globals.h"
 #include "util/AtEnd.h"
@@ -27,7 +27,7 @@ std::unique_ptr<paclient::Endpoint> endpointFor(paserver::ServerChoice choice) t
     if (choice.scenario.empty()) {
         choice.scenario = defaultScenario();
     }
-    return paserver::openServer(choice, "PACONSOLE");
+    return paserver::openServer(choice, "PACONSOLE", interrupt::hasCome);
 } catch (const std::exception& error) {
     throw Failure(ExitCode::CannotConnect, error.what());
 }

@@ -52,7 +52,7 @@ void setDeviceAddress(const std::string& host) {
 }  // namespace
 
 RemoteEndpoint::RemoteEndpoint(const palink::BrokerOptions& options, std::string clientUuid,
-                               palink::Destinations destinations)
+                               palink::Destinations destinations, std::function<bool()> isAbandoned)
     : transport_(options, std::move(clientUuid), std::move(destinations)),
       control_([this](const std::string& function, const std::string& arguments) {
           try {
@@ -61,6 +61,9 @@ RemoteEndpoint::RemoteEndpoint(const palink::BrokerOptions& options, std::string
               throw paclient::NotConnected(noAnswer.what());
           }
       }) {
+    if (isAbandoned) {
+        transport_.abandonWaitsWhen(std::move(isAbandoned));
+    }
     setDeviceAddress(options.host);
 }
 

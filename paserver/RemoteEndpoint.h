@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <string>
 
 #include "client/Endpoint.h"
@@ -15,8 +16,9 @@ public:
     /// done so.
     /// @param clientUuid of this client, `AudioServer::getUUID`
     /// @throws palink::BrokerOptionsError when a file of the options cannot be used
+    /// @param isAbandoned see `MqttTransport::abandonWaitsWhen`; empty for never
     RemoteEndpoint(const palink::BrokerOptions& options, std::string clientUuid,
-                   palink::Destinations destinations = {});
+                   palink::Destinations destinations = {}, std::function<bool()> isAbandoned = {});
 
     palink::MqttTransport& transport() override { return transport_; }
 

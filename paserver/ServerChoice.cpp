@@ -1,6 +1,7 @@
 #include "paserver/ServerChoice.h"
 
 #include <stdexcept>
+#include <utility>
 
 #include "client/Calendar.h"
 #include "simserver/EmbeddedEndpoint.h"
@@ -54,7 +55,8 @@ void checkBrokerUrl(const std::string& url) try {
 namespace {
 
 std::unique_ptr<paclient::Endpoint> openRemote(const ServerChoice& choice,
-                                               const std::string& program) {
+                                               const std::string& program,
+                                               std::function<bool()> isAbandoned) {
     palink::BrokerOptions options = palink::parseBrokerUrl(choice.broker);
     options.caFile = choice.caFile;
     options.certificateFile = choice.certificateFile;
@@ -66,7 +68,7 @@ std::unique_ptr<paclient::Endpoint> openRemote(const ServerChoice& choice,
     options.password = takeVariable(program + "_PASSWORD").value_or(options.password);
     const palink::Destinations destinations{choice.dstNo, choice.indirect, choice.localDstNo};
     return std::make_unique<RemoteEndpoint>(options, paclient::audioServer().getUUID(),
-                                            destinations);
+                                            destinations, std::move(isAbandoned));
 }
 
 }  // namespace
@@ -78,7 +80,8 @@ void checkBrokerUrl(const std::string& /*url*/) {}
 namespace {
 
 std::unique_ptr<paclient::Endpoint> openRemote(const ServerChoice& choice,
-                                               const std::string& /*program*/) {
+                                               const std::string& /*program*/,
+                                               const std::function<bool()>& /*isAbandoned*/) {
     throw std::runtime_error(choice.broker + ": this program is built without brokers");
 }
 
@@ -87,8 +90,10 @@ std::unique_ptr<paclient::Endpoint> openRemote(const ServerChoice& choice,
 #endif
 
 std::unique_ptr<paclient::Endpoint> openServer(const ServerChoice& choice,
-                                               const std::string& program) {
-    return choice.broker.empty() ? openEmbedded(choice) : openRemote(choice, program);
+                                               const std::string& program,
+                                               std::function<bool()> isAbandoned) {
+    return choice.broker.empty() ? openEmbedded(choice)
+                                 : openRemote(choice, program, std::move(isAbandoned));
 }
 
 }  // namespace paserver

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <filesystem>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -38,12 +39,14 @@ struct ServerChoice {
 void checkBrokerUrl(const std::string& url);
 
 /// Opens the way to the server; connects to nothing yet.
-/// @param program the variables PROGRAM_USER and PROGRAM_PASSWORD of the environment name the user
-/// at
-///                the broker beside the file: a password is never an argument
+/// @param program     the variables PROGRAM_USER and PROGRAM_PASSWORD of the environment name the
+///                    user at the broker beside the file: a password is never an argument
+/// @param isAbandoned asked about every 50 ms by a thread that waits for an upload or an answer:
+///                    whether it waits no more
 /// @throws std::runtime_error with a text for people when a file or folder cannot be used, and for
 ///         a broker when the programs are built without that link
 std::unique_ptr<paclient::Endpoint> openServer(const ServerChoice& choice,
-                                               const std::string& program);
+                                               const std::string& program,
+                                               std::function<bool()> isAbandoned);
 
 }  // namespace paserver

@@ -143,8 +143,10 @@ void BrokerSession::configure(const MqttMessage* will) {
 
 void BrokerSession::connect(const std::string& address) {
     errno = 0;
-    check(mosquitto_connect_bind_async(client_, address.c_str(), options_.port, keepAliveSeconds,
-                                       nullptr));
+    const int result = mosquitto_connect_bind_async(client_, address.c_str(), options_.port,
+                                                    keepAliveSeconds, nullptr);
+    firstFault_ = errno == EINPROGRESS || errno == EAGAIN ? 0 : errno;
+    check(result);
 }
 
 short BrokerSession::wantedEvents() const {
@@ -174,6 +176,10 @@ bool BrokerSession::proceed(short events) {
         if (!read()) {
             return false;
         }
+        // The library tries the handshake again and again on a connection that is gone.
+        if (isHandshake && (events & (POLLHUP | POLLERR)) != 0) {
+            return fail(MOSQ_ERR_TLS);
+        }
     }
     if (mosquitto_want_write(client_) && !check(mosquitto_loop_write(client_, 1))) {
         return false;
@@ -186,6 +192,12 @@ bool BrokerSession::finishConnecting() {
     int failure = 0;
     socklen_t size = sizeof(failure);
     getsockopt(descriptor(), SOL_SOCKET, SO_ERROR, &failure, &size);
+    sockaddr_storage peer{};
+    socklen_t peerSize = sizeof(peer);
+    if (failure == 0 &&
+        getpeername(descriptor(), reinterpret_cast<sockaddr*>(&peer), &peerSize) != 0) {
+        failure = firstFault_ != 0 ? firstFault_ : errno;  // TLS has taken it from the socket
+    }
     // A connection that is reset already was there: what arrived may have the reason.
     isReached_ = failure == 0 || failure == ECONNRESET;
     errno = failure;

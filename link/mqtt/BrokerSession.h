@@ -91,6 +91,7 @@ private:
     const std::string& clientId_;
     SessionListener& listener_;
     std::optional<TlsContext> tls_;
+    int firstFault_ = 0;  // errno of what the library did when it began to connect
     bool isReached_ = false;
     bool isAccepted_ = false;
     bool isEnded_ = false;

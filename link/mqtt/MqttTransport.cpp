@@ -38,7 +38,9 @@ MqttTransport::MqttTransport(BrokerOptions options, std::string clientUuid,
       requests_(
           answerTopic_, [this](const MqttMessage& message) { return client_.publish(message); },
           [this] { wakeTimer(); }),
-      uploads_(requests_, [this] { return serverFor(&Selection::active); }),
+      uploads_(
+          requests_, [this] { return serverFor(&Selection::active); },
+          [this] { return isAbandoned_(); }),
       view_(destinations) {}
 
 MqttTransport::~MqttTransport() {
@@ -319,21 +321,24 @@ Answer MqttTransport::control(const std::string& function, const std::string& ar
     if (!dstNo) {
         throw std::runtime_error("there is no connection to the server");
     }
-    RequestEnds ends;
+    RequestEnds ends(isAbandoned_);
     MqttMessage message;
     message.topic = topics::control(*dstNo, function);
     message.payload = arguments;
     if (!requests_.add({std::move(message), true, ends.taker()})) {
         throw std::runtime_error("too much waits for the server");
     }
-    const RequestEnd end = ends.take();
-    if (end.how == RequestEnd::How::NotAllowed) {
-        return {false, end.text()};
+    const std::optional<RequestEnd> end = ends.take();
+    if (!end) {
+        throw std::runtime_error("the wait was interrupted: the outcome is unknown");
     }
-    if (end.how != RequestEnd::How::Answered) {
-        throw std::runtime_error(end.text());
+    if (end->how == RequestEnd::How::NotAllowed) {
+        return {false, end->text()};
     }
-    return end.answer;
+    if (end->how != RequestEnd::How::Answered) {
+        throw std::runtime_error(end->text());
+    }
+    return end->answer;
 }
 
 std::optional<int> MqttTransport::serverFor(int Selection::*use) const {

@@ -3,11 +3,13 @@
 #include <condition_variable>
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <memory>
 #include <mutex>
 #include <optional>
 #include <string>
+#include <utility>
 
 #include "framework/posixThread.h"
 #include "link/DeliveryQueue.h"
@@ -58,6 +60,13 @@ public:
     MqttTransport(BrokerOptions options, std::string clientUuid, Destinations destinations = {},
                   std::size_t maxBytes = defaultMaxBytes);
     ~MqttTransport() override;
+
+    /// Lets the application end uploads and waits for `control`, after a signal for example. Not
+    /// while the transport is started.
+    /// @param isAbandoned asked about every 50 ms by the threads that wait
+    void abandonWaitsWhen(std::function<bool()> isAbandoned) {
+        isAbandoned_ = std::move(isAbandoned);
+    }
 
     void start(ServerEventSink& sink) override;
     void stop() override;
@@ -110,6 +119,7 @@ private:
 
     const std::string uuid_;
     const std::string answerTopic_;
+    std::function<bool()> isAbandoned_ = [] { return false; };
     FaultReports faults_;
     RecordDecoder decoder_{faults_};
     DeliveryQueue queue_;

@@ -33,7 +33,7 @@ public:
 
     UploadResult run() {
         constexpr int pauseMS = 250;
-        while (!result_ && !uploads_.stopped_) {
+        while (!result_ && !uploads_.stopped_ && !uploads_.isAbandoned_()) {
             if (const std::optional<int> dstNo = uploads_.server_()) {
                 attempt(*dstNo);
             } else {
@@ -46,10 +46,12 @@ public:
                 sleepMS(pauseMS);
             }
         }
-        return result_.value_or(UploadResult{false, "the link was stopped"});
+        return result_.value_or(
+            UploadResult{false, uploads_.stopped_ ? "the link was stopped" : interrupted});
     }
 
 private:
+    static constexpr const char* interrupted = "it was interrupted";
     static constexpr std::int64_t limitMS = std::chrono::milliseconds(patience).count();
 
     /// Sends what the server does not have yet, until that does not succeed.
@@ -95,14 +97,16 @@ private:
         if (waiting_ == 0) {
             return;
         }
-        const RequestEnd end = ends_.take();
+        const std::optional<RequestEnd> end = ends_.take();
         --waiting_;
-        if (end.how != RequestEnd::How::Answered) {
-            giveUp(end.text());
-        } else if (!end.answer.accepted) {
-            result_ = UploadResult{false, end.answer.reason};
+        if (!end) {
+            result_ = UploadResult{false, interrupted};
+        } else if (end->how != RequestEnd::How::Answered) {
+            giveUp(end->text());
+        } else if (!end->answer.accepted) {
+            result_ = UploadResult{false, end->answer.reason};
         } else {
-            takeProgress(end.answer.result);
+            takeProgress(end->answer.result);
         }
     }
 
@@ -130,7 +134,7 @@ private:
     LocalFile file_;
     const std::string begin_;
     const std::string id_ = newUploadId();
-    RequestEnds ends_;
+    RequestEnds ends_{uploads_.isAbandoned_};
     int waiting_ = 0;           // for an answer
     bool isBroken_ = false;     // this attempt
     std::int64_t offset_ = -1;  // how much the server has; -1 before it has answered
@@ -139,8 +143,9 @@ private:
     std::optional<UploadResult> result_;
 };
 
-Uploads::Uploads(Requests& requests, std::function<std::optional<int>()> server)
-    : requests_(requests), server_(std::move(server)) {}
+Uploads::Uploads(Requests& requests, std::function<std::optional<int>()> server,
+                 std::function<bool()> isAbandoned)
+    : requests_(requests), server_(std::move(server)), isAbandoned_(std::move(isAbandoned)) {}
 
 UploadResult Uploads::upload(const std::string& localPath, const std::string& serverPath) try {
     return Upload(*this, localPath, serverPath).run();

@@ -17,9 +17,11 @@ public:
     /// How long an upload goes on without progress.
     static constexpr std::chrono::seconds patience{30};
 
-    /// @param requests must outlive this
-    /// @param server   gives the destination number of the server; nothing while there is none
-    Uploads(Requests& requests, std::function<std::optional<int>()> server);
+    /// @param requests    must outlive this
+    /// @param server      gives the destination number of the server; nothing while there is none
+    /// @param isAbandoned asked often by the thread that uploads: whether the upload is to end
+    Uploads(Requests& requests, std::function<std::optional<int>()> server,
+            std::function<bool()> isAbandoned);
 
     /// Sends a file and waits for the result.
     UploadResult upload(const std::string& localPath, const std::string& serverPath);
@@ -33,6 +35,7 @@ private:
 
     Requests& requests_;
     const std::function<std::optional<int>()> server_;
+    const std::function<bool()> isAbandoned_;
     std::atomic<bool> stopped_{false};
 };
 

@@ -76,6 +76,8 @@ TEST_F(SecurityTest, WhoMayConnect) {
     EXPECT_EQ(outcome(right), "connected");
 
     const BrokerProcess plain;
+    BrokerProcess gone;
+    gone.kill();
     const char* const unknown = "refused: the broker's certificate is of an unknown authority";
     const std::pair<std::function<void(palink::BrokerOptions&)>, const char*> rows[] = {
         {[](auto& used) { used.password = "wrong"; },
@@ -89,6 +91,8 @@ TEST_F(SecurityTest, WhoMayConnect) {
          "expect TLS"},
         {[&](auto& used) { used.port = plain.port(); },
          "disconnected: what answers there does not speak TLS"},
+        {[&](auto& used) { used.port = gone.port(); },
+         "disconnected: cannot connect: Connection refused"},
     };
     for (const auto& [change, expected] : rows) {
         palink::BrokerOptions changed = right;

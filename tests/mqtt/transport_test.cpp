@@ -6,6 +6,7 @@
 #include "link/mqtt/MqttTransport.h"
 #include "link/mqtt/uploadMessages.h"
 #include "tests/mqtt/MqttLinkTest.h"
+#include "tests/support/thrownBy.h"
 
 namespace {
 
@@ -257,13 +258,15 @@ TEST_F(MqttTransportTest, AnUploadGoesOnWhereItWasWhenTheConnectionWasLost) {
     EXPECT_EQ(uploads.begin.name, "/home/pa/tmp/a.wav");
 }
 
-TEST_F(MqttTransportTest, AnUploadThatIsRefusedOrMakesNoProgressEnds) {
+TEST_F(MqttTransportTest, AnUploadThatIsRefusedAbandonedOrMakesNoProgressEnds) {
     const TestFolder folder;
     const std::string file = folder.write("a.wav", "test");
     const std::int64_t startMS = nowMS;
     EXPECT_EQ(transport.upload(file, "/a").reason,
               "no progress for 30 s: no connection to the server");
     EXPECT_LE(nowMS, startMS + 31'000);
+    std::atomic<bool> isAbandoned{false};
+    transport.abandonWaitsWhen([&] { return isAbandoned.load(); });
     startServer();
     server.answer = [](const palink::ReceivedMessage&) {
         return palink::Answer{false, "no space", "", ""};
@@ -274,6 +277,14 @@ TEST_F(MqttTransportTest, AnUploadThatIsRefusedOrMakesNoProgressEnds) {
     EXPECT_NE(server.steps.text().find(
                   "9f86d081884c7d659a2feaa0c55ad015a3bf4f1b2b0b822cd15d6c15b0f00a08"),
               std::string::npos);
+    server.answer = [&](const palink::ReceivedMessage&) {
+        isAbandoned = true;
+        return std::optional<palink::Answer>();
+    };
+    EXPECT_EQ(transport.upload(file, "/a").reason, "it was interrupted");
+    EXPECT_EQ(thrownBy<std::runtime_error>([&] { transport.control("restart", "{}"); }),
+              "the wait was interrupted: the outcome is unknown");
+    server.endAnswering();
 }
 
 }  // namespace
