@@ -1,3 +1,5 @@
+#include <atomic>
+#include <memory>
 #include <set>
 #include <stdexcept>
 #include <thread>
@@ -265,8 +267,8 @@ TEST_F(MqttTransportTest, AnUploadThatIsRefusedAbandonedOrMakesNoProgressEnds) {
     EXPECT_EQ(transport.upload(file, "/a").reason,
               "no progress for 30 s: no connection to the server");
     EXPECT_LE(nowMS, startMS + 31'000);
-    std::atomic<bool> isAbandoned{false};
-    transport.abandonWaitsWhen([&] { return isAbandoned.load(); });
+    const auto isAbandoned = std::make_shared<std::atomic<bool>>(false);  // outlives the test
+    transport.abandonWaitsWhen([isAbandoned] { return isAbandoned->load(); });
     startServer();
     server.answer = [](const palink::ReceivedMessage&) {
         return palink::Answer{false, "no space", "", ""};
@@ -277,14 +279,13 @@ TEST_F(MqttTransportTest, AnUploadThatIsRefusedAbandonedOrMakesNoProgressEnds) {
     EXPECT_NE(server.steps.text().find(
                   "9f86d081884c7d659a2feaa0c55ad015a3bf4f1b2b0b822cd15d6c15b0f00a08"),
               std::string::npos);
-    server.answer = [&](const palink::ReceivedMessage&) {
-        isAbandoned = true;
+    server.answer = [isAbandoned](const palink::ReceivedMessage&) {
+        *isAbandoned = true;
         return std::optional<palink::Answer>();
     };
     EXPECT_EQ(transport.upload(file, "/a").reason, "it was interrupted");
     EXPECT_EQ(thrownBy<std::runtime_error>([&] { transport.control("restart", "{}"); }),
               "the wait was interrupted: the outcome is unknown");
-    server.endAnswering();
 }
 
 }  // namespace
