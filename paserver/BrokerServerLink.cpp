@@ -63,8 +63,11 @@ void BrokerServer::onPublished(int id, int reasonCode) {
         const std::string text = settings_.broker.url() +
                                  ": the broker refuses what the server publishes (reason code " +
                                  std::to_string(reasonCode) + ")";
-        const bool isPermanent = isFirstStatus && reasonCode == notAuthorized;
-        isPermanent ? fail(text) : handleError(3, "%s", text.c_str());
+        if (isFirstStatus && reasonCode == notAuthorized) {
+            fail(text);
+        } else {
+            handleError(3, "%s", text.c_str());
+        }
     }
 }
 

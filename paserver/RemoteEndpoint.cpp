@@ -78,7 +78,7 @@ std::optional<paclient::LinkReport> RemoteEndpoint::report() const {
     report.requests = link.requests;
     report.queued = link.queued;
     report.unanswered = link.unanswered;
-    report.dropped = link.malformed + link.leftBehind;
+    report.dropped = link.malformed + link.outdated;
     report.fetchedAgain = link.fetches;
     return report;
 }

@@ -384,7 +384,7 @@ MqttStatistics MqttTransport::statistics() const {
     statistics.synced = view_.isSynced();
     statistics.sinceMS = view_.sinceMS();
     statistics.unanswered = unanswered_;
-    statistics.leftBehind = view_.leftBehind();
+    statistics.outdated = view_.outdated();
     statistics.fetches = view_.fetches();
     return statistics;
 }

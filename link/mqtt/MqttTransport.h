@@ -37,7 +37,7 @@ struct MqttStatistics {
     std::size_t queued = 0;        ///< events that wait to be delivered
     std::uint64_t unanswered = 0;  ///< requests whose outcome is unknown
     std::uint64_t malformed = 0;   ///< messages that were dropped
-    std::uint64_t leftBehind = 0;  ///< records of older generations that were dropped
+    std::uint64_t outdated = 0;    ///< records of older generations that were dropped
     std::uint64_t fetches = 0;     ///< how often records were fetched again
 };
 

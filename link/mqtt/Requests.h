@@ -23,7 +23,7 @@ namespace palink {
 struct RequestEnd {
     enum class How {
         Answered,
-        NoServer,    ///< the broker has nobody to pass it to
+        NoServer,    ///< no client of the broker receives it
         NotAllowed,  ///< the broker does not let this client ask
         Rejected,    ///< the broker does not take it for another reason
         Unanswered,  ///< no answer in time: whether it was carried out is unknown
@@ -82,6 +82,7 @@ public:
 
     /// Waits, at most so long, for the answers to those that survive a loss.
     void waitForAnswers(std::chrono::milliseconds longest);
+
     /// In the child of a fork, before the destructor.
     void forgetWaiters() { pa::forgetWaiters(ended_); }
 

@@ -187,7 +187,7 @@ void ServerView::takeRecord(const topics::RecordTopic& topic, std::string_view p
     }
     if (const std::int64_t number = readGeneration(generation); number != server.generation) {
         // One of a newer generation arrives again when its status has arrived.
-        leftBehind_ += number < server.generation ? 1 : 0;
+        outdated_ += number < server.generation ? 1 : 0;
         return;
     }
     server.messageMS = pa::monotonicMS();

@@ -79,7 +79,7 @@ public:
     [[nodiscard]] std::int64_t sinceMS() const;
 
     [[nodiscard]] std::uint64_t fetches() const { return fetches_; }  ///< beyond the first
-    [[nodiscard]] std::uint64_t leftBehind() const { return leftBehind_; }
+    [[nodiscard]] std::uint64_t outdated() const { return outdated_; }
 
 private:
     struct Server {
@@ -116,7 +116,7 @@ private:
     std::int64_t agreesSinceMS_ = 0;  // since when agrees_ is as it is
     std::int64_t syncedSinceMS_ = 0;
     std::uint64_t fetches_ = 0;
-    std::uint64_t leftBehind_ = 0;
+    std::uint64_t outdated_ = 0;
 };
 
 }  // namespace palink

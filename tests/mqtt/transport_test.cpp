@@ -81,7 +81,7 @@ TEST_F(MqttTransportTest, RecordsOfAnotherGenerationThanTheStatusHasAreNotUsed) 
     server.status.generation = 5;
     server.publishRecord(RecordKind::Zone, 8, R"(["left behind"])", 4);
     startServer();
-    EXPECT_EQ(transport.statistics().leftBehind, 1U);
+    EXPECT_EQ(transport.statistics().outdated, 1U);
     server.answer = [](const palink::ReceivedMessage&) { return std::nullopt; };
     EXPECT_TRUE(transport.requestRoundTrip(1));
     server.status.generation = 6;
