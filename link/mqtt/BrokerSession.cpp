@@ -196,7 +196,7 @@ bool BrokerSession::finishConnecting() {
     socklen_t peerSize = sizeof(peer);
     if (failure == 0 &&
         getpeername(descriptor(), reinterpret_cast<sockaddr*>(&peer), &peerSize) != 0) {
-        failure = firstFault_ != 0 ? firstFault_ : errno;  // TLS has taken it from the socket
+        failure = firstFault_;  // TLS has taken it from the socket; 0: the peer has closed it
     }
     // A connection that is reset already was there: what arrived may have the reason.
     isReached_ = failure == 0 || failure == ECONNRESET;
