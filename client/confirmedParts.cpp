@@ -16,7 +16,7 @@ Wait shortened(const Wait& wait) {
     return result;
 }
 
-Confirmation confirmGain(ConfirmedRequest request, bool isFlagged, const Wait& wait) {
+Confirmation confirmGain(const ConfirmedRequest& request, bool isFlagged, const Wait& wait) {
     if (!isFlagged || !request.holds()) {
         return confirm(request, wait);
     }

@@ -30,6 +30,6 @@ std::string sentDigits(double level);
 Wait shortened(const Wait& wait);
 
 /// @param isFlagged whether the server is asked for more than the level, which nothing reports
-Confirmation confirmGain(ConfirmedRequest request, bool isFlagged, const Wait& wait);
+Confirmation confirmGain(const ConfirmedRequest& request, bool isFlagged, const Wait& wait);
 
 }  // namespace paclient

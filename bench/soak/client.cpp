@@ -226,6 +226,7 @@ void work(const std::string& url, int number) {
     connection.open({30s});
     Gate gate;
     std::vector<std::thread> workers;
+    workers.reserve(threads);
     for (int i = 0; i < threads; ++i) {
         workers.emplace_back([&, i] { Worker(number, i, connection).run(gate); });
     }

@@ -47,7 +47,7 @@ HostLookup::Result lookUp(const std::string& host) {
 
 }  // namespace
 
-HostLookup::HostLookup(std::string host, std::shared_ptr<WakeUp> wake)
+HostLookup::HostLookup(std::string host, const std::shared_ptr<WakeUp>& wake)
     : state_(std::make_shared<State>()) {
     pa::PosixThread thread("mqtt-lookup", [state = state_, host = std::move(host), wake] {
         Result result = lookUp(host);

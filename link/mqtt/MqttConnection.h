@@ -54,6 +54,8 @@ private:
     void onAcknowledged(int id, int reasonCode) override;
     void onSubscribed(int id, const std::vector<int>& reasonCodes) override;
 
+    class CurrentSession;
+
     void run();
     ConnectionEnd connectOnce();
     std::vector<std::string> addresses(ConnectionEnd& end);
