@@ -76,7 +76,6 @@ void unquote(std::string_view text, std::string& plain) {
 }
 
 void splitQuoted(std::string_view text, char separator, Tokens& tokens) {
-    const char ends[] = {separator, '"', '\\', '\0'};
     std::size_t count = 0;
     bool inQuotes = false;
     const auto add = [&]() -> std::string& {
@@ -94,7 +93,11 @@ void splitQuoted(std::string_view text, char separator, Tokens& tokens) {
                 text.remove_prefix(1);
             }
         }
-        const std::size_t end = std::min(text.find_first_of(ends), text.size());
+        std::size_t end = 0;
+        while (end < text.size() && text[end] != separator && text[end] != '"' &&
+               text[end] != '\\') {
+            ++end;
+        }
         token->append(text, 0, end);
         text.remove_prefix(end);
         if (text.empty()) {

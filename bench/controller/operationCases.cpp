@@ -79,12 +79,15 @@ public:
     }
     PlainText& quoted(std::string_view text, int depth) {
         quote(depth);
-        for (std::size_t end = 0; (end = text.find_first_of("\"\\")) != std::string_view::npos;) {
-            plain(text.substr(0, end));
-            text_.append((std::size_t{2} << depth) - 1, '\\');
-            text_ += text[end];
-            text.remove_prefix(end + 1);
+        std::size_t begin = 0;
+        for (std::size_t i = 0; i < text.size(); ++i) {
+            if (text[i] == '"' || text[i] == '\\') {
+                plain(text.substr(begin, i - begin));
+                text_.append((std::size_t{2} << depth) - 1, '\\');
+                begin = i;
+            }
         }
+        text.remove_prefix(begin);
         return plain(text).quote(depth);
     }
     /// @param append called for each value
