@@ -22,21 +22,29 @@ std::string platform(int key) {
     return "Platform " + std::to_string(1 + key % 12);
 }
 
-}  // namespace
-
-pa::RecordFields SourceKind::fields(int key, int version) {
+simserver::Source sourceOf(int key, int version) {
     simserver::Source source;
     source.id = key;
     source.location = "Control room, desk " + std::to_string(1 + key % 40);
     source.label = "Paging \"" + platform(key) + '"';
     source.ipAddress = "10.20.1.11";
-    source.type = 2;
+    source.type = PaSource::ZENTRIQ_IP_PAGING_STATION;
     source.subAddress = "in " + std::to_string(1 + key % 4);
     source.inputGain = -12.5;
     if (version != 0) {
         source.attachedZones = {platform(key)};
     }
-    return simserver::sourceRecord(source, "", dstNo);
+    return source;
+}
+
+}  // namespace
+
+pa::RecordFields SourceKind::fields(int key, int version) {
+    return simserver::sourceRecord(sourceOf(key, version), "", dstNo);
+}
+
+pa::RecordFields SourceKind::fieldsOfLocked(int key, const std::string& holder) {
+    return simserver::sourceRecord(sourceOf(key, 0), holder, dstNo);
 }
 
 pa::RecordFields SinkKind::fields(int key, int version) {

@@ -29,6 +29,8 @@ struct SourceKind {
     static constexpr Follows observers = Follows::OnChange;
     static constexpr Follows event = Follows::Always;
     static pa::RecordFields fields(int key, int version);
+    /// @param holder UUID of the client that holds its lock
+    static pa::RecordFields fieldsOfLocked(int key, const std::string& holder);
     static void handle(PAController& controller, int key, TEVlist* list) {
         controller.addUpdatePaSource(key, list);
     }

@@ -1,7 +1,7 @@
 // What an operation costs, from the call until it is queued, beside the same text that is appended
 // to one reserved string and pushed under a mutex.
+#include <algorithm>
 #include <benchmark/benchmark.h>
-#include <charconv>
 #include <condition_variable>
 #include <deque>
 #include <mutex>
@@ -9,6 +9,7 @@
 #include <string_view>
 #include <utility>
 
+#include "bench/controller/PlainText.h"
 #include "bench/controller/cases.h"
 #include "bench/controller/kinds.h"
 #include "framework/clock.h"
@@ -21,24 +22,31 @@ namespace bench {
 
 namespace {
 
-/// Takes everything that waits in the send queue.
+/// Takes what waits in the send queue, and counts the operations of one type: the controller's
+/// worker renews locks by itself.
 class QueueReader final : public pa::OperationSender {
 public:
     bool sendOperation(const pa::Operation& operation) override {
         const std::lock_guard guard(lock_);
-        last_ = operation.payload;
-        ++count_;
-        changed_.notify_all();
+        if (operation.type == type_) {
+            last_ = operation.payload;
+            ++count_;
+            changed_.notify_all();
+        }
         return true;
     }
 
-    /// Waits until so many operations have come.
+    /// Waits until so many operations of the type have come.
     /// @return the payload of the last one
-    std::string take(int operations) {
+    std::string take(pa::OperationType type, int operations) {
+        {
+            const std::lock_guard guard(lock_);
+            type_ = type;
+            count_ = 0;
+        }
         gQXReceiver.connect(*this);
         std::unique_lock guard(lock_);
         changed_.wait(guard, [&] { return count_ >= operations; });
-        count_ -= operations;
         guard.unlock();
         gQXReceiver.pause();
         return last_;
@@ -47,69 +55,9 @@ public:
 private:
     std::mutex lock_;
     std::condition_variable changed_;
+    pa::OperationType type_;
     int count_ = 0;
     std::string last_;
-};
-
-/// A text that is appended piece by piece to one reserved string, quotes inside of quotes included.
-class PlainText {
-public:
-    explicit PlainText(std::size_t size) { text_.reserve(size); }
-
-    PlainText& number(long long value) {
-        char digits[24];
-        text_.append(digits, std::to_chars(digits, std::end(digits), value).ptr);
-        return *this;
-    }
-    PlainText& decimal(double value) {
-        char digits[32];
-        constexpr auto format = std::chars_format::general;
-        text_.append(digits, std::to_chars(digits, std::end(digits), value, format, 6).ptr);
-        return *this;
-    }
-    PlainText& plain(std::string_view text) {
-        text_ += text;
-        return *this;
-    }
-    /// @param depth in how many quoted texts the place is
-    PlainText& quote(int depth) {
-        text_.append((std::size_t{1} << depth) - 1, '\\');
-        text_ += '"';
-        return *this;
-    }
-    PlainText& quoted(std::string_view text, int depth) {
-        quote(depth);
-        std::size_t begin = 0;
-        for (std::size_t i = 0; i < text.size(); ++i) {
-            if (text[i] == '"' || text[i] == '\\') {
-                plain(text.substr(begin, i - begin));
-                text_.append((std::size_t{2} << depth) - 1, '\\');
-                begin = i;
-            }
-        }
-        text.remove_prefix(begin);
-        return plain(text).quote(depth);
-    }
-    /// @param append called for each value
-    template <class Values, class Append>
-    PlainText& list(const Values& values, char between, Append append) {
-        bool isFirst = true;
-        for (const auto& value : values) {
-            if (!std::exchange(isFirst, false)) {
-                text_ += between;
-            }
-            append(value);
-        }
-        return *this;
-    }
-    PlainText& zones(const std::vector<std::string>& ids, int depth) {
-        return list(ids, '^', [&](const std::string& id) { quoted(id, depth); });
-    }
-
-    [[nodiscard]] std::string result() { return std::move(text_); }
-
-private:
-    std::string text_;
 };
 
 class PlainQueue {
@@ -130,57 +78,54 @@ private:
     std::deque<Waiting> waiting_;
 };
 
-/// What the operations are requested of.
-struct Requester {
-    PaSource source;
-    PaSink sink;
-    std::vector<std::string> zones{"Platform 1/North", "Platform 1/South", "Concourse/Ticket Hall"};
-    ScheduleDefinition schedule;
-    int trigger = 0;
-    std::size_t payloadSize = 0;  // of the operation at hand
-};
-
 constexpr char origin[] = "10.20.1.5";
+constexpr char requestId[] = "3f2b8c1e-5d47-4a90-9c1b-000000000001";
+constexpr char scheduleText[] = "Early trains";
+constexpr char spokenText[] = "The train to \"Linz\" leaves at 10:25";
+constexpr char language[] = "en-GB";
+constexpr char voice[] = "Emma";
+constexpr char screen[] = "Departures";
+constexpr char recordingPath[] = "/recordings/desk 1/notice.wav";
+constexpr double gain = -3.5;
 constexpr int freeSource = 1;
 constexpr int ownSource = 2;  // this client holds its lock
 
-struct OperationRow {
-    const char* name;
-    void (*request)(Requester& from, Message& message);
-    std::string (*encode)(const Requester& from, const Message& message);  // the reference
-    double wantedRatio = 0;
+/// What the messages hold.
+struct PlainMessage {
+    std::string requestId = bench::requestId;
+    int mode = 0;
+    int level = 500;
+    int repeats = 1;
+    int preChime = 0;
+    int postChime = 0;
+    double gain = bench::gain;
+    int validity = 30;
 };
 
-const std::string requestId = "3f2b8c1e-5d47-4a90-9c1b-000000000001";
-const std::vector<unsigned> items = {12, 40, 7};
-constexpr double gain = -3.5;
-
-Message dictionaryMessage() {
-    Message message;
-    message.setRequestID(requestId);
-    message.setAudioMessage(items);
-    message.setGain(gain);
-    return message;
-}
-
-std::string encodedPlay(const Requester& from, const Message& message) {
-    PlainText text(from.payloadSize);
-    text.quoted(requestId, 0).plain(",0,").number(message.getPriority().level);
-    text.plain(",").quote(0).number(message.getAudioMessageType()).plain(",").plain(origin);
-    text.plain(",").zones(from.zones, 1).plain(",");
-    text.list(items, '^', [&](unsigned item) { text.number(item); });
-    text.plain("!").number(message.getRepeatCnt()).plain(",").decimal(gain);
-    text.plain(",").number(message.getPreChime()).plain("^").number(message.getPostChime());
-    return text.plain("^0").quote(0).result();
-}
-
-const OperationRow operationRows[] = {
-    {"play dictionary items",
-     [](Requester& from, Message& message) { message.playAnnouncement(from.zones); }, encodedPlay,
-     1.6},
+/// What the operations are requested of, and what the references write.
+struct Requester {
+    std::string uuid;  // of this client
+    PaSource source;
+    PaSink sink;
+    PaSink unit;  // one that can be reset
+    std::vector<std::string> zones{"Platform 1/North", "Platform 1/South", "Concourse/Ticket Hall"};
+    std::vector<unsigned> items{12, 40, 7};
+    ScheduleDefinition schedule;
+    std::string scheduleUUID;  // of the request at hand
+    int trigger = 0;
+    PlainMessage plain;
+    Message dictionary;
+    Message spoken;
+    Message display;
 };
 
-constexpr int perRound = 1000;
+void addKnown(PAController::MergeResult (PAController::*merge)(int, TEVlist*), int key,
+              pa::RecordFields fields) {
+    pa::RecordList list(std::move(fields));
+    if ((gPaController.*merge)(key, list.list()) == PAController::MergeResult::Dropped) {
+        throw std::runtime_error("a record was dropped");
+    }
+}
 
 /// Puts the controller into a state in which every operation is sent.
 Requester makeRequester() {
@@ -193,19 +138,234 @@ Requester makeRequester() {
     pa::store(gAudioServerInstance, &audioServer);
     pa::store(gLocalDstNo, 1);
     pa::store(gMaxServerWaitTimeSeconds, 0);
-    return {};
+
+    Requester from;
+    from.uuid = audioServer.getUUID();
+    addKnown(&PAController::mergePaSource, freeSource, SourceKind::fields(freeSource, 0));
+    addKnown(&PAController::mergePaSource, ownSource,
+             SourceKind::fieldsOfLocked(ownSource, from.uuid));
+    addKnown(&PAController::mergeSchedule, 1, ScheduleKind::fields(1, 0));
+    pa::RecordList port(TtsPortKind::fields(1, 0));
+    gPaController.updateFromTTS_Ports(1, port.list());
+    from.source = gPaController.findPaSource(freeSource).value();
+    from.sink.id = 17;
+    from.sink.type = PaSink::HIGH_IMPEDANCE_SPEAKER_BUS;
+    from.unit.id = 18;
+    from.unit.type = PaSink::ZENTRIQ_KPL2;
+    from.schedule.Id = 1;
+    from.schedule.descrption = scheduleText;
+    from.schedule.startYear = from.schedule.endYear = 2026;
+    from.schedule.startMonth = from.schedule.endMonth = 12;
+    from.schedule.startDay = 1;
+    from.schedule.endDay = 31;
+    from.schedule.endHour = 23;
+    from.schedule.dayMask = 127;
+    from.schedule.paZones = from.zones;
+    from.schedule.announcementType = AT_TEV;
+    from.schedule.dictionaryItems = from.items;
+    from.trigger = gPaController.createSwPaTrigger(freeSource, 50, "3", "Staff call");
+    for (Message* const message : {&from.dictionary, &from.spoken, &from.display}) {
+        message->setRequestID(requestId);
+        message->setGain(gain);
+    }
+    from.dictionary.setAudioMessage(from.items);
+    from.spoken.setAudioMessage(spokenText, language, voice, Message::UTF_8);
+    from.display.setVisualMessage(screen, {{"LINE", {{"Linz", 5}}}}, 30);
+    return from;
 }
 
-/// Compares two ways to queue operations; `queue` has queued so many before.
-ResultRow queueRow(const RunSettings& settings, const std::string& what,
+// ------------------------------------------------------------------------------- references
+
+PlainText& appendZones(PlainText& text, const Requester& from, int depth) {
+    return text.list(from.zones, '^', [&](const std::string& id) { text.quoted(id, depth); });
+}
+
+PlainText& appendItems(PlainText& text, const Requester& from) {
+    text.list(from.items, '^', [&](unsigned item) { text.number(item); });
+    return text.plain("!").number(from.plain.repeats);
+}
+
+void encodeZones(PlainText& text, const Requester& from) {
+    text.number(freeSource).plain(",");
+    appendZones(text, from, 0);
+}
+
+/// @param appendContent called with the text
+template <class Append>
+void encodePlay(PlainText& text, const Requester& from, int type, Append appendContent) {
+    const PlainMessage& message = from.plain;
+    text.quoted(message.requestId, 0).plain(",").number(message.mode).plain(",");
+    text.number(message.level).plain(",").quote(0).number(type).plain(",").plain(origin).plain(",");
+    appendZones(text, from, 1).plain(",");
+    appendContent(text);
+    text.plain(",").decimal(message.gain).plain(",").number(message.preChime).plain("^");
+    text.number(message.postChime).plain("^0").quote(0);
+}
+
+void encodePlayOfItems(PlainText& text, const Requester& from) {
+    encodePlay(text, from, Message::DICTIONARY, [&](PlainText& to) { appendItems(to, from); });
+}
+
+void encodePlayOfText(PlainText& text, const Requester& from) {
+    encodePlay(text, from, Message::TTS, [](PlainText& to) {
+        to.quote(1).plain(language).plain("^").plain(voice).plain("^").number(48'000).plain("^");
+        to.quoted(spokenText, 2).quote(1);
+    });
+}
+
+void encodePlayOfDisplay(PlainText& text, const Requester& from) {
+    encodePlay(text, from, Message::DISPLAY_TEMPLATE, [&from](PlainText& to) {
+        const auto variable = [&to](const char* key, const char* value, int timeout) {
+            to.plain(" ").quoted(key, 2).plain(" : { ").quoted("type", 2).plain(" : ");
+            to.quoted("literal", 2).plain(", ").quoted("values", 2).plain(" : [ { ");
+            to.quoted("text", 2).plain(" : ").quoted(value, 2).plain(", ").quoted("timeout", 2);
+            to.plain(" : ").number(timeout).plain("} ] }");
+        };
+        to.quote(1).plain("{ ").quoted("kvPairs", 2).plain(" : {");
+        variable("LINE", "Linz", 5);
+        to.plain(",");
+        variable("{SCREEN}", screen, 0);
+        to.plain(" }, ")
+            .quoted("validity", 2)
+            .plain(" : ")
+            .number(from.plain.validity)
+            .plain(" }")
+            .quote(1);
+    });
+}
+
+void encodeSchedule(PlainText& text, const Requester& from) {
+    const ScheduleDefinition& def = from.schedule;
+    text.number(def.Id).plain(",").quote(0).plain(from.scheduleUUID).plain("~");
+    text.quoted(scheduleText, 1).quote(0).plain(",");
+    for (const int value :
+         {def.startYear, def.startMonth, def.startDay, def.startHour, def.startMinute, def.endYear,
+          def.endMonth, def.endDay, def.endHour, def.endMinute, def.dayMask, def.frequency}) {
+        text.number(value).plain(",");
+    }
+    text.plain("1,").quoted("", 0).plain(",0,500,").quote(0);
+    text.number(AT_TEV).plain(",").plain(origin).plain(",");
+    appendZones(text, from, 1).plain(",");
+    appendItems(text, from).plain(",,").quote(0);
+}
+
+void encodeGain(PlainText& text, int id) {
+    text.number(id).plain(",").decimal(gain).plain(",1,0");
+}
+
+void encodeLock(PlainText& text, const Requester& from, int source) {
+    text.number(source).plain(",").plain(from.uuid);
+}
+
+struct OperationRow {
+    const char* name;
+    pa::OperationType type;
+    void (*request)(Requester& from, Message& message);
+    void (*encode)(PlainText& text, const Requester& from);
+    Message Requester::*message = nullptr;  // what is played
+    double wantedRatio = 0;
+};
+
+namespace operations = pa::operations;
+
+// A cast to void leaves a result out: without a server there is none.
+const OperationRow operationRows[] = {
+    {"play dictionary items", operations::playMessage,
+     [](Requester& from, Message& message) { message.playAnnouncement(from.zones); },
+     encodePlayOfItems, &Requester::dictionary, 1.6},
+    {"play a spoken text", operations::playMessage,
+     [](Requester& from, Message& message) { message.playAnnouncement(from.zones); },
+     encodePlayOfText, &Requester::spoken},
+    {"play a display template", operations::playMessage,
+     [](Requester& from, Message& message) { message.playAnnouncement(from.zones); },
+     encodePlayOfDisplay, &Requester::display},
+    {"cancel by request", operations::cancelMessage,
+     [](Requester&, Message&) { gPaController.cancelMessage(std::string(requestId)); },
+     [](PlainText& text, const Requester&) { text.quoted(requestId, 0); }},
+    {"cancel by type", operations::cancelMessage,
+     [](Requester&, Message&) { gPaController.cancelMessage(Message::TTS); },
+     [](PlainText& text, const Requester&) { text.quoted("", 0).plain(",").number(Message::TTS); }},
+    {"retrieve a spoken text", operations::retrieveAudio,
+     [](Requester&, Message& message) { message.retrieveAudioMessage(); },
+     [](PlainText& text, const Requester&) {
+         text.plain(requestId).plain(",").plain(language).plain(",").plain(voice).plain(",");
+         text.number(48'000).plain(",").quoted(spokenText, 0);
+     },
+     &Requester::spoken},
+    {"put a schedule, with a new UUID", operations::putSchedule,
+     [](Requester& from, Message&) { gPaController.createSchedule(from.schedule); },
+     encodeSchedule},
+    {"delete a schedule", operations::deleteSchedule,
+     [](Requester&, Message&) { gPaController.deleteSchedule(1); },
+     [](PlainText& text, const Requester&) { text.number(1); }},
+    {"attach a source", operations::attachSource,
+     [](Requester&, Message&) { static_cast<void>(gPaController.attachPaSource(freeSource)); },
+     [](PlainText& text, const Requester& from) { encodeLock(text, from, freeSource); }},
+    {"detach a source", operations::detachSource,
+     [](Requester&, Message&) { gPaController.detachPaSource(ownSource); },
+     [](PlainText& text, const Requester& from) { encodeLock(text, from, ownSource); }},
+    {"renew a lock", operations::renewLock,
+     [](Requester&, Message&) { gPaController.renewSourceLocksNow(); },
+     [](PlainText& text, const Requester& from) { encodeLock(text, from, ownSource); }},
+    {"attach zones", operations::attachZones,
+     [](Requester& from, Message&) {
+         from.source.attachPaZone(from.zones, PaSource::ADD_TO_EXISTING_SET);
+     },
+     encodeZones},
+    {"detach zones", operations::detachZones,
+     [](Requester& from, Message&) { from.source.detachPaZone(from.zones); }, encodeZones},
+    {"detach all zones", operations::detachZones,
+     [](Requester& from, Message&) { from.source.detachAllPaZones(); },
+     [](PlainText& text, const Requester&) { text.number(freeSource); }},
+    {"set the gain of a source", operations::setSourceGain,
+     [](Requester& from, Message&) { from.source.setGain(gain, true, false); },
+     [](PlainText& text, const Requester&) { encodeGain(text, freeSource); }},
+    {"set the gain of a sink", operations::setSinkGain,
+     [](Requester& from, Message&) { from.sink.setGain(Gain(gain), true, false); },
+     [](PlainText& text, const Requester& from) { encodeGain(text, from.sink.id); }},
+    {"set the monitoring of a sink", operations::setMonitoring,
+     [](Requester& from, Message&) { from.sink.setPAMonitoring(true); },
+     [](PlainText& text, const Requester& from) { text.plain("1,").number(from.sink.id); }},
+    {"reset a sink", operations::resetSink, [](Requester& from, Message&) { from.unit.reset(); },
+     [](PlainText& text, const Requester& from) { text.number(from.unit.id); }},
+    {"activate a trigger", operations::activateTrigger,
+     [](Requester& from, Message&) { gPaController.activateSwPaTrigger(from.trigger); },
+     [](PlainText& text, const Requester&) {
+         text.number(freeSource).plain(",").number(50).plain(",").plain("3").plain(",Staff call");
+     }},
+    {"deactivate a trigger", operations::deactivateTrigger,
+     [](Requester& from, Message&) { gPaController.deactivateSwPaTrigger(from.trigger); },
+     [](PlainText& text, const Requester&) { text.number(freeSource); }},
+    {"start a recording", operations::startRecording,
+     [](Requester&, Message&) { gPaController.startUserRecording(recordingPath); },
+     [](PlainText& text, const Requester&) { text.plain(recordingPath); }},
+    {"stop the recording", operations::stopRecording,
+     [](Requester&, Message&) { gPaController.stopUserRecording(); },
+     [](PlainText&, const Requester&) {}},
+    {"preview a recording", operations::previewRecording,
+     [](Requester&, Message&) { gPaController.previewUserRecording(recordingPath); },
+     [](PlainText& text, const Requester&) { text.quoted(recordingPath, 0); }},
+    {"delete a recording", operations::deleteRecording,
+     [](Requester&, Message&) { gPaController.deleteUserRecording(recordingPath); },
+     [](PlainText& text, const Requester&) { text.quoted(recordingPath, 0); }},
+};
+
+constexpr int perRound = 1000;
+
+QueueReader& queueReader() {
+    static QueueReader reader;
+    return reader;
+}
+
+/// Compares two ways to queue operations.
+ResultRow queueRow(const RunSettings& settings, const std::string& what, pa::OperationType type,
                    const std::function<void()>& prepare, const std::function<void()>& queue,
                    PlainQueue& plain, const std::function<void()>& queuePlain, double wanted) {
-    static QueueReader reader;
     const int count = settings.size(perRound);
     int queued = 0;
     const auto drain = [&] {
         if (queued > 0) {
-            reader.take(std::exchange(queued, 0));
+            queueReader().take(type, std::exchange(queued, 0));
         }
         plain.clear();
     };
@@ -229,28 +389,35 @@ std::vector<ResultRow> encodings(const RunSettings& settings) {
     const std::size_t count = static_cast<std::size_t>(settings.size(perRound));
     std::vector<ResultRow> rows;
     for (const OperationRow& row : operationRows) {
-        const Message prototype = dictionaryMessage();
-        Message first = prototype;
+        const Message message = row.message != nullptr ? from.*row.message : Message();
+        Message first = message;
         row.request(from, first);
-        const std::string payload = QueueReader().take(1);
-        from.payloadSize = payload.size();
-        if (row.encode(from, prototype) != payload) {
-            throw std::runtime_error(std::string("the reference differs: ") + row.name);
+        const std::string payload = queueReader().take(row.type, 1);
+        constexpr std::size_t uuidAt = 3;  // 1,"UUID~
+        from.scheduleUUID = payload.substr(std::min(uuidAt, payload.size()), from.uuid.size());
+        const auto encode = [&] {
+            PlainText text(payload.size());
+            row.encode(text, from);
+            return text.result();
+        };
+        if (encode() != payload) {
+            throw std::runtime_error(std::string(row.name) + ": >" + payload +
+                                     "<, the reference >" + encode() + '<');
         }
         PlainQueue plain;
         std::vector<Message> messages;
         rows.push_back(queueRow(
             settings, std::string(row.name) + ", " + std::to_string(payload.size()) + " B",
-            [&] { messages.assign(count, prototype); },
+            row.type, [&] { messages.assign(count, message); },
             [&] {
-                for (Message& message : messages) {
-                    row.request(from, message);
+                for (Message& each : messages) {
+                    row.request(from, each);
                 }
             },
             plain,
             [&] {
-                for (const Message& message : messages) {
-                    plain.push(row.encode(from, message));
+                for (std::size_t i = 0; i < count; ++i) {
+                    plain.push(encode());
                 }
             },
             row.wantedRatio));
@@ -260,14 +427,15 @@ std::vector<ResultRow> encodings(const RunSettings& settings) {
 
 std::vector<ResultRow> linkDown(const RunSettings& settings) {
     makeRequester();
+    constexpr pa::OperationType type = operations::playMessage;
     const std::string payload(156, 'x');
     PlainQueue plain;
     const int count = settings.size(perRound);
     return {queueRow(
-        settings, "one operation of 156 B queued, link down", [] {},
+        settings, "one operation of 156 B queued, link down", type, [] {},
         [&] {
             for (int i = 0; i < count; ++i) {
-                gQXReceiver.addOperationToSendQueue(-2, 92, 17, 1, payload);
+                gQXReceiver.addOperationToSendQueue(-2, type.classNo, type.number, 1, payload);
             }
         },
         plain,
