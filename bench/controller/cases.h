@@ -17,6 +17,7 @@ using BenchCases = std::vector<BenchCase>;
 BenchCases recordCases();
 BenchCases operationCases();
 BenchCases linkCases();
+BenchCases threadCases();
 
 /// A row that compares what was measured with a reference of the same rounds.
 ResultRow rowOf(const std::string& what, const Contender& measured, const Contender& reference,

@@ -18,12 +18,20 @@ namespace bench {
 /// What follows from a record, for the observers and in the event queue.
 enum class Follows { Never, OnChange, Always };
 
+/// The withdrawal of the kinds that are withdrawn by their number.
+template <pa::RecordKind number>
+struct WithdrawnByNumber {
+    static void withdraw(PAController& controller, int key) {
+        controller.deleteAudioVideoControllerInfo(0, static_cast<int>(number), key);
+    }
+};
+
 struct ReportedSource : PaSource {
     std::string lockedUUID;
     int reportingServer = 0;
 };
 
-struct SourceKind {
+struct SourceKind : WithdrawnByNumber<pa::RecordKind::Source> {
     using Record = ReportedSource;
     static constexpr pa::RecordKind kind = pa::RecordKind::Source;
     static constexpr Follows observers = Follows::OnChange;
@@ -58,7 +66,7 @@ struct SourceKind {
     }
 };
 
-struct SinkKind {
+struct SinkKind : WithdrawnByNumber<pa::RecordKind::Sink> {
     using Record = PaSink;
     static constexpr pa::RecordKind kind = pa::RecordKind::Sink;
     static constexpr Follows observers = Follows::OnChange;
@@ -99,7 +107,7 @@ struct SinkKind {
     }
 };
 
-struct ZoneKind {
+struct ZoneKind : WithdrawnByNumber<pa::RecordKind::Zone> {
     using Record = PaZone;
     static constexpr pa::RecordKind kind = pa::RecordKind::Zone;
     static constexpr Follows observers = Follows::OnChange;
@@ -124,7 +132,7 @@ struct ZoneKind {
     }
 };
 
-struct TriggerKind {
+struct TriggerKind : WithdrawnByNumber<pa::RecordKind::Trigger> {
     using Record = PaTrigger;
     static constexpr pa::RecordKind kind = pa::RecordKind::Trigger;
     static constexpr Follows observers = Follows::OnChange;
@@ -154,7 +162,7 @@ struct TriggerKind {
     }
 };
 
-struct SelectorKind {
+struct SelectorKind : WithdrawnByNumber<pa::RecordKind::Selector> {
     using Record = PaSelector;
     static constexpr pa::RecordKind kind = pa::RecordKind::Selector;
     static constexpr Follows observers = Follows::OnChange;
@@ -185,7 +193,7 @@ struct SelectorKind {
     }
 };
 
-struct AnnouncementKind {
+struct AnnouncementKind : WithdrawnByNumber<pa::RecordKind::Announcement> {
     using Record = AnnouncementRequest;
     static constexpr pa::RecordKind kind = pa::RecordKind::Announcement;
     static constexpr Follows observers = Follows::Always;
@@ -216,7 +224,7 @@ struct AnnouncementKind {
     }
 };
 
-struct ScheduleKind {
+struct ScheduleKind : WithdrawnByNumber<pa::RecordKind::Schedule> {
     using Record = ScheduleDefinition;
     static constexpr pa::RecordKind kind = pa::RecordKind::Schedule;
     static constexpr Follows observers = Follows::Always;
@@ -255,6 +263,7 @@ struct TtsPortKind {
         controller.updateFromTTS_Ports(key, list);
     }
     static auto all(const PAController& controller) { return controller.getTTSVocalizerList(); }
+    static void withdraw(PAController& controller, int key) { controller.deleteFromTTS_Ports(key); }
     template <class In>
     static void read(In& in, Record& to) {
         in.quoted(to.language);
@@ -274,6 +283,9 @@ struct TtsDictionaryKind {
         controller.updateFromTTS_Dictionary(key, list);
     }
     static auto all(const PAController& controller) { return controller.getTTSDictionaryList(); }
+    static void withdraw(PAController& controller, int key) {
+        controller.deleteFromTTS_Dictionary(key);
+    }
     template <class In>
     static void read(In& in, Record& to) {
         in.number(to.portNo);
@@ -286,7 +298,7 @@ struct TtsDictionaryKind {
     }
 };
 
-struct AttachedZonesKind {
+struct AttachedZonesKind : WithdrawnByNumber<pa::RecordKind::AttachedZones> {
     using Record = std::vector<std::string>;
     static constexpr pa::RecordKind kind = pa::RecordKind::AttachedZones;
     static constexpr Follows observers = Follows::Never;
@@ -294,6 +306,11 @@ struct AttachedZonesKind {
     static pa::RecordFields fields(int key, int version);
     static void handle(PAController& controller, int key, TEVlist* list) {
         controller.addUpdateAttachedPaZone(key, list);
+    }
+    static auto find(const PAController& controller, int key) {
+        Record zones;
+        controller.getAttachedPaZoneList(key, &zones);
+        return zones;
     }
     template <class In>
     static void read(In& in, Record& to) {

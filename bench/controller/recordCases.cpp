@@ -1,7 +1,7 @@
 // What a record costs, kind by kind, beside the references.
 #include <memory>
-#include <optional>
 #include <random>
+#include <type_traits>
 
 #include "bench/controller/cases.h"
 #include "bench/controller/kinds.h"
@@ -20,6 +20,7 @@ constexpr char listRow[] = "unchanged, its list built";
 constexpr char floorReference[] = " / floor";
 constexpr char contractReference[] = " / all effects";
 constexpr char jsonReference[] = " / JSON reader";
+constexpr char plainReference[] = " / plain map";
 
 using pa::RecordKind;
 
@@ -52,6 +53,7 @@ constexpr WantedRatio wantedRatios[] = {
 class ControllerObserver final : public pa::PAControllerObserverAdapter {
 public:
     void onPaSourceUpdate(PaSource source) override { take(source); }
+    void onPaSourceDelete(int id) override { take(id); }
     void onPaSinkUpdate(PaSink sink) override { take(sink); }
     void onPaTriggerUpdate(PaTrigger trigger) override { take(trigger); }
     void onPaSelectorUpdate(PaSelector selector) override { take(selector); }
@@ -83,6 +85,15 @@ struct Arrival {
     simdjson::padded_string json;
 };
 
+template <class Kind, class = void>
+constexpr bool hasGetter = false;
+template <class Kind>
+constexpr bool hasGetter<Kind, std::void_t<decltype(&Kind::all)>> = true;
+template <class Kind, class = void>
+constexpr bool hasLookUp = false;
+template <class Kind>
+constexpr bool hasLookUp<Kind, std::void_t<decltype(&Kind::find)>> = true;
+
 template <class Kind>
 class RecordBench {
 public:
@@ -93,12 +104,18 @@ public:
         for (const int usual : {10, 1000, 100'000}) {
             const int cached = settings_.size(usual, usual < 1000 ? 5 : 10);
             fillTo(cached);
-            // With 100,000 only what depends on the size of a cache.
             measure(usual, unchangedRow, false);
             if (usual == 1000) {
                 measure(usual, listRow, false, true);
             }
             measure(usual, changedRow, true);
+            measureWithdrawals(usual);
+            if constexpr (hasGetter<Kind>) {
+                measureGetter(usual);
+            }
+            if constexpr (hasLookUp<Kind>) {
+                measureLookUps(usual);
+            }
         }
     }
 
@@ -114,8 +131,7 @@ private:
             json_.fill(key, jsonOf(*list.list()));
             versions_.push_back(0);
             if (key % 1000 == 0) {
-                drainEvents();
-                contract_.clearEvents();
+                drain();
             }
         }
     }
@@ -129,9 +145,8 @@ private:
 
     void prepare(bool changed) {
         arrivals_.resize(perRound);
-        std::uniform_int_distribution<int> anyKey(1, static_cast<int>(versions_.size()) - 1);
         for (Arrival& arrival : arrivals_) {
-            arrival.key = anyKey(random_);
+            arrival.key = anyKey();
             char& version = versions_[static_cast<std::size_t>(arrival.key)];
             version = static_cast<char>(changed ? 1 - version : version);
             arrival.fields = Kind::fields(arrival.key, version);
@@ -179,10 +194,7 @@ private:
         TurnPlan plan;
         plan.itemsPerRound = perRound;
         plan.prepare = [this, hasChanged] { prepare(hasChanged); };
-        plan.tidy = [this] {
-            drainEvents();
-            contract_.clearEvents();
-        };
+        plan.tidy = [this] { drain(); };
         std::vector<Contender*> contenders{&controller, &floor, &contract};
         if (!hasChanged) {
             contenders.push_back(&json);
@@ -195,6 +207,104 @@ private:
         if (!buildsLists && !hasChanged) {
             addRow(cached, row, jsonReference, controller, json);
         }
+    }
+
+    /// Each contender withdraws the same keys; before the next round they are there again.
+    void measureWithdrawals(int cached) {
+        const int count = std::min(perRound, keys() / 2);
+        std::vector<int> withdrawn;
+        Contender controller{[&] {
+                                 for (const int key : withdrawn) {
+                                     Kind::withdraw(controller_, key);
+                                 }
+                             },
+                             {}};
+        Contender contract{[&] {
+                               for (const int key : withdrawn) {
+                                   contract_.withdraw(key);
+                               }
+                           },
+                           {}};
+        const auto restore = [&] {
+            for (const int key : withdrawn) {
+                pa::RecordList list(Kind::fields(key, versions_[static_cast<std::size_t>(key)]));
+                Kind::handle(controller_, key, list.list());
+                contract_.take(key, *list.list());
+            }
+            drain();
+        };
+        TurnPlan plan;
+        plan.itemsPerRound = count;
+        plan.prepare = [&] {
+            restore();
+            withdrawn.clear();
+            int key = anyKey();
+            for (int i = 0; i < count; ++i) {
+                constexpr int apart = 7;  // divides none of the sizes
+                key = 1 + (key + apart) % keys();
+                withdrawn.push_back(key);
+            }
+        };
+        plan.tidy = [this] { drain(); };
+        compareInTurns(settings_, plan, {&controller, &contract});
+        restore();
+        addRow(cached, "one withdrawal", contractReference, controller, contract);
+    }
+
+    void measureGetter(int cached) {
+        constexpr int fewest = 1000;
+        const int calls = std::max(1, fewest / keys());
+        Contender controller{[&] {
+                                 for (int i = 0; i < calls; ++i) {
+                                     benchmark::DoNotOptimize(Kind::all(controller_));
+                                 }
+                             },
+                             {}};
+        Contender plain{[&] {
+                            for (int i = 0; i < calls; ++i) {
+                                benchmark::DoNotOptimize(contract_.all());
+                            }
+                        },
+                        {}};
+        TurnPlan plan;
+        plan.itemsPerRound = calls * keys();
+        plan.roundsPerTrial = keys() > fewest ? 1 : 5;
+        compareInTurns(settings_, plan, {&controller, &plain});
+        addRow(cached, "getter of all, for each", plainReference, controller, plain);
+    }
+
+    void measureLookUps(int cached) {
+        std::vector<int> wanted;
+        Contender controller{[&] {
+                                 for (const int key : wanted) {
+                                     benchmark::DoNotOptimize(Kind::find(controller_, key));
+                                 }
+                             },
+                             {}};
+        Contender plain{[&] {
+                            for (const int key : wanted) {
+                                benchmark::DoNotOptimize(contract_.copyOf(key));
+                            }
+                        },
+                        {}};
+        TurnPlan plan;
+        plan.itemsPerRound = perRound;
+        plan.prepare = [&] {
+            wanted.clear();
+            for (int i = 0; i < perRound; ++i) {
+                wanted.push_back(anyKey());
+            }
+        };
+        compareInTurns(settings_, plan, {&controller, &plain});
+        addRow(cached, "look-up by key", plainReference, controller, plain);
+    }
+
+    [[nodiscard]] int keys() const { return static_cast<int>(versions_.size()) - 1; }
+    int anyKey() { return std::uniform_int_distribution<int>(1, keys())(random_); }
+
+    void drain() {
+        drainEvents();
+        contract_.clearEvents();
     }
 
     void addRow(int cached, const char* row, const char* referenceName, const Contender& measured,

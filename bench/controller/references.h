@@ -85,6 +85,7 @@ public:
     virtual ~PlainObserver() = default;
     virtual void changed(Record record) = 0;
     virtual void deleted(int key) = 0;
+    virtual void deleted(Record record) = 0;
 };
 
 template <class Record>
@@ -95,6 +96,7 @@ public:
         ++count;
     }
     void deleted(int /*key*/) override { ++count; }
+    void deleted(Record record) override { changed(std::move(record)); }
 
     std::uint64_t count = 0;
 };
@@ -153,8 +155,11 @@ public:
         if (found == cache_.end()) {
             return;
         }
-        if (Kind::observers != Follows::Never) {
-            observer_.deleted(key);
+        if constexpr (std::is_same_v<Kind, ScheduleKind> ||
+                      std::is_same_v<Kind, AnnouncementKind>) {
+            watcher_->deleted(asReported(found->second));
+        } else if (Kind::observers != Follows::Never) {
+            watcher_->deleted(key);
         }
         if (Kind::event != Follows::Never) {
             events_.post(eventType + 1, key);
@@ -167,14 +172,14 @@ public:
         std::vector<Record> records;
         records.reserve(cache_.size());
         for (const auto& entry : cache_) {
-            records.push_back(entry.second);
+            records.push_back(asReported(entry.second));
         }
         return records;
     }
 
     Record copyOf(int key) {
         const std::lock_guard guard(lock_);
-        return cache_.find(key)->second;
+        return asReported(cache_.find(key)->second);
     }
 
     void clear() { cache_.clear(); }
@@ -189,6 +194,22 @@ private:
         return when == Follows::Always || (when == Follows::OnChange && hasChanged);
     }
 
+    /// The record as observers and callers of getters receive it: a schedule without the UUID that
+    /// precedes its description.
+    template <class Other>
+    static const Other& asReported(const Other& record) {
+        return record;
+    }
+    static ScheduleDefinition asReported(const ScheduleDefinition& record) {
+        ScheduleDefinition reported = record;
+        std::vector<std::string> parts;
+        splitQuoted(record.descrption, '~', parts);
+        if (parts.size() == 2) {
+            reported.descrption = std::move(parts[1]);
+        }
+        return reported;
+    }
+
     // Of the kinds whose records do not carry their own key.
     static void setKey(AnnouncementRequest& record, int key) { record.id = key; }
     static void setKey(ScheduleDefinition& record, int key) { record.Id = key; }
@@ -199,7 +220,7 @@ private:
 
     void publish(int key, const Record& record, bool hasChanged) {
         if (isDue(Kind::observers, hasChanged)) {
-            watcher_->changed(record);
+            watcher_->changed(asReported(record));
         }
         if (isDue(Kind::event, hasChanged)) {
             events_.post(eventType, key);
