@@ -73,6 +73,15 @@ bool ResultRow::isAsWanted() const {
     return (wantedRatio == 0 || isEnough) && (wantedMost == 0 || measured.median() < wantedMost);
 }
 
+void ResultRow::inUnit(const char* name, double divisor) {
+    unit = name;
+    for (Samples* const samples : {&measured, &reference}) {
+        for (double& value : samples->values) {
+            value /= divisor;
+        }
+    }
+}
+
 std::string tableText(const std::vector<ResultRow>& rows) {
     std::size_t width = 40;
     for (const ResultRow& row : rows) {

@@ -33,6 +33,9 @@ struct ResultRow {
     /// The median of the ratios of each trial to that of the reference beside it.
     [[nodiscard]] double ratio() const;
     [[nodiscard]] bool isAsWanted() const;
+
+    /// Divides all samples.
+    void inUnit(const char* name, double divisor);
 };
 
 /// One line for each row: median and best of both, the ratio, and what is wanted.
