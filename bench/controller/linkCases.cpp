@@ -1,7 +1,9 @@
 // What the records of a server cost through router and link, in one process.
+#include <algorithm>
 #include <atomic>
 #include <chrono>
 #include <condition_variable>
+#include <cstdio>
 #include <deque>
 #include <functional>
 #include <mutex>
@@ -12,8 +14,10 @@
 
 #include "bench/controller/cases.h"
 #include "bench/controller/kinds.h"
+#include "bench/controller/ownProcess.h"
 #include "bench/controller/references.h"
 #include "bench/loadFixture.h"
+#include "bench/processStatus.h"
 #include "framework/log.h"
 #include "sdk/globals.h"
 #include "simserver/SimServer.h"
@@ -44,14 +48,20 @@ void forEachShare(Call call) {
 
 constexpr int dstNo = 1;
 
-std::vector<Record> stationRecords(int count) {
-    std::vector<Record> records;
+/// Calls `take(record)` for each record of a station.
+template <class Take>
+void forEachRecord(int count, Take take) {
     forEachShare([&](auto share) {
         using Kind = typename decltype(share)::kind;
         for (int key = 1; key <= share.count(count); ++key) {
-            records.push_back({dstNo, Kind::kind, key, Kind::fields(key, 0)});
+            take(Record{dstNo, Kind::kind, key, Kind::fields(key, 0)});
         }
     });
+}
+
+std::vector<Record> stationRecords(int count) {
+    std::vector<Record> records;
+    forEachRecord(count, [&](Record record) { records.push_back(std::move(record)); });
     return records;
 }
 
@@ -102,26 +112,37 @@ void requireReady(palink::ServerLink& link) {
 
 constexpr double nsPerMS = 1e6;
 
-ResultRow syncRow(const RunSettings& settings, LoadFixture& fixture, int usual, double wantedMS) {
+/// The time in ms, and the processor time beside it.
+std::vector<ResultRow> rowsInMS(const std::string& what, const Contender& measured,
+                                const Contender& reference, double wantedMS) {
+    ResultRow time = rowOf(what, measured, reference);
+    ResultRow processor{"  processor time of the process", "", measured.processor,
+                        reference.processor};
+    time.wantedMost = wantedMS;
+    time.inUnit("ms", nsPerMS);
+    processor.inUnit("ms", nsPerMS);
+    return {time, processor};
+}
+
+std::vector<ResultRow> syncRows(const RunSettings& settings, LoadFixture& fixture, int usual,
+                                double wantedMS) {
     const int count = settings.size(usual, 20);
     std::vector<Record> records;
     std::vector<Record> plainRecords;
     PlainStation plain;
     Contender link{[&] {
-                       fixture.fake.deliver(palink::Connected{dstNo, dstNo, false, {}});
-                       for (Record& record : records) {
-                           fixture.fake.deliver(std::move(record));
-                       }
-                       fixture.fake.deliver(palink::InitialSetComplete{});
-                       requireReady(fixture.link);
-                   },
-                   {}};
+        fixture.fake.deliver(palink::Connected{dstNo, dstNo, false, {}});
+        for (Record& record : records) {
+            fixture.fake.deliver(std::move(record));
+        }
+        fixture.fake.deliver(palink::InitialSetComplete{});
+        requireReady(fixture.link);
+    }};
     Contender reference{[&] {
-                            for (Record& record : plainRecords) {
-                                plain.take(std::move(record));
-                            }
-                        },
-                        {}};
+        for (Record& record : plainRecords) {
+            plain.take(std::move(record));
+        }
+    }};
     TurnPlan plan;
     plan.ofThisThread = false;
     plan.roundsPerTrial = 1;
@@ -139,18 +160,18 @@ ResultRow syncRow(const RunSettings& settings, LoadFixture& fixture, int usual, 
     };
     compareInTurns(settings, plan, {&link, &reference});
     requireEverything(count);
-    ResultRow row = rowOf(
+    return rowsInMS(
         "sync of " + std::to_string(usual) + " records in the process, no pauses / all effects",
-        link, reference);
-    row.inUnit("ms", nsPerMS);
-    row.wantedMost = wantedMS;
-    return row;
+        link, reference, wantedMS);
 }
 
 std::vector<ResultRow> sync(const RunSettings& settings) {
     skipPauses();
     LoadFixture& fixture = load::newFixture();
-    return {syncRow(settings, fixture, 10'000, 30), syncRow(settings, fixture, 100'000, 0)};
+    std::vector<ResultRow> rows = syncRows(settings, fixture, 10'000, 30);
+    const std::vector<ResultRow> more = syncRows(settings, fixture, 100'000, 0);
+    rows.insert(rows.end(), more.begin(), more.end());
+    return rows;
 }
 
 /// With the work of a server that makes its records.
@@ -166,16 +187,14 @@ std::vector<ResultRow> syncWithServer(const RunSettings& settings) {
     gPaController.registerObserver(new load::CountingObserver);
     PlainStation plain;
     Contender controller{[&] {
-                             link.start();
-                             requireReady(link);
-                         },
-                         {}};
+        link.start();
+        requireReady(link);
+    }};
     Contender reference{[&] {
-                            for (Record& record : stationRecords(count)) {
-                                plain.take(std::move(record));
-                            }
-                        },
-                        {}};
+        for (Record& record : stationRecords(count)) {
+            plain.take(std::move(record));
+        }
+    }};
     TurnPlan plan;
     plan.ofThisThread = false;
     plan.roundsPerTrial = 1;
@@ -185,11 +204,8 @@ std::vector<ResultRow> syncWithServer(const RunSettings& settings) {
         plain.clear();
     };
     compareInTurns(settings, plan, {&controller, &reference});
-    ResultRow row = rowOf("sync of 10000 with a simulated server, no pauses / all effects",
-                          controller, reference);
-    row.inUnit("ms", nsPerMS);
-    row.wantedMost = 30;
-    return {row};
+    return rowsInMS("sync of 10000 with a simulated server, no pauses / all effects", controller,
+                    reference, 30);
 }
 
 // ------------------------------------------------------------------------------- pauses, latency
@@ -202,24 +218,21 @@ std::vector<ResultRow> pauses(const RunSettings& settings) {
     std::vector<Record> plainRecords;
     PlainStation plain;
     Contender link{[&] {
-                       fixture.observer.sources = 0;
-                       for (Record& record : records) {
-                           fixture.fake.deliver(std::move(record));
-                       }
-                       if (!load::waitFor([&] { return fixture.observer.sources == count; },
-                                          std::chrono::seconds(60))) {
-                           throw std::runtime_error("notifications are missing");
-                       }
-                   },
-                   {}};
+        fixture.observer.sources = 0;
+        for (Record& record : records) {
+            fixture.fake.deliver(std::move(record));
+        }
+        if (!load::waitFor([&] { return fixture.observer.sources == count; },
+                           std::chrono::seconds(60))) {
+            throw std::runtime_error("notifications are missing");
+        }
+    }};
     Contender reference{[&] {
-                            for (Record& record : plainRecords) {
-                                plain.take(std::move(record));
-                            }
-                            std::this_thread::sleep_for(
-                                std::chrono::milliseconds(PAController::notificationPauseMS));
-                        },
-                        {}};
+        for (Record& record : plainRecords) {
+            plain.take(std::move(record));
+        }
+        std::this_thread::sleep_for(std::chrono::milliseconds(PAController::notificationPauseMS));
+    }};
     TurnPlan plan;
     plan.ofThisThread = false;
     plan.roundsPerTrial = 1;
@@ -233,11 +246,8 @@ std::vector<ResultRow> pauses(const RunSettings& settings) {
         version = 1 - version;
     };
     compareInTurns(settings, plan, {&link, &reference});
-    ResultRow row =
-        rowOf("10000 sources at once, with their pauses / one pause, all effects", link, reference);
-    row.inUnit("ms", nsPerMS);
-    row.wantedMost = 200;
-    return {row};
+    return rowsInMS("10000 sources at once, with their pauses / one pause, all effects", link,
+                    reference, 200);
 }
 
 /// Hands records over to a thread that takes them into plain caches.
@@ -321,10 +331,53 @@ std::vector<ResultRow> latency(const RunSettings& settings) {
     return rows;
 }
 
+// ------------------------------------------------------------------------------- memory
+
+constexpr const char* ofLink = "link";
+constexpr const char* ofReference = "reference";
+
+std::vector<ResultRow> memory(const RunSettings& settings) {
+    const int count = settings.size(100'000, 20);
+    ResultRow row{
+        "peak memory of a process with 100000 records of the link / plain caches", "MiB", {}, {}};
+    row.wantedMost = 70;
+    const auto peakOf = [count](const std::string& what) {
+        constexpr double kiBPerMiB = 1024;
+        return std::stod(
+                   outputOfSelf("--peak-of " + what + " --records " + std::to_string(count))) /
+               kiBPerMiB;
+    };
+    constexpr int most = 3;  // they differ little
+    for (int trial = 0; trial < std::min(settings.trials, most); ++trial) {
+        row.measured.values.push_back(peakOf(ofLink));
+        row.reference.values.push_back(peakOf(ofReference));
+    }
+    return {row};
+}
+
 }  // namespace
 
+void printPeak(const std::string& what, int records) {
+    if (what == ofLink) {
+        LoadFixture& fixture = load::newFixture();
+        fixture.fake.deliver(palink::Connected{dstNo, dstNo, false, {}});
+        forEachRecord(records, [&](Record record) { fixture.fake.deliver(std::move(record)); });
+        fixture.fake.deliver(palink::InitialSetComplete{});
+        requireReady(fixture.link);
+        requireEverything(records);
+    } else {
+        auto& plain = *new PlainStation;
+        forEachRecord(records, [&](Record record) { plain.take(std::move(record)); });
+    }
+    std::printf("%ld\n", statusNumber("self", "VmHWM"));
+}
+
 BenchCases linkCases() {
-    return {{"sync", sync}, {"server", syncWithServer}, {"pauses", pauses}, {"latency", latency}};
+    return {{"sync", sync},
+            {"server", syncWithServer},
+            {"pauses", pauses},
+            {"latency", latency},
+            {"memory", memory}};
 }
 
 }  // namespace bench
