@@ -18,7 +18,8 @@ struct Samples {
 /// @param values not empty
 double quantile(std::vector<double> values, double share);
 
-/// A measurement beside its reference of the same run: their trials take turns.
+/// A measurement beside its reference of the same run: their trials take turns. What has nothing to
+/// be compared with has no samples of a reference.
 struct ResultRow {
     std::string what;
     std::string unit;
@@ -30,7 +31,7 @@ struct ResultRow {
     /// The most that the median may be; 0 for any.
     double wantedMost = 0;
 
-    /// The median of the ratios of each trial to that of the reference beside it.
+    /// The median of the ratios of each trial to that of the reference beside it; 0 without one.
     [[nodiscard]] double ratio() const;
     [[nodiscard]] bool isAsWanted() const;
 

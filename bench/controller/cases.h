@@ -18,6 +18,7 @@ BenchCases recordCases();
 BenchCases operationCases();
 BenchCases linkCases();
 BenchCases threadCases();
+BenchCases loadCases();
 
 /// Of the case "memory": fills the caches, and prints the peak memory of this process in KiB.
 void printPeak(const std::string& what, int records);

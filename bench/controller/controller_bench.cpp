@@ -34,7 +34,8 @@ std::vector<ResultRow> runInChild(const BenchCase& chosen, const RunSettings& se
 
 int run(int argc, char** argv) {
     BenchCases cases;
-    for (const auto& some : {recordCases(), threadCases(), operationCases(), linkCases()}) {
+    for (const auto& some :
+         {recordCases(), threadCases(), operationCases(), linkCases(), loadCases()}) {
         cases.insert(cases.end(), some.begin(), some.end());
     }
     std::vector<std::string> names;

@@ -124,6 +124,11 @@ std::vector<ResultRow> rowsInMS(const std::string& what, const Contender& measur
     return {time, processor};
 }
 
+std::vector<ResultRow> joined(std::vector<ResultRow> rows, const std::vector<ResultRow>& more) {
+    rows.insert(rows.end(), more.begin(), more.end());
+    return rows;
+}
+
 std::vector<ResultRow> syncRows(const RunSettings& settings, LoadFixture& fixture, int usual,
                                 double wantedMS) {
     const int count = settings.size(usual, 20);
@@ -168,10 +173,7 @@ std::vector<ResultRow> syncRows(const RunSettings& settings, LoadFixture& fixtur
 std::vector<ResultRow> sync(const RunSettings& settings) {
     skipPauses();
     LoadFixture& fixture = load::newFixture();
-    std::vector<ResultRow> rows = syncRows(settings, fixture, 10'000, 30);
-    const std::vector<ResultRow> more = syncRows(settings, fixture, 100'000, 0);
-    rows.insert(rows.end(), more.begin(), more.end());
-    return rows;
+    return joined(syncRows(settings, fixture, 10'000, 30), syncRows(settings, fixture, 100'000, 0));
 }
 
 /// With the work of a server that makes its records.
@@ -210,10 +212,9 @@ std::vector<ResultRow> syncWithServer(const RunSettings& settings) {
 
 // ------------------------------------------------------------------------------- pauses, latency
 
-std::vector<ResultRow> pauses(const RunSettings& settings) {
-    LoadFixture& fixture = load::newFixture();
-    const int count = settings.size(10'000);
-    int version = 0;
+std::vector<ResultRow> pauseRows(const RunSettings& settings, LoadFixture& fixture, int usual,
+                                 double wantedMS, int& version) {
+    const int count = settings.size(usual);
     std::vector<Record> records;
     std::vector<Record> plainRecords;
     PlainStation plain;
@@ -246,8 +247,18 @@ std::vector<ResultRow> pauses(const RunSettings& settings) {
         version = 1 - version;
     };
     compareInTurns(settings, plan, {&link, &reference});
-    return rowsInMS("10000 sources at once, with their pauses / one pause, all effects", link,
-                    reference, 200);
+    return rowsInMS(
+        std::to_string(usual) + " sources at once, with their pauses / one pause, all effects",
+        link, reference, wantedMS);
+}
+
+std::vector<ResultRow> pauses(const RunSettings& settings) {
+    RunSettings few = settings;
+    few.trials = std::min(settings.trials, 3);
+    LoadFixture& fixture = load::newFixture();
+    int version = 0;  // of the next records
+    const std::vector<ResultRow> rows = pauseRows(settings, fixture, 10'000, 200, version);
+    return joined(rows, pauseRows(few, fixture, 100'000, 1500, version));
 }
 
 /// Hands records over to a thread that takes them into plain caches.
