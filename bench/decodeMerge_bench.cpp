@@ -17,18 +17,18 @@ constexpr int sinks = 1000;
 
 pa::RecordFields sinkFields(int id, int state) {
     pa::RecordFields fields(32);
-    fields[0] = std::to_string(id);
-    fields[1] = "\"Platform 1, north end\"";
-    fields[2] = "\"Canopy speakers \\\"A\\\"\"";
-    fields[3] = "10.20.1.11";
-    fields[4] = "1";
-    fields[6] = "1,2";
-    fields[7] = std::to_string(state);
-    fields[9] = "1";
-    fields[11] = "-12.5";
-    fields[17] = "1";
-    fields[26] = "\"Platform 1^Platform 1/North^Concourse\"";
-    fields[27] = "1";
+    fields.set(0, std::to_string(id));
+    fields.set(1, "\"Platform 1, north end\"");
+    fields.set(2, "\"Canopy speakers \\\"A\\\"\"");
+    fields.set(3, "10.20.1.11");
+    fields.set(4, "1");
+    fields.set(6, "1,2");
+    fields.set(7, std::to_string(state));
+    fields.set(9, "1");
+    fields.set(11, "-12.5");
+    fields.set(17, "1");
+    fields.set(26, "\"Platform 1^Platform 1/North^Concourse\"");
+    fields.set(27, "1");
     return fields;
 }
 
