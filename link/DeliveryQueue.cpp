@@ -136,8 +136,10 @@ void DeliveryQueue::run(ServerEventSink& sink) {
 /// that wait for it cost more than what it guards.
 void DeliveryQueue::deliver(ServerEventSink& sink, std::unique_lock<std::mutex>& guard) {
     constexpr std::size_t eventsPerLock = 64;
+    constexpr std::size_t mostSpare = 1024;
     std::vector<Waiting> taken;
     taken.swap(queue_);
+    queue_.swap(spare_);
     delivering_ = taken.size();
     for (auto next = taken.begin(); next != taken.end() && running_;) {
         const auto end = next + std::min<std::ptrdiff_t>(eventsPerLock, taken.end() - next);
@@ -156,6 +158,10 @@ void DeliveryQueue::deliver(ServerEventSink& sink, std::unique_lock<std::mutex>&
         }
     }
     delivering_ = 0;
+    if (taken.capacity() <= mostSpare) {
+        taken.clear();
+        spare_.swap(taken);
+    }
 }
 
 void DeliveryQueue::countUpload(int more) {

@@ -68,7 +68,7 @@ void RecordFields::set(std::size_t place, Field field) {
 void RecordFields::push_back(Field field) {
     if (field) {
         checkSize(texts_.size() + field->size() + 1);
-        texts_.append(*field).append(1, '\0');
+        texts_.append(*field) += '\0';
     }
     ends_.push_back(static_cast<std::uint32_t>(texts_.size()));
 }
