@@ -102,7 +102,8 @@ private:
     // Guarded by lock_.
     std::atomic<bool> running_{false};  // also read without it
     std::vector<Waiting> queue_;
-    std::size_t bytes_ = 0;  // of what is in queue_ and waits in the delivery thread
+    std::vector<Waiting> spare_;  // empty: the memory for what comes after the next delivery
+    std::size_t bytes_ = 0;       // of what is in queue_ and waits in the delivery thread
     bool full_ = false;
     int uploads_ = 0;             // under way
     std::size_t heldBack_ = 0;    // threads that wait for space

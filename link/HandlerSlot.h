@@ -1,6 +1,7 @@
 #pragma once
 
 #include <algorithm>
+#include <atomic>
 #include <condition_variable>
 #include <cstdint>
 #include <exception>
@@ -42,6 +43,7 @@ public:
         std::unique_lock guard(lock_);
         leaveParent();
         std::swap(current_, entry);
+        isSet_ = current_ != nullptr;
         const std::uint64_t before = generation_++;
         const bool inside = std::any_of(calls_.begin(), calls_.end(), isOfThisThread);
         if (!inside) {
@@ -60,6 +62,9 @@ public:
     /// Calls the handler; an exception that leaves it is reported.
     /// @return false when there is none
     bool call(const What& what) {
+        if (!isSet_) {
+            return false;
+        }
         StoredHandler* entry = nullptr;
         {
             const std::lock_guard guard(lock_);
@@ -128,6 +133,7 @@ private:
                            [&entry](const Call& call) { return call.entry == &entry; });
     }
 
+    std::atomic<bool> isSet_{false};  // whether there is a handler
     std::mutex lock_;
     std::condition_variable left_;  // a call has returned
     // Guarded by lock_.

@@ -21,8 +21,10 @@ namespace palink {
 /// When the system has no thread, steps run inside `add`, on the thread that adds them.
 class Notifier {
 public:
-    /// One step. Must not throw.
-    using Job = std::function<void()>;
+    struct Step;
+
+    /// What a step does. Must not throw.
+    using Job = std::function<void(const Step&)>;
 
     struct Step {
         int kind = 0;

@@ -5,6 +5,7 @@
 #include <mutex>
 #include <utility>
 
+#include "../include/common/RecordList.h"
 #include "../sdk/PAController.h"
 #include "HandlerSlot.h"
 #include "Notifier.h"
@@ -76,7 +77,8 @@ private:
     void handleWithPause(const Route& route, int key, pa::RecordFields fields);
 
     PAController& controller_;
-    std::mutex arrival_;  // held while an event is handled or added to the notifier
+    std::mutex arrival_;   // held while an event is handled or added to the notifier
+    pa::RecordList list_;  // the record that is handled; guarded by arrival_
     const std::shared_ptr<HandlerSlot<HandledRecord>> merged_;  // shared with the steps
     Notifier notifier_;
 };

@@ -1,7 +1,12 @@
 #pragma once
 
+#include <cstddef>
+#include <cstdint>
+#include <initializer_list>
 #include <optional>
 #include <string>
+#include <string_view>
+#include <utility>
 #include <vector>
 
 #include "../../framework/api.h"
@@ -9,28 +14,93 @@
 
 namespace pa {
 
-/// The fields of a record in wire order; a field without a value is absent.
-using RecordFields = std::vector<std::optional<std::string>>;
+/// The fields of a record in wire order; a field without a value is absent. All texts are in one
+/// buffer, one after the other.
+class RecordFields {
+public:
+    /// Valid until a field is set or added, or the record is moved or destroyed.
+    using Field = std::optional<std::string_view>;
+
+    /// Reads the fields in their order.
+    class Iterator {
+    public:
+        Iterator(const RecordFields& fields, std::size_t place) : fields_(fields), place_(place) {}
+        Field operator*() const { return fields_[place_]; }
+        Iterator& operator++() { return ++place_, *this; }
+        bool operator!=(const Iterator& other) const { return place_ != other.place_; }
+
+    private:
+        const RecordFields& fields_;
+        std::size_t place_;
+    };
+
+    RecordFields() = default;
+    RecordFields(std::initializer_list<Field> fields);
+    /// So many fields, all with the same text or absent.
+    explicit RecordFields(std::size_t count, Field each = std::nullopt);
+
+    std::size_t size() const { return ends_.size(); }
+    bool empty() const { return ends_.empty(); }
+    Iterator begin() const { return {*this, 0}; }
+    Iterator end() const { return {*this, size()}; }
+
+    /// @param place counted from 0, below `size()`
+    Field operator[](std::size_t place) const;
+    /// @throws std::out_of_range when there is no such field
+    Field at(std::size_t place) const;
+    /// The text with a NUL after it; null for an absent field.
+    const char* text(std::size_t place) const;
+
+    /// Replaces a field.
+    /// @param field not one of this record
+    void set(std::size_t place, Field field);
+    void push_back(Field field);
+    /// Adds absent fields, or removes the last ones.
+    void resize(std::size_t count);
+    /// Makes space for fields whose texts have so many bytes together.
+    void reserve(std::size_t count, std::size_t bytes);
+
+    /// The size of the buffers.
+    std::size_t heapBytes() const;
+
+    friend bool operator==(const RecordFields& a, const RecordFields& b) {
+        return a.ends_ == b.ends_ && a.texts_ == b.texts_;
+    }
+
+private:
+    std::size_t beginOf(std::size_t place) const { return place == 0 ? 0 : ends_[place - 1]; }
+
+    std::vector<std::uint32_t> ends_;  // of each field in texts_; an absent one is empty
+    std::string texts_;                // a NUL after each
+};
 
 /// Owns a record: turns fields into the `TEVlist` that the record handlers read. The only place
 /// that creates nodes.
 ///
-/// A plain value without a lock. The list stays valid, at the same address, until the object is
-/// destroyed.
+/// A plain value without a lock. The list stays valid until another record is assigned or the
+/// object is destroyed.
 class PA_API RecordList {
 public:
+    RecordList() = default;
     /// A text ends at its first NUL, as the reader of the list sees it.
-    explicit RecordList(RecordFields fields);
+    explicit RecordList(RecordFields fields) { assign(std::move(fields)); }
     RecordList(const RecordList&) = delete;
     RecordList& operator=(const RecordList&) = delete;
+
+    /// Replaces the record. Its nodes are used again.
+    void assign(RecordFields fields);
 
     /// The record, for a handler to read.
     TEVlist* list() { return &list_; }
 
 private:
+    struct Element {
+        TEVnode node{};
+        const char* text = nullptr;  // what the node's dataPtr points at
+    };
+
     RecordFields fields_;
-    std::vector<char*> texts_;  // what each node's dataPtr points at
-    std::vector<TEVnode> nodes_;
+    std::vector<Element> elements_;  // as many as the longest record had
     TEVlist list_{};
 };
 

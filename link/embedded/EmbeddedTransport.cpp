@@ -107,6 +107,9 @@ void EmbeddedTransport::deliver(ServerEvent event) {
 /// Notes what an event that is about to be queued means for the connection.
 /// @return whether it is queued
 bool EmbeddedTransport::admit(const ServerEvent& event) {
+    if (std::holds_alternative<Record>(event)) {
+        return running_;
+    }
     const std::lock_guard guard(lock_);
     if (!running_ || (std::holds_alternative<RoundTripComplete>(event) && roundTripLost_)) {
         return false;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <condition_variable>
 #include <cstddef>
 #include <cstdint>
@@ -100,7 +101,7 @@ private:
     std::mutex lock_;
     std::condition_variable callRequested_;  // a level meter, a round trip, a connection
     // Guarded by lock_.
-    bool running_ = false;
+    std::atomic<bool> running_{false};        // also read without it
     bool connected_ = false;                  // by what the server has reported last
     std::map<int, bool> meterRequests_;       // by element
     std::optional<std::uint64_t> roundTrip_;  // the latest that waits: it answers those before

@@ -86,7 +86,7 @@ pa::RecordFields scheduleRecord(const Schedule& schedule) {
         std::nullopt,  // 10: the visual part
     };
     for (const SchedulePart& part : schedule.parts) {
-        fields[part.type->medium == Medium::Audio ? 9 : 10] = partField(part);
+        fields.set(part.type->medium == Medium::Audio ? 9 : 10, partField(part));
     }
     return fields;
 }

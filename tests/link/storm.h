@@ -72,15 +72,18 @@ inline std::vector<palink::ServerEvent> makeStream(const std::string& own) {
             stream.emplace_back(palink::LevelReading{key, -6.0});
         } else {
             pa::RecordFields fields(32);
-            std::generate(fields.begin(), fields.end(), [&] { return std::to_string(upTo(3)); });
-            fields[0] = std::to_string(key);
+            for (std::size_t place = 0; place < fields.size(); ++place) {
+                fields.set(place, std::to_string(upTo(3)));
+            }
+            fields.set(0, std::to_string(key));
             if (kind == RecordKind::Source) {
-                fields[9] = holders[upTo(3) - 1];
+                fields.set(9, holders[upTo(3) - 1]);
             } else if (kind == RecordKind::Schedule) {
-                fields[9] = "2,o,Z" + *fields[1] + ",1^" + *fields[2] + "!3";
-                fields[10].reset();
+                const std::string item(*fields[2]);
+                fields.set(9, ("2,o,Z" + item).append(",1^").append(item).append("!3"));
+                fields.set(10, std::nullopt);
             } else if (kind == RecordKind::TtsPort) {
-                fields[2] = "48000";
+                fields.set(2, "48000");
             }
             stream.emplace_back(palink::Record{serverNo, kind, key, std::move(fields)});
         }

@@ -206,13 +206,13 @@ pa::RecordFields fieldsOf(const std::string& text) {
             fields.resize(std::stoul(field));
             field = field.substr(equals + 1);
         }
-        fields.push_back(field == "-" ? std::nullopt : std::optional(field));
+        fields.push_back(field == "-" ? std::nullopt : pa::RecordFields::Field(field));
     }
     return fields;
 }
 
 pa::RecordFields with(pa::RecordFields fields, std::size_t column, const std::string& text) {
     fields.resize(std::max(fields.size(), column + 1));
-    fields[column] = text;
+    fields.set(column, text);
     return fields;
 }

@@ -115,7 +115,7 @@ private:
             text = " " + decoded(*fields[0]);
         }
         for (const std::size_t i : rowOf(event.kind).places) {
-            text += i < fields.size() ? " " + fields[i].value_or("-") : "";
+            text += i < fields.size() ? " " + std::string(fields[i].value_or("-")) : "";
         }
         write(rowOf(event.kind).name, std::to_string(event.key), text);
     }

@@ -18,8 +18,9 @@ TEST(ScheduleRecords, HaveALevelOfEncodingForEachSplitOfTheReader) {
         decodeSchedule(R"(1,"u~\"A\"",2026,1,5,6,0,2027,12,31,23,59,31,15,1,"",1,-20,)" + parts,
                        schedule);
         std::string text;
-        for (const auto& field : scheduleRecord(schedule)) {
-            text += (field && field->front() == '"' ? decoded(*field) : field.value_or("-")) + " ";
+        for (const auto field : scheduleRecord(schedule)) {
+            const bool isQuoted = field && field->front() == '"';
+            text.append(isQuoted ? decoded(*field) : std::string(field.value_or("-"))).append(" ");
         }
         EXPECT_EQ(text.substr(0, head.size()), head);
         return text.substr(head.size());

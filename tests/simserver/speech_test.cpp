@@ -91,8 +91,8 @@ TEST_F(SpeechTest, StoresASpokenTextOnce) {
     const std::string uuid = uuidOf(1);
     const std::string name = "pa-previews/" + uuid + ".wav";
     std::string fields;
-    for (const auto& field : client.last[{RecordKind::TtsDictionary, 1}]) {
-        fields += *field + "\n";
+    for (const auto field : client.last[{RecordKind::TtsDictionary, 1}]) {
+        fields.append(*field).append("\n");
     }
     // A header of 44 bytes and two samples; the checksum is that of sha256sum.
     EXPECT_EQ(fields,

@@ -12,7 +12,7 @@ using namespace simserver;
 std::string textOf(const pa::RecordFields& fields) {
     std::string text;
     for (std::size_t i = 0; i < fields.size(); ++i) {
-        text += fields[i] ? " " + std::to_string(i) + "=" + *fields[i] : "";
+        text += fields[i] ? " " + std::to_string(i) + "=" + fields.text(i) : "";
     }
     return text;
 }

@@ -35,8 +35,8 @@ void expectResults(Read read, const std::string& table) {
 }
 
 /// A text without one level of encoding.
-inline std::string decoded(const std::string& text) {
-    return simserver::NamedField(text).decodedText();
+inline std::string decoded(std::string_view text) {
+    return simserver::NamedField(std::string(text)).decodedText();
 }
 
 /// A text with a change "old => new".
