@@ -109,7 +109,7 @@ void PAController::addUpdateAnnouncementRequest(int elemNo, TEVlist* elemArgList
         }
     }
     record.id = elemNo;
-    decodeRecord(*elemArgList, columns, record);
+    decodeRecord<columns>(*elemArgList, record);
     if (record.hasContent && !parseContent(record)) {
         return;
     }

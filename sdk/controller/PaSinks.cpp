@@ -8,6 +8,7 @@
 #include "sdk/controller/notify.h"
 #include "sdk/globals.h"
 #include "sdk/paDebug.h"
+#include "sdk/records/BlankRecord.h"
 #include "sdk/records/cacheValues.h"
 #include "sdk/records/recordColumns.h"
 #include "sdk/records/recordMerge.h"
@@ -96,17 +97,17 @@ void PAController::addUpdatePaSink(int elemNo, TEVlist* elemArgList) {
     if (!hasRecord(elemArgList, "addUpdatePaSink", elemNo)) {
         return;
     }
-    PaSink decoded;
-    decodeRecord(*elemArgList, columns, decoded);
+    BlankRecord<PaSink> blank;
+    PaSink& decoded = *blank;
+    decodeRecord<columns>(*elemArgList, decoded);
 
     const MutexGuard guard(paControllerMtx);
-    const auto known = availablePaSinks.find(elemNo);
-    const std::string mediaLogBefore =
-        known != availablePaSinks.end() ? known->second.mediaLog : std::string();
-    const Merge merged = mergeRecord(availablePaSinks, elemNo, decoded, fields, matchById<PaSink>);
-    const PaSink& sink = availablePaSinks.at(elemNo);
+    const auto [entry, merged] =
+        mergeRecord<fields>(availablePaSinks, elemNo, decoded, matchById<PaSink>);
+    const PaSink& sink = entry->second;
     if (merged == Merge::Updated) {
         AudioServer* const audioServer = load(gAudioServerInstance);
+        const std::string& mediaLogBefore = decoded.mediaLog;
         if (audioServer != nullptr && sink.mediaLog != mediaLogBefore && !sink.mediaLog.empty()) {
             audioServer->addCampaignLog(sink.mediaLog);
         }
@@ -115,7 +116,7 @@ void PAController::addUpdatePaSink(int elemNo, TEVlist* elemArgList) {
         PASDK_DEBUG(1, "%s: sinkId >%d< added to list. Total sinks >%zd<", "addUpdatePaSink",
                     sink.id, availablePaSinks.size());
     }
-    publish(availablePaSinks, elemNo, merged != Merge::Unchanged,
+    publish(availablePaSinks, entry, merged != Merge::Unchanged,
             &PAControllerObserver::onPaSinkUpdate, EventItem::PA_SINK_UPDATED);
 }
 
