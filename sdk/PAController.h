@@ -25,6 +25,7 @@
 #include "sdk/ScheduleDefinition.h"
 #include "sdk/TTSDictionary.h"
 #include "sdk/lock.h"
+#include "sdk/records/RecordCache.h"
 #include "sdk/records/ScheduleCache.h"
 
 namespace pa {
@@ -426,7 +427,7 @@ private:
     /// Notifies the observers of a changed entry and posts its event. Stops when a callback deletes
     /// the entry.
     template <class Record>
-    void publish(std::map<int, Record>& cache, typename std::map<int, Record>::iterator entry,
+    void publish(pa::RecordCache<Record>& cache, typename pa::RecordCache<Record>::iterator entry,
                  bool changed, void (PAControllerObserver::*slot)(Record),
                  EventItem::EVENT_TYPE event) PASDK_REQUIRES(paControllerMtx);
 
@@ -483,13 +484,13 @@ private:
     ScheduleDefinition* scheduleOf(int scheduleId) PASDK_REQUIRES(paControllerMtx);
     void notifyUploadFailed(const std::string& requestId);
 
-    std::map<int, PaSource> availablePaSources PASDK_GUARDED_BY(paControllerMtx);
+    pa::RecordCache<PaSource> availablePaSources PASDK_GUARDED_BY(paControllerMtx);
     /// In order of arrival.
     std::vector<PaSourceLockStatus> availablePaSourcesLockStatus PASDK_GUARDED_BY(paControllerMtx);
-    std::map<int, PaSink> availablePaSinks PASDK_GUARDED_BY(paControllerMtx);
-    std::map<int, PaTrigger> availablePaTriggersHW PASDK_GUARDED_BY(paControllerMtx);
+    pa::RecordCache<PaSink> availablePaSinks PASDK_GUARDED_BY(paControllerMtx);
+    pa::RecordCache<PaTrigger> availablePaTriggersHW PASDK_GUARDED_BY(paControllerMtx);
     std::vector<PaSWTrigger> availablePaTriggersSW PASDK_GUARDED_BY(lookupLock);
-    std::map<int, PaSelector> availablePaSelectors PASDK_GUARDED_BY(paControllerMtx);
+    pa::RecordCache<PaSelector> availablePaSelectors PASDK_GUARDED_BY(paControllerMtx);
     /// By element number of the source record.
     std::map<int, std::set<std::string>> attachedPaZonesToPaSourceList
         PASDK_GUARDED_BY(paControllerMtx);
@@ -506,11 +507,11 @@ private:
     std::deque<ObserverList> paControllerObservers PASDK_GUARDED_BY(lookupLock){ObserverList()};
     std::atomic<const ObserverList*> currentObservers{&paControllerObservers.back()};
 
-    std::map<int, PaZone> availablePaZonesPrimaryServer PASDK_GUARDED_BY(paControllerMtx);
-    std::map<int, PaZone> availablePaZonesLocalServer PASDK_GUARDED_BY(paControllerMtx);
+    pa::RecordCache<PaZone> availablePaZonesPrimaryServer PASDK_GUARDED_BY(paControllerMtx);
+    pa::RecordCache<PaZone> availablePaZonesLocalServer PASDK_GUARDED_BY(paControllerMtx);
     pa::ScheduleCache scheduleList PASDK_GUARDED_BY(lookupLock);
-    std::map<int, TTSVocalizer> ttsVocalizertList PASDK_GUARDED_BY(paControllerMtx);
-    std::map<int, TTSDictionary> ttsDictionaryList PASDK_GUARDED_BY(paControllerMtx);
+    pa::RecordCache<TTSVocalizer> ttsVocalizertList PASDK_GUARDED_BY(paControllerMtx);
+    pa::RecordCache<TTSDictionary> ttsDictionaryList PASDK_GUARDED_BY(paControllerMtx);
     /// By request id.
     std::map<std::string, TTSPendingInfo> ttsPendingPreviewList PASDK_GUARDED_BY(lookupLock);
     std::map<int, AnnouncementRequest> activeAnnouncementRequestList PASDK_GUARDED_BY(lookupLock);

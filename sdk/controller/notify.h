@@ -50,13 +50,13 @@ void PAController::notifyWhile(Condition holds, void (PAControllerObserver::*slo
 }
 
 template <class Record>
-void PAController::publish(std::map<int, Record>& cache,
-                           typename std::map<int, Record>::iterator entry, bool changed,
+void PAController::publish(pa::RecordCache<Record>& cache,
+                           typename pa::RecordCache<Record>::iterator entry, bool changed,
                            void (PAControllerObserver::*slot)(Record),
                            EventItem::EVENT_TYPE event) {
     if (changed && !observers().empty()) {
         const int key = entry->first;
-        notifyWhile([&] { return cache.count(key) > 0; }, slot, Record(entry->second));
+        notifyWhile([&] { return cache.find(key) != cache.end(); }, slot, Record(entry->second));
         entry = cache.find(key);
     }
     if (entry != cache.end()) {

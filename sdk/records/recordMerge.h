@@ -2,8 +2,9 @@
 
 #include <cstddef>
 #include <iterator>
-#include <map>
 #include <utility>
+
+#include "sdk/records/RecordCache.h"
 
 /// @file
 /// Which members an update of a cached record compares and takes over is a table, and `mergeRecord`
@@ -65,7 +66,7 @@ bool matchByKey(const Record& /*cached*/, const Record& /*decoded*/) {
 /// Where the record is in its cache now, and how it came there.
 template <class Record>
 struct Merged {
-    typename std::map<int, Record>::iterator entry;
+    typename RecordCache<Record>::iterator entry;
     Merge outcome;
 };
 
@@ -83,11 +84,11 @@ void takeFields(Record& cached, Record& decoded, std::index_sequence<rows...> /*
 /// taken over, a record without a matching entry is added.
 /// @param decoded afterwards its fields may be those that the cache had before
 template <const auto& fields, class Record, class Match>
-Merged<Record> mergeRecord(std::map<int, Record>& cache, int key, Record& decoded, Match matches) {
+Merged<Record> mergeRecord(RecordCache<Record>& cache, int key, Record& decoded, Match matches) {
     constexpr std::make_index_sequence<std::size(fields)> rows;
     const auto found = cache.find(key);
     if (found == cache.end() || !matches(found->second, decoded)) {
-        return {cache.emplace(key, decoded).first, Merge::Added};
+        return {cache.emplace(key, decoded), Merge::Added};
     }
     Record& cached = found->second;
     if (sameFields<fields>(cached, decoded, rows)) {
