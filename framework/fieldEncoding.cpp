@@ -1,6 +1,9 @@
 #include "framework/fieldEncoding.h"
 
+#include <algorithm>
 #include <utility>
+
+using namespace pa;
 
 namespace {
 
@@ -8,8 +11,8 @@ bool isEscaped(char c) {
     return c == '"' || c == '\\';
 }
 
-/// The plain text of a whole quoted string into `plain`; false when the text is none.
-bool readQuoted(const std::string& text, std::string& plain) {
+/// Whether a text is one whole quoted string.
+bool isQuoted(const std::string& text) {
     if (text.size() < 2 || text.front() != '"' || text.back() != '"') {
         return false;
     }
@@ -24,30 +27,49 @@ bool readQuoted(const std::string& text, std::string& plain) {
                 return false;  // the closing quote is itself escaped
             }
         }
-        plain += text[i];
     }
     return true;
 }
 
 }  // namespace
 
+void pa::appendEncoded(std::string& out, std::string_view text, unsigned depth) {
+    // Each encoding doubles the backslashes of the one inside and adds one for the character.
+    const std::size_t backslashes = (std::size_t{1} << depth) - 1;
+    const auto* run = text.begin();
+    for (const auto* at = run; at != text.end(); ++at) {
+        if (isEscaped(*at)) {
+            out.append(run, at).append(backslashes, '\\');
+            run = at;
+        }
+    }
+    out.append(run, text.end());
+}
+
 void prepareElemStringFieldForSvr(std::string& text) {
     std::string prepared;
     prepared.reserve(text.size() + 2);
     prepared += '"';
-    for (const char c : text) {
-        if (isEscaped(c)) {
-            prepared += '\\';
-        }
-        prepared += c;
-    }
+    appendEncoded(prepared, text, 1);
     prepared += '"';
     text = std::move(prepared);
 }
 
 void translateElemStringFieldFromSvr(std::string& text) {
-    std::string plain;
-    if (readQuoted(text, plain)) {
-        text = std::move(plain);
+    if (!isQuoted(text)) {
+        return;
     }
+    char* write = text.data();
+    const char* read = write + 1;
+    const char* const end = write + text.size() - 1;
+    while (true) {
+        const char* const backslash = std::find(read, end, '\\');
+        write = std::copy(read, backslash, write);
+        if (backslash == end) {
+            break;
+        }
+        read = backslash + (isEscaped(backslash[1]) ? 1 : 0);
+        *write++ = *read++;
+    }
+    text.resize(static_cast<std::size_t>(write - text.data()));
 }
