@@ -1,79 +1,80 @@
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <utility>
 #include <vector>
 
 namespace pa {
 
-/// Takes the tokens out of a list of texts one after the other, by the rules of `splitStr`. A plain
-/// value without a lock; the list must outlive it.
+/// Takes the tokens out of a list one after the other, by the rules of `splitStr`, without a copy:
+/// each is written over its own part of the list. A plain value without a lock.
 class TokenReader {
 public:
-    TokenReader(const char* text, char separator) : next_(text), separator_(separator) {}
+    /// @param list outlives the tokens
+    TokenReader(char* list, char separator) : read_(list), separator_(separator) {}
 
-    /// Takes the next token.
-    /// @param token replaced, empty when there is none
-    /// @return false when there is none
-    bool next(std::string& token) {
-        token.clear();
+    /// Takes the next token. Leaves the list as it is when there is none.
+    /// @return the token, null when there is none
+    char* next() {
         const bool follows = std::exchange(separatorBefore_, false);
+        char* read = read_;
+        char* write = read_;
         bool inQuotes = false;
         quoted_ = false;
-        while (true) {
-            const char* const run = next_;
-            while (isPlain(*next_) && (inQuotes || *next_ != separator_)) {
-                ++next_;
+        for (char c = *read; c != '\0'; c = *++read) {
+            if (c == '"') {
+                inQuotes = !inQuotes;
+                quoted_ = true;
+                continue;
             }
-            append(token, run);
-            switch (*next_) {
-                case '\0':
-                    return follows || quoted_ || !token.empty();
-                case '"':
-                    ++next_;
-                    inQuotes = !inQuotes;
-                    quoted_ = quoted_ || inQuotes;
+            if (c == '\\') {
+                c = *++read;
+                if (c == '\0') {
                     break;
-                case '\\':
-                    ++next_;
-                    takeLiterally(token);
-                    break;
-                default:
-                    ++next_;
-                    separatorBefore_ = true;
-                    return true;
+                }
+            } else if (c == separator_ && !inQuotes) {
+                separatorBefore_ = true;
+                break;
+            }
+            if (write != read_ || (c != ' ' && c != '\t')) {
+                *write++ = c;
             }
         }
+        if (!separatorBefore_ && !follows && !quoted_ && write == read_) {
+            return nullptr;
+        }
+        *write = '\0';
+        size_ = static_cast<std::size_t>(write - read_);
+        return std::exchange(read_, separatorBefore_ ? read + 1 : read);
     }
 
-    /// Whether the last token has quotes.
+    /// The length of the last token.
+    std::size_t size() const { return size_; }
+
+    /// Whether the last token had quotes.
     bool wasQuoted() const { return quoted_; }
 
 private:
-    static bool isPlain(char c) { return c != '\0' && c != '"' && c != '\\'; }
-
-    /// The character after a backslash.
-    void takeLiterally(std::string& token) {
-        const char* const literal = next_;
-        if (*literal != '\0') {
-            ++next_;
-            append(token, literal);
-        }
-    }
-
-    /// Appends the characters from `from` on, without leading blanks and tabs.
-    void append(std::string& token, const char* from) const {
-        while (token.empty() && from != next_ && (*from == ' ' || *from == '\t')) {
-            ++from;
-        }
-        token.append(from, next_);
-    }
-
-    const char* next_;
+    char* read_;
     char separator_;
+    std::size_t size_ = 0;
     bool separatorBefore_ = false;  // a token follows, even an empty one
     bool quoted_ = false;
 };
+
+/// Appends every token that follows.
+/// @param markEmpty as of `splitStr`
+template <class Container>
+void appendTokens(TokenReader tokens, Container& out, bool markEmpty = false) {
+    while (const char* const token = tokens.next()) {
+        if (markEmpty && tokens.size() == 0 && !tokens.wasQuoted()) {
+            out.emplace_back("<NULL>");
+        } else {
+            out.emplace_back(token, tokens.size());
+        }
+    }
+}
 
 }  // namespace pa
 
@@ -88,15 +89,9 @@ private:
 /// @return the number of tokens
 template <class Container = std::vector<std::string>>
 int splitStr(const char* text, char separator, Container& out, bool markEmpty) {
+    std::string list = text;
     out.clear();
-    pa::TokenReader reader(text, separator);
-    std::string token;
-    while (reader.next(token)) {
-        if (markEmpty && token.empty() && !reader.wasQuoted()) {
-            token = "<NULL>";
-        }
-        out.push_back(std::move(token));
-    }
+    pa::appendTokens(pa::TokenReader(list.data(), separator), out, markEmpty);
     return static_cast<int>(out.size());
 }
 

@@ -46,11 +46,12 @@ public:
     /// What `append(payload)` appends, as one text in the encoding of the link.
     template <class Append>
     Payload& nested(Append append) {
-        plain(quote);
+        quote();
         ++depth_;
         append(*this);
         --depth_;
-        return plain(quote);
+        quote();
+        return *this;
     }
     /// Every element of `elements` by `append(payload, element)`, with a separator between them.
     template <class Elements, class Append>
@@ -74,7 +75,13 @@ public:
     const std::string& text() const { return text_; }
 
 private:
-    static constexpr std::string_view quote = "\"";
+    void quote() {
+        if (depth_ == 0) {
+            text_ += '"';
+        } else {
+            appendEncoded(text_, "\"", depth_);
+        }
+    }
 
     std::string text_;
     unsigned depth_ = 0;  // of the encoded texts that are being written
