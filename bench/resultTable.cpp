@@ -32,11 +32,11 @@ std::string wantedText(const ResultRow& row) {
     return text.empty() || row.isAsWanted() ? text : text + "  MISSED";
 }
 
-std::string lineOf(const std::vector<std::string>& cells) {
+std::string lineOf(std::size_t width, const std::vector<std::string>& cells) {
     char text[256];
-    std::snprintf(text, sizeof text, "%-58s %9s %9s %9s %9s %6s  %-9s %s\n", cells[0].c_str(),
-                  cells[1].c_str(), cells[2].c_str(), cells[3].c_str(), cells[4].c_str(),
-                  cells[5].c_str(), cells[6].c_str(), cells[7].c_str());
+    std::snprintf(text, sizeof text, "%-*s %9s %9s %9s %9s %6s  %-9s %s\n", static_cast<int>(width),
+                  cells[0].c_str(), cells[1].c_str(), cells[2].c_str(), cells[3].c_str(),
+                  cells[4].c_str(), cells[5].c_str(), cells[6].c_str(), cells[7].c_str());
     return text;
 }
 
@@ -74,13 +74,18 @@ bool ResultRow::isAsWanted() const {
 }
 
 std::string tableText(const std::vector<ResultRow>& rows) {
-    std::string text =
-        lineOf({"", "median", "best", "reference", "best", "ratio", "unit", "wanted"});
+    std::size_t width = 40;
     for (const ResultRow& row : rows) {
-        text += lineOf({row.what, numberText(row.measured.median()),
-                        numberText(bestOf(row, row.measured)), numberText(row.reference.median()),
-                        numberText(bestOf(row, row.reference)), numberText(row.ratio()), row.unit,
-                        wantedText(row)});
+        width = std::max(width, row.what.size());
+    }
+    std::string text =
+        lineOf(width, {"", "median", "best", "reference", "best", "ratio", "unit", "wanted"});
+    for (const ResultRow& row : rows) {
+        text += lineOf(
+            width,
+            {row.what, numberText(row.measured.median()), numberText(bestOf(row, row.measured)),
+             numberText(row.reference.median()), numberText(bestOf(row, row.reference)),
+             numberText(row.ratio()), row.unit, wantedText(row)});
     }
     return text;
 }
@@ -99,6 +104,7 @@ std::string tableJson(const std::string& benchmark, const std::vector<ResultRow>
         all.push_back({{"benchmark", benchmark},
                        {"what", row.what},
                        {"unit", row.unit},
+                       {"moreIsBetter", row.moreIsBetter},
                        {"measured", summary(row.measured)},
                        {"reference", summary(row.reference)},
                        {"ratio", row.ratio()},
@@ -107,6 +113,22 @@ std::string tableJson(const std::string& benchmark, const std::vector<ResultRow>
                        {"asWanted", row.isAsWanted()}});
     }
     return all.dump(2) + '\n';
+}
+
+std::vector<ResultRow> rowsOf(const std::string& json) {
+    const auto numberOr0 = [](const nlohmann::json& wanted) {
+        return wanted.is_null() ? 0 : wanted.get<double>();
+    };
+    std::vector<ResultRow> rows;
+    for (const nlohmann::json& row : nlohmann::json::parse(json)) {
+        const auto samples = [&row](const char* name) {
+            return Samples{row.at(name).at("trials").get<std::vector<double>>()};
+        };
+        rows.push_back({row.at("what"), row.at("unit"), samples("measured"), samples("reference"),
+                        row.at("moreIsBetter"), numberOr0(row.at("wantedRatio")),
+                        numberOr0(row.at("wantedMost"))});
+    }
+    return rows;
 }
 
 }  // namespace bench

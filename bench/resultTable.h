@@ -42,4 +42,8 @@ std::string tableText(const std::vector<ResultRow>& rows);
 /// @param benchmark the name of the program, in each of them
 std::string tableJson(const std::string& benchmark, const std::vector<ResultRow>& rows);
 
+/// Reads what `tableJson` has written.
+/// @throws nlohmann::json::exception for anything else
+std::vector<ResultRow> rowsOf(const std::string& json);
+
 }  // namespace bench

@@ -1,0 +1,25 @@
+#pragma once
+
+#include <vector>
+
+#include "bench/controller/turns.h"
+
+namespace bench {
+
+/// A group of rows. It runs in a process of its own.
+struct BenchCase {
+    const char* name;
+    std::vector<ResultRow> (*run)(const RunSettings& settings);
+};
+
+using BenchCases = std::vector<BenchCase>;
+
+BenchCases recordCases();
+BenchCases operationCases();
+BenchCases linkCases();
+
+/// A row that compares what was measured with a reference of the same rounds.
+ResultRow rowOf(const std::string& what, const Contender& measured, const Contender& reference,
+                double wantedRatio = 0);
+
+}  // namespace bench

@@ -1,0 +1,304 @@
+#pragma once
+
+#include <set>
+#include <string>
+#include <vector>
+
+#include "include/common/RecordList.h"
+#include "sdk/PAController.h"
+#include "sdk/recordKinds.h"
+
+/// @file
+/// Every kind of record: what a server sends for a key, how the references read it, and what the
+/// controller does with it. The cases of bench/controller/recordCases.cpp are made from these
+/// descriptions. A record has two versions, which differ in one field.
+
+namespace bench {
+
+/// What follows from a record, for the observers and in the event queue.
+enum class Follows { Never, OnChange, Always };
+
+struct ReportedSource : PaSource {
+    std::string lockedUUID;
+    int reportingServer = 0;
+};
+
+struct SourceKind {
+    using Record = ReportedSource;
+    static constexpr pa::RecordKind kind = pa::RecordKind::Source;
+    static constexpr Follows observers = Follows::OnChange;
+    static constexpr Follows event = Follows::Always;
+    static pa::RecordFields fields(int key, int version);
+    /// @param holder UUID of the client that holds its lock
+    static pa::RecordFields fieldsOfLocked(int key, const std::string& holder);
+    static void handle(PAController& controller, int key, TEVlist* list) {
+        controller.addUpdatePaSource(key, list);
+    }
+    static auto all(const PAController& controller) { return controller.getPaSources(); }
+    static auto find(const PAController& controller, int key) {
+        return controller.findPaSource(key);
+    }
+    template <class In>
+    static void read(In& in, Record& to) {
+        in.number(to.id);
+        in.quoted(to.location);
+        in.quoted(to.label);
+        in.text(to.ipAddress, "0.0.0.0");
+        in.number(to.type);
+        in.skip();
+        in.text(to.subAddress);
+        in.number(to.state);
+        in.skip();
+        in.text(to.lockedUUID);
+        in.number(to.reportingServer);
+        in.decimal(to.inputGain, -96);
+        in.number(to.broadcastType);
+        in.skip(3);
+        in.number(to.healthState, PaSource::HEALTHY);
+    }
+};
+
+struct SinkKind {
+    using Record = PaSink;
+    static constexpr pa::RecordKind kind = pa::RecordKind::Sink;
+    static constexpr Follows observers = Follows::OnChange;
+    static constexpr Follows event = Follows::Always;
+    static pa::RecordFields fields(int key, int version);
+    static void handle(PAController& controller, int key, TEVlist* list) {
+        controller.addUpdatePaSink(key, list);
+    }
+    static auto all(const PAController& controller) { return controller.getPaSinks(); }
+    static auto find(const PAController& controller, int key) { return controller.findPaSink(key); }
+    template <class In>
+    static void read(In& in, Record& to) {
+        in.number(to.id);
+        in.quoted(to.location);
+        in.quoted(to.label);
+        in.text(to.ipAddress, "0.0.0.0");
+        in.number(to.type);
+        in.skip();
+        in.text(to.ampPortList);
+        in.number(to.state);
+        in.skip();
+        in.number(to.announcementType);
+        in.skip();
+        double gain = 0;
+        in.decimal(gain, -96);
+        to.outputGain.setLevel(gain);
+        in.number(to.muteState, PaSink::NOT_MUTED);
+        in.skip(2);
+        in.number(to.monitoringSinkId);
+        in.skip();
+        in.number(to.healthState);
+        in.skip(8);
+        in.list(to.paZoneList);
+        in.number(to.monitoringEnabled, 1);
+        in.listAsReceived(to.monitoringZoneList);
+        in.skip(2);
+        in.quoted(to.mediaLog);
+    }
+};
+
+struct ZoneKind {
+    using Record = PaZone;
+    static constexpr pa::RecordKind kind = pa::RecordKind::Zone;
+    static constexpr Follows observers = Follows::OnChange;
+    static constexpr Follows event = Follows::OnChange;
+    static pa::RecordFields fields(int key, int version);
+    static void handle(PAController& controller, int key, TEVlist* list) {
+        constexpr int server = 1;
+        controller.addUpdatePaZone(server, key, list);
+    }
+    static auto all(const PAController& controller) { return controller.getPaZones(); }
+    static auto find(const PAController& controller, int key) { return controller.findPaZone(key); }
+    template <class In>
+    static void read(In& in, Record& to) {
+        in.quoted(to.id);
+        in.skip();
+        in.number(to.activity);
+        in.text(to.activityText);
+        in.number(to.announcementType);
+        in.text(to.announcementTypeText);
+        in.number(to.health);
+        in.text(to.healthText);
+    }
+};
+
+struct TriggerKind {
+    using Record = PaTrigger;
+    static constexpr pa::RecordKind kind = pa::RecordKind::Trigger;
+    static constexpr Follows observers = Follows::OnChange;
+    static constexpr Follows event = Follows::Always;
+    static pa::RecordFields fields(int key, int version);
+    static void handle(PAController& controller, int key, TEVlist* list) {
+        controller.addUpdatePaTrigger(key, list);
+    }
+    static auto all(const PAController& controller) { return controller.getHwPaTriggers(); }
+    static auto find(const PAController& controller, int key) {
+        return controller.findHwPaTrigger(key);
+    }
+    template <class In>
+    static void read(In& in, Record& to) {
+        int server = 0;
+        in.number(to.id);
+        in.number(to.associatedSourceId);
+        in.text(to.label);
+        in.number(to.type, PaTrigger::DIN_NORMALLY_OPEN);
+        in.skip();
+        in.text(to.subAddress);
+        in.number(to.priority, 500);
+        in.number(to.state);
+        in.skip();
+        in.number(to.associatedSelectorId);
+        in.number(server);
+    }
+};
+
+struct SelectorKind {
+    using Record = PaSelector;
+    static constexpr pa::RecordKind kind = pa::RecordKind::Selector;
+    static constexpr Follows observers = Follows::OnChange;
+    static constexpr Follows event = Follows::Always;
+    static pa::RecordFields fields(int key, int version);
+    static void handle(PAController& controller, int key, TEVlist* list) {
+        controller.addUpdatePaSelector(key, list);
+    }
+    static auto all(const PAController& controller) { return controller.getPaSelectors(); }
+    static auto find(const PAController& controller, int key) {
+        return controller.findPaSelector(key);
+    }
+    template <class In>
+    static void read(In& in, Record& to) {
+        in.number(to.id);
+        in.number(to.associatedSourceId);
+        in.number(to.type);
+        in.skip();
+        in.text(to.number);
+        in.text(to.label);
+        in.number(to.protection);
+        in.skip();
+        in.number(to.mode);
+        in.skip();
+        in.number(to.dynamicRestriction);
+        in.skip();
+        in.number(to.state, PaSelector::DISABLED);
+    }
+};
+
+struct AnnouncementKind {
+    using Record = AnnouncementRequest;
+    static constexpr pa::RecordKind kind = pa::RecordKind::Announcement;
+    static constexpr Follows observers = Follows::Always;
+    static constexpr Follows event = Follows::Never;
+    static pa::RecordFields fields(int key, int version);
+    static void handle(PAController& controller, int key, TEVlist* list) {
+        controller.addUpdateAnnouncementRequest(key, list);
+    }
+    static auto all(const PAController& controller) { return controller.getAnnouncementRequests(); }
+    static auto find(const PAController& controller, int key) {
+        return controller.findAnnouncementRequest(key);
+    }
+    template <class In>
+    static void read(In& in, Record& to) {
+        thread_local std::string requestId;
+        in.quoted(requestId);
+        to.setRequestID(requestId);
+        in.skip(4);
+        in.text(to.stateText);
+        in.text(to.startDateTime);
+        in.skip(2);
+        in.content(to);
+        in.skip(6);
+        in.text(to.priorityText);
+        in.skip();
+        in.text(to.completionCode);
+        in.quoted(to.completionMsg);
+    }
+};
+
+struct ScheduleKind {
+    using Record = ScheduleDefinition;
+    static constexpr pa::RecordKind kind = pa::RecordKind::Schedule;
+    static constexpr Follows observers = Follows::Always;
+    static constexpr Follows event = Follows::Always;
+    static pa::RecordFields fields(int key, int version);
+    static void handle(PAController& controller, int key, TEVlist* list) {
+        controller.updateScheduleList(key, list);
+    }
+    static auto all(const PAController& controller) { return controller.listSchedules(); }
+    static auto find(const PAController& controller, int key) {
+        return controller.findSchedule(key);
+    }
+    template <class In>
+    static void read(In& in, Record& to) {
+        in.quoted(to.descrption);
+        in.numbers({&to.startYear, &to.startMonth, &to.startDay});
+        in.numbers({&to.startHour, &to.startMinute});
+        in.numbers({&to.endYear, &to.endMonth, &to.endDay});
+        in.numbers({&to.endHour, &to.endMinute});
+        in.number(to.dayMask);
+        in.number(to.frequency);
+        in.number(to.priorityMode);
+        in.number(to.priorityLevel, 500);
+        in.audioPart(to);
+        in.visualPart(to);
+    }
+};
+
+struct TtsPortKind {
+    using Record = TTSVocalizer;
+    static constexpr pa::RecordKind kind = pa::RecordKind::TtsPort;
+    static constexpr Follows observers = Follows::Never;
+    static constexpr Follows event = Follows::Never;
+    static pa::RecordFields fields(int key, int version);
+    static void handle(PAController& controller, int key, TEVlist* list) {
+        controller.updateFromTTS_Ports(key, list);
+    }
+    static auto all(const PAController& controller) { return controller.getTTSVocalizerList(); }
+    template <class In>
+    static void read(In& in, Record& to) {
+        in.quoted(to.language);
+        in.quoted(to.voice);
+        in.number(to.rate, TTSVocalizer::usableRate);
+        in.quoted(to.text);
+    }
+};
+
+struct TtsDictionaryKind {
+    using Record = TTSDictionary;
+    static constexpr pa::RecordKind kind = pa::RecordKind::TtsDictionary;
+    static constexpr Follows observers = Follows::Always;
+    static constexpr Follows event = Follows::Never;
+    static pa::RecordFields fields(int key, int version);
+    static void handle(PAController& controller, int key, TEVlist* list) {
+        controller.updateFromTTS_Dictionary(key, list);
+    }
+    static auto all(const PAController& controller) { return controller.getTTSDictionaryList(); }
+    template <class In>
+    static void read(In& in, Record& to) {
+        in.number(to.portNo);
+        in.quoted(to.uuid);
+        in.quoted(to.text);
+        in.quoted(to.fullName);
+        in.quoted(to.size);
+        in.quoted(to.checksum);
+        in.quoted(to.uri);
+    }
+};
+
+struct AttachedZonesKind {
+    using Record = std::vector<std::string>;
+    static constexpr pa::RecordKind kind = pa::RecordKind::AttachedZones;
+    static constexpr Follows observers = Follows::Never;
+    static constexpr Follows event = Follows::Never;
+    static pa::RecordFields fields(int key, int version);
+    static void handle(PAController& controller, int key, TEVlist* list) {
+        controller.addUpdateAttachedPaZone(key, list);
+    }
+    template <class In>
+    static void read(In& in, Record& to) {
+        in.list(to);
+    }
+};
+
+}  // namespace bench
