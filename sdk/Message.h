@@ -217,7 +217,6 @@ public:
 
 private:
     std::string requestIdToUse() const;
-    std::string templateText() const;
 
     std::string requestId;
     MessagePriority priority;
