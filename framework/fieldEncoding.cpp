@@ -72,6 +72,28 @@ void prepareElemStringFieldForSvr(std::string& text) {
     text = std::move(prepared);
 }
 
+void pa::assignTranslated(std::string& out, std::string_view text) {
+    if (text.size() < 2 || text.front() != '"' || text.back() != '"') {
+        out = text;
+        return;
+    }
+    out.clear();
+    const char* run = text.data() + 1;
+    const char* const closingQuote = text.data() + text.size() - 1;
+    for (const char* at = run; at != closingQuote; ++at) {
+        const bool isEscape = *at == '\\' && isEscaped(at[1]);
+        if (isEscape) {
+            out.append(run, static_cast<std::size_t>(at - run));
+            run = ++at;
+        }
+        if (at == closingQuote || (*at == '"' && !isEscape)) {
+            out = text;
+            return;
+        }
+    }
+    out.append(run, static_cast<std::size_t>(closingQuote - run));
+}
+
 char* pa::decodeInPlace(char* text) {
     std::size_t size = std::strlen(text);
     return decode(text, size);
