@@ -3,6 +3,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "resource/common/stringUtils.h"
@@ -136,7 +137,7 @@ void PAController::addUpdateAnnouncementRequest(int elemNo, TEVlist* elemArgList
         return;
     }
     RequestRecord record;
-    decodeRecord(*elemArgList, columns, record);
+    decodeRecord<columns>(*elemArgList, record);
     std::string messageContent;
     std::optional<RequestContent> content;
     if (record.messageContent.data() != nullptr) {
@@ -160,7 +161,7 @@ void PAController::addUpdateAnnouncementRequest(int elemNo, TEVlist* elemArgList
             request.setVisualMessageType(content->visualType);
             request.zones.swap(content->zones);
         }
-        if (!paControllerObservers.empty()) {
+        if (!observers().empty()) {
             reported = request;
         }
     }
@@ -171,7 +172,7 @@ void PAController::addUpdateAnnouncementRequest(int elemNo, TEVlist* elemArgList
         const LeafGuard leaf(lookupLock);
         return activeAnnouncementRequestList.count(elemNo) > 0;
     };
-    notifyWhile(isActive, &PAControllerObserver::onMessageUpdate, *reported);
+    notifyWhile(isActive, &PAControllerObserver::onMessageUpdate, std::move(*reported));
 }
 
 std::vector<AnnouncementRequest> PAController::getAnnouncementRequests() const {

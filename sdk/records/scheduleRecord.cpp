@@ -254,7 +254,7 @@ bool takePart(ScheduleRecord& schedule, const char* text,
 std::optional<ScheduleDefinition> pa::decodeSchedule(int scheduleId, const TEVlist& list) {
     ScheduleRecord record;
     record.Id = scheduleId;
-    decodeRecord(list, columns, record);
+    decodeRecord<columns>(list, record);
     const bool good = takePart(record, record.audioPart, &ScheduleDefinition::announcementType,
                                takeAudioContent) &&
                       takePart(record, record.visualPart,

@@ -70,11 +70,11 @@ TEST_F(DecodingTest, TakesTheFieldsThatAreThere) {
         std::string b = "default";
         double c = -1;
     };
-    constexpr Column<Target> columns[] = {integer<&Target::a>, asReceived<&Target::b>, skipped,
-                                          floating<&Target::c>};
-    const auto decode = [&columns](TEVlist& list) {
+    static constexpr Column<Target> columns[] = {integer<&Target::a>, asReceived<&Target::b>,
+                                                 skipped, floating<&Target::c>};
+    const auto decode = [](TEVlist& list) {
         Target target;
-        decodeRecord(list, columns, target);
+        decodeRecord<columns>(list, target);
         return Payload().number(target.a).plain(" " + target.b + " ").level(target.c).text();
     };
     const std::pair<const char*, const char*> cases[] = {
