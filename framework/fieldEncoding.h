@@ -20,8 +20,7 @@ namespace pa {
 /// so many calls of `prepareElemStringFieldForSvr` make of it, without the quotes that they add.
 void appendEncoded(std::string& out, std::string_view text, unsigned depth);
 
-/// Undoes one encoding in place, without moving what follows the first quote.
-/// @return where the plain text begins, inside of `text`
-char* decodeInPlace(char* text);
+/// The text as `translateElemStringFieldFromSvr` leaves it.
+std::string decoded(std::string_view text);
 
 }  // namespace pa
