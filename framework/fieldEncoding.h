@@ -20,11 +20,10 @@ namespace pa {
 /// so many calls of `prepareElemStringFieldForSvr` make of it, without the quotes that they add.
 void appendEncoded(std::string& out, std::string_view text, unsigned depth);
 
-/// The same as `translateElemStringFieldFromSvr`, of a text elsewhere.
-void assignTranslated(std::string& out, std::string_view text);
+/// The text as `translateElemStringFieldFromSvr` leaves it.
+std::string decoded(std::string_view text);
 
-/// Undoes one encoding in place, without moving what follows the first quote.
-/// @return where the plain text begins, inside of `text`
-char* decodeInPlace(char* text);
+/// The same, into a text that may have memory already.
+void assignDecoded(std::string& out, std::string_view text);
 
 }  // namespace pa

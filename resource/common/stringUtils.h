@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <iterator>
 #include <string>
 #include <utility>
 #include <vector>
@@ -63,17 +64,24 @@ private:
     bool quoted_ = false;
 };
 
-/// Appends every token that follows.
+/// Replaces the texts of `out`, in their memory, by every token that follows.
 /// @param markEmpty as of `splitStr`
 template <class Container>
-void appendTokens(TokenReader tokens, Container& out, bool markEmpty = false) {
+void assignTokens(TokenReader tokens, Container& out, bool markEmpty = false) {
+    auto place = out.begin();
     while (const char* const token = tokens.next()) {
-        if (markEmpty && tokens.size() == 0 && !tokens.wasQuoted()) {
-            out.emplace_back("<NULL>");
-        } else {
-            out.emplace_back(token, tokens.size());
+        if (place == out.end()) {
+            out.emplace_back();
+            place = std::prev(out.end());
         }
+        if (markEmpty && tokens.size() == 0 && !tokens.wasQuoted()) {
+            *place = "<NULL>";
+        } else {
+            place->assign(token, tokens.size());
+        }
+        ++place;
     }
+    out.erase(place, out.end());
 }
 
 }  // namespace pa
@@ -84,14 +92,13 @@ void appendTokens(TokenReader tokens, Container& out, bool markEmpty = false) {
 /// @param text      the list; an empty one has no tokens, one that ends with the separator has an
 ///                  empty last token
 /// @param separator any character but a double quote and a backslash
-/// @param out       cleared first, then receives the tokens
+/// @param out       receives the tokens in place of what it has
 /// @param markEmpty whether an empty token that was not quoted becomes "<NULL>"
 /// @return the number of tokens
 template <class Container = std::vector<std::string>>
 int splitStr(const char* text, char separator, Container& out, bool markEmpty) {
     std::string list = text;
-    out.clear();
-    pa::appendTokens(pa::TokenReader(list.data(), separator), out, markEmpty);
+    pa::assignTokens(pa::TokenReader(list.data(), separator), out, markEmpty);
     return static_cast<int>(out.size());
 }
 

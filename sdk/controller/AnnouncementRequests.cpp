@@ -52,9 +52,9 @@ constexpr Column<RequestRecord> columns[] = {
 
 /// What the message content says of the request.
 struct RequestContent {
-    Message::Type audioType = Message::NONE;
-    Message::Type visualType = Message::NONE;
-    std::vector<std::string> zones;
+    Message::Type audioType;
+    Message::Type visualType;
+    char* zones;  // a list, inside of the message content
 };
 
 /// A display template that ends as soon as it is displayed.
@@ -63,20 +63,17 @@ bool hasNoValidity(std::string content) {
     return content.find("\"validity\":0") != std::string::npos;
 }
 
-/// @param list type,origin,zones,content,...
+/// @param text the message content, overwritten: type,origin,zones,content,...
 /// @return nothing when such a request is not tracked
-std::optional<RequestContent> parseContent(std::string list) {
-    TokenReader tokens(list.data(), ',');
-    const auto part = [&tokens] {
-        const char* const token = tokens.next();
-        return token != nullptr ? token : "";
-    };
+std::optional<RequestContent> parseContent(char* text) {
+    static char noZones[] = "";
+    TokenReader tokens(text, ',');
     const char* const typeNumber = tokens.next();
     const int type = typeNumber != nullptr ? decodeInt(typeNumber) : Message::NONE;
-    part();  // the origin
-    const char* const zones = part();
+    tokens.next();  // the origin
+    char* const zones = tokens.next();
 
-    RequestContent content;
+    RequestContent content{Message::NONE, Message::NONE, zones != nullptr ? zones : noZones};
     switch (type) {
         case Message::NONE:
         case Message::MIXED:
@@ -92,7 +89,8 @@ std::optional<RequestContent> parseContent(std::string list) {
             content.audioType = static_cast<Message::Type>(type);
             break;
         case Message::DISPLAY_TEMPLATE:
-            if (hasNoValidity(part())) {
+            if (const char* const display = tokens.next();
+                display != nullptr && hasNoValidity(display)) {
                 return std::nullopt;
             }
             content.visualType = Message::DISPLAY_TEMPLATE;
@@ -100,14 +98,7 @@ std::optional<RequestContent> parseContent(std::string list) {
         default:
             break;
     }
-    splitStr(zones, '^', content.zones, false);
     return content;
-}
-
-std::string translatedText(std::string_view text) {
-    std::string plain(text);
-    translateElemStringFieldFromSvr(plain);
-    return plain;
 }
 
 void take(std::string_view text, std::string& member) {
@@ -116,17 +107,17 @@ void take(std::string_view text, std::string& member) {
     }
 }
 
-/// Takes what the record brings into the request.
+/// Takes what the record brings, but for the message content.
 void update(AnnouncementRequest& request, const RequestRecord& record) {
     if (record.requestId.data() != nullptr) {
-        request.setRequestID(translatedText(record.requestId));
+        request.setRequestID(decoded(record.requestId));
     }
     take(record.stateText, request.stateText);
     take(record.startDateTime, request.startDateTime);
     take(record.priorityText, request.priorityText);
     take(record.completionCode, request.completionCode);
     if (record.completionMsg.data() != nullptr) {
-        request.completionMsg = translatedText(record.completionMsg);
+        request.completionMsg = decoded(record.completionMsg);
     }
 }
 
@@ -139,10 +130,12 @@ void PAController::addUpdateAnnouncementRequest(int elemNo, TEVlist* elemArgList
     RequestRecord record;
     decodeRecord<columns>(*elemArgList, record);
     std::string messageContent;
+    std::string parsed;
     std::optional<RequestContent> content;
     if (record.messageContent.data() != nullptr) {
-        messageContent = translatedText(record.messageContent);
-        content = parseContent(messageContent);
+        messageContent = decoded(record.messageContent);
+        parsed = messageContent;
+        content = parseContent(parsed.data());
         if (!content) {
             return;
         }
@@ -159,7 +152,7 @@ void PAController::addUpdateAnnouncementRequest(int elemNo, TEVlist* elemArgList
             request.messageContent.swap(messageContent);
             request.setAudioMessageType(content->audioType);
             request.setVisualMessageType(content->visualType);
-            request.zones.swap(content->zones);
+            assignTokens(TokenReader(content->zones, '^'), request.zones);
         }
         if (!observers().empty()) {
             reported = request;

@@ -42,7 +42,7 @@ void takeType(SinkRecord& record, const char* text) {
 
 void takeZoneList(SinkRecord& record, const char* text) {
     translated<&SinkRecord::zones>(record, text);
-    appendTokens(TokenReader(record.zones.data(), '^'), record.paZoneList);
+    assignTokens(TokenReader(record.zones.data(), '^'), record.paZoneList);
 }
 
 constexpr Column<SinkRecord> columns[] = {

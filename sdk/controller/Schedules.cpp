@@ -62,12 +62,12 @@ void PAController::notifySchedule(int scheduleId, MergeResult /*result*/) {
     const MutexGuard guard(paControllerMtx);
     ScheduleDefinition* schedule = scheduleOf(scheduleId);
     if (schedule != nullptr && !observers().empty()) {
-        const ScheduleDefinition reported = withoutRequestUUID(*schedule);
         const auto isKnown = [&] {
             const LeafGuard leaf(lookupLock);
             return scheduleList.find(scheduleId) != nullptr;
         };
-        notifyWhile(isKnown, &PAControllerObserver::onScheduleUpdate, reported);
+        notifyWhile(isKnown, &PAControllerObserver::onScheduleUpdate,
+                    withoutRequestUUID(*schedule));
         schedule = scheduleOf(scheduleId);
     }
     if (schedule != nullptr) {

@@ -52,8 +52,8 @@ struct NumberOr {
 /// Numbers with colons between them.
 void takeNumbers(ScheduleDefinition& schedule, const char* text,
                  std::initializer_list<NumberOr> numbers) {
-    std::string list = text;
-    TokenReader tokens(decodeInPlace(list.data()), ':');
+    std::string list = decoded(text);
+    TokenReader tokens(list.data(), ':');
     for (const NumberOr& number : numbers) {
         const char* const token = tokens.next();
         schedule.*number.member = token != nullptr ? decodeInt(token) : number.missing;
@@ -177,7 +177,8 @@ void takeVariable(ScheduleRecord& schedule, const char* item) {
 
 // key=value^key=value!validity
 bool takeTemplate(ScheduleRecord& schedule, char* content) {
-    TokenReader pieces(decodeInPlace(content), '!');
+    std::string plain = decoded(content);
+    TokenReader pieces(plain.data(), '!');
     char* const list = pieces.next();
     if (list == nullptr) {
         return false;
@@ -222,24 +223,23 @@ bool takeVisualContent(ScheduleRecord& schedule, char* content) {
 bool takePart(ScheduleRecord& schedule, const char* text,
               AnnouncementType ScheduleDefinition::*type,
               bool (*takeContent)(ScheduleRecord&, char* content)) {
-    std::string list = text;
-    TokenReader tokens(decodeInPlace(list.data()), ',');
+    std::string list = decoded(text);
+    TokenReader tokens(list.data(), ',');
     const char* const typeNumber = tokens.next();
     if (typeNumber == nullptr) {
         return true;  // no such part
     }
     tokens.next();  // the origin
-    char* const zones = tokens.next();
+    const char* const zones = tokens.next();
     char* const content = tokens.next();
     if (content == nullptr) {
-        list = text;  // as it was
         handleError(3, "%s: schedule Id >%d< dropped: a part without content >%s<", handler,
-                    schedule.Id, decodeInPlace(list.data()));
+                    schedule.Id, decoded(text).c_str());
         return false;
     }
     schedule.*type = static_cast<AnnouncementType>(decodeInt(typeNumber));
-    schedule.paZones.clear();
-    appendTokens(TokenReader(decodeInPlace(zones), '^'), schedule.paZones);
+    std::string zoneList = decoded(zones);
+    assignTokens(TokenReader(zoneList.data(), '^'), schedule.paZones);
     if (!takeContent(schedule, content)) {
         return false;
     }

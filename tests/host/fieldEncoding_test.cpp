@@ -10,7 +10,7 @@ std::string prepared(std::string text) {
 }
 std::string translated(std::string text) {
     std::string elsewhere = "left over";
-    pa::assignTranslated(elsewhere, text);
+    pa::assignDecoded(elsewhere, text);
     translateElemStringFieldFromSvr(text);
     EXPECT_EQ(elsewhere, text);
     return text;
