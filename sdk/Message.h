@@ -218,7 +218,6 @@ public:
 
 private:
     std::string requestIdToUse() const;
-    std::string templateText() const;
 
     std::string requestId;
     MessagePriority priority;

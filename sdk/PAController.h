@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <ctime>
 #include <deque>
 #include <map>
@@ -25,6 +26,7 @@
 #include "ScheduleDefinition.h"
 #include "TTSDictionary.h"
 #include "lock.h"
+#include "records/RecordCache.h"
 #include "records/ScheduleCache.h"
 
 namespace pa {
@@ -408,24 +410,27 @@ private:
     template <class Cache, class Argument>
     struct WithdrawalRow;
 
-    /// Calls `slot` on every observer in registration order, each with its own copies. An observer
-    /// that throws is reported and the next one called.
+    using ObserverList = std::vector<PAControllerObserver*>;
+
+    /// Calls `slot` on every observer in registration order, each with its own copies; the last one
+    /// takes the arguments themselves where they are temporary. An observer that throws is reported
+    /// and the next one called.
     template <class... Parameters, class... Arguments>
     void notifyObservers(void (PAControllerObserver::*slot)(Parameters...),
-                         const Arguments&... arguments);
+                         Arguments&&... arguments);
 
-    /// The same, as long as the condition holds before each call: an observer that has been
+    /// The same, as long as the condition holds between the calls: an observer that has been
     /// notified of a deletion must not be notified of the entry afterwards.
     template <class Condition, class... Parameters, class... Arguments>
     void notifyWhile(Condition holds, void (PAControllerObserver::*slot)(Parameters...),
-                     const Arguments&... arguments);
+                     Arguments&&... arguments);
 
-    /// Notifies the observers of a changed entry and posts its event. Does nothing when the entry
-    /// has been deleted, and stops when a callback deletes it.
+    /// Notifies the observers of a changed entry and posts its event. Stops when a callback deletes
+    /// the entry.
     template <class Record>
-    void publish(std::map<int, Record>& cache, int key, bool changed,
-                 void (PAControllerObserver::*slot)(Record), EventItem::EVENT_TYPE event)
-        PASDK_REQUIRES(paControllerMtx);
+    void publish(pa::RecordCache<Record>& cache, typename pa::RecordCache<Record>::iterator entry,
+                 bool changed, void (PAControllerObserver::*slot)(Record),
+                 EventItem::EVENT_TYPE event) PASDK_REQUIRES(paControllerMtx);
 
     template <class Cache, class Argument>
     void deleteEntries(const WithdrawalRow<Cache, Argument>& row, int key)
@@ -452,7 +457,8 @@ private:
         std::optional<std::time_t> sent;  // when the request was sent; nothing when it was not
     };
     pa::ForkHooks forkHooks();
-    std::vector<PAControllerObserver*> observers() const;
+    /// In registration order; not owned. Valid for good: a registration makes another list.
+    const ObserverList& observers() const;
     void reportThrowingObserver();
     void renewSourceLocks() PASDK_REQUIRES(paControllerMtx);
     void giveUpOldPreviews() PASDK_REQUIRES(paControllerMtx);
@@ -479,13 +485,13 @@ private:
     ScheduleDefinition* scheduleOf(int scheduleId) PASDK_REQUIRES(paControllerMtx);
     void notifyUploadFailed(const std::string& requestId);
 
-    std::map<int, PaSource> availablePaSources PASDK_GUARDED_BY(paControllerMtx);
+    pa::RecordCache<PaSource> availablePaSources PASDK_GUARDED_BY(paControllerMtx);
     /// In order of arrival.
     std::vector<PaSourceLockStatus> availablePaSourcesLockStatus PASDK_GUARDED_BY(paControllerMtx);
-    std::map<int, PaSink> availablePaSinks PASDK_GUARDED_BY(paControllerMtx);
-    std::map<int, PaTrigger> availablePaTriggersHW PASDK_GUARDED_BY(paControllerMtx);
+    pa::RecordCache<PaSink> availablePaSinks PASDK_GUARDED_BY(paControllerMtx);
+    pa::RecordCache<PaTrigger> availablePaTriggersHW PASDK_GUARDED_BY(paControllerMtx);
     std::vector<PaSWTrigger> availablePaTriggersSW PASDK_GUARDED_BY(lookupLock);
-    std::map<int, PaSelector> availablePaSelectors PASDK_GUARDED_BY(paControllerMtx);
+    pa::RecordCache<PaSelector> availablePaSelectors PASDK_GUARDED_BY(paControllerMtx);
     /// By element number of the source record.
     std::map<int, std::set<std::string>> attachedPaZonesToPaSourceList
         PASDK_GUARDED_BY(paControllerMtx);
@@ -497,14 +503,16 @@ private:
     /// initPaResources.
     mutable pa::LeafLock lookupLock;
 
-    /// In registration order; not owned.
-    std::vector<PAControllerObserver*> paControllerObservers PASDK_GUARDED_BY(lookupLock);
+    /// One after each registration. None is changed or removed, so that the last one is read
+    /// without a lock.
+    std::deque<ObserverList> observerLists PASDK_GUARDED_BY(lookupLock){ObserverList()};
+    std::atomic<const ObserverList*> paControllerObservers{&observerLists.back()};
 
-    std::map<int, PaZone> availablePaZonesPrimaryServer PASDK_GUARDED_BY(paControllerMtx);
-    std::map<int, PaZone> availablePaZonesLocalServer PASDK_GUARDED_BY(paControllerMtx);
+    pa::RecordCache<PaZone> availablePaZonesPrimaryServer PASDK_GUARDED_BY(paControllerMtx);
+    pa::RecordCache<PaZone> availablePaZonesLocalServer PASDK_GUARDED_BY(paControllerMtx);
     pa::ScheduleCache scheduleList PASDK_GUARDED_BY(lookupLock);
-    std::map<int, TTSVocalizer> ttsVocalizertList PASDK_GUARDED_BY(paControllerMtx);
-    std::map<int, TTSDictionary> ttsDictionaryList PASDK_GUARDED_BY(paControllerMtx);
+    pa::RecordCache<TTSVocalizer> ttsVocalizertList PASDK_GUARDED_BY(paControllerMtx);
+    pa::RecordCache<TTSDictionary> ttsDictionaryList PASDK_GUARDED_BY(paControllerMtx);
     /// By request id.
     std::map<std::string, TTSPendingInfo> ttsPendingPreviewList PASDK_GUARDED_BY(lookupLock);
     std::map<int, AnnouncementRequest> activeAnnouncementRequestList PASDK_GUARDED_BY(lookupLock);

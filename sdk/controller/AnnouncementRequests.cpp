@@ -1,5 +1,10 @@
 // Active announcement requests: record, cache, queries.
 #include <algorithm>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
 
 #include "resource/common/stringUtils.h"
 #include "sdk/PAController.h"
@@ -11,24 +16,19 @@ using namespace pa;
 
 namespace {
 
-/// An announcement record, and whether it has a message content of its own.
-struct RequestRecord : AnnouncementRequest {
-    bool hasContent = false;
+/// The texts of an announcement record; one without data is absent.
+struct RequestRecord {
+    std::string_view requestId;
+    std::string_view stateText;
+    std::string_view startDateTime;
+    std::string_view messageContent;
+    std::string_view priorityText;
+    std::string_view completionCode;
+    std::string_view completionMsg;
 };
 
-void takeRequestId(RequestRecord& record, const char* text) {
-    std::string id = text;
-    translateElemStringFieldFromSvr(id);
-    record.setRequestID(id);
-}
-
-void takeContent(RequestRecord& record, const char* text) {
-    translated<&RequestRecord::messageContent>(record, text);
-    record.hasContent = true;
-}
-
 constexpr Column<RequestRecord> columns[] = {
-    takeRequestId,
+    asReceived<&RequestRecord::requestId>,
     skipped,  // 1
     skipped,
     skipped,
@@ -37,7 +37,7 @@ constexpr Column<RequestRecord> columns[] = {
     asReceived<&RequestRecord::startDateTime>,
     skipped,  // 7
     skipped,
-    takeContent,  // 9
+    asReceived<&RequestRecord::messageContent>,  // 9
     skipped,
     skipped,
     skipped,
@@ -47,7 +47,14 @@ constexpr Column<RequestRecord> columns[] = {
     asReceived<&RequestRecord::priorityText>,  // 16
     skipped,
     asReceived<&RequestRecord::completionCode>,
-    translated<&RequestRecord::completionMsg>,
+    asReceived<&RequestRecord::completionMsg>,
+};
+
+/// What the message content says of the request.
+struct RequestContent {
+    Message::Type audioType;
+    Message::Type visualType;
+    char* zones;  // a list, inside of the message content
 };
 
 /// A display template that ends as soon as it is displayed.
@@ -56,21 +63,22 @@ bool hasNoValidity(std::string content) {
     return content.find("\"validity\":0") != std::string::npos;
 }
 
-/// Takes types and zones out of the message content.
-/// @return false when such a request is not tracked
-bool parseContent(RequestRecord& record) {
-    std::vector<std::string> parts;
-    splitStr(record.messageContent.c_str(), ',', parts, false);
-    const auto part = [&parts](std::size_t i) {
-        return i < parts.size() ? parts[i] : std::string();
-    };
-    const int type = parts.empty() ? Message::NONE : decodeInt(parts[0].c_str());
+/// @param text the message content, overwritten: type,origin,zones,content,...
+/// @return nothing when such a request is not tracked
+std::optional<RequestContent> parseContent(char* text) {
+    static char noZones[] = "";
+    TokenReader tokens(text, ',');
+    const char* const typeNumber = tokens.next();
+    const int type = typeNumber != nullptr ? decodeInt(typeNumber) : Message::NONE;
+    tokens.next();  // the origin
+    char* const zones = tokens.next();
 
+    RequestContent content{Message::NONE, Message::NONE, zones != nullptr ? zones : noZones};
     switch (type) {
         case Message::NONE:
         case Message::MIXED:
         case Message::TEMPLATE:
-            return false;
+            return std::nullopt;
         case Message::LIVE_STREAM:
         case Message::RECORDED_STREAM:
         case Message::DICTIONARY:
@@ -78,19 +86,39 @@ bool parseContent(RequestRecord& record) {
         case Message::BGM:
         case Message::TTS_SAF:
         case Message::RECORDED_STREAM_SAF:
-            record.setAudioMessageType(static_cast<Message::Type>(type));
+            content.audioType = static_cast<Message::Type>(type);
+            break;
+        case Message::DISPLAY_TEMPLATE:
+            if (const char* const display = tokens.next();
+                display != nullptr && hasNoValidity(display)) {
+                return std::nullopt;
+            }
+            content.visualType = Message::DISPLAY_TEMPLATE;
             break;
         default:
-            record.setAudioMessageType(Message::NONE);
             break;
     }
-    const bool isTemplate = type == Message::DISPLAY_TEMPLATE;
-    if (isTemplate && hasNoValidity(part(3))) {
-        return false;
+    return content;
+}
+
+void take(std::string_view text, std::string& member) {
+    if (text.data() != nullptr) {
+        member = text;
     }
-    record.setVisualMessageType(isTemplate ? Message::DISPLAY_TEMPLATE : Message::NONE);
-    splitStr(part(2).c_str(), '^', record.zones, false);
-    return true;
+}
+
+/// Takes what the record brings, but for the message content.
+void update(AnnouncementRequest& request, const RequestRecord& record) {
+    if (record.requestId.data() != nullptr) {
+        request.setRequestID(decoded(record.requestId));
+    }
+    take(record.stateText, request.stateText);
+    take(record.startDateTime, request.startDateTime);
+    take(record.priorityText, request.priorityText);
+    take(record.completionCode, request.completionCode);
+    if (record.completionMsg.data() != nullptr) {
+        request.completionMsg = decoded(record.completionMsg);
+    }
 }
 
 }  // namespace
@@ -100,31 +128,44 @@ void PAController::addUpdateAnnouncementRequest(int elemNo, TEVlist* elemArgList
         return;
     }
     RequestRecord record;
-    {
-        // Without the mutex: decoding does not wait for a callback that is running.
-        const LeafGuard guard(lookupLock);
-        const auto known = activeAnnouncementRequestList.find(elemNo);
-        if (known != activeAnnouncementRequestList.end()) {
-            static_cast<AnnouncementRequest&>(record) = known->second;
+    decodeRecord<columns>(*elemArgList, record);
+    std::string messageContent;
+    std::string parsed;
+    std::optional<RequestContent> content;
+    if (record.messageContent.data() != nullptr) {
+        messageContent = decoded(record.messageContent);
+        parsed = messageContent;
+        content = parseContent(parsed.data());
+        if (!content) {
+            return;
         }
     }
-    record.id = elemNo;
-    decodeRecord(*elemArgList, columns, record);
-    if (record.hasContent && !parseContent(record)) {
-        return;
-    }
 
-    const AnnouncementRequest& request = record;
     const MutexGuard guard(paControllerMtx);
+    std::optional<AnnouncementRequest> reported;
     {
         const LeafGuard leaf(lookupLock);
-        activeAnnouncementRequestList[elemNo] = request;
+        AnnouncementRequest& request = activeAnnouncementRequestList[elemNo];
+        request.id = elemNo;
+        update(request, record);
+        if (content) {
+            request.messageContent.swap(messageContent);
+            request.setAudioMessageType(content->audioType);
+            request.setVisualMessageType(content->visualType);
+            assignTokens(TokenReader(content->zones, '^'), request.zones);
+        }
+        if (!observers().empty()) {
+            reported = request;
+        }
+    }
+    if (!reported) {
+        return;
     }
     const auto isActive = [&] {
         const LeafGuard leaf(lookupLock);
         return activeAnnouncementRequestList.count(elemNo) > 0;
     };
-    notifyWhile(isActive, &PAControllerObserver::onMessageUpdate, request);
+    notifyWhile(isActive, &PAControllerObserver::onMessageUpdate, std::move(*reported));
 }
 
 std::vector<AnnouncementRequest> PAController::getAnnouncementRequests() const {

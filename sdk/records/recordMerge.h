@@ -1,21 +1,22 @@
 #pragma once
 
-#include <algorithm>
 #include <cstddef>
 #include <iterator>
-#include <map>
+#include <utility>
+
+#include "sdk/records/RecordCache.h"
 
 /// @file
-/// Which members an update of a cached record compares and copies is a table, and `mergeRecord` is
-/// the one place that reads it.
+/// Which members an update of a cached record compares and takes over is a table, and `mergeRecord`
+/// is the one place that reads it.
 
 namespace pa {
 
-/// One member that an update compares and copies.
+/// One member that an update compares and takes over.
 template <class Record>
 struct Field {
     bool (*same)(const Record& cached, const Record& decoded);
-    void (*copy)(Record& cached, const Record& decoded);
+    void (*take)(Record& cached, Record& decoded);
 };
 
 /// The record that a member belongs to.
@@ -32,18 +33,19 @@ template <auto Member>
 bool sameSize(const OwnerOf<Member>& cached, const OwnerOf<Member>& decoded) {
     return (cached.*Member).size() == (decoded.*Member).size();
 }
+/// Without a copy: the memory of the former value is used by the next record.
 template <auto Member>
-void copyMember(OwnerOf<Member>& cached, const OwnerOf<Member>& decoded) {
-    cached.*Member = decoded.*Member;
+void swapMember(OwnerOf<Member>& cached, OwnerOf<Member>& decoded) {
+    std::swap(cached.*Member, decoded.*Member);
 }
 
 /// A member that is compared by its value.
 template <auto Member>
-constexpr Field<OwnerOf<Member>> byValue{sameValue<Member>, copyMember<Member>};
+constexpr Field<OwnerOf<Member>> byValue{sameValue<Member>, swapMember<Member>};
 
 /// A list that is compared only by the number of its entries.
 template <auto Member>
-constexpr Field<OwnerOf<Member>> bySize{sameSize<Member>, copyMember<Member>};
+constexpr Field<OwnerOf<Member>> bySize{sameSize<Member>, swapMember<Member>};
 
 /// The outcome of merging a record into its cache.
 enum class Merge { Unchanged, Updated, Added };
@@ -61,25 +63,39 @@ bool matchByKey(const Record& /*cached*/, const Record& /*decoded*/) {
     return true;
 }
 
+/// Where the record is in its cache now, and how it came there.
+template <class Record>
+struct Merged {
+    typename RecordCache<Record>::iterator entry;
+    Merge outcome;
+};
+
+template <const auto& fields, class Record, std::size_t... rows>
+bool sameFields(const Record& cached, const Record& decoded,
+                std::index_sequence<rows...> /*rows*/) {
+    return (fields[rows].same(cached, decoded) && ...);
+}
+template <const auto& fields, class Record, std::size_t... rows>
+void takeFields(Record& cached, Record& decoded, std::index_sequence<rows...> /*rows*/) {
+    (fields[rows].take(cached, decoded), ...);
+}
+
 /// Merges a decoded record into the cache: at the first difference all fields of the table are
-/// copied, a record without a matching entry is added.
-template <class Record, std::size_t N, class Match>
-Merge mergeRecord(std::map<int, Record>& cache, int key, const Record& decoded,
-                  const Field<Record> (&fields)[N], Match matches) {
+/// taken over, a record without a matching entry is added.
+/// @param decoded afterwards its fields may be those that the cache had before
+template <const auto& fields, class Record, class Match>
+Merged<Record> mergeRecord(RecordCache<Record>& cache, int key, Record& decoded, Match matches) {
+    constexpr std::make_index_sequence<std::size(fields)> rows;
     const auto found = cache.find(key);
     if (found == cache.end() || !matches(found->second, decoded)) {
-        cache.emplace(key, decoded);
-        return Merge::Added;
+        return {cache.emplace(key, decoded), Merge::Added};
     }
     Record& cached = found->second;
-    if (std::all_of(std::begin(fields), std::end(fields),
-                    [&](const Field<Record>& field) { return field.same(cached, decoded); })) {
-        return Merge::Unchanged;
+    if (sameFields<fields>(cached, decoded, rows)) {
+        return {found, Merge::Unchanged};
     }
-    for (const Field<Record>& field : fields) {
-        field.copy(cached, decoded);
-    }
-    return Merge::Updated;
+    takeFields<fields>(cached, decoded, rows);
+    return {found, Merge::Updated};
 }
 
 }  // namespace pa

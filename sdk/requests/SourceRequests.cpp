@@ -34,14 +34,15 @@ void refuseEmpty(const std::vector<std::string>& zoneIds) {
 }
 
 // id,zone^zone
-Payload zonesPayload(int sourceId, const std::vector<std::string>& zoneIds) {
+template <class ZoneIds>
+void sendZones(OperationType type, int sourceId, const ZoneIds& zoneIds) {
     Payload payload;
-    return payload.number(sourceId).separator(',').preparedList(zoneIds, '^');
+    sendToActiveServer(type, payload.number(sourceId).separator(',').preparedList(zoneIds, '^'));
 }
 
 // sourceId,uuid
-Payload lockPayload(int sourceId, const std::string& uuid) {
-    return Payload().number(sourceId).separator(',').plain(uuid);
+void sendLock(OperationType type, int sourceId, const std::string& uuid) {
+    sendToActiveServer(type, Payload().number(sourceId).separator(',').plain(uuid));
 }
 
 }  // namespace
@@ -73,7 +74,7 @@ void PaSource::attachPaZone(const std::vector<std::string>& zoneIds, AttachMode 
     if (mode == REPLACE_EXISTING_SET) {
         detachAllPaZones();
     }
-    sendToActiveServer(operations::attachZones, zonesPayload(id, zoneIds));
+    sendZones(operations::attachZones, id, zoneIds);
 }
 
 void PaSource::detachPaZone(const std::string& zoneId) const {
@@ -84,7 +85,7 @@ void PaSource::detachPaZone(const std::string& zoneId) const {
 // Operation 92/4: id,zone^zone
 void PaSource::detachPaZone(const std::vector<std::string>& zoneIds) const {
     refuseEmpty(zoneIds);
-    sendToActiveServer(operations::detachZones, zonesPayload(id, zoneIds));
+    sendZones(operations::detachZones, id, zoneIds);
 }
 
 // Operation 92/4: id - without a comma it means every zone
@@ -145,8 +146,7 @@ PAController::LockRequestResult PAController::requestLockChange(int sourceId,
     if (lock == nullptr || lock->lockedUUID != (attaching ? "" : self)) {
         return {false, std::nullopt};
     }
-    sendToActiveServer(attaching ? operations::attachSource : operations::detachSource,
-                       lockPayload(sourceId, self));
+    sendLock(attaching ? operations::attachSource : operations::detachSource, sourceId, self);
     return {false, wallClock()};
 }
 
@@ -160,7 +160,7 @@ void PAController::renewSourceLocks() {
         if (lock.lockedUUID.empty() || lock.lockedUUID != audioServer->getUUID()) {
             continue;  // free, or locked by another client
         }
-        sendToActiveServer(operations::renewLock, lockPayload(lock.sourceId, lock.lockedUUID));
+        sendLock(operations::renewLock, lock.sourceId, lock.lockedUUID);
         PASDK_DEBUG(1, "%s: sending extend lock for sourceId >%d<, UUID >%s<", "threadFunction",
                     lock.sourceId, lock.lockedUUID.c_str());
     }

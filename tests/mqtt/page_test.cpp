@@ -135,7 +135,7 @@ TEST(PageTest, ItsTablesAreThoseOfTheController) {
         sources += entry.path().extension() == ".cpp" ? textOf(entry.path()) : "";
     }
     const std::map<RecordKind, std::string> tables{
-        {RecordKind::Source, "SourceRecord"},     {RecordKind::Sink, "PaSink"},
+        {RecordKind::Source, "SourceRecord"},     {RecordKind::Sink, "SinkRecord"},
         {RecordKind::Trigger, "TriggerRecord"},   {RecordKind::Selector, "PaSelector"},
         {RecordKind::AttachedZones, "ZoneIds"},   {RecordKind::Announcement, "RequestRecord"},
         {RecordKind::Schedule, "ScheduleRecord"}, {RecordKind::Zone, "PaZone"},
