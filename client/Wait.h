@@ -23,6 +23,7 @@ struct Wait {
     /// for. May be empty.
     std::function<void(std::chrono::milliseconds waited)> whileWaiting{};
 
+    /// Between two calls of `whileWaiting`.
     std::chrono::milliseconds tick = std::chrono::milliseconds(50);
 };
 
@@ -36,6 +37,7 @@ struct Wait {
 ///     }
 class WaitCourse {
 public:
+    /// The wait begins now.
     explicit WaitCourse(const Wait& wait);
 
     /// Calls `whileWaiting`.
@@ -53,6 +55,7 @@ private:
 
 /// The result of a confirmed operation.
 struct Confirmation {
+    /// How the wait has ended.
     enum class State {
         Done,            ///< the server has reported the effect
         AsBefore,        ///< the effect was there before; nothing was sent
@@ -62,8 +65,8 @@ struct Confirmation {
         TimedOut         ///< nothing was reported within the limit: the outcome is unknown
     };
 
-    State state = State::Done;
-    std::string reason{};  ///< of a refusal, a drop or a loss; else empty
+    State state = State::Done;  ///< how the wait has ended
+    std::string reason{};       ///< of a refusal, a drop or a loss; else empty
 
     /// Whether the effect is there.
     [[nodiscard]] bool holds() const { return state == State::Done || state == State::AsBefore; }

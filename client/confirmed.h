@@ -39,6 +39,7 @@ struct ConfirmedRequest {
 /// taken to be of every request that it can be of.
 bool isRefusalOf(const std::vector<pa::OperationType>& operations, const std::string& requestId,
                  const palink::Refusal& refusal);
+/// The same for a drop.
 bool isDropOf(const std::vector<pa::OperationType>& operations, const std::string& requestId,
               const pa::DroppedOperation& dropped);
 

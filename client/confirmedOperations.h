@@ -52,13 +52,16 @@ Confirmation reset(const PaSink& sink, bool untilBack, const Wait& wait);
 /// Names of zones are those of the server.
 /// @{
 
+/// Attaches zones.
 /// @param mode whether the zones that are attached before stay
 Confirmation attachZones(const PaSource& source, const std::vector<std::string>& zoneIds,
                          PaSource::AttachMode mode, const Wait& wait);
 
+/// Detaches some.
 Confirmation detachZones(const PaSource& source, const std::vector<std::string>& zoneIds,
                          const Wait& wait);
 
+/// Detaches all that are attached.
 Confirmation detachAllZones(const PaSource& source, const Wait& wait);
 /// @}
 
@@ -85,8 +88,9 @@ Confirmation releaseLock(int sourceId, const Wait& wait);
 /// @name Software triggers
 /// @{
 
+/// What an activation has led to.
 struct Activation {
-    Confirmation confirmation;
+    Confirmation confirmation;                        ///< whether it has its effect
     std::optional<AnnouncementRequest> announcement;  ///< that the trigger has started
 };
 
@@ -109,6 +113,7 @@ Confirmation deactivate(const PaSWTrigger& trigger, std::optional<int> announcem
 /// Starts a recording. One that runs already is not this one: the server refuses a second.
 Confirmation startRecording(const std::string& serverPath, const Wait& wait);
 
+/// What a stop has led to.
 struct StoppedRecording {
     Confirmation confirmation;  ///< `Refused` also when the recording is lost
     std::string path;           ///< of the file that the server has stored; else empty
@@ -119,6 +124,7 @@ StoppedRecording stopRecording(const Wait& wait);
 
 /// The server reports nothing of these but a refusal: see `awaitRefusal` for the result.
 Confirmation previewRecording(const std::string& serverPath, const Wait& wait);
+/// Deletes a recording of the server.
 Confirmation deleteRecording(const std::string& serverPath, const Wait& wait);
 /// @}
 

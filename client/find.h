@@ -25,6 +25,7 @@ public:
 /// No resource is called so.
 class NotFound : public LookupError {
 public:
+    /// The text, and what is near.
     NotFound(const std::string& text, std::vector<std::string> nearest)
         : LookupError(text), suggestions(std::move(nearest)) {}
 
@@ -34,6 +35,7 @@ public:
 /// Several resources are called so.
 class Ambiguous : public LookupError {
 public:
+    /// The text, and what fits.
     Ambiguous(const std::string& text, std::vector<std::size_t> places)
         : LookupError(text), candidates(std::move(places)) {}
 

@@ -13,6 +13,10 @@
 
 namespace paclient {
 
+/// @name Names of values
+/// @{
+
+/// The name of a value as it is in its enumeration.
 std::string nameOf(PaSource::Type value);
 std::string nameOf(PaSource::AttachState value);
 std::string nameOf(PaSource::BroadcastType value);
@@ -36,6 +40,7 @@ std::string nameOf(Message::Type value);
 std::string nameOf(Message::TextEncoding value);
 std::string nameOf(AnnouncementType value);
 std::string nameOf(AnnouncementPriorityMode value);
+/// @}
 
 /// The type of a content with this name, letter case aside. `NONE` is not one.
 std::optional<Message::Type> messageTypeNamed(const std::string& name);

@@ -15,6 +15,10 @@
 
 namespace paclient {
 
+/// @name A member of a record as text
+/// @{
+
+/// An enumeration by name, the elements of a list with commas between.
 inline std::string valueText(const std::string& value) {
     return value;
 }
@@ -45,6 +49,7 @@ std::string valueText(const Value& value) {
         return std::to_string(value);
     }
 }
+/// @}
 
 template <class Record>
 std::string lineOf(const Record& record) {

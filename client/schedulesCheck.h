@@ -19,7 +19,9 @@ ScheduleDefinition asReported(const ScheduleDefinition& sent);
 /// controller keeps the value that was reported first.
 bool isSame(const ScheduleDefinition& a, const ScheduleDefinition& b);
 
+/// Whether it is text-to-speech.
 bool isSpoken(AnnouncementType type);
+/// Whether it is a recorded file.
 bool isStored(AnnouncementType type);
 
 }  // namespace paclient
