@@ -6,9 +6,9 @@
 #include <string>
 #include <vector>
 
-#include "client/ChangeStream.h"
-#include "client/Wait.h"
-#include "sdk/AnnouncementRequest.h"
+#include "../sdk/AnnouncementRequest.h"
+#include "ChangeStream.h"
+#include "Wait.h"
 
 namespace paclient {
 

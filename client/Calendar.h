@@ -5,7 +5,7 @@
 #include <stdexcept>
 #include <string>
 
-#include "framework/timeWidth.h"
+#include "../framework/timeWidth.h"
 
 namespace date {
 class time_zone;

@@ -7,11 +7,11 @@
 #include <string>
 #include <variant>
 
-#include "link/ServerLink.h"
-#include "resource/common/paInfo.h"
-#include "sdk/AnnouncementRequest.h"
-#include "sdk/PAControllerObserver.h"
-#include "sdk/ScheduleDefinition.h"
+#include "../link/ServerLink.h"
+#include "../resource/common/paInfo.h"
+#include "../sdk/AnnouncementRequest.h"
+#include "../sdk/PAControllerObserver.h"
+#include "../sdk/ScheduleDefinition.h"
 
 /// @file
 /// What an application can be notified of, as one variant. Plain values.

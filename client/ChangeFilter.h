@@ -3,7 +3,7 @@
 #include <set>
 #include <string>
 
-#include "client/Change.h"
+#include "Change.h"
 
 namespace paclient {
 

@@ -5,8 +5,8 @@
 #include <functional>
 #include <memory>
 
-#include "client/Change.h"
-#include "client/Wait.h"
+#include "Change.h"
+#include "Wait.h"
 
 namespace paclient {
 

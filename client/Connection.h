@@ -7,12 +7,12 @@
 #include <stdexcept>
 #include <string>
 
-#include "client/ChangeStream.h"
-#include "client/Endpoint.h"
-#include "client/Wait.h"
-#include "link/ServerLink.h"
-#include "sdk/AudioServer.h"
-#include "sdk/KeyValueMap.h"
+#include "../link/ServerLink.h"
+#include "../sdk/AudioServer.h"
+#include "../sdk/KeyValueMap.h"
+#include "ChangeStream.h"
+#include "Endpoint.h"
+#include "Wait.h"
 
 namespace paclient {
 

@@ -2,8 +2,8 @@
 
 #include <string>
 
-#include "client/Wait.h"
-#include "sdk/Message.h"
+#include "../sdk/Message.h"
+#include "Wait.h"
 
 namespace paclient {
 

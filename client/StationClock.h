@@ -5,11 +5,11 @@
 #include <optional>
 #include <string>
 
-#include "client/Calendar.h"
-#include "client/scheduleTimes.h"
-#include "framework/timeWidth.h"
-#include "sdk/AnnouncementRequest.h"
-#include "sdk/KeyValueMap.h"
+#include "../framework/timeWidth.h"
+#include "../sdk/AnnouncementRequest.h"
+#include "../sdk/KeyValueMap.h"
+#include "Calendar.h"
+#include "scheduleTimes.h"
 
 namespace paclient {
 

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "sdk/AnnouncementRequest.h"
+#include "../sdk/AnnouncementRequest.h"
 
 namespace paclient {
 

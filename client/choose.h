@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "sdk/Message.h"
+#include "../sdk/Message.h"
 
 /// @file
 /// Zones and voices by what people call them, found as `findName` does. May be used from any

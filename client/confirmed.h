@@ -5,9 +5,9 @@
 #include <string>
 #include <vector>
 
-#include "client/Change.h"
-#include "client/Wait.h"
-#include "sdk/operations.h"
+#include "../sdk/operations.h"
+#include "Change.h"
+#include "Wait.h"
 
 /// @file
 /// How an operation is confirmed: it is sent, then its effect, a refusal, the loss of the operation

@@ -4,9 +4,9 @@
 #include <string>
 #include <vector>
 
-#include "client/Wait.h"
-#include "resource/common/paInfo.h"
-#include "sdk/AnnouncementRequest.h"
+#include "../resource/common/paInfo.h"
+#include "../sdk/AnnouncementRequest.h"
+#include "Wait.h"
 
 /// @file
 /// Operations on resources that wait until the server has reported their effect.

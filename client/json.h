@@ -5,8 +5,8 @@
 #include <type_traits>
 #include <vector>
 
-#include "client/names.h"
-#include "client/records.h"
+#include "names.h"
+#include "records.h"
 
 /// @file
 /// Records as JSON: objects with the names of the record's members, in its order. Enumerations and

@@ -3,10 +3,10 @@
 #include <optional>
 #include <string>
 
-#include "resource/common/paInfo.h"
-#include "resource/common/priorityInfo.h"
-#include "sdk/Message.h"
-#include "sdk/PAControllerObserver.h"
+#include "../resource/common/paInfo.h"
+#include "../resource/common/priorityInfo.h"
+#include "../sdk/Message.h"
+#include "../sdk/PAControllerObserver.h"
 
 /// @file
 /// The values of the records' enumerations by name. A value without a name is written as a number.

@@ -6,8 +6,8 @@
 #include <type_traits>
 #include <vector>
 
-#include "client/names.h"
-#include "client/records.h"
+#include "names.h"
+#include "records.h"
 
 /// @file
 /// Records as text for people: enumerations by name, lists with commas between. Nothing depends on

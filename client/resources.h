@@ -3,8 +3,8 @@
 #include <string>
 #include <vector>
 
-#include "client/find.h"
-#include "client/recordText.h"
+#include "find.h"
+#include "recordText.h"
 
 /// @file
 /// The kinds of resource: the records of each in the caches of `gPaController`, and how one is

@@ -3,8 +3,8 @@
 #include <string>
 #include <vector>
 
-#include "client/json.h"
-#include "client/schedules.h"
+#include "json.h"
+#include "schedules.h"
 
 namespace paclient {
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "client/records.h"
+#include "records.h"
 
 namespace paclient {
 

@@ -3,7 +3,7 @@
 #include <optional>
 #include <string>
 
-#include "sdk/ScheduleDefinition.h"
+#include "../sdk/ScheduleDefinition.h"
 
 /// @file
 /// Dates, times of day and days of the week: from and to text. Nothing depends on the locale.

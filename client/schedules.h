@@ -6,8 +6,8 @@
 #include <string>
 #include <vector>
 
-#include "client/Wait.h"
-#include "client/schedulesCheck.h"
+#include "Wait.h"
+#include "schedulesCheck.h"
 
 /// @file
 /// Schedules of the server: put in, removed and imported, each confirmed by what the server

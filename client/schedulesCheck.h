@@ -1,6 +1,6 @@
 #pragma once
 
-#include "sdk/ScheduleDefinition.h"
+#include "../sdk/ScheduleDefinition.h"
 
 /// @file
 /// What a schedule must be so that it can be sent, and is the same when the server reports it.

@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <ctime>
 
-#include "framework/timeWidth.h"
+#include "timeWidth.h"
 
 /// @file
 /// The host's clocks and its sleep. Every function here may be called from any thread.

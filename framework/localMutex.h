@@ -4,7 +4,7 @@
 #include <mutex>
 #include <pthread.h>
 
-#include "framework/threadAnnotations.h"
+#include "threadAnnotations.h"
 
 /// The interface of a mutex, whatever implements it.
 ///

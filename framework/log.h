@@ -6,7 +6,7 @@
 #include <functional>
 #include <string>
 
-#include "framework/timeWidth.h"
+#include "timeWidth.h"
 
 /// @file
 /// Log and error lines. Every function here may be called from any thread, with any lock held.

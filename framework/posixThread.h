@@ -3,7 +3,7 @@
 #include <functional>
 #include <pthread.h>
 
-#include "framework/fork.h"
+#include "fork.h"
 namespace pa {
 
 /// A thread of the library: it has a name that log lines and debuggers show, and blocks every

@@ -2,7 +2,7 @@
 
 #include <atomic>
 
-#include "framework/fork.h"
+#include "fork.h"
 
 /// Base of an object that runs a thread of its own.
 ///

@@ -9,8 +9,8 @@
 #include <thread>
 #include <vector>
 
-#include "framework/posixThread.h"
-#include "link/Transport.h"
+#include "../framework/posixThread.h"
+#include "Transport.h"
 
 namespace palink {
 

@@ -9,14 +9,14 @@
 #include <string>
 #include <thread>
 
-#include "framework/fork.h"
-#include "link/HandlerSlot.h"
-#include "link/Router.h"
-#include "link/Transport.h"
-#include "sdk/AudioServer.h"
-#include "sdk/DroppedOperation.h"
-#include "sdk/PAController.h"
-#include "sdk/QXReceiver.h"
+#include "../framework/fork.h"
+#include "../sdk/AudioServer.h"
+#include "../sdk/DroppedOperation.h"
+#include "../sdk/PAController.h"
+#include "../sdk/QXReceiver.h"
+#include "HandlerSlot.h"
+#include "Router.h"
+#include "Transport.h"
 
 namespace palink {
 

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "sdk/KeyValueMap.h"
+#include "KeyValueMap.h"
 
 class PAController;
 

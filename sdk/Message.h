@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "resource/common/priorityInfo.h"
+#include "../resource/common/priorityInfo.h"
 
 struct TTSVocalizer;
 

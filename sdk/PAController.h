@@ -9,22 +9,22 @@
 #include <unordered_map>
 #include <vector>
 
-#include "framework/eventQueue.h"
-#include "framework/fork.h"
-#include "framework/localMutex.h"
-#include "framework/log.h"
-#include "framework/threadAnnotations.h"
-#include "framework/threadClass.h"
-#include "include/common/tevlist.h"
-#include "resource/common/paInfo.h"
-#include "sdk/AnnouncementRequest.h"
-#include "sdk/Gain.h"
-#include "sdk/Message.h"
-#include "sdk/PAControllerObserver.h"
-#include "sdk/ScheduleDefinition.h"
-#include "sdk/TTSDictionary.h"
-#include "sdk/lock.h"
-#include "sdk/records/ScheduleCache.h"
+#include "../framework/eventQueue.h"
+#include "../framework/fork.h"
+#include "../framework/localMutex.h"
+#include "../framework/log.h"
+#include "../framework/threadAnnotations.h"
+#include "../framework/threadClass.h"
+#include "../include/common/tevlist.h"
+#include "../resource/common/paInfo.h"
+#include "AnnouncementRequest.h"
+#include "Gain.h"
+#include "Message.h"
+#include "PAControllerObserver.h"
+#include "ScheduleDefinition.h"
+#include "TTSDictionary.h"
+#include "lock.h"
+#include "records/ScheduleCache.h"
 
 namespace pa {
 class Payload;

@@ -4,8 +4,8 @@
 #include <cstddef>
 #include <string>
 
-#include "sdk/DroppedOperation.h"
-#include "sdk/operations.h"
+#include "DroppedOperation.h"
+#include "operations.h"
 
 namespace pa {
 

@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "framework/shared.h"
+#include "../framework/shared.h"
 
 class AudioServer;
 class QXReceiver;

@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "include/common/tevlist.h"
+#include "tevlist.h"
 
 namespace pa {
 

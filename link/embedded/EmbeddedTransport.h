@@ -9,10 +9,10 @@
 #include <optional>
 #include <string>
 
-#include "framework/posixThread.h"
-#include "link/Backoff.h"
-#include "link/DeliveryQueue.h"
-#include "link/Transport.h"
+#include "../../framework/posixThread.h"
+#include "../Backoff.h"
+#include "../DeliveryQueue.h"
+#include "../Transport.h"
 
 namespace palink {
 

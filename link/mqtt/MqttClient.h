@@ -7,8 +7,8 @@
 #include <string>
 #include <vector>
 
-#include "link/mqtt/BrokerOptions.h"
-#include "link/mqtt/MqttMessage.h"
+#include "BrokerOptions.h"
+#include "MqttMessage.h"
 
 namespace palink {
 

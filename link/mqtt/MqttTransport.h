@@ -11,16 +11,16 @@
 #include <string>
 #include <utility>
 
-#include "framework/posixThread.h"
-#include "link/DeliveryQueue.h"
-#include "link/Transport.h"
-#include "link/mqtt/BrokerOptions.h"
-#include "link/mqtt/FaultReports.h"
-#include "link/mqtt/MqttClient.h"
-#include "link/mqtt/RecordDecoder.h"
-#include "link/mqtt/Requests.h"
-#include "link/mqtt/ServerView.h"
-#include "link/mqtt/Uploads.h"
+#include "../../framework/posixThread.h"
+#include "../DeliveryQueue.h"
+#include "../Transport.h"
+#include "BrokerOptions.h"
+#include "FaultReports.h"
+#include "MqttClient.h"
+#include "RecordDecoder.h"
+#include "Requests.h"
+#include "ServerView.h"
+#include "Uploads.h"
 
 namespace palink {
 

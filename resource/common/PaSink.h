@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-#include "sdk/Gain.h"
+#include "../../sdk/Gain.h"
 
 /// An audio output of the PA system: a speaker bus, an amplifier output, an induction loop, a help
 /// point. A plain value; the controller hands out copies.

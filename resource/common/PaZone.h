@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-#include "resource/common/PaSink.h"
+#include "PaSink.h"
 
 /// A named area of the PA system (a platform, a car, a hall). A plain value; the controller hands
 /// out copies.
