@@ -22,7 +22,8 @@ int main(int argc, char** argv) try {
                             Message::UTF_8);
 
     const auto print = [](Announcement::State state, const Announcement::Part* part) {
-        std::cout << nameOf(state) << (part != nullptr ? ": " + part->reason : "") << std::endl;
+        const bool isExplained = part != nullptr && !part->reason.empty();
+        std::cout << nameOf(state) << (isExplained ? ": " + part->reason : "") << std::endl;
     };
     Announcement announcement(zones, message, print);
 

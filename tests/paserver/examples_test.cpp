@@ -23,7 +23,7 @@ TEST_F(ExamplesTest, DoWhatTheirFirstLinesPromise) {
         int code;
         std::string output;  // a pattern
     } rows[] = {
-        {"tutorial Yard Hall", 0, 0, "\nplaying: (.|\n)*finished: played to its end\n$"},
+        {"tutorial Yard Hall", 0, 0, "playing\nfinished: played to its end\n$"},
         {"tutorial Yrd", 0, 1, "^tutorial: .*Yard"},
         {"coroutine Yard Hall", 0, 0, "Yard: First call: played(.|\n)*Yard: Last call: played"},
         {"panel <keys", 0, 0, "5  Yard: (.|\n)*announced in Yard\n"},
