@@ -14,7 +14,7 @@ struct ChangeFilter {
     std::set<std::string> zones;  ///< ids
     std::set<int> sources;        ///< numbers
 
-    /// Whether the change is wanted.
+    /// Whether the change is wanted. May be called from any thread.
     bool passes(const Change& change) const;
 };
 

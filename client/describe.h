@@ -4,7 +4,7 @@
 
 /// @file
 /// How the members of a record are described: once, by name and in order. JSON, texts, comparisons
-/// and tables of records are made from this description.
+/// and tables of records are made from this description. May be used from any thread.
 
 namespace paclient {
 

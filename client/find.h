@@ -6,7 +6,8 @@
 #include <vector>
 
 /// @file
-/// How a resource is found by what people call it: its number, or its label or name.
+/// How a resource is found by what people call it: its number, or its label or name. Every function
+/// may be called from any thread.
 
 namespace paclient {
 

@@ -10,7 +10,7 @@
 
 /// @file
 /// Records as JSON: objects with the names of the record's members, in its order. Enumerations and
-/// gains are numbers.
+/// gains are numbers; JSON is as in RFC 8259. Every function may be called from any thread.
 
 namespace paclient {
 

@@ -10,6 +10,7 @@
 
 /// @file
 /// The values of the records' enumerations by name. A value without a name is written as a number.
+/// Every function may be called from any thread.
 
 namespace paclient {
 

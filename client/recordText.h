@@ -12,6 +12,7 @@
 /// @file
 /// Records as text for people: enumerations by name, lists with commas between. Nothing depends on
 /// the locale. Texts of the server are not changed: a program cleans them for its output.
+/// Every function may be called from any thread.
 
 namespace paclient {
 

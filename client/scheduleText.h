@@ -5,6 +5,7 @@
 namespace paclient {
 
 /// The schedule with its texts for people; its next run is that of now, by `stationClock`.
+/// May be called from any thread.
 ScheduleEntry described(const ScheduleDefinition& definition);
 
 }  // namespace paclient

@@ -6,7 +6,8 @@
 #include "../sdk/ScheduleDefinition.h"
 
 /// @file
-/// Dates, times of day and days of the week: from and to text. Nothing depends on the locale.
+/// Dates, times of day and days of the week: from and to text, in the forms of ISO 8601.
+/// Nothing depends on the locale. Every function may be called from any thread.
 
 namespace paclient {
 

@@ -4,6 +4,7 @@
 
 /// @file
 /// What a schedule must be so that it can be sent, and is the same when the server reports it.
+/// Every function may be called from any thread.
 
 namespace paclient {
 

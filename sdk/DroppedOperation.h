@@ -8,7 +8,7 @@
 
 namespace pa {
 
-/// An operation that does not reach the server.
+/// An operation that does not reach the server. A plain value.
 struct DroppedOperation {
     /// Why it is dropped.
     enum class Reason {

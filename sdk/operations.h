@@ -3,7 +3,8 @@
 #include <string>
 
 /// @file
-/// The operations that a client can ask of the server, each with its class and number.
+/// The operations that a client can ask of the server, each with its class and number:
+/// docs/link-protocol.md has what each means to a server. Constants, for any thread.
 
 namespace pa {
 

@@ -4,7 +4,8 @@
 #include <iterator>
 
 /// @file
-/// The kinds of records that a server reports.
+/// The kinds of records that a server reports; docs/link-protocol.md has the fields of each.
+/// Constants, for any thread.
 
 namespace pa {
 

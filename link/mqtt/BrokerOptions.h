@@ -12,7 +12,7 @@ public:
     using std::runtime_error::runtime_error;
 };
 
-/// Where an MQTT 5 broker is, and how to connect to it.
+/// Where an MQTT 5 broker is, and how to connect to it. A plain value.
 struct BrokerOptions {
     std::string host;  ///< name, or address without brackets
     int port = 1883;   ///< 1 to 65535
