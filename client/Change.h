@@ -7,6 +7,7 @@
 #include <string>
 #include <variant>
 
+#include "../framework/api.h"
 #include "../link/ServerLink.h"
 #include "../resource/common/paInfo.h"
 #include "../sdk/AnnouncementRequest.h"
@@ -109,9 +110,9 @@ ChangeKinds kinds() {
 }
 
 /// The stable name of a change in JSON and in tables, for example "zoneUpdate".
-const char* eventName(const Change& change);
+PA_API const char* eventName(const Change& change);
 
 /// How much memory a change takes, about, in bytes.
-std::size_t bytesOf(const Change& change);
+PA_API std::size_t bytesOf(const Change& change);
 
 }  // namespace paclient

@@ -3,6 +3,7 @@
 #include <string>
 #include <vector>
 
+#include "../framework/api.h"
 #include "find.h"
 #include "recordText.h"
 
@@ -23,22 +24,22 @@ struct Resource {
 };
 
 /// The records of each kind, in order of their keys.
-std::vector<PaSource> allSources();
-std::vector<PaSink> allSinks();                       ///< as above
-std::vector<PaZone> allZones();                       ///< as above
-std::vector<TTSVocalizer> allVoices();                ///< those at 48000 Hz
-std::vector<AnnouncementRequest> allAnnouncements();  ///< what waits or plays
-std::vector<AnyTrigger> allTriggers();                ///< the server's, then this client's own
-std::vector<PaSelector> allSelectors();               ///< as above
-std::vector<ScheduleEntry> allSchedules();            ///< in order of their numbers
-std::vector<TTSDictionary> allTtsItems();             ///< what has been rendered
-std::vector<SourceLock> allLocks();                   ///< in order of the sources' numbers
+PA_API std::vector<PaSource> allSources();
+PA_API std::vector<PaSink> allSinks();                       ///< as above
+PA_API std::vector<PaZone> allZones();                       ///< as above
+PA_API std::vector<TTSVocalizer> allVoices();                ///< those at 48000 Hz
+PA_API std::vector<AnnouncementRequest> allAnnouncements();  ///< what waits or plays
+PA_API std::vector<AnyTrigger> allTriggers();      ///< the server's, then this client's own
+PA_API std::vector<PaSelector> allSelectors();     ///< as above
+PA_API std::vector<ScheduleEntry> allSchedules();  ///< in order of their numbers
+PA_API std::vector<TTSDictionary> allTtsItems();   ///< what has been rendered
+PA_API std::vector<SourceLock> allLocks();         ///< in order of the sources' numbers
 
 /// A lock with its holder in words.
-SourceLock withHolder(const PaSourceLockStatus& lock);
+PA_API SourceLock withHolder(const PaSourceLockStatus& lock);
 
 /// The lock of a source; one that the server has not reported has no holder.
-SourceLock lockOf(int sourceId);
+PA_API SourceLock lockOf(int sourceId);
 
 /// The sources.
 inline constexpr Resource<PaSource> sources{

@@ -1,11 +1,12 @@
 #pragma once
 
+#include "../framework/api.h"
 #include "records.h"
 
 namespace paclient {
 
 /// The schedule with its texts for people; its next run is that of now, by `stationClock`.
 /// May be called from any thread.
-ScheduleEntry described(const ScheduleDefinition& definition);
+PA_API ScheduleEntry described(const ScheduleDefinition& definition);
 
 }  // namespace paclient

@@ -3,6 +3,7 @@
 #include <optional>
 #include <string>
 
+#include "../framework/api.h"
 #include "../sdk/ScheduleDefinition.h"
 
 /// @file
@@ -32,35 +33,35 @@ struct DateTime {
 
 /// `2026-12-01`, `06:00` or `2026-12-01T06:00`, as in ISO 8601.
 /// @throws std::invalid_argument with the reason, for example "24:00 is no time of day"
-DateTime parseDateTime(const std::string& text);
+PA_API DateTime parseDateTime(const std::string& text);
 
 /// Why there is no such date or time of day, for example "2026-02-31 does not exist"; empty when
 /// there is.
-std::string faultOf(const Date& date);
+PA_API std::string faultOf(const Date& date);
 /// The same of a time of day.
-std::string faultOf(const TimeOfDay& time);
+PA_API std::string faultOf(const TimeOfDay& time);
 
 /// As `2026-12-01`.
-std::string dateText(const Date& date);
+PA_API std::string dateText(const Date& date);
 /// As `06:00`.
-std::string timeText(const TimeOfDay& time);
+PA_API std::string timeText(const TimeOfDay& time);
 
 /// `mon-fri,sun` or `daily`, in any case, as a mask: bit 0 is Monday.
 /// @throws std::invalid_argument with the reason
-int parseDays(const std::string& text);
+PA_API int parseDays(const std::string& text);
 
 /// The same as text; a mask that is not one of days is written as its number.
-std::string daysText(int mask);
+PA_API std::string daysText(int mask);
 
 constexpr int everyDay = 0b1111111;  ///< the mask of all days
 
 /// First day of a schedule.
-Date startDate(const ScheduleDefinition& schedule);
+PA_API Date startDate(const ScheduleDefinition& schedule);
 /// Its last day.
-Date endDate(const ScheduleDefinition& schedule);
+PA_API Date endDate(const ScheduleDefinition& schedule);
 /// First run of each day.
-TimeOfDay startTime(const ScheduleDefinition& schedule);
+PA_API TimeOfDay startTime(const ScheduleDefinition& schedule);
 /// End of each day's runs.
-TimeOfDay endTime(const ScheduleDefinition& schedule);
+PA_API TimeOfDay endTime(const ScheduleDefinition& schedule);
 
 }  // namespace paclient

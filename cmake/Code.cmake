@@ -49,6 +49,19 @@ function(pa_code target)
   endif()
 endfunction()
 
+# pa_library(NAME SOURCES file... [PUBLIC library...] [PRIVATE library...] [PRECOMPILE header...]): a
+# static library of the SDK. The installed libraries are made of its objects, NAME_objects.
+function(pa_library name)
+  cmake_parse_arguments(arg "" "" "SOURCES;PUBLIC;PRIVATE;PRECOMPILE" ${ARGN})
+  add_library(${name}_objects OBJECT ${arg_SOURCES})
+  add_library(${name} STATIC $<TARGET_OBJECTS:${name}_objects>)
+  foreach(target ${name}_objects ${name})
+    target_link_libraries(${target} PUBLIC Threads::Threads ${arg_PUBLIC} PRIVATE ${arg_PRIVATE})
+    pa_interface(${target})
+  endforeach()
+  pa_code(${name}_objects PRECOMPILE ${arg_PRECOMPILE})
+endfunction()
+
 # pa_precompiled(NAME header...): a set of headers that several targets share, made on first use.
 function(pa_precompiled name)
   if(TARGET ${name})

@@ -3,6 +3,7 @@
 #include <functional>
 #include <pthread.h>
 
+#include "api.h"
 #include "fork.h"
 namespace pa {
 
@@ -13,7 +14,7 @@ namespace pa {
 ///
 /// The object belongs to the thread that made it. Its destructor joins, but not in the child of a
 /// fork(), where the thread does not exist.
-class PosixThread {
+class PA_API PosixThread {
 public:
     /// Starts the thread.
     /// @param name at most 15 bytes are kept

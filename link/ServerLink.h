@@ -9,6 +9,7 @@
 #include <string>
 #include <thread>
 
+#include "../framework/api.h"
 #include "../framework/fork.h"
 #include "../sdk/AudioServer.h"
 #include "../sdk/DroppedOperation.h"
@@ -59,9 +60,9 @@ struct ConnectionChange {
 /// when the handlers that it replaces are no longer running, unless it is called from inside one of
 /// them. So it must not be called with a lock that the handler takes: from an observer's callback
 /// (which holds the controller's mutex) only when the handler does not use the controller.
-class ServerLink final : private ServerEventSink,
-                         private pa::OperationSender,
-                         private pa::DropListener {
+class PA_API ServerLink final : private ServerEventSink,
+                                private pa::OperationSender,
+                                private pa::DropListener {
 public:
     /// Receives the server's reason for refusing an operation. Called on a thread of the transport.
     using RefusalHandler = HandlerSlot<Refusal>::Handler;

@@ -9,6 +9,7 @@
 #include <unordered_map>
 #include <vector>
 
+#include "../framework/api.h"
 #include "../framework/eventQueue.h"
 #include "../framework/fork.h"
 #include "../framework/localMutex.h"
@@ -46,7 +47,7 @@ struct PlayMessageParams {
 ///
 /// Every public function may be called from any thread, also from inside an observer's callback.
 /// The object lives as long as the process: its worker thread never ends.
-class PAController final : public threadClass {
+class PA_API PAController final : public threadClass {
 public:
     /// Starts the worker thread.
     /// @throws std::system_error when the thread or the mutex cannot be made
@@ -525,4 +526,4 @@ private:
 
 /// The controller of the process: ready before main and in every static constructor (but for one
 /// with an init_priority of 101), never destroyed.
-extern PAController& gPaController;
+extern PA_API PAController& gPaController;

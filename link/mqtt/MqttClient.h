@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "../../framework/api.h"
 #include "BrokerOptions.h"
 #include "MqttMessage.h"
 
@@ -104,7 +105,7 @@ public:
 
     [[nodiscard]] bool isConnected() const;
 
-    [[nodiscard]] const BrokerOptions& options() const;
+    [[nodiscard]] PA_API const BrokerOptions& options() const;
 
 private:
     class Connection;

@@ -11,6 +11,7 @@
 #include <string>
 #include <utility>
 
+#include "../../framework/api.h"
 #include "../../framework/posixThread.h"
 #include "../DeliveryQueue.h"
 #include "../Transport.h"
@@ -50,7 +51,7 @@ struct MqttStatistics {
 /// Every refusal is delivered as `Refusal`, also that of the broker. An operation without an answer
 /// is reported through `handleError`, and so is one that the server refuses because it has started
 /// again: whether it was carried out before is unknown.
-class MqttTransport final : public Transport, private MqttListener {
+class PA_API MqttTransport final : public Transport, private MqttListener {
 public:
     /// How much may wait to be delivered, by default.
     static constexpr std::size_t defaultMaxBytes = DeliveryQueue::defaultMaxBytes;

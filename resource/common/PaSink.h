@@ -3,6 +3,7 @@
 #include <string>
 #include <vector>
 
+#include "../../framework/api.h"
 #include "../../sdk/Gain.h"
 
 /// An audio output of the PA system: a speaker bus, an amplifier output, an induction loop, a help
@@ -10,7 +11,7 @@
 ///
 /// The operations act on the copy at hand: they read it, take no lock and never touch the cache.
 /// The effect is reported by a later record of the server.
-struct PaSink {
+struct PA_API PaSink {
     /// What the sink is. Only 1 to 4 have a gain, only 9 and 10 can be reset.
     enum Type : int {
         SINK_TYPE_NOT_DEFINED = 0,
