@@ -36,6 +36,7 @@ namespace paclient {
 /// callback.
 class PA_API Announcement {
 public:
+    /// Of a request, or of one of its parts.
     enum class State {
         Sending,   ///< no answer yet
         Accepted,  ///< the server has it, in a state that has no name here
@@ -49,15 +50,17 @@ public:
         Refused,    ///< by the server, with the reason
     };
 
+    /// What the server plays of the request: audio or visual.
     struct Part {
-        AnnouncementRequest record;  ///< as reported last
-        State state = State::Accepted;
-        std::string reason;   ///< why it is in this state; may be empty
-        bool isOver = false;  ///< the server has withdrawn it
+        AnnouncementRequest record;     ///< as reported last
+        State state = State::Accepted;  ///< as its record reports
+        std::string reason;             ///< why it is in this state; may be empty
+        bool isOver = false;            ///< the server has withdrawn it
     };
 
+    /// A zone of the request.
     struct ZoneState {
-        std::string id;
+        std::string id;  ///< of the zone
         /// Whether an audio or a visual part of the announcement plays there now. The server
         /// reports what plays in a zone by its type only; so the announcement is taken to have lost
         /// a zone when another one of the same kind begins there after it.
@@ -78,6 +81,7 @@ public:
     Announcement& operator=(const Announcement&) = delete;
     ~Announcement();
 
+    /// The id under which it was sent.
     [[nodiscard]] const std::string& requestId() const;
 
     /// How many parts the server reports: 0 for a text that is displayed with the validity 0 and
@@ -139,7 +143,7 @@ PA_API const char* partName(const AnnouncementRequest& record);
 
 /// What a cancellation has ended.
 struct Cancellation {
-    Confirmation confirmation;
+    Confirmation confirmation;               ///< whether it has ended what was asked for
     std::vector<AnnouncementRequest> ended;  ///< as reported last, in order of their numbers
 };
 

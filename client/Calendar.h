@@ -16,18 +16,18 @@ namespace paclient {
 
 /// A minute by the clocks of a station.
 struct LocalMinute {
-    int year = 0;
-    int month = 0;
-    int day = 0;
-    int hour = 0;
-    int minute = 0;
+    int year = 0;    ///< for example 2026
+    int month = 0;   ///< 1 to 12
+    int day = 0;     ///< 1 to 31
+    int hour = 0;    ///< 0 to 23
+    int minute = 0;  ///< 0 to 59
 };
 
 /// When a schedule runs: on the days from that of `start` to that of `end`, from the time of day of
 /// the one to that of the other. A window whose end is the earlier time of day passes midnight.
 struct RunTimes {
-    LocalMinute start;
-    LocalMinute end;
+    LocalMinute start;  ///< first day, and the first run of each day
+    LocalMinute end;    ///< last day, and the end of each day's runs
     int dayMask = 0;    ///< bit 0 is Monday
     int frequency = 0;  ///< minutes between the runs of a day; 0: once, at the start time
 };
@@ -47,6 +47,7 @@ public:
     /// @param minute one that exists
     [[nodiscard]] std::time_t momentOf(const LocalMinute& minute) const;
 
+    /// The clocks of the station at a moment, in seconds since 1970 UTC.
     [[nodiscard]] LocalMinute minuteAt(std::time_t moment) const;
 
     /// The first run after a moment; nothing when there is no other.

@@ -107,8 +107,10 @@ private:
 /// thread which calls the controller. An exception that leaves it is reported.
 class PA_API Listener {
 public:
+    /// What is called with each change.
     using Function = std::function<void(const ChangePtr& change)>;
 
+    /// Subscribes: the function is called with what is published from now on.
     Listener(ChangeKinds wanted, Function function);
     Listener(const Listener&) = delete;
     Listener& operator=(const Listener&) = delete;

@@ -92,7 +92,9 @@ public:
     /// The sources whose lock this client holds.
     [[nodiscard]] static std::set<int> heldSources();
 
+    /// The endpoint that it was made with.
     Endpoint& endpoint() { return endpoint_; }
+    /// The link. Its handlers belong to the connection.
     palink::ServerLink& link() { return link_; }
 
 private:

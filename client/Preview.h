@@ -10,8 +10,8 @@ namespace paclient {
 
 /// A text that the server has rendered with a voice, to be checked before it is played.
 struct RenderedPreview {
-    Confirmation confirmation;
-    std::string uri;  ///< where the audio can be fetched; empty when there is none
+    Confirmation confirmation;  ///< whether there is audio
+    std::string uri;            ///< where the audio can be fetched; empty when there is none
 };
 
 /// Enough for every preview: the controller gives one up after 90 s, and looks every 9 s.

@@ -25,6 +25,7 @@ struct Wait {
     /// for. May be empty.
     std::function<void(std::chrono::milliseconds waited)> whileWaiting{};
 
+    /// Between two calls of `whileWaiting`.
     std::chrono::milliseconds tick = std::chrono::milliseconds(50);
 };
 
@@ -38,6 +39,7 @@ struct Wait {
 ///     }
 class PA_API WaitCourse {
 public:
+    /// The wait begins now.
     explicit WaitCourse(const Wait& wait);
 
     /// Calls `whileWaiting`.
@@ -55,6 +57,7 @@ private:
 
 /// The result of a confirmed operation.
 struct Confirmation {
+    /// How the wait has ended.
     enum class State {
         Done,            ///< the server has reported the effect
         AsBefore,        ///< the effect was there before; nothing was sent
@@ -64,8 +67,8 @@ struct Confirmation {
         TimedOut         ///< nothing was reported within the limit: the outcome is unknown
     };
 
-    State state = State::Done;
-    std::string reason{};  ///< of a refusal, a drop or a loss; else empty
+    State state = State::Done;  ///< how the wait has ended
+    std::string reason{};       ///< of a refusal, a drop or a loss; else empty
 
     /// Whether the effect is there.
     [[nodiscard]] bool holds() const { return state == State::Done || state == State::AsBefore; }

@@ -12,6 +12,7 @@ namespace paclient {
 
 /// Something that keeps an announcement from being played everywhere at once.
 struct Finding {
+    /// What is found.
     enum class Kind {
         UnknownZone,   ///< the server has no such zone
         EmptyZone,     ///< no sink belongs to the zone or its sub-zones
@@ -21,15 +22,15 @@ struct Finding {
         UnknownItem,   ///< the server has no such dictionary item, chime or recording
     };
 
-    Kind kind = Kind::UnknownZone;
+    Kind kind = Kind::UnknownZone;  ///< what is found
     std::string subject;  ///< the zone, "language/voice", the number of the item, or the path
     std::string text;     ///< a sentence for people
 };
 
 /// What a server can play, of which it sends no records.
 struct Playable {
-    std::set<unsigned> items;  ///< of the dictionary
-    std::set<int> chimes;
+    std::set<unsigned> items;          ///< of the dictionary
+    std::set<int> chimes;              ///< numbers
     std::set<std::string> recordings;  ///< their paths
 };
 

@@ -40,6 +40,7 @@ struct ConfirmedRequest {
 /// taken to be of every request that it can be of.
 PA_API bool isRefusalOf(const std::vector<pa::OperationType>& operations,
                         const std::string& requestId, const palink::Refusal& refusal);
+/// The same for a drop.
 PA_API bool isDropOf(const std::vector<pa::OperationType>& operations, const std::string& requestId,
                      const pa::DroppedOperation& dropped);
 

@@ -53,13 +53,16 @@ PA_API Confirmation reset(const PaSink& sink, bool untilBack, const Wait& wait);
 /// Names of zones are those of the server.
 /// @{
 
+/// Attaches zones.
 /// @param mode whether the zones that are attached before stay
 PA_API Confirmation attachZones(const PaSource& source, const std::vector<std::string>& zoneIds,
                                 PaSource::AttachMode mode, const Wait& wait);
 
+/// Detaches some.
 PA_API Confirmation detachZones(const PaSource& source, const std::vector<std::string>& zoneIds,
                                 const Wait& wait);
 
+/// Detaches all that are attached.
 PA_API Confirmation detachAllZones(const PaSource& source, const Wait& wait);
 /// @}
 
@@ -86,8 +89,9 @@ PA_API Confirmation releaseLock(int sourceId, const Wait& wait);
 /// @name Software triggers
 /// @{
 
+/// What an activation has led to.
 struct Activation {
-    Confirmation confirmation;
+    Confirmation confirmation;                        ///< whether it has its effect
     std::optional<AnnouncementRequest> announcement;  ///< that the trigger has started
 };
 
@@ -110,6 +114,7 @@ PA_API Confirmation deactivate(const PaSWTrigger& trigger, std::optional<int> an
 /// Starts a recording. One that runs already is not this one: the server refuses a second.
 PA_API Confirmation startRecording(const std::string& serverPath, const Wait& wait);
 
+/// What a stop has led to.
 struct StoppedRecording {
     Confirmation confirmation;  ///< `Refused` also when the recording is lost
     std::string path;           ///< of the file that the server has stored; else empty
@@ -120,6 +125,7 @@ PA_API StoppedRecording stopRecording(const Wait& wait);
 
 /// The server reports nothing of these but a refusal: see `awaitRefusal` for the result.
 PA_API Confirmation previewRecording(const std::string& serverPath, const Wait& wait);
+/// Deletes a recording of the server.
 PA_API Confirmation deleteRecording(const std::string& serverPath, const Wait& wait);
 /// @}
 

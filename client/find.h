@@ -8,7 +8,8 @@
 #include "../framework/api.h"
 
 /// @file
-/// How a resource is found by what people call it: its number, or its label or name.
+/// How a resource is found by what people call it: its number, or its label or name. Every function
+/// may be called from any thread.
 
 namespace paclient {
 
@@ -27,6 +28,7 @@ public:
 /// No resource is called so.
 class PA_API NotFound : public LookupError {
 public:
+    /// The text, and what is near.
     NotFound(const std::string& text, std::vector<std::string> nearest)
         : LookupError(text), suggestions(std::move(nearest)) {}
 
@@ -36,6 +38,7 @@ public:
 /// Several resources are called so.
 class PA_API Ambiguous : public LookupError {
 public:
+    /// The text, and what fits.
     Ambiguous(const std::string& text, std::vector<std::size_t> places)
         : LookupError(text), candidates(std::move(places)) {}
 

@@ -11,23 +11,28 @@
 
 /// @file
 /// Records as JSON: objects with the names of the record's members, in its order. Enumerations and
-/// gains are numbers.
+/// gains are numbers; JSON is as in RFC 8259. Every function may be called from any thread.
 
 namespace paclient {
 
+/// Keeps the order of the members.
 using Json = nlohmann::ordered_json;
 
+/// Whether enumerations are written for people, too.
 enum class JsonTexts {
     Beside,  ///< after an enumeration its name: "state": 2, "stateText": "ATTACHED"
     None,    ///< the members only, so that a record can be read again
 };
 
+/// An array of records.
 template <class Record>
 Json toJson(const std::vector<Record>& records, JsonTexts texts = JsonTexts::Beside);
 
+/// An object with the record's members.
 template <class Record, class = std::enable_if_t<isDescribed<Record>>>
 Json toJson(const Record& record, JsonTexts texts = JsonTexts::Beside);
 
+/// A member's value.
 template <class Value>
 Json jsonValue(const Value& value, JsonTexts texts = JsonTexts::Beside) {
     if constexpr (std::is_enum_v<Value>) {

@@ -11,9 +11,14 @@
 
 /// @file
 /// The values of the records' enumerations by name. A value without a name is written as a number.
+/// Every function may be called from any thread.
 
 namespace paclient {
 
+/// @name Names of values
+/// @{
+
+/// The name of a value as it is in its enumeration.
 PA_API std::string nameOf(PaSource::Type value);
 PA_API std::string nameOf(PaSource::AttachState value);
 PA_API std::string nameOf(PaSource::BroadcastType value);
@@ -37,6 +42,7 @@ PA_API std::string nameOf(Message::Type value);
 PA_API std::string nameOf(Message::TextEncoding value);
 PA_API std::string nameOf(AnnouncementType value);
 PA_API std::string nameOf(AnnouncementPriorityMode value);
+/// @}
 
 /// The type of a content with this name, letter case aside. `NONE` is not one.
 PA_API std::optional<Message::Type> messageTypeNamed(const std::string& name);

@@ -13,9 +13,14 @@
 /// @file
 /// Records as text for people: enumerations by name, lists with commas between. Nothing depends on
 /// the locale. Texts of the server are not changed: a program cleans them for its output.
+/// Every function may be called from any thread.
 
 namespace paclient {
 
+/// @name A member of a record as text
+/// @{
+
+/// An enumeration by name, the elements of a list with commas between.
 inline std::string valueText(const std::string& value) {
     return value;
 }
@@ -46,6 +51,7 @@ std::string valueText(const Value& value) {
         return std::to_string(value);
     }
 }
+/// @}
 
 template <class Record>
 std::string lineOf(const Record& record) {

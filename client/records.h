@@ -12,7 +12,8 @@
 #include "describe.h"
 
 /// @file
-/// The members of each record, and the records that are joined from several of the controller's.
+/// The members of each record, and the records that are joined from several of the controller's:
+/// plain values.
 
 namespace paclient {
 

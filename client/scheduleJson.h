@@ -7,6 +7,10 @@
 #include "json.h"
 #include "schedules.h"
 
+/// @file
+/// Schedules as JSON. Every function may be called from any thread; those that need the server's
+/// records take the controller's mutex.
+
 namespace paclient {
 
 /// Reads a schedule, as `toJson` writes it without texts. What is missing has the value of a new

@@ -6,6 +6,7 @@
 namespace paclient {
 
 /// The schedule with its texts for people; its next run is that of now, by `stationClock`.
+/// May be called from any thread.
 PA_API ScheduleEntry described(const ScheduleDefinition& definition);
 
 }  // namespace paclient

@@ -23,9 +23,10 @@ namespace paclient {
 /// @throws whatever `wait.whileWaiting` throws
 PA_API Confirmation putSchedule(const ScheduleDefinition& schedule, const Wait& wait);
 
+/// What a creation has led to.
 struct NewSchedule {
-    Confirmation confirmation;
-    int id = 0;  ///< 0 when it is not confirmed
+    Confirmation confirmation;  ///< whether the server keeps it
+    int id = 0;                 ///< 0 when it is not confirmed
 };
 
 /// Has the server keep a new schedule under a number of its choice.
@@ -44,13 +45,14 @@ PA_API int freeScheduleId();
 
 /// The outcome of an import, so far or in the end.
 struct ImportResult {
+    /// An entry that the server does not keep.
     struct Failed {
         std::size_t entry;   ///< place in the list, counted from 1
         std::string reason;  ///< for people
     };
 
-    std::size_t imported = 0;  ///< entries that the server keeps
-    std::vector<Failed> failed;
+    std::size_t imported = 0;    ///< entries that the server keeps
+    std::vector<Failed> failed;  ///< in order of the list
     /// Of the entry at which the import ended, because its outcome is unknown; nothing after it was
     /// sent. Nothing when every entry was tried.
     std::optional<std::size_t> unknownEntry;
@@ -59,8 +61,8 @@ struct ImportResult {
 
 /// One entry of an import: a schedule, or why there is none.
 struct ImportEntry {
-    ScheduleDefinition schedule;
-    std::string fault;  ///< the entry fails with this when it is not empty
+    ScheduleDefinition schedule;  ///< meaningless with a fault
+    std::string fault;            ///< the entry fails with this when it is not empty
 };
 
 /// Puts in one schedule after the other. An entry that is impossible, that is refused, whose number

@@ -5,6 +5,7 @@
 
 /// @file
 /// What a schedule must be so that it can be sent, and is the same when the server reports it.
+/// Every function may be called from any thread.
 
 namespace paclient {
 
@@ -20,7 +21,9 @@ PA_API ScheduleDefinition asReported(const ScheduleDefinition& sent);
 /// controller keeps the value that was reported first.
 PA_API bool isSame(const ScheduleDefinition& a, const ScheduleDefinition& b);
 
+/// Whether it is text-to-speech.
 PA_API bool isSpoken(AnnouncementType type);
+/// Whether it is a recorded file.
 PA_API bool isStored(AnnouncementType type);
 
 }  // namespace paclient

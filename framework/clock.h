@@ -27,9 +27,9 @@ namespace pa {
 /// Replacements for the clocks and the sleep, so that a test need not wait for real time. A null
 /// member selects the system's own.
 struct TimeSource {
-    std::time_t (*wallClock)() = nullptr;
-    std::int64_t (*monotonicMS)() = nullptr;
-    void (*sleepMS)(int) = nullptr;
+    std::time_t (*wallClock)() = nullptr;     ///< for `pa::wallClock`
+    std::int64_t (*monotonicMS)() = nullptr;  ///< for `pa::monotonicMS`
+    void (*sleepMS)(int) = nullptr;           ///< for `::sleepMS`
 };
 
 /// Puts `source` in force for the whole process.

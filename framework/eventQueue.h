@@ -24,8 +24,8 @@ struct EventItem {
         PA_ZONE_DELETED = 41,
     };
 
-    EVENT_TYPE type = PA_SOURCE_UPDATED;
-    int key = 0;  ///< the resource's id; for zones the cache key
+    EVENT_TYPE type = PA_SOURCE_UPDATED;  ///< what has happened
+    int key = 0;                          ///< the resource's id; for zones the cache key
 };
 
 /// Posts an event. Called by the controller with its mutex held; never blocks.

@@ -27,6 +27,7 @@ public:
 
     /// `enter` and `leave` under the names that std::lock_guard and std::unique_lock call.
     void lock() PASDK_ACQUIRE() { enter(); }
+    /// See `lock`.
     void unlock() PASDK_RELEASE() { leave(); }
 };
 

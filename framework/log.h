@@ -29,13 +29,14 @@ namespace pa {
 
 /// One line, as a log sink receives it.
 struct LogLine {
+    /// Which function wrote it: `debug` or `handleError`.
     enum class Kind { Debug, Error };
 
-    Kind kind = Kind::Debug;
-    int level = 0;
-    std::time_t time = 0;  ///< wall clock, seconds since 1970 UTC
-    std::string thread;    ///< name and number of the thread that wrote it
-    std::string text;
+    Kind kind = Kind::Debug;  ///< which function wrote it
+    int level = 0;            ///< 1 to 3
+    std::time_t time = 0;     ///< wall clock, seconds since 1970 UTC
+    std::string thread;       ///< name and number of the thread that wrote it
+    std::string text;         ///< without a line end
 };
 
 /// The most bytes of lines that wait for the default sink.
@@ -64,7 +65,7 @@ PA_API LogSink setLogSink(LogSink sink);
 PA_API bool flushLog(std::chrono::milliseconds limit);
 
 /// The line as the default sink writes it, without a line end: UTC time, kind and level, thread,
-/// text. Control characters are written as \xNN, so that a text cannot forge a line.
+/// text. Control characters are written as `\xNN`, so that a text cannot forge a line.
 [[nodiscard]] PA_API std::string formatLogLine(const LogLine& line);
 
 /// Writes how many reports `handleError` has suppressed so far. Never throws. The exit of the

@@ -28,6 +28,7 @@ namespace palink {
 template <class What>
 class HandlerSlot {
 public:
+    /// What is called.
     using Handler = std::function<void(const What&)>;
 
     HandlerSlot() = default;

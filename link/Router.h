@@ -17,8 +17,8 @@ struct Route;
 
 /// A record of the server has been merged into the caches.
 struct HandledRecord {
-    pa::RecordKind kind = pa::RecordKind::Source;
-    int key = 0;
+    pa::RecordKind kind = pa::RecordKind::Source;  ///< of the record
+    int key = 0;                                   ///< of the record
 };
 
 /// Passes the server's records and withdrawals to the controller, in order of arrival.
@@ -40,8 +40,10 @@ struct HandledRecord {
 /// `end` by one thread.
 class Router {
 public:
+    /// Receives each record that has been merged.
     using MergeHandler = HandlerSlot<HandledRecord>::Handler;
 
+    /// Connected to nothing: `begin`.
     explicit Router(PAController& controller);
 
     /// Replaces the function that is called after each merge, on the thread that merges: the one
@@ -52,7 +54,9 @@ public:
     /// unless this is called from inside one.
     void setMergeHandler(MergeHandler handler) { merged_->set(std::move(handler)); }
 
+    /// Merges a record, or has it wait for a withdrawal of its key.
     void handle(Record record);
+    /// Withdraws, after the notifications that wait for it.
     void handle(const Withdrawal& withdrawal);
 
     /// Empties the controller's caches, at a (re)connection.

@@ -25,6 +25,7 @@ using pa::DroppedOperation;
 
 /// A change of the connection's state.
 struct ConnectionChange {
+    /// Where the connection is.
     enum class State {
         Connected,     ///< operations are sent, the caches are empty
         Synced,        ///< everything that the server holds is in the caches
@@ -32,7 +33,7 @@ struct ConnectionChange {
         Stopped        ///< the link was stopped: the last one, until it is started again
     };
 
-    State state = State::Connected;
+    State state = State::Connected;  ///< where the connection is now
     std::uint64_t number = 0;  ///< of the connection, counted from 1 in the life of the link; when
                                ///< stopped that of the last one, 0 when there was none
     std::string reason;        ///< of a disconnection

@@ -61,6 +61,7 @@ public:
 
     /// The server's description of itself (for example "name"); empty before the first connection.
     [[nodiscard]] KeyValueMap getServerInfo() const;
+    /// Replaces the description. For the server link.
     void setServerInfo(const KeyValueMap& info);
 
 private:

@@ -8,7 +8,9 @@ public:
     /// @param level in dB; no range check here, each operation checks its own
     Gain(double level) : level_(level) {}  // NOLINT: a level in dB is a gain
 
+    /// Replaces the level, in dB.
     void setLevel(double level) { level_ = level; }
+    /// The level in dB.
     [[nodiscard]] double getLevel() const { return level_; }
 
     friend bool operator==(const Gain& a, const Gain& b) { return a.level_ == b.level_; }

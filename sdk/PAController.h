@@ -107,9 +107,13 @@ public:
         Changed,
     };
 
+    /// The first half for a source.
     [[nodiscard]] MergeResult mergePaSource(int key, TEVlist* record);
+    /// The second half for a source.
     void notifyPaSource(int key, MergeResult result);
+    /// The first half for a schedule.
     [[nodiscard]] MergeResult mergeSchedule(int scheduleId, TEVlist* record);
+    /// The second half for a schedule.
     void notifySchedule(int scheduleId, MergeResult result);
     /// @}
 
@@ -269,8 +273,11 @@ public:
 
     /// Reserved: these have no effect.
     void addPaSinkToSelector(int selectorId, int sinkId);
+    /// Reserved.
     void deletePaSinkFromSelector(int selectorId, int sinkId);
+    /// Reserved.
     void enablePaSelector(int selectorId);
+    /// Reserved.
     void disablePaSelector(int selectorId);
     /// @}
 

@@ -21,6 +21,7 @@
 /// reported and the next observer is called.
 class PAControllerObserver {
 public:
+    /// Why a retrieval has no audio.
     enum MessageRetrievalError : int {
         MRE_NO_ERROR = 0,
         MRE_TIMED_OUT = 1,

@@ -13,7 +13,7 @@ namespace pa {
 /// A request to the server, as the send queue holds it.
 struct Operation {
     int destination = 0;  ///< -1 direct link, -2 indirect link
-    OperationType type;
+    OperationType type;   ///< class and number
     int flag = 0;         ///< always 1
     std::string payload;  ///< the operation's text
 };

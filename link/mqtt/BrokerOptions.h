@@ -14,16 +14,16 @@ public:
     using std::runtime_error::runtime_error;
 };
 
-/// Where an MQTT 5 broker is, and how to connect to it.
+/// Where an MQTT 5 broker is, and how to connect to it. A plain value.
 struct PA_API BrokerOptions {
-    std::string host;
-    int port = 1883;
-    bool tls = false;
+    std::string host;  ///< name, or address without brackets
+    int port = 1883;   ///< 1 to 65535
+    bool tls = false;  ///< whether the connection is encrypted and the broker's certificate checked
     std::filesystem::path caFile{};           ///< of trusted authorities; empty: the system's
     std::filesystem::path certificateFile{};  ///< of this client; empty for none
     std::filesystem::path keyFile{};          ///< of its private key
     std::string user{};                       ///< empty for none
-    std::string password{};
+    std::string password{};                   ///< never part of a message
 
     /// @return the address as typed, without user and password, for messages
     [[nodiscard]] std::string url() const;

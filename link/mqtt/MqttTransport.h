@@ -27,7 +27,7 @@ namespace palink {
 
 /// How the link over a broker is doing.
 struct MqttStatistics {
-    bool brokerConnected = false;
+    bool brokerConnected = false;  ///< whether the broker has accepted the connection
     std::string problem;           ///< why there is no connection to a server; empty with one
     bool permanent = false;        ///< the broker refuses, and will until something is configured
     int dstNo = 0;                 ///< of the server in use, 0 for none
@@ -88,6 +88,7 @@ public:
     /// Whether the server in use takes control messages.
     [[nodiscard]] bool hasControl() const;
 
+    /// The state now. May be called from any thread.
     [[nodiscard]] MqttStatistics statistics() const;
 
     /// The broker's address, for messages.

@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file
-/// The records of the PA resources, all of them.
+/// The records of the PA resources, all of them: plain values.
 
 #include "PaSelector.h"
 #include "PaSink.h"
