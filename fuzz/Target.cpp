@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <cstdlib>
 #include <iostream>
+#include <sstream>
 
 namespace fuzz {
 
@@ -22,24 +23,11 @@ void requireEqual(std::string_view found, std::string_view expected, std::string
 
 std::vector<std::string> pieces(const std::string& text, char separator) {
     std::vector<std::string> all;
-    std::size_t begin = 0;
-    for (std::size_t end = 0; (end = text.find(separator, begin)) != std::string::npos;) {
-        all.push_back(text.substr(begin, end - begin));
-        begin = end + 1;
+    std::istringstream in(text);
+    for (std::string piece; std::getline(in, piece, separator);) {
+        all.push_back(piece);
     }
-    all.push_back(text.substr(begin));
     return all;
-}
-
-Line lineOf(const std::string& text, std::size_t words) {
-    Line line;
-    line.rest = text;
-    while (line.words.size() < words) {
-        const std::size_t end = line.rest.find(' ');
-        line.words.push_back(line.rest.substr(0, end));
-        line.rest = end == std::string::npos ? "" : line.rest.substr(end + 1);
-    }
-    return line;
 }
 
 pa::RecordFields recordFields(const std::vector<std::optional<std::string>>& fields) {

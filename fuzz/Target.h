@@ -22,15 +22,8 @@ void require(bool holds, std::string_view property);
 /// The same of two texts, which the message has too.
 void requireEqual(std::string_view found, std::string_view expected, std::string_view what);
 
-/// The texts between separators; an empty text is one empty piece.
+/// The texts between separators. Nothing after the last separator is no text.
 std::vector<std::string> pieces(const std::string& text, char separator);
-
-/// The first words of a text, without the blanks between them, and what follows them.
-struct Line {
-    std::vector<std::string> words;  ///< empty where the text has fewer
-    std::string rest;
-};
-Line lineOf(const std::string& text, std::size_t words);
 
 /// The fields of a record as the link holds them.
 pa::RecordFields recordFields(const std::vector<std::optional<std::string>>& fields);

@@ -64,12 +64,16 @@ double decimal(const std::string& text) {
     return std::strtod(text.c_str(), nullptr);
 }
 
+std::string numberText(const std::string& text) {
+    return std::to_string(number(text));
+}
+
 std::string memberText(char form, const std::string& field) {
     const auto plain = [&] { return form == 's' || form == 'l' ? field : translated(field); };
     const auto list = [&] { return tokens(plain(), '^'); };
     switch (form) {
         case '#':
-            return std::to_string(number(field));
+            return numberText(field);
         case 'd':
             return levelText(decimal(field));
         case 'l':
@@ -96,13 +100,11 @@ struct Column {
 const std::vector<Column>& columnsOf(const std::string& kind) {
     static std::map<std::string, std::vector<Column>> known;
     std::vector<Column>& columns = known[kind];
-    if (columns.empty()) {
-        std::istringstream layout(layouts.at(kind));
-        for (std::string word; layout >> word;) {
-            const bool compares = word.back() == '*' || word.back() == '@';
-            const std::size_t length = word.size() - (compares ? 2 : 1);
-            columns.push_back({word.substr(0, length), word[length], compares ? word.back() : ' '});
-        }
+    std::istringstream layout(columns.empty() ? layouts.at(kind) : "");
+    for (std::string word; layout >> word;) {
+        const bool compares = word.back() == '*' || word.back() == '@';
+        const std::size_t length = word.size() - (compares ? 2 : 1);
+        columns.push_back({word.substr(0, length), word[length], compares ? word.back() : ' '});
     }
     return columns;
 }
@@ -156,7 +158,7 @@ bool takeTemplate(Record& schedule, std::map<std::string, std::string>& variable
     }
     schedule["displayTemplateKeyValueList"] = textOf(variables);
     schedule["displayTemplateValidityPeriodSeconds"] =
-        std::to_string(halves.size() == 2 ? number(halves[1]) : 0);
+        halves.size() == 2 ? numberText(halves[1]) : "0";
     return !halves.empty();
 }
 
@@ -165,7 +167,7 @@ bool takePart(Record& schedule, std::map<std::string, std::string>& variables, b
     if (part.size() < 4) {
         return part.empty();
     }
-    const std::string type = std::to_string(number(part[0]));
+    const std::string type = numberText(part[0]);
     const std::string& content = part[3];
     const Tokens pieces = tokens(content, '!');
     schedule[isAudio ? "announcementType" : "visualAnnouncementType"] = type;
@@ -178,7 +180,7 @@ bool takePart(Record& schedule, std::map<std::string, std::string>& variables, b
             items.push_back(static_cast<unsigned>(number(item)));
         }
         schedule["dictionaryItems"] = textOf(items);
-        schedule["repeatCnt"] = std::to_string(number(tokenOr(pieces, 1, "1")));
+        schedule["repeatCnt"] = numberText(tokenOr(pieces, 1, "1"));
         return !pieces.empty();
     }
     if (isAudio && (type == "4" || type == "10")) {
@@ -186,7 +188,7 @@ bool takePart(Record& schedule, std::map<std::string, std::string>& variables, b
     }
     if (isAudio && (type == "1" || type == "11")) {
         const Tokens file = tokens(content, '^');
-        schedule["storedDataSourceId"] = std::to_string(number(tokenOr(file, 0, "0")));
+        schedule["storedDataSourceId"] = numberText(tokenOr(file, 0, "0"));
         schedule["storedDataFilePath"] = tokenOr(file, 1, "");
     } else if (schedule["announcementType"] == "9" || type == "9") {
         return takeTemplate(schedule, variables, content);
@@ -196,17 +198,20 @@ bool takePart(Record& schedule, std::map<std::string, std::string>& variables, b
 
 /// The days and times: numbers with colons between them, each that is missing with a value.
 void takeTimes(Record& schedule, const Fields& fields) {
-    const std::vector<std::pair<const char*, const char*>> columns[] = {
-        {},
-        {{"startYear", "1970"}, {"startMonth", "1"}, {"startDay", "1"}},
-        {{"startHour", "0"}, {"startMinute", "0"}},
-        {{"endYear", "2050"}, {"endMonth", "12"}, {"endDay", "30"}},
-        {{"endHour", "0"}, {"endMinute", "0"}}};
-    for (std::size_t column = 1; column < 5; ++column) {
-        const Tokens numbers = tokens(translated(fields[column].value_or("")), ':');
-        for (std::size_t i = 0; fields[column] && i < columns[column].size(); ++i) {
-            const auto& [member, missing] = columns[column][i];
-            schedule[member] = std::to_string(number(tokenOr(numbers, i, missing)));
+    const struct {
+        std::size_t column;
+        std::size_t place;
+        const char* member;
+        const char* missing;
+    } numbers[] = {{1, 0, "startYear", "1970"}, {1, 1, "startMonth", "1"},
+                   {1, 2, "startDay", "1"},     {2, 0, "startHour", "0"},
+                   {2, 1, "startMinute", "0"},  {3, 0, "endYear", "2050"},
+                   {3, 1, "endMonth", "12"},    {3, 2, "endDay", "30"},
+                   {4, 0, "endHour", "0"},      {4, 1, "endMinute", "0"}};
+    for (const auto& [column, place, member, missing] : numbers) {
+        if (fields[column]) {
+            const Tokens found = tokens(translated(*fields[column]), ':');
+            schedule[member] = numberText(tokenOr(found, place, missing));
         }
     }
 }

@@ -13,6 +13,12 @@ Tokens tokens(const std::string& text, char separator, bool markEmpty) {
     bool inQuotes = false;
     bool quotedToken = false;
     bool lastWasSeparator = false;
+    const auto end = [&] {
+        all.push_back(markEmpty && token.empty() && !quotedToken ? "<NULL>" : token);
+        token.clear();
+        quotedToken = false;
+        lastWasSeparator = true;
+    };
     for (const char c : text) {
         if (c == '\\' && !escaped) {
             escaped = true;
@@ -22,23 +28,16 @@ Tokens tokens(const std::string& text, char separator, bool markEmpty) {
             inQuotes = !inQuotes;
             quotedToken = quotedToken || inQuotes;
             lastWasSeparator = lastWasSeparator || inQuotes;
-            continue;
-        }
-        const bool ends = c == separator && !inQuotes && !escaped;
-        const bool isLeadingBlank = token.empty() && (c == ' ' || c == '\t');
-        escaped = false;
-        if (ends) {
-            all.push_back(markEmpty && token.empty() && !quotedToken ? "<NULL>" : token);
-            token.clear();
-            quotedToken = false;
-            lastWasSeparator = true;
-        } else if (!isLeadingBlank) {
+        } else if (c == separator && !inQuotes && !escaped) {
+            end();
+        } else if (!token.empty() || (c != ' ' && c != '\t')) {
             token += c;
             lastWasSeparator = false;
         }
+        escaped = false;
     }
     if (!token.empty() || lastWasSeparator) {
-        all.push_back(markEmpty && token.empty() && !quotedToken ? "<NULL>" : token);
+        end();
     }
     return all;
 }

@@ -5,7 +5,6 @@
 
 #include "framework/log.h"
 #include "fuzz/Target.h"
-#include "fuzz/naiveTexts.h"
 #include "sdk/PAController.h"
 #include "simserver/protocol/OperatingDecoder.h"
 #include "simserver/protocol/Refused.h"
@@ -39,29 +38,30 @@ void checkSchedule(const std::string& payload) {
     }
 }
 
-using Decode = void (*)(const std::string&);
+template <auto decode>
+void only(const std::string& payload) {
+    decode(payload);
+}
+/// Into a request.
+template <class Request, void (*decode)(std::string_view, Request&)>
+void into(const std::string& payload) {
+    Request request;
+    decode(payload, request);
+}
 
-const std::map<std::string, Decode> decoders = {
-    {"play",
-     [](const std::string& payload) {
-         simserver::RequestToPlay request;
-         simserver::decodePlay(payload, request);
-     }},
-    {"cancel", [](const std::string& payload) { simserver::decodeCancel(payload); }},
-    {"retrieval",
-     [](const std::string& payload) {
-         simserver::RetrievalRequest request;
-         simserver::decodeRetrieval(payload, request);
-     }},
+const std::map<std::string, void (*)(const std::string&)> decoders = {
+    {"play", into<simserver::RequestToPlay, simserver::decodePlay>},
+    {"cancel", only<simserver::decodeCancel>},
+    {"retrieval", into<simserver::RetrievalRequest, simserver::decodeRetrieval>},
     {"template",
-     [](const std::string& payload) { simserver::decodeTemplate(simserver::NamedField(payload)); }},
-    {"lock", [](const std::string& payload) { simserver::decodeLock(payload); }},
-    {"attach", [](const std::string& payload) { simserver::decodeAttachZones(payload); }},
-    {"detach", [](const std::string& payload) { simserver::decodeDetachZones(payload); }},
+     [](const std::string& json) { simserver::decodeTemplate(simserver::NamedField(json)); }},
+    {"lock", only<simserver::decodeLock>},
+    {"attach", only<simserver::decodeAttachZones>},
+    {"detach", only<simserver::decodeDetachZones>},
     {"gain", [](const std::string& payload) { simserver::decodeGain(payload, 42); }},
-    {"monitoring", [](const std::string& payload) { simserver::decodeMonitoring(payload); }},
-    {"activation", [](const std::string& payload) { simserver::decodeActivation(payload); }},
-    {"id", [](const std::string& payload) { simserver::decodeId(payload); }},
+    {"monitoring", only<simserver::decodeMonitoring>},
+    {"activation", only<simserver::decodeActivation>},
+    {"id", only<simserver::decodeId>},
     {"schedule", checkSchedule},
 };
 

@@ -5,6 +5,7 @@
 //   reset
 //   hold, pass
 #include <atomic>
+#include <sstream>
 #include <thread>
 
 #include "client/recordText.h"
@@ -12,7 +13,6 @@
 #include "framework/eventQueue.h"
 #include "framework/log.h"
 #include "fuzz/Target.h"
-#include "fuzz/naiveTexts.h"
 #include "link/Router.h"
 #include "sdk/globals.h"
 #include "tests/recordingHost/NotingObserver.h"
@@ -26,17 +26,16 @@ constexpr std::size_t fieldCount = 21;
 
 std::atomic<std::int64_t> nowMS{1'000'000};
 std::atomic<bool> timePasses{true};
-thread_local bool isSequential = false;  // pauses are over at once, and no time passes
 
 void pause(int ms) {
     if (ms > 1000) {
         std::this_thread::sleep_for(std::chrono::milliseconds(ms));  // the controllers' workers
-    } else if (!isSequential) {
-        while (!timePasses) {
-            std::this_thread::yield();
-        }
-        nowMS += ms;
+        return;
     }
+    while (!timePasses) {
+        std::this_thread::yield();
+    }
+    nowMS += ms;
 }
 
 /// Notes what happens to each resource: a + for an update, a - for a deletion.
@@ -48,9 +47,9 @@ struct Notes : NotingObserver {
     std::map<std::string, std::string> courses;
 };
 
-/// A controller with what it has notified of and posted.
+/// A router with its controller, and what that has notified of and posted.
 struct Side {
-    explicit Side(PAController& itsController) : controller(itsController) {
+    explicit Side(PAController& itsController) : controller(itsController), router(controller) {
         controller.registerObserver(&notes);
     }
 
@@ -84,6 +83,7 @@ struct Side {
     }
 
     PAController& controller;
+    palink::Router router;
     Notes notes;
 };
 
@@ -93,90 +93,51 @@ palink::Record recordOf(int kind, int key, const std::string& text) {
     return {server, static_cast<RecordKind>(kind), key, fuzz::recordFields(fields)};
 }
 
-/// What the router does, without its threads.
-struct Sequence {
-    PAController& controller;
-
-    void handle(const palink::Record& record) const {
-        using C = PAController;
-        const std::map<RecordKind, void (C::*)(int, TEVlist*)> handlers = {
-            {RecordKind::Source, &C::addUpdatePaSource},
-            {RecordKind::Sink, &C::addUpdatePaSink},
-            {RecordKind::Trigger, &C::addUpdatePaTrigger},
-            {RecordKind::Selector, &C::addUpdatePaSelector},
-            {RecordKind::AttachedZones, &C::addUpdateAttachedPaZone},
-            {RecordKind::Announcement, &C::addUpdateAnnouncementRequest},
-            {RecordKind::Schedule, &C::updateScheduleList},
-            {RecordKind::TtsPort, &C::updateFromTTS_Ports},
-            {RecordKind::TtsDictionary, &C::updateFromTTS_Dictionary}};
-        pa::RecordList list(record.fields);
-        if (const auto handler = handlers.find(record.kind); handler != handlers.end()) {
-            (controller.*handler->second)(record.key, list.list());
-        } else if (record.kind == RecordKind::Zone) {
-            controller.addUpdatePaZone(record.dstNo, record.key, list.list());
-        }
-    }
-    void handle(const palink::Withdrawal& withdrawal) const {
-        if (withdrawal.kind == RecordKind::TtsPort) {
-            controller.deleteFromTTS_Ports(withdrawal.key);
-        } else if (withdrawal.kind == RecordKind::TtsDictionary) {
-            controller.deleteFromTTS_Dictionary(withdrawal.key);
-        } else {
-            controller.deleteAudioVideoControllerInfo(
-                withdrawal.dstNo, static_cast<int>(withdrawal.kind), withdrawal.key);
-        }
-    }
-    void reset() const { controller.initPaResources(); }
-};
-
-template <class Handling>
-void play(const std::string& input, Handling& handling) {
+/// @param oneByOne whether each event is handled to its end before the next
+void play(const std::string& input, palink::Router& router, bool oneByOne) {
+    router.reset();
     for (const std::string& text : fuzz::pieces(input, '\n')) {
-        const fuzz::Line line = fuzz::lineOf(text, 3);
-        const int kind = naive::number(line.words[1]);
-        const int key = naive::number(line.words[2]);
-        if (line.words[0] == "record") {
-            handling.handle(recordOf(kind, key, line.rest));
-        } else if (line.words[0] == "withdraw") {
-            timePasses = timePasses || key == 0 || kind == 0;  // it waits for all that is pending
-            handling.handle(palink::Withdrawal{server, static_cast<RecordKind>(kind), key});
-        } else if (line.words[0] == "reset") {
-            timePasses = true;
-            handling.reset();
-        } else if (line.words[0] == "hold" || line.words[0] == "pass") {
-            timePasses = line.words[0] == "pass";
+        std::istringstream line(text);
+        std::string command;
+        std::string rest;
+        int kind = 0;
+        int key = 0;
+        line >> command;
+        if (command == "hold" || command == "pass") {
+            timePasses = oneByOne || command == "pass";
+        } else if (command == "reset") {
+            timePasses = true;  // it waits for all that is pending
+            router.reset();
+        } else if (line >> kind >> key && command == "record") {
+            line.get();
+            std::getline(line, rest);
+            router.handle(recordOf(kind, key, rest));
+        } else if (command == "withdraw") {
+            timePasses = timePasses || key == 0 || kind == 0;  // as above
+            router.handle(palink::Withdrawal{server, static_cast<RecordKind>(kind), key});
+        }
+        if (oneByOne) {
+            router.waitUntilIdle();
         }
     }
     timePasses = true;
+    const std::int64_t last = nowMS;
+    router.waitUntilIdle();
+    fuzz::require(nowMS <= last + PAController::notificationPauseMS, "nothing waits for longer");
 }
 
 }  // namespace
 
 void fuzz::run(const std::string& input) {
-    static Side& sequential = *new Side(*new PAController);
-    static Side& routed = *new Side(gPaController);
-    static palink::Router& router = *new palink::Router(gPaController);
-    static const bool isReady = [] {
-        pa::setTimeSource({[] { return std::time_t{1000}; }, [] { return nowMS.load(); }, pause});
-        pa::setLogSink([](const pa::LogLine&) {});
-        pa::store(gLocalDstNo, server);
-        pa::store(gActiveAudioServerDstNo, server);
-        return true;
-    }();
-    require(isReady, "ready");
-    isSequential = true;
-    Sequence sequence{sequential.controller};
-    sequence.reset();
-    sequential.state();
-    play(input, sequence);
-    const std::string expected = sequential.state();
-    isSequential = false;
-
-    router.reset();
-    routed.state();
-    play(input, router);
-    const std::int64_t last = nowMS;
-    router.waitUntilIdle();
-    require(nowMS <= last + PAController::notificationPauseMS, "nothing waits longer than a pause");
-    requireEqual(routed.state(), expected, "after all events");
+    pa::setTimeSource({[] { return std::time_t{1000}; }, [] { return nowMS.load(); }, pause});
+    pa::setLogSink([](const pa::LogLine&) {});
+    pa::store(gLocalDstNo, server);
+    pa::store(gActiveAudioServerDstNo, server);
+    static Side& inSequence = *new Side(*new PAController);
+    static Side& atOnce = *new Side(gPaController);
+    const std::string events = input.substr(0, input.find('\0'));
+    play(events, inSequence.router, true);
+    const std::string expected = inSequence.state();
+    play(events, atOnce.router, false);
+    requireEqual(atOnce.state(), expected, "after all events");
 }
