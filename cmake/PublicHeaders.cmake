@@ -50,7 +50,8 @@ set(PA_PUBLIC_HEADERS
   sdk/operations.h
   sdk/paDebug.h
   sdk/recordKinds.h
-  sdk/records/ScheduleCache.h)  # a member of the controller
+  sdk/records/RecordCache.h  # members of the controller
+  sdk/records/ScheduleCache.h)
 
 set(PA_PUBLIC_CLIENT_HEADERS
   client/Announcement.h

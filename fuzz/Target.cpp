@@ -1,0 +1,46 @@
+#include "fuzz/Target.h"
+
+#include <cstdint>
+#include <cstdlib>
+#include <iostream>
+#include <sstream>
+
+namespace fuzz {
+
+void require(bool holds, std::string_view property) {
+    if (!holds) {
+        std::cerr << "does not hold: " << property << std::endl;
+        std::abort();
+    }
+}
+
+void requireEqual(std::string_view found, std::string_view expected, std::string_view what) {
+    if (found != expected) {
+        std::cerr << what << "\n  found:    " << found << "\n  expected: " << expected << std::endl;
+        std::abort();
+    }
+}
+
+std::vector<std::string> pieces(const std::string& text, char separator) {
+    std::vector<std::string> all;
+    std::istringstream in(text);
+    for (std::string piece; std::getline(in, piece, separator);) {
+        all.push_back(piece);
+    }
+    return all;
+}
+
+pa::RecordFields recordFields(const std::vector<std::optional<std::string>>& fields) {
+    pa::RecordFields made;
+    for (const auto& field : fields) {
+        made.push_back(field);
+    }
+    return made;
+}
+
+}  // namespace fuzz
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    fuzz::run(std::string(data, data + size));
+    return 0;
+}
