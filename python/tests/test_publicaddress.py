@@ -224,7 +224,7 @@ def daemons(function):
                         [os.environ["PA_SERVER_PROGRAM"], "--broker", url, "--scenario", TRAM, "--speed", "50"]):
             process = subprocess.Popen(command, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
             self.addCleanup(process.wait)
-            self.addCleanup(process.terminate)
+            self.addCleanup(process.kill)
         with pa.Connection(broker=url, timeout=60) as connection:
             self.assertEqual(connection.server_info()["name"], "Tram 27")
             self.assertEqual(pa.Announcement(["Car 1"], items(10)).wait(60), State.FINISHED)
