@@ -6,9 +6,10 @@
 #include <string>
 #include <vector>
 
-#include "client/ChangeStream.h"
-#include "client/Wait.h"
-#include "sdk/AnnouncementRequest.h"
+#include "../framework/api.h"
+#include "../sdk/AnnouncementRequest.h"
+#include "ChangeStream.h"
+#include "Wait.h"
 
 namespace paclient {
 
@@ -33,7 +34,7 @@ namespace paclient {
 /// The object follows the request only: the announcement plays on when it is destroyed. Every
 /// function may be called from any thread; those that wait, and the destructor, not from a
 /// callback.
-class Announcement {
+class PA_API Announcement {
 public:
     enum class State {
         Sending,   ///< no answer yet
@@ -125,16 +126,16 @@ private:
 };
 
 /// Whether a request, or a part, in this state is over.
-bool isEnd(Announcement::State state);
+PA_API bool isEnd(Announcement::State state);
 
 /// For example "pre-empted".
-const char* nameOf(Announcement::State state);
+PA_API const char* nameOf(Announcement::State state);
 
 /// The state that a record reports.
-Announcement::State stateOf(const AnnouncementRequest& record);
+PA_API Announcement::State stateOf(const AnnouncementRequest& record);
 
 /// "audio" or "visual".
-const char* partName(const AnnouncementRequest& record);
+PA_API const char* partName(const AnnouncementRequest& record);
 
 /// What a cancellation has ended.
 struct Cancellation {
@@ -146,9 +147,9 @@ struct Cancellation {
 /// withdrawn. May be called from any thread but from a callback.
 /// @return `Refused` also when a part ended otherwise before it could be cancelled
 /// @throws whatever `wait.whileWaiting` throws
-Cancellation cancelAnnouncement(const std::string& requestId, const Wait& wait);
+PA_API Cancellation cancelAnnouncement(const std::string& requestId, const Wait& wait);
 
 /// The same for every announcement of a type that is active when this is called.
-Cancellation cancelAnnouncements(Message::Type type, const Wait& wait);
+PA_API Cancellation cancelAnnouncements(Message::Type type, const Wait& wait);
 
 }  // namespace paclient

@@ -5,7 +5,8 @@
 #include <stdexcept>
 #include <string>
 
-#include "framework/timeWidth.h"
+#include "../framework/api.h"
+#include "../framework/timeWidth.h"
 
 namespace date {
 class time_zone;
@@ -36,7 +37,7 @@ struct RunTimes {
 ///
 /// A local time that is skipped, as by a change to summer time, is the moment right after the gap;
 /// one that comes twice is the first of them. Runs that fall into one moment are one run.
-class Calendar {
+class PA_API Calendar {
 public:
     /// @param timeZone as in the time-zone database: "Europe/Berlin"
     /// @throws std::runtime_error when there is none of that name

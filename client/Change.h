@@ -7,11 +7,12 @@
 #include <string>
 #include <variant>
 
-#include "link/ServerLink.h"
-#include "resource/common/paInfo.h"
-#include "sdk/AnnouncementRequest.h"
-#include "sdk/PAControllerObserver.h"
-#include "sdk/ScheduleDefinition.h"
+#include "../framework/api.h"
+#include "../link/ServerLink.h"
+#include "../resource/common/paInfo.h"
+#include "../sdk/AnnouncementRequest.h"
+#include "../sdk/PAControllerObserver.h"
+#include "../sdk/ScheduleDefinition.h"
 
 /// @file
 /// What an application can be notified of, as one variant. Plain values.
@@ -104,9 +105,9 @@ ChangeKinds kinds() {
 }
 
 /// The stable name of a change in JSON and in tables, for example "zoneUpdate".
-const char* eventName(const Change& change);
+PA_API const char* eventName(const Change& change);
 
 /// How much memory a change takes, about, in bytes.
-std::size_t bytesOf(const Change& change);
+PA_API std::size_t bytesOf(const Change& change);
 
 }  // namespace paclient

@@ -3,13 +3,14 @@
 #include <set>
 #include <string>
 
-#include "client/Change.h"
+#include "../framework/api.h"
+#include "Change.h"
 
 namespace paclient {
 
 /// Which changes a program wants: those of some kinds, and among them, when zones or sources are
 /// named, what concerns one of these.
-struct ChangeFilter {
+struct PA_API ChangeFilter {
     ChangeKinds kinds;
     std::set<std::string> zones;  ///< ids
     std::set<int> sources;        ///< numbers

@@ -5,7 +5,7 @@
 #include <optional>
 #include <string>
 
-#include "link/Transport.h"
+#include "../link/Transport.h"
 
 namespace simserver {
 class SimControl;

@@ -2,8 +2,9 @@
 
 #include <string>
 
-#include "client/Wait.h"
-#include "sdk/Message.h"
+#include "../framework/api.h"
+#include "../sdk/Message.h"
+#include "Wait.h"
 
 namespace paclient {
 
@@ -24,6 +25,7 @@ constexpr std::chrono::seconds previewExpiry{105};
 /// @param voice one of `PAController::getTTSVocalizerList`; its text is not used
 /// @throws std::out_of_range when the text is empty or there is no such voice
 /// @throws whatever `wait.whileWaiting` throws
-RenderedPreview renderPreview(const std::string& text, const TTSVocalizer& voice, const Wait& wait);
+PA_API RenderedPreview renderPreview(const std::string& text, const TTSVocalizer& voice,
+                                     const Wait& wait);
 
 }  // namespace paclient

@@ -6,6 +6,8 @@
 #include <optional>
 #include <string>
 
+#include "../framework/api.h"
+
 namespace paclient {
 
 /// No limit.
@@ -34,7 +36,7 @@ struct Wait {
 ///         if (!slice) return false;      // the limit has passed
 ///         waitAtMost(*slice);
 ///     }
-class WaitCourse {
+class PA_API WaitCourse {
 public:
     explicit WaitCourse(const Wait& wait);
 

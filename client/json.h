@@ -5,8 +5,9 @@
 #include <type_traits>
 #include <vector>
 
-#include "client/names.h"
-#include "client/records.h"
+#include "../framework/api.h"
+#include "names.h"
+#include "records.h"
 
 /// @file
 /// Records as JSON: objects with the names of the record's members, in its order. Enumerations and
@@ -64,9 +65,9 @@ Json toJson(const std::vector<Record>& records, JsonTexts texts) {
 }
 
 /// The JSON text as one line with its end. Bytes that are not UTF-8 become U+FFFD.
-std::string jsonLine(const Json& json);
+PA_API std::string jsonLine(const Json& json);
 
 /// The same over many lines, one for each record of an array.
-std::string jsonLines(const Json& json);
+PA_API std::string jsonLines(const Json& json);
 
 }  // namespace paclient

@@ -6,8 +6,9 @@
 #include <type_traits>
 #include <vector>
 
-#include "client/names.h"
-#include "client/records.h"
+#include "../framework/api.h"
+#include "names.h"
+#include "records.h"
 
 /// @file
 /// Records as text for people: enumerations by name, lists with commas between. Nothing depends on
@@ -18,13 +19,13 @@ namespace paclient {
 inline std::string valueText(const std::string& value) {
     return value;
 }
-std::string valueText(const std::vector<std::string>& value);
-std::string valueText(const std::vector<unsigned>& value);
-std::string valueText(const std::vector<TTSVocalizer>& value);
-std::string valueText(const std::map<std::string, std::string>& value);
-std::string valueText(bool value);
-std::string valueText(double value);
-std::string valueText(const Gain& value);
+PA_API std::string valueText(const std::vector<std::string>& value);
+PA_API std::string valueText(const std::vector<unsigned>& value);
+PA_API std::string valueText(const std::vector<TTSVocalizer>& value);
+PA_API std::string valueText(const std::map<std::string, std::string>& value);
+PA_API std::string valueText(bool value);
+PA_API std::string valueText(double value);
+PA_API std::string valueText(const Gain& value);
 
 /// All members of a record with "|" between them, those of a nested record too: for logs and
 /// comparisons.
@@ -98,9 +99,9 @@ std::vector<std::string> memberTexts(const std::vector<Record>& records) {
 }
 
 /// With a fixed number of digits after the point, and blanks in front up to a width.
-std::string fixedText(double value, int digits, int width = 0);
+PA_API std::string fixedText(double value, int digits, int width = 0);
 
 /// For example "another client (UUID)".
-std::string holderText(const SourceLock& lock);
+PA_API std::string holderText(const SourceLock& lock);
 
 }  // namespace paclient

@@ -3,8 +3,9 @@
 #include <string>
 #include <vector>
 
-#include "client/find.h"
-#include "client/recordText.h"
+#include "../framework/api.h"
+#include "find.h"
+#include "recordText.h"
 
 /// @file
 /// The kinds of resource: the records of each in the caches of `gPaController`, and how one is
@@ -22,22 +23,22 @@ struct Resource {
     std::string (*name)(const Record& record);    ///< null for a kind that has no names
 };
 
-std::vector<PaSource> allSources();
-std::vector<PaSink> allSinks();
-std::vector<PaZone> allZones();
-std::vector<TTSVocalizer> allVoices();
-std::vector<AnnouncementRequest> allAnnouncements();
-std::vector<AnyTrigger> allTriggers();  ///< the server's, then this client's own
-std::vector<PaSelector> allSelectors();
-std::vector<ScheduleEntry> allSchedules();  ///< in order of their numbers
-std::vector<TTSDictionary> allTtsItems();
-std::vector<SourceLock> allLocks();  ///< in order of the sources' numbers
+PA_API std::vector<PaSource> allSources();
+PA_API std::vector<PaSink> allSinks();
+PA_API std::vector<PaZone> allZones();
+PA_API std::vector<TTSVocalizer> allVoices();
+PA_API std::vector<AnnouncementRequest> allAnnouncements();
+PA_API std::vector<AnyTrigger> allTriggers();  ///< the server's, then this client's own
+PA_API std::vector<PaSelector> allSelectors();
+PA_API std::vector<ScheduleEntry> allSchedules();  ///< in order of their numbers
+PA_API std::vector<TTSDictionary> allTtsItems();
+PA_API std::vector<SourceLock> allLocks();  ///< in order of the sources' numbers
 
 /// A lock with its holder in words.
-SourceLock withHolder(const PaSourceLockStatus& lock);
+PA_API SourceLock withHolder(const PaSourceLockStatus& lock);
 
 /// The lock of a source; one that the server has not reported has no holder.
-SourceLock lockOf(int sourceId);
+PA_API SourceLock lockOf(int sourceId);
 
 inline constexpr Resource<PaSource> sources{
     "source", "sources", allSources, memberText<&PaSource::id>, memberText<&PaSource::label>};

@@ -1,10 +1,11 @@
 #pragma once
 
-#include "client/records.h"
+#include "../framework/api.h"
+#include "records.h"
 
 namespace paclient {
 
 /// The schedule with its texts for people; its next run is that of now, by `stationClock`.
-ScheduleEntry described(const ScheduleDefinition& definition);
+PA_API ScheduleEntry described(const ScheduleDefinition& definition);
 
 }  // namespace paclient

@@ -6,8 +6,9 @@
 #include <string>
 #include <vector>
 
-#include "client/Wait.h"
-#include "client/schedulesCheck.h"
+#include "../framework/api.h"
+#include "Wait.h"
+#include "schedulesCheck.h"
 
 /// @file
 /// Schedules of the server: put in, removed and imported, each confirmed by what the server
@@ -20,7 +21,7 @@ namespace paclient {
 /// the server does not report, so it is sent again.
 /// @throws std::invalid_argument as `checkSchedule`, and when the number is not above 0
 /// @throws whatever `wait.whileWaiting` throws
-Confirmation putSchedule(const ScheduleDefinition& schedule, const Wait& wait);
+PA_API Confirmation putSchedule(const ScheduleDefinition& schedule, const Wait& wait);
 
 struct NewSchedule {
     Confirmation confirmation;
@@ -31,15 +32,15 @@ struct NewSchedule {
 /// @param schedule its number is 0
 /// @param wait     of its limit no more than `gMaxServerWaitTimeSeconds` is used
 /// @throws as above
-NewSchedule createSchedule(const ScheduleDefinition& schedule, const Wait& wait);
+PA_API NewSchedule createSchedule(const ScheduleDefinition& schedule, const Wait& wait);
 
 /// Has the server delete a schedule; `AsBefore` when there is none.
 /// @throws std::invalid_argument when the number is not above 0
 /// @throws whatever `wait.whileWaiting` throws
-Confirmation removeSchedule(int id, const Wait& wait);
+PA_API Confirmation removeSchedule(int id, const Wait& wait);
 
 /// The lowest number that no schedule has.
-int freeScheduleId();
+PA_API int freeScheduleId();
 
 /// The outcome of an import, so far or in the end.
 struct ImportResult {
@@ -69,7 +70,9 @@ struct ImportEntry {
 /// @param wait     for each entry
 /// @param onEntry  called after each entry with the result so far; may be empty
 /// @param result   receives the result, also when `wait.whileWaiting` throws
-void importSchedules(const std::vector<ImportEntry>& entries, bool replaces, const Wait& wait,
-                     const std::function<void(const ImportResult&)>& onEntry, ImportResult& result);
+PA_API void importSchedules(const std::vector<ImportEntry>& entries, bool replaces,
+                            const Wait& wait,
+                            const std::function<void(const ImportResult&)>& onEntry,
+                            ImportResult& result);
 
 }  // namespace paclient

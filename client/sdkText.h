@@ -2,11 +2,13 @@
 
 #include <string>
 
+#include "../framework/api.h"
+
 namespace paclient {
 
 /// What the controller refuses, for people: "setGain: Unsupported Sink Type >9<" is "a sink of type
 /// ZENTRIQ_KPL2 has no gain". A text that has no other wording is returned as it is.
 /// @param text of an exception of the controller
-std::string sentenceFor(const std::string& text);
+PA_API std::string sentenceFor(const std::string& text);
 
 }  // namespace paclient

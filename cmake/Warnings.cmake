@@ -2,7 +2,10 @@
 function(pa_warnings target)
   target_compile_options(${target} PRIVATE
     -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wformat=2 -Wnon-virtual-dtor
-    -Woverloaded-virtual -Wold-style-cast -Werror)
+    -Woverloaded-virtual -Wold-style-cast)
+  if(PA_WERROR)
+    target_compile_options(${target} PRIVATE -Werror)
+  endif()
   if(CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
     # The lock annotations of the headers are checked by the compiler.
     target_compile_options(${target} PRIVATE -Wthread-safety)

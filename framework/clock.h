@@ -3,7 +3,8 @@
 #include <cstdint>
 #include <ctime>
 
-#include "framework/timeWidth.h"
+#include "api.h"
+#include "timeWidth.h"
 
 /// @file
 /// The host's clocks and its sleep. Every function here may be called from any thread.
@@ -11,15 +12,15 @@
 namespace pa {
 
 /// The wall clock, in seconds since 1970 UTC. It may jump.
-[[nodiscard]] std::time_t wallClock();
+[[nodiscard]] PA_API std::time_t wallClock();
 
 /// A clock that never jumps, in ms since an arbitrary start: for ages and time limits.
-[[nodiscard]] std::int64_t monotonicMS();
+[[nodiscard]] PA_API std::int64_t monotonicMS();
 
 }  // namespace pa
 
 /// Sleeps the calling thread for at least `ms` milliseconds; not at all when it is 0 or negative.
-void sleepMS(int ms);
+PA_API void sleepMS(int ms);
 
 namespace pa {
 
@@ -32,6 +33,6 @@ struct TimeSource {
 };
 
 /// Puts `source` in force for the whole process.
-void setTimeSource(const TimeSource& source);
+PA_API void setTimeSource(const TimeSource& source);
 
 }  // namespace pa

@@ -4,12 +4,13 @@
 #include <mutex>
 #include <pthread.h>
 
-#include "framework/threadAnnotations.h"
+#include "api.h"
+#include "threadAnnotations.h"
 
 /// The interface of a mutex, whatever implements it.
 ///
 /// All operations may be called from any thread; `init()` once, before the first `enter()`.
-class PASDK_CAPABILITY("mutex") qxMutexBase {
+class PASDK_CAPABILITY("mutex") PA_API qxMutexBase {
 public:
     /// Waits for the mutex and takes it.
     /// @throws std::system_error when the system refuses it
@@ -30,7 +31,7 @@ public:
 };
 
 /// The mutex between the threads of one process.
-class PASDK_CAPABILITY("mutex") qxLocalMutex final : public qxMutexBase {
+class PASDK_CAPABILITY("mutex") PA_API qxLocalMutex final : public qxMutexBase {
 public:
     /// @param reentrant whether its holder may enter it again; it is free once it has been left as
     ///                  often as it was entered. Otherwise `enter` throws when the holder enters

@@ -9,8 +9,9 @@
 #include <thread>
 #include <vector>
 
-#include "framework/posixThread.h"
-#include "link/Transport.h"
+#include "../framework/api.h"
+#include "../framework/posixThread.h"
+#include "Transport.h"
 
 namespace palink {
 
@@ -20,7 +21,7 @@ namespace palink {
 /// none while an upload is under way.
 ///
 /// `start` and `stop` are called by one thread; the other functions by any.
-class DeliveryQueue {
+class PA_API DeliveryQueue {
 public:
     /// How much may wait, by default: about 16,000 records of 1 KB.
     static constexpr std::size_t defaultMaxBytes = std::size_t{16} << 20U;

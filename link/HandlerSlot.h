@@ -11,8 +11,8 @@
 #include <utility>
 #include <vector>
 
-#include "framework/fork.h"
-#include "framework/log.h"
+#include "../framework/fork.h"
+#include "../framework/log.h"
 
 namespace palink {
 

@@ -6,7 +6,7 @@
 #include <functional>
 #include <memory>
 
-#include "framework/fork.h"
+#include "../framework/fork.h"
 
 namespace palink {
 

@@ -5,10 +5,10 @@
 #include <mutex>
 #include <utility>
 
-#include "link/HandlerSlot.h"
-#include "link/Notifier.h"
-#include "link/Transport.h"
-#include "sdk/PAController.h"
+#include "../sdk/PAController.h"
+#include "HandlerSlot.h"
+#include "Notifier.h"
+#include "Transport.h"
 
 namespace palink {
 

@@ -9,14 +9,15 @@
 #include <string>
 #include <thread>
 
-#include "framework/fork.h"
-#include "link/HandlerSlot.h"
-#include "link/Router.h"
-#include "link/Transport.h"
-#include "sdk/AudioServer.h"
-#include "sdk/DroppedOperation.h"
-#include "sdk/PAController.h"
-#include "sdk/QXReceiver.h"
+#include "../framework/api.h"
+#include "../framework/fork.h"
+#include "../sdk/AudioServer.h"
+#include "../sdk/DroppedOperation.h"
+#include "../sdk/PAController.h"
+#include "../sdk/QXReceiver.h"
+#include "HandlerSlot.h"
+#include "Router.h"
+#include "Transport.h"
 
 namespace palink {
 
@@ -58,9 +59,9 @@ struct ConnectionChange {
 /// when the handlers that it replaces are no longer running, unless it is called from inside one of
 /// them. So it must not be called with a lock that the handler takes: from an observer's callback
 /// (which holds the controller's mutex) only when the handler does not use the controller.
-class ServerLink final : private ServerEventSink,
-                         private pa::OperationSender,
-                         private pa::DropListener {
+class PA_API ServerLink final : private ServerEventSink,
+                                private pa::OperationSender,
+                                private pa::DropListener {
 public:
     /// Receives the server's reason for refusing an operation. Called on a thread of the transport.
     using RefusalHandler = HandlerSlot<Refusal>::Handler;

@@ -4,11 +4,11 @@
 #include <string>
 #include <variant>
 
-#include "include/common/RecordList.h"
-#include "sdk/KeyValueMap.h"
-#include "sdk/QXReceiver.h"
-#include "sdk/operations.h"
-#include "sdk/recordKinds.h"
+#include "../include/common/RecordList.h"
+#include "../sdk/KeyValueMap.h"
+#include "../sdk/QXReceiver.h"
+#include "../sdk/operations.h"
+#include "../sdk/recordKinds.h"
 
 /// @file
 /// The interface of every connection to a server.

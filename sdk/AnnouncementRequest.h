@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-#include "sdk/Message.h"
+#include "Message.h"
 
 /// An announcement that is in progress on the server. A plain value; the controller hands out
 /// copies. Of the message itself the server reports only the request id and the types.

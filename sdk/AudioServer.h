@@ -6,7 +6,8 @@
 #include <string>
 #include <vector>
 
-#include "sdk/KeyValueMap.h"
+#include "../framework/api.h"
+#include "KeyValueMap.h"
 
 class PAController;
 
@@ -16,7 +17,7 @@ class PAController;
 /// Every function may be called from any thread. None calls back into the controller. The facade
 /// that `gAudioServerInstance` names is never destroyed: the controller's worker may use it until
 /// the process has ended.
-class AudioServer {
+class PA_API AudioServer {
 public:
     /// Sends a file to the active server.
     /// @return 1 for success, any other number for a failure, which it has reported

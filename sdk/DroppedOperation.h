@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <string>
 
-#include "sdk/operations.h"
+#include "operations.h"
 
 namespace pa {
 

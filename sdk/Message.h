@@ -5,7 +5,8 @@
 #include <string>
 #include <vector>
 
-#include "resource/common/priorityInfo.h"
+#include "../framework/api.h"
+#include "../resource/common/priorityInfo.h"
 
 struct TTSVocalizer;
 
@@ -34,7 +35,7 @@ struct DISPLAY_VALUE_INFO {
 /// them and leave the object unchanged; checks are made in the order given.
 ///
 /// A message has no lock: it belongs to the thread that builds it.
-class Message {
+class PA_API Message {
 public:
     /// Types of content, with their numbers on the link.
     enum Type : int {
@@ -212,7 +213,7 @@ public:
     std::string retrieveAudioMessage() const;
 
     /// Whether they agree in everything, also in whether they have been played.
-    friend bool operator==(const Message& a, const Message& b);
+    friend PA_API bool operator==(const Message& a, const Message& b);
     friend bool operator!=(const Message& a, const Message& b) { return !(a == b); }
 
 private:

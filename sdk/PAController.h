@@ -9,22 +9,23 @@
 #include <unordered_map>
 #include <vector>
 
-#include "framework/eventQueue.h"
-#include "framework/fork.h"
-#include "framework/localMutex.h"
-#include "framework/log.h"
-#include "framework/threadAnnotations.h"
-#include "framework/threadClass.h"
-#include "include/common/tevlist.h"
-#include "resource/common/paInfo.h"
-#include "sdk/AnnouncementRequest.h"
-#include "sdk/Gain.h"
-#include "sdk/Message.h"
-#include "sdk/PAControllerObserver.h"
-#include "sdk/ScheduleDefinition.h"
-#include "sdk/TTSDictionary.h"
-#include "sdk/lock.h"
-#include "sdk/records/ScheduleCache.h"
+#include "../framework/api.h"
+#include "../framework/eventQueue.h"
+#include "../framework/fork.h"
+#include "../framework/localMutex.h"
+#include "../framework/log.h"
+#include "../framework/threadAnnotations.h"
+#include "../framework/threadClass.h"
+#include "../include/common/tevlist.h"
+#include "../resource/common/paInfo.h"
+#include "AnnouncementRequest.h"
+#include "Gain.h"
+#include "Message.h"
+#include "PAControllerObserver.h"
+#include "ScheduleDefinition.h"
+#include "TTSDictionary.h"
+#include "lock.h"
+#include "records/ScheduleCache.h"
 
 namespace pa {
 class Payload;
@@ -46,7 +47,7 @@ struct PlayMessageParams {
 ///
 /// Every public function may be called from any thread, also from inside an observer's callback.
 /// The object lives as long as the process: its worker thread never ends.
-class PAController final : public threadClass {
+class PA_API PAController final : public threadClass {
 public:
     /// Starts the worker thread.
     /// @throws std::system_error when the thread or the mutex cannot be made
@@ -518,4 +519,4 @@ private:
 
 /// The controller of the process: ready before main and in every static constructor (but for one
 /// with an init_priority of 101), never destroyed.
-extern PAController& gPaController;
+extern PA_API PAController& gPaController;

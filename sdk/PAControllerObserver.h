@@ -2,9 +2,9 @@
 
 #include <string>
 
-#include "resource/common/paInfo.h"
-#include "sdk/AnnouncementRequest.h"
-#include "sdk/ScheduleDefinition.h"
+#include "../resource/common/paInfo.h"
+#include "AnnouncementRequest.h"
+#include "ScheduleDefinition.h"
 
 /// Receives the changes of the controller's caches. An observer is owned by the application, is
 /// never removed, and must outlive the controller.

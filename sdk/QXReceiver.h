@@ -4,8 +4,9 @@
 #include <cstddef>
 #include <string>
 
-#include "sdk/DroppedOperation.h"
-#include "sdk/operations.h"
+#include "../framework/api.h"
+#include "DroppedOperation.h"
+#include "operations.h"
 
 namespace pa {
 
@@ -51,7 +52,7 @@ public:
 ///
 /// Operations that are dropped on an application's thread wait for that in a list of 16 MiB (about
 /// 100,000 operations). Those beyond it are counted, and reported as one with their number.
-class QXReceiver {
+class PA_API QXReceiver {
 public:
     /// Default of `setMaxBytes`: 100,000 play operations of 300 bytes count 42.8 MB.
     static constexpr std::size_t defaultMaxBytes = std::size_t{64} << 20U;

@@ -4,8 +4,8 @@
 #include <string>
 #include <vector>
 
-#include "resource/common/priorityInfo.h"
-#include "sdk/Message.h"
+#include "../resource/common/priorityInfo.h"
+#include "Message.h"
 
 /// An announcement that the server plays by itself at set dates and times. A plain value.
 struct ScheduleDefinition {

@@ -3,7 +3,7 @@
 #include <ctime>
 #include <string>
 
-#include "framework/timeWidth.h"
+#include "../framework/timeWidth.h"
 
 /// A text that the server has rendered to audio. A plain value.
 struct TTSDictionary {

@@ -2,8 +2,8 @@
 
 #include <mutex>
 
-#include "framework/localMutex.h"
-#include "framework/threadAnnotations.h"
+#include "../framework/localMutex.h"
+#include "../framework/threadAnnotations.h"
 
 namespace pa {
 

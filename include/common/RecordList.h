@@ -4,7 +4,8 @@
 #include <string>
 #include <vector>
 
-#include "include/common/tevlist.h"
+#include "../../framework/api.h"
+#include "tevlist.h"
 
 namespace pa {
 
@@ -16,7 +17,7 @@ using RecordFields = std::vector<std::optional<std::string>>;
 ///
 /// A plain value without a lock. The list stays valid, at the same address, until the object is
 /// destroyed.
-class RecordList {
+class PA_API RecordList {
 public:
     /// A text ends at its first NUL, as the reader of the list sees it.
     explicit RecordList(RecordFields fields);

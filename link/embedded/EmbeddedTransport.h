@@ -9,10 +9,11 @@
 #include <optional>
 #include <string>
 
-#include "framework/posixThread.h"
-#include "link/Backoff.h"
-#include "link/DeliveryQueue.h"
-#include "link/Transport.h"
+#include "../../framework/api.h"
+#include "../../framework/posixThread.h"
+#include "../Backoff.h"
+#include "../DeliveryQueue.h"
+#include "../Transport.h"
 
 namespace palink {
 
@@ -59,7 +60,7 @@ public:
 ///
 /// When the server ends the connection the transport connects again, as often as it takes, on its
 /// second thread, after pauses by `Backoff` on the host's clock.
-class EmbeddedTransport final : public Transport, private ServerEventSink {
+class PA_API EmbeddedTransport final : public Transport, private ServerEventSink {
 public:
     /// @param server   must outlive the transport
     /// @param maxBytes how much of what the server reports may wait, by an estimate of its size

@@ -7,8 +7,9 @@
 #include <string>
 #include <vector>
 
-#include "link/mqtt/BrokerOptions.h"
-#include "link/mqtt/MqttMessage.h"
+#include "../../framework/api.h"
+#include "BrokerOptions.h"
+#include "MqttMessage.h"
 
 namespace palink {
 
@@ -104,7 +105,7 @@ public:
 
     [[nodiscard]] bool isConnected() const;
 
-    [[nodiscard]] const BrokerOptions& options() const;
+    [[nodiscard]] PA_API const BrokerOptions& options() const;
 
 private:
     class Connection;

@@ -11,16 +11,17 @@
 #include <string>
 #include <utility>
 
-#include "framework/posixThread.h"
-#include "link/DeliveryQueue.h"
-#include "link/Transport.h"
-#include "link/mqtt/BrokerOptions.h"
-#include "link/mqtt/FaultReports.h"
-#include "link/mqtt/MqttClient.h"
-#include "link/mqtt/RecordDecoder.h"
-#include "link/mqtt/Requests.h"
-#include "link/mqtt/ServerView.h"
-#include "link/mqtt/Uploads.h"
+#include "../../framework/api.h"
+#include "../../framework/posixThread.h"
+#include "../DeliveryQueue.h"
+#include "../Transport.h"
+#include "BrokerOptions.h"
+#include "FaultReports.h"
+#include "MqttClient.h"
+#include "RecordDecoder.h"
+#include "Requests.h"
+#include "ServerView.h"
+#include "Uploads.h"
 
 namespace palink {
 
@@ -50,7 +51,7 @@ struct MqttStatistics {
 /// Every refusal is delivered as `Refusal`, also that of the broker. An operation without an answer
 /// is reported through `handleError`, and so is one that the server refuses because it has started
 /// again: whether it was carried out before is unknown.
-class MqttTransport final : public Transport, private MqttListener {
+class PA_API MqttTransport final : public Transport, private MqttListener {
 public:
     /// How much may wait to be delivered, by default.
     static constexpr std::size_t defaultMaxBytes = DeliveryQueue::defaultMaxBytes;

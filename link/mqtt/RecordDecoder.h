@@ -1,7 +1,7 @@
 #pragma once
 
-#include "link/Transport.h"
-#include "link/mqtt/FaultReports.h"
+#include "../Transport.h"
+#include "FaultReports.h"
 
 namespace palink {
 

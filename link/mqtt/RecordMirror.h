@@ -5,8 +5,8 @@
 #include <unordered_map>
 #include <vector>
 
-#include "link/mqtt/serverStatus.h"
-#include "sdk/recordKinds.h"
+#include "../../sdk/recordKinds.h"
+#include "serverStatus.h"
 
 namespace palink {
 

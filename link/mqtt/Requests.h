@@ -13,9 +13,9 @@
 #include <unordered_map>
 #include <vector>
 
-#include "framework/fork.h"
-#include "link/mqtt/MqttMessage.h"
-#include "link/mqtt/answer.h"
+#include "../../framework/fork.h"
+#include "MqttMessage.h"
+#include "answer.h"
 
 namespace palink {
 

@@ -7,8 +7,8 @@
 #include <variant>
 #include <vector>
 
-#include "link/mqtt/serverStatus.h"
-#include "sdk/recordKinds.h"
+#include "../../sdk/recordKinds.h"
+#include "serverStatus.h"
 
 namespace palink {
 

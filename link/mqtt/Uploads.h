@@ -6,8 +6,8 @@
 #include <optional>
 #include <string>
 
-#include "link/Transport.h"
-#include "link/mqtt/Requests.h"
+#include "../Transport.h"
+#include "Requests.h"
 
 namespace palink {
 

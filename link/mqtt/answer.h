@@ -3,7 +3,7 @@
 #include <string>
 #include <string_view>
 
-#include "link/mqtt/MalformedMessage.h"
+#include "MalformedMessage.h"
 
 /// @file
 /// The answer to a request on the broker, docs/link-protocol.md.

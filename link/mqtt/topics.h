@@ -4,8 +4,8 @@
 #include <string>
 #include <string_view>
 
-#include "sdk/operations.h"
-#include "sdk/recordKinds.h"
+#include "../../sdk/operations.h"
+#include "../../sdk/recordKinds.h"
 
 /// @file
 /// The topics of the link protocol, docs/link-protocol.md.

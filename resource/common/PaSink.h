@@ -3,14 +3,15 @@
 #include <string>
 #include <vector>
 
-#include "sdk/Gain.h"
+#include "../../framework/api.h"
+#include "../../sdk/Gain.h"
 
 /// An audio output of the PA system: a speaker bus, an amplifier output, an induction loop, a help
 /// point. A plain value; the controller hands out copies.
 ///
 /// The operations act on the copy at hand: they read it, take no lock and never touch the cache.
 /// The effect is reported by a later record of the server.
-struct PaSink {
+struct PA_API PaSink {
     enum Type : int {
         SINK_TYPE_NOT_DEFINED = 0,
         HIGH_IMPEDANCE_SPEAKER_BUS = 1,

@@ -3,10 +3,12 @@
 #include <string>
 #include <vector>
 
+#include "../../framework/api.h"
+
 /// An audio input of the PA system: an analogue input, a paging station, a handset, a train radio.
 /// A plain value; the controller hands out copies. Operations are sent to the server and do not
 /// change the copy; they may be called from any thread and return at once.
-struct PaSource {
+struct PA_API PaSource {
     enum Type : int {
         SOURCE_TYPE_NOT_DEFINED = 0,
         ZENTRIQ_ANALOG_INPUT = 1,

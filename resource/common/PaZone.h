@@ -3,11 +3,12 @@
 #include <string>
 #include <vector>
 
-#include "resource/common/PaSink.h"
+#include "../../framework/api.h"
+#include "PaSink.h"
 
 /// A named area of the PA system (a platform, a car, a hall). A plain value; the controller hands
 /// out copies.
-struct PaZone {
+struct PA_API PaZone {
     unsigned int elemNo = 0;  ///< element number of the record; 0 in the zones of the cache
     /// The zone's name, as the sinks' zone lists use it. A sub-zone's id is its parent's id, a
     /// slash and its own part.

@@ -2,6 +2,7 @@
 
 #include <string>
 
+#include "framework/api.h"
 #include "sdk/operations.h"
 
 namespace pa {
@@ -9,6 +10,6 @@ namespace pa {
 /// The identifier of the request that an operation makes, read from its payload. For a schedule it
 /// is the UUID before the description.
 /// @return empty for an operation without one
-std::string requestIdOf(OperationType type, const std::string& payload);
+PA_API std::string requestIdOf(OperationType type, const std::string& payload);
 
 }  // namespace pa

@@ -10,7 +10,7 @@
 #include <utility>
 #include <vector>
 
-#include "sdk/ScheduleDefinition.h"
+#include "../ScheduleDefinition.h"
 
 namespace pa {
 

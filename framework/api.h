@@ -1,0 +1,6 @@
+#pragma once
+
+/// @file
+/// What the shared libraries export. They are compiled with hidden visibility.
+
+#define PA_API __attribute__((visibility("default")))

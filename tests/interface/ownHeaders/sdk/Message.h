@@ -1,0 +1,1 @@
+#error "the SDK includes a header of the application"
