@@ -25,13 +25,15 @@ std::vector<ResultRow> syncRows(const RunSettings& settings, LoadFixture& fixtur
     std::vector<Record> records;
     std::vector<Record> plainRecords;
     PlainStation plain;
+    bool isSynced = false;
     Contender link{[&] {
         fixture.fake.deliver(palink::Connected{dstNo, dstNo, false, {}});
         for (Record& record : records) {
             fixture.fake.deliver(std::move(record));
         }
         fixture.fake.deliver(palink::InitialSetComplete{});
-        requireReady(fixture.link);
+        fixture.transport.waitUntilDelivered();
+        isSynced = true;
     }};
     Contender reference{[&] {
         for (Record& record : plainRecords) {
@@ -42,9 +44,10 @@ std::vector<ResultRow> syncRows(const RunSettings& settings, LoadFixture& fixtur
     plan.ofThisThread = false;
     plan.roundsPerTrial = 1;
     plan.prepare = [&] {
+        if (isSynced) {
+            requireEverything(count);
+        }
         fixture.fake.deliver(palink::Withdrawal{});
-        fixture.transport.waitUntilDelivered();
-        fixture.fake.deliver(palink::Disconnected{"the next trial"});
         fixture.transport.waitUntilDelivered();
         EventItem event;
         while (pa::eventQueue::next(event)) {
@@ -127,10 +130,9 @@ std::vector<ResultRow> memory(const RunSettings& settings) {
 void printPeak(const std::string& what, int records) {
     if (what == ofLink) {
         LoadFixture& fixture = load::newFixture();
-        fixture.fake.deliver(palink::Connected{dstNo, dstNo, false, {}});
         forEachRecord(records, [&](Record record) { fixture.fake.deliver(std::move(record)); });
-        fixture.fake.deliver(palink::InitialSetComplete{});
-        requireReady(fixture.link);
+        fixture.transport.waitUntilDelivered();
+        fixture.link.waitUntilHandled();
         requireEverything(records);
     } else {
         auto& plain = *new PlainStation;
