@@ -101,9 +101,13 @@ simdjson::ondemand::value JsonFields::next() {
     return (*place_).value();
 }
 
+simdjson::ondemand::array JsonFields::nextArray() {
+    return next().get_array().value();
+}
+
 void JsonFields::list(Tokens& to) {
     std::size_t count = 0;
-    for (auto value : next().get_array().value()) {
+    for (auto value : nextArray()) {
         if (count == to.size()) {
             to.emplace_back();
         }
@@ -114,13 +118,13 @@ void JsonFields::list(Tokens& to) {
 
 void JsonFields::numbers(std::initializer_list<int*> to) {
     const auto* place = to.begin();
-    for (auto value : next().get_array().value()) {
+    for (auto value : nextArray()) {
         take(**place++, value.value());
     }
 }
 
 void JsonFields::content(AnnouncementRequest& to) {
-    JsonFields inner(next().get_array().value());
+    JsonFields inner(nextArray());
     int type = 0;
     inner.quoted(to.messageContent);
     inner.number(type);
@@ -129,16 +133,16 @@ void JsonFields::content(AnnouncementRequest& to) {
 }
 
 void JsonFields::audioPart(ScheduleDefinition& to) {
-    JsonFields part(next().get_array().value());
+    JsonFields part(nextArray());
     part.number(to.announcementType);
     part.list(to.paZones);
     to.dictionaryItems.clear();
-    for (auto item : part.next().get_array().value()) {
+    for (auto item : part.nextArray()) {
         to.dictionaryItems.push_back(static_cast<unsigned>(item.get_int64().value()));
     }
     part.number(to.repeatCnt);
     to.ttsList.clear();
-    for (auto entry : part.next().get_array().value()) {
+    for (auto entry : part.nextArray()) {
         JsonFields spoken(entry.get_array().value());
         TTSVocalizer& text = to.ttsList.emplace_back();
         spoken.text(text.language);
@@ -153,11 +157,11 @@ void JsonFields::audioPart(ScheduleDefinition& to) {
 }
 
 void JsonFields::visualPart(ScheduleDefinition& to) {
-    JsonFields part(next().get_array().value());
+    JsonFields part(nextArray());
     part.number(to.visualAnnouncementType);
     part.text(to.displayTemplateName);
     to.displayTemplateKeyValueList.clear();
-    for (auto entry : part.next().get_array().value()) {
+    for (auto entry : part.nextArray()) {
         JsonFields pair(entry.get_array().value());
         std::string key;
         pair.text(key);

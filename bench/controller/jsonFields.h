@@ -83,6 +83,7 @@ public:
 
 private:
     simdjson::ondemand::value next();
+    simdjson::ondemand::array nextArray();
 
     simdjson::ondemand::array_iterator place_;
     simdjson::ondemand::array_iterator end_;
