@@ -173,7 +173,9 @@ Outcome outcomeOf(const Kind& kind, int key, const naive::Fields& fields, const 
 void compare(const Found& found, const Found& expected, const std::string& text) {
     fuzz::require(found.has_value() == expected.has_value(), text);
     for (const auto& [member, value] : found.value_or(Record())) {
-        fuzz::requireEqual(value, expected->at(member), std::string(member) + " after " + text);
+        if (value != expected->at(member)) {
+            fuzz::requireEqual(value, expected->at(member), std::string(member) + " after " + text);
+        }
     }
 }
 
@@ -191,7 +193,7 @@ void checkRecord(const Kind& kind, int key, const std::string& text) {
     const Outcome outcome = outcomeOf(kind, key, fields, kind.find(key));
     kind.handle(key, list.list());
     const bool isListed = !is(kind, "port") || outcome.entry->at("rate") == "48000";
-    compare(kind.find(key), isListed ? outcome.entry : std::nullopt, kind.name + (" " + text));
+    compare(kind.find(key), isListed ? outcome.entry : std::nullopt, text);
     const std::string transcript = recordingHost::transcript();
     const bool isObserved = !is(kind, "port") && !is(kind, "attachedZones");
     const bool isPosted = !outcome.isDropped && (outcome.changed || !is(kind, "zone"));
