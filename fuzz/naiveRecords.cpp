@@ -13,53 +13,6 @@ namespace naive {
 
 namespace {
 
-// The columns of each kind: a member and its form, or - for a column that is skipped. After the
-// form comes * when an update compares and copies the member, @ when it compares the lengths of
-// lists.
-//   # number   d decimal   s text as received   t translated text   l list   z translated list
-//   u translated list, sorted, each entry once   b whether the number is 1
-const std::map<std::string, const char*> layouts = {
-    {"source",
-     "id# locationt* labelt* ipAddresss* type#* - subAddresss* state#* - lockedUUIDs - inputGaind* "
-     "broadcastType# - - - healthState#*"},
-    {"sink",
-     "id# locationt* labelt* ipAddresss* type#* - ampPortLists* state#* - announcementType#* - "
-     "outputGaind* muteState#* - - monitoringSinkId#* - healthState#* - - - - - - - - paZoneListz@ "
-     "monitoringEnabledb* monitoringZoneListl@ - - mediaLogt*"},
-    {"trigger",
-     "id# associatedSourceId#* labels* type#* - subAddresss* priority#* state#* - "
-     "associatedSelectorId#*"},
-    {"selector",
-     "id# associatedSourceId#* type#* - numbers* labels* protection#* - mode#* - "
-     "dynamicRestriction#* - state#*"},
-    {"attachedZones", "zonesu*"},
-    {"zone",
-     "idt* - activity#* activityTexts* announcementType#* announcementTypeTexts* health# "
-     "healthTexts"},
-    {"port", "languaget* voicet* rate#* textt*"},
-    {"item", "portNo#* uuidt* textt* fullNamet* sizet* checksumt* urit*"},
-    {"request",
-     "requestIdt* - - - - stateTexts* startDateTimes* - - messageContentt* - - - - - - "
-     "priorityTexts* "
-     "- completionCodes* completionMsgt*"},
-    {"schedule",
-     "descrptiont* - - - - dayMask#* frequency#* priorityMode#* priorityLevel#* audiot* visualt*"},
-};
-
-/// Of what a record does not have.
-const std::map<std::string, Record> blanks = {
-    {"source", recordOf(PaSource())},
-    {"sink", recordOf(PaSink())},
-    {"trigger", recordOf(PaTrigger())},
-    {"selector", recordOf(PaSelector())},
-    {"attachedZones", {{"zones", "0:"}}},
-    {"zone", recordOf(PaZone())},
-    {"port", recordOf(TTSVocalizer())},
-    {"item", recordOf(TTSDictionary())},
-    {"request", recordOf(AnnouncementRequest())},
-    {"schedule", recordOf(ScheduleDefinition())},
-};
-
 double decimal(const std::string& text) {
     return std::strtod(text.c_str(), nullptr);
 }
@@ -97,11 +50,11 @@ struct Column {
     char comparison;  // blank for none
 };
 
-const std::vector<Column>& columnsOf(const std::string& kind) {
-    static std::map<std::string, std::vector<Column>> known;
-    std::vector<Column>& columns = known[kind];
-    std::istringstream layout(columns.empty() ? layouts.at(kind) : "");
-    for (std::string word; layout >> word;) {
+const std::vector<Column>& columnsOf(Layout layout) {
+    static std::map<Layout, std::vector<Column>> known;
+    std::vector<Column>& columns = known[layout];
+    std::istringstream words(columns.empty() ? layout : "");
+    for (std::string word; words >> word;) {
         const bool compares = word.back() == '*' || word.back() == '@';
         const std::size_t length = word.size() - (compares ? 2 : 1);
         columns.push_back({word.substr(0, length), word[length], compares ? word.back() : ' '});
@@ -111,21 +64,6 @@ const std::vector<Column>& columnsOf(const std::string& kind) {
 
 std::string tokenOr(const Tokens& tokens, std::size_t i, const std::string& missing) {
     return i < tokens.size() ? tokens[i] : missing;
-}
-
-bool takeRequestContent(Record& request) {
-    const Tokens parts = tokens(request["messageContent"], ',');
-    const int type = number(tokenOr(parts, 0, "7"));
-    std::string content = tokenOr(parts, 3, "");
-    for (char& c : content) {
-        c = c >= 'A' && c <= 'Z' ? static_cast<char>(c + 'a' - 'A') : c;
-    }
-    const bool isAudio = type >= 0 && type <= 11 && type != 3 && type != 9;
-    request["audioMessageType"] = isAudio ? std::to_string(type) : "7";
-    request["visualMessageType"] = type == 9 ? "9" : "7";
-    request["zones"] = textOf(tokens(tokenOr(parts, 2, ""), '^'));
-    const bool isOver = type == 9 && content.find("\"validity\":0") != std::string::npos;
-    return type != 6 && type != 7 && type != 8 && !isOver;
 }
 
 // Each of these reads a content and returns whether the record is good.
@@ -196,8 +134,62 @@ bool takePart(Record& schedule, std::map<std::string, std::string>& variables, b
     return true;
 }
 
-/// The days and times: numbers with colons between them, each that is missing with a value.
-void takeTimes(Record& schedule, const Fields& fields) {
+}  // namespace
+
+std::string levelText(double level) {
+    std::array<char, 64> text{};
+    std::snprintf(text.data(), text.size(), "%a", level);
+    return text.data();
+}
+
+void read(Layout layout, const Fields& fields, Record& record) {
+    const auto& columns = columnsOf(layout);
+    for (std::size_t i = 0; i < columns.size(); ++i) {
+        if (fields[i] && !columns[i].member.empty()) {
+            record[columns[i].member] = memberText(columns[i].form, *fields[i]);
+        }
+    }
+}
+
+bool merge(Layout layout, Record& cached, const Record& decoded) {
+    const auto differs = [&](const Column& column) {
+        if (column.comparison == ' ') {
+            return false;
+        }
+        const std::string& a = cached.at(column.member);
+        const std::string& b = decoded.at(column.member);
+        // The length of a list is in front of it.
+        return column.comparison == '@' ? number(a) != number(b)
+               : column.form == 'd'     ? decimal(a) != decimal(b)
+                                        : a != b;
+    };
+    const auto& columns = columnsOf(layout);
+    const bool changed = std::any_of(columns.begin(), columns.end(), differs);
+    for (const Column& column : columns) {
+        if (changed && column.comparison != ' ') {
+            cached[column.member] = decoded.at(column.member);
+        }
+    }
+    return changed;
+}
+
+bool takeRequestContent(Record& request) {
+    const Tokens parts = tokens(request["messageContent"], ',');
+    const int type = number(tokenOr(parts, 0, "7"));
+    std::string content = tokenOr(parts, 3, "");
+    for (char& c : content) {
+        c = c >= 'A' && c <= 'Z' ? static_cast<char>(c + 'a' - 'A') : c;
+    }
+    const bool isAudio = type >= 0 && type <= 11 && type != 3 && type != 9;
+    request["audioMessageType"] = isAudio ? std::to_string(type) : "7";
+    request["visualMessageType"] = type == 9 ? "9" : "7";
+    request["zones"] = textOf(tokens(tokenOr(parts, 2, ""), '^'));
+    const bool isOver = type == 9 && content.find("\"validity\":0") != std::string::npos;
+    return type != 6 && type != 7 && type != 8 && !isOver;
+}
+
+bool takeSchedule(Record& schedule, const Fields& fields) {
+    // Numbers with colons between them; each that is missing has a value.
     const struct {
         std::size_t column;
         std::size_t place;
@@ -214,82 +206,8 @@ void takeTimes(Record& schedule, const Fields& fields) {
             schedule[member] = numberText(tokenOr(found, place, missing));
         }
     }
-}
-
-}  // namespace
-
-std::string levelText(double level) {
-    std::array<char, 64> text{};
-    std::snprintf(text.data(), text.size(), "%a", level);
-    return text.data();
-}
-
-std::optional<Record> decode(const std::string& kind, int key, const Fields& given,
-                             const Record* known) {
-    Fields fields = given;
-    fields.resize(40);
-    for (auto& field : fields) {
-        const std::string text = field ? field->substr(0, field->find('\0')) : "";
-        field = text.empty() || text == "(null)" ? std::nullopt : std::optional(text);
-    }
-    const bool continues = kind == "request" && known != nullptr;
-    Record record = continues ? *known : blanks.at(kind);
-    if (kind == "source") {
-        record["healthState"] = "1";
-        record["lockedUUID"] = "";
-    }
-    const char* const idOf[][2] = {
-        {"port", "portNo"}, {"item", "key"}, {"request", "id"}, {"schedule", "Id"}};
-    for (const auto& [name, member] : idOf) {
-        if (kind == name) {
-            record[member] = std::to_string(key);
-        }
-    }
-    for (std::size_t i = 0; i < columnsOf(kind).size(); ++i) {
-        if (const Column& column = columnsOf(kind)[i]; fields[i] && !column.member.empty()) {
-            record[column.member] = memberText(column.form, *fields[i]);
-        }
-    }
-    bool isGood = kind != "request" || !fields[9] || takeRequestContent(record);
-    if (kind == "schedule") {
-        std::map<std::string, std::string> variables;
-        takeTimes(record, fields);
-        isGood = takePart(record, variables, true) && takePart(record, variables, false);
-        const char* const validity = "displayTemplateValidityPeriodSeconds";
-        record[validity] = known == nullptr ? record[validity] : known->at(validity);
-    }
-    return isGood ? std::optional(record) : std::nullopt;
-}
-
-bool merge(const std::string& kind, Record& cached, const Record& decoded) {
-    if (kind == "request" || kind == "schedule") {
-        cached = decoded;
-        return true;
-    }
-    const bool hasId =
-        kind == "source" || kind == "sink" || kind == "trigger" || kind == "selector";
-    if (hasId && cached.at("id") != decoded.at("id")) {
-        return true;  // the entry stays
-    }
-    const auto differs = [&](const Column& column) {
-        if (column.comparison == ' ') {
-            return false;
-        }
-        const std::string& a = cached.at(column.member);
-        const std::string& b = decoded.at(column.member);
-        // The length of a list is in front of it.
-        return column.comparison == '@' ? number(a) != number(b)
-               : column.form == 'd'     ? decimal(a) != decimal(b)
-                                        : a != b;
-    };
-    const auto& columns = columnsOf(kind);
-    const bool changed = std::any_of(columns.begin(), columns.end(), differs);
-    for (const Column& column : columns) {
-        if (changed && column.comparison != ' ') {
-            cached[column.member] = decoded.at(column.member);
-        }
-    }
-    return changed;
+    std::map<std::string, std::string> variables;
+    return takePart(schedule, variables, true) && takePart(schedule, variables, false);
 }
 
 }  // namespace naive

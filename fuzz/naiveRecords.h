@@ -13,7 +13,7 @@
 
 namespace naive {
 
-/// The fields of a record; a field without a value is absent.
+/// The fields of a record, one for every column; a field without a value is absent.
 using Fields = std::vector<std::optional<std::string>>;
 
 /// The members of a cached record as texts, by name.
@@ -36,22 +36,24 @@ std::string textOf(const Value& value) {
     }
 }
 
-template <class Known>
-Record recordOf(const Known& known) {
-    Record record;
-    paclient::forEachMember(known, [&](const paclient::MemberInfo& info, const auto& value) {
-        record[info.name] = textOf(value);
-    });
-    return record;
-}
+/// The columns of a kind: a member and its form, or - for a column that is skipped. After the form
+/// comes * when an update compares and copies the member, @ when it compares the lengths of lists.
+///   # number   d decimal   s text as received   t translated text   l list   z translated list
+///   u translated list, sorted, each entry once   b whether the number is 1
+using Layout = const char*;
 
-/// A record of a kind as its fields give it; nothing for one that is dropped.
-/// @param known the entry that the cache has, null for none
-std::optional<Record> decode(const std::string& kind, int key, const Fields& fields,
-                             const Record* known);
+/// Reads fields into a record; what is absent stays.
+void read(Layout layout, const Fields& fields, Record& record);
 
-/// Merges what was decoded into the entry of its cache.
+/// Merges what was read into the entry of its cache.
 /// @return whether the entry counts as changed
-bool merge(const std::string& kind, Record& cached, const Record& decoded);
+bool merge(Layout layout, Record& cached, const Record& decoded);
+
+/// Take the content of a request, and the parts and times of a schedule, out of its texts.
+/// @return false when the record is dropped
+/// @{
+bool takeRequestContent(Record& request);
+bool takeSchedule(Record& schedule, const Fields& fields);
+/// @}
 
 }  // namespace naive

@@ -42,14 +42,6 @@ Tokens tokens(const std::string& text, char separator, bool markEmpty) {
     return all;
 }
 
-std::string encoded(const std::string& plain) {
-    std::string text = "\"";
-    for (const char c : plain) {
-        text += c == '"' || c == '\\' ? std::string{'\\', c} : std::string{c};
-    }
-    return text + '"';
-}
-
 std::string translated(const std::string& text) {
     std::string plain;
     bool escaped = false;

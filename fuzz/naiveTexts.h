@@ -14,9 +14,6 @@ using Tokens = std::vector<std::string>;
 /// The tokens of a list.
 Tokens tokens(const std::string& text, char separator, bool markEmpty = false);
 
-/// A text in the encoding of the link.
-std::string encoded(const std::string& plain);
-
 /// A text without its encoding; one that is not a whole quoted text as it is.
 std::string translated(const std::string& text);
 
