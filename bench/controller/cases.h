@@ -18,6 +18,10 @@ BenchCases recordCases();
 BenchCases operationCases();
 BenchCases linkCases();
 BenchCases threadCases();
+BenchCases loadCases();
+
+/// Of the case "memory": fills the caches, and prints the peak memory of this process in KiB.
+void printPeak(const std::string& what, int records);
 
 /// A row that compares what was measured with a reference of the same rounds.
 ResultRow rowOf(const std::string& what, const Contender& measured, const Contender& reference,

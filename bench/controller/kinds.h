@@ -7,6 +7,7 @@
 #include "include/common/RecordList.h"
 #include "sdk/PAController.h"
 #include "sdk/recordKinds.h"
+#include "simserver/station/Station.h"
 
 /// @file
 /// Every kind of record: what a server sends for a key, how the references read it, and what the
@@ -317,5 +318,8 @@ struct AttachedZonesKind : WithdrawnByNumber<pa::RecordKind::AttachedZones> {
         in.list(to);
     }
 };
+
+/// A station that reports about so many records of these descriptions, and no schedules.
+simserver::Station stationOf(int records);
 
 }  // namespace bench

@@ -370,10 +370,9 @@ ResultRow queueRow(const RunSettings& settings, const std::string& what, pa::Ope
         plain.clear();
     };
     Contender controller{[&] {
-                             queue();
-                             queued = count;
-                         },
-                         {}};
+        queue();
+        queued = count;
+    }};
     Contender reference{queuePlain, {}};
     TurnPlan plan;
     plan.roundsPerTrial = 5;

@@ -174,23 +174,20 @@ private:
             controller.run = handleAll;
         }
         Contender floor{[this, hasChanged] {
-                            for (const Arrival& arrival : arrivals_) {
-                                floor_.take(arrival.key, *arrival.list->list(), hasChanged);
-                            }
-                        },
-                        {}};
+            for (const Arrival& arrival : arrivals_) {
+                floor_.take(arrival.key, *arrival.list->list(), hasChanged);
+            }
+        }};
         Contender contract{[this] {
-                               for (const Arrival& arrival : arrivals_) {
-                                   contract_.take(arrival.key, *arrival.list->list());
-                               }
-                           },
-                           {}};
+            for (const Arrival& arrival : arrivals_) {
+                contract_.take(arrival.key, *arrival.list->list());
+            }
+        }};
         Contender json{[this] {
-                           for (const Arrival& arrival : arrivals_) {
-                               json_.take(arrival.key, arrival.json);
-                           }
-                       },
-                       {}};
+            for (const Arrival& arrival : arrivals_) {
+                json_.take(arrival.key, arrival.json);
+            }
+        }};
         TurnPlan plan;
         plan.itemsPerRound = perRound;
         plan.prepare = [this, hasChanged] { prepare(hasChanged); };
@@ -214,17 +211,15 @@ private:
         const int count = std::min(perRound, keys() / 2);
         std::vector<int> withdrawn;
         Contender controller{[&] {
-                                 for (const int key : withdrawn) {
-                                     Kind::withdraw(controller_, key);
-                                 }
-                             },
-                             {}};
+            for (const int key : withdrawn) {
+                Kind::withdraw(controller_, key);
+            }
+        }};
         Contender contract{[&] {
-                               for (const int key : withdrawn) {
-                                   contract_.withdraw(key);
-                               }
-                           },
-                           {}};
+            for (const int key : withdrawn) {
+                contract_.withdraw(key);
+            }
+        }};
         const auto restore = [&] {
             for (const int key : withdrawn) {
                 pa::RecordList list(Kind::fields(key, versions_[static_cast<std::size_t>(key)]));
@@ -255,17 +250,15 @@ private:
         constexpr int fewest = 1000;
         const int calls = std::max(1, fewest / keys());
         Contender controller{[&] {
-                                 for (int i = 0; i < calls; ++i) {
-                                     benchmark::DoNotOptimize(Kind::all(controller_));
-                                 }
-                             },
-                             {}};
+            for (int i = 0; i < calls; ++i) {
+                benchmark::DoNotOptimize(Kind::all(controller_));
+            }
+        }};
         Contender plain{[&] {
-                            for (int i = 0; i < calls; ++i) {
-                                benchmark::DoNotOptimize(contract_.all());
-                            }
-                        },
-                        {}};
+            for (int i = 0; i < calls; ++i) {
+                benchmark::DoNotOptimize(contract_.all());
+            }
+        }};
         TurnPlan plan;
         plan.itemsPerRound = calls * keys();
         plan.roundsPerTrial = keys() > fewest ? 1 : 5;
@@ -276,17 +269,15 @@ private:
     void measureLookUps(int cached) {
         std::vector<int> wanted;
         Contender controller{[&] {
-                                 for (const int key : wanted) {
-                                     benchmark::DoNotOptimize(Kind::find(controller_, key));
-                                 }
-                             },
-                             {}};
+            for (const int key : wanted) {
+                benchmark::DoNotOptimize(Kind::find(controller_, key));
+            }
+        }};
         Contender plain{[&] {
-                            for (const int key : wanted) {
-                                benchmark::DoNotOptimize(contract_.copyOf(key));
-                            }
-                        },
-                        {}};
+            for (const int key : wanted) {
+                benchmark::DoNotOptimize(contract_.copyOf(key));
+            }
+        }};
         TurnPlan plan;
         plan.itemsPerRound = perRound;
         plan.prepare = [&] {
