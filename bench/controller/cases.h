@@ -15,10 +15,12 @@ struct BenchCase {
 using BenchCases = std::vector<BenchCase>;
 
 BenchCases recordCases();
-BenchCases operationCases();
-BenchCases linkCases();
 BenchCases threadCases();
-BenchCases loadCases();
+BenchCases operationCases();
+BenchCases syncCases();
+BenchCases latencyCases();
+BenchCases recordLoadCases();
+BenchCases requestLoadCases();
 
 /// Of the case "memory": fills the caches, and prints the peak memory of this process in KiB.
 void printPeak(const std::string& what, int records);

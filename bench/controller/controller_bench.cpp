@@ -34,8 +34,8 @@ std::vector<ResultRow> runInChild(const BenchCase& chosen, const RunSettings& se
 
 int run(int argc, char** argv) {
     BenchCases cases;
-    for (const auto& some :
-         {recordCases(), threadCases(), operationCases(), linkCases(), loadCases()}) {
+    for (const auto& some : {recordCases(), threadCases(), operationCases(), syncCases(),
+                             latencyCases(), recordLoadCases(), requestLoadCases()}) {
         cases.insert(cases.end(), some.begin(), some.end());
     }
     std::vector<std::string> names;

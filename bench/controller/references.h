@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "bench/controller/fieldReaders.h"
+#include "bench/controller/jsonFields.h"
 #include "bench/controller/kinds.h"
 
 /// @file
@@ -124,7 +125,7 @@ public:
     void take(int key, const TEVlist& list) {
         ContractFields fields(list);
         Kind::read(fields, read_);
-        setKey(read_, key);
+        complete(read_, key);
         {
             const std::lock_guard guard(lock_);
             const auto found = cache_.try_emplace(key);
@@ -210,13 +211,19 @@ private:
         return reported;
     }
 
-    // Of the kinds whose records do not carry their own key.
-    static void setKey(AnnouncementRequest& record, int key) { record.id = key; }
-    static void setKey(ScheduleDefinition& record, int key) { record.Id = key; }
-    static void setKey(TTSVocalizer& record, int key) { record.portNo = key; }
-    static void setKey(TTSDictionary& record, int key) { record.key = key; }
+    // What a record does not carry itself.
+    static void complete(PaSink& record, int /*key*/) {
+        constexpr const char* names[] = {"SINK_TYPE_NOT_DEFINED", "HIGH_IMPEDANCE_SPEAKER_BUS",
+                                         "LOW_IMPEDANCE_AMPLIFIER_SPEAKER_OUTPUT",
+                                         "INDUCTION_LOOP_OUTPUT", "LINE_LEVEL_AUDIO_OUTPUT"};
+        record.typeAsString = names[record.type];
+    }
+    static void complete(AnnouncementRequest& record, int key) { record.id = key; }
+    static void complete(ScheduleDefinition& record, int key) { record.Id = key; }
+    static void complete(TTSVocalizer& record, int key) { record.portNo = key; }
+    static void complete(TTSDictionary& record, int key) { record.key = key; }
     template <class Other>
-    static void setKey(Other& /*record*/, int /*key*/) {}
+    static void complete(Other& /*record*/, int /*key*/) {}
 
     void publish(int key, const Record& record, bool hasChanged) {
         if (isDue(Kind::observers, hasChanged)) {
