@@ -26,9 +26,7 @@ struct HeapBytes {
     std::size_t operator()(const Disconnected& disconnected) const {
         return heapBytes(disconnected.reason);
     }
-    std::size_t operator()(const Record& record) const {
-        return record.fields.heapBytes() + 2 * block;
-    }
+    std::size_t operator()(const Record& record) const { return record.fields.heapBytes() + block; }
     std::size_t operator()(const Refusal& refusal) const {
         return heapBytes(refusal.requestId) + heapBytes(refusal.reason);
     }

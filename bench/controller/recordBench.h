@@ -125,10 +125,10 @@ private:
                 Kind::handle(controller_, arrival.key, arrival.list->list());
             }
         };
-        const auto buildAndHandleAll = [this] {
+        const auto buildAndHandleAll = [this, list = std::make_shared<pa::RecordList>()] {
             for (Arrival& arrival : arrivals_) {
-                pa::RecordList list(std::move(arrival.fields));
-                Kind::handle(controller_, arrival.key, list.list());
+                list->assign(std::move(arrival.fields));
+                Kind::handle(controller_, arrival.key, list->list());
             }
         };
         Contender controller;

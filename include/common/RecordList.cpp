@@ -1,20 +1,13 @@
 #include "include/common/RecordList.h"
 
+#include <algorithm>
+#include <cstring>
 #include <limits>
 #include <stdexcept>
-#include <utility>
 
-using namespace pa;
+namespace pa {
 
-namespace {
-
-void checkSize(std::size_t bytes) {
-    if (bytes > std::numeric_limits<std::uint32_t>::max()) {
-        throw std::length_error("the texts of a record are too long");
-    }
-}
-
-}  // namespace
+// -------------------------------------------------------------------------- fields
 
 RecordFields::RecordFields(std::initializer_list<Field> fields) {
     std::size_t bytes = 0;
@@ -36,11 +29,11 @@ RecordFields::RecordFields(std::size_t count, Field each) {
 
 RecordFields::Field RecordFields::operator[](std::size_t place) const {
     const char* const begin = text(place);
-    return begin == nullptr ? Field() : std::string_view(begin, ends_[place] - beginOf(place) - 1);
+    return begin == nullptr ? Field() : std::string_view(begin, endOf(place) - beginOf(place) - 1);
 }
 
 RecordFields::Field RecordFields::at(std::size_t place) const {
-    if (place >= size()) {
+    if (place >= size_) {
         throw std::out_of_range("a field that the record does not have");
     }
     return (*this)[place];
@@ -48,62 +41,112 @@ RecordFields::Field RecordFields::at(std::size_t place) const {
 
 const char* RecordFields::text(std::size_t place) const {
     const std::size_t begin = beginOf(place);
-    return begin == ends_[place] ? nullptr : texts_.data() + begin;
+    return begin == endOf(place) ? nullptr : block_.data() + textsBegin() + begin;
 }
 
 void RecordFields::set(std::size_t place, Field field) {
     const std::size_t begin = beginOf(place);
-    const std::size_t before = ends_[place] - begin;
+    const std::size_t before = endOf(place) - begin;
     const std::size_t after = field ? field->size() + 1 : 0;
-    checkSize(texts_.size() - before + after);
-    texts_.replace(begin, before, after, '\0');
+    block_.replace(textsBegin() + begin, before, after, '\0');
     if (field) {
-        field->copy(&texts_[begin], field->size());
+        field->copy(&block_[textsBegin() + begin], field->size());
     }
-    for (std::size_t i = place; i < ends_.size(); ++i) {
-        ends_[i] = static_cast<std::uint32_t>(ends_[i] - before + after);
+    for (std::size_t i = place; i < size_; ++i) {
+        setEnd(i, endOf(i) - before + after);
     }
 }
 
 void RecordFields::push_back(Field field) {
-    if (field) {
-        checkSize(texts_.size() + field->size() + 1);
-        texts_.append(*field) += '\0';
+    if (size_ == mostFields_) {
+        resizeTable(2 * size_ + 1);
     }
-    ends_.push_back(static_cast<std::uint32_t>(texts_.size()));
+    if (field) {
+        block_.append(*field) += '\0';
+    }
+    setEnd(size_, textsSize());
+    ++size_;
 }
 
 void RecordFields::resize(std::size_t count) {
-    ends_.resize(count, static_cast<std::uint32_t>(texts_.size()));
-    texts_.resize(beginOf(count));
+    block_.resize(textsBegin() + (count < size_ ? beginOf(count) : textsSize()));
+    if (count > mostFields_) {
+        resizeTable(count);
+    }
+    for (std::size_t i = size_; i < count; ++i) {
+        setEnd(i, textsSize());
+    }
+    size_ = count;
 }
 
 void RecordFields::reserve(std::size_t count, std::size_t bytes) {
-    ends_.reserve(count);
-    texts_.reserve(bytes + count);  // a NUL after each
+    const std::size_t mostFields = std::max(count, mostFields_);
+    block_.reserve(mostFields * sizeof(End) + bytes + count);  // a NUL after each
+    resizeTable(mostFields);
 }
 
 std::size_t RecordFields::heapBytes() const {
     static const std::size_t inside = std::string().capacity();
-    const std::size_t ofTexts = texts_.capacity() > inside ? texts_.capacity() + 1 : 0;
-    return ends_.capacity() * sizeof(std::uint32_t) + ofTexts;
+    return block_.capacity() > inside ? block_.capacity() + 1 : 0;
 }
+
+std::size_t RecordFields::endOf(std::size_t place) const {
+    End end = 0;
+    std::memcpy(&end, block_.data() + place * sizeof end, sizeof end);
+    return end;
+}
+
+void RecordFields::setEnd(std::size_t place, std::size_t end) {
+    if (end > std::numeric_limits<End>::max()) {
+        throw std::length_error("the texts of a record are too long");
+    }
+    const auto written = static_cast<End>(end);
+    std::memcpy(&block_[place * sizeof written], &written, sizeof written);
+}
+
+/// @param mostFields no fewer than now
+void RecordFields::resizeTable(std::size_t mostFields) {
+    block_.insert(textsBegin(), (mostFields - mostFields_) * sizeof(End), '\0');
+    mostFields_ = mostFields;
+}
+
+bool operator==(const RecordFields& a, const RecordFields& b) {
+    const auto isSame = [&](std::size_t place) { return a[place] == b[place]; };
+    std::size_t same = 0;
+    while (same < a.size() && same < b.size() && isSame(same)) {
+        ++same;
+    }
+    return same == a.size() && same == b.size();
+}
+
+// -------------------------------------------------------------------------- list
 
 void RecordList::assign(RecordFields fields) {
     const std::size_t count = fields.size();
     if (count > elements_.size()) {
-        elements_.resize(count);
+        makeElements(count);
+    } else if (list_.listBot != nullptr && list_.elements < elements_.size()) {
+        list_.listBot->nextNode = &elements_[list_.elements].node;
     }
     fields_ = std::move(fields);
     for (std::size_t i = 0; i < count; ++i) {
-        Element& element = elements_[i];
-        element.text = fields_.text(i);
-        element.node.ourList = &list_;
-        element.node.prevNode = i > 0 ? &elements_[i - 1].node : nullptr;
-        element.node.nextNode = i + 1 < count ? &elements_[i + 1].node : nullptr;
-        element.node.dataPtr = &element.text;
+        elements_[i].text = fields_.text(i);
     }
     list_.elements = count;
     list_.listTop = count > 0 ? &elements_.front().node : nullptr;
     list_.listBot = count > 0 ? &elements_[count - 1].node : nullptr;
+    if (count > 0) {
+        list_.listBot->nextNode = nullptr;
+    }
 }
+
+void RecordList::makeElements(std::size_t count) {
+    elements_ = std::vector<Element>(count);
+    list_ = {};
+    for (std::size_t i = 0; i < count; ++i) {
+        elements_[i].node = {&list_, i + 1 < count ? &elements_[i + 1].node : nullptr,
+                             i > 0 ? &elements_[i - 1].node : nullptr, &elements_[i].text};
+    }
+}
+
+}  // namespace pa

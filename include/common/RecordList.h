@@ -14,8 +14,8 @@
 
 namespace pa {
 
-/// The fields of a record in wire order; a field without a value is absent. All texts are in one
-/// buffer, one after the other.
+/// The fields of a record in wire order; a field without a value is absent. All of them are in one
+/// block of memory.
 class RecordFields {
 public:
     /// Valid until a field is set or added, or the record is moved or destroyed.
@@ -39,10 +39,10 @@ public:
     /// So many fields, all with the same text or absent.
     explicit RecordFields(std::size_t count, Field each = std::nullopt);
 
-    std::size_t size() const { return ends_.size(); }
-    bool empty() const { return ends_.empty(); }
+    std::size_t size() const { return size_; }
+    bool empty() const { return size_ == 0; }
     Iterator begin() const { return {*this, 0}; }
-    Iterator end() const { return {*this, size()}; }
+    Iterator end() const { return {*this, size_}; }
 
     /// @param place counted from 0, below `size()`
     Field operator[](std::size_t place) const;
@@ -60,18 +60,26 @@ public:
     /// Makes space for fields whose texts have so many bytes together.
     void reserve(std::size_t count, std::size_t bytes);
 
-    /// The size of the buffers.
+    /// The size of the block.
     std::size_t heapBytes() const;
 
-    friend bool operator==(const RecordFields& a, const RecordFields& b) {
-        return a.ends_ == b.ends_ && a.texts_ == b.texts_;
-    }
+    friend bool operator==(const RecordFields& a, const RecordFields& b);
 
 private:
-    std::size_t beginOf(std::size_t place) const { return place == 0 ? 0 : ends_[place - 1]; }
+    using End = std::uint32_t;
 
-    std::vector<std::uint32_t> ends_;  // of each field in texts_; an absent one is empty
-    std::string texts_;                // a NUL after each
+    std::size_t textsBegin() const { return mostFields_ * sizeof(End); }
+    std::size_t textsSize() const { return block_.size() - textsBegin(); }
+    std::size_t beginOf(std::size_t place) const { return place == 0 ? 0 : endOf(place - 1); }
+    std::size_t endOf(std::size_t place) const;
+    void setEnd(std::size_t place, std::size_t end);
+    void resizeTable(std::size_t mostFields);
+
+    std::size_t size_ = 0;
+    std::size_t mostFields_ = 0;  // that the table has space for
+    // A table with the end of each field among the texts, then the texts, with a NUL after each. An
+    // absent field ends where it begins.
+    std::string block_;
 };
 
 /// Owns a record: turns fields into the `TEVlist` that the record handlers read. The only place
@@ -87,7 +95,7 @@ public:
     RecordList(const RecordList&) = delete;
     RecordList& operator=(const RecordList&) = delete;
 
-    /// Replaces the record. Its nodes are used again.
+    /// Replaces the record. The nodes of the one before are used again.
     void assign(RecordFields fields);
 
     /// The record, for a handler to read.
@@ -98,6 +106,8 @@ private:
         TEVnode node{};
         const char* text = nullptr;  // what the node's dataPtr points at
     };
+
+    void makeElements(std::size_t count);
 
     RecordFields fields_;
     std::vector<Element> elements_;  // as many as the longest record had

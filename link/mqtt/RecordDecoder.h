@@ -6,7 +6,7 @@
 namespace palink {
 
 /// Passes events on, on the thread that delivers them. A record waits for that with its payload as
-/// its only field, which is one block of memory in place of many; here it gets its fields. One that
+/// its only field, so that the network's thread does not read it; here it gets its fields. One that
 /// is malformed is reported and dropped.
 class RecordDecoder final : public ServerEventSink {
 public:
