@@ -10,30 +10,6 @@ bool isEscaped(char c) {
     return c == '"' || c == '\\';
 }
 
-/// The plain text of a whole quoted string into `plain`; false when the text is none.
-bool readQuoted(std::string_view text, std::string& plain) {
-    if (text.size() < 2 || text.front() != '"' || text.back() != '"') {
-        return false;
-    }
-    plain.resize(text.size() - 2);
-    char* write = plain.data();
-    const char* const end = text.data() + text.size() - 1;
-    for (const char* read = text.data() + 1; read != end; ++read) {
-        if (*read == '"') {
-            return false;
-        }
-        if (*read == '\\' && isEscaped(read[1])) {
-            ++read;
-            if (read == end) {
-                return false;  // the closing quote is itself escaped
-            }
-        }
-        *write++ = *read;
-    }
-    plain.resize(static_cast<std::size_t>(write - plain.data()));
-    return true;
-}
-
 }  // namespace
 
 void pa::appendEncoded(std::string& out, std::string_view text, unsigned depth) {
@@ -59,11 +35,32 @@ void prepareElemStringFieldForSvr(std::string& text) {
     text = std::move(prepared);
 }
 
+void pa::assignDecoded(std::string& out, std::string_view text) {
+    if (text.size() < 2 || text.front() != '"' || text.back() != '"') {
+        out = text;
+        return;
+    }
+    out.clear();
+    out.reserve(text.size() - 2);
+    const char* run = text.data() + 1;
+    const char* const closingQuote = text.data() + text.size() - 1;
+    for (const char* at = run; at != closingQuote; ++at) {
+        const bool isEscape = *at == '\\' && isEscaped(at[1]);
+        if (isEscape) {
+            out.append(run, static_cast<std::size_t>(at - run));
+            run = ++at;
+        }
+        if (at == closingQuote || (*at == '"' && !isEscape)) {
+            out = text;
+            return;
+        }
+    }
+    out.append(run, static_cast<std::size_t>(closingQuote - run));
+}
+
 std::string pa::decoded(std::string_view text) {
     std::string plain;
-    if (!readQuoted(text, plain)) {
-        plain = text;
-    }
+    assignDecoded(plain, text);
     return plain;
 }
 

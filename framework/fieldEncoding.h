@@ -23,4 +23,7 @@ void appendEncoded(std::string& out, std::string_view text, unsigned depth);
 /// The text as `translateElemStringFieldFromSvr` leaves it.
 std::string decoded(std::string_view text);
 
+/// The same, into a text that may have memory already.
+void assignDecoded(std::string& out, std::string_view text);
+
 }  // namespace pa

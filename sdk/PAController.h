@@ -502,10 +502,10 @@ private:
     /// initPaResources.
     mutable pa::LeafLock lookupLock;
 
-    /// One after each registration. None is changed or removed, so that they are read without a
-    /// lock.
-    std::deque<ObserverList> paControllerObservers PASDK_GUARDED_BY(lookupLock){ObserverList()};
-    std::atomic<const ObserverList*> currentObservers{&paControllerObservers.back()};
+    /// One after each registration. None is changed or removed, so that the last one is read
+    /// without a lock.
+    std::deque<ObserverList> observerLists PASDK_GUARDED_BY(lookupLock){ObserverList()};
+    std::atomic<const ObserverList*> paControllerObservers{&observerLists.back()};
 
     pa::RecordCache<PaZone> availablePaZonesPrimaryServer PASDK_GUARDED_BY(paControllerMtx);
     pa::RecordCache<PaZone> availablePaZonesLocalServer PASDK_GUARDED_BY(paControllerMtx);

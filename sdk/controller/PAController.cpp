@@ -55,12 +55,12 @@ void PAController::registerObserver(PAControllerObserver* observer) {
     std::size_t total = 0;
     {
         const LeafGuard guard(lookupLock);
-        ObserverList list = paControllerObservers.back();
+        ObserverList list = observerLists.back();
         added = std::find(list.begin(), list.end(), observer) == list.end();
         if (added) {
             list.push_back(observer);
             total = list.size();
-            currentObservers = &paControllerObservers.emplace_back(std::move(list));
+            paControllerObservers = &observerLists.emplace_back(std::move(list));
         }
     }
     if (!added) {
@@ -72,7 +72,7 @@ void PAController::registerObserver(PAControllerObserver* observer) {
 }
 
 const PAController::ObserverList& PAController::observers() const {
-    return *currentObservers.load(std::memory_order_acquire);
+    return *paControllerObservers.load(std::memory_order_acquire);
 }
 
 void PAController::reportThrowingObserver() {

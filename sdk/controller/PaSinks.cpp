@@ -42,7 +42,7 @@ void takeType(SinkRecord& record, const char* text) {
 
 void takeZoneList(SinkRecord& record, const char* text) {
     translated<&SinkRecord::zones>(record, text);
-    splitStr(record.zones.c_str(), '^', record.paZoneList, false);
+    assignTokens(TokenReader(record.zones.data(), '^'), record.paZoneList);
 }
 
 constexpr Column<SinkRecord> columns[] = {

@@ -43,7 +43,7 @@ void PAController::updateFromTTS_Dictionary(int key, TEVlist* record) {
     const MutexGuard guard(paControllerMtx);
     const auto [entry, merged] =
         mergeRecord<fields>(ttsDictionaryList, key, decoded, matchByKey<TTSDictionary>);
-    const TTSDictionary item = entry->second;  // an observer may have it deleted
+    const TTSDictionary& item = entry->second;
     if (merged != Merge::Unchanged) {
         PASDK_DEBUG(1, "%s: TTS Dictionary Item >%d< UUID >%s< %s. Text >%s<",
                     "updateFromTTS_Dictionary", key, item.uuid.c_str(),
@@ -51,10 +51,11 @@ void PAController::updateFromTTS_Dictionary(int key, TEVlist* record) {
     }
     const std::string completed = completePreviews(item);
     const bool rendered = item.portNo != failedPort;
+    const std::string uri = item.uri;  // an observer may have the item deleted
     notifyObservers(
         &PAControllerObserver::onAudioMessageRetrievalComplete, completed, rendered,
         rendered ? PAControllerObserver::MRE_NO_ERROR : PAControllerObserver::MRE_INVALID_PARAMS,
-        item.uri);
+        uri);
 }
 
 void PAController::deleteFromTTS_Dictionary(int key) {

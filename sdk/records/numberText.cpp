@@ -63,10 +63,11 @@ std::optional<double> shortDecimal(const char* text) {
 }  // namespace
 
 int pa::decodeInt(const char* text) {
-    text = withoutWhiteSpace(text);
-    const bool negative = *text == '-';
-    if (negative || *text == '+') {
-        ++text;
+    bool negative = false;
+    if (!isDigit(*text)) {
+        text = withoutWhiteSpace(text);
+        negative = *text == '-';
+        text += negative || *text == '+' ? 1 : 0;
     }
     constexpr long long most = std::numeric_limits<int>::max();
     const long long limit = negative ? most + 1 : most;

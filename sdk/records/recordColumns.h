@@ -48,8 +48,7 @@ void asReceived(Record& record, const char* text) {
 /// A text in the encoding of the link.
 template <auto Member, class Record>
 void translated(Record& record, const char* text) {
-    record.*Member = text;
-    translateElemStringFieldFromSvr(record.*Member);
+    assignDecoded(record.*Member, text);
 }
 
 /// The text of a field, or null for one that counts as absent: empty, "(null)", or without data.

@@ -9,7 +9,10 @@ std::string prepared(std::string text) {
     return text;
 }
 std::string translated(std::string text) {
+    std::string elsewhere = "left over";
+    pa::assignDecoded(elsewhere, text);
     translateElemStringFieldFromSvr(text);
+    EXPECT_EQ(elsewhere, text);
     return text;
 }
 
@@ -27,7 +30,7 @@ TEST(FieldEncoding, QuotesAndEscapesAndLeavesWhatIsNoWholeQuotedString) {
         EXPECT_EQ(translated(translated(prepared(encoded))), plain) << "two levels";
     }
     for (const std::string text : {"", "plain", R"(")", R"("open)", R"(closed")", R"("a"b")",
-                                   R"("a","b")", R"("a\")", R"("a" )", R"(a\"b)"}) {
+                                   R"("a","b")", R"("a\")", R"("\\\")", R"("a" )", R"(a\"b)"}) {
         EXPECT_EQ(translated(text), text);
     }
     EXPECT_EQ(translated(R"("a\nb")"), R"(a\nb)") << "only what was put there is undone";
