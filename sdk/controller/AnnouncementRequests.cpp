@@ -52,9 +52,9 @@ constexpr Column<RequestRecord> columns[] = {
 
 /// What the message content says of the request.
 struct RequestContent {
-    Message::Type audioType;
-    Message::Type visualType;
-    char* zones;  // a list, inside of the message content
+    Message::Type audioType = Message::NONE;
+    Message::Type visualType = Message::NONE;
+    std::vector<std::string> zones;
 };
 
 /// A display template that ends as soon as it is displayed.
@@ -63,17 +63,16 @@ bool hasNoValidity(std::string content) {
     return content.find("\"validity\":0") != std::string::npos;
 }
 
-/// @param text the message content, overwritten: type,origin,zones,content,...
+/// @param list type,origin,zones,content,...
 /// @return nothing when such a request is not tracked
-std::optional<RequestContent> parseContent(char* text) {
-    static char noZones[] = "";
-    TokenReader tokens(text, ',');
+std::optional<RequestContent> parseContent(std::string list) {
+    TokenReader tokens(list.data(), ',');
     const char* const typeNumber = tokens.next();
     const int type = typeNumber != nullptr ? decodeInt(typeNumber) : Message::NONE;
     tokens.next();  // the origin
     char* const zones = tokens.next();
 
-    RequestContent content{Message::NONE, Message::NONE, zones != nullptr ? zones : noZones};
+    RequestContent content;
     switch (type) {
         case Message::NONE:
         case Message::MIXED:
@@ -97,6 +96,9 @@ std::optional<RequestContent> parseContent(char* text) {
             break;
         default:
             break;
+    }
+    if (zones != nullptr) {
+        assignTokens(TokenReader(zones, '^'), content.zones);
     }
     return content;
 }
@@ -129,15 +131,23 @@ void PAController::addUpdateAnnouncementRequest(int elemNo, TEVlist* elemArgList
     }
     RequestRecord record;
     decodeRecord<columns>(*elemArgList, record);
+    const bool hasContent = record.messageContent.data() != nullptr;
     std::string messageContent;
-    std::string parsed;
-    std::optional<RequestContent> content;
-    if (record.messageContent.data() != nullptr) {
+    // Without the mutex: decoding does not wait for a callback that is running.
+    const auto isKnown = [&](const std::string& text) {
+        const LeafGuard leaf(lookupLock);
+        const auto known = activeAnnouncementRequestList.find(elemNo);
+        return known != activeAnnouncementRequestList.end() && !text.empty() &&
+               known->second.messageContent == text;
+    };
+    std::optional<RequestContent> content;  // unless the request is known with the same
+    if (hasContent) {
         messageContent = decoded(record.messageContent);
-        parsed = messageContent;
-        content = parseContent(parsed.data());
-        if (!content) {
-            return;
+        if (!isKnown(messageContent)) {
+            content = parseContent(messageContent);
+            if (!content) {
+                return;
+            }
         }
     }
 
@@ -148,11 +158,14 @@ void PAController::addUpdateAnnouncementRequest(int elemNo, TEVlist* elemArgList
         AnnouncementRequest& request = activeAnnouncementRequestList[elemNo];
         request.id = elemNo;
         update(request, record);
-        if (content) {
+        if (hasContent && request.messageContent != messageContent) {
+            if (!content) {
+                content = parseContent(messageContent);  // it has been withdrawn since
+            }
             request.messageContent.swap(messageContent);
             request.setAudioMessageType(content->audioType);
             request.setVisualMessageType(content->visualType);
-            assignTokens(TokenReader(content->zones, '^'), request.zones);
+            request.zones.swap(content->zones);
         }
         if (!observers().empty()) {
             reported = request;
