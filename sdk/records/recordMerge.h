@@ -88,7 +88,7 @@ Merged<Record> mergeRecord(RecordCache<Record>& cache, int key, const Record& de
     constexpr std::make_index_sequence<std::size(fields)> rows;
     const auto found = cache.find(key);
     if (found == cache.end() || !matches(found->second, decoded)) {
-        return {cache.emplace(key, decoded), Merge::Added};
+        return {cache.emplace(key, decoded).first, Merge::Added};
     }
     Record& cached = found->second;
     if (sameFields<fields>(cached, decoded, rows)) {
