@@ -40,7 +40,9 @@ public:
 
     /// Removes the record with a key; none is ignored.
     void erase(int key) {
-        records_.erase(key);
+        if (const iterator found = find(key); found != end()) {
+            records_.erase(found);
+        }
         index_.erase(key);
     }
     void clear() {
