@@ -9,6 +9,7 @@
 #include "resource/common/stringUtils.h"
 #include "sdk/PAController.h"
 #include "sdk/controller/notify.h"
+#include "sdk/records/BlankRecord.h"
 #include "sdk/records/cacheValues.h"
 #include "sdk/records/recordColumns.h"
 
@@ -25,6 +26,8 @@ struct RequestRecord {
     std::string_view priorityText;
     std::string_view completionCode;
     std::string_view completionMsg;
+    std::string plainId;
+    std::string plainContent;
 };
 
 constexpr Column<RequestRecord> columns[] = {
@@ -112,14 +115,14 @@ void take(std::string_view text, std::string& member) {
 /// Takes what the record brings, but for the message content.
 void update(AnnouncementRequest& request, const RequestRecord& record) {
     if (record.requestId.data() != nullptr) {
-        request.setRequestID(decoded(record.requestId));
+        request.setRequestID(record.plainId);
     }
     take(record.stateText, request.stateText);
     take(record.startDateTime, request.startDateTime);
     take(record.priorityText, request.priorityText);
     take(record.completionCode, request.completionCode);
     if (record.completionMsg.data() != nullptr) {
-        request.completionMsg = decoded(record.completionMsg);
+        assignDecoded(request.completionMsg, record.completionMsg);
     }
 }
 
@@ -129,25 +132,24 @@ void PAController::addUpdateAnnouncementRequest(int elemNo, TEVlist* elemArgList
     if (!hasRecord(elemArgList, "addUpdateAnnouncementRequest", elemNo)) {
         return;
     }
-    RequestRecord record;
+    BlankRecord<RequestRecord> blank;
+    RequestRecord& record = *blank;
     decodeRecord<columns>(*elemArgList, record);
+    assignDecoded(record.plainId, record.requestId);
+    assignDecoded(record.plainContent, record.messageContent);
     const bool hasContent = record.messageContent.data() != nullptr;
-    std::string messageContent;
     // Without the mutex: decoding does not wait for a callback that is running.
-    const auto isKnown = [&](const std::string& text) {
+    const auto isKnown = [&](const std::string& content) {
         const LeafGuard leaf(lookupLock);
         const auto known = activeAnnouncementRequestList.find(elemNo);
-        return known != activeAnnouncementRequestList.end() && !text.empty() &&
-               known->second.messageContent == text;
+        return known != activeAnnouncementRequestList.end() && !content.empty() &&
+               known->second.messageContent == content;
     };
     std::optional<RequestContent> content;  // unless the request is known with the same
-    if (hasContent) {
-        messageContent = decoded(record.messageContent);
-        if (!isKnown(messageContent)) {
-            content = parseContent(messageContent);
-            if (!content) {
-                return;
-            }
+    if (hasContent && !isKnown(record.plainContent)) {
+        content = parseContent(record.plainContent);
+        if (!content) {
+            return;
         }
     }
 
@@ -155,14 +157,18 @@ void PAController::addUpdateAnnouncementRequest(int elemNo, TEVlist* elemArgList
     std::optional<AnnouncementRequest> reported;
     {
         const LeafGuard leaf(lookupLock);
-        AnnouncementRequest& request = activeAnnouncementRequestList[elemNo];
+        auto entry = activeAnnouncementRequestList.find(elemNo);
+        if (entry == activeAnnouncementRequestList.end()) {
+            entry = activeAnnouncementRequestList.emplace(elemNo, AnnouncementRequest());
+        }
+        AnnouncementRequest& request = entry->second;
         request.id = elemNo;
         update(request, record);
-        if (hasContent && request.messageContent != messageContent) {
+        if (hasContent && request.messageContent != record.plainContent) {
             if (!content) {
-                content = parseContent(messageContent);  // it has been withdrawn since
+                content = parseContent(record.plainContent);  // it has been withdrawn since
             }
-            request.messageContent.swap(messageContent);
+            request.messageContent = record.plainContent;
             request.setAudioMessageType(content->audioType);
             request.setVisualMessageType(content->visualType);
             request.zones.swap(content->zones);
@@ -176,7 +182,7 @@ void PAController::addUpdateAnnouncementRequest(int elemNo, TEVlist* elemArgList
     }
     const auto isActive = [&] {
         const LeafGuard leaf(lookupLock);
-        return activeAnnouncementRequestList.count(elemNo) > 0;
+        return activeAnnouncementRequestList.find(elemNo) != activeAnnouncementRequestList.end();
     };
     notifyWhile(isActive, &PAControllerObserver::onMessageUpdate, std::move(*reported));
 }
