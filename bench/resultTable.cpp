@@ -61,6 +61,9 @@ double Samples::greatest() const {
 }
 
 double ResultRow::ratio() const {
+    if (reference.values.empty()) {
+        return 0;
+    }
     Samples ratios;
     for (std::size_t i = 0; i < measured.values.size(); ++i) {
         ratios.values.push_back(measured.values[i] / reference.values.at(i));
@@ -73,6 +76,15 @@ bool ResultRow::isAsWanted() const {
     return (wantedRatio == 0 || isEnough) && (wantedMost == 0 || measured.median() < wantedMost);
 }
 
+void ResultRow::inUnit(const char* name, double divisor) {
+    unit = name;
+    for (Samples* const samples : {&measured, &reference}) {
+        for (double& value : samples->values) {
+            value /= divisor;
+        }
+    }
+}
+
 std::string tableText(const std::vector<ResultRow>& rows) {
     std::size_t width = 40;
     for (const ResultRow& row : rows) {
@@ -81,11 +93,16 @@ std::string tableText(const std::vector<ResultRow>& rows) {
     std::string text =
         lineOf(width, {"", "median", "best", "reference", "best", "ratio", "unit", "wanted"});
     for (const ResultRow& row : rows) {
-        text += lineOf(
-            width,
-            {row.what, numberText(row.measured.median()), numberText(bestOf(row, row.measured)),
-             numberText(row.reference.median()), numberText(bestOf(row, row.reference)),
-             numberText(row.ratio()), row.unit, wantedText(row)});
+        const bool hasNone = row.reference.values.empty();
+        const auto ofReference = [hasNone](const auto& value) {
+            return hasNone ? std::string("-") : numberText(value());
+        };
+        text +=
+            lineOf(width, {row.what, numberText(row.measured.median()),
+                           numberText(bestOf(row, row.measured)),
+                           ofReference([&] { return row.reference.median(); }),
+                           ofReference([&] { return bestOf(row, row.reference); }),
+                           ofReference([&] { return row.ratio(); }), row.unit, wantedText(row)});
     }
     return text;
 }
@@ -96,10 +113,13 @@ std::string tableJson(const std::string& benchmark, const std::vector<ResultRow>
     };
     nlohmann::json all = nlohmann::json::array();
     for (const ResultRow& row : rows) {
-        const auto summary = [&row](const Samples& samples) {
-            return nlohmann::json{{"median", samples.median()},
-                                  {"best", bestOf(row, samples)},
-                                  {"trials", samples.values}};
+        const auto summary = [&row](const Samples& samples) -> nlohmann::json {
+            if (samples.values.empty()) {
+                return nullptr;
+            }
+            return {{"median", samples.median()},
+                    {"best", bestOf(row, samples)},
+                    {"trials", samples.values}};
         };
         all.push_back({{"benchmark", benchmark},
                        {"what", row.what},
@@ -107,7 +127,7 @@ std::string tableJson(const std::string& benchmark, const std::vector<ResultRow>
                        {"moreIsBetter", row.moreIsBetter},
                        {"measured", summary(row.measured)},
                        {"reference", summary(row.reference)},
-                       {"ratio", row.ratio()},
+                       {"ratio", optional(row.ratio())},
                        {"wantedRatio", optional(row.wantedRatio)},
                        {"wantedMost", optional(row.wantedMost)},
                        {"asWanted", row.isAsWanted()}});
@@ -122,7 +142,9 @@ std::vector<ResultRow> rowsOf(const std::string& json) {
     std::vector<ResultRow> rows;
     for (const nlohmann::json& row : nlohmann::json::parse(json)) {
         const auto samples = [&row](const char* name) {
-            return Samples{row.at(name).at("trials").get<std::vector<double>>()};
+            const nlohmann::json& summary = row.at(name);
+            return summary.is_null() ? Samples()
+                                     : Samples{summary.at("trials").get<std::vector<double>>()};
         };
         rows.push_back({row.at("what"), row.at("unit"), samples("measured"), samples("reference"),
                         row.at("moreIsBetter"), numberOr0(row.at("wantedRatio")),

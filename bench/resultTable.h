@@ -18,7 +18,8 @@ struct Samples {
 /// @param values not empty
 double quantile(std::vector<double> values, double share);
 
-/// A measurement beside its reference of the same run: their trials take turns.
+/// A measurement beside its reference of the same run: their trials take turns. What has nothing to
+/// be compared with has no samples of a reference.
 struct ResultRow {
     std::string what;
     std::string unit;
@@ -30,9 +31,12 @@ struct ResultRow {
     /// The most that the median may be; 0 for any.
     double wantedMost = 0;
 
-    /// The median of the ratios of each trial to that of the reference beside it.
+    /// The median of the ratios of each trial to that of the reference beside it; 0 without one.
     [[nodiscard]] double ratio() const;
     [[nodiscard]] bool isAsWanted() const;
+
+    /// Divides all samples.
+    void inUnit(const char* name, double divisor);
 };
 
 /// One line for each row: median and best of both, the ratio, and what is wanted.

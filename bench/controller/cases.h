@@ -15,8 +15,15 @@ struct BenchCase {
 using BenchCases = std::vector<BenchCase>;
 
 BenchCases recordCases();
+BenchCases threadCases();
 BenchCases operationCases();
-BenchCases linkCases();
+BenchCases syncCases();
+BenchCases latencyCases();
+BenchCases recordLoadCases();
+BenchCases requestLoadCases();
+
+/// Of the case "memory": fills the caches, and prints the peak memory of this process in KiB.
+void printPeak(const std::string& what, int records);
 
 /// A row that compares what was measured with a reference of the same rounds.
 ResultRow rowOf(const std::string& what, const Contender& measured, const Contender& reference,

@@ -4,11 +4,10 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
-#include <filesystem>
 #include <iostream>
-#include <stdexcept>
 
 #include "bench/controller/cases.h"
+#include "bench/controller/ownProcess.h"
 
 namespace bench {
 
@@ -27,30 +26,16 @@ using namespace bench;
 
 constexpr const char* inThisProcess = "--in-this-process";
 
-/// @throws std::runtime_error when the process fails
 std::vector<ResultRow> runInChild(const BenchCase& chosen, const RunSettings& settings) {
-    const std::string self = std::filesystem::read_symlink("/proc/self/exe");
-    const std::string command = "exec '" + self + "' " + inThisProcess + " --json" + " --trials " +
-                                std::to_string(settings.trials) + (settings.tiny ? " --tiny" : "") +
-                                " --rows " + chosen.name;
-    FILE* const child = popen(command.c_str(), "r");
-    if (child == nullptr) {
-        throw std::runtime_error("no process");
-    }
-    std::string text;
-    char buffer[4096];
-    for (std::size_t size = 0; (size = fread(buffer, 1, sizeof buffer, child)) > 0;) {
-        text.append(buffer, size);
-    }
-    if (pclose(child) != 0) {
-        throw std::runtime_error(std::string("the case failed: ") + chosen.name);
-    }
-    return rowsOf(text);
+    return rowsOf(outputOfSelf(std::string(inThisProcess) + " --json --trials " +
+                               std::to_string(settings.trials) + (settings.tiny ? " --tiny" : "") +
+                               " --rows " + chosen.name));
 }
 
 int run(int argc, char** argv) {
     BenchCases cases;
-    for (const auto& some : {recordCases(), operationCases(), linkCases()}) {
+    for (const auto& some : {recordCases(), threadCases(), operationCases(), syncCases(),
+                             latencyCases(), recordLoadCases(), requestLoadCases()}) {
         cases.insert(cases.end(), some.begin(), some.end());
     }
     std::vector<std::string> names;
@@ -66,7 +51,16 @@ int run(int argc, char** argv) {
     app.add_flag("--tiny", settings.tiny, "Least sizes: only to see that every row runs");
     app.add_flag("--json", json, "JSON in place of the table");
     app.add_flag(inThisProcess, here, "The case in this process")->group("");
+    std::string peakOf;
+    int records = 0;
+    app.add_option("--peak-of", peakOf, "Prints the peak memory of this process")->group("");
+    app.add_option("--records", records, "In its caches")->group("");
     CLI11_PARSE(app, argc, argv);
+    if (!peakOf.empty()) {
+        printPeak(peakOf, records);
+        std::fflush(stdout);
+        std::_Exit(0);
+    }
     std::vector<ResultRow> rows;
     for (const BenchCase& row : cases) {
         if (!chosen.empty() && std::find(chosen.begin(), chosen.end(), row.name) == chosen.end()) {

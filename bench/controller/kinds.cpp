@@ -37,6 +37,47 @@ simserver::Source sourceOf(int key, int version) {
     return source;
 }
 
+simserver::Sink sinkOf(int key) {
+    simserver::Sink sink;
+    sink.id = key;
+    sink.location = platform(key) + ", north end";
+    sink.label = "Canopy speakers \"A" + std::to_string(key) + '"';
+    sink.ipAddress = "10.20.1.29";
+    sink.type = 1;
+    sink.ampPorts = "1,2";
+    sink.outputGain = -6.5;
+    sink.zones = {platform(key) + "/North", "Concourse"};
+    sink.monitoringEnabled = true;
+    return sink;
+}
+
+simserver::Zone zoneOf(int key) {
+    return {platform(key) + "/Section " + std::to_string(key)};
+}
+
+simserver::Trigger triggerOf(int key, int version) {
+    simserver::Trigger trigger;
+    trigger.id = key;
+    trigger.source = key;
+    trigger.selector = 1;
+    trigger.label = "Key 1, deputy of " + platform(key);
+    trigger.type = 3;
+    trigger.subAddress = "key 1";
+    trigger.active = version != 0;
+    return trigger;
+}
+
+simserver::Selector selectorOf(int key, int version) {
+    simserver::Selector selector;
+    selector.id = key;
+    selector.source = key;
+    selector.label = "Staff call, " + platform(key);
+    selector.type = 6;
+    selector.number = "2199";
+    selector.state = 1 + version;
+    return selector;
+}
+
 }  // namespace
 
 pa::RecordFields SourceKind::fields(int key, int version) {
@@ -48,46 +89,22 @@ pa::RecordFields SourceKind::fieldsOfLocked(int key, const std::string& holder) 
 }
 
 pa::RecordFields SinkKind::fields(int key, int version) {
-    simserver::Sink sink;
-    sink.id = key;
-    sink.location = platform(key) + ", north end";
-    sink.label = "Canopy speakers \"A" + std::to_string(key) + '"';
-    sink.ipAddress = "10.20.1.29";
-    sink.type = 1;
-    sink.ampPorts = "1,2";
-    sink.outputGain = -6.5;
-    sink.zones = {platform(key) + "/North", "Concourse"};
-    sink.monitoringEnabled = true;
-    return simserver::sinkRecord(sink, version != 0);
+    return simserver::sinkRecord(sinkOf(key), version != 0);
 }
 
 pa::RecordFields ZoneKind::fields(int key, int version) {
-    const simserver::Zone zone{platform(key) + "/Section " + std::to_string(key)};
     constexpr int dictionary = 2;
-    return simserver::zoneRecord(zone, version != 0 ? simserver::findType(dictionary) : nullptr);
+    const simserver::PartType* const playing =
+        version != 0 ? simserver::findType(dictionary) : nullptr;
+    return simserver::zoneRecord(zoneOf(key), playing);
 }
 
 pa::RecordFields TriggerKind::fields(int key, int version) {
-    simserver::Trigger trigger;
-    trigger.id = key;
-    trigger.source = key;
-    trigger.selector = 1;
-    trigger.label = "Key 1, deputy of " + platform(key);
-    trigger.type = 3;
-    trigger.subAddress = "key 1";
-    trigger.active = version != 0;
-    return simserver::triggerRecord(trigger, dstNo);
+    return simserver::triggerRecord(triggerOf(key, version), dstNo);
 }
 
 pa::RecordFields SelectorKind::fields(int key, int version) {
-    simserver::Selector selector;
-    selector.id = key;
-    selector.source = key;
-    selector.label = "Staff call, " + platform(key);
-    selector.type = 6;
-    selector.number = "2199";
-    selector.state = 1 + version;
-    return simserver::selectorRecord(selector);
+    return simserver::selectorRecord(selectorOf(key, version));
 }
 
 pa::RecordFields AnnouncementKind::fields(int key, int version) {
@@ -149,6 +166,26 @@ pa::RecordFields AttachedZonesKind::fields(int key, int version) {
     simserver::Source source;
     source.attachedZones = {platform(key), platform(key + 1 + version)};
     return simserver::attachedZonesRecord(source);
+}
+
+simserver::Station stationOf(int records) {
+    simserver::Station station;
+    station.name = "Central Station";
+    const int unit = records / 20;
+    for (int key = 1; key <= 8 * unit; ++key) {
+        station.sinks.push_back(sinkOf(key));
+        if (key <= 4 * unit) {
+            station.zones.push_back(zoneOf(key));
+        }
+        if (key <= 2 * unit) {  // and the zones that are attached to it
+            station.sources.push_back(sourceOf(key, 1));
+            station.triggers.push_back(triggerOf(key, 0));
+        }
+        if (key <= unit) {
+            station.selectors.push_back(selectorOf(key, 0));
+        }
+    }
+    return station;
 }
 
 }  // namespace bench

@@ -1,39 +1,47 @@
 #pragma once
 
-#include <set>
 #include <string>
 #include <vector>
 
 #include "include/common/RecordList.h"
 #include "sdk/PAController.h"
 #include "sdk/recordKinds.h"
+#include "simserver/station/Station.h"
 
 /// @file
 /// Every kind of record: what a server sends for a key, how the references read it, and what the
 /// controller does with it. The cases of bench/controller/recordCases.cpp are made from these
-/// descriptions. A record has two versions, which differ in one field.
+/// descriptions. A record has two versions, which differ in the state of what it describes.
 
 namespace bench {
 
 /// What follows from a record, for the observers and in the event queue.
 enum class Follows { Never, OnChange, Always };
 
+/// What the kinds have in common. Zones have a handler of their own.
+template <pa::RecordKind number, void (PAController::*handler)(int, TEVlist*)>
+struct HandledByKey {
+    static constexpr pa::RecordKind kind = number;
+    static void handle(PAController& controller, int key, TEVlist* list) {
+        (controller.*handler)(key, list);
+    }
+    static void withdraw(PAController& controller, int key) {
+        controller.deleteAudioVideoControllerInfo(0, static_cast<int>(number), key);
+    }
+};
+
 struct ReportedSource : PaSource {
     std::string lockedUUID;
     int reportingServer = 0;
 };
 
-struct SourceKind {
+struct SourceKind : HandledByKey<pa::RecordKind::Source, &PAController::addUpdatePaSource> {
     using Record = ReportedSource;
-    static constexpr pa::RecordKind kind = pa::RecordKind::Source;
     static constexpr Follows observers = Follows::OnChange;
     static constexpr Follows event = Follows::Always;
     static pa::RecordFields fields(int key, int version);
     /// @param holder UUID of the client that holds its lock
     static pa::RecordFields fieldsOfLocked(int key, const std::string& holder);
-    static void handle(PAController& controller, int key, TEVlist* list) {
-        controller.addUpdatePaSource(key, list);
-    }
     static auto all(const PAController& controller) { return controller.getPaSources(); }
     static auto find(const PAController& controller, int key) {
         return controller.findPaSource(key);
@@ -58,15 +66,11 @@ struct SourceKind {
     }
 };
 
-struct SinkKind {
+struct SinkKind : HandledByKey<pa::RecordKind::Sink, &PAController::addUpdatePaSink> {
     using Record = PaSink;
-    static constexpr pa::RecordKind kind = pa::RecordKind::Sink;
     static constexpr Follows observers = Follows::OnChange;
     static constexpr Follows event = Follows::Always;
     static pa::RecordFields fields(int key, int version);
-    static void handle(PAController& controller, int key, TEVlist* list) {
-        controller.addUpdatePaSink(key, list);
-    }
     static auto all(const PAController& controller) { return controller.getPaSinks(); }
     static auto find(const PAController& controller, int key) { return controller.findPaSink(key); }
     template <class In>
@@ -99,9 +103,8 @@ struct SinkKind {
     }
 };
 
-struct ZoneKind {
+struct ZoneKind : HandledByKey<pa::RecordKind::Zone, nullptr> {
     using Record = PaZone;
-    static constexpr pa::RecordKind kind = pa::RecordKind::Zone;
     static constexpr Follows observers = Follows::OnChange;
     static constexpr Follows event = Follows::OnChange;
     static pa::RecordFields fields(int key, int version);
@@ -124,15 +127,11 @@ struct ZoneKind {
     }
 };
 
-struct TriggerKind {
+struct TriggerKind : HandledByKey<pa::RecordKind::Trigger, &PAController::addUpdatePaTrigger> {
     using Record = PaTrigger;
-    static constexpr pa::RecordKind kind = pa::RecordKind::Trigger;
     static constexpr Follows observers = Follows::OnChange;
     static constexpr Follows event = Follows::Always;
     static pa::RecordFields fields(int key, int version);
-    static void handle(PAController& controller, int key, TEVlist* list) {
-        controller.addUpdatePaTrigger(key, list);
-    }
     static auto all(const PAController& controller) { return controller.getHwPaTriggers(); }
     static auto find(const PAController& controller, int key) {
         return controller.findHwPaTrigger(key);
@@ -154,15 +153,11 @@ struct TriggerKind {
     }
 };
 
-struct SelectorKind {
+struct SelectorKind : HandledByKey<pa::RecordKind::Selector, &PAController::addUpdatePaSelector> {
     using Record = PaSelector;
-    static constexpr pa::RecordKind kind = pa::RecordKind::Selector;
     static constexpr Follows observers = Follows::OnChange;
     static constexpr Follows event = Follows::Always;
     static pa::RecordFields fields(int key, int version);
-    static void handle(PAController& controller, int key, TEVlist* list) {
-        controller.addUpdatePaSelector(key, list);
-    }
     static auto all(const PAController& controller) { return controller.getPaSelectors(); }
     static auto find(const PAController& controller, int key) {
         return controller.findPaSelector(key);
@@ -185,15 +180,12 @@ struct SelectorKind {
     }
 };
 
-struct AnnouncementKind {
+struct AnnouncementKind
+    : HandledByKey<pa::RecordKind::Announcement, &PAController::addUpdateAnnouncementRequest> {
     using Record = AnnouncementRequest;
-    static constexpr pa::RecordKind kind = pa::RecordKind::Announcement;
     static constexpr Follows observers = Follows::Always;
     static constexpr Follows event = Follows::Never;
     static pa::RecordFields fields(int key, int version);
-    static void handle(PAController& controller, int key, TEVlist* list) {
-        controller.addUpdateAnnouncementRequest(key, list);
-    }
     static auto all(const PAController& controller) { return controller.getAnnouncementRequests(); }
     static auto find(const PAController& controller, int key) {
         return controller.findAnnouncementRequest(key);
@@ -216,15 +208,11 @@ struct AnnouncementKind {
     }
 };
 
-struct ScheduleKind {
+struct ScheduleKind : HandledByKey<pa::RecordKind::Schedule, &PAController::updateScheduleList> {
     using Record = ScheduleDefinition;
-    static constexpr pa::RecordKind kind = pa::RecordKind::Schedule;
     static constexpr Follows observers = Follows::Always;
     static constexpr Follows event = Follows::Always;
     static pa::RecordFields fields(int key, int version);
-    static void handle(PAController& controller, int key, TEVlist* list) {
-        controller.updateScheduleList(key, list);
-    }
     static auto all(const PAController& controller) { return controller.listSchedules(); }
     static auto find(const PAController& controller, int key) {
         return controller.findSchedule(key);
@@ -245,16 +233,13 @@ struct ScheduleKind {
     }
 };
 
-struct TtsPortKind {
+struct TtsPortKind : HandledByKey<pa::RecordKind::TtsPort, &PAController::updateFromTTS_Ports> {
     using Record = TTSVocalizer;
-    static constexpr pa::RecordKind kind = pa::RecordKind::TtsPort;
     static constexpr Follows observers = Follows::Never;
     static constexpr Follows event = Follows::Never;
     static pa::RecordFields fields(int key, int version);
-    static void handle(PAController& controller, int key, TEVlist* list) {
-        controller.updateFromTTS_Ports(key, list);
-    }
     static auto all(const PAController& controller) { return controller.getTTSVocalizerList(); }
+    static void withdraw(PAController& controller, int key) { controller.deleteFromTTS_Ports(key); }
     template <class In>
     static void read(In& in, Record& to) {
         in.quoted(to.language);
@@ -264,16 +249,16 @@ struct TtsPortKind {
     }
 };
 
-struct TtsDictionaryKind {
+struct TtsDictionaryKind
+    : HandledByKey<pa::RecordKind::TtsDictionary, &PAController::updateFromTTS_Dictionary> {
     using Record = TTSDictionary;
-    static constexpr pa::RecordKind kind = pa::RecordKind::TtsDictionary;
     static constexpr Follows observers = Follows::Always;
     static constexpr Follows event = Follows::Never;
     static pa::RecordFields fields(int key, int version);
-    static void handle(PAController& controller, int key, TEVlist* list) {
-        controller.updateFromTTS_Dictionary(key, list);
-    }
     static auto all(const PAController& controller) { return controller.getTTSDictionaryList(); }
+    static void withdraw(PAController& controller, int key) {
+        controller.deleteFromTTS_Dictionary(key);
+    }
     template <class In>
     static void read(In& in, Record& to) {
         in.number(to.portNo);
@@ -286,19 +271,24 @@ struct TtsDictionaryKind {
     }
 };
 
-struct AttachedZonesKind {
+struct AttachedZonesKind
+    : HandledByKey<pa::RecordKind::AttachedZones, &PAController::addUpdateAttachedPaZone> {
     using Record = std::vector<std::string>;
-    static constexpr pa::RecordKind kind = pa::RecordKind::AttachedZones;
     static constexpr Follows observers = Follows::Never;
     static constexpr Follows event = Follows::Never;
     static pa::RecordFields fields(int key, int version);
-    static void handle(PAController& controller, int key, TEVlist* list) {
-        controller.addUpdateAttachedPaZone(key, list);
+    static auto find(const PAController& controller, int key) {
+        Record zones;
+        controller.getAttachedPaZoneList(key, &zones);
+        return zones;
     }
     template <class In>
     static void read(In& in, Record& to) {
         in.list(to);
     }
 };
+
+/// A station that reports about so many records of these descriptions, and no schedules.
+simserver::Station stationOf(int records);
 
 }  // namespace bench

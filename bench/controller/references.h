@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "bench/controller/fieldReaders.h"
+#include "bench/controller/jsonFields.h"
 #include "bench/controller/kinds.h"
 
 /// @file
@@ -85,6 +86,7 @@ public:
     virtual ~PlainObserver() = default;
     virtual void changed(Record record) = 0;
     virtual void deleted(int key) = 0;
+    virtual void deleted(Record record) = 0;
 };
 
 template <class Record>
@@ -95,6 +97,7 @@ public:
         ++count;
     }
     void deleted(int /*key*/) override { ++count; }
+    void deleted(Record record) override { changed(std::move(record)); }
 
     std::uint64_t count = 0;
 };
@@ -122,7 +125,7 @@ public:
     void take(int key, const TEVlist& list) {
         ContractFields fields(list);
         Kind::read(fields, read_);
-        setKey(read_, key);
+        complete(read_, key);
         {
             const std::lock_guard guard(lock_);
             const auto found = cache_.try_emplace(key);
@@ -153,8 +156,11 @@ public:
         if (found == cache_.end()) {
             return;
         }
-        if (Kind::observers != Follows::Never) {
-            observer_.deleted(key);
+        if constexpr (std::is_same_v<Kind, ScheduleKind> ||
+                      std::is_same_v<Kind, AnnouncementKind>) {
+            watcher_->deleted(asReported(found->second));
+        } else if (Kind::observers != Follows::Never) {
+            watcher_->deleted(key);
         }
         if (Kind::event != Follows::Never) {
             events_.post(eventType + 1, key);
@@ -167,14 +173,14 @@ public:
         std::vector<Record> records;
         records.reserve(cache_.size());
         for (const auto& entry : cache_) {
-            records.push_back(entry.second);
+            records.push_back(asReported(entry.second));
         }
         return records;
     }
 
     Record copyOf(int key) {
         const std::lock_guard guard(lock_);
-        return cache_.find(key)->second;
+        return asReported(cache_.find(key)->second);
     }
 
     void clear() { cache_.clear(); }
@@ -189,17 +195,39 @@ private:
         return when == Follows::Always || (when == Follows::OnChange && hasChanged);
     }
 
-    // Of the kinds whose records do not carry their own key.
-    static void setKey(AnnouncementRequest& record, int key) { record.id = key; }
-    static void setKey(ScheduleDefinition& record, int key) { record.Id = key; }
-    static void setKey(TTSVocalizer& record, int key) { record.portNo = key; }
-    static void setKey(TTSDictionary& record, int key) { record.key = key; }
+    /// The record as observers and callers of getters receive it: a schedule without the UUID that
+    /// precedes its description.
     template <class Other>
-    static void setKey(Other& /*record*/, int /*key*/) {}
+    static const Other& asReported(const Other& record) {
+        return record;
+    }
+    static ScheduleDefinition asReported(const ScheduleDefinition& record) {
+        ScheduleDefinition reported = record;
+        std::vector<std::string> parts;
+        splitQuoted(record.descrption, '~', parts);
+        if (parts.size() == 2) {
+            reported.descrption = std::move(parts[1]);
+        }
+        return reported;
+    }
+
+    // What a record does not carry itself.
+    static void complete(PaSink& record, int /*key*/) {
+        constexpr const char* names[] = {"SINK_TYPE_NOT_DEFINED", "HIGH_IMPEDANCE_SPEAKER_BUS",
+                                         "LOW_IMPEDANCE_AMPLIFIER_SPEAKER_OUTPUT",
+                                         "INDUCTION_LOOP_OUTPUT", "LINE_LEVEL_AUDIO_OUTPUT"};
+        record.typeAsString = names[record.type];
+    }
+    static void complete(AnnouncementRequest& record, int key) { record.id = key; }
+    static void complete(ScheduleDefinition& record, int key) { record.Id = key; }
+    static void complete(TTSVocalizer& record, int key) { record.portNo = key; }
+    static void complete(TTSDictionary& record, int key) { record.key = key; }
+    template <class Other>
+    static void complete(Other& /*record*/, int /*key*/) {}
 
     void publish(int key, const Record& record, bool hasChanged) {
         if (isDue(Kind::observers, hasChanged)) {
-            watcher_->changed(record);
+            watcher_->changed(asReported(record));
         }
         if (isDue(Kind::event, hasChanged)) {
             events_.post(eventType, key);

@@ -6,16 +6,18 @@ namespace bench {
 
 namespace {
 
-double nsOf(const std::function<void()>& call, clockid_t clock) {
+double nsOf(clockid_t clock) {
     constexpr double nsPerSecond = 1e9;
-    timespec start{};
-    timespec end{};
-    clock_gettime(clock, &start);
-    call();
-    clock_gettime(clock, &end);
-    return static_cast<double>(end.tv_sec - start.tv_sec) * nsPerSecond +
-           static_cast<double>(end.tv_nsec - start.tv_nsec);
+    timespec now{};
+    clock_gettime(clock, &now);
+    return static_cast<double>(now.tv_sec) * nsPerSecond + static_cast<double>(now.tv_nsec);
 }
+
+/// What a round takes by both clocks.
+struct RoundTimes {
+    Samples time;
+    Samples processor;
+};
 
 }  // namespace
 
@@ -25,17 +27,23 @@ void compareInTurns(const RunSettings& settings, const TurnPlan& plan,
     const int rounds = settings.tiny ? 1 : plan.roundsPerTrial;
     std::size_t first = 0;
     for (int trial = 0; trial < settings.trials; ++trial) {
-        std::vector<Samples> times(contenders.size());
+        std::vector<RoundTimes> times(contenders.size());
         for (int round = 0; round < rounds; ++round, ++first) {
             plan.prepare();
             for (std::size_t i = 0; i < contenders.size(); ++i) {
                 const std::size_t at = (first + i) % contenders.size();
-                times[at].values.push_back(nsOf(contenders[at]->run, clock));
+                const double processor = nsOf(CLOCK_PROCESS_CPUTIME_ID);
+                const double start = nsOf(clock);
+                contenders[at]->run();
+                times[at].time.values.push_back(nsOf(clock) - start);
+                times[at].processor.values.push_back(nsOf(CLOCK_PROCESS_CPUTIME_ID) - processor);
                 plan.tidy();
             }
         }
         for (std::size_t i = 0; i < contenders.size(); ++i) {
-            contenders[i]->samples.values.push_back(times[i].median() / plan.itemsPerRound);
+            Contender& contender = *contenders[i];
+            contender.samples.values.push_back(times[i].time.median() / plan.itemsPerRound);
+            contender.processor.values.push_back(times[i].processor.median() / plan.itemsPerRound);
         }
     }
 }

@@ -19,7 +19,8 @@ struct RunSettings {
 /// One of those that are compared: does the same work as the others, in its own way.
 struct Contender {
     std::function<void()> run;  ///< one round
-    Samples samples;            ///< ns for each item
+    Samples samples{};          ///< ns for each item
+    Samples processor{};        ///< the same in processor time of the whole process
 };
 
 /// How often, and with what between.
