@@ -157,11 +157,7 @@ void PAController::addUpdateAnnouncementRequest(int elemNo, TEVlist* elemArgList
     std::optional<AnnouncementRequest> reported;
     {
         const LeafGuard leaf(lookupLock);
-        auto entry = activeAnnouncementRequestList.find(elemNo);
-        if (entry == activeAnnouncementRequestList.end()) {
-            entry = activeAnnouncementRequestList.emplace(elemNo, AnnouncementRequest());
-        }
-        AnnouncementRequest& request = entry->second;
+        AnnouncementRequest& request = activeAnnouncementRequestList[elemNo];
         request.id = elemNo;
         update(request, record);
         if (hasContent && request.messageContent != record.plainContent) {

@@ -6,7 +6,7 @@
 #include <vector>
 
 /// @file
-/// A cache is a `RecordCache` or a map by key.
+/// Of the records in a `RecordCache`.
 
 namespace pa {
 
