@@ -40,22 +40,21 @@ void pa::assignDecoded(std::string& out, std::string_view text) {
         out = text;
         return;
     }
-    out.clear();
-    out.reserve(text.size() - 2);
-    const char* run = text.data() + 1;
+    out.resize(text.size() - 2);
+    char* write = out.data();
     const char* const closingQuote = text.data() + text.size() - 1;
-    for (const char* at = run; at != closingQuote; ++at) {
-        const bool isEscape = *at == '\\' && isEscaped(at[1]);
+    for (const char* read = text.data() + 1; read != closingQuote; ++read) {
+        const bool isEscape = *read == '\\' && isEscaped(read[1]);
         if (isEscape) {
-            out.append(run, static_cast<std::size_t>(at - run));
-            run = ++at;
+            ++read;
         }
-        if (at == closingQuote || (*at == '"' && !isEscape)) {
+        if (read == closingQuote || (*read == '"' && !isEscape)) {
             out = text;
             return;
         }
+        *write++ = *read;
     }
-    out.append(run, static_cast<std::size_t>(closingQuote - run));
+    out.resize(static_cast<std::size_t>(write - out.data()));
 }
 
 std::string pa::decoded(std::string_view text) {

@@ -64,7 +64,7 @@ private:
     // Of the thread that gets mutex_ next. A thread that gives mutex_ back and wants it again waits
     // here after the one that is being woken: a thread that enters in a loop excludes no other.
     std::mutex turn_;
-    std::atomic<int> waiters_{0};  // for turn_ or mutex_
+    std::atomic<int> waiters_{0};  // threads that wait for turn_ or mutex_
     // Written only by the holder. Its pthread_t is the same in the child.
     std::atomic<pthread_t> holder_{noThread};
     int depth_ = 0;  // guarded by mutex_

@@ -522,7 +522,7 @@ private:
     pa::RecordCache<TTSDictionary> ttsDictionaryList PASDK_GUARDED_BY(paControllerMtx);
     /// By request id.
     std::map<std::string, TTSPendingInfo> ttsPendingPreviewList PASDK_GUARDED_BY(lookupLock);
-    std::map<int, AnnouncementRequest> activeAnnouncementRequestList PASDK_GUARDED_BY(lookupLock);
+    pa::RecordCache<AnnouncementRequest> activeAnnouncementRequestList PASDK_GUARDED_BY(lookupLock);
 
     /// Where availablePaSourcesLockStatus has the first entry of a source.
     std::unordered_map<int, std::size_t> lockIndex PASDK_GUARDED_BY(paControllerMtx);

@@ -9,6 +9,7 @@
 #include "resource/common/stringUtils.h"
 #include "sdk/PAController.h"
 #include "sdk/controller/notify.h"
+#include "sdk/records/BlankRecord.h"
 #include "sdk/records/cacheValues.h"
 #include "sdk/records/recordColumns.h"
 
@@ -25,6 +26,8 @@ struct RequestRecord {
     std::string_view priorityText;
     std::string_view completionCode;
     std::string_view completionMsg;
+    std::string plainId;
+    std::string plainContent;
 };
 
 constexpr Column<RequestRecord> columns[] = {
@@ -52,9 +55,9 @@ constexpr Column<RequestRecord> columns[] = {
 
 /// What the message content says of the request.
 struct RequestContent {
-    Message::Type audioType;
-    Message::Type visualType;
-    char* zones;  // a list, inside of the message content
+    Message::Type audioType = Message::NONE;
+    Message::Type visualType = Message::NONE;
+    std::vector<std::string> zones;
 };
 
 /// A display template that ends as soon as it is displayed.
@@ -63,17 +66,16 @@ bool hasNoValidity(std::string content) {
     return content.find("\"validity\":0") != std::string::npos;
 }
 
-/// @param text the message content, overwritten: type,origin,zones,content,...
+/// @param list type,origin,zones,content,...
 /// @return nothing when such a request is not tracked
-std::optional<RequestContent> parseContent(char* text) {
-    static char noZones[] = "";
-    TokenReader tokens(text, ',');
+std::optional<RequestContent> parseContent(std::string list) {
+    TokenReader tokens(list.data(), ',');
     const char* const typeNumber = tokens.next();
     const int type = typeNumber != nullptr ? decodeInt(typeNumber) : Message::NONE;
     tokens.next();  // the origin
     char* const zones = tokens.next();
 
-    RequestContent content{Message::NONE, Message::NONE, zones != nullptr ? zones : noZones};
+    RequestContent content;
     switch (type) {
         case Message::NONE:
         case Message::MIXED:
@@ -98,6 +100,9 @@ std::optional<RequestContent> parseContent(char* text) {
         default:
             break;
     }
+    if (zones != nullptr) {
+        assignTokens(TokenReader(zones, '^'), content.zones);
+    }
     return content;
 }
 
@@ -110,14 +115,14 @@ void take(std::string_view text, std::string& member) {
 /// Takes what the record brings, but for the message content.
 void update(AnnouncementRequest& request, const RequestRecord& record) {
     if (record.requestId.data() != nullptr) {
-        request.setRequestID(decoded(record.requestId));
+        request.setRequestID(record.plainId);
     }
     take(record.stateText, request.stateText);
     take(record.startDateTime, request.startDateTime);
     take(record.priorityText, request.priorityText);
     take(record.completionCode, request.completionCode);
     if (record.completionMsg.data() != nullptr) {
-        request.completionMsg = decoded(record.completionMsg);
+        assignDecoded(request.completionMsg, record.completionMsg);
     }
 }
 
@@ -127,15 +132,22 @@ void PAController::addUpdateAnnouncementRequest(int elemNo, TEVlist* elemArgList
     if (!hasRecord(elemArgList, "addUpdateAnnouncementRequest", elemNo)) {
         return;
     }
-    RequestRecord record;
+    BlankRecord<RequestRecord> blank;
+    RequestRecord& record = *blank;
     decodeRecord<columns>(*elemArgList, record);
-    std::string messageContent;
-    std::string parsed;
-    std::optional<RequestContent> content;
-    if (record.messageContent.data() != nullptr) {
-        messageContent = decoded(record.messageContent);
-        parsed = messageContent;
-        content = parseContent(parsed.data());
+    assignDecoded(record.plainId, record.requestId);
+    assignDecoded(record.plainContent, record.messageContent);
+    const bool hasContent = record.messageContent.data() != nullptr;
+    // Without the mutex: decoding does not wait for a callback that is running.
+    const auto isKnown = [&](const std::string& content) {
+        const LeafGuard leaf(lookupLock);
+        const auto known = activeAnnouncementRequestList.find(elemNo);
+        return known != activeAnnouncementRequestList.end() && !content.empty() &&
+               known->second.messageContent == content;
+    };
+    std::optional<RequestContent> content;  // unless the request is known with the same
+    if (hasContent && !isKnown(record.plainContent)) {
+        content = parseContent(record.plainContent);
         if (!content) {
             return;
         }
@@ -148,11 +160,14 @@ void PAController::addUpdateAnnouncementRequest(int elemNo, TEVlist* elemArgList
         AnnouncementRequest& request = activeAnnouncementRequestList[elemNo];
         request.id = elemNo;
         update(request, record);
-        if (content) {
-            request.messageContent.swap(messageContent);
+        if (hasContent && request.messageContent != record.plainContent) {
+            if (!content) {
+                content = parseContent(record.plainContent);  // it has been withdrawn since
+            }
+            request.messageContent = record.plainContent;
             request.setAudioMessageType(content->audioType);
             request.setVisualMessageType(content->visualType);
-            assignTokens(TokenReader(content->zones, '^'), request.zones);
+            request.zones.swap(content->zones);
         }
         if (!observers().empty()) {
             reported = request;
@@ -163,7 +178,7 @@ void PAController::addUpdateAnnouncementRequest(int elemNo, TEVlist* elemArgList
     }
     const auto isActive = [&] {
         const LeafGuard leaf(lookupLock);
-        return activeAnnouncementRequestList.count(elemNo) > 0;
+        return activeAnnouncementRequestList.find(elemNo) != activeAnnouncementRequestList.end();
     };
     notifyWhile(isActive, &PAControllerObserver::onMessageUpdate, std::move(*reported));
 }

@@ -109,13 +109,17 @@ void PAController::addUpdatePaSink(int elemNo, TEVlist* elemArgList) {
     decodeRecord<columns>(*elemArgList, decoded);
 
     const MutexGuard guard(paControllerMtx);
+    bool hasNewLog = false;
+    const auto isSameSink = [&hasNewLog](const PaSink& cached, const PaSink& reported) {
+        hasNewLog = cached.mediaLog != reported.mediaLog && !reported.mediaLog.empty();
+        return matchById(cached, reported);
+    };
     const auto [entry, merged] =
-        mergeRecord<fields, PaSink>(availablePaSinks, elemNo, decoded, matchById<PaSink>);
+        mergeRecord<fields, PaSink>(availablePaSinks, elemNo, decoded, isSameSink);
     const PaSink& sink = entry->second;
     if (merged == Merge::Updated) {
         AudioServer* const audioServer = load(gAudioServerInstance);
-        const std::string& mediaLogBefore = decoded.mediaLog;
-        if (audioServer != nullptr && sink.mediaLog != mediaLogBefore && !sink.mediaLog.empty()) {
+        if (audioServer != nullptr && hasNewLog) {
             audioServer->addCampaignLog(sink.mediaLog);
         }
         PASDK_DEBUG(1, "%s: sinkId >%d< updated", "addUpdatePaSink", sink.id);

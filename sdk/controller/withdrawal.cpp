@@ -102,7 +102,7 @@ struct PAController::WithdrawalTable {
         &PAController::availablePaSelectors, local,
         &Observer::onPaSelectorDelete, idOf, EventItem::PA_SELECTOR_DELETED, "PaSelector ID"};
     /// No event: the queue has no type for it.
-    WithdrawalRow<std::map<int, AnnouncementRequest>, AnnouncementRequest> requests{
+    WithdrawalRow<RecordCache<AnnouncementRequest>, AnnouncementRequest> requests{
         &PAController::activeAnnouncementRequestList, active,
         &Observer::onMessageDelete, wholeRequest, std::nullopt, "Announcement Request UUID"};
     WithdrawalRow<RecordCache<PaZone>, std::string> primaryZones{

@@ -14,7 +14,7 @@ class BlankRecord {
 public:
     BlankRecord() : pair_(std::exchange(kept, nullptr)) {
         if (pair_ == nullptr) {
-            pair_ = new Pair;
+            pair_ = std::make_unique<Pair>();
         } else {
             pair_->record = pair_->blank;
         }
@@ -24,9 +24,7 @@ public:
     ~BlankRecord() {
         if (kept == nullptr && !threadEnds) {
             [[maybe_unused]] thread_local const AtEndOfThread release;
-            kept = pair_;
-        } else {
-            delete pair_;
+            kept = pair_.release();
         }
     }
 
@@ -48,7 +46,7 @@ private:
     inline static thread_local Pair* kept = nullptr;
     inline static thread_local bool threadEnds = false;
 
-    Pair* pair_;
+    std::unique_ptr<Pair> pair_;
 };
 
 }  // namespace pa

@@ -1,25 +1,55 @@
 #pragma once
 
+#include <algorithm>
 #include <optional>
+#include <utility>
 #include <vector>
 
 /// @file
-/// A cache is a `RecordCache` or a map by key.
+/// Of the records in a `RecordCache`.
 
 namespace pa {
 
 template <class Cache>
 using RecordIn = typename Cache::mapped_type;
 
+/// The entries whose values have a property, in ascending key order.
+template <class Cache, class Property>
+std::vector<std::pair<int, const RecordIn<Cache>*>> entriesWith(const Cache& cache, Property has) {
+    std::vector<std::pair<int, const RecordIn<Cache>*>> entries;
+    for (const auto& [key, value] : cache) {
+        if (has(value)) {
+            entries.emplace_back(key, &value);
+        }
+    }
+    std::sort(entries.begin(), entries.end());  // no two have the same key
+    return entries;
+}
+
+/// Copies of the values with a property, in ascending key order.
+template <class Cache, class Property>
+std::vector<RecordIn<Cache>> valuesWith(const Cache& cache, Property has) {
+    const auto entries = entriesWith(cache, has);
+    std::vector<RecordIn<Cache>> values;
+    values.reserve(entries.size());
+    for (const auto& entry : entries) {
+        values.push_back(*entry.second);
+    }
+    return values;
+}
+
+/// Copies of the values whose `member` has a value, in ascending key order.
+template <class Cache, class Value>
+std::vector<RecordIn<Cache>> valuesWith(const Cache& cache, Value RecordIn<Cache>::*member,
+                                        const Value& value) {
+    return valuesWith(cache,
+                      [&](const RecordIn<Cache>& record) { return record.*member == value; });
+}
+
 /// Copies of every value of a cache, in ascending key order.
 template <class Cache>
 std::vector<RecordIn<Cache>> valuesOf(const Cache& cache) {
-    std::vector<RecordIn<Cache>> values;
-    values.reserve(cache.size());
-    for (const auto& entry : cache) {
-        values.push_back(entry.second);
-    }
-    return values;
+    return valuesWith(cache, [](const RecordIn<Cache>& /*record*/) { return true; });
 }
 
 /// Every key of a cache, in ascending order.
@@ -30,31 +60,16 @@ std::vector<int> keysOf(const Cache& cache) {
     for (const auto& entry : cache) {
         keys.push_back(entry.first);
     }
+    std::sort(keys.begin(), keys.end());
     return keys;
-}
-
-/// Copies of the values whose `member` has a value, in ascending key order.
-template <class Cache, class Value>
-std::vector<RecordIn<Cache>> valuesWith(const Cache& cache, Value RecordIn<Cache>::*member,
-                                        const Value& value) {
-    std::vector<RecordIn<Cache>> values;
-    for (const auto& entry : cache) {
-        if (entry.second.*member == value) {
-            values.push_back(entry.second);
-        }
-    }
-    return values;
 }
 
 /// The state of the first resource with an id, in ascending key order; nothing for an unknown one.
 template <class Cache>
 auto stateOf(const Cache& cache, int id) -> std::optional<decltype(RecordIn<Cache>::state)> {
-    for (const auto& entry : cache) {
-        if (entry.second.id == id) {
-            return entry.second.state;
-        }
-    }
-    return std::nullopt;
+    const auto entries =
+        entriesWith(cache, [id](const RecordIn<Cache>& record) { return record.id == id; });
+    return entries.empty() ? std::nullopt : std::optional(entries.front().second->state);
 }
 
 /// A copy of the value under a key; nothing for an unknown one.

@@ -67,7 +67,9 @@ int pa::decodeInt(const char* text) {
     if (!isDigit(*text)) {
         text = withoutWhiteSpace(text);
         negative = *text == '-';
-        text += negative || *text == '+' ? 1 : 0;
+        if (negative || *text == '+') {
+            ++text;
+        }
     }
     constexpr long long most = std::numeric_limits<int>::max();
     const long long limit = negative ? most + 1 : most;

@@ -7,16 +7,16 @@
 #include "sdk/records/RecordCache.h"
 
 /// @file
-/// Which members an update of a cached record compares and takes over is a table, and `mergeRecord`
+/// Which members an update of a cached record compares and copies is a table, and `mergeRecord`
 /// is the one place that reads it.
 
 namespace pa {
 
-/// One member that an update compares and takes over.
+/// One member that an update compares and copies.
 template <class Record>
 struct Field {
     bool (*same)(const Record& cached, const Record& decoded);
-    void (*take)(Record& cached, Record& decoded);
+    void (*copy)(Record& cached, const Record& decoded);
 };
 
 /// The record that a member belongs to.
@@ -33,19 +33,19 @@ template <auto Member>
 bool sameSize(const OwnerOf<Member>& cached, const OwnerOf<Member>& decoded) {
     return (cached.*Member).size() == (decoded.*Member).size();
 }
-/// Without a copy: the memory of the former value is used by the next record.
+/// A copy: the memory of the decoded value may be much more than it needs.
 template <auto Member>
-void swapMember(OwnerOf<Member>& cached, OwnerOf<Member>& decoded) {
-    std::swap(cached.*Member, decoded.*Member);
+void copyMember(OwnerOf<Member>& cached, const OwnerOf<Member>& decoded) {
+    cached.*Member = decoded.*Member;
 }
 
 /// A member that is compared by its value.
 template <auto Member>
-constexpr Field<OwnerOf<Member>> byValue{sameValue<Member>, swapMember<Member>};
+constexpr Field<OwnerOf<Member>> byValue{sameValue<Member>, copyMember<Member>};
 
 /// A list that is compared only by the number of its entries.
 template <auto Member>
-constexpr Field<OwnerOf<Member>> bySize{sameSize<Member>, swapMember<Member>};
+constexpr Field<OwnerOf<Member>> bySize{sameSize<Member>, copyMember<Member>};
 
 /// The outcome of merging a record into its cache.
 enum class Merge { Unchanged, Updated, Added };
@@ -76,25 +76,25 @@ bool sameFields(const Record& cached, const Record& decoded,
     return (fields[rows].same(cached, decoded) && ...);
 }
 template <const auto& fields, class Record, std::size_t... rows>
-void takeFields(Record& cached, Record& decoded, std::index_sequence<rows...> /*rows*/) {
-    (fields[rows].take(cached, decoded), ...);
+void copyFields(Record& cached, const Record& decoded, std::index_sequence<rows...> /*rows*/) {
+    (fields[rows].copy(cached, decoded), ...);
 }
 
 /// Merges a decoded record into the cache: at the first difference all fields of the table are
-/// taken over, a record without a matching entry is added.
-/// @param decoded afterwards its fields may be those that the cache had before
+/// copied, a record without a matching entry is added.
 template <const auto& fields, class Record, class Match>
-Merged<Record> mergeRecord(RecordCache<Record>& cache, int key, Record& decoded, Match matches) {
+Merged<Record> mergeRecord(RecordCache<Record>& cache, int key, const Record& decoded,
+                           Match matches) {
     constexpr std::make_index_sequence<std::size(fields)> rows;
     const auto found = cache.find(key);
     if (found == cache.end() || !matches(found->second, decoded)) {
-        return {cache.emplace(key, decoded), Merge::Added};
+        return {cache.emplace(key, decoded).first, Merge::Added};
     }
     Record& cached = found->second;
     if (sameFields<fields>(cached, decoded, rows)) {
         return {found, Merge::Unchanged};
     }
-    takeFields<fields>(cached, decoded, rows);
+    copyFields<fields>(cached, decoded, rows);
     return {found, Merge::Updated};
 }
 

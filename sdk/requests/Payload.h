@@ -74,6 +74,14 @@ public:
 
     const std::string& text() const { return text_; }
 
+    /// Of one text in the encoding of the link.
+    static Payload of(std::string_view text) {
+        constexpr std::size_t quotes = 2;
+        Payload payload(text.size() + quotes);
+        payload.prepared(text);
+        return payload;
+    }
+
 private:
     void quote() {
         if (depth_ == 0) {

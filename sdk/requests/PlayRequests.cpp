@@ -206,7 +206,7 @@ void PAController::cancelMessage(unsigned messageId) {
 
 // Operation 92/18: id
 void PAController::cancelMessage(const std::string& requestId) {
-    send(operations::cancelMessage, Payload().prepared(requestId));
+    send(operations::cancelMessage, Payload::of(requestId));
 }
 
 // Operation 92/18: "",type

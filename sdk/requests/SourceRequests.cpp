@@ -36,7 +36,7 @@ void refuseEmpty(const std::vector<std::string>& zoneIds) {
 // id,zone^zone
 template <class ZoneIds>
 void sendZones(OperationType type, int sourceId, const ZoneIds& zoneIds) {
-    Payload payload;
+    Payload payload(usualRequestSize);
     sendToActiveServer(type, payload.number(sourceId).separator(',').preparedList(zoneIds, '^'));
 }
 
@@ -143,7 +143,7 @@ PAController::LockRequestResult PAController::requestLockChange(int sourceId,
     if (attaching && lock != nullptr && lock->lockedUUID == self) {
         return {true, std::nullopt};
     }
-    if (lock == nullptr || lock->lockedUUID != (attaching ? "" : self)) {
+    if (lock == nullptr || (attaching ? !lock->lockedUUID.empty() : lock->lockedUUID != self)) {
         return {false, std::nullopt};
     }
     sendLock(attaching ? operations::attachSource : operations::detachSource, sourceId, self);
@@ -156,8 +156,9 @@ void PAController::renewSourceLocks() {
     if (audioServer == nullptr) {
         return;
     }
+    const std::string self = audioServer->getUUID();
     for (const PaSourceLockStatus& lock : availablePaSourcesLockStatus) {
-        if (lock.lockedUUID.empty() || lock.lockedUUID != audioServer->getUUID()) {
+        if (lock.lockedUUID.empty() || lock.lockedUUID != self) {
             continue;  // free, or locked by another client
         }
         sendLock(operations::renewLock, lock.sourceId, lock.lockedUUID);
