@@ -183,7 +183,8 @@ class ProcessTest(unittest.TestCase):
     def test_the_interpreter_ends_whatever_happens_meanwhile(self):
         begin = f"""
 import os, threading, publicaddress as pa
-connection = pa.Connection(scenario={str(TRAM)!r})
+scenario = {str(TRAM)!r}
+connection = pa.Connection(scenario=scenario)
 message = pa.Message()
 message.set_audio_items([10])
 message.repeat_count = 0
@@ -197,10 +198,11 @@ def daemons(function):
     for _ in range(3):
         threading.Thread(target=function, daemon=True).start()
 """
-        for end, code in (("", 0), ("raise SystemExit(3)", 3), ("daemons(announcement.wait)", 0),
-                          ("daemons(read)", 0), ("daemons(lambda: list(changes))", 0), ("del connection", 0),
-                          ("raise SystemExit(os.waitpid(os.fork(), 0)[1] >> 8 if announcement.is_over else 0)", 0),
-                          ("if os.fork(): raise SystemExit(os.wait()[1] >> 8)\nraise SystemExit(4)", 4)):
+        parent = "if os.fork(): raise SystemExit(os.wait()[1] >> 8)\n"
+        for end, code in (("", 0), ("raise SystemExit(3)", 3), ("del connection", 0),
+                          ("daemons(announcement.wait)", 0), ("daemons(lambda: list(changes))", 0),
+                          ("daemons(read)", 0), (parent + "raise SystemExit(4)", 4),
+                          (parent + "own = pa.Connection(scenario=scenario)\nraise SystemExit(len(pa.zones()))", 8)):
             with self.subTest(end=end):
                 ended = self.run_script(begin + end)
                 self.assertEqual((ended.returncode, ended.stdout, ended.stderr), (code, "", ""))
