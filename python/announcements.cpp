@@ -9,6 +9,7 @@
 
 #include "client/Announcement.h"
 #include "client/checkMessage.h"
+#include "client/records.h"
 #include "python/binding.h"
 #include "python/recordClass.h"
 #include "python/waiting.h"
