@@ -130,7 +130,7 @@ void bindMessage(const py::module_& module) {
                 self.setVisualMessage(name, variables, validity);
             },
             py::arg("name"), py::arg("variables"), py::arg("validity"),
-            "A display template, shown for `validity` seconds.");
+            "A display template, displayed for `validity` seconds.");
 }
 
 }  // namespace
