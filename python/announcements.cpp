@@ -9,6 +9,7 @@
 
 #include "client/Announcement.h"
 #include "client/checkMessage.h"
+#include "client/records.h"
 #include "python/binding.h"
 #include "python/recordClass.h"
 #include "python/waiting.h"
@@ -129,7 +130,7 @@ void bindMessage(const py::module_& module) {
                 self.setVisualMessage(name, variables, validity);
             },
             py::arg("name"), py::arg("variables"), py::arg("validity"),
-            "A display template, shown for `validity` seconds.");
+            "A display template, displayed for `validity` seconds.");
 }
 
 }  // namespace

@@ -52,9 +52,8 @@ void translate(std::exception_ptr thrown) {
 
 }  // namespace
 
-PYBIND11_MODULE(_native, module) {
-    const py::object name = module.attr("__name__");
-    module.attr("__name__") = "publicaddress";  // where applications find what is defined here
+PYBIND11_MODULE(publicaddress, module) {
+    module.doc() = "Sees and controls a networked public-address system.";
     notConnected = exceptionClass(module, "NotConnected", PyExc_ConnectionError);
     notFound = exceptionClass(module, "NotFound", PyExc_LookupError);
     ambiguous = exceptionClass(module, "Ambiguous", PyExc_LookupError);
@@ -64,7 +63,6 @@ PYBIND11_MODULE(_native, module) {
     bindConnection(module);
     bindOperations(module);
     bindAnnouncements(module);
-    module.attr("__name__") = name;
 }
 
 }  // namespace papython

@@ -48,6 +48,16 @@ source /usr/share/bash-completion/completions/paconsole
   source /usr/share/zsh/vendor-completions/_paconsole')" = '-- members attach detach -h --help' ] ||
   fail 'zsh does not complete'
 
+step 'a script'
+cat >announce.py <<'END'
+import publicaddress as pa
+with pa.Connection(scenario="/usr/share/public-address/scenarios/tram.json", speed=5):
+    message = pa.Message()
+    message.set_audio_text("Next stop: Harbour Square", "en", "Nora")
+    assert pa.Announcement(["Car 1"], message).wait(60) == pa.Announcement.State.FINISHED
+END
+python3 -X dev announce.py || fail 'a script does not play'
+
 step 'a server, and applications that link the libraries in four ways'
 for _ in {1..10}; do
   port=$((20000 + RANDOM % 30000))

@@ -176,14 +176,11 @@ class OnTheTramTest(unittest.TestCase):
 class ProcessTest(unittest.TestCase):
     """Of processes of their own, with the checks of the interpreter."""
 
-    def run_script(self, script, *arguments):
-        return subprocess.run([sys.executable, "-X", "dev", "-W", "error", "-c", script, *arguments],
-                              capture_output=True, text=True, timeout=100)
-
     def test_the_interpreter_ends_whatever_happens_meanwhile(self):
         begin = f"""
 import os, threading, publicaddress as pa
-connection = pa.Connection(scenario={str(TRAM)!r})
+scenario = {str(TRAM)!r}
+connection = pa.Connection(scenario=scenario)
 message = pa.Message()
 message.set_audio_items([10])
 message.repeat_count = 0
@@ -197,13 +194,17 @@ def daemons(function):
     for _ in range(3):
         threading.Thread(target=function, daemon=True).start()
 """
-        for end, code in (("", 0), ("raise SystemExit(3)", 3), ("daemons(announcement.wait)", 0),
-                          ("daemons(read)", 0), ("daemons(lambda: list(changes))", 0), ("del connection", 0),
-                          ("raise SystemExit(os.waitpid(os.fork(), 0)[1] >> 8 if announcement.is_over else 0)", 0),
-                          ("if os.fork(): raise SystemExit(os.wait()[1] >> 8)\nraise SystemExit(4)", 4)):
-            with self.subTest(end=end):
-                ended = self.run_script(begin + end)
+        parent = "if os.fork(): raise SystemExit(os.wait()[1] >> 8)\n"
+        keep = "threading.Thread(target=lambda own: announcement.wait(), args=[connection], daemon=True).start()"
+        for end, code in (("", 0), ("raise SystemExit(3)", 3), ("del connection", 0), (keep, 0),
+                          ("daemons(announcement.wait)", 0), ("daemons(lambda: list(changes))", 0),
+                          ("daemons(read)", 0), (parent + "raise SystemExit(4)", 4),
+                          (parent + "own = pa.Connection(scenario=scenario)\nraise SystemExit(len(pa.zones()))", 8)):
+            with self.subTest(end=end), tempfile.TemporaryDirectory() as folder:
+                ended = subprocess.run([sys.executable, "-X", "dev", "-W", "error", "-c", begin + end],
+                                       env=os.environ | {"TMPDIR": folder}, capture_output=True, text=True, timeout=100)
                 self.assertEqual((ended.returncode, ended.stdout, ended.stderr), (code, "", ""))
+                self.assertEqual(os.listdir(folder), [], "the server has not ended")
 
     def test_the_example_plays(self):
         ended = subprocess.run([sys.executable, ROOT / "python/examples/announce.py", TRAM],

@@ -1,5 +1,3 @@
-#include "client/Connection.h"
-
 #include <algorithm>
 #include <atomic>
 #include <filesystem>
@@ -14,6 +12,7 @@
 #include <string>
 #include <vector>
 
+#include "client/Connection.h"
 #include "framework/fork.h"
 #include "paserver/ServerChoice.h"
 #include "python/binding.h"
