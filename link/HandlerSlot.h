@@ -138,7 +138,7 @@ private:
     // Guarded by lock_.
     std::unique_ptr<StoredHandler> current_;
     std::atomic<bool> isSet_{false};  // whether there is one; also read without the lock
-    std::uint64_t generation_ = 0;  // of current_, counted by replacements
+    std::uint64_t generation_ = 0;    // of current_, counted by replacements
     std::vector<Call> calls_;
     unsigned process_ = pa::forkGeneration();  // that calls_ belongs to
 };
