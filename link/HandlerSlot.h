@@ -134,12 +134,12 @@ private:
                            [&entry](const Call& call) { return call.entry == &entry; });
     }
 
-    std::atomic<bool> isSet_{false};  // whether there is a handler
     std::mutex lock_;
     std::condition_variable left_;  // a call has returned
     // Guarded by lock_.
     std::unique_ptr<StoredHandler> current_;
-    std::uint64_t generation_ = 0;  // of current_, counted by replacements
+    std::atomic<bool> isSet_{false};  // whether there is one; also read without the lock
+    std::uint64_t generation_ = 0;    // of current_, counted by replacements
     std::vector<Call> calls_;
     unsigned process_ = pa::forkGeneration();  // that calls_ belongs to
 };
