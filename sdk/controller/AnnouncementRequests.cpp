@@ -31,7 +31,7 @@ struct RequestRecord {
 };
 
 constexpr Column<RequestRecord> columns[] = {
-    asReceived<&RequestRecord::requestId>,
+    encoded<&RequestRecord::requestId>,
     skipped,  // 1
     skipped,
     skipped,
@@ -40,7 +40,7 @@ constexpr Column<RequestRecord> columns[] = {
     asReceived<&RequestRecord::startDateTime>,
     skipped,  // 7
     skipped,
-    asReceived<&RequestRecord::messageContent>,  // 9
+    encoded<&RequestRecord::messageContent>,  // 9
     skipped,
     skipped,
     skipped,
@@ -50,7 +50,7 @@ constexpr Column<RequestRecord> columns[] = {
     asReceived<&RequestRecord::priorityText>,  // 16
     skipped,
     asReceived<&RequestRecord::completionCode>,
-    asReceived<&RequestRecord::completionMsg>,
+    encoded<&RequestRecord::completionMsg>,
 };
 
 /// What the message content says of the request.

@@ -51,6 +51,13 @@ void translated(Record& record, const char* text) {
     assignDecoded(record.*Member, text);
 }
 
+/// A text in the encoding of the link that is kept as received: what reads it later undoes the
+/// encoding.
+template <auto Member, class Record>
+void encoded(Record& record, const char* text) {
+    asReceived<Member>(record, text);
+}
+
 /// The text of a field, or null for one that counts as absent: empty, "(null)", or without data.
 inline const char* fieldText(const TEVnode& node) {
     const char* const text =

@@ -86,8 +86,8 @@ constexpr Column<ScheduleRecord> columns[] = {
     integer<&ScheduleRecord::frequency>,
     integer<&ScheduleRecord::priorityMode>,
     integer<&ScheduleRecord::priorityLevel>,
-    asReceived<&ScheduleRecord::audioPart>,
-    asReceived<&ScheduleRecord::visualPart>,
+    encoded<&ScheduleRecord::audioPart>,
+    encoded<&ScheduleRecord::visualPart>,
 };
 
 // Each of these reads the content of a part, which it may overwrite, and returns whether the record

@@ -143,6 +143,7 @@ TEST(PageTest, ItsTablesAreThoseOfTheController) {
     const std::map<std::string, std::string> forms{{"integer", "number"},
                                                    {"floating", "decimal"},
                                                    {"translated", "encoded"},
+                                                   {"encoded", "encoded"},
                                                    {"asReceived", "plain"}};
     std::string kinds = "Kinds:";
     for (const auto& [kind, record] : tables) {
