@@ -1,6 +1,6 @@
 #!/usr/bin/python3
 """The pages of docs/resources/ name every call, operation, callback, event and text of an exception
-that the code has, and no other: cmake/CheckResourcePages.py ROOT
+that the code has, and no other; the tests that docs/security.md names exist: cmake/CheckResourcePages.py ROOT
 """
 import re
 import sys
@@ -57,4 +57,10 @@ for what, code, described in (
     for name in sorted(code ^ described):
         print(f"{what} {'without a place on the pages' if name in code else 'that is not in the code'}: {name}")
         faults += 1
-sys.exit(faults > 0)
+tests = read("tests/**/*_test.cpp")
+named = re.findall(r"`(\w+)(?:\.(\w+))?`", " ".join(re.findall(r"\| ([^|]*) \|$", read("docs/security.md"), re.M)))
+for suite, name in named:
+    if suite[0].isupper() and not re.search(rf"TEST\w*\({suite}, {name or ''}", tests):
+        print(f"test that is not in the code: {suite}.{name}")
+        faults += 1
+sys.exit(faults > 0 or not named)
