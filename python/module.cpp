@@ -9,7 +9,7 @@
 #include "client/find.h"
 #include "python/WithoutGil.h"
 #include "python/binding.h"
-#include "python/recordClass.h"
+#include "python/values.h"
 
 namespace papython {
 

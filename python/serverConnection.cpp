@@ -16,7 +16,7 @@
 #include "framework/fork.h"
 #include "paserver/ServerChoice.h"
 #include "python/binding.h"
-#include "python/recordClass.h"
+#include "python/values.h"
 #include "python/waiting.h"
 
 namespace papython {
