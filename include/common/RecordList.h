@@ -16,7 +16,7 @@ namespace pa {
 
 /// The fields of a record in wire order; a field without a value is absent. All of them are in one
 /// block of memory.
-class RecordFields {
+class PA_API RecordFields {
 public:
     /// Valid until a field is set or added, or the record is moved or destroyed.
     using Field = std::optional<std::string_view>;
@@ -24,8 +24,11 @@ public:
     /// Reads the fields in their order.
     class Iterator {
     public:
+        /// At a field, or after the last.
         Iterator(const RecordFields& fields, std::size_t place) : fields_(fields), place_(place) {}
+        /// The field.
         Field operator*() const { return fields_[place_]; }
+        /// The next one.
         Iterator& operator++() { return ++place_, *this; }
         bool operator!=(const Iterator& other) const { return place_ != other.place_; }
 
@@ -35,13 +38,18 @@ public:
     };
 
     RecordFields() = default;
+    /// These fields.
     RecordFields(std::initializer_list<Field> fields);
     /// So many fields, all with the same text or absent.
     explicit RecordFields(std::size_t count, Field each = std::nullopt);
 
+    /// The number of fields, absent ones included.
     std::size_t size() const { return size_; }
+    /// Whether there is none.
     bool empty() const { return size_ == 0; }
+    /// The first field.
     Iterator begin() const { return {*this, 0}; }
+    /// After the last field.
     Iterator end() const { return {*this, size_}; }
 
     /// @param place counted from 0, below `size()`
@@ -54,6 +62,7 @@ public:
     /// Replaces a field.
     /// @param field not one of this record
     void set(std::size_t place, Field field);
+    /// Adds a field after the last.
     void push_back(Field field);
     /// Adds absent fields, or removes the last ones.
     void resize(std::size_t count);
