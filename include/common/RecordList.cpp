@@ -48,6 +48,7 @@ void RecordFields::set(std::size_t place, Field field) {
     const std::size_t begin = beginOf(place);
     const std::size_t before = endOf(place) - begin;
     const std::size_t after = field ? field->size() + 1 : 0;
+    requireSize(textsSize() - before + after);
     block_.replace(textsBegin() + begin, before, after, '\0');
     if (field) {
         field->copy(&block_[textsBegin() + begin], field->size());
@@ -61,8 +62,12 @@ void RecordFields::push_back(Field field) {
     if (size_ == mostFields_) {
         resizeTable(2 * size_ + 1);
     }
+    const std::size_t begin = block_.size();
+    const std::size_t added = field ? field->size() + 1 : 0;
+    requireSize(textsSize() + added);
+    block_.resize(begin + added);  // at once: a text without its field must not stay
     if (field) {
-        block_.append(*field) += '\0';
+        field->copy(&block_[begin], field->size());
     }
     setEnd(size_, textsSize());
     ++size_;
@@ -96,10 +101,19 @@ std::size_t RecordFields::endOf(std::size_t place) const {
     return end;
 }
 
-void RecordFields::setEnd(std::size_t place, std::size_t end) {
-    if (end > std::numeric_limits<End>::max()) {
+void RecordFields::requireSize(std::size_t texts) {
+    if (texts > std::numeric_limits<End>::max()) {
         throw std::length_error("the texts of a record are too long");
     }
+}
+
+void RecordFields::swap(RecordFields& other) noexcept {
+    std::swap(size_, other.size_);
+    std::swap(mostFields_, other.mostFields_);
+    block_.swap(other.block_);
+}
+
+void RecordFields::setEnd(std::size_t place, std::size_t end) {
     const auto written = static_cast<End>(end);
     std::memcpy(&block_[place * sizeof written], &written, sizeof written);
 }

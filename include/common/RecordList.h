@@ -42,6 +42,16 @@ public:
     RecordFields(std::initializer_list<Field> fields);
     /// So many fields, all with the same text or absent.
     explicit RecordFields(std::size_t count, Field each = std::nullopt);
+    RecordFields(const RecordFields&) = default;
+    RecordFields& operator=(const RecordFields&) = default;
+    /// Leaves the other one empty.
+    RecordFields(RecordFields&& other) noexcept { swap(other); }
+    /// Leaves the other one empty.
+    RecordFields& operator=(RecordFields&& other) noexcept {
+        RecordFields(std::move(other)).swap(*this);
+        return *this;
+    }
+    ~RecordFields() = default;
 
     /// The number of fields, absent ones included.
     std::size_t size() const { return size_; }
@@ -61,8 +71,10 @@ public:
 
     /// Replaces a field.
     /// @param field not one of this record
+    /// @throws std::length_error for more than 4 GiB of texts, as all that add to them
     void set(std::size_t place, Field field);
     /// Adds a field after the last.
+    /// @param field not one of this record
     void push_back(Field field);
     /// Adds absent fields, or removes the last ones.
     void resize(std::size_t count);
@@ -82,6 +94,8 @@ private:
     std::size_t beginOf(std::size_t place) const { return place == 0 ? 0 : endOf(place - 1); }
     std::size_t endOf(std::size_t place) const;
     void setEnd(std::size_t place, std::size_t end);
+    static void requireSize(std::size_t texts);
+    void swap(RecordFields& other) noexcept;
     void resizeTable(std::size_t mostFields);
 
     std::size_t size_ = 0;

@@ -173,13 +173,14 @@ void PAController::addUpdateAnnouncementRequest(int elemNo, TEVlist* elemArgList
             reported = request;
         }
     }
-    if (!reported) {
-        return;
-    }
     const auto isActive = [&] {
         const LeafGuard leaf(lookupLock);
         return activeAnnouncementRequestList.find(elemNo) != activeAnnouncementRequestList.end();
     };
+    // A reset removes requests without the mutex, maybe this one already.
+    if (!reported || !isActive()) {
+        return;
+    }
     notifyWhile(isActive, &PAControllerObserver::onMessageUpdate, std::move(*reported));
 }
 

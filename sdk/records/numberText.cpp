@@ -56,8 +56,8 @@ std::optional<double> shortDecimal(const char* text) {
     if (!isWhole) {
         return std::nullopt;
     }
-    const double value = static_cast<double>(digits) / powersOfTen[count - whole];
-    return negative ? -value : value;
+    // The sign comes first, for a thread that rounds in one direction.
+    return (negative ? -1.0 : 1.0) * static_cast<double>(digits) / powersOfTen[count - whole];
 }
 
 }  // namespace

@@ -28,10 +28,9 @@ void appendItems(Payload& payload, const std::vector<unsigned>& items) {
 }
 
 // type,origin,zones, - the beginning of both parts of a request
-void appendPartHead(Payload& part, Message::Type type, long long origin,
+void appendPartHead(Payload& part, Message::Type type, std::string_view origin,
                     const std::vector<std::string>& zones) {
-    part.number(type).separator(',');
-    appendOrigin(part, origin);
+    part.number(type).separator(',').plain(origin);
     part.separator(',').preparedList(zones, '^').separator(',');
 }
 
@@ -101,6 +100,7 @@ std::string Message::playAnnouncement(const std::vector<std::string>& zones) {
             });
         }
     };
+    const std::string origin = originText(localServer * 100LL + 1);
     Payload request(usualRequestSize);
     request.prepared(id).separator(',').number(priority.mode).separator(',').number(priority.level);
     const auto appendPart = [&](Type type, const auto& appendContent) {
@@ -108,7 +108,7 @@ std::string Message::playAnnouncement(const std::vector<std::string>& zones) {
             return;
         }
         request.separator(',').nested([&](Payload& part) {
-            appendPartHead(part, type, localServer * 100LL + 1, zones);
+            appendPartHead(part, type, origin, zones);
             appendContent(part);
             part.separator(',');
             if (overrideDefaultGain) {
@@ -156,7 +156,7 @@ unsigned PAController::playMessage(const std::vector<std::string>& zones,
             "resumeOnInterruptFlag is reserved for future use. Only false can be sent as this "
             "argument");
     // Unlike a message, whose origin is a number of its own.
-    const int origin = load(gLocalDstNo);
+    const std::string origin = originText(load(gLocalDstNo));
     const auto sendPart = [&gain](auto appendPart) {
         Payload request(usualRequestSize);
         // No request id, absolute priority 500.
@@ -177,8 +177,7 @@ unsigned PAController::playMessage(const std::vector<std::string>& zones,
     }
     if (!visualDevices.empty() && visualText != nullptr) {
         sendPart([&](Payload& visual) {
-            visual.number(Message::DISPLAY).separator(',');
-            appendOrigin(visual, origin);
+            visual.number(Message::DISPLAY).separator(',').plain(origin);
             visual.separator(',').list(
                 visualDevices, '^', [](Payload& p, std::string_view device) { p.plain(device); });
             visual.separator(',').prepared(visualText);

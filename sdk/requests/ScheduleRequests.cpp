@@ -86,14 +86,14 @@ void appendVisual(Payload& part, const ScheduleDefinition& def) {
 }
 
 // type,origin,zone^zone,content,gain,chime
-void appendPart(Payload& request, AnnouncementType type, const ScheduleDefinition& def,
+void appendPart(Payload& request, AnnouncementType type, std::string_view origin,
+                const ScheduleDefinition& def,
                 void (*appendContent)(Payload&, const ScheduleDefinition&)) {
     if (type == AT_NONE) {
         return;
     }
     request.nested([&](Payload& part) {
-        part.number(type).separator(',');
-        appendOrigin(part, load(gLocalDstNo));
+        part.number(type).separator(',').plain(origin);
         part.separator(',').preparedList(def.paZones, '^').separator(',');
         appendContent(part, def);
         part.separator(',');
@@ -136,8 +136,9 @@ std::string PAController::createScheduleHelper(bool serverAssignsId,
     }
     request.plain("1,\"\",");
     request.number(def.priorityMode).separator(',').number(def.priorityLevel).separator(',');
-    appendPart(request, def.announcementType, def, appendAudio);
-    appendPart(request, def.visualAnnouncementType, def, appendVisual);
+    const std::string origin = originText(load(gLocalDstNo));
+    appendPart(request, def.announcementType, origin, def, appendAudio);
+    appendPart(request, def.visualAnnouncementType, origin, def, appendVisual);
     queueOperation(destination::directLink, operations::putSchedule, request);
     return requestUUID;
 }

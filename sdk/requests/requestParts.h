@@ -23,12 +23,9 @@ inline Payload gainPayload(int id, double level, bool first, bool second) {
 constexpr std::size_t usualRequestSize = 512;
 
 /// The origin of a request: this device's address, or on an indirect connection a number.
-inline void appendOrigin(Payload& payload, long long numberWhenIndirect) {
-    if (load(gIndirectCXSConnection)) {
-        payload.number(numberWhenIndirect);
-    } else {
-        payload.plain(gDeviceIPAddress);
-    }
+/// Asked for once for each request: both of its parts have the same.
+inline std::string originText(long long numberWhenIndirect) {
+    return load(gIndirectCXSConnection) ? std::to_string(numberWhenIndirect) : gDeviceIPAddress;
 }
 
 /// A text to be spoken: language^voice^rate^text, prepared as a whole

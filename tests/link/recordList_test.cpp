@@ -63,6 +63,9 @@ TEST(RecordListTest, HasFieldsThatAreSetInAnyOrder) {
     EXPECT_FALSE(fields == (RecordFields{"1", std::nullopt, "3"}));
     EXPECT_EQ(fields.at(2), "3");
     EXPECT_THROW(static_cast<void>(fields.at(3)), std::out_of_range);
+    EXPECT_EQ(RecordFields(std::move(fields)).size(), 3U);
+    fields.push_back("of an empty record");
+    EXPECT_EQ(fields, RecordFields{"of an empty record"});
 }
 
 }  // namespace
