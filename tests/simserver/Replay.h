@@ -133,9 +133,9 @@ struct ServerTest : testing::Test {
     }
     ~ServerTest() override { pa::setTimeSource({}); }
 
-    /// Takes the steps of a transcript, a table of lines "step | events".
-    void replay(const std::string& transcript) {
-        expectResults([this](const std::string& step) { return eventsOf(step); }, transcript);
+    /// Takes the steps of the test's table: lines "step | events".
+    void replay() {
+        expectTable([this](const std::string& step) { return eventsOf(step); });
     }
 
     /// The events that a step causes.

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <filesystem>
+#include <fstream>
 #include <gtest/gtest.h>
 #include <regex>
 #include <sstream>
@@ -32,6 +34,31 @@ void expectResults(Read read, const std::string& table) {
         const std::size_t dots = expected.rfind("...");
         EXPECT_EQ(result.substr(0, dots), expected.substr(0, dots)) << parts[1];
     }
+}
+
+/// The table of the running test: the lines below "== TEST" in the file of the folder `tables` that
+/// is named as the test's source file.
+inline std::string tableOfTest() {
+    const testing::TestInfo& test = *testing::UnitTest::GetInstance()->current_test_info();
+    const std::string source = std::filesystem::path(test.file()).stem();
+    std::ifstream file(PA_TABLES "/" + source.substr(0, source.rfind('_')) + ".txt");
+    std::string table;
+    std::string name;
+    for (std::string line; std::getline(file, line);) {
+        if (line.rfind("== ", 0) == 0) {
+            name = line.substr(3);
+        } else if (name == test.name() && !line.empty()) {
+            table += line + '\n';
+        }
+    }
+    EXPECT_NE(table, "");
+    return table;
+}
+
+/// The same as `expectResults` with that table.
+template <class Read>
+void expectTable(Read read) {
+    expectResults(read, tableOfTest());
 }
 
 /// A text without one level of encoding.
