@@ -8,7 +8,7 @@
 #include "sdk/QXReceiver.h"
 #include "tests/client/changes.h"
 #include "tests/client/serverFixture.h"
-#include "tests/simserver/tables.h"
+#include "tests/support/tables.h"
 
 namespace {
 

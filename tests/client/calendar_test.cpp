@@ -4,8 +4,8 @@
 
 #include "client/StationClock.h"
 #include "framework/clock.h"
-#include "tests/simserver/tables.h"
 #include "tests/support/schedules.h"
+#include "tests/support/tables.h"
 
 namespace {
 

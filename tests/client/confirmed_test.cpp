@@ -9,7 +9,7 @@
 #include "include/common/RecordList.h"
 #include "tests/client/changes.h"
 #include "tests/client/serverFixture.h"
-#include "tests/simserver/tables.h"
+#include "tests/support/tables.h"
 
 namespace {
 

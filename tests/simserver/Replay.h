@@ -7,13 +7,19 @@
 
 #include "framework/clock.h"
 #include "simserver/SimServer.h"
+#include "simserver/protocol/FieldReader.h"
 #include "simserver/protocol/FieldText.h"
 #include "simserver/protocol/Refused.h"
 #include "simserver/station/StationFile.h"
-#include "tests/simserver/tables.h"
+#include "tests/support/tables.h"
 
 /// @file
 /// Replays transcripts: what is asked of a simulated server and what its client receives.
+
+/// A text without one level of encoding.
+inline std::string decoded(std::string_view text) {
+    return simserver::NamedField(std::string(text)).decodedText();
+}
 
 namespace simserver {
 

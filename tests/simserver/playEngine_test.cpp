@@ -3,7 +3,7 @@
 #include <iterator>
 
 #include "simserver/protocol/Refused.h"
-#include "tests/simserver/tables.h"
+#include "tests/support/tables.h"
 
 namespace {
 
