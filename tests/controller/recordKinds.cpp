@@ -24,8 +24,8 @@ std::vector<RecordCase> read() {
     std::vector<RecordCase> kinds = {
         {"addUpdatePaSource", byKey<&C::addUpdatePaSource>, withdrawKind<2>,
          list<PaSource, &C::getPaSources>, one<PaSource, &C::findPaSource>},
-        {"addUpdatePaSink", byKey<&C::addUpdatePaSink>, withdrawKind<3>, list<PaSink, &C::getPaSinks>,
-         one<PaSink, &C::findPaSink>},
+        {"addUpdatePaSink", byKey<&C::addUpdatePaSink>, withdrawKind<3>,
+         list<PaSink, &C::getPaSinks>, one<PaSink, &C::findPaSink>},
         {"addUpdatePaTrigger", byKey<&C::addUpdatePaTrigger>, withdrawKind<4>,
          list<PaTrigger, &C::getHwPaTriggers>, one<PaTrigger, &C::findHwPaTrigger>},
         {"addUpdatePaSelector", byKey<&C::addUpdatePaSelector>, withdrawKind<5>,
