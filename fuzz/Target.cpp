@@ -1,5 +1,6 @@
 #include "fuzz/Target.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <cstdlib>
 #include <iostream>
@@ -28,6 +29,14 @@ std::vector<std::string> pieces(const std::string& text, char separator) {
         all.push_back(piece);
     }
     return all;
+}
+
+void runNamed(const std::string& input,
+              const std::map<std::string, void (*)(const std::string&)>& functions) {
+    const std::string name = input.substr(0, input.find('\n'));
+    if (const auto found = functions.find(name); found != functions.end()) {
+        found->second(input.substr(std::min(input.size(), name.size() + 1)));
+    }
 }
 
 pa::RecordFields recordFields(const std::vector<std::optional<std::string>>& fields) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <map>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -24,6 +25,10 @@ void requireEqual(std::string_view found, std::string_view expected, std::string
 
 /// The texts between separators. Nothing after the last separator is no text.
 std::vector<std::string> pieces(const std::string& text, char separator);
+
+/// Calls the function that the first line of the input names with the rest, if there is one.
+void runNamed(const std::string& input,
+              const std::map<std::string, void (*)(const std::string&)>& functions);
 
 /// The fields of a record as the link holds them.
 pa::RecordFields recordFields(const std::vector<std::optional<std::string>>& fields);

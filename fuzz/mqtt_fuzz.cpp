@@ -1,6 +1,7 @@
 // The messages of the link over a broker. The first line of the input names the message, the rest
 // is its payload or topic. What is read is what a JSON library reads, and is written as it was;
 // anything else is malformed, and nothing but MalformedMessage leaves a decoder.
+#include <map>
 #include <nlohmann/json.hpp>
 
 #include "fuzz/Target.h"
@@ -30,8 +31,8 @@ bool isPart(const Json& written, const Json& read) {
     return true;
 }
 
-template <class Decode, class Encode>
-void checkObject(const std::string& payload, Decode decode, Encode encode) {
+template <auto decode, auto encode>
+void checkObject(const std::string& payload) {
     std::string written;
     if (!fuzz::returns<MalformedMessage>([&] { written = encode(decode(payload)); })) {
         return;
@@ -87,24 +88,18 @@ void checkTopics(const std::string& topic) {
     checkTopic(topic, topics::readControl(topic, server), ofServer(topics::control));
 }
 
+const std::map<std::string, void (*)(const std::string&)> checks = {
+    {"record", checkRecord},
+    {"topic", checkTopics},
+    {"level", checkObject<palink::decodeLevel, palink::encodeLevel>},
+    {"answer", checkObject<palink::decodeAnswer, palink::encodeAnswer>},
+    {"status", checkObject<palink::decodeStatus, palink::encodeStatus>},
+    {"uploadBegin", checkObject<palink::decodeUploadBegin, palink::encodeUploadBegin>},
+    {"uploadProgress", checkObject<palink::decodeUploadProgress, palink::encodeUploadProgress>},
+};
+
 }  // namespace
 
 void fuzz::run(const std::string& input) {
-    const std::string message = input.substr(0, input.find('\n'));
-    const std::string payload = input.substr(std::min(input.size(), message.size() + 1));
-    if (message == "record") {
-        checkRecord(payload);
-    } else if (message == "topic") {
-        checkTopics(payload);
-    } else if (message == "level") {
-        checkObject(payload, palink::decodeLevel, palink::encodeLevel);
-    } else if (message == "answer") {
-        checkObject(payload, palink::decodeAnswer, palink::encodeAnswer);
-    } else if (message == "status") {
-        checkObject(payload, palink::decodeStatus, palink::encodeStatus);
-    } else if (message == "uploadBegin") {
-        checkObject(payload, palink::decodeUploadBegin, palink::encodeUploadBegin);
-    } else if (message == "uploadProgress") {
-        checkObject(payload, palink::decodeUploadProgress, palink::encodeUploadProgress);
-    }
+    runNamed(input, checks);
 }

@@ -142,11 +142,11 @@ std::string levelText(double level) {
     return text.data();
 }
 
-void read(Layout layout, const Fields& fields, Record& record) {
+void read(Layout layout, const pa::RecordFields& fields, Record& record) {
     const auto& columns = columnsOf(layout);
     for (std::size_t i = 0; i < columns.size(); ++i) {
         if (fields[i] && !columns[i].member.empty()) {
-            record[columns[i].member] = memberText(columns[i].form, *fields[i]);
+            record[columns[i].member] = memberText(columns[i].form, std::string(*fields[i]));
         }
     }
 }
@@ -188,7 +188,7 @@ bool takeRequestContent(Record& request) {
     return type != 6 && type != 7 && type != 8 && !isOver;
 }
 
-bool takeSchedule(Record& schedule, const Fields& fields) {
+bool takeSchedule(Record& schedule, const pa::RecordFields& fields) {
     // Numbers with colons between them; each that is missing has a value.
     const struct {
         std::size_t column;
@@ -202,7 +202,7 @@ bool takeSchedule(Record& schedule, const Fields& fields) {
                    {4, 0, "endHour", "0"},      {4, 1, "endMinute", "0"}};
     for (const auto& [column, place, member, missing] : numbers) {
         if (fields[column]) {
-            const Tokens found = tokens(translated(*fields[column]), ':');
+            const Tokens found = tokens(translated(std::string(*fields[column])), ':');
             schedule[member] = numberText(tokenOr(found, place, missing));
         }
     }

@@ -1,20 +1,17 @@
 #pragma once
 
 #include <map>
-#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "client/recordText.h"
+#include "include/common/RecordList.h"
 
 /// @file
 /// A second reading of records, as texts and by layouts that are texts too.
 
 namespace naive {
-
-/// The fields of a record, one for every column; a field without a value is absent.
-using Fields = std::vector<std::optional<std::string>>;
 
 /// The members of a cached record as texts, by name.
 using Record = std::map<std::string_view, std::string>;
@@ -42,8 +39,8 @@ std::string textOf(const Value& value) {
 ///   u translated list, sorted, each entry once   b whether the number is 1
 using Layout = const char*;
 
-/// Reads fields into a record; what is absent stays.
-void read(Layout layout, const Fields& fields, Record& record);
+/// Reads fields, one for every column, into a record; what is absent stays.
+void read(Layout layout, const pa::RecordFields& fields, Record& record);
 
 /// Merges what was read into the entry of its cache.
 /// @return whether the entry counts as changed
@@ -53,7 +50,7 @@ bool merge(Layout layout, Record& cached, const Record& decoded);
 /// @return false when the record is dropped
 /// @{
 bool takeRequestContent(Record& request);
-bool takeSchedule(Record& schedule, const Fields& fields);
+bool takeSchedule(Record& schedule, const pa::RecordFields& fields);
 /// @}
 
 }  // namespace naive

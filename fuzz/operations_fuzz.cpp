@@ -69,9 +69,5 @@ const std::map<std::string, void (*)(const std::string&)> decoders = {
 
 void fuzz::run(const std::string& input) {
     pa::setLogSink([](const pa::LogLine&) {});
-    const std::string operation = input.substr(0, input.find('\n'));
-    const std::string payload = input.substr(std::min(input.size(), operation.size() + 1));
-    if (const auto decoder = decoders.find(operation); decoder != decoders.end()) {
-        returns<simserver::Refused>([&] { decoder->second(payload); });
-    }
+    returns<simserver::Refused>([&] { runNamed(input, decoders); });
 }

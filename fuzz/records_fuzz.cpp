@@ -11,6 +11,7 @@
 #include "fuzz/naiveTexts.h"
 #include "sdk/PAController.h"
 #include "tests/recordingHost/RecordingHost.h"
+#include "tests/support/recordCalls.h"
 
 namespace {
 
@@ -47,22 +48,6 @@ Found findAttachedZones(int source) {
     return Record{{"zones", naive::textOf(zones)}};
 }
 
-template <void (C::*handler)(int, TEVlist*)>
-void byKey(int key, TEVlist* list) {
-    (gPaController.*handler)(key, list);
-}
-void ofServer(int key, TEVlist* list) {
-    gPaController.addUpdatePaZone(1, key, list);
-}
-template <int kind>
-void withdraw(int key) {
-    gPaController.deleteAudioVideoControllerInfo(0, kind, key);
-}
-template <void (C::*remove)(int)>
-void forget(int key) {
-    (gPaController.*remove)(key);
-}
-
 template <class Known>
 Record blank() {
     return recordOf(Known());
@@ -84,32 +69,32 @@ struct Kind {
     int event;        // posted for each record, 0 for none; of a zone for each change
     Record (*blank)();
     Found (*find)(int key);
-    void (*handle)(int key, TEVlist*);
-    void (*withdraw)(int key);
+    HandleRecord handle;
+    RemoveRecord withdraw;
 };
 
 // clang-format off
 constexpr Kind kinds[] = {
     {"source", "id# locationt* labelt* ipAddresss* type#* - subAddresss* state#* - - - inputGaind* broadcastType# - - - healthState#*",
-     nullptr, true, 6, blankSource, find<PaSource, &C::findPaSource>, byKey<&C::addUpdatePaSource>, withdraw<2>},
+     nullptr, true, 6, blankSource, find<PaSource, &C::findPaSource>, byKey<&C::addUpdatePaSource>, withdrawKind<2>},
     {"sink", "id# locationt* labelt* ipAddresss* type#* - ampPortLists* state#* - announcementType#* - outputGaind* muteState#* - - monitoringSinkId#* - healthState#* "
      "- - - - - - - - paZoneListz@ monitoringEnabledb* monitoringZoneListl@ - - mediaLogt*",
-     nullptr, true, 8, blank<PaSink>, find<PaSink, &C::findPaSink>, byKey<&C::addUpdatePaSink>, withdraw<3>},
+     nullptr, true, 8, blank<PaSink>, find<PaSink, &C::findPaSink>, byKey<&C::addUpdatePaSink>, withdrawKind<3>},
     {"trigger", "id# associatedSourceId#* labels* type#* - subAddresss* priority#* state#* - associatedSelectorId#*",
-     nullptr, true, 10, blank<PaTrigger>, find<PaTrigger, &C::findHwPaTrigger>, byKey<&C::addUpdatePaTrigger>, withdraw<4>},
+     nullptr, true, 10, blank<PaTrigger>, find<PaTrigger, &C::findHwPaTrigger>, byKey<&C::addUpdatePaTrigger>, withdrawKind<4>},
     {"selector", "id# associatedSourceId#* type#* - numbers* labels* protection#* - mode#* - dynamicRestriction#* - state#*",
-     nullptr, true, 12, blank<PaSelector>, find<PaSelector, &C::findPaSelector>, byKey<&C::addUpdatePaSelector>, withdraw<5>},
-    {"attachedZones", "zonesu*", nullptr, false, 0, noZones, findAttachedZones, byKey<&C::addUpdateAttachedPaZone>, withdraw<6>},
+     nullptr, true, 12, blank<PaSelector>, find<PaSelector, &C::findPaSelector>, byKey<&C::addUpdatePaSelector>, withdrawKind<5>},
+    {"attachedZones", "zonesu*", nullptr, false, 0, noZones, findAttachedZones, byKey<&C::addUpdateAttachedPaZone>, withdrawKind<6>},
     {"zone", "idt* - activity#* activityTexts* announcementType#* announcementTypeTexts* health# healthTexts",
-     nullptr, false, 40, blank<PaZone>, find<PaZone, &C::findPaZone>, ofServer, withdraw<20>},
+     nullptr, false, 40, blank<PaZone>, find<PaZone, &C::findPaZone>, ofServer, withdrawKind<20>},
     {"port", "languaget* voicet* rate#* textt*",
-     "portNo", false, 0, blank<TTSVocalizer>, search<TTSVocalizer, &C::getTTSVocalizerList, &TTSVocalizer::portNo>, byKey<&C::updateFromTTS_Ports>, forget<&C::deleteFromTTS_Ports>},
+     "portNo", false, 0, blank<TTSVocalizer>, search<TTSVocalizer, &C::getTTSVocalizerList, &TTSVocalizer::portNo>, byKey<&C::updateFromTTS_Ports>, removeByKey<&C::deleteFromTTS_Ports>},
     {"item", "portNo#* uuidt* textt* fullNamet* sizet* checksumt* urit*",
-     "key", false, 0, blank<TTSDictionary>, search<TTSDictionary, &C::getTTSDictionaryList, &TTSDictionary::key>, byKey<&C::updateFromTTS_Dictionary>, forget<&C::deleteFromTTS_Dictionary>},
+     "key", false, 0, blank<TTSDictionary>, search<TTSDictionary, &C::getTTSDictionaryList, &TTSDictionary::key>, byKey<&C::updateFromTTS_Dictionary>, removeByKey<&C::deleteFromTTS_Dictionary>},
     {"request", "requestIdt - - - - stateTexts startDateTimes - - messageContentt - - - - - - priorityTexts - completionCodes completionMsgt",
-     "id", false, 0, blank<AnnouncementRequest>, find<AnnouncementRequest, &C::findAnnouncementRequest>, byKey<&C::addUpdateAnnouncementRequest>, withdraw<11>},
+     "id", false, 0, blank<AnnouncementRequest>, find<AnnouncementRequest, &C::findAnnouncementRequest>, byKey<&C::addUpdateAnnouncementRequest>, withdrawKind<11>},
     {"schedule", "descrptiont - - - - dayMask# frequency# priorityMode# priorityLevel# audiot visualt",
-     "Id", false, 38, blank<ScheduleDefinition>, find<ScheduleDefinition, &C::findSchedule>, byKey<&C::updateScheduleList>, withdraw<18>},
+     "Id", false, 38, blank<ScheduleDefinition>, find<ScheduleDefinition, &C::findSchedule>, byKey<&C::updateScheduleList>, withdrawKind<18>},
 };
 // clang-format on
 
@@ -119,21 +104,6 @@ bool is(const Kind& kind, std::string_view name) {
 
 constexpr std::size_t mostFields = 40;
 
-naive::Fields fieldsFrom(const std::string& text) {
-    naive::Fields fields;
-    for (std::string field : fuzz::pieces(text, '|')) {
-        const std::size_t equals = field.find_first_not_of("0123456789");
-        if (equals > 0 && equals < 3 && field[equals] == '=') {
-            fields.resize(std::min<std::size_t>(std::stoul(field), mostFields));
-            field = field.substr(equals + 1);
-        }
-        if (fields.size() < mostFields) {
-            fields.push_back(field == "-" ? std::nullopt : std::optional(field));
-        }
-    }
-    return fields;
-}
-
 /// What a record makes of an entry.
 struct Outcome {
     Found entry;
@@ -142,7 +112,7 @@ struct Outcome {
 };
 
 /// @param fields those that count as absent are
-Outcome outcomeOf(const Kind& kind, int key, const naive::Fields& fields, const Found& before) {
+Outcome outcomeOf(const Kind& kind, int key, const pa::RecordFields& fields, const Found& before) {
     Record record = is(kind, "request") && before ? *before : kind.blank();
     if (kind.key != nullptr) {
         record[kind.key] = std::to_string(key);
@@ -184,14 +154,16 @@ bool contains(const std::string& text, const std::string& line) {
 }
 
 void checkRecord(const Kind& kind, int key, const std::string& text) {
-    naive::Fields fields = fieldsFrom(text);
-    pa::RecordList list(fuzz::recordFields(fields));
+    pa::RecordFields fields = fieldsOf(text);
+    pa::RecordList list(fields);
     fields.resize(mostFields);
-    for (auto& field : fields) {
-        field = field && (field->empty() || *field == "(null)") ? std::nullopt : field;
+    for (std::size_t i = 0; i < mostFields; ++i) {
+        if (fields[i] == "" || fields[i] == "(null)") {
+            fields.set(i, std::nullopt);
+        }
     }
     const Outcome outcome = outcomeOf(kind, key, fields, kind.find(key));
-    kind.handle(key, list.list());
+    kind.handle(gPaController, key, list.list());
     const bool isListed = !is(kind, "port") || outcome.entry->at("rate") == "48000";
     compare(kind.find(key), isListed ? outcome.entry : std::nullopt, text);
     const std::string transcript = recordingHost::transcript();
@@ -205,7 +177,7 @@ void checkRecord(const Kind& kind, int key, const std::string& text) {
                   "an event is posted");
     if (is(kind, "source")) {
         const auto locks = gPaController.getPaSourceLocks();
-        const int id = naive::number(fields[0].value_or("0"));
+        const int id = naive::number(std::string(fields[0].value_or("0")));
         fuzz::require(std::any_of(locks.begin(), locks.end(),
                                   [&](const PaSourceLockStatus& lock) {
                                       return lock.sourceId == id &&
@@ -218,7 +190,6 @@ void checkRecord(const Kind& kind, int key, const std::string& text) {
 void act(const std::string& text) {
     std::istringstream line(text);
     std::string command;
-    std::string kindName;
     std::string rest;
     int key = 0;
     line >> command;
@@ -228,7 +199,7 @@ void act(const std::string& text) {
     std::getline(line, rest);
     for (const Kind& kind : kinds) {
         if (is(kind, command) && withdraws) {
-            kind.withdraw(key);
+            kind.withdraw(gPaController, key);
             fuzz::require(!kind.find(key) || is(kind, "attachedZones"), "withdrawn");
         } else if (is(kind, command)) {
             checkRecord(kind, key, rest);

@@ -8,7 +8,6 @@
 #include <sstream>
 #include <thread>
 
-#include "client/recordText.h"
 #include "framework/clock.h"
 #include "framework/eventQueue.h"
 #include "framework/log.h"
@@ -16,6 +15,7 @@
 #include "link/Router.h"
 #include "sdk/globals.h"
 #include "tests/recordingHost/NotingObserver.h"
+#include "tests/support/caches.h"
 
 namespace {
 
@@ -59,20 +59,10 @@ struct Side {
         for (EventItem event; pa::eventQueue::next(event);) {
             ++events[std::to_string(event.type) + "/" + std::to_string(event.key)];
         }
-        std::vector<ScheduleDefinition> schedules = controller.listSchedules();
-        std::vector<PaSourceLockStatus> locks = controller.getPaSourceLocks();
-        // Records that wait for a withdrawal arrive later.
-        std::sort(schedules.begin(), schedules.end(),
-                  [](const auto& a, const auto& b) { return a.Id < b.Id; });
-        std::sort(locks.begin(), locks.end(),
-                  [](const auto& a, const auto& b) { return a.sourceId < b.sourceId; });
-        using paclient::linesOf;
-        std::string text =
-            linesOf(controller.getPaSources()) + linesOf(locks) + linesOf(controller.getPaSinks()) +
-            linesOf(controller.getHwPaTriggers()) + linesOf(controller.getPaSelectors()) +
-            linesOf(controller.getPaZones()) + linesOf(controller.getAnnouncementRequests()) +
-            linesOf(schedules) + linesOf(controller.getTTSVocalizerList()) +
-            linesOf(controller.getTTSDictionaryList());
+        std::string text;
+        for (const std::string& cache : cachesOf(controller, 0)) {
+            text += cache;
+        }
         for (const auto& [resource, course] : std::exchange(notes.courses, {})) {
             text += resource + " " + course + "\n";
         }

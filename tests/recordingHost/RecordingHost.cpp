@@ -202,7 +202,7 @@ pa::RecordFields fieldsOf(const std::string& text) {
     std::istringstream stream(text);
     for (std::string field; std::getline(stream, field, '|');) {
         const std::size_t equals = field.find_first_not_of("0123456789");
-        if (equals > 0 && equals != std::string::npos && field[equals] == '=') {
+        if (equals > 0 && equals < 3 && field[equals] == '=') {
             fields.resize(std::stoul(field));
             field = field.substr(equals + 1);
         }

@@ -1,12 +1,12 @@
 #pragma once
 
+#include <exception>
+#include <filesystem>
+#include <fstream>
 #include <gtest/gtest.h>
 #include <regex>
 #include <sstream>
-#include <stdexcept>
 #include <string>
-
-#include "simserver/protocol/FieldReader.h"
 
 /// Reads a table of cases "given | expected", a line for each, and requires that
 /// `read(given)` returns `expected`, or throws an exception with that text. An indented line
@@ -26,7 +26,7 @@ void expectResults(Read read, const std::string& table) {
         std::string result;
         try {
             result = read(parts[1].str());
-        } catch (const std::runtime_error& refused) {
+        } catch (const std::exception& refused) {
             result = refused.what();
         }
         const std::size_t dots = expected.rfind("...");
@@ -34,9 +34,31 @@ void expectResults(Read read, const std::string& table) {
     }
 }
 
-/// A text without one level of encoding.
-inline std::string decoded(std::string_view text) {
-    return simserver::NamedField(std::string(text)).decodedText();
+/// The table of the running test: the lines below "== TEST" in the file for the test's source file,
+/// for example client/tables/calendar.txt for client/calendar_test.cpp.
+inline std::string tableOfTest() {
+    const testing::TestInfo& test = *testing::UnitTest::GetInstance()->current_test_info();
+    const std::filesystem::path source = test.file();
+    const std::string topic = source.stem();
+    std::ifstream file(std::filesystem::path(PA_TESTS) / source.parent_path().filename() /
+                       "tables" / (topic.substr(0, topic.rfind('_')) + ".txt"));
+    std::string table;
+    std::string name;
+    for (std::string line; std::getline(file, line);) {
+        if (line.rfind("== ", 0) == 0) {
+            name = line.substr(3);
+        } else if (name == test.name() && !line.empty()) {
+            table += line + '\n';
+        }
+    }
+    EXPECT_NE(table, "");
+    return table;
+}
+
+/// The same as `expectResults` with that table.
+template <class Read>
+void expectTable(Read read) {
+    expectResults(read, tableOfTest());
 }
 
 /// A text with a change "old => new".
