@@ -6,7 +6,7 @@ public:
     /// 0 dB: the level is left as it is.
     Gain() = default;
     /// @param level in dB; no range check here, each operation checks its own
-    Gain(double level) : level_(level) {}  // NOLINT: a level in dB is a gain
+    Gain(double level) : level_(level) {}  // implicit: a level in dB is a gain
 
     /// Replaces the level, in dB.
     void setLevel(double level) { level_ = level; }
