@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <public-address/client/Connection.h>
 #include <public-address/client/Endpoint.h>
 #include <public-address/link/mqtt/MqttTransport.h>
@@ -16,6 +17,15 @@ public:
 
     palink::Transport& transport() override { return transport_; }
     [[nodiscard]] std::string name() const override { return transport_.url(); }
+
+    /// Why there is no connection, for the exception of `Connection::open`.
+    [[nodiscard]] std::optional<paclient::LinkReport> report() const override {
+        const palink::MqttStatistics link = transport_.statistics();
+        paclient::LinkReport report;
+        report.problem = link.problem;
+        report.isPermanent = link.permanent;
+        return report;
+    }
 
 private:
     palink::MqttTransport transport_;

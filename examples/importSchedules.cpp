@@ -1,21 +1,35 @@
 // Puts the schedules of a JSON file, as `paconsole schedule export` writes it, in place of those
 // that have the same numbers: importSchedules --server HOST[:PORT] FILE
+#include <cerrno>
 #include <fstream>
 #include <iostream>
 #include <iterator>
 #include <public-address/client/scheduleJson.h>
 #include <public-address/client/schedules.h>
+#include <system_error>
 
 #include "BrokerEndpoint.h"
 
+namespace {
+
+paclient::Json readList(const std::string& path) try {
+    std::ifstream file(path);
+    if (!file) {
+        throw std::system_error(errno, std::generic_category(), "cannot be read");
+    }
+    return paclient::parseScheduleList({std::istreambuf_iterator<char>(file), {}});
+} catch (const std::exception& error) {
+    throw std::runtime_error(path + ": " + error.what());
+}
+
+}  // namespace
+
 int main(int argc, char** argv) try {
     const std::string broker = brokerOf(argc, argv);
-    std::ifstream file(argc == 4 ? argv[3] : "");
-    if (!file) {
-        throw std::invalid_argument("there is no such file");
+    if (argc != 4) {
+        throw std::invalid_argument("after the broker one file is named");
     }
-    const std::string text{std::istreambuf_iterator<char>(file), {}};
-    const paclient::Json list = paclient::parseScheduleList(text);
+    const paclient::Json list = readList(argv[3]);
 
     BrokerEndpoint endpoint(broker);
     paclient::Connection connection(endpoint);

@@ -1,6 +1,7 @@
 // An application with a main loop of its own: one thread, epoll, and nothing that waits elsewhere.
 // Ends on Ctrl-C or SIGTERM. ownLoop --server HOST[:PORT]
 #include <csignal>
+#include <cstdint>
 #include <functional>
 #include <iostream>
 #include <map>
@@ -9,6 +10,7 @@
 #include <public-address/framework/eventQueue.h>
 #include <sys/epoll.h>
 #include <sys/signalfd.h>
+#include <sys/timerfd.h>
 #include <system_error>
 #include <unistd.h>
 
@@ -17,16 +19,16 @@
 namespace {
 
 /// Calls a function for each file descriptor that is readable.
-class Loop {
+class EpollLoop {
 public:
-    Loop() : epoll_(epoll_create1(EPOLL_CLOEXEC)) {
+    EpollLoop() : epoll_(epoll_create1(EPOLL_CLOEXEC)) {
         if (epoll_ < 0) {
             throw std::system_error(errno, std::generic_category(), "epoll_create1");
         }
     }
-    Loop(const Loop&) = delete;
-    Loop& operator=(const Loop&) = delete;
-    ~Loop() { close(epoll_); }
+    EpollLoop(const EpollLoop&) = delete;
+    EpollLoop& operator=(const EpollLoop&) = delete;
+    ~EpollLoop() { close(epoll_); }
 
     void add(int descriptor, std::function<void()> whenReadable) {
         functions_[descriptor] = std::move(whenReadable);
@@ -83,6 +85,32 @@ void readChanges(paclient::Subscription& changes) {
     }
 }
 
+/// Prints why there is no connection, once for each reason: an attempt that fails is no change of
+/// the connection.
+class ProblemPrinter {
+public:
+    explicit ProblemPrinter(const BrokerEndpoint& endpoint) : endpoint_(endpoint) {}
+
+    void print() {
+        const std::string problem = endpoint_.report()->problem;
+        if (problem != printed_ && !problem.empty()) {
+            std::cout << "no connection: " << problem << std::endl;
+        }
+        printed_ = problem;
+    }
+
+private:
+    const BrokerEndpoint& endpoint_;
+    std::string printed_;
+};
+
+int timerEachSecond() {
+    const int descriptor = timerfd_create(CLOCK_MONOTONIC, TFD_NONBLOCK | TFD_CLOEXEC);
+    const itimerspec eachSecond{{1, 0}, {1, 0}};
+    timerfd_settime(descriptor, 0, &eachSecond, nullptr);
+    return descriptor;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) try {
@@ -101,9 +129,17 @@ int main(int argc, char** argv) try {
         // It continues to connect, and the subscription reports when it is there.
     }
 
-    Loop loop;
+    EpollLoop loop;
     loop.add(pa::eventQueue::fileDescriptor(), readEvents);
     loop.add(changes.fileDescriptor(), [&changes] { readChanges(changes); });
+    ProblemPrinter problems(endpoint);
+    const int timer = timerEachSecond();
+    loop.add(timer, [&problems, timer] {
+        std::uint64_t seconds = 0;
+        if (read(timer, &seconds, sizeof(seconds)) > 0) {
+            problems.print();
+        }
+    });
     loop.add(signalfd(-1, &ending, SFD_CLOEXEC), [&loop] { loop.stop(); });
     loop.run();
 } catch (const std::exception& error) {

@@ -36,7 +36,7 @@ int main(int argc, char** argv) try {
     std::setbuf(stdin, nullptr);  // what getline has not taken is still there for poll
     pollfd sources[] = {{STDIN_FILENO, POLLIN, 0}, {changes.fileDescriptor(), POLLIN, 0}};
     std::string notice;
-    for (std::string line; line != "q";) {
+    for (std::string line; line != "q" && std::cin;) {
         const std::vector<PaZone> zones = gPaController.getPaZones();
         show(zones, notice);
         poll(sources, std::size(sources), -1);
@@ -52,7 +52,6 @@ int main(int argc, char** argv) try {
                 notice = "announced in " + zones[number - 1].id;
             }
         }
-        line = std::cin ? line : "q";
     }
 } catch (const std::exception& error) {
     std::cerr << "panel: " << error.what() << '\n';

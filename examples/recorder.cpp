@@ -11,6 +11,14 @@ namespace {
 
 volatile std::sig_atomic_t stopped = 0;
 
+struct Stopped {};  // thrown to end a wait
+
+void requireNotStopped(std::chrono::milliseconds /*waited*/) {
+    if (stopped != 0) {
+        throw Stopped();
+    }
+}
+
 /// Whether a change has a record, or only a number or name.
 template <class Kind, class = void>
 constexpr bool hasRecord = false;
@@ -21,11 +29,16 @@ constexpr bool hasId = false;
 template <class Kind>
 constexpr bool hasId<Kind, std::void_t<decltype(Kind::id)>> = true;
 
+constexpr const char* connectionStates[] = {"connected", "synced", "disconnected", "stopped"};
+
 paclient::Json described(const paclient::Change& change) {
     paclient::Json line{{"at", pa::wallClock()}, {"event", paclient::eventName(change)}};
     const auto addContent = [&line](const auto& content) {
         using Kind = std::decay_t<decltype(content)>;
-        if constexpr (hasRecord<Kind>) {
+        if constexpr (std::is_same_v<Kind, palink::ConnectionChange>) {
+            line["state"] = connectionStates[static_cast<int>(content.state)];
+            line["reason"] = content.reason;
+        } else if constexpr (hasRecord<Kind>) {
             line["record"] = paclient::toJson(content.record);
         } else if constexpr (hasId<Kind>) {
             line["id"] = content.id;
@@ -46,12 +59,16 @@ int main(int argc, char** argv) try {
     paclient::Subscription changes;  // before the connection: so it reads everything from the start
     BrokerEndpoint endpoint(brokerOf(argc, argv));
     paclient::Connection connection(endpoint);
-    connection.open();
-    while (stopped == 0) {
-        if (const paclient::ChangePtr change = changes.next(std::chrono::milliseconds(200))) {
-            std::cout << paclient::jsonLine(described(*change)) << std::flush;
-        }
+    connection.open({std::chrono::seconds(10), requireNotStopped});
+    while (stopped == 0 && std::cout) {
+        const paclient::ChangePtr change = changes.next({paclient::noLimit, requireNotStopped});
+        std::cout << paclient::jsonLine(described(*change)) << std::flush;
     }
+    if (!std::cout) {
+        throw std::runtime_error("the output cannot be written");
+    }
+} catch (const Stopped&) {
+    return 0;
 } catch (const std::exception& error) {
     std::cerr << "recorder: " << error.what() << '\n';
     return 1;

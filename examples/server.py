@@ -168,5 +168,7 @@ class Server:
 
 
 if __name__ == "__main__":
+    if len(sys.argv) != 4 or not sys.argv[2].isdigit():
+        sys.exit("usage: server.py HOST PORT NUMBER")
     signal.pthread_sigmask(signal.SIG_BLOCK, STOP)
     Server(sys.argv[3]).run(sys.argv[1], int(sys.argv[2]))

@@ -15,8 +15,10 @@ namespace papython {
 
 namespace {
 
-PyObject* exceptionClass(py::module_& module, const char* name, PyObject* base) {
-    return py::exception<void>(module, name, base).release().ptr();
+PyObject* exceptionClass(py::module_& module, const char* name, const char* text, PyObject* base) {
+    py::exception<void> type(module, name, base);
+    type.doc() = text;
+    return type.release().ptr();
 }
 
 py::object exceptionOf(PyObject* type, const std::exception& error) {
@@ -54,9 +56,13 @@ void translate(std::exception_ptr thrown) {
 
 PYBIND11_MODULE(publicaddress, module) {
     module.doc() = "Sees and controls a networked public-address system.";
-    notConnected = exceptionClass(module, "NotConnected", PyExc_ConnectionError);
-    notFound = exceptionClass(module, "NotFound", PyExc_LookupError);
-    ambiguous = exceptionClass(module, "Ambiguous", PyExc_LookupError);
+    notConnected = exceptionClass(module, "NotConnected", "There is no connection to the server.",
+                                  PyExc_ConnectionError);
+    notFound = exceptionClass(
+        module, "NotFound", "Nothing has this number or name; `suggestions` are the nearest names.",
+        PyExc_LookupError);
+    ambiguous = exceptionClass(module, "Ambiguous", "Several have a name that begins so.",
+                               PyExc_LookupError);
     py::register_exception_translator(translate);
     bindRecords(module);
     bindChanges(module);

@@ -65,9 +65,11 @@ void bindSpeech(const py::module_& module) {
 }
 
 void bindAnnouncementRecords(const py::module_& module) {
-    enumeration<Message::Type>(module, "MessageType");
-    enumeration<AnnouncementType>(module, "AnnouncementType");
-    enumeration<AnnouncementPriorityMode>(module, "AnnouncementPriorityMode");
+    enumeration<Message::Type>(module, "MessageType").doc() = "What a message plays or displays.";
+    enumeration<AnnouncementType>(module, "AnnouncementType").doc() =
+        "What a schedule or a sink plays or displays.";
+    enumeration<AnnouncementPriorityMode>(module, "AnnouncementPriorityMode").doc() =
+        "How a priority level is meant: as it is, or as an offset to the level of the server.";
     recordClass<AnnouncementRequest>(module, "AnnouncementRequest",
                                      "A part of an announcement that is active at the server.");
     recordClass<ScheduleDefinition>(module, "ScheduleDefinition",

@@ -98,6 +98,9 @@ std::shared_ptr<ServerConnection> connect(const paserver::ServerChoice& choice,
     if (choice.broker.empty() == choice.scenario.empty()) {
         throw std::invalid_argument("either a broker or a scenario is needed");
     }
+    if (!choice.broker.empty()) {
+        paserver::checkBrokerUrl(choice.broker);
+    }
     auto made = std::make_shared<ServerConnection>(choice);
     add(made);
     made->use(timeout, [](paclient::Connection& connection, const paclient::Wait& wait) {

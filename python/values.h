@@ -41,8 +41,8 @@ std::vector<std::string> namesOf() {
 
 /// Makes an `enum.IntEnum` of the names, whose numbers count from 0.
 template <class Enumeration>
-void enumeration(const py::object& scope, const char* name,
-                 const std::vector<std::string>& names = namesOf<Enumeration>()) {
+py::object enumeration(const py::object& scope, const char* name,
+                       const std::vector<std::string>& names = namesOf<Enumeration>()) {
     py::dict numbers;
     for (std::size_t number = 0; number < names.size(); ++number) {
         numbers[py::str(names[number])] = number;
@@ -59,6 +59,7 @@ void enumeration(const py::object& scope, const char* name,
     }
     enumerators<Enumeration> = members.release().ptr();
     scope.attr(name) = type;
+    return type;
 }
 
 /// A text of the server need not be UTF-8: other bytes become U+FFFD.

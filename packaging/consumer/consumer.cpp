@@ -6,9 +6,9 @@
 #include <public-address/link/mqtt/MqttTransport.h>
 #include <public-address/version.h>
 
-class BrokerEndpoint : public paclient::Endpoint {
+class ConsumerEndpoint : public paclient::Endpoint {
 public:
-    explicit BrokerEndpoint(const std::string& url)
+    explicit ConsumerEndpoint(const std::string& url)
         : transport_(palink::parseBrokerUrl(url), paclient::audioServer().getUUID()) {}
     palink::Transport& transport() override { return transport_; }
     std::string name() const override { return transport_.url(); }
@@ -22,7 +22,7 @@ int main(int argc, char** argv) try {
         std::cerr << "usage: consumer BROKER-URL ZONE\n";
         return 2;
     }
-    BrokerEndpoint endpoint(argv[1]);
+    ConsumerEndpoint endpoint(argv[1]);
     paclient::Connection connection(endpoint);
     connection.open({std::chrono::seconds(20)});
 

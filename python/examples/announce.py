@@ -3,6 +3,8 @@ import sys
 
 import publicaddress as pa
 
+if len(sys.argv) != 2:
+    sys.exit("usage: announce.py SCENARIO")
 with pa.Connection(scenario=sys.argv[1], speed=5):
     changes = pa.Subscription(["announcementUpdate", "zoneUpdate"], timeout=0.5)
     if not pa.set_gain(pa.find_sink("cab"), -12.5):

@@ -1,6 +1,7 @@
 import json
 import os
 import pathlib
+import re
 import select
 import shutil
 import signal
@@ -61,7 +62,8 @@ class OnTheTramTest(unittest.TestCase):
                 (lambda: pa.ScheduleDefinition(id=3), TypeError, "no member 'id'"),
                 (lambda: pa.Connection(scenario=TRAM), RuntimeError, "started"),
                 (lambda: pa.Connection(scenario="nowhere.json"), RuntimeError, "nowhere.json"),
-                (lambda: pa.Connection(), ValueError, "either a broker or a scenario")):
+                (lambda: pa.Connection(), ValueError, "either a broker or a scenario"),
+                (lambda: pa.Connection(broker="x"), ValueError, "mqtt://HOST")):
             with self.subTest(text=text):
                 with self.assertRaises(kind) as caught:
                     call()
@@ -205,6 +207,16 @@ def daemons(function):
                                        env=os.environ | {"TMPDIR": folder}, capture_output=True, text=True, timeout=100)
                 self.assertEqual((ended.returncode, ended.stdout, ended.stderr), (code, "", ""))
                 self.assertEqual(os.listdir(folder), [], "the server has not ended")
+
+    def test_the_code_of_the_page_runs_and_every_name_has_a_text(self):
+        page = (ROOT / "docs/python.md").read_text(encoding="utf-8")
+        blocks = re.findall("```python\n(.*?)```", page, re.S)
+        blocks.insert(1, 'connection = pa.Connection(scenario="scenarios/tram.json", speed=10)\n')
+        script = "\n".join(blocks) + "print([n for n in dir(pa) if n[0] != '_' and not getattr(pa, n).__doc__])"
+        ended = subprocess.run([sys.executable, "-c", script], cwd=ROOT, capture_output=True, text=True, timeout=100)
+        self.assertEqual((ended.returncode, ended.stderr), (0, ""))
+        self.assertIn("zoneUpdate Car 1 ", ended.stdout)
+        self.assertEqual(ended.stdout.splitlines()[-1], "[]")
 
     def test_the_example_plays(self):
         ended = subprocess.run([sys.executable, ROOT / "python/examples/announce.py", TRAM],
