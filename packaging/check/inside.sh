@@ -1,6 +1,6 @@
 #!/bin/bash
-# What script/check-package runs in a bare system: /check has the packages of two releases and an
-# application. Whatever fails ends it.
+# What script/check-package runs in a bare system: /check has the packages of two releases, an
+# application and the examples. Whatever fails ends it.
 set -euo pipefail
 export DEBIAN_FRONTEND=noninteractive HOME=/root LC_ALL=C.UTF-8
 cd /check
@@ -95,6 +95,15 @@ for program in consumer consumer-static pkg-config pkg-config-static; do
   found/$program mqtt://127.0.0.1:$port 'Platform 1' || fail "$program fails"
 done
 ! cmake -S application -B wrong -G Ninja -D VERSION=0.2 >/dev/null 2>&1 || fail 'another version is found'
+
+# The examples.
+cmake -S examples -B found/examples -G Ninja >>cmake.log
+ninja -C found/examples >>cmake.log || fail 'the examples do not build with find_package'
+for example in panel importSchedules; do
+  c++ -std=c++17 examples/$example.cpp $(flags --cflags --libs) -o found/$example ||
+    fail "$example does not build with pkg-config"
+done
+[[ "$(echo q | found/panel --server 127.0.0.1:$port)" = *'Platform 1'* ]] || fail 'the panel shows no zones'
 
 # The inline functions of all headers need nothing that the libraries keep to themselves, but for the
 # parts of the broker's transport.
