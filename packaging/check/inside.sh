@@ -1,6 +1,6 @@
 #!/bin/bash
-# What script/check-package runs in a bare system: /check has the packages of two releases and an
-# application. Whatever fails ends it.
+# What script/check-package runs in a bare system: /check has the packages of two releases, an
+# application and the examples. Whatever fails ends it.
 set -euo pipefail
 export DEBIAN_FRONTEND=noninteractive HOME=/root LC_ALL=C.UTF-8
 cd /check
@@ -34,6 +34,11 @@ for page in paconsole.1 paserver.8; do
   [ "$(wc -l <"$page.txt")" -gt 30 ] || fail "$page is short"
 done
 grep -q -- '--dry-run' paconsole.1.txt || fail 'an option of play is not in the manual page'
+grep -h 'TEXT:\|INT in\|Excludes:\|Needs:\|REQUIRED' paconsole.1.txt paserver.8.txt &&
+  fail "the pages have the parser's notation"
+for section in DESCRIPTION 'EXIT STATUS' FILES; do
+  [ "$(grep -lx "$section" paconsole.1.txt paserver.8.txt | wc -l)" -eq 2 ] || fail "a page has no $section"
+done
 complete_bash() {
   COMP_WORDS=("$@") COMP_CWORD=$(($# - 1)) COMPREPLY=()
   _paconsole
@@ -43,9 +48,12 @@ source /usr/share/bash-completion/completions/paconsole
 [ "$(complete_bash paconsole pl)" = play ] || fail 'bash does not complete a command'
 [ "$(complete_bash paconsole --format json zone attach --so)" = --source ] || fail 'bash does not complete an option'
 [ "$(complete_bash paconsole --format '')" = 'text json' ] || fail 'bash does not complete a value'
-[ "$(zsh -c 'compadd() { print -r -- "$*" }
+[ "$(complete_bash paconsole list zones --format '')" = 'text json' ] ||
+  fail 'bash does not complete a value after a command'
+[ "$(complete_bash paconsole list zones --fo)" = --format ] || fail 'bash does not complete an option after a command'
+[[ "$(zsh -c 'compadd() { print -r -- "$*" }
   words=(paconsole --format json zone "") CURRENT=5
-  source /usr/share/zsh/vendor-completions/_paconsole')" = '-- members attach detach -h --help' ] ||
+  source /usr/share/zsh/vendor-completions/_paconsole')" = '-- members attach detach -h --help --format '* ]] ||
   fail 'zsh does not complete'
 
 step 'a script'
@@ -87,6 +95,15 @@ for program in consumer consumer-static pkg-config pkg-config-static; do
   found/$program mqtt://127.0.0.1:$port 'Platform 1' || fail "$program fails"
 done
 ! cmake -S application -B wrong -G Ninja -D VERSION=0.2 >/dev/null 2>&1 || fail 'another version is found'
+
+# The examples.
+cmake -S examples -B found/examples -G Ninja >>cmake.log
+ninja -C found/examples >>cmake.log || fail 'the examples do not build with find_package'
+for example in panel importSchedules; do
+  c++ -std=c++17 examples/$example.cpp $(flags --cflags --libs) -o found/$example ||
+    fail "$example does not build with pkg-config"
+done
+[[ "$(echo q | found/panel --server 127.0.0.1:$port)" = *'Platform 1'* ]] || fail 'the panel shows no zones'
 
 # The inline functions of all headers need nothing that the libraries keep to themselves, but for the
 # parts of the broker's transport.

@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
-"""makeReference.py PROGRAM SECTION FOLDER [--completion]: the manual page of a program, and the
-completion of its command line in bash and zsh, from what its --help prints."""
+"""makeReference.py PROGRAM SECTION FOLDER [--completion]: the manual page of a program, from what
+its --help prints and the text in PROGRAM.man; the completion of its command line in bash and zsh."""
 import gzip
 import os
 import re
@@ -71,38 +71,86 @@ def roff(text):
     return "\\&" + text if text[:1] in (".", "'") else text
 
 
-def entries(title, rows, out):
-    if rows:
-        out.append(title)
-        for head, text in rows:
-            out += [".TP", ".B " + roff(head), roff(text)]
+# The parser's notation, in a head of its help or at its end, and what it means.
+NOTATION = (
+    (r":\{(.*?)\}", "One of {}."),
+    (r":(?:INT|FLOAT) in \[(.*?) - (.*?)\]", "From {} to {}."),
+    (r" \(Env:(.*?)\)", "Default: the environment variable {}."),
+    (r" Excludes:((?: [\w-]+(?![\w:-]))+)", "Not with {}."),
+    (r" Needs:((?: [\w-]+(?![\w:-]))+)", "Only with {}."),
+    (r" (REQUIRED)", "Required."),
+    (r"=(\S+)$", "Default: {}."),
+)
+UNBOUNDED = "2147483647"
+
+
+def readable(head, text):
+    """A head without the parser's notation, and the explanation with what that adds to it."""
+    remarks = []
+    head = re.sub(r"\d+(?:\.\d+)?e\+\d+", lambda number: f"{float(number[0]):.0f}", head)
+    for pattern, meaning in NOTATION:
+        if match := re.search(pattern, head):
+            head = head.replace(match[0], "", 1)
+            found = [re.split(r"[ ,]+", group.strip()) for group in match.groups()]
+            if found[-1] == [UNBOUNDED]:
+                meaning = "{} or more."
+            if not all(re.search(rf"(?<![\w.]){re.escape(word)}(?!\w)", text)
+                       for words in found for word in words):  # which the text need not repeat
+                remarks.append(meaning.format(*(", ".join(words) for words in found)))
+    head = re.sub(r" INT\b", " N", re.sub(r" FLOAT\b", " NUMBER", head)).replace(",-", ", -")
+    return head, " ".join([text + "." * (text[-1:] != "."), *remarks])
+
+
+def entries(rows, out):
+    for row in rows:
+        head, text = readable(*row)
+        out += [".TP", ".B " + roff(head), roff(text)]
+
+
+def exit_statuses(root):
+    """The rows of "Exit codes: 0 done, 1 usage, ..." at the end of a help."""
+    if match := re.match(r"Exit codes: (.*)", root.rest.strip()):
+        return [(number, text[:1].upper() + text[1:])
+                for number, text in re.findall(r"(\d+) (.+?)(?:, (?=\d)|$)", match[1])]
+    return []
+
+
+def handwritten(name):
+    """DESCRIPTION, and the sections that follow the options."""
+    with open(os.path.join(os.path.dirname(__file__), name + ".man"), encoding="utf-8") as file:
+        before, section, after = file.read().rstrip("\n").partition("\n.SH ")
+    return before, (section + after).lstrip("\n")
 
 
 def manual(root, name, section, version):
+    before, after = handwritten(name)
     out = [f'.TH {name.upper()} {section} "" "public-address {version}"', ".SH NAME",
            f"{name} \\- {roff(root.about[:1].lower() + root.about[1:].rstrip('.'))}",
-           ".SH SYNOPSIS", ".B " + roff(root.usage)]
+           ".SH SYNOPSIS", ".B " + roff(root.usage), before]
     for title in ("Positionals", "Commands", "Options"):
-        entries(".SH " + title.upper(), root.sections.get(title, []), out)
+        if rows := root.sections.get(title, []):
+            out.append(".SH " + title.upper())
+            entries(rows, out)
     for command in list(root.all())[1:]:
         out += [f'.SS "{name} {" ".join(command.path)}"', roff(command.about), ".PP",
                 ".I " + roff(command.usage)]
-        rows = [row for title in ("Positionals", "Commands", "Options")
-                for row in command.sections.get(title, []) if not row[0].startswith("-h,")]
-        for head, text in rows:
-            out += [".TP", ".B " + roff(head), roff(text)]
-    if root.rest:
-        out += [".SH EXIT STATUS", roff(root.rest.strip())]
-    return "\n".join(out) + "\n"
+        entries([row for title in ("Positionals", "Commands", "Options")
+                 for row in command.sections.get(title, []) if not row[0].startswith("-h,")], out)
+    if statuses := exit_statuses(root):
+        out.append(".SH EXIT STATUS")
+        entries(statuses, out)
+    return "\n".join([*out, after]) + "\n"
 
 
 def shell_table(root, name):
     """Lines of the two shells' associative arrays: words and values by the path of a command."""
     words, values = [], []
+    everywhere = [option for option, _, _ in root.options()]  # also after a command
     for command in root.all():
         path = " ".join([name, *command.path])
         choices = [head.split()[0] for head, _ in command.sections.get("Commands", [])]
         choices += command.choices() + [option for option, _, _ in command.options()]
+        choices += [option for option in everywhere if option not in choices]
         words.append(f'    ["{path}"]="{" ".join(choices)}"')
         for option, kind, _ in command.options():
             if kind:
@@ -121,7 +169,7 @@ for ((i = 1; i < last; i++)); do
     if [ -n "$value" ]; then
         value=""
     elif [ "${word#-}" != "$word" ]; then
-        value=${value_of[$place $word]-}
+        value=${value_of[$place $word]-${value_of[%(name)s $word]-}}
     elif [ -n "${words_of[$place $word]-}" ]; then
         place="$place $word"
     fi
