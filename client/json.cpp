@@ -1,5 +1,7 @@
 #include "client/json.h"
 
+#include <utility>
+
 namespace paclient {
 
 namespace {
@@ -11,6 +13,16 @@ std::string dumped(const Json& json) {
 }
 
 }  // namespace
+
+void addMember(Json& object, const char* name, Json value) {
+    object[name] = std::move(value);
+}
+
+void addText(Json& object, const char* name, const std::string& text, JsonTexts texts) {
+    if (texts == JsonTexts::Beside) {
+        object[std::string(name) + "Text"] = text;
+    }
+}
 
 std::string jsonLine(const Json& json) {
     return dumped(json) + '\n';

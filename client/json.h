@@ -32,6 +32,12 @@ Json toJson(const std::vector<Record>& records, JsonTexts texts = JsonTexts::Bes
 template <class Record, class = std::enable_if_t<isDescribed<Record>>>
 Json toJson(const Record& record, JsonTexts texts = JsonTexts::Beside);
 
+/// Adds a member to an object.
+PA_API void addMember(Json& object, const char* name, Json value);
+
+/// Adds the name of an enumeration after its member, if texts are wanted.
+PA_API void addText(Json& object, const char* name, const std::string& text, JsonTexts texts);
+
 /// A member's value.
 template <class Value>
 Json jsonValue(const Value& value, JsonTexts texts = JsonTexts::Beside) {
@@ -50,11 +56,9 @@ template <class Record, class>
 Json toJson(const Record& record, JsonTexts texts) {
     Json object = Json::object();
     forEachMember(record, [&](const MemberInfo& info, const auto& value) {
-        object[info.name] = jsonValue(value, texts);
+        addMember(object, info.name, jsonValue(value, texts));
         if constexpr (std::is_enum_v<std::decay_t<decltype(value)>>) {
-            if (texts == JsonTexts::Beside) {
-                object[std::string(info.name) + "Text"] = nameOf(value);
-            }
+            addText(object, info.name, nameOf(value), texts);
         }
     });
     return object;
