@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # The SDK itself reads and writes the shared globals only through pa::load and pa::store:
 # cmake -D ROOT=... -P this
 set(names "(gAudioServerInstance|gLocalDstNo|gActiveAudioServerDstNo|gIndirectCXSConnection|gMaxServerWaitTimeSeconds|debugLevel)")

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # Checks the direction of includes, and how public headers name each other: cmake -D ROOT=... -P this
 cmake_minimum_required(VERSION 3.25)
 include(${ROOT}/cmake/PublicHeaders.cmake)

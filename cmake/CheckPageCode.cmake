@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # Each block of C++ on a page is in an example that is built:
 # cmake -D PAGE=... -D EXAMPLES=a,b,... -P this
 file(READ ${PAGE} rest)

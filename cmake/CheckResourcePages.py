@@ -1,4 +1,5 @@
 #!/usr/bin/python3
+# SPDX-License-Identifier: Apache-2.0
 """The pages of docs/resources/ name every call, operation, callback, event and text of an exception
 that the code has, and no other; the tests that docs/security.md names exist: cmake/CheckResourcePages.py ROOT
 """

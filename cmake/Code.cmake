@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # What all code of the project is compiled with. Each target calls it once:
 # pa_code(TARGET [UNITY] [PRECOMPILE header...])
 

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # Public headers are included as <public-address/sdk/PAController.h>, from a build tree as from an
 # installation: here through links to the source folders, beside the generated header of the version.
 include(${CMAKE_CURRENT_LIST_DIR}/PublicHeaders.cmake)

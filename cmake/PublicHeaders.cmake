@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # The headers that an application may include, with those that they need: installed below
 # include/public-address/. They include each other by relative paths, so no include path of the
 # application redirects them to another file of that name.

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # pa_warnings(TARGET): the project's own code compiles without a single warning, with GCC and Clang.
 function(pa_warnings target)
   target_compile_options(${target} PRIVATE

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Announces in several zones at once, each twice in turn, with coroutines of C++20 on one thread:
 // coroutine --server HOST[:PORT] ZONE...
 #include <coroutine>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Puts the schedules of a JSON file, as `paconsole schedule export` writes it, in place of those
 // that have the same numbers: importSchedules --server HOST[:PORT] FILE
 #include <cerrno>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // An application with a main loop of its own: one thread, epoll, and nothing that waits elsewhere.
 // Ends on Ctrl-C or SIGTERM. ownLoop --server HOST[:PORT]
 #include <csignal>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // An operator's panel in the terminal: shows what plays in each zone, and announces in the zone
 // whose number is typed. panel --server HOST[:PORT]
 #include <cstdio>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Records every change as a line of JSON, until Ctrl-C or SIGTERM: recorder --server HOST[:PORT]
 #include <csignal>
 #include <iostream>

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 """A small audio server: three zones, in which dictionary items play for two seconds each, without sound.
 
 Run it as python3 server.py HOST PORT NUMBER, for example localhost 1883 9, with Python 3.11, paho-mqtt 1.6

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Announces a text in zones and prints what becomes of it:
 // tutorial --server HOST[:PORT] ZONE...
 #include <iostream>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The encoding of texts: what is prepared is translated back, by the server's own decoder too, and
 // any other text passes unchanged.
 #include "framework/fieldEncoding.h"

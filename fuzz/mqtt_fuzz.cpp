@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The messages of the link over a broker. The first line of the input names the message, the rest
 // is its payload or topic. What is read is what a JSON library reads, and is written as it was;
 // anything else is malformed, and nothing but MalformedMessage leaves a decoder.

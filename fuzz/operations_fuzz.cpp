@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The payloads that the simulated server reads. The first line of the input names the operation.
 // Nothing but Refused leaves a decoder, and the controller understands the record of a schedule
 // that the server accepts.

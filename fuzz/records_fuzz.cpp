@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The record handlers against a second, naive reading: each entry before and after its record, and
 // whether observers and events report it. The input has a command on each line:
 //   KIND KEY FIELDS      a record: | between its fields, - for an absent one; after N= follows the

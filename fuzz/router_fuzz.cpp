@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The router with events in any order, against a second controller that handles one after the
 // other, each to its end. The input has an event on each line; time passes unless it is held:
 //   record KIND KEY TEXT    KIND a number, TEXT in each field but the first, which has the key

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Schedules as JSON: what is read is written so that it is read again; nothing but invalid_argument
 // leaves the reader.
 #include <stdexcept>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Station files: nothing but ScenarioError leaves the reader, and a server serves what it accepts.
 #include <map>
 #include <sys/mman.h>

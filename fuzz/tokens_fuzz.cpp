@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // splitStr against a reading by characters. The input: the separator, "e" to mark empty tokens or
 // anything else, and the list.
 #include "fuzz/Target.h"

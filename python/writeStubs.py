@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 """writeStubs.py TEMPLATE STUBS: writes the stubs of the package, with the records as the module describes them."""
 import enum
 import inspect

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The controller beside references, in one table. Each case runs in a process of its own, so that
 // none depends on what another has cached.
 #include <CLI/CLI.hpp>

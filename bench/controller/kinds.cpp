@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The fields of the records, as the simulated server encodes them.
 #include "bench/controller/kinds.h"
 

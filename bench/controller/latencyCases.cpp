@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // How long records of a connected server take through router and link, in one process.
 #include <algorithm>
 #include <atomic>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What an operation costs, from the call until it is queued, beside the same text that is appended
 // to one reserved string and pushed under a mutex.
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What a record costs, kind by kind, beside the references.
 #include <benchmark/benchmark.h>
 #include <string>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The link and the controller under load: a server with bursts of records, and slow observers.
 #include <algorithm>
 #include <chrono>

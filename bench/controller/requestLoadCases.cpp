@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The link and the controller with an application that requests much; and what large inputs cost.
 #include <chrono>
 #include <filesystem>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What a new client costs: all records of a server through router and link, in one process.
 #include <algorithm>
 #include <cstdio>

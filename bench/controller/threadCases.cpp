@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // One thread that handles changed records beside four that look records up.
 #include <array>
 #include <atomic>

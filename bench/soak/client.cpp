@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /// soak_client URL NUMBER: a client of script/soak. Asks for an operation each second on each of
 /// five threads, and writes what is reported to it of each.
 ///

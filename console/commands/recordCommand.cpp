@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "client/confirmedOperations.h"
 #include "console/commands/commands.h"
 #include "console/commands/playOptions.h"

@@ -1,4 +1,5 @@
 #!/bin/bash
+# SPDX-License-Identifier: Apache-2.0
 # What script/check-package runs in a bare system: /check has the packages of two releases, an
 # application and the examples. Whatever fails ends it.
 set -euo pipefail

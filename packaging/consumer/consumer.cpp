@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // An application with nothing but the installed packages: plays an announcement on a server that a
 // broker knows, and waits until it is over. consumer BROKER-URL ZONE
 #include <iostream>

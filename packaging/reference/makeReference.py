@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: Apache-2.0
 """makeReference.py PROGRAM SECTION FOLDER [--completion]: the manual page of a program, from what
 its --help prints and the text in PROGRAM.man; the completion of its command line in bash and zsh."""
 import gzip

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 """announce.py SCENARIO: plays an announcement on a simulated tram, and prints what changes meanwhile."""
 import sys
 

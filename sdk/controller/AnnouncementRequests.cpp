@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Active announcement requests: record, cache, queries.
 #include <algorithm>
 #include <optional>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // PA selectors: record, cache, queries, reserved operations.
 #include "sdk/PAController.h"
 #include "sdk/controller/notify.h"

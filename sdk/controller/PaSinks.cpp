@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // PA sinks: record, cache, queries, operations.
 #include <array>
 #include <stdexcept>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // PA triggers: record, cache and queries of the hardware triggers; the software triggers, which are
 // this client's own.
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // PA zones: record, attached zones, caches, queries, members.
 #include <algorithm>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The text-to-speech dictionary: record, cache, withdrawal, and the previews that its items answer.
 #include "framework/clock.h"
 #include "sdk/PAController.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Text-to-speech ports: record, cache, withdrawal, queries.
 #include "sdk/PAController.h"
 #include "sdk/paDebug.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Withdrawal of records: a table with a row for each cache, and one loop.
 #include <optional>
 #include <string>

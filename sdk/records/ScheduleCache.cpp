@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "sdk/records/ScheduleCache.h"
 
 #include "sdk/requests/scheduleDescription.h"

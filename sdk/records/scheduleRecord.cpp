@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The records of schedules: their columns, and the contents of the parts of an announcement.
 #include "sdk/records/scheduleRecord.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Playing and cancelling: how a message becomes the request that the server receives.
 #include "framework/uuid.h"
 #include "sdk/AudioServer.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // User recordings: made, played back and deleted by the server.
 #include "sdk/PAController.h"
 #include "sdk/requests/queueOperation.h"

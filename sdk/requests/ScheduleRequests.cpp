@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The requests for schedules: the checks, the operations, the wait for a new identifier.
 #include <optional>
 #include <string_view>

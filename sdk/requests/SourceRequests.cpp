@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The requests for a source: gain, zones, its lock, its level meter. The worker renews the lock.
 #include <algorithm>
 #include <exception>

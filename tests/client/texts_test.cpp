@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Records, schedules and times as JSON and as text, and what is read back.
 #include <gtest/gtest.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // How texts become numbers, lists and records, in a process whose locale has a decimal comma.
 #include <algorithm>
 #include <clocale>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What each operation sends, on a direct and on an indirect connection, and what it refuses.
 #include <cmath>
 #include <functional>

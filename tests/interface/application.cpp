@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What the compiler reports for an application: a warning for each result that is thrown away but
 // the last, and nothing else. It has headers of its own with names of the SDK's, first on its path.
 #include <public-address/link/ServerLink.h>

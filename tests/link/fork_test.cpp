@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What happens in the child of fork(). Each child ends with a code for what went wrong there, 0 for
 // nothing.
 #include <functional>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A link that is started and stopped again and again in a storm; then what the caches hold after
 // events in the storm is compared with what they hold after the same events without it.
 #include "tests/link/storm.h"

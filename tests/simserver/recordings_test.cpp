@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "tests/simserver/Replay.h"
 #include "tests/simserver/environment.h"
 #include "tests/support/TestFolder.h"
