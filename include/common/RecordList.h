@@ -43,7 +43,9 @@ public:
     RecordFields(std::initializer_list<Field> fields);
     /// So many fields, all with the same text or absent.
     explicit RecordFields(std::size_t count, Field each = std::nullopt);
+    /// The same fields.
     RecordFields(const RecordFields&) = default;
+    /// The same fields.
     RecordFields& operator=(const RecordFields&) = default;
     /// Leaves the other one empty.
     RecordFields(RecordFields&& other) noexcept { swap(other); }
