@@ -9,8 +9,8 @@ namespace pa {
 /// A record to decode into, with every member at its default. It has the memory of the texts that
 /// the same thread has decoded before, so that most records need none of their own.
 ///
-/// There may be several at a time, one in the callback of another; the thread keeps one of them. Its
-/// memory does not shrink: it is what the longest texts of a record of this kind have taken.
+/// There may be several at a time, one in the callback of another; the thread keeps one of them.
+/// Its memory does not shrink: it is what the longest texts of a record of this kind have taken.
 template <class Record>
 class BlankRecord {
 public:
