@@ -1,6 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "bench/loadFixture.h"
-
-#include <cstdio>
 
 #include "framework/log.h"
 #include "sdk/globals.h"
@@ -68,24 +67,6 @@ ScheduleDefinition scheduleDefinition(int id) {
     schedule.announcementType = AT_TEV;
     schedule.dictionaryItems = {12, 40};
     return schedule;
-}
-
-std::string text(double value, const char* unit) {
-    char buffer[64];
-    std::snprintf(buffer, sizeof buffer, value < 100 ? "%.3g %s" : "%.0f %s", value, unit);
-    return buffer;
-}
-
-std::string seconds(Clock::duration time) {
-    return text(std::chrono::duration<double>(time).count(), "s");
-}
-
-std::string milliseconds(Clock::duration time) {
-    return text(std::chrono::duration<double, std::milli>(time).count(), "ms");
-}
-
-std::string microseconds(Clock::duration time) {
-    return text(std::chrono::duration<double, std::micro>(time).count(), "us");
 }
 
 }  // namespace load

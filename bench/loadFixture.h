@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #pragma once
 
 #include <atomic>
@@ -84,11 +85,6 @@ inline LoadFixture& newFixture() {
 
 ScheduleDefinition scheduleDefinition(int id);
 
-std::string text(double value, const char* unit);
-std::string seconds(Clock::duration time);
-std::string milliseconds(Clock::duration time);
-std::string microseconds(Clock::duration time);
-
 template <class Call>
 Clock::duration timeOf(Call call) {
     const auto start = Clock::now();
@@ -107,15 +103,6 @@ bool waitFor(Condition holds, Clock::duration limit) {
         std::this_thread::sleep_for(std::chrono::microseconds(200));
     }
     return true;
-}
-
-/// Does something and waits for its effect.
-/// @return how long that took, or that it took longer than the limit
-template <class Call, class Condition>
-std::string timeUntil(Call call, Condition holds, Clock::duration limit) {
-    const auto start = Clock::now();
-    call();
-    return waitFor(holds, limit) ? seconds(Clock::now() - start) : "not within " + seconds(limit);
 }
 
 }  // namespace load

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #pragma once
 
 #include <cstddef>
@@ -6,9 +7,10 @@
 #include <string>
 #include <vector>
 
-#include "client/ChangeStream.h"
-#include "client/Wait.h"
-#include "sdk/AnnouncementRequest.h"
+#include "../framework/api.h"
+#include "../sdk/AnnouncementRequest.h"
+#include "ChangeStream.h"
+#include "Wait.h"
 
 namespace paclient {
 
@@ -33,8 +35,9 @@ namespace paclient {
 /// The object follows the request only: the announcement plays on when it is destroyed. Every
 /// function may be called from any thread; those that wait, and the destructor, not from a
 /// callback.
-class Announcement {
+class PA_API Announcement {
 public:
+    /// Of a request, or of one of its parts.
     enum class State {
         Sending,   ///< no answer yet
         Accepted,  ///< the server has it, in a state that has no name here
@@ -48,15 +51,17 @@ public:
         Refused,    ///< by the server, with the reason
     };
 
+    /// What the server plays of the request: audio or visual.
     struct Part {
-        AnnouncementRequest record;  ///< as reported last
-        State state = State::Accepted;
-        std::string reason;   ///< why it is in this state; may be empty
-        bool isOver = false;  ///< the server has withdrawn it
+        AnnouncementRequest record;     ///< as reported last
+        State state = State::Accepted;  ///< as its record reports
+        std::string reason;             ///< why it is in this state; may be empty
+        bool isOver = false;            ///< the server has withdrawn it
     };
 
+    /// A zone of the request.
     struct ZoneState {
-        std::string id;
+        std::string id;  ///< of the zone
         /// Whether an audio or a visual part of the announcement plays there now. The server
         /// reports what plays in a zone by its type only; so the announcement is taken to have lost
         /// a zone when another one of the same kind begins there after it.
@@ -77,6 +82,7 @@ public:
     Announcement& operator=(const Announcement&) = delete;
     ~Announcement();
 
+    /// The id under which it was sent.
     [[nodiscard]] const std::string& requestId() const;
 
     /// How many parts the server reports: 0 for a text that is displayed with the validity 0 and
@@ -125,20 +131,20 @@ private:
 };
 
 /// Whether a request, or a part, in this state is over.
-bool isEnd(Announcement::State state);
+PA_API bool isEnd(Announcement::State state);
 
 /// For example "pre-empted".
-const char* nameOf(Announcement::State state);
+PA_API const char* nameOf(Announcement::State state);
 
 /// The state that a record reports.
-Announcement::State stateOf(const AnnouncementRequest& record);
+PA_API Announcement::State stateOf(const AnnouncementRequest& record);
 
 /// "audio" or "visual".
-const char* partName(const AnnouncementRequest& record);
+PA_API const char* partName(const AnnouncementRequest& record);
 
 /// What a cancellation has ended.
 struct Cancellation {
-    Confirmation confirmation;
+    Confirmation confirmation;               ///< whether it has ended what was asked for
     std::vector<AnnouncementRequest> ended;  ///< as reported last, in order of their numbers
 };
 
@@ -146,9 +152,9 @@ struct Cancellation {
 /// withdrawn. May be called from any thread but from a callback.
 /// @return `Refused` also when a part ended otherwise before it could be cancelled
 /// @throws whatever `wait.whileWaiting` throws
-Cancellation cancelAnnouncement(const std::string& requestId, const Wait& wait);
+PA_API Cancellation cancelAnnouncement(const std::string& requestId, const Wait& wait);
 
 /// The same for every announcement of a type that is active when this is called.
-Cancellation cancelAnnouncements(Message::Type type, const Wait& wait);
+PA_API Cancellation cancelAnnouncements(Message::Type type, const Wait& wait);
 
 }  // namespace paclient

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #pragma once
 
 #include <ctime>
@@ -5,7 +6,8 @@
 #include <stdexcept>
 #include <string>
 
-#include "framework/timeWidth.h"
+#include "../framework/api.h"
+#include "../framework/timeWidth.h"
 
 namespace date {
 class time_zone;
@@ -15,18 +17,18 @@ namespace paclient {
 
 /// A minute by the clocks of a station.
 struct LocalMinute {
-    int year = 0;
-    int month = 0;
-    int day = 0;
-    int hour = 0;
-    int minute = 0;
+    int year = 0;    ///< for example 2026
+    int month = 0;   ///< 1 to 12
+    int day = 0;     ///< 1 to 31
+    int hour = 0;    ///< 0 to 23
+    int minute = 0;  ///< 0 to 59
 };
 
 /// When a schedule runs: on the days from that of `start` to that of `end`, from the time of day of
 /// the one to that of the other. A window whose end is the earlier time of day passes midnight.
 struct RunTimes {
-    LocalMinute start;
-    LocalMinute end;
+    LocalMinute start;  ///< first day, and the first run of each day
+    LocalMinute end;    ///< last day, and the end of each day's runs
     int dayMask = 0;    ///< bit 0 is Monday
     int frequency = 0;  ///< minutes between the runs of a day; 0: once, at the start time
 };
@@ -36,7 +38,7 @@ struct RunTimes {
 ///
 /// A local time that is skipped, as by a change to summer time, is the moment right after the gap;
 /// one that comes twice is the first of them. Runs that fall into one moment are one run.
-class Calendar {
+class PA_API Calendar {
 public:
     /// @param timeZone as in the time-zone database: "Europe/Berlin"
     /// @throws std::runtime_error when there is none of that name
@@ -46,6 +48,7 @@ public:
     /// @param minute one that exists
     [[nodiscard]] std::time_t momentOf(const LocalMinute& minute) const;
 
+    /// The clocks of the station at a moment, in seconds since 1970 UTC.
     [[nodiscard]] LocalMinute minuteAt(std::time_t moment) const;
 
     /// The first run after a moment; nothing when there is no other.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #pragma once
 
 #include <chrono>
@@ -5,8 +6,9 @@
 #include <functional>
 #include <memory>
 
-#include "client/Change.h"
-#include "client/Wait.h"
+#include "../framework/api.h"
+#include "Change.h"
+#include "Wait.h"
 
 namespace paclient {
 
@@ -22,7 +24,7 @@ namespace paclient {
 /// are never out of order. A change that several subscribers want is stored once.
 ///
 /// Every function may be called from any thread. No lock is held while a listener runs.
-class ChangeStream {
+class PA_API ChangeStream {
 public:
     /// The stream of `gPaController`. The first call registers the observer. Never destroyed.
     static ChangeStream& instance();
@@ -61,7 +63,7 @@ private:
 /// with their number, and from there on every change again.
 ///
 /// Every function may be called from any thread; a change is read once.
-class Subscription {
+class PA_API Subscription {
 public:
     /// How much may wait, by default: about 100,000 changes.
     static constexpr std::size_t defaultMaxBytes = std::size_t{64} << 20U;
@@ -104,10 +106,12 @@ private:
 /// link, or that of the application which deletes entries. It may run with the controller's mutex
 /// held, so it must not block, wait for an answer of the server, or take a lock that is held by a
 /// thread which calls the controller. An exception that leaves it is reported.
-class Listener {
+class PA_API Listener {
 public:
+    /// What is called with each change.
     using Function = std::function<void(const ChangePtr& change)>;
 
+    /// Subscribes: the function is called with what is published from now on.
     Listener(ChangeKinds wanted, Function function);
     Listener(const Listener&) = delete;
     Listener& operator=(const Listener&) = delete;

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #pragma once
 
 #include <condition_variable>
@@ -7,17 +8,18 @@
 #include <stdexcept>
 #include <string>
 
-#include "client/ChangeStream.h"
-#include "client/Endpoint.h"
-#include "client/Wait.h"
-#include "link/ServerLink.h"
-#include "sdk/AudioServer.h"
-#include "sdk/KeyValueMap.h"
+#include "../framework/api.h"
+#include "../link/ServerLink.h"
+#include "../sdk/AudioServer.h"
+#include "../sdk/KeyValueMap.h"
+#include "ChangeStream.h"
+#include "Endpoint.h"
+#include "Wait.h"
 
 namespace paclient {
 
 /// There is no connection, or it is not back in time.
-class NotConnected : public std::runtime_error {
+class PA_API NotConnected : public std::runtime_error {
 public:
     using std::runtime_error::runtime_error;
 };
@@ -25,7 +27,7 @@ public:
 /// The process's facade for `gPaController`, made by the first call, with `gDeviceIPAddress` set to
 /// the loopback address when it is empty. Never destroyed: the controller uses it for as long as
 /// the process lives.
-AudioServer& audioServer();
+PA_API AudioServer& audioServer();
 
 /// The connection of this process to an audio server: an endpoint, the link to it and the change
 /// stream. One at a time.
@@ -46,7 +48,7 @@ AudioServer& audioServer();
 ///
 /// `open` and the destructor belong to one thread; every other function may be called from any
 /// thread but from a callback.
-class Connection {
+class PA_API Connection {
 public:
     /// Connects to nothing yet.
     /// @param endpoint must outlive the connection
@@ -91,7 +93,9 @@ public:
     /// The sources whose lock this client holds.
     [[nodiscard]] static std::set<int> heldSources();
 
+    /// The endpoint that it was made with.
     Endpoint& endpoint() { return endpoint_; }
+    /// The link. Its handlers belong to the connection.
     palink::ServerLink& link() { return link_; }
 
 private:

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #pragma once
 
 #include <cstddef>
@@ -5,7 +6,7 @@
 #include <optional>
 #include <string>
 
-#include "link/Transport.h"
+#include "../link/Transport.h"
 
 namespace simserver {
 class SimControl;

@@ -1,16 +1,18 @@
+// SPDX-License-Identifier: Apache-2.0
 #pragma once
 
 #include <string>
 
-#include "client/Wait.h"
-#include "sdk/Message.h"
+#include "../framework/api.h"
+#include "../sdk/Message.h"
+#include "Wait.h"
 
 namespace paclient {
 
 /// A text that the server has rendered with a voice, to be checked before it is played.
 struct RenderedPreview {
-    Confirmation confirmation;
-    std::string uri;  ///< where the audio can be fetched; empty when there is none
+    Confirmation confirmation;  ///< whether there is audio
+    std::string uri;            ///< where the audio can be fetched; empty when there is none
 };
 
 /// Enough for every preview: the controller gives one up after 90 s, and looks every 9 s.
@@ -24,6 +26,7 @@ constexpr std::chrono::seconds previewExpiry{105};
 /// @param voice one of `PAController::getTTSVocalizerList`; its text is not used
 /// @throws std::out_of_range when the text is empty or there is no such voice
 /// @throws whatever `wait.whileWaiting` throws
-RenderedPreview renderPreview(const std::string& text, const TTSVocalizer& voice, const Wait& wait);
+PA_API RenderedPreview renderPreview(const std::string& text, const TTSVocalizer& voice,
+                                     const Wait& wait);
 
 }  // namespace paclient

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #pragma once
 
 #include <cstdint>
@@ -5,17 +6,18 @@
 #include <optional>
 #include <string>
 
-#include "client/Calendar.h"
-#include "client/scheduleTimes.h"
-#include "framework/timeWidth.h"
-#include "sdk/AnnouncementRequest.h"
-#include "sdk/KeyValueMap.h"
+#include "../framework/api.h"
+#include "../framework/timeWidth.h"
+#include "../sdk/AnnouncementRequest.h"
+#include "../sdk/KeyValueMap.h"
+#include "Calendar.h"
+#include "scheduleTimes.h"
 
 namespace paclient {
 
 /// The clock of a station: the time that its server reported, advanced by the clock of this machine
 /// that never jumps, and its time zone. Does not change; may be used from any thread.
-class StationClock {
+class PA_API StationClock {
 public:
     /// The time of this machine, in an unknown time zone.
     StationClock();
@@ -60,10 +62,10 @@ private:
 
 /// The clock of the station whose records `gPaController` holds, which a `Connection` sets each
 /// time it begins; that of this machine until then. Both may be called from any thread.
-StationClock stationClock();
-void setStationClock(const StationClock& clock);
+PA_API StationClock stationClock();
+PA_API void setStationClock(const StationClock& clock);
 
 /// When a request began to play, by the clock of the station, with its time zone.
-std::string startText(const AnnouncementRequest& request);
+PA_API std::string startText(const AnnouncementRequest& request);
 
 }  // namespace paclient

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #pragma once
 
 #include <chrono>
@@ -5,6 +6,8 @@
 #include <functional>
 #include <optional>
 #include <string>
+
+#include "../framework/api.h"
 
 namespace paclient {
 
@@ -23,6 +26,7 @@ struct Wait {
     /// for. May be empty.
     std::function<void(std::chrono::milliseconds waited)> whileWaiting{};
 
+    /// Between two calls of `whileWaiting`.
     std::chrono::milliseconds tick = std::chrono::milliseconds(50);
 };
 
@@ -34,8 +38,9 @@ struct Wait {
 ///         if (!slice) return false;      // the limit has passed
 ///         waitAtMost(*slice);
 ///     }
-class WaitCourse {
+class PA_API WaitCourse {
 public:
+    /// The wait begins now.
     explicit WaitCourse(const Wait& wait);
 
     /// Calls `whileWaiting`.
@@ -53,6 +58,7 @@ private:
 
 /// The result of a confirmed operation.
 struct Confirmation {
+    /// How the wait has ended.
     enum class State {
         Done,            ///< the server has reported the effect
         AsBefore,        ///< the effect was there before; nothing was sent
@@ -62,8 +68,8 @@ struct Confirmation {
         TimedOut         ///< nothing was reported within the limit: the outcome is unknown
     };
 
-    State state = State::Done;
-    std::string reason{};  ///< of a refusal, a drop or a loss; else empty
+    State state = State::Done;  ///< how the wait has ended
+    std::string reason{};       ///< of a refusal, a drop or a loss; else empty
 
     /// Whether the effect is there.
     [[nodiscard]] bool holds() const { return state == State::Done || state == State::AsBefore; }

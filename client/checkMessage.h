@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #pragma once
 
 #include <optional>
@@ -5,12 +6,14 @@
 #include <string>
 #include <vector>
 
-#include "sdk/AnnouncementRequest.h"
+#include "../framework/api.h"
+#include "../sdk/AnnouncementRequest.h"
 
 namespace paclient {
 
 /// Something that keeps an announcement from being played everywhere at once.
 struct Finding {
+    /// What is found.
     enum class Kind {
         UnknownZone,   ///< the server has no such zone
         EmptyZone,     ///< no sink belongs to the zone or its sub-zones
@@ -20,21 +23,21 @@ struct Finding {
         UnknownItem,   ///< the server has no such dictionary item, chime or recording
     };
 
-    Kind kind = Kind::UnknownZone;
+    Kind kind = Kind::UnknownZone;  ///< what is found
     std::string subject;  ///< the zone, "language/voice", the number of the item, or the path
     std::string text;     ///< a sentence for people
 };
 
 /// What a server can play, of which it sends no records.
 struct Playable {
-    std::set<unsigned> items;  ///< of the dictionary
-    std::set<int> chimes;
+    std::set<unsigned> items;          ///< of the dictionary
+    std::set<int> chimes;              ///< numbers
     std::set<std::string> recordings;  ///< their paths
 };
 
 /// Whether a server refuses a request for such a finding, or cannot play it; with any other it
 /// plays, later or not everywhere.
-bool isRefused(Finding::Kind kind);
+PA_API bool isRefused(Finding::Kind kind);
 
 /// A dry run: looks, without asking the server, for problems of playing a message in zones now.
 /// The answer is that of the caches of the controller at this moment.
@@ -47,14 +50,15 @@ bool isRefused(Finding::Kind kind);
 /// @param zoneIds as for `Message::playAnnouncement`
 /// @param playable without it items, chimes and recordings are not checked
 /// @return in the order of `zoneIds`, voices and items after them; empty when nothing was found
-std::vector<Finding> checkMessage(const std::vector<std::string>& zoneIds, const Message& message,
-                                  const std::optional<Playable>& playable = {});
+PA_API std::vector<Finding> checkMessage(const std::vector<std::string>& zoneIds,
+                                         const Message& message,
+                                         const std::optional<Playable>& playable = {});
 
 /// Whether a request is known to have a higher priority. Relative and absolute ones are not
 /// compared.
-bool isHigher(const AnnouncementRequest& request, const MessagePriority& priority);
+PA_API bool isHigher(const AnnouncementRequest& request, const MessagePriority& priority);
 
 /// Whether a zone is another one or its sub-zone, as `Platform 1/North` is of `Platform 1`.
-bool isWithin(const std::string& zone, const std::string& outer);
+PA_API bool isWithin(const std::string& zone, const std::string& outer);
 
 }  // namespace paclient

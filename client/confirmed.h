@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #pragma once
 
 #include <functional>
@@ -5,9 +6,10 @@
 #include <string>
 #include <vector>
 
-#include "client/Change.h"
-#include "client/Wait.h"
-#include "sdk/operations.h"
+#include "../framework/api.h"
+#include "../sdk/operations.h"
+#include "Change.h"
+#include "Wait.h"
 
 /// @file
 /// How an operation is confirmed: it is sent, then its effect, a refusal, the loss of the operation
@@ -37,10 +39,11 @@ struct ConfirmedRequest {
 
 /// Whether a refusal, or a drop, is of an operation of this request. A refusal without an id is
 /// taken to be of every request that it can be of.
-bool isRefusalOf(const std::vector<pa::OperationType>& operations, const std::string& requestId,
-                 const palink::Refusal& refusal);
-bool isDropOf(const std::vector<pa::OperationType>& operations, const std::string& requestId,
-              const pa::DroppedOperation& dropped);
+PA_API bool isRefusalOf(const std::vector<pa::OperationType>& operations,
+                        const std::string& requestId, const palink::Refusal& refusal);
+/// The same for a drop.
+PA_API bool isDropOf(const std::vector<pa::OperationType>& operations, const std::string& requestId,
+                     const pa::DroppedOperation& dropped);
 
 /// Sends a request and waits for its effect.
 ///
@@ -51,11 +54,11 @@ bool isDropOf(const std::vector<pa::OperationType>& operations, const std::strin
 /// May be called from any thread, but not from a callback.
 /// @throws whatever `decide` or `send` throws: then nothing has been sent; whatever
 ///         `wait.whileWaiting` throws: then the outcome is unknown
-Confirmation confirm(const ConfirmedRequest& request, const Wait& wait);
+PA_API Confirmation confirm(const ConfirmedRequest& request, const Wait& wait);
 
 /// Sends an operation whose effect nothing reports, and waits for a refusal.
 /// @return `TimedOut` when there was none within the limit: the outcome is unknown, but a server
 ///         that refuses at once has not refused; else as above
-Confirmation awaitRefusal(ConfirmedRequest request, const Wait& wait);
+PA_API Confirmation awaitRefusal(ConfirmedRequest request, const Wait& wait);
 
 }  // namespace paclient

@@ -1,12 +1,14 @@
+// SPDX-License-Identifier: Apache-2.0
 #pragma once
 
 #include <optional>
 #include <string>
 #include <vector>
 
-#include "client/Wait.h"
-#include "resource/common/paInfo.h"
-#include "sdk/AnnouncementRequest.h"
+#include "../framework/api.h"
+#include "../resource/common/paInfo.h"
+#include "../sdk/AnnouncementRequest.h"
+#include "Wait.h"
 
 /// @file
 /// Operations on resources that wait until the server has reported their effect.
@@ -28,17 +30,17 @@ namespace paclient {
 /// @return `Done` with a flag for a gain that was there before, when the server has not refused
 ///         within a second: the flags themselves are not reported
 /// @throws std::invalid_argument for a sink that has no gain
-Confirmation setGain(const PaSink& sink, double level, bool persistent, bool delayPersistence,
-                     const Wait& wait);
+PA_API Confirmation setGain(const PaSink& sink, double level, bool persistent,
+                            bool delayPersistence, const Wait& wait);
 
 /// Sets the input gain of a source; as above.
 /// @param level         dB, -96 to 42
 /// @param first, second the server's own flags
-Confirmation setGain(const PaSource& source, double level, bool first, bool second,
-                     const Wait& wait);
+PA_API Confirmation setGain(const PaSource& source, double level, bool first, bool second,
+                            const Wait& wait);
 
 /// Switches the monitoring of a sink.
-Confirmation setMonitoring(const PaSink& sink, bool enable, const Wait& wait);
+PA_API Confirmation setMonitoring(const PaSink& sink, bool enable, const Wait& wait);
 /// @}
 
 /// Resets the device of a sink, an interface unit or a mixer: it becomes inactive and is active
@@ -46,59 +48,63 @@ Confirmation setMonitoring(const PaSink& sink, bool enable, const Wait& wait);
 /// @param untilBack waits until it has come back, else until it is inactive. Of a device that is
 ///                  inactive before, only the return is reported
 /// @throws std::invalid_argument for another type of sink
-Confirmation reset(const PaSink& sink, bool untilBack, const Wait& wait);
+PA_API Confirmation reset(const PaSink& sink, bool untilBack, const Wait& wait);
 
 /// @name Zones of a source
 /// Names of zones are those of the server.
 /// @{
 
+/// Attaches zones.
 /// @param mode whether the zones that are attached before stay
-Confirmation attachZones(const PaSource& source, const std::vector<std::string>& zoneIds,
-                         PaSource::AttachMode mode, const Wait& wait);
+PA_API Confirmation attachZones(const PaSource& source, const std::vector<std::string>& zoneIds,
+                                PaSource::AttachMode mode, const Wait& wait);
 
-Confirmation detachZones(const PaSource& source, const std::vector<std::string>& zoneIds,
-                         const Wait& wait);
+/// Detaches some.
+PA_API Confirmation detachZones(const PaSource& source, const std::vector<std::string>& zoneIds,
+                                const Wait& wait);
 
-Confirmation detachAllZones(const PaSource& source, const Wait& wait);
+/// Detaches all that are attached.
+PA_API Confirmation detachAllZones(const PaSource& source, const Wait& wait);
 /// @}
 
 /// @name Locks of sources
 /// @{
 
 /// UUID of the client that holds the lock of a source, empty for none.
-std::string lockHolder(int sourceId);
+PA_API std::string lockHolder(int sourceId);
 
 /// UUID of this client.
-std::string ownUUID();
+PA_API std::string ownUUID();
 
 /// Takes the lock of a source for this client, which renews it from then on.
 /// @return `Refused` also, with nothing sent, when another client holds it
 /// @throws std::invalid_argument for a source that has no lock
-Confirmation takeLock(int sourceId, const Wait& wait);
+PA_API Confirmation takeLock(int sourceId, const Wait& wait);
 
 /// Releases it.
 /// @return `Refused`, with nothing sent, when another client holds it or none
 /// @throws std::invalid_argument for a source that has no lock
-Confirmation releaseLock(int sourceId, const Wait& wait);
+PA_API Confirmation releaseLock(int sourceId, const Wait& wait);
 /// @}
 
 /// @name Software triggers
 /// @{
 
+/// What an activation has led to.
 struct Activation {
-    Confirmation confirmation;
+    Confirmation confirmation;                        ///< whether it has its effect
     std::optional<AnnouncementRequest> announcement;  ///< that the trigger has started
 };
 
 /// Activates a software trigger. Its effect is a live announcement that was not there before, in
 /// zones that are attached to its source.
-Activation activate(const PaSWTrigger& trigger, const Wait& wait);
+PA_API Activation activate(const PaSWTrigger& trigger, const Wait& wait);
 
 /// Deactivates it, which ends its announcement.
 /// @param announcement number of the record that its activation has started; without one, or when
 ///                     that is over already, `awaitRefusal` applies
-Confirmation deactivate(const PaSWTrigger& trigger, std::optional<int> announcement,
-                        const Wait& wait);
+PA_API Confirmation deactivate(const PaSWTrigger& trigger, std::optional<int> announcement,
+                               const Wait& wait);
 /// @}
 
 /// @name User recordings
@@ -107,19 +113,21 @@ Confirmation deactivate(const PaSWTrigger& trigger, std::optional<int> announcem
 /// @{
 
 /// Starts a recording. One that runs already is not this one: the server refuses a second.
-Confirmation startRecording(const std::string& serverPath, const Wait& wait);
+PA_API Confirmation startRecording(const std::string& serverPath, const Wait& wait);
 
+/// What a stop has led to.
 struct StoppedRecording {
     Confirmation confirmation;  ///< `Refused` also when the recording is lost
     std::string path;           ///< of the file that the server has stored; else empty
 };
 
 /// Stops the recording that runs, which stores it.
-StoppedRecording stopRecording(const Wait& wait);
+PA_API StoppedRecording stopRecording(const Wait& wait);
 
 /// The server reports nothing of these but a refusal: see `awaitRefusal` for the result.
-Confirmation previewRecording(const std::string& serverPath, const Wait& wait);
-Confirmation deleteRecording(const std::string& serverPath, const Wait& wait);
+PA_API Confirmation previewRecording(const std::string& serverPath, const Wait& wait);
+/// Deletes a recording of the server.
+PA_API Confirmation deleteRecording(const std::string& serverPath, const Wait& wait);
 /// @}
 
 }  // namespace paclient

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "client/confirmedParts.h"
 
 #include <cstdio>
@@ -16,7 +17,7 @@ Wait shortened(const Wait& wait) {
     return result;
 }
 
-Confirmation confirmGain(ConfirmedRequest request, bool isFlagged, const Wait& wait) {
+Confirmation confirmGain(const ConfirmedRequest& request, bool isFlagged, const Wait& wait) {
     if (!isFlagged || !request.holds()) {
         return confirm(request, wait);
     }

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #pragma once
 
 #include <algorithm>
@@ -30,6 +31,6 @@ std::string sentDigits(double level);
 Wait shortened(const Wait& wait);
 
 /// @param isFlagged whether the server is asked for more than the level, which nothing reports
-Confirmation confirmGain(ConfirmedRequest request, bool isFlagged, const Wait& wait);
+Confirmation confirmGain(const ConfirmedRequest& request, bool isFlagged, const Wait& wait);
 
 }  // namespace paclient

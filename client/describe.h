@@ -1,19 +1,23 @@
+// SPDX-License-Identifier: Apache-2.0
 #pragma once
 
 #include <type_traits>
 
 /// @file
 /// How the members of a record are described: once, by name and in order. JSON, texts, comparisons
-/// and tables of records are made from this description.
+/// and tables of records are made from this description. May be used from any thread.
 
 namespace paclient {
 
+/// What a visitor learns of a member beside its value.
 struct MemberInfo {
+    /// @param memberName a literal
     MemberInfo(const char* memberName) : name(memberName) {}  // not explicit, for `visit`
 
-    const char* name;
+    const char* name;  ///< stable, as in JSON
 };
 
+/// Marks a type whose members are not described.
 struct NotDescribed {};
 
 /// The members of a record. A type that is described specialises this with a function

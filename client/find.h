@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #pragma once
 
 #include <cstddef>
@@ -5,8 +6,11 @@
 #include <string>
 #include <vector>
 
+#include "../framework/api.h"
+
 /// @file
-/// How a resource is found by what people call it: its number, or its label or name.
+/// How a resource is found by what people call it: its number, or its label or name. Every function
+/// may be called from any thread.
 
 namespace paclient {
 
@@ -17,14 +21,15 @@ struct Naming {
 };
 
 /// Why a resource was not found. Its text is a sentence without an end.
-class LookupError : public std::runtime_error {
+class PA_API LookupError : public std::runtime_error {
 public:
     using std::runtime_error::runtime_error;
 };
 
 /// No resource is called so.
-class NotFound : public LookupError {
+class PA_API NotFound : public LookupError {
 public:
+    /// The text, and what is near.
     NotFound(const std::string& text, std::vector<std::string> nearest)
         : LookupError(text), suggestions(std::move(nearest)) {}
 
@@ -32,8 +37,9 @@ public:
 };
 
 /// Several resources are called so.
-class Ambiguous : public LookupError {
+class PA_API Ambiguous : public LookupError {
 public:
+    /// The text, and what fits.
     Ambiguous(const std::string& text, std::vector<std::size_t> places)
         : LookupError(text), candidates(std::move(places)) {}
 
@@ -51,18 +57,18 @@ public:
 /// @param kind what is looked for, as in "zone"
 /// @throws NotFound, of a number with the nearest numbers, else with the nearest names
 /// @throws Ambiguous with the candidates
-std::size_t findNamed(const std::string& kind, const std::string& wanted,
-                      const std::vector<Naming>& resources);
+PA_API std::size_t findNamed(const std::string& kind, const std::string& wanted,
+                             const std::vector<Naming>& resources);
 
 /// The same for what has names only.
-std::size_t findName(const std::string& kind, const std::string& wanted,
-                     const std::vector<std::string>& names);
+PA_API std::size_t findName(const std::string& kind, const std::string& wanted,
+                            const std::vector<std::string>& names);
 
 /// Whether one of the names, and only one, is the same or the same but for its case.
-bool knowsName(const std::string& wanted, const std::vector<std::string>& names);
+PA_API bool knowsName(const std::string& wanted, const std::vector<std::string>& names);
 
 /// That there is no such name, with the nearest ones.
-std::string unknownName(const std::string& kind, const std::string& wanted,
-                        const std::vector<std::string>& names);
+PA_API std::string unknownName(const std::string& kind, const std::string& wanted,
+                               const std::vector<std::string>& names);
 
 }  // namespace paclient

@@ -1,4 +1,7 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "client/json.h"
+
+#include <utility>
 
 namespace paclient {
 
@@ -11,6 +14,16 @@ std::string dumped(const Json& json) {
 }
 
 }  // namespace
+
+void addMember(Json& object, const char* name, Json value) {
+    object[name] = std::move(value);
+}
+
+void addText(Json& object, const char* name, const std::string& text, JsonTexts texts) {
+    if (texts == JsonTexts::Beside) {
+        object[std::string(name) + "Text"] = text;
+    }
+}
 
 std::string jsonLine(const Json& json) {
     return dumped(json) + '\n';

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #pragma once
 
 #include <nlohmann/json.hpp>
@@ -5,28 +6,40 @@
 #include <type_traits>
 #include <vector>
 
-#include "client/names.h"
-#include "client/records.h"
+#include "../framework/api.h"
+#include "names.h"
+#include "records.h"
 
 /// @file
 /// Records as JSON: objects with the names of the record's members, in its order. Enumerations and
-/// gains are numbers.
+/// gains are numbers; JSON is as in RFC 8259. Every function may be called from any thread.
 
 namespace paclient {
 
+/// Keeps the order of the members.
 using Json = nlohmann::ordered_json;
 
+/// Whether enumerations are written for people, too.
 enum class JsonTexts {
     Beside,  ///< after an enumeration its name: "state": 2, "stateText": "ATTACHED"
     None,    ///< the members only, so that a record can be read again
 };
 
+/// An array of records.
 template <class Record>
 Json toJson(const std::vector<Record>& records, JsonTexts texts = JsonTexts::Beside);
 
+/// An object with the record's members.
 template <class Record, class = std::enable_if_t<isDescribed<Record>>>
 Json toJson(const Record& record, JsonTexts texts = JsonTexts::Beside);
 
+/// Adds a member to an object.
+PA_API void addMember(Json& object, const char* name, Json value);
+
+/// Adds the name of an enumeration after its member, if texts are wanted.
+PA_API void addText(Json& object, const char* name, const std::string& text, JsonTexts texts);
+
+/// A member's value.
 template <class Value>
 Json jsonValue(const Value& value, JsonTexts texts = JsonTexts::Beside) {
     if constexpr (std::is_enum_v<Value>) {
@@ -44,11 +57,9 @@ template <class Record, class>
 Json toJson(const Record& record, JsonTexts texts) {
     Json object = Json::object();
     forEachMember(record, [&](const MemberInfo& info, const auto& value) {
-        object[info.name] = jsonValue(value, texts);
+        addMember(object, info.name, jsonValue(value, texts));
         if constexpr (std::is_enum_v<std::decay_t<decltype(value)>>) {
-            if (texts == JsonTexts::Beside) {
-                object[std::string(info.name) + "Text"] = nameOf(value);
-            }
+            addText(object, info.name, nameOf(value), texts);
         }
     });
     return object;
@@ -64,9 +75,9 @@ Json toJson(const std::vector<Record>& records, JsonTexts texts) {
 }
 
 /// The JSON text as one line with its end. Bytes that are not UTF-8 become U+FFFD.
-std::string jsonLine(const Json& json);
+PA_API std::string jsonLine(const Json& json);
 
 /// The same over many lines, one for each record of an array.
-std::string jsonLines(const Json& json);
+PA_API std::string jsonLines(const Json& json);
 
 }  // namespace paclient

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "client/recordText.h"
 
 #include <iomanip>
@@ -16,6 +17,7 @@ std::string valueText(const std::vector<std::string>& value) {
 
 std::string valueText(const std::vector<unsigned>& value) {
     std::vector<std::string> texts;
+    texts.reserve(value.size());
     for (const unsigned number : value) {
         texts.push_back(std::to_string(number));
     }
@@ -24,6 +26,7 @@ std::string valueText(const std::vector<unsigned>& value) {
 
 std::string valueText(const std::vector<TTSVocalizer>& value) {
     std::vector<std::string> texts;
+    texts.reserve(value.size());
     for (const TTSVocalizer& spoken : value) {
         texts.push_back("'" + spoken.text + "' (" + spoken.language + ", " + spoken.voice + ")");
     }
@@ -32,8 +35,9 @@ std::string valueText(const std::vector<TTSVocalizer>& value) {
 
 std::string valueText(const std::map<std::string, std::string>& value) {
     std::vector<std::string> texts;
+    texts.reserve(value.size());
     for (const auto& [key, text] : value) {
-        texts.push_back(key + "=" + text);
+        texts.emplace_back(key).append("=").append(text);
     }
     return valueText(texts);
 }

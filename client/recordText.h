@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #pragma once
 
 #include <functional>
@@ -6,25 +7,31 @@
 #include <type_traits>
 #include <vector>
 
-#include "client/names.h"
-#include "client/records.h"
+#include "../framework/api.h"
+#include "names.h"
+#include "records.h"
 
 /// @file
 /// Records as text for people: enumerations by name, lists with commas between. Nothing depends on
 /// the locale. Texts of the server are not changed: a program cleans them for its output.
+/// Every function may be called from any thread.
 
 namespace paclient {
 
+/// @name A member of a record as text
+/// @{
+
+/// An enumeration by name, the elements of a list with commas between.
 inline std::string valueText(const std::string& value) {
     return value;
 }
-std::string valueText(const std::vector<std::string>& value);
-std::string valueText(const std::vector<unsigned>& value);
-std::string valueText(const std::vector<TTSVocalizer>& value);
-std::string valueText(const std::map<std::string, std::string>& value);
-std::string valueText(bool value);
-std::string valueText(double value);
-std::string valueText(const Gain& value);
+PA_API std::string valueText(const std::vector<std::string>& value);
+PA_API std::string valueText(const std::vector<unsigned>& value);
+PA_API std::string valueText(const std::vector<TTSVocalizer>& value);
+PA_API std::string valueText(const std::map<std::string, std::string>& value);
+PA_API std::string valueText(bool value);
+PA_API std::string valueText(double value);
+PA_API std::string valueText(const Gain& value);
 
 /// All members of a record with "|" between them, those of a nested record too: for logs and
 /// comparisons.
@@ -45,6 +52,7 @@ std::string valueText(const Value& value) {
         return std::to_string(value);
     }
 }
+/// @}
 
 template <class Record>
 std::string lineOf(const Record& record) {
@@ -98,9 +106,9 @@ std::vector<std::string> memberTexts(const std::vector<Record>& records) {
 }
 
 /// With a fixed number of digits after the point, and blanks in front up to a width.
-std::string fixedText(double value, int digits, int width = 0);
+PA_API std::string fixedText(double value, int digits, int width = 0);
 
 /// For example "another client (UUID)".
-std::string holderText(const SourceLock& lock);
+PA_API std::string holderText(const SourceLock& lock);
 
 }  // namespace paclient

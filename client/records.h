@@ -1,18 +1,20 @@
+// SPDX-License-Identifier: Apache-2.0
 #pragma once
 
 #include <string>
 #include <vector>
 
-#include "client/Endpoint.h"
-#include "client/describe.h"
-#include "link/Transport.h"
-#include "resource/common/paInfo.h"
-#include "sdk/AnnouncementRequest.h"
-#include "sdk/ScheduleDefinition.h"
-#include "sdk/TTSDictionary.h"
+#include "../link/Transport.h"
+#include "../resource/common/paInfo.h"
+#include "../sdk/AnnouncementRequest.h"
+#include "../sdk/ScheduleDefinition.h"
+#include "../sdk/TTSDictionary.h"
+#include "Endpoint.h"
+#include "describe.h"
 
 /// @file
-/// The members of each record, and the records that are joined from several of the controller's.
+/// The members of each record, and the records that are joined from several of the controller's:
+/// plain values.
 
 namespace paclient {
 

@@ -1,10 +1,16 @@
+// SPDX-License-Identifier: Apache-2.0
 #pragma once
 
 #include <string>
 #include <vector>
 
-#include "client/json.h"
-#include "client/schedules.h"
+#include "../framework/api.h"
+#include "json.h"
+#include "schedules.h"
+
+/// @file
+/// Schedules as JSON. Every function may be called from any thread; those that need the server's
+/// records take the controller's mutex.
 
 namespace paclient {
 
@@ -12,17 +18,17 @@ namespace paclient {
 /// definition.
 /// @throws std::invalid_argument that names the member, when one is not known or its value is of
 ///         another kind
-ScheduleDefinition scheduleFrom(const Json& json);
+PA_API ScheduleDefinition scheduleFrom(const Json& json);
 
 /// Every schedule of the server, in order of their numbers, as `readSchedules` reads them.
-Json schedulesAsJson();
+PA_API Json schedulesAsJson();
 
 /// A text as a JSON list, for `readSchedules`. Needs no server.
 /// @throws std::invalid_argument when it is no JSON, or no list: "is not JSON: ..."
-Json parseScheduleList(const std::string& text);
+PA_API Json parseScheduleList(const std::string& text);
 
 /// The schedules of a list; of one that cannot be read, why. Their zones and voices are those of
 /// the server, as it spells them.
-std::vector<ImportEntry> readSchedules(const Json& list);
+PA_API std::vector<ImportEntry> readSchedules(const Json& list);
 
 }  // namespace paclient

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # The SDK itself reads and writes the shared globals only through pa::load and pa::store:
 # cmake -D ROOT=... -P this
 set(names "(gAudioServerInstance|gLocalDstNo|gActiveAudioServerDstNo|gIndirectCXSConnection|gMaxServerWaitTimeSeconds|debugLevel)")
@@ -7,7 +8,7 @@ set(uses 0)
 foreach(source ${sources})
   file(READ ${source} code)
   string(REGEX REPLACE "//[^\n]*" "" code "${code}")
-  string(REGEX REPLACE "\n(extern )?(int|long|bool|AudioServer\\*) ${names}( = [^\n]*)?;" "" code "${code}")
+  string(REGEX REPLACE "\n(extern PA_API )?(int|long|bool|AudioServer\\*) ${names}( = [^\n]*)?;" "" code "${code}")
   string(REGEX MATCHALL "(load|store)\\(${names}" proper "${code}")
   list(LENGTH proper count)
   math(EXPR uses "${uses} + ${count}")

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # An application may name its own functions and classes as it likes: the libraries of the SDK define
 # global names of the public interface only, and have namespaces for all others. Two inline functions
 # or classes of one name in one program are undefined behaviour that no compiler reports.

@@ -1,6 +1,13 @@
-# Each block of C++ on a page is in an example that is built: cmake -D PAGE=... -D EXAMPLE=... -P this
+# SPDX-License-Identifier: Apache-2.0
+# Each block of C++ on a page is in an example that is built:
+# cmake -D PAGE=... -D EXAMPLES=a,b,... -P this
 file(READ ${PAGE} rest)
-file(READ ${EXAMPLE} example)
+string(REPLACE "," ";" EXAMPLES "${EXAMPLES}")
+set(examples "")
+foreach(example ${EXAMPLES})
+  file(READ ${example} text)
+  string(APPEND examples "${text}")
+endforeach()
 set(blocks 0)
 string(FIND "${rest}" "```cpp\n" begin)
 while(NOT begin EQUAL -1)
@@ -8,9 +15,9 @@ while(NOT begin EQUAL -1)
   string(SUBSTRING "${rest}" ${begin} -1 rest)
   string(FIND "${rest}" "```" end)
   string(SUBSTRING "${rest}" 0 ${end} code)
-  string(FIND "${example}" "${code}" found)
+  string(FIND "${examples}" "${code}" found)
   if(code STREQUAL "" OR found EQUAL -1)
-    message(FATAL_ERROR "this code in ${PAGE} is not in ${EXAMPLE}:\n${code}")
+    message(FATAL_ERROR "this code in ${PAGE} is not in ${EXAMPLES}:\n${code}")
   endif()
   math(EXPR blocks "${blocks} + 1")
   math(EXPR end "${end} + 3")

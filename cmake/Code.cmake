@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # What all code of the project is compiled with. Each target calls it once:
 # pa_code(TARGET [UNITY] [PRECOMPILE header...])
 
@@ -34,6 +35,7 @@ endfunction()
 function(pa_code target)
   cmake_parse_arguments(arg "UNITY" "" "PRECOMPILE" ${ARGN})
   pa_warnings(${target})
+  target_include_directories(${target} PRIVATE ${PROJECT_SOURCE_DIR})
   if(arg_UNITY)
     pa_unity(${target})
   endif()
@@ -48,16 +50,28 @@ function(pa_code target)
   endif()
 endfunction()
 
+# pa_library(NAME SOURCES file... [PUBLIC library...] [PRIVATE library...] [PRECOMPILE header...]): a
+# static library of the SDK. The installed libraries are made of its objects, NAME_objects.
+function(pa_library name)
+  cmake_parse_arguments(arg "" "" "SOURCES;PUBLIC;PRIVATE;PRECOMPILE" ${ARGN})
+  add_library(${name}_objects OBJECT ${arg_SOURCES})
+  add_library(${name} STATIC $<TARGET_OBJECTS:${name}_objects>)
+  foreach(target ${name}_objects ${name})
+    target_link_libraries(${target} PUBLIC Threads::Threads ${arg_PUBLIC} PRIVATE ${arg_PRIVATE})
+    pa_interface(${target})
+  endforeach()
+  pa_code(${name}_objects PRECOMPILE ${arg_PRECOMPILE})
+endfunction()
+
 # pa_precompiled(NAME header...): a set of headers that several targets share, made on first use.
 function(pa_precompiled name)
   if(TARGET ${name})
     return()
   endif()
-  file(CONFIGURE OUTPUT ${CMAKE_BINARY_DIR}/empty.cpp CONTENT "")
-  add_library(${name} OBJECT ${CMAKE_BINARY_DIR}/empty.cpp)
+  file(CONFIGURE OUTPUT ${PROJECT_BINARY_DIR}/empty.cpp CONTENT "")
+  add_library(${name} OBJECT ${PROJECT_BINARY_DIR}/empty.cpp)
   target_link_libraries(${name} PRIVATE Threads::Threads)
-  target_compile_definitions(${name}
-    PRIVATE $<TARGET_PROPERTY:pa_controller,INTERFACE_COMPILE_DEFINITIONS>)
+  pa_interface(${name})
   pa_warnings(${name})
   target_precompile_headers(${name} PRIVATE ${ARGN})
 endfunction()

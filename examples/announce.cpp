@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Plays one announcement on a simulated tram and waits until it is over.
 #include <iostream>
 #include <stdexcept>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Operates a simulated tram: prints its changes, sets a gain, and plays what a dry run allows. The
 // parts are explained in docs/client.md.
 #include <chrono>

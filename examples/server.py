@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 """A small audio server: three zones, in which dictionary items play for two seconds each, without sound.
 
 Run it as python3 server.py HOST PORT NUMBER, for example localhost 1883 9, with Python 3.11, paho-mqtt 1.6
@@ -168,5 +169,7 @@ class Server:
 
 
 if __name__ == "__main__":
+    if len(sys.argv) != 4 or not sys.argv[2].isdigit():
+        sys.exit("usage: server.py HOST PORT NUMBER")
     signal.pthread_sigmask(signal.SIG_BLOCK, STOP)
     Server(sys.argv[3]).run(sys.argv[1], int(sys.argv[2]))

@@ -1,9 +1,11 @@
+// SPDX-License-Identifier: Apache-2.0
 #pragma once
 
 #include <cstdint>
 #include <ctime>
 
-#include "framework/timeWidth.h"
+#include "api.h"
+#include "timeWidth.h"
 
 /// @file
 /// The host's clocks and its sleep. Every function here may be called from any thread.
@@ -11,27 +13,27 @@
 namespace pa {
 
 /// The wall clock, in seconds since 1970 UTC. It may jump.
-[[nodiscard]] std::time_t wallClock();
+[[nodiscard]] PA_API std::time_t wallClock();
 
 /// A clock that never jumps, in ms since an arbitrary start: for ages and time limits.
-[[nodiscard]] std::int64_t monotonicMS();
+[[nodiscard]] PA_API std::int64_t monotonicMS();
 
 }  // namespace pa
 
 /// Sleeps the calling thread for at least `ms` milliseconds; not at all when it is 0 or negative.
-void sleepMS(int ms);
+PA_API void sleepMS(int ms);
 
 namespace pa {
 
 /// Replacements for the clocks and the sleep, so that a test need not wait for real time. A null
 /// member selects the system's own.
 struct TimeSource {
-    std::time_t (*wallClock)() = nullptr;
-    std::int64_t (*monotonicMS)() = nullptr;
-    void (*sleepMS)(int) = nullptr;
+    std::time_t (*wallClock)() = nullptr;     ///< for `pa::wallClock`
+    std::int64_t (*monotonicMS)() = nullptr;  ///< for `pa::monotonicMS`
+    void (*sleepMS)(int) = nullptr;           ///< for `::sleepMS`
 };
 
 /// Puts `source` in force for the whole process.
-void setTimeSource(const TimeSource& source);
+PA_API void setTimeSource(const TimeSource& source);
 
 }  // namespace pa

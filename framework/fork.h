@@ -1,7 +1,10 @@
+// SPDX-License-Identifier: Apache-2.0
 #pragma once
 
 #include <condition_variable>
 #include <functional>
+
+#include "api.h"
 
 /// @file
 /// What happens in the child of fork(). The system copies one thread, and every lock in its state
@@ -36,7 +39,7 @@ struct ForkHooks {
 
 /// Takes part in forks as long as it lives; one with a `before` lives as long as the process. May
 /// be made and destroyed by any thread, with any lock held.
-class ForkParticipant {
+class PA_API ForkParticipant {
 public:
     ForkParticipant(ForkRank rank, ForkHooks hooks);
     ForkParticipant(const ForkParticipant&) = delete;
@@ -53,16 +56,16 @@ private:
 /// For `inChild`: has `what` called a second later on a thread of the child, where it may start
 /// threads and log. A child that has executed another program by then never does it. A child that
 /// forks before starts again: its own child calls `inChild` again.
-void goOnInChild(std::function<void()> what);
+PA_API void goOnInChild(std::function<void()> what);
 
 /// For `inChild`: makes a condition variable usable. The threads that waited for it are not in the
 /// child; its destructor would wait for them.
-void forgetWaiters(std::condition_variable& condition);
+PA_API void forgetWaiters(std::condition_variable& condition);
 
 /// As long as one lives on a thread, no hook runs when that thread forks: it holds a lock after
 /// which it must not take those of the participants, as around a callback. Such a child can only
 /// execute another program or end by _exit.
-class ForkBypass {
+class PA_API ForkBypass {
 public:
     ForkBypass();
     ForkBypass(const ForkBypass&) = delete;
@@ -71,6 +74,6 @@ public:
 };
 
 /// Another number in every child: what was made under another one belongs to a process before.
-unsigned forkGeneration();
+PA_API unsigned forkGeneration();
 
 }  // namespace pa

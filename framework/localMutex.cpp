@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "framework/localMutex.h"
 
 #include <cerrno>
@@ -14,8 +15,13 @@ qxLocalMutex::~qxLocalMutex() = default;
 
 void qxLocalMutex::enter() {
     if (!heldByThisThread()) {
-        const std::lock_guard turn(turn_);
-        mutex_.lock();
+        // Without a waiter there is no turn to wait for.
+        if (waiters_.load(std::memory_order_relaxed) != 0 || !mutex_.try_lock()) {
+            ++waiters_;
+            const std::lock_guard turn(turn_);
+            mutex_.lock();
+            --waiters_;
+        }
         holder_.store(pthread_self(), std::memory_order_relaxed);
     } else if (!reentrant_) {
         throw std::system_error(EDEADLK, std::generic_category(), "qxLocalMutex::enter");
@@ -46,6 +52,7 @@ void qxLocalMutex::assertLocked(const char* where) {
 
 void qxLocalMutex::forgetWaiters() {
     new (&turn_) std::mutex;
+    waiters_ = 0;
 }
 
 bool qxLocalMutex::heldByThisThread() const {

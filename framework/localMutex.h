@@ -1,15 +1,17 @@
+// SPDX-License-Identifier: Apache-2.0
 #pragma once
 
 #include <atomic>
 #include <mutex>
 #include <pthread.h>
 
-#include "framework/threadAnnotations.h"
+#include "api.h"
+#include "threadAnnotations.h"
 
 /// The interface of a mutex, whatever implements it.
 ///
 /// All operations may be called from any thread; `init()` once, before the first `enter()`.
-class PASDK_CAPABILITY("mutex") qxMutexBase {
+class PASDK_CAPABILITY("mutex") PA_API qxMutexBase {
 public:
     /// Waits for the mutex and takes it.
     /// @throws std::system_error when the system refuses it
@@ -26,11 +28,12 @@ public:
 
     /// `enter` and `leave` under the names that std::lock_guard and std::unique_lock call.
     void lock() PASDK_ACQUIRE() { enter(); }
+    /// See `lock`.
     void unlock() PASDK_RELEASE() { leave(); }
 };
 
 /// The mutex between the threads of one process.
-class PASDK_CAPABILITY("mutex") qxLocalMutex final : public qxMutexBase {
+class PASDK_CAPABILITY("mutex") PA_API qxLocalMutex final : public qxMutexBase {
 public:
     /// @param reentrant whether its holder may enter it again; it is free once it has been left as
     ///                  often as it was entered. Otherwise `enter` throws when the holder enters
@@ -62,6 +65,7 @@ private:
     // Of the thread that gets mutex_ next. A thread that gives mutex_ back and wants it again waits
     // here after the one that is being woken: a thread that enters in a loop excludes no other.
     std::mutex turn_;
+    std::atomic<int> waiters_{0};  // threads that wait for turn_ or mutex_
     // Written only by the holder. Its pthread_t is the same in the child.
     std::atomic<pthread_t> holder_{noThread};
     int depth_ = 0;  // guarded by mutex_

@@ -1,9 +1,11 @@
+// SPDX-License-Identifier: Apache-2.0
 #pragma once
 
 #include <functional>
 #include <pthread.h>
 
-#include "framework/fork.h"
+#include "api.h"
+#include "fork.h"
 namespace pa {
 
 /// A thread of the library: it has a name that log lines and debuggers show, and blocks every
@@ -13,7 +15,7 @@ namespace pa {
 ///
 /// The object belongs to the thread that made it. Its destructor joins, but not in the child of a
 /// fork(), where the thread does not exist.
-class PosixThread {
+class PA_API PosixThread {
 public:
     /// Starts the thread.
     /// @param name at most 15 bytes are kept

@@ -1,8 +1,10 @@
+// SPDX-License-Identifier: Apache-2.0
 #pragma once
 
 #include <atomic>
 
-#include "framework/fork.h"
+#include "api.h"
+#include "fork.h"
 
 /// Base of an object that runs a thread of its own.
 ///
@@ -12,7 +14,7 @@
 ///
 /// A thread that runs at a fork() is started again in the child, a second later, with a new call of
 /// `threadFunction`; the thread that forks is not.
-class threadClass {
+class PA_API threadClass {
 public:
     threadClass();
     threadClass(const threadClass&) = delete;

@@ -1,14 +1,17 @@
+// SPDX-License-Identifier: Apache-2.0
 #pragma once
 
 #include <chrono>
 #include <random>
+
+#include "../framework/api.h"
 
 namespace palink {
 
 /// The pauses between attempts to connect: they double from attempt to attempt up to a longest one,
 /// each shortened at random by up to a half, so that many clients of a server which restarts do not
 /// come back at the same moment. Not for use by two threads at a time.
-class Backoff {
+class PA_API Backoff {
 public:
     explicit Backoff(std::chrono::milliseconds first = std::chrono::milliseconds(250),
                      std::chrono::milliseconds longest = std::chrono::seconds(30));

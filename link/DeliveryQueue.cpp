@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "link/DeliveryQueue.h"
 
 #include <algorithm>
@@ -10,9 +11,10 @@ namespace palink {
 
 namespace {
 
+constexpr std::size_t block = 16;  // what the allocator keeps of a block, rounding included
+
 /// What a text takes beside the object itself.
 std::size_t heapBytes(const std::string& text) {
-    constexpr std::size_t block = 16;  // what the allocator keeps of a block, rounding included
     static const std::size_t inside = std::string().capacity();
     return text.capacity() > inside ? text.capacity() + block : 0;
 }
@@ -25,13 +27,7 @@ struct HeapBytes {
     std::size_t operator()(const Disconnected& disconnected) const {
         return heapBytes(disconnected.reason);
     }
-    std::size_t operator()(const Record& record) const {
-        std::size_t bytes = record.fields.capacity() * sizeof(pa::RecordFields::value_type);
-        for (const auto& field : record.fields) {
-            bytes += field ? heapBytes(*field) : 0;
-        }
-        return bytes;
-    }
+    std::size_t operator()(const Record& record) const { return record.fields.heapBytes() + block; }
     std::size_t operator()(const Refusal& refusal) const {
         return heapBytes(refusal.requestId) + heapBytes(refusal.reason);
     }
@@ -139,8 +135,10 @@ void DeliveryQueue::run(ServerEventSink& sink) {
 /// that wait for it cost more than what it guards.
 void DeliveryQueue::deliver(ServerEventSink& sink, std::unique_lock<std::mutex>& guard) {
     constexpr std::size_t eventsPerLock = 64;
+    constexpr std::size_t mostSpare = 1024;
     std::vector<Waiting> taken;
     taken.swap(queue_);
+    queue_.swap(spare_);
     delivering_ = taken.size();
     for (auto next = taken.begin(); next != taken.end() && running_;) {
         const auto end = next + std::min<std::ptrdiff_t>(eventsPerLock, taken.end() - next);
@@ -159,6 +157,10 @@ void DeliveryQueue::deliver(ServerEventSink& sink, std::unique_lock<std::mutex>&
         }
     }
     delivering_ = 0;
+    if (taken.capacity() <= mostSpare) {
+        taken.clear();
+        spare_.swap(taken);
+    }
 }
 
 void DeliveryQueue::countUpload(int more) {

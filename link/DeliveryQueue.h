@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #pragma once
 
 #include <atomic>
@@ -9,8 +10,9 @@
 #include <thread>
 #include <vector>
 
-#include "framework/posixThread.h"
-#include "link/Transport.h"
+#include "../framework/api.h"
+#include "../framework/posixThread.h"
+#include "Transport.h"
 
 namespace palink {
 
@@ -20,7 +22,7 @@ namespace palink {
 /// none while an upload is under way.
 ///
 /// `start` and `stop` are called by one thread; the other functions by any.
-class DeliveryQueue {
+class PA_API DeliveryQueue {
 public:
     /// How much may wait, by default: about 16,000 records of 1 KB.
     static constexpr std::size_t defaultMaxBytes = std::size_t{16} << 20U;
@@ -101,7 +103,8 @@ private:
     // Guarded by lock_.
     std::atomic<bool> running_{false};  // also read without it
     std::vector<Waiting> queue_;
-    std::size_t bytes_ = 0;  // of what is in queue_ and waits in the delivery thread
+    std::vector<Waiting> spare_;  // empty: the memory for what comes after the next delivery
+    std::size_t bytes_ = 0;       // of what is in queue_ and waits in the delivery thread
     bool full_ = false;
     int uploads_ = 0;             // under way
     std::size_t heldBack_ = 0;    // threads that wait for space

@@ -1,6 +1,8 @@
+// SPDX-License-Identifier: Apache-2.0
 #pragma once
 
 #include <algorithm>
+#include <atomic>
 #include <condition_variable>
 #include <cstdint>
 #include <exception>
@@ -11,8 +13,8 @@
 #include <utility>
 #include <vector>
 
-#include "framework/fork.h"
-#include "framework/log.h"
+#include "../framework/fork.h"
+#include "../framework/log.h"
 
 namespace palink {
 
@@ -27,6 +29,7 @@ namespace palink {
 template <class What>
 class HandlerSlot {
 public:
+    /// What is called.
     using Handler = std::function<void(const What&)>;
 
     HandlerSlot() = default;
@@ -42,6 +45,7 @@ public:
         std::unique_lock guard(lock_);
         leaveParent();
         std::swap(current_, entry);
+        isSet_ = current_ != nullptr;
         const std::uint64_t before = generation_++;
         const bool inside = std::any_of(calls_.begin(), calls_.end(), isOfThisThread);
         if (!inside) {
@@ -60,6 +64,9 @@ public:
     /// Calls the handler; an exception that leaves it is reported.
     /// @return false when there is none
     bool call(const What& what) {
+        if (!isSet_) {
+            return false;
+        }
         StoredHandler* entry = nullptr;
         {
             const std::lock_guard guard(lock_);
@@ -132,7 +139,8 @@ private:
     std::condition_variable left_;  // a call has returned
     // Guarded by lock_.
     std::unique_ptr<StoredHandler> current_;
-    std::uint64_t generation_ = 0;  // of current_, counted by replacements
+    std::atomic<bool> isSet_{false};  // whether there is one; also read without the lock
+    std::uint64_t generation_ = 0;    // of current_, counted by replacements
     std::vector<Call> calls_;
     unsigned process_ = pa::forkGeneration();  // that calls_ belongs to
 };

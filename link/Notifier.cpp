@@ -1,9 +1,12 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "link/Notifier.h"
 
 #include <algorithm>
+#include <atomic>
 #include <condition_variable>
 #include <deque>
 #include <exception>
+#include <memory_resource>
 #include <mutex>
 #include <unordered_map>
 #include <utility>
@@ -60,7 +63,7 @@ struct Notifier::State {
         }
         isRunning = true;
         guard.unlock();
-        step.run();
+        step.run(step);
         guard.lock();
         if (ends != round) {
             --leftRunning;
@@ -70,6 +73,7 @@ struct Notifier::State {
         isRunning = false;
         const auto count = counts.find(index(step.kind, step.key));
         count->second.holding -= step.holdsKey ? 1 : 0;
+        holding -= step.holdsKey ? 1 : 0;
         if (--count->second.steps == 0) {
             counts.erase(count);
         }
@@ -93,9 +97,11 @@ struct Notifier::State {
     std::condition_variable added;    // for the thread
     std::condition_variable changed;  // there is space, the last step has run, or waits are over
     // Guarded by lock.
-    std::deque<Step> steps;
-    std::size_t bytes = 0;  // of the steps
-    std::unordered_map<std::uint64_t, Count> counts;
+    std::pmr::unsynchronized_pool_resource blocks;  // of the containers, used again
+    std::pmr::deque<Step> steps{&blocks};
+    std::atomic<std::size_t> bytes{0};    // of the steps; also read without the lock
+    std::atomic<std::size_t> holding{0};  // steps that hold a key; also read without the lock
+    std::pmr::unordered_map<std::uint64_t, Count> counts{&blocks};
     unsigned ends = 0;  // counts the calls of `end`: the thread of an earlier round leaves
     bool hasThread = false;
     bool isRunning = false;
@@ -111,6 +117,9 @@ Notifier::~Notifier() {
 
 bool Notifier::waitForSpace() {
     State& state = *state_;
+    if (state.hasSpace()) {
+        return true;
+    }
     State::Guard guard(state.lock);
     state.changed.wait(guard, [&] { return state.hasSpace() || state.released; });
     return state.hasSpace();
@@ -120,12 +129,13 @@ void Notifier::add(Step step) {
     State& state = *state_;
     State::Guard guard(state.lock);
     Count& count = state.counts[index(step.kind, step.key)];
-    const bool holdsKey = step.holdsKey;
+    const std::size_t holding = step.holdsKey ? 1 : 0;
     const std::size_t bytes = stepBytes + step.bytes;
     state.steps.push_back(std::move(step));
     state.bytes += bytes;
+    state.holding += holding;
     ++count.steps;
-    count.holding += holdsKey ? 1 : 0;
+    count.holding += holding;
     if (!state.hasThread) {
         try {
             pa::PosixThread thread(
@@ -139,7 +149,9 @@ void Notifier::add(Step step) {
             return;
         }
     }
-    if (state.steps.size() == 1) {
+    const bool isFirst = state.steps.size() == 1;
+    guard.unlock();  // the thread that is woken takes it
+    if (isFirst) {
         state.added.notify_one();
     }
 }
@@ -150,6 +162,9 @@ bool Notifier::concerns(int kind, int key) const {
 }
 
 bool Notifier::isHeld(int kind, int key) const {
+    if (state_->holding == 0) {
+        return false;
+    }
     const State::Guard guard(state_->lock);
     return state_->countOf(kind, key).holding > 0;
 }
@@ -178,6 +193,7 @@ std::size_t Notifier::end(std::chrono::milliseconds limit) {
     const std::size_t dropped = state.steps.size();
     state.steps.clear();
     state.bytes = 0;
+    state.holding = 0;
     state.counts.clear();
     ++state.ends;
     state.hasThread = false;

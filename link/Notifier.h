@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #pragma once
 
 #include <chrono>
@@ -6,7 +7,7 @@
 #include <functional>
 #include <memory>
 
-#include "framework/fork.h"
+#include "../framework/fork.h"
 
 namespace palink {
 
@@ -21,8 +22,10 @@ namespace palink {
 /// When the system has no thread, steps run inside `add`, on the thread that adds them.
 class Notifier {
 public:
-    /// One step. Must not throw.
-    using Job = std::function<void()>;
+    struct Step;
+
+    /// What a step does. Must not throw.
+    using Job = std::function<void(const Step&)>;
 
     struct Step {
         int kind = 0;

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "link/Router.h"
 
 #include <algorithm>
@@ -9,7 +10,6 @@
 
 #include "framework/clock.h"
 #include "framework/log.h"
-#include "include/common/RecordList.h"
 
 namespace palink {
 
@@ -33,6 +33,7 @@ struct Route {
 namespace {
 
 using MergeResult = PAController::MergeResult;
+using Step = Notifier::Step;
 
 template <void (PAController::*Handler)(int, TEVlist*)>
 void byKey(PAController& controller, int /*dstNo*/, int key, TEVlist* list) {
@@ -93,15 +94,11 @@ void guarded(const char* what, RecordKind kind, int key, Handler handler) {
     }
 }
 
-/// The approximate size of a record that waits.
-std::size_t bytesOf(const pa::RecordFields& fields) {
-    constexpr std::size_t perField = sizeof(pa::RecordFields::value_type) + sizeof(TEVnode);
-    std::size_t bytes = fields.size() * perField;
-    for (const auto& field : fields) {
-        bytes += field ? field->size() : 0;
-    }
-    return bytes;
-}
+/// A record that waits, and then the result of its merge.
+struct HeldRecord {
+    pa::RecordFields fields;
+    MergeResult result = MergeResult::Dropped;
+};
 
 /// The first half of a record's handler.
 MergeResult merge(PAController& controller, const Route& route, int key, pa::RecordList& list,
@@ -114,10 +111,11 @@ MergeResult merge(PAController& controller, const Route& route, int key, pa::Rec
 }
 
 /// The second half of a record's handler.
-void notify(PAController& controller, const Route& route, int key, MergeResult result) {
+void notify(PAController& controller, const Step& step, MergeResult result) {
     if (result != MergeResult::Dropped) {
-        guarded("notification", route.kind, key,
-                [&] { (controller.*route.halves.notify)(key, result); });
+        const Route& route = *routeOf(static_cast<RecordKind>(step.kind));
+        guarded("notification", route.kind, step.key,
+                [&] { (controller.*route.halves.notify)(step.key, result); });
     }
 }
 
@@ -150,8 +148,8 @@ void Router::handle(Record record) {
         if (route->pauses()) {
             handleWithPause(*route, record.key, std::move(record.fields));
         } else {
-            pa::RecordList list(std::move(record.fields));
-            route->handle(controller_, record.dstNo, record.key, list.list());
+            list_.assign(std::move(record.fields));
+            route->handle(controller_, record.dstNo, record.key, list_.list());
             merged_->call({record.kind, record.key});
         }
     });
@@ -165,27 +163,28 @@ void Router::handleWithPause(const Route& route, int key, pa::RecordFields field
     const std::int64_t due = pa::monotonicMS() + PAController::notificationPauseMS;
     PAController& controller = controller_;
     if (!notifier_.isHeld(kind, key)) {
-        pa::RecordList list(std::move(fields));
-        const MergeResult result = merge(controller, route, key, list, *merged_);
+        list_.assign(std::move(fields));
+        const MergeResult result = merge(controller, route, key, list_, *merged_);
         if (result != MergeResult::Dropped) {
-            notifier_.add({kind, key, due, false, [&controller, &route, key, result] {
-                               notify(controller, route, key, result);
+            notifier_.add({kind, key, due, false, [&controller, result](const Step& step) {
+                               notify(controller, step, result);
                            }});
         }
         return;
     }
     // After the withdrawal of its key.
-    const std::size_t bytes = bytesOf(fields);
-    const auto list = std::make_shared<pa::RecordList>(std::move(fields));
-    const auto result = std::make_shared<MergeResult>(MergeResult::Dropped);
+    const std::size_t bytes = sizeof(HeldRecord) + fields.heapBytes();
+    const auto held = std::make_shared<HeldRecord>(HeldRecord{std::move(fields)});
     notifier_.add({kind, key, 0, true,
-                   [&controller, &route, key, list, result, merged = merged_] {
-                       guarded("record", route.kind, key,
-                               [&] { *result = merge(controller, route, key, *list, *merged); });
+                   [&controller, &route, held, merged = merged_](const Step& step) {
+                       guarded("record", route.kind, step.key, [&] {
+                           pa::RecordList list(std::move(held->fields));
+                           held->result = merge(controller, route, step.key, list, *merged);
+                       });
                    },
                    bytes});
-    notifier_.add({kind, key, due, false, [&controller, &route, key, result] {
-                       notify(controller, route, key, *result);
+    notifier_.add({kind, key, due, false, [&controller, held](const Step& step) {
+                       notify(controller, step, held->result);
                    }});
 }
 
@@ -197,7 +196,8 @@ void Router::handle(const Withdrawal& withdrawal) {
     if (pauses && withdrawal.key != 0 && notifier_.concerns(kind, withdrawal.key)) {
         guarded("withdrawal", withdrawal.kind, withdrawal.key, [&] {
             notifier_.waitForSpace();
-            notifier_.add({kind, withdrawal.key, 0, true, [&controller = controller_, withdrawal] {
+            notifier_.add({kind, withdrawal.key, 0, true,
+                           [&controller = controller_, withdrawal](const Step& /*step*/) {
                                withdraw(controller, withdrawal);
                            }});
         });

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #pragma once
 
 #include <chrono>
@@ -5,10 +6,11 @@
 #include <mutex>
 #include <utility>
 
-#include "link/HandlerSlot.h"
-#include "link/Notifier.h"
-#include "link/Transport.h"
-#include "sdk/PAController.h"
+#include "../include/common/RecordList.h"
+#include "../sdk/PAController.h"
+#include "HandlerSlot.h"
+#include "Notifier.h"
+#include "Transport.h"
 
 namespace palink {
 
@@ -16,8 +18,8 @@ struct Route;
 
 /// A record of the server has been merged into the caches.
 struct HandledRecord {
-    pa::RecordKind kind = pa::RecordKind::Source;
-    int key = 0;
+    pa::RecordKind kind = pa::RecordKind::Source;  ///< of the record
+    int key = 0;                                   ///< of the record
 };
 
 /// Passes the server's records and withdrawals to the controller, in order of arrival.
@@ -39,8 +41,10 @@ struct HandledRecord {
 /// `end` by one thread.
 class Router {
 public:
+    /// Receives each record that has been merged.
     using MergeHandler = HandlerSlot<HandledRecord>::Handler;
 
+    /// Connected to nothing: `begin`.
     explicit Router(PAController& controller);
 
     /// Replaces the function that is called after each merge, on the thread that merges: the one
@@ -51,7 +55,9 @@ public:
     /// unless this is called from inside one.
     void setMergeHandler(MergeHandler handler) { merged_->set(std::move(handler)); }
 
+    /// Merges a record, or has it wait for a withdrawal of its key.
     void handle(Record record);
+    /// Withdraws, after the notifications that wait for it.
     void handle(const Withdrawal& withdrawal);
 
     /// Empties the controller's caches, at a (re)connection.
@@ -76,7 +82,8 @@ private:
     void handleWithPause(const Route& route, int key, pa::RecordFields fields);
 
     PAController& controller_;
-    std::mutex arrival_;  // held while an event is handled or added to the notifier
+    std::mutex arrival_;   // held while an event is handled or added to the notifier
+    pa::RecordList list_;  // the record that is handled; guarded by arrival_
     const std::shared_ptr<HandlerSlot<HandledRecord>> merged_;  // shared with the steps
     Notifier notifier_;
 };

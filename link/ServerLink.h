@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #pragma once
 
 #include <chrono>
@@ -9,14 +10,15 @@
 #include <string>
 #include <thread>
 
-#include "framework/fork.h"
-#include "link/HandlerSlot.h"
-#include "link/Router.h"
-#include "link/Transport.h"
-#include "sdk/AudioServer.h"
-#include "sdk/DroppedOperation.h"
-#include "sdk/PAController.h"
-#include "sdk/QXReceiver.h"
+#include "../framework/api.h"
+#include "../framework/fork.h"
+#include "../sdk/AudioServer.h"
+#include "../sdk/DroppedOperation.h"
+#include "../sdk/PAController.h"
+#include "../sdk/QXReceiver.h"
+#include "HandlerSlot.h"
+#include "Router.h"
+#include "Transport.h"
 
 namespace palink {
 
@@ -24,6 +26,7 @@ using pa::DroppedOperation;
 
 /// A change of the connection's state.
 struct ConnectionChange {
+    /// Where the connection is.
     enum class State {
         Connected,     ///< operations are sent, the caches are empty
         Synced,        ///< everything that the server holds is in the caches
@@ -31,7 +34,7 @@ struct ConnectionChange {
         Stopped        ///< the link was stopped: the last one, until it is started again
     };
 
-    State state = State::Connected;
+    State state = State::Connected;  ///< where the connection is now
     std::uint64_t number = 0;  ///< of the connection, counted from 1 in the life of the link; when
                                ///< stopped that of the last one, 0 when there was none
     std::string reason;        ///< of a disconnection
@@ -58,9 +61,9 @@ struct ConnectionChange {
 /// when the handlers that it replaces are no longer running, unless it is called from inside one of
 /// them. So it must not be called with a lock that the handler takes: from an observer's callback
 /// (which holds the controller's mutex) only when the handler does not use the controller.
-class ServerLink final : private ServerEventSink,
-                         private pa::OperationSender,
-                         private pa::DropListener {
+class PA_API ServerLink final : private ServerEventSink,
+                                private pa::OperationSender,
+                                private pa::DropListener {
 public:
     /// Receives the server's reason for refusing an operation. Called on a thread of the transport.
     using RefusalHandler = HandlerSlot<Refusal>::Handler;

@@ -1,14 +1,15 @@
+// SPDX-License-Identifier: Apache-2.0
 #pragma once
 
 #include <cstdint>
 #include <string>
 #include <variant>
 
-#include "include/common/RecordList.h"
-#include "sdk/KeyValueMap.h"
-#include "sdk/QXReceiver.h"
-#include "sdk/operations.h"
-#include "sdk/recordKinds.h"
+#include "../include/common/RecordList.h"
+#include "../sdk/KeyValueMap.h"
+#include "../sdk/QXReceiver.h"
+#include "../sdk/operations.h"
+#include "../sdk/recordKinds.h"
 
 /// @file
 /// The interface of every connection to a server.
@@ -25,35 +26,35 @@ struct Connected {
 
 /// The connection is lost; the caches keep their state.
 struct Disconnected {
-    std::string reason;
+    std::string reason;  ///< for people
 };
 
 /// A resource was added or changed.
 struct Record {
     int dstNo = 0;  ///< destination number of the server that reports it
-    pa::RecordKind kind = pa::RecordKind::Source;
-    int key = 0;
-    pa::RecordFields fields;
+    pa::RecordKind kind = pa::RecordKind::Source;  ///< never `Any`
+    int key = 0;                                   ///< number of the record, not 0
+    pa::RecordFields fields;                       ///< docs/link-protocol.md has their meaning
 };
 
 /// Resources were removed.
 struct Withdrawal {
-    int dstNo = 0;  ///< 0 for any server
-    pa::RecordKind kind = pa::RecordKind::Any;
-    int key = 0;  ///< 0 for every key
+    int dstNo = 0;                              ///< 0 for any server
+    pa::RecordKind kind = pa::RecordKind::Any;  ///< `Any` for all but those of text-to-speech
+    int key = 0;                                ///< 0 for every key
 };
 
 /// The server refuses an operation.
 struct Refusal {
-    pa::OperationType operation;
-    std::string requestId;  ///< empty when the operation has none, or it could not be read
-    std::string reason;
+    pa::OperationType operation;  ///< that is refused
+    std::string requestId;        ///< empty when the operation has none, or it could not be read
+    std::string reason;           ///< for people
 };
 
 /// A reading of the level meter of an amplifier element. Delivered several times a second while its
 /// feed is subscribed.
 struct LevelReading {
-    int element = 0;
+    int element = 0;     ///< of an amplifier
     double level = 0.0;  ///< dB
 };
 
@@ -63,9 +64,10 @@ struct InitialSetComplete {};
 /// A round trip to the server has come back: everything that the server has reported before it
 /// received the request, and because of the operations that it received before, has been delivered.
 struct RoundTripComplete {
-    std::uint64_t number = 0;
+    std::uint64_t number = 0;  ///< of the request, or of a later one
 };
 
+/// What a transport delivers.
 using ServerEvent = std::variant<Connected, Disconnected, Record, Withdrawal, Refusal, LevelReading,
                                  InitialSetComplete, RoundTripComplete>;
 
@@ -80,8 +82,8 @@ public:
 
 /// The outcome of an upload.
 struct UploadResult {
-    bool stored = false;
-    std::string reason;  ///< why it was not stored
+    bool stored = false;  ///< whether the server has the file
+    std::string reason;   ///< why it was not stored
 };
 
 /// A connection to a server. It knows no controller.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /// What arrives from the network and from the simulated server, the connection, the status and the
 /// role.
 

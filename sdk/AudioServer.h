@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #pragma once
 
 #include <deque>
@@ -6,7 +7,8 @@
 #include <string>
 #include <vector>
 
-#include "sdk/KeyValueMap.h"
+#include "../framework/api.h"
+#include "KeyValueMap.h"
 
 class PAController;
 
@@ -16,7 +18,7 @@ class PAController;
 /// Every function may be called from any thread. None calls back into the controller. The facade
 /// that `gAudioServerInstance` names is never destroyed: the controller's worker may use it until
 /// the process has ended.
-class AudioServer {
+class PA_API AudioServer {
 public:
     /// Sends a file to the active server.
     /// @return 1 for success, any other number for a failure, which it has reported
@@ -60,6 +62,7 @@ public:
 
     /// The server's description of itself (for example "name"); empty before the first connection.
     [[nodiscard]] KeyValueMap getServerInfo() const;
+    /// Replaces the description. For the server link.
     void setServerInfo(const KeyValueMap& info);
 
 private:

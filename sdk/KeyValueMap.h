@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #pragma once
 
 #include <cstddef>
@@ -17,10 +18,15 @@ public:
         return found == values_.end() ? std::string() : found->second;
     }
 
+    /// Whether `key` has a value.
     [[nodiscard]] bool has_key(const std::string& key) const { return values_.count(key) > 0; }
+    /// Removes `key`; nothing happens when it has no value.
     void erase(const std::string& key) { values_.erase(key); }
+    /// Whether there is no key.
     [[nodiscard]] bool empty() const { return values_.empty(); }
+    /// Removes every key.
     void clear() { values_.clear(); }
+    /// The number of keys.
     [[nodiscard]] std::size_t size() const { return values_.size(); }
 
     /// Every key, in ascending order.

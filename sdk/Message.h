@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #pragma once
 
 #include <initializer_list>
@@ -5,13 +6,15 @@
 #include <string>
 #include <vector>
 
-#include "resource/common/priorityInfo.h"
+#include "../framework/api.h"
+#include "../resource/common/priorityInfo.h"
 
 struct TTSVocalizer;
 
 /// One value of a display-template variable. A plain value.
 struct DISPLAY_VALUE_INFO {
     DISPLAY_VALUE_INFO() = default;
+    /// A text that is displayed for `valueTimeout`, in the template's unit.
     DISPLAY_VALUE_INFO(const std::string& valueText, const int& valueTimeout)
         : text(valueText), timeout(valueTimeout) {}
 
@@ -34,7 +37,7 @@ struct DISPLAY_VALUE_INFO {
 /// them and leave the object unchanged; checks are made in the order given.
 ///
 /// A message has no lock: it belongs to the thread that builds it.
-class Message {
+class PA_API Message {
 public:
     /// Types of content, with their numbers on the link.
     enum Type : int {
@@ -51,7 +54,9 @@ public:
         TTS_SAF = 10,
         RECORDED_STREAM_SAF = 11,
     };
+    /// Encoding of a spoken text. `ISO_8859_1` is refused.
     enum TextEncoding : int { ISO_8859_1 = 0, UTF_8 = 1 };
+    /// Encoding of an uploaded file. Accepted and not used.
     enum AudioEncoding : int { L16_48K = 0, L16_16k = 1, L24_48K = 2, L24_16K = 3 };
 
     /// Display-template variables: the values of each key.
@@ -59,27 +64,35 @@ public:
 
     /// An empty message: both types `NONE`, absolute priority 500, no chimes, played once.
     Message();
+    /// A copy, also of whether it has been played.
     Message(const Message&);
+    /// As the copy.
     Message& operator=(const Message&);
     /// What has been moved from can be assigned or destroyed.
     Message(Message&&) noexcept;
+    /// As the move.
     Message& operator=(Message&&) noexcept;
     ~Message();
 
     /// The id of the play request. One of 6 to 63 characters is used as it is; for any other a new
     /// one is made when the message is played.
     void setRequestID(const std::string& id) { requestId = id; }
+    /// The id that was set, empty for none; not changed when the message is played.
     [[nodiscard]] std::string getRequestID() const { return requestId; }
 
+    /// Priority on the server. No range check.
     void setPriority(const MessagePriority& value) { priority = value; }
+    /// The priority that was set.
     [[nodiscard]] MessagePriority getPriority() const { return priority; }
 
     /// Number of the chime before the message, 0 for none.
     void setPreChime(int chime) { preChime = chime; }
+    /// Number of the chime before.
     [[nodiscard]] int getPreChime() const { return preChime; }
 
     /// Number of the chime after the message, 0 for none.
     void setPostChime(int chime) { postChime = chime; }
+    /// Number of the chime after.
     [[nodiscard]] int getPostChime() const { return postChime; }
 
     /// Sets the gain in dB and has it sent in place of the server's default. No range check.
@@ -87,28 +100,37 @@ public:
         gain = level;
         overrideDefaultGain = true;
     }
+    /// dB; not sent while `getOverrideDefaultGain` is false.
     [[nodiscard]] double getGain() const { return gain; }
+    /// Whether a gain has been set.
     [[nodiscard]] bool getOverrideDefaultGain() const { return overrideDefaultGain; }
 
     /// Sets the type of the audio part without any check.
     void setAudioMessageType(Type type) { audioMessageType = type; }
+    /// Type of the audio part, `NONE` for none.
     [[nodiscard]] Type getAudioMessageType() const { return audioMessageType; }
 
     /// Sets the type of the visual part without any check.
     void setVisualMessageType(Type type) { visualMessageType = type; }
+    /// Type of the visual part, `NONE` for none.
     [[nodiscard]] Type getVisualMessageType() const { return visualMessageType; }
 
     /// How often a sequence of dictionary items is played.
     void setRepeatCnt(int count) { repeatCnt = count; }
+    /// How often the items are played, 1 unless it was set.
     [[nodiscard]] int getRepeatCnt() const { return repeatCnt; }
 
+    /// Path of the recorded stream on the server, also of a file that is uploaded; empty for none.
     [[nodiscard]] std::string getAudioMessageAbsoluteFilePath() const {
         return recordedStreamAbsoluteFilePathWithName;
     }
+    /// The visual text, empty for none.
     [[nodiscard]] std::string getVisualMessageText() const { return displayText; }
+    /// The dictionary items that are played.
     [[nodiscard]] std::vector<unsigned> getAudioMessageDictionaryItems() const {
         return audioDictionaryItems;
     }
+    /// The visual dictionary items.
     [[nodiscard]] std::vector<unsigned> getVisualMessageDictionaryItems() const {
         return displayDictionaryItems;
     }
@@ -116,10 +138,16 @@ public:
     /// @name The first spoken text
     /// Empty texts, 48000 Hz and UTF-8 when there is none.
     /// @{
+    /// The text.
+    /// The text.
     [[nodiscard]] std::string getAudioMessageTTSText() const;
+    /// Its language.
     [[nodiscard]] std::string getAudioMessageTTSLanguage() const;
+    /// Its voice.
     [[nodiscard]] std::string getAudioMessageTTSVoice() const;
+    /// Hz.
     [[nodiscard]] int getAudioMessageTTSRate() const;
+    /// Its encoding.
     [[nodiscard]] TextEncoding getAudioMessageTTSEncoding() const;
     /// @}
 
@@ -212,12 +240,11 @@ public:
     std::string retrieveAudioMessage() const;
 
     /// Whether they agree in everything, also in whether they have been played.
-    friend bool operator==(const Message& a, const Message& b);
+    friend PA_API bool operator==(const Message& a, const Message& b);
     friend bool operator!=(const Message& a, const Message& b) { return !(a == b); }
 
 private:
     std::string requestIdToUse() const;
-    std::string templateText() const;
 
     std::string requestId;
     MessagePriority priority;
@@ -245,12 +272,12 @@ struct TTSVocalizer {
     /// The one rate, in Hz, at which messages and schedules are spoken.
     static constexpr int usableRate = 48000;
 
-    int portNo = 0;         ///< port number on the server
-    std::string text;       ///< text to be spoken
-    std::string language;   ///< as the server spells it
-    std::string voice;      ///< as the server spells it
-    int rate = usableRate;  ///< sample rate, Hz
-    Message::TextEncoding encoding = Message::UTF_8;
+    int portNo = 0;                                   ///< port number on the server
+    std::string text;                                 ///< text to be spoken
+    std::string language;                             ///< as the server spells it
+    std::string voice;                                ///< as the server spells it
+    int rate = usableRate;                            ///< sample rate, Hz
+    Message::TextEncoding encoding = Message::UTF_8;  ///< of `text`
 
     friend bool operator==(const TTSVocalizer& a, const TTSVocalizer& b) {
         return a.portNo == b.portNo && a.text == b.text && a.language == b.language &&

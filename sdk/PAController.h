@@ -1,5 +1,7 @@
+// SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <atomic>
 #include <ctime>
 #include <deque>
 #include <map>
@@ -9,22 +11,24 @@
 #include <unordered_map>
 #include <vector>
 
-#include "framework/eventQueue.h"
-#include "framework/fork.h"
-#include "framework/localMutex.h"
-#include "framework/log.h"
-#include "framework/threadAnnotations.h"
-#include "framework/threadClass.h"
-#include "include/common/tevlist.h"
-#include "resource/common/paInfo.h"
-#include "sdk/AnnouncementRequest.h"
-#include "sdk/Gain.h"
-#include "sdk/Message.h"
-#include "sdk/PAControllerObserver.h"
-#include "sdk/ScheduleDefinition.h"
-#include "sdk/TTSDictionary.h"
-#include "sdk/lock.h"
-#include "sdk/records/ScheduleCache.h"
+#include "../framework/api.h"
+#include "../framework/eventQueue.h"
+#include "../framework/fork.h"
+#include "../framework/localMutex.h"
+#include "../framework/log.h"
+#include "../framework/threadAnnotations.h"
+#include "../framework/threadClass.h"
+#include "../include/common/tevlist.h"
+#include "../resource/common/paInfo.h"
+#include "AnnouncementRequest.h"
+#include "Gain.h"
+#include "Message.h"
+#include "PAControllerObserver.h"
+#include "ScheduleDefinition.h"
+#include "TTSDictionary.h"
+#include "lock.h"
+#include "records/RecordCache.h"
+#include "records/ScheduleCache.h"
 
 namespace pa {
 class Payload;
@@ -46,7 +50,7 @@ struct PlayMessageParams {
 ///
 /// Every public function may be called from any thread, also from inside an observer's callback.
 /// The object lives as long as the process: its worker thread never ends.
-class PAController final : public threadClass {
+class PA_API PAController final : public threadClass {
 public:
     /// Starts the worker thread.
     /// @throws std::system_error when the thread or the mutex cannot be made
@@ -104,9 +108,13 @@ public:
         Changed,
     };
 
+    /// The first half for a source.
     [[nodiscard]] MergeResult mergePaSource(int key, TEVlist* record);
+    /// The second half for a source.
     void notifyPaSource(int key, MergeResult result);
+    /// The first half for a schedule.
     [[nodiscard]] MergeResult mergeSchedule(int scheduleId, TEVlist* record);
+    /// The second half for a schedule.
     void notifySchedule(int scheduleId, MergeResult result);
     /// @}
 
@@ -266,8 +274,11 @@ public:
 
     /// Reserved: these have no effect.
     void addPaSinkToSelector(int selectorId, int sinkId);
+    /// Reserved.
     void deletePaSinkFromSelector(int selectorId, int sinkId);
+    /// Reserved.
     void enablePaSelector(int selectorId);
+    /// Reserved.
     void disablePaSelector(int selectorId);
     /// @}
 
@@ -407,24 +418,27 @@ private:
     template <class Cache, class Argument>
     struct WithdrawalRow;
 
-    /// Calls `slot` on every observer in registration order, each with its own copies. An observer
-    /// that throws is reported and the next one called.
+    using ObserverList = std::vector<PAControllerObserver*>;
+
+    /// Calls `slot` on every observer in registration order, each with its own copies; the last one
+    /// takes the arguments themselves where they are temporary. An observer that throws is reported
+    /// and the next one called.
     template <class... Parameters, class... Arguments>
     void notifyObservers(void (PAControllerObserver::*slot)(Parameters...),
-                         const Arguments&... arguments);
+                         Arguments&&... arguments);
 
-    /// The same, as long as the condition holds before each call: an observer that has been
+    /// The same, as long as the condition holds between the calls: an observer that has been
     /// notified of a deletion must not be notified of the entry afterwards.
     template <class Condition, class... Parameters, class... Arguments>
     void notifyWhile(Condition holds, void (PAControllerObserver::*slot)(Parameters...),
-                     const Arguments&... arguments);
+                     Arguments&&... arguments);
 
-    /// Notifies the observers of a changed entry and posts its event. Does nothing when the entry
-    /// has been deleted, and stops when a callback deletes it.
+    /// Notifies the observers of a changed entry and posts its event. Stops when a callback deletes
+    /// the entry.
     template <class Record>
-    void publish(std::map<int, Record>& cache, int key, bool changed,
-                 void (PAControllerObserver::*slot)(Record), EventItem::EVENT_TYPE event)
-        PASDK_REQUIRES(paControllerMtx);
+    void publish(pa::RecordCache<Record>& cache, typename pa::RecordCache<Record>::iterator entry,
+                 bool changed, void (PAControllerObserver::*slot)(Record),
+                 EventItem::EVENT_TYPE event) PASDK_REQUIRES(paControllerMtx);
 
     template <class Cache, class Argument>
     void deleteEntries(const WithdrawalRow<Cache, Argument>& row, int key)
@@ -451,7 +465,8 @@ private:
         std::optional<std::time_t> sent;  // when the request was sent; nothing when it was not
     };
     pa::ForkHooks forkHooks();
-    std::vector<PAControllerObserver*> observers() const;
+    /// In registration order; not owned. Valid for good: a registration makes another list.
+    const ObserverList& observers() const;
     void reportThrowingObserver();
     void renewSourceLocks() PASDK_REQUIRES(paControllerMtx);
     void giveUpOldPreviews() PASDK_REQUIRES(paControllerMtx);
@@ -478,13 +493,13 @@ private:
     ScheduleDefinition* scheduleOf(int scheduleId) PASDK_REQUIRES(paControllerMtx);
     void notifyUploadFailed(const std::string& requestId);
 
-    std::map<int, PaSource> availablePaSources PASDK_GUARDED_BY(paControllerMtx);
+    pa::RecordCache<PaSource> availablePaSources PASDK_GUARDED_BY(paControllerMtx);
     /// In order of arrival.
     std::vector<PaSourceLockStatus> availablePaSourcesLockStatus PASDK_GUARDED_BY(paControllerMtx);
-    std::map<int, PaSink> availablePaSinks PASDK_GUARDED_BY(paControllerMtx);
-    std::map<int, PaTrigger> availablePaTriggersHW PASDK_GUARDED_BY(paControllerMtx);
+    pa::RecordCache<PaSink> availablePaSinks PASDK_GUARDED_BY(paControllerMtx);
+    pa::RecordCache<PaTrigger> availablePaTriggersHW PASDK_GUARDED_BY(paControllerMtx);
     std::vector<PaSWTrigger> availablePaTriggersSW PASDK_GUARDED_BY(lookupLock);
-    std::map<int, PaSelector> availablePaSelectors PASDK_GUARDED_BY(paControllerMtx);
+    pa::RecordCache<PaSelector> availablePaSelectors PASDK_GUARDED_BY(paControllerMtx);
     /// By element number of the source record.
     std::map<int, std::set<std::string>> attachedPaZonesToPaSourceList
         PASDK_GUARDED_BY(paControllerMtx);
@@ -496,17 +511,19 @@ private:
     /// initPaResources.
     mutable pa::LeafLock lookupLock;
 
-    /// In registration order; not owned.
-    std::vector<PAControllerObserver*> paControllerObservers PASDK_GUARDED_BY(lookupLock);
+    /// One after each registration. None is changed or removed, so that the last one is read
+    /// without a lock.
+    std::deque<ObserverList> observerLists PASDK_GUARDED_BY(lookupLock){ObserverList()};
+    std::atomic<const ObserverList*> paControllerObservers{&observerLists.back()};
 
-    std::map<int, PaZone> availablePaZonesPrimaryServer PASDK_GUARDED_BY(paControllerMtx);
-    std::map<int, PaZone> availablePaZonesLocalServer PASDK_GUARDED_BY(paControllerMtx);
+    pa::RecordCache<PaZone> availablePaZonesPrimaryServer PASDK_GUARDED_BY(paControllerMtx);
+    pa::RecordCache<PaZone> availablePaZonesLocalServer PASDK_GUARDED_BY(paControllerMtx);
     pa::ScheduleCache scheduleList PASDK_GUARDED_BY(lookupLock);
-    std::map<int, TTSVocalizer> ttsVocalizertList PASDK_GUARDED_BY(paControllerMtx);
-    std::map<int, TTSDictionary> ttsDictionaryList PASDK_GUARDED_BY(paControllerMtx);
+    pa::RecordCache<TTSVocalizer> ttsVocalizertList PASDK_GUARDED_BY(paControllerMtx);
+    pa::RecordCache<TTSDictionary> ttsDictionaryList PASDK_GUARDED_BY(paControllerMtx);
     /// By request id.
     std::map<std::string, TTSPendingInfo> ttsPendingPreviewList PASDK_GUARDED_BY(lookupLock);
-    std::map<int, AnnouncementRequest> activeAnnouncementRequestList PASDK_GUARDED_BY(lookupLock);
+    pa::RecordCache<AnnouncementRequest> activeAnnouncementRequestList PASDK_GUARDED_BY(lookupLock);
 
     /// Where availablePaSourcesLockStatus has the first entry of a source.
     std::unordered_map<int, std::size_t> lockIndex PASDK_GUARDED_BY(paControllerMtx);
@@ -518,4 +535,4 @@ private:
 
 /// The controller of the process: ready before main and in every static constructor (but for one
 /// with an init_priority of 101), never destroyed.
-extern PAController& gPaController;
+extern PA_API PAController& gPaController;

@@ -1,10 +1,11 @@
+// SPDX-License-Identifier: Apache-2.0
 #pragma once
 
 #include <string>
 
-#include "resource/common/paInfo.h"
-#include "sdk/AnnouncementRequest.h"
-#include "sdk/ScheduleDefinition.h"
+#include "../resource/common/paInfo.h"
+#include "AnnouncementRequest.h"
+#include "ScheduleDefinition.h"
 
 /// Receives the changes of the controller's caches. An observer is owned by the application, is
 /// never removed, and must outlive the controller.
@@ -21,6 +22,7 @@
 /// reported and the next observer is called.
 class PAControllerObserver {
 public:
+    /// Why a retrieval has no audio.
     enum MessageRetrievalError : int {
         MRE_NO_ERROR = 0,
         MRE_TIMED_OUT = 1,

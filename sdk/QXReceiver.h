@@ -1,18 +1,20 @@
+// SPDX-License-Identifier: Apache-2.0
 #pragma once
 
 #include <chrono>
 #include <cstddef>
 #include <string>
 
-#include "sdk/DroppedOperation.h"
-#include "sdk/operations.h"
+#include "../framework/api.h"
+#include "DroppedOperation.h"
+#include "operations.h"
 
 namespace pa {
 
 /// A request to the server, as the send queue holds it.
 struct Operation {
     int destination = 0;  ///< -1 direct link, -2 indirect link
-    OperationType type;
+    OperationType type;   ///< class and number
     int flag = 0;         ///< always 1
     std::string payload;  ///< the operation's text
 };
@@ -51,7 +53,7 @@ public:
 ///
 /// Operations that are dropped on an application's thread wait for that in a list of 16 MiB (about
 /// 100,000 operations). Those beyond it are counted, and reported as one with their number.
-class QXReceiver {
+class PA_API QXReceiver {
 public:
     /// Default of `setMaxBytes`: 100,000 play operations of 300 bytes count 42.8 MB.
     static constexpr std::size_t defaultMaxBytes = std::size_t{64} << 20U;

@@ -1,8 +1,10 @@
+// SPDX-License-Identifier: Apache-2.0
 #pragma once
 
 #include <string>
 
-#include "framework/shared.h"
+#include "../framework/api.h"
+#include "../framework/shared.h"
 
 class AudioServer;
 class QXReceiver;
@@ -15,23 +17,23 @@ class QXReceiver;
 
 /// The audio-server facade; null before the SDK is connected. Set by the link when it starts, then
 /// constant.
-extern AudioServer* gAudioServerInstance;
+extern PA_API AudioServer* gAudioServerInstance;
 
 /// The server link's send queue.
-extern QXReceiver gQXReceiver;
+extern PA_API QXReceiver gQXReceiver;
 
 /// Destination number of the local (directly connected) server.
-extern int gLocalDstNo;
+extern PA_API int gLocalDstNo;
 
 /// Destination number of the active audio server; 0 when none is active.
-extern int gActiveAudioServerDstNo;
+extern PA_API int gActiveAudioServerDstNo;
 
 /// Whether the client reaches the audio server indirectly, through the local server.
-extern bool gIndirectCXSConnection;
+extern PA_API bool gIndirectCXSConnection;
 
 /// The longest time, in seconds, that a synchronous operation waits for the server.
-extern int gMaxServerWaitTimeSeconds;
+extern PA_API int gMaxServerWaitTimeSeconds;
 
 /// This device's IP address, the origin in request payloads. Set before the link starts, then
 /// constant.
-extern std::string& gDeviceIPAddress;
+extern PA_API std::string& gDeviceIPAddress;

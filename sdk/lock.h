@@ -1,9 +1,10 @@
+// SPDX-License-Identifier: Apache-2.0
 #pragma once
 
 #include <mutex>
 
-#include "framework/localMutex.h"
-#include "framework/threadAnnotations.h"
+#include "../framework/localMutex.h"
+#include "../framework/threadAnnotations.h"
 
 namespace pa {
 

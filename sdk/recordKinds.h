@@ -1,10 +1,12 @@
+// SPDX-License-Identifier: Apache-2.0
 #pragma once
 
 #include <cstddef>
 #include <iterator>
 
 /// @file
-/// The kinds of records that a server reports.
+/// The kinds of records that a server reports; docs/link-protocol.md has the fields of each.
+/// Constants, for any thread.
 
 namespace pa {
 
@@ -30,10 +32,11 @@ enum class KindWithdrawal {
     ByOwnFunction,  ///< by a function for this kind
 };
 
+/// What holds for a kind of records.
 struct RecordKindRow {
-    RecordKind kind;
-    const char* name;  ///< in messages
-    KindWithdrawal withdrawal;
+    RecordKind kind;            ///< its number
+    const char* name;           ///< in messages
+    KindWithdrawal withdrawal;  ///< how its records are withdrawn
 };
 
 /// Every kind of record, in the order in which a withdrawal of every kind visits them.
@@ -50,6 +53,7 @@ inline constexpr RecordKindRow recordKinds[] = {
     {RecordKind::TtsDictionary, "text-to-speech item", KindWithdrawal::ByOwnFunction},
 };
 
+/// Whether no kind has two rows.
 constexpr bool isEachKindThereOnce() {
     for (std::size_t i = 0; i < std::size(recordKinds); ++i) {
         for (std::size_t other = 0; other < i; ++other) {

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #pragma once
 
 #include <string>
@@ -16,8 +17,8 @@ struct IgnoredOperations {
 
 /// What the server can play, of which it sends no records.
 struct Contents {
-    std::vector<DictionaryItem> dictionary;
-    std::vector<Recording> recordings;  ///< its own, uploads and user recordings
+    std::vector<DictionaryItem> dictionary;  ///< with the chimes
+    std::vector<Recording> recordings;       ///< its own, uploads and user recordings
 };
 
 /// What can be asked of a simulated server beside what its client asks of it: events of the

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #pragma once
 
 #include <chrono>
@@ -66,6 +67,8 @@ public:
 
     /// @name As the functions of SimControl with these names
     /// @{
+
+    /// As the function of `SimControl` with this name.
     void setTrigger(int triggerId, bool active);
     void setSelector(int selectorId, int state);
     void lockSource(int sourceId, const std::string& client);

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /// The time of the simulated server: its clock thread, and what falls due.
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "util/userFile.h"
 
 #include <cstdlib>
@@ -8,7 +9,7 @@ namespace {
 
 /// The absolute path in a variable, else an empty one.
 std::filesystem::path folderIn(const char* variable) {
-    const char* const value = std::getenv(variable);  // NOLINT: no thread changes the environment
+    const char* const value = std::getenv(variable);
     return value != nullptr && *value == '/' ? value : "";
 }
 

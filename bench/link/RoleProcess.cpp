@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "bench/link/RoleProcess.h"
 
 #include <array>
@@ -30,6 +31,7 @@ RoleProcess::RoleProcess(std::vector<std::string> words, Pipe input, Pipe output
     : role_(words.at(0)), input_(input.ends[1]), output_(output.ends[0]) {
     words.insert(words.begin(), {"broker_link_bench", roleArgument});
     std::vector<char*> arguments;
+    arguments.reserve(words.size() + 1);
     for (std::string& word : words) {
         arguments.push_back(word.data());
     }

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The link over a broker, beside a client that receives the same messages with only the library.
 // Every delivery has a broker of its own, and processes of their own for who publishes and who
 // receives. The trials of a measurement and of its reference take turns.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /// soak_client URL NUMBER: a client of script/soak. Asks for an operation each second on each of
 /// five threads, and writes what is reported to it of each.
 ///
@@ -226,6 +227,7 @@ void work(const std::string& url, int number) {
     connection.open({30s});
     Gate gate;
     std::vector<std::thread> workers;
+    workers.reserve(threads);
     for (int i = 0; i < threads; ++i) {
         workers.emplace_back([&, i] { Worker(number, i, connection).run(gate); });
     }

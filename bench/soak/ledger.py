@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 """What the clients have asked for, what was reported to them, and what has become of it."""
 from collections import Counter, defaultdict
 

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 """The processes of a run. Each ends with the run, however that ends; its memory is sampled."""
 import os
 import queue

@@ -1,4 +1,5 @@
 #!/usr/bin/python3 -B
+# SPDX-License-Identifier: Apache-2.0
 """script/soak [MINUTES], after the build: soak.py PROGRAMS MINUTES
 
 Two servers, of which one is active, and four clients on a broker. The clients ask for 20 operations a

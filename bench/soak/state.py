@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 """The station of a run, and what its servers hold: read from their databases, not from what they report.
 
 Triggers of the database note each change in the transaction that makes it. So what a server has

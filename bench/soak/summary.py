@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 """What a run has shown, as a table and as faults."""
 import state
 from ledger import Judgement

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 """What passes over the broker, as a plain MQTT client sees it: not with the code under test."""
 import json
 import re

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "client/confirmedOperations.h"
 #include "console/commands/commands.h"
 #include "console/commands/playOptions.h"
@@ -12,14 +13,14 @@ namespace {
 /// What is done with one recording.
 struct PathOperation {
     const char* effect;
-    const char* unconfirmed;  ///< what the server does not confirm; null for what it does
+    const char* unconfirmed;  ///< what the server does not confirm; empty for what it does
     Confirmation (*send)(const std::string& path, const Wait& wait);
-    const char* ending;  ///< what ends with the server; null for nothing
+    const char* ending;  ///< what ends with the server; empty for nothing
 };
 
-constexpr PathOperation start{" is being recorded", nullptr, startRecording, "the recording"};
-constexpr PathOperation preview{" is played back", "previews", previewRecording, nullptr};
-constexpr PathOperation remove{" is deleted", "deletions", deleteRecording, nullptr};
+constexpr PathOperation start{" is being recorded", "", startRecording, "the recording"};
+constexpr PathOperation preview{" is played back", "previews", previewRecording, ""};
+constexpr PathOperation remove{" is deleted", "deletions", deleteRecording, ""};
 
 template <const PathOperation& operation>
 struct OfRecording {
@@ -33,7 +34,7 @@ struct OfRecording {
     void run(const Context& context) const {
         const std::string path = serverPath(name);
         const std::string effect = path + operation.effect;
-        const bool isConfirmed = operation.unconfirmed == nullptr;
+        const bool isConfirmed = *operation.unconfirmed == 0;
         if (isConfirmed) {
             requireListable("the path", path);  // else it could not be played
         }
@@ -48,7 +49,7 @@ struct OfRecording {
                                          : "requested: " + effect + " (the server confirms no " +
                                                operation.unconfirmed + ')';
         printOutcome(context, sentence, {{"path", path}});
-        if (operation.ending != nullptr) {
+        if (*operation.ending != 0) {
             warnOfEnd(context, operation.ending);
         }
     }

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "client/StationClock.h"
 #include "client/resources.h"
 #include "console/commands/commands.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "console/following/LiveView.h"
 
 #include <algorithm>
@@ -34,8 +35,8 @@ TerminalSize sizeOfTerminal(int terminal) {
 }
 
 bool hasColours(int terminal) {
-    const char* const refused = std::getenv("NO_COLOR");  // NOLINT: the environment is constant
-    const char* const type = std::getenv("TERM");         // NOLINT: as above
+    const char* const refused = std::getenv("NO_COLOR");
+    const char* const type = std::getenv("TERM");
     return terminal >= 0 && (refused == nullptr || *refused == '\0') && type != nullptr &&
            std::strcmp(type, "dumb") != 0;
 }

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "console/text/TextTable.h"
 
 #include <algorithm>
@@ -70,7 +71,7 @@ std::string TextTable::text(std::size_t columns) const {
 std::string choiceTable(const std::vector<std::string>& choices, std::size_t columns) {
     constexpr std::size_t mostShown = 100;
     const std::size_t shown = std::min(choices.size(), mostShown);
-    std::size_t width = 0;
+    std::size_t width = 2;  // of the gap
     for (std::size_t i = 0; i < shown; ++i) {
         width = std::max(width, displayWidth(clean(choices[i])) + 2);
     }

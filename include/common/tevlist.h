@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #pragma once
 
 struct TEVlist;
@@ -13,7 +14,7 @@ struct TEVnode {
 };
 
 /// A record of the server: its fields in wire order. Record handlers read `listTop`, `nextNode` and
-/// `dataPtr` only, and neither change nor free the list.
+/// `dataPtr` only, and neither change nor free the list, which belongs to the calling thread.
 struct TEVlist {
     TEVnode* listTop;                               ///< first field, null for an empty record
     TEVnode* listBot;                               ///< last field

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "link/embedded/EmbeddedTransport.h"
 
 #include <algorithm>
@@ -107,6 +108,9 @@ void EmbeddedTransport::deliver(ServerEvent event) {
 /// Notes what an event that is about to be queued means for the connection.
 /// @return whether it is queued
 bool EmbeddedTransport::admit(const ServerEvent& event) {
+    if (std::holds_alternative<Record>(event)) {
+        return running_;
+    }
     const std::lock_guard guard(lock_);
     if (!running_ || (std::holds_alternative<RoundTripComplete>(event) && roundTripLost_)) {
         return false;

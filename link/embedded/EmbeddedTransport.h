@@ -1,5 +1,7 @@
+// SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <atomic>
 #include <condition_variable>
 #include <cstddef>
 #include <cstdint>
@@ -9,10 +11,11 @@
 #include <optional>
 #include <string>
 
-#include "framework/posixThread.h"
-#include "link/Backoff.h"
-#include "link/DeliveryQueue.h"
-#include "link/Transport.h"
+#include "../../framework/api.h"
+#include "../../framework/posixThread.h"
+#include "../Backoff.h"
+#include "../DeliveryQueue.h"
+#include "../Transport.h"
 
 namespace palink {
 
@@ -59,7 +62,7 @@ public:
 ///
 /// When the server ends the connection the transport connects again, as often as it takes, on its
 /// second thread, after pauses by `Backoff` on the host's clock.
-class EmbeddedTransport final : public Transport, private ServerEventSink {
+class PA_API EmbeddedTransport final : public Transport, private ServerEventSink {
 public:
     /// @param server   must outlive the transport
     /// @param maxBytes how much of what the server reports may wait, by an estimate of its size
@@ -99,7 +102,7 @@ private:
     std::mutex lock_;
     std::condition_variable callRequested_;  // a level meter, a round trip, a connection
     // Guarded by lock_.
-    bool running_ = false;
+    std::atomic<bool> running_{false};        // also read without it
     bool connected_ = false;                  // by what the server has reported last
     std::map<int, bool> meterRequests_;       // by element
     std::optional<std::uint64_t> roundTrip_;  // the latest that waits: it answers those before

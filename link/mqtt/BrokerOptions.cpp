@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "link/mqtt/BrokerOptions.h"
 
 #include <cerrno>
@@ -40,7 +41,7 @@ std::string takeHost(std::string_view& text) {
     if (isBracketed && end == std::string_view::npos) {
         refuseUrl("with an IPv6 address in brackets");
     }
-    const std::string host(text.substr(begin, end - begin));
+    std::string host(text.substr(begin, end - begin));
     text.remove_prefix(end == std::string_view::npos ? text.size() : end + begin);
     if (host.empty() || host.find_first_of(" \t\r\n") != std::string::npos) {
         refuseUrl("with a name or an address of a host");

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "link/mqtt/HostLookup.h"
 
 #include <array>
@@ -47,7 +48,7 @@ HostLookup::Result lookUp(const std::string& host) {
 
 }  // namespace
 
-HostLookup::HostLookup(std::string host, std::shared_ptr<WakeUp> wake)
+HostLookup::HostLookup(std::string host, const std::shared_ptr<WakeUp>& wake)
     : state_(std::make_shared<State>()) {
     pa::PosixThread thread("mqtt-lookup", [state = state_, host = std::move(host), wake] {
         Result result = lookUp(host);

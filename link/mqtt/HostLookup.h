@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #pragma once
 
 #include <memory>
@@ -20,7 +21,7 @@ public:
 
     /// @param wake is signalled when there is a result
     /// @throws std::system_error when there is no thread for it
-    HostLookup(std::string host, std::shared_ptr<WakeUp> wake);
+    HostLookup(std::string host, const std::shared_ptr<WakeUp>& wake);
     HostLookup(const HostLookup&) = delete;
     HostLookup& operator=(const HostLookup&) = delete;
     ~HostLookup();

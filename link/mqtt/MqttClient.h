@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #pragma once
 
 #include <chrono>
@@ -7,8 +8,9 @@
 #include <string>
 #include <vector>
 
-#include "link/mqtt/BrokerOptions.h"
-#include "link/mqtt/MqttMessage.h"
+#include "../../framework/api.h"
+#include "BrokerOptions.h"
+#include "MqttMessage.h"
 
 namespace palink {
 
@@ -104,7 +106,7 @@ public:
 
     [[nodiscard]] bool isConnected() const;
 
-    [[nodiscard]] const BrokerOptions& options() const;
+    [[nodiscard]] PA_API const BrokerOptions& options() const;
 
 private:
     class Connection;

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "link/mqtt/MqttConnection.h"
 
 #include <algorithm>
@@ -38,17 +39,29 @@ void MqttClient::Connection::run() {
     }
 }
 
+/// A session is the current one as long as it exists, also when its work ends with an exception.
+class MqttClient::Connection::CurrentSession {
+public:
+    CurrentSession(Connection& connection, BrokerSession& session) : connection_(connection) {
+        connection_.current_ = &session;
+    }
+    CurrentSession(const CurrentSession&) = delete;
+    CurrentSession& operator=(const CurrentSession&) = delete;
+    ~CurrentSession() { connection_.forgetSession(); }
+
+private:
+    Connection& connection_;
+};
+
 /// Connects, serves the connection until it ends, and returns why.
 ConnectionEnd MqttClient::Connection::connectOnce() {
     ConnectionEnd end;
     try {
         for (const std::string& address : addresses(end)) {
             BrokerSession session(library_, options_, clientId_, will_ ? &*will_ : nullptr, *this);
-            current_ = &session;
+            const CurrentSession current(*this, session);
             session.connect(address);
-            const bool isOwnEnd = serve(session);
-            forgetSession();
-            if (isOwnEnd) {
+            if (serve(session)) {
                 return {"dropped by this client", false};
             }
             end = session.end();

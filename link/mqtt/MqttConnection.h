@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #pragma once
 
 #include <chrono>
@@ -53,6 +54,8 @@ private:
     void onMessage(const ReceivedMessage& message) override { listener_.onMessage(message); }
     void onAcknowledged(int id, int reasonCode) override;
     void onSubscribed(int id, const std::vector<int>& reasonCodes) override;
+
+    class CurrentSession;
 
     void run();
     ConnectionEnd connectOnce();

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #pragma once
 
 #include <condition_variable>
@@ -11,22 +12,23 @@
 #include <string>
 #include <utility>
 
-#include "framework/posixThread.h"
-#include "link/DeliveryQueue.h"
-#include "link/Transport.h"
-#include "link/mqtt/BrokerOptions.h"
-#include "link/mqtt/FaultReports.h"
-#include "link/mqtt/MqttClient.h"
-#include "link/mqtt/RecordDecoder.h"
-#include "link/mqtt/Requests.h"
-#include "link/mqtt/ServerView.h"
-#include "link/mqtt/Uploads.h"
+#include "../../framework/api.h"
+#include "../../framework/posixThread.h"
+#include "../DeliveryQueue.h"
+#include "../Transport.h"
+#include "BrokerOptions.h"
+#include "FaultReports.h"
+#include "MqttClient.h"
+#include "RecordDecoder.h"
+#include "Requests.h"
+#include "ServerView.h"
+#include "Uploads.h"
 
 namespace palink {
 
 /// How the link over a broker is doing.
 struct MqttStatistics {
-    bool brokerConnected = false;
+    bool brokerConnected = false;  ///< whether the broker has accepted the connection
     std::string problem;           ///< why there is no connection to a server; empty with one
     bool permanent = false;        ///< the broker refuses, and will until something is configured
     int dstNo = 0;                 ///< of the server in use, 0 for none
@@ -50,7 +52,7 @@ struct MqttStatistics {
 /// Every refusal is delivered as `Refusal`, also that of the broker. An operation without an answer
 /// is reported through `handleError`, and so is one that the server refuses because it has started
 /// again: whether it was carried out before is unknown.
-class MqttTransport final : public Transport, private MqttListener {
+class PA_API MqttTransport final : public Transport, private MqttListener {
 public:
     /// How much may wait to be delivered, by default.
     static constexpr std::size_t defaultMaxBytes = DeliveryQueue::defaultMaxBytes;
@@ -87,6 +89,7 @@ public:
     /// Whether the server in use takes control messages.
     [[nodiscard]] bool hasControl() const;
 
+    /// The state now. May be called from any thread.
     [[nodiscard]] MqttStatistics statistics() const;
 
     /// The broker's address, for messages.

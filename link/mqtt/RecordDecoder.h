@@ -1,12 +1,13 @@
+// SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "link/Transport.h"
-#include "link/mqtt/FaultReports.h"
+#include "../Transport.h"
+#include "FaultReports.h"
 
 namespace palink {
 
 /// Passes events on, on the thread that delivers them. A record waits for that with its payload as
-/// its only field, which is one block of memory in place of many; here it gets its fields. One that
+/// its only field, so that the network's thread does not read it; here it gets its fields. One that
 /// is malformed is reported and dropped.
 class RecordDecoder final : public ServerEventSink {
 public:

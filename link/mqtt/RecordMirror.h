@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #pragma once
 
 #include <cstdint>
@@ -5,8 +6,8 @@
 #include <unordered_map>
 #include <vector>
 
-#include "link/mqtt/serverStatus.h"
-#include "sdk/recordKinds.h"
+#include "../../sdk/recordKinds.h"
+#include "serverStatus.h"
 
 namespace palink {
 

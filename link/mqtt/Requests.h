@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #pragma once
 
 #include <chrono>
@@ -13,9 +14,9 @@
 #include <unordered_map>
 #include <vector>
 
-#include "framework/fork.h"
-#include "link/mqtt/MqttMessage.h"
-#include "link/mqtt/answer.h"
+#include "../../framework/fork.h"
+#include "MqttMessage.h"
+#include "answer.h"
 
 namespace palink {
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #pragma once
 
 #include <cstdint>
@@ -7,8 +8,8 @@
 #include <variant>
 #include <vector>
 
-#include "link/mqtt/serverStatus.h"
-#include "sdk/recordKinds.h"
+#include "../../sdk/recordKinds.h"
+#include "serverStatus.h"
 
 namespace palink {
 

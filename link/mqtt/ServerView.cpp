@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "link/mqtt/ServerView.h"
 
 #include <algorithm>
@@ -197,9 +198,7 @@ void ServerView::takeRecord(const topics::RecordTopic& topic, std::string_view p
             change.events.emplace_back(Withdrawal{topic.dstNo, topic.kind, topic.key});
         }
     } else if (mirror->put(topic.key, recordChecksum(topic.kind, topic.key, payload))) {
-        Record record{topic.dstNo, topic.kind, topic.key, {}};
-        record.fields.emplace_back(payload);
-        change.events.emplace_back(std::move(record));
+        change.events.emplace_back(Record{topic.dstNo, topic.kind, topic.key, {payload}});
         server.hasProgress = true;
     }
     withdrawLeftovers(topic.dstNo, topic.kind, *mirror, change);

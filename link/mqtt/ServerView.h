@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #pragma once
 
 #include <cstdint>
@@ -7,11 +8,11 @@
 #include <string_view>
 #include <vector>
 
-#include "link/Backoff.h"
-#include "link/Transport.h"
-#include "link/mqtt/RecordMirror.h"
-#include "link/mqtt/ServerDirectory.h"
-#include "link/mqtt/topics.h"
+#include "../Backoff.h"
+#include "../Transport.h"
+#include "RecordMirror.h"
+#include "ServerDirectory.h"
+#include "topics.h"
 
 namespace palink {
 

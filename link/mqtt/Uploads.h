@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #pragma once
 
 #include <atomic>
@@ -6,8 +7,8 @@
 #include <optional>
 #include <string>
 
-#include "link/Transport.h"
-#include "link/mqtt/Requests.h"
+#include "../Transport.h"
+#include "Requests.h"
 
 namespace palink {
 

@@ -1,9 +1,10 @@
+// SPDX-License-Identifier: Apache-2.0
 #pragma once
 
 #include <string>
 #include <string_view>
 
-#include "link/mqtt/MalformedMessage.h"
+#include "MalformedMessage.h"
 
 /// @file
 /// The answer to a request on the broker, docs/link-protocol.md.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "link/mqtt/recordPayload.h"
 
 #include <algorithm>
@@ -55,7 +56,7 @@ public:
         return true;
     }
     bool null() override { return add(std::nullopt); }
-    bool string(string_t& text) override { return add(std::move(text)); }
+    bool string(string_t& text) override { return add(text); }
     bool boolean(bool /*value*/) override { return false; }
     bool number_integer(number_integer_t /*value*/) override { return false; }
     bool number_unsigned(number_unsigned_t /*value*/) override { return false; }
@@ -72,11 +73,11 @@ public:
 private:
     enum class State { Before, Inside, After, Bad };
 
-    bool add(std::optional<std::string> field) {
+    bool add(pa::RecordFields::Field field) {
         if (state_ != State::Inside) {
             return false;
         }
-        fields.push_back(std::move(field));
+        fields.push_back(field);
         return true;
     }
 
@@ -119,14 +120,18 @@ std::optional<pa::RecordFields> readPlainly(std::string_view payload) {
         return std::nullopt;
     }
     pa::RecordFields fields;
-    fields.reserve(static_cast<std::size_t>(std::count(payload.begin(), payload.end(), ',')) + 1);
+    const auto commas = std::count(payload.begin(), payload.end(), ',');
+    fields.reserve(static_cast<std::size_t>(commas) + 1, payload.size());
+    std::string text;
     for (std::string_view rest = payload.substr(1); !rest.empty();) {
         if (rest.front() == '"') {
-            if (!readText(rest, fields.emplace_back(std::in_place).value())) {
+            text.clear();
+            if (!readText(rest, text)) {
                 return std::nullopt;
             }
+            fields.push_back(text);
         } else if (rest.substr(0, null.size()) == null) {
-            fields.emplace_back();
+            fields.push_back(std::nullopt);
             rest.remove_prefix(null.size());
         } else {
             return std::nullopt;
@@ -144,13 +149,13 @@ std::optional<pa::RecordFields> readPlainly(std::string_view payload) {
 
 std::string encodeRecord(const pa::RecordFields& fields) {
     std::size_t bytes = 2;
-    for (const auto& field : fields) {
+    for (const auto field : fields) {
         bytes += field ? field->size() + 3 : 5;  // quotes, null, comma
     }
     std::string payload;
     payload.reserve(bytes);
     payload += '[';
-    for (const auto& field : fields) {
+    for (const auto field : fields) {
         if (payload.size() > 1) {
             payload += ',';
         }

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #pragma once
 
 #include <cstdint>
@@ -5,8 +6,8 @@
 #include <string>
 #include <string_view>
 
-#include "link/mqtt/MalformedMessage.h"
-#include "sdk/recordKinds.h"
+#include "../../sdk/recordKinds.h"
+#include "MalformedMessage.h"
 
 /// @file
 /// The status of a server on the broker, docs/link-protocol.md.

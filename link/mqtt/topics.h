@@ -1,11 +1,12 @@
+// SPDX-License-Identifier: Apache-2.0
 #pragma once
 
 #include <optional>
 #include <string>
 #include <string_view>
 
-#include "sdk/operations.h"
-#include "sdk/recordKinds.h"
+#include "../../sdk/operations.h"
+#include "../../sdk/recordKinds.h"
 
 /// @file
 /// The topics of the link protocol, docs/link-protocol.md.

@@ -1,16 +1,19 @@
+// SPDX-License-Identifier: Apache-2.0
 #pragma once
 
 #include <string>
 #include <vector>
 
-#include "sdk/Gain.h"
+#include "../../framework/api.h"
+#include "../../sdk/Gain.h"
 
 /// An audio output of the PA system: a speaker bus, an amplifier output, an induction loop, a help
 /// point. A plain value; the controller hands out copies.
 ///
 /// The operations act on the copy at hand: they read it, take no lock and never touch the cache.
 /// The effect is reported by a later record of the server.
-struct PaSink {
+struct PA_API PaSink {
+    /// What the sink is. Only 1 to 4 have a gain, only 9 and 10 can be reset.
     enum Type : int {
         SINK_TYPE_NOT_DEFINED = 0,
         HIGH_IMPEDANCE_SPEAKER_BUS = 1,
@@ -24,7 +27,9 @@ struct PaSink {
         ZENTRIQ_KPL2 = 9,
         ZENTRIQ_RMX4 = 10,
     };
+    /// Whether audio plays.
     enum State : int { UNKNOWN = 0, IDLE = 1, ACTIVE = 2 };
+    /// What plays.
     enum AnnouncementType : int {
         NO_ANNOUNCEMENT = 0,
         FILE_PLAY = 1,
@@ -33,6 +38,7 @@ struct PaSink {
         AUDIO_SWITCHING = 4,
         VOIP_STREAMING = 5,
     };
+    /// As the server reports it.
     enum HealthState : int {
         UNKNOWN_HEALTHSTATE = 0,
         HEALTHY = 1,
@@ -40,35 +46,38 @@ struct PaSink {
         MAJOR_FAULT = 3,
         INACTIVE = 4,
     };
+    /// How audio is sent to it.
     enum BroadcastType : int { MULTICAST_AND_UNICAST = 0, UNICAST_ONLY = 1 };
+    /// As the server reports it.
     enum MuteState : int { MUTED = 0, NOT_MUTED = 1, PARTIALLY_MUTED = 2 };
 
-    int id = 0;           ///< sink id given by the server
-    int tbn_kplPort = 0;  ///< port on the system's interface unit
-    std::string location;
+    int id = 0;                         ///< sink id given by the server
+    int tbn_kplPort = 0;                ///< port on the system's interface unit
+    std::string location;               ///< where the sink is
     std::string label;                  ///< display name
     std::string ipAddress = "0.0.0.0";  ///< output device, dotted
-    Type type = SINK_TYPE_NOT_DEFINED;
+    Type type = SINK_TYPE_NOT_DEFINED;  ///< what it is
     /// Name of the type that the sink had when it was first reported; "UNKNOWN_TYPE" above 7.
     std::string typeAsString = "SINK_TYPE_NOT_DEFINED";
     std::string ampPortList;  ///< amplifier ports, as sent by the server
-    State state = UNKNOWN;
+    State state = UNKNOWN;    ///< whether audio plays
     AnnouncementType announcementType = NO_ANNOUNCEMENT;  ///< what is playing now
     Gain outputGain{-96.0};                               ///< dB
-    MuteState muteState = NOT_MUTED;
-    int monitoringSinkId = 0;  ///< id of the sink that monitors this one
-    bool sinkHasDigitalRoute = true;
-    int serverToUseSinkId = 0;
-    int realDeviceDstNo = 0;
-    HealthState healthState = UNKNOWN_HEALTHSTATE;
-    bool isEnabled = true;
-    std::string dspOutputChannelList;
-    int relayDstNo = 0;
+    MuteState muteState = NOT_MUTED;                      ///< whether it is muted
+    int monitoringSinkId = 0;                             ///< id of the sink that monitors this one
+    bool sinkHasDigitalRoute = true;                      ///< not reported: always true
+    int serverToUseSinkId = 0;                            ///< not reported: always 0
+    int realDeviceDstNo = 0;                              ///< not reported: always 0
+    HealthState healthState = UNKNOWN_HEALTHSTATE;        ///< of the device
+    bool isEnabled = true;                                ///< not reported: always true
+    std::string dspOutputChannelList;                     ///< not reported: always empty
+    int relayDstNo = 0;                                   ///< not reported: always 0
+    /// Not reported: always multicast and unicast.
     BroadcastType broadcastType = MULTICAST_AND_UNICAST;
     std::vector<std::string> paZoneList;          ///< ids of the zones the sink belongs to
     std::vector<std::string> monitoringZoneList;  ///< ids of the zones the sink monitors
-    bool monitoringEnabled = true;
-    std::string mediaLog;  ///< media (campaign) log text
+    bool monitoringEnabled = true;                ///< whether the server monitors it
+    std::string mediaLog;                         ///< media (campaign) log text
 
     /// Asks the server to set the output gain.
     /// @param gain             -96 to 0 dB, both allowed

@@ -1,12 +1,16 @@
+// SPDX-License-Identifier: Apache-2.0
 #pragma once
 
 #include <string>
 #include <vector>
 
+#include "../../framework/api.h"
+
 /// An audio input of the PA system: an analogue input, a paging station, a handset, a train radio.
 /// A plain value; the controller hands out copies. Operations are sent to the server and do not
 /// change the copy; they may be called from any thread and return at once.
-struct PaSource {
+struct PA_API PaSource {
+    /// What the source is. Only 1 and 2 have a gain.
     enum Type : int {
         SOURCE_TYPE_NOT_DEFINED = 0,
         ZENTRIQ_ANALOG_INPUT = 1,
@@ -19,24 +23,28 @@ struct PaSource {
         BGM_SERVER = 8,
         PEI_MIC = 9,
     };
+    /// Whether zones are attached.
     enum AttachState : int { UNKNOWN = 0, NOT_ATTACHED = 1, ATTACHED = 2 };
+    /// How its audio is sent.
     enum BroadcastType : int { MULTICAST_AND_UNICAST = 0, UNICAST_ONLY = 1 };
+    /// As the server reports it.
     enum HealthState : int { UNKNOWN_HEALTHSTATE = 0, HEALTHY = 1, FAULTY = 2 };
+    /// What becomes of the zones that are attached already.
     enum AttachMode : int { ADD_TO_EXISTING_SET = 0, REPLACE_EXISTING_SET = 1 };
 
-    int id = 0;                         ///< source id at the server
-    std::string location;               ///< where the source is
-    std::string label;                  ///< display name
-    std::string ipAddress = "0.0.0.0";  ///< device that holds the source
-    Type type = SOURCE_TYPE_NOT_DEFINED;
-    std::string subAddress;       ///< input within the device
-    AttachState state = UNKNOWN;  ///< whether the source is attached
-    bool isEnabled = true;
-    double inputGain = -96.0;  ///< dB
-    BroadcastType broadcastType = MULTICAST_AND_UNICAST;
-    HealthState healthState = UNKNOWN_HEALTHSTATE;
-    int targetGainAdjustment = 0;
-    int priority = 500;
+    int id = 0;                                           ///< source id at the server
+    std::string location;                                 ///< where the source is
+    std::string label;                                    ///< display name
+    std::string ipAddress = "0.0.0.0";                    ///< device that holds the source
+    Type type = SOURCE_TYPE_NOT_DEFINED;                  ///< what it is
+    std::string subAddress;                               ///< input within the device
+    AttachState state = UNKNOWN;                          ///< whether the source is attached
+    bool isEnabled = true;                                ///< not reported: always true
+    double inputGain = -96.0;                             ///< dB
+    BroadcastType broadcastType = MULTICAST_AND_UNICAST;  ///< that of the first record
+    HealthState healthState = UNKNOWN_HEALTHSTATE;        ///< of the device
+    int targetGainAdjustment = 0;                         ///< not reported: always 0
+    int priority = 500;                                   ///< not reported: always 500
 
     /// Has the server set the input gain.
     /// @param level  in dB, -96 to +42
@@ -90,7 +98,7 @@ struct PaSource {
 
 /// Which client holds the lock of a source.
 struct PaSourceLockStatus {
-    int sourceId = 0;
+    int sourceId = 0;        ///< of the source
     std::string lockedUUID;  ///< UUID of the holder, empty for none
 
     friend bool operator==(const PaSourceLockStatus& a, const PaSourceLockStatus& b) {

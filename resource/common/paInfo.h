@@ -1,10 +1,11 @@
+// SPDX-License-Identifier: Apache-2.0
 #pragma once
 
 /// @file
-/// The records of the PA resources, all of them.
+/// The records of the PA resources, all of them: plain values.
 
-#include "resource/common/PaSelector.h"
-#include "resource/common/PaSink.h"
-#include "resource/common/PaSource.h"
-#include "resource/common/PaTrigger.h"
-#include "resource/common/PaZone.h"
+#include "PaSelector.h"
+#include "PaSink.h"
+#include "PaSource.h"
+#include "PaTrigger.h"
+#include "PaZone.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #pragma once
 
 /// How a priority level is meant.
@@ -28,12 +29,17 @@ class MessagePriority {
 public:
     /// Absolute, level 500.
     MessagePriority() = default;
+    /// A priority of this mode and level.
     MessagePriority(AnnouncementPriorityMode priorityMode, int priorityLevel)
         : mode(priorityMode), level(priorityLevel) {}
 
+    /// How the level is meant.
     void setPriorityMode(AnnouncementPriorityMode priorityMode) { mode = priorityMode; }
+    /// How the level is meant.
     [[nodiscard]] AnnouncementPriorityMode getPriorityMode() const { return mode; }
+    /// A higher level comes first. No range check.
     void setPrioritylevel(int priorityLevel) { level = priorityLevel; }
+    /// A higher level comes first.
     [[nodiscard]] int getPriorityLevel() const { return level; }
 
     friend bool operator==(const MessagePriority& a, const MessagePriority& b) {
@@ -41,6 +47,6 @@ public:
     }
     friend bool operator!=(const MessagePriority& a, const MessagePriority& b) { return !(a == b); }
 
-    AnnouncementPriorityMode mode = APM_ABSOLUTE_PRIORITY;
-    int level = 500;
+    AnnouncementPriorityMode mode = APM_ABSOLUTE_PRIORITY;  ///< how `level` is meant
+    int level = 500;                                        ///< a higher one comes first
 };

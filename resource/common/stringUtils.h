@@ -1,7 +1,91 @@
+// SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <cstddef>
+#include <iterator>
 #include <string>
+#include <utility>
 #include <vector>
+
+namespace pa {
+
+/// Takes the tokens out of a list one after the other, by the rules of `splitStr`, without a copy:
+/// each is written over its own part of the list. A plain value without a lock.
+class TokenReader {
+public:
+    /// @param list outlives the tokens
+    TokenReader(char* list, char separator) : read_(list), separator_(separator) {}
+
+    /// Takes the next token. Leaves the list as it is when there is none.
+    /// @return the token, null when there is none
+    char* next() {
+        const bool follows = std::exchange(separatorBefore_, false);
+        char* read = read_;
+        char* write = read_;
+        bool inQuotes = false;
+        quoted_ = false;
+        for (char c = *read; c != '\0'; c = *++read) {
+            if (c == '"') {
+                inQuotes = !inQuotes;
+                quoted_ = true;
+                continue;
+            }
+            if (c == '\\') {
+                c = *++read;
+                if (c == '\0') {
+                    break;
+                }
+            } else if (c == separator_ && !inQuotes) {
+                separatorBefore_ = true;
+                break;
+            }
+            if (write != read_ || (c != ' ' && c != '\t')) {
+                *write++ = c;
+            }
+        }
+        if (!separatorBefore_ && !follows && !quoted_ && write == read_) {
+            return nullptr;
+        }
+        *write = '\0';
+        size_ = static_cast<std::size_t>(write - read_);
+        return std::exchange(read_, separatorBefore_ ? read + 1 : read);
+    }
+
+    /// The length of the last token.
+    std::size_t size() const { return size_; }
+
+    /// Whether the last token had quotes.
+    bool wasQuoted() const { return quoted_; }
+
+private:
+    char* read_;
+    char separator_;
+    std::size_t size_ = 0;
+    bool separatorBefore_ = false;  // a token follows, even an empty one
+    bool quoted_ = false;
+};
+
+/// Replaces the texts of `out`, in their memory, by every token that follows.
+/// @param markEmpty as of `splitStr`
+template <class Container>
+void assignTokens(TokenReader tokens, Container& out, bool markEmpty = false) {
+    auto place = out.begin();
+    while (const char* const token = tokens.next()) {
+        if (place == out.end()) {
+            out.emplace_back();
+            place = std::prev(out.end());
+        }
+        if (markEmpty && tokens.size() == 0 && !tokens.wasQuoted()) {
+            *place = "<NULL>";
+        } else {
+            place->assign(token, tokens.size());
+        }
+        ++place;
+    }
+    out.erase(place, out.end());
+}
+
+}  // namespace pa
 
 /// Splits a list of texts at `separator`. Double quotes keep a separator inside a token, a
 /// backslash takes the next character literally; both are dropped. Leading blanks and tabs of a
@@ -9,47 +93,13 @@
 /// @param text      the list; an empty one has no tokens, one that ends with the separator has an
 ///                  empty last token
 /// @param separator any character but a double quote and a backslash
-/// @param out       cleared first, then receives the tokens
+/// @param out       receives the tokens in place of what it has
 /// @param markEmpty whether an empty token that was not quoted becomes "<NULL>"
 /// @return the number of tokens
 template <class Container = std::vector<std::string>>
 int splitStr(const char* text, char separator, Container& out, bool markEmpty) {
-    out.clear();
-    std::string token;
-    bool escaped = false;
-    bool inQuotes = false;
-    bool quotedToken = false;
-    bool lastWasSeparator = false;
-    const auto endToken = [&] {
-        out.push_back(markEmpty && token.empty() && !quotedToken ? std::string("<NULL>") : token);
-    };
-
-    for (; *text != '\0'; ++text) {
-        const char c = *text;
-        if (c == '\\' && !escaped) {
-            escaped = true;
-        } else if (c == '"' && !escaped) {
-            inQuotes = !inQuotes;
-            if (inQuotes) {
-                lastWasSeparator = true;
-                quotedToken = true;
-            }
-        } else if (c == separator && !inQuotes && !escaped) {
-            endToken();
-            token.clear();
-            quotedToken = false;
-            lastWasSeparator = true;
-        } else {
-            if (!token.empty() || (c != ' ' && c != '\t')) {
-                token += c;
-                lastWasSeparator = false;
-            }
-            escaped = false;
-        }
-    }
-    if (!token.empty() || lastWasSeparator) {
-        endToken();
-    }
+    std::string list = text;
+    pa::assignTokens(pa::TokenReader(list.data(), separator), out, markEmpty);
     return static_cast<int>(out.size());
 }
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "sdk/PAController.h"
 
 #include <algorithm>
@@ -55,12 +56,13 @@ void PAController::registerObserver(PAControllerObserver* observer) {
     std::size_t total = 0;
     {
         const LeafGuard guard(lookupLock);
-        auto& list = paControllerObservers;
+        ObserverList list = observerLists.back();
         added = std::find(list.begin(), list.end(), observer) == list.end();
         if (added) {
             list.push_back(observer);
+            total = list.size();
+            paControllerObservers = &observerLists.emplace_back(std::move(list));
         }
-        total = list.size();
     }
     if (!added) {
         handleError(1, "%s: paObserver already part of list. Not adding to list",
@@ -70,9 +72,8 @@ void PAController::registerObserver(PAControllerObserver* observer) {
     PASDK_DEBUG(1, "%s: Adding observer to list. Total Observers >%zd<", "registerObserver", total);
 }
 
-std::vector<PAControllerObserver*> PAController::observers() const {
-    const LeafGuard guard(lookupLock);
-    return paControllerObservers;
+const PAController::ObserverList& PAController::observers() const {
+    return *paControllerObservers.load(std::memory_order_acquire);
 }
 
 void PAController::reportThrowingObserver() {

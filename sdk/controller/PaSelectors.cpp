@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // PA selectors: record, cache, queries, reserved operations.
 #include "sdk/PAController.h"
 #include "sdk/controller/notify.h"
@@ -45,19 +46,19 @@ void PAController::addUpdatePaSelector(int elemNo, TEVlist* elemArgList) {
         return;
     }
     PaSelector decoded;
-    decodeRecord(*elemArgList, columns, decoded);
+    decodeRecord<columns>(*elemArgList, decoded);
 
     const MutexGuard guard(paControllerMtx);
-    const Merge merged =
-        mergeRecord(availablePaSelectors, elemNo, decoded, fields, matchById<PaSelector>);
-    const int selectorId = availablePaSelectors.at(elemNo).id;
+    const auto [entry, merged] =
+        mergeRecord<fields>(availablePaSelectors, elemNo, decoded, matchById<PaSelector>);
+    const int selectorId = entry->second.id;
     if (merged == Merge::Updated) {
         PASDK_DEBUG(1, "%s: selectorId >%d< updated", "addUpdatePaSelector", selectorId);
     } else if (merged == Merge::Added) {
         PASDK_DEBUG(1, "%s: selectorId >%d< added to list. Total selectors >%zd<",
                     "addUpdatePaSelector", selectorId, availablePaSelectors.size());
     }
-    publish(availablePaSelectors, elemNo, merged != Merge::Unchanged,
+    publish(availablePaSelectors, entry, merged != Merge::Unchanged,
             &PAControllerObserver::onPaSelectorUpdate, EventItem::PA_SELECTOR_UPDATED);
 }
 

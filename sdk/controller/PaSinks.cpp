@@ -1,6 +1,8 @@
+// SPDX-License-Identifier: Apache-2.0
 // PA sinks: record, cache, queries, operations.
 #include <array>
 #include <stdexcept>
+#include <string_view>
 
 #include "resource/common/stringUtils.h"
 #include "sdk/AudioServer.h"
@@ -8,6 +10,7 @@
 #include "sdk/controller/notify.h"
 #include "sdk/globals.h"
 #include "sdk/paDebug.h"
+#include "sdk/records/BlankRecord.h"
 #include "sdk/records/cacheValues.h"
 #include "sdk/records/recordColumns.h"
 #include "sdk/records/recordMerge.h"
@@ -20,44 +23,48 @@ using namespace pa;
 namespace {
 
 /// The names end at 7 on purpose: the types above are valid and have none.
-constexpr std::array<const char*, 8> typeNames = {
+constexpr std::array<std::string_view, 8> typeNames = {
     "SINK_TYPE_NOT_DEFINED", "HIGH_IMPEDANCE_SPEAKER_BUS", "LOW_IMPEDANCE_AMPLIFIER_SPEAKER_OUTPUT",
     "INDUCTION_LOOP_OUTPUT", "LINE_LEVEL_AUDIO_OUTPUT",    "INTERCOM_HELP_POINT",
     "TELEPHONY_ENDPOINT",    "RADIO_REBROADCAST",
 };
 
-void takeType(PaSink& sink, const char* text) {
+/// A sink record: the sink, and the text of its zone list.
+struct SinkRecord : PaSink {
+    std::string zones;
+};
+
+void takeType(SinkRecord& record, const char* text) {
     const int type = decodeInt(text);
     const bool named = type >= 0 && type < static_cast<int>(typeNames.size());
-    sink.type = static_cast<PaSink::Type>(type);
-    sink.typeAsString = named ? typeNames[static_cast<std::size_t>(type)] : "UNKNOWN_TYPE";
+    record.type = static_cast<PaSink::Type>(type);
+    record.typeAsString = named ? typeNames[static_cast<std::size_t>(type)] : "UNKNOWN_TYPE";
 }
 
-void takeZoneList(PaSink& sink, const char* text) {
-    std::string zones = text;
-    translateElemStringFieldFromSvr(zones);
-    splitStr(zones.c_str(), '^', sink.paZoneList, false);
+void takeZoneList(SinkRecord& record, const char* text) {
+    translated<&SinkRecord::zones>(record, text);
+    assignTokens(TokenReader(record.zones.data(), '^'), record.paZoneList);
 }
 
-constexpr Column<PaSink> columns[] = {
-    integer<&PaSink::id>,
-    translated<&PaSink::location>,
-    translated<&PaSink::label>,
-    asReceived<&PaSink::ipAddress>,
+constexpr Column<SinkRecord> columns[] = {
+    integer<&SinkRecord::id>,
+    translated<&SinkRecord::location>,
+    translated<&SinkRecord::label>,
+    asReceived<&SinkRecord::ipAddress>,
     takeType,
     skipped,  // 5
-    asReceived<&PaSink::ampPortList>,
-    integer<&PaSink::state>,
+    asReceived<&SinkRecord::ampPortList>,
+    integer<&SinkRecord::state>,
     skipped,  // 8
-    integer<&PaSink::announcementType>,
+    integer<&SinkRecord::announcementType>,
     skipped,  // 10
-    [](PaSink& sink, const char* text) { sink.outputGain.setLevel(decodeDouble(text)); },
-    integer<&PaSink::muteState>,
+    [](SinkRecord& record, const char* text) { record.outputGain.setLevel(decodeDouble(text)); },
+    integer<&SinkRecord::muteState>,
     skipped,  // 13
     skipped,
-    integer<&PaSink::monitoringSinkId>,  // 15
+    integer<&SinkRecord::monitoringSinkId>,  // 15
     skipped,
-    integer<&PaSink::healthState>,
+    integer<&SinkRecord::healthState>,
     skipped,  // 18
     skipped,
     skipped,
@@ -67,11 +74,13 @@ constexpr Column<PaSink> columns[] = {
     skipped,
     skipped,       // 25
     takeZoneList,  // 26
-    [](PaSink& sink, const char* text) { sink.monitoringEnabled = decodeInt(text) == 1; },
-    [](PaSink& sink, const char* text) { splitStr(text, '^', sink.monitoringZoneList, false); },
+    [](SinkRecord& record, const char* text) { record.monitoringEnabled = decodeInt(text) == 1; },
+    [](SinkRecord& record, const char* text) {
+        splitStr(text, '^', record.monitoringZoneList, false);
+    },
     skipped,  // 29
     skipped,
-    translated<&PaSink::mediaLog>,  // 31
+    translated<&SinkRecord::mediaLog>,  // 31
 };
 
 /// The name of the type is not among them: a sink keeps the one it was added with.
@@ -96,18 +105,22 @@ void PAController::addUpdatePaSink(int elemNo, TEVlist* elemArgList) {
     if (!hasRecord(elemArgList, "addUpdatePaSink", elemNo)) {
         return;
     }
-    PaSink decoded;
-    decodeRecord(*elemArgList, columns, decoded);
+    BlankRecord<SinkRecord> blank;
+    SinkRecord& decoded = *blank;
+    decodeRecord<columns>(*elemArgList, decoded);
 
     const MutexGuard guard(paControllerMtx);
-    const auto known = availablePaSinks.find(elemNo);
-    const std::string mediaLogBefore =
-        known != availablePaSinks.end() ? known->second.mediaLog : std::string();
-    const Merge merged = mergeRecord(availablePaSinks, elemNo, decoded, fields, matchById<PaSink>);
-    const PaSink& sink = availablePaSinks.at(elemNo);
+    bool hasNewLog = false;
+    const auto isSameSink = [&hasNewLog](const PaSink& cached, const PaSink& reported) {
+        hasNewLog = cached.mediaLog != reported.mediaLog && !reported.mediaLog.empty();
+        return matchById(cached, reported);
+    };
+    const auto [entry, merged] =
+        mergeRecord<fields, PaSink>(availablePaSinks, elemNo, decoded, isSameSink);
+    const PaSink& sink = entry->second;
     if (merged == Merge::Updated) {
         AudioServer* const audioServer = load(gAudioServerInstance);
-        if (audioServer != nullptr && sink.mediaLog != mediaLogBefore && !sink.mediaLog.empty()) {
+        if (audioServer != nullptr && hasNewLog) {
             audioServer->addCampaignLog(sink.mediaLog);
         }
         PASDK_DEBUG(1, "%s: sinkId >%d< updated", "addUpdatePaSink", sink.id);
@@ -115,7 +128,7 @@ void PAController::addUpdatePaSink(int elemNo, TEVlist* elemArgList) {
         PASDK_DEBUG(1, "%s: sinkId >%d< added to list. Total sinks >%zd<", "addUpdatePaSink",
                     sink.id, availablePaSinks.size());
     }
-    publish(availablePaSinks, elemNo, merged != Merge::Unchanged,
+    publish(availablePaSinks, entry, merged != Merge::Unchanged,
             &PAControllerObserver::onPaSinkUpdate, EventItem::PA_SINK_UPDATED);
 }
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // PA sources: record, cache, queries.
 #include <optional>
 
@@ -6,6 +7,7 @@
 #include "sdk/controller/notify.h"
 #include "sdk/globals.h"
 #include "sdk/paDebug.h"
+#include "sdk/records/BlankRecord.h"
 #include "sdk/records/cacheValues.h"
 #include "sdk/records/recordColumns.h"
 #include "sdk/records/recordMerge.h"
@@ -63,17 +65,18 @@ PAController::MergeResult PAController::mergePaSource(int key, TEVlist* record) 
     if (!hasRecord(record, "addUpdatePaSource", key)) {
         return MergeResult::Dropped;
     }
-    SourceRecord decoded;
-    decodeRecord(*record, columns, decoded);
+    BlankRecord<SourceRecord> blank;
+    SourceRecord& decoded = *blank;
+    decodeRecord<columns>(*record, decoded);
     if (load(gIndirectCXSConnection) && decoded.reportingServer &&
         *decoded.reportingServer != load(gLocalDstNo)) {
         return MergeResult::Dropped;  // another server's source, reported by the local one
     }
 
     const MutexGuard guard(paControllerMtx);
-    const Merge merged =
-        mergeRecord<PaSource>(availablePaSources, key, decoded, fields, matchById<PaSource>);
-    const int sourceId = availablePaSources.at(key).id;
+    const auto [entry, merged] =
+        mergeRecord<fields, PaSource>(availablePaSources, key, decoded, matchById<PaSource>);
+    const int sourceId = entry->second.id;
     if (merged == Merge::Updated) {
         PASDK_DEBUG(1, "%s: sourceId >%d< updated. Total available sources >%zd<",
                     "addUpdatePaSource", sourceId, availablePaSources.size());
@@ -87,8 +90,11 @@ PAController::MergeResult PAController::mergePaSource(int key, TEVlist* record) 
 
 void PAController::notifyPaSource(int key, MergeResult result) {
     const MutexGuard guard(paControllerMtx);
-    publish(availablePaSources, key, result == MergeResult::Changed,
-            &PAControllerObserver::onPaSourceUpdate, EventItem::PA_SOURCE_UPDATED);
+    const auto entry = availablePaSources.find(key);
+    if (entry != availablePaSources.end()) {
+        publish(availablePaSources, entry, result == MergeResult::Changed,
+                &PAControllerObserver::onPaSourceUpdate, EventItem::PA_SOURCE_UPDATED);
+    }
 }
 
 PaSourceLockStatus* PAController::lockOf(int sourceId) {

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // PA triggers: record, cache and queries of the hardware triggers; the software triggers, which are
 // this client's own.
 #include <algorithm>
@@ -59,22 +60,22 @@ void PAController::addUpdatePaTrigger(int elemNo, TEVlist* elemArgList) {
         return;
     }
     TriggerRecord decoded;
-    decodeRecord(*elemArgList, columns, decoded);
+    decodeRecord<columns>(*elemArgList, decoded);
     if (load(gIndirectCXSConnection) && decoded.owner && *decoded.owner != load(gLocalDstNo)) {
         return;  // another server's trigger, reported by the local one
     }
 
     const MutexGuard guard(paControllerMtx);
-    const Merge merged = mergeRecord<PaTrigger>(availablePaTriggersHW, elemNo, decoded, fields,
-                                                matchById<PaTrigger>);
-    const int triggerId = availablePaTriggersHW.at(elemNo).id;
+    const auto [entry, merged] = mergeRecord<fields, PaTrigger>(availablePaTriggersHW, elemNo,
+                                                                decoded, matchById<PaTrigger>);
+    const int triggerId = entry->second.id;
     if (merged == Merge::Updated) {
         PASDK_DEBUG(1, "%s: triggerId >%d< updated", "addUpdatePaTrigger", triggerId);
     } else if (merged == Merge::Added) {
         PASDK_DEBUG(1, "%s: triggerId >%d< added to list. Total HW triggers >%zd<",
                     "addUpdatePaTrigger", triggerId, availablePaTriggersHW.size());
     }
-    publish(availablePaTriggersHW, elemNo, merged != Merge::Unchanged,
+    publish(availablePaTriggersHW, entry, merged != Merge::Unchanged,
             &PAControllerObserver::onPaTriggerUpdate, EventItem::PA_TRIGGER_UPDATED);
 }
 

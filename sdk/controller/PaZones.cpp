@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // PA zones: record, attached zones, caches, queries, members.
 #include <algorithm>
 
@@ -67,18 +68,18 @@ void PAController::addUpdatePaZone(int dstNo, int elemNo, TEVlist* elemArgList) 
         return;
     }
     PaZone decoded;
-    decodeRecord(*elemArgList, columns, decoded);
+    decodeRecord<columns>(*elemArgList, decoded);
 
     const int localServer = load(gLocalDstNo);
     const MutexGuard guard(paControllerMtx);
     auto& cache = load(gIndirectCXSConnection) && dstNo == localServer
                       ? availablePaZonesLocalServer
                       : availablePaZonesPrimaryServer;
-    const Merge merged = mergeRecord(cache, elemNo, decoded, fields, matchByKey<PaZone>);
+    const auto [entry, merged] = mergeRecord<fields>(cache, elemNo, decoded, matchByKey<PaZone>);
     if (merged == Merge::Unchanged) {
         return;
     }
-    const std::string& zoneId = cache.at(elemNo).id;
+    const std::string& zoneId = entry->second.id;
     if (merged == Merge::Updated) {
         PASDK_DEBUG(1, "%s: updated key >%d< PaZone Label >%s<", "addUpdatePaZone", elemNo,
                     zoneId.c_str());
@@ -87,7 +88,7 @@ void PAController::addUpdatePaZone(int dstNo, int elemNo, TEVlist* elemArgList) 
                     "addUpdatePaZone", elemNo, zoneId.c_str());
     }
     if (isActiveServer(dstNo, localServer) && !observers().empty()) {
-        publish(cache, elemNo, true, &PAControllerObserver::onPaZoneUpdate,
+        publish(cache, entry, true, &PAControllerObserver::onPaZoneUpdate,
                 EventItem::PA_ZONE_UPDATED);
     }
 }
@@ -97,7 +98,7 @@ void PAController::addUpdateAttachedPaZone(int elemNo, TEVlist* elemArgList) {
         return;
     }
     ZoneIds zones;
-    decodeRecord(*elemArgList, attachedZonesColumns, zones);
+    decodeRecord<attachedZonesColumns>(*elemArgList, zones);
 
     const MutexGuard guard(paControllerMtx);
     attachedPaZonesToPaSourceList[elemNo] = std::move(zones);

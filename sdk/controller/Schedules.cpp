@@ -1,6 +1,8 @@
+// SPDX-License-Identifier: Apache-2.0
 // Schedules: cache, handler, queries.
 #include <algorithm>
 #include <optional>
+#include <utility>
 
 #include "framework/clock.h"
 #include "sdk/PAController.h"
@@ -30,7 +32,7 @@ PAController::MergeResult PAController::mergeSchedule(int scheduleId, TEVlist* r
     if (!hasRecord(record, handler, scheduleId)) {
         return MergeResult::Dropped;
     }
-    const std::optional<ScheduleDefinition> decoded = decodeSchedule(scheduleId, *record);
+    std::optional<ScheduleDefinition> decoded = decodeSchedule(scheduleId, *record);
     if (!decoded) {
         return MergeResult::Dropped;
     }
@@ -39,7 +41,7 @@ PAController::MergeResult PAController::mergeSchedule(int scheduleId, TEVlist* r
     std::size_t total = 0;
     {
         const LeafGuard leaf(lookupLock);
-        added = scheduleList.put(*decoded);
+        added = scheduleList.put(std::move(*decoded));
         total = scheduleList.size();
     }
     if (added) {
@@ -61,12 +63,12 @@ void PAController::notifySchedule(int scheduleId, MergeResult /*result*/) {
     const MutexGuard guard(paControllerMtx);
     ScheduleDefinition* schedule = scheduleOf(scheduleId);
     if (schedule != nullptr && !observers().empty()) {
-        const ScheduleDefinition reported = withoutRequestUUID(*schedule);
         const auto isKnown = [&] {
             const LeafGuard leaf(lookupLock);
             return scheduleList.find(scheduleId) != nullptr;
         };
-        notifyWhile(isKnown, &PAControllerObserver::onScheduleUpdate, reported);
+        notifyWhile(isKnown, &PAControllerObserver::onScheduleUpdate,
+                    withoutRequestUUID(*schedule));
         schedule = scheduleOf(scheduleId);
     }
     if (schedule != nullptr) {

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The text-to-speech dictionary: record, cache, withdrawal, and the previews that its items answer.
 #include "framework/clock.h"
 #include "sdk/PAController.h"
@@ -38,22 +39,24 @@ void PAController::updateFromTTS_Dictionary(int key, TEVlist* record) {
     }
     TTSDictionary decoded;
     decoded.key = key;
-    decodeRecord(*record, columns, decoded);
+    decodeRecord<columns>(*record, decoded);
 
     const MutexGuard guard(paControllerMtx);
-    const Merge merged =
-        mergeRecord(ttsDictionaryList, key, decoded, fields, matchByKey<TTSDictionary>);
+    const auto [entry, merged] =
+        mergeRecord<fields>(ttsDictionaryList, key, decoded, matchByKey<TTSDictionary>);
+    const TTSDictionary& item = entry->second;
     if (merged != Merge::Unchanged) {
         PASDK_DEBUG(1, "%s: TTS Dictionary Item >%d< UUID >%s< %s. Text >%s<",
-                    "updateFromTTS_Dictionary", key, decoded.uuid.c_str(),
-                    merged == Merge::Added ? "added" : "updated", decoded.text.c_str());
+                    "updateFromTTS_Dictionary", key, item.uuid.c_str(),
+                    merged == Merge::Added ? "added" : "updated", item.text.c_str());
     }
-    const std::string completed = completePreviews(decoded);
-    const bool rendered = decoded.portNo != failedPort;
+    const std::string completed = completePreviews(item);
+    const bool rendered = item.portNo != failedPort;
+    const std::string uri = item.uri;  // an observer may have the item deleted
     notifyObservers(
         &PAControllerObserver::onAudioMessageRetrievalComplete, completed, rendered,
         rendered ? PAControllerObserver::MRE_NO_ERROR : PAControllerObserver::MRE_INVALID_PARAMS,
-        decoded.uri);
+        uri);
 }
 
 void PAController::deleteFromTTS_Dictionary(int key) {

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Text-to-speech ports: record, cache, withdrawal, queries.
 #include "sdk/PAController.h"
 #include "sdk/paDebug.h"
@@ -31,15 +32,16 @@ void PAController::updateFromTTS_Ports(int portNo, TEVlist* record) {
     }
     TTSVocalizer decoded;
     decoded.portNo = portNo;
-    decodeRecord(*record, columns, decoded);
+    decodeRecord<columns>(*record, decoded);
 
     const MutexGuard guard(paControllerMtx);
-    const Merge merged =
-        mergeRecord(ttsVocalizertList, portNo, decoded, fields, matchByKey<TTSVocalizer>);
+    const auto [entry, merged] =
+        mergeRecord<fields>(ttsVocalizertList, portNo, decoded, matchByKey<TTSVocalizer>);
     if (merged != Merge::Unchanged) {
         PASDK_DEBUG(1, "%s: %s - TTS Dictionary Port >%d< Language >%s< Voice >%s< Rate >%d<",
                     "updateFromTTS_Ports", merged == Merge::Added ? "Added" : "Updated", portNo,
-                    decoded.language.c_str(), decoded.voice.c_str(), decoded.rate);
+                    entry->second.language.c_str(), entry->second.voice.c_str(),
+                    entry->second.rate);
     }
 }
 

@@ -1,4 +1,7 @@
+// SPDX-License-Identifier: Apache-2.0
 #pragma once
+
+#include <utility>
 
 #include "sdk/PAController.h"
 
@@ -23,19 +26,24 @@ inline int eventKey(int /*cacheKey*/, const ScheduleDefinition& schedule) {
 
 template <class... Parameters, class... Arguments>
 void PAController::notifyObservers(void (PAControllerObserver::*slot)(Parameters...),
-                                   const Arguments&... arguments) {
-    notifyWhile([] { return true; }, slot, arguments...);
+                                   Arguments&&... arguments) {
+    notifyWhile([] { return true; }, slot, std::forward<Arguments>(arguments)...);
 }
 
 template <class Condition, class... Parameters, class... Arguments>
 void PAController::notifyWhile(Condition holds, void (PAControllerObserver::*slot)(Parameters...),
-                               const Arguments&... arguments) {
-    for (PAControllerObserver* const observer : observers()) {
-        if (!holds()) {
+                               Arguments&&... arguments) {
+    const auto& all = observers();
+    for (PAControllerObserver* const observer : all) {
+        if (observer != all.front() && !holds()) {
             return;
         }
         try {
-            (observer->*slot)(arguments...);
+            if (observer == all.back()) {
+                (observer->*slot)(std::forward<Arguments>(arguments)...);
+            } else {
+                (observer->*slot)(arguments...);
+            }
         } catch (...) {
             reportThrowingObserver();
         }
@@ -43,16 +51,16 @@ void PAController::notifyWhile(Condition holds, void (PAControllerObserver::*slo
 }
 
 template <class Record>
-void PAController::publish(std::map<int, Record>& cache, int key, bool changed,
+void PAController::publish(pa::RecordCache<Record>& cache,
+                           typename pa::RecordCache<Record>::iterator entry, bool changed,
                            void (PAControllerObserver::*slot)(Record),
                            EventItem::EVENT_TYPE event) {
-    auto entry = cache.find(key);
-    if (entry != cache.end() && changed) {
-        const Record copy = entry->second;
-        notifyWhile([&] { return cache.count(key) > 0; }, slot, copy);
+    if (changed && !observers().empty()) {
+        const int key = entry->first;
+        notifyWhile([&] { return cache.find(key) != cache.end(); }, slot, Record(entry->second));
         entry = cache.find(key);
     }
     if (entry != cache.end()) {
-        addNewEventItem(event, pa::eventKey(key, entry->second), &entry->second);
+        addNewEventItem(event, pa::eventKey(entry->first, entry->second), &entry->second);
     }
 }

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Withdrawal of records: a table with a row for each cache, and one loop.
 #include <optional>
 #include <string>
@@ -42,10 +43,10 @@ ScheduleDefinition asApplicationKnowsIt(const ScheduleDefinition& schedule) {
     return withoutRequestUUID(schedule);
 }
 
-// A cache is a map by key, or that of the schedules.
+// A cache is that of the schedules, or one by key.
 
-template <class Record>
-Record* find(std::map<int, Record>& cache, int key) {
+template <class Cache>
+typename Cache::mapped_type* find(Cache& cache, int key) {
     const auto found = cache.find(key);
     return found == cache.end() ? nullptr : &found->second;
 }
@@ -82,8 +83,6 @@ struct PAController::WithdrawalRow {
 /// The rows. Zones attached to sources have none: their deletion is neither reported nor logged.
 struct PAController::WithdrawalTable {
     using Observer = PAControllerObserver;
-    template <class Record>
-    using Map = std::map<int, Record>;
 
     // Read once for each withdrawal.
     const int local = load(gLocalDstNo);
@@ -91,27 +90,27 @@ struct PAController::WithdrawalTable {
     const bool localReplacesActive = active == 0 && load(gIndirectCXSConnection);
 
     // clang-format off
-    WithdrawalRow<Map<PaSource>, int> sources{
+    WithdrawalRow<RecordCache<PaSource>, int> sources{
         &PAController::availablePaSources, local,
         &Observer::onPaSourceDelete, idOf, EventItem::PA_SOURCE_DELETED, "PaSource ID"};
-    WithdrawalRow<Map<PaSink>, int> sinks{
+    WithdrawalRow<RecordCache<PaSink>, int> sinks{
         &PAController::availablePaSinks, local,
         &Observer::onPaSinkDelete, idOf, EventItem::PA_SINK_DELETED, "PaSink ID"};
-    WithdrawalRow<Map<PaTrigger>, int> triggers{
+    WithdrawalRow<RecordCache<PaTrigger>, int> triggers{
         &PAController::availablePaTriggersHW, local,
         &Observer::onPaTriggerDelete, idOf, EventItem::PA_TRIGGER_DELETED, "PaTrigger ID"};
-    WithdrawalRow<Map<PaSelector>, int> selectors{
+    WithdrawalRow<RecordCache<PaSelector>, int> selectors{
         &PAController::availablePaSelectors, local,
         &Observer::onPaSelectorDelete, idOf, EventItem::PA_SELECTOR_DELETED, "PaSelector ID"};
     /// No event: the queue has no type for it.
-    WithdrawalRow<Map<AnnouncementRequest>, AnnouncementRequest> requests{
+    WithdrawalRow<RecordCache<AnnouncementRequest>, AnnouncementRequest> requests{
         &PAController::activeAnnouncementRequestList, active,
         &Observer::onMessageDelete, wholeRequest, std::nullopt, "Announcement Request UUID"};
-    WithdrawalRow<Map<PaZone>, std::string> primaryZones{
+    WithdrawalRow<RecordCache<PaZone>, std::string> primaryZones{
         &PAController::availablePaZonesPrimaryServer, active,
         &Observer::onPaZoneDelete, idOf, EventItem::PA_ZONE_DELETED, "PaZone ID"};
     /// Reported only while the local server replaces the active one.
-    WithdrawalRow<Map<PaZone>, std::string> localZones{
+    WithdrawalRow<RecordCache<PaZone>, std::string> localZones{
         &PAController::availablePaZonesLocalServer, local,
         &Observer::onPaZoneDelete, idOf, EventItem::PA_ZONE_DELETED, "PaZone ID",
         localReplacesActive};

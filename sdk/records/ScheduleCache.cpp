@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "sdk/records/ScheduleCache.h"
 
 #include "sdk/requests/scheduleDescription.h"
@@ -5,42 +6,44 @@
 namespace pa {
 
 ScheduleDefinition* ScheduleCache::find(int id) {
-    const auto arrival = byId_.find(id);
-    return arrival == byId_.end() ? nullptr : &byArrival_.at(arrival->second).schedule;
+    const auto known = byId_.find(id);
+    return known == byId_.end() ? nullptr : &known->second->second;
 }
 
 const ScheduleDefinition* ScheduleCache::find(int id) const {
-    const auto arrival = byId_.find(id);
-    return arrival == byId_.end() ? nullptr : &byArrival_.at(arrival->second).schedule;
+    const auto known = byId_.find(id);
+    return known == byId_.end() ? nullptr : &known->second->second;
 }
 
-bool ScheduleCache::put(const ScheduleDefinition& schedule) {
-    CachedSchedule entry{schedule, requestUUIDOf(schedule.descrption)};
+bool ScheduleCache::put(ScheduleDefinition schedule) {
     const auto known = byId_.find(schedule.Id);
     if (known == byId_.end()) {
-        add(std::move(entry));
+        add(std::move(schedule));
         return true;
     }
-    CachedSchedule& stored = byArrival_.at(known->second);
-    // The validity of the display stays as first reported.
-    entry.schedule.displayTemplateValidityPeriodSeconds =
-        stored.schedule.displayTemplateValidityPeriodSeconds;
-    byRequest_.insert({entry.requestUUID, known->second});
-    if (stored.requestUUID != entry.requestUUID) {
-        byRequest_.erase({stored.requestUUID, known->second});
+    auto& [arrival, stored] = *known->second;
+    if (schedule.descrption != stored.descrption) {
+        const Request before{requestUUIDOf(stored.descrption), arrival};
+        const Request now{requestUUIDOf(schedule.descrption), arrival};
+        byRequest_.insert(now);
+        if (now != before) {
+            byRequest_.erase(before);
+        }
     }
-    stored = std::move(entry);
+    // The validity of the display stays as first reported.
+    schedule.displayTemplateValidityPeriodSeconds = stored.displayTemplateValidityPeriodSeconds;
+    stored = std::move(schedule);
     return false;
 }
 
 /// Adds a schedule that is not there; all of it or, short of memory, nothing.
-void ScheduleCache::add(CachedSchedule entry) {
-    const int id = entry.schedule.Id;
-    const std::string requestUUID = entry.requestUUID;
-    const auto added = byArrival_.emplace(nextArrival_, std::move(entry)).first;
+void ScheduleCache::add(ScheduleDefinition&& schedule) {
+    const int id = schedule.Id;
+    Request request{requestUUIDOf(schedule.descrption), nextArrival_};
+    const auto added = byArrival_.emplace(nextArrival_, std::move(schedule)).first;
     try {
-        byId_.emplace(id, nextArrival_);
-        byRequest_.insert({requestUUID, nextArrival_});
+        byId_.emplace(id, added);
+        byRequest_.insert(std::move(request));
     } catch (...) {
         byId_.erase(id);
         byArrival_.erase(added);
@@ -54,8 +57,8 @@ void ScheduleCache::erase(int id) {
     if (known == byId_.end()) {
         return;
     }
-    const auto entry = byArrival_.find(known->second);
-    byRequest_.erase({entry->second.requestUUID, entry->first});
+    const auto entry = known->second;
+    byRequest_.erase({requestUUIDOf(entry->second.descrption), entry->first});
     byArrival_.erase(entry);
     byId_.erase(known);
 }
@@ -65,14 +68,14 @@ std::optional<int> ScheduleCache::idOfRequest(const std::string& requestUUID) co
     if (first == byRequest_.end() || first->first != requestUUID) {
         return std::nullopt;
     }
-    return byArrival_.at(first->second).schedule.Id;
+    return byArrival_.at(first->second).Id;
 }
 
 std::vector<int> ScheduleCache::ids() const {
     std::vector<int> ids;
     ids.reserve(size());
     for (const auto& entry : byArrival_) {
-        ids.push_back(entry.second.schedule.Id);
+        ids.push_back(entry.second.Id);
     }
     return ids;
 }
@@ -81,7 +84,7 @@ std::vector<ScheduleDefinition> ScheduleCache::all() const {
     std::vector<ScheduleDefinition> schedules;
     schedules.reserve(size());
     for (const auto& entry : byArrival_) {
-        schedules.push_back(entry.second.schedule);
+        schedules.push_back(entry.second);
     }
     return schedules;
 }

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #pragma once
 
 #include <cstddef>
@@ -10,14 +11,18 @@
 #include <utility>
 #include <vector>
 
-#include "sdk/ScheduleDefinition.h"
+#include "../ScheduleDefinition.h"
 
 namespace pa {
 
 /// The schedules that the server has reported, in order of arrival, found by identifier and by the
-/// UUID of their request in logarithmic time. A plain value without a lock.
+/// UUID of their request in logarithmic time. Has no lock.
 class ScheduleCache {
 public:
+    ScheduleCache() = default;
+    ScheduleCache(const ScheduleCache&) = delete;
+    ScheduleCache& operator=(const ScheduleCache&) = delete;
+
     /// The schedule with an identifier, null for none. Valid until the schedule is erased. Its
     /// identifier and its description must not be changed through the pointer.
     ScheduleDefinition* find(int id);
@@ -26,7 +31,7 @@ public:
     /// Adds a schedule after all others, or replaces the one with its identifier, which keeps its
     /// place and the validity of its display.
     /// @return whether it was added
-    bool put(const ScheduleDefinition& schedule);
+    bool put(ScheduleDefinition schedule);
 
     /// Removes the schedule with an identifier; none is ignored.
     void erase(int id);
@@ -44,17 +49,15 @@ public:
 
 private:
     using Arrival = std::uint64_t;  // counts the schedules that have ever been added
-    struct CachedSchedule {
-        ScheduleDefinition schedule;
-        std::string requestUUID;  // empty when its description names none
-    };
+    using Schedules = std::map<Arrival, ScheduleDefinition>;
+    using Request = std::pair<std::string, Arrival>;  // UUID, empty when the description names none
 
-    void add(CachedSchedule entry);
+    void add(ScheduleDefinition&& schedule);
 
     Arrival nextArrival_ = 0;
-    std::map<Arrival, CachedSchedule> byArrival_;
-    std::unordered_map<int, Arrival> byId_;
-    std::set<std::pair<std::string, Arrival>> byRequest_;
+    Schedules byArrival_;
+    std::unordered_map<int, Schedules::iterator> byId_;
+    std::set<Request> byRequest_;
 };
 
 }  // namespace pa

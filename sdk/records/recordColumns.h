@@ -1,8 +1,11 @@
+// SPDX-License-Identifier: Apache-2.0
 #pragma once
 
 #include <cstddef>
+#include <iterator>
 #include <string_view>
 #include <type_traits>
+#include <utility>
 
 #include "framework/fieldEncoding.h"
 #include "framework/log.h"
@@ -46,32 +49,52 @@ void asReceived(Record& record, const char* text) {
 /// A text in the encoding of the link.
 template <auto Member, class Record>
 void translated(Record& record, const char* text) {
-    record.*Member = text;
-    translateElemStringFieldFromSvr(record.*Member);
+    assignDecoded(record.*Member, text);
+}
+
+/// A text in the encoding of the link that is kept as received: what reads it later undoes the
+/// encoding.
+template <auto Member, class Record>
+void encoded(Record& record, const char* text) {
+    asReceived<Member>(record, text);
 }
 
 /// The text of a field, or null for one that counts as absent: empty, "(null)", or without data.
 inline const char* fieldText(const TEVnode& node) {
     const char* const text =
         node.dataPtr == nullptr ? nullptr : *static_cast<char* const*>(node.dataPtr);
-    const bool taken = text != nullptr && *text != '\0' && std::string_view(text) != "(null)";
+    const bool taken =
+        text != nullptr && *text != '\0' && (*text != '(' || std::string_view(text) != "(null)");
     return taken ? text : nullptr;
 }
 
-/// Reads a record by its columns. Absent fields keep their value; fields after the last column are
-/// ignored.
-template <class Record, std::size_t N>
-void decodeRecord(const TEVlist& list, const Column<Record> (&columns)[N], Record& record) {
-    const TEVnode* node = list.listTop;
-    for (const Column<Record> take : columns) {
-        if (node == nullptr) {
-            return;
-        }
-        if (const char* const text = fieldText(*node); take != nullptr && text != nullptr) {
+/// Reads one field, if there is one, and moves on to the next.
+template <const auto& columns, std::size_t position, class Record>
+void decodeField(const TEVnode*& node, Record& record) {
+    if (node == nullptr) {
+        return;
+    }
+    constexpr auto take = columns[position];
+    if constexpr (take != nullptr) {
+        if (const char* const text = fieldText(*node)) {
             take(record, text);
         }
-        node = node->nextNode;
     }
+    node = node->nextNode;
+}
+
+template <const auto& columns, class Record, std::size_t... positions>
+void decodeFields(const TEVlist& list, Record& record,
+                  std::index_sequence<positions...> /*positions*/) {
+    const TEVnode* node = list.listTop;
+    (decodeField<columns, positions>(node, record), ...);
+}
+
+/// Reads a record by its columns. Absent fields keep their value; fields after the last column are
+/// ignored. The compiler makes a plain sequence of steps from the table.
+template <const auto& columns, class Record>
+void decodeRecord(const TEVlist& list, Record& record) {
+    decodeFields<columns>(list, record, std::make_index_sequence<std::size(columns)>());
 }
 
 /// Whether a handler was given a record at all; reports one that is missing.

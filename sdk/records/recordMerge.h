@@ -1,13 +1,15 @@
+// SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include <algorithm>
 #include <cstddef>
 #include <iterator>
-#include <map>
+#include <utility>
+
+#include "sdk/records/RecordCache.h"
 
 /// @file
-/// Which members an update of a cached record compares and copies is a table, and `mergeRecord` is
-/// the one place that reads it.
+/// Which members an update of a cached record compares and copies is a table, and `mergeRecord`
+/// is the one place that reads it.
 
 namespace pa {
 
@@ -32,6 +34,7 @@ template <auto Member>
 bool sameSize(const OwnerOf<Member>& cached, const OwnerOf<Member>& decoded) {
     return (cached.*Member).size() == (decoded.*Member).size();
 }
+/// A copy: the memory of the decoded value may be much more than it needs.
 template <auto Member>
 void copyMember(OwnerOf<Member>& cached, const OwnerOf<Member>& decoded) {
     cached.*Member = decoded.*Member;
@@ -61,25 +64,39 @@ bool matchByKey(const Record& /*cached*/, const Record& /*decoded*/) {
     return true;
 }
 
+/// Where the record is in its cache now, and how it came there.
+template <class Record>
+struct Merged {
+    typename RecordCache<Record>::iterator entry;
+    Merge outcome;
+};
+
+template <const auto& fields, class Record, std::size_t... rows>
+bool sameFields(const Record& cached, const Record& decoded,
+                std::index_sequence<rows...> /*rows*/) {
+    return (fields[rows].same(cached, decoded) && ...);
+}
+template <const auto& fields, class Record, std::size_t... rows>
+void copyFields(Record& cached, const Record& decoded, std::index_sequence<rows...> /*rows*/) {
+    (fields[rows].copy(cached, decoded), ...);
+}
+
 /// Merges a decoded record into the cache: at the first difference all fields of the table are
 /// copied, a record without a matching entry is added.
-template <class Record, std::size_t N, class Match>
-Merge mergeRecord(std::map<int, Record>& cache, int key, const Record& decoded,
-                  const Field<Record> (&fields)[N], Match matches) {
+template <const auto& fields, class Record, class Match>
+Merged<Record> mergeRecord(RecordCache<Record>& cache, int key, const Record& decoded,
+                           Match matches) {
+    constexpr std::make_index_sequence<std::size(fields)> rows;
     const auto found = cache.find(key);
     if (found == cache.end() || !matches(found->second, decoded)) {
-        cache.emplace(key, decoded);
-        return Merge::Added;
+        return {cache.emplace(key, decoded).first, Merge::Added};
     }
     Record& cached = found->second;
-    if (std::all_of(std::begin(fields), std::end(fields),
-                    [&](const Field<Record>& field) { return field.same(cached, decoded); })) {
-        return Merge::Unchanged;
+    if (sameFields<fields>(cached, decoded, rows)) {
+        return {found, Merge::Unchanged};
     }
-    for (const Field<Record>& field : fields) {
-        field.copy(cached, decoded);
-    }
-    return Merge::Updated;
+    copyFields<fields>(cached, decoded, rows);
+    return {found, Merge::Updated};
 }
 
 }  // namespace pa

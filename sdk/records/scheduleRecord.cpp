@@ -1,7 +1,10 @@
+// SPDX-License-Identifier: Apache-2.0
 // The records of schedules: their columns, and the contents of the parts of an announcement.
 #include "sdk/records/scheduleRecord.h"
 
 #include <initializer_list>
+#include <string>
+#include <string_view>
 #include <utility>
 
 #include "framework/log.h"
@@ -14,32 +17,19 @@ namespace {
 
 constexpr char handler[] = "updateScheduleList";
 
-using Tokens = std::vector<std::string>;
-
-Tokens split(const std::string& text, char separator) {
-    Tokens tokens;
-    splitStr(text.c_str(), separator, tokens, false);
-    return tokens;
-}
-
-std::string translatedText(std::string text) {
-    translateElemStringFieldFromSvr(text);
-    return text;
-}
-
-/// A schedule record: the schedule, and its parts as texts.
+/// A schedule record: the schedule, and its parts as received.
 struct ScheduleRecord : ScheduleDefinition {
-    std::string audioPart;
-    std::string visualPart;
+    const char* audioPart = "";
+    const char* visualPart = "";
     std::size_t badItems = 0;  // template items that cannot be read
 };
 
 /// The most bad items of one record that have a line each; further ones are counted.
 constexpr std::size_t mostBadItemLines = 16;
 
-void reportBadItem(ScheduleRecord& record, const std::string& item) {
+void reportBadItem(ScheduleRecord& record, const char* item) {
     if (++record.badItems <= mostBadItemLines) {
-        handleError(3, "%s: failed to extract key value pair from >%s<", handler, item.c_str());
+        handleError(3, "%s: failed to extract key value pair from >%s<", handler, item);
     }
 }
 
@@ -50,6 +40,11 @@ void reportFurtherBadItems(const ScheduleRecord& record) {
     }
 }
 
+/// The text of a token, empty for none.
+const char* textOf(const char* token) {
+    return token != nullptr ? token : "";
+}
+
 struct NumberOr {
     int ScheduleDefinition::*member;
     int missing;
@@ -58,11 +53,11 @@ struct NumberOr {
 /// Numbers with colons between them.
 void takeNumbers(ScheduleDefinition& schedule, const char* text,
                  std::initializer_list<NumberOr> numbers) {
-    const Tokens tokens = split(translatedText(text), ':');
-    std::size_t i = 0;
+    std::string list = decoded(text);
+    TokenReader tokens(list.data(), ':');
     for (const NumberOr& number : numbers) {
-        schedule.*number.member = i < tokens.size() ? decodeInt(tokens[i].c_str()) : number.missing;
-        ++i;
+        const char* const token = tokens.next();
+        schedule.*number.member = token != nullptr ? decodeInt(token) : number.missing;
     }
 }
 
@@ -92,87 +87,114 @@ constexpr Column<ScheduleRecord> columns[] = {
     integer<&ScheduleRecord::frequency>,
     integer<&ScheduleRecord::priorityMode>,
     integer<&ScheduleRecord::priorityLevel>,
-    translated<&ScheduleRecord::audioPart>,
-    translated<&ScheduleRecord::visualPart>,
+    encoded<&ScheduleRecord::audioPart>,
+    encoded<&ScheduleRecord::visualPart>,
 };
 
-/// The places of the tokens of a part.
-enum PartToken : std::size_t { Type, Origin, Zones, Content, Level, Chime };
-
-// Each of these reads the content of a part and returns whether the record is good.
+// Each of these reads the content of a part, which it may overwrite, and returns whether the record
+// is good.
 
 // item^item!repeats
-bool takeItems(ScheduleRecord& schedule, const std::string& content) {
-    const Tokens pieces = split(content, '!');
-    if (pieces.empty()) {
+bool takeItems(ScheduleRecord& schedule, char* content) {
+    TokenReader pieces(content, '!');
+    char* const list = pieces.next();
+    if (list == nullptr) {
         handleError(3,
                     "%s: failed to parse schedule as message contents is empty,  Schedule Id >%d<",
                     handler, schedule.Id);
         return false;
     }
-    for (const std::string& item : split(pieces[0], '^')) {
-        schedule.dictionaryItems.push_back(static_cast<unsigned>(decodeInt(item.c_str())));
+    TokenReader items(list, '^');
+    while (const char* const item = items.next()) {
+        schedule.dictionaryItems.push_back(static_cast<unsigned>(decodeInt(item)));
     }
-    schedule.repeatCnt = pieces.size() > 1 ? decodeInt(pieces[1].c_str()) : 1;
+    const char* const repeats = pieces.next();
+    schedule.repeatCnt = repeats != nullptr ? decodeInt(repeats) : 1;
     return true;
 }
 
-// Entries with ! between them: language^voice^rate^text
-bool takeSpoken(ScheduleRecord& schedule, const std::string& content) {
-    const Tokens entries = split(content, '!');
-    if (entries.empty()) {
-        handleError(3, "%s: schedule description >%s< failed. insufficient message parameters >%s<",
-                    handler, schedule.descrption.c_str(), content.c_str());
+// language^voice^rate^text
+bool takeSpokenText(ScheduleRecord& schedule, const char* entry) {
+    std::string list = entry;
+    TokenReader tokens(list.data(), '^');
+    const char* const language = tokens.next();
+    const char* const voice = tokens.next();
+    const char* const rate = tokens.next();
+    const char* const text = tokens.next();
+    if (text == nullptr || tokens.next() != nullptr) {
+        handleError(3,
+                    "%s: schedule description >%s< failed. insufficient TTS entry parameters >%s<",
+                    handler, schedule.descrption.c_str(), entry);
         return false;
     }
-    for (const std::string& entry : entries) {
-        const Tokens tokens = split(entry, '^');
-        if (tokens.size() != 4) {
-            handleError(
-                3, "%s: schedule description >%s< failed. insufficient TTS entry parameters >%s<",
-                handler, schedule.descrption.c_str(), entry.c_str());
+    TTSVocalizer& spoken = schedule.ttsList.emplace_back();
+    spoken.language = language;
+    spoken.voice = voice;
+    spoken.rate = decodeInt(rate);
+    spoken.text = text;
+    return true;
+}
+
+// Spoken texts with ! between them
+bool takeSpoken(ScheduleRecord& schedule, char* content) {
+    TokenReader entries(content, '!');
+    const char* entry = entries.next();
+    if (entry == nullptr) {
+        handleError(3, "%s: schedule description >%s< failed. insufficient message parameters >%s<",
+                    handler, schedule.descrption.c_str(), content);
+        return false;
+    }
+    for (; entry != nullptr; entry = entries.next()) {
+        if (!takeSpokenText(schedule, entry)) {
             return false;
         }
-        TTSVocalizer spoken;
-        spoken.language = tokens[0];
-        spoken.voice = tokens[1];
-        spoken.rate = decodeInt(tokens[2].c_str());
-        spoken.text = tokens[3];
-        schedule.ttsList.push_back(spoken);
     }
     return true;
 }
 
 // sourceId^path
-bool takeStored(ScheduleRecord& schedule, const std::string& content) {
-    const Tokens tokens = split(content, '^');
-    schedule.storedDataSourceId = tokens.empty() ? 0 : decodeInt(tokens[0].c_str());
-    schedule.storedDataFilePath = tokens.size() > 1 ? tokens[1] : "";
+bool takeStored(ScheduleRecord& schedule, char* content) {
+    TokenReader tokens(content, '^');
+    schedule.storedDataSourceId = decodeInt(textOf(tokens.next()));
+    schedule.storedDataFilePath = textOf(tokens.next());
     return true;
+}
+
+// key=value
+void takeVariable(ScheduleRecord& schedule, const char* item) {
+    constexpr std::string_view screen = "{SCREEN}";
+    std::string pair = item;
+    TokenReader tokens(pair.data(), '=');
+    const char* const key = tokens.next();
+    const char* const value = tokens.next();
+    if (value == nullptr || tokens.next() != nullptr) {
+        reportBadItem(schedule, item);
+    } else if (key == screen) {
+        schedule.displayTemplateName = value;
+    } else {
+        schedule.displayTemplateKeyValueList[key] = value;
+    }
 }
 
 // key=value^key=value!validity
-bool takeTemplate(ScheduleRecord& schedule, const std::string& content) {
-    const Tokens pieces = split(translatedText(content), '!');
-    if (pieces.empty()) {
+bool takeTemplate(ScheduleRecord& schedule, char* content) {
+    std::string plain = decoded(content);
+    TokenReader pieces(plain.data(), '!');
+    char* const list = pieces.next();
+    if (list == nullptr) {
         return false;
     }
-    for (const std::string& item : split(pieces[0], '^')) {
-        const Tokens pair = split(item, '=');
-        if (pair.size() != 2) {
-            reportBadItem(schedule, item);
-        } else if (pair[0] == "{SCREEN}") {
-            schedule.displayTemplateName = pair[1];
-        } else {
-            schedule.displayTemplateKeyValueList[pair[0]] = pair[1];
-        }
+    TokenReader items(list, '^');
+    while (const char* const item = items.next()) {
+        takeVariable(schedule, item);
     }
-    schedule.displayTemplateValidityPeriodSeconds =
-        pieces.size() == 2 ? decodeInt(pieces[1].c_str()) : 0;
+    const char* const validity = pieces.next();
+    const bool isValid = validity != nullptr && pieces.next() == nullptr;
+    schedule.displayTemplateValidityPeriodSeconds = isValid ? decodeInt(validity) : 0;
     return true;
 }
 
-bool takeAudioContent(ScheduleRecord& schedule, const std::string& content) {
+bool takeAudioContent(ScheduleRecord& schedule, char* content) {
     switch (schedule.announcementType) {
         case AT_TEV:
             return takeItems(schedule, content);
@@ -190,35 +212,41 @@ bool takeAudioContent(ScheduleRecord& schedule, const std::string& content) {
 }
 
 /// A template on either side makes the content of the visual part one.
-bool takeVisualContent(ScheduleRecord& schedule, const std::string& content) {
+bool takeVisualContent(ScheduleRecord& schedule, char* content) {
     const bool isTemplate = schedule.announcementType == AT_DISPLAY_TEMPLATE ||
                             schedule.visualAnnouncementType == AT_DISPLAY_TEMPLATE;
     return !isTemplate || takeTemplate(schedule, content);
 }
 
 /// Reads a part into the schedule. What both parts bring, the later one decides.
+/// @param text the field: type,origin,zones,content,level,chime
 /// @return whether the record is good
-bool takePart(ScheduleRecord& schedule, const std::string& text,
+bool takePart(ScheduleRecord& schedule, const char* text,
               AnnouncementType ScheduleDefinition::*type,
-              bool (*takeContent)(ScheduleRecord&, const std::string&)) {
-    const Tokens tokens = split(text, ',');
-    if (tokens.empty()) {
+              bool (*takeContent)(ScheduleRecord&, char* content)) {
+    std::string list = decoded(text);
+    TokenReader tokens(list.data(), ',');
+    const char* const typeNumber = tokens.next();
+    if (typeNumber == nullptr) {
         return true;  // no such part
     }
-    if (tokens.size() <= Content) {
+    tokens.next();  // the origin
+    const char* const zones = tokens.next();
+    char* const content = tokens.next();
+    if (content == nullptr) {
         handleError(3, "%s: schedule Id >%d< dropped: a part without content >%s<", handler,
-                    schedule.Id, text.c_str());
+                    schedule.Id, decoded(text).c_str());
         return false;
     }
-    schedule.*type = static_cast<AnnouncementType>(decodeInt(tokens[Type].c_str()));
-    schedule.paZones = split(translatedText(tokens[Zones]), '^');
-    if (!takeContent(schedule, tokens[Content])) {
+    schedule.*type = static_cast<AnnouncementType>(decodeInt(typeNumber));
+    std::string zoneList = decoded(zones);
+    assignTokens(TokenReader(zoneList.data(), '^'), schedule.paZones);
+    if (!takeContent(schedule, content)) {
         return false;
     }
-    const auto tokenOr = [&tokens](PartToken at) { return at < tokens.size() ? tokens[at] : ""; };
-    schedule.gain = decodeDouble(tokenOr(Level).c_str());
-    const Tokens chimes = split(tokenOr(Chime), '^');
-    schedule.chime = chimes.empty() ? "" : chimes[0];
+    schedule.gain = decodeDouble(textOf(tokens.next()));
+    char* const chimes = tokens.next();
+    schedule.chime = chimes != nullptr ? textOf(TokenReader(chimes, '^').next()) : "";
     return true;
 }
 
@@ -227,7 +255,7 @@ bool takePart(ScheduleRecord& schedule, const std::string& text,
 std::optional<ScheduleDefinition> pa::decodeSchedule(int scheduleId, const TEVlist& list) {
     ScheduleRecord record;
     record.Id = scheduleId;
-    decodeRecord(list, columns, record);
+    decodeRecord<columns>(list, record);
     const bool good = takePart(record, record.audioPart, &ScheduleDefinition::announcementType,
                                takeAudioContent) &&
                       takePart(record, record.visualPart,

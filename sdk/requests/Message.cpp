@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The message builder: content setters and their checks.
 #include "sdk/Message.h"
 

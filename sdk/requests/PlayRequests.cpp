@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Playing and cancelling: how a message becomes the request that the server receives.
 #include "framework/uuid.h"
 #include "sdk/AudioServer.h"
@@ -28,11 +29,10 @@ void appendItems(Payload& payload, const std::vector<unsigned>& items) {
 }
 
 // type,origin,zones, - the beginning of both parts of a request
-Payload partHead(Message::Type type, const std::string& origin,
-                 const std::vector<std::string>& zones) {
-    Payload part;
-    part.number(type).separator(',').plain(origin).separator(',');
-    return part.preparedList(zones, '^').separator(',');
+void appendPartHead(Payload& part, Message::Type type, std::string_view origin,
+                    const std::vector<std::string>& zones) {
+    part.number(type).separator(',').plain(origin);
+    part.separator(',').preparedList(zones, '^').separator(',');
 }
 
 void appendValue(Payload& payload, const DISPLAY_VALUE_INFO& value) {
@@ -41,6 +41,20 @@ void appendValue(Payload& payload, const DISPLAY_VALUE_INFO& value) {
         .plain(", \"timeout\" : ")
         .number(value.timeout)
         .separator('}');
+}
+
+// { "kvPairs" : { "KEY" : { "type" : "literal", "values" : [ { "text" : VALUE, "timeout" : N}, ...
+// ] }, ... }, "validity" : SECONDS }
+void appendTemplate(Payload& payload, const Message::DisplayVariables& variables, int validity) {
+    payload.plain("{ \"kvPairs\" : {");
+    payload.list(variables, ',', [](Payload& p, const auto& variable) {
+        p.plain(" \"")
+            .plain(variable.first)
+            .plain("\" : { \"type\" : \"literal\", \"values\" : [")
+            .list(variable.second, ',', appendValue)
+            .plain(" ] }");
+    });
+    payload.plain(" }, \"validity\" : ").number(validity).plain(" }");
 }
 
 }  // namespace
@@ -59,46 +73,53 @@ std::string Message::playAnnouncement(const std::vector<std::string>& zones) {
     }
 
     const int localServer = load(gLocalDstNo);
-    const std::string origin = originText(localServer * 100LL + 1);
-    Payload audio = partHead(audioMessageType, origin, zones);
-    switch (audioMessageType) {
-        case RECORDED_STREAM:
-        case RECORDED_STREAM_SAF:
-            audio.number(localServer).separator('^').plain(recordedStreamAbsoluteFilePathWithName);
-            break;
-        case DICTIONARY:
-            appendItems(audio, audioDictionaryItems);
-            audio.separator('!').number(repeatCnt);
-            break;
-        case TTS:
-        case TTS_SAF:
-            audio.list(ttsList, '!', [](Payload& p, const TTSVocalizer& spoken) {
-                appendSpoken(p, spoken, spoken.rate);
-            });
-            break;
-        default:
-            break;
-    }
-    Payload visual = partHead(visualMessageType, origin, zones);
-    if (visualMessageType == DISPLAY_TEMPLATE && !displayKeyValueList.empty()) {
-        visual.prepared(templateText());
-    }
-    for (Payload* const part : {&audio, &visual}) {
-        part->separator(',');
-        if (overrideDefaultGain) {
-            part->level(gain);
+    const auto appendAudio = [&](Payload& part) {
+        switch (audioMessageType) {
+            case RECORDED_STREAM:
+            case RECORDED_STREAM_SAF:
+                part.number(localServer).separator('^');
+                part.plain(recordedStreamAbsoluteFilePathWithName);
+                break;
+            case DICTIONARY:
+                appendItems(part, audioDictionaryItems);
+                part.separator('!').number(repeatCnt);
+                break;
+            case TTS:
+            case TTS_SAF:
+                part.list(ttsList, '!', [](Payload& p, const TTSVocalizer& spoken) {
+                    appendSpoken(p, spoken, spoken.rate);
+                });
+                break;
+            default:
+                break;
         }
-        part->separator(',').number(preChime).separator('^').number(postChime).plain("^0");
-    }
-
-    Payload request;
+    };
+    const auto appendVisual = [&](Payload& part) {
+        if (visualMessageType == DISPLAY_TEMPLATE && !displayKeyValueList.empty()) {
+            part.nested([&](Payload& content) {
+                appendTemplate(content, displayKeyValueList, displayValidityPeriod);
+            });
+        }
+    };
+    const std::string origin = originText(localServer * 100LL + 1);
+    Payload request(usualRequestSize);
     request.prepared(id).separator(',').number(priority.mode).separator(',').number(priority.level);
-    if (audioMessageType != NONE) {
-        request.separator(',').prepared(audio.text());
-    }
-    if (visualMessageType != NONE) {
-        request.separator(',').prepared(visual.text());
-    }
+    const auto appendPart = [&](Type type, const auto& appendContent) {
+        if (type == NONE) {
+            return;
+        }
+        request.separator(',').nested([&](Payload& part) {
+            appendPartHead(part, type, origin, zones);
+            appendContent(part);
+            part.separator(',');
+            if (overrideDefaultGain) {
+                part.level(gain);
+            }
+            part.separator(',').number(preChime).separator('^').number(postChime).plain("^0");
+        });
+    };
+    appendPart(audioMessageType, appendAudio);
+    appendPart(visualMessageType, appendVisual);
     send(operations::playMessage, request);
     playedOnce = true;
     return id;
@@ -112,22 +133,6 @@ std::string Message::requestIdToUse() const {
         generateUUID(id);
     }
     return id;
-}
-
-// { "kvPairs" : { "KEY" : { "type" : "literal", "values" : [ { "text" : VALUE, "timeout" : N}, ...
-// ] }, ... }, "validity" : SECONDS }
-std::string Message::templateText() const {
-    Payload text;
-    text.plain("{ \"kvPairs\" : {");
-    text.list(displayKeyValueList, ',', [](Payload& payload, const auto& variable) {
-        payload.plain(" \"")
-            .plain(variable.first)
-            .plain("\" : { \"type\" : \"literal\", \"values\" : [")
-            .list(variable.second, ',', appendValue)
-            .plain(" ] }");
-    });
-    text.plain(" }, \"validity\" : ").number(displayValidityPeriod).plain(" }");
-    return text.text();
 }
 
 void PAController::notifyUploadFailed(const std::string& requestId) {
@@ -153,25 +158,31 @@ unsigned PAController::playMessage(const std::vector<std::string>& zones,
             "argument");
     // Unlike a message, whose origin is a number of its own.
     const std::string origin = originText(load(gLocalDstNo));
-    const auto sendPart = [&gain](Payload& part) {
-        part.separator(',').level(gain.getLevel()).plain(",,startCondition,stopCondition,0,0,0,0");
+    const auto sendPart = [&gain](auto appendPart) {
+        Payload request(usualRequestSize);
         // No request id, absolute priority 500.
-        send(operations::playMessage, Payload().plain("\"\",0,500,").prepared(part.text()));
+        request.plain("\"\",0,500,").nested([&](Payload& part) {
+            appendPart(part);
+            part.separator(',').level(gain.getLevel());
+            part.plain(",,startCondition,stopCondition,0,0,0,0");
+        });
+        send(operations::playMessage, request);
     };
 
     if (!zones.empty() && !dictionaryItems.empty()) {
-        Payload audio = partHead(Message::DICTIONARY, origin, zones);
-        appendItems(audio, dictionaryItems);
-        audio.separator('!').number(mode == 1 ? 0 : 1);
-        sendPart(audio);
+        sendPart([&](Payload& audio) {
+            appendPartHead(audio, Message::DICTIONARY, origin, zones);
+            appendItems(audio, dictionaryItems);
+            audio.separator('!').number(mode == 1 ? 0 : 1);
+        });
     }
     if (!visualDevices.empty() && visualText != nullptr) {
-        Payload visual;
-        visual.number(Message::DISPLAY).separator(',').plain(origin).separator(',');
-        visual.list(visualDevices, '^',
-                    [](Payload& p, const std::string& device) { p.plain(device); });
-        visual.separator(',').prepared(visualText);
-        sendPart(visual);
+        sendPart([&](Payload& visual) {
+            visual.number(Message::DISPLAY).separator(',').plain(origin);
+            visual.separator(',').list(
+                visualDevices, '^', [](Payload& p, std::string_view device) { p.plain(device); });
+            visual.separator(',').prepared(visualText);
+        });
     }
     return 0;
 }
@@ -195,7 +206,7 @@ void PAController::cancelMessage(unsigned messageId) {
 
 // Operation 92/18: id
 void PAController::cancelMessage(const std::string& requestId) {
-    send(operations::cancelMessage, Payload().prepared(requestId));
+    send(operations::cancelMessage, Payload::of(requestId));
 }
 
 // Operation 92/18: "",type

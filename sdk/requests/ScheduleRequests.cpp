@@ -1,5 +1,8 @@
+// SPDX-License-Identifier: Apache-2.0
 // The requests for schedules: the checks, the operations, the wait for a new identifier.
 #include <optional>
+#include <string_view>
+#include <utility>
 
 #include "framework/clock.h"
 #include "framework/uuid.h"
@@ -34,12 +37,7 @@ void check(const ScheduleDefinition& def) {
     require(!def.paZones.empty(), "audio zones not defined");
 }
 
-std::string prepared(const std::string& text) {
-    return Payload().prepared(text).text();
-}
-
-Payload audioContent(const ScheduleDefinition& def) {
-    Payload content;
+void appendAudio(Payload& content, const ScheduleDefinition& def) {
     if (def.announcementType == AT_TEV) {
         content.list(def.dictionaryItems, '^', [](Payload& p, unsigned item) { p.number(item); })
             .separator('!')
@@ -51,17 +49,16 @@ Payload audioContent(const ScheduleDefinition& def) {
     } else if (isStored(def.announcementType)) {
         content.number(def.storedDataSourceId).separator('^').plain(def.storedDataFilePath);
     }
-    return content;
 }
 
-// Prepared as a whole: (list of key=value with ^ between, prepared)!validity
-Payload visualContent(const ScheduleDefinition& def) {
-    if (def.visualAnnouncementType != AT_DISPLAY_TEMPLATE) {
-        return {};
-    }
-    std::vector<std::string> pairs;
-    const auto add = [&pairs](const std::string& key, const std::string& value) {
-        pairs.push_back(prepared(key) + '=' + prepared(value));
+/// Pairs key=value with ^ between, each prepared as a whole.
+void appendPairs(Payload& list, const ScheduleDefinition& def) {
+    bool first = true;
+    const auto add = [&](std::string_view key, std::string_view value) {
+        if (!std::exchange(first, false)) {
+            list.separator('^');
+        }
+        list.nested([&](Payload& pair) { pair.prepared(key).separator('=').prepared(value); });
     };
     for (const auto& [key, value] : def.displayTemplateKeyValueList) {
         if (key.empty()) {
@@ -76,23 +73,36 @@ Payload visualContent(const ScheduleDefinition& def) {
     if (!def.displayTemplateName.empty()) {
         add("{SCREEN}", def.displayTemplateName);
     }
-    const Payload content = Payload()
-                                .prepared(Payload().preparedList(pairs, '^').text())
-                                .separator('!')
-                                .number(def.displayTemplateValidityPeriodSeconds);
-    return Payload().prepared(content.text());
+}
+
+// Prepared as a whole: (pairs, prepared)!validity
+void appendVisual(Payload& part, const ScheduleDefinition& def) {
+    if (def.visualAnnouncementType != AT_DISPLAY_TEMPLATE) {
+        return;
+    }
+    part.nested([&](Payload& content) {
+        content.nested([&](Payload& list) { appendPairs(list, def); });
+        content.separator('!').number(def.displayTemplateValidityPeriodSeconds);
+    });
 }
 
 // type,origin,zone^zone,content,gain,chime
-std::string partText(AnnouncementType type, const std::string& origin,
-                     const ScheduleDefinition& def, const Payload& content) {
-    Payload part;
-    part.number(type).separator(',').plain(origin).separator(',');
-    part.preparedList(def.paZones, '^').separator(',').plain(content.text()).separator(',');
-    if (def.gain != 0.0) {
-        part.level(def.gain);
+void appendPart(Payload& request, AnnouncementType type, std::string_view origin,
+                const ScheduleDefinition& def,
+                void (*appendContent)(Payload&, const ScheduleDefinition&)) {
+    if (type == AT_NONE) {
+        return;
     }
-    return part.separator(',').plain(def.chime).text();
+    request.nested([&](Payload& part) {
+        part.number(type).separator(',').plain(origin);
+        part.separator(',').preparedList(def.paZones, '^').separator(',');
+        appendContent(part, def);
+        part.separator(',');
+        if (def.gain != 0.0) {
+            part.level(def.gain);
+        }
+        part.separator(',').plain(def.chime);
+    });
 }
 
 }  // namespace
@@ -114,9 +124,12 @@ std::string PAController::createScheduleHelper(bool serverAssignsId,
     std::string requestUUID;
     generateUUID(requestUUID);
 
-    Payload request;
+    Payload request(usualRequestSize);
     request.number(def.Id).separator(',');
-    request.prepared(requestUUID + requestUUIDEnd + prepared(def.descrption)).separator(',');
+    request.nested([&](Payload& description) {
+        description.plain(requestUUID).separator(requestUUIDEnd).prepared(def.descrption);
+    });
+    request.separator(',');
     for (const int value :
          {def.startYear, def.startMonth, def.startDay, def.startHour, def.startMinute, def.endYear,
           def.endMonth, def.endDay, def.endHour, def.endMinute, def.dayMask, def.frequency}) {
@@ -125,12 +138,8 @@ std::string PAController::createScheduleHelper(bool serverAssignsId,
     request.plain("1,\"\",");
     request.number(def.priorityMode).separator(',').number(def.priorityLevel).separator(',');
     const std::string origin = originText(load(gLocalDstNo));
-    if (def.announcementType != AT_NONE) {
-        request.prepared(partText(def.announcementType, origin, def, audioContent(def)));
-    }
-    if (def.visualAnnouncementType != AT_NONE) {
-        request.prepared(partText(def.visualAnnouncementType, origin, def, visualContent(def)));
-    }
+    appendPart(request, def.announcementType, origin, def, appendAudio);
+    appendPart(request, def.visualAnnouncementType, origin, def, appendVisual);
     queueOperation(destination::directLink, operations::putSchedule, request);
     return requestUUID;
 }

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The requests for a source: gain, zones, its lock, its level meter. The worker renews the lock.
 #include <algorithm>
 #include <exception>
@@ -34,14 +35,15 @@ void refuseEmpty(const std::vector<std::string>& zoneIds) {
 }
 
 // id,zone^zone
-Payload zonesPayload(int sourceId, const std::vector<std::string>& zoneIds) {
-    Payload payload;
-    return payload.number(sourceId).separator(',').preparedList(zoneIds, '^');
+template <class ZoneIds>
+void sendZones(OperationType type, int sourceId, const ZoneIds& zoneIds) {
+    Payload payload(usualRequestSize);
+    sendToActiveServer(type, payload.number(sourceId).separator(',').preparedList(zoneIds, '^'));
 }
 
 // sourceId,uuid
-Payload lockPayload(int sourceId, const std::string& uuid) {
-    return Payload().number(sourceId).separator(',').plain(uuid);
+void sendLock(OperationType type, int sourceId, const std::string& uuid) {
+    sendToActiveServer(type, Payload().number(sourceId).separator(',').plain(uuid));
 }
 
 }  // namespace
@@ -73,7 +75,7 @@ void PaSource::attachPaZone(const std::vector<std::string>& zoneIds, AttachMode 
     if (mode == REPLACE_EXISTING_SET) {
         detachAllPaZones();
     }
-    sendToActiveServer(operations::attachZones, zonesPayload(id, zoneIds));
+    sendZones(operations::attachZones, id, zoneIds);
 }
 
 void PaSource::detachPaZone(const std::string& zoneId) const {
@@ -84,7 +86,7 @@ void PaSource::detachPaZone(const std::string& zoneId) const {
 // Operation 92/4: id,zone^zone
 void PaSource::detachPaZone(const std::vector<std::string>& zoneIds) const {
     refuseEmpty(zoneIds);
-    sendToActiveServer(operations::detachZones, zonesPayload(id, zoneIds));
+    sendZones(operations::detachZones, id, zoneIds);
 }
 
 // Operation 92/4: id - without a comma it means every zone
@@ -142,11 +144,10 @@ PAController::LockRequestResult PAController::requestLockChange(int sourceId,
     if (attaching && lock != nullptr && lock->lockedUUID == self) {
         return {true, std::nullopt};
     }
-    if (lock == nullptr || lock->lockedUUID != (attaching ? "" : self)) {
+    if (lock == nullptr || (attaching ? !lock->lockedUUID.empty() : lock->lockedUUID != self)) {
         return {false, std::nullopt};
     }
-    sendToActiveServer(attaching ? operations::attachSource : operations::detachSource,
-                       lockPayload(sourceId, self));
+    sendLock(attaching ? operations::attachSource : operations::detachSource, sourceId, self);
     return {false, wallClock()};
 }
 
@@ -156,11 +157,12 @@ void PAController::renewSourceLocks() {
     if (audioServer == nullptr) {
         return;
     }
+    const std::string self = audioServer->getUUID();
     for (const PaSourceLockStatus& lock : availablePaSourcesLockStatus) {
-        if (lock.lockedUUID.empty() || lock.lockedUUID != audioServer->getUUID()) {
+        if (lock.lockedUUID.empty() || lock.lockedUUID != self) {
             continue;  // free, or locked by another client
         }
-        sendToActiveServer(operations::renewLock, lockPayload(lock.sourceId, lock.lockedUUID));
+        sendLock(operations::renewLock, lock.sourceId, lock.lockedUUID);
         PASDK_DEBUG(1, "%s: sending extend lock for sourceId >%d<, UUID >%s<", "threadFunction",
                     lock.sourceId, lock.lockedUUID.c_str());
     }

@@ -1,4 +1,7 @@
+// SPDX-License-Identifier: Apache-2.0
 #pragma once
+
+#include <string>
 
 #include "sdk/QXReceiver.h"
 #include "sdk/globals.h"
@@ -21,10 +24,12 @@ inline int activeServer() {
 }  // namespace destination
 
 /// Queues an operation for the server.
-inline void queueOperation(int destinationNo, OperationType type, const Payload& payload) {
+inline void queueOperation(int destinationNo, OperationType type, const std::string& text) {
     constexpr int flag = 1;  // of every operation
-    gQXReceiver.addOperationToSendQueue(destinationNo, type.classNo, type.number, flag,
-                                        payload.text());
+    gQXReceiver.addOperationToSendQueue(destinationNo, type.classNo, type.number, flag, text);
+}
+inline void queueOperation(int destinationNo, OperationType type, const Payload& payload) {
+    queueOperation(destinationNo, type, payload.text());
 }
 
 }  // namespace pa

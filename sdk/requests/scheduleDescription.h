@@ -1,7 +1,7 @@
+// SPDX-License-Identifier: Apache-2.0
 #pragma once
 
 #include <string>
-#include <vector>
 
 #include "resource/common/stringUtils.h"
 #include "sdk/ScheduleDefinition.h"
@@ -16,19 +16,21 @@ constexpr char requestUUIDEnd = '~';
 
 /// The schedule with the description that the application gave.
 inline ScheduleDefinition withoutRequestUUID(ScheduleDefinition schedule) {
-    std::vector<std::string> pieces;
-    if (splitStr(schedule.descrption.c_str(), requestUUIDEnd, pieces, false) == 2) {
-        schedule.descrption = pieces[1];
+    std::string description = schedule.descrption;
+    TokenReader pieces(description.data(), requestUUIDEnd);
+    pieces.next();
+    const char* const second = pieces.next();
+    if (second != nullptr && pieces.next() == nullptr) {
+        schedule.descrption = second;
     }
     return schedule;
 }
 
 /// The text before the first separator of a description: the UUID of the request that made the
 /// schedule, when it was made by one. Empty for an empty description.
-inline std::string requestUUIDOf(const std::string& description) {
-    std::vector<std::string> pieces;
-    splitStr(description.c_str(), requestUUIDEnd, pieces, false);
-    return pieces.empty() ? std::string() : pieces[0];
+inline std::string requestUUIDOf(std::string description) {
+    const char* const first = TokenReader(description.data(), requestUUIDEnd).next();
+    return first != nullptr ? first : std::string();
 }
 
 }  // namespace pa

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "simserver/audio/SpeechRenderer.h"
 
 #include <algorithm>
@@ -198,9 +199,12 @@ std::optional<Preview> SpeechRenderer::render(const Job& job) const {
 /// Gives it an item: that of the same text if its file had been deleted.
 Preview SpeechRenderer::keep(Preview preview) {
     Preview* const known = find(preview.port, preview.text);
-    preview.item = known != nullptr ? known->item : ++lastItem_;
-    return known != nullptr ? *known = std::move(preview)
-                            : previews_.emplace_back(std::move(preview));
+    if (known == nullptr) {
+        preview.item = ++lastItem_;
+        return previews_.emplace_back(std::move(preview));
+    }
+    preview.item = known->item;
+    return *known = std::move(preview);
 }
 
 /// Deletes its file as well.

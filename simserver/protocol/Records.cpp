@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "simserver/protocol/Records.h"
 
 #include <algorithm>
@@ -9,17 +10,15 @@ namespace simserver {
 
 namespace {
 
-using Field = std::optional<std::string>;
-
 constexpr std::nullopt_t skipped = std::nullopt;
 
-Field number(int value) {
+std::string number(int value) {
     return std::to_string(value);
 }
 
 /// A list of zones that its reader translates before it splits it.
-Field zoneField(const std::vector<std::string>& zones) {
-    return zones.empty() ? Field() : quotedText(quotedList(zones, '^'));
+std::optional<std::string> zoneField(const std::vector<std::string>& zones) {
+    return zones.empty() ? std::nullopt : std::optional(quotedText(quotedList(zones, '^')));
 }
 
 const char* healthText(int health) {
@@ -227,27 +226,27 @@ pa::RecordFields previewRecord(const Preview& preview) {
 
 pa::RecordFields recordingRecord(const RecordingReport& recording, std::time_t epoch) {
     pa::RecordFields fields(20);  // those that are not set are skipped or absent
-    fields[0] = quotedText(recording.requestId);
-    fields[5] = recording.state;
-    fields[6] = dateText(epoch, recording.start);
-    fields[18] = recording.completionCode;
-    fields[19] = quotedText(recording.message);
+    fields.set(0, quotedText(recording.requestId));
+    fields.set(5, recording.state);
+    fields.set(6, dateText(epoch, recording.start));
+    fields.set(18, recording.completionCode);
+    fields.set(19, quotedText(recording.message));
     return fields;
 }
 
 pa::RecordFields announcementRecord(const PlayPart& part, std::time_t epoch) {
     const StateText& state = textOf(part.state);
     pa::RecordFields fields(part.isOver() ? 20 : 17);
-    fields[0] = quotedText(part.requestId);
-    fields[5] = state.text;
+    fields.set(0, quotedText(part.requestId));
+    fields.set(5, state.text);
     if (part.start) {
-        fields[6] = dateText(epoch, *part.start);
+        fields.set(6, dateText(epoch, *part.start));
     }
-    fields[9] = quotedText(messageContent(part.request));
-    fields[16] = part.priority;
+    fields.set(9, quotedText(messageContent(part.request)));
+    fields.set(16, part.priority);
     if (part.isOver()) {
-        fields[18] = state.completionCode;
-        fields[19] = quotedText(part.outcome);
+        fields.set(18, state.completionCode);
+        fields.set(19, quotedText(part.outcome));
     }
     return fields;
 }

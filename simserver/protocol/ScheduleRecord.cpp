@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "simserver/protocol/ScheduleRecord.h"
 
 #include "simserver/protocol/FieldText.h"
@@ -86,7 +87,7 @@ pa::RecordFields scheduleRecord(const Schedule& schedule) {
         std::nullopt,  // 10: the visual part
     };
     for (const SchedulePart& part : schedule.parts) {
-        fields[part.type->medium == Medium::Audio ? 9 : 10] = partField(part);
+        fields.set(part.type->medium == Medium::Audio ? 9 : 10, partField(part));
     }
     return fields;
 }

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /// Decodes the text of a display template:
 ///     {"kvPairs" : {KEY : {"type" : "literal", "values" : [{"text" : TEXT, "timeout" : N}, ...]},
 ///                   ...}, "validity" : SECONDS}

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "simserver/station/StationChecks.h"
 
 namespace simserver {
@@ -16,6 +17,7 @@ std::set<Key> distinct(const std::vector<Record>& records, Key Record::*field, c
     for (std::size_t i = 0; i < records.size(); ++i) {
         if (!seen.insert(records[i].*field).second) {
             const Place place = root.member(list).element(i).member(member);
+            // cppcheck-suppress danglingTemporaryLifetime ; a place refers to the document only
             place.refuse(place.value.dump() + " is given twice");
         }
     }

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "client/Announcement.h"
 
 #include <stdexcept>
@@ -8,7 +9,7 @@
 #include "sdk/QXReceiver.h"
 #include "tests/client/changes.h"
 #include "tests/client/serverFixture.h"
-#include "tests/simserver/tables.h"
+#include "tests/support/tables.h"
 
 namespace {
 
@@ -41,39 +42,7 @@ std::string stateAfter(const std::string& changes) {
 TEST(AnnouncementStates, FollowFromTheChanges) {
     gQXReceiver.close(0ms);  // nothing is to be sent
     pa::setLogSink([](const pa::LogLine&) {});
-    expectResults(stateAfter, R"(
-| sending
-1:Queued | queued
-1:Queued 2:Playing | playing
-# A part that has ended: the other one may follow, and then decides.
-1:Playing 1=0 -1 | accepted
-1=0 -1 2:Playing | playing
-1=0 -1 2=0 -2 | finished, over
-1=1 -1 2=0 -2 | cancelled, over
-1=0 -1 2=2 -2 | pre-empted, over
-1=0 -1 2=77 -2 | failed, over
-1:Playing -1 2=0 -2 | unknown, over: withdrawn without a result
--0 | failed, over: not uploaded
-# A refusal without an id may be that of another request.
-own-refused | refused, over: not now
-refused | refused, over: not now
-refused 1:Playing | playing
-1:Playing refused | playing
-other-refused | sending
-own-dropped | failed, over: not sent: the link was stopped
-other-dropped cancel-dropped | sending
-# The caches are emptied while the connection is away.
-synced | sending
-lost | unknown: the connection is lost
-lost connected synced | unknown, over: the connection was lost meanwhile
-lost connected synced 1:Playing | playing
-1:Playing 2:Playing lost -1 -2 connected 2:Playing synced | playing
-1:Playing 2=0 -2 lost -1 connected synced | unknown, over: the connection was lost meanwhile
-1:Playing 2=0 lost -1 -2 connected synced | unknown, over: the connection was lost meanwhile
-1:Playing 2:Playing lost -1 -2 connected 1=0 2=0 -1 -2 synced | finished, over
-1:Playing lost stopped | unknown, over: the connection was lost meanwhile
-1=0 2=0 lost stopped | finished, over
-)");
+    expectTable(stateAfter);
     gQXReceiver.abandon();
     pa::setLogSink({});
 }
@@ -122,14 +91,7 @@ TEST_F(AnnouncementTest, LosesTheZonesThatAnotherOneTakes) {
         ChangeStream::instance().publish(Updated<AnnouncementRequest>{record});
         return playing() + '.';
     };
-    expectResults(left, R"(
-Yard NONE 900 | Hall Hall/North Yard Hallway .
-Yard DISPLAY_TEMPLATE 900 | Hall Hall/North Yard Hallway .
-Hall/North DICTIONARY 600 | Hall Yard Hallway .
-Yard LIVE_STREAM 400 | Hall Yard Hallway .
-Yard LIVE_STREAM 600 | Hall Hallway .
-Hall DICTIONARY 500 | Hallway .
-)");
+    expectTable(left);
     const std::string number = std::to_string(announcement.parts().at(0).record.id);
     publish(number + ":Queued " + number + ":Playing");
     EXPECT_EQ(playing(), "Hall Hall/North Yard Hallway ") << "it begins when it has all of them";
@@ -229,21 +191,7 @@ TEST_F(AnnouncementTest, ADryRunFindsWhatPreventsIt) {
         }
         return text;
     };
-    expectResults(findings, R"(
-600 Hall/North |
-500 Hall/North | zone 'Hall/North' is taken by request busy-request with the priority Absolute 600
-500 Hall | zone 'Hall' is taken by request busy-request with the priority Absolute 600
-500 Hallway | zone 'Hallway' has no sinks
-relative Hall |
-display Hall |
-600 Nowhere Yard Cellar | there is no zone 'Nowhere'.;
-    zone 'Yard': sink 2 (Horn) is faulty or inactive; zone 'Cellar' is reported as Minor fault
-13 Hall | there is no dictionary item 13.
-chimes Hall | there is no chime 99.
-own Hall |
-none Hall | there is no recording /none.wav.
-spoken |
-)");
+    expectTable(findings);
     gPaController.deleteFromTTS_Ports(0);
     EXPECT_EQ(findings("spoken"), "there is no voice 'Amelia' of the language 'en'.");
 }

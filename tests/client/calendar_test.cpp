@@ -1,11 +1,12 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "client/Calendar.h"
 
 #include <cstdio>
 
 #include "client/StationClock.h"
 #include "framework/clock.h"
-#include "tests/simserver/tables.h"
 #include "tests/support/schedules.h"
+#include "tests/support/tables.h"
 
 namespace {
 
@@ -40,26 +41,7 @@ std::string runs(const std::string& given) {
 }
 
 TEST(Calendar, FindsTheRunsOfASchedule) {
-    expectResults(runs, R"~(
-# Each day once, from the first day to the last. The start day may be far ahead.
-UTC 2026-01-05T06:00 2026-01-07T23:59 127 0 2001-01-01T00:00 | 1/5,6:0 1/6,6:0 1/7,6:0 .
-# Bit 0 is Monday, bit 6 Sunday.
-UTC 2026-01-01T06:00 2026-01-18T06:00 1  0 2026-01-01T00:00 | 1/5,6:0 1/12,6:0 .
-UTC 2026-01-01T06:00 2026-01-18T06:00 64 0 2026-01-04T06:00 | 1/11,6:0 1/18,6:0 .
-# Repetitions last to the end of the day's window, the end included.
-UTC 2026-01-05T06:00 2026-01-05T08:00 127 60 2026-01-05T05:59 | 1/5,6:0 1/5,7:0 1/5,8:0 .
-UTC 2026-01-05T06:00 2026-01-06T07:59 127 60 2026-01-05T06:30 | 1/5,7:0 1/6,6:0 1/6,7:0 .
-# A window that passes midnight belongs to the day on which it begins.
-UTC 2026-01-04T22:00 2026-01-06T05:00 1 180 2026-01-04T22:00 | 1/5,22:0 1/6,1:0 1/6,4:0 .
-# 02:00 to 03:00 is skipped: right after it, and once.
-Europe/Berlin 2026-03-28T02:30 2026-03-30T02:30 127 0 2026-03-01T00:00 | 3/28,1:30 3/29,1:0 3/30,0:30 .
-Europe/Berlin 2026-03-29T01:30 2026-03-29T03:30 127 30 2026-03-29T00:00 | 3/29,0:30 3/29,1:0 3/29,1:30 .
-# 02:00 to 03:00 occurs twice: at the first of them.
-Europe/Berlin 2026-10-25T02:00 2026-10-25T03:00 127 30 2026-10-24T00:00 | 10/25,0:0 10/25,0:30 10/25,2:0 .
-# A whole day is skipped.
-Pacific/Apia 2011-12-29T08:00 2011-12-31T08:00 127 0 2011-12-01T00:00 | 12/29,18:0 12/30,10:0 12/30,18:0 .
-Europe/Atlantis 2026-01-01T00:00 2026-01-01T00:00 127 0 2026-01-01T00:00 | unknown time zone "Europe/Atlantis"
-)~");
+    expectTable(runs);
 }
 
 std::int64_t passedMS = 0;
@@ -81,14 +63,7 @@ TEST(StationClock, IsThatOfTheServerAndKnowsWhenASchedulePlaysNext) {
         return clock.momentText(clock.now()) + ", " + dateText(clock.date()) + ", " +
                clock.nextRunText(s) + ".";
     };
-    expectResults(described, R"(
-1796081400 Europe/Berlin | 2026-12-01T00:30 Europe/Berlin, 2026-12-01, 2026-12-01T06:00.
-1796081429 America/New_York | 2026-11-30T18:31 America/New_York, 2026-11-30, 2026-12-01T06:00.
-1798761600 Europe/Berlin | 2027-01-01T01:00 Europe/Berlin, 2027-01-01, .
-1796081400 Europe/Atlantis | 2026-11-30T23:30 UTC, 2026-11-30, .
-soon UTC | 2001-09-09T01:47 UTC, 2001-09-09, 2026-12-01T06:00.
-253402300800 UTC | 2001-09-09T01:47 UTC, 2001-09-09, 2026-12-01T06:00.
-)");
+    expectTable(described);
     s.startMonth = 11;
     s.startDay = 31;  // does not exist
     EXPECT_EQ(described("1796081400 UTC"), "2026-11-30T23:30 UTC, 2026-11-30, .");

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "client/ChangeStream.h"
 
 #include <atomic>
@@ -11,6 +12,7 @@
 #include <unistd.h>
 
 #include "framework/clock.h"
+#include "tests/support/endChild.h"
 
 namespace {
 
@@ -167,7 +169,7 @@ TEST(ChangeStreamTest, AChildOfAForkReadsForItself) {
         Subscription own;
         refuse("child");
         const bool isPublished = text(before.next()) == "child" && text(own.next()) == "child";
-        _exit(isInherited && isPublished ? 0 : 1);
+        endChild(isInherited && isPublished ? 0 : 1);
     }
     int status = 0;
     waitpid(child, &status, 0);

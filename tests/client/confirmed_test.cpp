@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "client/confirmed.h"
 
 #include <atomic>
@@ -9,7 +10,7 @@
 #include "include/common/RecordList.h"
 #include "tests/client/changes.h"
 #include "tests/client/serverFixture.h"
-#include "tests/simserver/tables.h"
+#include "tests/support/tables.h"
 
 namespace {
 
@@ -45,29 +46,7 @@ std::string confirmed(const std::string& given) {
 }
 
 TEST_F(ConfirmTest, EndsWithTheFirstAnswer) {
-    expectResults(confirmed, R"(
-any 0 | as before
-any 1 | done
-any -1 | timed out
-any -1 refused | refused: not now
-any -1 other-refused | refused: not now
-any -1 cancel-refused | timed out
-any -1 own-dropped | not sent: the link was stopped
-any -1 cancel-dropped | timed out
-own -1 refused | refused: not now
-own -1 other-refused | timed out
-own -1 other-dropped | timed out
-# An effect counts more than an answer that may be that of another request.
-any 1 refused | done
-any 1 own-dropped | done
-# While the connection is away the caches are empty.
-any -1 lost | connection lost: cable
-any 1 lost connected | connection lost: cable
-any 1 lost synced | done
-any -1 lost synced refused | connection lost: cable
-any -1 stopped | connection lost
-any -1 synced refused | refused: not now
-)");
+    expectTable(confirmed);
 }
 
 TEST_F(ConfirmTest, TakesNoEmptiedCacheForAnEffect) {
@@ -227,16 +206,7 @@ TEST_F(ConfirmedOperationsTest, PreviewsEndWithTheirAnswer) {
         const RenderedPreview preview = renderPreview("text", voice, {});
         return textOf(preview.confirmation) + (preview.uri.empty() ? "" : " " + preview.uri);
     };
-    expectResults(previewed, R"(
-spoken | done file:/a
-failed | refused: it cannot speak the text with this voice
-refused failed | refused: not now
-refused | refused: not now
-given-up | timed out
-other-refused other-spoken spoken | done file:/a
-# Of several requests for the same text and voice, one is answered.
-same-spoken | done file:/same
-)");
+    expectTable(previewed);
 }
 
 }  // namespace

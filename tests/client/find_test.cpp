@@ -1,6 +1,7 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "client/find.h"
 
-#include <gtest/gtest.h>
+#include "tests/support/tables.h"
 
 namespace {
 
@@ -20,24 +21,7 @@ TEST(Find, PrefersNumbersThenExactNamesThenBeginnings) {
     const std::vector<Naming> sources = {{"2", "Desk"},       {"10", "desk"},      {"3", "10"},
                                          {"7", "Lift lobby"}, {"8", "Lift shaft"}, {"9", ""},
                                          {"101", "Gate 12"},  {"102", "12"},       {"103", "12"}};
-    const std::pair<const char*, const char*> cases[] = {
-        {"10", "1"},    // not the label of source 3
-        {"Desk", "0"},  // exact before another case
-        {"desk", "1"},
-        {"DESK", "'DESK' is ambiguous: it names 2 of the sources: 2 'Desk', 10 'desk'"},
-        {"LIFT L", "3"},
-        {"lift", "'lift' is ambiguous: it names 2 of the sources: 7 'Lift lobby', 8 'Lift shaft'"},
-        {"gate", "6"},
-        {"Gate 1", "there is no source 'Gate 1'; did you mean 'Gate 12'?"},  // cuts a number
-        {"12", "'12' is ambiguous: it names 2 of the sources: 102 '12', 103 '12'"},
-        {"1", "there is no source '1'; the nearest are 2, 3, 7"},  // begins numbers and names
-        {"99999999999999999999",
-         "there is no source '99999999999999999999'; the nearest are 103, 102, 101"},
-        {"edks", "there is no source 'edks'; did you mean 'Desk', 'desk'?"},
-    };
-    for (const auto& [wanted, expected] : cases) {
-        EXPECT_EQ(found("source", wanted, sources), expected) << wanted;
-    }
+    expectTable([&](const std::string& wanted) { return found("source", wanted, sources); });
 }
 
 TEST(Find, AnswersWhatHasNumbersOnlyOrNamesOnly) {

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "console/files/wavFile.h"
 #include "tests/console/consoleRun.h"
 #include "tests/support/TestFolder.h"

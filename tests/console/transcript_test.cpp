@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include <algorithm>
 #include <cstdio>
 #include <fstream>
@@ -69,6 +70,16 @@ bool textMatches(const std::string& text, const Lines& patterns) {
     return matches(linesOf(text), patterns, "...", [](const auto& line, const auto& pattern) {
         return matches(line, pattern, '*', std::equal_to<>());
     });
+}
+
+/// A station whose records take longer to arrive than a thread waits for its turn.
+std::string largeStation() {
+    std::string zones;
+    for (int i = 0; i < 20'000; ++i) {
+        zones += (i > 0 ? "," : "") + ("{\"id\": \"" + std::to_string(i)) + "\"}";
+    }
+    return R"({"name": "Large", "dstNo": 1, "sinks": [], "sources": [], "voices": [], "dictionary": [], "zones": [)" +
+           zones + "]}";
 }
 
 class TranscriptRun {
@@ -157,6 +168,7 @@ private:
     const TestFolder folder_{};
     std::map<std::string, std::string> texts_ = {
         {"{folder}", folder_.path().string()},
+        {"{large}", folder_.write("large.json", largeStation())},
         {"{script}", (folder_.path() / "script").string()},
     };
     std::ofstream written_;

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The observers of the controller and what they may do, its life.
 #include "tests/controller/fixtures.h"
 

@@ -1,11 +1,16 @@
+// SPDX-License-Identifier: Apache-2.0
 // How texts become numbers, lists and records, in a process whose locale has a decimal comma.
 #include <algorithm>
 #include <clocale>
+#include <cmath>
 #include <cstdlib>
 #include <limits>
 #include <locale>
+#include <random>
+#include <string_view>
 
 #include "resource/common/stringUtils.h"
+#include "sdk/records/BlankRecord.h"
 #include "sdk/records/recordColumns.h"
 #include "sdk/requests/Payload.h"
 #include "tests/controller/fixtures.h"
@@ -59,6 +64,24 @@ TEST_F(DecodingTest, ReadsAndWritesLevelsWithAPoint) {
     EXPECT_EQ(Payload().number(1234567).text(), "1234567");
 }
 
+TEST_F(DecodingTest, ReadsEveryLevelAsTheSystemDoesWithAPoint) {
+    const locale_t point = newlocale(LC_ALL_MASK, "C", nullptr);
+    std::mt19937 random(1);
+    const auto any = [&random](std::size_t below) { return random() % below; };
+    for (int i = 0; i < 20000; ++i) {
+        // Mostly digits, around the length that can be read exactly.
+        const std::string_view characters = i % 2 == 0 ? "0123456789" : "0123456789.-+ exa";
+        std::string text(any(18), '0');
+        for (char& c : text) {
+            c = characters[any(characters.size())];
+        }
+        text.insert(any(text.size() + 1), ".");
+        EXPECT_EQ(decodeDouble(text.c_str()), strtod_l(text.c_str(), nullptr, point)) << text;
+    }
+    EXPECT_TRUE(std::signbit(decodeDouble("-0")));
+    freelocale(point);
+}
+
 TEST_F(DecodingTest, MakesAsciiLettersSmallAndNoOther) {
     EXPECT_EQ(asciiLower('Z'), 'z');
     EXPECT_EQ(asciiLower('\xc4'), '\xc4') << "a capital letter of this locale";
@@ -70,11 +93,11 @@ TEST_F(DecodingTest, TakesTheFieldsThatAreThere) {
         std::string b = "default";
         double c = -1;
     };
-    constexpr Column<Target> columns[] = {integer<&Target::a>, asReceived<&Target::b>, skipped,
-                                          floating<&Target::c>};
-    const auto decode = [&columns](TEVlist& list) {
+    static constexpr Column<Target> columns[] = {integer<&Target::a>, asReceived<&Target::b>,
+                                                 skipped, floating<&Target::c>};
+    const auto decode = [](TEVlist& list) {
         Target target;
-        decodeRecord(list, columns, target);
+        decodeRecord<columns>(list, target);
         return Payload().number(target.a).plain(" " + target.b + " ").level(target.c).text();
     };
     const std::pair<const char*, const char*> cases[] = {
@@ -88,6 +111,18 @@ TEST_F(DecodingTest, TakesTheFieldsThatAreThere) {
     RecordList withoutData({"5", "text"});
     withoutData.list()->listTop->dataPtr = nullptr;
     EXPECT_EQ(decode(*withoutData.list()), "-1 text -1");
+}
+
+TEST_F(DecodingTest, StartsWithBlankRecordsAlsoInsideOfEachOther) {
+    {
+        BlankRecord<PaSink> outer;
+        outer->label = "outer";
+        BlankRecord<PaSink> inner;
+        EXPECT_TRUE(*inner == PaSink());
+        inner->paZoneList = {"inner"};
+        EXPECT_EQ(outer->label, "outer");
+    }
+    EXPECT_TRUE(*BlankRecord<PaSink>() == PaSink());
 }
 
 TEST_F(DecodingTest, SplitsLists) {

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Two records are equal when all their members are: the members are changed one at a time.
 #include <gtest/gtest.h>
 #include <type_traits>

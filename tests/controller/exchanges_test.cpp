@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The exchanges in exchanges/*.txt: what the controller does with the records of the server.
 //
 //     == Name      an exchange, with empty caches

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The message builder: what a content does to a message, and when two messages are equal.
 #include <functional>
 #include <type_traits>

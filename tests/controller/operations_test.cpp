@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What each operation sends, on a direct and on an indirect connection, and what it refuses.
 #include <cmath>
 #include <functional>
@@ -39,6 +40,7 @@ TEST_F(OperationsTest, SendTheirPayloads) {
     const int chimed = controller.createSwPaTrigger(12, 60, "chime1", "");
     const int displayed = controller.createSwPaTrigger(13, 0, "", "a \"b\",c");
     const std::string path = R"(/tmp/a"b\c.wav)";
+    const Ids xz = {"X", "", "Z"};
     struct Case {
         std::string sent;  // D: by the kind of connection
         std::function<void()> call;
@@ -46,16 +48,10 @@ TEST_F(OperationsTest, SendTheirPayloads) {
     const Case cases[] = {
         {R"(send D 92/3 1 4,"Hall \"A\"")", [&] { desk.attachPaZone("Hall \"A\"", add); }},
         {"send D 92/4 1 4\nsend D 92/3 1 4,\"X\"", [&] { desk.attachPaZone("X", replace); }},
-        {R"(send D 92/3 1 4,"X"^""^"Z")",
-         [&] {
-             desk.attachPaZone(Ids{"X", "", "Z"}, add);
-         }},
+        {R"(send D 92/3 1 4,"X"^""^"Z")", [&] { desk.attachPaZone(xz, add); }},
         {"send D 92/4 1 4\nsend D 92/3 1 4,\"X\"", [&] { desk.attachPaZone(Ids{"X"}, replace); }},
         {R"(send D 92/4 1 4,"X")", [&] { desk.detachPaZone("X"); }},
-        {R"(send D 92/4 1 4,"X"^"Y")",
-         [&] {
-             desk.detachPaZone(Ids{"X", "Y"});
-         }},
+        {R"(send D 92/4 1 4,"X"^""^"Z")", [&] { desk.detachPaZone(xz); }},
         {"send D 92/4 1 4", [&] { desk.detachAllPaZones(); }},
         {"send -1 92/9 1 4,-96,0,1", [&] { desk.setGain(-96, false, true); }},
         {"send -1 92/9 1 4,42,1,0", [&] { station.setGain(42, true, false); }},

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What playing sends, from the layout of the request; the previews of spoken texts, which wait for
 // items of the dictionary.
 #include "tests/controller/fixtures.h"

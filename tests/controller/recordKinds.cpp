@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "tests/controller/recordKinds.h"
 
 #include <algorithm>
@@ -10,21 +11,6 @@ namespace {
 
 using C = PAController;
 
-template <void (C::*Handler)(int, TEVlist*)>
-void byKey(C& controller, int key, TEVlist* list) {
-    (controller.*Handler)(key, list);
-}
-void ofServer(C& controller, int key, TEVlist* list) {
-    controller.addUpdatePaZone(1, key, list);
-}
-template <int Number>
-void withdraw(C& controller, int key) {
-    controller.deleteAudioVideoControllerInfo(0, Number, key);
-}
-template <void (C::*Remove)(int)>
-void removeByKey(C& controller, int key) {
-    (controller.*Remove)(key);
-}
 template <class Record, std::vector<Record> (C::*Getter)() const>
 std::string list() {
     return paclient::linesOf((gPaController.*Getter)());
@@ -37,24 +23,24 @@ std::string one(int key) {
 
 std::vector<RecordCase> read() {
     std::vector<RecordCase> kinds = {
-        {"addUpdatePaSource", byKey<&C::addUpdatePaSource>, withdraw<2>,
+        {"addUpdatePaSource", byKey<&C::addUpdatePaSource>, withdrawKind<2>,
          list<PaSource, &C::getPaSources>, one<PaSource, &C::findPaSource>},
-        {"addUpdatePaSink", byKey<&C::addUpdatePaSink>, withdraw<3>, list<PaSink, &C::getPaSinks>,
-         one<PaSink, &C::findPaSink>},
-        {"addUpdatePaTrigger", byKey<&C::addUpdatePaTrigger>, withdraw<4>,
+        {"addUpdatePaSink", byKey<&C::addUpdatePaSink>, withdrawKind<3>,
+         list<PaSink, &C::getPaSinks>, one<PaSink, &C::findPaSink>},
+        {"addUpdatePaTrigger", byKey<&C::addUpdatePaTrigger>, withdrawKind<4>,
          list<PaTrigger, &C::getHwPaTriggers>, one<PaTrigger, &C::findHwPaTrigger>},
-        {"addUpdatePaSelector", byKey<&C::addUpdatePaSelector>, withdraw<5>,
+        {"addUpdatePaSelector", byKey<&C::addUpdatePaSelector>, withdrawKind<5>,
          list<PaSelector, &C::getPaSelectors>, one<PaSelector, &C::findPaSelector>},
-        {"addUpdatePaZone", ofServer, withdraw<20>, list<PaZone, &C::getPaZones>,
+        {"addUpdatePaZone", ofServer, withdrawKind<20>, list<PaZone, &C::getPaZones>,
          one<PaZone, &C::findPaZone>},
         {"updateFromTTS_Ports", byKey<&C::updateFromTTS_Ports>,
          removeByKey<&C::deleteFromTTS_Ports>, list<TTSVocalizer, &C::getTTSVocalizerList>},
         {"updateFromTTS_Dictionary", byKey<&C::updateFromTTS_Dictionary>,
          removeByKey<&C::deleteFromTTS_Dictionary>, list<TTSDictionary, &C::getTTSDictionaryList>},
-        {"addUpdateAnnouncementRequest", byKey<&C::addUpdateAnnouncementRequest>, withdraw<11>,
+        {"addUpdateAnnouncementRequest", byKey<&C::addUpdateAnnouncementRequest>, withdrawKind<11>,
          list<AnnouncementRequest, &C::getAnnouncementRequests>,
          one<AnnouncementRequest, &C::findAnnouncementRequest>},
-        {"updateScheduleList", byKey<&C::updateScheduleList>, withdraw<18>,
+        {"updateScheduleList", byKey<&C::updateScheduleList>, withdrawKind<18>,
          list<ScheduleDefinition, &C::listSchedules>, one<ScheduleDefinition, &C::findSchedule>}};
     std::ifstream file(PA_RECORD_KINDS);
     auto kind = kinds.begin();

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #pragma once
 
 #include <map>
@@ -5,13 +6,13 @@
 #include <string>
 #include <vector>
 
-#include "sdk/PAController.h"
+#include "tests/support/recordCalls.h"
 
 /// The records of one kind: functions of the controller, and the properties in recordKinds.txt.
 struct RecordCase {
     std::string handler;
-    void (*handle)(PAController&, int key, TEVlist*);
-    void (*remove)(PAController&, int key);
+    HandleRecord handle;
+    RemoveRecord remove;
     std::string (*cache)();
     std::string (*lookUp)(int key) = nullptr;  // "nothing" for none; null: there is no look-up
     std::map<std::string, std::string> texts{};

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The records of every kind: their columns, what an update compares and copies, the notifications,
 // their withdrawal.
 #include <iterator>

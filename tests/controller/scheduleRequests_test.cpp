@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What the operations of schedules check and send, and how one waits for its identifier.
 #include "sdk/records/ScheduleCache.h"
 #include "tests/controller/fixtures.h"

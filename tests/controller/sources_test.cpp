@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Sources: their locks and meters, the triggers and selectors that belong to them.
 #include "client/recordText.h"
 #include "tests/controller/fixtures.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Texts on their whole way, in every place that takes one: application, controller, link, simulated
 // server with its own encoders and decoders, and back.
 #include <nlohmann/json.hpp>

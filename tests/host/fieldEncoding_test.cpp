@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "framework/fieldEncoding.h"
 
 #include <gtest/gtest.h>
@@ -9,7 +10,10 @@ std::string prepared(std::string text) {
     return text;
 }
 std::string translated(std::string text) {
+    std::string elsewhere = "left over";
+    pa::assignDecoded(elsewhere, text);
     translateElemStringFieldFromSvr(text);
+    EXPECT_EQ(elsewhere, text);
     return text;
 }
 
@@ -27,7 +31,7 @@ TEST(FieldEncoding, QuotesAndEscapesAndLeavesWhatIsNoWholeQuotedString) {
         EXPECT_EQ(translated(translated(prepared(encoded))), plain) << "two levels";
     }
     for (const std::string text : {"", "plain", R"(")", R"("open)", R"(closed")", R"("a"b")",
-                                   R"("a","b")", R"("a\")", R"("a" )", R"(a\"b)"}) {
+                                   R"("a","b")", R"("a\")", R"("\\\")", R"("a" )", R"(a\"b)"}) {
         EXPECT_EQ(translated(text), text);
     }
     EXPECT_EQ(translated(R"("a\nb")"), R"(a\nb)") << "only what was put there is undone";

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Threads, mutex, UUIDs and the facade.
 #include <csignal>
 #include <regex>

@@ -1,10 +1,11 @@
+// SPDX-License-Identifier: Apache-2.0
 // What the compiler reports for an application: a warning for each result that is thrown away but
-// the last, and nothing else.
+// the last, and nothing else. It has headers of its own with names of the SDK's, first on its path.
+#include <public-address/link/ServerLink.h>
+#include <public-address/sdk/PAController.h>
+#include <public-address/sdk/globals.h>
+#include <public-address/version.h>
 #include <type_traits>
-
-#include "link/ServerLink.h"
-#include "sdk/PAController.h"
-#include "sdk/globals.h"
 
 // Plain objects: `auto* server = gAudioServerInstance`, `printf("%d", gLocalDstNo)` and
 // `std::max(gMaxServerWaitTimeSeconds, 3)` are right for no class.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /// What an application is notified of: its connection and the operations that are dropped; and what
 /// a stop does with those that wait.
 #include "tests/link/LinkTest.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What happens in the child of fork(). Each child ends with a code for what went wrong there, 0 for
 // nothing.
 #include <functional>
@@ -13,6 +14,7 @@
 #include "include/common/RecordList.h"
 #include "link/HandlerSlot.h"
 #include "tests/link/LinkTest.h"
+#include "tests/support/endChild.h"
 
 namespace {
 
@@ -26,7 +28,7 @@ int codeOf(pid_t child) {
 int codeOfChild(const std::function<int()>& inChild) {
     const pid_t child = fork();
     if (child == 0) {
-        _exit(inChild());
+        endChild(inChild());
     }
     return codeOf(child);
 }
@@ -92,7 +94,7 @@ TEST_F(ForkTest, AnObserverMayForkAndTheDaemonWorksButForTheLinkOfItsParent) {
     idleParent = getpid();
     reportSink("fork");
     if (observer.child == 0) {
-        _exit(codeOfChild(useOwnLink));  // the callback has returned; a daemon forks twice
+        endChild(codeOfChild(useOwnLink));  // the callback has returned; a daemon forks twice
     }
     EXPECT_EQ(codeOf(observer.child), 0);
     idleParent = 0;

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "link/Notifier.h"
 
 #include <memory>
@@ -12,14 +13,14 @@ using palink::Notifier;
 struct NotifierTest : HostTest {
     /// Notes that it runs, and when.
     Notifier::Step step(int key, std::int64_t dueMS, const std::string& name, bool holds = false) {
-        const auto run = [notes = steps, name, begin = start] {
+        const auto run = [notes = steps, name, begin = start](const auto& /*step*/) {
             notes->add(name + "@" + std::to_string(nowMS - begin) + " ");
         };
         return {2, key, start + dueMS, holds, run};
     }
     /// Adds a step that continues after "open NAME".
     void addGate(Notifier& to, const std::string& name, int key = 7) {
-        to.add({key, key, 0, false, [notes = steps, name] {
+        to.add({key, key, 0, false, [notes = steps, name](const auto& /*step*/) {
                     notes->add(name + " begins ");
                     notes->waitFor("open " + name);
                     notes->add(name + " ends ");
@@ -76,7 +77,7 @@ TEST_F(NotifierTest, HoldsThreadsBackUntilThereIsSpace) {
     steps->waitFor("first begins");
     for (std::size_t i = 2; i < Notifier::capacity; ++i) {
         EXPECT_TRUE(notifier.waitForSpace());
-        notifier.add({2, 1, 0, false, [] {}});
+        notifier.add({2, 1, 0, false, [](const auto& /*step*/) {}});
     }
     addGate(notifier, "second");
     EXPECT_TRUE(notifier.waitForSpace());
@@ -92,7 +93,8 @@ TEST_F(NotifierTest, HoldsThreadsBackUntilThereIsSpace) {
     open("first");
     EXPECT_NE(steps->waitFor("space").find("space"), std::string::npos) << "before it is empty";
     waiting.join();
-    notifier.add({2, 1, 0, false, [] {}, Notifier::capacity * Notifier::stepBytes});
+    notifier.add(
+        {2, 1, 0, false, [](const auto& /*step*/) {}, Notifier::capacity * Notifier::stepBytes});
     notifier.releaseWaiters();
     EXPECT_FALSE(notifier.waitForSpace()) << "one step that holds as much takes all the space";
     open("second");

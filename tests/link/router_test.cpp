@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "link/Router.h"
 
 #include <tuple>
@@ -164,7 +165,8 @@ TEST_F(RouterTest, ARecordThatCannotBeHandledIsTheOnlyOneLost) {
 
 TEST_F(RouterTest, SurvivesWhateverAFieldHolds) {
     const std::string longest(1'000'000, '\\');
-    pa::RecordFields hostile = {std::nullopt, "", "(null)", "\"", "\\", "^^^", "-", "nan", longest};
+    std::vector<std::optional<std::string>> hostile = {std::nullopt, "",  "(null)", "\"",   "\\",
+                                                       "^^^",        "-", "nan",    longest};
     hostile.insert(hostile.end(), {"99999999999999999999", "\xff\xfe\x80", std::string(9999, '"')});
     for (const auto& field : hostile) {
         for (const auto& row : pa::recordKinds) {

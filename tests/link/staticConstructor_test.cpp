@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // An application that uses the SDK before main: the static constructor of this file runs before
 // those of the SDK's own files, as the linker puts the objects of a program before its libraries.
 #include <gtest/gtest.h>

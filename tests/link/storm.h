@@ -1,6 +1,6 @@
+// SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include <algorithm>
 #include <atomic>
 #include <iterator>
 #include <random>
@@ -8,10 +8,10 @@
 #include <string>
 #include <vector>
 
-#include "client/recordText.h"
 #include "include/common/RecordList.h"
 #include "link/Transport.h"
 #include "sdk/PAController.h"
+#include "tests/support/caches.h"
 
 /// @file
 /// What a server reports in a storm, and what an application does: it sends requests all the time,
@@ -72,46 +72,23 @@ inline std::vector<palink::ServerEvent> makeStream(const std::string& own) {
             stream.emplace_back(palink::LevelReading{key, -6.0});
         } else {
             pa::RecordFields fields(32);
-            std::generate(fields.begin(), fields.end(), [&] { return std::to_string(upTo(3)); });
-            fields[0] = std::to_string(key);
+            for (std::size_t place = 0; place < fields.size(); ++place) {
+                fields.set(place, std::to_string(upTo(3)));
+            }
+            fields.set(0, std::to_string(key));
             if (kind == RecordKind::Source) {
-                fields[9] = holders[upTo(3) - 1];
+                fields.set(9, holders[upTo(3) - 1]);
             } else if (kind == RecordKind::Schedule) {
-                fields[9] = "2,o,Z" + *fields[1] + ",1^" + *fields[2] + "!3";
-                fields[10].reset();
+                const std::string item(*fields[2]);
+                fields.set(9, ("2,o,Z" + item).append(",1^").append(item).append("!3"));
+                fields.set(10, std::nullopt);
             } else if (kind == RecordKind::TtsPort) {
-                fields[2] = "48000";
+                fields.set(2, "48000");
             }
             stream.emplace_back(palink::Record{serverNo, kind, key, std::move(fields)});
         }
     }
     return stream;
-}
-
-/// The lines of a list in sorted order: what arrives after a withdrawal that waits takes its place
-/// in the order of arrival when it is handled.
-template <class Record>
-std::vector<std::string> sortedLines(const std::vector<Record>& records) {
-    std::vector<std::string> lines;
-    std::transform(records.begin(), records.end(), std::back_inserter(lines),
-                   [](const Record& record) { return paclient::lineOf(record); });
-    std::sort(lines.begin(), lines.end());
-    return lines;
-}
-
-/// Everything that records fill, one cache after the other.
-inline std::vector<std::vector<std::string>> cachesOf(const PAController& c) {
-    std::vector<std::string> attached;
-    for (int key = 1; key <= keys; ++key) {
-        c.getAttachedPaZoneList(key, &attached);
-        attached.emplace_back("of the source before");
-    }
-    std::vector<std::vector<std::string>> caches{attached};
-    const auto add = [&](const auto&... lists) { (caches.push_back(sortedLines(lists)), ...); };
-    add(c.getPaSources(), c.getPaSourceLocks(), c.getPaSinks(), c.getHwPaTriggers(),
-        c.getPaSelectors(), c.getPaZones(), c.getAnnouncementRequests(), c.listSchedules(),
-        c.getTTSVocalizerList(), c.getTTSDictionaryList());
-    return caches;
 }
 
 /// One round of what an application does.
@@ -149,7 +126,7 @@ inline void useController(int round) {
     schedule.paZones = {"Z"};
     try {
         if (round % 16 == 0) {
-            static_cast<void>(cachesOf(c));
+            static_cast<void>(cachesOf(c, keys));
             message.setAudioMessage("/nowhere", Message::L16_48K);
             message.playAnnouncement({"Z1"});
             message.setAudioMessage("text", word, word, Message::UTF_8);

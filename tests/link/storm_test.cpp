@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A link that is started and stopped again and again in a storm; then what the caches hold after
 // events in the storm is compared with what they hold after the same events without it.
 #include "tests/link/storm.h"
@@ -82,7 +83,7 @@ TEST_F(StormTest, ALinkStartsAndStopsInTheMiddleAndTheCachesAreThoseOfOneThread)
         narrow.waitUntilDelivered();
         stopping.waitUntilHandled();
         end();
-        return storm::cachesOf(gPaController);
+        return cachesOf(gPaController, storm::keys);
     };
     {
         const std::lock_guard guard(server.lock);
@@ -90,7 +91,7 @@ TEST_F(StormTest, ALinkStartsAndStopsInTheMiddleAndTheCachesAreThoseOfOneThread)
     }
     stopping.start();
     const auto caches = afterTheStream();
-    EXPECT_EQ(std::count(caches.begin(), caches.end(), std::vector<std::string>()), 0);
+    EXPECT_EQ(std::count(caches.begin(), caches.end(), ""), 0);
     EXPECT_EQ(caches, afterTheStream());
 }
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #pragma once
 
 #include <string>
@@ -23,7 +24,7 @@ struct NotedEvents : palink::ServerEventSink {
     }
     static std::string noted(const palink::Record& record) {
         return "record " + std::to_string(record.dstNo) + ' ' + pa::nameOf(record.kind) + ' ' +
-               std::to_string(record.key) + ' ' + record.fields.at(0).value_or("null");
+               std::to_string(record.key) + ' ' + std::string(record.fields.at(0).value_or("null"));
     }
     static std::string noted(const palink::Withdrawal& withdrawal) {
         return "withdrawal " + std::to_string(withdrawal.dstNo) + ' ' +

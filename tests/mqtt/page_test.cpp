@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include <filesystem>
 #include <fstream>
 #include <gtest/gtest.h>
@@ -135,7 +136,7 @@ TEST(PageTest, ItsTablesAreThoseOfTheController) {
         sources += entry.path().extension() == ".cpp" ? textOf(entry.path()) : "";
     }
     const std::map<RecordKind, std::string> tables{
-        {RecordKind::Source, "SourceRecord"},     {RecordKind::Sink, "PaSink"},
+        {RecordKind::Source, "SourceRecord"},     {RecordKind::Sink, "SinkRecord"},
         {RecordKind::Trigger, "TriggerRecord"},   {RecordKind::Selector, "PaSelector"},
         {RecordKind::AttachedZones, "ZoneIds"},   {RecordKind::Announcement, "RequestRecord"},
         {RecordKind::Schedule, "ScheduleRecord"}, {RecordKind::Zone, "PaZone"},
@@ -143,6 +144,7 @@ TEST(PageTest, ItsTablesAreThoseOfTheController) {
     const std::map<std::string, std::string> forms{{"integer", "number"},
                                                    {"floating", "decimal"},
                                                    {"translated", "encoded"},
+                                                   {"encoded", "encoded"},
                                                    {"asReceived", "plain"}};
     std::string kinds = "Kinds:";
     for (const auto& [kind, record] : tables) {

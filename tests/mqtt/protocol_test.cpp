@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include <functional>
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
@@ -143,33 +144,20 @@ TEST(ServerStatusTest, AMemberOfAnotherTypeOrRangeIsRefused) {
         without.erase(member);
         EXPECT_THROW(palink::decodeStatus(without.dump()), MalformedMessage) << member;
     }
-    for (const char* const change :
-         {R"({"protocol":2})",
-          R"({"protocol":"1"})",
-          R"({"protocol":1.5})",
-          R"({"state":"on"})",
-          R"({"state":true})",
-          R"({"generation":0})",
-          R"({"generation":-1})",
-          R"({"generation":9007199254740992})",
-          R"({"generation":18446744073709551615})",
-          R"({"role":""})",
-          R"({"precedence":0})",
-          R"({"precedence":1001})",
-          R"({"name":1})",
-          R"({"speed":0})",
-          R"({"speed":"1"})",
-          R"({"control":1})",
-          R"({"clockMS":-1})",
-          R"({"kinds":[]})",
-          R"({"kinds":{"2":[]}})",
-          R"({"kinds":{"2":{"count":1}}})",
-          R"({"kinds":{"2":{"count":0,"checksum":"0123456789abcdef"}}})",
-          R"({"kinds":{"2":{"count":1,"checksum":"0123456789ABCDEF"}}})",
-          R"({"kinds":{"2":{"count":1,"checksum":"0123456789abcde"}}})"}) {
-        Json changed = valid;
-        changed.merge_patch(Json::parse(change));
-        EXPECT_THROW(palink::decodeStatus(changed.dump()), MalformedMessage) << change;
+    const Json bad = Json::parse(R"({
+        "protocol": [2, "1", 1.5], "state": ["on", true], "role": [""], "name": [1], "control": [1],
+        "generation": [0, -1, 9007199254740992, 18446744073709551615], "precedence": [0, 1001],
+        "speed": [0, "1"], "clockMS": [-1],
+        "kinds": [[], {"2": []}, {"2": {"count": 1}},
+                  {"2": {"count": 0, "checksum": "0123456789abcdef"}},
+                  {"2": {"count": 1, "checksum": "0123456789ABCDEF"}},
+                  {"2": {"count": 1, "checksum": "0123456789abcde"}}]})");
+    for (const auto& [member, values] : bad.items()) {
+        for (const Json& value : values) {
+            Json changed = valid;
+            changed[member] = value;
+            EXPECT_THROW(palink::decodeStatus(changed.dump()), MalformedMessage) << changed;
+        }
     }
     Json later = valid;
     later["kinds"]["99"] = "of a later protocol";

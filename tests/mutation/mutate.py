@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: Apache-2.0
 """Puts small faults into the code, one at a time, and reports which of them the tests stop.
 
     tests/mutation/mutate.py [--results FILE] [--folder FOLDER] [--list] [ID-PATTERN...]

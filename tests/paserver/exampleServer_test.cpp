@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "tests/mqtt/BrokerProcess.h"
 #include "tests/paserver/BrokerObserver.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "tests/recordingHost/RecordingHost.h"
 
 #include <algorithm>
@@ -202,17 +203,17 @@ pa::RecordFields fieldsOf(const std::string& text) {
     std::istringstream stream(text);
     for (std::string field; std::getline(stream, field, '|');) {
         const std::size_t equals = field.find_first_not_of("0123456789");
-        if (equals > 0 && equals != std::string::npos && field[equals] == '=') {
+        if (equals > 0 && equals < 3 && field[equals] == '=') {
             fields.resize(std::stoul(field));
             field = field.substr(equals + 1);
         }
-        fields.push_back(field == "-" ? std::nullopt : std::optional(field));
+        fields.push_back(field == "-" ? std::nullopt : pa::RecordFields::Field(field));
     }
     return fields;
 }
 
 pa::RecordFields with(pa::RecordFields fields, std::size_t column, const std::string& text) {
     fields.resize(std::max(fields.size(), column + 1));
-    fields[column] = text;
+    fields.set(column, text);
     return fields;
 }

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #pragma once
 
 #include <cmath>
@@ -7,13 +8,19 @@
 
 #include "framework/clock.h"
 #include "simserver/SimServer.h"
+#include "simserver/protocol/FieldReader.h"
 #include "simserver/protocol/FieldText.h"
 #include "simserver/protocol/Refused.h"
 #include "simserver/station/StationFile.h"
-#include "tests/simserver/tables.h"
+#include "tests/support/tables.h"
 
 /// @file
 /// Replays transcripts: what is asked of a simulated server and what its client receives.
+
+/// A text without one level of encoding.
+inline std::string decoded(std::string_view text) {
+    return simserver::NamedField(std::string(text)).decodedText();
+}
 
 namespace simserver {
 
@@ -115,7 +122,7 @@ private:
             text = " " + decoded(*fields[0]);
         }
         for (const std::size_t i : rowOf(event.kind).places) {
-            text += i < fields.size() ? " " + fields[i].value_or("-") : "";
+            text += i < fields.size() ? " " + std::string(fields[i].value_or("-")) : "";
         }
         write(rowOf(event.kind).name, std::to_string(event.key), text);
     }
@@ -133,9 +140,9 @@ struct ServerTest : testing::Test {
     }
     ~ServerTest() override { pa::setTimeSource({}); }
 
-    /// Takes the steps of a transcript, a table of lines "step | events".
-    void replay(const std::string& transcript) {
-        expectResults([this](const std::string& step) { return eventsOf(step); }, transcript);
+    /// Takes the steps of the test's table: lines "step | events".
+    void replay() {
+        expectTable([this](const std::string& step) { return eventsOf(step); });
     }
 
     /// The events that a step causes.

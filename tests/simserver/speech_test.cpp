@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include <algorithm>
 #include <csignal>
 #include <cstdlib>
@@ -91,8 +92,8 @@ TEST_F(SpeechTest, StoresASpokenTextOnce) {
     const std::string uuid = uuidOf(1);
     const std::string name = "pa-previews/" + uuid + ".wav";
     std::string fields;
-    for (const auto& field : client.last[{RecordKind::TtsDictionary, 1}]) {
-        fields += *field + "\n";
+    for (const auto field : client.last[{RecordKind::TtsDictionary, 1}]) {
+        fields.append(*field).append("\n");
     }
     // A header of 44 bytes and two samples; the checksum is that of sha256sum.
     EXPECT_EQ(fields,
@@ -111,15 +112,7 @@ TEST_F(SpeechTest, StoresASpokenTextOnce) {
 }
 
 TEST_F(SpeechTest, SpeaksAnyTextThatIsNotTooLong) {
-    expectResults([this](const std::string& request) { return spoken(request); }, R"~(
-en,Ann,22050,"\"Hi\"" | refused: 108/3 [r] no voice "Ann" for language "en" at 22050 Hz / item: 1 -1 "r" "\"Hi\"" "" deleted
-en,Ann,x,"Hi"         | refused: 108/3 [r] rate: "x" is not a number / item: 2 -1 "r" "Hi" "" deleted
-en,Ann,48000,"..."    | refused: 108/3 [r] nothing of the text can be spoken / item: 3 -1 ...
-en,Ann,48000,"Please stand clear of the doors, and mind the gap between the train and the platform, where the platform is curved" | refused: 108/3 [r] the text is too long: to speak it takes more than 5 s / item: 4 -1 ...
-tlh,Worf,48000,"Hi"   | refused: 108/3 [r] the speech synthesizer has no voice "tlh" / item: 5 -1 ...
-x,Typo,48000,"Hi"     | refused: 108/3 [r] the speech synthesizer has no voice "en+f" / item: 6 -1 ...
-en,Ann,48000,Hi       | refused: 108/3 [r] text: not a quoted text
-)~");
+    expectTable([this](const std::string& request) { return spoken(request); });
     EXPECT_EQ(spoken("en,Ann,48000,\"" + std::string(70'000, ' ') + '"')
                   .find("refused: 108/3 [r] the text is too long: it has more than 65536 bytes"),
               0U);

@@ -1,0 +1,102 @@
+# SPDX-License-Identifier: Apache-2.0
+# The headers that an application may include, with those that they need: installed below
+# include/public-address/. They include each other by relative paths, so no include path of the
+# application redirects them to another file of that name.
+set(PA_PUBLIC_HEADERS
+  framework/api.h
+  framework/clock.h
+  framework/eventQueue.h
+  framework/fieldEncoding.h
+  framework/fork.h
+  framework/levelMeter.h
+  framework/localMutex.h
+  framework/log.h
+  framework/posixThread.h
+  framework/shared.h
+  framework/threadAnnotations.h
+  framework/threadClass.h
+  framework/timeWidth.h
+  framework/uuid.h
+  include/common/RecordList.h
+  include/common/tevlist.h
+  link/Backoff.h
+  link/DeliveryQueue.h
+  link/HandlerSlot.h
+  link/Notifier.h
+  link/Router.h
+  link/ServerLink.h
+  link/Transport.h
+  link/embedded/EmbeddedTransport.h
+  resource/common/PaSelector.h
+  resource/common/PaSink.h
+  resource/common/PaSource.h
+  resource/common/PaTrigger.h
+  resource/common/PaZone.h
+  resource/common/paInfo.h
+  resource/common/priorityInfo.h
+  resource/common/stringUtils.h
+  sdk/AnnouncementRequest.h
+  sdk/AudioServer.h
+  sdk/DroppedOperation.h
+  sdk/Gain.h
+  sdk/KeyValueMap.h
+  sdk/Message.h
+  sdk/PAController.h
+  sdk/PAControllerObserver.h
+  sdk/QXReceiver.h
+  sdk/ScheduleDefinition.h
+  sdk/TTSDictionary.h
+  sdk/globals.h
+  sdk/lock.h
+  sdk/operations.h
+  sdk/paDebug.h
+  sdk/recordKinds.h
+  sdk/records/RecordCache.h  # members of the controller
+  sdk/records/ScheduleCache.h)
+
+set(PA_PUBLIC_CLIENT_HEADERS
+  client/Announcement.h
+  client/Calendar.h
+  client/Change.h
+  client/ChangeFilter.h
+  client/ChangeStream.h
+  client/Connection.h
+  client/Endpoint.h
+  client/Preview.h
+  client/StationClock.h
+  client/Wait.h
+  client/checkMessage.h
+  client/choose.h
+  client/confirmed.h
+  client/confirmedOperations.h
+  client/describe.h
+  client/find.h
+  client/json.h
+  client/names.h
+  client/recordText.h
+  client/records.h
+  client/resources.h
+  client/scheduleJson.h
+  client/scheduleText.h
+  client/scheduleTimes.h
+  client/schedules.h
+  client/schedulesCheck.h
+  client/sdkText.h)
+
+# Those after the first two are of members of the transport.
+set(PA_PUBLIC_MQTT_HEADERS
+  link/mqtt/BrokerOptions.h
+  link/mqtt/MqttTransport.h
+  link/mqtt/FaultReports.h
+  link/mqtt/MalformedMessage.h
+  link/mqtt/MqttClient.h
+  link/mqtt/MqttMessage.h
+  link/mqtt/RecordDecoder.h
+  link/mqtt/RecordMirror.h
+  link/mqtt/Requests.h
+  link/mqtt/ServerDirectory.h
+  link/mqtt/ServerView.h
+  link/mqtt/Uploads.h
+  link/mqtt/answer.h
+  link/mqtt/serverStatus.h
+  link/mqtt/topics.h)
