@@ -51,7 +51,8 @@ public:
     RecordFields(RecordFields&& other) noexcept { swap(other); }
     /// Leaves the other one empty.
     RecordFields& operator=(RecordFields&& other) noexcept {
-        RecordFields(std::move(other)).swap(*this);
+        RecordFields taken(std::move(other));
+        swap(taken);
         return *this;
     }
     ~RecordFields() = default;
