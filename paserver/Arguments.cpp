@@ -38,29 +38,35 @@ struct Words {
 };
 
 void define(CLI::App& app, Words& words) {
-    app.add_option("--broker", words.broker, "mqtt://HOST[:PORT] or mqtts://HOST[:PORT]")
+    app.add_option("--broker", words.broker, "Broker of the server")
+        ->type_name("mqtt[s]://HOST[:PORT]")
         ->required();
-    app.add_option("--scenario", words.scenario, "Station of the server, a JSON file")->required();
+    app.add_option("--scenario", words.scenario, "Station of the server, a JSON file")
+        ->type_name("FILE")
+        ->required();
     app.add_option("--dst", words.dstNo, "Number of the server (default: the scenario's)")
         ->check(CLI::Range(1, std::numeric_limits<int>::max()));
-    app.add_option("--state", words.state, "Folder of what outlives the server");
+    app.add_option("--state", words.state, "Folder of what outlives the server")->type_name("DIR");
     app.add_option("--role", words.role, "active or standby: the role at the start")
         ->check(CLI::IsMember({"active", "standby"}));
     app.add_option("--precedence", words.precedence, "1 (the best) to 1000, default 1")
         ->check(CLI::Range(1, 1000));
     app.add_option("--credentials", words.credentials,
-                   "File with the lines user = NAME and password = TEXT, for its owner only");
+                   "File with the lines user = NAME and password = TEXT, for its owner only")
+        ->type_name("FILE");
     app.add_option(
-        "--user", words.user,
-        std::string("User at the broker, with the password in the environment variable ") +
-            passwordVariable);
-    app.add_option("--ca", words.ca,
-                   "File of the authorities that the broker's certificate may have");
-    app.add_option("--cert", words.certificate, "Certificate of this server, a file");
-    app.add_option("--key", words.key, "Key of the certificate, a file");
+           "--user", words.user,
+           std::string("User at the broker, with the password in the environment variable ") +
+               passwordVariable)
+        ->type_name("NAME");
+    app.add_option("--ca", words.ca, "Authorities that the broker's certificate may have")
+        ->type_name("FILE");
+    app.add_option("--cert", words.certificate, "Certificate of this server")->type_name("FILE");
+    app.add_option("--key", words.key, "Key of the certificate")->type_name("FILE");
     app.add_option("--speed", words.speed, "Simulated seconds per second (default 1)")
         ->check(CLI::Range(1e-3, 1e6));
-    app.add_option("--clock", words.clock, "Station time at the start, as 2026-12-01T05:59");
+    app.add_option("--clock", words.clock, "Station time at the start, as 2026-12-01T05:59")
+        ->type_name("DATETIME");
     CLI::Option* const keep =
         app.add_flag("--keep-records", words.keepRecords, "Leave the records at a stop");
     app.add_flag("--withdraw-records", words.withdrawRecords,

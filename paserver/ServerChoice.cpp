@@ -18,18 +18,12 @@ namespace paserver {
 
 namespace {
 
-simserver::Station stationFrom(const std::filesystem::path& file) try {
-    return simserver::loadStation(file);
-} catch (const simserver::ScenarioError& error) {  // which names the file without its folder
-    throw std::runtime_error((file.parent_path() / error.what()).string());
-}
-
 std::unique_ptr<paclient::Endpoint> openEmbedded(const ServerChoice& choice) try {
     simserver::Options options;
     options.speed = choice.speed;
     options.spool = choice.spool;
     options.state = choice.state;
-    const simserver::Station station = stationFrom(choice.scenario);
+    const simserver::Station station = simserver::loadStation(choice.scenario);
     if (choice.clock) {
         const auto& [date, time] = *choice.clock;
         options.clock =
