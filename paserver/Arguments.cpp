@@ -48,6 +48,7 @@ void define(CLI::App& app, Words& words) {
         ->check(CLI::Range(1, std::numeric_limits<int>::max()));
     app.add_option("--state", words.state, "Folder of what outlives the server")->type_name("DIR");
     app.add_option("--role", words.role, "active or standby: the role at the start")
+        ->type_name("ROLE")
         ->check(CLI::IsMember({"active", "standby"}));
     app.add_option("--precedence", words.precedence, "1 (the best) to 1000, default 1")
         ->check(CLI::Range(1, 1000));

@@ -227,7 +227,7 @@ std::string CommandParser::unknownWordIn(const std::vector<std::string>& words) 
 /// What is wrong with a line, in the words of the console.
 std::string CommandParser::faultOf(const std::vector<std::string>& words,
                                    const std::exception& error) const {
-    if (const std::string unknown = unknownWordIn(words); !unknown.empty()) {
+    if (std::string unknown = unknownWordIn(words); !unknown.empty()) {
         return unknown;
     }
     const auto names = CommandPlace(app_, words).subcommands();

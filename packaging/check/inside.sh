@@ -30,7 +30,7 @@ step 'the console, its pages and its completion'
 paconsole --version
 [ "$(paconsole list zones | grep -c Platform)" -gt 1 ] || fail 'no zones'
 paconsole --speed 20 demo >demo.log 2>&1 || fail 'the demonstration fails'
-for page in paconsole.1 paserver.8; do
+for page in paconsole.1 paserver.8 paserver-scenario.5; do
   man --warnings -P cat "${page%.*}" 2>&1 >"$page.txt" | grep . && fail "faults in $page"
   [ "$(wc -l <"$page.txt")" -gt 30 ] || fail "$page is short"
 done

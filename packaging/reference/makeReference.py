@@ -230,19 +230,24 @@ def completion(root, name, template):
                                 "walk": WALK.strip() % {"name": name}}
 
 
+def write_page(folder, name, section, text):
+    os.makedirs(folder, exist_ok=True)
+    with open(f"{folder}/{name}.{section}.gz", "wb") as file:
+        file.write(gzip.compress(text.encode(), mtime=0))
+
+
 def main():
     program, section, folder = sys.argv[1:4]
     name = os.path.basename(program)
     version = subprocess.run([program, "--version"], check=True, stdout=subprocess.PIPE,
                              text=True).stdout.split()[-1]
     root = Command(program, [])
-    os.makedirs(folder, exist_ok=True)
-    with open(f"{folder}/{name}.{section}.gz", "wb") as file:
-        file.write(gzip.compress(manual(root, name, section, version).encode(), mtime=0))
+    write_page(folder, name, section, manual(root, name, section, version))
     if "--completion" in sys.argv:
         for template, file_name in ((BASH, name), (ZSH, "_" + name)):
             with open(f"{folder}/{file_name}", "w", encoding="utf-8") as file:
                 file.write(completion(root, name, template))
 
 
-main()
+if __name__ == "__main__":
+    main()
