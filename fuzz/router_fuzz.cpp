@@ -40,7 +40,7 @@ void pause(int ms) {
 }
 
 /// Notes what happens to each resource: a + for an update, a - for a deletion.
-struct Notes : NotingObserver {
+struct CourseNotes : NotingObserver {
     void called(const std::string& kind, const std::string& id, const std::string& what) override {
         // Every text of a record ends with a full stop.
         courses[kind + " " + id] += !what.empty() && what.back() == 'd' ? '-' : '+';
@@ -75,7 +75,7 @@ struct Side {
 
     PAController& controller;
     palink::Router router;
-    Notes notes;
+    CourseNotes notes;
 };
 
 palink::Record recordOf(int kind, int key, const std::string& text) {

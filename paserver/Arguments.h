@@ -10,7 +10,7 @@
 namespace paserver {
 
 /// How the daemon ends.
-enum ExitCode : int {
+enum DaemonExit : int {
     stopped = 0,
     wrongUsage = 1,
     cannotStart = 2,  ///< a scenario, folder or broker that cannot be used, or a server that does

@@ -71,7 +71,7 @@ void listRecordings(const Context& context) {
 // ------------------------------------------------------------------------------------------ kinds
 
 /// What can be done with a kind of resource.
-struct Kind {
+struct KindCommands {
     const char* one;  ///< null for what can only be listed
     const char* many;
     void (*list)(const Context& context);
@@ -80,9 +80,9 @@ struct Kind {
 };
 
 template <const auto& kind>
-constexpr Kind kindOf{kind.one, kind.many, listAll<kind>, getOne<kind>, allNames<kind>};
+constexpr KindCommands kindOf{kind.one, kind.many, listAll<kind>, getOne<kind>, allNames<kind>};
 
-constexpr Kind kindRows[] = {
+constexpr KindCommands kindRows[] = {
     kindOf<sources>,
     kindOf<sinks>,
     kindOf<zones>,
@@ -101,34 +101,34 @@ constexpr Kind kindRows[] = {
 };
 
 /// Adds the argument KIND, the name of one or of many.
-void addKind(CLI::App& app, const Kind*& chosen, const char* Kind::*form) {
+void addKind(CLI::App& app, const KindCommands*& chosen, const char* KindCommands::*form) {
     std::vector<std::string> names;
-    for (const Kind& kind : kindRows) {
+    for (const KindCommands& kind : kindRows) {
         if (kind.*form != nullptr) {
             names.emplace_back(kind.*form);
         }
     }
     const auto take = [&chosen, form](const std::string& name) {
-        chosen = std::find_if(std::begin(kindRows), std::end(kindRows), [&](const Kind& kind) {
-            return kind.*form != nullptr && kind.*form == name;
-        });
+        chosen = std::find_if(
+            std::begin(kindRows), std::end(kindRows),
+            [&](const KindCommands& kind) { return kind.*form != nullptr && kind.*form == name; });
     };
     addParsed(app, "KIND", take, "Of the resources", "TEXT")->required()->check(oneOf(names));
 }
 
 struct List {
-    const Kind* kind = nullptr;
+    const KindCommands* kind = nullptr;
 
-    void define(CLI::App& app) { addKind(app, kind, &Kind::many); }
+    void define(CLI::App& app) { addKind(app, kind, &KindCommands::many); }
     void run(const Context& context) const { kind->list(context); }
 };
 
 struct Get {
-    const Kind* kind = nullptr;
+    const KindCommands* kind = nullptr;
     std::string id;
 
     void define(CLI::App& app) {
-        addKind(app, kind, &Kind::one);
+        addKind(app, kind, &KindCommands::one);
         addText(app, "ID", id, "Its number, or its name or label")->required();
     }
 
@@ -159,7 +159,7 @@ std::vector<std::string> knownNames(const std::string& kind) {
     if (kind == "language") {
         return memberTexts<&TTSVocalizer::language>(allVoices());
     }
-    for (const Kind& row : kindRows) {
+    for (const KindCommands& row : kindRows) {
         if (row.one != nullptr && row.one == kind) {
             return row.names();
         }

@@ -10,17 +10,18 @@
 #include "link/mqtt/BrokerOptions.h"
 
 /// Something on a free port of the loopback that is no broker.
-class Listener {
+class LoopbackSocket {
 public:
-    explicit Listener(int backlog) : descriptor_(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
+    explicit LoopbackSocket(int backlog)
+        : descriptor_(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
         bind(descriptor_, generic(), sizeof(address_));
         listen(descriptor_, backlog);
         socklen_t size = sizeof(address_);
         getsockname(descriptor_, generic(), &size);
     }
-    Listener(const Listener&) = delete;
-    Listener& operator=(const Listener&) = delete;
-    ~Listener() { close(descriptor_); }
+    LoopbackSocket(const LoopbackSocket&) = delete;
+    LoopbackSocket& operator=(const LoopbackSocket&) = delete;
+    ~LoopbackSocket() { close(descriptor_); }
 
     int port() const { return ntohs(address_.sin_port); }
     palink::BrokerOptions options() const {
