@@ -16,18 +16,18 @@ bool isEscaped(char c) {
 /// @return false, with an undefined text, when the quotes were not those of one whole text
 bool removeEscapes(std::string& text, std::size_t from) {
     char* write = text.data() + from;
-    const char* read = write;
     const char* const end = text.data() + text.size();
-    while (read != end) {
-        if (*read == '\\') {
-            if (read + 1 == end) {
-                return false;  // it escapes the closing quote
-            }
-            read += isEscaped(read[1]) ? 1 : 0;
-        } else if (*read == '"') {
+    for (const char* read = write; read != end; ++read) {
+        char c = *read;
+        if (c == '"') {
             return false;
         }
-        *write++ = *read++;
+        if (c == '\\' && isEscaped(read[1])) {
+            c = *++read;
+        } else if (c == '\\' && read + 1 == end) {
+            return false;  // it escapes the closing quote
+        }
+        *write++ = c;
     }
     text.resize(static_cast<std::size_t>(write - text.data()));
     return true;
