@@ -38,6 +38,10 @@ bool removeEscapes(std::string& text, std::size_t from) {
 void pa::appendEncoded(std::string& out, std::string_view text, unsigned depth) {
     // Each encoding doubles the backslashes of the one inside and adds one for the character.
     const std::size_t backslashes = (std::size_t{1} << depth) - 1;
+    if (backslashes == 0) {
+        out += text;
+        return;
+    }
     const char* run = text.data();
     const char* const end = run + text.size();
     for (const char* at = run; at != end; ++at) {

@@ -232,7 +232,7 @@ bool takePart(ScheduleRecord& schedule, const char* text,
     }
     schedule.*type = static_cast<AnnouncementType>(decodeInt(typeNumber));
     assignDecoded(schedule.zones, zones);
-    assignTokens(TokenReader(schedule.zones.data(), '^'), schedule.paZones);
+    schedule.assignTexts(TokenReader(schedule.zones.data(), '^'));
     if (!takeContent(schedule, content)) {
         return false;
     }

@@ -6,11 +6,12 @@
 
 #include "include/common/tevlist.h"
 #include "sdk/ScheduleDefinition.h"
+#include "sdk/records/BlankRecord.h"
 
 namespace pa {
 
 /// A schedule record: the schedule, its parts as received, and the lists that are being split.
-struct ScheduleRecord : ScheduleDefinition {
+struct ScheduleRecord : KeepsTexts<ScheduleDefinition, &ScheduleDefinition::paZones> {
     const char* audioPart = "";
     const char* visualPart = "";
     std::size_t badItems = 0;  ///< template items that cannot be read
