@@ -143,7 +143,7 @@ void RecordList::assign(RecordFields fields) {
     } else if (list_.listBot != nullptr && list_.elements < elements_.size()) {
         list_.listBot->nextNode = &elements_[list_.elements].node;
     }
-    fields_ = std::move(fields);
+    fields_.swap(fields);
     for (std::size_t i = 0; i < count; ++i) {
         elements_[i].text = fields_.text(i);
     }

@@ -88,6 +88,9 @@ public:
     /// The size of the block.
     std::size_t heapBytes() const;
 
+    /// Exchanges the fields.
+    void swap(RecordFields& other) noexcept;
+
     friend bool operator==(const RecordFields& a, const RecordFields& b);
 
 private:
@@ -99,7 +102,6 @@ private:
     std::size_t endOf(std::size_t place) const;
     void setEnd(std::size_t place, std::size_t end);
     static void requireSize(std::size_t texts);
-    void swap(RecordFields& other) noexcept;
     void resizeTable(std::size_t mostFields);
 
     std::size_t size_ = 0;
