@@ -106,6 +106,9 @@ public:
 private:
     static SimControl& controlOf(Connection& connection) {
         SimControl* const control = connection.endpoint().simControl();
+        if (control == nullptr && connection.number() == 0) {
+            throw paclient::NotConnected("the connection to the server is away");
+        }
         if (control == nullptr) {
             throw std::runtime_error("only a simulated server can do this");
         }
