@@ -174,7 +174,8 @@ void bindConnection(py::module_& module) {
     using paclient::Wait;
     recordClass<paclient::LinkReport>(module, "LinkReport",
                                       "How the way to a server on a broker is doing.");
-    recordClass<paclient::StationClock>(module, "StationClock", "A moment at the station.");
+    recordClass<paclient::StationClock>(module, "StationClock",
+                                        "A clock that runs: `now` is in seconds since 1970 UTC.");
     py::class_<ServerConnection, std::shared_ptr<ServerConnection>>(
         module, "Connection",
         "The connection of this process to an audio server: one on a broker, or a simulated one "
@@ -256,7 +257,7 @@ void bindConnection(py::module_& module) {
         "active_dst_no", [] { return pa::load(gActiveAudioServerDstNo); },
         "The number of the active server.");
     module.def("station_clock", paclient::stationClock,
-               "The clock of the station as it is now; that of this machine without a connection.");
+               "The clock of the station; that of this machine before the first connection.");
     module.def(
         "set_debug_level", [](long level) { pa::store(debugLevel, level); }, py::arg("level"),
         "Has the library write its log to stderr: 0 errors only, up to 3.");
