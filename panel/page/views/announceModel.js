@@ -61,11 +61,16 @@ const hasAudio = {
 
 /// Why the composition cannot be played yet: the key of a text; null when it can.
 export function whatIsMissing(draft) {
-    if (draft.zones.length === 0) return 'announce.missing.zones';
-    if (draft.isShown && !draft.template) return 'announce.missing.template';
-    if (draft.audio !== 'none' && !hasAudio[draft.audio](draft)) return `announce.missing.${draft.audio}`;
-    if (draft.audio === 'none' && !draft.isShown) return 'announce.missing.content';
-    return null;
+    if (draft.zones.length === 0) {
+        return 'announce.missing.zones';
+    }
+    if (draft.isShown && !draft.template) {
+        return 'announce.missing.template';
+    }
+    if (draft.audio !== 'none' && !hasAudio[draft.audio](draft)) {
+        return `announce.missing.${draft.audio}`;
+    }
+    return draft.audio === 'none' && !draft.isShown ? 'announce.missing.content' : null;
 }
 
 const longestTitle = 60;

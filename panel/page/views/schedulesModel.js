@@ -28,11 +28,68 @@ const voiceMembers = ['portNo', 'text', 'language', 'voice', 'rate', 'encoding']
 export function definitionOf(record) {
     const definition = {};
     for (const name of Object.keys(blankSchedule('2000-01-01'))) {
-        if (record[name] !== undefined) definition[name] = structuredClone(record[name]);
+        if (record[name] !== undefined) {
+            definition[name] = structuredClone(record[name]);
+        }
     }
     definition.ttsList = (definition.ttsList ?? []).map(
         (spoken) => Object.fromEntries(voiceMembers.filter((name) => name in spoken).map((name) => [name, spoken[name]])));
     return definition;
+}
+
+const speech = [PartType.Speech, PartType.SavedSpeech];
+const stored = [PartType.StoredData, PartType.SavedData];
+
+/// What the audio part of a definition is composed of, as the editors name it.
+export function audioOf(definition) {
+    const type = definition.announcementType;
+    return type === PartType.Items ? 'items' : speech.includes(type) ? 'texts'
+        : stored.includes(type) ? 'recording' : 'none';
+}
+
+/// The definition with another kind of audio part; what the server saves stays saved.
+export function withAudio(definition, kind) {
+    if (audioOf(definition) === kind) {
+        return definition;
+    }
+    const announcementType = {items: PartType.Items, texts: PartType.Speech, recording: PartType.StoredData,
+        none: PartType.None}[kind];
+    return {...definition, announcementType};
+}
+
+/// The definition as it is sent: without what does not belong to its parts.
+export function cleaned(definition) {
+    const audio = audioOf(definition);
+    const isShown = definition.visualAnnouncementType !== PartType.None;
+    const blank = blankSchedule('2000-01-01');
+    const keep = (is, ...names) => (is ? {} : Object.fromEntries(names.map((name) => [name, blank[name]])));
+    return {...definition,
+        ...keep(audio === 'items', 'dictionaryItems', 'repeatCnt'),
+        ...keep(audio === 'recording', 'storedDataFilePath', 'storedDataSourceId'),
+        ...keep(isShown, 'displayTemplateName', 'displayTemplateKeyValueList', 'displayTemplateValidityPeriodSeconds'),
+        ttsList: audio === 'texts' ? definition.ttsList.filter((spoken) => spoken.text.trim()) : []};
+}
+
+/// Why a definition cannot be saved: the key of a text; null when it can.
+export function whatIsMissing(definition) {
+    const audio = audioOf(definition);
+    const {ttsList, dictionaryItems, storedDataFilePath} = cleaned(definition);
+    const hasAudio = {texts: ttsList.length > 0, items: dictionaryItems.length > 0,
+        recording: storedDataFilePath !== '', none: true}[audio];
+    const isShown = definition.visualAnnouncementType !== PartType.None;
+    if (definition.paZones.length === 0) {
+        return 'announce.missing.zones';
+    }
+    if (definition.dayMask === 0) {
+        return 'schedules.missing.days';
+    }
+    if (isShown && !definition.displayTemplateName) {
+        return 'announce.missing.template';
+    }
+    if (!hasAudio) {
+        return `announce.missing.${audio}`;
+    }
+    return audio === 'none' && !isShown ? 'announce.missing.content' : null;
 }
 
 const two = (number) => String(number).padStart(2, '0');
@@ -86,7 +143,9 @@ export function windowsInWeek(definition, monday) {
     for (let day = -1; day < 7; ++day) {
         const date = addDays(monday, day);
         const runs = date >= start.date && date <= end.date && definition.dayMask & (1 << weekday(date));
-        if (!runs) continue;
+        if (!runs) {
+            continue;
+        }
         if (every <= 0) {
             windows.push({day, from, to: from, every: 0});
         } else if (from <= to) {
@@ -105,14 +164,16 @@ export function layOut(windows, least) {
     let cluster = [];
     let ends = [];  // of the columns of the cluster
     const close = () => {
-        for (const window of cluster) window.columns = ends.length;
+        cluster.forEach((window) => { window.columns = ends.length; });
         cluster = [];
         ends = [];
     };
     for (const window of ordered) {
-        if (ends.every((end) => end <= window.from)) close();
-        let column = ends.findIndex((end) => end <= window.from);
-        if (column < 0) column = ends.length;
+        if (ends.every((end) => end <= window.from)) {
+            close();
+        }
+        const free = ends.findIndex((end) => end <= window.from);
+        const column = free < 0 ? ends.length : free;
         ends[column] = Math.max(window.to, window.from + least);
         window.column = column;
         cluster.push(window);

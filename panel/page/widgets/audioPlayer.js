@@ -25,11 +25,17 @@ export function audioPlayer({label, load, textOf}) {
         setText(status, t('audio.making'));
         try {
             const {url} = await load(signal);
-            if (!signal.aborted) play(url);
+            if (!signal.aborted) {
+                play(url);
+            }
         } catch (error) {
-            if (!signal.aborted) setText(status, textOf(error));
+            if (!signal.aborted) {
+                setText(status, textOf(error));
+            }
         }
-        if (!signal.aborted) finish();
+        if (!signal.aborted) {
+            finish();
+        }
     }
 
     function finish() {
