@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 
 export default {
-    'shell.skip': 'Zum Inhalt springen',
-    'shell.navigation': 'Ansichten',
-    'shell.settings': 'Einstellungen von {user} ({role})',
-    'shell.clock': 'Zeit der Station, {zone}, Geschwindigkeit {speed}',
+    'frame.skip': 'Zum Inhalt springen',
+    'frame.navigation': 'Ansichten',
+    'frame.settings': 'Einstellungen von {user} ({role})',
+    'frame.clock': 'Zeit der Station, {zone}, Geschwindigkeit {speed}',
     'role.operator': 'Bedienung',
     'role.monitor': 'Nur lesen',
     'access.monitor': 'Ihre Rolle darf nur lesen.',
