@@ -38,6 +38,7 @@ export default {
     'shortcuts.title': 'Tastenkürzel',
     'shortcuts.note': 'In Listen bewegen die Pfeiltasten, Pos1 und Ende, die Eingabetaste öffnet. '
         + 'Escape schließt einen Dialog.',
+    'list.loading': 'Wird geladen.',
     'list.empty': 'Nichts anzuzeigen.',
     'list.noMatch': 'Nichts passt zur Suche.',
     'search.label': 'Suche',

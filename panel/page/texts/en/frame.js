@@ -37,6 +37,7 @@ export default {
     'theme.dark': 'Dark',
     'shortcuts.title': 'Keyboard shortcuts',
     'shortcuts.note': 'In lists the arrow keys, Home and End move, Enter opens. Escape closes a dialog.',
+    'list.loading': 'Loading.',
     'list.empty': 'Nothing to display.',
     'list.noMatch': 'Nothing matches the search.',
     'search.label': 'Search',
