@@ -2,7 +2,7 @@
 // Starts the page: the session, the store, the view that the address names.
 
 import {Api} from './api.js';
-import {Shell} from './Shell.js';
+import {PageFrame} from './PageFrame.js';
 import {Store} from './Store.js';
 import {closeDialogs} from './dialogs.js';
 import {h, replace} from './dom.js';
@@ -12,7 +12,7 @@ import {choose, setting} from './settings.js';
 import login from './views/login.js';
 import {views} from './views.js';
 
-const shownViews = () => views.filter((view) => view.roles.includes(app.session.role));
+const visibleViews = () => views.filter((view) => view.roles.includes(app.session.role));
 
 /// What the views work with.
 export const app = {
@@ -56,13 +56,13 @@ export const app = {
     },
 };
 
-let shell = null;
+let frame = null;
 let unmountLogin = null;
 
 function clearPage() {
     closeDialogs();
-    shell?.unmount();
-    shell = null;
+    frame?.unmount();
+    frame = null;
     unmountLogin?.();
     unmountLogin = null;
     replace(document.body, messageRegions());
@@ -79,8 +79,8 @@ function showLogin() {
 /// Builds the page for the session, in the language of the user.
 function begin() {
     clearPage();
-    shell = new Shell(document.body, app, shownViews());
-    shell.open(location.hash);
+    frame = new PageFrame(document.body, app, visibleViews());
+    frame.open(location.hash);
     app.store.open();
 }
 
@@ -90,7 +90,7 @@ async function findSession() {
         try {
             return await app.api.session();
         } catch (error) {
-            if (!shell) {
+            if (!frame) {
                 replace(document.body, messageRegions(), h('main', {class: 'login-page'},
                     h('p', {role: 'status'}, errorText(error))));
             }
@@ -106,7 +106,7 @@ async function start(reason) {
     if (!app.session.loggedIn) {
         app.endReason = reason;
         showLogin();
-    } else if (shell && before.user === app.session.user && before.role === app.session.role) {
+    } else if (frame && before.user === app.session.user && before.role === app.session.role) {
         // The gateway has been started again and needs no login.
         app.store.open();
     } else {
@@ -125,6 +125,6 @@ async function restart(reason) {
 
 app.api.onLoggedOut = () => restart(app.session.loggedIn ? t('login.expired') : '');
 app.store.onSessionEnd = (reason) => restart(reason || t('login.expired'));
-window.addEventListener('hashchange', () => shell?.open(location.hash));
+window.addEventListener('hashchange', () => frame?.open(location.hash));
 setLanguage(setting('language') ?? preferredLanguage());
 restart('');

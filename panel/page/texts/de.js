@@ -8,6 +8,6 @@ import history from './de/history.js';
 import live from './de/live.js';
 import login from './de/login.js';
 import schedules from './de/schedules.js';
-import shell from './de/shell.js';
+import frame from './de/frame.js';
 
-export default {...shell, ...board, ...announce, ...live, ...schedules, ...health, ...history, ...login};
+export default {...frame, ...board, ...announce, ...live, ...schedules, ...health, ...history, ...login};

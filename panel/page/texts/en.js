@@ -8,6 +8,6 @@ import history from './en/history.js';
 import live from './en/live.js';
 import login from './en/login.js';
 import schedules from './en/schedules.js';
-import shell from './en/shell.js';
+import frame from './en/frame.js';
 
-export default {...shell, ...board, ...announce, ...live, ...schedules, ...health, ...history, ...login};
+export default {...frame, ...board, ...announce, ...live, ...schedules, ...health, ...history, ...login};

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 
 export default {
-    'shell.skip': 'Zum Inhalt springen',
-    'shell.navigation': 'Ansichten',
-    'shell.settings': 'Einstellungen von {user} ({role})',
-    'shell.clock': 'Zeit der Station, {zone}, Geschwindigkeit {speed}',
+    'frame.skip': 'Zum Inhalt springen',
+    'frame.navigation': 'Ansichten',
+    'frame.settings': 'Einstellungen von {user} ({role})',
+    'frame.clock': 'Zeit der Station, {zone}, Geschwindigkeit {speed}',
     'role.operator': 'Bedienung',
     'role.monitor': 'Nur lesen',
     'access.monitor': 'Ihre Rolle darf nur lesen.',
@@ -38,6 +38,7 @@ export default {
     'shortcuts.title': 'Tastenkürzel',
     'shortcuts.note': 'In Listen bewegen die Pfeiltasten, Pos1 und Ende, die Eingabetaste öffnet. '
         + 'Escape schließt einen Dialog.',
+    'list.loading': 'Wird geladen.',
     'list.empty': 'Nichts anzuzeigen.',
     'list.noMatch': 'Nichts passt zur Suche.',
     'search.label': 'Suche',

@@ -23,7 +23,7 @@ function partsOf(hash) {
 const isTyping = (element) => element?.matches?.('input:not([type=checkbox]):not([type=radio]), '
     + 'textarea, select');
 
-export class Shell {
+export class PageFrame {
     #app;
     #views;
     #view = null;
@@ -48,7 +48,7 @@ export class Shell {
             h('a', {class: 'skip-link', href: '#view', on: {click: (event) => {
                 event.preventDefault();
                 this.#main.focus();
-            }}}, t('shell.skip')),
+            }}}, t('frame.skip')),
             this.#header(),
             this.#navigation(),
             h('div', {class: 'content'}, this.#banner, this.#main),
@@ -100,7 +100,7 @@ export class Shell {
             h('span', {class: 'clock-part'}, this.#clock),
             this.#state,
             h('button', {type: 'button', class: 'quiet user-button', 'aria-haspopup': 'dialog',
-                'aria-label': t('shell.settings', {user: session.user, role: t(`role.${session.role}`)}),
+                'aria-label': t('frame.settings', {user: session.user, role: t(`role.${session.role}`)}),
                 on: {click: () => openSettings(this.#app)}},
                 icon('user'), h('span', {class: 'user-name', dir: 'auto'}, session.user),
                 session.role === 'monitor' && h('span', {class: 'badge'}, t('role.monitor'))));
@@ -113,7 +113,7 @@ export class Shell {
             this.#links.set(view.id, link);
             return h('li', {}, link);
         });
-        return h('nav', {class: 'navigation', 'aria-label': t('shell.navigation')}, h('ul', {}, items));
+        return h('nav', {class: 'navigation', 'aria-label': t('frame.navigation')}, h('ul', {}, items));
     }
 
     /// What changes with time: the clock, the state of the connection and for how long.
@@ -123,7 +123,7 @@ export class Shell {
         const now = store.clock.wallNow();
         setText(this.#server, store.status?.server?.name ?? this.#app.session.server ?? '');
         setText(this.#clock, now === null ? '' : wallTime(now));
-        set(this.#clock, 'title', store.status?.timeZone ? t('shell.clock', {
+        set(this.#clock, 'title', store.status?.timeZone ? t('frame.clock', {
             zone: store.status.timeZone, speed: store.status.speed ?? 1}) : null);
         setText(this.#stateText, t(`link.${link.state}`));
         set(this.#state, 'data-state', link.state);
@@ -159,7 +159,7 @@ export class Shell {
         }
     }
 
-    /// {key, text, run} of the shell and of the view.
+    /// {key, text, run} of the frame and of the view.
     #shortcuts() {
         const ofViews = this.#views.map((view, i) => ({key: String(i + 1), text: t(view.titleKey),
             run: () => this.#app.go(view.id)}));

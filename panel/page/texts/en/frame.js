@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 
 export default {
-    'shell.skip': 'Skip to the content',
-    'shell.navigation': 'Views',
-    'shell.settings': 'Settings of {user} ({role})',
-    'shell.clock': 'Time at the station, {zone}, speed {speed}',
+    'frame.skip': 'Skip to the content',
+    'frame.navigation': 'Views',
+    'frame.settings': 'Settings of {user} ({role})',
+    'frame.clock': 'Time at the station, {zone}, speed {speed}',
     'role.operator': 'Operator',
     'role.monitor': 'Read only',
     'access.monitor': 'Your role may only read.',
@@ -37,6 +37,7 @@ export default {
     'theme.dark': 'Dark',
     'shortcuts.title': 'Keyboard shortcuts',
     'shortcuts.note': 'In lists the arrow keys, Home and End move, Enter opens. Escape closes a dialog.',
+    'list.loading': 'Loading.',
     'list.empty': 'Nothing to display.',
     'list.noMatch': 'Nothing matches the search.',
     'search.label': 'Search',
