@@ -2,7 +2,7 @@
 // Composes and plays announcements, and lists what plays.
 
 import {h, replace, set, setText} from '../dom.js';
-import {t} from '../i18n.js';
+import {hasText, t} from '../i18n.js';
 import {icon} from '../icons.js';
 import {attempt, errorText} from '../messages.js';
 import {zonePicker} from '../widgets/zonePicker.js';
@@ -51,6 +51,12 @@ function mount(root, app) {
         composer.close();
         active.destroy();
     }, shortcuts: [{key: '/', text: t('announce.searchZones'), run: () => composer.picker.search.focus()}]};
+}
+
+/// In the language of the user where that has a text for it.
+function problemText(problem) {
+    const key = `announce.problem.${problem.code}`;
+    return hasText(key) ? t(key, problem) : problem.text;
 }
 
 class Composer {
@@ -186,7 +192,7 @@ class Composer {
         replace(this.problems, problems.length === 0
             ? h('p', {class: 'no-problem'}, icon('check'), t('announce.noProblem'))
             : h('ul', {}, problems.map((problem) => h('li', {class: problem.prevents ? 'problem prevents' : 'problem',
-                dir: 'auto'}, icon('warning'), problem.text))));
+                dir: 'auto'}, icon('warning'), problemText(problem)))));
     }
 
     async play() {
