@@ -44,8 +44,9 @@ function mount(root, app) {
     const composer = new Composer(app);
     root.append(h('div', {class: 'announce'},
         panel(t('announce.zones'), 'zones', composer.recent, composer.picker.element),
-        panel(t('announce.content'), 'content', composer.content),
-        panel(t('announce.play'), 'play', composer.problems, composer.bar),
+        h('div', {class: 'announce-compose'},
+            panel(t('announce.content'), 'content', composer.content),
+            panel(t('announce.play'), 'play', composer.problems, composer.bar)),
         activePanel));
     return {unmount: () => {
         composer.close();

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
 export default {
-    'announce.title': 'Durchsagen',
+    'announce.title': 'Ansagen',
     'announce.zones': 'Zonen',
     'announce.content': 'Inhalt',
     'announce.play': 'Prüfen und abspielen',
@@ -10,11 +10,11 @@ export default {
     'announce.recent': 'Zuletzt gewählte Zonen',
     'announce.andMore': '{zone} und {n} weitere',
     'announce.searchZones': 'Zonen suchen',
-    'announce.monitor': 'Ihre Rolle darf Durchsagen nur ansehen.',
-    'announce.sent': 'Die Durchsage ist gesendet.',
+    'announce.monitor': 'Ihre Rolle darf Ansagen nur ansehen.',
+    'announce.sent': 'Die Ansage ist gesendet.',
     'announce.noProblem': 'Keine Probleme gefunden.',
     'announce.problem.unknown': '{zone}: Der Server kennt diese Zone nicht.',
-    'announce.problem.empty': '{zone}: Zu dieser Zone gehört kein Lautsprecher.',
+    'announce.problem.empty': '{zone}: Zu dieser Zone gehört kein Ausgang.',
     'announce.problem.faulty': '{zone}: gestört oder inaktiv.',
     'announce.problem.busy': '{zone}: mit höherer Priorität belegt.',
     'announce.missing.zones': 'Wählen Sie mindestens eine Zone.',
@@ -28,7 +28,7 @@ export default {
     'active.none': 'Es läuft nichts.',
     'active.zones': 'Zonen',
     'active.cancel': 'Abbrechen',
-    'active.cancelled': 'Die Durchsage ist abgebrochen.',
+    'active.cancelled': 'Die Ansage ist abgebrochen.',
     'active.forget': 'Aus der Liste entfernen',
     'active.read': '{title}: {state}',
     'active.since': 'seit {time}',
