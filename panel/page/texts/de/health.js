@@ -19,5 +19,6 @@ export default {
     'health.healthy': 'In Ordnung',
     'health.minor': 'Leichte Störung',
     'health.major': 'Schwere Störung',
+    'health.faulty': 'Gestört',
     'health.inactive': 'Inaktiv',
 };

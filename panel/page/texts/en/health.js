@@ -19,5 +19,6 @@ export default {
     'health.healthy': 'Healthy',
     'health.minor': 'Minor fault',
     'health.major': 'Major fault',
+    'health.faulty': 'Faulty',
     'health.inactive': 'Inactive',
 };
