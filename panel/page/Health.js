@@ -6,10 +6,10 @@
 
 export const levels = ['unknown', 'healthy', 'minor', 'major', 'inactive'];
 
-const sourceLevels = ['unknown', 'healthy', 'major'];
+const sourceLevels = ['unknown', 'healthy', 'faulty'];
 
 /// How urgent a level is; what is faulty is at least 2.
-const urgency = {healthy: 0, unknown: 1, minor: 2, inactive: 3, major: 4};
+const urgency = {healthy: 0, unknown: 1, minor: 2, inactive: 3, faulty: 4, major: 5};
 
 export function isFaulty(level) {
     return urgency[level] >= 2;

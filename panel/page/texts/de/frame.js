@@ -61,9 +61,4 @@ export default {
     'error.not-found': 'Nicht gefunden: {text}',
     'error.suggestions': 'Ähnlich: {names}',
     'error.internal': 'Das Panel hat ein Problem: {text}',
-    'health.unknown': 'Unbekannt',
-    'health.healthy': 'In Ordnung',
-    'health.minor': 'Leichte Störung',
-    'health.major': 'Schwere Störung',
-    'health.inactive': 'Inaktiv',
 };

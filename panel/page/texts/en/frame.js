@@ -60,9 +60,4 @@ export default {
     'error.not-found': 'Not found: {text}',
     'error.suggestions': 'Nearest: {names}',
     'error.internal': 'The panel has a problem: {text}',
-    'health.unknown': 'Unknown',
-    'health.healthy': 'Healthy',
-    'health.minor': 'Minor fault',
-    'health.major': 'Major fault',
-    'health.inactive': 'Inactive',
 };
