@@ -33,8 +33,13 @@ function panel(title, name, ...content) {
     return h('section', {class: `panel announce-${name}`, 'aria-label': title}, h('h2', {}, title), content);
 }
 
-function mount(root, app) {
+/// `zone` of the address, as from the board, is chosen in place of others.
+function mount(root, app, [zone]) {
     prepare(app);
+    if (zone) {
+        draft.zones = [zone];
+        history.replaceState(null, '', '#announce');
+    }
     const active = activeList({app, sent});
     const activePanel = panel(t('active.title'), 'active', active.element);
     if (app.session.role !== 'operator') {

@@ -6,7 +6,7 @@ import {h, newId, replace, set} from '../dom.js';
 import {duration} from '../format.js';
 import {t} from '../i18n.js';
 import {icon} from '../icons.js';
-import {errorText} from '../messages.js';
+import {attempt, errorText} from '../messages.js';
 import {audioPlayer} from '../widgets/audioPlayer.js';
 
 /// A list that only some servers give: null where this one does not.
@@ -128,15 +128,15 @@ export function recordingEditor({app, recordings, value, onChange}) {
             value !== '' && !recordings.some((one) => one.path === value) && h('option', {value}, value),
             recordings.map((one) => h('option', {value: one.path},
                 `${one.path} (${secondsText(one.seconds)})`)));
-    const player = audioPlayer({label: t('compose.recording'), textOf: errorText,
-        load: (signal) => app.api.operate('POST', '/recordings/preview', {path: control.value}, {signal})});
+    const playBack = h('button', {type: 'button', on: {click: () => attempt(
+        () => app.api.operate('POST', '/recordings/preview', {path: control.value}), t('compose.playedBack'))}},
+    icon('speaker'), t('compose.playBack'));
     const choose = (next) => {
-        player.clear();
-        player.setEnabled(next !== '');
+        set(playBack, 'disabled', next === '');
         onChange(next);
     };
-    player.setEnabled(value !== '');
-    return h('div', {class: 'stack'}, field(t('compose.recordingPath'), control), player.element);
+    set(playBack, 'disabled', value === '');
+    return h('div', {class: 'stack'}, field(t('compose.recordingPath'), control), h('div', {}, playBack));
 }
 
 /// A WAV file of this computer, sent to the gateway when it is chosen; what the gateway has answered.
