@@ -2,7 +2,7 @@
 // Composes and plays announcements, and lists what plays.
 
 import {h, replace, set, setText} from '../dom.js';
-import {t} from '../i18n.js';
+import {hasText, t} from '../i18n.js';
 import {icon} from '../icons.js';
 import {attempt, errorText} from '../messages.js';
 import {zonePicker} from '../widgets/zonePicker.js';
@@ -33,8 +33,13 @@ function panel(title, name, ...content) {
     return h('section', {class: `panel announce-${name}`, 'aria-label': title}, h('h2', {}, title), content);
 }
 
-function mount(root, app) {
+/// `zone` of the address, as from the board, is chosen in place of others.
+function mount(root, app, [zone]) {
     prepare(app);
+    if (zone) {
+        draft.zones = [zone];
+        history.replaceState(null, '', '#announce');
+    }
     const active = activeList({app, sent});
     const activePanel = panel(t('active.title'), 'active', active.element);
     if (app.session.role !== 'operator') {
@@ -44,13 +49,20 @@ function mount(root, app) {
     const composer = new Composer(app);
     root.append(h('div', {class: 'announce'},
         panel(t('announce.zones'), 'zones', composer.recent, composer.picker.element),
-        panel(t('announce.content'), 'content', composer.content),
-        panel(t('announce.play'), 'play', composer.problems, composer.bar),
+        h('div', {class: 'announce-compose'},
+            panel(t('announce.content'), 'content', composer.content),
+            panel(t('announce.play'), 'play', composer.problems, composer.bar)),
         activePanel));
     return {unmount: () => {
         composer.close();
         active.destroy();
     }, shortcuts: [{key: '/', text: t('announce.searchZones'), run: () => composer.picker.search.focus()}]};
+}
+
+/// In the language of the user where that has a text for it.
+function problemText(problem) {
+    const key = `announce.problem.${problem.code}`;
+    return hasText(key) ? t(key, problem) : problem.text;
 }
 
 class Composer {
@@ -186,7 +198,7 @@ class Composer {
         replace(this.problems, problems.length === 0
             ? h('p', {class: 'no-problem'}, icon('check'), t('announce.noProblem'))
             : h('ul', {}, problems.map((problem) => h('li', {class: problem.prevents ? 'problem prevents' : 'problem',
-                dir: 'auto'}, icon('warning'), problem.text))));
+                dir: 'auto'}, icon('warning'), problemText(problem)))));
     }
 
     async play() {

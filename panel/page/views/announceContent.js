@@ -19,7 +19,7 @@ const editors = {
     texts: ({app, draft, change}) => speechEditor({app, texts: draft.texts, voice: draft.voice, onChange: change}),
     items: ({lists, draft, change}) => [
         itemsEditor({dictionary: lists.dictionary, value: draft.items, onChange: (items) => change({items})}),
-        numberField(t('compose.repeat'), draft.repeat, {min: 0, max: 1000, note: t('compose.repeatNote')},
+        numberField(t('compose.repeat'), draft.repeat, {min: 1, max: 1000},
             (repeat) => change({repeat})),
     ],
     recording: ({app, lists, draft, change}) => recordingEditor({app, recordings: lists.recordings,

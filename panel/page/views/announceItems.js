@@ -2,10 +2,9 @@
 // Items of the server's dictionary in the order in which they are played.
 
 import {h, newId, replace, set, setText} from '../dom.js';
-import {duration} from '../format.js';
 import {t} from '../i18n.js';
 import {icon} from '../icons.js';
-import {field} from './announceParts.js';
+import {field, secondsText} from './announceParts.js';
 
 const mostFound = 50;
 
@@ -43,7 +42,7 @@ export function itemsEditor({dictionary, value, onChange}) {
             button('trash', t('compose.removeItem', {item: nameOf(item)}), true, () => remove(i)))));
         const seconds = items.reduce((sum, item) => sum + (known.get(item)?.seconds ?? 0), 0);
         setText(total, items.length === 0 ? t('compose.noItems')
-            : t('compose.itemsTotal', {n: items.length, length: duration(seconds * 1000)}));
+            : t('compose.itemsTotal', {n: items.length, length: secondsText(seconds)}));
     };
     const add = (item) => change([...items, item]);
     const finder = dictionary === null ? numberFinder(add) : textFinder(dictionary, add);
@@ -94,7 +93,7 @@ function textFinder(dictionary, add) {
             words.every((word) => text.toLocaleLowerCase().includes(word) || String(item) === word)).slice(0, mostFound);
         replace(options, found.map((entry) => h('li', {id: newId(), role: 'option', 'aria-selected': false,
             on: {click: () => add(entry.item)}}, h('bdi', {}, entry.text),
-        h('small', {}, duration(entry.seconds * 1000)))));
+        h('small', {}, secondsText(entry.seconds)))));
         mark(0);
     };
     const press = (event) => {

@@ -2,12 +2,11 @@
 // Editors of what is played and displayed, for announcements and for schedules. Each takes its value
 // and `onChange(value)` and returns its element; an editor never changes the value that it is given.
 
-import {path} from '../api.js';
 import {h, newId, replace, set} from '../dom.js';
 import {duration} from '../format.js';
 import {t} from '../i18n.js';
 import {icon} from '../icons.js';
-import {errorText} from '../messages.js';
+import {attempt, errorText} from '../messages.js';
 import {audioPlayer} from '../widgets/audioPlayer.js';
 
 /// A list that only some servers give: null where this one does not.
@@ -20,6 +19,11 @@ export async function listOf(api, kind, signal) {
         }
         throw error;
     }
+}
+
+/// "1.8 s", from a minute on "1 min 5 s"
+export function secondsText(seconds) {
+    return seconds < 60 ? t('compose.seconds', {n: Math.round(seconds * 10) / 10}) : duration(seconds * 1000);
 }
 
 /// A label above its control.
@@ -123,16 +127,16 @@ export function recordingEditor({app, recordings, value, onChange}) {
             h('option', {value: ''}, t('compose.chooseRecording')),
             value !== '' && !recordings.some((one) => one.path === value) && h('option', {value}, value),
             recordings.map((one) => h('option', {value: one.path},
-                `${one.path} (${duration(one.seconds * 1000)})`)));
-    const player = audioPlayer({label: t('compose.recording'), textOf: errorText,
-        load: (signal) => app.api.operate('POST', '/recordings/preview', {path: control.value}, {signal})});
+                `${one.path} (${secondsText(one.seconds)})`)));
+    const playBack = h('button', {type: 'button', on: {click: () => attempt(
+        () => app.api.operate('POST', '/recordings/preview', {path: control.value}), t('compose.playedBack'))}},
+    icon('speaker'), t('compose.playBack'));
     const choose = (next) => {
-        player.clear();
-        player.setEnabled(next !== '');
+        set(playBack, 'disabled', next === '');
         onChange(next);
     };
-    player.setEnabled(value !== '');
-    return h('div', {class: 'stack'}, field(t('compose.recordingPath'), control), player.element);
+    set(playBack, 'disabled', value === '');
+    return h('div', {class: 'stack'}, field(t('compose.recordingPath'), control), h('div', {}, playBack));
 }
 
 /// A WAV file of this computer, sent to the gateway when it is chosen; what the gateway has answered.
@@ -145,7 +149,7 @@ export function uploadEditor({app, value, onChange}) {
         return {url};
     }});
     const describe = (upload) => replace(status, upload ? t('compose.uploaded', {name: upload.name,
-        length: duration(upload.seconds * 1000), rate: upload.rate, channels: upload.channels}) : '');
+        length: secondsText(upload.seconds), rate: upload.rate, channels: upload.channels}) : '');
     const take = async () => {
         if (url) {
             URL.revokeObjectURL(url);

@@ -7,6 +7,7 @@ import {wallOf} from '../StationClock.js';
 import {PartType, addDays, audioOf, momentOf} from './schedulesModel.js';
 
 const someMonday = '2024-01-01';
+const farDate = '2099-01-01';  // what ends then has no end in mind
 
 /// "Mon"; 0 is Monday.
 export function weekdayName(day, style = 'short') {
@@ -14,14 +15,26 @@ export function weekdayName(day, style = 'short') {
         .format(Date.parse(`${addDays(someMonday, day)}T00:00Z`));
 }
 
-/// "Mon, 30/11/2026"; `date` is as "2026-11-30".
+const dayOptions = {day: '2-digit', month: '2-digit', year: 'numeric'};
+const weekdayOptions = {weekday: 'short', day: '2-digit', month: '2-digit'};
+
+function formatted(date, options) {
+    return new Intl.DateTimeFormat(locale(), {...options, timeZone: 'UTC'}).format(wallOf(`${date}T00:00`));
+}
+
+/// "30/11/2026"; `date` is as "2026-11-30".
 export function dateText(date) {
-    return wallDate(wallOf(`${date}T00:00`));
+    return formatted(date, dayOptions);
+}
+
+/// "Mon, 30/11"
+export function weekdayText(date) {
+    return formatted(date, weekdayOptions);
 }
 
 /// "Mon, 30/11/2026 06:00"; `local` is as "2026-11-30T06:00".
 export function momentText(local) {
-    return local ? `${dateText(local.slice(0, 10))} ${local.slice(11, 16)}` : '';
+    return local ? `${wallDate(wallOf(local))} ${local.slice(11, 16)}` : '';
 }
 
 /// "Mon–Fri, Sun"
@@ -53,7 +66,10 @@ export function timesText(schedule) {
 /// "30/11/2026 – 31/12/2026"
 export function periodText(schedule) {
     const [first, last] = ['start', 'end'].map((which) => momentOf(schedule, which).date);
-    return first === last ? dateText(first) : `${dateText(first)} – ${last.startsWith('2099') ? '…' : dateText(last)}`;
+    if (first === last) {
+        return dateText(first);
+    }
+    return last >= farDate ? t('schedules.since', {date: dateText(first)}) : `${dateText(first)} – ${dateText(last)}`;
 }
 
 export function contentText(schedule) {

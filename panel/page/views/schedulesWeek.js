@@ -5,7 +5,7 @@ import {h, replace, set} from '../dom.js';
 import {t} from '../i18n.js';
 import {icon} from '../icons.js';
 import {addDays, layOut, minutesOfDay, mondayOf, windowsInWeek} from './schedulesModel.js';
-import {dateText, nameOf, timesText} from './schedulesText.js';
+import {dateText, nameOf, timesText, weekdayText} from './schedulesText.js';
 
 const leastMinutes = 40;  // of the drawing, so that a window's text has space
 
@@ -53,7 +53,7 @@ export function weekView({store, today, open}) {
             const date = addDays(monday, day);
             const events = layOut(windows.filter((window) => window.day === day), leastMinutes);
             const column = h('section', {class: 'week-day', 'aria-label': dateText(date)},
-                h('h3', {}, dateText(date)),
+                h('h3', {}, weekdayText(date)),
                 h('div', {class: 'week-events'}, events.map(event)));
             set(column, 'data-today', date === today() ? '' : null);
             set(column, 'data-empty', events.length === 0 ? '' : null);
