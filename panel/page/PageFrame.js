@@ -34,7 +34,7 @@ export class PageFrame {
     #clock = h('time', {class: 'station-clock'});
     #state = h('span', {class: 'link-state', role: 'status'});
     #stateText = h('span', {});
-    #banner = h('div', {class: 'banner', hidden: true});
+    #banner = h('section', {class: 'banner', hidden: true, 'aria-label': t('frame.connection')});
     #bannerText = h('p', {});
     #lastState = '';
     #endings = [];

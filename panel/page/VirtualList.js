@@ -42,13 +42,13 @@ export class VirtualList {
     /// - label: the name of the list
     /// - itemHeight, headingHeight: pixels
     /// - minItemWidth: of a column; without it there is one
-    /// - createCell(): {element, update(key), focusable}; `focusable`, if any, makes the items a group
-    ///   that Tab reaches once and arrow keys move in
+    /// - createCell(): {element, update(key), focusable}
+    /// - isGroup: Tab reaches the `focusable` elements of the items once, and arrow keys move among them
     constructor(options) {
         this.#options = {headingHeight: 40, minItemWidth: Infinity, ...options};
         set(this.#space, 'role', 'list');
         set(this.#space, 'aria-label', options.label);
-        this.element = h('div', {class: 'virtual-list', on: {
+        this.element = h('div', {class: 'virtual-list', tabindex: options.isGroup ? null : 0, on: {
             scroll: () => this.#renderSoon(),
             keydown: (event) => this.#onKey(event),
             focusin: (event) => this.#onFocus(event),

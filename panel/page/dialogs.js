@@ -12,7 +12,8 @@ import {t} from './i18n.js';
 /// {element, body, title, close(value)}.
 export function openDialog({title, kind = 'sheet', content = [], footer = [], onClose = () => {}}) {
     const titleId = newId();
-    const body = h('div', {class: 'dialog-body'}, content);
+    // Can be scrolled by keys also when nothing in it takes the focus.
+    const body = h('div', {class: 'dialog-body', tabindex: 0}, content);
     const heading = h('h2', {id: titleId, dir: 'auto', tabindex: '-1'}, title);
     const element = h('dialog', {class: `dialog ${kind}`, 'aria-labelledby': titleId},
         h('header', {class: 'dialog-header'}, heading,

@@ -34,7 +34,7 @@ class Board {
         this.#app = app;
         this.#store = app.store;
         this.#list = new VirtualList({label: t('board.list'), itemHeight: 92, minItemWidth: 220,
-            createCell: () => zoneTile(this.#store, (zone) => app.go('board', zone))});
+            isGroup: true, createCell: () => zoneTile(this.#store, (zone) => app.go('board', zone))});
         this.#search = h('input', {type: 'search', id: newId(), autocomplete: 'off', maxlength: 200,
             placeholder: t('board.search'), on: {input: () => this.#fill()}});
         root.append(this.#tools(), this.#empty, this.#list.element);

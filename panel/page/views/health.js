@@ -22,8 +22,8 @@ class HealthView {
         this.#app = app;
         this.#store = app.store;
         this.#list = new VirtualList({label: t('health.list'), itemHeight: 84,
-            createCell: () => faultTile(app, (id) => this.#faults.get(id))});
-        root.append(h('section', {class: 'card', 'aria-label': t('health.connection')}, this.#link),
+            isGroup: true, createCell: () => faultTile(app, (id) => this.#faults.get(id))});
+        root.append(h('div', {class: 'card'}, this.#link),
             this.#summary, this.#list.element);
         this.shortcuts = [{key: 'l', text: t('health.toList'), run: () => this.#list.focusActive()}];
         const timer = setInterval(() => {

@@ -29,7 +29,7 @@ class Live {
             this.#drawer?.fill();
         });
         this.#list = new VirtualList({label: t('live.list'), itemHeight: 116, minItemWidth: 300,
-            createCell: () => sourceTile(this.#store, this.#locks, (id) => app.go('live', String(id)))});
+            isGroup: true, createCell: () => sourceTile(this.#store, this.#locks, (id) => app.go('live', String(id)))});
         this.#search = h('input', {type: 'search', id: newId(), autocomplete: 'off', maxlength: 200,
             placeholder: t('live.search'), on: {input: () => this.#fill()}});
         root.append(h('div', {class: 'row'},

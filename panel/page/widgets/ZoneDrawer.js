@@ -6,9 +6,10 @@ import {path} from '../api.js';
 import {openDialog} from '../dialogs.js';
 import {h, replace, set, setText} from '../dom.js';
 import {compareNames, utcMoment} from '../format.js';
-import {t} from '../i18n.js';
+import {hasText, t} from '../i18n.js';
 import {icon} from '../icons.js';
 import {attempt} from '../messages.js';
+import {partType} from './contentType.js';
 import {healthBadge} from './healthBadge.js';
 import {sinkCard} from './sinkCard.js';
 import {activityText, announcementsOf, zoneHealthText} from './zoneTile.js';
@@ -31,7 +32,7 @@ export class ZoneDrawer {
         this.#app = app;
         this.#store = app.store;
         this.#id = id;
-        this.#list = new VirtualList({label: t('zone.sinks'), itemHeight: 152,
+        this.#list = new VirtualList({label: t('zone.sinks'), itemHeight: 164,
             createCell: () => sinkCard(app, () => this.#persistent.checked)});
         this.#announceLink = h('a', {class: 'button', href: `#announce/${encodeURIComponent(id)}`},
             icon('announce'), t('zone.announce'));
@@ -100,11 +101,10 @@ export class ZoneDrawer {
     }
 
     #announcement(one, reason) {
-        const type = one.audioMessageTypeText === 'NONE' ? one.visualMessageTypeText
-            : one.audioMessageTypeText;
+        const state = `state.${one.stateText.toLowerCase()}`;
         return h('li', {class: 'card row'},
             h('div', {class: 'grow'},
-                h('strong', {dir: 'auto'}, `${type}, ${one.stateText}`),
+                h('strong', {dir: 'auto'}, [partType(one), hasText(state) ? t(state) : one.stateText].join(', ')),
                 h('p', {class: 'note', dir: 'auto'}, t('announcement.line', {
                     start: utcMoment(one.startDateTime, this.#store.status?.timeZone),
                     priority: one.priorityText}))),

@@ -4,6 +4,7 @@
 import {h, set, setText} from '../dom.js';
 import {t} from '../i18n.js';
 import {isFaulty} from '../Health.js';
+import {contentType} from './contentType.js';
 import {healthBadge} from './healthBadge.js';
 
 export function isBusy(zone) {
@@ -27,7 +28,8 @@ export function activityText(zone) {
     if (!isBusy(zone)) {
         return t('zone.idle');
     }
-    return t('zone.plays', {what: zone.announcementTypeText || zone.activityText});
+    const type = contentType(zone.announcementType, zone.announcementTypeText);
+    return t('zone.plays', {what: type || zone.activityText});
 }
 
 /// "2 of 12 faulty", or the level.

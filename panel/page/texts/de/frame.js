@@ -3,6 +3,7 @@
 export default {
     'frame.skip': 'Zum Inhalt springen',
     'frame.navigation': 'Ansichten',
+    'frame.connection': 'Zustand der Verbindung',
     'frame.settings': 'Einstellungen von {user} ({role})',
     'frame.clock': 'Zeit der Station, {zone}, Geschwindigkeit {speed}',
     'role.operator': 'Bedienung',

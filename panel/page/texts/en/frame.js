@@ -3,6 +3,7 @@
 export default {
     'frame.skip': 'Skip to the content',
     'frame.navigation': 'Views',
+    'frame.connection': 'State of the connection',
     'frame.settings': 'Settings of {user} ({role})',
     'frame.clock': 'Time at the station, {zone}, speed {speed}',
     'role.operator': 'Operator',
