@@ -62,7 +62,7 @@ public:
     void removeExpired();
 
 private:
-    void removeExpiredLocked();
+    void removeOld();
     void requireSpace(const std::string& user, std::size_t bytes) const;
 
     const Limits limits_;

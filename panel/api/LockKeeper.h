@@ -37,17 +37,18 @@ public:
     LockKeeper();
 
     /// Takes the lock of a source for the caller's session.
-    /// @throws ApiError held, when another session has it; else as `paclient::takeLock`
+    /// @throws ApiError held, when another session or client has it; else as `paclient::takeLock`
     paclient::Confirmation take(int sourceId, const Caller& caller, const paclient::Wait& wait);
 
     /// Releases it.
-    /// @throws ApiError held, when another session has it; else as `paclient::releaseLock`
+    /// @throws ApiError held, when another session or client has it; else as
+    ///         `paclient::releaseLock`
     paclient::Confirmation release(int sourceId, const Caller& caller, const paclient::Wait& wait);
 
     /// @throws ApiError held, when another session has taken the source
     void requireFree(int sourceId, const Caller& caller) const;
 
-    /// Nothing for a source that no session has taken.
+    /// Nothing for a source that no session has taken. May be called from a callback.
     [[nodiscard]] std::optional<Holder> holderOf(int sourceId) const;
 
     /// @name Called by what keeps pages and sessions
@@ -70,14 +71,18 @@ private:
         std::int64_t awaySinceMS = 0;  ///< when the last one closed
         bool isOver = false;           ///< the session
     };
+    struct Lock : Holder {
+        bool isTaken = false;            ///< no longer waits for the server
+        std::int64_t releaseAgainMS = 0;  ///< not before
+    };
 
-    void take(const paclient::Change& change);
-    void refuseOthers(int sourceId, const Caller& caller) const;
-    bool isDue(const std::string& sessionId, std::int64_t nowMS) const;
+    void note(const paclient::Change& change);
+    void refuseOthers(int sourceId, const Caller& caller, bool isHeld) const;
+    std::vector<int> dueSources();
 
     mutable std::mutex lock_;
     // Guarded by lock_.
-    std::map<int, Holder> holders_;       // by source
+    std::map<int, Lock> locks_;           // by source
     std::map<std::string, Pages> pages_;  // by session, of those with pages or locks
 
     paclient::Listener listener_;

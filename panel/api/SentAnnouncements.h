@@ -4,12 +4,12 @@
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
-#include <functional>
 #include <map>
 #include <memory>
 #include <mutex>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "client/Announcement.h"
 
@@ -21,7 +21,7 @@ namespace papanel {
 /// Every function may be called from any thread but from a callback.
 class SentAnnouncements {
 public:
-    static constexpr std::size_t maxKept = 1'000;
+    static constexpr std::size_t maxKept = 500;
     static constexpr std::chrono::hours keptAfterEnd{1};
 
     /// An announcement and who has sent it.
@@ -53,7 +53,6 @@ private:
     };
 
     void makeSpace();
-    void removeOldLocked(std::int64_t nowMS);
 
     mutable std::mutex lock_;
     // Guarded by lock_.

@@ -53,7 +53,7 @@ Target parseTarget(std::string_view target) {
     Target result;
     const std::size_t end = std::min(target.find('?'), target.size());
     result.path = target.substr(0, end);
-    split(target.substr(1, end - 1), '/',
+    split(std::string_view(result.path).substr(1), '/',
           [&](std::string_view part) { result.parts.push_back(decoded(part, false)); });
     if (end == target.size()) {
         return result;
