@@ -61,9 +61,8 @@ Target parseTarget(std::string_view target) {
     split(target.substr(end + 1), '&', [&](std::string_view pair) {
         const std::size_t sign = std::min(pair.find('='), pair.size());
         if (!pair.empty()) {
-            result.query.emplace(
-                decoded(pair.substr(0, sign), true),
-                decoded(pair.substr(std::min(sign + 1, pair.size())), true));
+            result.query.emplace(decoded(pair.substr(0, sign), true),
+                                 decoded(pair.substr(std::min(sign + 1, pair.size())), true));
         }
     });
     return result;
