@@ -9,7 +9,7 @@
 #include <string>
 #include <thread>
 
-#include "client/Subscription.h"
+#include "client/ChangeStream.h"
 #include "panel/events/EventLog.h"
 #include "panel/events/LevelFeeds.h"
 #include "panel/events/PendingChanges.h"

@@ -34,37 +34,36 @@ std::string decoded(std::string_view text, bool isQuery) {
     return result;
 }
 
-/// Calls the function with each part between separators.
-template <class Function>
-void split(std::string_view text, char separator, Function take) {
-    while (true) {
-        const std::size_t end = std::min(text.find(separator), text.size());
-        take(text.substr(0, end));
-        if (end == text.size()) {
-            return;
+/// The parts between separators.
+std::vector<std::string> partsOf(const std::string& text, char separator) {
+    std::vector<std::string> parts(1);
+    for (const char letter : text) {
+        if (letter == separator) {
+            parts.emplace_back();
+        } else {
+            parts.back() += letter;
         }
-        text.remove_prefix(end + 1);
     }
+    return parts;
 }
 
 }  // namespace
 
-Target parseTarget(std::string_view target) {
+Target parseTarget(const std::string& target) {
     Target result;
     const std::size_t end = std::min(target.find('?'), target.size());
     result.path = target.substr(0, end);
-    split(target.substr(1, end - 1), '/',
-          [&](std::string_view part) { result.parts.push_back(decoded(part, false)); });
-    if (end == target.size()) {
-        return result;
+    for (const std::string& part : partsOf(target.substr(1, end - 1), '/')) {
+        result.parts.push_back(decoded(part, false));
     }
-    split(target.substr(end + 1), '&', [&](std::string_view pair) {
-        const std::size_t sign = std::min(pair.find('='), pair.size());
+    for (const std::string& pair : partsOf(target.substr(std::min(end + 1, target.size())), '&')) {
         if (!pair.empty()) {
+            const std::size_t sign = std::min(pair.find('='), pair.size());
+            const std::size_t value = std::min(sign + 1, pair.size());
             result.query.emplace(decoded(pair.substr(0, sign), true),
-                                 decoded(pair.substr(std::min(sign + 1, pair.size())), true));
+                                 decoded(pair.substr(value), true));
         }
-    });
+    }
     return result;
 }
 

@@ -3,7 +3,6 @@
 
 #include <map>
 #include <string>
-#include <string_view>
 #include <vector>
 
 namespace papanel {
@@ -15,7 +14,8 @@ struct Target {
     std::multimap<std::string, std::string> query;
 };
 
+/// @param target begins with a slash
 /// @throws ApiError 400 for a wrong percent code, or one of NUL
-Target parseTarget(std::string_view target);
+Target parseTarget(const std::string& target);
 
 }  // namespace papanel
