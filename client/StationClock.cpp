@@ -113,8 +113,8 @@ std::string StationClock::momentText(const std::string& reported) const try {
 std::string StationClock::secondText(std::time_t moment) const {
     constexpr int digits = 2;
     const std::string second = std::to_string(moment % 60);
-    return minuteText(calendar_.minuteAt(moment)) + ':' +
-           std::string(digits - second.size(), '0') + second;
+    return minuteText(calendar_.minuteAt(moment)) + ':' + std::string(digits - second.size(), '0') +
+           second;
 }
 
 std::vector<std::string> StationClock::runTexts(const ScheduleDefinition& schedule,

@@ -140,9 +140,10 @@ Ambiguous ambiguous(const std::string& kind, const std::string& wanted,
     for (std::size_t i = 0; i < std::min(places.size(), maxCandidates); ++i) {
         titles.push_back(titleOf(resources[places[i]]));
     }
-    const std::string more = places.size() > maxCandidates
-                                 ? ", and " + std::to_string(places.size() - maxCandidates) + " more"
-                                 : "";
+    const std::string more =
+        places.size() > maxCandidates
+            ? ", and " + std::to_string(places.size() - maxCandidates) + " more"
+            : "";
     return {quoted(wanted) + " is ambiguous: it names " + std::to_string(places.size()) +
                 " of the " + kind + "s: " + listed(titles) + more,
             places, titles};

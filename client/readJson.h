@@ -37,7 +37,7 @@ void readWhole(const Json& json, Number& value) {
                       json.get<std::int64_t>() <= static_cast<std::int64_t>(Limits::max());
     if (!fits) {
         failReading("is not a whole number from " + std::to_string(Limits::min()) + " to " +
-             std::to_string(Limits::max()));
+                    std::to_string(Limits::max()));
     }
     value = json.get<Number>();
 }

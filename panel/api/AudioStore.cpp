@@ -53,7 +53,7 @@ StoredAudio::~StoredAudio() {
     std::filesystem::remove(path, ignored);
 }
 
-AudioStore::AudioStore(const Limits& limits) : limits_(limits), folder_("papanel") {}
+AudioStore::AudioStore(const AudioLimits& limits) : limits_(limits), folder_("papanel") {}
 
 AudioStore::AudioPtr AudioStore::add(const std::string& user, const std::string& name,
                                      const std::string& bytes) {
@@ -73,8 +73,7 @@ AudioStore::AudioPtr AudioStore::add(const std::string& user, const std::string&
         throw ApiError(503, "overloaded", "the gateway cannot store the file");
     }
     audio->format = formatOf(audio->path);
-    audio->expiresMS =
-        pa::monotonicMS() + std::chrono::milliseconds(limits_.lifetime).count();
+    audio->expiresMS = pa::monotonicMS() + std::chrono::milliseconds(limits_.lifetime).count();
     files_.push_back(audio);
     return audio;
 }
@@ -111,9 +110,10 @@ void AudioStore::requireSpace(const std::string& user, std::size_t bytes) const 
         ofUser += audio->user == user ? audio->bytes : 0;
     }
     if (ofUser > limits_.bytesOfUser) {
-        throw ApiError(413, "too-large", "the audio files of one user may have " +
-                                             std::to_string(limits_.bytesOfUser) +
-                                             " bytes together; those of before expire in an hour");
+        throw ApiError(413, "too-large",
+                       "the audio files of one user may have " +
+                           std::to_string(limits_.bytesOfUser) +
+                           " bytes together; those of before expire in an hour");
     }
     if (all > limits_.bytes || files_.size() >= limits_.files) {
         throw ApiError(503, "overloaded", "there is no space left for audio files");

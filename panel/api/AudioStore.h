@@ -31,23 +31,24 @@ struct StoredAudio {
     std::int64_t expiresMS = 0;  ///< by the host's monotonic clock
 };
 
+/// How much a store of audio keeps.
+struct AudioLimits {
+    std::size_t bytes = std::size_t{512} << 20U;        ///< of all
+    std::size_t bytesOfUser = std::size_t{128} << 20U;  ///< of one user
+    std::size_t files = 1'000;                          ///< of all
+    std::chrono::milliseconds lifetime = std::chrono::hours(1);
+};
+
 /// The WAV files that users have uploaded, and those that the server has spoken for them: in a
 /// temporary folder, each for an hour by the host's clock.
 ///
 /// Every function may be called from any thread.
 class AudioStore {
 public:
-    /// How much is kept.
-    struct Limits {
-        std::size_t bytes = std::size_t{512} << 20U;        ///< of all
-        std::size_t bytesOfUser = std::size_t{128} << 20U;  ///< of one user
-        std::size_t files = 1'000;                          ///< of all
-        std::chrono::milliseconds lifetime = std::chrono::hours(1);
-    };
     using AudioPtr = std::shared_ptr<const StoredAudio>;
 
     /// @throws pautil::FileError when there is no temporary folder
-    explicit AudioStore(const Limits& limits = {});
+    explicit AudioStore(const AudioLimits& limits = {});
 
     /// Keeps a WAV file.
     /// @param name for people; what is plain of it becomes part of the file's name
@@ -65,7 +66,7 @@ private:
     void removeOld();
     void requireSpace(const std::string& user, std::size_t bytes) const;
 
-    const Limits limits_;
+    const AudioLimits limits_;
     const pautil::TemporaryFolder folder_;
     std::mutex lock_;
     std::deque<AudioPtr> files_;  // guarded by lock_; the oldest first

@@ -7,6 +7,7 @@
 #include <type_traits>
 
 #include "client/readJson.h"
+#include "client/recordText.h"
 #include "panel/http/Route.h"
 
 namespace papanel {

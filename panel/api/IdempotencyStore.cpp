@@ -27,8 +27,8 @@ std::size_t fingerprintOf(const ApiRequest& request) {
 
 std::string keyOf(const ApiRequest& request) {
     std::string key = request.header("idempotency-key");
-    const bool isVisible = std::all_of(key.begin(), key.end(),
-                                       [](char c) { return c > ' ' && c <= '~'; });
+    const bool isVisible =
+        std::all_of(key.begin(), key.end(), [](char c) { return c > ' ' && c <= '~'; });
     if (key.empty() || key.size() > longestKey || !isVisible) {
         throw ApiError(400, "bad-request",
                        "the header Idempotency-Key must have 1 to 64 visible ASCII characters");

@@ -22,7 +22,9 @@ bool isHeldHere(int sourceId) {
 }
 
 ApiError held(int sourceId, const std::string& holder) {
-    return {409, "held", "source " + std::to_string(sourceId) + " is taken by " + holder,
+    return {409,
+            "held",
+            "source " + std::to_string(sourceId) + " is taken by " + holder,
             {{"holder", holder}}};
 }
 

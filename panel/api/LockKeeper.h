@@ -72,7 +72,7 @@ private:
         bool isOver = false;           ///< the session
     };
     struct Lock : Holder {
-        bool isTaken = false;            ///< no longer waits for the server
+        bool isTaken = false;             ///< no longer waits for the server
         std::int64_t releaseAgainMS = 0;  ///< not before
     };
 

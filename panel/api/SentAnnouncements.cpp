@@ -49,8 +49,8 @@ void SentAnnouncements::removeOld() {
         if (!kept.overSinceMS && isOver(*kept.announcement)) {
             kept.overSinceMS = now;
         }
-        const bool isOld = kept.overSinceMS &&
-                           now - *kept.overSinceMS > std::chrono::milliseconds(keptAfterEnd).count();
+        const bool isOld = kept.overSinceMS && now - *kept.overSinceMS >
+                                                   std::chrono::milliseconds(keptAfterEnd).count();
         entry = isOld ? sent_.erase(entry) : std::next(entry);
     }
 }
@@ -60,7 +60,7 @@ void SentAnnouncements::removeOld() {
 void SentAnnouncements::makeSpace() {
     const auto isLessNeeded = [](const auto& a, const auto& b) {
         const auto rank = [](const Kept& kept) {
-            return std::make_pair(isOver(*kept.announcement) ? 0
+            return std::make_pair(isOver(*kept.announcement)           ? 0
                                   : kept.announcement->parts().empty() ? 1
                                                                        : 2,
                                   kept.sentMS);

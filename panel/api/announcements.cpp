@@ -131,9 +131,8 @@ Json jsonOfOther(const std::string& requestId) {
     for (const std::string& id : zoneIds) {
         zones.push_back({{"id", id}, {"isPlaying", state == State::Playing}});
     }
-    return {{"requestId", requestId}, {"state", nameOf(state)}, {"reason", ""},
-            {"parts", parts},         {"zones", zones},         {"isOver", false},
-            {"user", nullptr}};
+    return {{"requestId", requestId}, {"state", nameOf(state)}, {"reason", ""},   {"parts", parts},
+            {"zones", zones},         {"isOver", false},        {"user", nullptr}};
 }
 
 /// @throws ApiError when the server has refused it, or may have
@@ -145,10 +144,9 @@ void requireAccepted(const Announcement& announcement) {
         throw ApiError(409, "refused", announcement.reason(), id);
     }
     if (state == State::Unknown) {
-        throw ApiError(504, "connection-lost",
-                       "the connection to the server was lost; the outcome of " + title +
-                           " is unknown",
-                       id);
+        throw ApiError(
+            504, "connection-lost",
+            "the connection to the server was lost; the outcome of " + title + " is unknown", id);
     }
     if (state == State::Sending && announcement.partCount() > 0) {
         throw ApiError(504, "timed-out", title + " is not accepted in time; its outcome is unknown",
@@ -163,8 +161,7 @@ ApiReply play(Services& services, const ApiRequest& request) {
     const Asked asked = askedOf(services, request);
     const auto sent = services.announcements.send(request.caller.user, asked.zones, asked.message);
     const bool isReported = sent.announcement->partCount() > 0;
-    sent.announcement->waitUntilAccepted(
-        waitOf(services, isReported ? answerLimit : refusalLimit));
+    sent.announcement->waitUntilAccepted(waitOf(services, isReported ? answerLimit : refusalLimit));
     requireAccepted(*sent.announcement);
     Json answer = jsonOf(sent);
     answer["outcome"] = "done";
@@ -226,8 +223,8 @@ ApiReply cancelOne(Services& services, const ApiRequest& request) {
         return cancellation.confirmation;
     });
     const bool isAsBefore = done.state == Confirmation::State::AsBefore;
-    Json answer = doneAnswer(done, isAsBefore ? "request " + id + " is over" : effect,
-                             {{"requestId", id}});
+    Json answer =
+        doneAnswer(done, isAsBefore ? "request " + id + " is over" : effect, {{"requestId", id}});
     if (sent) {
         for (const auto& part : sent->announcement->parts()) {
             ended.push_back(part.record);

@@ -34,8 +34,7 @@ ApiReply answered(Services& services, const ApiRequest& request) {
 constexpr std::chrono::seconds answerLimit{10};
 
 /// A wait for the audio server that ends with the gateway, by an ApiError.
-paclient::Wait waitOf(const Services& services,
-                      std::chrono::milliseconds limit = answerLimit);
+paclient::Wait waitOf(const Services& services, std::chrono::milliseconds limit = answerLimit);
 
 /// @throws ApiError not-connected, at once, unless everything that the server holds is known
 void requireConnected(const Services& services);
@@ -54,8 +53,7 @@ Json doneAnswer(const paclient::Confirmation& confirmation, const std::string& e
 /// @throws ApiError when it is not, or may not be
 template <class Operation>
 paclient::Confirmation operate(const Services& services, const std::string& effect,
-                               Operation operation,
-                               std::chrono::milliseconds limit = answerLimit) {
+                               Operation operation, std::chrono::milliseconds limit = answerLimit) {
     requireConnected(services);
     paclient::Confirmation confirmation = operation(waitOf(services, limit));
     requireConfirmed(confirmation, effect);

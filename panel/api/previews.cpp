@@ -50,8 +50,7 @@ ApiReply makePreview(Services& services, const ApiRequest& request) {
         std::optional<Text> voice;
     };
     const auto asked = readBody(request.body, [](Body& body) {
-        return Asked{body.get<Text>("text"), body.find<Text>("language"),
-                     body.find<Text>("voice")};
+        return Asked{body.get<Text>("text"), body.find<Text>("language"), body.find<Text>("voice")};
     });
     requireConnected(services);
     const TTSVocalizer voice = chooseVoice(asked.language, asked.voice);

@@ -54,8 +54,7 @@ Routes recordingRoutes() {
     constexpr Access who = Access::Operator;
     constexpr Effect what = Effect::Operates;
     return {
-        {"POST", "/recordings/current", who, what, "start recording",
-         answered<ofRecording<start>>},
+        {"POST", "/recordings/current", who, what, "start recording", answered<ofRecording<start>>},
         {"DELETE", "/recordings/current", who, what, "stop recording", answered<stop>},
         {"POST", "/recordings/preview", who, what, "play recording back",
          answered<ofRecording<playBack>>},

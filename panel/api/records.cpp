@@ -44,9 +44,10 @@ Json playingIn(const std::string& zone, const std::vector<AnnouncementRequest>& 
         return std::make_pair(record.getAudioMessageType() != Message::NONE, record.id);
     };
     for (const AnnouncementRequest& record : active) {
-        const bool isHere = stateOf(record) == Announcement::State::Playing &&
-                            std::any_of(record.zones.begin(), record.zones.end(),
-                                        [&](const std::string& its) { return isWithin(zone, its); });
+        const bool isHere =
+            stateOf(record) == Announcement::State::Playing &&
+            std::any_of(record.zones.begin(), record.zones.end(),
+                        [&](const std::string& its) { return isWithin(zone, its); });
         if (isHere && (found == nullptr || rank(*found) < rank(record))) {
             found = &record;
         }
@@ -82,20 +83,16 @@ Json plainRecords() {
 
 /// The kinds whose records are as the client library writes them.
 constexpr std::pair<const char*, Json (*)()> plainKinds[] = {
-    {sources.many, plainRecords<sources>},
-    {sinks.many, plainRecords<sinks>},
-    {voices.many, plainRecords<voices>},
-    {announcements.many, plainRecords<announcements>},
-    {triggers.many, plainRecords<triggers>},
-    {selectors.many, plainRecords<selectors>},
-    {schedules.many, plainRecords<schedules>},
-    {ttsItems.many, plainRecords<ttsItems>},
+    {sources.many, plainRecords<sources>},     {sinks.many, plainRecords<sinks>},
+    {voices.many, plainRecords<voices>},       {announcements.many, plainRecords<announcements>},
+    {triggers.many, plainRecords<triggers>},   {selectors.many, plainRecords<selectors>},
+    {schedules.many, plainRecords<schedules>}, {ttsItems.many, plainRecords<ttsItems>},
 };
 
 /// The kinds of a page's beginning, in order.
-constexpr const char* pageKinds[] = {"zones",         "sources",  "sinks",     "voices",
-                                     "announcements", "triggers", "selectors", "schedules",
-                                     "locks"};
+constexpr const char* pageKinds[] = {"zones",     "sources",       "sinks",
+                                     "voices",    "announcements", "triggers",
+                                     "selectors", "schedules",     "locks"};
 
 /// A moment of this machine as in ISO 8601.
 std::string utcText(std::time_t moment) {
@@ -211,9 +208,8 @@ Json recordsOf(const std::string& kind, const Services& services, const Caller* 
     if (kind == locks.many) {
         return locksAsJson(services, caller);
     }
-    const auto* const found =
-        std::find_if(std::begin(plainKinds), std::end(plainKinds),
-                     [&](const auto& plain) { return kind == plain.first; });
+    const auto* const found = std::find_if(std::begin(plainKinds), std::end(plainKinds),
+                                           [&](const auto& plain) { return kind == plain.first; });
     return found->second();
 }
 

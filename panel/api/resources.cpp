@@ -1,10 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "panel/api/resources.h"
+
 #include <algorithm>
 
 #include "operating/simulation.h"
 #include "panel/api/outcome.h"
 #include "panel/api/records.h"
-#include "panel/api/resources.h"
 #include "panel/api/routes.h"
 
 namespace papanel {

@@ -30,8 +30,8 @@ std::string titleOf(int id) {
 
 ApiReply put(Services& services, const ScheduleDefinition& schedule, int status) {
     const std::string effect = titleOf(schedule.Id) + " is kept as asked";
-    const Confirmation done = operate(
-        services, effect, [&](const Wait& wait) { return putSchedule(schedule, wait); });
+    const Confirmation done =
+        operate(services, effect, [&](const Wait& wait) { return putSchedule(schedule, wait); });
     return {status, doneAnswer(done, effect, toJson(described(schedule)))};
 }
 
@@ -138,8 +138,9 @@ ApiReply importAll(Services& services, const ApiRequest& request) {
                        "whether " + entry + " is kept is unknown; nothing after it has been sent",
                        counts);
     }
-    return {200, doneAnswer({}, std::to_string(result.imported) + " of " +
-                                    std::to_string(request.body.size()) + " schedules are in",
+    return {200, doneAnswer({},
+                            std::to_string(result.imported) + " of " +
+                                std::to_string(request.body.size()) + " schedules are in",
                             counts)};
 }
 
@@ -153,12 +154,10 @@ Routes scheduleRoutes() {
         {"POST", "/schedules", who, what, "add schedule", answered<addSchedule>},
         {"PUT", "/schedules/{id}", who, what, "change schedule", answered<changeSchedule>},
         {"DELETE", "/schedules/{id}", who, what, "remove schedule", answered<removeOne>},
-        {"POST", "/schedules/runs", Access::Monitor, Effect::Asks, nullptr,
-         answered<runsOfDraft>},
+        {"POST", "/schedules/runs", Access::Monitor, Effect::Asks, nullptr, answered<runsOfDraft>},
         {"GET", "/schedules/{id}/runs", Access::Monitor, Effect::Reads, nullptr,
          answered<runsOfSchedule>},
-        {"GET", "/schedules/export", Access::Monitor, Effect::Reads, nullptr,
-         answered<exportAll>},
+        {"GET", "/schedules/export", Access::Monitor, Effect::Reads, nullptr, answered<exportAll>},
         {"POST", "/schedules/import", who, what, "import schedules", answered<importAll>,
          "application/json", greatestImport},
     };

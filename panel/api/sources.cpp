@@ -7,6 +7,7 @@
 #include "panel/api/records.h"
 #include "panel/api/resources.h"
 #include "panel/api/routes.h"
+#include "panel/events/EventHub.h"
 
 namespace papanel {
 
@@ -30,6 +31,7 @@ ApiReply changeLock(Services& services, const ApiRequest& request, const char* e
     const Confirmation done = operate(services, sentence, [&](const Wait& wait) {
         return (services.locks.*change)(source.id, request.caller, wait);
     });
+    services.events.noteLock(source.id);  // the server reports no other session
     const Json lock = recordOf(lockOf(source.id), services, &request.caller);
     return {200, doneAnswer(done, sentence, {{"lock", lock}})};
 }
@@ -105,9 +107,8 @@ ApiReply setZonesOfSource(Services& services, const ApiRequest& request) {
     const PaSource source = sourceOf(request);
     services.locks.requireFree(source.id, request.caller);
     const Confirmation done =
-        operate(services, titleOf(sources, source) + " has these zones", [&](const Wait& wait) {
-            return changeZones(source, mode, names, wait);
-        });
+        operate(services, titleOf(sources, source) + " has these zones",
+                [&](const Wait& wait) { return changeZones(source, mode, names, wait); });
     return zonesAnswer(source, done);
 }
 

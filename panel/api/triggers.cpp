@@ -5,6 +5,7 @@
 #include "panel/api/outcome.h"
 #include "panel/api/resources.h"
 #include "panel/api/routes.h"
+#include "panel/events/EventHub.h"
 #include "sdk/PAController.h"
 
 namespace papanel {
@@ -35,6 +36,7 @@ ApiReply createTrigger(Services& services, const ApiRequest& request) {
     const int sourceId = findOne(sources, std::to_string(asked.sourceId)).id;
     const int id =
         paoperating::createTrigger(sourceId, asked.priority, asked.preChime, asked.display);
+    services.events.noteTrigger(id);
     return {201, doneAnswer({},
                             "software trigger " + std::to_string(id) + " starts source " +
                                 std::to_string(sourceId),
@@ -45,6 +47,7 @@ ApiReply deleteTrigger(Services& services, const ApiRequest& request) {
     requireConnected(services);
     const PaSWTrigger trigger = triggerOf(request);
     gPaController.deleteSwPaTrigger(trigger.trigger.id);
+    services.events.noteTrigger(trigger.trigger.id);
     return {200, doneAnswer({}, titleOf(softwareTriggers, trigger) + " is deleted",
                             {{"id", trigger.trigger.id}})};
 }
@@ -81,8 +84,7 @@ Routes triggerRoutes() {
     return {
         {"POST", "/triggers", who, what, "create trigger", answered<createTrigger>},
         {"DELETE", "/triggers/{id}", who, what, "delete trigger", answered<deleteTrigger>},
-        {"PUT", "/triggers/{id}/active", who, what, "activate trigger",
-         answered<activateTrigger>},
+        {"PUT", "/triggers/{id}/active", who, what, "activate trigger", answered<activateTrigger>},
         {"DELETE", "/triggers/{id}/active", who, what, "deactivate trigger",
          answered<deactivateTrigger>},
     };

@@ -24,8 +24,7 @@ ChangeKinds pageKinds() {
 
 }  // namespace
 
-EventHub::EventHub()
-    : log_([this] { return snapshotOf(*services_); }), changes_(pageKinds()) {}
+EventHub::EventHub() : log_([this] { return snapshotOf(*services_); }), changes_(pageKinds()) {}
 
 EventHub::~EventHub() {
     stop();
@@ -60,7 +59,8 @@ void EventHub::run() {
     while (!isStopping_) {
         auto limit = awaitsSync_ ? syncTurn : idleTurn;
         if (!pending_.isEmpty()) {
-            const auto left = std::chrono::ceil<std::chrono::milliseconds>(batchDue_ - Clock::now());
+            const auto left =
+                std::chrono::ceil<std::chrono::milliseconds>(batchDue_ - Clock::now());
             limit = std::clamp(left, std::chrono::milliseconds(0), limit);
         }
         if (const ChangePtr change = changes_.next(limit)) {

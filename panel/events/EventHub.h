@@ -66,9 +66,9 @@ private:
     PendingChanges pending_;
     LevelFeeds levels_;
     Clock::time_point batchDue_{};
-    bool isComplete_ = false;   // the caches; changes are published
-    bool wasSynced_ = false;    // in the last status
-    bool awaitsSync_ = false;   // the connection is about to be synced
+    bool isComplete_ = false;  // the caches; changes are published
+    bool wasSynced_ = false;   // in the last status
+    bool awaitsSync_ = false;  // the connection is about to be synced
 
     std::atomic<bool> isStopping_{false};
     std::mutex lock_;

@@ -22,9 +22,7 @@ std::string newEpoch() {
 }  // namespace
 
 EventLog::EventLog(std::function<Json()> snapshot, std::size_t maxBytes)
-    : makeSnapshot_(std::move(snapshot)),
-      maxBytes_(maxBytes),
-      epoch_(newEpoch()) {}
+    : makeSnapshot_(std::move(snapshot)), maxBytes_(maxBytes), epoch_(newEpoch()) {}
 
 void EventLog::add(const std::string& name, const Json& data) {
     const std::lock_guard guard(lock_);
@@ -72,8 +70,8 @@ std::string EventLog::idOf(std::uint64_t number) const {
 EventLog::Text EventLog::textOf(const std::string& id, const std::string& name,
                                 const Json& data) const {
     return std::make_shared<const std::string>(
-        (id.empty() ? "" : "id: " + id + '\n') + "event: " + name + "\ndata: " +
-        data.dump(-1, ' ', false, Json::error_handler_t::replace) + "\n\n");
+        (id.empty() ? "" : "id: " + id + '\n') + "event: " + name +
+        "\ndata: " + data.dump(-1, ' ', false, Json::error_handler_t::replace) + "\n\n");
 }
 
 /// @return 0 when the id is none of this log
@@ -139,8 +137,7 @@ EventLog::Text EventLog::Page::next(std::chrono::milliseconds limit) {
     {
         std::unique_lock guard(log_.lock_);
         log_.changed_.wait_for(guard, limit, [this] {
-            return log_.isStopped_ || lastEvent_ != nullptr || needsSnapshot_ ||
-                   read_ < log_.last_;
+            return log_.isStopped_ || lastEvent_ != nullptr || needsSnapshot_ || read_ < log_.last_;
         });
         const std::uint64_t firstKept = log_.last_ + 1 - log_.events_.size();
         if (log_.isStopped_ || lastEvent_ != nullptr) {

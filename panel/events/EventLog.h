@@ -97,10 +97,10 @@ private:
     mutable std::mutex lock_;
     std::condition_variable changed_;
     // Guarded by lock_.
-    std::deque<Text> events_;   // null for a reset
-    std::uint64_t last_ = 0;    // number of the last one
-    std::size_t bytes_ = 0;     // of all
-    std::uint64_t reset_ = 0;   // number of the last reset
+    std::deque<Text> events_;  // null for a reset
+    std::uint64_t last_ = 0;   // number of the last one
+    std::size_t bytes_ = 0;    // of all
+    std::uint64_t reset_ = 0;  // number of the last reset
     std::uint64_t dropped_ = 0;
     std::set<Page*> pages_;
     bool isStopped_ = false;

@@ -58,7 +58,8 @@ private:
     std::map<int, AnnouncementRequest> announcements_;  // by record number
 
     std::vector<Json> changes_;
-    std::map<std::pair<std::string, std::string>, std::size_t> places_;  // of kind and key in changes_
+    std::map<std::pair<std::string, std::string>, std::size_t>
+        places_;                   // of kind and key in changes_
     std::set<std::string> zones_;  // that have changed
 };
 

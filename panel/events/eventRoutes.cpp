@@ -79,8 +79,8 @@ ApiReply levels(Services& services, const ApiRequest& request) {
             const auto* const reading =
                 change != nullptr ? std::get_if<palink::LevelReading>(change.get()) : nullptr;
             const bool isWanted = reading != nullptr && reading->element == feed.element();
-            return !isWanted ||
-                   writeText("event: level\ndata: " + Json{{"level", reading->level}}.dump() + "\n\n");
+            return !isWanted || writeText("event: level\ndata: " +
+                                          Json{{"level", reading->level}}.dump() + "\n\n");
         });
     });
 }

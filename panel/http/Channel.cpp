@@ -18,8 +18,8 @@ namespace {
 void check(bool isDone, const std::filesystem::path& file) {
     if (!isDone) {
         const char* const reason = ERR_reason_error_string(ERR_get_error());
-        throw std::runtime_error(file.string() + " cannot be used: " +
-                                 (reason != nullptr ? reason : "it is malformed"));
+        throw std::runtime_error(
+            file.string() + " cannot be used: " + (reason != nullptr ? reason : "it is malformed"));
     }
 }
 
@@ -70,11 +70,10 @@ std::size_t Channel::read(char* data, std::size_t size, Deadline deadline) {
 bool Channel::write(const char* data, std::size_t size, Deadline deadline) {
     while (size > 0) {
         const auto transmit = [this, data, size] {
-            return ssl_ != nullptr
-                       ? SSL_write(ssl_.get(), data, limited(size))
-                       : static_cast<int>(send(socket_.number(), data,
-                                               static_cast<std::size_t>(limited(size)),
-                                               MSG_NOSIGNAL));
+            return ssl_ != nullptr ? SSL_write(ssl_.get(), data, limited(size))
+                                   : static_cast<int>(send(socket_.number(), data,
+                                                           static_cast<std::size_t>(limited(size)),
+                                                           MSG_NOSIGNAL));
         };
         const int count = attempt(transmit, POLLOUT, deadline);
         if (count <= 0) {

@@ -32,8 +32,8 @@ std::string lowered(std::string_view text) {
 /// A name of a method or a header.
 bool isToken(std::string_view text) {
     const auto isTokenCharacter = [](char letter) {
-        const bool isAlphanumeric = (letter >= '0' && letter <= '9') ||
-                                    (lowered(letter) >= 'a' && lowered(letter) <= 'z');
+        const bool isAlphanumeric =
+            (letter >= '0' && letter <= '9') || (lowered(letter) >= 'a' && lowered(letter) <= 'z');
         return isAlphanumeric || (letter != '\0' && std::strchr("!#$%&'*+-.^_`|~", letter));
     };
     return !text.empty() && std::all_of(text.begin(), text.end(), isTokenCharacter);

@@ -24,7 +24,8 @@ public:
     /// @param parts  of the path below the API's
     /// @throws ApiError not-found, method-not-allowed with the methods that are in the detail
     ///         "allow"
-    [[nodiscard]] Match find(const std::string& method, const std::vector<std::string>& parts) const;
+    [[nodiscard]] Match find(const std::string& method,
+                             const std::vector<std::string>& parts) const;
 
     [[nodiscard]] const Routes& routes() const { return routes_; }
 

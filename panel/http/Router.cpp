@@ -9,9 +9,9 @@
 #include "panel/api/IdempotencyStore.h"
 #include "panel/audit/AuditTrail.h"
 #include "panel/http/ApiError.h"
-#include "panel/http/pageReply.h"
 #include "panel/http/Target.h"
 #include "panel/http/errorReply.h"
+#include "panel/http/pageReply.h"
 #include "panel/http/requestBody.h"
 
 namespace papanel {
@@ -82,9 +82,9 @@ std::string auditedTarget(const ApiRequest& request) {
 
 /// Calls the handler of an operation, which the audit trail has before it is sent.
 ApiReply operate(Services& services, const Route& route, const ApiRequest& request) {
-    const std::string body =
-        request.bytes.empty() ? auditedRequest(request.body)
-                              : std::to_string(request.bytes.size()) + " bytes";
+    const std::string body = request.bytes.empty()
+                                 ? auditedRequest(request.body)
+                                 : std::to_string(request.bytes.size()) + " bytes";
     const auto row = services.audit.begin({request.caller.user, request.caller.address,
                                            route.operation, auditedTarget(request), body});
     try {
