@@ -11,7 +11,7 @@ function offsetAt(moment, timeZone) {
 }
 
 /// "2026-12-01T06:00" by the clocks of a zone as "2026-12-01T05:00:00.000Z"; empty for no such text.
-/// A time that is skipped is the moment after the gap, one that comes twice the first of them.
+/// A time that is skipped is as if the clocks had not been changed yet, one that comes twice the first.
 export function utcOf(local, timeZone) {
     const wall = Date.parse(`${local}Z`);
     if (Number.isNaN(wall)) {

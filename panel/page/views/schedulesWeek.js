@@ -23,9 +23,9 @@ export function weekView({store, today, open}) {
     const button = (name, label, days) => h('button', {type: 'button', class: 'quiet icon-button week-turn',
         'data-direction': name, 'aria-label': label, on: {click: () => turn(days)}}, icon('up'));
     const element = h('div', {class: 'week-view'},
-        h('div', {class: 'row'}, button('back', t('schedules.weekBefore'), -7), title,
-            button('on', t('schedules.weekAfter'), 7),
-            h('button', {type: 'button', on: {click: () => turn(0)}}, t('schedules.thisWeek'))), grid);
+        h('div', {class: 'row'}, h('div', {class: 'week-turns'}, button('back', t('schedules.weekBefore'), -7), title,
+            button('on', t('schedules.weekAfter'), 7)),
+        h('button', {type: 'button', on: {click: () => turn(0)}}, t('schedules.thisWeek'))), grid);
 
     function event(window) {
         const times = window.every > 0 ? timesText(window.schedule) : clockText(window.from);
