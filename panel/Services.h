@@ -2,6 +2,7 @@
 #pragma once
 
 #include "client/Connection.h"
+#include "panel/Stop.h"
 
 namespace papanel {
 
@@ -10,6 +11,7 @@ class AuditTrail;
 class EventHub;
 class IdempotencyStore;
 class LockKeeper;
+class SentAnnouncements;
 class Sessions;
 class UserFile;
 
@@ -23,6 +25,8 @@ struct Services {
     IdempotencyStore& answers;
     LockKeeper& locks;
     AudioStore& audio;
+    SentAnnouncements& announcements;
+    const Stop& stop;
 };
 
 }  // namespace papanel

@@ -40,6 +40,7 @@ struct ApiRequest {
     std::multimap<std::string, std::string> headers;  ///< names in small letters
     Json body;                                        ///< null without one
     std::string bytes;                                ///< a body that is not JSON
+    bool isEncrypted = false;  ///< on the way from the browser, to this server or to a proxy
     Caller caller;
 
     /// The query parameter, or a default.
