@@ -9,8 +9,13 @@ export function randomId() {
     return Array.from(bytes, (byte) => byte.toString(16).padStart(2, '0')).join('');
 }
 
+let page = null;
+
 /// Names this page among those of its session.
-export const pageId = randomId();
+export function pageId() {
+    page ??= randomId();
+    return page;
+}
 
 /// A refusal. `code` and `text` are the gateway's; `unreachable` is this page's own code for a gateway
 /// that does not answer. `details` has what the error has beside them (`suggestions`, `holder`, ...).
@@ -106,7 +111,7 @@ export class Api {
     }
 
     async #send(method, where, {body, signal, key}, again = false) {
-        const headers = {'X-Page': pageId, 'Accept': 'application/json'};
+        const headers = {'X-Page': pageId(), 'Accept': 'application/json'};
         if (method !== 'GET') {
             headers['X-CSRF-Token'] = this.csrf;
         }

@@ -66,7 +66,7 @@ export function openEventStream(where, {lastId = null, onOpen = () => {}, onEven
         clearTimeout(timer);
         timer = setTimeout(() => end({status: 0, code: 'unreachable'}), longestSilence);
     };
-    const headers = {'Accept': 'text/event-stream', 'X-Page': pageId};
+    const headers = {'Accept': 'text/event-stream', 'X-Page': pageId()};
     if (lastId !== null) {
         headers['Last-Event-ID'] = lastId;
     }

@@ -5,7 +5,7 @@ import {h, set, setText} from './dom.js';
 import {icon} from './icons.js';
 import {hasText, t} from './i18n.js';
 
-const lifetime = 8000;
+const lifetime = 6000;
 const mostToasts = 4;
 
 const polite = h('div', {class: 'visually-hidden', 'aria-live': 'polite'});
@@ -35,9 +35,9 @@ export function announce(text, urgent = false) {
 export function toast(text, kind = 'note', action = null) {
     const remove = () => {
         clearTimeout(timer);
-        toast.remove();
+        box.remove();
     };
-    const toast = h('div', {class: `toast toast-${kind}`},
+    const box = h('div', {class: `toast toast-${kind}`},
         icon({done: 'check', note: 'announce', error: 'warning'}[kind]),
         h('p', {dir: 'auto'}, text),
         action && h('button', {type: 'button', class: 'quiet', on: {click: () => {
@@ -47,7 +47,7 @@ export function toast(text, kind = 'note', action = null) {
         h('button', {type: 'button', class: 'quiet icon-button', 'aria-label': t('messages.close'),
             on: {click: remove}}, icon('close')));
     const timer = kind === 'error' ? null : setTimeout(remove, lifetime);
-    toasts.append(toast);
+    toasts.append(box);
     while (toasts.children.length > mostToasts) {
         toasts.firstChild.remove();
     }

@@ -58,10 +58,7 @@ class Board {
     /// The address names a zone, or none.
     update([zone]) {
         this.#drawer?.close();
-        this.#drawer = zone ? new ZoneDrawer(this.#app, zone, () => {
-            this.#drawer = null;
-            this.#list.focus(zone);
-        }) : null;
+        this.#drawer = zone ? new ZoneDrawer(this.#app, zone, () => this.#list.focus(zone)) : null;
     }
 
     #tools() {

@@ -58,10 +58,8 @@ class Live {
     update([source]) {
         this.#drawer?.close();
         const id = Number(source);
-        this.#drawer = source ? new SourceDrawer(this.#app, this.#locks, id, () => {
-            this.#drawer = null;
-            this.#list.focus(id);
-        }) : null;
+        this.#drawer = id > 0 ? new SourceDrawer(this.#app, this.#locks, id, () => this.#list.focus(id))
+            : null;
     }
 
     #take(changes) {

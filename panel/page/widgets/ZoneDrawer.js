@@ -6,9 +6,10 @@ import {path} from '../api.js';
 import {openDialog} from '../dialogs.js';
 import {h, replace, set, setText} from '../dom.js';
 import {compareNames, utcMoment} from '../format.js';
-import {hasText, t} from '../i18n.js';
+import {t} from '../i18n.js';
 import {icon} from '../icons.js';
 import {attempt} from '../messages.js';
+import {stateText} from '../views/announceActive.js';
 import {partType} from './contentType.js';
 import {healthBadge} from './healthBadge.js';
 import {sinkCard} from './sinkCard.js';
@@ -77,7 +78,8 @@ export class ZoneDrawer {
 
     #fill() {
         const zone = this.#store.get('zones', this.#id);
-        const reason = zone ? this.#app.whyNot() : t('zone.gone');
+        const isLoading = this.#store.link().state === 'loading';
+        const reason = zone || isLoading ? this.#app.whyNot() : t('zone.gone');
         setText(this.#whyNot, reason ?? '');
         set(this.#whyNot, 'hidden', reason === null);
         set(this.#persistent, 'disabled', reason !== null);
@@ -101,10 +103,9 @@ export class ZoneDrawer {
     }
 
     #announcement(one, reason) {
-        const state = `state.${one.stateText.toLowerCase()}`;
         return h('li', {class: 'card row'},
             h('div', {class: 'grow'},
-                h('strong', {dir: 'auto'}, [partType(one), hasText(state) ? t(state) : one.stateText].join(', ')),
+                h('strong', {dir: 'auto'}, [partType(one), stateText(one.stateText)].join(', ')),
                 h('p', {class: 'note', dir: 'auto'}, t('announcement.line', {
                     start: utcMoment(one.startDateTime, this.#store.status?.timeZone),
                     priority: one.priorityText}))),

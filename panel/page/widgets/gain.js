@@ -14,7 +14,7 @@ export function gainControl({min, max, onSet}) {
     let timer = null;
     let isSetting = false;
     const slider = h('input', {type: 'range', min, max, step: '0.5'});
-    const number = h('input', {type: 'number', min, max, step: '0.5', inputmode: 'decimal'});
+    const number = h('input', {type: 'number', min, max, step: '0.1', inputmode: 'decimal'});
 
     const display = (value) => {
         set(slider, 'value', value);
@@ -25,8 +25,9 @@ export function gainControl({min, max, onSet}) {
         clearTimeout(timer);
         timer = null;
         const wanted = number.valueAsNumber;
-        if (!number.checkValidity() && !(wanted >= min && wanted <= max)) {
+        if (!(wanted >= min && wanted <= max)) {
             number.reportValidity();
+            display(level);
             return;
         }
         isSetting = true;
