@@ -109,7 +109,7 @@ CLI::Validator oneOf(const std::vector<std::string>& values) {
     return {check, CLI::detail::generate_set(values)};
 }
 
-void addAudioOptions(CLI::App& app, AudioRequest& audio, const std::string& fileHelp,
+void addAudioOptions(CLI::App& app, paoperating::AudioRequest& audio, const std::string& fileHelp,
                      const std::string& fileType) {
     const auto takeItems = [&audio](const std::string& text) {
         audio.items = parseNumberList(text);

@@ -8,6 +8,8 @@
 #include <string>
 #include <vector>
 
+#include "operating/PlayRequest.h"
+
 /// @file
 /// Options and positional arguments of a command, added to its CLI::App. Values are read strictly:
 /// a text as it is, decimal numbers within limits and nothing after them. What is wrong with a
@@ -83,19 +85,9 @@ CLI::Option* addSwitch(CLI::App& app, bool& value);
 /// The only values of an option. Help and completion list them.
 CLI::Validator oneOf(const std::vector<std::string>& values);
 
-/// The audio part that a command line asks for: items, texts or a file.
-struct AudioRequest {
-    std::vector<unsigned> items;
-    std::optional<int> repeat;  // of the items
-    std::vector<std::string> texts;
-    std::optional<std::string> language;  // of the texts
-    std::optional<std::string> voice;
-    std::optional<std::string> file;
-};
-
 /// Adds the options of an audio part.
 /// @param fileHelp, fileType of the file: where it is differs
-void addAudioOptions(CLI::App& app, AudioRequest& audio, const std::string& fileHelp,
+void addAudioOptions(CLI::App& app, paoperating::AudioRequest& audio, const std::string& fileHelp,
                      const std::string& fileType);
 
 }  // namespace console

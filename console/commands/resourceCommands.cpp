@@ -4,7 +4,7 @@
 
 #include "console/commands/commands.h"
 #include "console/text/resourceTable.h"
-#include "simserver/SimControl.h"
+#include "operating/simulation.h"
 
 namespace console {
 
@@ -39,8 +39,8 @@ std::vector<std::string> allNames() {
 
 // ------------------------------------------------------------------- what no records are sent for
 
-double secondsOf(std::chrono::milliseconds duration) {
-    return std::chrono::duration<double>(duration).count();
+std::string secondsText(const Json& entry) {
+    return valueText(entry["seconds"].get<double>());
 }
 
 /// Lists dictionary items, all of them or the chimes.
@@ -50,9 +50,8 @@ void listItems(const Context& context) {
     TextTable table({onlyChimes ? "CHIME" : "ITEM", "TEXT", "SECONDS"});
     for (const auto& item : context.connected().simControl().contents().dictionary) {
         if (item.chime || !onlyChimes) {
-            const double seconds = secondsOf(item.duration);
-            array.push_back({{"item", item.item}, {"text", item.text}, {"seconds", seconds}});
-            table.addRow({std::to_string(item.item), item.text, valueText(seconds)});
+            array.push_back(paoperating::toJson(item));
+            table.addRow({std::to_string(item.item), item.text, secondsText(array.back())});
         }
     }
     context.write(table, array);
@@ -61,9 +60,9 @@ void listItems(const Context& context) {
 void listRecordings(const Context& context) {
     Json array = Json::array();
     TextTable table({"PATH", "SECONDS"});
-    for (const auto& [path, duration] : context.connected().simControl().contents().recordings) {
-        array.push_back({{"path", path}, {"seconds", secondsOf(duration)}});
-        table.addRow({path, valueText(secondsOf(duration))});
+    for (const auto& recording : context.connected().simControl().contents().recordings) {
+        array.push_back(paoperating::toJson(recording));
+        table.addRow({recording.path, secondsText(array.back())});
     }
     context.write(table, array);
 }

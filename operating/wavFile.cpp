@@ -1,18 +1,24 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "console/files/wavFile.h"
+#include "operating/wavFile.h"
 
 #include <cstdio>
 #include <filesystem>
 #include <sndfile.hh>
 
-#include "console/ExitCode.h"
+#include "util/FileError.h"
 
-namespace console {
+namespace paoperating {
 
 namespace {
 
 constexpr std::pair<int, int> sampleBits[] = {
     {SF_FORMAT_PCM_U8, 8}, {SF_FORMAT_PCM_16, 16}, {SF_FORMAT_PCM_24, 24}, {SF_FORMAT_PCM_32, 32}};
+
+void require(bool holds, const std::string& text) {
+    if (!holds) {
+        throw pautil::FileError(text);
+    }
+}
 
 int bitsOf(int format) {
     for (const auto& [coding, bits] : sampleBits) {
@@ -55,4 +61,4 @@ std::string formatText(const WavFormat& format) {
            (format.bits == 0 ? "" : std::to_string(format.bits) + " bit, ") + seconds;
 }
 
-}  // namespace console
+}  // namespace paoperating

@@ -3,7 +3,7 @@
 
 #include <string>
 
-namespace console {
+namespace paoperating {
 
 /// What a WAV file holds.
 struct WavFormat {
@@ -15,10 +15,10 @@ struct WavFormat {
 
 /// Looks whether a file can be played as a recording.
 /// @return what it holds
-/// @throws Failure when it cannot be read, is not a WAV file or has no sound in it
+/// @throws pautil::FileError when it cannot be read, is not a WAV file or has no sound in it
 WavFormat checkWav(const std::string& path);
 
 /// For example "WAV, 48000 Hz, mono, 16 bit, 1.52 s".
 std::string formatText(const WavFormat& format);
 
-}  // namespace console
+}  // namespace paoperating

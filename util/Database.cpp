@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "simserver/state/Database.h"
+#include "util/Database.h"
 
 #include <sqlite3.h>
 #include <system_error>
 
-namespace simserver {
+namespace pautil {
 
 namespace {
 
@@ -54,6 +54,28 @@ std::string Database::textOf(const char* sql) {
     return statement.step() ? statement.bytes(0) : "";
 }
 
+std::int64_t Database::changes() const {
+    return sqlite3_changes64(database_.get());
+}
+
+void Database::migrate(const std::vector<const char*>& steps) {
+    run("BEGIN EXCLUSIVE");
+    const int found = std::stoi(textOf("PRAGMA user_version"));
+    const int version = static_cast<int>(steps.size());
+    if (found < 0 || found > version) {
+        throw DatabaseFault("it is of version " + std::to_string(found) +
+                            ", this program knows versions up to " + std::to_string(version));
+    }
+    if (found == 0 && textOf("SELECT count(*) FROM sqlite_master") != "0") {
+        throw DatabaseFault("it is the database of another program");
+    }
+    for (auto step = steps.begin() + found; step != steps.end(); ++step) {
+        run(*step);
+    }
+    run(("PRAGMA user_version = " + std::to_string(version)).c_str());
+    run("COMMIT");
+}
+
 void Database::copyFrom(Database& source) {
     sqlite3_backup* const copy =
         sqlite3_backup_init(database_.get(), "main", source.database_.get(), "main");
@@ -80,8 +102,8 @@ Database::Statement::Statement(Database& database, const char* sql)
     statement_.reset(prepared);
 }
 
-Database::Statement& Database::Statement::bind(int place, int value) {
-    check(sqlite3_bind_int(statement_.get(), place + 1, value));
+Database::Statement& Database::Statement::bind(int place, std::int64_t value) {
+    check(sqlite3_bind_int64(statement_.get(), place + 1, value));
     return *this;
 }
 
@@ -105,8 +127,12 @@ bool Database::Statement::step() {
     return result == SQLITE_ROW;
 }
 
-int Database::Statement::integer(int column) const {
-    return sqlite3_column_int(statement_.get(), column);
+std::int64_t Database::Statement::integer(int column) const {
+    return sqlite3_column_int64(statement_.get(), column);
+}
+
+bool Database::Statement::isNull(int column) const {
+    return sqlite3_column_type(statement_.get(), column) == SQLITE_NULL;
 }
 
 std::string Database::Statement::bytes(int column) const {
@@ -121,4 +147,4 @@ void Database::Statement::check(int result) const {
     }
 }
 
-}  // namespace simserver
+}  // namespace pautil

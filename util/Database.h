@@ -1,16 +1,18 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <cstdint>
 #include <filesystem>
 #include <memory>
 #include <stdexcept>
 #include <string>
 #include <string_view>
+#include <vector>
 
 struct sqlite3;
 struct sqlite3_stmt;
 
-namespace simserver {
+namespace pautil {
 
 /// A database call that failed. The message names the cause: of a failed system call the text of
 /// its error, otherwise that of SQLite.
@@ -31,6 +33,14 @@ public:
     /// The first column of a statement's first row, empty for none.
     std::string textOf(const char* sql);
 
+    /// How many rows the last statement has changed.
+    std::int64_t changes() const;
+
+    /// Brings the tables of a new database, and of one of an earlier version, to the version of
+    /// this program, in one transaction.
+    /// @param steps each leads from the version that is its place to the next one
+    void migrate(const std::vector<const char*>& steps);
+
     /// Replaces the whole content by that of another database.
     void copyFrom(Database& source);
 
@@ -40,14 +50,15 @@ public:
         Statement(Database& database, const char* sql);
 
         /// Gives a value to a place; texts and bytes must last until the last step.
-        Statement& bind(int place, int value);
+        Statement& bind(int place, std::int64_t value);
         Statement& bind(int place, const char* text);
         Statement& bind(int place, std::string_view bytes);
 
         /// Steps to the next row, if there is one.
         bool step();
 
-        int integer(int column) const;
+        std::int64_t integer(int column) const;
+        bool isNull(int column) const;
         std::string bytes(int column) const;
 
     private:
@@ -71,4 +82,4 @@ private:
     std::unique_ptr<sqlite3, Close> database_;
 };
 
-}  // namespace simserver
+}  // namespace pautil
