@@ -182,6 +182,7 @@ void bindAnnouncements(py::module_& module) {
             py::arg("timeout") = defaultSeconds, "Has the server cancel it, and waits.");
     module.def(
         "check_message",
+        // NOLINTNEXTLINE(performance-unnecessary-value-param): as for announce
         [](const Zones& zones, const Message message) {
             const WithoutGil withoutGil;
             return paclient::checkMessage(zones, message);

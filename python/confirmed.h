@@ -9,16 +9,32 @@
 #include "client/Announcement.h"
 #include "client/Preview.h"
 #include "client/confirmedOperations.h"
+#include "client/describe.h"
 #include "client/schedules.h"
 #include "python/ServerConnection.h"
 
 /// @file
 /// Confirmed operations as functions of Python.
 
+namespace paclient {
+
+template <>
+struct Members<Confirmation> {
+    template <class Record, class Visit>
+    static void visit(Record& record, Visit& visit) {
+        visit("state", record.state);
+        visit("reason", record.reason);
+        visit("holds", record.holds());
+        visit("isUnknown", record.isUnknown());
+    }
+};
+
+}  // namespace paclient
+
 namespace papython {
 
 /// Results of more than a confirmation are tuples that begin with it.
-inline paclient::Confirmation resultOf(paclient::Confirmation result) {
+inline paclient::Confirmation resultOf(const paclient::Confirmation& result) {
     return result;
 }
 inline auto resultOf(paclient::Activation result) {
@@ -27,7 +43,7 @@ inline auto resultOf(paclient::Activation result) {
 inline auto resultOf(paclient::StoppedRecording result) {
     return std::pair(result.confirmation, std::move(result.path));
 }
-inline auto resultOf(paclient::NewSchedule result) {
+inline auto resultOf(const paclient::NewSchedule& result) {
     return std::pair(result.confirmation, result.id);
 }
 inline auto resultOf(paclient::RenderedPreview result) {

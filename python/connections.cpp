@@ -137,7 +137,7 @@ void check(const paserver::ServerChoice& choice) {
 std::shared_ptr<ServerConnection> connect(const paserver::ServerChoice& choice,
                                           const Timeout& timeout) {
     check(choice);
-    const auto made = [&choice] {
+    auto made = [&choice] {
         const WithoutGil withoutGil;
         return std::make_shared<ServerConnection>(choice);
     }();

@@ -13,21 +13,6 @@
 #include "python/recordClass.h"
 #include "sdk/PAController.h"
 
-namespace paclient {
-
-template <>
-struct Members<Confirmation> {
-    template <class Record, class Visit>
-    static void visit(Record& record, Visit& visit) {
-        visit("state", record.state);
-        visit("reason", record.reason);
-        visit("holds", record.holds());
-        visit("isUnknown", record.isUnknown());
-    }
-};
-
-}  // namespace paclient
-
 namespace papython {
 
 namespace {
