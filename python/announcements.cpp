@@ -181,6 +181,8 @@ void bindAnnouncements(py::module_& module) {
             py::arg("timeout") = defaultSeconds, "Has the server cancel it, and waits.");
     module.def(
         "check_message",
+        // A copy: other threads may change the message meanwhile.
+        // NOLINTNEXTLINE(performance-unnecessary-value-param)
         [](const Zones& zones, const Message message) {
             const WithoutGil withoutGil;
             return paclient::checkMessage(zones, message);

@@ -46,7 +46,7 @@ auto resultOf(paclient::Activation result) {
 auto resultOf(paclient::StoppedRecording result) {
     return std::pair(result.confirmation, std::move(result.path));
 }
-auto resultOf(paclient::NewSchedule result) {
+auto resultOf(const paclient::NewSchedule& result) {
     return std::pair(result.confirmation, result.id);
 }
 auto resultOf(paclient::RenderedPreview result) {
