@@ -162,9 +162,10 @@ def shell_table(root, name):
     return words, values
 
 
-# Finds the command that the words before the cursor name, or the option whose value comes next.
+# Finds the command that the words before the cursor name, or the option whose value comes next; and
+# what is offered there: options where there is nothing else, or after a dash.
 WALK = """
-local place=%(name)s value="" word i
+local place=%(name)s value="" word offered i
 for ((i = 1; i < last; i++)); do
     word=${line[i]}
     if [ -n "$value" ]; then
@@ -175,6 +176,12 @@ for ((i = 1; i < last; i++)); do
         place="$place $word"
     fi
 done
+word=${line[last]-}
+offered=${words_of[$place]-}
+case $word${offered%%%% -*} in
+    -*) ;;
+    *) offered=${offered%%%% -*} ;;
+esac
 """
 BASH = """
 # Completion of the command line of %(name)s, made from its help.
@@ -187,12 +194,11 @@ local -A value_of=(
 )
 local line=("${COMP_WORDS[@]}") last=$COMP_CWORD
 %(walk)s
-word=${line[last]-}
 case $value in
     @files) compopt -o filenames; mapfile -t COMPREPLY < <(compgen -f -- "$word") ;;
     @text) COMPREPLY=() ;;
     ?*) mapfile -t COMPREPLY < <(compgen -W "$value" -- "$word") ;;
-    *) mapfile -t COMPREPLY < <(compgen -W "${words_of[$place]-}" -- "$word") ;;
+    *) mapfile -t COMPREPLY < <(compgen -W "$offered" -- "$word") ;;
 esac
 }
 complete -F _%(name)s %(name)s
@@ -215,7 +221,7 @@ case $value in
     @files) _files ;;
     @text) _message 'a value' ;;
     ?*) compadd -- ${(s: :)value} ;;
-    *) compadd -- ${(s: :)${words_of[$place]-}} ;;
+    *) compadd -- ${(s: :)offered} ;;
 esac
 """
 

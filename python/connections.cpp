@@ -1,90 +1,91 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <algorithm>
-#include <atomic>
 #include <filesystem>
 #include <map>
 #include <memory>
+#include <mutex>
 #include <optional>
 #include <pybind11/pybind11.h>
 #include <pybind11/stl.h>
 #include <pybind11/stl/filesystem.h>
-#include <shared_mutex>
 #include <stdexcept>
 #include <string>
 #include <vector>
 
-#include "client/Connection.h"
-#include "framework/fork.h"
-#include "paserver/ServerChoice.h"
+#include "client/StationClock.h"
+#include "client/records.h"
+#include "framework/log.h"
+#include "framework/shared.h"
+#include "python/ServerConnection.h"
 #include "python/binding.h"
-#include "python/values.h"
-#include "python/waiting.h"
+#include "python/recordClass.h"
+#include "sdk/globals.h"
+
+namespace paclient {
+
+template <>
+struct Members<StationClock> {
+    template <class Record, class Visit>
+    static void visit(Record& record, Visit& visit) {
+        visit("now", record.now());
+        visit("timeZone", record.timeZone());
+        visit("speed", record.speed());
+    }
+};
+
+}  // namespace paclient
 
 namespace papython {
 
 namespace {
 
-/// A way to a server and the connection over it, until it is closed. Every function may be called
-/// from any thread of Python.
-class ServerConnection {
-public:
-    explicit ServerConnection(const paserver::ServerChoice& choice)
-        : way_(new Way{paserver::openServer(choice, "PUBLICADDRESS", [this] {
-              return isClosing_ || WithoutGil::isCallerInterrupted();
-          })}) {}
-
-    ~ServerConnection() { close(); }
-
-    /// Calls a function with the connection, which is not closed meanwhile.
-    /// @throws NotConnected when it is closed, also by `wait.whileWaiting`
-    template <class Call>
-    auto use(const Timeout& timeout, Call call) {
-        return waiting(timeout, [&](paclient::Wait wait) {
-            const std::shared_lock guard(lock_);
-            requireOpen();
-            wait.whileWaiting = [this, interrupt = wait.whileWaiting](auto waited) {
-                requireOpen();
-                interrupt(waited);
-            };
-            return call(way_->connection, wait);
-        });
-    }
-
-    /// In a child of fork() the parent's connection is left as it is.
-    void close() {
-        if (process_ != pa::forkGeneration()) {
-            (void)way_.release();
-            return;
-        }
-        isClosing_ = true;
-        const WithoutGil withoutGil;
-        const std::unique_lock guard(lock_);
-        way_.reset();
-    }
-
-private:
-    struct Way {
-        const std::unique_ptr<paclient::Endpoint> endpoint;
-        paclient::Connection connection{*endpoint};
-    };
-
-    void requireOpen() const {
-        if (isClosing_ || process_ != pa::forkGeneration()) {
-            throw paclient::NotConnected("the connection is closed");
-        }
-    }
-
-    const unsigned process_ = pa::forkGeneration();
-    std::atomic<bool> isClosing_{false};
-    std::shared_mutex lock_;    // held exclusively while the way ends
-    std::unique_ptr<Way> way_;  // null when it is closed
-};
-
-/// Those that may be open, to be closed before the interpreter ends.
+/// Those that may be open, to be closed before the interpreter ends. Guarded by its
+/// lock.
 std::vector<std::weak_ptr<ServerConnection>>& connections() {
     static auto& instance = *new std::vector<std::weak_ptr<ServerConnection>>;
     return instance;
 }
+
+}  // namespace
+
+ServerConnection::ServerConnection(const paserver::ServerChoice& choice)
+    : way_(new Way{paserver::openServer(choice, "PUBLICADDRESS", [this] {
+          return isClosing_ || WithoutGil::isCallerInterrupted();
+      })}) {}
+
+void ServerConnection::close() {
+    if (process_ != pa::forkGeneration()) {
+        (void)way_.release();
+        return;
+    }
+    isClosing_ = true;
+    const WithoutGil withoutGil;
+    const std::unique_lock guard(lock_);
+    way_.reset();
+}
+
+bool ServerConnection::isOpen() const {
+    return !isClosing_ && process_ == pa::forkGeneration();
+}
+
+void ServerConnection::requireOpen() const {
+    if (!isOpen()) {
+        throw paclient::NotConnected("the connection is closed");
+    }
+}
+
+void requireConnection() {
+    const auto& all = connections();
+    const bool isAny = std::any_of(all.begin(), all.end(), [](const auto& each) {
+        const auto connection = each.lock();
+        return connection != nullptr && connection->isOpen();
+    });
+    if (!isAny) {
+        throw paclient::NotConnected("there is no connection");
+    }
+}
+
+namespace {
 
 void add(const std::shared_ptr<ServerConnection>& connection) {
     auto& all = connections();
@@ -94,15 +95,52 @@ void add(const std::shared_ptr<ServerConnection>& connection) {
     all.push_back(connection);
 }
 
-std::shared_ptr<ServerConnection> connect(const paserver::ServerChoice& choice,
-                                          const Timeout& timeout) {
+std::optional<paclient::DateTime> clockOf(const std::string& text) {
+    if (text.empty()) {
+        return std::nullopt;
+    }
+    const paclient::DateTime clock = paclient::parseDateTime(text);
+    if (!clock.date || !clock.time) {
+        throw std::invalid_argument("'" + text + "' is not a date and a time");
+    }
+    return clock;
+}
+
+/// @throws std::invalid_argument when the choice is none, or one that cannot be
+void check(const paserver::ServerChoice& choice) {
+    const paserver::ServerChoice blank;
     if (choice.broker.empty() == choice.scenario.empty()) {
         throw std::invalid_argument("either a broker or a scenario is needed");
+    }
+    const bool isOfBroker = choice.dstNo || choice.indirect || choice.localDstNo != 0 ||
+                            !choice.credentials.empty() || !choice.caFile.empty() ||
+                            !choice.certificateFile.empty() || !choice.keyFile.empty();
+    const bool isSimulated = choice.speed != blank.speed || !choice.spool.empty() ||
+                             !choice.state.empty() || choice.clock;
+    if (isOfBroker && choice.broker.empty()) {
+        throw std::invalid_argument("an option of a broker is given with a scenario");
+    }
+    if (isSimulated && choice.scenario.empty()) {
+        throw std::invalid_argument("an option of a simulated server is given with a broker");
+    }
+    if (!(choice.speed >= 1e-3 && choice.speed <= 1e6)) {
+        throw std::invalid_argument("the speed is from 0.001 to 1000000");
+    }
+    if (choice.broker.find('\0') != std::string::npos) {
+        throw std::invalid_argument("the broker's address has a NUL character");
     }
     if (!choice.broker.empty()) {
         paserver::checkBrokerUrl(choice.broker);
     }
-    auto made = std::make_shared<ServerConnection>(choice);
+}
+
+std::shared_ptr<ServerConnection> connect(const paserver::ServerChoice& choice,
+                                          const Timeout& timeout) {
+    check(choice);
+    auto made = [&choice] {
+        const WithoutGil withoutGil;
+        return std::make_shared<ServerConnection>(choice);
+    }();
     add(made);
     made->use(timeout, [](paclient::Connection& connection, const paclient::Wait& wait) {
         connection.open(wait);
@@ -134,6 +172,10 @@ void bindConnection(py::module_& module) {
     using Path = std::optional<std::filesystem::path>;
     using paclient::Connection;
     using paclient::Wait;
+    recordClass<paclient::LinkReport>(module, "LinkReport",
+                                      "How the way to a server on a broker is doing.");
+    recordClass<paclient::StationClock>(module, "StationClock",
+                                        "A clock that runs: `now` is in seconds since 1970 UTC.");
     py::class_<ServerConnection, std::shared_ptr<ServerConnection>>(
         module, "Connection",
         "The connection of this process to an audio server: one on a broker, or a simulated one "
@@ -142,7 +184,7 @@ void bindConnection(py::module_& module) {
                          int localNumber, const Path& credentials, const Path& caFile,
                          const Path& certificateFile, const Path& keyFile, const Path& scenario,
                          double speed, const Path& spool, const Path& state,
-                         const Timeout& timeout) {
+                         const std::string& clock, const Timeout& timeout) {
                  paserver::ServerChoice choice;
                  choice.broker = broker;
                  choice.dstNo = number;
@@ -156,6 +198,7 @@ void bindConnection(py::module_& module) {
                  choice.speed = speed;
                  choice.spool = spool.value_or("");
                  choice.state = state.value_or("");
+                 choice.clock = clockOf(clock);
                  return connect(choice, timeout);
              }),
              py::kw_only(), py::arg("broker") = "", py::arg("dst_no") = py::none(),
@@ -163,7 +206,7 @@ void bindConnection(py::module_& module) {
              py::arg("credentials") = py::none(), py::arg("ca_file") = py::none(),
              py::arg("certificate_file") = py::none(), py::arg("key_file") = py::none(),
              py::arg("scenario") = py::none(), py::arg("speed") = 1.0,
-             py::arg("spool") = py::none(), py::arg("state") = py::none(),
+             py::arg("spool") = py::none(), py::arg("state") = py::none(), py::arg("clock") = "",
              py::arg("timeout") = defaultSeconds)
         .def("close", &ServerConnection::close, "Ends it; what uses it raises NotConnected.")
         .def("__enter__", [](const py::object& self) { return self; })
@@ -201,7 +244,23 @@ void bindConnection(py::module_& module) {
                     return textsOf(connection.serverInfo());
                 }));
             },
-            "What the server reports of itself.");
+            "What the server reports of itself.")
+        .def(
+            "link_report",
+            [](ServerConnection& self) {
+                return self.use(0, [](Connection& connection, const Wait& /*wait*/) {
+                    return connection.endpoint().report();
+                });
+            },
+            "How the way to a server on a broker is doing; None of one in the process.");
+    module.def(
+        "active_dst_no", [] { return pa::load(gActiveAudioServerDstNo); },
+        "The number of the active server.");
+    module.def("station_clock", paclient::stationClock,
+               "The clock of the station; that of this machine before the first connection.");
+    module.def(
+        "set_debug_level", [](long level) { pa::store(debugLevel, level); }, py::arg("level"),
+        "Has the library write its log to stderr: 0 errors only, up to 3.");
     py::module_::import("atexit").attr("register")(py::cpp_function(exit));
 }
 
