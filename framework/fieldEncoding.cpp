@@ -38,7 +38,9 @@ bool removeEscapes(std::string& text, std::size_t from) {
 void pa::appendEncoded(std::string& out, std::string_view text, unsigned depth) {
     // Each encoding doubles the backslashes of the one inside and adds one for the character.
     const std::size_t backslashes = (std::size_t{1} << depth) - 1;
-    if (backslashes == 0) {
+    constexpr std::size_t shortest = 16;  // that is searched faster than it is read by characters
+    const auto has = [text](char c) { return text.find(c) != std::string_view::npos; };
+    if (text.size() >= shortest && !has('"') && !has('\\')) {
         out += text;
         return;
     }

@@ -65,10 +65,10 @@ struct Side {
             text += cache;
         }
         for (const auto& [resource, course] : std::exchange(notes.courses, {})) {
-            text += resource + " " + course + "\n";
+            text.append(resource).append(" ").append(course).append("\n");
         }
         for (const auto& [event, count] : events) {
-            text += event + " x " + std::to_string(count) + "\n";
+            text.append(event).append(" x ").append(std::to_string(count)).append("\n");
         }
         return text;
     }

@@ -94,6 +94,8 @@ public:
     friend bool operator==(const RecordFields& a, const RecordFields& b);
 
 private:
+    friend class RecordList;
+
     using End = std::uint32_t;
 
     std::size_t textsBegin() const { return mostFields_ * sizeof(End); }
