@@ -58,7 +58,7 @@ test('a connection that is lost for a moment, and a gateway that is started agai
 
     await noteStates(page);
     await panel.program.stop();
-    await page.getByText(/This page has had no connection to the panel since/).waitFor();
+    await page.locator('.banner', {hasText: 'This page has had no connection to the panel since'}).waitFor();
     const again = await startPanel(scenario, panel.url.replace('http://', ''));
     assert.ok((await states(page, 'synced')).includes('gateway-away'));
     await page.getByText('Car 2/Bistro').first().waitFor();
