@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <arpa/inet.h>
+#include <cstring>
 #include <gtest/gtest.h>
 #include <httplib.h>
-#include <cstring>
 #include <list>
 #include <sys/socket.h>
 #include <unistd.h>
@@ -118,8 +118,9 @@ TEST(Http, findsRoutes) {
 TEST(Http, keepsConnectionsAndAnswersInOrder) {
     const HttpServer server(quickSettings(), echo);
     const RawClient client(server.port());
-    client.send("POST /1 HTTP/1.1\r\nHost: x\r\nContent-Length: 3\r\n\r\nabcHEAD /2 HTTP/1.1\r\n"
-                "Host: x\r\n\r\nGET /3 HTTP/1.1\r\nHost: x\r\nConnection: close\r\n\r\n");
+    client.send(
+        "POST /1 HTTP/1.1\r\nHost: x\r\nContent-Length: 3\r\n\r\nabcHEAD /2 HTTP/1.1\r\n"
+        "Host: x\r\n\r\nGET /3 HTTP/1.1\r\nHost: x\r\nConnection: close\r\n\r\n");
     const std::string answers = client.receive();
     const std::size_t third = answers.find(R"({"target":"/3","body":""})");
     EXPECT_NE(answers.find(R"({"target":"/1","body":"abc"}HTTP/1.1 200)"), std::string::npos);
