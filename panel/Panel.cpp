@@ -38,7 +38,8 @@ std::string hostInLink(const std::string& host) {
     return host.find(':') == std::string::npos ? host : '[' + host + ']';
 }
 
-RouterSettings routerSettings(const PanelSettings& settings, const paclient::Connection& connection) {
+RouterSettings routerSettings(const PanelSettings& settings,
+                              const paclient::Connection& connection) {
     RouterSettings router;
     router.isEncrypted = settings.isEncrypted;
     if (settings.isBehindProxy) {
@@ -94,8 +95,8 @@ struct Panel::Parts {
     LockKeeper locks;
     SentAnnouncements announcements;
     EventHub events;
-    Services services{connection, events, sessions, users.get(), audit, answers,
-                      locks,      audio,  announcements, stop};
+    Services services{connection, events, sessions, users.get(),   audit,
+                      answers,    locks,  audio,    announcements, stop};
     Router router;
     std::string url;
     std::unique_ptr<HttpServer> http;  // the last one: its threads use all others
