@@ -3,7 +3,7 @@
 
 import {path} from '../api.js';
 import {openDialog} from '../dialogs.js';
-import {h, replace, set, setText} from '../dom.js';
+import {h, replace, set} from '../dom.js';
 import {compareNames} from '../format.js';
 import {t} from '../i18n.js';
 import {icon} from '../icons.js';

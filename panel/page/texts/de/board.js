@@ -9,7 +9,7 @@ export default {
     'board.all': 'Alle {n}',
     'board.busy': 'Belegt {n}',
     'board.faulty': 'Gestört {n}',
-    'board.noGroup': 'Andere Zonen',
+    'zone.otherGroup': 'Andere Zonen',
     'zone.idle': 'Frei',
     'zone.plays': 'Spielt: {what}',
     'zone.faulty': '{n} von {total} Ausgängen gestört',

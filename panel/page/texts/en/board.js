@@ -9,7 +9,7 @@ export default {
     'board.all': 'All {n}',
     'board.busy': 'Busy {n}',
     'board.faulty': 'Faulty {n}',
-    'board.noGroup': 'Other zones',
+    'zone.otherGroup': 'Other zones',
     'zone.idle': 'Idle',
     'zone.plays': 'Plays: {what}',
     'zone.faulty': '{n} of {total} sinks faulty',
