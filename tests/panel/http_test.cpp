@@ -8,6 +8,7 @@
 #include "panel/http/HttpServer.h"
 #include "panel/http/RouteTable.h"
 #include "panel/http/Target.h"
+#include "panel/http/byteRange.h"
 #include "tests/panel/RawClient.h"
 #include "tests/support/TestFolder.h"
 #include "tests/support/tables.h"
@@ -78,6 +79,20 @@ TEST(Http, findsRoutes) {
             return error.status == 405 ? "only " + error.details["allow"].get<std::string>()
                                        : error.what();
         }
+    });
+}
+
+TEST(Http, servesParts) {
+    expectTable([](const std::string& range) {
+        RequestHead head;
+        head.method = "GET";
+        head.headers = {{"range", range}};
+        ApiReply reply;
+        reply.bytes = "0123456789";
+        applyRange(head, reply);
+        const auto& [name, value] = reply.headers.back();
+        return std::to_string(reply.status) + ' ' + reply.bytes +
+               (name == "Content-Range" ? ", " + value : "");
     });
 }
 
