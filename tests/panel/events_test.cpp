@@ -16,7 +16,11 @@ struct CountingLog {
     EventLog log;
 
     explicit CountingLog(std::size_t maxBytes = EventLog::defaultMaxBytes)
-        : log([this] { return EventLog::Json{{"n", ++snapshots}}; }, maxBytes) {}
+        : log(
+              [this] {
+                  return EventLog::Json{{"n", ++snapshots}};
+              },
+              maxBytes) {}
 
     void addNumber(int number) { log.add("changes", {{"number", number}}); }
 };
