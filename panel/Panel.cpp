@@ -60,12 +60,14 @@ RouterSettings routerSettings(const PanelSettings& settings,
 }  // namespace
 
 struct Panel::Parts {
-    explicit Parts(const PanelSettings& settings)
+    Parts(const PanelSettings& settings, std::unique_ptr<paclient::Endpoint> server)
         : users(usersOf(settings)),
           audit(settings.audit, settings.auditDays),
           sessions(users.get()),
-          endpoint(paserver::openServer(settings.server, "PAPANEL",
-                                        [this] { return stop.isRequested(); })),
+          endpoint(server != nullptr
+                       ? std::move(server)
+                       : paserver::openServer(settings.server, "PAPANEL",
+                                              [this] { return stop.isRequested(); })),
           connection(*endpoint),
           router(services, allRoutes(), routerSettings(settings, connection)) {
         sessions.onEnd([this](const std::string& id, const std::string& reason) {
@@ -102,7 +104,10 @@ struct Panel::Parts {
     std::unique_ptr<HttpServer> http;  // the last one: its threads use all others
 };
 
-Panel::Panel(const PanelSettings& settings) : parts_(std::make_unique<Parts>(settings)) {}
+Panel::Panel(const PanelSettings& settings) : Panel(settings, nullptr) {}
+
+Panel::Panel(const PanelSettings& settings, std::unique_ptr<paclient::Endpoint> endpoint)
+    : parts_(std::make_unique<Parts>(settings, std::move(endpoint))) {}
 
 Panel::~Panel() {
     requestStop();

@@ -28,6 +28,8 @@ public:
     /// Serves from then on; connects to the audio server meanwhile.
     /// @throws std::exception with a text for people when a file or an address cannot be used
     explicit Panel(const PanelSettings& settings);
+    /// The same at a server that is there.
+    Panel(const PanelSettings& settings, std::unique_ptr<paclient::Endpoint> endpoint);
     Panel(const Panel&) = delete;
     Panel& operator=(const Panel&) = delete;
     /// Stops, and waits until no request is being answered.

@@ -1,59 +1,21 @@
 // SPDX-License-Identifier: Apache-2.0
-#include <arpa/inet.h>
 #include <cstring>
 #include <gtest/gtest.h>
 #include <httplib.h>
 #include <list>
-#include <sys/socket.h>
-#include <unistd.h>
 
 #include "panel/http/ApiError.h"
 #include "panel/http/HttpServer.h"
 #include "panel/http/RouteTable.h"
 #include "panel/http/Target.h"
+#include "panel/http/byteRange.h"
+#include "tests/panel/RawClient.h"
 #include "tests/support/TestFolder.h"
 #include "tests/support/tables.h"
-#include "util/Descriptor.h"
 
 using namespace papanel;
 
 namespace {
-
-/// A connection that sends what a test wants.
-class RawClient {
-public:
-    explicit RawClient(int port) : socket_(::socket(AF_INET, SOCK_STREAM, 0)) {
-        sockaddr_in address{};
-        address.sin_family = AF_INET;
-        address.sin_port = htons(static_cast<uint16_t>(port));
-        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-        const timeval limit{20, 0};  // of a test that fails
-        setsockopt(socket_.number(), SOL_SOCKET, SO_RCVTIMEO, &limit, sizeof(limit));
-        EXPECT_EQ(connect(socket_.number(), reinterpret_cast<sockaddr*>(&address), sizeof(address)),
-                  0);
-    }
-
-    void send(const std::string& text) const {
-        ::send(socket_.number(), text.data(), text.size(), MSG_NOSIGNAL);
-    }
-
-    /// Receives until the text has come or the server ends the connection.
-    std::string receive(const std::string& until = "") const {
-        std::string text;
-        char bytes[4096];
-        while (until.empty() || text.find(until) == std::string::npos) {
-            const ssize_t count = recv(socket_.number(), bytes, sizeof(bytes), 0);
-            if (count <= 0) {
-                break;
-            }
-            text.append(bytes, static_cast<std::size_t>(count));
-        }
-        return text;
-    }
-
-private:
-    const pautil::Descriptor socket_;
-};
 
 constexpr const char* get = "GET /a HTTP/1.1\r\nHost: x\r\n\r\n";
 
@@ -117,6 +79,20 @@ TEST(Http, findsRoutes) {
             return error.status == 405 ? "only " + error.details["allow"].get<std::string>()
                                        : error.what();
         }
+    });
+}
+
+TEST(Http, servesParts) {
+    expectTable([](const std::string& range) {
+        RequestHead head;
+        head.method = "GET";
+        head.headers = {{"range", range}};
+        ApiReply reply;
+        reply.bytes = "0123456789";
+        applyRange(head, reply);
+        const auto& [name, value] = reply.headers.back();
+        return std::to_string(reply.status) + ' ' + reply.bytes +
+               (name == "Content-Range" ? ", " + value : "");
     });
 }
 
