@@ -10,6 +10,7 @@
 #include "panel/api/Body.h"
 #include "panel/api/SentAnnouncements.h"
 #include "panel/api/outcome.h"
+#include "panel/api/records.h"
 #include "panel/api/resources.h"
 #include "panel/api/routes.h"
 
@@ -92,7 +93,7 @@ Json jsonOf(const Announcement::Part& part) {
                  {"state", nameOf(part.state)},
                  {"reason", part.reason},
                  {"isOver", part.isOver}};
-    json.update(toJson(part.record));
+    json.update(recordOf(part.record));
     return json;
 }
 

@@ -6,6 +6,7 @@
 #include "client/confirmedOperations.h"
 #include "client/resources.h"
 #include "client/scheduleJson.h"
+#include "panel/api/contentText.h"
 #include "panel/api/records.h"
 #include "tests/panel/apiFixture.h"
 #include "tests/support/schedules.h"
@@ -116,6 +117,18 @@ TEST(ZoneSinksTest, KnowsThoseOfSubZones) {
     EXPECT_EQ(sinks.of("A"), (Ids{1, 3}));
     EXPECT_EQ(sinks.remove(1), (Names{"A", "A/B"}));
     EXPECT_EQ(sinks.of("A/B"), (Ids{3}));
+}
+
+/// Of "TYPE MESSAGECONTENT".
+TEST(ContentText, IsForPeople) {
+    expectTable([](const std::string& given) {
+        AnnouncementRequest record;
+        const auto type = static_cast<Message::Type>(std::stoi(given));
+        record.setAudioMessageType(type == Message::DISPLAY_TEMPLATE ? Message::NONE : type);
+        record.setVisualMessageType(type == Message::DISPLAY_TEMPLATE ? type : Message::NONE);
+        record.messageContent = given;
+        return contentText(record);
+    });
 }
 
 // ------------------------------------------------------------------------------------------ locks
