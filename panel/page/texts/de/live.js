@@ -5,7 +5,6 @@ export default {
     'live.list': 'Quellen',
     'live.search': 'Quellen suchen',
     'live.toList': 'Zu den Quellen',
-    'live.noLocation': 'Ohne Ort',
     'lock.title': 'Belegung',
     'lock.free': 'Frei',
     'lock.here': 'Von Ihnen belegt',

@@ -5,7 +5,6 @@ export default {
     'live.list': 'Sources',
     'live.search': 'Search sources',
     'live.toList': 'To the sources',
-    'live.noLocation': 'Without a location',
     'lock.title': 'Lock',
     'lock.free': 'Free',
     'lock.here': 'Held by you',
