@@ -30,7 +30,7 @@ export default {
     'source.detachAll': 'Alle trennen',
     'source.zonesDone': 'Die Zonen der Quelle sind geändert.',
     'source.gain': 'Eingangspegel',
-    'source.gone': 'Der Audioserver meldet diese Quelle nicht mehr.',
+    'source.unreported': 'Der Audioserver meldet diese Quelle nicht mehr.',
     'level.title': 'Aussteuerung',
     'level.display': 'Aussteuerung anzeigen',
     'level.none': 'Kein Messwert',

@@ -30,7 +30,7 @@ export default {
     'source.detachAll': 'Detach all',
     'source.zonesDone': 'The zones of the source are changed.',
     'source.gain': 'Input gain',
-    'source.gone': 'The audio server does not report this source any more.',
+    'source.unreported': 'The audio server does not report this source any more.',
     'level.title': 'Level',
     'level.display': 'Display the level',
     'level.none': 'No reading',
