@@ -92,7 +92,7 @@ export class SourceDrawer {
     fill() {
         const source = this.#app.store.get('sources', this.#id);
         const reason = source || this.#app.store.link().state === 'loading' ? this.#app.whyNot()
-            : t('source.gone');
+            : t('source.unreported');
         setText(this.#whyNot, reason ?? '');
         set(this.#whyNot, 'hidden', reason === null);
         const heldBy = this.#locks.heldBy(this.#id);

@@ -15,7 +15,7 @@ export function sourceZones(app, id) {
     let zones = [];
     let whyNot = null;
     let readings = 0;
-    const list = h('ul', {class: 'chips', 'aria-label': t('source.zones')});
+    const list = h('ul', {class: 'source-zones', 'aria-label': t('source.zones')});
     const none = h('p', {class: 'note'}, t('source.noZones'));
     const choose = h('button', {type: 'button', on: {click: () => pick()}}, icon('edit'),
         t('source.chooseZones'));

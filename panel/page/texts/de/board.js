@@ -18,7 +18,7 @@ export default {
     'zone.announce': 'Hier ansagen',
     'zone.sinks': 'Ausgänge der Zone',
     'zone.sinkCount': {one: '{n} Ausgang', other: '{n} Ausgänge'},
-    'zone.gone': 'Der Audioserver meldet diese Zone nicht mehr.',
+    'zone.unreported': 'Der Audioserver meldet diese Zone nicht mehr.',
     'announcement.line': 'Seit {start}, Priorität {priority}',
     'announcement.cancel': 'Abbrechen',
     'announcement.cancelled': 'Die Ansage ist abgebrochen.',

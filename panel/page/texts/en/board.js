@@ -18,7 +18,7 @@ export default {
     'zone.announce': 'Announce here',
     'zone.sinks': 'Sinks of the zone',
     'zone.sinkCount': {one: '{n} sink', other: '{n} sinks'},
-    'zone.gone': 'The audio server does not report this zone any more.',
+    'zone.unreported': 'The audio server does not report this zone any more.',
     'announcement.line': 'Since {start}, priority {priority}',
     'announcement.cancel': 'Cancel',
     'announcement.cancelled': 'The announcement is cancelled.',
