@@ -47,10 +47,10 @@ ApiReply pageReply(const RequestHead& head, const std::string& path) {
     ApiReply reply;
     const std::string tag = '"' + std::string(file->tag) + '"';
     reply.headers = {{"ETag", tag}, {"Cache-Control", "no-cache"}};
+    reply.contentType = typeOf(file->path);  // also of a 304: its policy replaces the stored one
     if (head.hasWord("if-none-match", tag)) {
         reply.status = 304;
     } else {
-        reply.contentType = typeOf(file->path);
         reply.bytes = file->content;
     }
     return reply;

@@ -100,10 +100,14 @@ export class Store {
         this.close();
         this.#close = openEventStream('/events', {
             lastId: this.#lastId,
-            onOpen: () => { this.#attempts = 0; },
+            onOpen: () => this.#isThere(),
             onEvent: (name, data, id) => this.#handle(name, JSON.parse(data), id),
             onEnd: (problem) => this.#reopen(problem),
         });
+    }
+
+    get isOpen() {
+        return this.#close !== null;
     }
 
     close() {
@@ -126,15 +130,18 @@ export class Store {
         this.#timer = setTimeout(() => this.open(), pause * (0.5 + Math.random()));
     }
 
+    /// The gateway has answered; what was missed follows, if there is anything.
+    #isThere() {
+        this.#attempts = 0;
+        this.#gatewayAwaySince = null;
+        this.#mark('status', null);
+    }
+
     #handle(name, data, id) {
         if (name === 'session') {
             this.close();
             this.onSessionEnd(data.ends);
             return;
-        }
-        if (this.#gatewayAwaySince !== null) {
-            this.#gatewayAwaySince = null;
-            this.#mark('status', null);
         }
         if (name === 'snapshot') {
             this.#setStatus(data.status);

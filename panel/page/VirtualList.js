@@ -1,25 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 // A list whose rows out of sight are not in the document. Cells are made once, moved and filled again.
 
+import {ListLayout, gap, isHeading} from './ListLayout.js';
 import {h, set, setText} from './dom.js';
 
 const overscan = 240;  // pixels
-const gap = 8;
-
-/// The first index whose value is above a limit, of a list that only grows.
-function firstAbove(values, limit) {
-    let low = 0;
-    let high = values.length;
-    while (low < high) {
-        const middle = (low + high) >> 1;
-        if (values[middle] > limit) {
-            high = middle;
-        } else {
-            low = middle + 1;
-        }
-    }
-    return low;
-}
 
 export class VirtualList {
     element;
@@ -27,13 +12,9 @@ export class VirtualList {
     #space = h('div', {class: 'virtual-space'});
     #entries = [];       // {key} or {heading, text}
     #ids = new Map();    // index of an entry by its id
-    #tops = [];
-    #columns = [];
-    #rows = [];          // lists of the indices of items
-    #rowOf = [];
+    #layout = null;
     #cells = new Map();  // by id, those in the document
     #pools = {item: [], heading: []};
-    #cellWidth = 0;
     #active = null;      // id of the item that Tab reaches
     #isDue = false;
     #observer;
@@ -53,10 +34,8 @@ export class VirtualList {
             keydown: (event) => this.#onKey(event),
             focusin: (event) => this.#onFocus(event),
         }}, this.#space);
-        this.#observer = new ResizeObserver(() => {
-            this.#layout();
-            this.#render();
-        });
+        this.#observer = new ResizeObserver(() => this.#arrange());
+        this.#arrange();
         this.#observer.observe(this.element);
     }
 
@@ -72,12 +51,11 @@ export class VirtualList {
         this.#entries = entries;
         this.#ids = new Map(entries.map((entry, i) => [this.#idOf(entry), i]));
         if (!this.#ids.has(this.#active)) {
-            const next = entries.slice(Math.max(0, focusedAt)).find((entry) => 'key' in entry)
-                ?? entries.findLast((entry) => 'key' in entry);
+            const next = entries.slice(Math.max(0, focusedAt)).find((entry) => !isHeading(entry))
+                ?? entries.findLast((entry) => !isHeading(entry));
             this.#active = next ? this.#idOf(next) : null;
         }
-        this.#layout();
-        this.#render();
+        this.#arrange();
         if (focused !== null && !this.#ids.has(focused) && this.#active !== null) {
             this.#focus(this.#ids.get(this.#active));
         }
@@ -113,41 +91,13 @@ export class VirtualList {
     }
 
     #idOf(entry) {
-        return 'key' in entry ? `item ${entry.key}` : `heading ${entry.heading}`;
+        return isHeading(entry) ? `heading ${entry.heading}` : `item ${entry.key}`;
     }
 
-    #layout() {
-        const width = this.element.clientWidth;
-        const {itemHeight, headingHeight, minItemWidth} = this.#options;
-        const count = Math.max(1, Math.floor((width + gap) / (minItemWidth + gap)));
-        this.#cellWidth = Math.floor((width - gap * (count - 1)) / count);
-        this.#tops = [];
-        this.#columns = [];
-        this.#rows = [];
-        this.#rowOf = [];
-        let top = 0;
-        let column = 0;
-        this.#entries.forEach((entry, i) => {
-            const isHeading = !('key' in entry);
-            if (column === count || (isHeading && column > 0)) {
-                top += itemHeight + gap;
-                column = 0;
-            }
-            this.#tops.push(top);
-            this.#columns.push(column);
-            if (isHeading) {
-                top += headingHeight;
-                this.#rowOf.push(-1);
-                return;
-            }
-            if (column === 0) {
-                this.#rows.push([]);
-            }
-            this.#rows[this.#rows.length - 1].push(i);
-            this.#rowOf.push(this.#rows.length - 1);
-            column += 1;
-        });
-        this.#space.style.height = `${top + (column > 0 ? itemHeight : 0)}px`;
+    #arrange() {
+        this.#layout = new ListLayout(this.#entries, this.element.clientWidth, this.#options);
+        this.#space.style.height = `${this.#layout.height}px`;
+        this.#render();
     }
 
     #renderSoon() {
@@ -162,11 +112,10 @@ export class VirtualList {
 
     #render() {
         const {scrollTop, clientHeight} = this.element;
-        const height = Math.max(this.#options.itemHeight, this.#options.headingHeight);
-        const first = firstAbove(this.#tops, scrollTop - overscan - height);
-        const last = firstAbove(this.#tops, scrollTop + clientHeight + overscan);
+        const [first, end] = this.#layout.between(scrollTop - overscan,
+            scrollTop + clientHeight + overscan);
         const wanted = new Map();
-        for (let i = first; i < last; i += 1) {
+        for (let i = first; i < end; i += 1) {
             wanted.set(this.#idOf(this.#entries[i]), i);
         }
         // Tab has to reach the active item, and the focus stays where it is.
@@ -196,7 +145,7 @@ export class VirtualList {
 
     /// A cell for an entry, filled.
     #take(id, entry) {
-        const kind = 'key' in entry ? 'item' : 'heading';
+        const kind = isHeading(entry) ? 'heading' : 'item';
         const cell = this.#pools[kind].pop() ?? this.#make(kind);
         cell.id = id;
         cell.entry = entry;
@@ -229,9 +178,9 @@ export class VirtualList {
             setText(cell.text, cell.entry.text);
         }
         const {style} = cell.element;
-        const left = this.#columns[i] * (this.#cellWidth + gap);
-        style.transform = `translate(${left}px, ${this.#tops[i]}px)`;
-        style.width = cell.kind === 'heading' ? '100%' : `${this.#cellWidth}px`;
+        const {cellWidth, columns, tops} = this.#layout;
+        style.transform = `translate(${columns[i] * (cellWidth + gap)}px, ${tops[i]}px)`;
+        style.width = cell.kind === 'heading' ? '100%' : `${cellWidth}px`;
         style.height = `${this.#options[cell.kind === 'heading' ? 'headingHeight' : 'itemHeight']}px`;
         set(cell.element, 'aria-setsize', this.#entries.length);
         set(cell.element, 'aria-posinset', i + 1);
@@ -257,13 +206,10 @@ export class VirtualList {
     }
 
     #focus(index) {
-        const top = this.#tops[index];
-        const bottom = top + this.#options.itemHeight;
+        const [top, bottom] = this.#layout.extent(index);
         const list = this.element;
-        // A heading above the first row comes into sight with it.
-        const above = this.#rowOf[index - 1] === -1 ? this.#options.headingHeight : 0;
-        if (top - above < list.scrollTop) {
-            list.scrollTop = top - above;
+        if (top < list.scrollTop) {
+            list.scrollTop = top;
         } else if (bottom > list.scrollTop + list.clientHeight) {
             list.scrollTop = bottom - list.clientHeight;
         }
@@ -278,30 +224,10 @@ export class VirtualList {
         if (index === undefined || event.target !== cell?.content.focusable) {
             return;
         }
-        const row = this.#rowOf[index];
-        const column = this.#columns[index];
-        const inRow = (other) => {
-            const items = this.#rows[Math.min(Math.max(other, 0), this.#rows.length - 1)];
-            return items[Math.min(column, items.length - 1)];
-        };
-        const beside = (step) => {
-            const items = this.#rows.flat();
-            return items[Math.min(Math.max(items.indexOf(index) + step, 0), items.length - 1)];
-        };
-        const page = Math.max(1, Math.floor(this.element.clientHeight / (this.#options.itemHeight + gap)));
-        const target = {
-            ArrowUp: () => inRow(row - 1),
-            ArrowDown: () => inRow(row + 1),
-            ArrowLeft: () => beside(-1),
-            ArrowRight: () => beside(1),
-            PageUp: () => inRow(row - page),
-            PageDown: () => inRow(row + page),
-            Home: () => this.#rows[0][0],
-            End: () => this.#rows.at(-1).at(-1),
-        }[event.key];
-        if (target) {
+        const target = this.#layout.neighbour(index, event.key, this.element.clientHeight);
+        if (target !== undefined) {
             event.preventDefault();
-            this.#focus(target());
+            this.#focus(target);
         }
     }
 }

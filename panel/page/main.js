@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Starts the page: the session, the store, the view that the address names.
 
-import {Api} from './api.js';
+import {Api, pageId} from './api.js';
 import {PageFrame} from './PageFrame.js';
 import {Store} from './Store.js';
 import {closeDialogs} from './dialogs.js';
@@ -114,6 +114,9 @@ async function start(reason) {
     }
 }
 
+const hiddenPatience = 60000;
+
+let hiding = null;
 let isStarting = false;
 
 async function restart(reason) {
@@ -123,8 +126,24 @@ async function restart(reason) {
     }
 }
 
+/// A browser has six connections to a host, for all of its pages. A page that is out of sight gives its own
+/// back, but not the one that has taken a source: without a page its lock would be released.
+function saveConnection() {
+    clearTimeout(hiding);
+    if (document.hidden) {
+        hiding = setTimeout(() => {
+            if (!app.store.all('locks').some((lock) => lock.page === pageId())) {
+                app.store.close();
+            }
+        }, hiddenPatience);
+    } else if (app.session.loggedIn && !app.store.isOpen) {
+        app.store.open();
+    }
+}
+
 app.api.onLoggedOut = () => restart(app.session.loggedIn ? t('login.expired') : '');
 app.store.onSessionEnd = (reason) => restart(reason || t('login.expired'));
 window.addEventListener('hashchange', () => frame?.open(location.hash));
+document.addEventListener('visibilitychange', saveConnection);
 setLanguage(setting('language') ?? preferredLanguage());
 restart('');

@@ -68,7 +68,8 @@ export function errorText(error) {
 }
 
 /// Runs an operation of the user and displays what comes of it: `done`, a text, or the error, which has
-/// a button to send the same operation again when its outcome is unknown. Returns the answer, null after an error.
+/// a button to send the same operation again when the gateway has not answered. Returns the answer, null
+/// after an error.
 export async function attempt(operation, done = null) {
     try {
         const answer = await operation();

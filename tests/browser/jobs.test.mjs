@@ -35,7 +35,7 @@ const setups = {
 
 async function chooseZone(page, zone) {
     await page.getByRole('searchbox', {name: 'Search zones'}).fill(zone);
-    await page.getByRole('checkbox', {name: zone, exact: true}).check();
+    await page.getByRole('checkbox', {name: new RegExp(`^${zone}( (busy|faulty|busy, faulty))?$`)}).check();
 }
 
 async function compose(page, zone, text) {
@@ -60,7 +60,10 @@ for (const [title, setUp] of Object.entries(setups)) {
             await Promise.all(Object.values(pages).map(synced));
         });
 
-        after(() => station?.stop());
+        after(async () => {
+            await Promise.all(Object.values(pages).map((page) => page.context().close()));
+            await station?.stop();
+        });
 
         test('an announcement that one page sends plays in the other, which cancels it', async () => {
             const {olga: sender, omar: other} = pages;
@@ -211,7 +214,7 @@ for (const [title, setUp] of Object.entries(setups)) {
             await row.getByText('Done').waitFor();
             await page.getByLabel('Outcome').selectOption({label: 'Held by others'});
             await page.getByRole('row', {name: /omar.*take/}).first().waitFor();
-            assert.equal(await page.getByRole('row', {name: /olga/}).count(), 0);
+            await row.waitFor({state: 'detached'});
             await page.getByLabel('Outcome').selectOption({label: 'Any'});
             await page.getByRole('searchbox', {name: 'User'}).fill('olga');
             await row.waitFor();
@@ -219,7 +222,7 @@ for (const [title, setUp] of Object.entries(setups)) {
             await page.getByRole('link', {name: 'CSV'}).click();
             const lines = readFileSync(await (await download).path(), 'utf8').split('\r\n');
             assert.ok(lines[0].startsWith('id,time,user,'), lines[0]);
-            assert.ok(lines.slice(1).filter(Boolean).every((line) => line.includes(',olga,')));
+            assert.ok(lines.slice(1).filter(Boolean).every((line) => line.includes(',"olga",')));
         });
     });
 }

@@ -14,14 +14,14 @@ import {startPanel, work} from './programs.mjs';
 const zoneCount = 1000;
 const slots = 10;         // announcements at a time
 const zonesOfSlot = 4;    // 4 zones, 8 sinks and an announcement begin and end in about 1.3 s
-const measuredMS = 5000;
+const measuredMS = 4000;
 
 function station() {
     const groups = ['Platform', 'Concourse', 'Car Park', 'Terminal'];
     const zones = Array.from({length: zoneCount}, (_, i) => ({id: `${groups[i % 4]} ${1 + Math.floor(i / 4)}`}));
     const sinks = Array.from({length: 2 * zoneCount}, (_, i) => ({id: i + 1, location: `Rack ${i % 40}`, label: `Speakers ${i + 1}`,
         ipAddress: '10.0.0.1', type: 1, zones: [zones[i % zoneCount].id]}));
-    return {name: 'Load', timeZone: 'Europe/Berlin', dstNo: 1, zones, sinks,
+    return {name: 'Load', timeZone: 'Europe/Berlin', dstNo: 1, zones, sinks, dictionary: [],
         sources: [{id: 1, location: 'Rack', label: 'Microphone', ipAddress: '10.0.0.2', type: 2, subAddress: '1'}],
         voices: [{port: 1, language: 'en', voice: 'Amelia', rate: 48000, text: 'English', synthesizer: 'en'}]};
 }

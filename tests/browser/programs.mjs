@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// The programs that the tests start. What is still running when the tests end is killed.
+// The programs that the tests of a file start. What still runs at their end is killed.
 
 import {execFileSync, spawn} from 'node:child_process';
 import {existsSync, mkdtempSync, rmSync, writeFileSync} from 'node:fs';
@@ -7,16 +7,15 @@ import {createServer} from 'node:net';
 import {tmpdir} from 'node:os';
 import path from 'node:path';
 import {createInterface} from 'node:readline';
+import {after} from 'node:test';
 
 const folder = process.env.PA_PROGRAMS;
 const running = new Set();
 
 export const work = mkdtempSync(path.join(tmpdir(), 'papanel-browser-'));
 
-process.on('exit', () => {
-    running.forEach((program) => program.child.kill('SIGKILL'));
-    rmSync(work, {recursive: true, force: true});
-});
+after(() => running.forEach((program) => program.child.kill('SIGKILL')));
+process.on('exit', () => rmSync(work, {recursive: true, force: true}));
 
 export function programPath(name) {
     const places = [path.join(folder, name), `/usr/sbin/${name}`, `/usr/bin/${name}`];

@@ -144,6 +144,8 @@ test('a stream that ends is opened again after its last event; a session that is
     assert.equal(store.get('zones', 'Hall').id, 'Hall');
     pass(1000);
     assert.equal(requests[1].headers['Last-Event-ID'], 'e-2');
+    // The gateway is there again, also when nothing was missed.
+    await until(() => store.link().state === 'server-away');
 
     let reason = null;
     store.onSessionEnd = (text) => { reason = text; };

@@ -75,7 +75,14 @@ export function activeList({app, sent}) {
         const element = h('li', {class: 'active-card', 'data-request': id},
             h('header', {}, title, state, cancel, close), reason, parts, zones);
         let read = null;  // the state that has been read out
+        let displayed = '';
         const update = (own, records) => {
+            const zoneStates = zonesOf(own, records, app.store);
+            const next = JSON.stringify([own, records, zoneStates, own?.problem?.code]);
+            if (next === displayed) {
+                return;
+            }
+            displayed = next;
             const isOver = own ? own.isOver && records.length === 0 : false;
             const word = own ? own.state : records.some((record) => record.stateText === 'Playing') ? 'playing'
                 : records[0].stateText;
@@ -86,7 +93,7 @@ export function activeList({app, sent}) {
             set(reason, 'hidden', reason.textContent === '');
             replace(parts, partsOf(own, records).map((part) => h('li', {}, h('strong', {}, part.name), ' ',
                 stateText(part.state), part.reason && `: ${part.reason}`, part.since && ` (${part.since})`)));
-            showZones(zones, zonesOf(own, records, app.store), isOver);
+            showZones(zones, zoneStates, isOver);
             set(cancel, 'hidden', isOver || !canCancel);
             set(close, 'hidden', !isOver);
             if (own && read !== word) {

@@ -4,9 +4,9 @@
 import {VirtualList} from '../VirtualList.js';
 import {isFaulty} from '../Health.js';
 import {h, newId, set, setText} from '../dom.js';
-import {compareNames} from '../format.js';
 import {t} from '../i18n.js';
 import {icon} from '../icons.js';
+import {groupsOf} from '../zoneGroups.js';
 import {ZoneDrawer} from '../widgets/ZoneDrawer.js';
 import {isBusy, zoneTile} from '../widgets/zoneTile.js';
 
@@ -20,8 +20,7 @@ class Board {
     shortcuts;
     #app;
     #store;
-    #order = [];      // all zones by group and name
-    #known = new Set();
+    #groupOf = new Map();  // of all zones, by group and name
     #filter = 'all';
     #search;
     #counts = {};     // by filter: the element with its count
@@ -81,8 +80,8 @@ class Board {
 
     #take(changes) {
         const zones = changes.get('zones');
-        if (zones === null || this.#store.count('zones') !== this.#order.length
-            || [...zones ?? []].some((zone) => !this.#known.has(zone))) {
+        if (zones === null || this.#store.count('zones') !== this.#groupOf.size
+            || [...zones ?? []].some((zone) => !this.#groupOf.has(zone))) {
             this.#sort();
             this.#fill();
         } else if (zones) {
@@ -94,16 +93,14 @@ class Board {
     }
 
     #sort() {
-        const zones = this.#store.all('zones').sort((a, b) => compareNames(a.group ?? '', b.group ?? '')
-            || compareNames(a.id, b.id));
-        this.#order = zones.map((zone) => zone.id);
-        this.#known = new Set(this.#order);
+        const groups = groupsOf(this.#store.all('zones'));
+        this.#groupOf = new Map(groups.flatMap(({name, zones}) => zones.map((zone) => [zone.id, name])));
     }
 
     /// Counts the zones of each filter, and lists those of the one that is chosen.
     #fill(countOnly = false) {
         const text = this.#search.value.trim().toLocaleLowerCase();
-        const zones = this.#order.map((id) => this.#store.get('zones', id));
+        const zones = [...this.#groupOf.keys()].map((id) => this.#store.get('zones', id));
         for (const [filter, matches] of Object.entries(filters)) {
             const count = zones.filter((zone) => matches(zone, this.#store)).length;
             setText(this.#counts[filter], t(`board.${filter}`, {n: count}));
@@ -116,9 +113,9 @@ class Board {
         let group = null;
         for (const zone of zones) {
             if (matches(zone, this.#store) && zone.id.toLocaleLowerCase().includes(text)) {
-                if (zone.group !== group) {
-                    group = zone.group;
-                    entries.push({heading: group, text: group || t('board.noGroup')});
+                if (this.#groupOf.get(zone.id) !== group) {
+                    group = this.#groupOf.get(zone.id);
+                    entries.push({heading: group, text: group});
                 }
                 entries.push({key: zone.id});
             }

@@ -17,6 +17,19 @@ const outcomes = ['done', 'as-before', 'refused', 'held', 'not-found', 'bad-requ
 
 const outcomeText = (outcome) => hasText(`outcome.${outcome}`) ? t(`outcome.${outcome}`) : outcome;
 
+/// What an operation is done to: as the gateway names it, else what its request names.
+function targetOf(entry) {
+    if (entry.target) {
+        return entry.target;
+    }
+    try {
+        const {zones, paZones, path, text} = JSON.parse(entry.request);
+        return [zones ?? paZones ?? path ?? text ?? ''].flat().join(', ');
+    } catch {
+        return '';  // a long request is cut
+    }
+}
+
 function mount(root, app) {
     const history = new History(app);
     root.append(history.element);
@@ -152,7 +165,7 @@ class History {
             cell('time', h('time', {}, utcMoment(entry.time, this.timeZone))),
             cell('user', h('bdi', {}, entry.user)),
             cell('operation', entry.operation),
-            cell('target', h('bdi', {}, entry.target)),
+            cell('target', h('bdi', {}, targetOf(entry))),
             cell('outcome', h('span', {class: 'badge', 'data-outcome': entry.outcome}, outcomeText(entry.outcome)),
                 details.length > 0 && h('details', {}, h('summary', {}, t('history.details')),
                     details.map((text) => h('p', {dir: 'auto', class: 'history-detail'},

@@ -28,7 +28,7 @@ class Live {
             this.#list.update(null);
             this.#drawer?.fill();
         });
-        this.#list = new VirtualList({label: t('live.list'), itemHeight: 116, minItemWidth: 300,
+        this.#list = new VirtualList({label: t('live.list'), itemHeight: 124, minItemWidth: 300,
             isGroup: true, createCell: () => sourceTile(this.#store, this.#locks, (id) => app.go('live', String(id)))});
         this.#search = h('input', {type: 'search', id: newId(), autocomplete: 'off', maxlength: 200,
             placeholder: t('live.search'), on: {input: () => this.#fill()}});
@@ -76,19 +76,10 @@ class Live {
                 .some((one) => one.toLocaleLowerCase().includes(text)))
             .sort((a, b) => compareNames(a.location, b.location) || compareNames(a.label, b.label)
                 || a.id - b.id);
-        const entries = [];
-        let location = null;
-        for (const source of sources) {
-            if (source.location !== location) {
-                location = source.location;
-                entries.push({heading: location, text: location || t('live.noLocation')});
-            }
-            entries.push({key: source.id});
-        }
-        this.#list.setEntries(entries);
+        this.#list.setEntries(sources.map((source) => ({key: source.id})));
         const isLoading = this.#store.link().state === 'loading';
         setText(this.#empty, t(isLoading ? 'list.loading' : text ? 'list.noMatch' : 'list.empty'));
-        set(this.#empty, 'hidden', entries.length > 0);
+        set(this.#empty, 'hidden', sources.length > 0);
     }
 }
 

@@ -14,6 +14,9 @@ import {sourceTriggers} from './sourceTriggers.js';
 import {sourceZones} from './sourceZones.js';
 import {isAttached, sourceName, sourceType} from './sourceTile.js';
 
+// Analogue inputs and paging stations.
+const typesWithGain = [1, 2];
+
 export class SourceDrawer {
     #app;
     #locks;
@@ -27,6 +30,7 @@ export class SourceDrawer {
     #take;
     #release;
     #gain;
+    #gainSection;
     #meter;
     #zones;
     #triggers;
@@ -44,6 +48,7 @@ export class SourceDrawer {
             this.#lock('DELETE', 'lock.released')}}, icon('unlock'), t('lock.release'));
         this.#gain = gainControl({min: -96, max: 42, onSet: (level) => attempt(() =>
             app.api.operate('PUT', path`/sources/${id}/gain`, {level, first: false, second: false}))});
+        this.#gainSection = section('source.gain', this.#gain.element);
         this.#meter = levelMeter(id);
         this.#zones = sourceZones(app, id);
         this.#triggers = sourceTriggers(app, id);
@@ -65,7 +70,7 @@ export class SourceDrawer {
                 section('lock.title', this.#holder, h('div', {class: 'row'}, this.#take, this.#release),
                     h('p', {class: 'note'}, t('lock.note'))),
                 section('source.zones', this.#zones.element),
-                section('source.gain', this.#gain.element),
+                this.#gainSection,
                 section('level.title', this.#meter.element),
                 section('trigger.title', this.#triggers.element),
             ], onClose: () => {
@@ -87,7 +92,7 @@ export class SourceDrawer {
     fill() {
         const source = this.#app.store.get('sources', this.#id);
         const reason = source || this.#app.store.link().state === 'loading' ? this.#app.whyNot()
-            : t('source.gone');
+            : t('source.unreported');
         setText(this.#whyNot, reason ?? '');
         set(this.#whyNot, 'hidden', reason === null);
         const heldBy = this.#locks.heldBy(this.#id);
@@ -105,6 +110,7 @@ export class SourceDrawer {
         setText(this.#location, source.location);
         setText(this.#state, t(isAttached(source) ? 'source.attached' : 'source.free'));
         this.#health.update(this.#app.store.health.level('sources', source));
+        set(this.#gainSection, 'hidden', !typesWithGain.includes(source.type));
         this.#gain.update(source.inputGain, sourceName(source), reason !== null);
     }
 

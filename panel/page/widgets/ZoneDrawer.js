@@ -79,7 +79,7 @@ export class ZoneDrawer {
     #fill() {
         const zone = this.#store.get('zones', this.#id);
         const isLoading = this.#store.link().state === 'loading';
-        const reason = zone || isLoading ? this.#app.whyNot() : t('zone.gone');
+        const reason = zone || isLoading ? this.#app.whyNot() : t('zone.unreported');
         setText(this.#whyNot, reason ?? '');
         set(this.#whyNot, 'hidden', reason === null);
         set(this.#persistent, 'disabled', reason !== null);

@@ -11,6 +11,8 @@ import {healthBadge} from './healthBadge.js';
 
 const active = 2;
 const muted = [0, 2];
+// Speakers, loops and lines.
+const typesWithGain = [1, 2, 3, 4];
 // Interface units and mixers.
 const typesWithReset = [9, 10];
 const mostTypes = 10;
@@ -64,6 +66,7 @@ export function sinkCard(app, isPersistent) {
             t(sink.state === active ? 'sink.active' : 'sink.idle'),
             muted.includes(sink.muteState) && t('sink.muted')].filter(Boolean).join(' \u00b7 '));
         health.update(store.health.level('sinks', sink));
+        set(gain.element, 'hidden', !typesWithGain.includes(sink.type));
         gain.update(sink.outputGain, sink.label, reason !== null);
         set(monitoring, 'checked', sink.monitoringEnabled);
         set(monitoring, 'disabled', reason !== null);

@@ -27,11 +27,12 @@ export function sourceTile(store, locks, onOpen) {
     let id = 0;
     let lastLock = '';
     const name = h('strong', {class: 'source-name', dir: 'auto'});
+    const location = h('span', {class: 'source-facts', dir: 'auto'});
     const facts = h('span', {class: 'source-facts', dir: 'auto'});
     const lock = h('span', {class: 'badge', dir: 'auto'});
     const health = healthBadge();
     const button = h('button', {type: 'button', class: 'source-tile', on: {click: () => onOpen(id)}},
-        name, facts, h('span', {class: 'row'}, lock, health.element));
+        name, location, facts, h('span', {class: 'row'}, lock, health.element));
     return {
         element: button,
         focusable: button,
@@ -42,6 +43,7 @@ export function sourceTile(store, locks, onOpen) {
             }
             id = key;
             setText(name, sourceName(source));
+            setText(location, source.location);
             setText(facts, [sourceType(source), t(isAttached(source) ? 'source.attached' : 'source.free')]
                 .join(' \u00b7 '));
             set(button, 'data-attached', isAttached(source) ? 'yes' : null);

@@ -45,7 +45,9 @@ export function sourceTriggers(app, id) {
     }
 
     function nameOf(trigger) {
-        return trigger.label || t(`trigger.${trigger.kind}`, {n: trigger.id});
+        // The label of a software trigger is the same for all.
+        return (trigger.kind === 'hardware' && trigger.label)
+            || t(`trigger.${trigger.kind}`, {n: trigger.id});
     }
 
     function row(trigger) {

@@ -3,7 +3,7 @@
 
 import {path} from '../api.js';
 import {openDialog} from '../dialogs.js';
-import {h, replace, set, setText} from '../dom.js';
+import {h, replace, set} from '../dom.js';
 import {compareNames} from '../format.js';
 import {t} from '../i18n.js';
 import {icon} from '../icons.js';
@@ -15,7 +15,7 @@ export function sourceZones(app, id) {
     let zones = [];
     let whyNot = null;
     let readings = 0;
-    const list = h('ul', {class: 'chips', 'aria-label': t('source.zones')});
+    const list = h('ul', {class: 'source-zones', 'aria-label': t('source.zones')});
     const none = h('p', {class: 'note'}, t('source.noZones'));
     const choose = h('button', {type: 'button', on: {click: () => pick()}}, icon('edit'),
         t('source.chooseZones'));

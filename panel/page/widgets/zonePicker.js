@@ -102,7 +102,7 @@ class ZonePicker {
         this.groups.set(name, {box, count, names});
         return h('section', {class: 'zone-group'},
             h('div', {class: 'zone-group-head'},
-                h('label', {}, box, h('bdi', {}, name), count), toggle), members);
+                h('label', {}, box, h('bdi', {}, name), ' ', count), toggle), members);
     }
 
     row(zone) {
@@ -111,7 +111,7 @@ class ZonePicker {
         const state = h('span', {class: 'zone-state'});
         this.rows.set(zone.id, {box, state});
         this.showState(zone);
-        return h('li', {}, h('label', {}, box, h('bdi', {}, zone.id), state));
+        return h('li', {}, h('label', {}, box, h('bdi', {}, zone.id), ' ', state));
     }
 
     showState(zone) {
@@ -135,7 +135,7 @@ class ZonePicker {
             const some = names.filter((name) => this.chosen.has(name)).length;
             set(box, 'checked', some === names.length);
             set(box, 'indeterminate', some > 0 && some < names.length);
-            setText(count, some > 0 ? `${some}/${names.length}` : String(names.length));
+            setText(count, t(some > 0 ? 'zones.groupChosen' : 'zones.groupCount', {n: names.length, some}));
         }
         setText(this.count, t('zones.count', {n: this.chosen.size}));
         replace(this.chips, [...this.chosen].map((name) => h('li', {}, h('button', {type: 'button',

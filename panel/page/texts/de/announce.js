@@ -56,6 +56,8 @@ export default {
     'zones.open': 'Zonen von {group}',
     'zones.remove': '{zone} entfernen',
     'zones.count': {one: '{n} Zone gewählt', other: '{n} Zonen gewählt'},
+    'zones.groupCount': {one: '{n} Zone', other: '{n} Zonen'},
+    'zones.groupChosen': '{some} von {n} Zonen',
     'zones.more': '{n} weitere. Bitte suchen.',
     'zones.none': 'Der Server hat keine Zonen.',
     'zones.notFound': 'Keine Zone passt zur Suche.',

@@ -56,6 +56,8 @@ export default {
     'zones.open': 'Zones of {group}',
     'zones.remove': 'Remove {zone}',
     'zones.count': {one: '{n} zone chosen', other: '{n} zones chosen'},
+    'zones.groupCount': {one: '{n} zone', other: '{n} zones'},
+    'zones.groupChosen': '{some} of {n} zones',
     'zones.more': '{n} more. Please search.',
     'zones.none': 'The server has no zones.',
     'zones.notFound': 'No zone matches the search.',
