@@ -64,10 +64,9 @@ struct Panel::Parts {
         : users(usersOf(settings)),
           audit(settings.audit, settings.auditDays),
           sessions(users.get()),
-          endpoint(server != nullptr
-                       ? std::move(server)
-                       : paserver::openServer(settings.server, "PAPANEL",
-                                              [this] { return stop.isRequested(); })),
+          endpoint(server != nullptr ? std::move(server)
+                                     : paserver::openServer(settings.server, "PAPANEL",
+                                                            [this] { return stop.isRequested(); })),
           connection(*endpoint),
           router(services, allRoutes(), routerSettings(settings, connection)) {
         sessions.onEnd([this](const std::string& id, const std::string& reason) {

@@ -47,6 +47,7 @@ struct Load {
 struct Shared {
     std::atomic<int> port{0};
     std::atomic<bool> isLoaded{false};
+    std::atomic<int> changes{0};
     std::array<std::atomic<std::int64_t>, selectors + 1> changedNS{};  // by selector
 };
 
@@ -56,6 +57,9 @@ std::int64_t nowNS() {
 
 std::string stationText(const Load& load) {
     json station = {{"name", "Large"}, {"dstNo", 1}};
+    for (const char* const list : {"voices", "dictionary", "recordings", "triggers"}) {
+        station[list] = json::array();
+    }
     for (int zone = 1; zone <= load.zones; ++zone) {
         station["zones"].push_back({{"id", "Platform " + std::to_string(zone)}});
     }
@@ -94,13 +98,14 @@ void runGateway(const Load& load, Shared& shared) {
     papanel::Panel panel({}, std::move(endpoint));
     shared.port = panel.port();
     auto next = Clock::now();
-    for (int change = 0;; ++change) {
+    for (int change = 0;;) {
         next += std::chrono::nanoseconds(1'000'000'000 / load.changes);
         std::this_thread::sleep_until(next);
         if (shared.isLoaded) {
             const int selector = change % selectors + 1;
             shared.changedNS[static_cast<std::size_t>(selector)] = nowNS();
-            control.setSelector(selector, change / selectors % 2 + 1);
+            control.setSelector(selector, 2 - change / selectors % 2);
+            shared.changes = ++change;
         }
     }
 }
@@ -119,7 +124,7 @@ int connected(int port) {
 
 std::string cookieOf(int port) {
     const pautil::Descriptor socket(connected(port));
-    const std::string request = "GET /api/v1/session HTTP/1.0\r\n\r\n";
+    const std::string request = "GET /api/v1/session HTTP/1.0\r\nHost: localhost\r\n\r\n";
     send(socket.number(), request.data(), request.size(), 0);
     std::array<char, 4096> bytes{};
     const ssize_t count = recv(socket.number(), bytes.data(), bytes.size(), MSG_WAITALL);
@@ -203,6 +208,7 @@ void measure(const Load& load, Shared& shared, pid_t gateway) {
     shared.isLoaded = true;
     readPages(pages, shared, Clock::now() + settling, latencies);
     latencies.clear();
+    const int changesBefore = shared.changes;
     const std::int64_t beforeNS = bench::processorNS(gateway);
     const auto start = Clock::now();
     readPages(pages, shared, start + std::chrono::seconds(load.seconds), latencies);
@@ -218,8 +224,8 @@ void measure(const Load& load, Shared& shared, pid_t gateway) {
     std::printf("memory %ld KB, without pages %ld KB, at most %ld KB, threads %ld\n",
                 bench::statusNumber(id, "VmRSS"), emptyKB, bench::statusNumber(id, "VmHWM"),
                 bench::statusNumber(id, "Threads"));
-    std::printf("changes received %zu, expected about %d\n", latencies.size(),
-                load.pages * load.changes * load.seconds);
+    std::printf("changes made %d, received by a page %zu\n", shared.changes - changesBefore,
+                latencies.size() / pages.size());
     std::printf("ms from a change to a page: median %.1f, 95 %% %.1f, 99 %% %.1f, at most %.1f\n",
                 bench::quantile(latencies, 0.5), bench::quantile(latencies, 0.95),
                 bench::quantile(latencies, 0.99), bench::quantile(latencies, 1));

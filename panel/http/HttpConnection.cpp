@@ -15,7 +15,7 @@ namespace papanel {
 
 namespace {
 
-constexpr std::size_t readBytes = 16384;
+constexpr std::size_t sliceBytes = 16384;  // read or written at once
 constexpr const char* jsonType = "application/json; charset=utf-8";
 
 Channel::Deadline after(std::chrono::milliseconds limit) {
@@ -229,7 +229,11 @@ bool HttpConnection::send(
     httplib::DataSink& sink) {
     bool isComplete = true;
     const Write write = [&](const std::string& bytes) {
-        isComplete = isComplete && (bytes.empty() || sink.write(bytes.data(), bytes.size()));
+        // In slices, for each is copied.
+        for (std::size_t at = 0; isComplete && at < bytes.size(); at += sliceBytes) {
+            const std::size_t size = std::min(sliceBytes, bytes.size() - at);
+            isComplete = sink.write(bytes.data() + at, size);
+        }
         return isComplete;
     };
     try {
@@ -250,7 +254,7 @@ void HttpConnection::linger() {
     constexpr std::size_t maxBytes = std::size_t{1} << 20U;
     channel_.endWriting();
     const auto deadline = after(limit);
-    std::array<char, readBytes> ignored{};
+    std::array<char, sliceBytes> ignored{};
     std::size_t total = 0;
     while (!isStopped_ && total < maxBytes) {
         const std::size_t count = channel_.read(ignored.data(), ignored.size(), deadline);
@@ -263,7 +267,7 @@ void HttpConnection::linger() {
 
 /// Waits for more bytes.
 bool HttpConnection::receive(Channel::Deadline deadline) {
-    std::array<char, readBytes> bytes;
+    std::array<char, sliceBytes> bytes;
     const std::size_t count = channel_.read(bytes.data(), bytes.size(), deadline);
     received_.append(bytes.data(), count);
     return count > 0 && !isStopped_;
