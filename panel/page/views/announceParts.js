@@ -80,19 +80,21 @@ export function speechEditor({app, texts, voice, onChange}) {
         value = {...value, ...part};
         onChange(value);
     };
-    const voices = app.store.all('voices');
-    const indexOf = voices.findIndex((one) => one.language === voice?.language && one.voice === voice?.voice);
-    const select = h('select', {value: String(Math.max(indexOf, 0)), disabled: voices.length === 0,
+    const voices = app.store.all('voices').map((one) => ({language: one.language, voice: one.voice, text: one.text}));
+    const isSame = (one) => one.language === voice?.language && one.voice === voice?.voice;
+    if (voice && !voices.some(isSame)) {
+        voices.push({...voice, text: ''});  // not there now; another one is the user's choice
+    }
+    const voiceAt = (i) => ({language: voices[i].language, voice: voices[i].voice});
+    const select = h('select', {value: String(Math.max(voices.findIndex(isSame), 0)), disabled: voices.length === 0,
         on: {change: () => {
             players.forEach((player) => player.clear());
             change({voice: voiceAt(Number(select.value))});
         }}},
     voices.map((one, i) => h('option', {value: String(i)}, `${one.text || one.voice} (${one.language}, ${one.voice})`)),
     voices.length === 0 && h('option', {}, t('compose.noVoices')));
-    const voiceAt = (i) => ({language: voices[i].language, voice: voices[i].voice});
-    if (indexOf < 0 && voices.length > 0) {
-        value.voice = voiceAt(0);
-        onChange(value);
+    if (!voice && voices.length > 0) {
+        change({voice: voiceAt(0)});
     }
     const textRow = (text, changeText, i) => {
         const input = h('textarea', {rows: 3, maxlength: 4000, dir: 'auto', value: text,
