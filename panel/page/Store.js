@@ -18,9 +18,9 @@ const keyOf = {
     locks: (lock) => lock.sourceId,
 };
 
-/// Software triggers have numbers of their own, and no events.
-function keyOfDeleted(kind, id) {
-    return kind === 'triggers' ? `hardware/${id}` : id;
+/// Hardware and software triggers have numbers of their own; a number is deleted when no trigger has it.
+function keysOfDeleted(kind, id) {
+    return kind === 'triggers' ? [`hardware/${id}`, `software/${id}`] : [id];
 }
 
 const pauses = [500, 1000, 2000, 5000, 10000];
@@ -183,16 +183,18 @@ export class Store {
         if (!records) {
             return;
         }
-        const key = op === 'delete' ? keyOfDeleted(kind, id) : keyOf[kind](record);
-        const before = records.get(key);
-        if (op === 'delete') {
-            records.delete(key);
-        } else {
-            records.set(key, record);
+        const keys = op === 'delete' ? keysOfDeleted(kind, id) : [keyOf[kind](record)];
+        for (const key of keys) {
+            const before = records.get(key);
+            if (op === 'delete') {
+                records.delete(key);
+            } else {
+                records.set(key, record);
+            }
+            this.#mark(kind, key);
+            this.health.apply(kind, key, before, record ?? null, this.clock.wallNow(), false)
+                .forEach((zone) => this.#mark('zones', zone));
         }
-        this.#mark(kind, key);
-        this.health.apply(kind, key, before, op === 'delete' ? null : record, this.clock.wallNow(), false)
-            .forEach((zone) => this.#mark('zones', zone));
     }
 
     /// Notes a change; `key` null for all.

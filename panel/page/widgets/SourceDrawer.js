@@ -53,9 +53,12 @@ export class SourceDrawer {
         this.#zones = sourceZones(app, id);
         this.#triggers = sourceTriggers(app, id);
         const address = location.hash;
-        const unsubscribe = app.store.subscribe(['sources', 'zones', 'status'], (changes) => {
+        const unsubscribe = app.store.subscribe(['sources', 'triggers', 'status'], (changes) => {
             if (changes.has('sources')) {
                 this.#zones.read();
+            }
+            if (changes.has('triggers')) {
+                this.#triggers.read();
             }
             this.fill();
         });

@@ -34,7 +34,6 @@ export function sourceTriggers(app, id) {
 
     async function operate(method, where, doneKey, body = null) {
         await attempt(() => app.api.operate(method, where, body), t(doneKey));
-        read();
     }
 
     function button(trigger, key, iconName, method, part, doneKey) {
@@ -87,6 +86,7 @@ export function sourceTriggers(app, id) {
     read();
     return {
         element,
+        read,
         /// `reason` is why nothing can be changed now, or null.
         fill(reason) {
             if (reason !== whyNot) {
