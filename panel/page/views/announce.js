@@ -185,11 +185,13 @@ class Composer {
         const checking = new AbortController();
         this.checking = checking;
         try {
-            const {problems} = await this.app.api.ask('/announcements/check', requestOf(draft), {signal: checking.signal});
+            const {problems} = await this.app.api.ask('/announcements/check', requestOf(draft),
+                {signal: checking.signal});
             this.showProblems(problems);
         } catch (error) {
             if (error.name !== 'AbortError' && !checking.signal.aborted) {
-                replace(this.problems, h('p', {class: 'problem prevents', dir: 'auto'}, icon('warning'), errorText(error)));
+                replace(this.problems,
+                    h('p', {class: 'problem prevents', dir: 'auto'}, icon('warning'), errorText(error)));
             }
         }
     }

@@ -148,9 +148,9 @@ function zonesOf(own, records, store) {
 }
 
 function showZones(list, zones, isOver) {
-    const shown = zones.slice(0, mostZones);
-    replace(list, shown.map((zone) => {
+    const listed = zones.slice(0, mostZones);
+    replace(list, listed.map((zone) => {
         const word = zone.isPlaying ? 'playing' : isOver ? 'over' : 'waiting';
         return h('li', {'data-state': word}, h('bdi', {}, zone.id), ' ', h('small', {}, t(`active.zone.${word}`)));
-    }), zones.length > shown.length && h('li', {}, t('zones.more', {n: zones.length - shown.length})));
+    }), zones.length > listed.length && h('li', {}, t('zones.more', {n: zones.length - listed.length})));
 }

@@ -72,7 +72,7 @@ export function rows({values, make, blank, addLabel, removeLabel, least = 1, onC
     return h('div', {class: 'rows-editor'}, list, add);
 }
 
-/// Texts that are spoken in turn by one voice; each can be heard here. The value is {texts, voice}.
+/// Texts that are spoken in turn by one voice; each can be played here. The value is {texts, voice}.
 export function speechEditor({app, texts, voice, onChange}) {
     let value = {texts, voice};
     const players = new Set();
@@ -197,7 +197,8 @@ export function displayEditor({templates, value, onChange}) {
     const template = names.length > 0
         ? h('select', {value: value.template, on: {change: () => change({template: template.value})}},
             h('option', {value: ''}, t('compose.chooseTemplate')),
-            value.template !== '' && !names.includes(value.template) && h('option', {value: value.template}, value.template),
+            value.template !== '' && !names.includes(value.template)
+                && h('option', {value: value.template}, value.template),
             names.map((name) => h('option', {value: name}, name)))
         : h('input', {type: 'text', maxlength: 200, value: value.template, dir: 'auto',
             on: {input: () => change({template: template.value})}});
