@@ -95,12 +95,17 @@ export function whatIsMissing(definition) {
 
 const two = (number) => String(number).padStart(2, '0');
 
+/// "06:05" for 365
+export function clockText(minutes) {
+    return `${two(Math.floor(minutes / 60))}:${two(minutes % 60)}`;
+}
+
 /// A moment of a definition as two texts, "2026-12-01" and "06:00"; `which` is "start" or "end".
 export function momentOf(definition, which) {
     const part = (name) => definition[which + name];
     return {
         date: `${String(part('Year')).padStart(4, '0')}-${two(part('Month'))}-${two(part('Day'))}`,
-        time: `${two(part('Hour'))}:${two(part('Minute'))}`,
+        time: clockText(part('Hour') * 60 + part('Minute')),
     };
 }
 

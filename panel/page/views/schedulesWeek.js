@@ -4,13 +4,11 @@
 import {h, replace, set} from '../dom.js';
 import {t} from '../i18n.js';
 import {icon} from '../icons.js';
-import {addDays, layOut, minutesOfDay, mondayOf, windowsInWeek} from './schedulesModel.js';
+import {addDays, clockText, layOut, minutesOfDay, mondayOf, windowsInWeek} from './schedulesModel.js';
 import {dateText, nameOf, timesText, weekdayText} from './schedulesText.js';
 
 const leastMinutes = 40;  // of the drawing, so that a window's text has space
 
-const two = (number) => String(number).padStart(2, '0');
-const clockText = (minutes) => `${two(Math.floor(minutes / 60))}:${two(minutes % 60)}`;
 
 /// `today()` is the station's date; `open(id)` edits a schedule.
 export function weekView({store, today, open}) {
