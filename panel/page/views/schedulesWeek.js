@@ -9,7 +9,6 @@ import {dateText, nameOf, timesText, weekdayText} from './schedulesText.js';
 
 const leastMinutes = 40;  // of the drawing, so that a window's text has space
 
-
 /// `today()` is the station's date; `open(id)` edits a schedule.
 export function weekView({store, today, open}) {
     let monday = null;
