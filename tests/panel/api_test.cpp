@@ -317,22 +317,6 @@ TEST_F(AudioTest, BelongsToItsUserForAnHour) {
     EXPECT_EQ(answer("POST", "/announcements", request).substr(0, 13), "404 not-found");
 }
 
-TEST_F(AudioTest, IsReadInRanges) {
-    bytes = wav(28);  // 100 bytes
-    const std::string id = call("POST", "/uploads").body["id"];
-    const auto read = [&](const std::string& range) {
-        ApiRequest request;
-        request.parts = {id};
-        request.headers = {{"range", range}};
-        request.caller.user = "ann";
-        const auto match = table.find("GET", {"previews", id});
-        const ApiReply reply = match.route->handle(services, request);
-        return std::to_string(reply.status) + ' ' + std::to_string(reply.bytes.size()) + ' ' +
-               reply.headers.back().second;
-    };
-    expectTable(read);
-}
-
 // ---------------------------------------------------------------------------------- hostile texts
 
 struct HostileApi : ApiTest {
