@@ -50,7 +50,7 @@ test('no violations: the login', async () => {
     await own.program.stop();
 });
 
-test('an announcement is composed and played with the keyboard alone', async () => {
+test('an announcement is composed and played with the keyboard only', async () => {
     const page = await synced(await openPage(panel.url));
     await page.keyboard.press('2');  // the second view
     await page.locator('main.view-announce').waitFor();
@@ -77,7 +77,7 @@ test('an announcement is composed and played with the keyboard alone', async () 
     await page.locator('.active-card', {hasText: 'Mind the step'}).locator('.badge[data-state=finished]').waitFor();
 });
 
-test('shortcuts are listed, and the page is in German for who prefers it', async () => {
+test('shortcuts are listed, and the page is in German for users of German', async () => {
     const page = await synced(await openPage(panel.url, {locale: 'de-DE'}));
     await page.keyboard.press('?');
     await page.getByRole('dialog').getByText('Verlauf').waitFor();

@@ -21,8 +21,10 @@ function station() {
     const zones = hostile.map((id) => ({id}));
     return {
         name: hostile[0], timeZone: 'Europe/Berlin', dstNo: 1, zones,
-        sinks: hostile.map((text, i) => ({id: i + 1, location: text, label: text, ipAddress: '10.0.0.1', type: 1, health: 3, zones: [text]})),
-        sources: hostile.map((text, i) => ({id: i + 1, location: text, label: text, ipAddress: '10.0.0.2', type: 2, subAddress: text})),
+        sinks: hostile.map((text, i) => ({id: i + 1, location: text, label: text, ipAddress: '10.0.0.1', type: 1,
+            health: 3, zones: [text]})),
+        sources: hostile.map((text, i) => ({id: i + 1, location: text, label: text, ipAddress: '10.0.0.2', type: 2,
+            subAddress: text})),
         selectors: [{id: 1, source: 1, label: hostile[1], type: 3, number: '1', zones: [hostile[0]]}],
         triggers: [{id: 1, source: 1, selector: 1, label: hostile[2], type: 3, subAddress: 'key 1', priority: 600}],
         voices: [{port: 1, language: 'en', voice: hostile[1], rate: 48000, text: hostile[0], synthesizer: 'en'}],
@@ -38,7 +40,8 @@ test('no text of a record becomes a part of the page', async () => {
     const page = await openPage(panel.url, {expected: ['40']});
     await synced(page);
     const elements = () => page.evaluate(() => ({hit: globalThis.hit,
-        foreign: document.querySelectorAll('img, script:not([src]), body svg:not(.icon), iframe, [onload], [onerror]').length}));
+        foreign: document.querySelectorAll(
+            'img, script:not([src]), body svg:not(.icon), iframe, [onload], [onerror]').length}));
 
     await call(page, 'POST', '/schedules', {descrption: hostile[0], startYear: 2026, startMonth: 1, startDay: 1, endYear: 2099,
         endMonth: 12, endDay: 31, endHour: 23, dayMask: 127, frequency: 0, paZones: [hostile[2]], announcementType: 4,
@@ -49,12 +52,14 @@ test('no text of a record becomes a part of the page', async () => {
     await call(page, 'POST', '/announcements', {zones: [hostile[4]], requestId: hostile[0], texts: [hostile[0]]});
     await call(page, 'PUT', `/sources/1/zones`, {zones: [hostile[0]], mode: 'replace'});
 
-    for (const view of [...views, 'live/1', `board/${encodeURIComponent(hostile[0])}`, `announce/${encodeURIComponent(hostile[2])}`]) {
+    const opened = ['live/1', `board/${encodeURIComponent(hostile[0])}`, `announce/${encodeURIComponent(hostile[2])}`];
+    for (const view of [...views, ...opened]) {
         await goTo(page, view);
         if (view === 'history') {
             await page.locator('summary').first().click();
         }
-        await page.locator('main, dialog').getByText('globalThis.hit=1').locator('visible=true').first().waitFor().catch(() => assert.fail(view));
+        await page.locator('main, dialog').getByText('globalThis.hit=1').locator('visible=true').first().waitFor()
+            .catch(() => assert.fail(`${view} displays none of them`));
         assert.deepEqual(await elements(), {hit: undefined, foreign: 0}, view);
         await page.keyboard.press('Escape');
     }

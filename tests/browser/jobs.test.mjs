@@ -56,7 +56,8 @@ for (const [title, setUp] of Object.entries(setups)) {
         before(async () => {
             station = await setUp(makeUsers(users));
             const open = (user, expected = []) => openPage(station.url, {user, expected});
-            [pages.olga, pages.omar, pages.mona] = await Promise.all([open(olga, ['401']), open(omar, ['409']), open(mona, ['403'])]);
+            [pages.olga, pages.omar, pages.mona] = await Promise.all(
+                [open(olga), open(omar, ['409']), open(mona, ['403'])]);
             await Promise.all(Object.values(pages).map(synced));
         });
 
@@ -92,7 +93,8 @@ for (const [title, setUp] of Object.entries(setups)) {
 
         test('the check names zones that are busy, faulty or not known', async () => {
             const {olga: page} = pages;
-            const {body} = await call(page, 'POST', '/announcements', {zones: ['Platform 3'], texts: [longText], priority: 900});
+            const {body} = await call(page, 'POST', '/announcements',
+                {zones: ['Platform 3'], texts: [longText], priority: 900});
             await compose(page, 'Platform 3', 'Later');
             await page.getByText('Platform 3: busy with a higher priority.').waitFor();
             await call(page, 'DELETE', `/announcements/${body.requestId}`);
@@ -101,7 +103,7 @@ for (const [title, setUp] of Object.entries(setups)) {
             await page.getByText('Platform 6: faulty or inactive.').waitFor();
         });
 
-        test('a preview can be heard', async () => {
+        test('a preview plays in the browser', async () => {
             const {olga: page} = pages;
             const lengths = [];
             for (const text of ['Mind the gap', 'Mind the gap between the train and the platform, please.']) {
@@ -131,7 +133,8 @@ for (const [title, setUp] of Object.entries(setups)) {
             await page.getByRole('button', {name: 'Clear', exact: true}).click();
             await chooseZone(page, 'Forecourt');
             await page.getByRole('radio', {name: 'File'}).check({force: true});
-            await page.getByLabel('WAV file').setInputFiles({name: 'beep.wav', mimeType: 'audio/wav', buffer: wavFile(0.5)});
+            await page.getByLabel('WAV file').setInputFiles(
+                {name: 'beep.wav', mimeType: 'audio/wav', buffer: wavFile(0.5)});
             await page.getByText('beep.wav: 0.5 s').waitFor();
             await page.getByRole('button', {name: 'Play now'}).click();
             await stateOf(page, 'beep.wav', 'finished');
@@ -227,7 +230,7 @@ for (const [title, setUp] of Object.entries(setups)) {
     });
 }
 
-/// A WAV file of silence, 16 bit, 48 kHz, mono.
+/// An empty WAV file, 16 bit, 48 kHz, mono.
 function wavFile(seconds) {
     const bytes = 96000 * seconds;
     const head = Buffer.alloc(44);

@@ -14,7 +14,7 @@ import {startPanel, work} from './programs.mjs';
 const zoneCount = 1000;
 const slots = 10;         // announcements at a time
 const zonesOfSlot = 4;    // 4 zones, 8 sinks and an announcement begin and end in about 1.3 s
-const measuredMS = 4000;
+const measuredMS = 3000;
 
 function station() {
     const groups = ['Platform', 'Concourse', 'Car Park', 'Terminal'];

@@ -66,7 +66,8 @@ test('pictures of every view', {skip: !folder && 'PA_SCREENSHOTS is not set'}, a
     for (const size of Object.keys(sizes)) {
         for (const theme of themes) {
             const options = {size, theme, expected: ['401', '404']};
-            const take = (page, name) => page.screenshot({path: path.join(folder, `${name.replace(/\/.*/, '-open')}-${size}-${theme}.png`)});
+            const take = (page, name) => page.screenshot({path:
+                path.join(folder, `${name.replace(/\/.*/, '-open')}-${size}-${theme}.png`)});
             const page = await openPage(panel.url, options);
             await page.getByRole('heading', {name: 'Log in'}).waitFor();
             await take(page, 'login');

@@ -185,11 +185,13 @@ class Composer {
         const checking = new AbortController();
         this.checking = checking;
         try {
-            const {problems} = await this.app.api.ask('/announcements/check', requestOf(draft), {signal: checking.signal});
+            const {problems} = await this.app.api.ask('/announcements/check', requestOf(draft),
+                {signal: checking.signal});
             this.showProblems(problems);
         } catch (error) {
             if (error.name !== 'AbortError' && !checking.signal.aborted) {
-                replace(this.problems, h('p', {class: 'problem prevents', dir: 'auto'}, icon('warning'), errorText(error)));
+                replace(this.problems,
+                    h('p', {class: 'problem prevents', dir: 'auto'}, icon('warning'), errorText(error)));
             }
         }
     }
@@ -201,17 +203,30 @@ class Composer {
                 dir: 'auto'}, icon('warning'), problemText(problem)))));
     }
 
+    /// What may play although the outcome is unknown is followed, too.
+    async send(body, follow) {
+        try {
+            return await this.app.api.operate('POST', '/announcements', body);
+        } catch (error) {
+            if (error.outcomeUnknown && error.details?.requestId) {
+                follow({requestId: error.details.requestId, state: 'unknown'});
+            }
+            throw error;
+        }
+    }
+
     async play() {
         const body = requestOf(draft);
         const title = titleOf(draft);
         this.isSending = true;
         this.showReadiness();
-        await attempt(() => this.app.api.operate('POST', '/announcements', body), (answer) => {
+        const follow = (answer) => {
             sent.add(answer, body.zones, title);
             noteZones(body.zones);
             this.showRecent();
             return t('announce.sent');
-        });
+        };
+        await attempt(() => this.send(body, follow), follow);
         this.isSending = false;
         this.showReadiness();
     }

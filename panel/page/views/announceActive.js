@@ -7,8 +7,10 @@ import {utcMoment} from '../format.js';
 import {hasText, t} from '../i18n.js';
 import {icon} from '../icons.js';
 import {announce, attempt, errorText} from '../messages.js';
+import {partType} from '../widgets/contentType.js';
 
 const mostZones = 60;
+const noPart = 7;  // the type of a part that is not there
 
 /// The records of the store by the announcement that they are parts of, the newest first.
 function activeRequests(store) {
@@ -110,7 +112,7 @@ export function activeList({app, sent}) {
     function partsOf(own, records) {
         if (records.length > 0) {
             return records.map((record) => ({state: record.stateText, reason: record.completionMsg,
-                name: t(record.audioMessageType === 7 ? 'active.visual' : 'active.audio'), since: startOf(record)}));
+                name: t(record.audioMessageType === noPart ? 'active.visual' : 'active.audio'), since: startOf(record)}));
         }
         return (own?.parts ?? []).map((part) => ({state: part.state, reason: part.reason,
             name: t((part.part ?? part.name) === 'visual' ? 'active.visual' : 'active.audio'), since: null}));
@@ -131,9 +133,9 @@ export function activeList({app, sent}) {
     }};
 }
 
+/// "Speech, Display template"
 function contentOf(records) {
-    return records.map((record) => record.audioMessageTypeText === 'NONE' ? record.visualMessageTypeText
-        : record.audioMessageTypeText).join(', ');
+    return [...new Set(records.map(partType))].join(', ');
 }
 
 /// The zones of a request, and whether it plays there now.
@@ -146,9 +148,9 @@ function zonesOf(own, records, store) {
 }
 
 function showZones(list, zones, isOver) {
-    const shown = zones.slice(0, mostZones);
-    replace(list, shown.map((zone) => {
+    const listed = zones.slice(0, mostZones);
+    replace(list, listed.map((zone) => {
         const word = zone.isPlaying ? 'playing' : isOver ? 'over' : 'waiting';
         return h('li', {'data-state': word}, h('bdi', {}, zone.id), ' ', h('small', {}, t(`active.zone.${word}`)));
-    }), zones.length > shown.length && h('li', {}, t('zones.more', {n: zones.length - shown.length})));
+    }), zones.length > listed.length && h('li', {}, t('zones.more', {n: zones.length - listed.length})));
 }

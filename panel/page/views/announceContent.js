@@ -4,7 +4,8 @@
 import {h, replace, set} from '../dom.js';
 import {t} from '../i18n.js';
 import {itemsEditor} from './announceItems.js';
-import {displayEditor, field, listOf, numberField, recordingEditor, speechEditor, uploadEditor} from './announceParts.js';
+import {displayEditor, field, listOf, numberField, recordingEditor, speechEditor, uploadEditor}
+    from './announceParts.js';
 
 const kinds = ['texts', 'items', 'recording', 'upload', 'none'];
 
@@ -55,7 +56,8 @@ function options(lists, draft, change) {
         on: {change: () => change({isRelative: relative.checked})}});
     return h('details', {class: 'options'}, h('summary', {}, t('compose.options')),
         h('div', {class: 'option-grid'},
-            numberField(t('compose.priority'), draft.priority, {min: -100000, max: 100000}, (priority) => change({priority})),
+            numberField(t('compose.priority'), draft.priority, {min: -100000, max: 100000},
+                (priority) => change({priority})),
             h('label', {class: 'check'}, relative, h('span', {}, t('compose.relative'))),
             chimeField(t('compose.preChime'), lists.chimes, draft.preChime, (preChime) => change({preChime})),
             chimeField(t('compose.postChime'), lists.chimes, draft.postChime, (postChime) => change({postChime})),
@@ -70,12 +72,12 @@ export function contentEditor({app, lists, draft, onChange}) {
     };
     const audio = h('div', {class: 'compose-audio'});
     const showAudio = () => replace(audio, editors[draft.audio]({app, lists, draft, change}));
-    const display = h('div', {class: 'compose-display', hidden: !draft.isShown}, displayEditor({
+    const display = h('div', {class: 'compose-display', hidden: !draft.hasDisplay}, displayEditor({
         templates: lists.templates, value: draft, onChange: ({template, variables, validity}) =>
             change({template, variables, validity})}));
-    const isShown = h('input', {type: 'checkbox', checked: draft.isShown, on: {change: () => {
-        set(display, 'hidden', !isShown.checked);
-        change({isShown: isShown.checked});
+    const hasDisplay = h('input', {type: 'checkbox', checked: draft.hasDisplay, on: {change: () => {
+        set(display, 'hidden', !hasDisplay.checked);
+        change({hasDisplay: hasDisplay.checked});
     }}});
     showAudio();
     return h('div', {class: 'stack'},
@@ -84,7 +86,7 @@ export function contentEditor({app, lists, draft, onChange}) {
             showAudio();
         }),
         audio,
-        h('label', {class: 'check'}, isShown, h('span', {}, t('compose.display'))),
+        h('label', {class: 'check'}, hasDisplay, h('span', {}, t('compose.display'))),
         display,
         options(lists, draft, change));
 }

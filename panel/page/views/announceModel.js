@@ -12,7 +12,7 @@ export function emptyDraft() {
         repeat: 1,
         recording: '',
         upload: null,  // as the gateway has answered
-        isShown: false,
+        hasDisplay: false,
         template: '',
         variables: [['', '']],
         validity: 30,
@@ -42,7 +42,7 @@ export function requestOf(draft) {
     return {
         zones: draft.zones,
         ...audioParts[draft.audio](draft),
-        ...(draft.isShown ? displayPart(draft) : {}),
+        ...(draft.hasDisplay ? displayPart(draft) : {}),
         priority: draft.priority,
         ...(draft.isRelative ? {relative: true} : {}),
         ...(draft.preChime ? {preChime: draft.preChime} : {}),
@@ -64,13 +64,13 @@ export function whatIsMissing(draft) {
     if (draft.zones.length === 0) {
         return 'announce.missing.zones';
     }
-    if (draft.isShown && !draft.template) {
+    if (draft.hasDisplay && !draft.template) {
         return 'announce.missing.template';
     }
     if (draft.audio !== 'none' && !hasAudio[draft.audio](draft)) {
         return `announce.missing.${draft.audio}`;
     }
-    return draft.audio === 'none' && !draft.isShown ? 'announce.missing.content' : null;
+    return draft.audio === 'none' && !draft.hasDisplay ? 'announce.missing.content' : null;
 }
 
 const longestTitle = 60;

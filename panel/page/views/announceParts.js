@@ -72,7 +72,7 @@ export function rows({values, make, blank, addLabel, removeLabel, least = 1, onC
     return h('div', {class: 'rows-editor'}, list, add);
 }
 
-/// Texts that are spoken in turn by one voice; each can be heard here. The value is {texts, voice}.
+/// Texts that are spoken in turn by one voice; each can be played here. The value is {texts, voice}.
 export function speechEditor({app, texts, voice, onChange}) {
     let value = {texts, voice};
     const players = new Set();
@@ -80,19 +80,21 @@ export function speechEditor({app, texts, voice, onChange}) {
         value = {...value, ...part};
         onChange(value);
     };
-    const voices = app.store.all('voices');
-    const indexOf = voices.findIndex((one) => one.language === voice?.language && one.voice === voice?.voice);
-    const select = h('select', {value: String(Math.max(indexOf, 0)), disabled: voices.length === 0,
+    const voices = app.store.all('voices').map((one) => ({language: one.language, voice: one.voice, text: one.text}));
+    const isSame = (one) => one.language === voice?.language && one.voice === voice?.voice;
+    if (voice && !voices.some(isSame)) {
+        voices.push({...voice, text: ''});  // not there now; another one is the user's choice
+    }
+    const voiceAt = (i) => ({language: voices[i].language, voice: voices[i].voice});
+    const select = h('select', {value: String(Math.max(voices.findIndex(isSame), 0)), disabled: voices.length === 0,
         on: {change: () => {
             players.forEach((player) => player.clear());
             change({voice: voiceAt(Number(select.value))});
         }}},
     voices.map((one, i) => h('option', {value: String(i)}, `${one.text || one.voice} (${one.language}, ${one.voice})`)),
     voices.length === 0 && h('option', {}, t('compose.noVoices')));
-    const voiceAt = (i) => ({language: voices[i].language, voice: voices[i].voice});
-    if (indexOf < 0 && voices.length > 0) {
-        value.voice = voiceAt(0);
-        onChange(value);
+    if (!voice && voices.length > 0) {
+        change({voice: voiceAt(0)});
     }
     const textRow = (text, changeText, i) => {
         const input = h('textarea', {rows: 3, maxlength: 4000, dir: 'auto', value: text,
@@ -195,7 +197,8 @@ export function displayEditor({templates, value, onChange}) {
     const template = names.length > 0
         ? h('select', {value: value.template, on: {change: () => change({template: template.value})}},
             h('option', {value: ''}, t('compose.chooseTemplate')),
-            value.template !== '' && !names.includes(value.template) && h('option', {value: value.template}, value.template),
+            value.template !== '' && !names.includes(value.template)
+                && h('option', {value: value.template}, value.template),
             names.map((name) => h('option', {value: name}, name)))
         : h('input', {type: 'text', maxlength: 200, value: value.template, dir: 'auto',
             on: {input: () => change({template: template.value})}});

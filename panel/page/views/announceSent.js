@@ -2,14 +2,10 @@
 // Follows the announcements that this page has sent, also while another view is open.
 
 import {path} from '../api.js';
+import {isWithin} from '../widgets/zoneTile.js';
 
 const mostKept = 20;
 const pause = 300;  // between two looks at one announcement
-
-/// Whether a zone is another one or its sub-zone, as "Platform 1/North" is of "Platform 1".
-export function isWithin(zone, outer) {
-    return zone === outer || zone.startsWith(`${outer}/`);
-}
 
 /// What the gateway knows of each announcement of this page, the newest first.
 export class SentAnnouncements {

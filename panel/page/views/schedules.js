@@ -26,7 +26,8 @@ function mount(root, app, parts) {
     return {unmount: () => view.close(), update: (next) => view.update(next), shortcuts: [
         {key: '/', text: t('search.label'), run: () => view.search.focus()},
         {key: 'n', text: t('schedules.new'), run: () => view.edit(null)},
-        {key: 'w', text: t('schedules.form.week'), run: () => app.go('schedules', view.form === 'week' ? 'table' : 'week')},
+        {key: 'w', text: t('schedules.form.week'), run: () =>
+            app.go('schedules', view.form === 'week' ? 'table' : 'week')},
     ]};
 }
 
@@ -49,12 +50,14 @@ class Schedules {
         this.file = h('input', {type: 'file', accept: '.json,application/json', class: 'visually-hidden', tabindex: '-1',
             'aria-label': t('schedules.import'), on: {change: () => this.import()}});
         this.changing = [
-            h('button', {type: 'button', class: 'primary', on: {click: () => this.edit(null)}}, icon('plus'), t('schedules.new')),
+            h('button', {type: 'button', class: 'primary', on: {click: () => this.edit(null)}},
+                icon('plus'), t('schedules.new')),
             h('button', {type: 'button', on: {click: () => this.file.click()}}, icon('upload'), t('schedules.import')),
         ];
         const isOperator = app.session.role === 'operator';
         this.element = h('div', {class: 'schedules'},
-            h('div', {class: 'toolbar'}, h('nav', {class: 'tabs', 'aria-label': t('schedules.forms')}, this.tabs), this.search,
+            h('div', {class: 'toolbar'},
+                h('nav', {class: 'tabs', 'aria-label': t('schedules.forms')}, this.tabs), this.search,
                 isOperator && this.changing, isOperator && this.file,
                 h('a', {class: 'button', href: `${prefix}/schedules/export`, download: 'schedules.json'},
                     icon('download'), t('schedules.export'))),
@@ -113,7 +116,8 @@ class Schedules {
             [...this.body.querySelectorAll('button')].find((button) => button.dataset.action === focused)?.focus();
         }
         setText(this.note, all.length === 0 ? t('schedules.none') : found.length === 0 ? t('list.noMatch')
-            : found.length > mostRows ? t('zones.more', {n: found.length - mostRows}) : t('schedules.count', {n: found.length}));
+            : found.length > mostRows ? t('zones.more', {n: found.length - mostRows})
+                : t('schedules.count', {n: found.length}));
         this.showNextRuns();
     }
 
@@ -125,8 +129,11 @@ class Schedules {
         const canChange = this.app.session.role === 'operator';
         return h('tr', {'data-schedule': id},
             h('th', {scope: 'row', dir: 'auto'}, nameOf(schedule)),
-            cell('times', timesText(schedule)), cell('days', daysText(schedule.dayMask)), cell('period', periodText(schedule)),
-            cell('zones', h('bdi', {}, schedule.paZones.join(', '))), cell('content', h('bdi', {}, contentText(schedule))),
+            cell('times', timesText(schedule)),
+            cell('days', daysText(schedule.dayMask)),
+            cell('period', periodText(schedule)),
+            cell('zones', h('bdi', {}, schedule.paZones.join(', '))),
+            cell('content', h('bdi', {}, contentText(schedule))),
             h('td', {'data-label': t('schedules.nextRun'), 'data-run': id}),
             h('td', {class: 'actions'}, canChange && [
                 button('edit', t('schedules.editOf', {name: nameOf(schedule)}), () => this.edit(id)),

@@ -10,7 +10,8 @@ import {zonePicker} from '../widgets/zonePicker.js';
 import {kindChoice} from './announceContent.js';
 import {itemsEditor} from './announceItems.js';
 import {displayEditor, field, numberField, recordingEditor, speechEditor} from './announceParts.js';
-import {PartType, audioOf, cleaned, definitionOf, momentOf, setMoment, whatIsMissing, withAudio} from './schedulesModel.js';
+import {PartType, audioOf, cleaned, definitionOf, momentOf, setMoment, whatIsMissing, withAudio}
+    from './schedulesModel.js';
 import {momentText, weekdayName} from './schedulesText.js';
 
 const runCount = 5;
@@ -48,8 +49,8 @@ class ScheduleEditor {
                 part(t('schedules.when'), this.times(), this.runsStatus, this.runs),
                 part(t('announce.zones'), this.picker.element),
                 part(t('announce.content'), this.content())), this.note],
-            footer: [this.reason, h('button', {type: 'button', on: {click: () => this.dialog.close()}}, t('dialog.cancel')),
-                this.save],
+            footer: [this.reason,
+                h('button', {type: 'button', on: {click: () => this.dialog.close()}}, t('dialog.cancel')), this.save],
             onClose: () => this.close(),
         });
         this.endFollowing = this.app.store.subscribe(['schedules', 'status'], () => this.takeChanges());
@@ -109,7 +110,8 @@ class ScheduleEditor {
         const fields = ['start', 'end'].flatMap((which) => {
             const {date, time} = momentOf(this.definition, which);
             inputs[which] = {
-                date: h('input', {type: 'date', required: true, min: '1970-01-01', max: '2099-12-31', value: date, on: {input: take}}),
+                date: h('input', {type: 'date', required: true, min: '1970-01-01', max: '2099-12-31', value: date,
+                    on: {input: take}}),
                 time: h('input', {type: 'time', required: true, value: time, on: {input: take}}),
             };
             return [field(t(`schedules.${which}Date`), inputs[which].date),
@@ -122,11 +124,12 @@ class ScheduleEditor {
                     on: {change: () => this.change({dayMask: this.definition.dayMask ^ (1 << day)})}});
                 return h('label', {class: 'check'}, box, h('span', {}, weekdayName(day)));
             }));
-        const name = h('input', {type: 'text', maxlength: 200, dir: 'auto', value: this.definition.descrption, 'data-autofocus': '',
-            on: {input: () => this.change({descrption: name.value})}});
-        return h('div', {class: 'stack'}, field(t('schedules.description'), name), h('div', {class: 'option-grid'}, fields,
-            numberField(t('schedules.frequency'), this.definition.frequency, {min: 0, max: 1440, note: t('schedules.frequencyNote')},
-                (frequency) => this.change({frequency}))), days);
+        const name = h('input', {type: 'text', maxlength: 200, dir: 'auto', value: this.definition.descrption,
+            'data-autofocus': '', on: {input: () => this.change({descrption: name.value})}});
+        const every = numberField(t('schedules.frequency'), this.definition.frequency,
+            {min: 0, max: 1440, note: t('schedules.frequencyNote')}, (frequency) => this.change({frequency}));
+        return h('div', {class: 'stack'}, field(t('schedules.description'), name),
+            h('div', {class: 'option-grid'}, fields, every), days);
     }
 
     content() {
@@ -139,13 +142,13 @@ class ScheduleEditor {
             onChange: (value) => this.change({displayTemplateName: value.template,
                 displayTemplateKeyValueList: Object.fromEntries(value.variables.filter(([key]) => key)),
                 displayTemplateValidityPeriodSeconds: value.validity})}));
-        const isShown = h('input', {type: 'checkbox', checked: d.visualAnnouncementType !== PartType.None,
+        const hasDisplay = h('input', {type: 'checkbox', checked: d.visualAnnouncementType !== PartType.None,
             on: {change: () => {
-                set(display, 'hidden', !isShown.checked);
-                this.change({visualAnnouncementType: isShown.checked ? PartType.Display : PartType.None,
+                set(display, 'hidden', !hasDisplay.checked);
+                this.change({visualAnnouncementType: hasDisplay.checked ? PartType.Display : PartType.None,
                     displayTemplateValidityPeriodSeconds: d.displayTemplateValidityPeriodSeconds || usualValidity});
             }}});
-        set(display, 'hidden', !isShown.checked);
+        set(display, 'hidden', !hasDisplay.checked);
         showAudio();
         const relative = h('input', {type: 'checkbox', checked: d.priorityMode === 1,
             on: {change: () => this.change({priorityMode: relative.checked ? 1 : 0})}});
@@ -158,7 +161,7 @@ class ScheduleEditor {
                 showAudio();
             }),
             audio,
-            h('label', {class: 'check'}, isShown, h('span', {}, t('compose.display'))), display,
+            h('label', {class: 'check'}, hasDisplay, h('span', {}, t('compose.display'))), display,
             h('details', {class: 'options'}, h('summary', {}, t('compose.options')), h('div', {class: 'option-grid'},
                 numberField(t('compose.priority'), d.priorityLevel, {min: -100000, max: 100000},
                     (priorityLevel) => this.change({priorityLevel})),
@@ -210,8 +213,8 @@ class ScheduleEditor {
             return;
         }
         try {
-            const {runs} = await this.app.api.ask('/schedules/runs', {schedule: cleaned(this.definition), count: runCount},
-                {signal: abort.signal});
+            const {runs} = await this.app.api.ask('/schedules/runs',
+                {schedule: cleaned(this.definition), count: runCount}, {signal: abort.signal});
             setText(this.runsStatus, runs.length === 0 ? t('schedules.noRuns') : t('schedules.nextRuns'));
             replace(this.runs, runs.map((run) => h('li', {}, momentText(run))));
         } catch (error) {

@@ -32,8 +32,8 @@ export function definitionOf(record) {
             definition[name] = structuredClone(record[name]);
         }
     }
-    definition.ttsList = (definition.ttsList ?? []).map(
-        (spoken) => Object.fromEntries(voiceMembers.filter((name) => name in spoken).map((name) => [name, spoken[name]])));
+    const known = (spoken) => Object.entries(spoken).filter(([name]) => voiceMembers.includes(name));
+    definition.ttsList = (definition.ttsList ?? []).map((spoken) => Object.fromEntries(known(spoken)));
     return definition;
 }
 
@@ -60,13 +60,14 @@ export function withAudio(definition, kind) {
 /// The definition as it is sent: without what does not belong to its parts.
 export function cleaned(definition) {
     const audio = audioOf(definition);
-    const isShown = definition.visualAnnouncementType !== PartType.None;
+    const hasDisplay = definition.visualAnnouncementType !== PartType.None;
     const blank = blankSchedule('2000-01-01');
     const keep = (is, ...names) => (is ? {} : Object.fromEntries(names.map((name) => [name, blank[name]])));
     return {...definition,
         ...keep(audio === 'items', 'dictionaryItems', 'repeatCnt'),
         ...keep(audio === 'recording', 'storedDataFilePath', 'storedDataSourceId'),
-        ...keep(isShown, 'displayTemplateName', 'displayTemplateKeyValueList', 'displayTemplateValidityPeriodSeconds'),
+        ...keep(hasDisplay, 'displayTemplateName', 'displayTemplateKeyValueList',
+            'displayTemplateValidityPeriodSeconds'),
         ttsList: audio === 'texts' ? definition.ttsList.filter((spoken) => spoken.text.trim()) : []};
 }
 
@@ -76,30 +77,35 @@ export function whatIsMissing(definition) {
     const {ttsList, dictionaryItems, storedDataFilePath} = cleaned(definition);
     const hasAudio = {texts: ttsList.length > 0, items: dictionaryItems.length > 0,
         recording: storedDataFilePath !== '', none: true}[audio];
-    const isShown = definition.visualAnnouncementType !== PartType.None;
+    const hasDisplay = definition.visualAnnouncementType !== PartType.None;
     if (definition.paZones.length === 0) {
         return 'announce.missing.zones';
     }
     if (definition.dayMask === 0) {
         return 'schedules.missing.days';
     }
-    if (isShown && !definition.displayTemplateName) {
+    if (hasDisplay && !definition.displayTemplateName) {
         return 'announce.missing.template';
     }
     if (!hasAudio) {
         return `announce.missing.${audio}`;
     }
-    return audio === 'none' && !isShown ? 'announce.missing.content' : null;
+    return audio === 'none' && !hasDisplay ? 'announce.missing.content' : null;
 }
 
 const two = (number) => String(number).padStart(2, '0');
+
+/// "06:05" for 365
+export function clockText(minutes) {
+    return `${two(Math.floor(minutes / 60))}:${two(minutes % 60)}`;
+}
 
 /// A moment of a definition as two texts, "2026-12-01" and "06:00"; `which` is "start" or "end".
 export function momentOf(definition, which) {
     const part = (name) => definition[which + name];
     return {
         date: `${String(part('Year')).padStart(4, '0')}-${two(part('Month'))}-${two(part('Day'))}`,
-        time: `${two(part('Hour'))}:${two(part('Minute'))}`,
+        time: clockText(part('Hour') * 60 + part('Minute')),
     };
 }
 

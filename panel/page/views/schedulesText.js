@@ -79,8 +79,9 @@ export function contentText(schedule) {
         recording: () => schedule.storedDataFilePath,
         none: () => '',
     }[audioOf(schedule)]();
-    const isShown = schedule.visualAnnouncementType !== PartType.None;
-    return [audio, isShown && t('schedules.display', {template: schedule.displayTemplateName})].filter(Boolean).join('; ');
+    const hasDisplay = schedule.visualAnnouncementType !== PartType.None;
+    const display = hasDisplay && t('schedules.display', {template: schedule.displayTemplateName});
+    return [audio, display].filter(Boolean).join('; ');
 }
 
 /// What a schedule is called.

@@ -4,12 +4,10 @@
 import {h, replace, set} from '../dom.js';
 import {t} from '../i18n.js';
 import {icon} from '../icons.js';
-import {addDays, layOut, minutesOfDay, mondayOf, windowsInWeek} from './schedulesModel.js';
+import {addDays, clockText, layOut, minutesOfDay, mondayOf, windowsInWeek} from './schedulesModel.js';
 import {dateText, nameOf, timesText, weekdayText} from './schedulesText.js';
 
 const leastMinutes = 40;  // of the drawing, so that a window's text has space
-
-const clockText = (minutes) => `${String(Math.floor(minutes / 60)).padStart(2, '0')}:${String(minutes % 60).padStart(2, '0')}`;
 
 /// `today()` is the station's date; `open(id)` edits a schedule.
 export function weekView({store, today, open}) {
@@ -30,9 +28,9 @@ export function weekView({store, today, open}) {
     function event(window) {
         const times = window.every > 0 ? timesText(window.schedule) : clockText(window.from);
         const name = nameOf(window.schedule);
-        const button = h('button', {type: 'button', class: 'week-event', 'aria-label': `${times} ${name}`,
-            title: `${times} ${name}`, on: {click: () => open(window.schedule.Id)}},
-        h('strong', {}, times), ' ', h('bdi', {}, name));
+        const button = h('button', {type: 'button', class: 'week-event', title: `${name} ${times}`,
+            on: {click: () => open(window.schedule.Id)}},
+        h('span', {}, h('strong', {dir: 'auto'}, name), ' ', times));
         const length = Math.max(window.to - window.from, leastMinutes);
         const top = Math.min(window.from, minutesOfDay - leastMinutes);
         button.style.setProperty('--from', top / minutesOfDay);

@@ -68,9 +68,9 @@ class ZonePicker {
         const isSearch = words[0] !== '';
         this.rows.clear();
         this.groups.clear();
-        const shown = isSearch ? found.slice(0, mostFound) : found;
-        replace(this.list, this.grouped(shown).map(([group, members]) => this.group(group, members, isSearch)),
-            found.length > shown.length && h('p', {class: 'note'}, t('zones.more', {n: found.length - shown.length})),
+        const listed = isSearch ? found.slice(0, mostFound) : found;
+        replace(this.list, this.grouped(listed).map(([group, members]) => this.group(group, members, isSearch)),
+            found.length > listed.length && h('p', {class: 'note'}, t('zones.more', {n: found.length - listed.length})),
             found.length === 0 && h('p', {class: 'note'}, t(zones.length === 0 ? 'zones.none' : 'zones.notFound')));
         this.showChosen();
         this.focusOn(this.boxes()[0] ?? null);

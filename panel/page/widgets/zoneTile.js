@@ -12,7 +12,7 @@ export function isBusy(zone) {
 }
 
 /// Whether a zone is the other one or part of it.
-function isWithin(zone, other) {
+export function isWithin(zone, other) {
     return zone === other || zone.startsWith(`${other}/`);
 }
 
