@@ -58,7 +58,7 @@ std::int64_t Database::changes() const {
     return sqlite3_changes64(database_.get());
 }
 
-void Database::migrate(const std::vector<const char*>& steps) {
+void Database::migrate(const std::vector<const char*>& steps, const char* checkTables) {
     run("BEGIN EXCLUSIVE");
     const int found = std::stoi(textOf("PRAGMA user_version"));
     const int version = static_cast<int>(steps.size());
@@ -69,10 +69,11 @@ void Database::migrate(const std::vector<const char*>& steps) {
     if (found == 0 && textOf("SELECT count(*) FROM sqlite_master") != "0") {
         throw DatabaseFault("it is the database of another program");
     }
-    for (auto step = steps.begin() + found; step != steps.end(); ++step) {
-        run(*step);
+    for (int step = found; step < version; ++step) {
+        run(steps[static_cast<std::size_t>(step)]);
+        run(("PRAGMA user_version = " + std::to_string(step + 1)).c_str());
     }
-    run(("PRAGMA user_version = " + std::to_string(version)).c_str());
+    run(checkTables);
     run("COMMIT");
 }
 

@@ -39,7 +39,8 @@ public:
     /// Brings the tables of a new database, and of one of an earlier version, to the version of
     /// this program, in one transaction.
     /// @param steps each leads from the version that is its place to the next one
-    void migrate(const std::vector<const char*>& steps);
+    /// @param checkTables a statement that fails when the tables are others: nothing changes then
+    void migrate(const std::vector<const char*>& steps, const char* checkTables);
 
     /// Replaces the whole content by that of another database.
     void copyFrom(Database& source);

@@ -82,7 +82,7 @@ bool isPassword(const std::string& password, const std::string& hash) {
 
 HashLimit::Turn::Turn(HashLimit& limit) : limit_(limit) {
     constexpr int mostInside = 2;
-    constexpr int mostWaiting = 32;
+    constexpr int mostWaiting = 100;
     std::unique_lock<std::mutex> lock(limit_.lock_);
     if (limit_.waiting_ >= mostWaiting) {
         throw ApiError(503, "overloaded", "too many logins at once, try again");

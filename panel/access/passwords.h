@@ -24,7 +24,7 @@ bool isPasswordHash(const std::string& text);
 /// @param hash empty for an unknown user: it takes as long, and the answer is no
 bool isPassword(const std::string& password, const std::string& hash);
 
-/// A hash takes a while and several MB: at most two threads are inside at once, and at most 32
+/// A hash takes a while and several MB: at most two threads are inside at once, and at most 100
 /// wait.
 class HashLimit {
 public:

@@ -86,7 +86,8 @@ const fs::path& made(const fs::path& file) {
 Database opened(const fs::path& file) {
     try {
         Database database(made(file));
-        database.migrate({std::begin(migrations), std::end(migrations)});
+        database.migrate({std::begin(migrations), std::end(migrations)},
+                         "SELECT time, finished FROM operation LIMIT 0");
         database.run("PRAGMA journal_mode = WAL");
         Database::Statement forget(database,
                                    "UPDATE operation SET outcome = 'unknown', text = ?1"

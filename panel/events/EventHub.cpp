@@ -28,16 +28,13 @@ EventHub::EventHub() : log_([this] { return snapshotOf(*services_); }), changes_
 
 EventHub::~EventHub() {
     stop();
-    if (thread_.joinable()) {
-        thread_.join();
-    }
 }
 
 void EventHub::start(const Services& services) {
     services_ = &services;
     isComplete_ = wasSynced_ = services.connection.isSynced();
     pending_.restart();
-    thread_ = std::thread([this] { run(); });
+    thread_ = std::make_unique<pa::PosixThread>("papanel events", [this] { run(); });
 }
 
 void EventHub::stop() {

@@ -4,12 +4,13 @@
 #include <atomic>
 #include <chrono>
 #include <cstdint>
+#include <memory>
 #include <mutex>
 #include <set>
 #include <string>
-#include <thread>
 
 #include "client/ChangeStream.h"
+#include "framework/posixThread.h"
 #include "panel/events/EventLog.h"
 #include "panel/events/LevelFeeds.h"
 #include "panel/events/PendingChanges.h"
@@ -76,7 +77,7 @@ private:
     std::set<int> notedLocks_;
     std::set<int> notedTriggers_;
 
-    std::thread thread_;
+    std::unique_ptr<pa::PosixThread> thread_;  // null before the start
 };
 
 }  // namespace papanel

@@ -8,7 +8,6 @@
 #include <system_error>
 
 #include "framework/log.h"
-#include "framework/posixThread.h"
 
 namespace papanel {
 
@@ -83,11 +82,10 @@ HttpServer::HttpServer(const HttpSettings& settings, HttpHandler handler)
       tls_(makeTlsContext(settings.certificate, settings.key)),
       listener_(std::make_unique<Listener>(settings)),
       port_(listener_->port()),
-      acceptor_([this] { acceptConnections(); }) {}
+      acceptor_("papanel accept", [this] { acceptConnections(); }) {}
 
 HttpServer::~HttpServer() {
     requestStop();
-    acceptor_.join();
     std::unique_lock guard(lock_);
     ended_.wait(guard, [this] { return connections_.empty(); });
 }

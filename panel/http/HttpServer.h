@@ -9,8 +9,8 @@
 #include <memory>
 #include <mutex>
 #include <string>
-#include <thread>
 
+#include "framework/posixThread.h"
 #include "panel/http/Channel.h"
 #include "panel/http/HttpConnection.h"
 #include "panel/http/HttpSettings.h"
@@ -60,7 +60,7 @@ private:
     Connections connections_;
     std::map<std::string, std::size_t> perAddress_;
 
-    std::thread acceptor_;
+    pa::PosixThread acceptor_;
 };
 
 }  // namespace papanel

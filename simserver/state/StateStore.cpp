@@ -74,8 +74,8 @@ StateStore::StateStore(const fs::path& folder) : place_((folder / fileName).stri
         if (const std::string fault = database_.textOf("PRAGMA integrity_check"); fault != "ok") {
             throw DatabaseFault("it is damaged: " + fault);
         }
-        database_.migrate({std::begin(migrations), std::end(migrations)});
-        database_.run("SELECT kind, id, value FROM kept LIMIT 0");
+        database_.migrate({std::begin(migrations), std::end(migrations)},
+                          "SELECT kind, id, value FROM kept LIMIT 0");
         database_.run("PRAGMA journal_mode = WAL");  // synced less often, in order
     } catch (const DatabaseFault& fault) {
         throw std::runtime_error("cannot keep state in \"" + place_ + "\": " + fault.what());

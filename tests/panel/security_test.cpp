@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
+#include <csignal>
 #include <list>
+#include <sys/resource.h>
 #include <sys/stat.h>
 
 #include "framework/log.h"
@@ -52,6 +54,7 @@ struct SecurityTest : testing::Test {
         settings.server.scenario = PA_TESTS "/simserver/stations/small.json";
         settings.users = folder.write("users", users);
         chmod(settings.users.c_str(), 0600);
+        settings.audit = folder.path() / "audit.db";
         settings.http.limits.body = std::chrono::milliseconds(200);
         panel = std::make_unique<Panel>(settings);
     }
@@ -219,6 +222,33 @@ TEST_F(SecurityTest, AStreamEndsWithItsSession) {
               std::string::npos);
     levels.receive();  // to its end
     EXPECT_EQ(codeOf(ask("GET", "/api/v1/zones", ann.cookie)), "not-logged-in");
+}
+
+TEST_F(SecurityTest, NothingIsDoneThatTheAuditTrailCannotHold) {
+    const LoggedIn ann = loggedIn("ann", "correct horse");
+    const RawClient events(panel->port());
+    events.send(request("GET", "/api/v1/events", ann.cookie));
+    events.receive("\"synced\":true");
+    const auto setGain = [&] {
+        return ask(
+            "PUT", "/api/v1/sinks/5/gain",
+            ann.cookie + ann.token + "Idempotency-Key: k\r\nContent-Type: application/json\r\n",
+            R"({"level":-3})");
+    };
+    std::signal(SIGXFSZ, SIG_IGN);
+    rlimit before{};
+    getrlimit(RLIMIT_FSIZE, &before);
+    const rlimit full{0, before.rlim_max};
+    setrlimit(RLIMIT_FSIZE, &full);
+    EXPECT_EQ(codeOf(setGain()), "audit-unavailable");
+    setrlimit(RLIMIT_FSIZE, &before);
+    EXPECT_NE(setGain().find(R"("outcome":"done")"), std::string::npos) << "not \"as-before\"";
+    const std::string rows = ask("GET", "/api/v1/audit?user=ann", ann.cookie);
+    EXPECT_NE(rows.find(R"("address":"127.0.0.1","operation":"set sink gain","target":"5",)"
+                        R"("request":"{\"level\":-3}","outcome":"done")"),
+              std::string::npos)
+        << rows;
+    EXPECT_EQ(rows.find("\"id\":2"), std::string::npos);
 }
 
 TEST_F(SecurityTest, PasswordsAreTriedSlowly) {
