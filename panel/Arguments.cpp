@@ -4,7 +4,7 @@
 #include <CLI/CLI.hpp>
 #include <unistd.h>
 
-#include "client/scheduleTimes.h"
+#include "operating/serverOptions.h"
 #include "paserver/journal.h"
 #include "util/userFile.h"
 
@@ -20,47 +20,11 @@ constexpr const char* footer =
 /// The words of the command line that are examined later.
 struct Words {
     std::string listen = "127.0.0.1:8088";
-    std::string clock;
     std::string proxyScheme;
     std::vector<std::string> proxies{"127.0.0.1", "::1"};
     bool journal = false;
     int debug = 0;
 };
-
-void addServerOptions(CLI::App& app, paserver::ServerChoice& server, Words& words) {
-    CLI::Option_group* const broker = app.add_option_group("Audio server on a broker");
-    CLI::Option* const url =
-        broker
-            ->add_option("--server", server.broker,
-                         "mqtt[s]://HOST[:PORT] of the broker (default: a simulated server)")
-            ->envname("PAPANEL_SERVER");
-    broker->add_option("--dst", server.dstNo, "Number of the server (default: the active one)")
-        ->check(CLI::PositiveNumber);
-    CLI::Option* const indirect = broker->add_flag("--indirect", server.indirect,
-                                                   "Use the server over a local one, which relays");
-    CLI::Option* const local =
-        broker->add_option("--local-dst", server.localDstNo, "Number of the local server")
-            ->check(CLI::PositiveNumber);
-    indirect->needs(local);
-    local->needs(indirect);
-    broker->add_option("--credentials", server.credentials,
-                       "File with the lines user = NAME and password = TEXT, for its owner only");
-    broker->add_option("--ca", server.caFile,
-                       "File of the authorities that the broker's certificate may have");
-    broker->add_option("--cert", server.certificateFile, "Certificate of this client, a file");
-    broker->add_option("--key", server.keyFile, "Key of the certificate, a file");
-    CLI::Option_group* const simulated = app.add_option_group("Simulated audio server");
-    simulated->add_option("--scenario", server.scenario, "Its station, a JSON file")->excludes(url);
-    simulated->add_option("--speed", server.speed, "Simulated seconds per second (default 1)")
-        ->check(CLI::Range(1e-3, 1e6))
-        ->excludes(url);
-    simulated->add_option("--spool", server.spool, "Folder of uploads and recordings")
-        ->excludes(url);
-    simulated->add_option("--state", server.state, "Folder of what outlives the process")
-        ->excludes(url);
-    simulated->add_option("--clock", words.clock, "Station time at the start, as 2026-12-01T05:59")
-        ->excludes(url);
-}
 
 void addPageOptions(CLI::App& app, PanelSettings& settings, Words& words) {
     CLI::Option_group* const pages = app.add_option_group("Pages");
@@ -97,7 +61,7 @@ void addPageOptions(CLI::App& app, PanelSettings& settings, Words& words) {
 
 void define(CLI::App& app, PanelSettings& settings, Words& words) {
     addPageOptions(app, settings, words);
-    addServerOptions(app, settings.server, words);
+    paoperating::addServerOptions(app, settings.server, "PAPANEL_SERVER");
     app.add_flag("--journal", words.journal,
                  "Log lines with priorities (the default when stderr is the journal)");
     app.add_option("--debug", words.debug, "Verbosity of the log, 0 to 3 (default 0)")
@@ -137,19 +101,6 @@ void finish(PanelSettings& settings, const Words& words) {
     if (settings.users.empty() && (settings.isBehindProxy || !isLoopbackHost(settings.http.host))) {
         throw std::invalid_argument(
             "without --users only this machine is served: no other address, and no proxy");
-    }
-    if (!settings.server.broker.empty()) {
-        paserver::checkBrokerUrl(settings.server.broker);
-    }
-    if (!(settings.server.speed > 0)) {  // not a number, which is in every range
-        throw std::invalid_argument("--speed: a number above 0 is expected");
-    }
-    if (!words.clock.empty()) {
-        const paclient::DateTime typed = paclient::parseDateTime(words.clock);
-        if (!typed.date || !typed.time) {
-            throw std::invalid_argument("--clock: '" + words.clock + "' is not a date and a time");
-        }
-        settings.server.clock = typed;
     }
 }
 

@@ -110,6 +110,8 @@ Panel::Panel(const PanelSettings& settings, std::unique_ptr<paclient::Endpoint> 
 
 Panel::~Panel() {
     requestStop();
+    parts_->http.reset();  // no page takes a source any more
+    parts_->locks.releaseAll(std::chrono::seconds(1));
 }
 
 void Panel::requestStop() {

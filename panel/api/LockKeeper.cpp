@@ -147,6 +147,21 @@ std::vector<int> LockKeeper::dueSources() {
     return due;
 }
 
+void LockKeeper::releaseAll(std::chrono::milliseconds limit) {
+    std::vector<int> sources;
+    {
+        const std::lock_guard guard(lock_);
+        for (const auto& [sourceId, lock] : locks_) {
+            sources.push_back(sourceId);
+        }
+    }
+    for (const int sourceId : sources) {
+        if (isHeldHere(sourceId) && !paclient::releaseLock(sourceId, {limit}).holds()) {
+            return;  // nor would the others be released: they lapse
+        }
+    }
+}
+
 void LockKeeper::releaseDue() {
     for (const int sourceId : dueSources()) {
         if (isHeldHere(sourceId)) {

@@ -62,6 +62,9 @@ public:
     void sessionEnded(const std::string& sessionId);
     /// Has the server release what is due. To be called about once a second; waits for nothing.
     void releaseDue();
+    /// Releases all at the end of the gateway; waits at most `limit` for each, and
+    /// ends at the first one that is not released.
+    void releaseAll(std::chrono::milliseconds limit);
     /// @}
 
 private:

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "panel/api/contentText.h"
 
-#include <regex>
 #include <vector>
 
 #include "client/json.h"
@@ -26,7 +25,10 @@ std::string contentOf(const AnnouncementRequest& record) {
 std::string itemsText(const std::string& content) {
     const std::size_t end = content.find('!');
     const std::string repeats = end == std::string::npos ? "1" : content.substr(end + 1);
-    const std::string items = std::regex_replace(content.substr(0, end), std::regex("\\^"), ", ");
+    std::string items;
+    for (const char c : content.substr(0, end)) {
+        items += c == '^' ? std::string(", ") : std::string(1, c);
+    }
     return "items " + items + (repeats == "1" ? "" : " x" + repeats);
 }
 

@@ -9,6 +9,7 @@
 #include <stdexcept>
 #include <string>
 #include <sys/socket.h>
+#include <system_error>
 
 namespace papanel {
 

@@ -198,6 +198,10 @@ TEST_F(LocksTest, AreReleasedWithoutTheirPages) {
     locks.sessionEnded("s2");
     locks.releaseDue();
     awaitRelease(1);
+
+    call("PUT", "/sources/1/lock");
+    locks.releaseAll(10s);
+    EXPECT_EQ(paclient::lockHolder(1), "");
 }
 
 TEST_F(LocksTest, AreForgottenWhenTheServerHasTakenThem) {
