@@ -137,8 +137,11 @@ std::string titleOf(const Naming& naming) {
 Ambiguous ambiguous(const std::string& kind, const std::string& wanted,
                     const std::vector<Naming>& resources, const std::vector<std::size_t>& places) {
     std::vector<std::string> titles;
+    std::vector<std::string> names;
     for (std::size_t i = 0; i < std::min(places.size(), maxCandidates); ++i) {
-        titles.push_back(titleOf(resources[places[i]]));
+        const Naming& naming = resources[places[i]];
+        titles.push_back(titleOf(naming));
+        names.push_back(naming.number.empty() ? naming.name : naming.number);
     }
     const std::string more =
         places.size() > maxCandidates
@@ -146,7 +149,7 @@ Ambiguous ambiguous(const std::string& kind, const std::string& wanted,
             : "";
     return {quoted(wanted) + " is ambiguous: it names " + std::to_string(places.size()) +
                 " of the " + kind + "s: " + listed(titles) + more,
-            places, titles};
+            places, names};
 }
 
 template <class Predicate>

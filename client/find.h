@@ -41,11 +41,11 @@ class PA_API Ambiguous : public LookupError {
 public:
     /// The text, and what fits.
     Ambiguous(const std::string& text, std::vector<std::size_t> places,
-              std::vector<std::string> titles)
-        : LookupError(text), candidates(std::move(places)), names(std::move(titles)) {}
+              std::vector<std::string> wanted)
+        : LookupError(text), candidates(std::move(places)), names(std::move(wanted)) {}
 
     const std::vector<std::size_t> candidates;  ///< their places in the list that was searched
-    const std::vector<std::string> names;       ///< of the first ten: numbers and names, for people
+    const std::vector<std::string> names;       ///< of the first ten: the number, or else the name
 };
 
 /// The place of what is called `wanted`.

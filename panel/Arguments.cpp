@@ -24,7 +24,7 @@ struct Words {
     std::string proxyScheme;
     std::vector<std::string> proxies{"127.0.0.1", "::1"};
     bool journal = false;
-    int debug = 1;
+    int debug = 0;
 };
 
 void addServerOptions(CLI::App& app, paserver::ServerChoice& server, Words& words) {
@@ -74,21 +74,24 @@ void addPageOptions(CLI::App& app, PanelSettings& settings, Words& words) {
     CLI::Option* const key = pages->add_option("--tls-key", http.key, "Its key, a PEM file");
     certificate->needs(key);
     key->needs(certificate);
-    pages->add_option("--behind-proxy", words.proxyScheme,
-                      "http or https: how browsers reach the proxy that passes requests on")
+    pages
+        ->add_option("--behind-proxy", words.proxyScheme,
+                     "http or https: how browsers reach the proxy that passes requests on")
         ->check(CLI::IsMember({"http", "https"}))
         ->excludes(certificate);
     pages->add_option("--proxy-address", words.proxies,
                       "Address of that proxy, repeatable (default 127.0.0.1 and ::1)");
     pages->add_option("--audit", settings.audit,
                       "File of the audit trail (default: the newest operations, in memory)");
-    pages->add_option("--audit-days", settings.auditDays,
-                      "How long an operation stays in it (default 90)")
+    pages
+        ->add_option("--audit-days", settings.auditDays,
+                     "How long an operation stays in it (default 90)")
         ->check(CLI::Range(1, 36500));
     pages->add_option("--max-connections", http.limits.connections, "In all (default 1000)")
         ->check(CLI::Range(10, 100000));
-    pages->add_option("--max-connections-per-address", http.limits.connectionsPerAddress,
-                      "Of one client (default 250); this machine and the proxy have no limit")
+    pages
+        ->add_option("--max-connections-per-address", http.limits.connectionsPerAddress,
+                     "Of one client (default 250); this machine and the proxy have no limit")
         ->check(CLI::Range(1, 100000));
 }
 
@@ -97,7 +100,7 @@ void define(CLI::App& app, PanelSettings& settings, Words& words) {
     addServerOptions(app, settings.server, words);
     app.add_flag("--journal", words.journal,
                  "Log lines with priorities (the default when stderr is the journal)");
-    app.add_option("--debug", words.debug, "Verbosity of the log, 0 to 3 (default 1)")
+    app.add_option("--debug", words.debug, "Verbosity of the log, 0 to 3 (default 0)")
         ->check(CLI::Range(0, 3));
     app.set_config("--config",
                    pautil::userFile("XDG_CONFIG_HOME", ".config", "papanel/config.toml").string(),
@@ -131,8 +134,7 @@ void finish(PanelSettings& settings, const Words& words) {
     if (settings.isBehindProxy) {
         settings.http.proxies.insert(words.proxies.begin(), words.proxies.end());
     }
-    if (settings.users.empty() &&
-        (settings.isBehindProxy || !isLoopbackHost(settings.http.host))) {
+    if (settings.users.empty() && (settings.isBehindProxy || !isLoopbackHost(settings.http.host))) {
         throw std::invalid_argument(
             "without --users only this machine is served: no other address, and no proxy");
     }
@@ -145,8 +147,7 @@ void finish(PanelSettings& settings, const Words& words) {
     if (!words.clock.empty()) {
         const paclient::DateTime typed = paclient::parseDateTime(words.clock);
         if (!typed.date || !typed.time) {
-            throw std::invalid_argument("--clock: '" + words.clock +
-                                        "' is not a date and a time");
+            throw std::invalid_argument("--clock: '" + words.clock + "' is not a date and a time");
         }
         settings.server.clock = typed;
     }

@@ -20,7 +20,7 @@ enum ExitCode : int {
 struct Arguments {
     PanelSettings settings{};
     bool journal = false;  ///< log lines have priorities
-    long debug = 1;
+    long debug = 0;
     std::optional<int> exitCode{};  ///< when there is nothing to do but to end
     std::string output{};           ///< of --help and --version
     std::string error{};            ///< what is wrong, in one line

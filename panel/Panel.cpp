@@ -38,7 +38,8 @@ std::string hostInLink(const std::string& host) {
     return host.find(':') == std::string::npos ? host : '[' + host + ']';
 }
 
-RouterSettings routerSettings(const PanelSettings& settings, const paclient::Connection& connection) {
+RouterSettings routerSettings(const PanelSettings& settings,
+                              const paclient::Connection& connection) {
     RouterSettings router;
     router.isEncrypted = settings.isEncrypted;
     if (settings.isBehindProxy) {
@@ -59,12 +60,13 @@ RouterSettings routerSettings(const PanelSettings& settings, const paclient::Con
 }  // namespace
 
 struct Panel::Parts {
-    explicit Parts(const PanelSettings& settings)
+    Parts(const PanelSettings& settings, std::unique_ptr<paclient::Endpoint> server)
         : users(usersOf(settings)),
           audit(settings.audit, settings.auditDays),
           sessions(users.get()),
-          endpoint(paserver::openServer(settings.server, "PAPANEL",
-                                        [this] { return stop.isRequested(); })),
+          endpoint(server != nullptr ? std::move(server)
+                                     : paserver::openServer(settings.server, "PAPANEL",
+                                                            [this] { return stop.isRequested(); })),
           connection(*endpoint),
           router(services, allRoutes(), routerSettings(settings, connection)) {
         sessions.onEnd([this](const std::string& id, const std::string& reason) {
@@ -94,14 +96,17 @@ struct Panel::Parts {
     LockKeeper locks;
     SentAnnouncements announcements;
     EventHub events;
-    Services services{connection, events, sessions, users.get(), audit, answers,
-                      locks,      audio,  announcements, stop};
+    Services services{connection, events, sessions, users.get(),   audit,
+                      answers,    locks,  audio,    announcements, stop};
     Router router;
     std::string url;
     std::unique_ptr<HttpServer> http;  // the last one: its threads use all others
 };
 
-Panel::Panel(const PanelSettings& settings) : parts_(std::make_unique<Parts>(settings)) {}
+Panel::Panel(const PanelSettings& settings) : Panel(settings, nullptr) {}
+
+Panel::Panel(const PanelSettings& settings, std::unique_ptr<paclient::Endpoint> endpoint)
+    : parts_(std::make_unique<Parts>(settings, std::move(endpoint))) {}
 
 Panel::~Panel() {
     requestStop();

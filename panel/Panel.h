@@ -4,9 +4,9 @@
 #include <filesystem>
 #include <memory>
 
-#include "paserver/ServerChoice.h"
 #include "panel/http/HttpSettings.h"
 #include "panel/http/Router.h"
+#include "paserver/ServerChoice.h"
 
 namespace papanel {
 
@@ -17,8 +17,8 @@ struct PanelSettings {
     std::filesystem::path users{};  ///< empty: everyone is an operator
     std::filesystem::path audit{};  ///< empty: in memory
     int auditDays = 90;
-    bool isBehindProxy = false;     ///< `http.proxies` are then trusted
-    bool isEncrypted = false;       ///< from the browser to this server, or to the proxy
+    bool isBehindProxy = false;  ///< `http.proxies` are then trusted
+    bool isEncrypted = false;    ///< from the browser to this server, or to the proxy
 };
 
 /// The gateway: the connection to the audio server, and everything that serves pages. One for each
@@ -28,6 +28,8 @@ public:
     /// Serves from then on; connects to the audio server meanwhile.
     /// @throws std::exception with a text for people when a file or an address cannot be used
     explicit Panel(const PanelSettings& settings);
+    /// The same at a server that is there.
+    Panel(const PanelSettings& settings, std::unique_ptr<paclient::Endpoint> endpoint);
     Panel(const Panel&) = delete;
     Panel& operator=(const Panel&) = delete;
     /// Stops, and waits until no request is being answered.

@@ -10,6 +10,7 @@
 
 #include "framework/clock.h"
 #include "framework/log.h"
+#include "framework/shared.h"
 #include "panel/access/UserFile.h"
 #include "panel/http/ApiError.h"
 
@@ -63,11 +64,14 @@ NewSession Sessions::logIn(const std::string& user, const std::string& password,
     const std::optional<User> found = users_->find(user);
     if (!isPassword(password, found ? found->hash : "")) {
         throttle_.failed(user, address);
-        debug(1, "login refused: user \"%s\" from %s", user.substr(0, 64).c_str(), address.c_str());
+        handleError(1, "login refused: user \"%s\" from %s", user.substr(0, 64).c_str(),
+                    address.c_str());
         throw ApiError(401, "wrong-credentials", "the user name or the password is wrong");
     }
     throttle_.succeeded(user);
-    debug(1, "login: user \"%s\" from %s", user.c_str(), address.c_str());
+    if (pa::load(debugLevel) > 0) {
+        debug(1, "login: user \"%s\" from %s", user.c_str(), address.c_str());
+    }
     return begin(*found);
 }
 
@@ -165,6 +169,11 @@ std::optional<Session> Sessions::find(const std::string& token) {
     }
     found->second.usedMS = pa::monotonicMS();
     return found->second.session;
+}
+
+bool Sessions::lasts(const std::string& id) const {
+    const std::lock_guard<std::mutex> lock(lock_);
+    return sessions_.count(id) > 0;
 }
 
 void Sessions::end(const std::string& id, const std::string& reason) {

@@ -75,6 +75,9 @@ public:
     /// The session of a cookie's value, if it lasts. It is not idle then.
     std::optional<Session> find(const std::string& token);
 
+    /// Whether a session has not ended. Does not use it.
+    [[nodiscard]] bool lasts(const std::string& id) const;
+
     /// Ends a session; does nothing when it has ended.
     void end(const std::string& id, const std::string& reason);
 

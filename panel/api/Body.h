@@ -90,7 +90,7 @@ private:
 
 /// What a function reads of a body. A member that it does not read is refused.
 template <class Read>
-auto readBody(const Json& json, Read read) {
+auto readMembers(const Json& json, Read read) {
     Body body(json);
     auto result = read(body);
     body.requireNoOther();

@@ -105,7 +105,7 @@ void IdempotencyStore::forgetOld(std::int64_t now) {
     while (!order_.empty()) {
         const auto oldest = entries_.find(order_.front());
         const bool isTooOld = now - oldest->second->finishedMS > lifetimeMS;
-        if (!isTooOld && bytes_ <= maxBytes && order_.size() <= maxAnswers) {
+        if (!isTooOld && bytes_ <= maxBytes_ && order_.size() <= maxAnswers) {
             return;
         }
         bytes_ -= oldest->second->bytes;

@@ -25,7 +25,10 @@ class IdempotencyStore {
 public:
     static constexpr std::chrono::hours lifetime{24};
     static constexpr std::size_t maxAnswers = 10'000;
-    static constexpr std::size_t maxBytes = std::size_t{16} << 20U;  ///< of all answers
+
+    /// @param maxBytes how much all answers may take
+    explicit IdempotencyStore(std::size_t maxBytes = std::size_t{16} << 20U)
+        : maxBytes_(maxBytes) {}
 
     /// The answer to a request: that of `run`, or of an earlier request of the same user with the
     /// same key, the header Idempotency-Key. Waits while that one still runs. An ApiError is an
@@ -41,6 +44,7 @@ private:
     void forgetOld(std::int64_t now);
     void keep(const Key& key, Entry& entry);
 
+    const std::size_t maxBytes_;
     std::mutex lock_;
     std::condition_variable finished_;
     // Guarded by lock_.

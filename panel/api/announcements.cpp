@@ -10,6 +10,7 @@
 #include "panel/api/Body.h"
 #include "panel/api/SentAnnouncements.h"
 #include "panel/api/outcome.h"
+#include "panel/api/records.h"
 #include "panel/api/resources.h"
 #include "panel/api/routes.h"
 
@@ -36,7 +37,7 @@ struct Asked {
 };
 
 void readDisplay(const Json& json, PlayRequest& play) {
-    readBody(json, [&](Body& body) {
+    readMembers(json, [&](Body& body) {
         play.display = body.get<std::string>("template");
         play.variables = body.findOr("variables", play.variables);
         play.validity = body.findWithin("validity", 0, greatest).value_or(play.validity);
@@ -70,7 +71,7 @@ Asked readAsked(Body& body) {
 
 /// The request, checked, with its zones and its voice as the server calls them.
 Asked askedOf(Services& services, const ApiRequest& request) {
-    Asked asked = readBody(request.body, readAsked);
+    Asked asked = readMembers(request.body, readAsked);
     if (asked.upload) {
         asked.audio = services.audio.find(request.caller.user, *asked.upload);
         asked.play.audio.file = asked.audio->path.string();
@@ -92,7 +93,7 @@ Json jsonOf(const Announcement::Part& part) {
                  {"state", nameOf(part.state)},
                  {"reason", part.reason},
                  {"isOver", part.isOver}};
-    json.update(toJson(part.record));
+    json.update(recordOf(part.record));
     return json;
 }
 

@@ -1,5 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
+#include <algorithm>
 #include <fstream>
+#include <optional>
+#include <regex>
 #include <sstream>
 
 #include "client/Preview.h"
@@ -49,7 +52,7 @@ ApiReply makePreview(Services& services, const ApiRequest& request) {
         std::optional<Text> language;
         std::optional<Text> voice;
     };
-    const auto asked = readBody(request.body, [](Body& body) {
+    const auto asked = readMembers(request.body, [](Body& body) {
         return Asked{body.get<Text>("text"), body.find<Text>("language"), body.find<Text>("voice")};
     });
     requireConnected(services);
@@ -68,11 +71,39 @@ ApiReply makePreview(Services& services, const ApiRequest& request) {
                              {"seconds", audio->format.seconds}})};
 }
 
+/// The first and the last byte of a header as "bytes=100-", "bytes=0-99" or "bytes=-100". Nothing
+/// for any other, which asks for all.
+std::optional<std::pair<std::size_t, std::size_t>> rangeOf(const std::string& header,
+                                                           std::size_t size) {
+    std::smatch match;
+    static const std::regex form("bytes=([0-9]{0,12})-([0-9]{0,12})");
+    if (!std::regex_match(header, match, form) || size == 0 || header == "bytes=-") {
+        return std::nullopt;
+    }
+    const auto number = [&](int place) { return std::stoull("0" + match[place].str()); };
+    if (match[1].length() == 0) {
+        return std::make_pair(size - std::min<std::size_t>(number(2), size), size - 1);
+    }
+    return std::make_pair(
+        number(1), match[2].length() == 0 ? size - 1 : std::min<std::size_t>(number(2), size - 1));
+}
+
 ApiReply getPreview(Services& services, const ApiRequest& request) {
     const auto audio = services.audio.find(request.caller.user, request.parts.at(0));
     ApiReply reply;
     reply.contentType = "audio/wav";
     reply.bytes = contentOf(audio->path);
+    reply.headers.emplace_back("Accept-Ranges", "bytes");
+    const std::size_t size = reply.bytes.size();
+    if (const auto range = rangeOf(request.header("range"), size)) {
+        const auto [first, last] = *range;
+        const bool isThere = first < size && first <= last;
+        reply.status = isThere ? 206 : 416;
+        const std::string part =
+            isThere ? std::to_string(first) + '-' + std::to_string(last) : std::string("*");
+        reply.headers.emplace_back("Content-Range", "bytes " + part + '/' + std::to_string(size));
+        reply.bytes = isThere ? reply.bytes.substr(first, last - first + 1) : std::string();
+    }
     return reply;
 }
 

@@ -29,7 +29,7 @@ constexpr PathOperation remove{" is deleted", paoperating::serverPath, deleteRec
 template <const PathOperation& operation>
 ApiReply ofRecording(Services& services, const ApiRequest& request) {
     const std::string path = operation.pathOf(
-        readBody(request.body, [](Body& body) { return body.get<std::string>("path"); }));
+        readMembers(request.body, [](Body& body) { return body.get<std::string>("path"); }));
     const Confirmation done = operate(services, path + operation.effect, [&](const Wait& wait) {
         const Confirmation answer = operation.send(path, wait);
         return operation.isConfirmed ? answer : paoperating::unlessRefused(answer);

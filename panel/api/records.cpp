@@ -12,6 +12,7 @@
 #include "framework/clock.h"
 #include "panel/Services.h"
 #include "panel/api/LockKeeper.h"
+#include "panel/api/contentText.h"
 #include "panel/http/Route.h"
 #include "sdk/PAController.h"
 
@@ -55,7 +56,7 @@ Json playingIn(const std::string& zone, const std::vector<AnnouncementRequest>& 
     return found == nullptr ? Json()
                             : Json{{"requestId", found->getRequestID()},
                                    {"part", partName(*found)},
-                                   {"content", found->messageContent}};
+                                   {"content", contentText(*found)}};
 }
 
 Json zonesAsJson() {
@@ -76,15 +77,23 @@ Json locksAsJson(const Services& services, const Caller* caller) {
     return array;
 }
 
+Json announcementsAsJson() {
+    Json array = Json::array();
+    for (const AnnouncementRequest& announcement : allAnnouncements()) {
+        array.push_back(recordOf(announcement));
+    }
+    return array;
+}
+
 template <const auto& kind>
 Json plainRecords() {
     return toJson(kind.all());
 }
 
-/// The kinds whose records are as the client library writes them.
+/// The kinds whose records are the same for every caller.
 constexpr std::pair<const char*, Json (*)()> plainKinds[] = {
     {sources.many, plainRecords<sources>},     {sinks.many, plainRecords<sinks>},
-    {voices.many, plainRecords<voices>},       {announcements.many, plainRecords<announcements>},
+    {voices.many, plainRecords<voices>},       {announcements.many, announcementsAsJson},
     {triggers.many, plainRecords<triggers>},   {selectors.many, plainRecords<selectors>},
     {schedules.many, plainRecords<schedules>}, {ttsItems.many, plainRecords<ttsItems>},
 };
@@ -164,6 +173,12 @@ std::string groupOf(const std::string& zone) {
     const std::size_t last = name.find_last_not_of(" -_.", end == 0 ? 0 : end - 1);
     const std::string group = end == 0 || last == std::string::npos ? "" : name.substr(0, last + 1);
     return group.empty() ? name : group;
+}
+
+Json recordOf(const AnnouncementRequest& announcement) {
+    Json record = toJson(announcement);
+    record["contentText"] = contentText(announcement);
+    return record;
 }
 
 Json recordOf(const PaZone& zone, const ZoneSinks& sinks,

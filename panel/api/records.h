@@ -46,8 +46,11 @@ private:
 /// A sub-zone is of the group of its zone.
 std::string groupOf(const std::string& zone);
 
-/// A zone with `group`, `sinkIds` and `announcement`: the request id and the content of what plays
-/// there, null for nothing.
+/// An announcement with `contentText`.
+paclient::Json recordOf(const AnnouncementRequest& announcement);
+
+/// A zone with `group`, `sinkIds` and `announcement`: the request id, the part and the content, for
+/// people, of what plays there, null for nothing.
 /// @param playing the announcements that play or wait
 paclient::Json recordOf(const PaZone& zone, const ZoneSinks& sinks,
                         const std::vector<AnnouncementRequest>& playing);

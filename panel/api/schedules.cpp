@@ -84,13 +84,13 @@ ApiReply runsOf(const ScheduleDefinition& schedule, int count, const std::string
         const Calendar calendar(clock.timeZone().empty() ? "UTC" : clock.timeZone());
         after = calendar.momentOf({date.year, date.month, date.day, time.hour, time.minute}) - 1;
     }
-    if (!until.empty()) {
-        (void)parseDateTime(until);
-    }
+    // Moments as ISO 8601 are in the order of their texts.
+    const bool isWholeDay = !until.empty() && !parseDateTime(until).time;
+    const std::string last = isWholeDay ? until + "T23:59" : until;
     Json runs = Json::array();
     for (const std::string& run :
          clock.runTexts(schedule, after, static_cast<std::size_t>(count))) {
-        if (until.empty() || run <= until) {  // moments as ISO 8601 are in the order of their texts
+        if (last.empty() || run <= last) {
             runs.push_back(run);
         }
     }
@@ -98,7 +98,7 @@ ApiReply runsOf(const ScheduleDefinition& schedule, int count, const std::string
 }
 
 ApiReply runsOfDraft(Services& /*services*/, const ApiRequest& request) {
-    const auto [schedule, count] = readBody(request.body, [](Body& body) {
+    const auto [schedule, count] = readMembers(request.body, [](Body& body) {
         return std::make_pair(scheduleFrom(body.get<Json>("schedule")),
                               body.findWithin("count", 1, mostRuns).value_or(usualRuns));
     });

@@ -46,7 +46,7 @@ void simulate(const Services& services, Act action) {
 }
 
 ApiReply setTrigger(Services& services, const ApiRequest& request) {
-    const bool isOn = readBody(request.body, [](Body& body) { return body.get<bool>("on"); });
+    const bool isOn = readMembers(request.body, [](Body& body) { return body.get<bool>("on"); });
     simulatedServer(services);
     const PaTrigger trigger = findOne(hardwareTriggers, request.parts.at(0));
     simulate(services, [&](SimControl& server) { server.setTrigger(trigger.id, isOn); });
@@ -56,7 +56,7 @@ ApiReply setTrigger(Services& services, const ApiRequest& request) {
 
 ApiReply setSelector(Services& services, const ApiRequest& request) {
     constexpr int greatestState = 3;
-    const int state = readBody(
+    const int state = readMembers(
         request.body, [](Body& body) { return body.getWithin("state", 0, greatestState); });
     simulatedServer(services);
     const PaSelector selector = findOne(selectors, request.parts.at(0));
@@ -73,7 +73,7 @@ ApiReply setLock(Services& services, const ApiRequest& request) {
         std::string client;
         bool isLocked;
     };
-    const auto asked = readBody(request.body, [](Body& body) {
+    const auto asked = readMembers(request.body, [](Body& body) {
         return Asked{body.get<int>("sourceId"), body.get<std::string>("client"),
                      body.get<bool>("locked")};
     });
@@ -89,7 +89,7 @@ ApiReply setLock(Services& services, const ApiRequest& request) {
 template <const paoperating::Ignorable& ignorable>
 ApiReply ignore(Services& services, const ApiRequest& request) {
     const bool isReceived =
-        readBody(request.body, [](Body& body) { return body.get<bool>("received"); });
+        readMembers(request.body, [](Body& body) { return body.get<bool>("received"); });
     act(services, [&](SimControl& server) { (server.*ignorable.ignore)(!isReceived); });
     return {200, doneAnswer({},
                             std::string("the server ") + (isReceived ? "receives " : "ignores ") +

@@ -31,7 +31,7 @@ ApiReply setSinkGain(Services& services, const ApiRequest& request) {
         bool persistent;
         bool delay;
     };
-    const auto asked = readBody(request.body, [](Body& body) {
+    const auto asked = readMembers(request.body, [](Body& body) {
         return Asked{body.getWithin("level", sinkGain.least, sinkGain.greatest),
                      body.findOr("persistent", false), body.findOr("delayPersistence", false)};
     });
@@ -44,7 +44,7 @@ ApiReply setSinkGain(Services& services, const ApiRequest& request) {
 
 ApiReply setSinkMonitoring(Services& services, const ApiRequest& request) {
     const bool enable =
-        readBody(request.body, [](Body& body) { return body.get<bool>("enabled"); });
+        readMembers(request.body, [](Body& body) { return body.get<bool>("enabled"); });
     const PaSink sink = sinkOf(request);
     return change(services, sink, enable ? " is monitored" : " is not monitored",
                   [&](const Wait& wait) { return setMonitoring(sink, enable, wait); });
@@ -52,7 +52,7 @@ ApiReply setSinkMonitoring(Services& services, const ApiRequest& request) {
 
 ApiReply resetSink(Services& services, const ApiRequest& request) {
     const bool untilBack =
-        readBody(request.body, [](Body& body) { return body.findOr("untilBack", false); });
+        readMembers(request.body, [](Body& body) { return body.findOr("untilBack", false); });
     const PaSink sink = sinkOf(request);
     return change(services, sink, untilBack ? " has been reset" : " is being reset",
                   [&](const Wait& wait) { return reset(sink, untilBack, wait); });

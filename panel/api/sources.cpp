@@ -52,7 +52,7 @@ ApiReply setSourceGain(Services& services, const ApiRequest& request) {
         bool first;
         bool second;
     };
-    const auto asked = readBody(request.body, [](Body& body) {
+    const auto asked = readMembers(request.body, [](Body& body) {
         return Asked{body.getWithin("level", sourceGain.least, sourceGain.greatest),
                      body.findOr("first", false), body.findOr("second", false)};
     });
@@ -95,7 +95,7 @@ Confirmation changeZones(const PaSource& source, const std::string& mode, const 
 }
 
 ApiReply setZonesOfSource(Services& services, const ApiRequest& request) {
-    const auto [names, mode] = readBody(request.body, [](Body& body) {
+    const auto [names, mode] = readMembers(request.body, [](Body& body) {
         return std::make_pair(body.get<Ids>("zones"), body.get<std::string>("mode"));
     });
     if (names.empty()) {

@@ -26,7 +26,7 @@ ApiReply createTrigger(Services& services, const ApiRequest& request) {
         std::string preChime;
         std::string display;
     };
-    const auto asked = readBody(request.body, [](Body& body) {
+    const auto asked = readMembers(request.body, [](Body& body) {
         return Asked{body.get<int>("sourceId"),
                      body.getWithin("priority", 0, paoperating::greatestTriggerPriority),
                      body.findOr<std::string>("preChime", ""),

@@ -125,11 +125,7 @@ Json toJson(const AuditRow& row) {
 }
 
 AuditTrail::AuditTrail(const fs::path& file, int days)
-    : isInMemory_(file.empty()), keptMS_(days * dayMS), database_(opened(file)) {
-    if (isInMemory_) {
-        debug(1, "the audit trail is in memory and ends with this process: --audit FILE keeps it");
-    }
-}
+    : isInMemory_(file.empty()), keptMS_(days * dayMS), database_(opened(file)) {}
 
 /// The result of `action()` with the lock.
 template <class Action>

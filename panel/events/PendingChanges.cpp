@@ -59,7 +59,7 @@ void PendingChanges::add(const Change& change, const Services& services) {
         },
         [&](const Updated<AnnouncementRequest>& announcement) {
             setAnnouncement(announcement.record);
-            update("announcements", announcement.record.id, toJson(announcement.record));
+            update("announcements", announcement.record.id, recordOf(announcement.record));
         },
         [&](const Deleted<AnnouncementRequest>& announcement) {
             removeAnnouncement(announcement.record.id);

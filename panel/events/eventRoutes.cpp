@@ -71,7 +71,8 @@ ApiReply events(Services& services, const ApiRequest& request) {
 
 ApiReply levels(Services& services, const ApiRequest& request) {
     const int sourceId = findOne(sources, request.parts.front()).id;
-    return eventStream([&services, sourceId](const Write& write, const Stopped& stopped) {
+    const std::string session = request.caller.sessionId;
+    return eventStream([=, &services](const Write& write, const Stopped& stopped) {
         Subscription readings(kinds<palink::LevelReading>());
         const LevelFeeds::Feed feed(services.events.levels(), sourceId);
         writeEvents(write, stopped, [&](const Write& writeText) {
@@ -79,8 +80,9 @@ ApiReply levels(Services& services, const ApiRequest& request) {
             const auto* const reading =
                 change != nullptr ? std::get_if<palink::LevelReading>(change.get()) : nullptr;
             const bool isWanted = reading != nullptr && reading->element == feed.element();
-            return !isWanted || writeText("event: level\ndata: " +
-                                          Json{{"level", reading->level}}.dump() + "\n\n");
+            return services.sessions.lasts(session) &&
+                   (!isWanted || writeText("event: level\ndata: " +
+                                           Json{{"level", reading->level}}.dump() + "\n\n"));
         });
     });
 }

@@ -65,8 +65,11 @@ private:
 /// Of httplib's server what writes an answer: status line, headers, chunks.
 class HttpConnection::Responder : public httplib::Server {
 public:
-    explicit Responder(std::chrono::milliseconds idle) {
-        set_keep_alive_timeout(std::chrono::duration_cast<std::chrono::seconds>(idle).count());
+    explicit Responder(const HttpLimits& limits) {
+        // What it lets clients know; the limits are applied by the connection.
+        set_keep_alive_timeout(
+            std::chrono::duration_cast<std::chrono::seconds>(limits.idle).count());
+        set_keep_alive_max_count(limits.requestsPerConnection);
         svr_sock_ = 0;  // it ends streams when there is none
         set_pre_routing_handler([this](const httplib::Request&, httplib::Response& response) {
             fill(response);
@@ -89,7 +92,7 @@ HttpConnection::HttpConnection(int socket, std::string address, SSL_CTX* tls,
       isEncrypted_(tls != nullptr),
       limits_(limits),
       handler_(handler),
-      responder_(std::make_unique<Responder>(limits.idle)) {}
+      responder_(std::make_unique<Responder>(limits)) {}
 
 HttpConnection::~HttpConnection() = default;
 
@@ -135,7 +138,8 @@ bool HttpConnection::serveRequest() {
             return body;
         };
         ApiReply answer = handler_(request);
-        isLast = isBodyLeft || !head.keepsAlive() || answer.stream;
+        isLast = isBodyLeft || !head.keepsAlive() || answer.stream ||
+                 ++requests_ >= limits_.requestsPerConnection;
         return answer;
     });
     if (isGone || isStopped_) {

@@ -80,6 +80,7 @@ private:
     const std::unique_ptr<Responder> responder_;
     std::string received_;  // and not used yet
     bool isFirst_ = true;   // no request has come
+    std::size_t requests_ = 0;
 };
 
 }  // namespace papanel

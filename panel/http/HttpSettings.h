@@ -12,7 +12,8 @@ namespace papanel {
 /// What clients may take of the server.
 struct HttpLimits {
     std::size_t connections = 1000;
-    std::size_t connectionsPerAddress = 250;         ///< loopback addresses have no such limit
+    std::size_t connectionsPerAddress = 250;  ///< loopback addresses have no such limit
+    std::size_t requestsPerConnection = 1000;
     std::size_t headBytes = std::size_t{32} << 10U;  ///< request line and headers
 
     std::chrono::milliseconds idle{15'000};   ///< between two requests

@@ -10,6 +10,7 @@
 #include "panel/audit/AuditTrail.h"
 #include "panel/http/ApiError.h"
 #include "panel/http/Target.h"
+#include "panel/http/byteRange.h"
 #include "panel/http/errorReply.h"
 #include "panel/http/pageReply.h"
 #include "panel/http/requestBody.h"
@@ -109,6 +110,9 @@ Router::Router(Services& services, Routes routes, RouterSettings settings)
 ApiReply Router::operator()(const HttpRequest& request) {
     const Route* found = nullptr;
     ApiReply answer = replyOf([&] { return reply(request, found); });
+    if (answer.contentType.compare(0, 6, "audio/") == 0) {
+        applyRange(request.head, answer);
+    }
     addHeaders(answer);
     const std::lock_guard guard(lock_);
     ++counts_[{found != nullptr ? found->method : "", found != nullptr ? found->pattern : "",

@@ -1,59 +1,21 @@
 // SPDX-License-Identifier: Apache-2.0
-#include <arpa/inet.h>
+#include <cstring>
 #include <gtest/gtest.h>
 #include <httplib.h>
-#include <cstring>
 #include <list>
-#include <sys/socket.h>
-#include <unistd.h>
 
 #include "panel/http/ApiError.h"
 #include "panel/http/HttpServer.h"
 #include "panel/http/RouteTable.h"
 #include "panel/http/Target.h"
+#include "panel/http/byteRange.h"
+#include "tests/panel/RawClient.h"
 #include "tests/support/TestFolder.h"
 #include "tests/support/tables.h"
-#include "util/Descriptor.h"
 
 using namespace papanel;
 
 namespace {
-
-/// A connection that sends what a test wants.
-class RawClient {
-public:
-    explicit RawClient(int port) : socket_(::socket(AF_INET, SOCK_STREAM, 0)) {
-        sockaddr_in address{};
-        address.sin_family = AF_INET;
-        address.sin_port = htons(static_cast<uint16_t>(port));
-        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-        const timeval limit{20, 0};  // of a test that fails
-        setsockopt(socket_.number(), SOL_SOCKET, SO_RCVTIMEO, &limit, sizeof(limit));
-        EXPECT_EQ(connect(socket_.number(), reinterpret_cast<sockaddr*>(&address), sizeof(address)),
-                  0);
-    }
-
-    void send(const std::string& text) const {
-        ::send(socket_.number(), text.data(), text.size(), MSG_NOSIGNAL);
-    }
-
-    /// Receives until the text has come or the server ends the connection.
-    std::string receive(const std::string& until = "") const {
-        std::string text;
-        char bytes[4096];
-        while (until.empty() || text.find(until) == std::string::npos) {
-            const ssize_t count = recv(socket_.number(), bytes, sizeof(bytes), 0);
-            if (count <= 0) {
-                break;
-            }
-            text.append(bytes, static_cast<std::size_t>(count));
-        }
-        return text;
-    }
-
-private:
-    const pautil::Descriptor socket_;
-};
 
 constexpr const char* get = "GET /a HTTP/1.1\r\nHost: x\r\n\r\n";
 
@@ -103,23 +65,43 @@ TEST(Http, findsRoutes) {
                             route("GET", "/sources/export", "export"),
                             route("DELETE", "/sources/{id}/lock", "release"),
                             route("PUT", "/sources/{id}/lock", "take")});
-    expectTable([&table](const std::string& request) {
+    expectTable([&table](const std::string& request) -> std::string {
         const std::size_t space = request.find(' ');
-        const auto match =
-            table.find(request.substr(0, space), parseTarget(request.substr(space + 1)).parts);
-        std::string text = match.route->operation;
-        for (const std::string& part : match.parts) {
-            text += ' ' + part;
+        const Target target = parseTarget(request.substr(space + 1));
+        try {
+            const auto match = table.find(request.substr(0, space), target.parts);
+            std::string text = match.route->operation;
+            for (const std::string& part : match.parts) {
+                text += ' ' + part;
+            }
+            return text;
+        } catch (const ApiError& error) {
+            return error.status == 405 ? "only " + error.details["allow"].get<std::string>()
+                                       : error.what();
         }
-        return text;
+    });
+}
+
+TEST(Http, servesParts) {
+    expectTable([](const std::string& range) {
+        RequestHead head;
+        head.method = "GET";
+        head.headers = {{"range", range}};
+        ApiReply reply;
+        reply.bytes = "0123456789";
+        applyRange(head, reply);
+        const auto& [name, value] = reply.headers.back();
+        return std::to_string(reply.status) + ' ' + reply.bytes +
+               (name == "Content-Range" ? ", " + value : "");
     });
 }
 
 TEST(Http, keepsConnectionsAndAnswersInOrder) {
     const HttpServer server(quickSettings(), echo);
     const RawClient client(server.port());
-    client.send("POST /1 HTTP/1.1\r\nHost: x\r\nContent-Length: 3\r\n\r\nabcHEAD /2 HTTP/1.1\r\n"
-                "Host: x\r\n\r\nGET /3 HTTP/1.1\r\nHost: x\r\nConnection: close\r\n\r\n");
+    client.send(
+        "POST /1 HTTP/1.1\r\nHost: x\r\nContent-Length: 3\r\n\r\nabcHEAD /2 HTTP/1.1\r\n"
+        "Host: x\r\n\r\nGET /3 HTTP/1.1\r\nHost: x\r\nConnection: close\r\n\r\n");
     const std::string answers = client.receive();
     const std::size_t third = answers.find(R"({"target":"/3","body":""})");
     EXPECT_NE(answers.find(R"({"target":"/1","body":"abc"}HTTP/1.1 200)"), std::string::npos);
@@ -224,7 +206,7 @@ TEST(Http, endsStreamsAtAStop) {
         isStopping = true;
         changed.notify_all();
     }
-    EXPECT_EQ(client.receive(), "\r\n");
+    EXPECT_EQ(client.receive().find("second"), std::string::npos);
 }
 
 TEST(Http, encryptsWithACertificate) {
