@@ -84,6 +84,10 @@ int main(int argc, char** argv) {
         papanel::Panel panel(arguments.settings);
         std::printf("%s\n", panel.url().c_str());
         std::fflush(stdout);
+        if (arguments.settings.audit.empty()) {
+            std::fprintf(stderr, "%spapanel: the audit trail is in memory, --audit FILE keeps it\n",
+                         arguments.journal ? "<5>" : "");
+        }
         serve(panel, notice);
         return papanel::stopped;
     } catch (const std::exception& error) {

@@ -13,9 +13,9 @@ namespace papanel {
 namespace {
 
 constexpr int freeFailures = 4;
-constexpr std::int64_t firstPauseMS = 1000;
-constexpr std::int64_t longestPauseMS = 5 * 60 * 1000;
-constexpr std::int64_t rememberedMS = 15 * 60 * 1000;
+constexpr std::int64_t firstPauseMS = 1'000;
+constexpr std::int64_t longestPauseMS = 300'000;
+constexpr std::int64_t rememberedMS = 900'000;
 constexpr std::size_t longestName = 64;
 
 /// What one owner of addresses has: an IPv4 address, or 64 bits of an IPv6 address.

@@ -55,7 +55,7 @@ std::string passwordFault(const std::string& password) {
 }
 
 std::string hashPassword(const std::string& password) {
-    const std::string hash = hashWith(password, newSetting());
+    std::string hash = hashWith(password, newSetting());
     if (hash.empty()) {
         throw std::system_error(errno, std::generic_category(), "no hash of a password");
     }
