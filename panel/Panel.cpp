@@ -21,14 +21,6 @@ namespace papanel {
 
 namespace {
 
-Routes allRoutes() {
-    Routes routes = resourceRoutes();
-    for (const Routes& others : {sessionRoutes(), eventRoutes()}) {
-        routes.insert(routes.end(), others.begin(), others.end());
-    }
-    return routes;
-}
-
 std::unique_ptr<UserFile> usersOf(const PanelSettings& settings) {
     return settings.users.empty() ? nullptr : std::make_unique<UserFile>(settings.users);
 }
@@ -136,6 +128,14 @@ std::string Panel::url() const {
 
 const Router& Panel::router() const {
     return parts_->router;
+}
+
+Routes allRoutes() {
+    Routes routes = resourceRoutes();
+    for (const Routes& others : {sessionRoutes(), eventRoutes()}) {
+        routes.insert(routes.end(), others.begin(), others.end());
+    }
+    return routes;
 }
 
 bool isLoopbackHost(const std::string& host) {

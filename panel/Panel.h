@@ -53,6 +53,9 @@ private:
     const std::unique_ptr<Parts> parts_;
 };
 
+/// Every route of the API.
+Routes allRoutes();
+
 /// Whether only this machine reaches an address to listen on.
 bool isLoopbackHost(const std::string& host);
 

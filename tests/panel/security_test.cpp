@@ -6,9 +6,6 @@
 
 #include "framework/log.h"
 #include "panel/Panel.h"
-#include "panel/api/routes.h"
-#include "panel/api/sessionRoutes.h"
-#include "panel/events/eventRoutes.h"
 #include "tests/panel/RawClient.h"
 #include "tests/support/TestFolder.h"
 #include "tests/support/tables.h"
@@ -21,14 +18,6 @@ using namespace papanel;
 constexpr const char* users =
     "ann:operator:$y$j75$VvvIR0ZnlSzPQHj1WddHe.$/v11QCVZvNuwk0aAQ.rNHHcpFfQOdAam1iPSGt7qrlB\n"
     "bob:monitor:$y$j75$VvvIR0ZnlSzPQHj1WddHe.$t4SNhjFNBd2bvYLjfYQvBxWbVPlrfl6g6FCAge9yzk2\n";
-
-Routes allRoutes() {
-    Routes routes = resourceRoutes();
-    for (const Routes& others : {sessionRoutes(), eventRoutes()}) {
-        routes.insert(routes.end(), others.begin(), others.end());
-    }
-    return routes;
-}
 
 bool isUnsafe(const Route& route) {
     return route.method != std::string("GET");
