@@ -4,6 +4,7 @@
 #include <CLI/CLI.hpp>
 #include <unistd.h>
 
+#include "operating/options.h"
 #include "operating/serverOptions.h"
 #include "paserver/journal.h"
 #include "util/userFile.h"
@@ -27,36 +28,35 @@ struct Words {
 };
 
 void addPageOptions(CLI::App& app, PanelSettings& settings, Words& words) {
-    CLI::Option_group* const pages = app.add_option_group("Pages");
+    using namespace paoperating;
+    constexpr int greatestDays = 36500;
+    constexpr const char* file = "FILE";
+    CLI::App& pages = *app.add_option_group("Pages");
     HttpSettings& http = settings.http;
-    pages->add_option("--listen", words.listen,
-                      "ADDRESS:PORT of the page; port 0 is a free one (default 127.0.0.1:8088)");
-    pages->add_option("--users", settings.users,
-                      "File of users; without it anybody on this machine is an operator");
-    CLI::Option* const certificate = pages->add_option(
-        "--tls-cert", http.certificate, "Certificate of the page with its chain, a PEM file");
-    CLI::Option* const key = pages->add_option("--tls-key", http.key, "Its key, a PEM file");
+    addText(pages, "--listen", words.listen,
+            "Address of the page; port 0 is a free one (default 127.0.0.1:8088)", "ADDRESS:PORT");
+    addPath(pages, "--users", settings.users,
+            "Users; without it anybody on this machine is an operator", file);
+    CLI::Option* const certificate = addPath(pages, "--tls-cert", http.certificate,
+                                             "Certificate of the page, with its chain", file);
+    CLI::Option* const key = addPath(pages, "--tls-key", http.key, "Key of the certificate", file);
     certificate->needs(key);
     key->needs(certificate);
-    pages
-        ->add_option("--behind-proxy", words.proxyScheme,
-                     "http or https: how browsers reach the proxy that passes requests on")
-        ->check(CLI::IsMember({"http", "https"}))
+    addText(pages, "--behind-proxy", words.proxyScheme,
+            "How browsers reach the proxy that passes requests on", "SCHEME")
+        ->check(oneOf({"http", "https"}))
         ->excludes(certificate);
-    pages->add_option("--proxy-address", words.proxies,
-                      "Address of that proxy, repeatable (default 127.0.0.1 and ::1)");
-    pages->add_option("--audit", settings.audit,
-                      "File of the audit trail (default: the newest operations, in memory)");
-    pages
-        ->add_option("--audit-days", settings.auditDays,
-                     "How long an operation stays in it (default 90)")
-        ->check(CLI::Range(1, 36500));
-    pages->add_option("--max-connections", http.limits.connections, "In all (default 1000)")
-        ->check(CLI::Range(10, 100000));
-    pages
-        ->add_option("--max-connections-per-address", http.limits.connectionsPerAddress,
-                     "Of one client (default 250); this machine and the proxy have no limit")
-        ->check(CLI::Range(1, 100000));
+    addTexts(pages, "--proxy-address", words.proxies,
+             "Address of that proxy; repeatable (default 127.0.0.1 and ::1)", "ADDRESS");
+    addPath(pages, "--audit", settings.audit,
+            "Audit trail (default: the newest operations, in memory)", file);
+    addWhole(pages, "--audit-days", settings.auditDays, {1, greatestDays},
+             "How long an operation stays in it (default 90)");
+    addWhole(pages, "--max-connections", http.limits.connections, {1, greatestWhole},
+             "In all (default 1000)");
+    addWhole(pages, "--max-connections-per-address", http.limits.connectionsPerAddress,
+             {1, greatestWhole},
+             "Of one client (default 250); this machine and the proxy have no limit");
 }
 
 void define(CLI::App& app, PanelSettings& settings, Words& words) {
@@ -64,8 +64,7 @@ void define(CLI::App& app, PanelSettings& settings, Words& words) {
     paoperating::addServerOptions(app, settings.server, "PAPANEL_SERVER");
     app.add_flag("--journal", words.journal,
                  "Log lines with priorities (the default when stderr is the journal)");
-    app.add_option("--debug", words.debug, "Verbosity of the log, 0 to 3 (default 0)")
-        ->check(CLI::Range(0, 3));
+    paoperating::addWhole(app, "--debug", words.debug, {0, 3}, "Verbosity of the log, 0 to 3");
     app.set_config("--config",
                    pautil::userFile("XDG_CONFIG_HOME", ".config", "papanel/config.toml").string(),
                    "File with options, as listen = \"127.0.0.1:8088\"");
