@@ -142,7 +142,8 @@ void requireAccepted(const Announcement& announcement) {
     const Json id = {{"requestId", announcement.requestId()}};
     const std::string title = "request " + announcement.requestId();
     if (state == State::Refused || state == State::Failed) {
-        throw ApiError(409, "refused", announcement.reason(), id);
+        const std::string reason = announcement.reason();
+        throw ApiError(409, "refused", reason.empty() ? title + " is refused" : reason, id);
     }
     if (state == State::Unknown) {
         throw ApiError(

@@ -95,20 +95,24 @@ Confirmation changeZones(const PaSource& source, const std::string& mode, const 
 }
 
 ApiReply setZonesOfSource(Services& services, const ApiRequest& request) {
-    const auto [names, mode] = readMembers(request.body, [](Body& body) {
-        return std::make_pair(body.get<Ids>("zones"), body.get<std::string>("mode"));
+    struct Asked {
+        Ids names;
+        std::string mode;
+    };
+    const auto asked = readMembers(request.body, [](Body& body) {
+        return Asked{body.get<Ids>("zones"), body.get<std::string>("mode")};
     });
-    if (names.empty()) {
+    if (asked.names.empty()) {
         failReading("the member 'zones' is empty");
     }
-    if (mode != "add" && mode != "replace" && mode != "remove") {
+    if (asked.mode != "add" && asked.mode != "replace" && asked.mode != "remove") {
         failReading("the member 'mode' is none of add, replace, remove");
     }
     const PaSource source = sourceOf(request);
     services.locks.requireFree(source.id, request.caller);
-    const Confirmation done =
-        operate(services, titleOf(sources, source) + " has these zones",
-                [&](const Wait& wait) { return changeZones(source, mode, names, wait); });
+    const Confirmation done = operate(
+        services, titleOf(sources, source) + " has these zones",
+        [&](const Wait& wait) { return changeZones(source, asked.mode, asked.names, wait); });
     return zonesAnswer(source, done);
 }
 

@@ -90,7 +90,7 @@ struct ApiTest : testing::Test {
         request.query = target.query;
         request.body = body;
         request.bytes = bytes;
-        request.caller = {session == "s1" ? "ann" : "bob", papanel::Role::Operator, session,
+        request.caller = {session == "s2" ? "bob" : "ann", papanel::Role::Operator, session,
                           "page of " + session, "192.0.2.1"};
         return match.route->handle(services, request);
     }

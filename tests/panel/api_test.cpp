@@ -73,6 +73,17 @@ TEST_F(OperationsTest, FollowAnAnnouncementToItsEnd) {
     EXPECT_EQ(now["parts"].size(), 2U);
     EXPECT_EQ(answer("DELETE", where), "200 as-before request " + id + " is over, as before");
 
+    Message message;
+    message.setAudioMessage({12});
+    paclient::Announcement other({"Cellar"}, message);
+    other.waitUntilAccepted({});
+    const std::string others = "/announcements/" + other.requestId();
+    now = call("GET", others).body;
+    EXPECT_TRUE(now["user"].is_null()) << "another client's";
+    EXPECT_EQ(now["zones"][0]["id"], "Cellar");
+    EXPECT_EQ(call("DELETE", others).body["ended"].size(), 1U);
+    EXPECT_EQ(answer("GET", others).substr(0, 13), "404 not-found");
+
     announcements.removeOld();
     pass(2h);
     announcements.removeOld();
@@ -147,6 +158,8 @@ TEST_F(LocksTest, BelongToOneSession) {
              {"DELETE", "/sources/1/zones", {}}}) {
         EXPECT_EQ(answer(method, target, body, "s2"), "409 held source 1 is taken by ann");
     }
+    EXPECT_EQ(answer("PUT", "/sources/1/lock", {}, "s3"), "409 held source 1 is taken by ann")
+        << "another session of this user";
     const auto heldBy = [&](const char* session) {
         return call("GET", "/locks/1", {}, session).body["heldBy"].dump();
     };
