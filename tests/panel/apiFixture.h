@@ -60,7 +60,7 @@ inline simserver::Station operatedStation() {
 /// be put forward.
 struct ApiTest : testing::Test {
     explicit ApiTest(simserver::Station station = operatedStation())
-        : endpoint(std::move(station), {20.0, false, {}, {}, {}}) {
+        : endpoint(std::move(station), {1.0, false, {}, {}, {}}) {
         pa::TimeSource time = withoutPauses();
         time.monotonicMS = [] {
             const auto now = std::chrono::steady_clock::now().time_since_epoch();

@@ -179,7 +179,7 @@ TEST_F(LocksTest, BelongToOneSession) {
 /// Waits for the server to have released a source.
 void awaitRelease(int sourceId) {
     paclient::Subscription changes;
-    while (!paclient::lockHolder(sourceId).empty() && changes.next(10s) != nullptr) {
+    while (!paclient::lockHolder(sourceId).empty() && changes.next(3s) != nullptr) {
     }
     EXPECT_EQ(paclient::lockHolder(sourceId), "");
 }
