@@ -2,6 +2,7 @@
 #include "panel/Arguments.h"
 
 #include <CLI/CLI.hpp>
+#include <fstream>
 #include <unistd.h>
 
 #include "client/scheduleTimes.h"
@@ -22,6 +23,7 @@ struct Words {
     std::string listen = "127.0.0.1:8088";
     std::string clock;
     std::string proxyScheme;
+    std::filesystem::path metricsToken;
     std::vector<std::string> proxies{"127.0.0.1", "::1"};
     bool journal = false;
     int debug = 0;
@@ -87,6 +89,8 @@ void addPageOptions(CLI::App& app, PanelSettings& settings, Words& words) {
         ->add_option("--audit-days", settings.auditDays,
                      "How long an operation stays in it (default 90)")
         ->check(CLI::Range(1, 36500));
+    pages->add_option("--metrics-token-file", words.metricsToken,
+                      "File with a token for /metrics, which else this machine and users may read");
     pages->add_option("--max-connections", http.limits.connections, "In all (default 1000)")
         ->check(CLI::Range(10, 100000));
     pages
@@ -126,9 +130,31 @@ void takeListen(const std::string& text, HttpSettings& http) {
     }
 }
 
+/// The first line of a file that only its owner may use.
+/// @throws std::invalid_argument
+std::string readToken(const std::filesystem::path& file) {
+    constexpr std::size_t shortest = 16;
+    constexpr auto others = std::filesystem::perms::group_all | std::filesystem::perms::others_all;
+    std::string token;
+    std::ifstream stream(file);
+    std::getline(stream, token);
+    if (token.size() < shortest) {
+        throw std::invalid_argument("--metrics-token-file: " + file.string() +
+                                    " has no line of 16 characters or more");
+    }
+    if ((std::filesystem::status(file).permissions() & others) != std::filesystem::perms::none) {
+        throw std::invalid_argument("--metrics-token-file: others than its owner may use " +
+                                    file.string() + ": chmod 600 it");
+    }
+    return token;
+}
+
 /// @throws std::invalid_argument
 void finish(PanelSettings& settings, const Words& words) {
     takeListen(words.listen, settings.http);
+    if (!words.metricsToken.empty()) {
+        settings.metricsToken = readToken(words.metricsToken);
+    }
     settings.isBehindProxy = !words.proxyScheme.empty();
     settings.isEncrypted = words.proxyScheme == "https" || !settings.http.certificate.empty();
     if (settings.isBehindProxy) {
