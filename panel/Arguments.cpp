@@ -2,6 +2,7 @@
 #include "panel/Arguments.h"
 
 #include <CLI/CLI.hpp>
+#include <fstream>
 #include <unistd.h>
 
 #include "operating/options.h"
@@ -22,6 +23,7 @@ constexpr const char* footer =
 struct Words {
     std::string listen = "127.0.0.1:8088";
     std::string proxyScheme;
+    std::filesystem::path metricsToken;
     std::vector<std::string> proxies{"127.0.0.1", "::1"};
     bool journal = false;
     int debug = 0;
@@ -52,6 +54,8 @@ void addPageOptions(CLI::App& app, PanelSettings& settings, Words& words) {
             "Audit trail (default: the newest operations, in memory)", file);
     addWhole(pages, "--audit-days", settings.auditDays, {1, greatestDays},
              "How long an operation stays in it (default 90)");
+    addPath(pages, "--metrics-token-file", words.metricsToken,
+            "Token for /metrics, which else this machine and users may read", file);
     addWhole(pages, "--max-connections", http.limits.connections, {1, greatestWhole},
              "In all (default 1000)");
     addWhole(pages, "--max-connections-per-address", http.limits.connectionsPerAddress,
@@ -89,9 +93,31 @@ void takeListen(const std::string& text, HttpSettings& http) {
     }
 }
 
+/// The first line of a file that only its owner may use.
+/// @throws std::invalid_argument
+std::string readToken(const std::filesystem::path& file) {
+    constexpr std::size_t shortest = 16;
+    constexpr auto others = std::filesystem::perms::group_all | std::filesystem::perms::others_all;
+    std::string token;
+    std::ifstream stream(file);
+    std::getline(stream, token);
+    if (token.size() < shortest) {
+        throw std::invalid_argument("--metrics-token-file: " + file.string() +
+                                    " has no line of 16 characters or more");
+    }
+    if ((std::filesystem::status(file).permissions() & others) != std::filesystem::perms::none) {
+        throw std::invalid_argument("--metrics-token-file: others than its owner may use " +
+                                    file.string() + ": chmod 600 it");
+    }
+    return token;
+}
+
 /// @throws std::invalid_argument
 void finish(PanelSettings& settings, const Words& words) {
     takeListen(words.listen, settings.http);
+    if (!words.metricsToken.empty()) {
+        settings.metricsToken = readToken(words.metricsToken);
+    }
     settings.isBehindProxy = !words.proxyScheme.empty();
     settings.isEncrypted = words.proxyScheme == "https" || !settings.http.certificate.empty();
     if (settings.isBehindProxy) {

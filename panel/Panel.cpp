@@ -1,11 +1,15 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "panel/Panel.h"
 
+#include <atomic>
+#include <openssl/crypto.h>
 #include <utility>
 
+#include "panel/PanelMetrics.h"
 #include "panel/Services.h"
 #include "panel/access/Sessions.h"
 #include "panel/access/UserFile.h"
+#include "panel/access/cookie.h"
 #include "panel/api/AudioStore.h"
 #include "panel/api/IdempotencyStore.h"
 #include "panel/api/LockKeeper.h"
@@ -15,6 +19,7 @@
 #include "panel/audit/AuditTrail.h"
 #include "panel/events/EventHub.h"
 #include "panel/events/eventRoutes.h"
+#include "panel/http/ApiError.h"
 #include "panel/http/HttpServer.h"
 
 namespace papanel {
@@ -30,8 +35,8 @@ std::string hostInLink(const std::string& host) {
     return host.find(':') == std::string::npos ? host : '[' + host + ']';
 }
 
-RouterSettings routerSettings(const PanelSettings& settings,
-                              const paclient::Connection& connection) {
+RouterSettings routerSettings(const PanelSettings& settings, const paclient::Connection& connection,
+                              HttpHandler metrics) {
     RouterSettings router;
     router.isEncrypted = settings.isEncrypted;
     if (settings.isBehindProxy) {
@@ -46,7 +51,19 @@ RouterSettings routerSettings(const PanelSettings& settings,
         reply.bytes = connection.isSynced() ? "ok\n" : "the connection to the server is away\n";
         return reply;
     };
+    router.others["/metrics"] = std::move(metrics);
     return router;
+}
+
+/// Whether a request may read the metrics: it comes from this machine, has the token, or is that of
+/// a user. A proxy on this machine passes on what comes from elsewhere.
+bool mayReadMetrics(const HttpRequest& request, const PanelSettings& settings, Sessions& sessions) {
+    const std::string given = request.head.header("authorization");
+    const std::string expected = "Bearer " + settings.metricsToken;
+    const bool hasToken = !settings.metricsToken.empty() && given.size() == expected.size() &&
+                          CRYPTO_memcmp(given.data(), expected.data(), given.size()) == 0;
+    const bool isLocal = !settings.isBehindProxy && isLoopbackHost(request.address);
+    return hasToken || isLocal || sessions.find(tokenIn(request.head.header("cookie")));
 }
 
 }  // namespace
@@ -60,7 +77,10 @@ struct Panel::Parts {
                                      : paserver::openServer(settings.server, "PAPANEL",
                                                             [this] { return stop.isRequested(); })),
           connection(*endpoint),
-          router(services, allRoutes(), routerSettings(settings, connection)) {
+          router(services, allRoutes(),
+                 routerSettings(settings, connection, [this, settings](const HttpRequest& request) {
+                     return metricsFor(request, settings);
+                 })) {
         sessions.onEnd([this](const std::string& id, const std::string& reason) {
             locks.sessionEnded(id);
             events.log().endSession(id, reason);
@@ -73,8 +93,20 @@ struct Panel::Parts {
         events.start(services);
         http = std::make_unique<HttpServer>(
             settings.http, [this](const HttpRequest& request) { return router(request); });
+        serving = http.get();
         url = (settings.http.certificate.empty() ? "http://" : "https://") +
               hostInLink(settings.http.host) + ':' + std::to_string(http->port()) + '/';
+    }
+
+    ApiReply metricsFor(const HttpRequest& request, const PanelSettings& settings) {
+        if (!mayReadMetrics(request, settings, sessions)) {
+            throw ApiError(401, "not-logged-in", "log in first, or send the token");
+        }
+        const HttpServer* const server = serving;
+        ApiReply reply;
+        reply.contentType = pametrics::Exposition::contentType;
+        reply.bytes = metrics.text(services, router, server == nullptr ? 0 : server->connections());
+        return reply;
     }
 
     Stop stop;
@@ -90,8 +122,10 @@ struct Panel::Parts {
     EventHub events;
     Services services{connection, events, sessions, users.get(),   audit,
                       answers,    locks,  audio,    announcements, stop};
+    const PanelMetrics metrics;
     Router router;
     std::string url;
+    std::atomic<const HttpServer*> serving{nullptr};
     std::unique_ptr<HttpServer> http;  // the last one: its threads use all others
 };
 

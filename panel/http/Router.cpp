@@ -2,6 +2,7 @@
 #include "panel/http/Router.h"
 
 #include <algorithm>
+#include <chrono>
 
 #include "panel/Services.h"
 #include "panel/access/Sessions.h"
@@ -14,6 +15,7 @@
 #include "panel/http/errorReply.h"
 #include "panel/http/pageReply.h"
 #include "panel/http/requestBody.h"
+#include "util/AtEnd.h"
 
 namespace papanel {
 
@@ -154,6 +156,9 @@ ApiReply Router::reply(const HttpRequest& request, const Route*& found) {
     if (found->effect != Effect::Operates) {
         return found->handle(services_, call);
     }
+    const auto begun = std::chrono::steady_clock::now();
+    const pautil::AtEnd measured(
+        [&] { operationDurations_.add(std::chrono::steady_clock::now() - begun); });
     return services_.answers.answer(call, [&] { return operate(services_, *found, call); });
 }
 

@@ -8,6 +8,7 @@
 #include <string>
 #include <tuple>
 
+#include "metrics/DurationCounts.h"
 #include "panel/http/HttpConnection.h"
 #include "panel/http/RouteTable.h"
 
@@ -36,6 +37,11 @@ public:
     using Counts = std::map<std::tuple<std::string, std::string, int>, std::uint64_t>;
     [[nodiscard]] Counts counts() const;
 
+    /// How long operations have taken, whatever came of them.
+    [[nodiscard]] const pametrics::DurationCounts& operationDurations() const {
+        return operationDurations_;
+    }
+
     [[nodiscard]] const Routes& routes() const { return table_.routes(); }
 
 private:
@@ -48,6 +54,7 @@ private:
     Services& services_;
     const RouteTable table_;
     const RouterSettings settings_;
+    pametrics::DurationCounts operationDurations_;
 
     mutable std::mutex lock_;
     Counts counts_;  // guarded by lock_
