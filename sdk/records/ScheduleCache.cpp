@@ -25,6 +25,7 @@ bool ScheduleCache::put(ScheduleDefinition& schedule) {
     // The validity of the display stays as first reported.
     schedule.displayTemplateValidityPeriodSeconds = stored.displayTemplateValidityPeriodSeconds;
     if (schedule == stored) {
+        stored.gain = schedule.gain;  // -0 and 0 are equal
         return false;
     }
     ScheduleDefinition changed = schedule;
