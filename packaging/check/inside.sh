@@ -101,8 +101,10 @@ done
 # The examples.
 cmake -S examples -B found/examples -G Ninja >>cmake.log
 ninja -C found/examples >>cmake.log || fail 'the examples do not build with find_package'
-for example in panel importSchedules; do
-  c++ -std=c++17 examples/$example.cpp $(flags --cflags --libs) -o found/$example ||
+for example in coroutine importSchedules ownLoop panel recorder tutorial; do
+  standard=c++17
+  [ $example != coroutine ] || standard=c++20
+  c++ -std=$standard examples/$example.cpp $(flags --cflags --libs) -o found/$example ||
     fail "$example does not build with pkg-config"
 done
 [[ "$(echo q | found/panel --server 127.0.0.1:$port)" = *'Platform 1'* ]] || fail 'the panel shows no zones'
