@@ -4,7 +4,8 @@
 #include <CLI/CLI.hpp>
 #include <unistd.h>
 
-#include "client/scheduleTimes.h"
+#include "operating/options.h"
+#include "operating/serverOptions.h"
 #include "paserver/journal.h"
 #include "util/userFile.h"
 
@@ -20,88 +21,50 @@ constexpr const char* footer =
 /// The words of the command line that are examined later.
 struct Words {
     std::string listen = "127.0.0.1:8088";
-    std::string clock;
     std::string proxyScheme;
     std::vector<std::string> proxies{"127.0.0.1", "::1"};
     bool journal = false;
     int debug = 0;
 };
 
-void addServerOptions(CLI::App& app, paserver::ServerChoice& server, Words& words) {
-    CLI::Option_group* const broker = app.add_option_group("Audio server on a broker");
-    CLI::Option* const url =
-        broker
-            ->add_option("--server", server.broker,
-                         "mqtt[s]://HOST[:PORT] of the broker (default: a simulated server)")
-            ->envname("PAPANEL_SERVER");
-    broker->add_option("--dst", server.dstNo, "Number of the server (default: the active one)")
-        ->check(CLI::PositiveNumber);
-    CLI::Option* const indirect = broker->add_flag("--indirect", server.indirect,
-                                                   "Use the server over a local one, which relays");
-    CLI::Option* const local =
-        broker->add_option("--local-dst", server.localDstNo, "Number of the local server")
-            ->check(CLI::PositiveNumber);
-    indirect->needs(local);
-    local->needs(indirect);
-    broker->add_option("--credentials", server.credentials,
-                       "File with the lines user = NAME and password = TEXT, for its owner only");
-    broker->add_option("--ca", server.caFile,
-                       "File of the authorities that the broker's certificate may have");
-    broker->add_option("--cert", server.certificateFile, "Certificate of this client, a file");
-    broker->add_option("--key", server.keyFile, "Key of the certificate, a file");
-    CLI::Option_group* const simulated = app.add_option_group("Simulated audio server");
-    simulated->add_option("--scenario", server.scenario, "Its station, a JSON file")->excludes(url);
-    simulated->add_option("--speed", server.speed, "Simulated seconds per second (default 1)")
-        ->check(CLI::Range(1e-3, 1e6))
-        ->excludes(url);
-    simulated->add_option("--spool", server.spool, "Folder of uploads and recordings")
-        ->excludes(url);
-    simulated->add_option("--state", server.state, "Folder of what outlives the process")
-        ->excludes(url);
-    simulated->add_option("--clock", words.clock, "Station time at the start, as 2026-12-01T05:59")
-        ->excludes(url);
-}
-
 void addPageOptions(CLI::App& app, PanelSettings& settings, Words& words) {
-    CLI::Option_group* const pages = app.add_option_group("Pages");
+    using namespace paoperating;
+    constexpr int greatestDays = 36500;
+    constexpr const char* file = "FILE";
+    CLI::App& pages = *app.add_option_group("Pages");
     HttpSettings& http = settings.http;
-    pages->add_option("--listen", words.listen,
-                      "ADDRESS:PORT of the page; port 0 is a free one (default 127.0.0.1:8088)");
-    pages->add_option("--users", settings.users,
-                      "File of users; without it anybody on this machine is an operator");
-    CLI::Option* const certificate = pages->add_option(
-        "--tls-cert", http.certificate, "Certificate of the page with its chain, a PEM file");
-    CLI::Option* const key = pages->add_option("--tls-key", http.key, "Its key, a PEM file");
+    addText(pages, "--listen", words.listen,
+            "Address of the page; port 0 is a free one (default 127.0.0.1:8088)", "ADDRESS:PORT");
+    addPath(pages, "--users", settings.users,
+            "Users; without it anybody on this machine is an operator", file);
+    CLI::Option* const certificate = addPath(pages, "--tls-cert", http.certificate,
+                                             "Certificate of the page, with its chain", file);
+    CLI::Option* const key = addPath(pages, "--tls-key", http.key, "Key of the certificate", file);
     certificate->needs(key);
     key->needs(certificate);
-    pages
-        ->add_option("--behind-proxy", words.proxyScheme,
-                     "http or https: how browsers reach the proxy that passes requests on")
-        ->check(CLI::IsMember({"http", "https"}))
+    addText(pages, "--behind-proxy", words.proxyScheme,
+            "How browsers reach the proxy that passes requests on", "SCHEME")
+        ->check(oneOf({"http", "https"}))
         ->excludes(certificate);
-    pages->add_option("--proxy-address", words.proxies,
-                      "Address of that proxy, repeatable (default 127.0.0.1 and ::1)");
-    pages->add_option("--audit", settings.audit,
-                      "File of the audit trail (default: the newest operations, in memory)");
-    pages
-        ->add_option("--audit-days", settings.auditDays,
-                     "How long an operation stays in it (default 90)")
-        ->check(CLI::Range(1, 36500));
-    pages->add_option("--max-connections", http.limits.connections, "In all (default 1000)")
-        ->check(CLI::Range(10, 100000));
-    pages
-        ->add_option("--max-connections-per-address", http.limits.connectionsPerAddress,
-                     "Of one client (default 250); this machine and the proxy have no limit")
-        ->check(CLI::Range(1, 100000));
+    addTexts(pages, "--proxy-address", words.proxies,
+             "Address of that proxy; repeatable (default 127.0.0.1 and ::1)", "ADDRESS");
+    addPath(pages, "--audit", settings.audit,
+            "Audit trail (default: the newest operations, in memory)", file);
+    addWhole(pages, "--audit-days", settings.auditDays, {1, greatestDays},
+             "How long an operation stays in it (default 90)");
+    addWhole(pages, "--max-connections", http.limits.connections, {1, greatestWhole},
+             "In all (default 1000)");
+    addWhole(pages, "--max-connections-per-address", http.limits.connectionsPerAddress,
+             {1, greatestWhole},
+             "Of one client (default 250); this machine and the proxy have no limit");
 }
 
 void define(CLI::App& app, PanelSettings& settings, Words& words) {
     addPageOptions(app, settings, words);
-    addServerOptions(app, settings.server, words);
+    paoperating::addServerOptions(app, settings.server, "PAPANEL_SERVER");
     app.add_flag("--journal", words.journal,
                  "Log lines with priorities (the default when stderr is the journal)");
-    app.add_option("--debug", words.debug, "Verbosity of the log, 0 to 3 (default 0)")
-        ->check(CLI::Range(0, 3));
+    paoperating::addWhole(app, "--debug", words.debug, {0, 3}, "Verbosity of the log, 0 to 3");
     app.set_config("--config",
                    pautil::userFile("XDG_CONFIG_HOME", ".config", "papanel/config.toml").string(),
                    "File with options, as listen = \"127.0.0.1:8088\"");
@@ -137,19 +100,6 @@ void finish(PanelSettings& settings, const Words& words) {
     if (settings.users.empty() && (settings.isBehindProxy || !isLoopbackHost(settings.http.host))) {
         throw std::invalid_argument(
             "without --users only this machine is served: no other address, and no proxy");
-    }
-    if (!settings.server.broker.empty()) {
-        paserver::checkBrokerUrl(settings.server.broker);
-    }
-    if (!(settings.server.speed > 0)) {  // not a number, which is in every range
-        throw std::invalid_argument("--speed: a number above 0 is expected");
-    }
-    if (!words.clock.empty()) {
-        const paclient::DateTime typed = paclient::parseDateTime(words.clock);
-        if (!typed.date || !typed.time) {
-            throw std::invalid_argument("--clock: '" + words.clock + "' is not a date and a time");
-        }
-        settings.server.clock = typed;
     }
 }
 

@@ -38,7 +38,8 @@ struct NewSession {
 struct SessionLimits {
     std::chrono::milliseconds idle = std::chrono::hours(12);
     std::chrono::milliseconds absolute = std::chrono::hours(24 * 7);
-    std::size_t forUser = 50;  ///< of one user; not for the user "local"
+    std::size_t forUser =
+        250;  ///< of one user, who may have a page on many displays; not of "local"
     std::size_t inAll = 1000;
 };
 

@@ -85,7 +85,8 @@ HashLimit::Turn::Turn(HashLimit& limit) : limit_(limit) {
     constexpr int mostWaiting = 100;
     std::unique_lock<std::mutex> lock(limit_.lock_);
     if (limit_.waiting_ >= mostWaiting) {
-        throw ApiError(503, "overloaded", "too many logins at once, try again");
+        throw ApiError(503, "overloaded", "too many logins at once, try again",
+                       {{"retryAfter", 1}});
     }
     ++limit_.waiting_;
     limit_.free_.wait(lock, [this] { return limit_.inside_ < mostInside; });

@@ -9,17 +9,25 @@
 #include <stdexcept>
 #include <string>
 #include <sys/socket.h>
+#include <system_error>
+#include <unistd.h>
 
 namespace papanel {
 
 namespace {
 
-/// @throws std::runtime_error with the reason that OpenSSL gives
-void check(bool isDone, const std::filesystem::path& file) {
-    if (!isDone) {
+[[noreturn]] void refuse(const std::filesystem::path& file, const std::string& reason) {
+    throw std::runtime_error(file.string() + " cannot be used: " + reason);
+}
+
+/// @throws std::runtime_error when OpenSSL has not taken the file
+void check(bool isTaken, const std::filesystem::path& file) {
+    if (!isTaken && access(file.c_str(), R_OK) != 0) {
+        refuse(file, std::generic_category().message(errno));
+    }
+    if (!isTaken) {
         const char* const reason = ERR_reason_error_string(ERR_get_error());
-        throw std::runtime_error(
-            file.string() + " cannot be used: " + (reason != nullptr ? reason : "it is malformed"));
+        refuse(file, reason != nullptr ? reason : "it is malformed");
     }
 }
 

@@ -150,7 +150,7 @@ void HttpServer::begin(int socket, const std::string& address) {
 bool HttpServer::hasPlaceFor(const std::string& address) const {
     const HttpLimits& limits = settings_.limits;
     const auto others = perAddress_.find(address);
-    return connections_.size() <= limits.connections &&
+    return static_cast<int>(connections_.size()) <= limits.connections &&
            (isLoopback(address) || settings_.proxies.count(address) != 0 ||
             others == perAddress_.end() || others->second < limits.connectionsPerAddress);
 }

@@ -58,7 +58,7 @@ private:
     // Guarded by lock_.
     bool isStopping_ = false;
     Connections connections_;
-    std::map<std::string, std::size_t> perAddress_;
+    std::map<std::string, int> perAddress_;
 
     pa::PosixThread acceptor_;
 };

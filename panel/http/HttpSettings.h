@@ -11,8 +11,8 @@ namespace papanel {
 
 /// What clients may take of the server.
 struct HttpLimits {
-    std::size_t connections = 1000;
-    std::size_t connectionsPerAddress = 250;  ///< loopback addresses have no such limit
+    int connections = 1000;
+    int connectionsPerAddress = 250;  ///< loopback addresses have no such limit
     std::size_t requestsPerConnection = 1000;
     std::size_t headBytes = std::size_t{32} << 10U;  ///< request line and headers
 
