@@ -22,6 +22,9 @@ class Command:
                                 stdout=subprocess.PIPE, text=True).stdout
         self.about, self.usage, self.sections, self.rest = "", "", {}, ""
         section = None
+        # A group of options is indented; its options follow the others.
+        output = re.sub(r"(?m)^\[Option Group: .*\]\n((?:  .*\n)+)",
+                        lambda group: re.sub("(?m)^  ", "", group[1]), output)
         for line in output.splitlines():
             if match := re.fullmatch(r"(Options|Positionals|Commands|Subcommands):", line):
                 section = self.sections.setdefault(match[1].replace("Sub", "").capitalize(), [])
@@ -76,6 +79,7 @@ def roff(text):
 NOTATION = (
     (r":\{(.*?)\}", "One of {}."),
     (r":(?:INT|FLOAT) in \[(.*?) - (.*?)\]", "From {} to {}."),
+    (r":(POSITIVE)", "1 or more."),
     (r" \(Env:(.*?)\)", "Default: the environment variable {}."),
     (r" Excludes:((?: [\w-]+(?![\w:-]))+)", "Not with {}."),
     (r" Needs:((?: [\w-]+(?![\w:-]))+)", "Only with {}."),
@@ -98,7 +102,7 @@ def readable(head, text):
             if not all(re.search(rf"(?<![\w.]){re.escape(word)}(?!\w)", text)
                        for words in found for word in words):  # which the text need not repeat
                 remarks.append(meaning.format(*(", ".join(words) for words in found)))
-    head = re.sub(r" INT\b", " N", re.sub(r" FLOAT\b", " NUMBER", head)).replace(",-", ", -")
+    head = re.sub(r" U?INT\b", " N", re.sub(r" FLOAT\b", " NUMBER", head)).replace(",-", ", -")
     return head, " ".join([text + "." * (text[-1:] != "."), *remarks])
 
 
@@ -110,7 +114,7 @@ def entries(rows, out):
 
 def exit_statuses(root):
     """The rows of "Exit codes: 0 done, 1 usage, ..." at the end of a help."""
-    if match := re.match(r"Exit codes: (.*)", root.rest.strip()):
+    if match := re.search(r"Exit codes: (.*)", root.rest.strip()):
         return [(number, text[:1].upper() + text[1:])
                 for number, text in re.findall(r"(\d+) (.+?)(?:, (?=\d)|$)", match[1])]
     return []
