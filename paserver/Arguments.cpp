@@ -28,6 +28,7 @@ struct Words {
     std::string certificate;
     std::string key;
     std::string clock;
+    std::string metrics;
     int dstNo = 0;
     int precedence = 1;
     double speed = 1.0;
@@ -73,6 +74,9 @@ void define(CLI::App& app, Words& words) {
     app.add_flag("--withdraw-records", words.withdrawRecords,
                  "Withdraw the records at a stop (the default)")
         ->excludes(keep);
+    app.add_option("--metrics", words.metrics,
+                   "Where /metrics and /healthz are served, as 127.0.0.1:9464 (default: nowhere)")
+        ->type_name("ADDRESS:PORT");
     app.add_flag("--journal", words.journal,
                  "Log lines with priorities (the default when stderr is the journal)");
     app.add_option("--debug", words.debug, "Verbosity of the log, 0 to 3 (default 1)")
@@ -152,6 +156,7 @@ Arguments readArguments(const std::vector<std::string>& words) {
     }
     arguments.journal = given.journal || isJournal(STDERR_FILENO);
     arguments.debug = given.debug;
+    arguments.metrics = given.metrics;
     try {
         auto broker = std::move(arguments.settings.broker);
         arguments.settings = settingsOf(given);

@@ -21,7 +21,8 @@ enum DaemonExit : int {
 /// What the command line asks for.
 struct Arguments {
     ServerSettings settings{};
-    bool journal = false;  ///< log lines have priorities
+    std::string metrics{};  ///< where the metrics are served; empty: nowhere
+    bool journal = false;   ///< log lines have priorities
     long debug = 1;
     std::optional<int> exitCode{};  ///< when there is nothing to do but to end
     std::string output{};           ///< of --help and --version

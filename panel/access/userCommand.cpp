@@ -259,10 +259,10 @@ int runUserCommand(const std::vector<std::string>& words, std::istream& in, std:
         run(words, {in, out, errors, terminal});
         return done;
     } catch (const Failure& failure) {
-        errors << failure.what() << '\n';
+        errors << "papanel: " << failure.what() << '\n';
         return failure.code;
     } catch (const std::exception& error) {
-        errors << error.what() << '\n';
+        errors << "papanel: " << error.what() << '\n';
         return wrongUsage;
     }
 }

@@ -4,9 +4,11 @@
 #include <set>
 #include <sstream>
 
+#include "metrics/MetricsEndpoint.h"
 #include "panel/Panel.h"
 #include "panel/PanelMetrics.h"
 #include "panel/http/Router.h"
+#include "paserver/serverMetrics.h"
 #include "tests/panel/apiFixture.h"
 
 namespace {
@@ -78,6 +80,7 @@ TEST_F(MetricsTest, AreThoseOfTheDocumentation) {
     PanelMetrics::addLink(link, {});
     std::set<std::string> rows = rowsOf(metrics.text(services, router, 0));
     rows.merge(rowsOf(link.text()));
+    rows.merge(rowsOf(paserver::metricsText({})));
     std::set<std::string> documented;
     std::ifstream page(PA_TESTS "/../docs/metrics.md");
     for (std::string line; std::getline(page, line);) {
@@ -90,25 +93,35 @@ TEST_F(MetricsTest, AreThoseOfTheDocumentation) {
 }
 
 TEST_F(MetricsTest, CountWhatHappens) {
+    const char* const cancelled =
+        "public_address_operations_sent_total{operation=\"cancelMessage\"}";
+    const char* const overCount = "public_address_changes_total{kind=\"announcementDelete\"}";
     const std::string before = metrics.text(services, router, 7);
     EXPECT_EQ(valueIn(before, "public_address_synced"), 1);
     EXPECT_EQ(valueIn(before, "public_address_records{kind=\"zones\"}"), 6);
     EXPECT_EQ(valueIn(before, "public_address_panel_http_connections"), 7);
 
-    paclient::Subscription ends(paclient::kinds<paclient::Deleted<AnnouncementRequest>>());
+    paclient::Subscription changes;
     ask("POST", "/announcements",
         R"({"zones": ["Hall"], "items": [12], "requestId": "request-1"})");
     ask("DELETE", "/announcements/request-1");
     ask("PUT", "/sinks/77/gain", R"({"level": -3})");
-    EXPECT_NE(ends.next(std::chrono::seconds(10)), nullptr);
-    const std::string after = metrics.text(services, router, 0);
+    // Counted after the answer: that an operation was sent, and that the announcement is over.
+    std::string after;
+    const auto isCounted = [&] {
+        after = metrics.text(services, router, 0);
+        return valueIn(after, cancelled) == 1 && valueIn(after, overCount) == 1;
+    };
+    for (int turn = 0; turn < 1000 && !isCounted(); ++turn) {
+        changes.next(std::chrono::milliseconds(10));
+    }
     const std::pair<const char*, double> expected[] = {
         {"public_address_announcements_total{outcome=\"cancelled\"}", 1},
         {"public_address_announcements_total{outcome=\"finished\"}", 0},
         {"public_address_operations_sent_total{operation=\"playMessage\"}", 1},
-        {"public_address_operations_sent_total{operation=\"cancelMessage\"}", 1},
+        {cancelled, 1},
         {"public_address_operations_sent_total{operation=\"setSinkGain\"}", 0},
-        {"public_address_changes_total{kind=\"announcementDelete\"}", 1},
+        {overCount, 1},
         {"public_address_panel_operation_duration_seconds_count", 3},
         {"public_address_panel_operation_duration_seconds_bucket{le=\"+Inf\"}", 3},
         {"public_address_panel_http_requests_total{method=\"PUT\",route=\"/sinks/{id}/gain\","
@@ -120,6 +133,27 @@ TEST_F(MetricsTest, CountWhatHappens) {
     }
     connection.link().stop();
     EXPECT_EQ(valueIn(metrics.text(services, router, 0), "public_address_synced"), 0);
+}
+
+TEST(MetricsEndpointTest, ServesWhatItIsGiven) {
+    bool isHealthy = false;
+    const pametrics::MetricsEndpoint endpoint(
+        "127.0.0.1:0", [] { return "a 1\n"; }, [&] { return isHealthy; });
+    httplib::Client client("127.0.0.1", endpoint.port());
+    EXPECT_EQ(client.Get("/metrics")->body, "a 1\n");
+    EXPECT_EQ(client.Get("/healthz")->status, 503);
+    isHealthy = true;
+    EXPECT_EQ(client.Get("/healthz")->status, 200);
+    EXPECT_EQ(client.Get("/")->status, 404);
+    EXPECT_EQ(client.Post("/metrics", "x", "text/plain")->status, 413);
+    for (const std::string& address :
+         {std::string("127.0.0.1"), std::string("127.0.0.1:x"), std::string("192.0.2.1:0"),
+          "127.0.0.1:" + std::to_string(endpoint.port())}) {
+        EXPECT_THROW(pametrics::MetricsEndpoint(
+                         address, [] { return ""; }, [] { return true; }),
+                     std::runtime_error)
+            << address;
+    }
 }
 
 /// A proxy on this machine passes on what comes from elsewhere.
