@@ -167,7 +167,9 @@ TEST_F(AccessTest, UsersAreChangedByCommands) {
 TEST_F(AccessTest, APasswordIsTypedTwiceWithoutEcho) {
     const std::vector<std::tuple<std::vector<std::string>, int, std::string>> cases = {
         {{"secret words\n", "secret words\n"}, 0, "Password: Again: "},
-        {{"secret words\n", "secret wards\n"}, 1, "Password: Again: papanel: the two passwords differ\n"},
+        {{"secret words\n", "secret wards\n"},
+         1,
+         "Password: Again: papanel: the two passwords differ\n"},
         {{"secret\n"}, 1, "Password: papanel: a password has 8 to 256 bytes\n"},
         {{"secret\x03"}, 130, "Password: papanel: interrupted\n"},
     };
