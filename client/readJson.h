@@ -18,15 +18,16 @@
 
 namespace paclient {
 
+/// Throws a `std::invalid_argument` with the text.
 [[noreturn]] inline void failReading(const std::string& text) {
     throw std::invalid_argument(text);
 }
 
+/// An object with members of the record; one that is missing keeps its value.
 template <class Record>
 void readRecord(const Json& json, Record& record);
 
-// Each of these reads a value of its type, or fails with what would be right.
-
+/// A whole number in the range of the type.
 template <class Number>
 void readWhole(const Json& json, Number& value) {
     using Limits = std::numeric_limits<Number>;
@@ -42,14 +43,17 @@ void readWhole(const Json& json, Number& value) {
     value = json.get<Number>();
 }
 
+/// A whole number.
 inline void readValue(const Json& json, int& value) {
     readWhole(json, value);
 }
 
+/// As above, from 0 on.
 inline void readValue(const Json& json, unsigned& value) {
     readWhole(json, value);
 }
 
+/// A number.
 inline void readValue(const Json& json, double& value) {
     if (!json.is_number()) {
         failReading("is not a number");
@@ -57,6 +61,7 @@ inline void readValue(const Json& json, double& value) {
     value = json.get<double>();
 }
 
+/// True or false.
 inline void readValue(const Json& json, bool& value) {
     if (!json.is_boolean()) {
         failReading("is neither true nor false");
@@ -64,6 +69,7 @@ inline void readValue(const Json& json, bool& value) {
     value = json.get<bool>();
 }
 
+/// A text without NUL.
 inline void readValue(const Json& json, std::string& value) {
     if (!json.is_string()) {
         failReading("is not a text");
@@ -74,10 +80,12 @@ inline void readValue(const Json& json, std::string& value) {
     }
 }
 
+/// A voice.
 inline void readValue(const Json& json, TTSVocalizer& value) {
     readRecord(json, value);
 }
 
+/// The number of an enumeration, whether it has a name or not.
 template <class Enumeration, class = std::enable_if_t<std::is_enum_v<Enumeration>>>
 void readValue(const Json& json, Enumeration& value) {
     int number = 0;
@@ -100,6 +108,7 @@ inline void readValue(const Json& json, Json& value) {
     value = json;
 }
 
+/// A list, added to the value.
 template <class Entry>
 void readValue(const Json& json, std::vector<Entry>& value) {
     if (!json.is_array()) {
@@ -110,6 +119,7 @@ void readValue(const Json& json, std::vector<Entry>& value) {
     }
 }
 
+/// An object of texts.
 inline void readValue(const Json& json, std::map<std::string, std::string>& value) {
     if (!json.is_object()) {
         failReading("is not an object");
@@ -119,6 +129,7 @@ inline void readValue(const Json& json, std::map<std::string, std::string>& valu
     }
 }
 
+/// A value; what is wrong with it names the member.
 template <class Value>
 void readMember(const std::string& name, const Json& json, Value& value) {
     try {

@@ -14,7 +14,7 @@ namespace {
 constexpr std::pair<int, int> sampleBits[] = {
     {SF_FORMAT_PCM_U8, 8}, {SF_FORMAT_PCM_16, 16}, {SF_FORMAT_PCM_24, 24}, {SF_FORMAT_PCM_32, 32}};
 
-void require(bool holds, const std::string& text) {
+void requireSound(bool holds, const std::string& text) {
     if (!holds) {
         throw pautil::FileError(text);
     }
@@ -40,16 +40,16 @@ std::string channelText(int channels) {
 WavFormat checkWav(const std::string& path) {
     std::error_code unknown;
     const auto status = std::filesystem::status(path, unknown);
-    require(std::filesystem::exists(status), path + ": there is no such file");
+    requireSound(std::filesystem::exists(status), path + ": there is no such file");
     // Anything else, a pipe for example, would keep its reader waiting.
-    require(std::filesystem::is_regular_file(status), path + ": is not a file");
+    requireSound(std::filesystem::is_regular_file(status), path + ": is not a file");
     const SndfileHandle file(path);
-    require(file.error() == SF_ERR_NO_ERROR,
+    requireSound(file.error() == SF_ERR_NO_ERROR,
             path + ": cannot be read as a WAV file: " + file.strError());
     const int container = file.format() & SF_FORMAT_TYPEMASK;
-    require(container == SF_FORMAT_WAV || container == SF_FORMAT_WAVEX,
+    requireSound(container == SF_FORMAT_WAV || container == SF_FORMAT_WAVEX,
             path + ": is not a WAV file");
-    require(file.frames() > 0, path + ": has no sound in it");
+    requireSound(file.frames() > 0, path + ": has no sound in it");
     return {file.samplerate(), file.channels(), bitsOf(file.format()),
             static_cast<double>(file.frames()) / file.samplerate()};
 }

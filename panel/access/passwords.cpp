@@ -17,8 +17,8 @@ namespace papanel {
 namespace {
 
 constexpr const char* method = "$y$";
-constexpr std::size_t shortest = 8;
-constexpr std::size_t longest = 256;
+constexpr std::size_t shortestPassword = 8;
+constexpr std::size_t longestPassword = 256;
 
 /// A setting with new salt and the method's usual cost.
 std::string newSetting() {
@@ -47,7 +47,7 @@ std::string hashWith(const std::string& password, const std::string& setting) {
 }  // namespace
 
 std::string passwordFault(const std::string& password) {
-    if (password.size() < shortest || password.size() > longest) {
+    if (password.size() < shortestPassword || password.size() > longestPassword) {
         return "a password has 8 to 256 bytes";
     }
     const bool isText = pautil::isUtf8(password) && !pautil::hasControlCharacter(password);

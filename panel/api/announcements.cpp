@@ -21,14 +21,14 @@ using paoperating::PlayRequest;
 
 namespace {
 
-constexpr int greatest = std::numeric_limits<int>::max();
+constexpr int greatestWhole = std::numeric_limits<int>::max();
 using Texts = std::vector<std::string>;
 using State = Announcement::State;
 
 // --------------------------------------------------------------------------------- what is asked
 
 /// What is asked for, with what it plays.
-struct Asked {
+struct AskedAnnouncement {
     PlayRequest play;
     std::optional<std::string> upload;  // its id
     AudioStore::AudioPtr audio;         // of that id
@@ -40,17 +40,17 @@ void readDisplay(const Json& json, PlayRequest& play) {
     readMembers(json, [&](Body& body) {
         play.display = body.get<std::string>("template");
         play.variables = body.findOr("variables", play.variables);
-        play.validity = body.findWithin("validity", 0, greatest).value_or(play.validity);
+        play.validity = body.findWithin("validity", 0, greatestWhole).value_or(play.validity);
         return true;
     });
 }
 
-Asked readAsked(Body& body) {
-    Asked asked;
+AskedAnnouncement readAsked(Body& body) {
+    AskedAnnouncement asked;
     PlayRequest& play = asked.play;
     play.zones = body.get<Texts>("zones");
     play.audio.items = body.findOr("items", play.audio.items);
-    play.audio.repeat = body.findWithin("repeat", 1, greatest);
+    play.audio.repeat = body.findWithin("repeat", 1, greatestWhole);
     play.audio.texts = body.findOr("texts", play.audio.texts);
     play.audio.language = body.find<std::string>("language");
     play.audio.voice = body.find<std::string>("voice");
@@ -61,8 +61,8 @@ Asked readAsked(Body& body) {
     }
     play.priority = body.findOr("priority", play.priority);
     play.relative = body.findOr("relative", false);
-    play.preChime = body.findWithin("preChime", 0, greatest).value_or(0);
-    play.postChime = body.findWithin("postChime", 0, greatest).value_or(0);
+    play.preChime = body.findWithin("preChime", 0, greatestWhole).value_or(0);
+    play.postChime = body.findWithin("postChime", 0, greatestWhole).value_or(0);
     play.gain =
         body.findWithin("gain", -paoperating::greatestPlayGain, paoperating::greatestPlayGain);
     play.requestId = body.find<std::string>("requestId");
@@ -70,8 +70,8 @@ Asked readAsked(Body& body) {
 }
 
 /// The request, checked, with its zones and its voice as the server calls them.
-Asked askedOf(Services& services, const ApiRequest& request) {
-    Asked asked = readMembers(request.body, readAsked);
+AskedAnnouncement askedOf(Services& services, const ApiRequest& request) {
+    AskedAnnouncement asked = readMembers(request.body, readAsked);
     if (asked.upload) {
         asked.audio = services.audio.find(request.caller.user, *asked.upload);
         asked.play.audio.file = asked.audio->path.string();
@@ -160,7 +160,7 @@ void requireAccepted(const Announcement& announcement) {
 
 ApiReply play(Services& services, const ApiRequest& request) {
     constexpr std::chrono::seconds refusalLimit{1};  // when the server answers only to refuse
-    const Asked asked = askedOf(services, request);
+    const AskedAnnouncement asked = askedOf(services, request);
     const auto sent = services.announcements.send(request.caller.user, asked.zones, asked.message);
     const bool isReported = sent.announcement->partCount() > 0;
     sent.announcement->waitUntilAccepted(waitOf(services, isReported ? answerLimit : refusalLimit));
@@ -190,7 +190,7 @@ constexpr const char* codeOf(Finding::Kind kind) {
 }
 
 ApiReply dryRun(Services& services, const ApiRequest& request) {
-    const Asked asked = askedOf(services, request);
+    const AskedAnnouncement asked = askedOf(services, request);
     const auto playable = paoperating::playableAt(services.connection.endpoint());
     Json problems = Json::array();
     for (const Finding& finding : checkMessage(asked.zones, asked.message, playable)) {

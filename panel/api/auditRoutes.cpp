@@ -53,7 +53,7 @@ ApiReply list(Services& services, const ApiRequest& request) {
     rows.resize(hasMore ? rows.size() - 1 : rows.size());
     Json entries = Json::array();
     for (const AuditRow& row : rows) {
-        entries.push_back(toJson(row));
+        entries.push_back(rowJson(row));
     }
     return {200, {{"entries", entries}, {"more", hasMore}}};
 }

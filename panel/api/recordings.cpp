@@ -20,11 +20,11 @@ struct PathOperation {
     bool isConfirmed;
 };
 
-constexpr PathOperation start{" is being recorded", paoperating::playablePath, startRecording,
+constexpr PathOperation startAt{" is being recorded", paoperating::playablePath, startRecording,
                               true};
 constexpr PathOperation playBack{" is played back", paoperating::serverPath, previewRecording,
                                  false};
-constexpr PathOperation remove{" is deleted", paoperating::serverPath, deleteRecording, false};
+constexpr PathOperation deleteAt{" is deleted", paoperating::serverPath, deleteRecording, false};
 
 template <const PathOperation& operation>
 ApiReply ofRecording(Services& services, const ApiRequest& request) {
@@ -54,11 +54,11 @@ Routes recordingRoutes() {
     constexpr Access who = Access::Operator;
     constexpr Effect what = Effect::Operates;
     return {
-        {"POST", "/recordings/current", who, what, "start recording", answered<ofRecording<start>>},
+        {"POST", "/recordings/current", who, what, "start recording", answered<ofRecording<startAt>>},
         {"DELETE", "/recordings/current", who, what, "stop recording", answered<stop>},
         {"POST", "/recordings/preview", who, what, "play recording back",
          answered<ofRecording<playBack>>},
-        {"DELETE", "/recordings", who, what, "delete recording", answered<ofRecording<remove>>},
+        {"DELETE", "/recordings", who, what, "delete recording", answered<ofRecording<deleteAt>>},
     };
 }
 

@@ -104,7 +104,7 @@ constexpr const char* pageKinds[] = {"zones",     "sources",       "sinks",
                                      "selectors", "schedules",     "locks"};
 
 /// A moment of this machine as in ISO 8601.
-std::string utcText(std::time_t moment) {
+std::string momentText(std::time_t moment) {
     return StationClock().secondText(moment) + 'Z';
 }
 
@@ -248,7 +248,7 @@ Json statusOf(const Services& services) {
     return {{"connected", services.connection.link().isConnected()},
             {"synced", isSynced},
             {"awayForMs", away.count()},
-            {"awaySince", isSynced ? Json() : Json(utcText(pa::wallClock() - awaySeconds))},
+            {"awaySince", isSynced ? Json() : Json(momentText(pa::wallClock() - awaySeconds))},
             {"reason", isSynced ? "" : connection.lossReason()},
             {"server", serverInfoOf(services)},
             {"address", services.connection.endpoint().name()},

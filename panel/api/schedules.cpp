@@ -24,12 +24,12 @@ namespace {
 constexpr int mostRuns = 1'000;
 constexpr int usualRuns = 5;
 
-std::string titleOf(int id) {
+std::string scheduleTitle(int id) {
     return "schedule " + std::to_string(id);
 }
 
 ApiReply put(Services& services, const ScheduleDefinition& schedule, int status) {
-    const std::string effect = titleOf(schedule.Id) + " is kept as asked";
+    const std::string effect = scheduleTitle(schedule.Id) + " is kept as asked";
     const Confirmation done =
         operate(services, effect, [&](const Wait& wait) { return putSchedule(schedule, wait); });
     return {status, doneAnswer(done, effect, toJson(described(schedule)))};
@@ -41,7 +41,7 @@ ApiReply addSchedule(Services& services, const ApiRequest& request) {
     ScheduleDefinition schedule = readSchedule(request.body);
     const std::lock_guard guard(oneAtATime);
     if (schedule.Id != 0 && gPaController.findSchedule(schedule.Id)) {
-        throw ApiError(409, "refused", "there is a " + titleOf(schedule.Id) + " already");
+        throw ApiError(409, "refused", "there is a " + scheduleTitle(schedule.Id) + " already");
     }
     schedule.Id = schedule.Id != 0 ? schedule.Id : freeScheduleId();
     return put(services, schedule, 201);
@@ -65,7 +65,7 @@ ApiReply changeSchedule(Services& services, const ApiRequest& request) {
 
 ApiReply removeOne(Services& services, const ApiRequest& request) {
     const int id = findOne(schedules, request.parts.at(0)).Id;
-    const std::string effect = titleOf(id) + " is removed";
+    const std::string effect = scheduleTitle(id) + " is removed";
     const Confirmation done =
         operate(services, effect, [id](const Wait& wait) { return removeSchedule(id, wait); });
     return {200, doneAnswer(done, effect, {{"Id", id}})};

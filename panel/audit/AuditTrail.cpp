@@ -112,7 +112,7 @@ std::string auditedRequest(const Json& body) {
     return storable(line, mostRequestBytes);
 }
 
-Json toJson(const AuditRow& row) {
+Json rowJson(const AuditRow& row) {
     return {{"id", row.id},
             {"time", utcText(row.time)},
             {"user", row.user},

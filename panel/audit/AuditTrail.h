@@ -47,7 +47,7 @@ struct AuditFilter {
 std::string auditedRequest(const paclient::Json& body);
 
 /// The row as the API gives it.
-paclient::Json toJson(const AuditRow& row);
+paclient::Json rowJson(const AuditRow& row);
 
 /// Who asked for what, when, from where, and what came of it: in an SQLite database. An operation
 /// is written, up to the disk, before it is sent. One whose end is not written when the process

@@ -58,7 +58,7 @@ std::string csvLine(const Json& record, Take take) {
 void exportJson(AuditTrail& trail, AuditFilter filter, const Write& write) {
     std::string start = "[\n";
     const auto lineOf = [&start](const AuditRow& row) {
-        const std::string line = paclient::jsonLine(toJson(row));
+        const std::string line = paclient::jsonLine(rowJson(row));
         return std::exchange(start, ",\n") + line.substr(0, line.size() - 1);
     };
     if (writeRows(trail, filter, write, lineOf)) {
@@ -69,9 +69,9 @@ void exportJson(AuditTrail& trail, AuditFilter filter, const Write& write) {
 void exportCsv(AuditTrail& trail, AuditFilter filter, const Write& write) {
     const auto nameOf = [](const auto& item) { return item.key(); };
     const auto valueOf = [](const auto& item) { return cellOf(item.value()); };
-    if (write(csvLine(toJson(AuditRow()), nameOf))) {
+    if (write(csvLine(rowJson(AuditRow()), nameOf))) {
         writeRows(trail, filter, write,
-                  [&](const AuditRow& row) { return csvLine(toJson(row), valueOf); });
+                  [&](const AuditRow& row) { return csvLine(rowJson(row), valueOf); });
     }
 }
 

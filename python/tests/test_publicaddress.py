@@ -231,7 +231,8 @@ class OnTheTramTest(unittest.TestCase):
             with self.assertRaises(KeyboardInterrupt):
                 wait()
         pa.SimulatedServer(self.connection).ignore_requests(False)
-        self.assertTrue(announcement.cancel())
+        announcement.cancel()  # unless the one above has arrived late and ended it
+        self.assertEqual(announcement.wait(60), pa.Announcement.State.CANCELLED)
 
 
 class ProcessTest(unittest.TestCase):
