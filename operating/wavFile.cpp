@@ -45,10 +45,10 @@ WavFormat checkWav(const std::string& path) {
     requireSound(std::filesystem::is_regular_file(status), path + ": is not a file");
     const SndfileHandle file(path);
     requireSound(file.error() == SF_ERR_NO_ERROR,
-            path + ": cannot be read as a WAV file: " + file.strError());
+                 path + ": cannot be read as a WAV file: " + file.strError());
     const int container = file.format() & SF_FORMAT_TYPEMASK;
     requireSound(container == SF_FORMAT_WAV || container == SF_FORMAT_WAVEX,
-            path + ": is not a WAV file");
+                 path + ": is not a WAV file");
     requireSound(file.frames() > 0, path + ": has no sound in it");
     return {file.samplerate(), file.channels(), bitsOf(file.format()),
             static_cast<double>(file.frames()) / file.samplerate()};

@@ -21,7 +21,7 @@ struct PathOperation {
 };
 
 constexpr PathOperation startAt{" is being recorded", paoperating::playablePath, startRecording,
-                              true};
+                                true};
 constexpr PathOperation playBack{" is played back", paoperating::serverPath, previewRecording,
                                  false};
 constexpr PathOperation deleteAt{" is deleted", paoperating::serverPath, deleteRecording, false};
@@ -54,7 +54,8 @@ Routes recordingRoutes() {
     constexpr Access who = Access::Operator;
     constexpr Effect what = Effect::Operates;
     return {
-        {"POST", "/recordings/current", who, what, "start recording", answered<ofRecording<startAt>>},
+        {"POST", "/recordings/current", who, what, "start recording",
+         answered<ofRecording<startAt>>},
         {"DELETE", "/recordings/current", who, what, "stop recording", answered<stop>},
         {"POST", "/recordings/preview", who, what, "play recording back",
          answered<ofRecording<playBack>>},
