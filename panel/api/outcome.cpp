@@ -60,19 +60,19 @@ void requireConnected(const Services& services) {
 }
 
 void requireConfirmed(const Confirmation& confirmation, const std::string& effect) {
-    using State = Confirmation::State;
+    using Outcome = Confirmation::State;
     const std::string unknown = "; whether " + effect + " is unknown";
     switch (confirmation.state) {
-        case State::Done:
-        case State::AsBefore:
+        case Outcome::Done:
+        case Outcome::AsBefore:
             return;
-        case State::Refused:
+        case Outcome::Refused:
             throw error(409, "refused", confirmation.reason);
-        case State::NotSent:
+        case Outcome::NotSent:
             throw error(503, "not-connected", "not sent: " + confirmation.reason);
-        case State::ConnectionLost:
+        case Outcome::ConnectionLost:
             throw error(504, "connection-lost", "the connection to the server was lost" + unknown);
-        case State::TimedOut:
+        case Outcome::TimedOut:
             throw error(504, "timed-out", "the server has not confirmed it in time" + unknown);
     }
 }

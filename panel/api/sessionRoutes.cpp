@@ -70,11 +70,11 @@ ApiReply logOut(Services& services, const ApiRequest& request) {
 }  // namespace
 
 const Routes& sessionRoutes() {
-    constexpr std::size_t mostBytes = 4096;
+    constexpr std::size_t mostLoginBytes = 4096;
     static const Routes routes = {
         {"GET", "/session", Access::Open, Effect::Reads, nullptr, getSession},
         {"POST", "/session", Access::Open, Effect::Session, nullptr, logIn, "application/json",
-         mostBytes},
+         mostLoginBytes},
         {"DELETE", "/session", Access::Monitor, Effect::Session, nullptr, logOut},
     };
     return routes;

@@ -223,6 +223,7 @@ class OnTheTramTest(unittest.TestCase):
         endless = items(10)
         endless.repeat_count = 0
         announcement = pa.Announcement(["Car 1"], endless)
+        announcement.wait_until_accepted(60)
         never = pa.Subscription(["lost"])
         pa.SimulatedServer(self.connection).ignore_requests(True)
         for wait in (lambda: announcement.wait(None), lambda: never.next(None), lambda: next(never),

@@ -38,18 +38,12 @@ struct EmbeddedTransportTest : HostTest {
 };
 
 TEST_F(EmbeddedTransportTest, AFullQueueHoldsTheServerBack) {
-    palink::EmbeddedTransport transport(server, 200'000);
+    palink::EmbeddedTransport transport(server, 10'000);
     std::atomic<int> reported{0};
     int mostWaiting = 0;
     int last = 0;
     client.onLargeRecord = [&](int key) {
-        until([&] { return key > 1 || reported >= 160; });  // the server runs ahead
-        if (key == 75) {
-            for (int i = 0; i < 1000; ++i) {
-                std::this_thread::yield();
-            }
-            EXPECT_LE(reported, 210) << "not half of it has been delivered";
-        }
+        until([&] { return key > 1 || reported >= 8; });  // the server runs ahead
         mostWaiting = std::max(mostWaiting, reported - last);
         EXPECT_EQ(key, ++last);
     };
@@ -59,8 +53,8 @@ TEST_F(EmbeddedTransportTest, AFullQueueHoldsTheServerBack) {
     }
     transport.waitUntilDelivered();
     EXPECT_EQ(last, 1000);
-    EXPECT_GE(mostWaiting, 160);
-    EXPECT_LE(mostWaiting, 240);
+    EXPECT_GE(mostWaiting, 8);
+    EXPECT_LE(mostWaiting, 12);
 }
 
 TEST_F(EmbeddedTransportTest, ASmallQueueTakesALargeSetAtTheStartAndWhatIsSaidWhileItDelivers) {
