@@ -60,6 +60,11 @@ std::chrono::milliseconds Connection::awayFor() const {
     return std::chrono::milliseconds(number_ != 0 ? 0 : pa::monotonicMS() - awaySinceMS_);
 }
 
+std::string Connection::lossReason() const {
+    const std::lock_guard guard(lock_);
+    return reason_;
+}
+
 void Connection::requireConnected(const Wait& wait) {
     WaitCourse course(wait);
     while (!isSynced()) {

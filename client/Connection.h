@@ -75,6 +75,9 @@ public:
     /// and synced.
     [[nodiscard]] std::chrono::milliseconds awayFor() const;
 
+    /// Why the last connection was lost; may be empty.
+    [[nodiscard]] std::string lossReason() const;
+
     /// Waits while the connection is away.
     /// @throws NotConnected when it is not back, and synced, within the limit
     /// @throws whatever `wait.whileWaiting` throws

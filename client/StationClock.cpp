@@ -110,15 +110,32 @@ std::string StationClock::momentText(const std::string& reported) const try {
     return reported;
 }
 
-std::string StationClock::nextRunText(const ScheduleDefinition& schedule) const {
+std::string StationClock::secondText(std::time_t moment) const {
+    constexpr int digits = 2;
+    const std::string second = std::to_string(moment % 60);
+    return minuteText(calendar_.minuteAt(moment)) + ':' + std::string(digits - second.size(), '0') +
+           second;
+}
+
+std::vector<std::string> StationClock::runTexts(const ScheduleDefinition& schedule,
+                                                std::time_t after, std::size_t count) const {
+    std::vector<std::string> texts;
     if (timeZone_.empty() || !isSound(schedule)) {
-        return {};
+        return texts;
     }
-    const auto run = calendar_.nextRun(
-        {minuteOf(startDate(schedule), startTime(schedule)),
-         minuteOf(endDate(schedule), endTime(schedule)), schedule.dayMask, schedule.frequency},
-        now());
-    return run ? minuteText(calendar_.minuteAt(*run)) : std::string();
+    const RunTimes times{minuteOf(startDate(schedule), startTime(schedule)),
+                         minuteOf(endDate(schedule), endTime(schedule)), schedule.dayMask,
+                         schedule.frequency};
+    for (auto run = calendar_.nextRun(times, after); run && texts.size() < count;
+         run = calendar_.nextRun(times, *run)) {
+        texts.push_back(minuteText(calendar_.minuteAt(*run)));
+    }
+    return texts;
+}
+
+std::string StationClock::nextRunText(const ScheduleDefinition& schedule) const {
+    const std::vector<std::string> runs = runTexts(schedule, now(), 1);
+    return runs.empty() ? std::string() : runs.front();
 }
 
 StationClock stationClock() {

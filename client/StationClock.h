@@ -1,10 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <ctime>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "../framework/api.h"
 #include "../framework/timeWidth.h"
@@ -47,6 +49,13 @@ public:
     /// A moment that a server reports in UTC, as "2026-12-01 05:00:07", in the same form. Any other
     /// text remains as it is.
     [[nodiscard]] std::string momentText(const std::string& reported) const;
+
+    /// A moment by the clocks of the station to the second, as "2026-12-01T06:00:07"; as above.
+    [[nodiscard]] std::string secondText(std::time_t moment) const;
+
+    /// When the schedule runs after a moment: at most so many runs, in the form of `nextRunText`.
+    [[nodiscard]] std::vector<std::string> runTexts(const ScheduleDefinition& schedule,
+                                                    std::time_t after, std::size_t count) const;
 
     /// When the schedule runs next, as "2026-12-01T06:00" by the clocks of the station. Empty when
     /// it does not run again, its times cannot be, or the time zone is not known.

@@ -13,10 +13,11 @@ using State = Confirmation::State;
 using palink::ConnectionChange;
 
 /// What the changes say of one request.
-class Answer {
+class AwaitedAnswer {
 public:
     /// @param isAway whether the caches are incomplete at the beginning
-    Answer(const ConfirmedRequest& request, bool isAway) : request_(request), isAway_(isAway) {}
+    AwaitedAnswer(const ConfirmedRequest& request, bool isAway)
+        : request_(request), isAway_(isAway) {}
 
     void take(const Change& change) {
         if (request_.take) {
@@ -105,7 +106,7 @@ bool isDropOf(const std::vector<pa::OperationType>& operations, const std::strin
 
 Confirmation confirm(const ConfirmedRequest& request, const Wait& wait) {
     Subscription changes;  // from before the request is sent, so that no early answer is missed
-    Answer answer(request, ChangeStream::instance().isAway());
+    AwaitedAnswer answer(request, ChangeStream::instance().isAway());
     const auto takeAll = [&] {
         while (const ChangePtr change = changes.next()) {
             answer.take(*change);

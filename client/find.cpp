@@ -137,16 +137,19 @@ std::string titleOf(const Naming& naming) {
 Ambiguous ambiguous(const std::string& kind, const std::string& wanted,
                     const std::vector<Naming>& resources, const std::vector<std::size_t>& places) {
     std::vector<std::string> titles;
-    for (const std::size_t place : places) {
-        if (titles.size() == maxCandidates) {
-            titles.push_back("and " + std::to_string(places.size() - maxCandidates) + " more");
-            break;
-        }
-        titles.push_back(titleOf(resources[place]));
+    std::vector<std::string> names;
+    for (std::size_t i = 0; i < std::min(places.size(), maxCandidates); ++i) {
+        const Naming& naming = resources[places[i]];
+        titles.push_back(titleOf(naming));
+        names.push_back(naming.number.empty() ? naming.name : naming.number);
     }
+    const std::string more =
+        places.size() > maxCandidates
+            ? ", and " + std::to_string(places.size() - maxCandidates) + " more"
+            : "";
     return {quoted(wanted) + " is ambiguous: it names " + std::to_string(places.size()) +
-                " of the " + kind + "s: " + listed(titles),
-            places};
+                " of the " + kind + "s: " + listed(titles) + more,
+            places, names};
 }
 
 template <class Predicate>

@@ -40,10 +40,12 @@ public:
 class PA_API Ambiguous : public LookupError {
 public:
     /// The text, and what fits.
-    Ambiguous(const std::string& text, std::vector<std::size_t> places)
-        : LookupError(text), candidates(std::move(places)) {}
+    Ambiguous(const std::string& text, std::vector<std::size_t> places,
+              std::vector<std::string> wanted)
+        : LookupError(text), candidates(std::move(places)), names(std::move(wanted)) {}
 
     const std::vector<std::size_t> candidates;  ///< their places in the list that was searched
+    const std::vector<std::string> names;       ///< of the first ten: the number, or else the name
 };
 
 /// The place of what is called `wanted`.

@@ -20,6 +20,10 @@ namespace paclient {
 ///         another kind
 PA_API ScheduleDefinition scheduleFrom(const Json& json);
 
+/// The same, with its zones and voices as the server spells them.
+/// @throws std::invalid_argument as above; LookupError for a zone or a voice that is not known
+PA_API ScheduleDefinition readSchedule(const Json& json);
+
 /// Every schedule of the server, in order of their numbers, as `readSchedules` reads them.
 PA_API Json schedulesAsJson();
 

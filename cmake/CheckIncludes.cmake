@@ -5,7 +5,7 @@ include(${ROOT}/cmake/PublicHeaders.cmake)
 set(public_headers ${PA_PUBLIC_HEADERS} ${PA_PUBLIC_CLIENT_HEADERS} ${PA_PUBLIC_MQTT_HEADERS})
 
 # A folder includes itself and the folders before it in this list.
-set(folders framework include resource sdk link client util simserver paserver console panel python)
+set(folders framework include resource sdk link client util simserver metrics paserver operating console panel python)
 # The controller depends on the standard library and POSIX only.
 set(self_contained framework include resource sdk)
 set(system_header "^([a-z_]+|(fcntl|poll|pthread|unistd|sys/eventfd|sys/syscall)\\.h)$")

@@ -1,7 +1,8 @@
 #!/usr/bin/python3
 # SPDX-License-Identifier: Apache-2.0
 """The pages of docs/resources/ name every call, operation, callback, event and text of an exception
-that the code has, and no other; the tests that docs/security.md names exist: cmake/CheckResourcePages.py ROOT
+that the code has, and no other, and each has all of its parts; the tests that docs/security.md names exist:
+cmake/CheckResourcePages.py ROOT
 """
 import re
 import sys
@@ -58,6 +59,11 @@ for what, code, described in (
     for name in sorted(code ^ described):
         print(f"{what} {'without a place on the pages' if name in code else 'that is not in the code'}: {name}")
         faults += 1
+for page in sorted(root.glob("docs/resources/*.md")):
+    for part in ("^Columns: ", "^## Calls$", "^## Callbacks and events$", "^## Errors$", "^```msc$"):
+        if not re.search(part, page.read_text(), re.M):
+            print(f"{page.name}: nothing that matches {part}")
+            faults += 1
 tests = read("tests/**/*_test.cpp")
 named = re.findall(r"`(\w+)(?:\.(\w+))?`", " ".join(re.findall(r"\| ([^|]*) \|$", read("docs/security.md"), re.M)))
 for suite, name in named:

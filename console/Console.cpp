@@ -11,6 +11,7 @@
 #include "console/files/LineFile.h"
 #include "console/interrupt.h"
 #include "console/text/changeText.h"
+#include "operating/NotPossible.h"
 #include "sdk/operations.h"
 #include "simserver/protocol/Refused.h"
 #include "util/FileError.h"
@@ -29,6 +30,8 @@ void execute(const Handler& handler, const Context& context) {
     } catch (const paclient::NotConnected& lost) {
         interrupt::check();  // which ends the wait for an answer
         throw Failure(ExitCode::ConnectionLost, lost.what());
+    } catch (const paoperating::NotPossible& fault) {
+        throw Failure(ExitCode::Refused, fault.what());
     } catch (const simserver::Refused& refused) {
         throw Failure(ExitCode::Refused, std::string("the server refuses: ") + refused.what());
     } catch (const std::logic_error& error) {

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "console/Session.h"
 
-#include <system_error>
 #include <utility>
 
 #include "console/following/operate.h"
@@ -16,18 +15,7 @@ namespace {
 
 constexpr double connectSeconds = 10;
 
-/// The scenario that is installed with the program.
-std::filesystem::path defaultScenario() {
-    std::error_code unknown;
-    const auto program = std::filesystem::read_symlink("/proc/self/exe", unknown);
-    return (program.parent_path() / "../share/public-address/scenarios/central-station.json")
-        .lexically_normal();
-}
-
-std::unique_ptr<paclient::Endpoint> endpointFor(paserver::ServerChoice choice) try {
-    if (choice.scenario.empty()) {
-        choice.scenario = defaultScenario();
-    }
+std::unique_ptr<paclient::Endpoint> endpointFor(const paserver::ServerChoice& choice) try {
     return paserver::openServer(choice, "PACONSOLE", interrupt::hasCome);
 } catch (const std::exception& error) {
     throw Failure(ExitCode::CannotConnect, error.what());

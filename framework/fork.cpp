@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "framework/clock.h"
+#include "framework/earlyObject.h"
 #include "framework/log.h"
 #include "framework/posixThread.h"
 
@@ -66,11 +67,13 @@ struct ForkRegistry {
 
 namespace {
 
-// Built on first use, which is before main, and never destroyed.
+// Built before main, as the generation counts from then on, and never destroyed.
 ForkRegistry& registry() {
     static ForkRegistry& instance = *new ForkRegistry;
     return instance;
 }
+
+PASDK_EARLIEST const MadeEarly made(registry);
 
 }  // namespace
 

@@ -62,7 +62,7 @@ Record noZones() {
     return {{"zones", "0:"}};
 }
 
-struct Kind {
+struct CheckedKind {
     const char* name;
     naive::Layout layout;
     const char* key;  // member that has the key, null for none
@@ -75,7 +75,7 @@ struct Kind {
 };
 
 // clang-format off
-constexpr Kind kinds[] = {
+constexpr CheckedKind kinds[] = {
     {"source", "id# locationt* labelt* ipAddresss* type#* - subAddresss* state#* - - - inputGaind* broadcastType# - - - healthState#*",
      nullptr, true, 6, blankSource, find<PaSource, &C::findPaSource>, byKey<&C::addUpdatePaSource>, withdrawKind<2>},
     {"sink", "id# locationt* labelt* ipAddresss* type#* - ampPortLists* state#* - announcementType#* - outputGaind* muteState#* - - monitoringSinkId#* - healthState#* "
@@ -99,7 +99,7 @@ constexpr Kind kinds[] = {
 };
 // clang-format on
 
-bool is(const Kind& kind, std::string_view name) {
+bool is(const CheckedKind& kind, std::string_view name) {
     return kind.name == name;
 }
 
@@ -113,7 +113,8 @@ struct Outcome {
 };
 
 /// @param fields those that count as absent are
-Outcome outcomeOf(const Kind& kind, int key, const pa::RecordFields& fields, const Found& before) {
+Outcome outcomeOf(const CheckedKind& kind, int key, const pa::RecordFields& fields,
+                  const Found& before) {
     Record record = is(kind, "request") && before ? *before : kind.blank();
     if (kind.key != nullptr) {
         record[kind.key] = std::to_string(key);
@@ -154,7 +155,7 @@ bool contains(const std::string& text, const std::string& line) {
     return ("\n" + text).find("\n" + line) != std::string::npos;
 }
 
-void checkRecord(const Kind& kind, int key, const std::string& text) {
+void checkRecord(const CheckedKind& kind, int key, const std::string& text) {
     pa::RecordFields fields = fieldsOf(text);
     pa::RecordList list(fields);
     fields.resize(mostFields);
@@ -198,7 +199,7 @@ void act(const std::string& text) {
     line >> key;
     line.get();
     std::getline(line, rest);
-    for (const Kind& kind : kinds) {
+    for (const CheckedKind& kind : kinds) {
         if (is(kind, command) && withdraws) {
             kind.withdraw(gPaController, key);
             fuzz::require(!kind.find(key) || is(kind, "attachedZones"), "withdrawn");

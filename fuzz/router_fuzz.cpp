@@ -40,7 +40,7 @@ void pause(int ms) {
 }
 
 /// Notes what happens to each resource: a + for an update, a - for a deletion.
-struct Notes : NotingObserver {
+struct CourseNotes : NotingObserver {
     void called(const std::string& kind, const std::string& id, const std::string& what) override {
         // Every text of a record ends with a full stop.
         courses[kind + " " + id] += !what.empty() && what.back() == 'd' ? '-' : '+';
@@ -65,17 +65,17 @@ struct Side {
             text += cache;
         }
         for (const auto& [resource, course] : std::exchange(notes.courses, {})) {
-            text += resource + " " + course + "\n";
+            text.append(resource).append(" ").append(course).append("\n");
         }
         for (const auto& [event, count] : events) {
-            text += event + " x " + std::to_string(count) + "\n";
+            text.append(event).append(" x ").append(std::to_string(count)).append("\n");
         }
         return text;
     }
 
     PAController& controller;
     palink::Router router;
-    Notes notes;
+    CourseNotes notes;
 };
 
 palink::Record recordOf(int kind, int key, const std::string& text) {

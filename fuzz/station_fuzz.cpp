@@ -12,7 +12,7 @@
 namespace {
 
 /// Counts the records of each kind.
-struct Client : palink::ServerEventSink {
+struct CountingClient : palink::ServerEventSink {
     void deliver(palink::ServerEvent event) override {
         if (const auto* const record = std::get_if<palink::Record>(&event)) {
             ++records[record->kind];
@@ -38,7 +38,7 @@ void fuzz::run(const std::string& input) {
             [&] { station = simserver::loadStation(asFile(input)); })) {
         return;
     }
-    Client client;
+    CountingClient client;
     simserver::SimServer server(station, {1.0, true, {}, {}, 1'795'269'785});
     server.connectClient(client);
     require(client.records[pa::RecordKind::Zone] == station.zones.size(), "a record for each zone");

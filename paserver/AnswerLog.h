@@ -35,8 +35,8 @@ public:
     /// carried out twice.
     [[nodiscard]] bool isFull() const { return bytes_ >= maxBytes; }
 
-    void put(const ClientRequest& request, std::string answer, std::int64_t nowMS) {
-        const auto [place, isNew] = answers_.try_emplace(keyOf(request), std::move(answer));
+    void put(const ClientRequest& request, const std::string& answer, std::int64_t nowMS) {
+        const auto [place, isNew] = answers_.try_emplace(keyOf(request), answer);
         if (isNew) {
             order_.emplace_back(place->first, nowMS);
             bytes_ += bytesOf(place->second);

@@ -28,6 +28,7 @@ struct Words {
     std::string certificate;
     std::string key;
     std::string clock;
+    std::string metrics;
     int dstNo = 0;
     int precedence = 1;
     double speed = 1.0;
@@ -38,34 +39,44 @@ struct Words {
 };
 
 void define(CLI::App& app, Words& words) {
-    app.add_option("--broker", words.broker, "mqtt://HOST[:PORT] or mqtts://HOST[:PORT]")
+    app.add_option("--broker", words.broker, "Broker of the server")
+        ->type_name("mqtt[s]://HOST[:PORT]")
         ->required();
-    app.add_option("--scenario", words.scenario, "Station of the server, a JSON file")->required();
+    app.add_option("--scenario", words.scenario, "Station of the server, a JSON file")
+        ->type_name("FILE")
+        ->required();
     app.add_option("--dst", words.dstNo, "Number of the server (default: the scenario's)")
         ->check(CLI::Range(1, std::numeric_limits<int>::max()));
-    app.add_option("--state", words.state, "Folder of what outlives the server");
+    app.add_option("--state", words.state, "Folder of what outlives the server")->type_name("DIR");
     app.add_option("--role", words.role, "active or standby: the role at the start")
+        ->type_name("ROLE")
         ->check(CLI::IsMember({"active", "standby"}));
     app.add_option("--precedence", words.precedence, "1 (the best) to 1000, default 1")
         ->check(CLI::Range(1, 1000));
     app.add_option("--credentials", words.credentials,
-                   "File with the lines user = NAME and password = TEXT, for its owner only");
+                   "File with the lines user = NAME and password = TEXT, for its owner only")
+        ->type_name("FILE");
     app.add_option(
-        "--user", words.user,
-        std::string("User at the broker, with the password in the environment variable ") +
-            passwordVariable);
-    app.add_option("--ca", words.ca,
-                   "File of the authorities that the broker's certificate may have");
-    app.add_option("--cert", words.certificate, "Certificate of this server, a file");
-    app.add_option("--key", words.key, "Key of the certificate, a file");
+           "--user", words.user,
+           std::string("User at the broker, with the password in the environment variable ") +
+               passwordVariable)
+        ->type_name("NAME");
+    app.add_option("--ca", words.ca, "Authorities that the broker's certificate may have")
+        ->type_name("FILE");
+    app.add_option("--cert", words.certificate, "Certificate of this server")->type_name("FILE");
+    app.add_option("--key", words.key, "Key of the certificate")->type_name("FILE");
     app.add_option("--speed", words.speed, "Simulated seconds per second (default 1)")
         ->check(CLI::Range(1e-3, 1e6));
-    app.add_option("--clock", words.clock, "Station time at the start, as 2026-12-01T05:59");
+    app.add_option("--clock", words.clock, "Station time at the start, as 2026-12-01T05:59")
+        ->type_name("DATETIME");
     CLI::Option* const keep =
         app.add_flag("--keep-records", words.keepRecords, "Leave the records at a stop");
     app.add_flag("--withdraw-records", words.withdrawRecords,
                  "Withdraw the records at a stop (the default)")
         ->excludes(keep);
+    app.add_option("--metrics", words.metrics,
+                   "Where /metrics and /healthz are served, as 127.0.0.1:9464 (default: nowhere)")
+        ->type_name("ADDRESS:PORT");
     app.add_flag("--journal", words.journal,
                  "Log lines with priorities (the default when stderr is the journal)");
     app.add_option("--debug", words.debug, "Verbosity of the log, 0 to 3 (default 1)")
@@ -145,6 +156,7 @@ Arguments readArguments(const std::vector<std::string>& words) {
     }
     arguments.journal = given.journal || isJournal(STDERR_FILENO);
     arguments.debug = given.debug;
+    arguments.metrics = given.metrics;
     try {
         auto broker = std::move(arguments.settings.broker);
         arguments.settings = settingsOf(given);

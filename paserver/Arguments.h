@@ -10,7 +10,7 @@
 namespace paserver {
 
 /// How the daemon ends.
-enum ExitCode : int {
+enum DaemonExit : int {
     stopped = 0,
     wrongUsage = 1,
     cannotStart = 2,  ///< a scenario, folder or broker that cannot be used, or a server that does
@@ -21,7 +21,8 @@ enum ExitCode : int {
 /// What the command line asks for.
 struct Arguments {
     ServerSettings settings{};
-    bool journal = false;  ///< log lines have priorities
+    std::string metrics{};  ///< where the metrics are served; empty: nowhere
+    bool journal = false;   ///< log lines have priorities
     long debug = 1;
     std::optional<int> exitCode{};  ///< when there is nothing to do but to end
     std::string output{};           ///< of --help and --version

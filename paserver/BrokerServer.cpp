@@ -31,6 +31,20 @@ void BrokerServer::requestStop() {
     wake_.wake();
 }
 
+ServerCounts BrokerServer::counts() const {
+    ServerCounts counts;
+    counts.isActive = active_;
+    counts.isReady = ready_;
+    counts.requestsWaiting = requests_.size();
+    counts.requests = taken_;
+    counts.requestsDropped = droppedRequests_;
+    counts.published = published_;
+    const std::lock_guard guard(lock_);
+    counts.isConnected = network_.connected;
+    counts.connections = network_.connections;
+    return counts;
+}
+
 std::string BrokerServer::failure() const {
     const std::lock_guard guard(lock_);
     return network_.failure;

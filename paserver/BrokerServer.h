@@ -21,6 +21,7 @@
 #include "paserver/RequestQueue.h"
 #include "paserver/Role.h"
 #include "paserver/Wake.h"
+#include "paserver/serverMetrics.h"
 #include "simserver/SimServer.h"
 
 namespace paserver {
@@ -78,6 +79,9 @@ public:
 
     /// Another number whenever the thread of the server is seen to run.
     [[nodiscard]] std::uint64_t beats() const { return beats_; }
+
+    /// For the metrics.
+    [[nodiscard]] ServerCounts counts() const;
 
 private:
     class Control;
@@ -158,6 +162,10 @@ private:
     std::atomic<bool> ready_{false};
     std::atomic<bool> replaced_{false};
     std::atomic<std::uint64_t> beats_{0};
+    std::atomic<bool> active_{false};
+    std::atomic<std::uint64_t> taken_{0};  // requests
+    std::atomic<std::uint64_t> droppedRequests_{0};
+    std::atomic<std::uint64_t> published_{0};
 
     // Of the server's own thread.
     std::int64_t generation_;

@@ -87,6 +87,7 @@ void BrokerServer::take(const palink::ReceivedMessage& message) {
     } else if (const auto dstNo = topics::readStatus(message.topic())) {
         takeStatus(*dstNo, message);
     } else if (!requests_.add(readRequest(message, dstNo_))) {
+        ++droppedRequests_;
         faults_.report(message.topic(), "the request is dropped: too many wait");
     }
     wake_.wake();
@@ -182,6 +183,7 @@ void BrokerServer::takeStatuses() {
         takeOwnStatus(*own);
     }
     const ServerRole role = role_.at(pa::monotonicMS());
+    active_ = role == ServerRole::Active;
     if (joined_ != 0 && role != std::exchange(reported_, role)) {
         publications_.requestStatus();
         if (pa::load(debugLevel) > 0) {
@@ -240,7 +242,9 @@ bool BrokerServer::publishWaiting(std::size_t most, std::chrono::milliseconds wa
 /// withdrawn, so that the status does not name what cannot arrive.
 /// @return nothing when it must be published again
 std::optional<int> BrokerServer::publish(const palink::MqttMessage& message) try {
-    return client_->publish(message);
+    const auto id = client_->publish(message);
+    published_ += id ? 1 : 0;
+    return id;
 } catch (const std::invalid_argument& fault) {
     handleError(2, "%s", fault.what());
     if (const auto record = topics::readRecord(message.topic)) {

@@ -95,6 +95,7 @@ void BrokerServer::takeRequests() {
         if (!request) {
             return;
         }
+        ++taken_;
         const bool isLate = request->deadlineMS && *request->deadlineMS < pa::monotonicMS();
         if (!isLate) {
             carryOut(*request);

@@ -54,7 +54,7 @@ void setDeviceAddress(const std::string& host) {
 
 RemoteEndpoint::RemoteEndpoint(const palink::BrokerOptions& options, std::string clientUuid,
                                palink::Destinations destinations, std::function<bool()> isAbandoned)
-    : transport_(options, std::move(clientUuid), std::move(destinations)),
+    : transport_(options, std::move(clientUuid), destinations),
       control_([this](const std::string& function, const std::string& arguments) {
           try {
               return transport_.control(function, arguments);

@@ -40,6 +40,11 @@ public:
         return first;
     }
 
+    [[nodiscard]] std::size_t size() const {
+        const std::lock_guard guard(lock_);
+        return queue_.size();
+    }
+
     void clear() {
         const std::lock_guard guard(lock_);
         queue_.clear();
@@ -47,7 +52,7 @@ public:
     }
 
 private:
-    std::mutex lock_;
+    mutable std::mutex lock_;
     std::deque<ClientRequest> queue_;  // guarded by lock_
     std::size_t bytes_ = 0;            // guarded by lock_
 };

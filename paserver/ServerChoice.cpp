@@ -2,6 +2,7 @@
 #include "paserver/ServerChoice.h"
 
 #include <stdexcept>
+#include <system_error>
 #include <utility>
 
 #include "client/Calendar.h"
@@ -18,10 +19,12 @@ namespace paserver {
 
 namespace {
 
-simserver::Station stationFrom(const std::filesystem::path& file) try {
-    return simserver::loadStation(file);
-} catch (const simserver::ScenarioError& error) {  // which names the file without its folder
-    throw std::runtime_error((file.parent_path() / error.what()).string());
+/// The scenario that is installed with the program.
+std::filesystem::path installedScenario() {
+    std::error_code unknown;
+    const auto program = std::filesystem::read_symlink("/proc/self/exe", unknown);
+    return (program.parent_path() / "../share/public-address/scenarios/central-station.json")
+        .lexically_normal();
 }
 
 std::unique_ptr<paclient::Endpoint> openEmbedded(const ServerChoice& choice) try {
@@ -29,7 +32,8 @@ std::unique_ptr<paclient::Endpoint> openEmbedded(const ServerChoice& choice) try
     options.speed = choice.speed;
     options.spool = choice.spool;
     options.state = choice.state;
-    const simserver::Station station = stationFrom(choice.scenario);
+    const simserver::Station station =
+        simserver::loadStation(choice.scenario.empty() ? installedScenario() : choice.scenario);
     if (choice.clock) {
         const auto& [date, time] = *choice.clock;
         options.clock =

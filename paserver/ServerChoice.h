@@ -28,7 +28,7 @@ struct ServerChoice {
 
     /// @name A simulated server in the process
     /// @{
-    std::filesystem::path scenario{};
+    std::filesystem::path scenario{};           ///< empty: that which is installed with the program
     double speed = 1.0;                         ///< simulated seconds per real second
     std::filesystem::path spool{};              ///< where it keeps uploads; empty: for itself
     std::filesystem::path state{};              ///< where it keeps what outlives it; empty: nowhere

@@ -7,6 +7,7 @@
 #include "framework/clock.h"
 #include "framework/log.h"
 #include "framework/shared.h"
+#include "metrics/MetricsEndpoint.h"
 #include "paserver/Arguments.h"
 #include "paserver/ServiceNotice.h"
 #include "paserver/journal.h"
@@ -103,6 +104,12 @@ int main(int argc, char** argv) {
     try {
         paserver::ServiceNotice notice;  // before there are threads: it changes the environment
         BrokerServer server(std::move(arguments.settings));
+        std::optional<pametrics::MetricsEndpoint> metrics;
+        if (!arguments.metrics.empty()) {
+            metrics.emplace(
+                arguments.metrics, [&server] { return paserver::metricsText(server.counts()); },
+                [&server] { return server.isReady() && server.counts().isConnected; });
+        }
         serve(server, notice);
         stop(server, notice);
         if (const std::string failure = server.failure(); !failure.empty()) {

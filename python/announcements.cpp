@@ -12,8 +12,8 @@
 #include "client/checkMessage.h"
 #include "client/records.h"
 #include "python/binding.h"
+#include "python/confirmed.h"
 #include "python/recordClass.h"
-#include "python/waiting.h"
 
 namespace paclient {
 
@@ -74,6 +74,7 @@ std::vector<std::string> stateNames() {
 /// Requests an announcement. A signal that ends an upload has its exception raised afterwards.
 /// @param message a copy, as other threads of Python may change theirs
 std::unique_ptr<Announcement> announce(const Zones& zones, const Message message) {
+    requireConnection();
     return waiting({}, [&](const Wait& wait) {
         auto made = std::make_unique<Announcement>(zones, message);
         wait.whileWaiting({});
@@ -181,23 +182,27 @@ void bindAnnouncements(py::module_& module) {
             py::arg("timeout") = defaultSeconds, "Has the server cancel it, and waits.");
     module.def(
         "check_message",
+        // NOLINTNEXTLINE(performance-unnecessary-value-param): as for announce
         [](const Zones& zones, const Message message) {
             const WithoutGil withoutGil;
             return paclient::checkMessage(zones, message);
         },
         py::arg("zones"), py::arg("message"),
         "A dry run: what would keep a message from being played now.");
-    module.def(
-        "cancel_announcement",
-        [](const std::string& requestId, const Timeout& timeout) {
-            return waiting(timeout,
-                           [&](const Wait& wait) {
-                               return paclient::cancelAnnouncement(requestId, wait);
-                           })
-                .confirmation;
+    Confirmed<const std::string&>::define(
+        module, "cancel_announcement",
+        +[](const std::string& requestId, const Wait& wait) {
+            return paclient::cancelAnnouncement(requestId, wait).confirmation;
         },
-        py::arg("request_id"), py::arg("timeout") = defaultSeconds,
-        "Cancels a request, whichever client has made it.");
+        "Cancels a request, whichever client has made it.", py::arg("request_id"));
+    Confirmed<int>::define(
+        module, "cancel_announcements",
+        +[](int wanted, const Wait& wait) {
+            return paclient::cancelAnnouncements(static_cast<Message::Type>(wanted), wait);
+        },
+        "Cancels every announcement of a type that is active now; the result, and the records as "
+        "they have ended.",
+        py::arg("type"));
 }
 
 }  // namespace papython

@@ -12,6 +12,8 @@ void bindRecords(pybind11::module_& module);
 void bindChanges(pybind11::module_& module);
 void bindConnection(pybind11::module_& module);
 void bindOperations(pybind11::module_& module);
+void bindSchedules(pybind11::module_& module);
+void bindSimulatedServer(pybind11::module_& module);
 void bindAnnouncements(pybind11::module_& module);
 
 }  // namespace papython

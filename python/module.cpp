@@ -11,6 +11,7 @@
 #include "python/WithoutGil.h"
 #include "python/binding.h"
 #include "python/values.h"
+#include "simserver/protocol/Refused.h"
 
 namespace papython {
 
@@ -33,6 +34,7 @@ void raise(const py::object& exception) {
 PyObject* notConnected = nullptr;
 PyObject* notFound = nullptr;
 PyObject* ambiguous = nullptr;
+PyObject* refused = nullptr;
 
 void translate(std::exception_ptr thrown) {
     try {
@@ -45,11 +47,20 @@ void translate(std::exception_ptr thrown) {
         raise(exception);
     } catch (const paclient::Ambiguous& error) {
         raise(exceptionOf(ambiguous, error));
+    } catch (const simserver::Refused& error) {
+        raise(exceptionOf(refused, error));
+    } catch (const std::system_error& error) {
+        const py::object arguments =
+            py::make_tuple(error.code().value(), toPython(std::string(error.what())));
+        PyErr_SetObject(PyExc_OSError, arguments.ptr());
+    } catch (const py::builtin_exception&) {
+        throw;
+    } catch (const std::invalid_argument& error) {
+        raise(exceptionOf(PyExc_ValueError, error));
     } catch (const std::out_of_range& error) {
         raise(exceptionOf(PyExc_ValueError, error));
-    } catch (const std::system_error& error) {
-        const py::object arguments = py::make_tuple(error.code().value(), error.what());
-        PyErr_SetObject(PyExc_OSError, arguments.ptr());
+    } catch (const std::runtime_error& error) {
+        raise(exceptionOf(PyExc_RuntimeError, error));
     }
 }
 
@@ -64,11 +75,16 @@ PYBIND11_MODULE(publicaddress, module) {
         PyExc_LookupError);
     ambiguous = exceptionClass(module, "Ambiguous", "Several have a name that begins so.",
                                PyExc_LookupError);
+    refused = exceptionClass(module, "Refused",
+                             "A simulated server does not do what is asked of its own side.",
+                             PyExc_RuntimeError);
     py::register_exception_translator(translate);
     bindRecords(module);
     bindChanges(module);
     bindConnection(module);
     bindOperations(module);
+    bindSchedules(module);
+    bindSimulatedServer(module);
     bindAnnouncements(module);
 }
 

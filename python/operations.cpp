@@ -8,26 +8,10 @@
 
 #include "client/Preview.h"
 #include "client/confirmedOperations.h"
-#include "client/schedules.h"
 #include "python/binding.h"
+#include "python/confirmed.h"
 #include "python/recordClass.h"
-#include "python/waiting.h"
 #include "sdk/PAController.h"
-
-namespace paclient {
-
-template <>
-struct Members<Confirmation> {
-    template <class Record, class Visit>
-    static void visit(Record& record, Visit& visit) {
-        visit("state", record.state);
-        visit("reason", record.reason);
-        visit("holds", record.holds());
-        visit("isUnknown", record.isUnknown());
-    }
-};
-
-}  // namespace paclient
 
 namespace papython {
 
@@ -35,41 +19,6 @@ namespace {
 
 using paclient::Wait;
 using Zones = std::vector<std::string>;
-
-/// Results of more than a confirmation are tuples that begin with it.
-paclient::Confirmation resultOf(paclient::Confirmation result) {
-    return result;
-}
-auto resultOf(paclient::Activation result) {
-    return std::pair(result.confirmation, std::move(result.announcement));
-}
-auto resultOf(paclient::StoppedRecording result) {
-    return std::pair(result.confirmation, std::move(result.path));
-}
-auto resultOf(paclient::NewSchedule result) {
-    return std::pair(result.confirmation, result.id);
-}
-auto resultOf(paclient::RenderedPreview result) {
-    return std::pair(result.confirmation, std::move(result.uri));
-}
-
-/// An operation with these parameters, and a wait after them.
-template <class... Parameters>
-struct Confirmed {
-    /// Makes a function of it, which has the limit of the wait as its last parameter.
-    template <class Result, class... Names>
-    static void define(py::module_& module, const char* name,
-                       Result (*operation)(Parameters..., const Wait&), const char* text,
-                       const Names&... names) {
-        module.def(
-            name,
-            [operation](std::decay_t<Parameters>... arguments, const Timeout& timeout) {
-                return resultOf(waiting(
-                    timeout, [&](const Wait& wait) { return operation(arguments..., wait); }));
-            },
-            names..., py::arg("timeout") = defaultSeconds, text);
-    }
-};
 
 void bindDevices(py::module_& module) {
     Confirmed<const PaSink&, double, bool, bool>::define(
@@ -106,24 +55,40 @@ void bindSourceOperations(py::module_& module) {
                            "Takes the lock of a source for this client.", py::arg("source_id"));
     Confirmed<int>::define(module, "release_lock", paclient::releaseLock, "Releases it.",
                            py::arg("source_id"));
+    const auto defineMeter = [&module](const char* name, void (PAController::*call)(int),
+                                       const char* text) {
+        module.def(
+            name,
+            [call](int source) {
+                requireConnection();
+                const WithoutGil withoutGil;
+                (gPaController.*call)(source);
+            },
+            py::arg("source_id"), text);
+    };
+    defineMeter("enable_level_meter", &PAController::enablePaSourceVUMeter,
+                "Has the server report the level of a source's amplifier element, which is "
+                "`source_id // 100`.");
+    defineMeter("disable_level_meter", &PAController::disablePaSourceVUMeter, "Ends the reports.");
     module.def("own_uuid", paclient::ownUUID,
                "The UUID of this client, empty without a connection.");
 }
 
 void bindTriggerOperations(py::module_& module) {
     using Text = const std::string&;
-    const py::call_guard<WithoutGil> unlocked;
     module.def(
         "create_software_trigger",
         [](int source, int priority, Text preChime, Text displayParameters) {
+            requireConnection();
+            const WithoutGil withoutGil;
             return gPaController.createSwPaTrigger(source, priority, preChime, displayParameters);
         },
-        unlocked, py::arg("source_id"), py::arg("priority"), py::arg("pre_chime") = "",
+        py::arg("source_id"), py::arg("priority"), py::arg("pre_chime") = "",
         py::arg("display_parameters") = "",
         "Creates a trigger of this client; its number, or 0 when a value is out of range.");
     module.def(
         "delete_software_trigger", [](int number) { gPaController.deleteSwPaTrigger(number); },
-        unlocked, py::arg("trigger_id"));
+        py::call_guard<WithoutGil>(), py::arg("trigger_id"), "Deletes it, if there is one.");
     Confirmed<const PaSWTrigger&>::define(
         module, "activate", paclient::activate,
         "Starts the announcement of a trigger; the result, and its record or None.",
@@ -148,15 +113,6 @@ void bindServerFiles(py::module_& module) {
         module, "render_preview", paclient::renderPreview,
         "Has the server render a text; the result, and where the audio can be fetched.",
         py::arg("text"), py::arg("voice"));
-    Confirmed<const ScheduleDefinition&>::define(module, "put_schedule", paclient::putSchedule,
-                                                 "Has the server keep a schedule under its number.",
-                                                 py::arg("schedule"));
-    Confirmed<const ScheduleDefinition&>::define(
-        module, "create_schedule", paclient::createSchedule,
-        "Has the server keep a schedule; the result, and the number that it has given it.",
-        py::arg("schedule"));
-    Confirmed<int>::define(module, "remove_schedule", paclient::removeSchedule,
-                           "Has the server delete a schedule.", py::arg("schedule_id"));
 }
 
 }  // namespace

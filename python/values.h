@@ -52,7 +52,7 @@ py::object enumeration(const py::object& scope, const char* name,
     const py::str place =
         isNested ? py::str("{}.{}").format(scope.attr("__qualname__"), name) : py::str(name);
     enumerationName<Enumeration> = PyUnicode_AsUTF8(place.inc_ref().ptr());  // never released
-    const py::object type = py::module_::import("enum").attr("IntEnum")(
+    py::object type = py::module_::import("enum").attr("IntEnum")(
         name, numbers, py::arg("module") = "publicaddress", py::arg("qualname") = place);
     py::dict members;
     for (const py::handle member : type) {

@@ -26,7 +26,7 @@ inline std::chrono::milliseconds limitOf(const Timeout& timeout) {
 }
 
 /// Calls a function that waits, without the interpreter's lock. A signal that Python handles with
-/// an exception ends the wait.
+/// an exception ends the wait; that exception counts more than what its end has led to.
 template <class Call>
 auto waiting(const Timeout& timeout, Call call) {
     const std::chrono::milliseconds limit = limitOf(timeout);
@@ -34,7 +34,10 @@ auto waiting(const Timeout& timeout, Call call) {
         WithoutGil withoutGil;
         return call(paclient::Wait{
             limit, [&withoutGil](std::chrono::milliseconds) { withoutGil.throwIfInterrupted(); }});
-    } catch (const Interrupted&) {
+    } catch (...) {
+        if (PyErr_Occurred() == nullptr) {
+            throw;
+        }
         throw py::error_already_set();
     }
 }

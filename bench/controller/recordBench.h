@@ -34,13 +34,13 @@ struct Arrival {
 };
 
 template <class Kind, class = void>
-constexpr bool hasGetter = false;
+inline constexpr bool hasGetter = false;
 template <class Kind>
-constexpr bool hasGetter<Kind, std::void_t<decltype(&Kind::all)>> = true;
+inline constexpr bool hasGetter<Kind, std::void_t<decltype(&Kind::all)>> = true;
 template <class Kind, class = void>
-constexpr bool hasLookUp = false;
+inline constexpr bool hasLookUp = false;
 template <class Kind>
-constexpr bool hasLookUp<Kind, std::void_t<decltype(&Kind::find)>> = true;
+inline constexpr bool hasLookUp<Kind, std::void_t<decltype(&Kind::find)>> = true;
 
 /// The rows of a kind of record, for each size of the caches.
 template <class Kind>

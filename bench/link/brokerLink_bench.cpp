@@ -16,7 +16,7 @@ namespace {
 
 using namespace bench;
 
-struct Settings {
+struct BrokerRunSettings {
     std::vector<std::string> rows;
     int trials = 5;
     int clients = 200;
@@ -53,7 +53,7 @@ struct Comparison {
 
 using Rows = std::vector<ResultRow>;
 
-Rows throughput(const Settings& settings) {
+Rows throughput(const BrokerRunSettings& settings) {
     const Comparison trials({1000, 1, 200'000, 0}, clientRole, settings.trials);
     ResultRow rate = trials.row("records published, until the observer has been called", "/s",
                                 [](const TrialResult& trial) { return trial.changesPerSecond; });
@@ -63,7 +63,7 @@ Rows throughput(const Settings& settings) {
                              [](const TrialResult& trial) { return trial.changeProcessorUS; })};
 }
 
-Rows sync(int records, const Settings& settings) {
+Rows sync(int records, const BrokerRunSettings& settings) {
     const std::string what = "a client synced with " + std::to_string(records) + " records";
     const auto time = [](const TrialResult& trial) { return trial.syncedMS; };
     const Comparison without({records}, clientWithoutPausesRole, settings.trials);
@@ -77,14 +77,14 @@ Rows sync(int records, const Settings& settings) {
     return rows;
 }
 
-Rows sync(const Settings& settings) {
+Rows sync(const BrokerRunSettings& settings) {
     Rows rows = sync(10'000, settings);
     const Rows more = sync(100'000, settings);
     rows.insert(rows.end(), more.begin(), more.end());
     return rows;
 }
 
-Rows latency(const Settings& settings) {
+Rows latency(const BrokerRunSettings& settings) {
     const Comparison trials({1000, 1, 2000, 500}, clientRole, settings.trials);
     Rows rows;
     for (const auto& [what, share] :
@@ -97,7 +97,7 @@ Rows latency(const Settings& settings) {
     return rows;
 }
 
-Rows clients(const Settings& settings) {
+Rows clients(const BrokerRunSettings& settings) {
     const TrialPlan plan{2000, settings.clients, 20, 100'000};
     const Comparison trials(plan, clientRole, std::min(settings.trials, 3));
     const std::string all = std::to_string(settings.clients) + " clients";
@@ -123,7 +123,7 @@ Rows clients(const Settings& settings) {
 
 struct Topic {
     const char* name;
-    Rows (*measure)(const Settings&);
+    Rows (*measure)(const BrokerRunSettings&);
 };
 
 constexpr Topic topics[] = {
@@ -134,7 +134,7 @@ constexpr Topic topics[] = {
 };
 
 int run(int argc, char** argv) {
-    Settings settings;
+    BrokerRunSettings settings;
     std::vector<std::string> names;
     for (const Topic& topic : topics) {
         names.emplace_back(topic.name);

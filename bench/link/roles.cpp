@@ -74,6 +74,7 @@ void runStation(int port, int records) {
 
 void runPublisher(int port, int records, int changes, std::chrono::microseconds interval) {
     std::vector<PublishedRecord> messages;
+    messages.reserve(static_cast<std::size_t>(changes));
     for (int i = 0; i < changes; ++i) {
         messages.push_back(change(i, records));
     }

@@ -13,13 +13,13 @@ using pa::RecordKind;
 
 constexpr int idleSink = 1;
 
-struct Share {
+struct KindShare {
     RecordKind kind;
     int per20;
     pa::RecordFields (*fields)(int key);
 };
 
-constexpr Share shares[] = {
+constexpr KindShare shares[] = {
     {RecordKind::Source, 2, [](int key) { return sourceFields(key, "Desk"); }},
     {RecordKind::Sink, 8, [](int key) { return sinkFields(key, idleSink); }},
     {RecordKind::Trigger, 2, triggerFields},
@@ -37,7 +37,7 @@ PublishedRecord published(RecordKind kind, int key, const pa::RecordFields& fiel
 }  // namespace
 
 int countOf(RecordKind kind, int count) {
-    for (const Share& share : shares) {
+    for (const KindShare& share : shares) {
         if (share.kind == kind) {
             return count / allShares * share.per20;
         }
@@ -53,7 +53,7 @@ StationSet stationSet(int count) {
     status.name = "Central Station";
     status.software = "benchmark";
     status.timeZone = "Europe/Vienna";
-    for (const Share& share : shares) {
+    for (const KindShare& share : shares) {
         palink::KindSummary& summary = status.kinds[share.kind];
         for (int key = 1; key <= countOf(share.kind, count); ++key) {
             station.records.push_back(published(share.kind, key, share.fields(key)));

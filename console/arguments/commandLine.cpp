@@ -3,15 +3,16 @@
 
 #include <algorithm>
 #include <cstring>
+#include <stdexcept>
 #include <utility>
 
 #include "client/find.h"
 #include "client/recordText.h"
-#include "client/scheduleTimes.h"
 #include "console/ExitCode.h"
 #include "console/arguments/CommandPlace.h"
 #include "console/arguments/options.h"
 #include "console/following/operate.h"
+#include "operating/serverOptions.h"
 #include "util/userFile.h"
 
 namespace console {
@@ -38,70 +39,9 @@ void addLineOptions(CLI::App& app, Settings& settings) {
               "Seconds to wait for the server (mostly 10; play --wait: no limit)");
 }
 
-CLI::Option* addPath(CLI::App& app, const char* name, std::filesystem::path& path, const char* help,
-                     const char* type) {
-    const auto take = [&path, name](const std::string& text) {
-        require(!text.empty(), std::string(name) + ": the path is empty");
-        path = text;
-    };
-    return addParsed(app, name, take, help, type);
-}
-
-/// @return the option that chooses a server on a broker
-CLI::Option* addBrokerOptions(CLI::App& app, paserver::ServerChoice& server) {
-    const auto takeUrl = [&server](const std::string& text) {
-        paserver::checkBrokerUrl(text);
-        server.broker = text;
-    };
-    CLI::Option* const broker =
-        addParsed(app, "--server", takeUrl, "Broker of the audio server (default: a simulated one)",
-                  "mqtt[s]://HOST[:PORT]")
-            ->envname("PACONSOLE_SERVER");
-    addWhole(app, "--dst", server.dstNo, {1, greatestWhole},
-             "Number of the server (default: the active one)");
-    CLI::Option* const indirect = app.add_flag("--indirect", server.indirect,
-                                               "Use the server over a local one, which relays");
-    CLI::Option* const local = addWhole(app, "--local-dst", server.localDstNo, {1, greatestWhole},
-                                        "Number of the local server");
-    indirect->needs(local);
-    local->needs(indirect);
-    addPath(app, "--credentials", server.credentials,
-            "File with the lines user = NAME and password = TEXT, for its owner only", "FILE");
-    addPath(app, "--ca", server.caFile, "Authorities that the broker's certificate may have",
-            "FILE");
-    addPath(app, "--cert", server.certificateFile, "Certificate of this client", "FILE");
-    addPath(app, "--key", server.keyFile, "Key of the certificate", "FILE");
-    return broker;
-}
-
-void addSimulationOptions(CLI::App& app, paserver::ServerChoice& server, CLI::Option* broker) {
-    addPath(app, "--scenario", server.scenario, "Station of the simulated server", "FILE")
-        ->excludes(broker);
-    addNumber(app, "--speed", server.speed, {1e-3, 1e6}, "Simulated seconds per second (default 1)")
-        ->excludes(broker);
-    addPath(app, "--spool", server.spool,
-            "Folder where the simulated server keeps uploads and recordings", "DIR")
-        ->excludes(broker);
-    addPath(app, "--state", server.state,
-            "Folder where the simulated server keeps schedules, gains, monitoring, attached zones, "
-            "uploads and recordings",
-            "DIR")
-        ->excludes(broker);
-    const auto takeClock = [&server](const std::string& text) {
-        const DateTime typed = parseDateTime(text);
-        if (!typed.date || !typed.time) {
-            throw std::invalid_argument("'" + text + "' is not a date and a time");
-        }
-        server.clock = typed;
-    };
-    addParsed(app, "--clock", takeClock,
-              "Station time at the start, as 2026-12-01T05:59 (default: the real time)", "DATETIME")
-        ->excludes(broker);
-}
-
 /// The options that choose the server and what the process does.
 void addProcessOptions(CLI::App& app, Settings& settings) {
-    addSimulationOptions(app, settings.server, addBrokerOptions(app, settings.server));
+    paoperating::addServerOptions(app, settings.server, "PACONSOLE_SERVER");
     addWhole(app, "--debug", settings.debug, {0, 3}, "Verbosity of the log, 0 to 3");
     addPath(app, "--script", settings.script,
             "Run console commands, one a line; - for the standard input", "FILE");
@@ -227,7 +167,7 @@ std::string CommandParser::unknownWordIn(const std::vector<std::string>& words) 
 /// What is wrong with a line, in the words of the console.
 std::string CommandParser::faultOf(const std::vector<std::string>& words,
                                    const std::exception& error) const {
-    if (const std::string unknown = unknownWordIn(words); !unknown.empty()) {
+    if (std::string unknown = unknownWordIn(words); !unknown.empty()) {
         return unknown;
     }
     const auto names = CommandPlace(app_, words).subcommands();
@@ -256,6 +196,8 @@ std::optional<CommandLine> CommandParser::read(std::vector<std::string> words, O
         return std::nullopt;
     } catch (const CLI::ParseError& error) {
         throw Failure(ExitCode::Usage, faultOf(words, error));
+    } catch (const std::invalid_argument& error) {
+        throw Failure(ExitCode::Usage, error.what());
     }
     const CLI::App* app = &app_;
     while (!app->get_subcommands().empty()) {

@@ -2,100 +2,31 @@
 #pragma once
 
 #include <CLI/CLI.hpp>
-#include <functional>
-#include <limits>
-#include <optional>
 #include <string>
-#include <vector>
 
-/// @file
-/// Options and positional arguments of a command, added to its CLI::App. Values are read strictly:
-/// a text as it is, decimal numbers within limits and nothing after them. What is wrong with a
-/// value is a Failure that names the option. The variables given here receive the values and must
-/// outlive the app.
+#include "operating/PlayRequest.h"
+#include "operating/options.h"
 
 namespace console {
 
-/// The least and the greatest value allowed, both finite.
-template <class Number>
-struct Limits {
-    Number least;
-    Number greatest;
-};
-
-using Whole = Limits<int>;
-using Real = Limits<double>;
-
-constexpr int greatestWhole = std::numeric_limits<int>::max();
-constexpr Whole anyWhole{std::numeric_limits<int>::min(), greatestWhole};
-
-/// A decimal number: an int or a double.
-/// @throws std::invalid_argument with what would be right
-template <class Number>
-Number parseNumber(const std::string& text, Limits<Number> limits);
-
-/// An argument whose text a function takes. The name of an option is no value: the value is missing
-/// then.
-/// @param take may throw std::invalid_argument: the Failure names the argument then
-CLI::Option* addParsed(CLI::App& app, const std::string& name,
-                       const std::function<void(const std::string& text)>& take,
-                       const std::string& help, const std::string& type);
-
-/// @param value a string, or an optional one
-template <class Target>
-CLI::Option* addText(CLI::App& app, const std::string& name, Target& value, const std::string& help,
-                     const std::string& type = "TEXT") {
-    return addParsed(
-        app, name, [&value](const std::string& text) { value = text; }, help, type);
-}
-
-/// @param value an int, or an optional one
-template <class Target>
-CLI::Option* addWhole(CLI::App& app, const std::string& name, Target& value, Whole limits,
-                      const std::string& help) {
-    const auto take = [&value, limits](const std::string& text) {
-        value = parseNumber(text, limits);
-    };
-    return addParsed(app, name, take, help, "N");
-}
-
-/// @param value a double, or an optional one
-template <class Target>
-CLI::Option* addNumber(CLI::App& app, const std::string& name, Target& value, Real limits,
-                       const std::string& help) {
-    const auto take = [&value, limits](const std::string& text) {
-        value = parseNumber(text, limits);
-    };
-    return addParsed(app, name, take, help, "NUMBER");
-}
-
-/// An option that may be given several times, with one text each time.
-CLI::Option* addTexts(CLI::App& app, const std::string& name, std::vector<std::string>& values,
-                      const std::string& help, const std::string& type);
-
-/// A positional argument that is given once or more.
-CLI::Option* addTextList(CLI::App& app, const std::string& name, std::vector<std::string>& values,
-                         const std::string& help);
-
-/// A positional argument that is `on` or `off`.
-CLI::Option* addSwitch(CLI::App& app, bool& value);
-
-/// The only values of an option. Help and completion list them.
-CLI::Validator oneOf(const std::vector<std::string>& values);
-
-/// The audio part that a command line asks for: items, texts or a file.
-struct AudioRequest {
-    std::vector<unsigned> items;
-    std::optional<int> repeat;  // of the items
-    std::vector<std::string> texts;
-    std::optional<std::string> language;  // of the texts
-    std::optional<std::string> voice;
-    std::optional<std::string> file;
-};
+using paoperating::addNumber;
+using paoperating::addParsed;
+using paoperating::addPath;
+using paoperating::addSwitch;
+using paoperating::addText;
+using paoperating::addTextList;
+using paoperating::addTexts;
+using paoperating::addWhole;
+using paoperating::anyWhole;
+using paoperating::greatestWhole;
+using paoperating::oneOf;
+using paoperating::parseNumber;
+using paoperating::Real;
+using paoperating::Whole;
 
 /// Adds the options of an audio part.
 /// @param fileHelp, fileType of the file: where it is differs
-void addAudioOptions(CLI::App& app, AudioRequest& audio, const std::string& fileHelp,
+void addAudioOptions(CLI::App& app, paoperating::AudioRequest& audio, const std::string& fileHelp,
                      const std::string& fileType);
 
 }  // namespace console

@@ -1,29 +1,15 @@
 // SPDX-License-Identifier: Apache-2.0
-#include <algorithm>
-
 #include "client/Announcement.h"
 #include "client/resources.h"
 #include "console/commands/commands.h"
 #include "console/following/operate.h"
+#include "operating/operations.h"
 
 namespace console {
 
 using namespace paclient;
 
 namespace {
-
-/// The request id of what is named by its request id, or by the number of one of its records.
-std::string requestIdOf(const std::string& wanted) {
-    const auto records = allAnnouncements();
-    const auto numbers = memberTexts<&AnnouncementRequest::id>(records);
-    auto ids = memberTexts<&AnnouncementRequest::getRequestID>(records);
-    if (knowsName(wanted, numbers)) {
-        return ids[findName("announcement", wanted, numbers)];
-    }
-    std::sort(ids.begin(), ids.end());
-    ids.erase(std::unique(ids.begin(), ids.end()), ids.end());  // one for each part
-    return ids[findName("announcement", wanted, ids)];
-}
 
 void print(const Context& context, const std::vector<AnnouncementRequest>& records) {
     TextTable table({"REQUEST", "PART", "STATE"});
@@ -42,16 +28,6 @@ void report(const Context& context, const Cancellation& cancellation) {
     require(result.state != Confirmation::State::Refused || cancellation.ended.empty(),
             result.reason, ExitCode::Refused);
     requireConfirmed(result, unknownWhether("anything is cancelled"));
-}
-
-/// @throws Failure when there is nothing to cancel
-Cancellation cancelType(Message::Type type, const Wait& wait) {
-    const auto active = allAnnouncements();
-    const bool isAny = std::any_of(active.begin(), active.end(), [type](const auto& record) {
-        return record.getAudioMessageType() == type || record.getVisualMessageType() == type;
-    });
-    require(isAny, "no announcement of type " + nameOf(type) + " is active", ExitCode::NotFound);
-    return cancelAnnouncements(type, wait);
 }
 
 struct Cancel {
@@ -73,7 +49,8 @@ struct Cancel {
         context.connected();
         const Wait wait = waitOf(context, "until the server has withdrawn it",
                                  unknownWhether("anything is cancelled"));
-        report(context, id ? cancelAnnouncement(requestIdOf(*id), wait) : cancelType(*type, wait));
+        report(context, id ? cancelAnnouncement(paoperating::chooseRequest(*id), wait)
+                           : paoperating::cancelType(*type, wait));
     }
 };
 

@@ -7,6 +7,7 @@
 #include "client/resources.h"
 #include "console/commands/commands.h"
 #include "console/following/operate.h"
+#include "operating/operations.h"
 
 /// @file
 /// What the commands of a noun have in common: the argument that names one resource, and a change

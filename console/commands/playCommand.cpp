@@ -9,14 +9,16 @@
 #include "client/recordText.h"
 #include "console/commands/commands.h"
 #include "console/commands/playOptions.h"
-#include "console/files/wavFile.h"
 #include "console/following/operate.h"
 #include "console/text/cleanText.h"
 #include "framework/clock.h"
+#include "operating/simulation.h"
+#include "operating/wavFile.h"
 
 namespace console {
 
 using namespace paclient;
+using namespace paoperating;
 
 namespace {
 
@@ -176,25 +178,6 @@ void playOnly(const Context& context, const std::vector<std::string>& zones,
     warnOfEnd(context, "the announcement");
 }
 
-/// What the server can play, when it is a simulated one and this user may ask for it.
-std::optional<Playable> playableAt(Endpoint& endpoint) try {
-    if (endpoint.simControl() == nullptr) {
-        return std::nullopt;
-    }
-    Playable playable;
-    const auto [dictionary, recordings] = endpoint.simControl()->contents();
-    for (const auto& item : dictionary) {
-        playable.items.insert(static_cast<unsigned>(item.item));
-        playable.chimes.insert(item.chime ? item.item : 0);
-    }
-    for (const auto& recording : recordings) {
-        playable.recordings.insert(recording.path);
-    }
-    return playable;
-} catch (const simserver::Refused&) {
-    return std::nullopt;  // the role of the user does not allow it
-}
-
 /// Prints the problems of the request.
 /// @throws Failure when the server would refuse it
 void dryRun(const Context& context, const std::vector<std::string>& zones, const Message& message) {
@@ -213,18 +196,18 @@ void dryRun(const Context& context, const std::vector<std::string>& zones, const
 }
 
 struct Play {
-    PlayRequest request;
+    PlayOptions options;
 
-    void define(CLI::App& app) { addPlayOptions(app, request); }
+    void define(CLI::App& app) { addPlayOptions(app, options); }
 
     void run(const Context& context) const {
-        check(request);
+        const PlayRequest request = checkedRequest(options);
         context.connected();
         const auto zones = chooseZones(request.zones);
         const Message message = messageFor(request);
-        if (request.dryRun) {
+        if (options.dryRun) {
             dryRun(context, zones, message);
-        } else if (request.wait) {
+        } else if (options.wait) {
             playAndWait(context, request, zones, message);
         } else {
             playOnly(context, zones, message);

@@ -6,15 +6,17 @@
 #include "client/Preview.h"
 #include "client/choose.h"
 #include "console/commands/commands.h"
-#include "console/commands/playOptions.h"
-#include "console/files/wavFile.h"
 #include "console/following/operate.h"
+#include "operating/sentTexts.h"
+#include "operating/wavFile.h"
 #include "util/AtomicFile.h"
+#include "util/FileError.h"
 #include "util/fileUri.h"
 
 namespace console {
 
 using namespace paclient;
+using paoperating::WavFormat;
 
 namespace {
 
@@ -33,7 +35,7 @@ struct PreviewFile {
     }
 
     void run(const Context& context) const {
-        requireUtf8("the text", text);
+        paoperating::requireUtf8("the text", text);
         std::optional<pautil::AtomicFile> file;
         if (out != "-") {
             file.emplace(out);
@@ -45,12 +47,12 @@ struct PreviewFile {
             std::ostringstream bytes;
             bytes << std::ifstream(audio, std::ios::binary).rdbuf();
             context.out.write(bytes.str());
-            context.diagnostics.diagnostic(formatText(format));
+            context.diagnostics.diagnostic(paoperating::formatText(format));
             return;
         }
         file->fillFrom(audio);
         file->complete();
-        printOutcome(context, out + ": " + formatText(format),
+        printOutcome(context, out + ": " + paoperating::formatText(format),
                      {{"file", out},
                       {"rate", format.rate},
                       {"channels", format.channels},
@@ -76,9 +78,9 @@ private:
     /// What the server's file holds; one that is no audio is the server's fault.
     static WavFormat formatOf(const std::filesystem::path& audio) {
         try {
-            return checkWav(audio.string());
-        } catch (const Failure& failure) {
-            throw Failure(ExitCode::Refused, std::string("the server's audio ") + failure.what());
+            return paoperating::checkWav(audio.string());
+        } catch (const pautil::FileError& fault) {
+            throw Failure(ExitCode::Refused, std::string("the server's audio ") + fault.what());
         }
     }
 };

@@ -1,12 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "client/confirmedOperations.h"
 #include "console/commands/commands.h"
-#include "console/commands/playOptions.h"
 #include "console/following/operate.h"
+#include "operating/operations.h"
+#include "operating/sentTexts.h"
 
 namespace console {
 
 using namespace paclient;
+using paoperating::serverFolder;
 
 namespace {
 
@@ -32,17 +33,14 @@ struct OfRecording {
     }
 
     void run(const Context& context) const {
-        const std::string path = serverPath(name);
-        const std::string effect = path + operation.effect;
         const bool isConfirmed = *operation.unconfirmed == 0;
-        if (isConfirmed) {
-            requireListable("the path", path);  // else it could not be played
-        }
+        const std::string path =
+            isConfirmed ? paoperating::playablePath(name) : paoperating::serverPath(name);
+        const std::string effect = path + operation.effect;
         context.connected();
         operate(context, effect, [&](const Wait& wait) {
             const Confirmation answer = operation.send(path, wait);
-            const bool isNotRefused = answer.state == Confirmation::State::TimedOut;
-            return isNotRefused && !isConfirmed ? Confirmation{} : answer;
+            return isConfirmed ? answer : paoperating::unlessRefused(answer);
         });
         const std::string sentence = isConfirmed
                                          ? effect

@@ -4,7 +4,7 @@
 
 #include "console/commands/commands.h"
 #include "console/text/resourceTable.h"
-#include "simserver/SimControl.h"
+#include "operating/simulation.h"
 
 namespace console {
 
@@ -39,8 +39,8 @@ std::vector<std::string> allNames() {
 
 // ------------------------------------------------------------------- what no records are sent for
 
-double secondsOf(std::chrono::milliseconds duration) {
-    return std::chrono::duration<double>(duration).count();
+std::string secondsText(const Json& entry) {
+    return valueText(entry["seconds"].get<double>());
 }
 
 /// Lists dictionary items, all of them or the chimes.
@@ -50,9 +50,8 @@ void listItems(const Context& context) {
     TextTable table({onlyChimes ? "CHIME" : "ITEM", "TEXT", "SECONDS"});
     for (const auto& item : context.connected().simControl().contents().dictionary) {
         if (item.chime || !onlyChimes) {
-            const double seconds = secondsOf(item.duration);
-            array.push_back({{"item", item.item}, {"text", item.text}, {"seconds", seconds}});
-            table.addRow({std::to_string(item.item), item.text, valueText(seconds)});
+            array.push_back(paoperating::toJson(item));
+            table.addRow({std::to_string(item.item), item.text, secondsText(array.back())});
         }
     }
     context.write(table, array);
@@ -61,9 +60,9 @@ void listItems(const Context& context) {
 void listRecordings(const Context& context) {
     Json array = Json::array();
     TextTable table({"PATH", "SECONDS"});
-    for (const auto& [path, duration] : context.connected().simControl().contents().recordings) {
-        array.push_back({{"path", path}, {"seconds", secondsOf(duration)}});
-        table.addRow({path, valueText(secondsOf(duration))});
+    for (const auto& recording : context.connected().simControl().contents().recordings) {
+        array.push_back(paoperating::toJson(recording));
+        table.addRow({recording.path, secondsText(array.back())});
     }
     context.write(table, array);
 }
@@ -71,7 +70,7 @@ void listRecordings(const Context& context) {
 // ------------------------------------------------------------------------------------------ kinds
 
 /// What can be done with a kind of resource.
-struct Kind {
+struct KindCommands {
     const char* one;  ///< null for what can only be listed
     const char* many;
     void (*list)(const Context& context);
@@ -80,9 +79,9 @@ struct Kind {
 };
 
 template <const auto& kind>
-constexpr Kind kindOf{kind.one, kind.many, listAll<kind>, getOne<kind>, allNames<kind>};
+constexpr KindCommands kindOf{kind.one, kind.many, listAll<kind>, getOne<kind>, allNames<kind>};
 
-constexpr Kind kindRows[] = {
+constexpr KindCommands kindRows[] = {
     kindOf<sources>,
     kindOf<sinks>,
     kindOf<zones>,
@@ -101,34 +100,34 @@ constexpr Kind kindRows[] = {
 };
 
 /// Adds the argument KIND, the name of one or of many.
-void addKind(CLI::App& app, const Kind*& chosen, const char* Kind::*form) {
+void addKind(CLI::App& app, const KindCommands*& chosen, const char* KindCommands::*form) {
     std::vector<std::string> names;
-    for (const Kind& kind : kindRows) {
+    for (const KindCommands& kind : kindRows) {
         if (kind.*form != nullptr) {
             names.emplace_back(kind.*form);
         }
     }
     const auto take = [&chosen, form](const std::string& name) {
-        chosen = std::find_if(std::begin(kindRows), std::end(kindRows), [&](const Kind& kind) {
-            return kind.*form != nullptr && kind.*form == name;
-        });
+        chosen = std::find_if(
+            std::begin(kindRows), std::end(kindRows),
+            [&](const KindCommands& kind) { return kind.*form != nullptr && kind.*form == name; });
     };
     addParsed(app, "KIND", take, "Of the resources", "TEXT")->required()->check(oneOf(names));
 }
 
 struct List {
-    const Kind* kind = nullptr;
+    const KindCommands* kind = nullptr;
 
-    void define(CLI::App& app) { addKind(app, kind, &Kind::many); }
+    void define(CLI::App& app) { addKind(app, kind, &KindCommands::many); }
     void run(const Context& context) const { kind->list(context); }
 };
 
 struct Get {
-    const Kind* kind = nullptr;
+    const KindCommands* kind = nullptr;
     std::string id;
 
     void define(CLI::App& app) {
-        addKind(app, kind, &Kind::one);
+        addKind(app, kind, &KindCommands::one);
         addText(app, "ID", id, "Its number, or its name or label")->required();
     }
 
@@ -159,7 +158,7 @@ std::vector<std::string> knownNames(const std::string& kind) {
     if (kind == "language") {
         return memberTexts<&TTSVocalizer::language>(allVoices());
     }
-    for (const Kind& row : kindRows) {
+    for (const KindCommands& row : kindRows) {
         if (row.one != nullptr && row.one == kind) {
             return row.names();
         }

@@ -1,11 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "console/commands/devices.h"
+#include "operating/NotPossible.h"
+#include "operating/operations.h"
+#include "operating/simulation.h"
 #include "sdk/PAController.h"
-#include "simserver/SimControl.h"
 
 namespace console {
 
 using namespace paclient;
+using namespace paoperating;
 
 namespace {
 
@@ -22,22 +25,6 @@ template <class Act>
 void simulate(const Context& context, Act act) {
     act(context.connected().simControl());
     context.session.waitUntilDelivered();
-}
-
-/// What another client does with the lock of a source.
-struct LockAction {
-    void (SimControl::*act)(int sourceId, const std::string& client);
-    const char* effect;
-};
-
-constexpr LockAction lockAction{&SimControl::lockSource, " is locked by the client "};
-constexpr LockAction unlockAction{&SimControl::unlockSource, " is released by the client "};
-
-/// A client has a UUID, which is sent as it is.
-void checkClient(const std::string& client) {
-    constexpr const char* plain = "-0123456789ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz";
-    require(!client.empty() && client.find_first_not_of(plain) == std::string::npos,
-            "'" + client + "' is not a UUID");
 }
 
 template <const LockAction& action>
@@ -57,10 +44,6 @@ struct SimLock : Named<sources> {
                     toJson(lockOf(id)));
     }
 };
-
-constexpr Resource<PaTrigger> hardwareTriggers{
-    "hardware trigger", "hardware triggers", [] { return gPaController.getHwPaTriggers(); },
-    memberText<&PaTrigger::id>, memberText<&PaTrigger::label>};
 
 struct SimTrigger : Named<hardwareTriggers> {
     bool active = false;
@@ -99,16 +82,6 @@ struct SimSelector : Named<selectors> {
     }
 };
 
-/// What the server can be made to ignore.
-struct Ignorable {
-    const char* name;
-    const char* text;
-    void (SimControl::*ignore)(bool on);
-};
-
-constexpr Ignorable renewals{"renewals", "renewals of locks", &SimControl::ignoreRenewals};
-constexpr Ignorable requests{"requests", "requests", &SimControl::ignoreRequests};
-
 template <const Ignorable& ignorable>
 struct SimIgnore {
     bool received = false;
@@ -124,37 +97,19 @@ struct SimIgnore {
     }
 };
 
-/// Has the server end the connection, and waits until that is known.
-template <class Act>
-void endConnection(const Context& context, Act act) {
-    Session& session = context.connected();
-    const std::uint64_t number = session.connection().number();
-    Subscription changes(kinds<palink::ConnectionChange>());
-    act(session.simControl());
-    WaitCourse course(interruptibleWait(forEver));
-    while (session.connection().number() == number) {
-        changes.next(course.next().value());
-    }
-}
-
 void disconnect(const Context& context) {
-    endConnection(context, [](SimControl& server) { server.dropClient(); });
+    Session& session = context.connected();
+    paoperating::disconnect(session.connection(), session.simControl(), interruptibleWait(forEver));
     printEffect(context, "the server has dropped the connection", {{"connected", false}});
 }
 
-void restart(const Context& context) {
-    endConnection(context, [](SimControl& server) {
-        try {
-            server.restart();
-        } catch (const simserver::Refused&) {
-            throw;
-        } catch (const std::runtime_error& error) {
-            throw Failure(ExitCode::CannotConnect,
-                          std::string("the server does not start again: ") + error.what());
-        }
-    });
+void restart(const Context& context) try {
+    Session& session = context.connected();
+    paoperating::restart(session.connection(), session.simControl(), interruptibleWait(forEver));
     context.connected();  // waits for the connection
     printEffect(context, "the server has restarted", {{"connected", true}});
+} catch (const NotPossible& fault) {
+    throw Failure(ExitCode::CannotConnect, fault.what());
 }
 
 }  // namespace
@@ -168,8 +123,8 @@ Command simCommand() {
          command<SimLock<unlockAction>>("unlock", "Let another client release a source"),
          command<SimIgnore<renewals>>("renewals", "Whether the server receives renewals of locks"),
          command<SimIgnore<requests>>("requests", "Whether the server receives what it is asked"),
-         command<disconnect>("disconnect", "Let the server drop the connection"),
-         command<restart>("restart", "End the server and start it again")});
+         command<console::disconnect>("disconnect", "Let the server drop the connection"),
+         command<console::restart>("restart", "End the server and start it again")});
 }
 
 }  // namespace console

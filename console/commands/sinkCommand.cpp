@@ -7,7 +7,7 @@ using namespace paclient;
 
 namespace {
 
-constexpr GainRules sinkGainRules = {{-96, 0},
+constexpr GainRules sinkGainRules = {{paoperating::sinkGain.least, paoperating::sinkGain.greatest},
                                      "In dB, -96 to 0",
                                      {{"--persistent", "The device keeps it over a restart"},
                                       {"--delay", "It is made persistent later"}}};

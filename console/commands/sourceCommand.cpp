@@ -17,7 +17,7 @@ using namespace paclient;
 namespace {
 
 constexpr GainRules sourceGainRules = {
-    {-96, 42},
+    {paoperating::sourceGain.least, paoperating::sourceGain.greatest},
     "In dB, -96 to 42",
     {{"--first", "The server's own first flag"}, {"--second", "The server's own second flag"}}};
 

@@ -2,19 +2,16 @@
 #include <algorithm>
 
 #include "console/commands/devices.h"
-#include "console/commands/playOptions.h"
 #include "console/text/resourceTable.h"
+#include "operating/operations.h"
 #include "sdk/PAController.h"
 
 namespace console {
 
 using namespace paclient;
+using paoperating::softwareTriggers;
 
 namespace {
-
-constexpr Resource<PaSWTrigger> softwareTriggers{
-    "software trigger", "software triggers", [] { return gPaController.getSwPaTriggers(); },
-    [](const PaSWTrigger& trigger) { return std::to_string(trigger.trigger.id); }, nullptr};
 
 void deleteTrigger(const Context& context, const PaSWTrigger& trigger) {
     gPaController.deleteSwPaTrigger(trigger.trigger.id);
@@ -40,10 +37,7 @@ void deactivate(const Context& context, const PaSWTrigger& trigger) {
         started == startedBy.end() ? std::nullopt : std::optional(started->second);
     const std::string effect = titleOf(softwareTriggers, trigger) + " is inactive";
     operate(context, effect, [&](const Wait& wait) {
-        Confirmation result = paclient::deactivate(trigger, announcement, wait);
-        const bool isTimedOut = result.state == Confirmation::State::TimedOut;
-        // Of a trigger that was not active nothing is reported.
-        return isTimedOut && !announcement ? Confirmation{} : result;
+        return paoperating::deactivateTrigger(trigger, announcement, wait);
     });
     printOutcome(context, effect, {{"id", trigger.trigger.id}});
 }
@@ -115,22 +109,17 @@ struct TriggerCreate : Named<paclient::sources> {
 
     void define(CLI::App& app) {
         Named::define(app, "--source");
-        addWhole(app, "--priority", priority, {0, 100}, "Of the announcement, 0 to 100")
+        addWhole(app, "--priority", priority, {0, paoperating::greatestTriggerPriority},
+                 "Of the announcement, 0 to 100")
             ->required();
         addText(app, "--pre-chime", preChime, "A chime of the server, played first", "CHIME");
         addText(app, "--display", display, "A text that the zones show meanwhile");
     }
 
     void run(const Context& context) const {
-        // The chime is sent as it is between commas; the text is all that follows.
-        require(preChime.find(',') == std::string::npos,
-                "the pre-chime '" + preChime + "' has a comma");
-        requireUtf8("the text", preChime);
-        requireUtf8("the text", display);
+        paoperating::checkTrigger(preChime, display);
         const int sourceId = find(context).id;
-        const int id = gPaController.createSwPaTrigger(sourceId, priority, preChime, display);
-        require(id != 0, "source " + std::to_string(sourceId) + " can have no software trigger",
-                ExitCode::Refused);
+        const int id = paoperating::createTrigger(sourceId, priority, preChime, display);
         printOutcome(
             context,
             "software trigger " + std::to_string(id) + " starts source " + std::to_string(sourceId),

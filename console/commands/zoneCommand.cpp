@@ -4,6 +4,7 @@
 
 #include "console/commands/devices.h"
 #include "console/text/resourceTable.h"
+#include "operating/operations.h"
 
 namespace console {
 
@@ -83,28 +84,11 @@ struct ZoneDetach : OfSource {
     void run(const Context& context) const {
         require(zones.empty() == all, "detach what? Either ZONE or --all");
         const PaSource from = find(context);
-        const Ids unwanted = all ? Ids() : attachedOnes(from);
+        const Ids unwanted = all ? Ids() : paoperating::chooseAttached(from, zones);
         change(context, from, all ? " has no zones" : " has lost these zones",
                [&](const Wait& wait) {
                    return all ? detachAllZones(from, wait) : detachZones(from, unwanted, wait);
                });
-    }
-
-private:
-    /// @throws Failure when one is not attached
-    Ids attachedOnes(const PaSource& from) const {
-        const Ids attached = from.getAttachedPaZones();
-        Ids ids;
-        for (const std::string& name : zones) {
-            // What is attached may be a zone that the server has withdrawn.
-            ids.push_back(knowsName(name, attached) ? attached[findName("zone", name, attached)]
-                                                    : findOne(paclient::zones, name).id);
-            require(
-                std::find(attached.begin(), attached.end(), ids.back()) != attached.end(),
-                "zone '" + ids.back() + "' is not attached to " + titleOf(paclient::sources, from),
-                ExitCode::Refused);
-        }
-        return ids;
     }
 };
 

@@ -20,8 +20,8 @@ struct ScheduleOptions {
     std::optional<int> every;  // minutes
     std::vector<std::string> zones;
 
-    AudioRequest audio;         // the file is one of the server
-    std::optional<int> source;  // of the file
+    paoperating::AudioRequest audio;  // the file is one of the server
+    std::optional<int> source;        // of the file
 
     // The visual part.
     std::optional<std::string> displayTemplate;

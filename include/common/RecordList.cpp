@@ -143,9 +143,13 @@ void RecordList::assign(RecordFields fields) {
     } else if (list_.listBot != nullptr && list_.elements < elements_.size()) {
         list_.listBot->nextNode = &elements_[list_.elements].node;
     }
-    fields_ = std::move(fields);
+    fields_.swap(fields);
+    const char* const texts = fields_.block_.data() + fields_.textsBegin();
+    std::size_t begin = 0;
     for (std::size_t i = 0; i < count; ++i) {
-        elements_[i].text = fields_.text(i);
+        const std::size_t end = fields_.endOf(i);
+        elements_[i].text = begin == end ? nullptr : texts + begin;
+        begin = end;
     }
     list_.elements = count;
     list_.listTop = count > 0 ? &elements_.front().node : nullptr;

@@ -51,7 +51,8 @@ public:
     RecordFields(RecordFields&& other) noexcept { swap(other); }
     /// Leaves the other one empty.
     RecordFields& operator=(RecordFields&& other) noexcept {
-        RecordFields(std::move(other)).swap(*this);
+        RecordFields taken(std::move(other));
+        swap(taken);
         return *this;
     }
     ~RecordFields() = default;
@@ -87,9 +88,14 @@ public:
     /// The size of the block.
     std::size_t heapBytes() const;
 
+    /// Exchanges the fields.
+    void swap(RecordFields& other) noexcept;
+
     friend bool operator==(const RecordFields& a, const RecordFields& b);
 
 private:
+    friend class RecordList;
+
     using End = std::uint32_t;
 
     std::size_t textsBegin() const { return mostFields_ * sizeof(End); }
@@ -98,7 +104,6 @@ private:
     std::size_t endOf(std::size_t place) const;
     void setEnd(std::size_t place, std::size_t end);
     static void requireSize(std::size_t texts);
-    void swap(RecordFields& other) noexcept;
     void resizeTable(std::size_t mostFields);
 
     std::size_t size_ = 0;

@@ -9,13 +9,13 @@ namespace palink {
 
 namespace {
 
-struct Reason {
+struct ReasonText {
     int code;
     const char* text;
     bool isPermanent;  // another attempt would end in the same way
 };
 
-constexpr Reason refusals[] = {
+constexpr ReasonText refusals[] = {
     {MQTT_RC_BAD_USERNAME_OR_PASSWORD, "wrong user name or password", true},
     {MQTT_RC_BANNED, "the broker has banned this client", true},
     {MQTT_RC_UNSUPPORTED_PROTOCOL_VERSION, "the broker does not speak MQTT 5", true},
@@ -26,7 +26,7 @@ constexpr Reason refusals[] = {
     {MQTT_RC_CONNECTION_RATE_EXCEEDED, "the broker takes no more clients at the moment", false},
 };
 
-constexpr Reason ends[] = {
+constexpr ReasonText ends[] = {
     {MQTT_RC_SESSION_TAKEN_OVER, "another client has connected with the same identifier", false},
     {MQTT_RC_SERVER_SHUTTING_DOWN, "the broker is stopping", false},
     {MQTT_RC_KEEP_ALIVE_TIMEOUT, "the broker has received nothing from this client for too long",
@@ -40,7 +40,7 @@ constexpr Reason ends[] = {
 template <class Table>
 ConnectionEnd endFor(const Table& table, int reasonCode, const std::string& other) {
     const auto found = std::find_if(std::begin(table), std::end(table),
-                                    [&](const Reason& row) { return row.code == reasonCode; });
+                                    [&](const ReasonText& row) { return row.code == reasonCode; });
     if (found == std::end(table)) {
         return {other + " (reason code " + std::to_string(reasonCode) + ")", false};
     }

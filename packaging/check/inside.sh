@@ -30,15 +30,15 @@ step 'the console, its pages and its completion'
 paconsole --version
 [ "$(paconsole list zones | grep -c Platform)" -gt 1 ] || fail 'no zones'
 paconsole --speed 20 demo >demo.log 2>&1 || fail 'the demonstration fails'
-for page in paconsole.1 paserver.8; do
+for page in paconsole.1 papanel.8 paserver.8 paserver-scenario.5; do
   man --warnings -P cat "${page%.*}" 2>&1 >"$page.txt" | grep . && fail "faults in $page"
   [ "$(wc -l <"$page.txt")" -gt 30 ] || fail "$page is short"
 done
 grep -q -- '--dry-run' paconsole.1.txt || fail 'an option of play is not in the manual page'
-grep -h 'TEXT:\|INT in\|Excludes:\|Needs:\|REQUIRED' paconsole.1.txt paserver.8.txt &&
+grep -h 'TEXT:\|INT in\|Excludes:\|Needs:\|REQUIRED' paconsole.1.txt papanel.8.txt paserver.8.txt &&
   fail "the pages have the parser's notation"
 for section in DESCRIPTION 'EXIT STATUS' FILES; do
-  [ "$(grep -lx "$section" paconsole.1.txt paserver.8.txt | wc -l)" -eq 2 ] || fail "a page has no $section"
+  [ "$(grep -lx "$section" paconsole.1.txt papanel.8.txt paserver.8.txt | wc -l)" -eq 3 ] || fail "a page has no $section"
 done
 complete_bash() {
   COMP_WORDS=("$@") COMP_CWORD=$(($# - 1)) COMPREPLY=()
@@ -47,14 +47,15 @@ complete_bash() {
 }
 source /usr/share/bash-completion/completions/paconsole
 [ "$(complete_bash paconsole pl)" = play ] || fail 'bash does not complete a command'
+[ "$(complete_bash paconsole zone '')" = 'members attach detach' ] || fail 'bash offers more than the commands'
 [ "$(complete_bash paconsole --format json zone attach --so)" = --source ] || fail 'bash does not complete an option'
 [ "$(complete_bash paconsole --format '')" = 'text json' ] || fail 'bash does not complete a value'
 [ "$(complete_bash paconsole list zones --format '')" = 'text json' ] ||
   fail 'bash does not complete a value after a command'
 [ "$(complete_bash paconsole list zones --fo)" = --format ] || fail 'bash does not complete an option after a command'
-[[ "$(zsh -c 'compadd() { print -r -- "$*" }
+[ "$(zsh -c 'compadd() { print -r -- "$*" }
   words=(paconsole --format json zone "") CURRENT=5
-  source /usr/share/zsh/vendor-completions/_paconsole')" = '-- members attach detach -h --help --format '* ]] ||
+  source /usr/share/zsh/vendor-completions/_paconsole')" = '-- members attach detach' ] ||
   fail 'zsh does not complete'
 
 step 'a script'
@@ -66,6 +67,53 @@ with pa.Connection(scenario="/usr/share/public-address/scenarios/tram.json", spe
     assert pa.Announcement(["Car 1"], message).wait(60) == pa.Announcement.State.FINISHED
 END
 python3 -X dev announce.py || fail 'a script does not play'
+
+step 'the page'
+echo 'correct horse' | papanel user add ann --role operator --users users >/dev/null
+papanel --config /etc/papanel/papanel.toml --listen 127.0.0.1:0 --users users --audit audit.sqlite --speed 20 \
+  >panel.url 2>panel.log &
+started[panel]=$!
+cat >panel.py <<'END'
+import json, sys, time, urllib.error, urllib.request
+url = sys.argv[1].rstrip("/")
+headers = {"Content-Type": "application/json"}
+
+def ask(method, path, body=None, key=None):
+    request = urllib.request.Request(url + path, method=method, headers={**headers, "Idempotency-Key": key or "-"},
+                                     data=None if body is None else json.dumps(body).encode())
+    with urllib.request.urlopen(request) as answer:
+        return answer, answer.read()
+
+def status(path):
+    try:
+        return ask("GET", path)[0].status
+    except urllib.error.HTTPError as error:
+        return error.code
+
+assert b"<html" in ask("GET", "/")[1]
+assert status("/api/v1/zones") == 401
+answer, session = ask("POST", "/api/v1/session", {"user": "ann", "password": "correct horse"})
+headers["Cookie"] = answer.headers["Set-Cookie"].split(";")[0]
+headers["X-CSRF-Token"] = json.loads(session)["csrf"]
+while status("/healthz") != 200:
+    time.sleep(0.1)
+sent = json.loads(ask("POST", "/api/v1/announcements", {"zones": ["Platform 1"], "items": [12]}, "k")[1])
+state = sent
+while not state["isOver"]:
+    time.sleep(0.1)
+    state = json.loads(ask("GET", "/api/v1/announcements/" + sent["requestId"])[1])
+assert state["state"] == "finished", state
+assert b'outcome="finished"} 1\n' in ask("GET", "/metrics")[1]
+END
+for _ in {1..100}; do
+  [ ! -s panel.url ] || break
+  kill -0 "${started[panel]}" 2>/dev/null || fail 'papanel does not start'
+  sleep 0.1
+done
+timeout 60 python3 panel.py "$(cat panel.url)" || fail 'the page does not play'
+kill "${started[panel]}"
+wait "${started[panel]}" || fail 'papanel does not stop'
+unset 'started[panel]'
 
 step 'a server, and applications that link the libraries in four ways'
 for _ in {1..10}; do
@@ -100,8 +148,10 @@ done
 # The examples.
 cmake -S examples -B found/examples -G Ninja >>cmake.log
 ninja -C found/examples >>cmake.log || fail 'the examples do not build with find_package'
-for example in panel importSchedules; do
-  c++ -std=c++17 examples/$example.cpp $(flags --cflags --libs) -o found/$example ||
+for example in coroutine importSchedules ownLoop panel recorder tutorial; do
+  standard=c++17
+  [ $example != coroutine ] || standard=c++20
+  c++ -std=$standard examples/$example.cpp $(flags --cflags --libs) -o found/$example ||
     fail "$example does not build with pkg-config"
 done
 [[ "$(echo q | found/panel --server 127.0.0.1:$port)" = *'Platform 1'* ]] || fail 'the panel shows no zones'
@@ -122,7 +172,7 @@ found/consumer mqtt://127.0.0.1:$port 'Platform 1' || fail 'an application fails
 kill "${started[@]}"
 wait "${started[@]}" 2>/dev/null || true
 started=()
-mkdir -p /var/lib/paserver/1 && touch /etc/paserver/1.credentials
+mkdir -p /var/lib/paserver/1 /var/lib/papanel && touch /etc/paserver/1.credentials /etc/papanel/users
 dpkg --purge "${packages[@]}" >>dpkg.log 2>&1 || fail 'the packages cannot be purged'
 files >after
 diff before after || fail 'something is left, or missing, after the purge'

@@ -22,6 +22,9 @@ class Command:
                                 stdout=subprocess.PIPE, text=True).stdout
         self.about, self.usage, self.sections, self.rest = "", "", {}, ""
         section = None
+        # A group of options is indented; its options follow the others.
+        output = re.sub(r"(?m)^\[Option Group: .*\]\n((?:  .*\n)+)",
+                        lambda group: re.sub("(?m)^  ", "", group[1]), output)
         for line in output.splitlines():
             if match := re.fullmatch(r"(Options|Positionals|Commands|Subcommands):", line):
                 section = self.sections.setdefault(match[1].replace("Sub", "").capitalize(), [])
@@ -76,6 +79,7 @@ def roff(text):
 NOTATION = (
     (r":\{(.*?)\}", "One of {}."),
     (r":(?:INT|FLOAT) in \[(.*?) - (.*?)\]", "From {} to {}."),
+    (r":(POSITIVE)", "1 or more."),
     (r" \(Env:(.*?)\)", "Default: the environment variable {}."),
     (r" Excludes:((?: [\w-]+(?![\w:-]))+)", "Not with {}."),
     (r" Needs:((?: [\w-]+(?![\w:-]))+)", "Only with {}."),
@@ -98,7 +102,7 @@ def readable(head, text):
             if not all(re.search(rf"(?<![\w.]){re.escape(word)}(?!\w)", text)
                        for words in found for word in words):  # which the text need not repeat
                 remarks.append(meaning.format(*(", ".join(words) for words in found)))
-    head = re.sub(r" INT\b", " N", re.sub(r" FLOAT\b", " NUMBER", head)).replace(",-", ", -")
+    head = re.sub(r" U?INT\b", " N", re.sub(r" FLOAT\b", " NUMBER", head)).replace(",-", ", -")
     return head, " ".join([text + "." * (text[-1:] != "."), *remarks])
 
 
@@ -110,7 +114,7 @@ def entries(rows, out):
 
 def exit_statuses(root):
     """The rows of "Exit codes: 0 done, 1 usage, ..." at the end of a help."""
-    if match := re.match(r"Exit codes: (.*)", root.rest.strip()):
+    if match := re.search(r"Exit codes: (.*)", root.rest.strip()):
         return [(number, text[:1].upper() + text[1:])
                 for number, text in re.findall(r"(\d+) (.+?)(?:, (?=\d)|$)", match[1])]
     return []
@@ -162,9 +166,10 @@ def shell_table(root, name):
     return words, values
 
 
-# Finds the command that the words before the cursor name, or the option whose value comes next.
+# Finds the command that the words before the cursor name, or the option whose value comes next; and
+# what is offered there: options where there is nothing else, or after a dash.
 WALK = """
-local place=%(name)s value="" word i
+local place=%(name)s value="" word offered i
 for ((i = 1; i < last; i++)); do
     word=${line[i]}
     if [ -n "$value" ]; then
@@ -175,6 +180,12 @@ for ((i = 1; i < last; i++)); do
         place="$place $word"
     fi
 done
+word=${line[last]-}
+offered=${words_of[$place]-}
+case $word${offered%%%% -*} in
+    -*) ;;
+    *) offered=${offered%%%% -*} ;;
+esac
 """
 BASH = """
 # Completion of the command line of %(name)s, made from its help.
@@ -187,12 +198,11 @@ local -A value_of=(
 )
 local line=("${COMP_WORDS[@]}") last=$COMP_CWORD
 %(walk)s
-word=${line[last]-}
 case $value in
     @files) compopt -o filenames; mapfile -t COMPREPLY < <(compgen -f -- "$word") ;;
     @text) COMPREPLY=() ;;
     ?*) mapfile -t COMPREPLY < <(compgen -W "$value" -- "$word") ;;
-    *) mapfile -t COMPREPLY < <(compgen -W "${words_of[$place]-}" -- "$word") ;;
+    *) mapfile -t COMPREPLY < <(compgen -W "$offered" -- "$word") ;;
 esac
 }
 complete -F _%(name)s %(name)s
@@ -215,7 +225,7 @@ case $value in
     @files) _files ;;
     @text) _message 'a value' ;;
     ?*) compadd -- ${(s: :)value} ;;
-    *) compadd -- ${(s: :)${words_of[$place]-}} ;;
+    *) compadd -- ${(s: :)offered} ;;
 esac
 """
 
@@ -230,19 +240,24 @@ def completion(root, name, template):
                                 "walk": WALK.strip() % {"name": name}}
 
 
+def write_page(folder, name, section, text):
+    os.makedirs(folder, exist_ok=True)
+    with open(f"{folder}/{name}.{section}.gz", "wb") as file:
+        file.write(gzip.compress(text.encode(), mtime=0))
+
+
 def main():
     program, section, folder = sys.argv[1:4]
     name = os.path.basename(program)
     version = subprocess.run([program, "--version"], check=True, stdout=subprocess.PIPE,
                              text=True).stdout.split()[-1]
     root = Command(program, [])
-    os.makedirs(folder, exist_ok=True)
-    with open(f"{folder}/{name}.{section}.gz", "wb") as file:
-        file.write(gzip.compress(manual(root, name, section, version).encode(), mtime=0))
+    write_page(folder, name, section, manual(root, name, section, version))
     if "--completion" in sys.argv:
         for template, file_name in ((BASH, name), (ZSH, "_" + name)):
             with open(f"{folder}/{file_name}", "w", encoding="utf-8") as file:
                 file.write(completion(root, name, template))
 
 
-main()
+if __name__ == "__main__":
+    main()

@@ -64,7 +64,14 @@ class OnTheTramTest(unittest.TestCase):
                 (lambda: pa.Connection(scenario=TRAM), RuntimeError, "started"),
                 (lambda: pa.Connection(scenario="nowhere.json"), RuntimeError, "nowhere.json"),
                 (lambda: pa.Connection(), ValueError, "either a broker or a scenario"),
-                (lambda: pa.Connection(broker="x"), ValueError, "mqtt://HOST")):
+                (lambda: pa.Connection(scenario=b"\xff.json"), RuntimeError, "\ufffd.json"),
+                (lambda: pa.Connection(broker="x"), ValueError, "mqtt://HOST"),
+                (lambda: pa.Connection(broker="mqtt://a", speed=2), ValueError, "of a simulated server"),
+                (lambda: pa.Connection(scenario=TRAM, dst_no=2), ValueError, "of a broker"),
+                (lambda: pa.Connection(scenario=TRAM, speed=float("nan")), ValueError, "0.001 to 1000000"),
+                (lambda: pa.Connection(scenario=TRAM, clock="2026-12-01"), ValueError, "date and a time"),
+                (lambda: pa.import_schedules("{}"), ValueError, "the text is not a list of schedules"),
+                (lambda: pa.SimulatedServer(None), TypeError, "connection")):
             with self.subTest(text=text):
                 with self.assertRaises(kind) as caught:
                     call()
@@ -73,8 +80,11 @@ class OnTheTramTest(unittest.TestCase):
             pa.find_zone("Crr 1")
         self.assertEqual(caught.exception.suggestions[0], "Car 1")
         self.connection.close()
-        with self.assertRaises(pa.NotConnected):
-            self.connection.wait_until_delivered()
+        for operation in (self.connection.wait_until_delivered, pa.SimulatedServer(self.connection).contents,
+                          lambda: pa.Announcement(["Car 1"], items(10)), lambda: pa.take_lock(1),
+                          lambda: pa.import_schedules("[]"), lambda: pa.enable_level_meter(1)):
+            with self.assertRaises(pa.NotConnected):
+                operation()
 
     def test_an_announcement_is_followed_to_its_end_or_cancelled(self):
         changes = pa.Subscription(["announcementUpdate", "announcementDelete"], timeout=0)
@@ -93,6 +103,11 @@ class OnTheTramTest(unittest.TestCase):
         self.assertEqual(announcement.wait(0), announcement.state)
         self.assertTrue(announcement.cancel())
         self.assertEqual([part.record.completionCode for part in announcement.parts()], ["1"])
+        announcement = pa.Announcement(["Car 1", "Car 2"], endless)
+        announcement.wait_until_accepted()
+        confirmation, ended = pa.cancel_announcements(pa.MessageType.DICTIONARY)
+        self.assertEqual((confirmation.state, [part.requestId for part in ended], announcement.wait(20)),
+                         (Outcome.DONE, [announcement.request_id], State.CANCELLED))
         refused = pa.Announcement(["Nowhere"], items(10))
         self.assertEqual(refused.wait(20), State.REFUSED)
         self.assertIn("Nowhere", refused.reason)
@@ -121,8 +136,48 @@ class OnTheTramTest(unittest.TestCase):
         self.assertEqual((entry.ttsList[0].text, entry.timesText), ("Hello", "00:00 to 23:00 every 60 min"))
         entry.gain = -3.5
         self.assertEqual((pa.put_schedule(entry).state, pa.put_schedule(entry).state), (Outcome.DONE, Outcome.AS_BEFORE))
+        exported = json.loads(pa.export_schedules())
+        self.assertEqual([(each["Id"], each["gain"]) for each in exported], [(schedule.Id, -3.5)])
         self.assertTrue(pa.remove_schedule(schedule.Id))
         self.assertEqual(pa.schedules(), [])
+        text = json.dumps(exported + [exported[0] | {"Id": 70, "paZones": ["Nowhere"]}])
+        result = pa.import_schedules(text)
+        self.assertEqual((bool(result), result.imported, [each.entry for each in result.failed]), (False, 1, [2]))
+        self.assertIn("there is no zone 'Nowhere'", result.failed[0].reason)
+        self.assertEqual((pa.find_schedule(schedule.Id).gain, result.unknownEntry), (-3.5, 0))
+        self.assertFalse(pa.import_schedules(json.dumps(exported)))
+        self.assertTrue(pa.import_schedules(json.dumps(exported), replace=True))
+
+    def test_a_simulated_server_does_what_happens_on_its_own_side(self):
+        simulated = pa.SimulatedServer(self.connection)
+        simulated.set_trigger(1, True)
+        simulated.set_selector(1, pa.PaSelector.State.DISABLED)
+        self.assertEqual((pa.find_trigger(1).state, pa.find_selector(1).state),
+                         (pa.PaTrigger.State.ACTIVE, pa.PaSelector.State.DISABLED))
+        simulated.lock_source(1, "another")
+        self.assertEqual((pa.find_lock(1).lockedUUID, pa.take_lock(1).state), ("another", Outcome.REFUSED))
+        with self.assertRaisesRegex(pa.Refused, "locked by another client"):
+            simulated.lock_source(1, "a-third")
+        simulated.unlock_source(1, "another")
+        self.assertEqual(pa.find_lock(1).lockedUUID, "")
+        with open(TRAM, encoding="utf-8") as scenario:
+            dictionary = json.load(scenario)["dictionary"]
+        self.assertEqual([item.text for item in simulated.contents().dictionary], [item["text"] for item in dictionary])
+        levels = pa.Subscription(["level"])
+        pa.enable_level_meter(1)
+        self.assertEqual(levels.next(20).record.element, 0)
+        pa.disable_level_meter(1)
+        simulated.ignore_renewals(True)
+        simulated.ignore_requests(True)
+        self.assertEqual(simulated.ignored().as_dict(), {"renewals": True, "requests": True})
+        self.assertTrue(pa.set_gain(pa.find_sink(7), -20, timeout=0.1).isUnknown)
+        self.assertEqual(self.connection.number, 1)
+        simulated.drop_client()
+        self.assertEqual(self.connection.number, 2)
+        simulated.restart()
+        self.assertEqual((self.connection.number, pa.find_trigger(1).state), (3, pa.PaTrigger.State.INACTIVE))
+        self.assertEqual(pa.station_clock().timeZone, "Europe/Berlin")
+        self.assertIsNone(self.connection.link_report())
 
     def test_a_main_loop_polls_the_descriptor_of_a_subscription(self):
         changes = pa.Subscription(["announcementDelete"])
@@ -168,12 +223,17 @@ class OnTheTramTest(unittest.TestCase):
         endless = items(10)
         endless.repeat_count = 0
         announcement = pa.Announcement(["Car 1"], endless)
+        announcement.wait_until_accepted(60)
         never = pa.Subscription(["lost"])
-        for wait in (lambda: announcement.wait(None), lambda: never.next(None), lambda: next(never)):
+        pa.SimulatedServer(self.connection).ignore_requests(True)
+        for wait in (lambda: announcement.wait(None), lambda: never.next(None), lambda: next(never),
+                     lambda: pa.cancel_announcements(pa.MessageType.DICTIONARY, None)):
             signal.setitimer(signal.ITIMER_REAL, 0.1)
             with self.assertRaises(KeyboardInterrupt):
                 wait()
-        self.assertTrue(announcement.cancel())
+        pa.SimulatedServer(self.connection).ignore_requests(False)
+        announcement.cancel()  # unless the one above has arrived late and ended it
+        self.assertEqual(announcement.wait(60), pa.Announcement.State.CANCELLED)
 
 
 class ProcessTest(unittest.TestCase):
@@ -241,6 +301,12 @@ def daemons(function):
             self.addCleanup(process.kill)
         with pa.Connection(broker=url, timeout=60) as connection:
             self.assertEqual(connection.server_info()["name"], "Tram 27")
+            self.assertTrue(connection.link_report().synced)
+            simulated = pa.SimulatedServer(connection)
+            simulated.set_selector(1, pa.PaSelector.State.DISABLED)
+            self.assertEqual(pa.find_selector(1).state, pa.PaSelector.State.DISABLED)
+            with self.assertRaises(pa.Refused):
+                simulated.set_trigger(99, True)
             self.assertEqual(pa.Announcement(["Car 1"], items(10)).wait(60), State.FINISHED)
 
 

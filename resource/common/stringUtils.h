@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <iterator>
 #include <string>
-#include <utility>
 #include <vector>
 
 namespace pa {
@@ -19,12 +19,19 @@ public:
     /// Takes the next token. Leaves the list as it is when there is none.
     /// @return the token, null when there is none
     char* next() {
-        const bool follows = std::exchange(separatorBefore_, false);
+        const char separator = separator_;
         char* read = read_;
-        char* write = read_;
+        while (isBlank(*read) && *read != separator) {
+            ++read;
+        }
+        char* const token = read;
+        while (*read != separator && !marked[static_cast<unsigned char>(*read)]) {
+            ++read;
+        }
+        char* end = read;  // only what is quoted or escaped, and what follows it, moves
         bool inQuotes = false;
         quoted_ = false;
-        for (char c = *read; c != '\0'; c = *++read) {
+        for (char c = *read; c != '\0' && (c != separator || inQuotes); c = *++read) {
             if (c == '"') {
                 inQuotes = !inQuotes;
                 quoted_ = true;
@@ -35,20 +42,20 @@ public:
                 if (c == '\0') {
                     break;
                 }
-            } else if (c == separator_ && !inQuotes) {
-                separatorBefore_ = true;
-                break;
             }
-            if (write != read_ || (c != ' ' && c != '\t')) {
-                *write++ = c;
+            if (end != token || !isBlank(c)) {
+                *end++ = c;
             }
         }
-        if (!separatorBefore_ && !follows && !quoted_ && write == read_) {
+        const bool isLast = *read == '\0';
+        if (isLast && !separatorBefore_ && !quoted_ && end == token) {
             return nullptr;
         }
-        *write = '\0';
-        size_ = static_cast<std::size_t>(write - read_);
-        return std::exchange(read_, separatorBefore_ ? read + 1 : read);
+        *end = '\0';
+        size_ = static_cast<std::size_t>(end - token);
+        separatorBefore_ = !isLast;
+        read_ = isLast ? read : read + 1;
+        return token;
     }
 
     /// The length of the last token.
@@ -58,6 +65,15 @@ public:
     bool wasQuoted() const { return quoted_; }
 
 private:
+    static bool isBlank(char c) { return c == ' ' || c == '\t'; }
+
+    /// The characters that end the plain beginning of a token, apart from the separator.
+    static constexpr auto marked = [] {
+        std::array<bool, 256> characters{};
+        characters['"'] = characters['\\'] = characters['\0'] = true;
+        return characters;
+    }();
+
     char* read_;
     char separator_;
     std::size_t size_ = 0;

@@ -30,7 +30,7 @@ constexpr std::array<std::string_view, 8> typeNames = {
 };
 
 /// A sink record: the sink, and the text of its zone list.
-struct SinkRecord : PaSink {
+struct SinkRecord : KeepsTexts<PaSink, &PaSink::paZoneList> {
     std::string zones;
 };
 
@@ -43,7 +43,7 @@ void takeType(SinkRecord& record, const char* text) {
 
 void takeZoneList(SinkRecord& record, const char* text) {
     translated<&SinkRecord::zones>(record, text);
-    assignTokens(TokenReader(record.zones.data(), '^'), record.paZoneList);
+    record.assignTexts(TokenReader(record.zones.data(), '^'));
 }
 
 constexpr Column<SinkRecord> columns[] = {

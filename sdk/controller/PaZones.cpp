@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 // PA zones: record, attached zones, caches, queries, members.
 #include <algorithm>
+#include <set>
+#include <string>
+#include <vector>
 
 #include "resource/common/stringUtils.h"
 #include "sdk/AudioServer.h"
@@ -8,6 +11,7 @@
 #include "sdk/controller/notify.h"
 #include "sdk/globals.h"
 #include "sdk/paDebug.h"
+#include "sdk/records/BlankRecord.h"
 #include "sdk/records/cacheValues.h"
 #include "sdk/records/recordColumns.h"
 #include "sdk/records/recordMerge.h"
@@ -36,17 +40,21 @@ constexpr Field<PaZone> fields[] = {
     byValue<&PaZone::announcementTypeText>,
 };
 
-using ZoneIds = std::set<std::string>;
-
-void takeAttachedZones(ZoneIds& zones, const char* text) {
-    std::string list = text;
-    translateElemStringFieldFromSvr(list);
+struct ZoneIds {
     std::vector<std::string> ids;
-    splitStr(list.c_str(), '^', ids, false);
-    zones.insert(ids.begin(), ids.end());
-}
+};
 
-constexpr Column<ZoneIds> attachedZonesColumns[] = {takeAttachedZones};
+/// The zones that are attached to a source, and the text of their list.
+struct AttachedZonesRecord : KeepsTexts<ZoneIds, &ZoneIds::ids> {
+    std::string zones;
+};
+
+constexpr Column<AttachedZonesRecord> attachedZonesColumns[] = {
+    [](AttachedZonesRecord& record, const char* text) {
+        translated<&AttachedZonesRecord::zones>(record, text);
+        record.assignTexts(TokenReader(record.zones.data(), '^'));
+    },
+};
 
 bool isActiveServer(int dstNo, int localServer) {
     const int active = load(gActiveAudioServerDstNo);
@@ -97,11 +105,17 @@ void PAController::addUpdateAttachedPaZone(int elemNo, TEVlist* elemArgList) {
     if (!hasRecord(elemArgList, "addUpdateAttachedPaZone", elemNo)) {
         return;
     }
-    ZoneIds zones;
-    decodeRecord<attachedZonesColumns>(*elemArgList, zones);
+    BlankRecord<AttachedZonesRecord> blank;
+    decodeRecord<attachedZonesColumns>(*elemArgList, *blank);
+    std::vector<std::string>& ids = blank->ids;
+    std::sort(ids.begin(), ids.end());
+    ids.erase(std::unique(ids.begin(), ids.end()), ids.end());
 
     const MutexGuard guard(paControllerMtx);
-    attachedPaZonesToPaSourceList[elemNo] = std::move(zones);
+    std::set<std::string>& attached = attachedPaZonesToPaSourceList[elemNo];
+    if (!std::equal(attached.begin(), attached.end(), ids.begin(), ids.end())) {
+        attached = std::set<std::string>(ids.begin(), ids.end());
+    }
 }
 
 void PAController::getAttachedPaZoneList(int sourceId,

@@ -2,12 +2,12 @@
 // Schedules: cache, handler, queries.
 #include <algorithm>
 #include <optional>
-#include <utility>
 
 #include "framework/clock.h"
 #include "sdk/PAController.h"
 #include "sdk/controller/notify.h"
 #include "sdk/paDebug.h"
+#include "sdk/records/BlankRecord.h"
 #include "sdk/records/recordColumns.h"
 #include "sdk/records/scheduleRecord.h"
 #include "sdk/requests/scheduleDescription.h"
@@ -32,8 +32,8 @@ PAController::MergeResult PAController::mergeSchedule(int scheduleId, TEVlist* r
     if (!hasRecord(record, handler, scheduleId)) {
         return MergeResult::Dropped;
     }
-    std::optional<ScheduleDefinition> decoded = decodeSchedule(scheduleId, *record);
-    if (!decoded) {
+    BlankRecord<ScheduleRecord> decoded;
+    if (!decodeSchedule(scheduleId, *record, *decoded)) {
         return MergeResult::Dropped;
     }
     const MutexGuard guard(paControllerMtx);
@@ -41,7 +41,7 @@ PAController::MergeResult PAController::mergeSchedule(int scheduleId, TEVlist* r
     std::size_t total = 0;
     {
         const LeafGuard leaf(lookupLock);
-        added = scheduleList.put(std::move(*decoded));
+        added = scheduleList.put(*decoded);
         total = scheduleList.size();
     }
     if (added) {

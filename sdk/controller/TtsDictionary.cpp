@@ -4,11 +4,13 @@
 #include "sdk/PAController.h"
 #include "sdk/controller/notify.h"
 #include "sdk/paDebug.h"
+#include "sdk/records/BlankRecord.h"
 #include "sdk/records/cacheValues.h"
 #include "sdk/records/recordColumns.h"
 #include "sdk/records/recordMerge.h"
 #include "sdk/requests/checks.h"
 #include "sdk/requests/queueOperation.h"
+#include "sdk/requests/requestParts.h"
 
 using namespace pa;
 
@@ -37,7 +39,8 @@ void PAController::updateFromTTS_Dictionary(int key, TEVlist* record) {
     if (!hasRecord(record, "updateFromTTS_Dictionary", key)) {
         return;
     }
-    TTSDictionary decoded;
+    BlankRecord<TTSDictionary> blank;
+    TTSDictionary& decoded = *blank;
     decoded.key = key;
     decodeRecord<columns>(*record, decoded);
 
@@ -76,16 +79,9 @@ std::string Message::retrieveAudioMessage() const {
     require(audioMessageType == TTS && !ttsList.empty(), "invalid audio message type");
     std::string id = requestIdToUse();
     const TTSVocalizer& spoken = ttsList.front();
-    const Payload payload = Payload()
-                                .plain(id)
-                                .separator(',')
-                                .plain(spoken.language)
-                                .separator(',')
-                                .plain(spoken.voice)
-                                .separator(',')
-                                .number(spoken.rate)
-                                .separator(',')
-                                .prepared(spoken.text);
+    Payload payload(usualRequestSize);
+    payload.plain(id).separator(',').plain(spoken.language).separator(',').plain(spoken.voice);
+    payload.separator(',').number(spoken.rate).separator(',').prepared(spoken.text);
     queueOperation(destination::directLink, operations::retrieveAudio, payload);
     TTSPendingInfo pending(spoken.portNo, spoken.language, spoken.voice, spoken.rate, spoken.text,
                            wallClock());

@@ -2,9 +2,35 @@
 #pragma once
 
 #include <memory>
+#include <string>
 #include <utility>
+#include <vector>
+
+#include "resource/common/stringUtils.h"
 
 namespace pa {
+
+/// A resource whose list of texts keeps the memory of the texts while the record is made blank.
+template <class Resource, std::vector<std::string> Resource::*list>
+struct KeepsTexts : Resource {
+    KeepsTexts() = default;
+    KeepsTexts(const KeepsTexts&) = delete;
+    KeepsTexts& operator=(const KeepsTexts& blank) {
+        kept_.swap(this->*list);
+        Resource::operator=(blank);
+        return *this;
+    }
+    ~KeepsTexts() = default;
+
+    /// Replaces the list by all tokens that follow.
+    void assignTexts(TokenReader tokens) {
+        kept_.swap(this->*list);
+        assignTokens(tokens, this->*list);
+    }
+
+private:
+    std::vector<std::string> kept_;
+};
 
 /// A record to decode into, with every member at its default. It has the memory of the texts that
 /// the same thread has decoded before, so that most records need none of their own.

@@ -15,37 +15,41 @@ const ScheduleDefinition* ScheduleCache::find(int id) const {
     return known == byId_.end() ? nullptr : &known->second->second;
 }
 
-bool ScheduleCache::put(ScheduleDefinition schedule) {
+bool ScheduleCache::put(ScheduleDefinition& schedule) {
     const auto known = byId_.find(schedule.Id);
     if (known == byId_.end()) {
-        add(std::move(schedule));
+        add(schedule);
         return true;
     }
     auto& [arrival, stored] = *known->second;
-    if (schedule.descrption != stored.descrption) {
+    // The validity of the display stays as first reported.
+    schedule.displayTemplateValidityPeriodSeconds = stored.displayTemplateValidityPeriodSeconds;
+    if (schedule == stored) {
+        stored.gain = schedule.gain;  // -0 and 0 are equal
+        return false;
+    }
+    ScheduleDefinition changed = schedule;
+    if (changed.descrption != stored.descrption) {
         const Request before{requestUUIDOf(stored.descrption), arrival};
-        const Request now{requestUUIDOf(schedule.descrption), arrival};
+        const Request now{requestUUIDOf(changed.descrption), arrival};
         byRequest_.insert(now);
         if (now != before) {
             byRequest_.erase(before);
         }
     }
-    // The validity of the display stays as first reported.
-    schedule.displayTemplateValidityPeriodSeconds = stored.displayTemplateValidityPeriodSeconds;
-    stored = std::move(schedule);
+    stored = std::move(changed);
     return false;
 }
 
 /// Adds a schedule that is not there; all of it or, short of memory, nothing.
-void ScheduleCache::add(ScheduleDefinition&& schedule) {
-    const int id = schedule.Id;
+void ScheduleCache::add(const ScheduleDefinition& schedule) {
     Request request{requestUUIDOf(schedule.descrption), nextArrival_};
-    const auto added = byArrival_.emplace(nextArrival_, std::move(schedule)).first;
+    const auto added = byArrival_.emplace(nextArrival_, schedule).first;
     try {
-        byId_.emplace(id, added);
+        byId_.emplace(schedule.Id, added);
         byRequest_.insert(std::move(request));
     } catch (...) {
-        byId_.erase(id);
+        byId_.erase(schedule.Id);
         byArrival_.erase(added);
         throw;
     }

@@ -29,9 +29,10 @@ public:
     const ScheduleDefinition* find(int id) const;
 
     /// Adds a schedule after all others, or replaces the one with its identifier, which keeps its
-    /// place and the validity of its display.
+    /// place and the validity of its display. Nothing changes when it is short of memory.
+    /// @param schedule receives the validity
     /// @return whether it was added
-    bool put(ScheduleDefinition schedule);
+    bool put(ScheduleDefinition& schedule);
 
     /// Removes the schedule with an identifier; none is ignored.
     void erase(int id);
@@ -52,7 +53,7 @@ private:
     using Schedules = std::map<Arrival, ScheduleDefinition>;
     using Request = std::pair<std::string, Arrival>;  // UUID, empty when the description names none
 
-    void add(ScheduleDefinition&& schedule);
+    void add(const ScheduleDefinition& schedule);
 
     Arrival nextArrival_ = 0;
     Schedules byArrival_;

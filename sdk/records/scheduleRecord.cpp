@@ -5,7 +5,6 @@
 #include <initializer_list>
 #include <string>
 #include <string_view>
-#include <utility>
 
 #include "framework/log.h"
 #include "resource/common/stringUtils.h"
@@ -16,13 +15,6 @@ using namespace pa;
 namespace {
 
 constexpr char handler[] = "updateScheduleList";
-
-/// A schedule record: the schedule, and its parts as received.
-struct ScheduleRecord : ScheduleDefinition {
-    const char* audioPart = "";
-    const char* visualPart = "";
-    std::size_t badItems = 0;  // template items that cannot be read
-};
 
 /// The most bad items of one record that have a line each; further ones are counted.
 constexpr std::size_t mostBadItemLines = 16;
@@ -51,10 +43,10 @@ struct NumberOr {
 };
 
 /// Numbers with colons between them.
-void takeNumbers(ScheduleDefinition& schedule, const char* text,
+void takeNumbers(ScheduleRecord& schedule, const char* text,
                  std::initializer_list<NumberOr> numbers) {
-    std::string list = decoded(text);
-    TokenReader tokens(list.data(), ':');
+    assignDecoded(schedule.numbers, text);
+    TokenReader tokens(schedule.numbers.data(), ':');
     for (const NumberOr& number : numbers) {
         const char* const token = tokens.next();
         schedule.*number.member = token != nullptr ? decodeInt(token) : number.missing;
@@ -224,8 +216,8 @@ bool takeVisualContent(ScheduleRecord& schedule, char* content) {
 bool takePart(ScheduleRecord& schedule, const char* text,
               AnnouncementType ScheduleDefinition::*type,
               bool (*takeContent)(ScheduleRecord&, char* content)) {
-    std::string list = decoded(text);
-    TokenReader tokens(list.data(), ',');
+    assignDecoded(schedule.part, text);
+    TokenReader tokens(schedule.part.data(), ',');
     const char* const typeNumber = tokens.next();
     if (typeNumber == nullptr) {
         return true;  // no such part
@@ -239,8 +231,8 @@ bool takePart(ScheduleRecord& schedule, const char* text,
         return false;
     }
     schedule.*type = static_cast<AnnouncementType>(decodeInt(typeNumber));
-    std::string zoneList = decoded(zones);
-    assignTokens(TokenReader(zoneList.data(), '^'), schedule.paZones);
+    assignDecoded(schedule.zones, zones);
+    schedule.assignTexts(TokenReader(schedule.zones.data(), '^'));
     if (!takeContent(schedule, content)) {
         return false;
     }
@@ -252,14 +244,13 @@ bool takePart(ScheduleRecord& schedule, const char* text,
 
 }  // namespace
 
-std::optional<ScheduleDefinition> pa::decodeSchedule(int scheduleId, const TEVlist& list) {
-    ScheduleRecord record;
-    record.Id = scheduleId;
-    decodeRecord<columns>(list, record);
-    const bool good = takePart(record, record.audioPart, &ScheduleDefinition::announcementType,
+bool pa::decodeSchedule(int scheduleId, const TEVlist& list, ScheduleRecord& schedule) {
+    schedule.Id = scheduleId;
+    decodeRecord<columns>(list, schedule);
+    const bool good = takePart(schedule, schedule.audioPart, &ScheduleDefinition::announcementType,
                                takeAudioContent) &&
-                      takePart(record, record.visualPart,
+                      takePart(schedule, schedule.visualPart,
                                &ScheduleDefinition::visualAnnouncementType, takeVisualContent);
-    reportFurtherBadItems(record);
-    return good ? std::optional<ScheduleDefinition>(std::move(record)) : std::nullopt;
+    reportFurtherBadItems(schedule);
+    return good;
 }

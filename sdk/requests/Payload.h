@@ -37,7 +37,11 @@ public:
     }
     /// A text that is sent unchanged.
     Payload& plain(std::string_view text) {
-        appendEncoded(text_, text, depth_);
+        if (depth_ == 0) {
+            text_ += text;
+        } else {
+            appendEncoded(text_, text, depth_);
+        }
         return *this;
     }
     /// A text in the encoding of the link.

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <cstddef>
 #include <string>
 
 #include "resource/common/stringUtils.h"
@@ -15,15 +16,19 @@ namespace pa {
 constexpr char requestUUIDEnd = '~';
 
 /// The schedule with the description that the application gave.
-inline ScheduleDefinition withoutRequestUUID(ScheduleDefinition schedule) {
-    std::string description = schedule.descrption;
+inline ScheduleDefinition withoutRequestUUID(const ScheduleDefinition& schedule) {
+    ScheduleDefinition reported = schedule;
+    std::string& description = reported.descrption;
     TokenReader pieces(description.data(), requestUUIDEnd);
     pieces.next();
     const char* const second = pieces.next();
+    const std::size_t size = pieces.size();
     if (second != nullptr && pieces.next() == nullptr) {
-        schedule.descrption = second;
+        description.assign(second, size);
+    } else {
+        description = schedule.descrption;
     }
-    return schedule;
+    return reported;
 }
 
 /// The text before the first separator of a description: the UUID of the request that made the

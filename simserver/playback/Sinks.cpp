@@ -14,7 +14,7 @@ namespace {
 
 using pa::RecordKind;
 
-constexpr int highestGain = 0;  // dB
+constexpr int highestOutputGain = 0;  // dB
 
 bool hasGain(const Sink& sink) {
     return sink.type >= 1 && sink.type <= 4;
@@ -58,7 +58,7 @@ void Sinks::restore() {
     std::vector<Sink>& sinks = context_.station.sinks;
     context_.state.restoreAll(Kept::SinkGain, sinks, [](Sink& sink, const std::string& payload) {
         if (hasGain(sink)) {
-            sink.outputGain = decodeGain(payload, highestGain).level;
+            sink.outputGain = decodeGain(payload, highestOutputGain).level;
         }
     });
     context_.state.restoreAll(Kept::Monitoring, sinks, [](Sink& sink, const std::string& payload) {
@@ -69,7 +69,7 @@ void Sinks::restore() {
 // ------------------------------------------------------------------------------------ operations
 
 void Sinks::setGain(const std::string& payload) {
-    const GainRequest request = decodeGain(payload, highestGain);
+    const GainRequest request = decodeGain(payload, highestOutputGain);
     Sink& sink = byId(context_.station.sinks, request.id, "sink");
     if (!hasGain(sink)) {
         throw Refused(sinkText(sink.id) + " has no gain: neither a loudspeaker nor a line output");

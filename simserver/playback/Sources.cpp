@@ -17,7 +17,7 @@ namespace {
 
 using pa::RecordKind;
 
-constexpr int highestGain = 42;  // dB
+constexpr int highestInputGain = 42;  // dB
 
 bool contains(const std::vector<std::string>& zones, const std::string& zone) {
     return std::find(zones.begin(), zones.end(), zone) != zones.end();
@@ -41,12 +41,12 @@ Sources::Sources(ServerContext& context, LiveAnnouncements& live, Triggers& trig
 /// What the station no longer has is left out.
 void Sources::restore() {
     std::vector<Source>& sources = context_.station.sources;
-    context_.state.restoreAll(Kept::SourceGain, sources,
-                              [](Source& source, const std::string& payload) {
-                                  if (hasGain(source)) {
-                                      source.inputGain = decodeGain(payload, highestGain).level;
-                                  }
-                              });
+    context_.state.restoreAll(
+        Kept::SourceGain, sources, [](Source& source, const std::string& payload) {
+            if (hasGain(source)) {
+                source.inputGain = decodeGain(payload, highestInputGain).level;
+            }
+        });
     context_.state.restoreAll(
         Kept::AttachedZones, sources, [this](Source& source, const std::string& list) {
             const std::vector<std::string> zones = decodeZoneList(list);
@@ -153,7 +153,7 @@ void Sources::changeZones(Source& source, std::vector<std::string> zones) {
 }
 
 void Sources::setGain(const std::string& payload) {
-    const GainRequest request = decodeGain(payload, highestGain);
+    const GainRequest request = decodeGain(payload, highestInputGain);
     Source& source = sourceOf(request.id);
     if (!hasGain(source)) {
         throw Refused(sourceText(source.id) +

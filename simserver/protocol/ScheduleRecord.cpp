@@ -22,12 +22,12 @@ std::string numberList(const Numbers& numbers, char separator) {
 // Each of these is the content of a part as the split between the part's fields leaves it.
 
 // Split at !, then at ^: item^item!repeats
-std::string contentText(const DictionaryContent& content) {
+std::string scheduledText(const DictionaryContent& content) {
     return numberList(content.items, '^') + "!" + std::to_string(content.repeats);
 }
 
 // Split at !, then at ^: language^voice^rate^text, with ! between
-std::string contentText(const SpokenContent& content) {
+std::string scheduledText(const SpokenContent& content) {
     Texts entries;
     for (const SpokenText& spoken : content.texts) {
         entries.push_back(quotedList(
@@ -37,12 +37,12 @@ std::string contentText(const SpokenContent& content) {
 }
 
 // Split at ^: origin^path
-std::string contentText(const RecordedContent& content) {
+std::string scheduledText(const RecordedContent& content) {
     return std::to_string(content.originId) + "^" + quotedText(content.path);
 }
 
 // Translated, then split at !, at ^ and at =: key=value^key=value!validity
-std::string contentText(const ScreenContent& content) {
+std::string scheduledText(const ScreenContent& content) {
     Texts pairs;
     for (const auto& [key, value] : content.variables) {
         pairs.push_back(quotedText(key) + "=" + quotedText(value));
@@ -53,8 +53,8 @@ std::string contentText(const ScreenContent& content) {
 // Translated, then split at the commas: type,origin,zones,content,gain,chime. The zones are
 // translated once more and split at ^; the chime is split at ^.
 std::string partField(const SchedulePart& part) {
-    const std::string content =
-        std::visit([](const auto& alternative) { return contentText(alternative); }, part.content);
+    const std::string content = std::visit(
+        [](const auto& alternative) { return scheduledText(alternative); }, part.content);
     const std::string chime = part.chime.empty() ? "" : quotedText(quotedText(part.chime));
     return quotedText(std::to_string(part.type->number) + "," + quotedText(part.origin) + "," +
                       quotedText(quotedText(quotedList(part.zones, '^'))) + "," +

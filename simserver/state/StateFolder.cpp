@@ -69,8 +69,8 @@ std::string userOf(int lock) {
 
 /// Writes who has locked the file. A failure costs others the name only.
 void signAsUser(int lock) {
-    const std::string line =
-        std::to_string(getpid()) + ' ' + std::string(program_invocation_short_name, 0, 40) + '\n';
+    const std::string line = std::to_string(getpid()) + ' ' +
+                             std::string(program_invocation_short_name).substr(0, 40) + '\n';
     if (ftruncate(lock, 0) != 0 || pwrite(lock, line.data(), line.size(), 0) < 0) {
         return;
     }
@@ -112,7 +112,7 @@ StateFolder::~StateFolder() {
 
 fs::path StateFolder::file(const char* name) const {
     std::error_code error;
-    const fs::path place = path_ / name;
+    fs::path place = path_ / name;
     const fs::file_type type = fs::symlink_status(place, error).type();
     if (type != fs::file_type::not_found && type != fs::file_type::regular) {
         throw std::runtime_error(std::string(name) + " is not a regular file");

@@ -11,6 +11,8 @@
 
 namespace simserver {
 
+using pautil::Database;
+using pautil::DatabaseFault;
 namespace fs = std::filesystem;
 
 namespace {
@@ -38,7 +40,6 @@ constexpr const char* migrations[] = {
     "CREATE TABLE kept (kind TEXT, id INTEGER, value BLOB NOT NULL, PRIMARY KEY (kind, id));"
     "INSERT INTO kept SELECT 'schedule', id, definition FROM schedule;"
     "DROP TABLE schedule"};
-constexpr int version = static_cast<int>(std::size(migrations));
 
 /// The database, and the log of its changes.
 constexpr const char* files[] = {StateStore::fileName, "schedules.db-wal"};
@@ -70,7 +71,11 @@ StateStore::StateStore(const fs::path& folder) : place_((folder / fileName).stri
         if (!folder.empty()) {
             open(folder);
         }
-        migrate();
+        if (const std::string fault = database_.textOf("PRAGMA integrity_check"); fault != "ok") {
+            throw DatabaseFault("it is damaged: " + fault);
+        }
+        database_.migrate({std::begin(migrations), std::end(migrations)},
+                          "SELECT kind, id, value FROM kept LIMIT 0");
         database_.run("PRAGMA journal_mode = WAL");  // synced less often, in order
     } catch (const DatabaseFault& fault) {
         throw std::runtime_error("cannot keep state in \"" + place_ + "\": " + fault.what());
@@ -92,34 +97,12 @@ void StateStore::open(const fs::path& folder) {
     folder_.reset();
 }
 
-/// Brings a new database, and one of an earlier version, to the version of this program.
-void StateStore::migrate() {
-    database_.run("BEGIN EXCLUSIVE");
-    const int found = std::stoi(database_.textOf("PRAGMA user_version"));
-    if (found < 0 || found > version) {
-        throw DatabaseFault("it is of version " + std::to_string(found) +
-                            ", this program knows versions up to " + std::to_string(version));
-    }
-    if (found == 0 && database_.textOf("SELECT count(*) FROM sqlite_master") != "0") {
-        throw DatabaseFault("it is the database of another program");
-    }
-    if (const std::string fault = database_.textOf("PRAGMA integrity_check"); fault != "ok") {
-        throw DatabaseFault("it is damaged: " + fault);
-    }
-    for (int step = found; step < version; ++step) {
-        database_.run(migrations[step]);
-        database_.run(("PRAGMA user_version = " + std::to_string(step + 1)).c_str());
-    }
-    database_.run("SELECT kind, id, value FROM kept LIMIT 0");
-    database_.run("COMMIT");
-}
-
 std::map<int, std::string> StateStore::all(Kept kind) {
     Database::Statement select(database_, "SELECT id, value FROM kept WHERE kind = ?1");
     select.bind(0, rowOf(kind).name);
     std::map<int, std::string> values;
     while (select.step()) {
-        values.emplace(select.integer(0), select.bytes(1));
+        values.emplace(static_cast<int>(select.integer(0)), select.bytes(1));
     }
     return values;
 }

@@ -9,8 +9,8 @@
 #include <string_view>
 #include <vector>
 
-#include "simserver/state/Database.h"
 #include "simserver/state/StateFolder.h"
+#include "util/Database.h"
 
 namespace simserver {
 
@@ -64,11 +64,10 @@ public:
 
 private:
     void open(const std::filesystem::path& folder);
-    void migrate();
     void change(const char* sql, Kept kind, int id, std::optional<std::string_view> value);
 
     std::optional<StateFolder> folder_;  // nothing when values are kept in memory
-    Database database_{""};
+    pautil::Database database_{""};
     const std::string place_;
 };
 

@@ -148,7 +148,7 @@ Station loadStation(const std::filesystem::path& file) {
         }
         return station;
     } catch (const ScenarioError& error) {
-        throw ScenarioError(file.filename().string() + ": " + error.what());
+        throw ScenarioError(file.string() + ": " + error.what());
     }
 }
 

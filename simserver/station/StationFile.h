@@ -9,7 +9,7 @@
 namespace simserver {
 
 /// A scenario file that cannot be used. The message names the file and the place in it:
-/// "central.json: /zones/3/id: ...".
+/// "/etc/central.json: /zones/3/id: ...".
 class ScenarioError : public std::runtime_error {
 public:
     using std::runtime_error::runtime_error;

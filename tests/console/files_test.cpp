@@ -1,14 +1,16 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "console/files/wavFile.h"
+#include "operating/wavFile.h"
 #include "tests/console/consoleRun.h"
 #include "tests/support/TestFolder.h"
 
 namespace {
 
 TEST(WavFormat, isText) {
-    EXPECT_EQ(console::formatText({48000, 1, 16, 1.516}), "WAV, 48000 Hz, mono, 16 bit, 1.52 s");
-    EXPECT_EQ(console::formatText({44100, 2, 0, 60}), "WAV, 44100 Hz, stereo, 60.00 s");
-    EXPECT_EQ(console::formatText({8000, 6, 24, 0}), "WAV, 8000 Hz, 6 channels, 24 bit, 0.00 s");
+    EXPECT_EQ(paoperating::formatText({48000, 1, 16, 1.516}),
+              "WAV, 48000 Hz, mono, 16 bit, 1.52 s");
+    EXPECT_EQ(paoperating::formatText({44100, 2, 0, 60}), "WAV, 44100 Hz, stereo, 60.00 s");
+    EXPECT_EQ(paoperating::formatText({8000, 6, 24, 0}),
+              "WAV, 8000 Hz, 6 channels, 24 bit, 0.00 s");
 }
 
 TEST(Preview, leavesTheFileAsItIsWhenItFails) {

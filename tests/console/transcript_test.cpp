@@ -34,7 +34,7 @@ namespace {
 
 using Lines = std::vector<std::string>;
 
-struct Case {
+struct CommandCase {
     std::string commandLine;
     Lines input;
     Lines out;
@@ -163,7 +163,7 @@ private:
         }
     }
 
-    Case case_;
+    CommandCase case_;
     int place_ = 0;  // of the case in the transcript; 0 for none
     const TestFolder folder_{};
     std::map<std::string, std::string> texts_ = {

@@ -136,7 +136,7 @@ TEST_F(DecodingTest, SplitsLists) {
         {"  ", {}},
         {" a, b", {"a", "b"}},
         {"\t a b ", {"a b "}},
-        {"\" a\",\\ b,\n c", {"a", "b", "\n c"}},
+        {"\" a\",\\ b,\"\tc\",\n d", {"a", "b", "c", "\n d"}},
         // Quotes keep a separator, and mark a token that is empty on purpose.
         {"\"\"", {""}},
         {"a\"b,c\"d,e", {"ab,cd", "e"}},

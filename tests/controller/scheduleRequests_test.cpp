@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // What the operations of schedules check and send, and how one waits for its identifier.
+#include <cmath>
+
 #include "sdk/records/ScheduleCache.h"
 #include "tests/controller/fixtures.h"
 
@@ -171,6 +173,16 @@ TEST(ScheduleCacheTest, KnowsTheFirstScheduleOfARequestAsItIsNow) {
     EXPECT_EQ(cache.idOfRequest("another"), 5);
     cache.erase(4);
     EXPECT_EQ(cache.idOfRequest("request"), std::nullopt);
+}
+
+TEST(ScheduleCacheTest, KeepsTheSignOfTheLastLevel) {
+    pa::ScheduleCache cache;
+    Def def;
+    for (const double level : {0.0, -0.0}) {
+        def.gain = level;
+        cache.put(def);
+        EXPECT_EQ(std::signbit(cache.find(def.Id)->gain), std::signbit(level));
+    }
 }
 
 TEST_F(ScheduleRequestsTest, DeleteWhatIsKnown) {

@@ -3,6 +3,7 @@
 
 #include <chrono>
 #include <condition_variable>
+#include <gtest/gtest.h>
 #include <mutex>
 #include <string>
 #include <utility>
@@ -20,8 +21,9 @@ public:
     /// @return the whole text
     std::string waitFor(const std::string& piece) {
         std::unique_lock guard(lock_);
-        changed_.wait_for(guard, std::chrono::minutes(1),
-                          [&] { return text_.find(piece) != std::string::npos; });
+        EXPECT_TRUE(changed_.wait_for(guard, std::chrono::minutes(1),
+                                      [&] { return text_.find(piece) != std::string::npos; }))
+            << piece << " has not been added";
         return text_;
     }
 

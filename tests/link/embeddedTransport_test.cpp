@@ -16,7 +16,7 @@ palink::Record largeRecord(int key) {
 }
 
 /// A client that calls functions of the test.
-struct Client : palink::ServerEventSink {
+struct CallingClient : palink::ServerEventSink {
     void deliver(palink::ServerEvent event) override {
         const auto* const record = std::get_if<palink::Record>(&event);
         if (record != nullptr && record->kind == pa::RecordKind::Sink) {
@@ -33,7 +33,7 @@ struct Client : palink::ServerEventSink {
 
 struct EmbeddedTransportTest : HostTest {
     ScriptedServer server;
-    Client client;
+    CallingClient client;
     Transcript steps;
 };
 

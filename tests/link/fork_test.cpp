@@ -5,12 +5,15 @@
 #include <list>
 #include <memory>
 #include <poll.h>
+#include <string>
+#include <sys/mman.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include "framework/eventQueue.h"
 #include "framework/levelMeter.h"
 #include "framework/posixThread.h"
+#include "framework/uuid.h"
 #include "include/common/RecordList.h"
 #include "link/HandlerSlot.h"
 #include "tests/link/LinkTest.h"
@@ -170,6 +173,26 @@ TEST_F(ForkTest, TheEventQueueAndTheLevelMetersOfTheChildAreItsOwn) {
               }),
               0);
     EXPECT_TRUE(isOne()) << "the child has taken its own event";
+}
+
+// A thread has random bytes for more than one UUID.
+TEST_F(ForkTest, TheChildMakesOtherUUIDsThanItsParent) {
+    constexpr std::size_t size = 37;
+    auto* const ofChild = static_cast<char*>(
+        mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0));
+    ASSERT_NE(ofChild, MAP_FAILED);
+    std::string uuid;
+    generateUUID(uuid);
+    EXPECT_EQ(codeOfChild([&] {
+                  generateUUID(uuid);
+                  uuid.copy(ofChild, size - 1);
+                  return 0;
+              }),
+              0);
+    generateUUID(uuid);
+    EXPECT_EQ(std::string(ofChild).size(), uuid.size());
+    EXPECT_NE(ofChild, uuid);
+    munmap(ofChild, size);
 }
 
 TEST_F(ForkTest, NothingWaitsForThreadsOfTheParent) {

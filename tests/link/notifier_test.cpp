@@ -64,9 +64,10 @@ TEST_F(NotifierTest, KnowsWhatWaitsForAKeyUntilItHasRun) {
     EXPECT_EQ(known(), "21 22 77 1") << "kind 7 with key 7 is running";
     EXPECT_TRUE(notifier.isHeld(2, 2));
     addGate(notifier, "second", 2);
+    notifier.add(step(3, 0, "c", true));
     open("first");
     steps->waitFor("second begins");
-    EXPECT_EQ(known(), "22 0") << "the step that holds a key has run";
+    EXPECT_EQ(known(), "22 23 1") << "the first step that holds a key has run";
     open("second");
     EXPECT_TRUE(notifier.waitUntilIdle());
     EXPECT_EQ(known(), "0");
@@ -83,13 +84,15 @@ TEST_F(NotifierTest, HoldsThreadsBackUntilThereIsSpace) {
     EXPECT_TRUE(notifier.waitForSpace());
     notifier.add(step(1, 0, "last"));
     std::thread waiting([this] {
+        steps->add("asks ");
         EXPECT_TRUE(notifier.waitForSpace());
         steps->add("space ");
     });
+    steps->waitFor("asks");
     for (int i = 0; i < 1000; ++i) {
         std::this_thread::yield();  // it waits by now
     }
-    EXPECT_EQ(steps->text(), "first begins ");
+    EXPECT_EQ(steps->text(), "first begins asks ");
     open("first");
     EXPECT_NE(steps->waitFor("space").find("space"), std::string::npos) << "before it is empty";
     waiting.join();

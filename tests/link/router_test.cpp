@@ -18,7 +18,7 @@ using palink::Withdrawal;
 constexpr int server = 1;
 
 /// Notes what the controller notifies of.
-struct Notes : NotingObserver {
+struct CallNotes : NotingObserver {
     void called(const std::string& kind, const std::string& id, const std::string& what) override {
         all.add(kind + " " + id + " " + what + "; ");
     }
@@ -27,7 +27,7 @@ struct Notes : NotingObserver {
 
 struct RouterTest : HostTest {
     RouterTest() {
-        static Notes& theNotes = *new Notes;  // must outlive the controller
+        static CallNotes& theNotes = *new CallNotes;  // must outlive the controller
         notes = &theNotes.all;
         gPaController.registerObserver(&theNotes);
         pa::store(gLocalDstNo, server);

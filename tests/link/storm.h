@@ -26,7 +26,7 @@ inline const palink::Connected connected{serverNo, serverNo, false, {}};
 inline std::atomic<bool> rages{false};  // else the observer, which stays registered, does nothing
 
 /// Calls back into the controller, as applications do, also inside the callbacks of deletions.
-struct Observer : pa::PAControllerObserverAdapter {
+struct StormObserver : pa::PAControllerObserverAdapter {
     void onPaSourceUpdate(PaSource source) override {
         if (rages) {
             gPaController.registerObserver(this);

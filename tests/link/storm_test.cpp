@@ -16,7 +16,7 @@ using namespace std::chrono_literals;
 /// A server that reports the stream again and again, and threads of an application.
 struct StormTest : LinkTest {
     StormTest() {
-        static auto& observer = *new storm::Observer;  // outlives the controller
+        static auto& observer = *new storm::StormObserver;  // outlives the controller
         gPaController.registerObserver(&observer);
         pa::setLogSink([](const pa::LogLine&) {});
         pa::store(gMaxServerWaitTimeSeconds, 1);

@@ -9,7 +9,7 @@
 #include <thread>
 
 #include "link/mqtt/BrokerOptions.h"
-#include "tests/mqtt/Listener.h"
+#include "tests/mqtt/LoopbackSocket.h"
 #include "tests/mqtt/Process.h"
 #include "tests/support/TestFolder.h"
 
@@ -27,7 +27,7 @@ public:
         : configuration_(std::move(configuration)) {
         constexpr int attempts = 20;
         for (int i = 0; i < attempts; ++i) {
-            port_ = Listener(0).port();
+            port_ = LoopbackSocket(0).port();
             if (start()) {
                 return;
             }

@@ -37,6 +37,13 @@ public:
         steps.waitFor("ready\n");
     }
 
+    /// Waits until the broker has what was published so far. Takes the steps.
+    void settle() {
+        steps.take();
+        publishToItself();
+        steps.waitFor("ready\n");
+    }
+
     /// Publishes a record.
     void put(pa::RecordKind kind, int key, const pa::RecordFields& fields) {
         const std::string payload = palink::encodeRecord(fields);
@@ -99,9 +106,9 @@ private:
              palink::topics::levelRequestsFor(dstNo_), palink::topics::uploadsFor(dstNo_),
              palink::topics::controlOf(dstNo_)},
             1);
-        // Waits for itself, so that the subscriptions are there.
-        client_.publish({palink::topics::control(dstNo_, "begin"), ""});
+        publishToItself();  // the subscriptions are there when it arrives
     }
+    void publishToItself() { client_.publish({palink::topics::control(dstNo_, "begin"), ""}); }
     void onDisconnected(const std::string& /*reason*/, bool /*isPermanent*/) override {
         steps.add("disconnected\n");
     }

@@ -5,7 +5,7 @@
 #include "link/mqtt/MqttClient.h"
 #include "tests/host/HostTest.h"
 #include "tests/mqtt/BrokerProcess.h"
-#include "tests/mqtt/Listener.h"
+#include "tests/mqtt/LoopbackSocket.h"
 #include "tests/mqtt/NotingListener.h"
 #include "tests/support/thrownBy.h"
 
@@ -141,7 +141,7 @@ TEST_F(MqttClientStopTest, AStopEndsEachStateAndTimeAnAttempt) {
     ASSERT_TRUE(listener.reports("disconnected: cannot connect: Connection refused\n"));
     client->stop();  // in the pause
 
-    const Listener silent(10);
+    const LoopbackSocket silent(10);
     start(silent.options());
     const int accepted = accept(silent.descriptor(), nullptr, nullptr);
     client->stop();
@@ -200,7 +200,7 @@ TEST_F(MqttClientStopTest, EachReasonOfABrokerIsATextForPeople) {
     };
     for (const auto& row : rows) {
         listener.steps.take();
-        const Listener peer(10);
+        const LoopbackSocket peer(10);
         start(peer.options());
         const int accepting = accept(peer.descriptor(), nullptr, nullptr);
         for (const std::string& reply : row.replies) {  // one to each packet

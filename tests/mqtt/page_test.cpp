@@ -136,11 +136,16 @@ TEST(PageTest, ItsTablesAreThoseOfTheController) {
         sources += entry.path().extension() == ".cpp" ? textOf(entry.path()) : "";
     }
     const std::map<RecordKind, std::string> tables{
-        {RecordKind::Source, "SourceRecord"},     {RecordKind::Sink, "SinkRecord"},
-        {RecordKind::Trigger, "TriggerRecord"},   {RecordKind::Selector, "PaSelector"},
-        {RecordKind::AttachedZones, "ZoneIds"},   {RecordKind::Announcement, "RequestRecord"},
-        {RecordKind::Schedule, "ScheduleRecord"}, {RecordKind::Zone, "PaZone"},
-        {RecordKind::TtsPort, "TTSVocalizer"},    {RecordKind::TtsDictionary, "TTSDictionary"}};
+        {RecordKind::Source, "SourceRecord"},
+        {RecordKind::Sink, "SinkRecord"},
+        {RecordKind::Trigger, "TriggerRecord"},
+        {RecordKind::Selector, "PaSelector"},
+        {RecordKind::AttachedZones, "AttachedZonesRecord"},
+        {RecordKind::Announcement, "RequestRecord"},
+        {RecordKind::Schedule, "ScheduleRecord"},
+        {RecordKind::Zone, "PaZone"},
+        {RecordKind::TtsPort, "TTSVocalizer"},
+        {RecordKind::TtsDictionary, "TTSDictionary"}};
     const std::map<std::string, std::string> forms{{"integer", "number"},
                                                    {"floating", "decimal"},
                                                    {"translated", "encoded"},
@@ -155,7 +160,7 @@ TEST(PageTest, ItsTablesAreThoseOfTheController) {
         int position = 0;
         for (const Captures& column :
              matches(part(sources, "constexpr Column<" + record + ">", "};"),
-                     R"((skipped)|(\w+)<&\w+::(\w+)>|\[\]\(|take\w+(?![\w(]))")) {
+                     R"((skipped)|(\w+)<&\w+::(\w+)>(?!\()|\[\]\(|take\w+(?![\w(]))")) {
             const std::string how = column[2].empty() ? "" : forms.at(column[2]) + ' ' + column[3];
             read += column[1].empty() ? std::to_string(position) + ' ' + how + '\n' : "";
             ++position;

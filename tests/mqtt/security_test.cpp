@@ -157,8 +157,8 @@ TEST_F(SecurityTest, ABrokerMayAskForCertificatesOfClients) {
 TEST_F(SecurityTest, EachRoleHasItsRights) {
     const auto certificates = authority("good");
     const BrokerProcess broker(configuration(certificates));
-    struct Client {
-        explicit Client(const palink::BrokerOptions& options)
+    struct RoleClient {
+        explicit RoleClient(const palink::BrokerOptions& options)
             : role(options.user), client(options, "pa-" + role, listener) {
             listener.whenConnected = [this] { client.subscribe({"pa/#"}, 1); };
             client.start();
@@ -167,13 +167,13 @@ TEST_F(SecurityTest, EachRoleHasItsRights) {
         NotingListener listener;
         palink::MqttClient client;
     };
-    Client server(options(broker, certificates, "server"));
-    Client operating(options(broker, certificates, "operator"));
-    Client monitor(options(broker, certificates, "monitor"));
-    Client* const clients[] = {&server, &operating, &monitor};
+    RoleClient server(options(broker, certificates, "server"));
+    RoleClient operating(options(broker, certificates, "operator"));
+    RoleClient monitor(options(broker, certificates, "monitor"));
+    RoleClient* const clients[] = {&server, &operating, &monitor};
     ASSERT_TRUE(server.listener.reports("connected\n"));
     server.client.publish({"pa/1/status", "begin", 0, true});
-    for (Client* const client : clients) {
+    for (RoleClient* const client : clients) {
         ASSERT_TRUE(client->listener.reports("status = begin\n"));
     }
     const struct {
@@ -199,8 +199,8 @@ TEST_F(SecurityTest, EachRoleHasItsRights) {
         return (" " + list + " ").find(" " + role + " ") != std::string::npos;
     };
     for (const auto& row : rows) {
-        for (Client* const publisher : clients) {
-            for (Client* const client : clients) {
+        for (RoleClient* const publisher : clients) {
+            for (RoleClient* const client : clients) {
                 client->listener.steps.take();
             }
             const bool isAllowed = contains(row.publishers, publisher->role);
@@ -210,7 +210,7 @@ TEST_F(SecurityTest, EachRoleHasItsRights) {
                 << publisher->role << " " << row.topic;
             // What the others have received is there before this.
             server.client.publish({"pa/1/status", "end", 0});
-            for (Client* const client : clients) {
+            for (RoleClient* const client : clients) {
                 const std::string text = client->listener.steps.waitFor("status = end\n");
                 EXPECT_EQ(text.find(std::string(row.topic) + " = x\n") != std::string::npos,
                           isAllowed && contains(row.receivers, client->role))

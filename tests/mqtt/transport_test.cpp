@@ -240,7 +240,7 @@ TEST_F(MqttTransportTest, AnUploadGoesOnWhereItWasWhenTheConnectionWasLost) {
         return isSilent ? std::nullopt : std::optional(uploads.take(message));
     };
     palink::UploadResult result;
-    std::thread uploading([&] { result = transport.upload(file, "/home/pa/tmp/a.wav"); });
+    std::thread uploading([&] { result = transport.upload(file, "/home/quillon/tmp/a.wav"); });
     server.steps.waitFor("uploads/data 458752\n");
     timePasses = false;
     broker.kill();
@@ -258,7 +258,7 @@ TEST_F(MqttTransportTest, AnUploadGoesOnWhereItWasWhenTheConnectionWasLost) {
     EXPECT_TRUE(uploads.data == content);
     EXPECT_EQ(uploads.ids.size(), 1U);
     EXPECT_EQ(server.steps.text().find("uploads/data 0\n"), std::string::npos);
-    EXPECT_EQ(uploads.begin.name, "/home/pa/tmp/a.wav");
+    EXPECT_EQ(uploads.begin.name, "/home/quillon/tmp/a.wav");
 }
 
 TEST_F(MqttTransportTest, AnUploadThatIsRefusedAbandonedOrMakesNoProgressEnds) {

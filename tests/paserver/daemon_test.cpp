@@ -110,7 +110,9 @@ TEST_F(DaemonTest, EndsWithOneLineWhenItCannotStart) {
         {arguments({"--credentials", "/nowhere/c"}), 1,
          "paserver: cannot read /nowhere/c: No such file or directory\n"},
         {arguments({"--speed", "nan"}), 1, ""},
-        {{"--broker", url, "--scenario", "/nowhere/s.json"}, 2, ""},
+        {{"--broker", url, "--scenario", "/nowhere/s.json"},
+         2,
+         "paserver: /nowhere/s.json: No such file or directory\n"},
         {arguments({"--journal", "--state", "/proc/1/none"}), 2, ""},
     };
     for (const auto& each : cases) {

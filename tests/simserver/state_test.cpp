@@ -14,6 +14,7 @@
 namespace {
 
 using namespace simserver;
+using pautil::Database;
 using namespace std::string_literals;
 namespace fs = std::filesystem;
 using Values = std::map<int, std::string>;

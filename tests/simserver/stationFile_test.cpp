@@ -44,7 +44,11 @@ TEST(StationFile, NamesThePlaceOfAFault) {
     const std::string good = contentOf(scenarioFile("everyMember"));
     // What is replaced in a good file and by what; what is wrong then.
     const auto loadChanged = [&](const std::string& change) {
-        return loadStation(folder.write("s.json", changed(good, change))).name;
+        try {
+            return loadStation(folder.write("s.json", changed(good, change))).name;
+        } catch (const ScenarioError& fault) {
+            return std::string(fault.what()).substr(folder.path().string().size() + 1);
+        }
     };
     expectTable(loadChanged);
 }

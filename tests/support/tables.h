@@ -35,25 +35,31 @@ void expectResults(Read read, const std::string& table) {
     }
 }
 
-/// The table of the running test: the lines below "== TEST" in the file for the test's source file,
-/// for example client/tables/calendar.txt for client/calendar_test.cpp.
-inline std::string tableOfTest() {
-    const testing::TestInfo& test = *testing::UnitTest::GetInstance()->current_test_info();
-    const std::filesystem::path source = test.file();
-    const std::string topic = source.stem();
-    std::ifstream file(std::filesystem::path(PA_TESTS) / source.parent_path().filename() /
-                       "tables" / (topic.substr(0, topic.rfind('_')) + ".txt"));
+/// The table of a test: the lines below "== TEST" in a file, as client/tables/calendar.txt.
+inline std::string readTable(const std::filesystem::path& path, const std::string& test) {
+    std::ifstream file(std::filesystem::path(PA_TESTS) / path);
     std::string table;
     std::string name;
     for (std::string line; std::getline(file, line);) {
         if (line.rfind("== ", 0) == 0) {
             name = line.substr(3);
-        } else if (name == test.name() && !line.empty()) {
+        } else if (name == test && !line.empty()) {
             table += line + '\n';
         }
     }
     EXPECT_NE(table, "");
     return table;
+}
+
+/// That of the running test, in the file for the test's source file: client/tables/calendar.txt for
+/// client/calendar_test.cpp.
+inline std::string tableOfTest() {
+    const testing::TestInfo& test = *testing::UnitTest::GetInstance()->current_test_info();
+    const std::filesystem::path source = test.file();
+    const std::string topic = source.stem();
+    return readTable(
+        source.parent_path().filename() / "tables" / (topic.substr(0, topic.rfind('_')) + ".txt"),
+        test.name());
 }
 
 /// The same as `expectResults` with that table.

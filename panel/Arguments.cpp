@@ -1,0 +1,157 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "panel/Arguments.h"
+
+#include <CLI/CLI.hpp>
+#include <fstream>
+#include <unistd.h>
+
+#include "operating/options.h"
+#include "operating/serverOptions.h"
+#include "paserver/journal.h"
+#include "util/userFile.h"
+
+namespace papanel {
+
+namespace {
+
+constexpr int greatestPort = 65535;
+constexpr const char* footer =
+    "Commands: user add|remove|password|role|list --users FILE, see user --help\n"
+    "Exit codes: 0 stopped, 1 usage, 2 cannot start";
+
+/// The words of the command line that are examined later.
+struct Words {
+    std::string listen = "127.0.0.1:8088";
+    std::string proxyScheme;
+    std::filesystem::path metricsToken;
+    std::vector<std::string> proxies{"127.0.0.1", "::1"};
+    bool journal = false;
+    int debug = 0;
+};
+
+void addPageOptions(CLI::App& app, PanelSettings& settings, Words& words) {
+    using namespace paoperating;
+    constexpr int greatestDays = 36500;
+    constexpr const char* file = "FILE";
+    CLI::App& pages = *app.add_option_group("Pages");
+    HttpSettings& http = settings.http;
+    addText(pages, "--listen", words.listen,
+            "Address of the page; port 0 is a free one (default 127.0.0.1:8088)", "ADDRESS:PORT");
+    addPath(pages, "--users", settings.users,
+            "Users; without it anybody on this machine is an operator", file);
+    CLI::Option* const certificate = addPath(pages, "--tls-cert", http.certificate,
+                                             "Certificate of the page, with its chain", file);
+    CLI::Option* const key = addPath(pages, "--tls-key", http.key, "Key of the certificate", file);
+    certificate->needs(key);
+    key->needs(certificate);
+    addText(pages, "--behind-proxy", words.proxyScheme,
+            "How browsers reach the proxy that passes requests on", "SCHEME")
+        ->check(oneOf({"http", "https"}))
+        ->excludes(certificate);
+    addTexts(pages, "--proxy-address", words.proxies,
+             "Address of that proxy; repeatable (default 127.0.0.1 and ::1)", "ADDRESS");
+    addPath(pages, "--audit", settings.audit,
+            "Audit trail (default: the newest operations, in memory)", file);
+    addWhole(pages, "--audit-days", settings.auditDays, {1, greatestDays},
+             "How long an operation stays in it (default 90)");
+    addPath(pages, "--metrics-token-file", words.metricsToken,
+            "Token for /metrics, which else this machine and users may read", file);
+    addWhole(pages, "--max-connections", http.limits.connections, {1, greatestWhole},
+             "In all (default 1000)");
+    addWhole(pages, "--max-connections-per-address", http.limits.connectionsPerAddress,
+             {1, greatestWhole},
+             "Of one client (default 250); this machine and the proxy have no limit");
+}
+
+void define(CLI::App& app, PanelSettings& settings, Words& words) {
+    addPageOptions(app, settings, words);
+    paoperating::addServerOptions(app, settings.server, "PAPANEL_SERVER");
+    app.add_flag("--journal", words.journal,
+                 "Log lines with priorities (the default when stderr is the journal)");
+    paoperating::addWhole(app, "--debug", words.debug, {0, 3}, "Verbosity of the log, 0 to 3");
+    app.set_config("--config",
+                   pautil::userFile("XDG_CONFIG_HOME", ".config", "papanel/config.toml").string(),
+                   "File with options, as listen = \"127.0.0.1:8088\"");
+    app.allow_config_extras(CLI::config_extras_mode::error);
+    app.set_version_flag("--version", "papanel " PA_VERSION);
+    app.footer(footer);
+}
+
+/// @throws std::invalid_argument
+void takeListen(const std::string& text, HttpSettings& http) {
+    const std::size_t colon = text.rfind(':');
+    const std::string port = colon == std::string::npos ? "" : text.substr(colon + 1);
+    if (colon == 0 || port.empty() || port.size() > 5 ||
+        port.find_first_not_of("0123456789") != std::string::npos ||
+        std::stoi(port) > greatestPort) {
+        throw std::invalid_argument("--listen: '" + text + "' is not an address and a port");
+    }
+    http.host = text.substr(0, colon);
+    http.port = std::stoi(port);
+    if (http.host.front() == '[' && http.host.back() == ']') {
+        http.host = http.host.substr(1, http.host.size() - 2);
+    }
+}
+
+/// The first line of a file that only its owner may use.
+/// @throws std::invalid_argument
+std::string readToken(const std::filesystem::path& file) {
+    constexpr std::size_t shortest = 16;
+    constexpr auto others = std::filesystem::perms::group_all | std::filesystem::perms::others_all;
+    std::string token;
+    std::ifstream stream(file);
+    std::getline(stream, token);
+    if (token.size() < shortest) {
+        throw std::invalid_argument("--metrics-token-file: " + file.string() +
+                                    " has no line of 16 characters or more");
+    }
+    if ((std::filesystem::status(file).permissions() & others) != std::filesystem::perms::none) {
+        throw std::invalid_argument("--metrics-token-file: others than its owner may use " +
+                                    file.string() + ": chmod 600 it");
+    }
+    return token;
+}
+
+/// @throws std::invalid_argument
+void finish(PanelSettings& settings, const Words& words) {
+    takeListen(words.listen, settings.http);
+    if (!words.metricsToken.empty()) {
+        settings.metricsToken = readToken(words.metricsToken);
+    }
+    settings.isBehindProxy = !words.proxyScheme.empty();
+    settings.isEncrypted = words.proxyScheme == "https" || !settings.http.certificate.empty();
+    if (settings.isBehindProxy) {
+        settings.http.proxies.insert(words.proxies.begin(), words.proxies.end());
+    }
+    if (settings.users.empty() && (settings.isBehindProxy || !isLoopbackHost(settings.http.host))) {
+        throw std::invalid_argument(
+            "without --users only this machine is served: no other address, and no proxy");
+    }
+}
+
+}  // namespace
+
+Arguments readArguments(const std::vector<std::string>& words) {
+    Arguments arguments;
+    Words given;
+    CLI::App app("Operators' page of a public-address system", "papanel");
+    define(app, arguments.settings, given);
+    try {
+        app.parse(std::vector<std::string>(words.rbegin(), words.rend()));
+        finish(arguments.settings, given);
+    } catch (const CLI::CallForHelp&) {
+        arguments.exitCode = stopped;
+        arguments.output = app.help();
+    } catch (const CLI::CallForVersion& version) {
+        arguments.exitCode = stopped;
+        arguments.output = std::string(version.what()) + '\n';
+    } catch (const std::exception& error) {
+        arguments.exitCode = wrongUsage;
+        arguments.error = error.what();
+    }
+    arguments.journal = given.journal || paserver::isJournal(STDERR_FILENO);
+    arguments.debug = given.debug;
+    return arguments;
+}
+
+}  // namespace papanel

@@ -1,0 +1,166 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "client/schedules.h"
+
+#include <mutex>
+
+#include "client/Calendar.h"
+#include "client/StationClock.h"
+#include "client/scheduleJson.h"
+#include "client/scheduleText.h"
+#include "client/scheduleTimes.h"
+#include "panel/api/Body.h"
+#include "panel/api/outcome.h"
+#include "panel/api/query.h"
+#include "panel/api/resources.h"
+#include "panel/api/routes.h"
+#include "sdk/PAController.h"
+
+namespace papanel {
+
+using namespace paclient;
+
+namespace {
+
+constexpr int mostRuns = 1'000;
+constexpr int usualRuns = 5;
+
+std::string scheduleTitle(int id) {
+    return "schedule " + std::to_string(id);
+}
+
+ApiReply put(Services& services, const ScheduleDefinition& schedule, int status) {
+    const std::string effect = scheduleTitle(schedule.Id) + " is kept as asked";
+    const Confirmation done =
+        operate(services, effect, [&](const Wait& wait) { return putSchedule(schedule, wait); });
+    return {status, doneAnswer(done, effect, toJson(described(schedule)))};
+}
+
+ApiReply addSchedule(Services& services, const ApiRequest& request) {
+    static std::mutex oneAtATime;  // two would choose the same number
+    requireConnected(services);
+    ScheduleDefinition schedule = readSchedule(request.body);
+    const std::lock_guard guard(oneAtATime);
+    if (schedule.Id != 0 && gPaController.findSchedule(schedule.Id)) {
+        throw ApiError(409, "refused", "there is a " + scheduleTitle(schedule.Id) + " already");
+    }
+    schedule.Id = schedule.Id != 0 ? schedule.Id : freeScheduleId();
+    return put(services, schedule, 201);
+}
+
+ApiReply changeSchedule(Services& services, const ApiRequest& request) {
+    requireConnected(services);
+    ScheduleDefinition schedule = readSchedule(request.body);
+    const int id = findOne(schedules, request.parts.at(0)).Id;
+    if (schedule.Id != 0 && schedule.Id != id) {
+        failReading("the member 'Id' is not that of the schedule");
+    }
+    // What is displayed has the duration that was reported first, so the one in force is unknown.
+    const bool isGiven = request.body.contains("displayTemplateValidityPeriodSeconds");
+    if (schedule.visualAnnouncementType != AT_NONE && !isGiven) {
+        failReading("the member 'displayTemplateValidityPeriodSeconds' is missing");
+    }
+    schedule.Id = id;
+    return put(services, schedule, 200);
+}
+
+ApiReply removeOne(Services& services, const ApiRequest& request) {
+    const int id = findOne(schedules, request.parts.at(0)).Id;
+    const std::string effect = scheduleTitle(id) + " is removed";
+    const Confirmation done =
+        operate(services, effect, [id](const Wait& wait) { return removeSchedule(id, wait); });
+    return {200, doneAnswer(done, effect, {{"Id", id}})};
+}
+
+// ------------------------------------------------------------------------------------------- runs
+
+ApiReply runsOf(const ScheduleDefinition& schedule, int count, const std::string& from = "",
+                const std::string& until = "") {
+    const StationClock clock = stationClock();
+    std::time_t after = clock.now();
+    if (!from.empty()) {
+        const DateTime start = parseDateTime(from);
+        const Date date = start.date.value_or(clock.date());
+        const TimeOfDay time = start.time.value_or(TimeOfDay{0, 0});
+        const Calendar calendar(clock.timeZone().empty() ? "UTC" : clock.timeZone());
+        after = calendar.momentOf({date.year, date.month, date.day, time.hour, time.minute}) - 1;
+    }
+    // Moments as ISO 8601 are in the order of their texts.
+    const bool isWholeDay = !until.empty() && !parseDateTime(until).time;
+    const std::string last = isWholeDay ? until + "T23:59" : until;
+    Json runs = Json::array();
+    for (const std::string& run :
+         clock.runTexts(schedule, after, static_cast<std::size_t>(count))) {
+        if (last.empty() || run <= last) {
+            runs.push_back(run);
+        }
+    }
+    return {200, {{"runs", runs}}};
+}
+
+ApiReply runsOfDraft(Services& /*services*/, const ApiRequest& request) {
+    const auto [schedule, count] = readMembers(request.body, [](Body& body) {
+        return std::make_pair(scheduleFrom(body.get<Json>("schedule")),
+                              body.findWithin("count", 1, mostRuns).value_or(usualRuns));
+    });
+    return runsOf(schedule, count);
+}
+
+ApiReply runsOfSchedule(Services& /*services*/, const ApiRequest& request) {
+    return runsOf(findOne(schedules, request.parts.at(0)),
+                  numberOf(request, "count", usualRuns, 1, mostRuns), request.queryOr("from"),
+                  request.queryOr("until"));
+}
+
+// --------------------------------------------------------------------------------------- transfer
+
+ApiReply exportAll(Services& /*services*/, const ApiRequest& /*request*/) {
+    ApiReply reply{200, schedulesAsJson()};
+    reply.headers.emplace_back("Content-Disposition", "attachment; filename=\"schedules.json\"");
+    return reply;
+}
+
+ApiReply importAll(Services& services, const ApiRequest& request) {
+    if (!request.body.is_array()) {
+        failReading("the body is not a list of schedules");
+    }
+    requireConnected(services);
+    ImportResult result;
+    importSchedules(readSchedules(request.body), request.queryOr("replace") == "1",
+                    waitOf(services), {}, result);
+    Json failed = Json::array();
+    for (const ImportResult::Failed& failure : result.failed) {
+        failed.push_back({{"entry", failure.entry}, {"reason", failure.reason}});
+    }
+    const Json counts = {{"imported", result.imported}, {"failed", failed}};
+    if (result.unknownEntry) {
+        const std::string entry = "entry " + std::to_string(*result.unknownEntry);
+        throw ApiError(504, "timed-out",
+                       "whether " + entry + " is kept is unknown; nothing after it has been sent",
+                       counts);
+    }
+    return {200, doneAnswer({},
+                            std::to_string(result.imported) + " of " +
+                                std::to_string(request.body.size()) + " schedules are in",
+                            counts)};
+}
+
+}  // namespace
+
+Routes scheduleRoutes() {
+    constexpr Access who = Access::Operator;
+    constexpr Effect what = Effect::Operates;
+    constexpr std::size_t greatestImport = std::size_t{16} << 20U;
+    return {
+        {"POST", "/schedules", who, what, "add schedule", answered<addSchedule>},
+        {"PUT", "/schedules/{id}", who, what, "change schedule", answered<changeSchedule>},
+        {"DELETE", "/schedules/{id}", who, what, "remove schedule", answered<removeOne>},
+        {"POST", "/schedules/runs", Access::Monitor, Effect::Asks, nullptr, answered<runsOfDraft>},
+        {"GET", "/schedules/{id}/runs", Access::Monitor, Effect::Reads, nullptr,
+         answered<runsOfSchedule>},
+        {"GET", "/schedules/export", Access::Monitor, Effect::Reads, nullptr, answered<exportAll>},
+        {"POST", "/schedules/import", who, what, "import schedules", answered<importAll>,
+         "application/json", greatestImport},
+    };
+}
+
+}  // namespace papanel

@@ -1,0 +1,83 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "panel/api/sessionRoutes.h"
+
+#include <optional>
+
+#include "panel/Services.h"
+#include "panel/access/Sessions.h"
+#include "panel/access/cookie.h"
+#include "panel/http/ApiError.h"
+
+namespace papanel {
+
+namespace {
+
+ApiReply replyWith(const Services& services, const std::optional<Session>& session) {
+    ApiReply reply;
+    reply.body = {{"loggedIn", session.has_value()},
+                  {"authentication", services.sessions.areAuthenticated()}};
+    if (session) {
+        paclient::Endpoint& endpoint = services.connection.endpoint();
+        reply.body.update({{"user", session->user},
+                           {"role", roleName(session->role)},
+                           {"csrf", session->csrf},
+                           {"language", nullptr},
+                           {"server", endpoint.name()},
+                           {"simulated", endpoint.simControl() != nullptr}});
+    }
+    return reply;
+}
+
+ApiReply replyWith(const Services& services, const ApiRequest& request, const NewSession& begun) {
+    ApiReply reply = replyWith(services, begun.session);
+    reply.headers.emplace_back("Set-Cookie", setCookie(begun.token, request.isEncrypted));
+    return reply;
+}
+
+ApiReply getSession(Services& services, const ApiRequest& request) {
+    const auto session = services.sessions.find(tokenIn(request.header("cookie")));
+    if (!session && !services.sessions.areAuthenticated()) {
+        return replyWith(services, request, services.sessions.beginLocal());
+    }
+    return replyWith(services, session);
+}
+
+ApiReply logIn(Services& services, const ApiRequest& request) {
+    const auto textOf = [&request](const char* name) {
+        const Json& body = request.body;
+        if (!body.is_object() || body.size() != 2 || !body.contains(name) ||
+            !body[name].is_string()) {
+            throw ApiError(400, "bad-request", "the members are user and password, two texts");
+        }
+        return body[name].get<std::string>();
+    };
+    const NewSession begun =
+        services.sessions.logIn(textOf("user"), textOf("password"), request.caller.address);
+    if (const auto before = services.sessions.find(tokenIn(request.header("cookie")))) {
+        services.sessions.end(before->id, "the user has logged in again");
+    }
+    return replyWith(services, request, begun);
+}
+
+ApiReply logOut(Services& services, const ApiRequest& request) {
+    services.sessions.end(request.caller.sessionId, "the user has logged out");
+    ApiReply reply;
+    reply.status = 204;
+    reply.headers.emplace_back("Set-Cookie", setCookie("", request.isEncrypted));
+    return reply;
+}
+
+}  // namespace
+
+const Routes& sessionRoutes() {
+    constexpr std::size_t mostLoginBytes = 4096;
+    static const Routes routes = {
+        {"GET", "/session", Access::Open, Effect::Reads, nullptr, getSession},
+        {"POST", "/session", Access::Open, Effect::Session, nullptr, logIn, "application/json",
+         mostLoginBytes},
+        {"DELETE", "/session", Access::Monitor, Effect::Session, nullptr, logOut},
+    };
+    return routes;
+}
+
+}  // namespace papanel

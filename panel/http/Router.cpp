@@ -1,0 +1,205 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "panel/http/Router.h"
+
+#include <algorithm>
+#include <chrono>
+
+#include "panel/Services.h"
+#include "panel/access/Sessions.h"
+#include "panel/access/cookie.h"
+#include "panel/api/IdempotencyStore.h"
+#include "panel/audit/AuditTrail.h"
+#include "panel/http/ApiError.h"
+#include "panel/http/Target.h"
+#include "panel/http/byteRange.h"
+#include "panel/http/errorReply.h"
+#include "panel/http/pageReply.h"
+#include "panel/http/requestBody.h"
+#include "util/AtEnd.h"
+
+namespace papanel {
+
+namespace {
+
+/// What browsers may do with an answer.
+constexpr const char* pagePolicy =
+    "default-src 'self'; object-src 'none'; base-uri 'none'; form-action 'self'; "
+    "frame-ancestors 'none'; media-src 'self' blob:; img-src 'self' data:";
+constexpr const char* dataPolicy = "default-src 'none'; frame-ancestors 'none'";
+constexpr std::pair<const char*, const char*> commonHeaders[] = {
+    {"X-Content-Type-Options", "nosniff"},
+    {"X-Frame-Options", "DENY"},
+    {"Referrer-Policy", "no-referrer"},
+    {"Cross-Origin-Opener-Policy", "same-origin"},
+    {"Cross-Origin-Resource-Policy", "same-origin"},
+};
+
+bool changesNothing(const std::string& method) {
+    return method == "GET" || method == "HEAD";
+}
+
+/// The name in a Host header, without the port.
+std::string hostName(const std::string& host) {
+    const std::size_t colon = host.rfind(':');
+    const bool hasPort = colon != std::string::npos && host.find(']', colon) == std::string::npos;
+    return hasPort ? host.substr(0, colon) : host;
+}
+
+/// The session of a request becomes its caller.
+/// @throws ApiError
+void identify(ApiRequest& call, const Route& route, const std::string& token, Sessions& sessions) {
+    const auto session = sessions.find(token);
+    if (session) {
+        call.caller.user = session->user;
+        call.caller.role = session->role;
+        call.caller.sessionId = session->id;
+    }
+    if (route.access == Access::Open) {
+        return;
+    }
+    if (!session) {
+        throw ApiError(401, "not-logged-in", "log in first");
+    }
+    if (!changesNothing(call.method) && !isCsrfToken(*session, call.header("x-csrf-token"))) {
+        throw ApiError(403, "csrf", "the request does not have the session's token");
+    }
+    if (route.access == Access::Operator && session->role != Role::Operator) {
+        throw ApiError(403, "forbidden", "only an operator may do this");
+    }
+}
+
+/// The text of a member, or another one.
+std::string memberOr(const Json& object, const char* name, const std::string& other) {
+    const auto member = object.find(name);
+    return member != object.end() && member->is_string() ? member->get<std::string>() : other;
+}
+
+/// What the request names in its address.
+std::string auditedTarget(const ApiRequest& request) {
+    std::string target;
+    for (const std::string& part : request.parts) {
+        target += (target.empty() ? "" : ", ") + part;
+    }
+    return target;
+}
+
+/// Calls the handler of an operation, which the audit trail has before it is sent.
+ApiReply operate(Services& services, const Route& route, const ApiRequest& request) {
+    const std::string body = request.bytes.empty()
+                                 ? auditedRequest(request.body)
+                                 : std::to_string(request.bytes.size()) + " bytes";
+    const auto row = services.audit.begin({request.caller.user, request.caller.address,
+                                           route.operation, auditedTarget(request), body});
+    try {
+        ApiReply reply = route.handle(services, request);
+        services.audit.finish(row, memberOr(reply.body, "outcome", "done"),
+                              memberOr(reply.body, "text", ""));
+        return reply;
+    } catch (const ApiError& error) {
+        services.audit.finish(row, error.code, error.what());
+        throw;
+    } catch (const std::exception& error) {
+        services.audit.finish(row, "internal", error.what());
+        throw;
+    }
+}
+
+}  // namespace
+
+Router::Router(Services& services, Routes routes, RouterSettings settings)
+    : services_(services), table_(std::move(routes)), settings_(std::move(settings)) {}
+
+ApiReply Router::operator()(const HttpRequest& request) {
+    const Route* found = nullptr;
+    ApiReply answer = replyOf([&] { return reply(request, found); });
+    if (answer.contentType.compare(0, 6, "audio/") == 0) {
+        applyRange(request.head, answer);
+    }
+    addHeaders(answer);
+    const std::lock_guard guard(lock_);
+    ++counts_[{found != nullptr ? found->method : "", found != nullptr ? found->pattern : "",
+               answer.status}];
+    return answer;
+}
+
+Router::Counts Router::counts() const {
+    const std::lock_guard guard(lock_);
+    return counts_;
+}
+
+ApiReply Router::reply(const HttpRequest& request, const Route*& found) {
+    checkOrigin(request.head);
+    Target target = parseTarget(request.head.target);
+    if (const auto other = settings_.others.find(target.path); other != settings_.others.end()) {
+        return other->second(request);
+    }
+    if (target.parts.front() != "api") {
+        return pageReply(request.head, target.path);
+    }
+    if (target.parts.size() < 3 || target.parts[1] != "v1") {
+        throw ApiError(404, "not-found", "the API has no such address");
+    }
+    target.parts.erase(target.parts.begin(), target.parts.begin() + 2);
+    auto match = table_.find(request.head.method, target.parts);
+    found = match.route;
+    ApiRequest call;
+    call.method = request.head.method;
+    call.path = target.path;
+    call.parts = std::move(match.parts);
+    call.query = std::move(target.query);
+    call.headers = request.head.headers;
+    call.isEncrypted = settings_.isEncrypted;
+    call.caller.address = clientOf(request);
+    call.caller.page = call.header("x-page");
+    identify(call, *found, tokenIn(call.header("cookie")), services_.sessions);
+    readBody(request, *found, call);
+    if (found->effect != Effect::Operates) {
+        return found->handle(services_, call);
+    }
+    const auto begun = std::chrono::steady_clock::now();
+    const pautil::AtEnd measured(
+        [&] { operationDurations_.add(std::chrono::steady_clock::now() - begun); });
+    return services_.answers.answer(call, [&] { return operate(services_, *found, call); });
+}
+
+/// Refuses what a page of another origin may send.
+void Router::checkOrigin(const RequestHead& head) const {
+    if (!settings_.hosts.empty() && settings_.hosts.count(hostName(head.header("host"))) == 0) {
+        throw ApiError(403, "forbidden", "the server does not have this name");
+    }
+    const std::string site = head.header("sec-fetch-site");
+    if (!changesNothing(head.method) && !site.empty() && site != "same-origin" && site != "none") {
+        throw ApiError(403, "csrf", "the request comes from another page");
+    }
+}
+
+/// The address of the client, as the last proxy that is trusted names it.
+std::string Router::clientOf(const HttpRequest& request) const {
+    std::string client = request.address;
+    std::string list = request.head.joined("x-forwarded-for");
+    while (!list.empty() && settings_.proxies.count(client) != 0) {
+        const std::size_t comma = list.rfind(',');
+        const std::size_t first = list.find_first_not_of(' ', comma + 1);
+        client = first == std::string::npos ? "" : list.substr(first);
+        client.erase(client.find_last_not_of(' ') + 1);
+        list.erase(comma == std::string::npos ? 0 : comma);
+    }
+    return client;
+}
+
+void Router::addHeaders(ApiReply& answer) const {
+    const bool isPage = answer.contentType.compare(0, 9, "text/html") == 0;
+    answer.headers.emplace_back("Content-Security-Policy", isPage ? pagePolicy : dataPolicy);
+    for (const auto& [name, value] : commonHeaders) {
+        answer.headers.emplace_back(name, value);
+    }
+    const auto isAge = [](const auto& header) { return header.first == "Cache-Control"; };
+    if (std::none_of(answer.headers.begin(), answer.headers.end(), isAge)) {
+        answer.headers.emplace_back("Cache-Control", "no-store");
+    }
+    if (settings_.isEncrypted) {
+        answer.headers.emplace_back("Strict-Transport-Security", "max-age=31536000");
+    }
+}
+
+}  // namespace papanel

@@ -1,0 +1,96 @@
+// SPDX-License-Identifier: Apache-2.0
+#include <csignal>
+#include <cstdio>
+#include <iostream>
+#include <optional>
+#include <pthread.h>
+#include <unistd.h>
+
+#include "framework/clock.h"
+#include "framework/log.h"
+#include "framework/shared.h"
+#include "panel/Arguments.h"
+#include "panel/access/userCommand.h"
+#include "paserver/ServiceNotice.h"
+#include "paserver/journal.h"
+
+namespace {
+
+constexpr int stopSignals[] = {SIGTERM, SIGINT};
+constexpr std::size_t stackBytes = std::size_t{1} << 20U;  // of the thread of each connection
+
+sigset_t stopSignalSet() {
+    sigset_t set;
+    sigemptyset(&set);
+    for (const int signal : stopSignals) {
+        sigaddset(&set, signal);
+    }
+    return set;
+}
+
+/// Serves until a signal asks for the end.
+void serve(papanel::Panel& panel, paserver::ServiceNotice& notice) {
+    constexpr timespec tick{1, 0};
+    const sigset_t set = stopSignalSet();
+    notice.ready();
+    while (sigtimedwait(&set, nullptr, &tick) < 0) {
+        panel.keepHouse();
+        notice.works();
+    }
+    notice.stopping();
+}
+
+/// Small stacks: a thousand connections have a thread each.
+void limitStacks() {
+    pthread_attr_t attributes;
+    pthread_attr_init(&attributes);
+    pthread_attr_setstacksize(&attributes, stackBytes);
+    pthread_setattr_default_np(&attributes);
+    pthread_attr_destroy(&attributes);
+}
+
+/// Writes in one line why the daemon does not serve.
+int refuse(int exitCode, const std::string& error, bool journal) {
+    std::fprintf(stderr, "%spapanel: %s\n", journal ? "<3>" : "", error.c_str());
+    return exitCode;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    std::vector<std::string> words(argv + (argc > 0 ? 1 : 0), argv + argc);
+    if (!words.empty() && words.front() == "user") {
+        words.erase(words.begin());
+        return papanel::runUserCommand(words, std::cin, std::cout, std::cerr,
+                                       isatty(STDIN_FILENO) == 1 ? STDIN_FILENO : -1);
+    }
+    const sigset_t set = stopSignalSet();
+    pthread_sigmask(SIG_BLOCK, &set, nullptr);  // the main thread waits for them
+    std::signal(SIGPIPE, SIG_IGN);              // a client that is away is an error of its socket
+    limitStacks();
+    const papanel::Arguments arguments = papanel::readArguments(words);
+    if (arguments.exitCode) {
+        std::fputs(arguments.output.c_str(), stdout);
+        return arguments.error.empty()
+                   ? *arguments.exitCode
+                   : refuse(*arguments.exitCode, arguments.error, arguments.journal);
+    }
+    if (arguments.journal) {
+        paserver::logToJournal();
+    }
+    pa::store(debugLevel, arguments.debug);
+    try {
+        paserver::ServiceNotice notice;  // before there are threads: it changes the environment
+        papanel::Panel panel(arguments.settings);
+        std::printf("%s\n", panel.url().c_str());
+        std::fflush(stdout);
+        if (arguments.settings.audit.empty()) {
+            std::fprintf(stderr, "%spapanel: the audit trail is in memory, --audit FILE keeps it\n",
+                         arguments.journal ? "<5>" : "");
+        }
+        serve(panel, notice);
+        return papanel::stopped;
+    } catch (const std::exception& error) {
+        return refuse(papanel::cannotStart, error.what(), arguments.journal);
+    }
+}

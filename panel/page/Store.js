@@ -1,0 +1,225 @@
+// SPDX-License-Identifier: Apache-2.0
+// The records of the audio server, kept up to date by the gateway's events.
+
+import {Health} from './Health.js';
+import {StationClock} from './StationClock.js';
+import {openEventStream} from './eventStream.js';
+
+/// The key of a record, by kind. Identifiers of other kinds than these are not in the events.
+const keyOf = {
+    zones: (zone) => zone.id,
+    sources: (source) => source.id,
+    sinks: (sink) => sink.id,
+    voices: (voice) => voice.portNo,
+    announcements: (announcement) => announcement.id,
+    triggers: (trigger) => `${trigger.kind}/${trigger.id}`,
+    selectors: (selector) => selector.id,
+    schedules: (schedule) => schedule.Id,
+    locks: (lock) => lock.sourceId,
+};
+
+/// Hardware and software triggers have numbers of their own; a number is deleted when no trigger has it.
+function keysOfDeleted(kind, id) {
+    return kind === 'triggers' ? [`hardware/${id}`, `software/${id}`] : [id];
+}
+
+const pauses = [500, 1000, 2000, 5000, 10000];
+
+/// Calls a function once before the next frame, and also while the page is hidden, when there are none.
+function beforeNextFrame(work) {
+    if (document.hidden) {
+        setTimeout(work, 100);
+    } else {
+        requestAnimationFrame(work);
+    }
+}
+
+export class Store {
+    clock = new StationClock();
+    health = new Health(this);
+    /// The last one of the gateway; null before the first.
+    status = null;
+    /// Called with the reason when the gateway ends the session.
+    onSessionEnd = () => {};
+
+    #kinds = Object.fromEntries(Object.keys(keyOf).map((kind) => [kind, new Map()]));
+    #isLoaded = false;
+    #gatewayAwaySince = null;  // by performance.now()
+    #subscribers = new Set();
+    #changes = new Map();      // by kind: the changed keys, null for all
+    #isDue = false;
+    #close = null;
+    #timer = null;
+    #lastId = null;
+    #attempts = 0;
+
+    /// The record, or undefined.
+    get(kind, key) {
+        return this.#kinds[kind].get(key);
+    }
+
+    /// The records in the order in which they were first reported.
+    all(kind) {
+        return [...this.#kinds[kind].values()];
+    }
+
+    count(kind) {
+        return this.#kinds[kind].size;
+    }
+
+    /// Calls `onChanges(changes)` at most once a frame when a record of one of the kinds has changed;
+    /// `changes.get(kind)` is a Set of keys, null when any may have changed, undefined when none has.
+    /// A zone also changes when its health does. The kind 'status' is for the connection. Returns a
+    /// function that ends it.
+    subscribe(kinds, onChanges) {
+        const subscriber = {kinds: new Set(kinds), onChanges};
+        this.#subscribers.add(subscriber);
+        return () => this.#subscribers.delete(subscriber);
+    }
+
+    /// What this page knows of the connection: `state` is 'loading', 'gateway-away' (no connection to
+    /// the gateway), 'server-away' (none from it to the audio server), 'syncing' or 'synced';
+    /// `awayForMs` is for how long it has been away, `reason` the gateway's text.
+    link() {
+        if (this.#gatewayAwaySince !== null) {
+            return {state: 'gateway-away', awayForMs: performance.now() - this.#gatewayAwaySince};
+        }
+        if (!this.#isLoaded || !this.status) {
+            return {state: 'loading', awayForMs: 0};
+        }
+        if (!this.status.connected) {
+            const sinceReport = performance.now() - this.status.reportedAt;
+            return {state: 'server-away', awayForMs: (this.status.awayForMs ?? 0) + sinceReport,
+                reason: this.status.reason};
+        }
+        return {state: this.status.synced ? 'synced' : 'syncing', awayForMs: 0};
+    }
+
+    /// Begins to follow the gateway's events.
+    open() {
+        this.close();
+        this.#close = openEventStream('/events', {
+            lastId: this.#lastId,
+            onOpen: () => this.#isThere(),
+            onEvent: (name, data, id) => this.#handle(name, JSON.parse(data), id),
+            onEnd: (problem) => this.#reopen(problem),
+        });
+    }
+
+    get isOpen() {
+        return this.#close !== null;
+    }
+
+    close() {
+        clearTimeout(this.#timer);
+        this.#close?.();
+        this.#close = null;
+    }
+
+    #reopen(problem) {
+        if (problem.status === 401) {
+            this.close();
+            this.onSessionEnd('');
+            return;
+        }
+        this.#gatewayAwaySince ??= performance.now();
+        this.#mark('status', null);
+        const pause = pauses[Math.min(this.#attempts, pauses.length - 1)];
+        this.#attempts += 1;
+        // Not all pages at the same moment when a gateway is there again.
+        this.#timer = setTimeout(() => this.open(), pause * (0.5 + Math.random()));
+    }
+
+    /// The gateway has answered; what was missed follows, if there is anything.
+    #isThere() {
+        this.#attempts = 0;
+        this.#gatewayAwaySince = null;
+        this.#mark('status', null);
+    }
+
+    #handle(name, data, id) {
+        if (name === 'session') {
+            this.close();
+            this.onSessionEnd(data.ends);
+            return;
+        }
+        if (name === 'snapshot') {
+            this.#setStatus(data.status);
+            this.#takeSnapshot(data);
+        } else if (name === 'changes') {
+            data.changes.forEach((change) => this.#apply(change));
+        } else if (name === 'status') {
+            this.#setStatus(data);
+        }
+        if (id !== null) {
+            this.#lastId = id;
+        }
+    }
+
+    #setStatus(status) {
+        this.status = {...status, reportedAt: performance.now()};
+        this.clock.update(status);
+        this.#mark('status', null);
+    }
+
+    #takeSnapshot(snapshot) {
+        const now = this.clock.wallNow();
+        this.health.clear();
+        for (const [kind, keyOfRecord] of Object.entries(keyOf)) {
+            this.#kinds[kind] = new Map((snapshot[kind] ?? [])
+                .map((record) => [keyOfRecord(record), record]));
+            this.#mark(kind, null);
+        }
+        for (const kind of ['zones', 'sinks', 'sources']) {
+            this.#kinds[kind].forEach((record, key) =>
+                this.health.apply(kind, key, null, record, now, !this.#isLoaded));
+        }
+        this.health.keepKnown();
+        this.#isLoaded = true;
+    }
+
+    #apply({kind, op, id, record}) {
+        const records = this.#kinds[kind];
+        if (!records) {
+            return;
+        }
+        const keys = op === 'delete' ? keysOfDeleted(kind, id) : [keyOf[kind](record)];
+        for (const key of keys) {
+            const before = records.get(key);
+            if (op === 'delete') {
+                records.delete(key);
+            } else {
+                records.set(key, record);
+            }
+            this.#mark(kind, key);
+            this.health.apply(kind, key, before, record ?? null, this.clock.wallNow(), false)
+                .forEach((zone) => this.#mark('zones', zone));
+        }
+    }
+
+    /// Notes a change; `key` null for all.
+    #mark(kind, key) {
+        if (key === null) {
+            this.#changes.set(kind, null);
+        } else if (!this.#changes.has(kind)) {
+            this.#changes.set(kind, new Set([key]));
+        } else {
+            this.#changes.get(kind)?.add(key);
+        }
+        if (!this.#isDue) {
+            this.#isDue = true;
+            beforeNextFrame(() => this.#notify());
+        }
+    }
+
+    #notify() {
+        this.#isDue = false;
+        const changes = this.#changes;
+        this.#changes = new Map();
+        for (const {kinds, onChanges} of [...this.#subscribers]) {
+            if ([...changes.keys()].some((kind) => kinds.has(kind))) {
+                onChanges(changes);
+            }
+        }
+    }
+}

@@ -1,0 +1,92 @@
+// SPDX-License-Identifier: Apache-2.0
+// Messages to the user: toasts, and texts that only assistive technology reads.
+
+import {h, set, setText} from './dom.js';
+import {icon} from './icons.js';
+import {hasText, t} from './i18n.js';
+
+const lifetime = 6000;
+const mostToasts = 4;
+
+const polite = h('div', {class: 'visually-hidden', 'aria-live': 'polite'});
+const assertive = h('div', {class: 'visually-hidden', 'aria-live': 'assertive'});
+const toasts = h('div', {class: 'toasts', role: 'region'});
+
+/// The elements of this module, for the page's body. A modal dialog takes them along: what is outside of
+/// it is not read while it is open.
+export function messageRegions() {
+    set(toasts, 'aria-label', t('messages.region'));
+    return [polite, assertive, toasts];
+}
+
+/// Puts the messages into the dialog that is open, or back into the body.
+export function moveMessages(parent) {
+    parent.append(polite, assertive, toasts);
+}
+
+/// Has a text read out; `urgent` interrupts what is being read.
+export function announce(text, urgent = false) {
+    const region = urgent ? assertive : polite;
+    setText(region, region.textContent === text ? `${text}\u00a0` : text);
+}
+
+/// Displays a message for some seconds. `kind` is 'done', 'note' or 'error'; errors stay until they are
+/// closed. `action` is {label, run}.
+export function toast(text, kind = 'note', action = null) {
+    const remove = () => {
+        clearTimeout(timer);
+        box.remove();
+    };
+    const box = h('div', {class: `toast toast-${kind}`},
+        icon({done: 'check', note: 'announce', error: 'warning'}[kind]),
+        h('p', {dir: 'auto'}, text),
+        action && h('button', {type: 'button', class: 'quiet', on: {click: () => {
+            remove();
+            action.run();
+        }}}, action.label),
+        h('button', {type: 'button', class: 'quiet icon-button', 'aria-label': t('messages.close'),
+            on: {click: remove}}, icon('close')));
+    const timer = kind === 'error' ? null : setTimeout(remove, lifetime);
+    toasts.append(box);
+    while (toasts.children.length > mostToasts) {
+        toasts.firstChild.remove();
+    }
+    announce(text, kind === 'error');
+}
+
+/// The text of an error for people: in their language by its code, with the gateway's own text.
+export function errorText(error) {
+    const key = `error.${error.code}`;
+    if (!error.code || !hasText(key)) {
+        return error.text ?? error.message;
+    }
+    const suggestions = error.details?.suggestions ?? error.details?.candidates ?? [];
+    const nearest = suggestions.length > 0 ? ` ${t('error.suggestions', {names: suggestions.join(', ')})}`
+        : '';
+    return t(key, {text: error.text ?? '', holder: error.details?.holder ?? '',
+        seconds: error.retryAfter ?? 0}) + nearest;
+}
+
+/// Runs an operation of the user and displays what comes of it: `done`, a text, or the error, which has
+/// a button to send the same operation again when the gateway has not answered. Returns the answer, null
+/// after an error.
+export async function attempt(operation, done = null) {
+    try {
+        const answer = await operation();
+        if (done !== null) {
+            toast(typeof done === 'function' ? done(answer) : done, 'done');
+        }
+        return answer ?? {};
+    } catch (error) {
+        if (error.name === 'AbortError') {
+            return null;
+        }
+        if (error.status === undefined) {
+            console.error(error);
+        }
+        const again = error.code === 'unreachable' && error.retry
+            ? {label: t('messages.again'), run: () => attempt(error.retry, done)} : null;
+        toast(errorText(error), 'error', again);
+        return null;
+    }
+}

@@ -1,0 +1,105 @@
+// SPDX-License-Identifier: Apache-2.0
+// The state of the connection, and what is faulty since when.
+
+import {VirtualList} from '../VirtualList.js';
+import {compareUrgency, isFaulty} from '../Health.js';
+import {h, replace, set, setText} from '../dom.js';
+import {compareNames, duration, wallMoment} from '../format.js';
+import {t} from '../i18n.js';
+import {faultTile} from '../widgets/faultTile.js';
+
+class HealthView {
+    shortcuts;
+    #app;
+    #store;
+    #faults = new Map();  // by "kind/key"
+    #link = h('dl', {class: 'facts'});
+    #summary = h('p', {class: 'health-summary', role: 'status'});
+    #list;
+    #endings;
+
+    constructor(root, app) {
+        this.#app = app;
+        this.#store = app.store;
+        this.#list = new VirtualList({label: t('health.list'), itemHeight: 84,
+            isGroup: true, createCell: () => faultTile(app, (id) => this.#faults.get(id))});
+        root.append(h('div', {class: 'card'}, this.#link),
+            this.#summary, this.#list.element);
+        this.shortcuts = [{key: 'l', text: t('health.toList'), run: () => this.#list.focusActive()}];
+        const timer = setInterval(() => {
+            this.#fillLink();
+            this.#list.update(null);
+        }, 1000);
+        this.#endings = [
+            this.#store.subscribe(['zones', 'sinks', 'sources', 'status'], () => this.#fill()),
+            () => clearInterval(timer),
+            () => this.#list.unmount(),
+        ];
+        this.#fill();
+    }
+
+    unmount() {
+        this.#endings.forEach((end) => end());
+    }
+
+    #fill() {
+        this.#fillLink();
+        const {health} = this.#store;
+        // A zone without sinks has a health of its own.
+        const zones = this.#store.all('zones')
+            .map((zone) => ({kind: 'zones', key: zone.id, record: zone, ...health.zone(zone)}))
+            .filter(({level, total}) => isFaulty(level) && total === 0);
+        const faults = [...health.faults(), ...zones].sort((a, b) => compareUrgency(a.level, b.level)
+            || (b.since ?? 0) - (a.since ?? 0)
+            || compareNames(a.record.label ?? a.key, b.record.label ?? b.key));
+        this.#faults = new Map(faults.map((fault) => [`${fault.kind}/${fault.key}`, fault]));
+        const entries = [];
+        let level = null;
+        for (const fault of faults) {
+            if (fault.level !== level) {
+                level = fault.level;
+                entries.push({heading: level, text: t(`health.${level}`)});
+            }
+            entries.push({key: `${fault.kind}/${fault.key}`});
+        }
+        this.#list.setEntries(entries);
+        this.#list.update(null);
+        const isLoading = this.#store.link().state === 'loading';
+        setText(this.#summary, isLoading ? t('list.loading')
+            : faults.length > 0 ? t('health.summary', {n: faults.length}) : t('health.none'));
+        set(this.#summary, 'data-level', faults.length > 0 ? 'bad' : 'good');
+    }
+
+    #fillLink() {
+        const {status, clock} = this.#store;
+        const link = this.#store.link();
+        const rows = [[t('health.connection'), t(`link.${link.state}`)]];
+        if (link.awayForMs > 0) {
+            rows.push([t('health.since'), `${wallMoment(clock.wallBefore(link.awayForMs), clock.wallNow())}`
+                + ` (${duration(link.awayForMs)})`]);
+        }
+        if (link.reason) {
+            rows.push([t('health.reason'), link.reason]);
+        }
+        rows.push([t('health.server'), [status?.server?.name, this.#app.session.server]
+            .filter(Boolean).join(', ')]);
+        if (status?.counts) {
+            rows.push([t('health.counts'), t('health.countsText', {
+                zones: this.#store.count('zones'), sinks: this.#store.count('sinks'),
+                sources: this.#store.count('sources')})]);
+        }
+        const children = rows.flatMap(([name, text]) => [name, text]);
+        if (this.#link.children.length !== children.length) {
+            replace(this.#link, rows.map(() => [h('dt', {}), h('dd', {dir: 'auto'})]));
+        }
+        children.forEach((text, i) => setText(this.#link.children[i], text));
+    }
+}
+
+export default {
+    id: 'health',
+    titleKey: 'health.title',
+    icon: 'health',
+    roles: ['operator', 'monitor'],
+    mount: (root, app) => new HealthView(root, app),
+};

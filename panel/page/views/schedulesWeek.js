@@ -1,0 +1,63 @@
+// SPDX-License-Identifier: Apache-2.0
+// When schedules run in a week, by the clocks of the station. Narrow pages have the days below each other.
+
+import {h, replace, set} from '../dom.js';
+import {t} from '../i18n.js';
+import {icon} from '../icons.js';
+import {addDays, clockText, layOut, minutesOfDay, mondayOf, windowsInWeek} from './schedulesModel.js';
+import {dateText, nameOf, timesText, weekdayText} from './schedulesText.js';
+
+const leastMinutes = 40;  // of the drawing, so that a window's text has space
+
+/// `today()` is the station's date; `open(id)` edits a schedule.
+export function weekView({store, today, open}) {
+    let monday = null;
+    const title = h('h2', {class: 'week-title', 'aria-live': 'polite'});
+    const grid = h('div', {class: 'week'});
+    const turn = (days) => {
+        monday = days === 0 ? mondayOf(today()) : addDays(monday, days);
+        fill();
+    };
+    const button = (name, label, days) => h('button', {type: 'button', class: 'quiet icon-button week-turn',
+        'data-direction': name, 'aria-label': label, on: {click: () => turn(days)}}, icon('up'));
+    const element = h('div', {class: 'week-view'},
+        h('div', {class: 'row'}, h('div', {class: 'week-turns'}, button('back', t('schedules.weekBefore'), -7), title,
+            button('on', t('schedules.weekAfter'), 7)),
+        h('button', {type: 'button', on: {click: () => turn(0)}}, t('schedules.thisWeek'))), grid);
+
+    function event(window) {
+        const times = window.every > 0 ? timesText(window.schedule) : clockText(window.from);
+        const name = nameOf(window.schedule);
+        const button = h('button', {type: 'button', class: 'week-event', title: `${name} ${times}`,
+            on: {click: () => open(window.schedule.Id)}},
+        h('span', {}, h('strong', {dir: 'auto'}, name), ' ', times));
+        const length = Math.max(window.to - window.from, leastMinutes);
+        const top = Math.min(window.from, minutesOfDay - leastMinutes);
+        button.style.setProperty('--from', top / minutesOfDay);
+        button.style.setProperty('--length', Math.min(length, minutesOfDay - top) / minutesOfDay);
+        button.style.setProperty('--column', window.column / window.columns);
+        button.style.setProperty('--width', 1 / window.columns);
+        return button;
+    }
+
+    function fill() {
+        monday ??= mondayOf(today());
+        replace(title, t('schedules.week', {from: dateText(monday), to: dateText(addDays(monday, 6))}));
+        const windows = store.all('schedules').flatMap((schedule) =>
+            windowsInWeek(schedule, monday).map((window) => ({...window, schedule})));
+        const hours = h('div', {class: 'week-hours', 'aria-hidden': 'true'},
+            [0, 3, 6, 9, 12, 15, 18, 21].map((hour) => h('span', {}, clockText(hour * 60))));
+        replace(grid, hours, [0, 1, 2, 3, 4, 5, 6].map((day) => {
+            const date = addDays(monday, day);
+            const events = layOut(windows.filter((window) => window.day === day), leastMinutes);
+            const column = h('section', {class: 'week-day', 'aria-label': dateText(date)},
+                h('h3', {}, weekdayText(date)),
+                h('div', {class: 'week-events'}, events.map(event)));
+            set(column, 'data-today', date === today() ? '' : null);
+            set(column, 'data-empty', events.length === 0 ? '' : null);
+            return column;
+        }));
+    }
+
+    return {element, fill};
+}

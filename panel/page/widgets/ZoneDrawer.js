@@ -1,0 +1,116 @@
+// SPDX-License-Identifier: Apache-2.0
+// A zone with what plays in it and its sinks.
+
+import {VirtualList} from '../VirtualList.js';
+import {path} from '../api.js';
+import {openDialog} from '../dialogs.js';
+import {h, replace, set, setText} from '../dom.js';
+import {compareNames, utcMoment} from '../format.js';
+import {t} from '../i18n.js';
+import {icon} from '../icons.js';
+import {attempt} from '../messages.js';
+import {stateText} from '../views/announceActive.js';
+import {partType} from './contentType.js';
+import {healthBadge} from './healthBadge.js';
+import {sinkCard} from './sinkCard.js';
+import {activityText, announcementsOf, zoneHealthText} from './zoneTile.js';
+
+export class ZoneDrawer {
+    #app;
+    #store;
+    #id;
+    #activity = h('dd', {dir: 'auto'});
+    #health = healthBadge();
+    #whyNot = h('p', {class: 'why-not', hidden: true});
+    #announcements = h('ul', {class: 'stack'});
+    #announceLink;
+    #persistent = h('input', {type: 'checkbox'});
+    #sinksTitle = h('h3', {});
+    #list;
+    #dialog;
+
+    constructor(app, id, onClose) {
+        this.#app = app;
+        this.#store = app.store;
+        this.#id = id;
+        this.#list = new VirtualList({label: t('zone.sinks'), itemHeight: 164,
+            createCell: () => sinkCard(app, () => this.#persistent.checked)});
+        this.#announceLink = h('a', {class: 'button', href: `#announce/${encodeURIComponent(id)}`},
+            icon('announce'), t('zone.announce'));
+        const address = location.hash;
+        const unsubscribe = this.#store.subscribe(['zones', 'sinks', 'announcements', 'status'],
+            (changes) => this.#take(changes));
+        this.#dialog = openDialog({title: id, kind: 'drawer', content: [
+            this.#whyNot,
+            h('dl', {class: 'facts'},
+                h('dt', {}, t('zone.activity')), this.#activity,
+                h('dt', {}, t('zone.health')), h('dd', {}, this.#health.element)),
+            this.#announcements,
+            h('div', {class: 'row'}, this.#announceLink),
+            h('div', {class: 'row sinks-head'}, this.#sinksTitle,
+                h('label', {class: 'check'}, this.#persistent, h('span', {}, t('sink.persistent')))),
+            this.#list.element,
+        ], onClose: () => {
+            unsubscribe();
+            this.#list.unmount();
+            if (location.hash === address) {
+                history.replaceState(null, '', '#board');
+            }
+            onClose();
+        }});
+        this.#fill();
+        this.#fillSinks();
+    }
+
+    close() {
+        this.#dialog.close();
+    }
+
+    #take(changes) {
+        this.#fill();
+        if (changes.has('zones')) {
+            this.#fillSinks();
+        }
+        const isForAll = changes.has('status');
+        this.#list.update(isForAll ? null : changes.get('sinks') === undefined ? []
+            : changes.get('sinks'));
+    }
+
+    #fill() {
+        const zone = this.#store.get('zones', this.#id);
+        const isLoading = this.#store.link().state === 'loading';
+        const reason = zone || isLoading ? this.#app.whyNot() : t('zone.unreported');
+        setText(this.#whyNot, reason ?? '');
+        set(this.#whyNot, 'hidden', reason === null);
+        set(this.#persistent, 'disabled', reason !== null);
+        set(this.#announceLink, 'hidden', reason !== null);
+        if (zone) {
+            const health = this.#store.health.zone(zone);
+            setText(this.#activity, activityText(zone));
+            this.#health.update(health.level, zoneHealthText(health));
+        }
+        replace(this.#announcements, zone ? announcementsOf(this.#store, zone)
+            .map((one) => this.#announcement(one, reason)) : []);
+        set(this.#announcements, 'hidden', !this.#announcements.firstChild);
+    }
+
+    #fillSinks() {
+        const ids = this.#store.get('zones', this.#id)?.sinkIds ?? [];
+        const sinks = ids.map((id) => this.#store.get('sinks', id)).filter(Boolean)
+            .sort((a, b) => compareNames(a.label, b.label));
+        setText(this.#sinksTitle, t('zone.sinkCount', {n: sinks.length}));
+        this.#list.setEntries(sinks.map((sink) => ({key: sink.id})));
+    }
+
+    #announcement(one, reason) {
+        return h('li', {class: 'card row'},
+            h('div', {class: 'grow'},
+                h('strong', {dir: 'auto'}, [partType(one), stateText(one.stateText)].join(', ')),
+                h('p', {class: 'note', dir: 'auto'}, t('announcement.line', {
+                    start: utcMoment(one.startDateTime, this.#store.status?.timeZone),
+                    priority: one.priorityText}))),
+            h('button', {type: 'button', disabled: reason !== null, on: {click: () =>
+                attempt(() => this.#app.api.operate('DELETE', path`/announcements/${one.requestId}`),
+                    t('announcement.cancelled'))}}, icon('stop'), t('announcement.cancel')));
+    }
+}

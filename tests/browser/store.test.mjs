@@ -1,0 +1,179 @@
+// SPDX-License-Identifier: Apache-2.0
+// The page's session with the gateway, without a browser: requests, events, records, health, clock.
+
+import assert from 'node:assert/strict';
+import {webcrypto} from 'node:crypto';
+import test, {afterEach, beforeEach} from 'node:test';
+
+import {StationClock} from '../../panel/page/StationClock.js';
+import {Store} from '../../panel/page/Store.js';
+import {Api} from '../../panel/page/api.js';
+import {duration, utcMoment, wallMoment} from '../../panel/page/format.js';
+
+globalThis.crypto ??= webcrypto;
+
+/// Answers of the gateway in order: functions of the request.
+let answers = [];
+let requests = [];
+/// Timers run when a test lets time pass: {at, work}.
+let timers = [];
+let time = 0;
+const {setTimeout, clearTimeout} = globalThis;
+
+function pass(milliseconds) {
+    time += milliseconds;
+    const due = timers.filter(({at}) => at <= time);
+    timers = timers.filter(({at}) => at > time);
+    due.forEach(({work}) => work());
+}
+
+beforeEach(() => {
+    answers = [];
+    requests = [];
+    timers = [];
+    globalThis.setTimeout = (work, pause) => {
+        const timer = {at: time + pause, work};
+        timers.push(timer);
+        return timer;
+    };
+    globalThis.clearTimeout = (timer) => { timers = timers.filter((one) => one !== timer); };
+    globalThis.document = {hidden: false};
+    globalThis.requestAnimationFrame = (work) => setImmediate(work);
+    globalThis.fetch = async (url, options) => {
+        requests.push({url, ...options});
+        return answers.shift()(options);
+    };
+});
+
+afterEach(() => Object.assign(globalThis, {setTimeout, clearTimeout}));
+
+const json = (status, body) => () => Response.json(body, {status});
+const failure = (status, code) => json(status, {error: {code, text: 'why'}});
+const unreachable = () => { throw new TypeError('fetch failed'); };
+
+/// A stream of events that the test writes.
+function stream() {
+    const text = new TextEncoder();
+    let to = null;
+    const body = new ReadableStream({start: (controller) => { to = controller; }});
+    return {
+        answer: () => new Response(body),
+        send: (name, data, id = '') => to.enqueue(text.encode(
+            `${id && `id: ${id}\n`}event: ${name}\ndata: ${JSON.stringify(data)}\n\n`)),
+        end: () => to.close(),
+    };
+}
+
+/// Waits until something holds, however often the event loop has to turn.
+async function until(holds) {
+    for (let turns = 0; !holds(); turns += 1) {
+        assert.ok(turns < 10000, `never: ${holds}`);
+        await new Promise((resolve) => { setImmediate(resolve); });
+    }
+}
+
+test('an operation has one key however often it is sent, and a token that is renewed once', async () => {
+    const api = new Api();
+    answers = [unreachable, failure(403, 'csrf'), json(200, {loggedIn: true, csrf: 'new'}),
+        json(200, {outcome: 'done'})];
+    const operation = api.operate('PUT', '/sinks/1/gain', {level: -3});
+    await until(() => timers.length === 1);
+    pass(300);
+    assert.deepEqual(await operation, {outcome: 'done'});
+    const sent = requests.filter(({method}) => method === 'PUT').map(({headers}) => headers);
+    assert.deepEqual(sent.map((one) => one['X-CSRF-Token']), ['', '', 'new']);
+    assert.equal(new Set(sent.map((one) => one['Idempotency-Key'])).size, 1);
+
+    let isLoggedOut = false;
+    api.onLoggedOut = () => { isLoggedOut = true; };
+    answers = [failure(401, 'not-logged-in'), () => new Response('<h1>Bad gateway</h1>', {status: 502})];
+    await assert.rejects(api.get('/zones'), {status: 401, code: 'not-logged-in', text: 'why'});
+    assert.ok(isLoggedOut);
+    await assert.rejects(api.operate('DELETE', '/triggers/1'), {status: 502, code: 'internal'});
+});
+
+const sink = (id, healthState) => ({id, healthState});
+const status = (more = {}) => ({connected: true, synced: true, stationTime: '2026-12-01T06:00:00', ...more});
+const snapshot = {
+    status: status(),
+    zones: [{id: 'Hall', health: 1, sinkIds: [1, 2]}, {id: 'Yard', health: 3, sinkIds: []}],
+    sinks: [sink(1, 1), sink(2, 2)],
+};
+
+test('records follow the events; the health of a zone is that of its sinks', async () => {
+    const store = new Store();
+    const events = stream();
+    answers = [events.answer];
+    store.open();
+    events.send('snapshot', snapshot, 'e-1');
+    await until(() => store.link().state === 'synced');
+    const health = (zone) => store.health.zone(store.get('zones', zone));
+    assert.deepEqual(health('Hall'), {level: 'minor', faulty: 1, total: 2});
+    assert.deepEqual(health('Yard'), {level: 'major', faulty: 0, total: 0});
+    assert.deepEqual(store.health.faults().map(({key, isFirst}) => [key, isFirst]), [[2, true]]);
+
+    const seen = [];
+    store.subscribe(['zones'], (changes) => seen.push([...changes.get('zones') ?? ['all']]));
+    await new Promise((resolve) => { setImmediate(resolve); });
+    seen.length = 0;
+    events.send('changes', {changes: [{kind: 'sinks', op: 'update', record: sink(1, 3)},
+        {kind: 'sinks', op: 'update', record: sink(2, 1)}]}, 'e-2');
+    await until(() => seen.length > 0);
+    assert.deepEqual(seen, [['Hall']]);
+    assert.equal(health('Hall').level, 'major');
+    assert.deepEqual(store.health.faults().map(({key, isFirst}) => [key, isFirst]), [[1, false]]);
+
+    events.send('changes', {changes: [{kind: 'sinks', op: 'delete', id: 1}]}, 'e-3');
+    await until(() => store.count('sinks') === 1);
+    assert.deepEqual(health('Hall'), {level: 'healthy', faulty: 0, total: 1});
+    assert.deepEqual(store.health.faults(), []);
+    store.close();
+});
+
+test('a stream that ends is opened again after its last event; a session that is over ends it', async () => {
+    const store = new Store();
+    const events = stream();
+    answers = [events.answer, stream().answer];
+    store.open();
+    events.send('snapshot', snapshot, 'e-1');
+    events.send('status', status({connected: false, awayForMs: 5000, reason: 'refused'}), 'e-2');
+    await until(() => store.link().state === 'server-away');
+    assert.ok(store.link().awayForMs >= 5000);
+    events.end();
+    await until(() => store.link().state === 'gateway-away');
+    assert.equal(store.get('zones', 'Hall').id, 'Hall');
+    pass(1000);
+    assert.equal(requests[1].headers['Last-Event-ID'], 'e-2');
+    // The gateway is there again, also when nothing was missed.
+    await until(() => store.link().state === 'server-away');
+
+    let reason = null;
+    store.onSessionEnd = (text) => { reason = text; };
+    answers = [failure(401, 'not-logged-in')];
+    store.open();
+    await until(() => reason !== null);
+    pass(60000);
+    assert.equal(requests.length, 3);
+
+    // Nothing has come for a while: the connection is lost.
+    answers = [stream().answer];
+    const quiet = new Store();
+    quiet.open();
+    pass(41000);
+    assert.equal(quiet.link().state, 'gateway-away');
+    quiet.close();
+});
+
+test('moments of the station and durations', () => {
+    let now = 0;
+    const clock = new StationClock(() => now);
+    assert.equal(clock.wallNow(), null);
+    clock.update({stationTime: '2026-12-01T05:59:10', speed: 60});
+    now = 2000;
+    assert.equal(wallMoment(clock.wallNow(), clock.wallNow()), '06:01:10');
+    assert.match(wallMoment(clock.wallBefore(3600000), clock.wallNow()), /28\/11\/2026.* 18:01:10/);
+    assert.match(utcMoment('2026-12-01 04:59:10', 'Europe/Berlin'), /05:59:10/);
+    assert.equal(utcMoment('soon', 'Europe/Berlin'), 'soon');
+    assert.deepEqual([0, 59999, 60000, 3723000, 90000000].map(duration),
+        ['0 s', '59 s', '1 min', '1 h 2 min', '1 d 1 h']);
+});

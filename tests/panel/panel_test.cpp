@@ -1,0 +1,222 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "panel/Panel.h"
+
+#include <gtest/gtest.h>
+#include <httplib.h>
+#include <set>
+
+#include "panel/http/Target.h"
+#include "tests/support/tables.h"
+
+using namespace papanel;
+using paclient::Json;
+
+namespace {
+
+PanelSettings settingsOf(const std::string& station) {
+    PanelSettings settings;
+    settings.server.scenario = std::string(PA_TESTS) + "/simserver/stations/" + station;
+    return settings;
+}
+
+/// The events of a page, read on a thread of its own until the server ends them.
+class PageStream {
+public:
+    PageStream(int port, httplib::Headers headers)
+        : client_("127.0.0.1", port), thread_([this, headers = std::move(headers)] {
+              client_.set_read_timeout(30);
+              client_.Get("/api/v1/events", headers, [this](const char* data, std::size_t size) {
+                  const std::lock_guard guard(lock_);
+                  received_.append(data, size);
+                  changed_.notify_all();
+                  return true;
+              });
+              const std::lock_guard guard(lock_);
+              hasEnded_ = true;
+              changed_.notify_all();
+          }) {}
+    ~PageStream() {
+        client_.stop();
+        thread_.join();
+    }
+
+    /// Waits for the next event with one of these names.
+    /// @return its data; null when the stream has ended before, or none comes
+    Json next(const std::set<std::string>& names) {
+        std::unique_lock guard(lock_);
+        while (true) {
+            std::size_t end = std::string::npos;
+            changed_.wait_for(guard, std::chrono::seconds(20), [&] {
+                end = received_.find("\n\n", read_);
+                return end != std::string::npos || hasEnded_;
+            });
+            if (end == std::string::npos) {
+                return nullptr;
+            }
+            const std::string event = received_.substr(read_, end - read_);
+            read_ = end + 2;
+            const std::size_t name = event.find("event: ") + 7;
+            const std::size_t data = event.find("\ndata: ");
+            if (data != std::string::npos && names.count(event.substr(name, data - name)) != 0) {
+                return Json::parse(event.substr(data + 7));
+            }
+        }
+    }
+
+    /// Waits until the connection to the server is synced, or is not.
+    void awaitSync(bool isSynced) {
+        Json status;
+        do {
+            status = next({"snapshot", "status"});
+            status = status.contains("status") ? status["status"] : status;
+        } while (!status.is_null() && status["synced"] != isSynced);
+        EXPECT_FALSE(status.is_null());
+    }
+
+private:
+    httplib::Client client_;
+    std::mutex lock_;
+    std::condition_variable changed_;
+    // Guarded by lock_.
+    std::string received_;
+    std::size_t read_ = 0;
+    bool hasEnded_ = false;
+
+    std::thread thread_;
+};
+
+/// A browser with the session of the user "local".
+struct Browser {
+    httplib::Client client;
+    httplib::Headers session;
+
+    /// Waits until the panel has its server.
+    explicit Browser(const Panel& panel) : client("127.0.0.1", panel.port()) {
+        client.set_read_timeout(30);
+        const auto answer = client.Get("/api/v1/session");
+        const std::string cookie = answer->get_header_value("Set-Cookie");
+        session = {{"Cookie", cookie.substr(0, cookie.find(';'))},
+                   {"X-CSRF-Token", Json::parse(answer->body)["csrf"].get<std::string>()}};
+        PageStream page(panel.port(), session);
+        page.awaitSync(true);
+    }
+
+    [[nodiscard]] httplib::Headers withKey(const std::string& key) const {
+        httplib::Headers headers = session;
+        headers.emplace("Idempotency-Key", key);
+        return headers;
+    }
+
+    Json put(const std::string& path, const Json& body, const std::string& key) {
+        return Json::parse(
+            client.Put("/api/v1" + path, withKey(key), body.dump(), "application/json")->body);
+    }
+};
+
+}  // namespace
+
+TEST(Panel, servesThePage) {
+    Panel panel(settingsOf("small.json"));
+    Browser browser(panel);
+    httplib::Client& client = browser.client;
+    const auto page = client.Get("/");
+    ASSERT_EQ(page->status, 200);
+    EXPECT_EQ(page->get_header_value("Content-Type"), "text/html; charset=utf-8");
+    EXPECT_EQ(page->get_header_value("X-Content-Type-Options"), "nosniff");
+    const std::string policy = page->get_header_value("Content-Security-Policy");
+    EXPECT_EQ(policy.find("unsafe"), std::string::npos);
+    EXPECT_EQ(policy.rfind("default-src 'self';", 0), 0U) << policy;
+    EXPECT_NE(policy.find("frame-ancestors 'none'"), std::string::npos);
+    const std::string tag = page->get_header_value("ETag");
+    EXPECT_EQ(client.Get("/index.html", {{"If-None-Match", tag}})->status, 304);
+    const auto head = client.Head("/");
+    EXPECT_EQ(head->get_header_value("Content-Length"), std::to_string(page->body.size()));
+    EXPECT_EQ(client.Post("/")->status, 405);
+    EXPECT_EQ(client.Get("/nothing.js")->status, 404);
+    EXPECT_EQ(client.Get("/healthz")->body, "ok\n");
+    const auto rebound = client.Get("/", {{"Host", "page.example:8088"}});
+    EXPECT_EQ(rebound->status, 403);
+    EXPECT_EQ(client.Get("/", {{"Host", "localhost:1"}})->status, 200);
+}
+
+TEST(Panel, writesOperationsToTheAuditTrailOnce) {
+    Panel panel(settingsOf("small.json"));
+    Browser browser(panel);
+    const Json gain = {{"level", -7.0}};
+    const Json first = browser.put("/sinks/5/gain", gain, "key");
+    EXPECT_EQ(first["outcome"], "done") << first;
+    EXPECT_EQ(browser.put("/sinks/5/gain", gain, "key"), first);
+    EXPECT_EQ(browser.put("/sinks/5/gain", {{"level", -8.0}}, "key")["error"]["code"], "conflict");
+    EXPECT_EQ(browser.put("/sinks/77/gain", gain, "other")["error"]["code"], "not-found");
+    const auto elsewhere = browser.client.Post(
+        "/api/v1/session", {{"Sec-Fetch-Site", "cross-site"}}, "{}", "application/json");
+    EXPECT_EQ(elsewhere->status, 403);
+    const Json entries =
+        Json::parse(browser.client.Get("/api/v1/audit", browser.session)->body)["entries"];
+    ASSERT_EQ(entries.size(), 2U) << entries;
+    EXPECT_EQ(entries[0]["outcome"], "not-found");
+    EXPECT_EQ(entries[1]["outcome"], "done");
+    EXPECT_EQ(entries[1]["operation"], "set sink gain");
+    EXPECT_EQ(entries[1]["target"], "5");
+    EXPECT_EQ(entries[1]["user"], "local");
+    EXPECT_EQ(entries[1]["address"], "127.0.0.1");
+}
+
+/// The address that a proxy names counts when the proxy is trusted, and the last such only.
+TEST(Panel, believesItsProxy) {
+    for (const bool isTrusted : {true, false}) {
+        PanelSettings settings = settingsOf("small.json");
+        settings.isBehindProxy = true;
+        settings.isEncrypted = true;
+        if (isTrusted) {
+            settings.http.proxies = {"127.0.0.1", "10.0.0.1"};
+        }
+        Panel panel(settings);
+        Browser browser(panel);
+        browser.session.emplace("X-Forwarded-For", "1.1.1.1, 2.2.2.2");
+        browser.session.emplace("X-Forwarded-For", "10.0.0.1");
+        browser.session.emplace("Host", "page.example");
+        browser.put("/sinks/5/gain", {{"level", -7.0}}, "key");
+        const auto answer = browser.client.Get("/api/v1/audit", browser.session);
+        EXPECT_EQ(Json::parse(answer->body)["entries"][0]["address"],
+                  isTrusted ? "2.2.2.2" : "127.0.0.1");
+        EXPECT_TRUE(answer->has_header("Strict-Transport-Security"));
+    }
+}
+
+TEST(Panel, sendsWhatChangesToAllPages) {
+    Panel panel(settingsOf("small.json"));
+    Browser browser(panel);
+    PageStream first(panel.port(), browser.session);
+    PageStream second(panel.port(), browser.session);
+    const Json snapshot = first.next({"snapshot"});
+    EXPECT_TRUE(snapshot["status"]["connected"]);
+    const std::size_t sinks = snapshot["sinks"].size();
+    EXPECT_GT(sinks, 0U);
+    EXPECT_EQ(second.next({"snapshot"})["sinks"].size(), sinks);
+
+    browser.put("/sinks/5/gain", {{"level", -7.0}}, "key");
+    const auto gainIn = [](const Json& batch) {
+        for (const Json& change : batch["changes"]) {
+            if (change["kind"] == "sinks" && change["record"]["id"] == 5) {
+                return change["record"]["outputGain"].get<double>();
+            }
+        }
+        return 0.0;
+    };
+    for (PageStream* const page : {&first, &second}) {
+        double gain = 0;
+        while (gain != -7.0) {
+            const Json batch = page->next({"changes"});
+            ASSERT_FALSE(batch.is_null());
+            gain = gainIn(batch);
+        }
+    }
+
+    browser.client.Post("/api/v1/simulation/disconnect", browser.withKey("lost"), "{}",
+                        "application/json");
+    EXPECT_EQ(first.next({"snapshot"})["sinks"].size(), sinks) << "when it is back";
+    browser.client.Delete("/api/v1/session", browser.session);
+    EXPECT_EQ(second.next({"session"})["ends"], "the user has logged out");
+    EXPECT_TRUE(first.next({"changes after the end"}).is_null());
+}
