@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
+#include <chrono>
 #include <csignal>
 #include <cstdio>
 #include <iostream>
-#include <optional>
 #include <pthread.h>
 #include <unistd.h>
 
@@ -13,27 +13,17 @@
 #include "panel/access/userCommand.h"
 #include "paserver/ServiceNotice.h"
 #include "paserver/journal.h"
+#include "paserver/stopSignals.h"
 
 namespace {
 
-constexpr int stopSignals[] = {SIGTERM, SIGINT};
 constexpr std::size_t stackBytes = std::size_t{1} << 20U;  // of the thread of each connection
-
-sigset_t stopSignalSet() {
-    sigset_t set;
-    sigemptyset(&set);
-    for (const int signal : stopSignals) {
-        sigaddset(&set, signal);
-    }
-    return set;
-}
 
 /// Serves until a signal asks for the end.
 void serve(papanel::Panel& panel, paserver::ServiceNotice& notice) {
-    constexpr timespec tick{1, 0};
-    const sigset_t set = stopSignalSet();
+    constexpr std::chrono::seconds tick{1};
     notice.ready();
-    while (sigtimedwait(&set, nullptr, &tick) < 0) {
+    while (!paserver::awaitStopSignal(tick)) {
         panel.keepHouse();
         notice.works();
     }
@@ -49,12 +39,6 @@ void limitStacks() {
     pthread_attr_destroy(&attributes);
 }
 
-/// Writes in one line why the daemon does not serve.
-int refuse(int exitCode, const std::string& error, bool journal) {
-    std::fprintf(stderr, "%spapanel: %s\n", journal ? "<3>" : "", error.c_str());
-    return exitCode;
-}
-
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -64,16 +48,15 @@ int main(int argc, char** argv) {
         return papanel::runUserCommand(words, std::cin, std::cout, std::cerr,
                                        isatty(STDIN_FILENO) == 1 ? STDIN_FILENO : -1);
     }
-    const sigset_t set = stopSignalSet();
-    pthread_sigmask(SIG_BLOCK, &set, nullptr);  // the main thread waits for them
-    std::signal(SIGPIPE, SIG_IGN);              // a client that is away is an error of its socket
+    paserver::blockStopSignals();   // the main thread waits for them
+    std::signal(SIGPIPE, SIG_IGN);  // a client that is away is an error of its socket
     limitStacks();
     const papanel::Arguments arguments = papanel::readArguments(words);
     if (arguments.exitCode) {
         std::fputs(arguments.output.c_str(), stdout);
-        return arguments.error.empty()
-                   ? *arguments.exitCode
-                   : refuse(*arguments.exitCode, arguments.error, arguments.journal);
+        return arguments.error.empty() ? *arguments.exitCode
+                                       : paserver::refuse("papanel", *arguments.exitCode,
+                                                          arguments.error, arguments.journal);
     }
     if (arguments.journal) {
         paserver::logToJournal();
@@ -91,6 +74,6 @@ int main(int argc, char** argv) {
         serve(panel, notice);
         return papanel::stopped;
     } catch (const std::exception& error) {
-        return refuse(papanel::cannotStart, error.what(), arguments.journal);
+        return paserver::refuse("papanel", papanel::cannotStart, error.what(), arguments.journal);
     }
 }

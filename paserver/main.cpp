@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include <array>
-#include <csignal>
+#include <chrono>
 #include <cstdio>
 #include <optional>
 
@@ -11,37 +10,13 @@
 #include "paserver/Arguments.h"
 #include "paserver/ServiceNotice.h"
 #include "paserver/journal.h"
+#include "paserver/stopSignals.h"
 
 namespace {
 
 using paserver::BrokerServer;
 
-constexpr int stopSignals[] = {SIGTERM, SIGINT};
-
-sigset_t stopSignalSet() {
-    sigset_t set;
-    sigemptyset(&set);
-    for (const int signal : stopSignals) {
-        sigaddset(&set, signal);
-    }
-    return set;
-}
-
-/// A signal that asks for the end, or nothing after a while.
-std::optional<int> awaitSignal() {
-    constexpr timespec tick{0, 50'000'000};
-    const sigset_t set = stopSignalSet();
-    const int signal = sigtimedwait(&set, nullptr, &tick);
-    return signal > 0 ? std::optional(signal) : std::nullopt;
-}
-
-/// Ends the process by the signal.
-void endBy(int signal) {
-    std::signal(signal, SIG_DFL);
-    const sigset_t set = stopSignalSet();
-    std::raise(signal);
-    pthread_sigmask(SIG_UNBLOCK, &set, nullptr);
-}
+constexpr std::chrono::milliseconds tick{50};
 
 /// Serves until a signal comes or the server ends by itself.
 void serve(const BrokerServer& server, paserver::ServiceNotice& notice) {
@@ -49,7 +24,7 @@ void serve(const BrokerServer& server, paserver::ServiceNotice& notice) {
     bool isReady = false;
     std::uint64_t beats = 0;
     std::int64_t beatMS = pa::monotonicMS();
-    while (!server.hasEnded() && !awaitSignal()) {
+    while (!server.hasEnded() && !paserver::awaitStopSignal(tick)) {
         if (server.isReady() && !isReady) {
             isReady = true;
             notice.ready();
@@ -72,30 +47,24 @@ void stop(BrokerServer& server, paserver::ServiceNotice& notice) {
     server.requestStop();
     while (!server.hasEnded()) {
         notice.works();
-        if (const auto signal = awaitSignal(); signal && pa::monotonicMS() > startMS + sameMS) {
-            endBy(*signal);
+        if (const auto signal = paserver::awaitStopSignal(tick);
+            signal && pa::monotonicMS() > startMS + sameMS) {
+            paserver::endBy(*signal);
         }
     }
-}
-
-/// Writes in one line why the daemon does not serve.
-int refuse(int exitCode, const std::string& error, bool journal) {
-    std::fprintf(stderr, "%spaserver: %s\n", journal ? "<3>" : "", error.c_str());
-    return exitCode;
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
-    const sigset_t set = stopSignalSet();
-    pthread_sigmask(SIG_BLOCK, &set, nullptr);  // the main thread waits for them
+    paserver::blockStopSignals();  // the main thread waits for them
     const std::vector<std::string> words(argv + (argc > 0 ? 1 : 0), argv + argc);
     paserver::Arguments arguments = paserver::readArguments(words);
     if (arguments.exitCode) {
         std::fputs(arguments.output.c_str(), stdout);
-        return arguments.error.empty()
-                   ? *arguments.exitCode
-                   : refuse(*arguments.exitCode, arguments.error, arguments.journal);
+        return arguments.error.empty() ? *arguments.exitCode
+                                       : paserver::refuse("paserver", *arguments.exitCode,
+                                                          arguments.error, arguments.journal);
     }
     if (arguments.journal) {
         paserver::logToJournal();
@@ -113,11 +82,12 @@ int main(int argc, char** argv) {
         serve(server, notice);
         stop(server, notice);
         if (const std::string failure = server.failure(); !failure.empty()) {
-            return refuse(server.isReplaced() ? paserver::replaced : paserver::cannotStart, failure,
-                          arguments.journal);
+            return paserver::refuse(
+                "paserver", server.isReplaced() ? paserver::replaced : paserver::cannotStart,
+                failure, arguments.journal);
         }
         return paserver::stopped;
     } catch (const std::exception& error) {
-        return refuse(paserver::cannotStart, error.what(), arguments.journal);
+        return paserver::refuse("paserver", paserver::cannotStart, error.what(), arguments.journal);
     }
 }

@@ -1,0 +1,48 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "paserver/stopSignals.h"
+
+#include <csignal>
+#include <cstdio>
+#include <ctime>
+
+namespace paserver {
+
+namespace {
+
+sigset_t stopSignals() {
+    sigset_t set;
+    sigemptyset(&set);
+    for (const int signal : {SIGTERM, SIGINT}) {
+        sigaddset(&set, signal);
+    }
+    return set;
+}
+
+}  // namespace
+
+void blockStopSignals() {
+    const sigset_t set = stopSignals();
+    pthread_sigmask(SIG_BLOCK, &set, nullptr);
+}
+
+std::optional<int> awaitStopSignal(std::chrono::milliseconds limit) {
+    const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(limit);
+    const timespec tick{seconds.count(), std::chrono::nanoseconds(limit - seconds).count()};
+    const sigset_t set = stopSignals();
+    const int signal = sigtimedwait(&set, nullptr, &tick);
+    return signal > 0 ? std::optional(signal) : std::nullopt;
+}
+
+void endBy(int signal) {
+    std::signal(signal, SIG_DFL);
+    const sigset_t set = stopSignals();
+    std::raise(signal);
+    pthread_sigmask(SIG_UNBLOCK, &set, nullptr);
+}
+
+int refuse(const char* program, int exitCode, const std::string& error, bool journal) {
+    std::fprintf(stderr, "%s%s: %s\n", journal ? "<3>" : "", program, error.c_str());
+    return exitCode;
+}
+
+}  // namespace paserver

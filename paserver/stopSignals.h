@@ -1,0 +1,26 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <chrono>
+#include <optional>
+#include <string>
+
+namespace paserver {
+
+/// What the main thread of a daemon does with the signals that ask for its end, SIGTERM and SIGINT.
+
+/// Blocks them, in this thread and in those that it starts: before there are any.
+void blockStopSignals();
+
+/// A signal that asks for the end, or nothing after a while.
+std::optional<int> awaitStopSignal(std::chrono::milliseconds limit);
+
+/// Ends the process by the signal.
+void endBy(int signal);
+
+/// Writes in one line why the daemon `program` does not serve.
+/// @param journal whether stderr is read as that of a service, with priorities
+/// @return the exit code
+int refuse(const char* program, int exitCode, const std::string& error, bool journal);
+
+}  // namespace paserver
