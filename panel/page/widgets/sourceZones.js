@@ -87,7 +87,6 @@ export function sourceZones(app, id) {
         });
     }
 
-    read();
     return {
         element,
         read,
