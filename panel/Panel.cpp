@@ -11,6 +11,7 @@
 #include "panel/access/UserFile.h"
 #include "panel/access/cookie.h"
 #include "panel/api/AudioStore.h"
+#include "panel/api/FaultTimes.h"
 #include "panel/api/IdempotencyStore.h"
 #include "panel/api/LockKeeper.h"
 #include "panel/api/SentAnnouncements.h"
@@ -116,12 +117,13 @@ struct Panel::Parts {
     IdempotencyStore answers;
     AudioStore audio;
     const std::unique_ptr<paclient::Endpoint> endpoint;
+    const FaultTimes faults;
     paclient::Connection connection;
     LockKeeper locks;
     SentAnnouncements announcements;
     EventHub events;
-    Services services{connection, events, sessions, users.get(),   audit,
-                      answers,    locks,  audio,    announcements, stop};
+    Services services{connection, events, sessions,      users.get(), audit, answers,
+                      locks,      audio,  announcements, faults,      stop};
     const PanelMetrics metrics;
     Router router;
     std::string url;
