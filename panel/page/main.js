@@ -142,6 +142,7 @@ function saveConnection() {
 }
 
 app.api.onLoggedOut = () => restart(app.session.loggedIn ? t('login.expired') : '');
+app.store.fetchStatus = () => app.api.get('/status');
 app.store.onSessionEnd = (reason) => restart(reason || t('login.expired'));
 window.addEventListener('hashchange', () => frame?.open(location.hash));
 document.addEventListener('visibilitychange', saveConnection);
