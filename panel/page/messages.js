@@ -6,7 +6,7 @@ import {icon} from './icons.js';
 import {hasText, t} from './i18n.js';
 
 const lifetime = 6000;
-const mostToasts = 4;
+const mostToasts = 3;
 
 const polite = h('div', {class: 'visually-hidden', 'aria-live': 'polite'});
 const assertive = h('div', {class: 'visually-hidden', 'aria-live': 'assertive'});
@@ -19,9 +19,15 @@ export function messageRegions() {
     return [polite, assertive, toasts];
 }
 
-/// Puts the messages into the dialog that is open, or back into the body.
-export function moveMessages(parent) {
-    parent.append(polite, assertive, toasts);
+/// Puts the messages into the dialog that is opened last, or back into the page. Toasts have a place of their
+/// own there, so that they never cover a control.
+export function moveMessages() {
+    const dialog = [...document.querySelectorAll('dialog[open]')].pop();
+    const place = dialog ?? document.querySelector('.content') ?? document.body;
+    if (toasts.parentNode !== place) {
+        (dialog ?? document.body).append(polite, assertive);
+        place.insertBefore(toasts, dialog?.querySelector('.dialog-footer') ?? null);
+    }
 }
 
 /// Has a text read out; `urgent` interrupts what is being read.
@@ -30,12 +36,21 @@ export function announce(text, urgent = false) {
     setText(region, region.textContent === text ? `${text}\u00a0` : text);
 }
 
+/// Where the focus goes when what has it is removed.
+function placeOfFocus() {
+    return toasts.closest('dialog')?.querySelector('h2') ?? document.querySelector('main') ?? document.body;
+}
+
 /// Displays a message for some seconds. `kind` is 'done', 'note' or 'error'; errors stay until they are
 /// closed. `action` is {label, run}.
 export function toast(text, kind = 'note', action = null) {
     const remove = () => {
         clearTimeout(timer);
+        const hadFocus = box.contains(document.activeElement);
         box.remove();
+        if (hadFocus) {
+            (toasts.querySelector('button') ?? placeOfFocus()).focus();
+        }
     };
     const box = h('div', {class: `toast toast-${kind}`},
         icon({done: 'check', note: 'announce', error: 'warning'}[kind]),
@@ -47,10 +62,12 @@ export function toast(text, kind = 'note', action = null) {
         h('button', {type: 'button', class: 'quiet icon-button', 'aria-label': t('messages.close'),
             on: {click: remove}}, icon('close')));
     const timer = kind === 'error' ? null : setTimeout(remove, lifetime);
+    moveMessages();
     toasts.append(box);
     while (toasts.children.length > mostToasts) {
         toasts.firstChild.remove();
     }
+    toasts.scrollTop = toasts.scrollHeight;
     announce(text, kind === 'error');
 }
 
