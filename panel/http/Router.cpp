@@ -5,8 +5,8 @@
 #include <chrono>
 
 #include "panel/Services.h"
+#include "panel/access/SessionCookie.h"
 #include "panel/access/Sessions.h"
-#include "panel/access/cookie.h"
 #include "panel/api/IdempotencyStore.h"
 #include "panel/audit/AuditTrail.h"
 #include "panel/http/ApiError.h"
@@ -47,8 +47,8 @@ std::string hostName(const std::string& host) {
 
 /// The session of a request becomes its caller.
 /// @throws ApiError
-void identify(ApiRequest& call, const Route& route, const std::string& token, Sessions& sessions) {
-    const auto session = sessions.find(token);
+void identify(ApiRequest& call, const Route& route, Sessions& sessions) {
+    const auto session = sessions.find(call.token);
     if (session) {
         call.caller.user = session->user;
         call.caller.role = session->role;
@@ -151,7 +151,11 @@ ApiReply Router::reply(const HttpRequest& request, const Route*& found) {
     call.isEncrypted = settings_.isEncrypted;
     call.caller.address = clientOf(request);
     call.caller.page = call.header("x-page");
-    identify(call, *found, tokenIn(call.header("cookie")), services_.sessions);
+    call.port = request.port;
+    call.token = SessionCookie(call.port, call.isEncrypted).tokenIn(call.header("cookie"));
+    identify(call, *found, services_.sessions);
+    const BodySpace::Share space =
+        bodies_.take(call.caller.user, std::min(request.head.contentLength, found->maxBody));
     readBody(request, *found, call);
     if (found->effect != Effect::Operates) {
         return found->handle(services_, call);

@@ -9,6 +9,7 @@
 #include <tuple>
 
 #include "metrics/DurationCounts.h"
+#include "panel/http/BodySpace.h"
 #include "panel/http/HttpConnection.h"
 #include "panel/http/RouteTable.h"
 
@@ -55,6 +56,7 @@ private:
     const RouteTable table_;
     const RouterSettings settings_;
     pametrics::DurationCounts operationDurations_;
+    BodySpace bodies_;
 
     mutable std::mutex lock_;
     Counts counts_;  // guarded by lock_
