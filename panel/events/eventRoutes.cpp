@@ -61,7 +61,8 @@ ApiReply events(Services& services, const ApiRequest& request) {
         }
         services.locks.pageOpened(session);
         const pautil::AtEnd closed([&] { services.locks.pageClosed(session); });
-        writeEvents(write, stopped, [&page](const Write& writeText) {
+        writeEvents(write, stopped, [&](const Write& writeText) {
+            services.sessions.notePage(session);
             const EventLog::Text text = page.next(turn);
             return (text == nullptr || writeText(*text)) && !page.isOver();
         });

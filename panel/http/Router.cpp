@@ -38,6 +38,12 @@ bool changesNothing(const std::string& method) {
     return method == "GET" || method == "HEAD";
 }
 
+/// Whether a page of another origin has sent the request, or has a link to it.
+bool isForeign(const RequestHead& head) {
+    const std::string site = head.header("sec-fetch-site");
+    return !site.empty() && site != "same-origin" && site != "none";
+}
+
 /// The name in a Host header, without the port.
 std::string hostName(const std::string& host) {
     const std::size_t colon = host.rfind(':');
@@ -128,12 +134,16 @@ Router::Counts Router::counts() const {
 }
 
 ApiReply Router::reply(const HttpRequest& request, const Route*& found) {
-    checkOrigin(request.head);
+    checkHost(request.head);
     Target target = parseTarget(request.head.target);
+    const bool isCall = target.parts.front() == "api";
+    if ((isCall || !changesNothing(request.head.method)) && isForeign(request.head)) {
+        throw ApiError(403, "csrf", "the request comes from another page");
+    }
     if (const auto other = settings_.others.find(target.path); other != settings_.others.end()) {
         return other->second(request);
     }
-    if (target.parts.front() != "api") {
+    if (!isCall) {
         return pageReply(request.head, target.path);
     }
     if (target.parts.size() < 3 || target.parts[1] != "v1") {
@@ -166,14 +176,10 @@ ApiReply Router::reply(const HttpRequest& request, const Route*& found) {
     return services_.answers.answer(call, [&] { return operate(services_, *found, call); });
 }
 
-/// Refuses what a page of another origin may send.
-void Router::checkOrigin(const RequestHead& head) const {
+/// Refuses names of others, which lead to this machine.
+void Router::checkHost(const RequestHead& head) const {
     if (!settings_.hosts.empty() && settings_.hosts.count(hostName(head.header("host"))) == 0) {
         throw ApiError(403, "forbidden", "the server does not have this name");
-    }
-    const std::string site = head.header("sec-fetch-site");
-    if (!changesNothing(head.method) && !site.empty() && site != "same-origin" && site != "none") {
-        throw ApiError(403, "csrf", "the request comes from another page");
     }
 }
 

@@ -46,7 +46,7 @@ public:
     [[nodiscard]] const Routes& routes() const { return table_.routes(); }
 
 private:
-    void checkOrigin(const RequestHead& head) const;
+    void checkHost(const RequestHead& head) const;
     [[nodiscard]] std::string clientOf(const HttpRequest& request) const;
     ApiReply reply(const HttpRequest& request, const Route*& found);
     ApiReply call(const Route& route, ApiRequest& request);
