@@ -1,12 +1,16 @@
 // SPDX-License-Identifier: Apache-2.0
 // Messages to the user: toasts, and texts that only assistive technology reads.
 
-import {h, set, setText} from './dom.js';
+import {h, replace, set, setText} from './dom.js';
 import {icon} from './icons.js';
 import {hasText, t} from './i18n.js';
 
 const lifetime = 6000;
 const mostToasts = 3;
+/// An operation that takes longer than this is displayed as being sent.
+const sendingPatience = 1000;
+
+let audience = 0;  // counts the users of this page
 
 const polite = h('div', {class: 'visually-hidden', 'aria-live': 'polite'});
 const assertive = h('div', {class: 'visually-hidden', 'aria-live': 'assertive'});
@@ -30,6 +34,12 @@ export function moveMessages() {
     }
 }
 
+/// What concerns one user is not displayed to the next one.
+export function clearMessages() {
+    audience += 1;
+    replace(toasts);
+}
+
 /// Has a text read out; `urgent` interrupts what is being read.
 export function announce(text, urgent = false) {
     const region = urgent ? assertive : polite;
@@ -41,8 +51,8 @@ function placeOfFocus() {
     return toasts.closest('dialog')?.querySelector('h2') ?? document.querySelector('main') ?? document.body;
 }
 
-/// Displays a message for some seconds. `kind` is 'done', 'note' or 'error'; errors stay until they are
-/// closed. `action` is {label, run}.
+/// Displays a message for some seconds. `kind` is 'done', 'note', 'error' or 'pending'; the last two stay until
+/// they are closed. `action` is {label, run}. Returns a function that removes it.
 export function toast(text, kind = 'note', action = null) {
     const remove = () => {
         clearTimeout(timer);
@@ -53,7 +63,7 @@ export function toast(text, kind = 'note', action = null) {
         }
     };
     const box = h('div', {class: `toast toast-${kind}`},
-        icon({done: 'check', note: 'announce', error: 'warning'}[kind]),
+        icon({done: 'check', note: 'announce', pending: 'announce', error: 'warning'}[kind]),
         h('p', {dir: 'auto'}, text),
         action && h('button', {type: 'button', class: 'quiet', on: {click: () => {
             remove();
@@ -61,7 +71,7 @@ export function toast(text, kind = 'note', action = null) {
         }}}, action.label),
         h('button', {type: 'button', class: 'quiet icon-button', 'aria-label': t('messages.close'),
             on: {click: remove}}, icon('close')));
-    const timer = kind === 'error' ? null : setTimeout(remove, lifetime);
+    const timer = ['error', 'pending'].includes(kind) ? null : setTimeout(remove, lifetime);
     moveMessages();
     toasts.append(box);
     while (toasts.children.length > mostToasts) {
@@ -69,6 +79,7 @@ export function toast(text, kind = 'note', action = null) {
     }
     toasts.scrollTop = toasts.scrollHeight;
     announce(text, kind === 'error');
+    return remove;
 }
 
 /// The text of an error for people: in their language by its code, with the gateway's own text.
@@ -89,10 +100,14 @@ export function errorText(error) {
 /// a button to send the same operation again when the gateway has not answered. Returns the answer, null
 /// after an error.
 export async function attempt(operation, done = null) {
+    const user = audience;
+    let removeSending = () => {};
+    const sending = setTimeout(() => { removeSending = toast(t('messages.sending'), 'pending'); }, sendingPatience);
+    const display = (...message) => user === audience && toast(...message);
     try {
         const answer = await operation();
         if (done !== null) {
-            toast(typeof done === 'function' ? done(answer) : done, 'done');
+            display(typeof done === 'function' ? done(answer) : done, 'done');
         }
         return answer ?? {};
     } catch (error) {
@@ -104,7 +119,10 @@ export async function attempt(operation, done = null) {
         }
         const again = error.code === 'unreachable' && error.retry
             ? {label: t('messages.again'), run: () => attempt(error.retry, done)} : null;
-        toast(errorText(error), 'error', again);
+        display(errorText(error), 'error', again);
         return null;
+    } finally {
+        clearTimeout(sending);
+        removeSending();
     }
 }
