@@ -17,8 +17,8 @@ export function pageId() {
     return page;
 }
 
-/// A refusal. `code` and `text` are the gateway's; `unreachable` is this page's own code for a gateway
-/// that does not answer. `details` has what the error has beside them (`suggestions`, `holder`, ...).
+/// A refusal. `code` and `text` are the gateway's. This page's own codes are for a gateway that does not
+/// answer: `unreachable` to an operation, which may have been carried out, else `no-answer`. `details` has what the error has beside them (`suggestions`, `holder`, ...).
 export class ApiError extends Error {
     constructor(status, code, text, details = {}, retryAfter = null) {
         super(text);
@@ -130,7 +130,7 @@ export class Api {
             if (error.name === 'AbortError') {
                 throw error;
             }
-            throw new ApiError(0, 'unreachable', String(error.message));
+            throw new ApiError(0, key ? 'unreachable' : 'no-answer', String(error.message));
         }
         if (response.ok) {
             const isJson = (response.headers.get('Content-Type') ?? '').includes('json');

@@ -44,7 +44,12 @@ export const app = {
 
     async logOut() {
         app.store.close();
-        await app.api.logOut();
+        try {
+            await app.api.logOut();
+        } catch (error) {
+            app.store.open();
+            throw error;
+        }
         app.session = {loggedIn: false, authentication: true};
         showLogin();
     },
@@ -53,6 +58,7 @@ export const app = {
         choose('language', tag);
         setLanguage(tag);
         begin();
+        frame.focusSettings();
     },
 };
 
@@ -92,7 +98,7 @@ async function findSession() {
         } catch (error) {
             if (!frame) {
                 replace(document.body, messageRegions(), h('main', {class: 'login-page'},
-                    h('p', {role: 'status'}, errorText(error))));
+                    h('p', {role: 'status'}, errorText(error)), h('p', {}, t('frame.retrying'))));
             }
             await new Promise((resolve) => { setTimeout(resolve, 2000); });
         }
@@ -115,8 +121,10 @@ async function start(reason) {
 }
 
 const hiddenPatience = 60000;
+const longSleep = 20000;
 
 let hiding = null;
+let hiddenAt = 0;
 let isStarting = false;
 
 async function restart(reason) {
@@ -131,13 +139,14 @@ async function restart(reason) {
 function saveConnection() {
     clearTimeout(hiding);
     if (document.hidden) {
+        hiddenAt = Date.now();
         hiding = setTimeout(() => {
             if (!app.store.all('locks').some((lock) => lock.page === pageId())) {
                 app.store.close();
             }
         }, hiddenPatience);
-    } else if (app.session.loggedIn && !app.store.isOpen) {
-        app.store.open();
+    } else if (app.session.loggedIn && (!app.store.isOpen || Date.now() - hiddenAt > longSleep)) {
+        app.store.open();  // also where the computer was asleep, and the connection may be lost
     }
 }
 
@@ -146,5 +155,6 @@ app.store.fetchStatus = () => app.api.get('/status');
 app.store.onSessionEnd = (reason) => restart(reason || t('login.expired'));
 window.addEventListener('hashchange', () => frame?.open(location.hash));
 document.addEventListener('visibilitychange', saveConnection);
+window.addEventListener('online', () => app.session.loggedIn && app.store.open());
 setLanguage(setting('language') ?? preferredLanguage());
 restart('');
