@@ -150,7 +150,7 @@ void Panel::requestStop() {
 
 void Panel::keepHouse() {
     parts_->sessions.endExpired();
-    parts_->audit.removeExpired();
+    parts_->audit.keepHouse();
     papanel::keepHouse(parts_->services);
 }
 

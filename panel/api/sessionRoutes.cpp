@@ -54,13 +54,13 @@ ApiReply logIn(Services& services, const ApiRequest& request) {
     const NewSession begun =
         services.sessions.logIn(textOf("user"), textOf("password"), request.caller.address);
     if (const auto before = services.sessions.find(tokenIn(request.header("cookie")))) {
-        services.sessions.end(before->id, "the user has logged in again");
+        services.sessions.end(before->id, "login");
     }
     return replyWith(services, request, begun);
 }
 
 ApiReply logOut(Services& services, const ApiRequest& request) {
-    services.sessions.end(request.caller.sessionId, "the user has logged out");
+    services.sessions.end(request.caller.sessionId, "logout");
     ApiReply reply;
     reply.status = 204;
     reply.headers.emplace_back("Set-Cookie", setCookie("", request.isEncrypted));

@@ -9,6 +9,7 @@
 #include "panel/access/cookie.h"
 #include "panel/api/IdempotencyStore.h"
 #include "panel/audit/AuditTrail.h"
+#include "panel/audit/auditTexts.h"
 #include "panel/http/ApiError.h"
 #include "panel/http/Target.h"
 #include "panel/http/byteRange.h"
@@ -72,15 +73,6 @@ void identify(ApiRequest& call, const Route& route, const std::string& token, Se
 std::string memberOr(const Json& object, const char* name, const std::string& other) {
     const auto member = object.find(name);
     return member != object.end() && member->is_string() ? member->get<std::string>() : other;
-}
-
-/// What the request names in its address.
-std::string auditedTarget(const ApiRequest& request) {
-    std::string target;
-    for (const std::string& part : request.parts) {
-        target += (target.empty() ? "" : ", ") + part;
-    }
-    return target;
 }
 
 /// Calls the handler of an operation, which the audit trail has before it is sent.

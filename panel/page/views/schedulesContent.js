@@ -5,7 +5,8 @@ import {h, replace, set} from '../dom.js';
 import {t} from '../i18n.js';
 import {kindChoice} from './announceContent.js';
 import {itemsEditor} from './announceItems.js';
-import {displayEditor, field, numberField, recordingEditor, speechEditor} from './announceParts.js';
+import {displayEditor, field, numberField, speechEditor} from './announceParts.js';
+import {recordingEditor} from './announceRecordings.js';
 import {PartType, audioOf, withAudio} from './schedulesModel.js';
 
 const usualValidity = 30;
@@ -20,7 +21,7 @@ export function scheduleContent({app, lists, definition, change}) {
             change(withAudio(definition, kind));
             showAudio();
         }),
-        audio, displayPart(lists, definition, change), options(lists, definition, change));
+        audio, displayPart(definition, change), options(lists, definition, change));
 }
 
 function audioEditor({app, lists, definition: d, change}) {
@@ -34,13 +35,13 @@ function audioEditor({app, lists, definition: d, change}) {
         items: () => [itemsEditor({dictionary: lists.dictionary, value: d.dictionaryItems,
             onChange: (dictionaryItems) => change({dictionaryItems})}),
         numberField(t('compose.repeat'), d.repeatCnt, {min: 1, max: 1000}, (repeatCnt) => change({repeatCnt}))],
-        recording: () => recordingEditor({app, recordings: lists.recordings, value: d.storedDataFilePath,
+        recording: () => recordingEditor({app, value: d.storedDataFilePath,
             onChange: (storedDataFilePath) => change({storedDataFilePath})}),
     }[audioOf(d)]();
 }
 
-function displayPart(lists, d, change) {
-    const display = h('div', {class: 'compose-display'}, displayEditor({templates: lists.templates,
+function displayPart(d, change) {
+    const display = h('div', {class: 'compose-display'}, displayEditor({
         value: {template: d.displayTemplateName, variables: Object.entries(d.displayTemplateKeyValueList),
             validity: d.displayTemplateValidityPeriodSeconds || usualValidity},
         onChange: (value) => change({displayTemplateName: value.template,
