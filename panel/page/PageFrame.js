@@ -70,6 +70,11 @@ export class PageFrame {
         this.#mounted?.unmount();
     }
 
+    /// When there is no other place for the focus.
+    focusView() {
+        this.#main.focus();
+    }
+
     focusSettings() {
         this.#user.focus();
     }

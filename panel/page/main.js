@@ -40,6 +40,7 @@ export const app = {
         app.session = await app.api.logIn(user, password);
         app.endReason = '';
         begin();
+        frame.focusView();
     },
 
     async logOut() {

@@ -20,6 +20,7 @@ export class SchedulesTable {
     #abort = new AbortController();
     #isFetching = false;
     #isDue = false;
+    #isAllowed = false;
 
     constructor(app, actions) {
         this.#app = app;
@@ -85,6 +86,12 @@ export class SchedulesTable {
         }
     }
 
+    /// Whether schedules can be changed now.
+    setAllowed(isAllowed) {
+        this.#isAllowed = isAllowed;
+        this.#buttons().forEach((button) => set(button, 'disabled', !isAllowed));
+    }
+
     #buttons() {
         return [...this.#body.querySelectorAll('button')];
     }
@@ -93,7 +100,7 @@ export class SchedulesTable {
         const cell = (name, ...content) => h('td', {'data-label': t(`schedules.${name}`)}, content);
         const buttons = Object.entries(this.#actions).map(([name, {text, run}]) => h('button', {type: 'button',
             class: 'quiet icon-button', 'data-action': `${name}-${schedule.Id}`, 'aria-label': text(nameOf(schedule)),
-            on: {click: () => run(schedule)}}, icon(name)));
+            disabled: !this.#isAllowed, on: {click: () => run(schedule)}}, icon(name)));
         return h('tr', {'data-schedule': schedule.Id},
             h('th', {scope: 'row', dir: 'auto'}, nameOf(schedule)),
             cell('when', h('ul', {}, [timesText(schedule), daysText(schedule.dayMask), periodText(schedule)]

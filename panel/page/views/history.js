@@ -38,7 +38,7 @@ class History {
             from: h('input', {type: 'datetime-local', max: '9999-12-31T23:59'}),
             until: h('input', {type: 'datetime-local', max: '9999-12-31T23:59'}),
             user: h('input', {type: 'search', maxlength: 64, autocomplete: 'off', spellcheck: 'false',
-                placeholder: t('history.wholeName')}),
+                placeholder: t('history.wholeName'), list: 'history-users'}),
             operation: choice(t('history.any'), operationChoices()),
             outcome: choice(t('history.any'), outcomeChoices()),
         };
@@ -47,9 +47,10 @@ class History {
         this.body = h('tbody', {});
         this.status = h('p', {class: 'note', role: 'status'});
         this.more = h('button', {type: 'button', on: {click: () => this.loadMore()}}, t('history.more'));
+        this.users = h('datalist', {id: 'history-users'});
         this.zone = h('p', {class: 'note'});
         this.element = h('div', {class: 'history'},
-            this.filterFrame(), this.zone,
+            this.filterFrame(), this.users, this.zone,
             h('div', {class: 'table-frame', role: 'region', 'aria-label': t('history.title'), tabindex: '0'},
                 h('table', {class: 'history-table'}, h('thead', {}, h('tr', {},
                     columns.map((name) => h('th', {scope: 'col', 'data-column': name}, t(`history.${name}`))))), this.body)),
@@ -119,6 +120,13 @@ class History {
         this.abort = null;
         this.lastId = null;
         const query = this.query();
+        if (query.from && query.until && query.from > query.until) {
+            replace(this.body);
+            this.isMore = false;
+            set(this.more, 'hidden', true);
+            setText(this.status, t('history.order'));
+            return null;
+        }
         this.exports.forEach((link) =>
             set(link, 'href', prefix + withQuery('/audit/export', {format: link.dataset.format, ...query})));
         return this.load(true);
@@ -165,11 +173,18 @@ class History {
             replace(this.body);
         }
         this.body.append(...entries.map((entry) => this.row(entry)));
+        entries.forEach(({user}) => this.offerUser(user));
         this.lastId = entries.at(-1)?.id ?? this.lastId;
         this.isMore = more && entries.length > 0;
         const count = this.body.children.length;
         setText(this.status, count === 0 ? t('history.none')
             : t(this.isMore ? 'history.countMore' : 'history.count', {n: count}));
+    }
+
+    offerUser(user) {
+        if (![...this.users.children].some(({value}) => value === user)) {
+            this.users.append(h('option', {value: user}));
+        }
     }
 
     row(entry) {

@@ -12,7 +12,7 @@ const operations = ['play announcement', 'cancel announcement', 'cancel announce
     'simulate lost renewals', 'simulate lost requests', 'simulate lost connection', 'restart simulated server'];
 
 const outcomes = ['done', 'as-before', 'refused', 'held', 'not-found', 'ambiguous', 'bad-request', 'too-large',
-    'not-supported', 'not-connected', 'timed-out', 'connection-lost', 'internal', 'pending', 'unknown'];
+    'unsupported-media-type', 'too-slow', 'not-supported', 'overloaded', 'conflict', 'not-connected', 'timed-out', 'connection-lost', 'internal', 'pending', 'unknown'];
 
 /// The text of a name that is known, else the name.
 function textOf(key, name) {

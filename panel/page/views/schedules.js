@@ -7,9 +7,8 @@ import {h, set, setText} from '../dom.js';
 import {t} from '../i18n.js';
 import {icon} from '../icons.js';
 import {attempt} from '../messages.js';
+import {ScheduleEditor} from './ScheduleEditor.js';
 import {SchedulesTable} from './SchedulesTable.js';
-import {fetchLists} from './announceContent.js';
-import {openScheduleEditor} from './schedulesEditor.js';
 import {importSchedules} from './schedulesImport.js';
 import {blankSchedule, definitionOf} from './schedulesModel.js';
 import {nameOf} from './schedulesText.js';
@@ -21,7 +20,7 @@ function mount(root, app, parts) {
     const view = new Schedules(app);
     root.append(view.element);
     view.update(parts);
-    const ofOperator = {key: 'n', text: t('schedules.new'), run: () => view.edit(null)};
+    const ofOperator = {key: 'n', text: t('schedules.new'), run: () => view.edit('new')};
     return {unmount: () => view.close(), update: (next) => view.update(next), shortcuts: [
         {key: '/', text: t('search.label'), run: () => view.search.focus()},
         ...view.isOperator ? [ofOperator] : [],
@@ -34,9 +33,12 @@ class Schedules {
     constructor(app) {
         this.app = app;
         this.form = 'table';
+        this.edited = '';
+        this.editor = null;
+        this.opener = null;
+        this.isClosed = false;
         this.day = this.today();
         this.isOperator = app.session.role === 'operator';
-        this.abort = new AbortController();
         this.search = h('input', {type: 'search', maxlength: 200, autocomplete: 'off', 'aria-label': t('search.label'),
             placeholder: t('search.label'), on: {input: () => this.fill()}});
         this.tabs = forms.map((form) => h('a', {href: `#schedules/${form}`, class: 'tab'}, t(`schedules.form.${form}`)));
@@ -47,10 +49,10 @@ class Schedules {
         this.week = weekView({store: app.store, today: () => this.today(),
             open: this.isOperator ? (id) => this.edit(id) : null});
         this.note = h('p', {class: 'note', role: 'status'});
-        this.file = h('input', {type: 'file', accept: '.json,application/json', class: 'visually-hidden', tabindex: '-1',
-            'aria-label': t('schedules.import'), on: {change: () => this.import()}});
+        this.file = h('input', {type: 'file', accept: '.json,application/json', hidden: true,
+            on: {change: () => this.import()}});
         this.changing = [
-            h('button', {type: 'button', class: 'primary', on: {click: () => this.edit(null)}},
+            h('button', {type: 'button', class: 'primary', on: {click: () => this.edit('new')}},
                 icon('plus'), t('schedules.new')),
             h('button', {type: 'button', on: {click: () => this.file.click()}}, icon('upload'), t('schedules.import')),
         ];
@@ -63,31 +65,45 @@ class Schedules {
             this.table.element, this.week.element, this.note);
         this.endFollowing = app.store.subscribe(['schedules', 'status'], (changes) => this.take(changes));
         this.timer = setInterval(() => this.tick(), 1000);
+        this.showAccess();
         this.table.fetchNextRuns();
     }
 
     close() {
-        this.abort.abort();
+        this.isClosed = true;
         this.table.close();
         clearInterval(this.timer);
         this.endFollowing();
     }
 
-    update([form]) {
+    /// `id` is the number of the schedule that is edited, 'new' for a new one.
+    update([form, id = '']) {
         this.form = forms.includes(form) ? form : 'table';
         this.tabs.forEach((tab, i) => set(tab, 'aria-current', forms[i] === this.form ? 'true' : null));
         set(this.table.element, 'hidden', this.form !== 'table');
         set(this.search, 'hidden', this.form !== 'table');
         set(this.week.element, 'hidden', this.form !== 'week');
         this.fill();
+        if (id !== this.edited) {
+            this.editor?.close();
+            this.edited = id;
+        }
+        this.openEditor();
     }
 
     take(changes) {
         if (changes.has('schedules')) {
             this.fill();
             this.table.fetchNextRuns();
+            this.openEditor();
         }
-        this.changing.forEach((button) => set(button, 'disabled', this.app.whyNot() !== null));
+        this.showAccess();
+    }
+
+    showAccess() {
+        const isAllowed = this.app.whyNot() === null;
+        this.changing.forEach((button) => set(button, 'disabled', !isAllowed));
+        this.table.setAllowed(isAllowed);
     }
 
     tick() {
@@ -118,24 +134,40 @@ class Schedules {
 
     // ------------------------------------------------------------------------------------ operations
 
-    /// Opens the editor of a schedule, of a new one for null.
-    async edit(id) {
-        const record = id === null ? null : this.app.store.get('schedules', id);
-        if (id !== null && !record) {
+    /// Edits a schedule, a new one for 'new'.
+    edit(id) {
+        this.opener = document.activeElement;
+        this.app.go('schedules', this.form, String(id));
+    }
+
+    /// Opens the editor that the address names, when its schedule is known.
+    openEditor() {
+        const record = this.app.store.get('schedules', Number(this.edited));
+        const isThere = this.edited === 'new' || record;
+        if (this.editor || !this.edited || !isThere || !this.isOperator) {
             return;
         }
-        const opener = document.activeElement;
-        const lists = await attempt(() => fetchLists(this.app.api, this.abort.signal));
-        if (lists && !this.abort.signal.aborted) {
-            openScheduleEditor({app: this.app, lists,
-                definition: record ? definitionOf(record) : blankSchedule(this.today()),
-                onClose: () => this.returnTo(opener)});
-        }
+        const address = location.hash;
+        this.editor = new ScheduleEditor({app: this.app,
+            definition: this.edited === 'new' ? blankSchedule(this.today()) : definitionOf(record),
+            reopen: () => { location.hash = address; },
+            onClose: () => {
+                this.editor = null;
+                if (this.isClosed) {
+                    return;  // after a login the address opens the editor again
+                }
+                if (location.hash === address) {
+                    this.edited = '';
+                    history.replaceState(null, '', `#schedules/${this.form}`);
+                }
+                this.returnTo(this.opener);
+                this.openEditor();
+            }});
     }
 
     /// The button that has opened a dialog may have been made again meanwhile.
     returnTo(opener) {
-        if (opener.isConnected || this.abort.signal.aborted) {
+        if (!opener || opener.isConnected) {
             return;
         }
         if (opener.dataset.action) {

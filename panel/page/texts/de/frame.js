@@ -67,4 +67,13 @@ export default {
     'error.not-found': 'Nicht gefunden: {text}',
     'error.suggestions': 'Ähnlich: {names}',
     'error.internal': 'Das Panel hat ein Problem: {text}',
+    'error.bad-request': 'Die Anfrage ist nicht gültig: {text}',
+    'error.ambiguous': 'Das ist nicht eindeutig: {text}',
+    'error.audit-unavailable': 'Der Verlauf kann nicht geschrieben werden. Es ist nichts ausgeführt.',
+    'error.conflict': 'Das wurde schon auf andere Weise verlangt. Bitte versuchen Sie es erneut.',
+    'error.csrf': 'Die Sitzung hat gewechselt. Bitte versuchen Sie es erneut.',
+    'error.method-not-allowed': 'Das Panel unterstützt das nicht.',
+    'error.unsupported-media-type': 'Das Panel kann diese Art von Daten nicht lesen.',
+    'error.too-slow': 'Die Daten kamen zu langsam. Bitte versuchen Sie es erneut.',
+    'error.wrong-credentials': 'Benutzer oder Passwort ist falsch.',
 };

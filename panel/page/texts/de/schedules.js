@@ -63,4 +63,8 @@ export default {
     'schedules.imported': {one: '{n} Zeitplan ist importiert.', other: '{n} Zeitpläne sind importiert.'},
     'schedules.failed': 'Nicht importiert',
     'schedules.failedEntry': 'Eintrag {entry}: {reason}',
+    'schedules.startOver': 'Von vorn beginnen',
+    'schedules.continue': 'Fortsetzen',
+    'schedules.continued': 'Diese Änderungen waren nicht gespeichert.',
+    'schedules.kept': 'Die Änderungen von {name} sind nicht gespeichert; sie bleiben, bis die Seite geschlossen wird.',
 };

@@ -66,4 +66,13 @@ export default {
     'error.not-found': 'Not found: {text}',
     'error.suggestions': 'Nearest: {names}',
     'error.internal': 'The panel has a problem: {text}',
+    'error.bad-request': 'The request is not valid: {text}',
+    'error.ambiguous': 'This is not one thing only: {text}',
+    'error.audit-unavailable': 'The history cannot be written. Nothing has been done.',
+    'error.conflict': 'This was already asked for in another way. Please try again.',
+    'error.csrf': 'The session has changed. Please try again.',
+    'error.method-not-allowed': 'The panel does not support this.',
+    'error.unsupported-media-type': 'The panel cannot read this kind of data.',
+    'error.too-slow': 'The data came too slowly. Please try again.',
+    'error.wrong-credentials': 'User or password is wrong.',
 };

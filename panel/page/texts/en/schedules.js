@@ -63,4 +63,8 @@ export default {
     'schedules.imported': {one: '{n} schedule has been imported.', other: '{n} schedules have been imported.'},
     'schedules.failed': 'Not imported',
     'schedules.failedEntry': 'Entry {entry}: {reason}',
+    'schedules.startOver': 'Start over',
+    'schedules.continue': 'Continue',
+    'schedules.continued': 'These changes were not saved.',
+    'schedules.kept': 'The changes of {name} are not saved, and are kept until the page is closed.',
 };
