@@ -45,7 +45,7 @@ struct SessionLimits {
 
 /// Who has logged in, and who may. A session ends when it is idle or old, when its user logs out,
 /// is removed or gets another role or password, and when there are too many: then the one that has
-/// been idle for longest. All end with the process.
+/// been without a request and without an open page for longest. All end with the process.
 ///
 /// Times are those of the host's monotonic clock. May be called from any thread.
 class Sessions {
@@ -81,6 +81,9 @@ public:
     /// Whether a session has not ended. Does not use it.
     [[nodiscard]] bool lasts(const std::string& id) const;
 
+    /// Notes that a page of the session is open now.
+    void notePage(const std::string& id);
+
     /// Ends a session; does nothing when it has ended.
     void end(const std::string& id, const std::string& reason);
 
@@ -98,6 +101,7 @@ private:
         std::string hash;  // of the user's password at the login
         std::int64_t begunMS;
         std::int64_t usedMS;
+        std::int64_t openMS;  // when a page was open last, or a request came
     };
     using Ended = std::vector<std::pair<std::string, std::string>>;
 
