@@ -36,7 +36,7 @@ export function stateText(state) {
 /// The list, to be removed with `destroy()`. `sent` follows what this page has sent.
 export function activeList({app, sent}) {
     const list = h('ul', {class: 'active-list'});
-    const empty = h('p', {class: 'note', tabindex: -1}, t('active.none'));
+    const empty = h('p', {class: 'note'}, t('active.none'));
     const element = h('div', {}, empty, list);
     const cards = new Map();  // by request id
     const canCancel = app.session.role === 'operator';
@@ -64,7 +64,7 @@ export function activeList({app, sent}) {
         });
         set(empty, 'hidden', ids.length > 0);
         if (focused) {
-            keepFocus(focused.querySelector('h3'), list.querySelector('h3'), empty);
+            keepFocus(focused.querySelector('h3'), list.querySelector('h3'), element.parentElement.querySelector('h2'));
         }
     };
 
