@@ -9,6 +9,7 @@ import {icon} from '../icons.js';
 import {announce, attempt, errorText} from '../messages.js';
 import {partLine, partOf} from '../widgets/contentType.js';
 import {keepFocus, once} from '../widgets/pressing.js';
+import {shortened} from './announceModel.js';
 
 const mostZones = 60;
 const noPart = 7;  // the type of a part that is not there
@@ -103,13 +104,13 @@ export function activeList({app, sent}) {
             replace(parts, partsOf(own, records).map((part) => h('li', {}, h('strong', {}, part.name), ' ',
                 stateText(part.state), part.reason && `: ${part.reason}`, part.since && ` (${part.since})`)));
             showZones(zones, zoneStates, isOver);
-            set(cancel, 'aria-label', t('active.cancelOf', {title: title.textContent}));
+            set(cancel, 'aria-label', t('active.cancelOf', {title: shortened(title.textContent)}));
             set(cancel, 'disabled', app.whyNot() !== null);
             set(cancel, 'hidden', isOver || !canCancel);
             set(close, 'hidden', !isOver);
             if (own && read !== word) {
                 read = word;
-                announce(t('active.read', {title: title.textContent, state: stateText(word)}));
+                announce(t('active.read', {title: shortened(title.textContent), state: stateText(word)}));
             }
         };
         return {element, update};

@@ -38,7 +38,8 @@ class ZonePicker {
         this.search = h('input', {id: searchId, type: 'search', autocomplete: 'off', maxlength: 200,
             placeholder: t('zones.search'), on: {input: () => this.fill()}});
         this.count = h('output', {class: 'zone-count'});
-        this.none = h('button', {type: 'button', class: 'quiet', on: {click: () => this.removeAll()}}, t('zones.removeAll'));
+        this.none = h('button', {type: 'button', class: 'quiet', on: {click: () => this.removeAll()}},
+            t('zones.removeAll'));
         this.chips = h('ul', {class: 'chips', 'aria-label': t('zones.chosen'), on: moving()});
         this.list = h('div', {class: 'zone-list', role: 'group', 'aria-label': t('zones.all'),
             on: moving()});
