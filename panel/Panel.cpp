@@ -113,6 +113,13 @@ struct Panel::Parts {
         return reply;
     }
 
+    /// Without a connection nothing is known of locks.
+    void releaseLocks() {
+        if (connection.isSynced()) {
+            locks.releaseDue();
+        }
+    }
+
     Stop stop;
     const std::unique_ptr<UserFile> users;
     AuditTrail audit;
@@ -122,13 +129,13 @@ struct Panel::Parts {
     const std::unique_ptr<paclient::Endpoint> endpoint;
     const FaultTimes faults;
     paclient::Connection connection;
-    LockKeeper locks;
+    LockKeeper locks{audit};
     SentAnnouncements announcements;
     EventHub events;
     Services services{connection, events, sessions,      users.get(), audit, answers,
                       locks,      audio,  announcements, faults,      stop};
     Housekeeping housekeeping{{[this] { sessions.endExpired(); }, [this] { audit.keepHouse(); },
-                               [this] { locks.releaseDue(); }, [this] { audio.removeExpired(); },
+                               [this] { releaseLocks(); }, [this] { audio.removeExpired(); },
                                [this] { announcements.removeOld(); }}};
     const PanelMetrics metrics;
     Router router;

@@ -121,7 +121,7 @@ struct ApiTest : testing::Test {
     papanel::Sessions sessions{nullptr};
     papanel::IdempotencyStore answers;
     papanel::AudioStore audio{{2'000, 1'000, 3, std::chrono::hours(1)}};
-    papanel::LockKeeper locks;
+    papanel::LockKeeper locks{audit};
     papanel::SentAnnouncements announcements;
     papanel::EventHub events;
     papanel::Services services{connection, events, sessions,      nullptr, audit, answers,
