@@ -14,6 +14,7 @@
 #include "panel/api/FaultTimes.h"
 #include "panel/api/IdempotencyStore.h"
 #include "panel/api/LockKeeper.h"
+#include "panel/api/ScheduleNumbers.h"
 #include "panel/api/SentAnnouncements.h"
 #include "panel/api/routes.h"
 #include "panel/api/sessionRoutes.h"
@@ -121,9 +122,10 @@ struct Panel::Parts {
     paclient::Connection connection;
     LockKeeper locks;
     SentAnnouncements announcements;
+    ScheduleNumbers scheduleNumbers;
     EventHub events;
-    Services services{connection, events, sessions,      users.get(), audit, answers,
-                      locks,      audio,  announcements, faults,      stop};
+    Services services{connection, events, sessions,      users.get(), audit,           answers,
+                      locks,      audio,  announcements, faults,      scheduleNumbers, stop};
     const PanelMetrics metrics;
     Router router;
     std::string url;

@@ -49,7 +49,7 @@ ApiError errorOf(std::exception_ptr thrown) {
 paclient::Wait waitOf(const Services& services, std::chrono::milliseconds limit) {
     return {limit, [&stop = services.stop](std::chrono::milliseconds /*waited*/) {
                 if (stop.isRequested()) {
-                    throw error(504, "connection-lost",
+                    throw error(outcomeUnknown, "connection-lost",
                                 "the gateway ends; whether it is done is unknown");
                 }
             }};
@@ -71,9 +71,11 @@ void requireConfirmed(const Confirmation& confirmation, const std::string& effec
         case Outcome::NotSent:
             throw error(503, "not-connected", "not sent: " + confirmation.reason);
         case Outcome::ConnectionLost:
-            throw error(504, "connection-lost", "the connection to the server was lost" + unknown);
+            throw error(outcomeUnknown, "connection-lost",
+                        "the connection to the server was lost" + unknown);
         case Outcome::TimedOut:
-            throw error(504, "timed-out", "the server has not confirmed it in time" + unknown);
+            throw error(outcomeUnknown, "timed-out",
+                        "the server has not confirmed it in time" + unknown);
     }
 }
 

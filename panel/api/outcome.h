@@ -30,6 +30,9 @@ ApiReply answered(Services& services, const ApiRequest& request) {
     }
 }
 
+/// Of errors that leave it unknown whether something is done.
+constexpr int outcomeUnknown = 504;
+
 /// How long the audio server may take to confirm something.
 constexpr std::chrono::seconds answerLimit{10};
 

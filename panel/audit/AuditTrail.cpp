@@ -124,9 +124,9 @@ void AuditTrail::write(std::int64_t id, const Ending& ending) {
     database_.run("PRAGMA synchronous = NORMAL");
     Database::Statement update(database_,
                                "UPDATE operation SET outcome = ?1, text = ?2, finished = ?3"
-                               " WHERE id = ?4");
+                               " WHERE id = ?4 AND outcome IN (?5, ?6)");
     update.bind(0, ending.outcome.c_str()).bind(1, ending.text.c_str());
-    update.bind(2, ending.finished).bind(3, id).step();
+    update.bind(2, ending.finished).bind(3, id).bind(4, pending).bind(5, accepted).step();
 }
 
 std::vector<AuditRow> AuditTrail::find(const AuditFilter& filter, int limit) {

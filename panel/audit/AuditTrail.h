@@ -49,6 +49,8 @@ struct AuditFilter {
 class AuditTrail {
 public:
     static constexpr int mostInMemory = 10000;
+    /// The outcome of an operation whose end comes later.
+    static constexpr const char* accepted = "accepted";
 
     /// @param file for this process only, made if needed for its owner only; empty: in memory,
     /// where
@@ -62,8 +64,9 @@ public:
     /// @throws ApiError audit-unavailable when it cannot be written: it must not be sent then
     std::int64_t begin(const AuditEntry& entry);
 
-    /// Writes what came of it; when that fails, later.
-    /// @param outcome "done", "as-before" or the code of an error
+    /// Writes what came of it; when that fails, later. The first outcome counts, but that
+    /// `accepted` is followed by another.
+    /// @param outcome as "done", or the code of an error
     void finish(std::int64_t id, const std::string& outcome, const std::string& text);
 
     /// The newest operations first.

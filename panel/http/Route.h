@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <functional>
 #include <map>
 #include <string>
@@ -42,6 +43,7 @@ struct ApiRequest {
     std::string bytes;                                ///< a body that is not JSON
     bool isEncrypted = false;  ///< on the way from the browser, to this server or to a proxy
     Caller caller;
+    std::int64_t auditRow = 0;  ///< of an operation, in the audit trail
 
     /// The query parameter, or a default.
     [[nodiscard]] std::string queryOr(const std::string& name, const std::string& other = "") const;
