@@ -46,6 +46,16 @@ ApiError errorOf(std::exception_ptr thrown) {
     }
 }
 
+ApiError errorOf(std::exception_ptr thrown, const Services& services, std::uint64_t connection) {
+    const ApiError found = errorOf(std::move(thrown));
+    const bool isKnown = connection != 0 && services.connection.number() == connection;
+    if (found.code != "not-found" || isKnown) {
+        return found;
+    }
+    return error(503, "not-connected",
+                 "the connection to the server is away or was lost meanwhile");
+}
+
 paclient::Wait waitOf(const Services& services, std::chrono::milliseconds limit) {
     return {limit, [&stop = services.stop](std::chrono::milliseconds /*waited*/) {
                 if (stop.isRequested()) {

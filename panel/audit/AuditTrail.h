@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <atomic>
+#include <condition_variable>
 #include <cstdint>
 #include <filesystem>
 #include <map>
@@ -37,7 +39,7 @@ struct AuditRow : AuditEntry {
 struct AuditFilter {
     std::optional<std::int64_t> from;   ///< begun at this time or after
     std::optional<std::int64_t> until;  ///< begun before this time
-    std::optional<std::string> user;
+    std::optional<std::string> user;    ///< the beginning of the name
     std::optional<std::string> operation;
     std::optional<std::string> outcome;
     std::optional<std::int64_t> before;  ///< with a smaller id
@@ -69,7 +71,7 @@ public:
     /// @param outcome as "done", or the code of an error
     void finish(std::int64_t id, const std::string& outcome, const std::string& text);
 
-    /// The newest operations first.
+    /// The newest operations first. Operations that begin or end meanwhile do not wait for it.
     /// @throws ApiError audit-unavailable
     std::vector<AuditRow> find(const AuditFilter& filter, int limit);
 
@@ -87,13 +89,19 @@ private:
     };
 
     template <class Action>
-    auto guarded(Action action);
+    auto writing(Action action);
+    template <class Action>
+    auto reading(Action action);
+    void read(const AuditFilter& filter, std::int64_t oldest, int limit,
+              std::vector<AuditRow>& rows);
     void write(std::int64_t id, const Ending& ending);
 
     const bool isInMemory_;
     const std::int64_t keptMS_;
-    bool hasFailed_ = false;  // the last `keepHouse`
+    bool hasFailed_ = false;       // the last `keepHouse`
+    std::atomic<int> writers_{0};  // that have the lock or wait for it
     std::mutex lock_;
+    std::condition_variable written_;
     // Guarded by lock_.
     pautil::Database database_;
     std::map<std::int64_t, Ending> unwritten_;

@@ -54,7 +54,10 @@ TEST_F(OperationsTest, EndWithTheGatewayAndNeedAConnection) {
     EXPECT_EQ(waiting.get().substr(0, 19), "504 connection-lost");
 
     connection.link().stop();
-    EXPECT_EQ(answer("PUT", "/sources/1/lock").substr(0, 17), "503 not-connected");
+    for (const char* const source : {"1", "3"}) {
+        EXPECT_EQ(answer("PUT", std::string("/sources/") + source + "/lock").substr(0, 17),
+                  "503 not-connected");
+    }
     EXPECT_EQ(call("GET", "/status").body["synced"], false);
 }
 
