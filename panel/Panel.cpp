@@ -16,7 +16,9 @@
 #include "panel/api/FaultTimes.h"
 #include "panel/api/IdempotencyStore.h"
 #include "panel/api/LockKeeper.h"
+#include "panel/api/ScheduleNumbers.h"
 #include "panel/api/SentAnnouncements.h"
+#include "panel/api/announcementEnds.h"
 #include "panel/api/routes.h"
 #include "panel/api/sessionRoutes.h"
 #include "panel/audit/AuditTrail.h"
@@ -131,12 +133,13 @@ struct Panel::Parts {
     paclient::Connection connection;
     LockKeeper locks{audit};
     SentAnnouncements announcements;
+    ScheduleNumbers scheduleNumbers;
     EventHub events;
-    Services services{connection, events, sessions,      users.get(), audit, answers,
-                      locks,      audio,  announcements, faults,      stop};
+    Services services{connection, events, sessions,      users.get(), audit,           answers,
+                      locks,      audio,  announcements, faults,      scheduleNumbers, stop};
     Housekeeping housekeeping{{[this] { sessions.endExpired(); }, [this] { audit.keepHouse(); },
                                [this] { releaseLocks(); }, [this] { audio.removeExpired(); },
-                               [this] { announcements.removeOld(); }}};
+                               [this] { finishAnnouncements(services); }}};
     const PanelMetrics metrics;
     Router router;
     std::string url;
