@@ -72,6 +72,7 @@ class Schedules {
     close() {
         this.isClosed = true;
         this.table.close();
+        this.week.close();
         clearInterval(this.timer);
         this.endFollowing();
     }
