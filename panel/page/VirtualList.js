@@ -56,8 +56,12 @@ export class VirtualList {
             this.#active = next ? this.#idOf(next) : null;
         }
         this.#arrange();
-        if (focused !== null && !this.#ids.has(focused) && this.#active !== null) {
-            this.#focus(this.#ids.get(this.#active));
+        if (focused !== null && !this.#ids.has(focused)) {
+            if (this.#active === null) {
+                this.element.closest('main, .dialog-body')?.focus();
+            } else {
+                this.#focus(this.#ids.get(this.#active));
+            }
         }
     }
 
@@ -131,6 +135,7 @@ export class VirtualList {
                 this.#pools[cell.kind].push(cell);
             }
         }
+        const focused = this.element.contains(document.activeElement) ? document.activeElement : null;
         let before = this.#space.firstChild;
         for (const [id, i] of [...wanted].sort((a, b) => a[1] - b[1])) {
             const cell = this.#cells.get(id) ?? this.#take(id, this.#entries[i]);
@@ -140,6 +145,9 @@ export class VirtualList {
             } else {
                 this.#space.insertBefore(cell.element, before);
             }
+        }
+        if (focused !== document.activeElement) {
+            focused?.focus({preventScroll: true});  // what is moved loses it
         }
     }
 
