@@ -86,6 +86,17 @@ export async function goTo(page, view) {
     await page.locator(`main.view-${view.split('/')[0]}`).waitFor();
 }
 
+// What only searches, filters, reads or closes.
+const harmless = /^(Search|All |Busy |Faulty |From$|Until$|User$|Operation$|Outcome$|Reload$|Close$|Display the level$|The week |This week$)/;
+
+/// The names of the controls of the view and its dialog with which something could be changed now.
+export async function operable(page) {
+    const names = await page.locator(':is(main, dialog) :is(button, input, select, textarea):enabled:not([class$="-tile"])')
+        .evaluateAll((all) => all.filter((one) => one.checkVisibility()).map((one) =>
+            (one.ariaLabel ?? one.labels?.[0]?.textContent ?? one.textContent).trim()));
+    return names.filter((name) => !harmless.test(name));
+}
+
 /// A request to the API in the session of a page; resolves to {status, body}.
 export async function call(page, method, where, body = null) {
     return page.evaluate(async ([method, where, body]) => {
