@@ -9,6 +9,7 @@ namespace papanel {
 class AudioStore;
 class AuditTrail;
 class EventHub;
+class FaultTimes;
 class IdempotencyStore;
 class LockKeeper;
 class SentAnnouncements;
@@ -26,6 +27,7 @@ struct Services {
     LockKeeper& locks;
     AudioStore& audio;
     SentAnnouncements& announcements;
+    const FaultTimes& faults;
     const Stop& stop;
 };
 

@@ -11,6 +11,7 @@
 #include "client/resources.h"
 #include "framework/clock.h"
 #include "panel/Services.h"
+#include "panel/api/FaultTimes.h"
 #include "panel/api/LockKeeper.h"
 #include "panel/api/contentText.h"
 #include "panel/http/Route.h"
@@ -77,7 +78,7 @@ Json locksAsJson(const Services& services, const Caller* caller) {
     return array;
 }
 
-Json announcementsAsJson() {
+Json announcementsAsJson(const Services& /*services*/) {
     Json array = Json::array();
     for (const AnnouncementRequest& announcement : allAnnouncements()) {
         array.push_back(recordOf(announcement));
@@ -86,12 +87,16 @@ Json announcementsAsJson() {
 }
 
 template <const auto& kind>
-Json plainRecords() {
-    return toJson(kind.all());
+Json plainRecords(const Services& services) {
+    Json array = Json::array();
+    for (const auto& record : kind.all()) {
+        array.push_back(recordOf(record, services));
+    }
+    return array;
 }
 
 /// The kinds whose records are the same for every caller.
-constexpr std::pair<const char*, Json (*)()> plainKinds[] = {
+constexpr std::pair<const char*, Json (*)(const Services&)> plainKinds[] = {
     {sources.many, plainRecords<sources>},     {sinks.many, plainRecords<sinks>},
     {voices.many, plainRecords<voices>},       {announcements.many, announcementsAsJson},
     {triggers.many, plainRecords<triggers>},   {selectors.many, plainRecords<selectors>},
@@ -106,6 +111,17 @@ constexpr const char* pageKinds[] = {"zones",     "sources",       "sinks",
 /// A moment of this machine as in ISO 8601.
 std::string momentText(std::time_t moment) {
     return StationClock().secondText(moment) + 'Z';
+}
+
+template <class Device>
+Json deviceRecord(const Device& device, const FaultTimes& faults) {
+    Json record = toJson(device);
+    if (isFaulty(device)) {
+        const FaultTimes::Fault fault = faults.of(device);
+        record["faultySince"] = momentText(fault.since);
+        record["faultyBefore"] = fault.isOlder;
+    }
+    return record;
 }
 
 Json serverInfoOf(const Services& services) {
@@ -190,6 +206,16 @@ Json recordOf(const PaZone& zone, const ZoneSinks& sinks,
     return record;
 }
 
+// ---------------------------------------------------------------------------------------- devices
+
+Json recordOf(const PaSink& sink, const Services& services) {
+    return deviceRecord(sink, services.faults);
+}
+
+Json recordOf(const PaSource& source, const Services& services) {
+    return deviceRecord(source, services.faults);
+}
+
 // ------------------------------------------------------------------------------------------ locks
 
 Json recordOf(const SourceLock& lock, const Services& services, const Caller* caller) {
@@ -225,7 +251,7 @@ Json recordsOf(const std::string& kind, const Services& services, const Caller* 
     }
     const auto* const found = std::find_if(std::begin(plainKinds), std::end(plainKinds),
                                            [&](const auto& plain) { return kind == plain.first; });
-    return found->second();
+    return found->second(services);
 }
 
 Json statusOf(const Services& services) {
@@ -253,6 +279,7 @@ Json statusOf(const Services& services) {
             {"server", serverInfoOf(services)},
             {"address", services.connection.endpoint().name()},
             {"link", link ? toJson(*link) : Json()},
+            {"time", momentText(pa::wallClock())},
             {"stationTime", clock.secondText(clock.now())},
             {"timeZone", clock.timeZone()},
             {"speed", clock.speed()},

@@ -46,6 +46,19 @@ private:
 /// A sub-zone is of the group of its zone.
 std::string groupOf(const std::string& zone);
 
+/// @name A device; while it is faulty with `faultySince`, in UTC, and `faultyBefore`: whether the
+/// fault was there with the first report of the device, so that it is older
+/// @{
+paclient::Json recordOf(const PaSink& sink, const Services& services);
+paclient::Json recordOf(const PaSource& source, const Services& services);
+/// @}
+
+/// A record that has nothing of the gateway's own.
+template <class Record>
+paclient::Json recordOf(const Record& record, const Services& /*services*/) {
+    return paclient::toJson(record);
+}
+
 /// An announcement with `contentText`.
 paclient::Json recordOf(const AnnouncementRequest& announcement);
 

@@ -22,8 +22,8 @@ ApiReply list(Services& services, const ApiRequest& request) {
 }
 
 template <const auto& kind>
-ApiReply getOne(Services& /*services*/, const ApiRequest& request) {
-    return {200, toJson(findOne(kind, request.parts.at(0)))};
+ApiReply getOne(Services& services, const ApiRequest& request) {
+    return {200, recordOf(findOne(kind, request.parts.at(0)), services)};
 }
 
 ApiReply getZone(Services& /*services*/, const ApiRequest& request) {
@@ -35,14 +35,15 @@ ApiReply getLock(Services& services, const ApiRequest& request) {
     return {200, recordOf(findOne(locks, request.parts.at(0)), services, &request.caller)};
 }
 
-ApiReply sinksOfZone(Services& /*services*/, const ApiRequest& request) {
+ApiReply sinksOfZone(Services& services, const ApiRequest& request) {
     const std::vector<int> ids = ZoneSinks(allSinks()).of(findOne(zones, request.parts.at(0)).id);
-    std::vector<PaSink> members = allSinks();
-    const auto isOther = [&](const PaSink& sink) {
-        return !std::binary_search(ids.begin(), ids.end(), sink.id);
-    };
-    members.erase(std::remove_if(members.begin(), members.end(), isOther), members.end());
-    return {200, {{"sinks", toJson(members)}}};
+    Json members = Json::array();
+    for (const PaSink& sink : allSinks()) {
+        if (std::binary_search(ids.begin(), ids.end(), sink.id)) {
+            members.push_back(recordOf(sink, services));
+        }
+    }
+    return {200, {{"sinks", members}}};
 }
 
 // ------------------------------------------------------------------- what no records are sent for

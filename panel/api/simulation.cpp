@@ -51,7 +51,7 @@ ApiReply setTrigger(Services& services, const ApiRequest& request) {
     const PaTrigger trigger = findOne(hardwareTriggers, request.parts.at(0));
     simulate(services, [&](SimControl& server) { server.setTrigger(trigger.id, isOn); });
     return {200, doneAnswer({}, titleOf(hardwareTriggers, trigger) + (isOn ? " is on" : " is off"),
-                            recordNow(hardwareTriggers, trigger))};
+                            recordNow(services, hardwareTriggers, trigger))};
 }
 
 ApiReply setSelector(Services& services, const ApiRequest& request) {
@@ -64,7 +64,7 @@ ApiReply setSelector(Services& services, const ApiRequest& request) {
     return {200, doneAnswer({},
                             titleOf(selectors, selector) + " is " +
                                 nameOf(gPaController.getPaSelectorState(selector.id)),
-                            recordNow(selectors, selector))};
+                            recordNow(services, selectors, selector))};
 }
 
 ApiReply setLock(Services& services, const ApiRequest& request) {

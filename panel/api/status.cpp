@@ -1,7 +1,4 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "panel/api/AudioStore.h"
-#include "panel/api/LockKeeper.h"
-#include "panel/api/SentAnnouncements.h"
 #include "panel/api/outcome.h"
 #include "panel/api/records.h"
 #include "panel/api/routes.h"
@@ -29,12 +26,6 @@ Routes resourceRoutes() {
         all.insert(all.end(), routes.begin(), routes.end());
     }
     return all;
-}
-
-void keepHouse(Services& services) {
-    services.locks.releaseDue();
-    services.audio.removeExpired();
-    services.announcements.removeOld();
 }
 
 }  // namespace papanel

@@ -1,21 +1,19 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "panel/audit/AuditTrail.h"
 
-#include <algorithm>
-#include <cctype>
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <utility>
 
 #include "framework/log.h"
+#include "panel/audit/auditTexts.h"
 #include "panel/audit/utcTime.h"
 #include "panel/http/ApiError.h"
 #include "util/Descriptor.h"
-#include "util/utf8.h"
 
 namespace papanel {
 
 namespace fs = std::filesystem;
-using paclient::Json;
 using pautil::Database;
 using pautil::DatabaseFault;
 
@@ -23,7 +21,6 @@ namespace {
 
 constexpr const char* pending = "pending";
 constexpr std::size_t mostTextBytes = 1024;
-constexpr std::size_t mostRequestBytes = 4096;
 constexpr std::int64_t dayMS = std::int64_t{24} * 60 * 60 * 1000;
 
 /// Each leads from the version that is its place to the next one.
@@ -33,42 +30,8 @@ constexpr const char* migrations[] = {
     " request TEXT NOT NULL, outcome TEXT NOT NULL, text TEXT NOT NULL, finished INTEGER);"
     "CREATE INDEX operationByTime ON operation (time)"};
 
-/// The text as UTF-8 without NUL, cut where it is longer.
-std::string storable(const std::string& text, std::size_t mostBytes = mostTextBytes) {
-    std::string result;
-    bool isCut = false;
-    pautil::forEachCharacter(text, [&](const pautil::Character& c, std::string_view bytes) {
-        const std::string_view part = c.valid && c.code != 0 ? bytes : "\xEF\xBF\xBD";
-        isCut = isCut || result.size() + part.size() > mostBytes;
-        result += isCut ? "" : part;
-    });
-    return isCut ? result + "\xE2\x80\xA6" : result;
-}
-
-/// A copy without passwords; deep parts are left out.
-Json withoutSecrets(const Json& json, int levels) {
-    if (!json.is_structured()) {
-        return json;
-    }
-    if (levels == 0) {
-        return "...";
-    }
-    Json copy = json.is_array() ? Json::array() : Json::object();
-    for (const auto& item : json.items()) {
-        Json value = withoutSecrets(item.value(), levels - 1);
-        if (json.is_array()) {
-            copy.push_back(std::move(value));
-            continue;
-        }
-        std::string name = item.key();
-        std::transform(name.begin(), name.end(), name.begin(),
-                       [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
-        if (name.find("password") != std::string::npos) {
-            value = "***";
-        }
-        copy[item.key()] = std::move(value);
-    }
-    return copy;
+std::string kept(const std::string& text) {
+    return storable(text, mostTextBytes);
 }
 
 /// The database's file is for its owner only, and so are the files that SQLite makes beside it.
@@ -102,29 +65,6 @@ Database opened(const fs::path& file) {
 
 }  // namespace
 
-std::string auditedRequest(const Json& body) {
-    if (body.is_null()) {
-        return "";
-    }
-    constexpr int mostLevels = 16;
-    std::string line = paclient::jsonLine(withoutSecrets(body, mostLevels));
-    line.pop_back();
-    return storable(line, mostRequestBytes);
-}
-
-Json rowJson(const AuditRow& row) {
-    return {{"id", row.id},
-            {"time", utcText(row.time)},
-            {"user", row.user},
-            {"address", row.address},
-            {"operation", row.operation},
-            {"target", row.target},
-            {"request", row.request},
-            {"outcome", row.outcome},
-            {"text", row.text},
-            {"finished", row.finished ? Json(utcText(*row.finished)) : Json()}};
-}
-
 AuditTrail::AuditTrail(const fs::path& file, int days)
     : isInMemory_(file.empty()), keptMS_(days * dayMS), database_(opened(file)) {}
 
@@ -142,9 +82,8 @@ auto AuditTrail::guarded(Action action) {
 
 std::int64_t AuditTrail::begin(const AuditEntry& entry) {
     // They last until the last step.
-    const std::string texts[] = {storable(entry.user), storable(entry.address),
-                                 storable(entry.operation), storable(entry.target),
-                                 storable(entry.request, mostRequestBytes)};
+    const std::string texts[] = {kept(entry.user), kept(entry.address), kept(entry.operation),
+                                 kept(entry.target), storable(entry.request, mostRequestBytes)};
     return guarded([&] {
         database_.run("PRAGMA synchronous = FULL");
         Database::Statement insert(
@@ -168,22 +107,26 @@ std::int64_t AuditTrail::begin(const AuditEntry& entry) {
 }
 
 void AuditTrail::finish(std::int64_t id, const std::string& outcome, const std::string& text) {
-    const std::string storableOutcome = storable(outcome);
-    const std::string storableText = storable(text);
+    const Ending ending{kept(outcome), kept(text), utcNow()};
     try {
-        guarded([&] {
-            // After a power failure it may be "unknown", which is true then.
-            database_.run("PRAGMA synchronous = NORMAL");
-            Database::Statement update(database_,
-                                       "UPDATE operation SET outcome = ?1, text = ?2, finished = ?3"
-                                       " WHERE id = ?4");
-            update.bind(0, storableOutcome.c_str()).bind(1, storableText.c_str());
-            update.bind(2, utcNow()).bind(3, id).step();
-        });
+        guarded([&] { write(id, ending); });
     } catch (const ApiError& fault) {
-        handleError(1, "outcome %s of operation %lld: %s", storableOutcome.c_str(),
+        handleError(1, "outcome %s of operation %lld: %s", ending.outcome.c_str(),
                     static_cast<long long>(id), fault.what());
+        const std::lock_guard<std::mutex> lock(lock_);
+        unwritten_[id] = ending;
     }
+}
+
+/// With the lock.
+void AuditTrail::write(std::int64_t id, const Ending& ending) {
+    // After a power failure it may be "unknown", which is true then.
+    database_.run("PRAGMA synchronous = NORMAL");
+    Database::Statement update(database_,
+                               "UPDATE operation SET outcome = ?1, text = ?2, finished = ?3"
+                               " WHERE id = ?4");
+    update.bind(0, ending.outcome.c_str()).bind(1, ending.text.c_str());
+    update.bind(2, ending.finished).bind(3, id).step();
 }
 
 std::vector<AuditRow> AuditTrail::find(const AuditFilter& filter, int limit) {
@@ -232,15 +175,26 @@ std::vector<AuditRow> AuditTrail::find(const AuditFilter& filter, int limit) {
     });
 }
 
-bool AuditTrail::removeExpired() {
+bool AuditTrail::keepHouse() {
     constexpr std::int64_t atOnce = 200;
-    return guarded([&] {
+    try {
+        const std::lock_guard<std::mutex> lock(lock_);
+        while (!unwritten_.empty()) {
+            write(unwritten_.begin()->first, unwritten_.begin()->second);
+            unwritten_.erase(unwritten_.begin());
+        }
         Database::Statement remove(database_,
                                    "DELETE FROM operation WHERE id IN (SELECT id FROM operation"
                                    " WHERE time < ?1 ORDER BY time LIMIT ?2)");
         remove.bind(0, utcNow() - keptMS_).bind(1, atOnce).step();
+        hasFailed_ = false;
         return database_.changes() == atOnce;
-    });
+    } catch (const DatabaseFault& fault) {
+        if (!std::exchange(hasFailed_, true)) {
+            handleError(1, "the audit trail is not kept in order: %s", fault.what());
+        }
+        return false;
+    }
 }
 
 }  // namespace papanel

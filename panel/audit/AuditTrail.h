@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <map>
 #include <mutex>
 #include <optional>
 #include <string>
@@ -42,13 +43,6 @@ struct AuditFilter {
     std::optional<std::int64_t> before;  ///< with a smaller id
 };
 
-/// The body of a request for the trail: one line of JSON without what must not be kept, as
-/// passwords, and without its end when it is long. Empty for null.
-std::string auditedRequest(const paclient::Json& body);
-
-/// The row as the API gives it.
-paclient::Json rowJson(const AuditRow& row);
-
 /// Who asked for what, when, from where, and what came of it: in an SQLite database. An operation
 /// is written, up to the disk, before it is sent. One whose end is not written when the process
 /// ends has the outcome "unknown" from the next start on. May be called from any thread.
@@ -68,7 +62,7 @@ public:
     /// @throws ApiError audit-unavailable when it cannot be written: it must not be sent then
     std::int64_t begin(const AuditEntry& entry);
 
-    /// Writes what came of it. A failure is logged.
+    /// Writes what came of it; when that fails, later.
     /// @param outcome "done", "as-before" or the code of an error
     void finish(std::int64_t id, const std::string& outcome, const std::string& text);
 
@@ -76,18 +70,30 @@ public:
     /// @throws ApiError audit-unavailable
     std::vector<AuditRow> find(const AuditFilter& filter, int limit);
 
-    /// Removes some of the operations that are too old, so that nobody waits for long.
+    /// Writes the outcomes that could not be written before, and removes some of the operations
+    /// that are too old: not all at once, so that nobody waits for long. A failure is logged once.
+    /// For one thread.
     /// @return whether there may be more
-    bool removeExpired();
+    bool keepHouse();
 
 private:
+    struct Ending {
+        std::string outcome;
+        std::string text;
+        std::int64_t finished = 0;
+    };
+
     template <class Action>
     auto guarded(Action action);
+    void write(std::int64_t id, const Ending& ending);
 
     const bool isInMemory_;
     const std::int64_t keptMS_;
+    bool hasFailed_ = false;  // the last `keepHouse`
     std::mutex lock_;
-    pautil::Database database_;  // guarded by lock_
+    // Guarded by lock_.
+    pautil::Database database_;
+    std::map<std::int64_t, Ending> unwritten_;
 };
 
 }  // namespace papanel

@@ -11,6 +11,7 @@
 #include "panel/Services.h"
 #include "panel/access/Sessions.h"
 #include "panel/api/AudioStore.h"
+#include "panel/api/FaultTimes.h"
 #include "panel/api/IdempotencyStore.h"
 #include "panel/api/LockKeeper.h"
 #include "panel/api/SentAnnouncements.h"
@@ -114,6 +115,7 @@ struct ApiTest : testing::Test {
 
     simserver::EmbeddedEndpoint endpoint;
     paclient::Connection connection{endpoint};
+    papanel::FaultTimes faults;
     papanel::Stop stop;
     papanel::AuditTrail audit{"", 1};
     papanel::Sessions sessions{nullptr};
@@ -122,8 +124,8 @@ struct ApiTest : testing::Test {
     papanel::LockKeeper locks;
     papanel::SentAnnouncements announcements;
     papanel::EventHub events;
-    papanel::Services services{connection, events, sessions, nullptr,       audit,
-                               answers,    locks,  audio,    announcements, stop};
+    papanel::Services services{connection, events, sessions,      nullptr, audit, answers,
+                               locks,      audio,  announcements, faults,  stop};
     const papanel::RouteTable table{papanel::resourceRoutes()};
     std::string bytes;  // body of the next calls
 };

@@ -9,6 +9,7 @@
 #include "panel/api/contentText.h"
 #include "panel/api/records.h"
 #include "tests/panel/apiFixture.h"
+#include "tests/panel/hostTime.h"
 #include "tests/support/schedules.h"
 #include "tests/support/tables.h"
 
@@ -140,6 +141,83 @@ TEST(ContentText, IsForPeople) {
         record.messageContent = given;
         return contentText(record);
     });
+}
+
+// ----------------------------------------------------------------------------------------- faults
+
+/// What the controller reports of sink 1 and source 1.
+struct FaultTimesTest : HostTimeTest {
+    using Link = palink::ConnectionChange;
+
+    template <class Record>
+    static Record device(int health) {
+        Record record;
+        record.id = 1;
+        record.healthState = static_cast<typename Record::HealthState>(health);
+        return record;
+    }
+    static void publish(paclient::Change change) {
+        pass(10s);
+        paclient::ChangeStream::instance().publish(std::move(change));
+    }
+    template <class Record = PaSink>
+    static void report(int health) {
+        publish(paclient::Updated<Record>{device<Record>(health)});
+    }
+    static void remove() { publish(paclient::Deleted<PaSink>{1}); }
+    /// Ends the connection and begins another one; `report` is what comes over it.
+    template <class Report>
+    static void connectAgain(Report report) {
+        publish(Link{Link::State::Disconnected, 1, ""});
+        publish(Link{Link::State::Connected, 2, ""});
+        remove();
+        report();
+        publish(Link{Link::State::Synced, 2, ""});
+    }
+    /// Seconds since the fault was reported, with "older".
+    template <class Record = PaSink>
+    std::string fault() {
+        const FaultTimes::Fault fault = times.of(device<Record>(PaSink::MINOR_FAULT));
+        return std::to_string(ms / 1000 - fault.since) + (fault.isOlder ? " older" : "");
+    }
+
+    FaultTimes times;
+};
+
+TEST_F(FaultTimesTest, AreThoseOfTheReportsOverAllConnections) {
+    EXPECT_EQ(fault(), "0 older") << "not reported yet";
+    report(PaSink::INACTIVE);
+    report(PaSink::MINOR_FAULT);
+    EXPECT_EQ(fault(), "10 older") << "since the first report";
+    report<PaSource>(PaSource::HEALTHY);
+    report<PaSource>(PaSource::FAULTY);
+    EXPECT_EQ(fault<PaSource>(), "0");
+    connectAgain([] {
+        report(PaSink::MAJOR_FAULT);
+        report<PaSource>(PaSource::FAULTY);
+    });
+    EXPECT_EQ(fault(), "90 older");
+    EXPECT_EQ(fault<PaSource>(), "60");
+
+    report(PaSink::UNKNOWN_HEALTHSTATE);
+    EXPECT_EQ(fault(), "0") << "the report of the fault is not there yet";
+    connectAgain([] { report(PaSink::MAJOR_FAULT); });
+    EXPECT_EQ(fault(), "10") << "faulty since the connection was away";
+    EXPECT_EQ(fault<PaSource>(), "0 older") << "the server has it no more";
+
+    remove();
+    report(PaSink::MAJOR_FAULT);
+    EXPECT_EQ(fault(), "0 older") << "a new device";
+}
+
+TEST_F(OperationsTest, ReportSinceWhenADeviceIsFaulty) {
+    const Json inactive = call("GET", "/sinks").body["sinks"][1];
+    EXPECT_EQ(inactive["faultyBefore"], true);
+    EXPECT_EQ(call("GET", "/zones/Yard/sinks").body["sinks"][0], inactive);
+    EXPECT_FALSE(call("GET", "/sinks/1").body.contains("faultySince"));
+    const Json reset = call("POST", "/sinks/9/reset", {{"untilBack", false}}).body;
+    EXPECT_EQ(reset["faultyBefore"], false);
+    EXPECT_EQ(reset["faultySince"].get<std::string>().size(), 20U) << "2026-12-01T05:59:10Z";
 }
 
 // ------------------------------------------------------------------------------------------ locks

@@ -4,6 +4,7 @@
 #include <sys/stat.h>
 
 #include "panel/audit/auditExport.h"
+#include "panel/audit/auditTexts.h"
 #include "panel/audit/utcTime.h"
 #include "panel/http/ApiError.h"
 #include "tests/panel/hostTime.h"
@@ -70,11 +71,14 @@ TEST_F(AuditTest, WhatCannotBeWrittenIsNotToBeSent) {
     const rlimit full{0, before.rlim_max};
     setrlimit(RLIMIT_FSIZE, &full);
     const std::string refused = thrownBy<ApiError>([&] { trail.begin(entry()); });
-    trail.finish(begun, "done", "");  // which is logged
+    trail.finish(begun, "done", "");
+    EXPECT_FALSE(trail.keepHouse());
     setrlimit(RLIMIT_FSIZE, &before);
     EXPECT_EQ(refused.rfind("the audit trail cannot be used: ", 0), 0U) << refused;
     trail.begin(entry());
     EXPECT_EQ(rows(trail), "2 ann pending, 1 ann pending, ");
+    trail.keepHouse();
+    EXPECT_EQ(rows(trail), "2 ann pending, 1 ann done, ") << "written later";
 }
 
 TEST_F(AuditTest, IsFoundByFiltersAndForgottenInSteps) {
@@ -100,10 +104,10 @@ TEST_F(AuditTest, IsFoundByFiltersAndForgottenInSteps) {
     EXPECT_EQ(rows(trail, filter), "9 ann refused, 8 bob refused, ");
 
     const auto oldest = [&] { return trail.find({}, 1000).back().id; };
-    EXPECT_TRUE(trail.removeExpired());
+    EXPECT_TRUE(trail.keepHouse());
     EXPECT_EQ(oldest(), 201);
-    EXPECT_TRUE(trail.removeExpired());
-    EXPECT_FALSE(trail.removeExpired());
+    EXPECT_TRUE(trail.keepHouse());
+    EXPECT_FALSE(trail.keepHouse());
     EXPECT_EQ(oldest(), 453);  // begun 48 hours ago
     EXPECT_EQ(trail.begin(entry()), 501);
 }
@@ -134,6 +138,23 @@ TEST_F(AuditTest, RequestsAreKeptWithoutPasswordsAndWithinBounds) {
     EXPECT_EQ(row.address, "\uFFFD");
     EXPECT_EQ(row.operation, "\r\n<b>");
     EXPECT_EQ(row.target, std::string(1024, 'z') + "\u2026");
+}
+
+/// Of {"parts", "query", "body"}, each of which may be missing.
+TEST_F(AuditTest, TargetsAreWhatRequestsName) {
+    const auto target = [](const Json& given) {
+        ApiRequest request;
+        request.parts = given.value("parts", request.parts);
+        const Json query = given.value("query", Json::object());
+        for (const auto& parameter : query.items()) {
+            request.query.emplace(parameter.key(), parameter.value());
+        }
+        request.body = given.value("body", Json());
+        return auditedTarget(request);
+    };
+    expectTable([&](const std::string& given) { return target(Json::parse(given)); });
+    const Json many(1000, "Platform");
+    EXPECT_EQ(target({{"body", {{"zones", many}}}}).size(), 203U) << "200 bytes and an ellipsis";
 }
 
 TEST_F(AuditTest, IsExportedInParts) {

@@ -128,8 +128,8 @@ void expectDescribed(const std::string& name, std::initializer_list<const char*>
 TEST(OpenApi, HasTheMembersOfTheRecords) {
     using namespace paclient;
     expectDescribed<PaZone>("Zone", {"group", "sinkIds", "announcement"});
-    expectDescribed<PaSource>("Source");
-    expectDescribed<PaSink>("Sink");
+    expectDescribed<PaSource>("Source", {"faultySince", "faultyBefore"});
+    expectDescribed<PaSink>("Sink", {"faultySince", "faultyBefore"});
     expectDescribed<TTSVocalizer>("Voice");
     expectDescribed<AnnouncementRequest>("AnnouncementStarted");
     expectDescribed<AnyTrigger>("Trigger");
@@ -241,8 +241,8 @@ struct OpenApiTest : ApiTest {
                                            "v11QCVZvNuwk0aAQ.rNHHcpFfQOdAam1iPSGt7qrlB\n"))};
     Sessions sessionsOfUsers{&users};
     AudioStore store;
-    Services all{connection, events, sessionsOfUsers, &users,        audit,
-                 answers,    locks,  store,           announcements, stop};
+    Services all{connection, events, sessionsOfUsers, &users, audit, answers,
+                 locks,      store,  announcements,   faults, stop};
     const RouteTable routes{allRoutes()};
     Router router{all, allRoutes(), {}};
     Headers session;
