@@ -101,6 +101,12 @@ test('frames of the board while records change', async (t) => {
             + `ms between them: median ${at(0.5)}, 95 % ${at(0.95)}, greatest ${at(1)}`);
         assert.ok(changes > 50, 'records do change');
     }
+    // A group of 250 zones without one.
+    await page.getByRole('checkbox', {name: /^Terminal /}).check();
+    await page.getByText('250 zones chosen').waitFor();
+    await page.getByRole('searchbox', {name: 'Search zones'}).fill('terminal 250');
+    await page.getByRole('checkbox', {name: /^Terminal 250/}).uncheck();
+    await page.getByText('249 zones chosen').waitFor();
     load.end();
     await panel.program.stop();
 });
