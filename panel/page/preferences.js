@@ -12,8 +12,8 @@ export function shortcutsAreOn() {
     return setting('shortcuts') !== 'off';
 }
 
-function choice(label, current, options, onChoose) {
-    const select = h('select', {on: {change: () => onChoose(select.value)}},
+function choice(label, current, options, onChoose, isFirst = false) {
+    const select = h('select', {'data-autofocus': isFirst ? '' : null, on: {change: () => onChoose(select.value)}},
         options.map(([value, text]) => h('option', {value, selected: value === current}, text)));
     return h('label', {class: 'field'}, h('span', {}, label), select);
 }
@@ -24,7 +24,10 @@ export function openSettings(app) {
         h('p', {dir: 'auto'}, t('settings.user', {user: session.user, role: t(`role.${session.role}`)})),
         choice(t('settings.language'), language(),
             Object.entries(languages).map(([tag, {name}]) => [tag, name]),
-            (tag) => app.setLanguage(tag)),
+            (tag) => {
+                app.setLanguage(tag);
+                openSettings(app);
+            }, true),
         choice(t('settings.theme'), setting('theme') ?? 'system',
             ['system', 'light', 'dark'].map((name) => [name, t(`theme.${name}`)]),
             (name) => {

@@ -132,7 +132,7 @@ for (const [title, setUp] of Object.entries(setups)) {
             await page.getByLabel('Text of variable 1').fill('Attention');
             await page.getByLabel('Displayed for (s)').fill('1');
             await page.getByRole('button', {name: 'Play now'}).click();
-            await stateOf(page, /^8/, 'finished');
+            await stateOf(page, /^Attention please/, 'finished');
 
             await page.getByRole('button', {name: 'Clear', exact: true}).click();
             await chooseZone(page, 'Forecourt');

@@ -54,7 +54,7 @@ function mount(root, app, [zone]) {
         panel(t('announce.zones'), 'zones', composer.recent, composer.picker.element),
         h('div', {class: 'announce-compose'},
             panel(t('announce.content'), 'content', composer.content),
-            panel(t('announce.play'), 'play', composer.problems, composer.bar)),
+            panel(t('announce.play'), 'play', composer.verdict, composer.problems, composer.bar)),
         activePanel));
     return {unmount: () => {
         composer.close();
@@ -81,7 +81,8 @@ class Composer {
         }});
         this.recent = h('div', {class: 'recent'});
         this.content = h('div', {});
-        this.problems = h('div', {class: 'problems', role: 'status'});
+        this.verdict = h('p', {class: 'verdict', role: 'status'});
+        this.problems = h('ul', {class: 'problems', 'aria-label': t('announce.problems')});
         this.button = h('button', {type: 'button', class: 'primary', on: {click: () => this.play()}},
             icon('play'), t('announce.playNow'));
         this.reason = h('span', {class: 'note', role: 'status'});
@@ -208,20 +209,22 @@ class Composer {
         }
     }
 
-    /// Null when nothing has been checked. What is displayed already is not read out again.
+    /// Null when nothing has been checked. Only their number is read out, and only when something is new.
     showProblems(problems) {
         const displayed = JSON.stringify(problems);
         if (displayed === this.displayed) {
             return;
         }
         this.displayed = displayed;
-        const more = (problems?.length ?? 0) - mostProblems;
-        replace(this.problems, problems?.length === 0
-            && h('p', {class: 'no-problem'}, icon('check'), t('announce.noProblem')),
-        problems?.length > 0 && h('ul', {tabindex: 0, 'aria-label': t('announce.problems')},
-            problems.slice(0, mostProblems).map((problem) => h('li', {dir: 'auto',
-                class: problem.prevents ? 'problem prevents' : 'problem'}, icon('warning'), problemText(problem))),
-            more > 0 && h('li', {class: 'problem'}, t('announce.moreProblems', {n: more}))));
+        const all = [...problems ?? []].sort((a, b) => b.prevents - a.prevents);
+        const more = all.length - mostProblems;
+        replace(this.verdict, problems !== null && [icon(all.length > 0 ? 'warning' : 'check'),
+            all.length > 0 ? t('announce.problemCount', {n: all.length}) : t('announce.noProblem')]);
+        set(this.verdict, 'class', all.length > 0 ? 'verdict problem' : 'verdict no-problem');
+        replace(this.problems, all.slice(0, mostProblems).map((problem) => h('li', {dir: 'auto',
+            class: problem.prevents ? 'problem prevents' : 'problem'}, problemText(problem))),
+        more > 0 && h('li', {class: 'problem'}, t('announce.moreProblems', {n: more})));
+        set(this.problems, 'tabindex', all.length > 0 ? 0 : null);
     }
 
     /// What may play although the outcome is unknown is followed, too.
@@ -239,7 +242,7 @@ class Composer {
     /// A double click is one press.
     async play() {
         const body = requestOf(draft);
-        const title = titleOf(draft);
+        const title = titleOf(draft, this.lists.dictionary);
         const press = JSON.stringify(body);
         if (this.isSending || (press === this.lastPress && performance.now() - this.sentAt < doublePress)) {
             return;

@@ -8,6 +8,7 @@ import {t} from '../i18n.js';
 import {icon} from '../icons.js';
 import {groupsOf} from '../zoneGroups.js';
 import {ZoneDrawer} from '../widgets/ZoneDrawer.js';
+import {keepFocus} from '../widgets/pressing.js';
 import {isBusy, zoneTile} from '../widgets/zoneTile.js';
 
 const filters = {
@@ -57,7 +58,10 @@ class Board {
     /// The address names a zone, or none.
     update([zone]) {
         this.#drawer?.close();
-        this.#drawer = zone ? new ZoneDrawer(this.#app, zone, () => this.#list.focus(zone)) : null;
+        this.#drawer = zone ? new ZoneDrawer(this.#app, zone, () => {
+            this.#list.focus(zone);
+            keepFocus(this.#search);
+        }) : null;
     }
 
     #tools() {

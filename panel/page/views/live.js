@@ -8,6 +8,7 @@ import {t} from '../i18n.js';
 import {icon} from '../icons.js';
 import {LockHolders} from '../widgets/LockHolders.js';
 import {SourceDrawer} from '../widgets/SourceDrawer.js';
+import {keepFocus} from '../widgets/pressing.js';
 import {sourceTile} from '../widgets/sourceTile.js';
 
 class Live {
@@ -58,8 +59,10 @@ class Live {
     update([source]) {
         this.#drawer?.close();
         const id = Number(source);
-        this.#drawer = id > 0 ? new SourceDrawer(this.#app, this.#locks, id, () => this.#list.focus(id))
-            : null;
+        this.#drawer = id > 0 ? new SourceDrawer(this.#app, this.#locks, id, () => {
+            this.#list.focus(id);
+            keepFocus(this.#search);
+        }) : null;
     }
 
     #take(changes) {

@@ -5,11 +5,11 @@ import {h, replace, set} from '../dom.js';
 import {t} from '../i18n.js';
 import {icon} from '../icons.js';
 import {addDays, clockText, layOut, minutesOfDay, mondayOf, windowsInWeek} from './schedulesModel.js';
-import {dateText, nameOf, timesText, weekdayText} from './schedulesText.js';
+import {contentText, dateText, nameOf, windowText, weekdayText} from './schedulesText.js';
 
 const leastMinutes = 40;  // of the drawing, so that a window's text has space
 
-/// `today()` is the station's date; `open(id)` edits a schedule.
+/// `today()` is the station's date; `open(id)` edits a schedule, null for users who may not.
 export function weekView({store, today, open}) {
     let monday = null;
     const title = h('h2', {class: 'week-title', 'aria-live': 'polite'});
@@ -26,21 +26,29 @@ export function weekView({store, today, open}) {
         h('button', {type: 'button', on: {click: () => turn(0)}}, t('schedules.thisWeek'))), grid);
 
     function event(window) {
-        const times = window.every > 0 ? timesText(window.schedule) : clockText(window.from);
-        const name = nameOf(window.schedule);
-        const button = h('button', {type: 'button', class: 'week-event', title: `${name} ${times}`,
-            on: {click: () => open(window.schedule.Id)}},
-        h('span', {}, h('strong', {dir: 'auto'}, name), ' ', times));
+        const {schedule} = window;
+        const name = nameOf(schedule);
+        const times = windowText(window);
+        const attributes = {class: 'week-event', 'data-event': `${schedule.Id}-${window.day}-${window.from}`,
+            title: [`${name} ${times}`, schedule.paZones.join(', '), contentText(schedule)].join('\n')};
+        const content = h('span', {}, h('strong', {dir: 'auto'}, name), ' ', times);
+        const element = open === null ? h('div', attributes, content)
+            : h('button', {...attributes, type: 'button', on: {click: () => open(schedule.Id)}}, content);
         const length = Math.max(window.to - window.from, leastMinutes);
         const top = Math.min(window.from, minutesOfDay - leastMinutes);
-        button.style.setProperty('--from', top / minutesOfDay);
-        button.style.setProperty('--length', Math.min(length, minutesOfDay - top) / minutesOfDay);
-        button.style.setProperty('--column', window.column / window.columns);
-        button.style.setProperty('--width', 1 / window.columns);
-        return button;
+        element.style.setProperty('--from', top / minutesOfDay);
+        element.style.setProperty('--length', Math.min(length, minutesOfDay - top) / minutesOfDay);
+        element.style.setProperty('--column', window.column / window.columns);
+        element.style.setProperty('--width', 1 / window.columns);
+        return element;
+    }
+
+    function focus(name) {
+        [...grid.querySelectorAll('button')].find((button) => button.dataset.event === name)?.focus();
     }
 
     function fill() {
+        const focused = grid.contains(document.activeElement) ? document.activeElement.dataset.event : null;
         monday ??= mondayOf(today());
         replace(title, t('schedules.week', {from: dateText(monday), to: dateText(addDays(monday, 6))}));
         const windows = store.all('schedules').flatMap((schedule) =>
@@ -57,7 +65,10 @@ export function weekView({store, today, open}) {
             set(column, 'data-empty', events.length === 0 ? '' : null);
             return column;
         }));
+        if (focused) {
+            focus(focused);
+        }
     }
 
-    return {element, fill};
+    return {element, fill, focus};
 }

@@ -8,7 +8,7 @@ import {groupsOf} from '../zoneGroups.js';
 import {refill} from './pressing.js';
 
 const mostFound = 200;
-const mostChips = 50;
+const mostChips = 30;
 
 /// `chosen` are names of zones; `onChange(names)` is called when the user has changed them. The
 /// element is to be removed with `destroy()`.

@@ -14,6 +14,7 @@ export default {
     'announce.sent': 'Die Ansage ist gesendet.',
     'announce.noProblem': 'Keine Probleme gefunden.',
     'announce.problems': 'Probleme',
+    'announce.problemCount': {one: '{n} Problem', other: '{n} Probleme'},
     'announce.moreProblems': {one: 'Und {n} weiteres.', other: 'Und {n} weitere.'},
     'announce.problem.unknown-zone': '{zone}: Der Server kennt diese Zone nicht.',
     'announce.problem.unknown-voice': 'Der Server kann nicht mit der Stimme {subject} sprechen.',

@@ -14,6 +14,7 @@ export default {
     'announce.sent': 'The announcement has been sent.',
     'announce.noProblem': 'No problems found.',
     'announce.problems': 'Problems',
+    'announce.problemCount': {one: '{n} problem', other: '{n} problems'},
     'announce.moreProblems': {one: 'And {n} more.', other: 'And {n} more.'},
     'announce.problem.unknown-zone': '{zone}: the server has no such zone.',
     'announce.problem.unknown-voice': 'The server cannot speak with the voice {subject}.',
