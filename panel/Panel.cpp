@@ -16,7 +16,9 @@
 #include "panel/api/FaultTimes.h"
 #include "panel/api/IdempotencyStore.h"
 #include "panel/api/LockKeeper.h"
+#include "panel/api/ScheduleNumbers.h"
 #include "panel/api/SentAnnouncements.h"
+#include "panel/api/announcementEnds.h"
 #include "panel/api/routes.h"
 #include "panel/api/sessionRoutes.h"
 #include "panel/audit/AuditTrail.h"
@@ -113,6 +115,13 @@ struct Panel::Parts {
         return reply;
     }
 
+    /// Without a connection nothing is known of locks.
+    void releaseLocks() {
+        if (connection.isSynced()) {
+            locks.releaseDue();
+        }
+    }
+
     Stop stop;
     const std::unique_ptr<UserFile> users;
     AuditTrail audit;
@@ -122,14 +131,15 @@ struct Panel::Parts {
     const std::unique_ptr<paclient::Endpoint> endpoint;
     const FaultTimes faults;
     paclient::Connection connection;
-    LockKeeper locks;
+    LockKeeper locks{audit};
     SentAnnouncements announcements;
+    ScheduleNumbers scheduleNumbers;
     EventHub events;
-    Services services{connection, events, sessions,      users.get(), audit, answers,
-                      locks,      audio,  announcements, faults,      stop};
+    Services services{connection, events, sessions,      users.get(), audit,           answers,
+                      locks,      audio,  announcements, faults,      scheduleNumbers, stop};
     Housekeeping housekeeping{{[this] { sessions.endExpired(); }, [this] { audit.keepHouse(); },
-                               [this] { locks.releaseDue(); }, [this] { audio.removeExpired(); },
-                               [this] { announcements.removeOld(); }}};
+                               [this] { releaseLocks(); }, [this] { audio.removeExpired(); },
+                               [this] { finishAnnouncements(services); }}};
     const PanelMetrics metrics;
     Router router;
     std::string url;

@@ -12,6 +12,7 @@ class EventHub;
 class FaultTimes;
 class IdempotencyStore;
 class LockKeeper;
+class ScheduleNumbers;
 class SentAnnouncements;
 class Sessions;
 class UserFile;
@@ -28,6 +29,7 @@ struct Services {
     AudioStore& audio;
     SentAnnouncements& announcements;
     const FaultTimes& faults;
+    ScheduleNumbers& scheduleNumbers;
     const Stop& stop;
 };
 

@@ -12,8 +12,7 @@ using namespace paclient;
 using palink::ConnectionChange;
 
 FaultTimes::FaultTimes()
-    : isAway_(ChangeStream::instance().isAway()),
-      listener_(kinds<Updated<PaSink>, Updated<PaSource>, Deleted<PaSink>, Deleted<PaSource>,
+    : listener_(kinds<Updated<PaSink>, Updated<PaSource>, Deleted<PaSink>, Deleted<PaSource>,
                       ConnectionChange>(),
                 [this](const ChangePtr& change) { take(*change); }) {}
 
@@ -40,11 +39,11 @@ void FaultTimes::take(const Change& change) {
     } else if (const auto* const source = std::get_if<Updated<PaSource>>(&change)) {
         report({Kind::Source, source->record.id}, isFaulty(source->record));
     } else if (const auto* const oldSink = std::get_if<Deleted<PaSink>>(&change)) {
-        remove({Kind::Sink, oldSink->id});
+        withdraw({Kind::Sink, oldSink->id});
     } else if (const auto* const oldSource = std::get_if<Deleted<PaSource>>(&change)) {
-        remove({Kind::Source, oldSource->id});
-    } else if (const auto* const connection = std::get_if<ConnectionChange>(&change)) {
-        connectionChanged(connection->state == ConnectionChange::State::Synced);
+        withdraw({Kind::Source, oldSource->id});
+    } else if (std::get<ConnectionChange>(change).state == ConnectionChange::State::Synced) {
+        forgetWithdrawn();
     }
 }
 
@@ -58,19 +57,15 @@ void FaultTimes::report(Key key, bool isFaulty) {
     device.isReported = true;
 }
 
-/// A new connection begins with the deletion of everything.
-void FaultTimes::remove(Key key) {
-    if (!isAway_) {
-        devices_.erase(key);
+void FaultTimes::withdraw(Key key) {
+    if (const auto found = devices_.find(key); found != devices_.end()) {
+        found->second.isReported = false;
     }
 }
 
-void FaultTimes::connectionChanged(bool isSynced) {
-    isAway_ = !isSynced;
+void FaultTimes::forgetWithdrawn() {
     for (auto device = devices_.begin(); device != devices_.end();) {
-        const bool isWithdrawn = isSynced && !device->second.isReported;
-        device->second.isReported = isSynced;
-        device = isWithdrawn ? devices_.erase(device) : std::next(device);
+        device = device->second.isReported ? std::next(device) : devices_.erase(device);
     }
 }
 

@@ -11,7 +11,9 @@
 namespace papanel {
 
 /// Since when sinks and sources are faulty, by what the controller has reported since this object
-/// was made. A connection that was lost and is back changes nothing for what is still faulty.
+/// was made. A device that is withdrawn is remembered until all devices of a new connection are
+/// known: a server that stops in order withdraws everything, too. So a connection that was lost and
+/// is back changes nothing for what is still faulty.
 ///
 /// Every function may be called from any thread.
 class FaultTimes {
@@ -36,20 +38,18 @@ private:
 
     struct Device {
         bool isFaulty = false;
-        bool isReported = false;  // over the present connection
+        bool isReported = false;  // over the present connection, and not withdrawn
         Fault fault;              // while it is faulty
     };
 
     void take(const paclient::Change& change);
     void report(Key key, bool isFaulty);
-    void remove(Key key);
-    void connectionChanged(bool isSynced);
+    void withdraw(Key key);
+    void forgetWithdrawn();
     [[nodiscard]] Fault of(Key key) const;
 
     mutable std::mutex lock_;
-    // Guarded by lock_.
-    std::map<Key, Device> devices_;
-    bool isAway_;  // deletions do not count
+    std::map<Key, Device> devices_;  // guarded by lock_
 
     const paclient::Listener listener_;  // the last one: it uses all others
 };

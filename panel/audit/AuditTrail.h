@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <atomic>
+#include <condition_variable>
 #include <cstdint>
 #include <filesystem>
 #include <map>
@@ -37,7 +39,7 @@ struct AuditRow : AuditEntry {
 struct AuditFilter {
     std::optional<std::int64_t> from;   ///< begun at this time or after
     std::optional<std::int64_t> until;  ///< begun before this time
-    std::optional<std::string> user;
+    std::optional<std::string> user;    ///< the beginning of the name
     std::optional<std::string> operation;
     std::optional<std::string> outcome;
     std::optional<std::int64_t> before;  ///< with a smaller id
@@ -49,6 +51,8 @@ struct AuditFilter {
 class AuditTrail {
 public:
     static constexpr int mostInMemory = 10000;
+    /// The outcome of an operation whose end comes later.
+    static constexpr const char* accepted = "accepted";
 
     /// @param file for this process only, made if needed for its owner only; empty: in memory,
     /// where
@@ -62,11 +66,12 @@ public:
     /// @throws ApiError audit-unavailable when it cannot be written: it must not be sent then
     std::int64_t begin(const AuditEntry& entry);
 
-    /// Writes what came of it; when that fails, later.
-    /// @param outcome "done", "as-before" or the code of an error
+    /// Writes what came of it; when that fails, later. The first outcome counts, but that
+    /// `accepted` is followed by another.
+    /// @param outcome as "done", or the code of an error
     void finish(std::int64_t id, const std::string& outcome, const std::string& text);
 
-    /// The newest operations first.
+    /// The newest operations first. Operations that begin or end meanwhile do not wait for it.
     /// @throws ApiError audit-unavailable
     std::vector<AuditRow> find(const AuditFilter& filter, int limit);
 
@@ -84,13 +89,19 @@ private:
     };
 
     template <class Action>
-    auto guarded(Action action);
+    auto writing(Action action);
+    template <class Action>
+    auto reading(Action action);
+    void read(const AuditFilter& filter, std::int64_t oldest, int limit,
+              std::vector<AuditRow>& rows);
     void write(std::int64_t id, const Ending& ending);
 
     const bool isInMemory_;
     const std::int64_t keptMS_;
-    bool hasFailed_ = false;  // the last `keepHouse`
+    bool hasFailed_ = false;       // the last `keepHouse`
+    std::atomic<int> writers_{0};  // that have the lock or wait for it
     std::mutex lock_;
+    std::condition_variable written_;
     // Guarded by lock_.
     pautil::Database database_;
     std::map<std::int64_t, Ending> unwritten_;

@@ -4,6 +4,7 @@
 #include "client/recordText.h"
 #include "client/resources.h"
 #include "client/scheduleText.h"
+#include "panel/api/records.h"
 
 namespace papanel {
 

@@ -82,12 +82,13 @@ std::string memberOr(const Json& object, const char* name, const std::string& ot
 }
 
 /// Calls the handler of an operation, which the audit trail has before it is sent.
-ApiReply operate(Services& services, const Route& route, const ApiRequest& request) {
+ApiReply operate(Services& services, const Route& route, ApiRequest& request) {
     const std::string body = request.bytes.empty()
                                  ? auditedRequest(request.body)
                                  : std::to_string(request.bytes.size()) + " bytes";
-    const auto row = services.audit.begin({request.caller.user, request.caller.address,
-                                           route.operation, auditedTarget(request), body});
+    const std::int64_t row = services.audit.begin({request.caller.user, request.caller.address,
+                                                   route.operation, auditedTarget(request), body});
+    request.auditRow = row;
     try {
         ApiReply reply = route.handle(services, request);
         services.audit.finish(row, memberOr(reply.body, "outcome", "done"),

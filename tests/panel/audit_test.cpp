@@ -42,19 +42,23 @@ struct AuditTest : HostTimeTest {
 TEST_F(AuditTest, WhatWasAtWorkWhenTheProcessEndedIsUnknown) {
     {
         AuditTrail trail(file, 1);
-        trail.finish(trail.begin(entry()), "done", "");
-        trail.begin(entry("bob"));
+        const std::int64_t first = trail.begin(entry());
+        for (const char* const outcome : {"accepted", "done", "accepted", "unknown"}) {
+            trail.finish(first, outcome, "");  // the end counts, whenever it comes
+        }
+        trail.finish(trail.begin(entry("bob")), "accepted", "");
+        trail.begin(entry("cat"));
         // As a process leaves them that is killed now.
         fs::copy(file, folder.path() / "killed.db");
         fs::copy(file.string() + "-wal", folder.path() / "killed.db-wal");
-        EXPECT_EQ(rows(trail), "2 bob pending, 1 ann done, ");
+        EXPECT_EQ(rows(trail), "3 cat pending, 2 bob accepted, 1 ann done, ");
         EXPECT_EQ(thrownBy<std::runtime_error>([this] { AuditTrail(file, 1); }),
                   "cannot keep the audit trail in \"" + file.string() +
                       "\": it is in use by another process");
     }
     AuditTrail trail(folder.path() / "killed.db", 1);
-    EXPECT_EQ(rows(trail),
-              "2 bob unknown papanel ended before the outcome was known, 1 ann done, ");
+    const std::string unknown = " unknown papanel ended before the outcome was known, ";
+    EXPECT_EQ(rows(trail), "3 cat" + unknown + "2 bob" + unknown + "1 ann done, ");
     EXPECT_EQ(trail.find({}, 1).front().finished, std::nullopt);
     struct stat status {};
     stat(file.c_str(), &status);
@@ -92,7 +96,7 @@ TEST_F(AuditTest, IsFoundByFiltersAndForgottenInSteps) {
     const std::int64_t start = 1'000'000'000'000;
     const std::int64_t hourMS = 3'600'000;
     AuditFilter filter;
-    filter.user = "ann";
+    filter.user = "an";
     filter.outcome = "done";
     filter.operation = "b";
     EXPECT_EQ(rows(trail, filter, 2), "499 ann done, 493 ann done, ");  // hours 498, 492
@@ -110,6 +114,14 @@ TEST_F(AuditTest, IsFoundByFiltersAndForgottenInSteps) {
     EXPECT_FALSE(trail.keepHouse());
     EXPECT_EQ(oldest(), 453);  // begun 48 hours ago
     EXPECT_EQ(trail.begin(entry()), 501);
+    for (int i = 0; i < 9'000; ++i) {
+        trail.begin(entry("cat"));
+    }
+    filter = {};
+    filter.user = "bob";
+    EXPECT_EQ(rows(trail, filter, 1).substr(0, 8), "500 bob ");
+    filter.user = "dan";
+    EXPECT_EQ(rows(trail, filter), "");
 }
 
 TEST_F(AuditTest, InMemoryTheNewestAreKept) {
