@@ -58,7 +58,7 @@ test('no text of a record becomes a part of the page', async () => {
     for (const view of [...views, ...opened]) {
         await goTo(page, view);
         if (view === 'history') {
-            await page.locator('tbody summary').first().click();
+            await page.locator('td summary').first().click();
         }
         await page.locator('main, dialog').getByText('globalThis.hit=1').locator('visible=true').first().waitFor()
             .catch(() => assert.fail(`${view} displays none of them`));

@@ -229,13 +229,13 @@ for (const [title, setUp] of Object.entries(setups)) {
         test('the history has what was asked for, by whom, and what came of it', async () => {
             const {omar: page} = pages;
             await goTo(page, 'history');
-            const row = page.getByRole('row', {name: /olga.*play announcement/}).first();
+            const row = page.getByRole('row', {name: /olga.*Play announcement/}).first();
             await row.getByText('Done').waitFor();
             await page.getByLabel('Outcome').selectOption({label: 'Held by others'});
-            await page.getByRole('row', {name: /omar.*take/}).first().waitFor();
+            await page.getByRole('row', {name: /omar.*Take source/}).first().waitFor();
             await row.waitFor({state: 'detached'});
             await page.getByLabel('Outcome').selectOption({label: 'Any'});
-            await page.getByRole('searchbox', {name: 'User'}).fill('olga');
+            await page.getByLabel('User', {exact: true}).fill('olga');
             await row.waitFor();
             const download = page.waitForEvent('download');
             await page.getByRole('link', {name: 'CSV'}).click();

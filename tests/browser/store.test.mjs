@@ -226,6 +226,10 @@ test('moments of the station and durations', () => {
     // Two hours before 03:30, when the clocks have been put forward at 02:00.
     clock.update({stationTime: '2026-03-29T03:30:00', time, timeZone: 'Europe/Berlin'});
     assert.equal(wallMoment(clock.wallBefore(7200000), clock.wallNow()), '00:30:00');
+    // The second 02:59 of the day on which they are put back, by the time of the gateway.
+    clock.update({stationTime: '2026-10-25T02:59:00', time: '2026-10-25T01:59:00Z', timeZone: 'Europe/Berlin'});
+    now += 60000;
+    assert.equal(wallMoment(clock.wallNow(), clock.wallNow()), '03:00:00');
     assert.match(utcMoment('2026-12-01 04:59:10', 'Europe/Berlin'), /05:59:10/);
     assert.equal(utcMoment('soon', 'Europe/Berlin'), 'soon');
     assert.deepEqual([0, 59999, 60000, 3723000, 90000000].map(duration),

@@ -22,7 +22,7 @@ class HealthView {
     constructor(root, app) {
         this.#app = app;
         this.#store = app.store;
-        this.#list = new VirtualList({label: t('health.list'), itemHeight: 100,
+        this.#list = new VirtualList({label: t('health.list'), itemHeight: 108,
             isGroup: true, createCell: () => faultTile(app, (id) => this.#faults.get(id))});
         root.append(h('div', {class: 'card'}, this.#link),
             this.#summary, this.#list.element);

@@ -76,7 +76,7 @@ export class SourceDrawer {
             section('level.title', this.#meter.element),
             section('trigger.title', this.#triggers.element),
             recordings(app));
-        this.#dialog = openDialog({title: source ? sourceName(source) : t('source.number', {n: id}),
+        this.#dialog = openDialog({title: source ? sourceName(source) : t('source.number', {n: String(id)}),
             kind: 'drawer', content: [this.#whyNot, this.#content], onClose: () => {
                 unsubscribe();
                 this.#meter.unmount();

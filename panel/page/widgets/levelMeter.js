@@ -60,6 +60,12 @@ export function levelMeter(id) {
         display();
     }
 
+    // A page that is out of sight gives its connections back.
+    const onVisibility = () => document.hidden && stop();
+    document.addEventListener('visibilitychange', onVisibility);
     display();
-    return {element, unmount: stop};
+    return {element, unmount: () => {
+        document.removeEventListener('visibilitychange', onVisibility);
+        stop();
+    }};
 }
