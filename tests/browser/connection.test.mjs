@@ -41,7 +41,7 @@ test('a server that is away greys the page out, with the time; it comes back by 
     assert.ok((now - since + 86400) % 86400 <= 30, `${since}, ${now}: not the time at the station`);
     assert.match(await page.locator('main').evaluate((main) => getComputedStyle(main).filter), /grayscale/);
     assert.ok(await page.getByRole('button', {name: 'Play now'}).isDisabled());
-    for (const view of ['live/1', 'board/Car%201']) {
+    for (const view of ['live/1', 'board/Car%201', 'schedules/table']) {
         await goTo(page, view);
         await page.locator('h1').waitFor({state: 'attached'});
         assert.deepEqual(await operable(page), [], view);

@@ -54,6 +54,8 @@ test('a sink has the gain, the monitoring and the reset that were asked for', as
     await number.fill('-8');
     await number.press('Enter');
     await reported('/sinks/94', 'outputGain', -8);
+    await until(page, () => [...document.querySelectorAll('[aria-label^="Gain of Subway speakers 1"] input')]
+        .every((input) => input.valueAsNumber === -8));
     await drawer().getByLabel('Gain of Subway speakers 2, slider').press('ArrowRight');
     await reported('/sinks/95', 'outputGain', -5.5);
     await drawer().getByLabel('Monitoring of Subway speakers 2').click();
