@@ -107,6 +107,20 @@ test('a source has the zones, the gain and the triggers that were asked for, and
     await page.keyboard.press('Escape');
 });
 
+test('an event of the week opens its schedule, once', async () => {
+    const {status} = await call(page, 'POST', '/schedules', {descrption: 'Every day', startYear: 2026, startMonth: 1, startDay: 1,
+        endYear: 2099, endMonth: 12, endDay: 31, startHour: 6, endHour: 6, dayMask: 127, frequency: 0, paZones: ['Subway'],
+        announcementType: 4, ttsList: [{text: 'Good morning', language: 'en', voice: 'Amelia'}]});
+    assert.equal(status, 201);
+    await goTo(page, 'schedules/week');
+    await page.locator('.week-event').first().dblclick();
+    await drawer().getByLabel('Name').waitFor();
+    assert.equal(await drawer().getByLabel('Name').inputValue(), 'Every day');
+    assert.equal(await page.getByRole('dialog').count(), 1);
+    await page.keyboard.press('Escape');
+    await drawer().waitFor({state: 'detached'});
+});
+
 test('a logout that fails leaves the page as it was', async () => {
     await page.route('**/api/v1/session', (route) => (route.request().method() === 'DELETE'
         ? route.fulfill({status: 500, json: {error: {code: 'internal', text: 'why'}}}) : route.continue()));
