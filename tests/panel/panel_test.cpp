@@ -245,7 +245,7 @@ TEST(Panel, sendsWhatChangesToAllPages) {
                         "application/json");
     EXPECT_EQ(first.next({"snapshot"})["sinks"].size(), sinks) << "when it is back";
     browser.client.Delete("/api/v1/session", browser.session);
-    EXPECT_EQ(second.next({"session"})["ends"], "the user has logged out");
+    EXPECT_EQ(second.next({"session"})["ends"], "logout");
     EXPECT_TRUE(first.next({"changes after the end"}).is_null());
 }
 
