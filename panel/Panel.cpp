@@ -13,9 +13,12 @@
 #include "panel/access/Sessions.h"
 #include "panel/access/UserFile.h"
 #include "panel/api/AudioStore.h"
+#include "panel/api/FaultTimes.h"
 #include "panel/api/IdempotencyStore.h"
 #include "panel/api/LockKeeper.h"
+#include "panel/api/ScheduleNumbers.h"
 #include "panel/api/SentAnnouncements.h"
+#include "panel/api/announcementEnds.h"
 #include "panel/api/routes.h"
 #include "panel/api/sessionRoutes.h"
 #include "panel/audit/AuditTrail.h"
@@ -112,6 +115,13 @@ struct Panel::Parts {
         return reply;
     }
 
+    /// Without a connection nothing is known of locks.
+    void releaseLocks() {
+        if (connection.isSynced()) {
+            locks.releaseDue();
+        }
+    }
+
     Stop stop;
     const std::unique_ptr<UserFile> users;
     AuditTrail audit;
@@ -119,15 +129,17 @@ struct Panel::Parts {
     IdempotencyStore answers;
     AudioStore audio;
     const std::unique_ptr<paclient::Endpoint> endpoint;
+    const FaultTimes faults;
     paclient::Connection connection;
-    LockKeeper locks;
+    LockKeeper locks{audit};
     SentAnnouncements announcements;
+    ScheduleNumbers scheduleNumbers;
     EventHub events;
-    Services services{connection, events, sessions, users.get(),   audit,
-                      answers,    locks,  audio,    announcements, stop};
-    Housekeeping housekeeping{{[this] { sessions.endExpired(); }, [this] { audit.removeExpired(); },
-                               [this] { locks.releaseDue(); }, [this] { audio.removeExpired(); },
-                               [this] { announcements.removeOld(); }}};
+    Services services{connection, events, sessions,      users.get(), audit,           answers,
+                      locks,      audio,  announcements, faults,      scheduleNumbers, stop};
+    Housekeeping housekeeping{{[this] { sessions.endExpired(); }, [this] { audit.keepHouse(); },
+                               [this] { releaseLocks(); }, [this] { audio.removeExpired(); },
+                               [this] { finishAnnouncements(services); }}};
     const PanelMetrics metrics;
     Router router;
     std::string url;

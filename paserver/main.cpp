@@ -70,8 +70,9 @@ int main(int argc, char** argv) {
         std::optional<pametrics::MetricsEndpoint> metrics;
         if (!arguments.metrics.empty()) {
             metrics.emplace(
-                arguments.metrics, [&server] { return paserver::metricsText(server.counts()); },
-                [&server] { return server.isReady() && server.counts().isConnected; });
+                arguments.metrics,
+                [&server] { return paserver::metricsText(server.state(), server.counters()); },
+                [&server] { return server.isReady() && server.state().isConnected; });
         }
         serve(server, notice);
         stop(server, notice);

@@ -56,7 +56,9 @@ public:
 
     /// Has a function called after each end of a session, without a lock held. To be set before the
     /// first session.
-    /// @param reason for people
+    /// @param reason a word for the page, which has texts for them: idle, old, removed, role,
+    /// password,
+    ///               displaced (by too many), login (again), logout
     using OnEnd = std::function<void(const std::string& id, const std::string& reason)>;
     void onEnd(OnEnd call) { onEnd_.push_back(std::move(call)); }
 

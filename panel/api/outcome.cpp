@@ -46,10 +46,20 @@ ApiError errorOf(std::exception_ptr thrown) {
     }
 }
 
+ApiError errorOf(std::exception_ptr thrown, const Services& services, std::uint64_t connection) {
+    const ApiError found = errorOf(std::move(thrown));
+    const bool isKnown = connection != 0 && services.connection.number() == connection;
+    if (found.code != "not-found" || isKnown) {
+        return found;
+    }
+    return error(503, "not-connected",
+                 "the connection to the server is away or was lost meanwhile");
+}
+
 paclient::Wait waitOf(const Services& services, std::chrono::milliseconds limit) {
     return {limit, [&stop = services.stop](std::chrono::milliseconds /*waited*/) {
                 if (stop.isRequested()) {
-                    throw error(504, "connection-lost",
+                    throw error(outcomeUnknown, "connection-lost",
                                 "the gateway ends; whether it is done is unknown");
                 }
             }};
@@ -71,9 +81,11 @@ void requireConfirmed(const Confirmation& confirmation, const std::string& effec
         case Outcome::NotSent:
             throw error(503, "not-connected", "not sent: " + confirmation.reason);
         case Outcome::ConnectionLost:
-            throw error(504, "connection-lost", "the connection to the server was lost" + unknown);
+            throw error(outcomeUnknown, "connection-lost",
+                        "the connection to the server was lost" + unknown);
         case Outcome::TimedOut:
-            throw error(504, "timed-out", "the server has not confirmed it in time" + unknown);
+            throw error(outcomeUnknown, "timed-out",
+                        "the server has not confirmed it in time" + unknown);
     }
 }
 

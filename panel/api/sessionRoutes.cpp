@@ -41,6 +41,11 @@ ApiReply replyWith(const Services& services, const ApiRequest& request, const Ne
 ApiReply getSession(Services& services, const ApiRequest& request) {
     const auto session = services.sessions.find(request.token);
     if (!session && !services.sessions.areAuthenticated()) {
+        // Sessions of other pages would take the place of the operators' own ones.
+        const std::string site = request.header("sec-fetch-site");
+        if (!site.empty() && site != "same-origin" && site != "none") {
+            throw ApiError(403, "csrf", "the request comes from another page");
+        }
         return replyWith(services, request, services.sessions.beginLocal());
     }
     return replyWith(services, session);
@@ -58,13 +63,13 @@ ApiReply logIn(Services& services, const ApiRequest& request) {
     const NewSession begun =
         services.sessions.logIn(textOf("user"), textOf("password"), request.caller.address);
     if (const auto before = services.sessions.find(request.token)) {
-        services.sessions.end(before->id, "the user has logged in again");
+        services.sessions.end(before->id, "login");
     }
     return replyWith(services, request, begun);
 }
 
 ApiReply logOut(Services& services, const ApiRequest& request) {
-    services.sessions.end(request.caller.sessionId, "the user has logged out");
+    services.sessions.end(request.caller.sessionId, "logout");
     ApiReply reply;
     reply.status = 204;
     reply.headers.emplace_back("Set-Cookie", cookieOf(request).set(""));

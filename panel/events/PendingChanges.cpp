@@ -4,6 +4,7 @@
 #include "client/recordText.h"
 #include "client/resources.h"
 #include "client/scheduleText.h"
+#include "panel/api/records.h"
 
 namespace papanel {
 
@@ -38,11 +39,11 @@ void PendingChanges::restart() {
 void PendingChanges::add(const Change& change, const Services& services) {
     const Overloaded visitor{
         [&](const Updated<PaSource>& source) {
-            update("sources", source.record.id, toJson(source.record));
+            update("sources", source.record.id, recordOf(source.record, services));
         },
         [&](const Deleted<PaSource>& source) { remove("sources", source.id); },
         [&](const Updated<PaSink>& sink) {
-            update("sinks", sink.record.id, toJson(sink.record));
+            update("sinks", sink.record.id, recordOf(sink.record, services));
             zones_.merge(sinks_.set(sink.record));
         },
         [&](const Deleted<PaSink>& sink) {

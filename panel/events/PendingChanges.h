@@ -9,7 +9,7 @@
 
 #include "client/Change.h"
 #include "client/json.h"
-#include "panel/api/records.h"
+#include "panel/api/zoneRecords.h"
 
 namespace papanel {
 

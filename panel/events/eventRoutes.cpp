@@ -22,8 +22,8 @@ using Clock = std::chrono::steady_clock;
 
 /// So often a stream looks whether its client is away.
 constexpr std::chrono::milliseconds turn{1000};
-/// A stream without an event has a comment so often, or a proxy would end it.
-constexpr std::chrono::seconds quietTime{15};
+/// A stream without an event has a comment so often, by which a page knows that it is connected.
+constexpr std::chrono::seconds quietTime{5};
 
 ApiReply eventStream(std::function<void(const Write& write, const Stopped& stopped)> stream) {
     ApiReply reply;

@@ -9,6 +9,7 @@
 #include "panel/access/Sessions.h"
 #include "panel/api/IdempotencyStore.h"
 #include "panel/audit/AuditTrail.h"
+#include "panel/audit/auditTexts.h"
 #include "panel/http/ApiError.h"
 #include "panel/http/Target.h"
 #include "panel/http/byteRange.h"
@@ -67,22 +68,14 @@ std::string memberOr(const Json& object, const char* name, const std::string& ot
     return member != object.end() && member->is_string() ? member->get<std::string>() : other;
 }
 
-/// What the request names in its address.
-std::string auditedTarget(const ApiRequest& request) {
-    std::string target;
-    for (const std::string& part : request.parts) {
-        target += (target.empty() ? "" : ", ") + part;
-    }
-    return target;
-}
-
 /// Calls the handler of an operation, which the audit trail has before it is sent.
-ApiReply operate(Services& services, const Route& route, const ApiRequest& request) {
+ApiReply operate(Services& services, const Route& route, ApiRequest& request) {
     const std::string body = request.bytes.empty()
                                  ? auditedRequest(request.body)
                                  : std::to_string(request.bytes.size()) + " bytes";
-    const auto row = services.audit.begin({request.caller.user, request.caller.address,
-                                           route.operation, auditedTarget(request), body});
+    const std::int64_t row = services.audit.begin({request.caller.user, request.caller.address,
+                                                   route.operation, auditedTarget(request), body});
+    request.auditRow = row;
     try {
         ApiReply reply = route.handle(services, request);
         services.audit.finish(row, memberOr(reply.body, "outcome", "done"),

@@ -8,7 +8,7 @@
 #include <string>
 #include <tuple>
 
-#include "metrics/DurationCounts.h"
+#include "framework/durationCounts.h"
 #include "panel/http/BodySpace.h"
 #include "panel/http/HttpConnection.h"
 #include "panel/http/RouteTable.h"
@@ -39,7 +39,7 @@ public:
     [[nodiscard]] Counts counts() const;
 
     /// How long operations have taken, whatever came of them.
-    [[nodiscard]] const pametrics::DurationCounts& operationDurations() const {
+    [[nodiscard]] const pa::DurationCounts& operationDurations() const {
         return operationDurations_;
     }
 
@@ -54,7 +54,7 @@ private:
     Services& services_;
     const RouteTable table_;
     const RouterSettings settings_;
-    pametrics::DurationCounts operationDurations_;
+    pa::DurationCounts operationDurations_;
     BodySpace bodies_;
 
     mutable std::mutex lock_;

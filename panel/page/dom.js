@@ -2,7 +2,7 @@
 // Builds elements. Texts become text nodes and attributes come from a fixed list, so that no text of
 // a record or of a user becomes markup.
 
-const elementNames = new Set(['a', 'article', 'audio', 'bdi', 'button', 'caption', 'code', 'dd',
+const elementNames = new Set(['a', 'article', 'audio', 'bdi', 'button', 'caption', 'code', 'datalist', 'dd',
     'details', 'dialog', 'div', 'dl', 'dt', 'em', 'fieldset', 'footer', 'form', 'h1', 'h2', 'h3', 'h4',
     'header', 'hr', 'input', 'kbd', 'label', 'legend', 'li', 'main', 'menu', 'meter', 'nav', 'ol',
     'optgroup', 'option', 'output', 'p', 'progress', 'section', 'select', 'small', 'span', 'strong',

@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
 // Starts the page: the session, the store, the view that the address names.
 
-import {Api, pageId} from './api.js';
+import {Api, ApiError, pageId} from './api.js';
 import {PageFrame} from './PageFrame.js';
 import {Store} from './Store.js';
 import {closeDialogs} from './dialogs.js';
 import {h, replace} from './dom.js';
-import {preferredLanguage, setLanguage, t} from './i18n.js';
-import {errorText, messageRegions} from './messages.js';
+import {hasText, preferredLanguage, setLanguage, t} from './i18n.js';
+import {clearMessages, errorText, messageRegions} from './messages.js';
 import {choose, setting} from './settings.js';
 import login from './views/login.js';
 import {views} from './views.js';
@@ -43,8 +43,13 @@ export const app = {
     },
 
     async logOut() {
-        app.store.close();
-        await app.api.logOut();
+        app.store.close();  // before the gateway ends the stream of a session that is over
+        try {
+            await app.api.logOut();
+        } catch (error) {
+            app.store.open();
+            throw error.code === 'no-answer' ? new ApiError(0, 'still-logged-in', error.text) : error;
+        }
         app.session = {loggedIn: false, authentication: true};
         showLogin();
     },
@@ -70,6 +75,7 @@ function clearPage() {
 
 function showLogin() {
     clearPage();
+    clearMessages();
     document.title = t('login.title');
     const root = h('main', {class: 'login-page'});
     document.body.append(root);
@@ -110,6 +116,7 @@ async function start(reason) {
         // The gateway has been started again and needs no login.
         app.store.open();
     } else {
+        clearMessages();
         begin();
     }
 }
@@ -142,7 +149,9 @@ function saveConnection() {
 }
 
 app.api.onLoggedOut = () => restart(app.session.loggedIn ? t('login.expired') : '');
-app.store.onSessionEnd = (reason) => restart(reason || t('login.expired'));
+app.store.fetchStatus = () => app.api.get('/status');
+app.store.onSessionEnd = (reason) => restart(
+    t(hasText(`login.ended.${reason}`) ? `login.ended.${reason}` : 'login.expired'));
 window.addEventListener('hashchange', () => frame?.open(location.hash));
 document.addEventListener('visibilitychange', saveConnection);
 setLanguage(setting('language') ?? preferredLanguage());

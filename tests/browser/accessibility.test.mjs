@@ -62,7 +62,7 @@ test('an announcement is composed and played with the keyboard only', async () =
     const press = async (key, name) => {
         for (let i = 0; i < 40; ++i) {
             const focused = await page.evaluate(() => document.activeElement.getAttribute('aria-label')
-                ?? document.activeElement.textContent);
+                ?? (document.activeElement.labels?.[0] ?? document.activeElement).textContent);
             if (name.test(focused)) {
                 return;
             }

@@ -211,7 +211,7 @@ TEST_F(SecurityTest, AStreamEndsWithItsSession) {
     levels.send(request("GET", "/api/v1/sources/9/levels", ann.cookie));
     EXPECT_NE(levels.receive("retry:").find("text/event-stream"), std::string::npos);
     EXPECT_EQ(codeOf(ask("DELETE", "/api/v1/session", ann.cookie + ann.token)), "204");
-    EXPECT_NE(events.receive().find("event: session\ndata: {\"ends\":\"the user has logged out\"}"),
+    EXPECT_NE(events.receive().find("event: session\ndata: {\"ends\":\"logout\"}"),
               std::string::npos);
     int readings = 0;  // that were on the way
     while (readings < 100 && levels.receive("}").find('}') != std::string::npos) {

@@ -6,14 +6,17 @@ import {hasText, t} from '../i18n.js';
 import {icon} from '../icons.js';
 import {attempt, errorText} from '../messages.js';
 import {zonePicker} from '../widgets/zonePicker.js';
+import {isWithin} from '../widgets/zoneTile.js';
 import {activeList} from './announceActive.js';
 import {contentEditor, fetchLists} from './announceContent.js';
 import {emptyDraft, requestOf, titleOf, whatIsMissing} from './announceModel.js';
-import {noteZones, recentZones} from './announceRecent.js';
+import {recentTemplates, recentZones} from './announceRecent.js';
 import {SentAnnouncements} from './announceSent.js';
 
 const checkPause = 400;
-const noLists = {dictionary: null, chimes: null, recordings: null, templates: null};
+const noLists = {dictionary: null, chimes: null};
+const mostProblems = 50;
+const doublePress = 2000;
 
 // Outlive the view, but not the user.
 let draft = emptyDraft();
@@ -81,13 +84,12 @@ class Composer {
         this.problems = h('div', {class: 'problems', role: 'status'});
         this.button = h('button', {type: 'button', class: 'primary', on: {click: () => this.play()}},
             icon('play'), t('announce.playNow'));
-        this.reason = h('span', {class: 'note'});
+        this.reason = h('span', {class: 'note', role: 'status'});
         this.bar = h('div', {class: 'play-bar'}, this.button,
             h('button', {type: 'button', class: 'quiet', on: {click: () => this.clear()}}, t('announce.clear')),
             this.reason);
         this.endFollowing = app.store.subscribe(['zones', 'status', 'voices'], (changes) => this.take(changes));
         this.showRecent();
-        this.showContent();
         this.fetch();
         this.change();
     }
@@ -100,17 +102,20 @@ class Composer {
         this.picker.destroy();
     }
 
+    /// The editors need the lists of the server. They are not made again for them while they are in use.
     async fetch() {
         if (this.app.store.link().state !== 'synced') {
+            replace(this.content, h('p', {class: 'note'}, t('access.away')));
             return;
         }
+        this.areListsThere = true;
         try {
             this.lists = await fetchLists(this.app.api, this.abort.signal);
-            this.areListsThere = true;
             this.showContent();
         } catch (error) {
             if (error.name !== 'AbortError') {
-                setText(this.reason, errorText(error));
+                this.areListsThere = false;
+                replace(this.content, h('p', {class: 'note', role: 'status'}, errorText(error)));
             }
         }
     }
@@ -121,7 +126,7 @@ class Composer {
     }
 
     showRecent() {
-        const lists = recentZones();
+        const lists = recentZones.all();
         replace(this.recent, lists.length > 0 && [h('h3', {}, t('announce.recent')),
             h('ul', {class: 'chips'}, lists.map((zones) => h('li', {}, h('button', {type: 'button', dir: 'auto',
                 on: {click: () => {
@@ -140,16 +145,22 @@ class Composer {
     }
 
     take(changes) {
-        if (changes.has('voices') && this.app.store.count('voices') !== this.voiceCount) {
+        if (this.lists !== noLists && this.app.store.count('voices') !== this.voiceCount
+            && !this.content.contains(document.activeElement)) {
             this.showContent();
         }
         if (changes.has('status') && !this.areListsThere) {
             this.fetch();
         }
-        if (changes.has('zones')) {
+        if (this.concerns(changes.get('zones'))) {
             this.check();
         }
         this.showReadiness();
+    }
+
+    /// Whether one of the zones that have changed is chosen or part of a chosen one.
+    concerns(zones) {
+        return zones === null || [...zones ?? []].some((zone) => draft.zones.some((one) => isWithin(zone, one)));
     }
 
     /// The draft has changed.
@@ -161,46 +172,56 @@ class Composer {
     showReadiness() {
         const missing = whatIsMissing(draft);
         const why = this.app.whyNot() ?? (missing && t(missing));
-        set(this.button, 'disabled', why !== null || this.isSending);
-        setText(this.reason, why ?? '');
+        set(this.button, 'disabled', why !== null);
+        setText(this.reason, why ?? (this.isSending ? t('state.sending') : ''));
     }
 
-    /// Asks for problems a moment after the last change.
+    /// Asks for problems a moment after a change, and again after the answer when there is another one.
     check() {
         if (whatIsMissing(draft) || this.app.whyNot()) {
             this.checking?.abort();
             clearTimeout(this.timer);
             this.timer = null;
-            replace(this.problems);
+            this.showProblems(null);
             return;
         }
-        this.timer ??= setTimeout(() => {
-            this.timer = null;
-            this.checkNow();
-        }, checkPause);
+        this.isCheckDue = true;
+        this.timer ??= setTimeout(() => this.checkNow(), checkPause);
     }
 
     async checkNow() {
-        this.checking?.abort();
         const checking = new AbortController();
         this.checking = checking;
+        this.isCheckDue = false;
+        let problems = null;
         try {
-            const {problems} = await this.app.api.ask('/announcements/check', requestOf(draft),
-                {signal: checking.signal});
-            this.showProblems(problems);
+            ({problems} = await this.app.api.ask('/announcements/check', requestOf(draft), {signal: checking.signal}));
         } catch (error) {
-            if (error.name !== 'AbortError' && !checking.signal.aborted) {
-                replace(this.problems,
-                    h('p', {class: 'problem prevents', dir: 'auto'}, icon('warning'), errorText(error)));
+            problems = [{code: '', text: errorText(error), prevents: true}];
+        }
+        if (!checking.signal.aborted) {
+            this.timer = null;
+            this.showProblems(problems);
+            if (this.isCheckDue) {
+                this.check();
             }
         }
     }
 
+    /// Null when nothing has been checked. What is displayed already is not read out again.
     showProblems(problems) {
-        replace(this.problems, problems.length === 0
-            ? h('p', {class: 'no-problem'}, icon('check'), t('announce.noProblem'))
-            : h('ul', {}, problems.map((problem) => h('li', {class: problem.prevents ? 'problem prevents' : 'problem',
-                dir: 'auto'}, icon('warning'), problemText(problem)))));
+        const displayed = JSON.stringify(problems);
+        if (displayed === this.displayed) {
+            return;
+        }
+        this.displayed = displayed;
+        const more = (problems?.length ?? 0) - mostProblems;
+        replace(this.problems, problems?.length === 0
+            && h('p', {class: 'no-problem'}, icon('check'), t('announce.noProblem')),
+        problems?.length > 0 && h('ul', {tabindex: 0, 'aria-label': t('announce.problems')},
+            problems.slice(0, mostProblems).map((problem) => h('li', {dir: 'auto',
+                class: problem.prevents ? 'problem prevents' : 'problem'}, icon('warning'), problemText(problem))),
+            more > 0 && h('li', {class: 'problem'}, t('announce.moreProblems', {n: more}))));
     }
 
     /// What may play although the outcome is unknown is followed, too.
@@ -215,19 +236,29 @@ class Composer {
         }
     }
 
+    /// A double click is one press.
     async play() {
         const body = requestOf(draft);
         const title = titleOf(draft);
+        const press = JSON.stringify(body);
+        if (this.isSending || (press === this.lastPress && performance.now() - this.sentAt < doublePress)) {
+            return;
+        }
         this.isSending = true;
         this.showReadiness();
         const follow = (answer) => {
             sent.add(answer, body.zones, title);
-            noteZones(body.zones);
+            recentZones.note(body.zones);
+            if (body.display) {
+                recentTemplates.note(body.display.template);
+            }
             this.showRecent();
             return t('announce.sent');
         };
-        await attempt(() => this.send(body, follow), follow);
+        const answer = await attempt(() => this.send(body, follow), follow);
         this.isSending = false;
+        this.lastPress = answer && press;
+        this.sentAt = performance.now();
         this.showReadiness();
     }
 }

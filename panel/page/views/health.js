@@ -2,7 +2,7 @@
 // The state of the connection, and what is faulty since when.
 
 import {VirtualList} from '../VirtualList.js';
-import {compareUrgency, isFaulty} from '../Health.js';
+import {compareUrgency} from '../Health.js';
 import {h, replace, set, setText} from '../dom.js';
 import {compareNames, duration, wallMoment} from '../format.js';
 import {t} from '../i18n.js';
@@ -44,13 +44,9 @@ class HealthView {
 
     #fill() {
         this.#fillLink();
-        const {health} = this.#store;
-        // A zone without sinks has a health of its own.
-        const zones = this.#store.all('zones')
-            .map((zone) => ({kind: 'zones', key: zone.id, record: zone, ...health.zone(zone)}))
-            .filter(({level, total}) => isFaulty(level) && total === 0);
-        const faults = [...health.faults(), ...zones].sort((a, b) => compareUrgency(a.level, b.level)
-            || (b.since ?? 0) - (a.since ?? 0)
+        const since = ({record}) => record.faultySince ?? '';
+        const faults = this.#store.health.faults().sort((a, b) => compareUrgency(a.level, b.level)
+            || compareNames(since(b), since(a))
             || compareNames(a.record.label ?? a.key, b.record.label ?? b.key));
         this.#faults = new Map(faults.map((fault) => [`${fault.kind}/${fault.key}`, fault]));
         const entries = [];

@@ -12,7 +12,7 @@ import {utcOf} from './historyTimes.js';
 const pageSize = 100;
 const inputPause = 300;
 const columns = ['time', 'user', 'operation', 'target', 'outcome', 'address'];
-const outcomes = ['done', 'as-before', 'refused', 'held', 'not-found', 'bad-request', 'not-connected',
+const outcomes = ['done', 'as-before', 'accepted', 'cancelled', 'pre-empted', 'failed', 'partly', 'refused', 'held', 'not-found', 'bad-request', 'not-connected',
     'timed-out', 'connection-lost', 'pending', 'unknown'];
 
 const outcomeText = (outcome) => hasText(`outcome.${outcome}`) ? t(`outcome.${outcome}`) : outcome;

@@ -9,7 +9,8 @@ import {attempt, errorText} from '../messages.js';
 import {zonePicker} from '../widgets/zonePicker.js';
 import {kindChoice} from './announceContent.js';
 import {itemsEditor} from './announceItems.js';
-import {displayEditor, field, numberField, recordingEditor, speechEditor} from './announceParts.js';
+import {displayEditor, field, numberField, speechEditor} from './announceParts.js';
+import {recordingEditor} from './announceRecordings.js';
 import {PartType, audioOf, cleaned, definitionOf, momentOf, setMoment, whatIsMissing, withAudio}
     from './schedulesModel.js';
 import {momentText, weekdayName} from './schedulesText.js';
@@ -136,7 +137,7 @@ class ScheduleEditor {
         const d = this.definition;
         const audio = h('div', {class: 'compose-audio'});
         const showAudio = () => replace(audio, this.audioEditor());
-        const display = h('div', {class: 'compose-display'}, displayEditor({templates: this.lists.templates,
+        const display = h('div', {class: 'compose-display'}, displayEditor({
             value: {template: d.displayTemplateName, variables: Object.entries(d.displayTemplateKeyValueList),
                 validity: d.displayTemplateValidityPeriodSeconds || usualValidity},
             onChange: (value) => this.change({displayTemplateName: value.template,
@@ -182,7 +183,7 @@ class ScheduleEditor {
             items: () => [itemsEditor({dictionary: lists.dictionary, value: d.dictionaryItems,
                 onChange: (dictionaryItems) => this.change({dictionaryItems})}),
             numberField(t('compose.repeat'), d.repeatCnt, {min: 1, max: 1000}, (repeatCnt) => this.change({repeatCnt}))],
-            recording: () => recordingEditor({app, recordings: lists.recordings, value: d.storedDataFilePath,
+            recording: () => recordingEditor({app, value: d.storedDataFilePath,
                 onChange: (storedDataFilePath) => this.change({storedDataFilePath})}),
         }[audioOf(d)]();
     }

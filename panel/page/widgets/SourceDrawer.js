@@ -3,10 +3,11 @@
 
 import {path} from '../api.js';
 import {openDialog} from '../dialogs.js';
-import {h, set, setText} from '../dom.js';
+import {h, replace, set, setText} from '../dom.js';
 import {t} from '../i18n.js';
 import {icon} from '../icons.js';
 import {attempt} from '../messages.js';
+import {recordingEditor} from '../views/announceRecordings.js';
 import {gainControl} from './gain.js';
 import {healthBadge} from './healthBadge.js';
 import {levelMeter} from './levelMeter.js';
@@ -76,6 +77,7 @@ export class SourceDrawer {
                 this.#gainSection,
                 section('level.title', this.#meter.element),
                 section('trigger.title', this.#triggers.element),
+                recordings(app),
             ], onClose: () => {
                 unsubscribe();
                 this.#meter.unmount();
@@ -133,4 +135,14 @@ export class SourceDrawer {
 
 function section(titleKey, ...content) {
     return h('section', {class: 'stack'}, h('h3', {}, t(titleKey)), content);
+}
+
+/// Read when the operator opens them.
+function recordings(app) {
+    const content = h('div', {});
+    return h('section', {}, h('details', {on: {toggle: (event) => {
+        if (event.target.open && !content.firstChild) {
+            replace(content, recordingEditor({app, value: ''}));
+        }
+    }}}, h('summary', {}, t('record.title')), content));
 }

@@ -4,13 +4,14 @@
 import {VirtualList} from '../VirtualList.js';
 import {path} from '../api.js';
 import {openDialog} from '../dialogs.js';
-import {h, replace, set, setText} from '../dom.js';
+import {h, set, setText} from '../dom.js';
 import {compareNames, utcMoment} from '../format.js';
 import {t} from '../i18n.js';
 import {icon} from '../icons.js';
 import {attempt} from '../messages.js';
 import {stateText} from '../views/announceActive.js';
-import {partType} from './contentType.js';
+import {partLine, priorityLine} from './contentType.js';
+import {keepFocus, once} from './pressing.js';
 import {healthBadge} from './healthBadge.js';
 import {sinkCard} from './sinkCard.js';
 import {activityText, announcementsOf, zoneHealthText} from './zoneTile.js';
@@ -22,7 +23,8 @@ export class ZoneDrawer {
     #activity = h('dd', {dir: 'auto'});
     #health = healthBadge();
     #whyNot = h('p', {class: 'why-not', hidden: true});
-    #announcements = h('ul', {class: 'stack'});
+    #announcements = h('ul', {class: 'stack', 'aria-label': t('zone.announcements')});
+    #cards = new Map();  // by the number of the announcement's record
     #announceLink;
     #persistent = h('input', {type: 'checkbox'});
     #sinksTitle = h('h3', {});
@@ -86,12 +88,29 @@ export class ZoneDrawer {
         set(this.#announceLink, 'hidden', reason !== null);
         if (zone) {
             const health = this.#store.health.zone(zone);
-            setText(this.#activity, activityText(zone));
+            setText(this.#activity, activityText(this.#store, zone));
             this.#health.update(health.level, zoneHealthText(health));
         }
-        replace(this.#announcements, zone ? announcementsOf(this.#store, zone)
-            .map((one) => this.#announcement(one, reason)) : []);
-        set(this.#announcements, 'hidden', !this.#announcements.firstChild);
+        this.#fillAnnouncements(zone ? announcementsOf(this.#store, zone) : [], reason);
+    }
+
+    /// Cards are kept while their announcements are there, so that the focus stays on a button.
+    #fillAnnouncements(announcements, reason) {
+        const before = this.#cards;
+        const hadFocus = this.#announcements.contains(document.activeElement);
+        this.#cards = new Map(announcements.map((one) => [one.id, before.get(one.id) ?? this.#makeCard(one.requestId)]));
+        before.forEach((card, id) => this.#cards.has(id) || card.element.remove());
+        announcements.forEach((one, i) => {
+            const card = this.#cards.get(one.id);
+            card.update(one, reason);
+            if (this.#announcements.children[i] !== card.element) {
+                this.#announcements.insertBefore(card.element, this.#announcements.children[i] ?? null);
+            }
+        });
+        set(this.#announcements, 'hidden', announcements.length === 0);
+        if (hadFocus) {
+            keepFocus(this.#dialog.title);
+        }
     }
 
     #fillSinks() {
@@ -102,15 +121,24 @@ export class ZoneDrawer {
         this.#list.setEntries(sinks.map((sink) => ({key: sink.id})));
     }
 
-    #announcement(one, reason) {
-        return h('li', {class: 'card row'},
-            h('div', {class: 'grow'},
-                h('strong', {dir: 'auto'}, [partType(one), stateText(one.stateText)].join(', ')),
-                h('p', {class: 'note', dir: 'auto'}, t('announcement.line', {
-                    start: utcMoment(one.startDateTime, this.#store.status?.timeZone),
-                    priority: one.priorityText}))),
-            h('button', {type: 'button', disabled: reason !== null, on: {click: () =>
-                attempt(() => this.#app.api.operate('DELETE', path`/announcements/${one.requestId}`),
-                    t('announcement.cancelled'))}}, icon('stop'), t('announcement.cancel')));
+    #makeCard(requestId) {
+        const title = h('strong', {dir: 'auto'});
+        const facts = h('p', {class: 'note', dir: 'auto'});
+        const cancel = h('button', {type: 'button', on: {click: once(async () => {
+            await attempt(() => this.#app.api.operate('DELETE', path`/announcements/${requestId}`),
+                t('announcement.cancelled'));
+            keepFocus(this.#dialog.title);
+        })}}, icon('stop'), t('announcement.cancel'));
+        return {
+            element: h('li', {class: 'card row'}, h('div', {class: 'grow'}, title, facts), cancel),
+            update: (one, reason) => {
+                setText(title, partLine(this.#store, one));
+                setText(facts, [stateText(one.stateText), one.startDateTime && t('active.since',
+                    {time: utcMoment(one.startDateTime, this.#store.status?.timeZone)}),
+                priorityLine(one.priorityText)].filter(Boolean).join(' \u00b7 '));
+                set(cancel, 'aria-label', t('active.cancelOf', {title: title.textContent}));
+                set(cancel, 'disabled', reason !== null);
+            },
+        };
     }
 }

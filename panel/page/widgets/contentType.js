@@ -1,8 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
-// The type of what plays, for people.
+// What plays, for people.
 
 import {hasText, t} from '../i18n.js';
+import {sourceName} from './sourceTile.js';
 
+const live = 0;
+const items = 2;
 const none = 7;
 
 /// A type by its number; the server's own text for one that is not known.
@@ -11,9 +14,29 @@ export function contentType(type, text) {
     return hasText(key) ? t(key) : text;
 }
 
-/// The type of an announcement's part.
-export function partType(announcement) {
-    return announcement.audioMessageType === none
-        ? contentType(announcement.visualMessageType, announcement.visualMessageTypeText)
-        : contentType(announcement.audioMessageType, announcement.audioMessageTypeText);
+/// The content of a part in the words of the page: the name of a source, the numbers of items, or a text.
+function contentWords(store, type, content) {
+    if (type === live) {
+        const source = store.get('sources', Number(content.replace(/^source /, '')));
+        return source ? sourceName(source) : '';
+    }
+    return type === items ? content.replace(/^items /, '') : content;
+}
+
+/// "Speech: Mind the gap"
+export function contentLine(store, type, typeText, content = '') {
+    return [contentType(type, typeText), contentWords(store, type, content)].filter(Boolean).join(': ');
+}
+
+/// The type and the content of an announcement's part.
+export function partLine(store, announcement) {
+    const {audioMessageType, audioMessageTypeText, visualMessageType, visualMessageTypeText, contentText} = announcement;
+    return audioMessageType === none ? contentLine(store, visualMessageType, visualMessageTypeText, contentText)
+        : contentLine(store, audioMessageType, audioMessageTypeText, contentText);
+}
+
+/// "Priority 500", "Priority +5, relative"
+export function priorityLine(text) {
+    const [, mode, level] = /^(Absolute|Relative) (.+)$/.exec(text) ?? [];
+    return mode ? t(`priority.${mode.toLowerCase()}`, {level}) : text;
 }

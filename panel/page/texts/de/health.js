@@ -14,7 +14,7 @@ export default {
     'health.none': 'Es sind keine Störungen gemeldet.',
     'health.zone': 'Zone ohne Ausgänge',
     'health.faultySince': 'Seit {since} ({duration})',
-    'health.seenSince': 'Vor {since}',
+    'health.faultyBefore': 'Schon vor {since}',
     'health.unknown': 'Unbekannt',
     'health.healthy': 'In Ordnung',
     'health.minor': 'Leichte Störung',

@@ -14,7 +14,7 @@ export default {
     'health.none': 'No faults are reported.',
     'health.zone': 'Zone without sinks',
     'health.faultySince': 'Since {since} ({duration})',
-    'health.seenSince': 'Before {since}',
+    'health.faultyBefore': 'Since before {since}',
     'health.unknown': 'Unknown',
     'health.healthy': 'Healthy',
     'health.minor': 'Minor fault',
