@@ -139,6 +139,7 @@ TEST(Panel, servesThePage) {
     const auto head = client.Head("/");
     EXPECT_EQ(head->get_header_value("Content-Length"), std::to_string(page->body.size()));
     EXPECT_EQ(client.Post("/")->status, 405);
+    EXPECT_EQ(client.Post("/metrics")->get_header_value("Allow"), "GET, HEAD");
     EXPECT_EQ(client.Get("/nothing.js")->status, 404);
     EXPECT_EQ(client.Get("/healthz")->body, "ok\n");
     const auto rebound = client.Get("/", {{"Host", "page.example:8088"}});
