@@ -23,6 +23,11 @@ namespace {
 constexpr const char* dropReasons[] = {"queueFull", "waitedTooLong", "stopped", "refused",
                                        "unlisted"};
 
+/// All but what comes several times a second while an operator looks at a meter.
+ChangeKinds countedChanges() {
+    return ~kinds<palink::LevelReading>();
+}
+
 /// The names of the kinds of change, by their index.
 template <std::size_t... indices>
 std::array<const char*, sizeof...(indices)> namesOf(std::index_sequence<indices...> /*all*/) {
@@ -72,8 +77,7 @@ void addPages(Exposition& to, const Services& services, const Router& router,
 
 PanelMetrics::PanelMetrics()
     : syncedAtMS_(pa::monotonicMS()),
-      listener_(~kinds<palink::LevelReading>(),
-                [this](const ChangePtr& change) { note(*change); }) {
+      listener_(countedChanges(), [this](const ChangePtr& change) { note(*change); }) {
     static_assert(std::size(dropReasons) == reasons);
 }
 
@@ -112,6 +116,9 @@ void PanelMetrics::addConnection(Exposition& to, const Services& services) const
 void PanelMetrics::addCounts(Exposition& to) const {
     const auto names = namesOf(std::make_index_sequence<std::variant_size_v<Change>>());
     for (std::size_t i = 0; i < changes_.size(); ++i) {
+        if (!countedChanges()[i]) {
+            continue;
+        }
         to.counter("public_address_changes_total", "What the audio server and the link report",
                    valueOf(changes_[i]), {{"kind", names[i]}});
     }
