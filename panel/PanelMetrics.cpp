@@ -12,6 +12,7 @@
 #include "panel/api/records.h"
 #include "panel/events/EventHub.h"
 #include "panel/http/Router.h"
+#include "sdk/globals.h"
 
 namespace papanel {
 
@@ -23,9 +24,10 @@ namespace {
 constexpr const char* dropReasons[] = {"queueFull", "waitedTooLong", "stopped", "refused",
                                        "unlisted"};
 
-/// All but what comes several times a second while an operator looks at a meter.
+/// All but what comes several times a second while an operator looks at a meter, and what concerns
+/// one subscription.
 ChangeKinds countedChanges() {
-    return ~kinds<palink::LevelReading>();
+    return ~kinds<palink::LevelReading, Lost>();
 }
 
 /// The names of the kinds of change, by their index.
@@ -36,6 +38,13 @@ std::array<const char*, sizeof...(indices)> namesOf(std::index_sequence<indices.
 
 double valueOf(std::uint64_t count) {
     return static_cast<double>(count);
+}
+
+void addQueues(Exposition& to, const palink::Transport& transport) {
+    to.gauge("public_address_operations_waiting", "Operations that wait to be sent",
+             valueOf(gQXReceiver.waiting()));
+    to.gauge("public_address_events_waiting", "Events that wait to be delivered",
+             valueOf(transport.eventsWaiting()));
 }
 
 void addRecordLatency(Exposition& to, const palink::ServerLink& link) {
@@ -141,8 +150,6 @@ void PanelMetrics::addLink(Exposition& to, const LinkReport& report) {
              report.synced ? 1 : 0);
     to.gauge("public_address_link_requests_waiting", "Requests that wait for an answer",
              valueOf(report.requests));
-    to.gauge("public_address_link_events_waiting", "Events that wait to be delivered",
-             valueOf(report.queued));
     to.counter("public_address_link_requests_unanswered_total", "Requests whose outcome is unknown",
                valueOf(report.unanswered));
     to.counter("public_address_link_messages_dropped_total",
@@ -155,6 +162,7 @@ std::string PanelMetrics::text(const Services& services, const Router& router,
                                std::size_t connections) const {
     Exposition all;
     addConnection(all, services);
+    addQueues(all, services.connection.endpoint().transport());
     addRecordLatency(all, services.connection.link());
     addCounts(all);
     if (const auto report = services.connection.endpoint().report()) {
