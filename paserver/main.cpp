@@ -39,19 +39,13 @@ void serve(const BrokerServer& server, paserver::ServiceNotice& notice) {
     }
 }
 
-/// Stops. A second signal ends the process at once, unless it comes with the first.
 void stop(BrokerServer& server, paserver::ServiceNotice& notice) {
-    constexpr std::int64_t sameMS = 100;
-    const std::int64_t startMS = pa::monotonicMS();
     notice.stopping();
     server.requestStop();
-    while (!server.hasEnded()) {
+    paserver::awaitEnd([&] {
         notice.works();
-        if (const auto signal = paserver::awaitStopSignal(tick);
-            signal && pa::monotonicMS() > startMS + sameMS) {
-            paserver::endBy(*signal);
-        }
-    }
+        return server.hasEnded();
+    });
 }
 
 }  // namespace

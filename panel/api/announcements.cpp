@@ -13,6 +13,7 @@
 #include "panel/api/records.h"
 #include "panel/api/resources.h"
 #include "panel/api/routes.h"
+#include "panel/audit/AuditTrail.h"
 
 namespace papanel {
 
@@ -147,12 +148,12 @@ void requireAccepted(const Announcement& announcement) {
     }
     if (state == State::Unknown) {
         throw ApiError(
-            504, "connection-lost",
+            outcomeUnknown, "connection-lost",
             "the connection to the server was lost; the outcome of " + title + " is unknown", id);
     }
     if (state == State::Sending && announcement.partCount() > 0) {
-        throw ApiError(504, "timed-out", title + " is not accepted in time; its outcome is unknown",
-                       id);
+        throw ApiError(outcomeUnknown, "timed-out",
+                       title + " is not accepted in time; its outcome is unknown", id);
     }
 }
 
@@ -161,12 +162,13 @@ void requireAccepted(const Announcement& announcement) {
 ApiReply play(Services& services, const ApiRequest& request) {
     constexpr std::chrono::seconds refusalLimit{1};  // when the server answers only to refuse
     const AskedAnnouncement asked = askedOf(services, request);
-    const auto sent = services.announcements.send(request.caller.user, asked.zones, asked.message);
+    const auto sent = services.announcements.send(request.caller.user, asked.zones, asked.message,
+                                                  request.auditRow);
     const bool isReported = sent.announcement->partCount() > 0;
     sent.announcement->waitUntilAccepted(waitOf(services, isReported ? answerLimit : refusalLimit));
     requireAccepted(*sent.announcement);
     Json answer = jsonOf(sent);
-    answer["outcome"] = "done";
+    answer["outcome"] = AuditTrail::accepted;
     answer["text"] = "request " + sent.announcement->requestId() + " is accepted";
     return {202, answer};
 }

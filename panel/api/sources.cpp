@@ -63,7 +63,7 @@ ApiReply setSourceGain(Services& services, const ApiRequest& request) {
     const Confirmation done = operate(services, effect, [&](const Wait& wait) {
         return setGain(source, asked.level, asked.first, asked.second, wait);
     });
-    return {200, doneAnswer(done, effect, recordNow(sources, source))};
+    return {200, doneAnswer(done, effect, recordNow(services, sources, source))};
 }
 
 // ------------------------------------------------------------------------------------------ zones

@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "panel/Services.h"
+#include "panel/api/records.h"
 
 namespace papanel {
 

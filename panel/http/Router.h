@@ -9,6 +9,7 @@
 #include <tuple>
 
 #include "framework/durationCounts.h"
+#include "panel/http/BodySpace.h"
 #include "panel/http/HttpConnection.h"
 #include "panel/http/RouteTable.h"
 
@@ -45,7 +46,7 @@ public:
     [[nodiscard]] const Routes& routes() const { return table_.routes(); }
 
 private:
-    void checkOrigin(const RequestHead& head) const;
+    void checkHost(const RequestHead& head) const;
     [[nodiscard]] std::string clientOf(const HttpRequest& request) const;
     ApiReply reply(const HttpRequest& request, const Route*& found);
     ApiReply call(const Route& route, ApiRequest& request);
@@ -55,6 +56,7 @@ private:
     const RouteTable table_;
     const RouterSettings settings_;
     pa::DurationCounts operationDurations_;
+    BodySpace bodies_;
 
     mutable std::mutex lock_;
     Counts counts_;  // guarded by lock_

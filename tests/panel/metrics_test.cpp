@@ -21,7 +21,7 @@ struct MetricsTest : ApiTest {
         HttpRequest request;
         request.head.method = method;
         request.head.target = "/api/v1" + path;
-        request.head.headers = {{"cookie", "papanel=" + begun.token},
+        request.head.headers = {{"cookie", "papanel-0=" + begun.token},
                                 {"x-csrf-token", begun.session.csrf},
                                 {"idempotency-key", std::to_string(++asked)},
                                 {"content-type", "application/json"}};
