@@ -121,9 +121,6 @@ ApiReply Router::operator()(const HttpRequest& request) {
     if (answer.contentType.compare(0, 6, "audio/") == 0) {
         applyRange(request.head, answer);
     }
-    if (settings_.isEncrypted) {
-        answer.headers.emplace_back("Strict-Transport-Security", "max-age=31536000");
-    }
     const std::lock_guard guard(lock_);
     ++counts_[{found != nullptr ? found->method : "", found != nullptr ? found->pattern : "",
                answer.status}];
