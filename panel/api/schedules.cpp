@@ -38,9 +38,27 @@ ApiReply put(Services& services, const ScheduleDefinition& schedule, int status)
     return {status, doneAnswer(done, effect, toJson(described(schedule)))};
 }
 
+ApiReply addByServer(Services& services, const ScheduleDefinition& schedule) {
+    if (schedule.Id != 0) {
+        failReading("the member 'Id' is not the server's choice");
+    }
+    const ScheduleNumbers::ServersChoice choice(services.scheduleNumbers);
+    ScheduleDefinition kept = schedule;
+    const Confirmation done = operate(services, "the schedule is kept", [&](const Wait& wait) {
+        const NewSchedule made = createSchedule(schedule, wait);
+        kept.Id = made.id;
+        return made.confirmation;
+    });
+    return {201, doneAnswer(done, scheduleTitle(kept.Id) + " is kept as asked",
+                            toJson(described(kept)))};
+}
+
 ApiReply addSchedule(Services& services, const ApiRequest& request) {
     requireConnected(services);
     ScheduleDefinition schedule = readSchedule(request.body);
+    if (request.queryOr("sync") == "1") {
+        return addByServer(services, schedule);
+    }
     ScheduleNumbers::Taken taken(services.scheduleNumbers, schedule.Id);
     if (gPaController.findSchedule(taken.number())) {
         throw ApiError(409, "refused", "there is a " + scheduleTitle(taken.number()) + " already");
