@@ -198,8 +198,10 @@ Routes announcementRoutes() {
         {"POST", "/announcements/check", who, Effect::Asks, nullptr, answered<dryRun>},
         {"GET", "/announcements/{id}", Access::Monitor, Effect::Reads, nullptr,
          answered<getAnnouncement>},
-        {"DELETE", "/announcements/{id}", who, what, "cancel announcement", answered<cancelOne>},
-        {"DELETE", "/announcements", who, what, "cancel announcements", answered<cancelType>},
+        {"DELETE", "/announcements/{id}", who, what, "cancel announcement",
+         answeredWithoutBody<cancelOne>},
+        {"DELETE", "/announcements", who, what, "cancel announcements",
+         answeredWithoutBody<cancelType>},
     };
 }
 

@@ -214,7 +214,7 @@ Routes scheduleRoutes() {
     return {
         {"POST", "/schedules", who, what, "add schedule", answered<addSchedule>},
         {"PUT", "/schedules/{id}", who, what, "change schedule", answered<changeSchedule>},
-        {"DELETE", "/schedules/{id}", who, what, "remove schedule", answered<removeOne>},
+        {"DELETE", "/schedules/{id}", who, what, "remove schedule", answeredWithoutBody<removeOne>},
         {"POST", "/schedules/runs", Access::Monitor, Effect::Asks, nullptr, answered<runsOfDraft>},
         {"GET", "/schedules/{id}/runs", Access::Monitor, Effect::Reads, nullptr,
          answered<runsOfSchedule>},

@@ -59,7 +59,9 @@ TEST_F(AuditTest, WhatWasAtWorkWhenTheProcessEndedIsUnknown) {
     AuditTrail trail(folder.path() / "killed.db", 1);
     const std::string unknown = " unknown papanel ended before the outcome was known, ";
     EXPECT_EQ(rows(trail), "3 cat" + unknown + "2 bob" + unknown + "1 ann done, ");
-    EXPECT_EQ(trail.find({}, 1).front().finished, std::nullopt);
+    for (const AuditRow& row : trail.find({}, 2)) {
+        EXPECT_EQ(row.finished, std::nullopt);
+    }
     struct stat status {};
     stat(file.c_str(), &status);
     EXPECT_EQ(status.st_mode & 0777U, 0600U);
