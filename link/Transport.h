@@ -78,6 +78,14 @@ public:
 
     /// May block until earlier events have been handled.
     virtual void deliver(ServerEvent event) = 0;
+
+    /// @name What is delivered between these has arrived from the server at `arrivedUS`, by
+    /// `pa::monotonicUS`, or shortly after
+    /// A transport that calls them has its records measured: on the thread that delivers.
+    /// @{
+    virtual void beginBatch(std::int64_t /*arrivedUS*/) {}
+    virtual void endBatch() {}
+    /// @}
 };
 
 /// The outcome of an upload.

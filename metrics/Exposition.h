@@ -6,7 +6,7 @@
 #include <utility>
 #include <vector>
 
-#include "metrics/DurationCounts.h"
+#include "framework/durationCounts.h"
 
 namespace pametrics {
 
@@ -21,7 +21,8 @@ public:
     /// @param help a sentence without an end
     void gauge(const char* name, const char* help, double value, const Labels& labels = {});
     void counter(const char* name, const char* help, double value, const Labels& labels = {});
-    void histogram(const char* name, const char* help, const DurationCounts& durations);
+    void histogram(const char* name, const char* help, const pa::Durations& durations,
+                   const Labels& labels = {});
 
     /// The processor time and the memory of this process.
     void addProcess();

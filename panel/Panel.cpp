@@ -5,17 +5,20 @@
 #include <openssl/crypto.h>
 #include <utility>
 
+#include "framework/log.h"
+#include "panel/Housekeeping.h"
 #include "panel/PanelMetrics.h"
 #include "panel/Services.h"
+#include "panel/access/SessionCookie.h"
 #include "panel/access/Sessions.h"
 #include "panel/access/UserFile.h"
-#include "panel/access/cookie.h"
 #include "panel/api/AudioStore.h"
 #include "panel/api/FaultTimes.h"
 #include "panel/api/IdempotencyStore.h"
 #include "panel/api/LockKeeper.h"
 #include "panel/api/ScheduleNumbers.h"
 #include "panel/api/SentAnnouncements.h"
+#include "panel/api/announcementEnds.h"
 #include "panel/api/routes.h"
 #include "panel/api/sessionRoutes.h"
 #include "panel/audit/AuditTrail.h"
@@ -65,7 +68,8 @@ bool mayReadMetrics(const HttpRequest& request, const PanelSettings& settings, S
     const bool hasToken = !settings.metricsToken.empty() && given.size() == expected.size() &&
                           CRYPTO_memcmp(given.data(), expected.data(), given.size()) == 0;
     const bool isLocal = !settings.isBehindProxy && isLoopbackHost(request.address);
-    return hasToken || isLocal || sessions.find(tokenIn(request.head.header("cookie")));
+    const SessionCookie cookie(request.port, settings.isEncrypted);
+    return hasToken || isLocal || sessions.find(cookie.tokenIn(request.head.header("cookie")));
 }
 
 }  // namespace
@@ -111,6 +115,13 @@ struct Panel::Parts {
         return reply;
     }
 
+    /// Without a connection nothing is known of locks.
+    void releaseLocks() {
+        if (connection.isSynced()) {
+            locks.releaseDue();
+        }
+    }
+
     Stop stop;
     const std::unique_ptr<UserFile> users;
     AuditTrail audit;
@@ -120,12 +131,15 @@ struct Panel::Parts {
     const std::unique_ptr<paclient::Endpoint> endpoint;
     const FaultTimes faults;
     paclient::Connection connection;
-    LockKeeper locks;
+    LockKeeper locks{audit};
     SentAnnouncements announcements;
     ScheduleNumbers scheduleNumbers;
     EventHub events;
     Services services{connection, events, sessions,      users.get(), audit,           answers,
                       locks,      audio,  announcements, faults,      scheduleNumbers, stop};
+    Housekeeping housekeeping{{[this] { sessions.endExpired(); }, [this] { audit.keepHouse(); },
+                               [this] { releaseLocks(); }, [this] { audio.removeExpired(); },
+                               [this] { finishAnnouncements(services); }}};
     const PanelMetrics metrics;
     Router router;
     std::string url;
@@ -151,9 +165,18 @@ void Panel::requestStop() {
 }
 
 void Panel::keepHouse() {
-    parts_->sessions.endExpired();
-    parts_->audit.keepHouse();
-    papanel::keepHouse(parts_->services);
+    parts_->housekeeping.run();
+}
+
+bool Panel::readFiles() {
+    const bool areUsersRead = parts_->users == nullptr || parts_->users->readAgain();
+    try {
+        parts_->http->readCertificate();
+    } catch (const std::exception& error) {
+        handleError(1, "%s; the certificate is that of before", error.what());
+        return false;
+    }
+    return areUsersRead;
 }
 
 int Panel::port() const {

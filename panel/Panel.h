@@ -42,6 +42,11 @@ public:
     /// Ends, releases and removes what is due. To be called about once a second.
     void keepHouse();
 
+    /// Reads the certificate, its key and the users again. What cannot be used stays as it was, and
+    /// the log states why.
+    /// @return whether everything could be used
+    bool readFiles();
+
     /// Where it serves, for a browser.
     [[nodiscard]] std::string url() const;
     [[nodiscard]] int port() const;

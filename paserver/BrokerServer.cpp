@@ -2,13 +2,31 @@
 #include "paserver/BrokerServer.h"
 
 #include <algorithm>
+#include <filesystem>
 #include <limits>
+#include <system_error>
 #include <utility>
 
 #include "framework/clock.h"
 #include "framework/log.h"
 
 namespace paserver {
+
+namespace {
+
+/// The size of the files in a folder; 0 when there is none.
+std::uintmax_t bytesIn(const std::filesystem::path& folder) {
+    std::uintmax_t bytes = 0;
+    std::error_code ignored;
+    for (const auto& entry : std::filesystem::directory_iterator(folder, ignored)) {
+        std::error_code fault;
+        const std::uintmax_t size = entry.file_size(fault);
+        bytes += fault ? 0 : size;
+    }
+    return bytes;
+}
+
+}  // namespace
 
 BrokerServer::BrokerServer(ServerSettings settings)
     : settings_(std::move(settings)),
@@ -31,18 +49,24 @@ void BrokerServer::requestStop() {
     wake_.wake();
 }
 
-ServerCounts BrokerServer::counts() const {
-    ServerCounts counts;
-    counts.isActive = active_;
-    counts.isReady = ready_;
-    counts.requestsWaiting = requests_.size();
-    counts.requests = taken_;
-    counts.requestsDropped = droppedRequests_;
-    counts.published = published_;
+ServerState BrokerServer::state() const {
+    constexpr double msPerSecond = 1e3;
+    ServerState state;
+    state.isActive = active_;
+    state.isReady = ready_;
+    state.generation = generation_;
+    state.requestsWaiting = requests_.size();
+    state.clients = clients_;
+    state.publications = publications_.state();
+    state.keptBytes = bytesIn(settings_.simulation.state);
     const std::lock_guard guard(lock_);
-    counts.isConnected = network_.connected;
-    counts.connections = network_.connections;
-    return counts;
+    state.isConnected = network_.connected;
+    state.connections = network_.connections;
+    if (network_.connected) {
+        state.connectedSeconds =
+            static_cast<double>(pa::monotonicMS() - network_.connectedMS) / msPerSecond;
+    }
+    return state;
 }
 
 std::string BrokerServer::failure() const {
@@ -100,6 +124,8 @@ void BrokerServer::turn() {
         handleError(2, "the broker takes too little: everything is published again");
     }
     uploads_->expire(pa::monotonicMS());
+    answers_.expire(pa::monotonicMS());
+    clients_ = answers_.clients();
     expireMeters();
     ++beats_;
     wake_.waitFor(pause());
@@ -122,7 +148,7 @@ std::chrono::milliseconds BrokerServer::pause() const {
 
 void BrokerServer::startSimulation() {
     simulation_ = std::make_unique<simserver::SimServer>(settings_.station, settings_.simulation);
-    uploads_ = std::make_unique<IncomingUploads>(simulation_->uploads());
+    uploads_ = std::make_unique<IncomingUploads>(simulation_->uploads(), counters_.uploads);
     publications_.beginGeneration(generation_);
     simulation_->connectClient(*this);
 }

@@ -54,6 +54,7 @@ Json statusOf(const Services& services) {
             {"server", serverInfoOf(services)},
             {"address", services.connection.endpoint().name()},
             {"link", link ? toJson(*link) : Json()},
+            {"time", utcSecondText(pa::wallClock())},
             {"stationTime", clock.secondText(clock.now())},
             {"timeZone", clock.timeZone()},
             {"speed", clock.speed()},

@@ -87,16 +87,6 @@ void PendingChanges::addLock(int sourceId, const Services& services) {
     update("locks", sourceId, recordOf(lockOf(sourceId), services));
 }
 
-void PendingChanges::addTrigger(int id) {
-    for (const AnyTrigger& trigger : allTriggers()) {
-        if (trigger.id == id) {
-            update("triggers", id, toJson(trigger));
-            return;
-        }
-    }
-    remove("triggers", id);
-}
-
 PendingChanges::Json PendingChanges::take() {
     std::vector<AnnouncementRequest> playing;
     if (!zones_.empty()) {
@@ -111,12 +101,27 @@ PendingChanges::Json PendingChanges::take() {
             remove("zones", id);
         }
     }
+    putTriggers();
     Json batch;
     batch["changes"] = std::move(changes_);
     changes_.clear();
     places_.clear();
     zones_.clear();
+    triggers_.clear();
     return batch;
+}
+
+/// A hardware and a software trigger may have the same number, which a page forgets first.
+void PendingChanges::putTriggers() {
+    for (const int id : triggers_) {
+        remove("triggers", id);
+    }
+    for (const AnyTrigger& trigger :
+         triggers_.empty() ? std::vector<AnyTrigger>() : allTriggers()) {
+        if (triggers_.count(trigger.id) != 0) {
+            update("triggers", trigger.kind + std::to_string(trigger.id), toJson(trigger));
+        }
+    }
 }
 
 template <class Id>

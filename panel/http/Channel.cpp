@@ -49,6 +49,8 @@ TlsContext makeTlsContext(const std::filesystem::path& certificate,
     SSL_CTX_set_options(context.get(), SSL_OP_NO_RENEGOTIATION | SSL_OP_CIPHER_SERVER_PREFERENCE);
     SSL_CTX_set_mode(context.get(), SSL_MODE_ENABLE_PARTIAL_WRITE | SSL_MODE_RELEASE_BUFFERS |
                                         SSL_MODE_ACCEPT_MOVING_WRITE_BUFFER);
+    // Never asks for one at a terminal.
+    SSL_CTX_set_default_passwd_cb(context.get(), [](char*, int, int, void*) { return 0; });
     check(SSL_CTX_use_certificate_chain_file(context.get(), certificate.c_str()) == 1, certificate);
     check(SSL_CTX_use_PrivateKey_file(context.get(), key.c_str(), SSL_FILETYPE_PEM) == 1, key);
     return context;

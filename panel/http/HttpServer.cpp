@@ -34,7 +34,8 @@ std::string textOf(const sockaddr_storage& address, socklen_t size) {
 /// Of httplib's server the socket that listens.
 class HttpServer::Listener : public httplib::Server {
 public:
-    explicit Listener(const HttpSettings& settings) {
+    explicit Listener(const HttpSettings& settings)
+        : unacknowledgedMS_(static_cast<unsigned>(settings.limits.unacknowledged.count())) {
         // Without SO_REUSEPORT, which its default has: another process could take the port as well.
         set_socket_options([](socket_t socket) {
             const int on = 1;
@@ -64,6 +65,9 @@ public:
         if (socket >= 0) {
             const int on = 1;
             setsockopt(socket, IPPROTO_TCP, TCP_NODELAY, &on, sizeof(on));
+            // Streams write every few seconds; by itself TCP would wait for a quarter of an hour.
+            setsockopt(socket, IPPROTO_TCP, TCP_USER_TIMEOUT, &unacknowledgedMS_,
+                       sizeof(unacknowledgedMS_));
             address = textOf(other, size);
         }
         return socket;
@@ -73,21 +77,28 @@ public:
     void end() { shutdown(svr_sock_, SHUT_RDWR); }
 
 private:
+    const unsigned unacknowledgedMS_;
     int port_ = 0;
 };
 
 HttpServer::HttpServer(const HttpSettings& settings, HttpHandler handler)
     : settings_(settings),
       handler_(std::move(handler)),
-      tls_(makeTlsContext(settings.certificate, settings.key)),
       listener_(std::make_unique<Listener>(settings)),
       port_(listener_->port()),
+      tls_(makeTlsContext(settings.certificate, settings.key)),
       acceptor_("papanel accept", [this] { acceptConnections(); }) {}
 
 HttpServer::~HttpServer() {
     requestStop();
     std::unique_lock guard(lock_);
     ended_.wait(guard, [this] { return connections_.empty(); });
+}
+
+void HttpServer::readCertificate() {
+    TlsContext read = makeTlsContext(settings_.certificate, settings_.key);
+    const std::lock_guard guard(lock_);
+    tls_.swap(read);
 }
 
 void HttpServer::requestStop() {
@@ -127,7 +138,7 @@ void HttpServer::acceptConnections() {
 
 void HttpServer::begin(int socket, const std::string& address) {
     const std::lock_guard guard(lock_);
-    connections_.emplace_front(socket, address, tls_.get(), settings_.limits, handler_);
+    connections_.emplace_front(socket, address, port_, tls_.get(), settings_.limits, handler_);
     const auto connection = connections_.begin();
     if (isStopping_ || !hasPlaceFor(address)) {
         connection->refuse();

@@ -21,6 +21,8 @@ struct HttpLimits {
     std::chrono::milliseconds body{10'000};   ///< and as long as it takes at `bytesPerSecond`
     std::chrono::milliseconds write{20'000};  ///< of an answer or a part of a stream; likewise
     std::size_t bytesPerSecond = std::size_t{16} << 10U;
+    /// A client that acknowledges nothing for so long has lost its network.
+    std::chrono::milliseconds unacknowledged{40'000};
 };
 
 /// Where and how the server listens.

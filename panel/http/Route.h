@@ -41,7 +41,9 @@ struct ApiRequest {
     std::multimap<std::string, std::string> headers;  ///< names in small letters
     Json body;                                        ///< null without one
     std::string bytes;                                ///< a body that is not JSON
+    int port = 0;                                     ///< of this server
     bool isEncrypted = false;  ///< on the way from the browser, to this server or to a proxy
+    std::string token;         ///< in the session's cookie; may be of no session
     Caller caller;
     std::int64_t auditRow = 0;  ///< of an operation, in the audit trail
 

@@ -5,8 +5,8 @@
 #include <chrono>
 
 #include "panel/Services.h"
+#include "panel/access/SessionCookie.h"
 #include "panel/access/Sessions.h"
-#include "panel/access/cookie.h"
 #include "panel/api/IdempotencyStore.h"
 #include "panel/audit/AuditTrail.h"
 #include "panel/audit/auditTexts.h"
@@ -39,6 +39,12 @@ bool changesNothing(const std::string& method) {
     return method == "GET" || method == "HEAD";
 }
 
+/// Whether a page of another origin has sent the request, or has a link to it.
+bool isForeign(const RequestHead& head) {
+    const std::string site = head.header("sec-fetch-site");
+    return !site.empty() && site != "same-origin" && site != "none";
+}
+
 /// The name in a Host header, without the port.
 std::string hostName(const std::string& host) {
     const std::size_t colon = host.rfind(':');
@@ -48,8 +54,8 @@ std::string hostName(const std::string& host) {
 
 /// The session of a request becomes its caller.
 /// @throws ApiError
-void identify(ApiRequest& call, const Route& route, const std::string& token, Sessions& sessions) {
-    const auto session = sessions.find(token);
+void identify(ApiRequest& call, const Route& route, Sessions& sessions) {
+    const auto session = sessions.find(call.token);
     if (session) {
         call.caller.user = session->user;
         call.caller.role = session->role;
@@ -121,12 +127,16 @@ Router::Counts Router::counts() const {
 }
 
 ApiReply Router::reply(const HttpRequest& request, const Route*& found) {
-    checkOrigin(request.head);
+    checkHost(request.head);
     Target target = parseTarget(request.head.target);
+    const bool isCall = target.parts.front() == "api";
+    if ((isCall || !changesNothing(request.head.method)) && isForeign(request.head)) {
+        throw ApiError(403, "csrf", "the request comes from another page");
+    }
     if (const auto other = settings_.others.find(target.path); other != settings_.others.end()) {
         return other->second(request);
     }
-    if (target.parts.front() != "api") {
+    if (!isCall) {
         return pageReply(request.head, target.path);
     }
     if (target.parts.size() < 3 || target.parts[1] != "v1") {
@@ -144,7 +154,11 @@ ApiReply Router::reply(const HttpRequest& request, const Route*& found) {
     call.isEncrypted = settings_.isEncrypted;
     call.caller.address = clientOf(request);
     call.caller.page = call.header("x-page");
-    identify(call, *found, tokenIn(call.header("cookie")), services_.sessions);
+    call.port = request.port;
+    call.token = SessionCookie(call.port, call.isEncrypted).tokenIn(call.header("cookie"));
+    identify(call, *found, services_.sessions);
+    const BodySpace::Share space =
+        bodies_.take(call.caller.user, std::min(request.head.contentLength, found->maxBody));
     readBody(request, *found, call);
     if (found->effect != Effect::Operates) {
         return found->handle(services_, call);
@@ -155,14 +169,10 @@ ApiReply Router::reply(const HttpRequest& request, const Route*& found) {
     return services_.answers.answer(call, [&] { return operate(services_, *found, call); });
 }
 
-/// Refuses what a page of another origin may send.
-void Router::checkOrigin(const RequestHead& head) const {
+/// Refuses names of others, which lead to this machine.
+void Router::checkHost(const RequestHead& head) const {
     if (!settings_.hosts.empty() && settings_.hosts.count(hostName(head.header("host"))) == 0) {
         throw ApiError(403, "forbidden", "the server does not have this name");
-    }
-    const std::string site = head.header("sec-fetch-site");
-    if (!changesNothing(head.method) && !site.empty() && site != "same-origin" && site != "none") {
-        throw ApiError(403, "csrf", "the request comes from another page");
     }
 }
 

@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "panel/http/ApiError.h"
+#include "panel/http/contentCoding.h"
 
 namespace papanel {
 
@@ -45,13 +46,17 @@ ApiReply pageReply(const RequestHead& head, const std::string& path) {
                        {{"allow", "GET, HEAD"}});
     }
     ApiReply reply;
-    const std::string tag = '"' + std::string(file->tag) + '"';
-    reply.headers = {{"ETag", tag}, {"Cache-Control", "no-cache"}};
+    const bool isZipped = takesGzip(head);
+    const std::string tag = '"' + std::string(file->tag) + (isZipped ? "-gzip\"" : "\"");
+    reply.headers = {{"ETag", tag}, {"Cache-Control", "no-cache"}, {"Vary", "Accept-Encoding"}};
     reply.contentType = typeOf(file->path);  // also of a 304: its policy replaces the stored one
     if (head.hasWord("if-none-match", tag)) {
         reply.status = 304;
+    } else if (isZipped) {
+        reply.bytes = file->zipped;
+        reply.headers.emplace_back("Content-Encoding", "gzip");
     } else {
-        reply.bytes = file->content;
+        reply.bytes = unzipped(file->zipped);
     }
     return reply;
 }

@@ -9,9 +9,9 @@ namespace papanel {
 
 /// A file of the page, which is a part of the program.
 struct PageFile {
-    std::string_view path;  ///< from the root, "/views/board.js"
-    std::string_view tag;   ///< of the content
-    std::string_view content;
+    std::string_view path;    ///< from the root, "/views/board.js"
+    std::string_view tag;     ///< of the content
+    std::string_view zipped;  ///< the content in gzip
 };
 
 /// The files, in order of their paths.

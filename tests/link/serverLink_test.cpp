@@ -128,6 +128,38 @@ TEST_F(ServerLinkTest, RecordsAreReportedWhenTheyAreInTheCaches) {
     EXPECT_EQ(holders, "before after ");
 }
 
+/// Time passes in the observer and in the pause of the source, nowhere else.
+TEST_F(ServerLinkTest, MeasuresRecordsFromTheirArrivalUntilTheirObserversHaveBeenCalled) {
+    struct SlowObserver : pa::PAControllerObserverAdapter {
+        void onPaZoneUpdate(PaZone zone) override { onZone(zone.id); }
+        void onPaSourceUpdate(PaSource /*source*/) override { nowMS += 7; }
+        std::function<void(const std::string&)> onZone;
+    };
+    static auto& observer = *new SlowObserver;  // must outlive the controller
+    const auto sayZone = [this](const std::string& id) {
+        server.say(palink::Record{4, pa::RecordKind::Zone, 11, {id}});
+    };
+    observer.onZone = [&](const std::string& id) {
+        if (id == "first") {
+            sayZone("second");  // waits for 30 ms
+        }
+        nowMS += id == "first" ? 30 : 20;
+    };
+    transport.waitUntilDelivered();
+    gPaController.registerObserver(&observer);
+    const palink::RecordDurations before = link.recordDurations();
+    sayZone("first");
+    transport.waitUntilDelivered();
+    observer.onZone = [](const std::string& /*id*/) {};
+    say(palink::Record{3, pa::RecordKind::Source, 1, {"1", "changed"}});
+    link.waitUntilHandled();
+    const palink::RecordDurations after = link.recordDurations();
+    EXPECT_EQ(after.direct.sum - before.direct.sum, 30ms + 50ms);
+    EXPECT_EQ(after.direct.counts[8] - before.direct.counts[8], 2U) << "above 25 ms, up to 50 ms";
+    EXPECT_EQ(after.paused.sum - before.paused.sum, 107ms);
+    EXPECT_EQ(after.paused.counts[10] - before.paused.counts[10], 1U) << "up to 250 ms";
+}
+
 TEST_F(ServerLinkTest, StopsThoughNotificationsHaveFilledTheirQueue) {
     timePasses = false;
     constexpr int space = palink::Notifier::capacity;

@@ -127,7 +127,7 @@ struct ApiTest : testing::Test {
     papanel::Sessions sessions{nullptr};
     papanel::IdempotencyStore answers;
     papanel::AudioStore audio{{2'000, 1'000, 3, std::chrono::hours(1)}};
-    papanel::LockKeeper locks;
+    papanel::LockKeeper locks{audit};
     papanel::SentAnnouncements announcements;
     papanel::ScheduleNumbers scheduleNumbers;
     papanel::EventHub events;

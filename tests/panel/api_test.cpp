@@ -124,7 +124,7 @@ TEST_F(OperationsTest, FollowAnAnnouncementToItsEnd) {
     EXPECT_EQ(now["isOver"], false);
     EXPECT_EQ(answer("DELETE", where, {}, "s2"), "200 done request " + id + " is cancelled");
     audit.finish(auditRow, "accepted", "");
-    keepHouse(services);
+    finishAnnouncements(services);
     const AuditRow audited = audit.find({}, 1).front();
     EXPECT_EQ(audited.outcome + ": " + audited.text,
               "cancelled: request " + id + " is over: cancelled");
@@ -281,13 +281,18 @@ using LocksTest = ApiTest;
 TEST_F(LocksTest, BelongToOneSession) {
     EXPECT_EQ(answer("PUT", "/sources/1/lock"), "200 done source 1 is taken");
     EXPECT_EQ(answer("PUT", "/sources/1/lock"), "200 as-before source 1 is taken, as before");
+    const std::string trigger =
+        "/triggers/" +
+        call("POST", "/triggers", {{"sourceId", 1}, {"priority", 1}}).body["id"].dump() + "/active";
     for (const auto& [method, target, body] :
          std::vector<std::tuple<std::string, std::string, Json>>{
              {"PUT", "/sources/1/lock", {}},
              {"DELETE", "/sources/1/lock", {}},
              {"PUT", "/sources/1/gain", {{"level", 1}}},
              {"PUT", "/sources/1/zones", {{"zones", {"Yard"}}, {"mode", "add"}}},
-             {"DELETE", "/sources/1/zones", {}}}) {
+             {"DELETE", "/sources/1/zones", {}},
+             {"PUT", trigger, {}},
+             {"DELETE", trigger, {}}}) {
         EXPECT_EQ(answer(method, target, body, "s2"), "409 held source 1 is taken by ann");
     }
     EXPECT_EQ(answer("PUT", "/sources/1/lock", {}, "s3"), "409 held source 1 is taken by ann")
@@ -345,8 +350,18 @@ TEST_F(LocksTest, AreReleasedWithoutTheirPages) {
     awaitRelease(1);
 
     call("PUT", "/sources/1/lock");
+    locks.releaseDue();
     locks.releaseAll(10s);
     EXPECT_EQ(paclient::lockHolder(1), "");
+    std::string trail;
+    for (const papanel::AuditRow& row : audit.find({}, 10)) {
+        trail += row.user + ", " + row.operation + ' ' + row.target + ", " + row.outcome + ", " +
+                 row.text + '\n';
+    }
+    EXPECT_EQ(trail,
+              "ann, release source 1, done, source 1 is released: the panel ends\n"
+              "bob, release source 1, done, source 1 is released: the session has ended\n"
+              "ann, release source 1, done, source 1 is released: no page of it is open\n");
 }
 
 TEST_F(LocksTest, AreForgottenWhenTheServerHasTakenThem) {

@@ -1,65 +1,24 @@
 // SPDX-License-Identifier: Apache-2.0
-#include <fstream>
 #include <httplib.h>
 #include <set>
-#include <sstream>
 
 #include "metrics/MetricsEndpoint.h"
 #include "panel/Panel.h"
 #include "panel/PanelMetrics.h"
 #include "panel/http/Router.h"
-#include "paserver/serverMetrics.h"
 #include "tests/panel/apiFixture.h"
+#include "tests/support/metricRows.h"
 
 namespace {
 
 using namespace papanel;
-
-/// Name, type and labels of each metric, as a row of the table in the documentation begins.
-std::set<std::string> rowsOf(const std::string& text) {
-    std::map<std::string, std::string> types;
-    std::map<std::string, std::set<std::string>> labels;
-    std::istringstream lines(text);
-    for (std::string line; std::getline(lines, line);) {
-        std::smatch parts;
-        if (std::regex_match(line, parts, std::regex("# TYPE (\\S+) (\\S+)"))) {
-            types[parts[1]] = parts[2];
-        } else if (line.front() != '#') {
-            std::string name = line.substr(0, line.find_first_of("{ "));
-            if (types.count(name) == 0) {  // of a part of a histogram
-                name.erase(name.rfind('_'));
-            }
-            EXPECT_EQ(types.count(name), 1U) << line;
-            const std::regex label("[{,](\\w+)=");
-            for (std::sregex_iterator at(line.begin(), line.end(), label), end; at != end; ++at) {
-                labels[name].insert((*at)[1]);
-            }
-        }
-    }
-    std::set<std::string> rows;
-    for (const auto& [name, type] : types) {
-        std::string names;
-        for (const std::string& label : labels[name]) {
-            names += (names.empty() ? " `" : ", `") + label + '`';
-        }
-        rows.insert("| `" + name + "` | " + type + " |" + names + " |");
-    }
-    return rows;
-}
-
-/// The value of a line that begins so.
-double valueIn(const std::string& text, const std::string& series) {
-    const std::size_t at = text.find('\n' + series + ' ');
-    EXPECT_NE(at, std::string::npos) << series;
-    return at == std::string::npos ? -1 : std::stod(text.substr(at + series.size() + 2));
-}
 
 struct MetricsTest : ApiTest {
     ApiReply ask(const std::string& method, const std::string& path, const std::string& body = "") {
         HttpRequest request;
         request.head.method = method;
         request.head.target = "/api/v1" + path;
-        request.head.headers = {{"cookie", "papanel=" + begun.token},
+        request.head.headers = {{"cookie", "papanel-0=" + begun.token},
                                 {"x-csrf-token", begun.session.csrf},
                                 {"idempotency-key", std::to_string(++asked)},
                                 {"content-type", "application/json"}};
@@ -80,15 +39,8 @@ TEST_F(MetricsTest, AreThoseOfTheDocumentation) {
     PanelMetrics::addLink(link, {});
     std::set<std::string> rows = rowsOf(metrics.text(services, router, 0));
     rows.merge(rowsOf(link.text()));
-    rows.merge(rowsOf(paserver::metricsText({})));
-    std::set<std::string> documented;
-    std::ifstream page(PA_TESTS "/../docs/metrics.md");
-    for (std::string line; std::getline(page, line);) {
-        std::smatch row;
-        if (std::regex_search(line, row, std::regex("^(\\| `\\w+` \\| \\w+ \\|[^|]*\\|)"))) {
-            documented.insert(row[1]);
-        }
-    }
+    std::set<std::string> documented = documentedRows("## All panels");
+    documented.merge(documentedRows("## Panels whose audio server is on a broker"));
     EXPECT_EQ(rows, documented);
 }
 
@@ -98,6 +50,9 @@ TEST_F(MetricsTest, CountWhatHappens) {
     const char* const overCount = "public_address_changes_total{kind=\"announcementDelete\"}";
     const std::string before = metrics.text(services, router, 7);
     EXPECT_EQ(valueIn(before, "public_address_synced"), 1);
+    EXPECT_EQ(valueIn(before, "public_address_record_latency_seconds_count{pause=\"yes\"}"), 3);
+    EXPECT_GE(valueIn(before, "public_address_record_latency_seconds_count{pause=\"no\"}"), 9);
+    pass(std::chrono::seconds(90));
     EXPECT_EQ(valueIn(before, "public_address_records{kind=\"zones\"}"), 6);
     EXPECT_EQ(valueIn(before, "public_address_panel_http_connections"), 7);
 
@@ -131,8 +86,13 @@ TEST_F(MetricsTest, CountWhatHappens) {
     for (const auto& [series, value] : expected) {
         EXPECT_EQ(valueIn(after, series), value) << series;
     }
+    EXPECT_GE(valueIn(after, "public_address_synced_seconds"), 90);
     connection.link().stop();
-    EXPECT_EQ(valueIn(metrics.text(services, router, 0), "public_address_synced"), 0);
+    pass(std::chrono::seconds(60));
+    after = metrics.text(services, router, 0);
+    EXPECT_EQ(valueIn(after, "public_address_synced"), 0);
+    EXPECT_EQ(valueIn(after, "public_address_synced_seconds"), 0);
+    EXPECT_GE(valueIn(after, "public_address_away_seconds"), 60);
 }
 
 TEST(MetricsEndpointTest, ServesWhatItIsGiven) {
@@ -178,18 +138,21 @@ TEST(PanelMetricsTest, AreForThisMachineAndForTheToken) {
 }
 
 TEST(DurationCounts, AddUp) {
-    using std::chrono::milliseconds;
-    pametrics::DurationCounts durations;
-    for (const int ms : {1, 2, 3, 20'000}) {
-        durations.add(milliseconds(ms));
+    using std::chrono::microseconds;
+    pa::DurationCounts durations;
+    for (const int us : {99, 100, 101, 20'000'000}) {
+        durations.add(microseconds(us));
     }
-    const auto histogram = durations.histogram();
-    EXPECT_EQ(histogram.bucket[0].cumulative_count, 1U) << "a bound is within its bucket";
-    EXPECT_EQ(histogram.bucket[1].cumulative_count, 2U);
-    EXPECT_EQ(histogram.bucket[2].cumulative_count, 3U);
-    EXPECT_EQ(histogram.bucket[12].cumulative_count, 3U);
-    EXPECT_EQ(histogram.bucket[13].cumulative_count, 4U);
-    EXPECT_DOUBLE_EQ(histogram.sample_sum, 20.006);
+    durations.add(microseconds(400), 3);
+    pametrics::Exposition all;
+    all.histogram("a", "A", durations.read(), {{"b", "c"}});
+    const std::string text = all.text();
+    const std::pair<const char*, double> expected[] = {
+        {"0.0001", 2}, {"0.00025", 3}, {"0.0005", 6}, {"10", 6}, {"+Inf", 7}};
+    for (const auto& [bound, count] : expected) {
+        EXPECT_EQ(valueIn(text, std::string("a_bucket{b=\"c\",le=\"") + bound + "\"}"), count);
+    }
+    EXPECT_NEAR(valueIn(text, "a_sum{b=\"c\"}"), 20.0015, 1e-9);
 }
 
 }  // namespace

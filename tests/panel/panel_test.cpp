@@ -5,7 +5,8 @@
 #include <httplib.h>
 #include <set>
 
-#include "panel/http/Target.h"
+#include "framework/log.h"
+#include "panel/Housekeeping.h"
 #include "tests/support/tables.h"
 
 using namespace papanel;
@@ -129,6 +130,12 @@ TEST(Panel, servesThePage) {
     EXPECT_NE(policy.find("frame-ancestors 'none'"), std::string::npos);
     const std::string tag = page->get_header_value("ETag");
     EXPECT_EQ(client.Get("/index.html", {{"If-None-Match", tag}})->status, 304);
+    const httplib::Headers zipped = {{"Accept-Encoding", "gzip"}, {"If-None-Match", tag}};
+    const auto other = client.Get("/", zipped);  // which the client unpacks
+    EXPECT_EQ(other->get_header_value("Content-Encoding"), "gzip");
+    EXPECT_EQ(other->get_header_value("Vary"), "Accept-Encoding");
+    EXPECT_NE(other->get_header_value("ETag"), tag);
+    EXPECT_EQ(other->body, page->body);
     const auto head = client.Head("/");
     EXPECT_EQ(head->get_header_value("Content-Length"), std::to_string(page->body.size()));
     EXPECT_EQ(client.Post("/")->status, 405);
@@ -137,6 +144,27 @@ TEST(Panel, servesThePage) {
     const auto rebound = client.Get("/", {{"Host", "page.example:8088"}});
     EXPECT_EQ(rebound->status, 403);
     EXPECT_EQ(client.Get("/", {{"Host", "localhost:1"}})->status, 200);
+}
+
+TEST(Panel, doesEachTaskOfItsHousekeeping) {
+    std::vector<std::string> logged;
+    pa::setLogSink([&](const pa::LogLine& line) { logged.push_back(line.text); });
+    std::string failure = "full";
+    int calls = 0;
+    Housekeeping housekeeping({[&] {
+                                   if (!failure.empty()) {
+                                       throw std::runtime_error(failure);
+                                   }
+                               },
+                               [&] { ++calls; }});
+    for (const char* const next : {"full", "full", "locked", "", "full"}) {
+        failure = next;
+        housekeeping.run();
+    }
+    pa::setLogSink({});
+    EXPECT_EQ(calls, 5);
+    const std::string text = "housekeeping has failed: ";
+    EXPECT_EQ(logged, (std::vector<std::string>{text + "full", text + "locked", text + "full"}));
 }
 
 TEST(Panel, writesOperationsToTheAuditTrailOnce) {
@@ -219,4 +247,30 @@ TEST(Panel, sendsWhatChangesToAllPages) {
     browser.client.Delete("/api/v1/session", browser.session);
     EXPECT_EQ(second.next({"session"})["ends"], "the user has logged out");
     EXPECT_TRUE(first.next({"changes after the end"}).is_null());
+}
+
+TEST(Panel, sendsTriggersOfBothKindsWithTheSameNumber) {
+    Panel panel(settingsOf("operated.json"));
+    Browser browser(panel);
+    PageStream page(panel.port(), browser.session);
+    page.next({"snapshot"});
+    const auto changed = [&] {
+        std::string text;
+        Json batch;
+        while (text.empty() && !(batch = page.next({"changes"})).is_null()) {
+            for (const Json& change : batch["changes"]) {
+                const bool isDeleted = change["op"] == "delete";
+                const Json& record = isDeleted ? change : change["record"];
+                if (change["kind"] == "triggers" && record["id"] == 1) {
+                    text += isDeleted ? "deleted " : record["kind"].get<std::string>() + ' ';
+                }
+            }
+        }
+        return text;
+    };
+    browser.client.Post("/api/v1/triggers", browser.withKey("make"),
+                        R"({"sourceId": 9, "priority": 1})", "application/json");
+    EXPECT_EQ(changed(), "deleted hardware software ");
+    browser.client.Delete("/api/v1/triggers/1", browser.withKey("delete"));
+    EXPECT_EQ(changed(), "deleted hardware ");
 }

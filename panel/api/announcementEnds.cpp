@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "panel/api/AudioStore.h"
-#include "panel/api/LockKeeper.h"
+#include "panel/api/announcementEnds.h"
+
 #include "panel/api/SentAnnouncements.h"
-#include "panel/api/routes.h"
 #include "panel/audit/AuditTrail.h"
 
 namespace papanel {
@@ -26,9 +25,7 @@ std::string auditedText(const Announcement& announcement) {
 
 }  // namespace
 
-void keepHouse(Services& services) {
-    services.locks.releaseDue();
-    services.audio.removeExpired();
+void finishAnnouncements(Services& services) {
     for (const auto& sent : services.announcements.removeOld()) {
         services.audit.finish(sent.auditRow, auditedOutcome(*sent.announcement),
                               auditedText(*sent.announcement));
