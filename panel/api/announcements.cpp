@@ -3,6 +3,7 @@
 #include <set>
 
 #include "client/checkMessage.h"
+#include "client/readJson.h"
 #include "operating/operations.h"
 #include "operating/simulation.h"
 #include "panel/api/AskedAnnouncement.h"
