@@ -300,6 +300,8 @@ TEST_F(OpenApiTest, DescribesWhatIsRefused) {
     askAll("{}", {{"content-type", "text/plain"}});
     askAll("{", {});
     askAll("[[]]", {});
+    EXPECT_EQ(ask("PUT", "/sinks/1/gain", R"({"level": -3, "level": -4})").status, 400);
+    EXPECT_EQ(ask("POST", "/schedules/import", R"([{"Id": 1}, {"Id": 2}])").status, 200);
     connection.link().stop();
     askAll("", {});
     ask("POST", "/session", R"({"user": "ann"})");
