@@ -20,7 +20,7 @@ const focusIsOn = (page, name) => until(page, (wanted) => (document.activeElemen
 
 /// The controls in sight that something else is over, toasts among it.
 const covered = (page) => page.evaluate(() => [...document.querySelectorAll('button, input, select, a, textarea')]
-    .filter((control) => !control.closest('dialog') === !document.querySelector('dialog[open]'))
+    .filter((control) => control.checkVisibility() && !control.closest('dialog') === !document.querySelector('dialog[open]'))
     .filter((control) => {
         const box = control.getBoundingClientRect();
         const at = document.elementFromPoint(box.x + box.width / 2, box.y + box.height / 2);

@@ -164,6 +164,11 @@ test('records follow the events; the health of a zone is that of its sinks', asy
     await until(() => store.count('sinks') === 1);
     assert.deepEqual(health('Hall'), {level: 'healthy', faulty: 0, total: 1});
     assert.deepEqual(faults(), ['sources 7 faulty', 'zones Yard major']);
+
+    // A snapshot is everything that there is.
+    events.send('snapshot', {...snapshot, zones: snapshot.zones.slice(0, 1)}, 'f-1');
+    await until(() => store.count('sinks') === 2);
+    assert.equal(store.count('zones'), 1);
     store.close();
 });
 
