@@ -209,6 +209,18 @@ test('a stream that ends is opened again after its last event; a session that is
     }
     later.close();
 
+    // Out of sight for some time: what is displayed may be old until the gateway has answered.
+    const hidden = new Store();
+    const before = stream();
+    answers = [before.answer, unreachable];
+    hidden.open();
+    before.send('snapshot', snapshot, 'e-1');
+    await until(() => hidden.link().state === 'synced');
+    hidden.resume();
+    assert.equal(hidden.link().state, 'loading');
+    await until(() => hidden.link().state === 'gateway-away');
+    hidden.close();
+
     // Nothing has come for a while: the connection is lost.
     answers = [stream().answer];
     const quiet = new Store();

@@ -128,9 +128,9 @@ class Schedules {
             setText(this.note, total === 0 ? t('schedules.none') : '');
             return;
         }
-        const {count, shown} = this.table.fill(wordsOf(this.search));
+        const {count, displayed} = this.table.fill(wordsOf(this.search));
         setText(this.note, total === 0 ? t('schedules.none') : count === 0 ? t('list.noMatch')
-            : count > shown ? t('zones.more', {n: count - shown}) : t('schedules.count', {n: count}));
+            : count > displayed ? t('zones.more', {n: count - displayed}) : t('schedules.count', {n: count}));
     }
 
     // ------------------------------------------------------------------------------------ operations
@@ -179,8 +179,10 @@ class Schedules {
     }
 
     async remove(schedule) {
+        const opener = document.activeElement;
         const isSure = await confirm({title: t('schedules.deleteTitle'), isDangerous: true,
             text: t('schedules.deleteText', {name: nameOf(schedule)}), action: t('schedules.delete')});
+        this.returnTo(opener);
         if (isSure) {
             await attempt(() => this.app.api.operate('DELETE', path`/schedules/${schedule.Id}`), t('schedules.deleted'));
         }
