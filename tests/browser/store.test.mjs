@@ -197,7 +197,7 @@ test('a stream that ends is opened again after its last event; a session that is
     pass(60000);
     assert.equal(requests.length, 3);
 
-    // A stream that goes on has missed no status, but its times are old: the status is asked for again.
+    // A stream that continues has missed no status, but its times are old: the status is asked for again.
     const later = new Store();
     const asked = [status({stationTime: '2026-12-01T07:00:00'}), status({stationTime: '2026-12-01T08:00:00'})];
     later.fetchStatus = async () => asked.shift();
