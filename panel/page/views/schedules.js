@@ -37,6 +37,7 @@ class Schedules {
         this.edited = '';
         this.editor = null;
         this.opener = null;
+        this.next = null;
         this.isClosed = false;
         this.day = this.today();
         this.isOperator = app.session.role === 'operator';
@@ -138,7 +139,11 @@ class Schedules {
     /// Edits a schedule, a new one for 'new'.
     edit(id) {
         this.opener = document.activeElement;
-        this.app.go('schedules', this.form, String(id));
+        if (this.editor) {
+            this.next = id;  // it is closed, its event is to come
+        } else {
+            this.app.go('schedules', this.form, String(id));
+        }
     }
 
     /// Opens the editor that the address names, when its schedule is known.
@@ -163,6 +168,10 @@ class Schedules {
                 }
                 this.returnTo(this.opener);
                 this.openEditor();
+                if (this.next !== null) {
+                    this.app.go('schedules', this.form, String(this.next));
+                    this.next = null;
+                }
             }});
     }
 
