@@ -92,9 +92,6 @@ void BrokerServer::run() {
             fail(error.what());
         }
     }
-    if (!settings_.keepsRecords && !replaced_) {
-        publications_.withdrawAll();
-    }
     leave();
     if (simulation_ != nullptr) {
         simulation_->disconnectClient();
@@ -164,15 +161,22 @@ void BrokerServer::join() {
     client_->start();
 }
 
-/// Publishes what still waits, and that the server is offline. What another server has published
-/// with this number stays.
+/// Publishes what still waits, and that the server is offline; then withdraws its records, which
+/// clients do not read any more. What another server has published with this number stays.
 void BrokerServer::leave() {
+    const auto publishAll = [this] {
+        return publishWaiting(std::numeric_limits<std::size_t>::max(), stopLimit, stopPatience);
+    };
     bool isTaken = true;
     if (joined_ != 0 && !replaced_) {
-        isTaken = publishWaiting(std::numeric_limits<std::size_t>::max(), stopLimit, stopPatience);
+        isTaken = publishAll();
         palink::ServerStatus offline;
         offline.generation = generation_;
         publish(statusMessage(offline));
+        if (isTaken && !settings_.keepsRecords) {
+            publications_.withdrawAll();
+            isTaken = publishAll();
+        }
     }
     isTaken = client_->stop(stopPatience) && isTaken;
     if (!isTaken && joined_ != 0) {

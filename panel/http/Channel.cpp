@@ -58,6 +58,9 @@ TlsContext makeTlsContext(const std::filesystem::path& certificate,
 
 Channel::Channel(int socket, SSL_CTX* tls)
     : socket_(socket), ssl_(tls != nullptr ? SSL_new(tls) : nullptr, SSL_free) {
+    if (tls != nullptr && ssl_ == nullptr) {
+        throw std::bad_alloc();
+    }
     if (ssl_ != nullptr) {
         SSL_set_fd(ssl_.get(), socket);
         SSL_set_accept_state(ssl_.get());

@@ -22,19 +22,6 @@ namespace papanel {
 
 namespace {
 
-/// What browsers may do with an answer.
-constexpr const char* pagePolicy =
-    "default-src 'self'; object-src 'none'; base-uri 'none'; form-action 'self'; "
-    "frame-ancestors 'none'; media-src 'self' blob:; img-src 'self' data:";
-constexpr const char* dataPolicy = "default-src 'none'; frame-ancestors 'none'";
-constexpr std::pair<const char*, const char*> commonHeaders[] = {
-    {"X-Content-Type-Options", "nosniff"},
-    {"X-Frame-Options", "DENY"},
-    {"Referrer-Policy", "no-referrer"},
-    {"Cross-Origin-Opener-Policy", "same-origin"},
-    {"Cross-Origin-Resource-Policy", "same-origin"},
-};
-
 bool changesNothing(const std::string& method) {
     return method == "GET" || method == "HEAD";
 }
@@ -114,7 +101,9 @@ ApiReply Router::operator()(const HttpRequest& request) {
     if (answer.contentType.compare(0, 6, "audio/") == 0) {
         applyRange(request.head, answer);
     }
-    addHeaders(answer);
+    if (settings_.isEncrypted) {
+        answer.headers.emplace_back("Strict-Transport-Security", "max-age=31536000");
+    }
     const std::lock_guard guard(lock_);
     ++counts_[{found != nullptr ? found->method : "", found != nullptr ? found->pattern : "",
                answer.status}];
@@ -132,6 +121,10 @@ ApiReply Router::reply(const HttpRequest& request, const Route*& found) {
     const bool isCall = target.parts.front() == "api";
     if ((isCall || !changesNothing(request.head.method)) && isForeign(request.head)) {
         throw ApiError(403, "csrf", "the request comes from another page");
+    }
+    if (!isCall && !changesNothing(request.head.method)) {
+        throw ApiError(405, "method-not-allowed", request.head.method + " is not possible here",
+                       {{"allow", "GET, HEAD"}});
     }
     if (const auto other = settings_.others.find(target.path); other != settings_.others.end()) {
         return other->second(request);
@@ -188,21 +181,6 @@ std::string Router::clientOf(const HttpRequest& request) const {
         list.erase(comma == std::string::npos ? 0 : comma);
     }
     return client;
-}
-
-void Router::addHeaders(ApiReply& answer) const {
-    const bool isPage = answer.contentType.compare(0, 9, "text/html") == 0;
-    answer.headers.emplace_back("Content-Security-Policy", isPage ? pagePolicy : dataPolicy);
-    for (const auto& [name, value] : commonHeaders) {
-        answer.headers.emplace_back(name, value);
-    }
-    const auto isAge = [](const auto& header) { return header.first == "Cache-Control"; };
-    if (std::none_of(answer.headers.begin(), answer.headers.end(), isAge)) {
-        answer.headers.emplace_back("Cache-Control", "no-store");
-    }
-    if (settings_.isEncrypted) {
-        answer.headers.emplace_back("Strict-Transport-Security", "max-age=31536000");
-    }
 }
 
 }  // namespace papanel

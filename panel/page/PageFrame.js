@@ -8,6 +8,7 @@ import {t} from './i18n.js';
 import {icon} from './icons.js';
 import {announce} from './messages.js';
 import {openSettings, openShortcuts, shortcutsAreOn} from './preferences.js';
+import {knownZone} from './timeZones.js';
 
 /// '#board/Platform%201' as ['board', 'Platform 1'].
 function partsOf(hash) {
@@ -32,6 +33,7 @@ export class PageFrame {
     #links = new Map();
     #server = h('span', {class: 'server-name', dir: 'auto'});
     #clock = h('time', {class: 'station-clock'});
+    #zone = h('span', {class: 'station-zone note'});
     #state = h('span', {class: 'link-state'});
     #stateText = h('span', {});
     #user;
@@ -111,7 +113,7 @@ export class PageFrame {
                 on: {click: () => openSettings(this.#app)}},
                 icon('user'), h('span', {class: 'user-name', dir: 'auto'}, session.user),
                 session.role === 'monitor' && h('span', {class: 'badge'}, t('role.monitor')));
-        return h('header', {class: 'top'}, this.#server, h('span', {class: 'clock-part'}, this.#clock), this.#state,
+        return h('header', {class: 'top'}, this.#server, h('span', {class: 'clock-part'}, this.#clock, this.#zone), this.#state,
             this.#user);
     }
 
@@ -134,6 +136,8 @@ export class PageFrame {
         setText(this.#clock, now === null ? '' : wallTime(now));
         set(this.#clock, 'title', store.status?.timeZone ? t('frame.clock', {
             zone: store.status.timeZone, speed: store.status.speed ?? 1}) : null);
+        const zone = knownZone(store.status?.timeZone);
+        setText(this.#zone, store.status && zone !== Intl.DateTimeFormat().resolvedOptions().timeZone ? zone : '');
         setText(this.#stateText, t(`link.${link.state}`));
         set(this.#state, 'data-state', link.state);
         const isAway = ['gateway-away', 'server-away'].includes(link.state);

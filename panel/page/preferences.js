@@ -6,6 +6,7 @@ import {openDialog} from './dialogs.js';
 import {h} from './dom.js';
 import {language, languages, t} from './i18n.js';
 import {choose, setting} from './settings.js';
+import {knownZone} from './timeZones.js';
 
 /// Whether single keys are shortcuts; who dictates by voice switches them off.
 export function shortcutsAreOn() {
@@ -22,6 +23,7 @@ export function openSettings(app) {
     const {session} = app;
     const dialog = openDialog({title: t('settings.title'), kind: 'question', content: [
         h('p', {dir: 'auto'}, t('settings.user', {user: session.user, role: t(`role.${session.role}`)})),
+        h('p', {class: 'note'}, t('frame.times', {zone: knownZone(app.store.status?.timeZone)})),
         choice(t('settings.language'), language(),
             Object.entries(languages).map(([tag, {name}]) => [tag, name]),
             (tag) => {

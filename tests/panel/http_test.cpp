@@ -195,6 +195,7 @@ TEST(Http, limitsWhatClientsTake) {
     const auto failed = client.Get("/fault");
     EXPECT_EQ(failed->status, 500);
     EXPECT_EQ(failed->body, R"({"error":{"code":"internal","text":"the request has failed"}})");
+    EXPECT_EQ(failed->get_header_value("X-Content-Type-Options"), "nosniff");
 
     const RawClient lazy(server.port());
     lazy.send("GET /stream HTTP/1.1\r\nHost: x\r\n\r\n");

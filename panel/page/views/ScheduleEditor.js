@@ -148,13 +148,24 @@ export class ScheduleEditor {
         this.timer = setTimeout(() => this.fetchRuns(), runsPause);
     }
 
-    get isInvalid() {
-        return this.form.querySelector(':is(input, select, textarea):invalid:not([hidden] *)') !== null;
+    /// The first control with a value that cannot be; null when there is none.
+    get invalid() {
+        return this.form.querySelector(':is(input, select, textarea):invalid:not([hidden] *)');
+    }
+
+    /// Why the schedule cannot be saved; null when it can.
+    whatIsWrong() {
+        const control = this.invalid;
+        if (control) {
+            control.closest('details')?.setAttribute('open', '');
+            return t('schedules.missing.value', {name: control.labels[0]?.firstChild.textContent ?? ''});
+        }
+        const missing = whatIsMissing(this.definition);
+        return missing && t(missing);
     }
 
     showReadiness() {
-        const missing = this.isInvalid ? 'schedules.missing.values' : whatIsMissing(this.definition);
-        const why = this.app.whyNot() ?? (missing && t(missing));
+        const why = this.app.whyNot() ?? this.whatIsWrong();
         set(this.save, 'disabled', why !== null || this.isSending);
         set(this.startOver, 'hidden', !this.isChanged);
         setText(this.reason, why ?? '');
@@ -166,7 +177,7 @@ export class ScheduleEditor {
         this.abort?.abort();
         const abort = new AbortController();
         this.abort = abort;
-        if (this.isInvalid || this.app.store.link().state !== 'synced') {
+        if (this.invalid || this.app.store.link().state !== 'synced') {
             return;
         }
         try {

@@ -6,6 +6,7 @@ import {compareNames} from '../format.js';
 import {t} from '../i18n.js';
 import {icon} from '../icons.js';
 import {wallOf} from '../StationClock.js';
+import {matches} from '../widgets/search.js';
 import {contentText, daysText, momentText, nameOf, periodText, timesText} from './schedulesText.js';
 
 const mostRows = 300;
@@ -38,10 +39,8 @@ export class SchedulesTable {
 
     /// Displays the schedules that have these words; returns how many there are, and how many are displayed.
     fill(words) {
-        const found = this.#app.store.all('schedules').filter((schedule) => {
-            const text = [nameOf(schedule), ...schedule.paZones, contentText(schedule)].join('\n').toLocaleLowerCase();
-            return words.every((word) => text.includes(word));
-        });
+        const found = this.#app.store.all('schedules').filter((schedule) =>
+            matches(words, nameOf(schedule), ...schedule.paZones, contentText(schedule)));
         found.sort((a, b) => compareNames(nameOf(a), nameOf(b)) || a.Id - b.Id);
         const buttons = this.#buttons();
         const at = buttons.indexOf(document.activeElement);

@@ -35,7 +35,7 @@ function prepare(app) {
 }
 
 function panel(title, name, ...content) {
-    return h('section', {class: `panel announce-${name}`, 'aria-label': title}, h('h2', {}, title), content);
+    return h('section', {class: `panel announce-${name}`, 'aria-label': title}, h('h2', {tabindex: -1}, title), content);
 }
 
 /// `zone` of the address, as from the board, is chosen in place of others.

@@ -9,6 +9,7 @@ import {icon} from '../icons.js';
 import {announce, attempt, errorText} from '../messages.js';
 import {partLine, partOf} from '../widgets/contentType.js';
 import {keepFocus, once} from '../widgets/pressing.js';
+import {shortened} from './announceModel.js';
 
 const mostZones = 60;
 const noPart = 7;  // the type of a part that is not there
@@ -36,7 +37,7 @@ export function stateText(state) {
 /// The list, to be removed with `destroy()`. `sent` follows what this page has sent.
 export function activeList({app, sent}) {
     const list = h('ul', {class: 'active-list'});
-    const empty = h('p', {class: 'note', tabindex: -1}, t('active.none'));
+    const empty = h('p', {class: 'note'}, t('active.none'));
     const element = h('div', {}, empty, list);
     const cards = new Map();  // by request id
     const canCancel = app.session.role === 'operator';
@@ -64,7 +65,7 @@ export function activeList({app, sent}) {
         });
         set(empty, 'hidden', ids.length > 0);
         if (focused) {
-            keepFocus(focused.querySelector('h3'), list.querySelector('h3'), empty);
+            keepFocus(focused.querySelector('h3'), list.querySelector('h3'), element.parentElement.querySelector('h2'));
         }
     };
 
@@ -103,13 +104,13 @@ export function activeList({app, sent}) {
             replace(parts, partsOf(own, records).map((part) => h('li', {}, h('strong', {}, part.name), ' ',
                 stateText(part.state), part.reason && `: ${part.reason}`, part.since && ` (${part.since})`)));
             showZones(zones, zoneStates, isOver);
-            set(cancel, 'aria-label', t('active.cancelOf', {title: title.textContent}));
+            set(cancel, 'aria-label', t('active.cancelOf', {title: shortened(title.textContent)}));
             set(cancel, 'disabled', app.whyNot() !== null);
             set(cancel, 'hidden', isOver || !canCancel);
             set(close, 'hidden', !isOver);
             if (own && read !== word) {
                 read = word;
-                announce(t('active.read', {title: title.textContent, state: stateText(word)}));
+                announce(t('active.read', {title: shortened(title.textContent), state: stateText(word)}));
             }
         };
         return {element, update};

@@ -59,7 +59,7 @@ function options(lists, draft, change) {
             h('label', {class: 'check'}, relative, h('span', {}, t('compose.relative'))),
             chimeField(t('compose.preChime'), lists.chimes, draft.preChime, (preChime) => change({preChime})),
             chimeField(t('compose.postChime'), lists.chimes, draft.postChime, (postChime) => change({postChime})),
-            numberField(t('compose.gain'), draft.gain, {min: -96, max: 42, step: 0.5, isOptional: true,
+            numberField(t('compose.gain'), draft.gain, {min: -96, max: 42, step: 0.1, isOptional: true,
                 note: t('compose.gainNote')}, (gain) => change({gain}))));
 }
 

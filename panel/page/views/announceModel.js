@@ -75,6 +75,10 @@ export function whatIsMissing(draft) {
 
 const longestTitle = 60;
 
+export function shortened(text) {
+    return text.length > longestTitle ? `${text.slice(0, longestTitle)}…` : text;
+}
+
 /// What the composition is called in lists; `dictionary` has the texts of items where the server lists them.
 export function titleOf(draft, dictionary = null) {
     const textOf = (item) => dictionary?.find((entry) => entry.item === item)?.text ?? String(item);
@@ -85,5 +89,5 @@ export function titleOf(draft, dictionary = null) {
         recording: () => draft.recording,
         upload: () => draft.upload?.name ?? '',
     }[draft.audio]();
-    return audio.length > longestTitle ? `${audio.slice(0, longestTitle)}…` : audio;
+    return shortened(audio);
 }

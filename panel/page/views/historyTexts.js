@@ -11,8 +11,9 @@ const operations = ['play announcement', 'cancel announcement', 'cancel announce
     'change schedule', 'remove schedule', 'import schedules', 'simulate trigger', 'simulate selector', 'simulate lock',
     'simulate lost renewals', 'simulate lost requests', 'simulate lost connection', 'restart simulated server'];
 
-const outcomes = ['done', 'as-before', 'refused', 'held', 'not-found', 'ambiguous', 'bad-request', 'too-large',
-    'unsupported-media-type', 'too-slow', 'not-supported', 'overloaded', 'conflict', 'not-connected', 'timed-out', 'connection-lost', 'internal', 'pending', 'unknown'];
+const outcomes = ['done', 'as-before', 'accepted', 'partly', 'failed', 'cancelled', 'pre-empted', 'refused', 'held',
+    'not-found', 'ambiguous', 'bad-request', 'too-large', 'unsupported-media-type', 'too-slow', 'not-supported',
+    'overloaded', 'conflict', 'not-connected', 'timed-out', 'connection-lost', 'internal', 'pending', 'unknown'];
 
 /// The text of a name that is known, else the name.
 function textOf(key, name) {

@@ -9,6 +9,7 @@ import {icon} from '../icons.js';
 import {LockHolders} from '../widgets/LockHolders.js';
 import {SourceDrawer} from '../widgets/SourceDrawer.js';
 import {keepFocus} from '../widgets/pressing.js';
+import {matches, wordsOf} from '../widgets/search.js';
 import {sourceTile} from '../widgets/sourceTile.js';
 
 class Live {
@@ -73,15 +74,14 @@ class Live {
     }
 
     #fill() {
-        const text = this.#search.value.trim().toLocaleLowerCase();
+        const words = wordsOf(this.#search);
         const sources = this.#store.all('sources')
-            .filter((source) => [source.label, source.location, String(source.id)]
-                .some((one) => one.toLocaleLowerCase().includes(text)))
+            .filter((source) => matches(words, source.label, source.location, String(source.id)))
             .sort((a, b) => compareNames(a.location, b.location) || compareNames(a.label, b.label)
                 || a.id - b.id);
         this.#list.setEntries(sources.map((source) => ({key: source.id})));
         const isLoading = this.#store.link().state === 'loading';
-        setText(this.#empty, t(isLoading ? 'list.loading' : text ? 'list.noMatch' : 'list.empty'));
+        setText(this.#empty, t(isLoading ? 'list.loading' : words.length > 0 ? 'list.noMatch' : 'list.empty'));
         set(this.#empty, 'hidden', sources.length > 0);
     }
 }

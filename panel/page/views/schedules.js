@@ -7,6 +7,7 @@ import {h, set, setText} from '../dom.js';
 import {t} from '../i18n.js';
 import {icon} from '../icons.js';
 import {attempt} from '../messages.js';
+import {wordsOf} from '../widgets/search.js';
 import {ScheduleEditor} from './ScheduleEditor.js';
 import {SchedulesTable} from './SchedulesTable.js';
 import {importSchedules} from './schedulesImport.js';
@@ -72,6 +73,7 @@ class Schedules {
     close() {
         this.isClosed = true;
         this.table.close();
+        this.week.close();
         clearInterval(this.timer);
         this.endFollowing();
     }
@@ -126,8 +128,7 @@ class Schedules {
             setText(this.note, total === 0 ? t('schedules.none') : '');
             return;
         }
-        const words = this.search.value.trim().toLocaleLowerCase().split(/\s+/);
-        const {count, shown} = this.table.fill(words);
+        const {count, shown} = this.table.fill(wordsOf(this.search));
         setText(this.note, total === 0 ? t('schedules.none') : count === 0 ? t('list.noMatch')
             : count > shown ? t('zones.more', {n: count - shown}) : t('schedules.count', {n: count}));
     }

@@ -60,7 +60,7 @@ function displayPart(d, change) {
 function options(lists, d, change) {
     const relative = h('input', {type: 'checkbox', checked: d.priorityMode === 1,
         on: {change: () => change({priorityMode: relative.checked ? 1 : 0})}});
-    const gain = h('input', {type: 'number', min: -96, max: 42, step: 0.5, value: d.gain || '',
+    const gain = h('input', {type: 'number', min: -96, max: 42, step: 'any', value: d.gain || '',
         on: {input: () => gain.validity.valid && change({gain: gain.value === '' ? 0 : gain.valueAsNumber})}});
     return h('details', {class: 'options'}, h('summary', {}, t('compose.options')), h('div', {class: 'option-grid'},
         numberField(t('compose.priority'), d.priorityLevel, {min: -100000, max: 100000},

@@ -65,7 +65,7 @@ export function timesText(schedule) {
 
 /// "06:00", "22:00–24:00, every 15 min"; of one of windowsInWeek()
 export function windowText({from, to, every}) {
-    return every <= 0 ? clockText(from)
+    return every <= 0 || from === to ? clockText(from)
         : t('schedules.every', {from: clockText(from), to: clockText(to), n: every});
 }
 

@@ -16,7 +16,7 @@ export function timesEditor({definition, onChange}) {
                 onChange(setMoment({}, which, {date: date.value, time: time.value}));
             }
         };
-        const date = h('input', {type: 'date', required: true, min: '1970-01-01', max: '2099-12-31', value: moment.date,
+        const date = h('input', {type: 'date', required: true, min: '1970-01-01', max: '9999-12-31', value: moment.date,
             on: {input: take}});
         const time = h('input', {type: 'time', required: true, value: moment.time, on: {input: take}});
         return [field(t(`schedules.${which}Date`), date), field(t(`schedules.${which}Time`), time)];

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// When schedules run in a week, by the clocks of the station. Narrow pages have the days below each other.
+// When schedules run in a week, by the clocks of the station: seven columns, or the days below each other when
+// these do not have the space, or too much is at the same time.
 
 import {h, replace, set} from '../dom.js';
 import {t} from '../i18n.js';
@@ -7,11 +8,16 @@ import {icon} from '../icons.js';
 import {addDays, clockText, layOut, minutesOfDay, mondayOf, windowsInWeek} from './schedulesModel.js';
 import {contentText, dateText, nameOf, windowText, weekdayText} from './schedulesText.js';
 
+const leastWidth = 900;   // pixels, for seven columns
+const mostBeside = 2;
 const leastMinutes = 40;  // of the drawing, so that a window's text has space
 
 /// `today()` is the station's date; `open(id)` edits a schedule, null for users who may not.
 export function weekView({store, today, open}) {
     let monday = null;
+    let beside = 1;  // windows at the same time
+    const arrange = () => set(grid, 'data-list',
+        beside > mostBeside || element.clientWidth < leastWidth ? '' : null);
     const title = h('h2', {class: 'week-title', 'aria-live': 'polite'});
     const grid = h('div', {class: 'week'});
     const turn = (days) => {
@@ -50,6 +56,7 @@ export function weekView({store, today, open}) {
     function fill() {
         const focused = grid.contains(document.activeElement) ? document.activeElement.dataset.event : null;
         monday ??= mondayOf(today());
+        beside = 1;
         replace(title, t('schedules.week', {from: dateText(monday), to: dateText(addDays(monday, 6))}));
         const windows = store.all('schedules').flatMap((schedule) =>
             windowsInWeek(schedule, monday).map((window) => ({...window, schedule})));
@@ -63,12 +70,16 @@ export function weekView({store, today, open}) {
                 h('div', {class: 'week-events'}, events.map(event)));
             set(column, 'data-today', date === today() ? '' : null);
             set(column, 'data-empty', events.length === 0 ? '' : null);
+            beside = Math.max(beside, ...events.map((window) => window.columns));
             return column;
         }));
+        arrange();
         if (focused) {
             focus(focused);
         }
     }
 
-    return {element, fill, focus};
+    const observer = new ResizeObserver(arrange);
+    observer.observe(element);
+    return {element, fill, focus, close: () => observer.disconnect()};
 }

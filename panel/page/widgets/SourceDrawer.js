@@ -29,7 +29,7 @@ export class SourceDrawer {
     #location = h('dd', {dir: 'auto'});
     #state = h('dd', {});
     #health = healthBadge();
-    #holder = h('p', {class: 'lock-holder', dir: 'auto'});
+    #holder = h('p', {class: 'lock-holder', role: 'status', dir: 'auto'});
     #take;
     #release;
     #gain;

@@ -10,6 +10,7 @@ import {t} from '../i18n.js';
 import {icon} from '../icons.js';
 import {attempt} from '../messages.js';
 import {stateText} from '../views/announceActive.js';
+import {shortened} from '../views/announceModel.js';
 import {partLine, priorityLine} from './contentType.js';
 import {keepFocus, once} from './pressing.js';
 import {healthBadge} from './healthBadge.js';
@@ -48,7 +49,7 @@ export class ZoneDrawer {
                 h('dt', {}, t('zone.activity')), this.#activity,
                 h('dt', {}, t('zone.health')), h('dd', {}, this.#health.element)),
             this.#announcements,
-            h('div', {class: 'row'}, this.#announceLink),
+            this.#announceLink,
             h('div', {class: 'row sinks-head'}, this.#sinksTitle,
                 h('label', {class: 'check'}, this.#persistent, h('span', {}, t('sink.persistent')))),
             this.#list.element);
@@ -137,7 +138,7 @@ export class ZoneDrawer {
                 setText(facts, [stateText(one.stateText), one.startDateTime && t('active.since',
                     {time: utcMoment(one.startDateTime, this.#store.status?.timeZone)}),
                 priorityLine(one.priorityText)].filter(Boolean).join(' \u00b7 '));
-                set(cancel, 'aria-label', t('active.cancelOf', {title: title.textContent}));
+                set(cancel, 'aria-label', t('active.cancelOf', {title: shortened(title.textContent)}));
                 set(cancel, 'disabled', reason !== null);
             },
         };

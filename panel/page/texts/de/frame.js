@@ -7,7 +7,7 @@ export default {
     'frame.settings': 'Einstellungen von {user} ({role})',
     'frame.clock': 'Zeit der Station, {zone}, Geschwindigkeit {speed}',
     'frame.retrying': 'Diese Seite versucht es von selbst wieder.',
-    'frame.times': 'Zeiten sind die der Station ({zone}).',
+    'frame.times': 'Zeiten sind in der Zone der Station ({zone}).',
     'role.operator': 'Bedienung',
     'role.monitor': 'Nur lesen',
     'access.monitor': 'Ihre Rolle darf nur lesen.',

@@ -45,7 +45,7 @@ export default {
     'schedules.noRuns': 'Es gibt keinen Lauf.',
     'schedules.missing.days': 'Wählen Sie mindestens einen Tag.',
     'schedules.missing.order': 'Der letzte Tag ist vor dem ersten.',
-    'schedules.missing.values': 'Berichtigen Sie die markierten Werte.',
+    'schedules.missing.value': 'Berichtigen Sie den Wert: {name}.',
     'schedules.create': 'Anlegen',
     'schedules.save': 'Speichern',
     'schedules.created': 'Der Zeitplan ist angelegt.',

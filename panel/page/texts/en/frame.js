@@ -7,7 +7,7 @@ export default {
     'frame.settings': 'Settings of {user} ({role})',
     'frame.clock': 'Time at the station, {zone}, speed {speed}',
     'frame.retrying': 'This page tries again by itself.',
-    'frame.times': 'Times are those of the station ({zone}).',
+    'frame.times': 'Times are in the zone of the station ({zone}).',
     'role.operator': 'Operator',
     'role.monitor': 'Read only',
     'access.monitor': 'Your role may only read.',

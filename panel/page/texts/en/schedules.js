@@ -45,7 +45,7 @@ export default {
     'schedules.noRuns': 'There is no run.',
     'schedules.missing.days': 'Choose at least one day.',
     'schedules.missing.order': 'The last day is before the first one.',
-    'schedules.missing.values': 'Correct the values that are marked.',
+    'schedules.missing.value': 'Correct the value: {name}.',
     'schedules.create': 'Create',
     'schedules.save': 'Save',
     'schedules.created': 'The schedule has been created.',
