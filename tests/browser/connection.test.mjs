@@ -55,8 +55,13 @@ test('a server that is away greys the page out, with the time; it comes back by 
     // What was composed is still there, and plays.
     await page.getByRole('button', {name: 'Play now'}).click();
     await page.locator('.active-card .badge[data-state=finished]').waitFor();
-    await panel.program.stop();
+    // A server that ends in order withdraws its records: what was displayed stays, greyed out.
+    await goTo(page, 'board');
+    const tiles = await page.locator('.zone-tile').count();
     await server.stop();
+    await banner.waitFor();
+    assert.deepEqual([tiles, await page.locator('.zone-tile').count()], [8, 8]);
+    await panel.program.stop();
     await broker.program.stop();
 });
 
