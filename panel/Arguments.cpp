@@ -139,6 +139,9 @@ Arguments readArguments(const std::vector<std::string>& words) {
     } catch (const CLI::CallForVersion& version) {
         arguments.exitCode = stopped;
         arguments.output = std::string(version.what()) + '\n';
+    } catch (const CLI::ConfigError& error) {
+        arguments.exitCode = wrongUsage;
+        arguments.error = app.get_config_ptr()->as<std::string>() + ": " + error.what();
     } catch (const std::exception& error) {
         arguments.exitCode = wrongUsage;
         arguments.error = error.what();

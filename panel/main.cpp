@@ -40,6 +40,17 @@ void note(const char* text, bool journal) {
     std::fprintf(stderr, "%spapanel: %s\n", journal ? "<5>" : "", text);
 }
 
+void noteSettings(const papanel::PanelSettings& settings, bool journal) {
+    if (settings.audit.empty()) {
+        note("the audit trail is in memory, --audit FILE keeps it", journal);
+    }
+    if (!settings.isEncrypted && !settings.isBehindProxy &&
+        !papanel::isLoopbackHost(settings.http.host)) {
+        note("passwords come over the network in the clear: see --tls-cert and --behind-proxy",
+             journal);
+    }
+}
+
 /// Serves until a signal asks for the end, or the terminal of the daemon is closed. SIGHUP else has
 /// files read again.
 void serve(papanel::Panel& panel, paserver::ServiceNotice& notice, bool journal) {
@@ -112,9 +123,7 @@ int main(int argc, char** argv) {
         auto panel = std::make_unique<papanel::Panel>(arguments.settings);
         std::printf("%s\n", panel->url().c_str());
         std::fflush(stdout);
-        if (arguments.settings.audit.empty()) {
-            note("the audit trail is in memory, --audit FILE keeps it", arguments.journal);
-        }
+        noteSettings(arguments.settings, arguments.journal);
         serve(*panel, notice, arguments.journal);
         stop(std::move(panel), notice);
         return papanel::stopped;

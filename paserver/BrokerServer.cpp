@@ -92,10 +92,7 @@ void BrokerServer::run() {
             fail(error.what());
         }
     }
-    if (!settings_.keepsRecords && !replaced_) {
-        publications_.withdrawAll();
-    }
-    leave();
+    leave(!settings_.keepsRecords);
     if (simulation_ != nullptr) {
         simulation_->disconnectClient();
     }
@@ -164,15 +161,22 @@ void BrokerServer::join() {
     client_->start();
 }
 
-/// Publishes what still waits, and that the server is offline. What another server has published
-/// with this number stays.
-void BrokerServer::leave() {
+/// Publishes what still waits, and that the server is offline; then it may withdraw its records,
+/// which clients do not read any more. What another server has published with this number stays.
+void BrokerServer::leave(bool withdrawsRecords) {
+    const auto publishAll = [this] {
+        return publishWaiting(std::numeric_limits<std::size_t>::max(), stopLimit, stopPatience);
+    };
     bool isTaken = true;
     if (joined_ != 0 && !replaced_) {
-        isTaken = publishWaiting(std::numeric_limits<std::size_t>::max(), stopLimit, stopPatience);
+        isTaken = publishAll();
         palink::ServerStatus offline;
         offline.generation = generation_;
         publish(statusMessage(offline));
+        if (isTaken && withdrawsRecords) {
+            publications_.withdrawAll();
+            isTaken = publishAll();
+        }
     }
     isTaken = client_->stop(stopPatience) && isTaken;
     if (!isTaken && joined_ != 0) {
@@ -188,7 +192,7 @@ void BrokerServer::leave() {
 
 /// Leaves the broker and joins it again.
 void BrokerServer::rejoin() {
-    leave();
+    leave(false);
     if (std::exchange(rejoin_, Rejoin::No) == Rejoin::NewGeneration) {
         generation_ = std::max(generation_ + 1, hostClockMS());
         hasRole_ = false;

@@ -90,7 +90,7 @@ NewSession Sessions::begin(const User& user) {
         const std::lock_guard<std::mutex> lock(lock_);
         makePlace(user.name, ended);
         const std::int64_t nowMS = pa::monotonicMS();
-        sessions_[session.id] = {session, user.hash, nowMS, nowMS, nowMS};
+        sessions_[session.id] = {session, user.hash, nowMS, nowMS};
     }
     report(ended);
     return {session, token};
@@ -106,7 +106,7 @@ void Sessions::makePlace(const std::string& user, Ended& ended) {
             if (of.empty() || at->second.session.user == of) {
                 ++count;
                 const bool isIdler =
-                    idlest == sessions_.end() || at->second.openMS < idlest->second.openMS;
+                    idlest == sessions_.end() || at->second.usedMS < idlest->second.usedMS;
                 idlest = isIdler ? at : idlest;
             }
         }
@@ -167,7 +167,7 @@ std::optional<Session> Sessions::find(const std::string& token) {
     if (found == sessions_.end()) {
         return std::nullopt;
     }
-    found->second.usedMS = found->second.openMS = pa::monotonicMS();
+    found->second.usedMS = pa::monotonicMS();
     return found->second.session;
 }
 
@@ -179,7 +179,7 @@ bool Sessions::lasts(const std::string& id) const {
 void Sessions::notePage(const std::string& id) {
     const std::lock_guard<std::mutex> lock(lock_);
     if (const auto found = sessions_.find(id); found != sessions_.end()) {
-        found->second.openMS = pa::monotonicMS();
+        found->second.usedMS = pa::monotonicMS();
     }
 }
 

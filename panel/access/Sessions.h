@@ -45,7 +45,8 @@ struct SessionLimits {
 
 /// Who has logged in, and who may. A session ends when it is idle or old, when its user logs out,
 /// is removed or gets another role or password, and when there are too many: then the one that has
-/// been without a request and without an open page for longest. All end with the process.
+/// been idle for longest. It is idle without a request and without an open page. All end with the
+/// process.
 ///
 /// Times are those of the host's monotonic clock. May be called from any thread.
 class Sessions {
@@ -101,7 +102,6 @@ private:
         std::string hash;  // of the user's password at the login
         std::int64_t begunMS;
         std::int64_t usedMS;
-        std::int64_t openMS;  // when a page was open last, or a request came
     };
     using Ended = std::vector<std::pair<std::string, std::string>>;
 

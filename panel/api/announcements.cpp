@@ -264,8 +264,10 @@ Routes announcementRoutes() {
         {"POST", "/announcements/check", who, Effect::Asks, nullptr, answered<dryRun>},
         {"GET", "/announcements/{id}", Access::Monitor, Effect::Reads, nullptr,
          answered<getAnnouncement>},
-        {"DELETE", "/announcements/{id}", who, what, "cancel announcement", answered<cancelOne>},
-        {"DELETE", "/announcements", who, what, "cancel announcements", answered<cancelType>},
+        {"DELETE", "/announcements/{id}", who, Effect::Ends, "cancel announcement",
+         answered<cancelOne>},
+        {"DELETE", "/announcements", who, Effect::Ends, "cancel announcements",
+         answered<cancelType>},
     };
 }
 

@@ -88,7 +88,7 @@ Routes triggerRoutes() {
         {"POST", "/triggers", who, what, "create trigger", answered<createTrigger>},
         {"DELETE", "/triggers/{id}", who, what, "delete trigger", answered<deleteTrigger>},
         {"PUT", "/triggers/{id}/active", who, what, "activate trigger", answered<activateTrigger>},
-        {"DELETE", "/triggers/{id}/active", who, what, "deactivate trigger",
+        {"DELETE", "/triggers/{id}/active", who, Effect::Ends, "deactivate trigger",
          answered<deactivateTrigger>},
     };
 }

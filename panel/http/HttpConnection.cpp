@@ -11,6 +11,7 @@
 #include "panel/http/ApiError.h"
 #include "panel/http/contentCoding.h"
 #include "panel/http/errorReply.h"
+#include "panel/http/policyHeaders.h"
 
 namespace papanel {
 
@@ -151,6 +152,7 @@ bool HttpConnection::serveRequest() {
         reply.contentType = jsonType;
         reply.bytes = reply.body.dump(-1, ' ', false, Json::error_handler_t::replace);
     }
+    addPolicyHeaders(reply);
     compress(head, reply);
     const bool isWritten = respond(head, reply, isLast);
     if (isLast && isWritten) {

@@ -8,6 +8,7 @@
 #include <system_error>
 
 #include "framework/log.h"
+#include "panel/http/networkOf.h"
 
 namespace papanel {
 
@@ -121,7 +122,11 @@ void HttpServer::acceptConnections() {
         std::string address;
         const int socket = listener_->accept(address);
         if (socket >= 0) {
-            begin(socket, address);
+            try {
+                begin(socket, address);
+            } catch (const std::exception& error) {
+                handleError(2, "a connection is refused: %s", error.what());
+            }
             continue;
         }
         std::unique_lock guard(lock_);
@@ -145,25 +150,25 @@ void HttpServer::begin(int socket, const std::string& address) {
         connections_.erase(connection);
         return;
     }
-    ++perAddress_[address];
+    ++perNetwork_[networkOf(address)];
     try {
         pa::PosixThread("papanel http", [this, connection] {
             connection->serve();
             end(connection);
         }).detach();
-    } catch (const std::system_error& error) {
-        handleError(2, "a connection is refused: %s", error.what());
+    } catch (const std::system_error&) {
         forget(connection);
+        throw;
     }
 }
 
 /// The connection is in the list.
 bool HttpServer::hasPlaceFor(const std::string& address) const {
     const HttpLimits& limits = settings_.limits;
-    const auto others = perAddress_.find(address);
+    const auto others = perNetwork_.find(networkOf(address));
     return static_cast<int>(connections_.size()) <= limits.connections &&
            (isLoopback(address) || settings_.proxies.count(address) != 0 ||
-            others == perAddress_.end() || others->second < limits.connectionsPerAddress);
+            others == perNetwork_.end() || others->second < limits.connectionsPerAddress);
 }
 
 void HttpServer::end(Connections::iterator connection) {
@@ -173,9 +178,9 @@ void HttpServer::end(Connections::iterator connection) {
 }
 
 void HttpServer::forget(Connections::iterator connection) {
-    const auto count = perAddress_.find(connection->address());
+    const auto count = perNetwork_.find(networkOf(connection->address()));
     if (--count->second == 0) {
-        perAddress_.erase(count);
+        perNetwork_.erase(count);
     }
     connections_.erase(connection);
 }

@@ -63,7 +63,7 @@ private:
     TlsContext tls_;  // each of its connections keeps it alive
     bool isStopping_ = false;
     Connections connections_;
-    std::map<std::string, int> perAddress_;
+    std::map<std::string, int> perNetwork_;  // of clients
 
     pa::PosixThread acceptor_;
 };

@@ -12,7 +12,7 @@ namespace papanel {
 /// What clients may take of the server.
 struct HttpLimits {
     int connections = 1000;
-    int connectionsPerAddress = 250;  ///< loopback addresses have no such limit
+    int connectionsPerAddress = 250;  ///< or network, see `networkOf`; not of loopback addresses
     std::size_t requestsPerConnection = 1000;
     std::size_t headBytes = std::size_t{32} << 10U;  ///< request line and headers
 

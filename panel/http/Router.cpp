@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <chrono>
 
+#include "framework/log.h"
 #include "panel/Services.h"
 #include "panel/access/SessionCookie.h"
 #include "panel/access/Sessions.h"
@@ -21,19 +22,6 @@
 namespace papanel {
 
 namespace {
-
-/// What browsers may do with an answer.
-constexpr const char* pagePolicy =
-    "default-src 'self'; object-src 'none'; base-uri 'none'; form-action 'self'; "
-    "frame-ancestors 'none'; media-src 'self' blob:; img-src 'self' data:";
-constexpr const char* dataPolicy = "default-src 'none'; frame-ancestors 'none'";
-constexpr std::pair<const char*, const char*> commonHeaders[] = {
-    {"X-Content-Type-Options", "nosniff"},
-    {"X-Frame-Options", "DENY"},
-    {"Referrer-Policy", "no-referrer"},
-    {"Cross-Origin-Opener-Policy", "same-origin"},
-    {"Cross-Origin-Resource-Policy", "same-origin"},
-};
 
 bool changesNothing(const std::string& method) {
     return method == "GET" || method == "HEAD";
@@ -81,24 +69,43 @@ std::string memberOr(const Json& object, const char* name, const std::string& ot
     return member != object.end() && member->is_string() ? member->get<std::string>() : other;
 }
 
-/// Calls the handler of an operation, which the audit trail has before it is sent.
-ApiReply operate(Services& services, const Route& route, ApiRequest& request) {
+/// The row of an operation in the audit trail; 0 without one: a microphone must not stay open
+/// because a disk is full.
+std::int64_t beginRow(Services& services, const Route& route, const ApiRequest& request) {
     const std::string body = request.bytes.empty()
                                  ? auditedRequest(request.body)
                                  : std::to_string(request.bytes.size()) + " bytes";
-    const std::int64_t row = services.audit.begin({request.caller.user, request.caller.address,
-                                                   route.operation, auditedTarget(request), body});
+    try {
+        return services.audit.begin({request.caller.user, request.caller.address, route.operation,
+                                     auditedTarget(request), body});
+    } catch (const ApiError& error) {
+        if (route.effect != Effect::Ends) {
+            throw;
+        }
+        handleError(1, "not in the audit trail: %s by user %s: %s", route.operation,
+                    request.caller.user.c_str(), error.what());
+        return 0;
+    }
+}
+
+/// Calls the handler of an operation, which the audit trail has before it is sent.
+ApiReply operate(Services& services, const Route& route, ApiRequest& request) {
+    const std::int64_t row = beginRow(services, route, request);
+    const auto finish = [&](const std::string& outcome, const std::string& text) {
+        if (row != 0) {
+            services.audit.finish(row, outcome, text);
+        }
+    };
     request.auditRow = row;
     try {
         ApiReply reply = route.handle(services, request);
-        services.audit.finish(row, memberOr(reply.body, "outcome", "done"),
-                              memberOr(reply.body, "text", ""));
+        finish(memberOr(reply.body, "outcome", "done"), memberOr(reply.body, "text", ""));
         return reply;
     } catch (const ApiError& error) {
-        services.audit.finish(row, error.code, error.what());
+        finish(error.code, error.what());
         throw;
     } catch (const std::exception& error) {
-        services.audit.finish(row, "internal", error.what());
+        finish("internal", error.what());
         throw;
     }
 }
@@ -114,7 +121,6 @@ ApiReply Router::operator()(const HttpRequest& request) {
     if (answer.contentType.compare(0, 6, "audio/") == 0) {
         applyRange(request.head, answer);
     }
-    addHeaders(answer);
     const std::lock_guard guard(lock_);
     ++counts_[{found != nullptr ? found->method : "", found != nullptr ? found->pattern : "",
                answer.status}];
@@ -132,6 +138,10 @@ ApiReply Router::reply(const HttpRequest& request, const Route*& found) {
     const bool isCall = target.parts.front() == "api";
     if ((isCall || !changesNothing(request.head.method)) && isForeign(request.head)) {
         throw ApiError(403, "csrf", "the request comes from another page");
+    }
+    if (!isCall && !changesNothing(request.head.method)) {
+        throw ApiError(405, "method-not-allowed", request.head.method + " is not possible here",
+                       {{"allow", "GET, HEAD"}});
     }
     if (const auto other = settings_.others.find(target.path); other != settings_.others.end()) {
         return other->second(request);
@@ -160,7 +170,7 @@ ApiReply Router::reply(const HttpRequest& request, const Route*& found) {
     const BodySpace::Share space =
         bodies_.take(call.caller.user, std::min(request.head.contentLength, found->maxBody));
     readBody(request, *found, call);
-    if (found->effect != Effect::Operates) {
+    if (!operates(*found)) {
         return found->handle(services_, call);
     }
     const auto begun = std::chrono::steady_clock::now();
@@ -188,21 +198,6 @@ std::string Router::clientOf(const HttpRequest& request) const {
         list.erase(comma == std::string::npos ? 0 : comma);
     }
     return client;
-}
-
-void Router::addHeaders(ApiReply& answer) const {
-    const bool isPage = answer.contentType.compare(0, 9, "text/html") == 0;
-    answer.headers.emplace_back("Content-Security-Policy", isPage ? pagePolicy : dataPolicy);
-    for (const auto& [name, value] : commonHeaders) {
-        answer.headers.emplace_back(name, value);
-    }
-    const auto isAge = [](const auto& header) { return header.first == "Cache-Control"; };
-    if (std::none_of(answer.headers.begin(), answer.headers.end(), isAge)) {
-        answer.headers.emplace_back("Cache-Control", "no-store");
-    }
-    if (settings_.isEncrypted) {
-        answer.headers.emplace_back("Strict-Transport-Security", "max-age=31536000");
-    }
 }
 
 }  // namespace papanel

@@ -50,7 +50,6 @@ private:
     [[nodiscard]] std::string clientOf(const HttpRequest& request) const;
     ApiReply reply(const HttpRequest& request, const Route*& found);
     ApiReply call(const Route& route, ApiRequest& request);
-    void addHeaders(ApiReply& reply) const;
 
     Services& services_;
     const RouteTable table_;

@@ -41,10 +41,6 @@ ApiReply pageReply(const RequestHead& head, const std::string& path) {
     if (file == end) {
         throw ApiError(404, "not-found", "there is no such page");
     }
-    if (head.method != "GET" && head.method != "HEAD") {
-        throw ApiError(405, "method-not-allowed", head.method + " is not possible here",
-                       {{"allow", "GET, HEAD"}});
-    }
     ApiReply reply;
     const bool isZipped = takesGzip(head);
     const std::string tag = '"' + std::string(file->tag) + (isZipped ? "-gzip\"" : "\"");

@@ -19,7 +19,7 @@ extern const PageFile pageFiles[];
 extern const std::size_t pageFileCount;
 
 /// The file that a path names, "/" as "/index.html"; not sent again when the browser has it.
-/// @throws ApiError 404, 405
+/// @throws ApiError 404
 ApiReply pageReply(const RequestHead& head, const std::string& path);
 
 }  // namespace papanel

@@ -6,6 +6,7 @@
 #include "client/confirmedOperations.h"
 #include "client/resources.h"
 #include "client/scheduleJson.h"
+#include "panel/api/announcementEnds.h"
 #include "panel/api/contentText.h"
 #include "panel/api/records.h"
 #include "panel/api/sessionRoutes.h"

@@ -14,6 +14,7 @@
 #include "tests/panel/RawClient.h"
 #include "tests/support/TestFolder.h"
 #include "tests/support/tables.h"
+#include "tests/support/thrownBy.h"
 
 using namespace papanel;
 
@@ -117,13 +118,8 @@ TEST(Http, limitsTheBodiesThatAreComing) {
     constexpr std::size_t half = BodySpace::bytesOfUser / 2;
     BodySpace space;
     const auto isFree = [&](const std::string& user, std::size_t bytes) {
-        try {
-            static_cast<void>(space.take(user, bytes));
-            return true;
-        } catch (const ApiError& refused) {
-            EXPECT_EQ(refused.code, "overloaded");
-            return false;
-        }
+        const auto take = [&] { static_cast<void>(space.take(user, bytes)); };
+        return thrownBy<ApiError>(take) == "nothing thrown";
     };
     BodySpace::Share first = space.take("ann", half);
     const BodySpace::Share second = space.take("ann", half - BodySpace::longBytes);
@@ -195,6 +191,7 @@ TEST(Http, limitsWhatClientsTake) {
     const auto failed = client.Get("/fault");
     EXPECT_EQ(failed->status, 500);
     EXPECT_EQ(failed->body, R"({"error":{"code":"internal","text":"the request has failed"}})");
+    EXPECT_EQ(failed->get_header_value("X-Content-Type-Options"), "nosniff");
 
     const RawClient lazy(server.port());
     lazy.send("GET /stream HTTP/1.1\r\nHost: x\r\n\r\n");

@@ -139,6 +139,7 @@ TEST(Panel, servesThePage) {
     const auto head = client.Head("/");
     EXPECT_EQ(head->get_header_value("Content-Length"), std::to_string(page->body.size()));
     EXPECT_EQ(client.Post("/")->status, 405);
+    EXPECT_EQ(client.Post("/metrics")->get_header_value("Allow"), "GET, HEAD");
     EXPECT_EQ(client.Get("/nothing.js")->status, 404);
     EXPECT_EQ(client.Get("/healthz")->body, "ok\n");
     const auto rebound = client.Get("/", {{"Host", "page.example:8088"}});
@@ -208,7 +209,6 @@ TEST(Panel, believesItsProxy) {
         const auto answer = browser.client.Get("/api/v1/audit", browser.session);
         EXPECT_EQ(Json::parse(answer->body)["entries"][0]["address"],
                   isTrusted ? "2.2.2.2" : "127.0.0.1");
-        EXPECT_TRUE(answer->has_header("Strict-Transport-Security"));
     }
 }
 
@@ -245,7 +245,7 @@ TEST(Panel, sendsWhatChangesToAllPages) {
                         "application/json");
     EXPECT_EQ(first.next({"snapshot"})["sinks"].size(), sinks) << "when it is back";
     browser.client.Delete("/api/v1/session", browser.session);
-    EXPECT_EQ(second.next({"session"})["ends"], "the user has logged out");
+    EXPECT_EQ(second.next({"session"})["ends"], "logout");
     EXPECT_TRUE(first.next({"changes after the end"}).is_null());
 }
 
