@@ -137,15 +137,20 @@ TEST_F(ServerLinkTest, MeasuresRecordsFromTheirArrivalUntilTheirObserversHaveBee
         std::function<void(const std::string&)> onZone;
     };
     static auto& observer = *new SlowObserver;  // must outlive the controller
-    const auto sayZone = [this](const std::string& id) {
-        server.say(palink::Record{4, pa::RecordKind::Zone, 11, {id}});
+    const auto sayZone = [this](const std::string& id, int key = 11) {
+        server.say(palink::Record{4, pa::RecordKind::Zone, key, {id}});
     };
     observer.onZone = [&](const std::string& id) {
         if (id == "first") {
             sayZone("second");  // waits for 30 ms
-            EXPECT_EQ(transport.eventsWaiting(), 2U) << "with the first";
+            for (int key = 101; key < 200; ++key) {
+                sayZone("other " + std::to_string(key), key);  // likewise, of two batches
+            }
+            EXPECT_EQ(transport.eventsWaiting(), 101U) << "with the first";
+            nowMS += 30;
+        } else if (id == "second") {
+            nowMS += 20;
         }
-        nowMS += id == "first" ? 30 : 20;
     };
     transport.waitUntilDelivered();
     gPaController.registerObserver(&observer);
@@ -156,8 +161,8 @@ TEST_F(ServerLinkTest, MeasuresRecordsFromTheirArrivalUntilTheirObserversHaveBee
     say(palink::Record{3, pa::RecordKind::Source, 1, {"1", "changed"}});
     link.waitUntilHandled();
     const palink::RecordDurations after = link.recordDurations();
-    EXPECT_EQ(after.direct.sum - before.direct.sum, 30ms + 50ms);
-    EXPECT_EQ(after.direct.counts[8] - before.direct.counts[8], 2U) << "above 25 ms, up to 50 ms";
+    EXPECT_EQ(after.direct.sum - before.direct.sum, 30ms + 100 * 50ms);
+    EXPECT_EQ(after.direct.counts[8] - before.direct.counts[8], 101U) << "above 25 ms, up to 50 ms";
     EXPECT_EQ(after.paused.sum - before.paused.sum, 107ms);
     EXPECT_EQ(after.paused.counts[10] - before.paused.counts[10], 1U) << "up to 250 ms";
 }
