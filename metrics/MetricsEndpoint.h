@@ -1,22 +1,17 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include <cstddef>
 #include <functional>
 #include <memory>
 #include <string>
 
-#include "framework/posixThread.h"
-
 namespace pametrics {
 
-/// Serves /metrics and /healthz over HTTP, without any login. One thread serves every client, and
-/// waits for none: one that takes longer than `limitMS` for its request, or for the answer, is
-/// left, and of more than `mostClients` the one that has been there longest.
+/// Serves /metrics and /healthz over HTTP, without any login. One thread serves every client and
+/// waits for none; one that neither sends nor reads for some seconds is left.
 class MetricsEndpoint {
 public:
-    static constexpr int limitMS = 5000;
-    static constexpr std::size_t mostClients = 64;
+    static constexpr unsigned mostClients = 64;
 
     /// Listens, and serves from then on.
     /// @param address   "127.0.0.1:9464"; port 0 is a free one
@@ -35,7 +30,6 @@ private:
     class Server;
 
     const std::unique_ptr<Server> server_;
-    const pa::PosixThread thread_;  // the last one: it uses the server
 };
 
 }  // namespace pametrics
