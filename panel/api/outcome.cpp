@@ -24,9 +24,9 @@ ApiError error(int status, const char* code, const std::string& text,
 
 }  // namespace
 
-ApiError errorOf(std::exception_ptr thrown) {
+ApiError errorOf(const std::exception_ptr& thrown) {
     try {
-        std::rethrow_exception(std::move(thrown));
+        std::rethrow_exception(thrown);
     } catch (const ApiError& own) {
         return own;
     } catch (const paclient::NotFound& unknown) {
@@ -46,14 +46,18 @@ ApiError errorOf(std::exception_ptr thrown) {
     }
 }
 
-ApiError errorOf(std::exception_ptr thrown, const Services& services, std::uint64_t connection) {
-    const ApiError found = errorOf(std::move(thrown));
-    const bool isKnown = connection != 0 && services.connection.number() == connection;
-    if (found.code != "not-found" || isKnown) {
-        return found;
+ApiError errorOf(const std::exception_ptr& thrown, const Services& services,
+                 std::uint64_t connection) {
+    try {
+        std::rethrow_exception(thrown);
+    } catch (const paclient::NotFound&) {
+        const bool isKnown = connection != 0 && services.connection.number() == connection;
+        return isKnown ? errorOf(thrown)
+                       : error(503, "not-connected",
+                               "the connection to the server is away or was lost meanwhile");
+    } catch (...) {
+        return errorOf(thrown);
     }
-    return error(503, "not-connected",
-                 "the connection to the server is away or was lost meanwhile");
 }
 
 paclient::Wait waitOf(const Services& services, std::chrono::milliseconds limit) {

@@ -19,11 +19,12 @@ namespace papanel {
 
 /// What an exception of an operation is for the client. One that is the gateway's own fault is
 /// thrown again.
-ApiError errorOf(std::exception_ptr thrown);
+ApiError errorOf(const std::exception_ptr& thrown);
 
-/// The same of a request that has begun with the connection of this number: what is not found may
-/// only be unknown while the connection is away, and until everything is reported again.
-ApiError errorOf(std::exception_ptr thrown, const Services& services, std::uint64_t connection);
+/// The same of a request that has begun with the connection of this number: a resource that is not
+/// found may only be unknown while the connection is away, and until everything is reported again.
+ApiError errorOf(const std::exception_ptr& thrown, const Services& services,
+                 std::uint64_t connection);
 
 /// A handler as a table of routes has it: what it throws is an ApiError.
 template <ApiReply (*handle)(Services&, const ApiRequest&)>

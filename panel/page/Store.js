@@ -135,7 +135,7 @@ export class Store {
     }
 
     /// A status that was missed has the times of when it was sent, and the clocks of the station and of this
-    /// computer differ more and more; at the change to summer time by an hour.
+    /// computer, which may have been asleep, differ more and more.
     async #renewStatus() {
         const stream = this.#close;
         const before = this.status;

@@ -16,9 +16,16 @@ const timeForKib = 63;
 
 let page = null;
 
-/// Names this page among those of its session.
+/// Names this page among those of its session; the same after it is loaded again.
 export function pageId() {
-    page ??= randomId();
+    if (page === null) {
+        try {
+            page = sessionStorage.getItem('page') ?? randomId();
+            sessionStorage.setItem('page', page);
+        } catch {
+            page ??= randomId();  // there is no storage
+        }
+    }
     return page;
 }
 

@@ -40,6 +40,7 @@ export const app = {
         app.session = await app.api.logIn(user, password);
         app.endReason = '';
         begin();
+        frame.focusView();
     },
 
     async logOut() {
@@ -58,6 +59,7 @@ export const app = {
         choose('language', tag);
         setLanguage(tag);
         begin();
+        frame.focusSettings();
     },
 };
 
@@ -98,7 +100,7 @@ async function findSession() {
         } catch (error) {
             if (!frame) {
                 replace(document.body, messageRegions(), h('main', {class: 'login-page'},
-                    h('p', {role: 'status'}, errorText(error))));
+                    h('p', {role: 'status'}, errorText(error)), h('p', {}, t('frame.retrying'))));
             }
             await new Promise((resolve) => { setTimeout(resolve, 2000); });
         }
@@ -122,8 +124,10 @@ async function start(reason) {
 }
 
 const hiddenPatience = 60000;
+const longSleep = 20000;
 
 let hiding = null;
+let hiddenAt = 0;
 let isStarting = false;
 
 async function restart(reason) {
@@ -138,13 +142,14 @@ async function restart(reason) {
 function saveConnection() {
     clearTimeout(hiding);
     if (document.hidden) {
+        hiddenAt = Date.now();
         hiding = setTimeout(() => {
             if (!app.store.all('locks').some((lock) => lock.page === pageId())) {
                 app.store.close();
             }
         }, hiddenPatience);
-    } else if (app.session.loggedIn && !app.store.isOpen) {
-        app.store.open();
+    } else if (app.session.loggedIn && (!app.store.isOpen || Date.now() - hiddenAt > longSleep)) {
+        app.store.open();  // also where the computer was asleep, and the connection may be lost
     }
 }
 
@@ -154,5 +159,6 @@ app.store.onSessionEnd = (reason) => restart(
     t(hasText(`login.ended.${reason}`) ? `login.ended.${reason}` : 'login.expired'));
 window.addEventListener('hashchange', () => frame?.open(location.hash));
 document.addEventListener('visibilitychange', saveConnection);
+window.addEventListener('online', () => app.session.loggedIn && app.store.open());
 setLanguage(setting('language') ?? preferredLanguage());
 restart('');

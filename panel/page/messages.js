@@ -88,7 +88,8 @@ export function errorText(error) {
     if (!error.code || !hasText(key)) {
         return error.text ?? error.message;
     }
-    const suggestions = error.details?.suggestions ?? error.details?.candidates ?? [];
+    const suggestions = (error.details?.suggestions ?? error.details?.candidates ?? [])
+        .filter((name) => !error.text?.includes(name));
     const nearest = suggestions.length > 0 ? ` ${t('error.suggestions', {names: suggestions.join(', ')})}`
         : '';
     return t(key, {text: error.text ?? '', holder: error.details?.holder ?? '',

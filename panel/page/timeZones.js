@@ -36,17 +36,17 @@ export function wallIn(timeZone, moment) {
     return moment + offsetAt(moment, timeZone);
 }
 
-/// When the clocks of a zone display this. A time that is skipped is as if the clocks had not been changed
-/// yet, one that comes twice is the first.
-export function momentIn(timeZone, wall) {
-    const before = wall - offsetAt(wall - day, timeZone);
-    const after = wall - offsetAt(wall + day, timeZone);
-    const isRight = (moment) => wallIn(timeZone, moment) === wall;
-    return isRight(after) && !isRight(before) ? after : before;
+/// When the clocks of a zone display this: twice in the hour that is repeated, else once. A time that is skipped
+/// is as if the clocks had not been changed yet.
+export function momentsIn(timeZone, wall) {
+    const moments = [wall - offsetAt(wall - day, timeZone), wall - offsetAt(wall + day, timeZone)];
+    const right = [...new Set(moments)].filter((moment) => wallIn(timeZone, moment) === wall);
+    return right.length > 0 ? right : moments.slice(0, 1);
 }
 
-/// "2026-12-01T06:00" by the clocks of a zone as "2026-12-01T05:00:00.000Z"; empty for no such text.
+/// "2026-12-01T06:00" by the clocks of a zone as "2026-12-01T05:00:00.000Z", the first that it can be;
+/// empty for no such text.
 export function utcText(local, timeZone) {
     const wall = Date.parse(`${local}Z`);
-    return Number.isNaN(wall) ? '' : new Date(momentIn(timeZone, wall)).toISOString();
+    return Number.isNaN(wall) ? '' : new Date(momentsIn(timeZone, wall)[0]).toISOString();
 }

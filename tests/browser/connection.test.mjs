@@ -4,7 +4,7 @@
 import assert from 'node:assert/strict';
 import test from 'node:test';
 
-import {call, goTo, logIn, openPage, synced} from './browser.mjs';
+import {call, goTo, logIn, openPage, operable, synced} from './browser.mjs';
 import {makeUsers, startBroker, startPanel, startServer} from './programs.mjs';
 
 const scenario = ['--scenario', new URL('../../scenarios/tram.json', import.meta.url).pathname];
@@ -32,10 +32,22 @@ test('a server that is away greys the page out, with the time; it comes back by 
     await page.getByRole('checkbox', {name: 'Car 1'}).check();
     await page.getByLabel('Text 1').fill('Next stop: Old Harbour');
     await page.getByText('No problems found.').waitFor();
-    await server.stop();
-    await page.locator('.banner', {hasText: /No connection to the audio server since .*\d\d:\d\d:\d\d/}).waitFor();
+    await server.stop('SIGKILL');  // it has not withdrawn its records
+    const banner = page.locator('.banner', {hasText: /No connection to the audio server since .*\d\d:\d\d:\d\d/});
+    await banner.waitFor();
+    const seconds = (text) => text.match(/\d\d:\d\d:\d\d/)[0].split(':').reduce((all, part) => all * 60 + Number(part), 0);
+    const since = seconds(await banner.textContent());
+    const now = seconds(await page.locator('.station-clock').textContent());
+    assert.ok((now - since + 86400) % 86400 <= 30, `${since}, ${now}: not the time at the station`);
     assert.match(await page.locator('main').evaluate((main) => getComputedStyle(main).filter), /grayscale/);
     assert.ok(await page.getByRole('button', {name: 'Play now'}).isDisabled());
+    for (const view of ['live/1', 'board/Car%201', 'schedules/table']) {
+        await goTo(page, view);
+        await page.locator('h1').waitFor({state: 'attached'});
+        assert.deepEqual(await operable(page), [], view);
+        await page.keyboard.press('Escape');
+    }
+    await goTo(page, 'announce');
     server = await startServer(broker.url, scenario);
     await synced(page);
     await page.locator('.banner').waitFor({state: 'hidden'});
@@ -76,11 +88,14 @@ test('a session that ends in one page ends in the other; failed logins are slowe
     await first.getByRole('heading', {name: 'Log in'}).waitFor();
     await second.getByRole('heading', {name: 'Log in'}).waitFor();
 
-    const waiting = first.getByText(/Try again in \d+ second/);
-    for (let i = 0; i < 12 && !await waiting.isVisible(); ++i) {
+    const isWaiting = () => first.evaluate(() => /Try again in \d+ second/.test(document.body.innerText)
+        && document.querySelector('form button').disabled);
+    let waits = false;
+    for (let i = 0; i < 12 && !waits; ++i) {
         await logIn(first, ['olga', `wrong ${i}`]);
         await first.getByText(/User or password is wrong|Too many attempts/).waitFor();
+        waits = await isWaiting();
     }
-    assert.ok(await first.getByRole('button', {name: 'Log in'}).isDisabled());
+    assert.ok(waits);
     await panel.program.stop();
 });

@@ -164,6 +164,11 @@ test('records follow the events; the health of a zone is that of its sinks', asy
     await until(() => store.count('sinks') === 1);
     assert.deepEqual(health('Hall'), {level: 'healthy', faulty: 0, total: 1});
     assert.deepEqual(faults(), ['sources 7 faulty', 'zones Yard major']);
+
+    // A snapshot is everything that there is.
+    events.send('snapshot', {...snapshot, zones: snapshot.zones.slice(0, 1)}, 'f-1');
+    await until(() => store.count('sinks') === 2);
+    assert.equal(store.count('zones'), 1);
     store.close();
 });
 
@@ -226,6 +231,10 @@ test('moments of the station and durations', () => {
     // Two hours before 03:30, when the clocks have been put forward at 02:00.
     clock.update({stationTime: '2026-03-29T03:30:00', time, timeZone: 'Europe/Berlin'});
     assert.equal(wallMoment(clock.wallBefore(7200000), clock.wallNow()), '00:30:00');
+    // The second 02:59 of the day on which they are put back, by the time of the gateway.
+    clock.update({stationTime: '2026-10-25T02:59:00', time: '2026-10-25T01:59:00Z', timeZone: 'Europe/Berlin'});
+    now += 60000;
+    assert.equal(wallMoment(clock.wallNow(), clock.wallNow()), '03:00:00');
     assert.match(utcMoment('2026-12-01 04:59:10', 'Europe/Berlin'), /05:59:10/);
     assert.equal(utcMoment('soon', 'Europe/Berlin'), 'soon');
     assert.deepEqual([0, 59999, 60000, 3723000, 90000000].map(duration),

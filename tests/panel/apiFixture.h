@@ -22,6 +22,7 @@
 #include "panel/http/ApiError.h"
 #include "panel/http/RouteTable.h"
 #include "panel/http/Target.h"
+#include "sdk/PAController.h"
 #include "simserver/EmbeddedEndpoint.h"
 #include "tests/support/noPauses.h"
 
@@ -72,6 +73,9 @@ struct ApiTest : testing::Test {
         connection.open();
     }
     ~ApiTest() override {
+        for (const PaSWTrigger& made : gPaController.getSwPaTriggers()) {
+            gPaController.deleteSwPaTrigger(made.trigger.id);  // they outlast the connection
+        }
         connection.link().stop();
         pa::setTimeSource({});
     }

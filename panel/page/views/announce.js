@@ -2,38 +2,40 @@
 // Composes and plays announcements, and lists what plays.
 
 import {h, replace, set, setText} from '../dom.js';
-import {hasText, t} from '../i18n.js';
+import {t} from '../i18n.js';
 import {icon} from '../icons.js';
-import {attempt, errorText} from '../messages.js';
+import {attempt, errorText, toast} from '../messages.js';
 import {zonePicker} from '../widgets/zonePicker.js';
 import {isWithin} from '../widgets/zoneTile.js';
 import {activeList} from './announceActive.js';
+import {DryRun} from './announceCheck.js';
 import {contentEditor, fetchLists} from './announceContent.js';
+import {keepDraft, keptDraft} from './announceDraft.js';
 import {emptyDraft, requestOf, titleOf, whatIsMissing} from './announceModel.js';
+import {hasWrongNumber} from './announceParts.js';
 import {recentTemplates, recentZones} from './announceRecent.js';
 import {SentAnnouncements} from './announceSent.js';
 
-const checkPause = 400;
 const noLists = {dictionary: null, chimes: null};
-const mostProblems = 50;
 const doublePress = 2000;
 
 // Outlive the view, but not the user.
 let draft = emptyDraft();
 let sent = null;
 let user = null;
+let composer = null;  // of the view that is open
 
 function prepare(app) {
     if (sent === null || user !== app.session.user) {
         sent?.close();
         sent = new SentAnnouncements(app.api, app.store);
-        draft = emptyDraft();
         user = app.session.user;
+        draft = keptDraft(user);
     }
 }
 
 function panel(title, name, ...content) {
-    return h('section', {class: `panel announce-${name}`, 'aria-label': title}, h('h2', {}, title), content);
+    return h('section', {class: `panel announce-${name}`, 'aria-label': title}, h('h2', {tabindex: -1}, title), content);
 }
 
 /// `zone` of the address, as from the board, is chosen in place of others.
@@ -49,23 +51,25 @@ function mount(root, app, [zone]) {
         root.append(h('p', {class: 'note'}, t('announce.monitor')), activePanel);
         return active.destroy;
     }
-    const composer = new Composer(app);
+    composer = new Composer(app);
     root.append(h('div', {class: 'announce'},
         panel(t('announce.zones'), 'zones', composer.recent, composer.picker.element),
         h('div', {class: 'announce-compose'},
             panel(t('announce.content'), 'content', composer.content),
-            panel(t('announce.play'), 'play', composer.problems, composer.bar)),
+            panel(t('announce.play'), 'play', composer.check.verdict, composer.check.list, composer.bar)),
         activePanel));
     return {unmount: () => {
         composer.close();
+        composer = null;
         active.destroy();
     }, shortcuts: [{key: '/', text: t('announce.searchZones'), run: () => composer.picker.search.focus()}]};
 }
 
-/// In the language of the user where that has a text for it.
-function problemText(problem) {
-    const key = `announce.problem.${problem.code}`;
-    return hasText(key) ? t(key, problem) : problem.text;
+/// The view may have been left in the meantime.
+function restore(before) {
+    draft = before;
+    keepDraft(user, draft);
+    composer?.setDraft(before);
 }
 
 class Composer {
@@ -73,15 +77,13 @@ class Composer {
         this.app = app;
         this.lists = noLists;
         this.abort = new AbortController();
-        this.checking = null;
-        this.timer = null;
         this.picker = zonePicker({store: app.store, chosen: draft.zones, onChange: (zones) => {
             draft.zones = zones;
             this.change();
         }});
         this.recent = h('div', {class: 'recent'});
-        this.content = h('div', {});
-        this.problems = h('div', {class: 'problems', role: 'status'});
+        this.content = h('div', {on: {input: () => this.change()}});
+        this.check = new DryRun(app.api, () => requestOf(draft));
         this.button = h('button', {type: 'button', class: 'primary', on: {click: () => this.play()}},
             icon('play'), t('announce.playNow'));
         this.reason = h('span', {class: 'note', role: 'status'});
@@ -96,8 +98,7 @@ class Composer {
 
     close() {
         this.abort.abort();
-        this.checking?.abort();
-        clearTimeout(this.timer);
+        this.check.close();
         this.endFollowing();
         this.picker.destroy();
     }
@@ -137,10 +138,22 @@ class Composer {
                 : zones.join(', ')))))]);
     }
 
+    /// What is cleared can be had back for some seconds.
     clear() {
-        draft = emptyDraft();
-        this.picker.setValue([]);
-        this.showContent();
+        const before = draft;
+        const isEmpty = JSON.stringify(before) === JSON.stringify({...emptyDraft(), voice: before.voice});
+        this.setDraft(emptyDraft());
+        if (!isEmpty) {
+            toast(t('announce.cleared'), 'note', {label: t('announce.undo'), run: () => restore(before)});
+        }
+    }
+
+    setDraft(next) {
+        draft = next;
+        this.picker.setValue(draft.zones);
+        if (this.lists !== noLists) {
+            this.showContent();
+        }
         this.change();
     }
 
@@ -152,8 +165,8 @@ class Composer {
         if (changes.has('status') && !this.areListsThere) {
             this.fetch();
         }
-        if (this.concerns(changes.get('zones'))) {
-            this.check();
+        if (this.concerns(changes.get('zones')) || changes.has('status')) {
+            this.checkSoon();
         }
         this.showReadiness();
     }
@@ -165,63 +178,29 @@ class Composer {
 
     /// The draft has changed.
     change() {
+        keepDraft(user, draft);
         this.showReadiness();
-        this.check();
+        this.checkSoon();
+    }
+
+    /// Why the composition cannot be played now; null when it can.
+    whyNot() {
+        const missing = whatIsMissing(draft) ?? (hasWrongNumber(this.content) ? 'announce.missing.numbers' : null);
+        return this.app.whyNot() ?? (missing && t(missing));
+    }
+
+    checkSoon() {
+        if (this.whyNot() === null) {
+            this.check.ask();
+        } else {
+            this.check.clear();
+        }
     }
 
     showReadiness() {
-        const missing = whatIsMissing(draft);
-        const why = this.app.whyNot() ?? (missing && t(missing));
+        const why = this.whyNot();
         set(this.button, 'disabled', why !== null);
         setText(this.reason, why ?? (this.isSending ? t('state.sending') : ''));
-    }
-
-    /// Asks for problems a moment after a change, and again after the answer when there is another one.
-    check() {
-        if (whatIsMissing(draft) || this.app.whyNot()) {
-            this.checking?.abort();
-            clearTimeout(this.timer);
-            this.timer = null;
-            this.showProblems(null);
-            return;
-        }
-        this.isCheckDue = true;
-        this.timer ??= setTimeout(() => this.checkNow(), checkPause);
-    }
-
-    async checkNow() {
-        const checking = new AbortController();
-        this.checking = checking;
-        this.isCheckDue = false;
-        let problems = null;
-        try {
-            ({problems} = await this.app.api.ask('/announcements/check', requestOf(draft), {signal: checking.signal}));
-        } catch (error) {
-            problems = [{code: '', text: errorText(error), prevents: true}];
-        }
-        if (!checking.signal.aborted) {
-            this.timer = null;
-            this.showProblems(problems);
-            if (this.isCheckDue) {
-                this.check();
-            }
-        }
-    }
-
-    /// Null when nothing has been checked. What is displayed already is not read out again.
-    showProblems(problems) {
-        const displayed = JSON.stringify(problems);
-        if (displayed === this.displayed) {
-            return;
-        }
-        this.displayed = displayed;
-        const more = (problems?.length ?? 0) - mostProblems;
-        replace(this.problems, problems?.length === 0
-            && h('p', {class: 'no-problem'}, icon('check'), t('announce.noProblem')),
-        problems?.length > 0 && h('ul', {tabindex: 0, 'aria-label': t('announce.problems')},
-            problems.slice(0, mostProblems).map((problem) => h('li', {dir: 'auto',
-                class: problem.prevents ? 'problem prevents' : 'problem'}, icon('warning'), problemText(problem))),
-            more > 0 && h('li', {class: 'problem'}, t('announce.moreProblems', {n: more}))));
     }
 
     /// What may play although the outcome is unknown is followed, too.
@@ -239,7 +218,7 @@ class Composer {
     /// A double click is one press.
     async play() {
         const body = requestOf(draft);
-        const title = titleOf(draft);
+        const title = titleOf(draft, this.lists.dictionary);
         const press = JSON.stringify(body);
         if (this.isSending || (press === this.lastPress && performance.now() - this.sentAt < doublePress)) {
             return;

@@ -7,8 +7,9 @@ import {utcMoment} from '../format.js';
 import {hasText, t} from '../i18n.js';
 import {icon} from '../icons.js';
 import {announce, attempt, errorText} from '../messages.js';
-import {partLine} from '../widgets/contentType.js';
+import {partLine, partOf} from '../widgets/contentType.js';
 import {keepFocus, once} from '../widgets/pressing.js';
+import {shortened} from './announceModel.js';
 
 const mostZones = 60;
 const noPart = 7;  // the type of a part that is not there
@@ -36,7 +37,7 @@ export function stateText(state) {
 /// The list, to be removed with `destroy()`. `sent` follows what this page has sent.
 export function activeList({app, sent}) {
     const list = h('ul', {class: 'active-list'});
-    const empty = h('p', {class: 'note', tabindex: -1}, t('active.none'));
+    const empty = h('p', {class: 'note'}, t('active.none'));
     const element = h('div', {}, empty, list);
     const cards = new Map();  // by request id
     const canCancel = app.session.role === 'operator';
@@ -64,7 +65,7 @@ export function activeList({app, sent}) {
         });
         set(empty, 'hidden', ids.length > 0);
         if (focused) {
-            keepFocus(focused.querySelector('h3'), list.querySelector('h3'), empty);
+            keepFocus(focused.querySelector('h3'), list.querySelector('h3'), element.parentElement.querySelector('h2'));
         }
     };
 
@@ -87,7 +88,7 @@ export function activeList({app, sent}) {
         let displayed = '';
         const update = (own, records) => {
             const zoneStates = zonesOf(own, records, app.store);
-            const next = JSON.stringify([own, records, zoneStates, own?.problem?.code]);
+            const next = JSON.stringify([own, records, zoneStates, own?.problem?.code, app.whyNot()]);
             if (next === displayed) {
                 return;
             }
@@ -103,12 +104,13 @@ export function activeList({app, sent}) {
             replace(parts, partsOf(own, records).map((part) => h('li', {}, h('strong', {}, part.name), ' ',
                 stateText(part.state), part.reason && `: ${part.reason}`, part.since && ` (${part.since})`)));
             showZones(zones, zoneStates, isOver);
-            set(cancel, 'aria-label', t('active.cancelOf', {title: title.textContent}));
+            set(cancel, 'aria-label', t('active.cancelOf', {title: shortened(title.textContent)}));
+            set(cancel, 'disabled', app.whyNot() !== null);
             set(cancel, 'hidden', isOver || !canCancel);
             set(close, 'hidden', !isOver);
             if (own && read !== word) {
                 read = word;
-                announce(t('active.read', {title: title.textContent, state: stateText(word)}));
+                announce(t('active.read', {title: shortened(title.textContent), state: stateText(word)}));
             }
         };
         return {element, update};
@@ -120,10 +122,10 @@ export function activeList({app, sent}) {
     function partsOf(own, records) {
         if (records.length > 0) {
             return records.map((record) => ({state: record.stateText, reason: record.completionMsg,
-                name: t(record.audioMessageType === noPart ? 'active.visual' : 'active.audio'), since: startOf(record)}));
+                name: t(`active.${partOf(record)}`), since: startOf(record)}));
         }
         return (own?.parts ?? []).map((part) => ({state: part.state, reason: part.reason,
-            name: t((part.part ?? part.name) === 'visual' ? 'active.visual' : 'active.audio'), since: null}));
+            name: t(`active.${part.part}`), since: null}));
     }
 
     async function end(id) {
@@ -135,7 +137,7 @@ export function activeList({app, sent}) {
     const endFollowing = app.store.subscribe(['announcements', 'zones', 'status'], fill);
     return {element, destroy: () => {
         endFollowing();
-        sent.onChange = () => {};
+        sent.onChange = null;
     }};
 }
 
@@ -150,7 +152,9 @@ function zonesOf(own, records, store) {
         return own.zones;
     }
     const names = [...new Set(records.flatMap((record) => record.zones))];
-    return names.map((id) => ({id, isPlaying: store.get('zones', id)?.announcement?.requestId === records[0].requestId}));
+    const isPlaying = (id) => store.get('zones', id)?.activity !== 0
+        && records.some((record) => record.stateText === 'Playing' && record.zones.includes(id));
+    return names.map((id) => ({id, isPlaying: isPlaying(id)}));
 }
 
 function showZones(list, zones, isOver) {

@@ -50,8 +50,6 @@ function chimeField(label, chimes, value, onChange) {
 }
 
 function options(lists, draft, change) {
-    const gain = h('input', {type: 'number', min: -96, max: 42, step: 0.5, value: draft.gain ?? '',
-        on: {input: () => gain.validity.valid && change({gain: gain.value === '' ? null : gain.valueAsNumber})}});
     const relative = h('input', {type: 'checkbox', checked: draft.isRelative,
         on: {change: () => change({isRelative: relative.checked})}});
     return h('details', {class: 'options'}, h('summary', {}, t('compose.options')),
@@ -61,7 +59,8 @@ function options(lists, draft, change) {
             h('label', {class: 'check'}, relative, h('span', {}, t('compose.relative'))),
             chimeField(t('compose.preChime'), lists.chimes, draft.preChime, (preChime) => change({preChime})),
             chimeField(t('compose.postChime'), lists.chimes, draft.postChime, (postChime) => change({postChime})),
-            field(t('compose.gain'), gain, t('compose.gainNote'))));
+            numberField(t('compose.gain'), draft.gain, {min: -96, max: 42, step: 0.1, isOptional: true,
+                note: t('compose.gainNote')}, (gain) => change({gain}))));
 }
 
 /// Builds the editors of a draft, which they change; `onChange()` is called afterwards.

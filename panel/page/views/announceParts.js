@@ -34,11 +34,26 @@ export function field(label, control, note = null) {
         note && h('small', {}, note));
 }
 
-/// A field for a whole number, which is not reported while it is none.
-export function numberField(label, value, {min, max, note = null}, onChange) {
-    const input = h('input', {type: 'number', min, max, step: 1, required: true, value,
-        on: {input: () => input.validity.valid && onChange(input.valueAsNumber)}});
-    return field(label, input, note);
+/// A field for a number, which is reported when it is valid; null when it may be empty and is.
+export function numberField(label, value, {min, max, step = 1, isOptional = false, note = null}, onChange) {
+    const error = h('small', {class: 'field-error', id: newId(), hidden: true}, t('compose.range', {min, max}));
+    const input = h('input', {type: 'number', min, max, step, required: !isOptional, value: value ?? '',
+        'aria-describedby': error.id, on: {input: () => {
+            const isValid = input.validity.valid;
+            set(input, 'aria-invalid', isValid ? null : 'true');
+            set(error, 'hidden', isValid);
+            if (isValid) {
+                onChange(input.value === '' ? null : input.valueAsNumber);
+            }
+        }}});
+    const element = field(label, input, note);
+    element.append(error);
+    return element;
+}
+
+/// Whether a number in an element is not the one that its field displays.
+export function hasWrongNumber(element) {
+    return [...element.querySelectorAll('[aria-invalid=true]')].some((input) => input.getClientRects().length > 0);
 }
 
 function iconButton(name, label, click, isEnabled = true) {
@@ -123,7 +138,7 @@ function preview(api, body, signal) {
 /// A WAV file of this computer, sent to the gateway when it is chosen; what the gateway has answered.
 export function uploadEditor({app, value, onChange}) {
     let url = null;
-    let file = null;
+    let file = value?.file ?? null;
     const status = h('output', {class: 'upload-status'});
     const player = audioPlayer({label: t('compose.file'), textOf: errorText, load: async () => {
         url ??= URL.createObjectURL(file);
@@ -151,7 +166,7 @@ export function uploadEditor({app, value, onChange}) {
             if (file === chosen) {
                 describe(upload);
                 player.setEnabled(true);
-                onChange(upload);
+                onChange({...upload, file});
             }
         } catch (error) {
             if (file === chosen) {
@@ -160,7 +175,7 @@ export function uploadEditor({app, value, onChange}) {
         }
     };
     const input = h('input', {type: 'file', accept: '.wav,audio/wav,audio/x-wav', on: {change: take}});
-    player.setEnabled(false);
+    player.setEnabled(file !== null);
     describe(value);
     return h('div', {class: 'stack'}, field(t('compose.file'), input, t('compose.fileNote')), status, player.element);
 }

@@ -20,9 +20,11 @@ export function currentRecording(store) {
 export function recordingEditor({app, value, onChange = () => {}}) {
     let path = value;
     let control = null;
+    let isRead = false;
     const place = h('div', {});
     const status = h('p', {class: 'note', role: 'status'});
-    const button = (iconName, key, click) => h('button', {type: 'button', on: {click: once(click)}}, icon(iconName), t(key));
+    const button = (iconName, key, click) => h('button', {type: 'button', on: {click: once(click)}}, icon(iconName),
+        t(key));
     const playBack = button('speaker', 'record.playBack', () => operate('POST', '/recordings/preview', path,
         t('record.playedBack')));
     const remove = button('trash', 'record.delete', removeChosen);
@@ -64,6 +66,7 @@ export function recordingEditor({app, value, onChange = () => {}}) {
     async function read() {
         try {
             show(await listOf(app.api, 'recordings'));
+            isRead = true;
             setText(status, '');
         } catch (error) {
             setText(status, errorText(error));
@@ -71,6 +74,10 @@ export function recordingEditor({app, value, onChange = () => {}}) {
     }
 
     function show(recordings) {
+        if (recordings === null && control?.type === 'text') {
+            set(control, 'value', path);
+            return;
+        }
         const hadFocus = control !== null && document.activeElement === control;
         const isListed = recordings?.some((one) => one.path === path);
         control = recordings === null
@@ -96,7 +103,7 @@ export function recordingEditor({app, value, onChange = () => {}}) {
             return;
         }
         const now = currentRecording(app.store)?.id;
-        if (now !== last) {
+        if (now !== last || (!isRead && app.whyNot() === null)) {
             last = now;
             read();
         }
@@ -117,10 +124,13 @@ function usualName(clock) {
 function makeRecorder(app, operate, onStored) {
     const name = h('input', {type: 'text', maxlength: 200, spellcheck: 'false', autocomplete: 'off'});
     const running = h('p', {role: 'status', dir: 'auto'});
-    const button = (kind, iconName, key, send) => h('button', {type: 'button', class: kind, on: {click: once(async () => {
-        await send();
-        fill();
-    })}}, icon(iconName), t(key));
+    const button = (kind, iconName, key, send) => {
+        const click = once(async () => {
+            await send();
+            fill();
+        });
+        return h('button', {type: 'button', class: kind, on: {click}}, icon(iconName), t(key));
+    };
     const start = button('primary', 'live', 'record.start', async () => {
         const path = name.value.trim() || usualName(app.store.clock);
         if (await operate('POST', '/recordings/current', path, t('record.started'))) {

@@ -4,8 +4,9 @@
 import {VirtualList} from '../VirtualList.js';
 import {compareUrgency} from '../Health.js';
 import {h, replace, set, setText} from '../dom.js';
-import {compareNames, duration, wallMoment} from '../format.js';
+import {compareNames, duration, wallDate, wallMoment, wallTime} from '../format.js';
 import {t} from '../i18n.js';
+import {knownZone} from '../timeZones.js';
 import {faultTile} from '../widgets/faultTile.js';
 
 class HealthView {
@@ -21,7 +22,7 @@ class HealthView {
     constructor(root, app) {
         this.#app = app;
         this.#store = app.store;
-        this.#list = new VirtualList({label: t('health.list'), itemHeight: 84,
+        this.#list = new VirtualList({label: t('health.list'), itemHeight: 108,
             isGroup: true, createCell: () => faultTile(app, (id) => this.#faults.get(id))});
         root.append(h('div', {class: 'card'}, this.#link),
             this.#summary, this.#list.element);
@@ -79,6 +80,11 @@ class HealthView {
         }
         rows.push([t('health.server'), [status?.server?.name, this.#app.session.server]
             .filter(Boolean).join(', ')]);
+        const now = clock.wallNow();
+        if (now !== null) {
+            rows.push([t('health.time'), t('health.timeText', {time: `${wallDate(now)} ${wallTime(now)}`,
+                zone: knownZone(status.timeZone)})]);
+        }
         if (status?.counts) {
             rows.push([t('health.counts'), t('health.countsText', {
                 zones: this.#store.count('zones'), sinks: this.#store.count('sinks'),

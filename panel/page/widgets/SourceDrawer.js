@@ -22,12 +22,14 @@ export class SourceDrawer {
     #app;
     #locks;
     #id;
+    #content;
+    #hasZones = false;
     #whyNot = h('p', {class: 'why-not', hidden: true});
     #type = h('dd', {});
     #location = h('dd', {dir: 'auto'});
     #state = h('dd', {});
     #health = healthBadge();
-    #holder = h('p', {class: 'lock-holder', dir: 'auto'});
+    #holder = h('p', {class: 'lock-holder', role: 'status', dir: 'auto'});
     #take;
     #release;
     #gain;
@@ -55,30 +57,27 @@ export class SourceDrawer {
         this.#triggers = sourceTriggers(app, id);
         const address = location.hash;
         const unsubscribe = app.store.subscribe(['sources', 'triggers', 'status'], (changes) => {
-            if (changes.has('sources')) {
-                this.#zones.read();
-            }
+            this.#hasZones &&= !changes.has('sources');
             if (changes.has('triggers')) {
                 this.#triggers.read();
             }
             this.fill();
         });
-        this.#dialog = openDialog({title: source ? sourceName(source) : t('source.number', {n: id}),
-            kind: 'drawer', content: [
-                this.#whyNot,
-                h('dl', {class: 'facts'},
-                    h('dt', {}, t('source.type')), this.#type,
-                    h('dt', {}, t('source.location')), this.#location,
-                    h('dt', {}, t('source.state')), this.#state,
-                    h('dt', {}, t('zone.health')), h('dd', {}, this.#health.element)),
-                section('lock.title', this.#holder, h('div', {class: 'row'}, this.#take, this.#release),
-                    h('p', {class: 'note'}, t('lock.note'))),
-                section('source.zones', this.#zones.element),
-                this.#gainSection,
-                section('level.title', this.#meter.element),
-                section('trigger.title', this.#triggers.element),
-                recordings(app),
-            ], onClose: () => {
+        this.#content = h('div', {class: 'drawer-content'},
+            h('dl', {class: 'facts'},
+                h('dt', {}, t('source.type')), this.#type,
+                h('dt', {}, t('source.location')), this.#location,
+                h('dt', {}, t('source.state')), this.#state,
+                h('dt', {}, t('zone.health')), h('dd', {}, this.#health.element)),
+            section('lock.title', this.#holder, h('div', {class: 'row'}, this.#take, this.#release),
+                h('p', {class: 'note'}, t('lock.note'))),
+            section('source.zones', this.#zones.element),
+            this.#gainSection,
+            section('level.title', this.#meter.element),
+            section('trigger.title', this.#triggers.element),
+            recordings(app));
+        this.#dialog = openDialog({title: source ? sourceName(source) : t('source.number', {n: String(id)}),
+            kind: 'drawer', content: [this.#whyNot, this.#content], onClose: () => {
                 unsubscribe();
                 this.#meter.unmount();
                 this.#gain.release();
@@ -96,8 +95,9 @@ export class SourceDrawer {
 
     fill() {
         const source = this.#app.store.get('sources', this.#id);
-        const reason = source || this.#app.store.link().state === 'loading' ? this.#app.whyNot()
-            : t('source.unreported');
+        const isGone = !source && this.#app.store.link().state === 'synced';
+        const reason = isGone ? t('source.unreported') : this.#app.whyNot();
+        set(this.#content, 'hidden', !source);
         setText(this.#whyNot, reason ?? '');
         set(this.#whyNot, 'hidden', reason === null);
         const heldBy = this.#locks.heldBy(this.#id);
@@ -109,6 +109,10 @@ export class SourceDrawer {
         this.#triggers.fill(reason);
         if (!source) {
             return;
+        }
+        if (!this.#hasZones) {
+            this.#hasZones = true;
+            this.#zones.read();
         }
         setText(this.#dialog.title, sourceName(source));
         setText(this.#type, sourceType(source));

@@ -10,6 +10,7 @@ import {t} from '../i18n.js';
 import {icon} from '../icons.js';
 import {attempt} from '../messages.js';
 import {stateText} from '../views/announceActive.js';
+import {shortened} from '../views/announceModel.js';
 import {partLine, priorityLine} from './contentType.js';
 import {keepFocus, once} from './pressing.js';
 import {healthBadge} from './healthBadge.js';
@@ -23,6 +24,7 @@ export class ZoneDrawer {
     #activity = h('dd', {dir: 'auto'});
     #health = healthBadge();
     #whyNot = h('p', {class: 'why-not', hidden: true});
+    #content;
     #announcements = h('ul', {class: 'stack', 'aria-label': t('zone.announcements')});
     #cards = new Map();  // by the number of the announcement's record
     #announceLink;
@@ -42,17 +44,16 @@ export class ZoneDrawer {
         const address = location.hash;
         const unsubscribe = this.#store.subscribe(['zones', 'sinks', 'announcements', 'status'],
             (changes) => this.#take(changes));
-        this.#dialog = openDialog({title: id, kind: 'drawer', content: [
-            this.#whyNot,
+        this.#content = h('div', {class: 'drawer-content'},
             h('dl', {class: 'facts'},
                 h('dt', {}, t('zone.activity')), this.#activity,
                 h('dt', {}, t('zone.health')), h('dd', {}, this.#health.element)),
             this.#announcements,
-            h('div', {class: 'row'}, this.#announceLink),
+            this.#announceLink,
             h('div', {class: 'row sinks-head'}, this.#sinksTitle,
                 h('label', {class: 'check'}, this.#persistent, h('span', {}, t('sink.persistent')))),
-            this.#list.element,
-        ], onClose: () => {
+            this.#list.element);
+        this.#dialog = openDialog({title: id, kind: 'drawer', content: [this.#whyNot, this.#content], onClose: () => {
             unsubscribe();
             this.#list.unmount();
             if (location.hash === address) {
@@ -80,8 +81,9 @@ export class ZoneDrawer {
 
     #fill() {
         const zone = this.#store.get('zones', this.#id);
-        const isLoading = this.#store.link().state === 'loading';
-        const reason = zone || isLoading ? this.#app.whyNot() : t('zone.unreported');
+        const isGone = !zone && this.#store.link().state === 'synced';
+        const reason = isGone ? t('zone.unreported') : this.#app.whyNot();
+        set(this.#content, 'hidden', !zone);
         setText(this.#whyNot, reason ?? '');
         set(this.#whyNot, 'hidden', reason === null);
         set(this.#persistent, 'disabled', reason !== null);
@@ -136,7 +138,7 @@ export class ZoneDrawer {
                 setText(facts, [stateText(one.stateText), one.startDateTime && t('active.since',
                     {time: utcMoment(one.startDateTime, this.#store.status?.timeZone)}),
                 priorityLine(one.priorityText)].filter(Boolean).join(' \u00b7 '));
-                set(cancel, 'aria-label', t('active.cancelOf', {title: title.textContent}));
+                set(cancel, 'aria-label', t('active.cancelOf', {title: shortened(title.textContent)}));
                 set(cancel, 'disabled', reason !== null);
             },
         };

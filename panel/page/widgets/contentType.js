@@ -23,16 +23,17 @@ function contentWords(store, type, content) {
     return type === items ? content.replace(/^items /, '') : content;
 }
 
-/// "Speech: Mind the gap"
-export function contentLine(store, type, typeText, content = '') {
-    return [contentType(type, typeText), contentWords(store, type, content)].filter(Boolean).join(': ');
+/// 'audio' or 'visual', as the gateway names the part that a record is.
+export function partOf(announcement) {
+    return announcement.audioMessageType === none ? 'visual' : 'audio';
 }
 
-/// The type and the content of an announcement's part.
+/// The type and the content of an announcement's part: "Speech: Mind the gap"
 export function partLine(store, announcement) {
-    const {audioMessageType, audioMessageTypeText, visualMessageType, visualMessageTypeText, contentText} = announcement;
-    return audioMessageType === none ? contentLine(store, visualMessageType, visualMessageTypeText, contentText)
-        : contentLine(store, audioMessageType, audioMessageTypeText, contentText);
+    const part = partOf(announcement);
+    const type = announcement[`${part}MessageType`];
+    return [contentType(type, announcement[`${part}MessageTypeText`]),
+        contentWords(store, type, announcement.contentText ?? '')].filter(Boolean).join(': ');
 }
 
 /// "Priority 500", "Priority +5, relative"

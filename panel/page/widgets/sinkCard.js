@@ -22,7 +22,7 @@ export function sinkType(sink) {
 }
 
 export function sinkName(sink) {
-    return sink.label || t('sink.number', {n: sink.id});
+    return sink.label || t('sink.number', {n: String(sink.id)});
 }
 
 /// A cell of a VirtualList; `isPersistent()` is whether gains are to outlive a restart.

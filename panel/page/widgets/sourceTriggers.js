@@ -50,7 +50,7 @@ export function sourceTriggers(app, id) {
     function nameOf(trigger) {
         // The label of a software trigger is the same for all.
         return (trigger.kind === 'hardware' && trigger.label)
-            || t(`trigger.${trigger.kind}`, {n: trigger.id});
+            || t(`trigger.${trigger.kind}`, {n: String(trigger.id)});
     }
 
     function row(trigger) {

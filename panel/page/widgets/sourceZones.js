@@ -14,6 +14,7 @@ import {zonePicker} from './zonePicker.js';
 export function sourceZones(app, id) {
     const where = path`/sources/${id}/zones`;
     let zones = [];
+    let areKnown = false;
     let whyNot = null;
     let readings = 0;
     const list = h('ul', {class: 'source-zones', 'aria-label': t('source.zones')});
@@ -25,7 +26,7 @@ export function sourceZones(app, id) {
     const element = h('div', {class: 'stack'}, list, none, h('div', {class: 'row'}, choose, clear));
 
     function display() {
-        set(none, 'hidden', zones.length > 0);
+        set(none, 'hidden', !areKnown || zones.length > 0);
         set(list, 'hidden', zones.length === 0);
         set(choose, 'disabled', whyNot !== null);
         set(clear, 'disabled', whyNot !== null || zones.length === 0);
@@ -57,6 +58,7 @@ export function sourceZones(app, id) {
             const answer = await app.api.get(where);
             if (reading === readings) {
                 zones = answer.zones;
+                areKnown = true;
                 display();
             }
         } catch {
@@ -87,7 +89,6 @@ export function sourceZones(app, id) {
         });
     }
 
-    read();
     return {
         element,
         read,

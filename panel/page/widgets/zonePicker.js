@@ -6,9 +6,10 @@ import {t} from '../i18n.js';
 import {isFaulty} from '../Health.js';
 import {groupsOf} from '../zoneGroups.js';
 import {refill} from './pressing.js';
+import {matches, wordsOf} from './search.js';
 
 const mostFound = 200;
-const mostChips = 50;
+const mostChips = 30;
 
 /// `chosen` are names of zones; `onChange(names)` is called when the user has changed them. The
 /// element is to be removed with `destroy()`.
@@ -37,7 +38,8 @@ class ZonePicker {
         this.search = h('input', {id: searchId, type: 'search', autocomplete: 'off', maxlength: 200,
             placeholder: t('zones.search'), on: {input: () => this.fill()}});
         this.count = h('output', {class: 'zone-count'});
-        this.none = h('button', {type: 'button', class: 'quiet', on: {click: () => this.removeAll()}}, t('zones.removeAll'));
+        this.none = h('button', {type: 'button', class: 'quiet', on: {click: () => this.removeAll()}},
+            t('zones.removeAll'));
         this.chips = h('ul', {class: 'chips', 'aria-label': t('zones.chosen'), on: moving()});
         this.list = h('div', {class: 'zone-list', role: 'group', 'aria-label': t('zones.all'),
             on: moving()});
@@ -54,10 +56,9 @@ class ZonePicker {
 
     /// Lists the zones that match the search, by group.
     fill() {
-        const words = this.search.value.trim().toLocaleLowerCase().split(/\s+/);
-        const isSearch = words[0] !== '';
-        const matches = (zone) => words.every((word) => zone.id.toLocaleLowerCase().includes(word));
-        const found = this.grouped.map(({name, zones}) => ({name, zones: zones.filter(matches)}))
+        const words = wordsOf(this.search);
+        const isSearch = words.length > 0;
+        const found = this.grouped.map(({name, zones}) => ({name, zones: zones.filter((zone) => matches(words, zone.id))}))
             .filter(({zones}) => zones.length > 0);
         this.rows.clear();
         this.groups.clear();

@@ -4,7 +4,7 @@
 import {h, set, setText} from '../dom.js';
 import {t} from '../i18n.js';
 import {isFaulty} from '../Health.js';
-import {contentLine} from './contentType.js';
+import {contentType, partLine, partOf} from './contentType.js';
 import {healthBadge} from './healthBadge.js';
 
 export function isBusy(zone) {
@@ -28,8 +28,10 @@ export function activityText(store, zone) {
     if (!isBusy(zone)) {
         return t('zone.idle');
     }
-    return contentLine(store, zone.announcementType, zone.announcementTypeText, zone.announcement?.content)
-        || zone.activityText;
+    const {requestId, part} = zone.announcement ?? {};
+    const playing = store.all('announcements').find((one) => one.requestId === requestId && partOf(one) === part);
+    return playing ? partLine(store, playing)
+        : contentType(zone.announcementType, zone.announcementTypeText) || zone.activityText;
 }
 
 /// "2 of 12 faulty", or the level.

@@ -45,6 +45,7 @@ export default {
     'sink.resetOf': '{name} zurücksetzen',
     'sink.resetQuestion': 'Das Gerät von {name} zurücksetzen? Es spielt nichts, bis es wieder da ist.',
     'sink.resetDone': '{name} wird zurückgesetzt.',
+    'gain.range': '{min} bis {max}',
     'gain.of': 'Pegel von {name}',
     'gain.slider': 'Pegel von {name}, Schieberegler',
     'gain.number': 'Pegel von {name} in dB',

@@ -8,6 +8,8 @@ export default {
     'health.since': 'Seit',
     'health.reason': 'Grund',
     'health.server': 'Audioserver',
+    'health.time': 'Zeit der Station',
+    'health.timeText': '{time} ({zone})',
     'health.counts': 'Gemeldet',
     'health.countsText': '{zones} Zonen, {sinks} Ausgänge, {sources} Quellen',
     'health.summary': {one: '{n} Störung', other: '{n} Störungen'},

@@ -45,6 +45,7 @@ export default {
     'sink.resetOf': 'Reset {name}',
     'sink.resetQuestion': 'Reset the device of {name}? It plays nothing until it is back.',
     'sink.resetDone': '{name} is being reset.',
+    'gain.range': '{min} to {max}',
     'gain.of': 'Gain of {name}',
     'gain.slider': 'Gain of {name}, slider',
     'gain.number': 'Gain of {name} in dB',

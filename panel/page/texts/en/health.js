@@ -8,6 +8,8 @@ export default {
     'health.since': 'Since',
     'health.reason': 'Reason',
     'health.server': 'Audio server',
+    'health.time': 'Station time',
+    'health.timeText': '{time} ({zone})',
     'health.counts': 'Reported',
     'health.countsText': '{zones} zones, {sinks} sinks, {sources} sources',
     'health.summary': {one: '{n} fault', other: '{n} faults'},
