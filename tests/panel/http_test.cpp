@@ -225,8 +225,9 @@ TEST(Http, endsStreamsAtAStop) {
         ApiReply reply;
         reply.contentType = "text/event-stream";
         const bool isQuiet = request.head.target == "/quiet";
-        reply.stream = [&, isQuiet](const Write& write, const std::function<bool()>& stopped) {
-            write("first");
+        reply.stream = [&, isQuiet, begun = false](const Write& write,
+                                                   const std::function<bool()>& stopped) mutable {
+            EXPECT_TRUE(std::exchange(begun, true) || write("first"));
             std::unique_lock guard(lock);
             changed.wait(guard, [&] { return isStopping; });
             EXPECT_TRUE(stopped());
