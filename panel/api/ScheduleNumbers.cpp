@@ -14,6 +14,7 @@ ScheduleNumbers::Taken::Taken(ScheduleNumbers& numbers, int wanted)
 ScheduleNumbers::Taken::~Taken() {
     const std::lock_guard guard(numbers_.lock_);
     numbers_.taken_.erase(number_);
+    numbers_.changed_.notify_all();
 }
 
 void ScheduleNumbers::Taken::leaveOut() {
@@ -21,8 +22,21 @@ void ScheduleNumbers::Taken::leaveOut() {
     numbers_.leftOut_.insert(number_);
 }
 
+ScheduleNumbers::ServersChoice::ServersChoice(ScheduleNumbers& numbers) : numbers_(numbers) {
+    std::unique_lock guard(numbers_.lock_);
+    numbers_.changed_.wait(guard, [this] { return numbers_.taken_.empty(); });
+    ++numbers_.choices_;
+}
+
+ScheduleNumbers::ServersChoice::~ServersChoice() {
+    const std::lock_guard guard(numbers_.lock_);
+    --numbers_.choices_;
+    numbers_.changed_.notify_all();
+}
+
 int ScheduleNumbers::take(int wanted) {
-    const std::lock_guard guard(lock_);
+    std::unique_lock guard(lock_);
+    changed_.wait(guard, [this] { return choices_ == 0; });
     int number = wanted;
     if (wanted == 0) {
         do {

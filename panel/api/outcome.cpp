@@ -60,6 +60,12 @@ ApiError errorOf(const std::exception_ptr& thrown, const Services& services,
     }
 }
 
+void requireNoBody(const ApiRequest& request) {
+    if (!request.body.is_null() && request.body != Json::object()) {
+        throw error(400, "bad-request", "the request takes no body");
+    }
+}
+
 paclient::Wait waitOf(const Services& services, std::chrono::milliseconds limit) {
     return {limit, [&stop = services.stop](std::chrono::milliseconds /*waited*/) {
                 if (stop.isRequested()) {

@@ -37,6 +37,16 @@ ApiReply answered(Services& services, const ApiRequest& request) {
     }
 }
 
+/// @throws ApiError when the request has a body; an empty object is none
+void requireNoBody(const ApiRequest& request);
+
+/// The same of a route that takes no body: a client that sends one expects more than is done.
+template <ApiReply (*handle)(Services&, const ApiRequest&)>
+ApiReply answeredWithoutBody(Services& services, const ApiRequest& request) {
+    requireNoBody(request);
+    return answered<handle>(services, request);
+}
+
 /// Of errors that leave it unknown whether something is done.
 constexpr int outcomeUnknown = 504;
 

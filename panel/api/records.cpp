@@ -63,9 +63,9 @@ constexpr std::pair<const char*, Json (*)(const Services&)> plainKinds[] = {
 };
 
 /// The kinds of a page's beginning, in order.
-constexpr const char* pageKinds[] = {"zones",     "sources",       "sinks",
-                                     "voices",    "announcements", "triggers",
-                                     "selectors", "schedules",     "locks"};
+constexpr const char* snapshotKinds[] = {"zones",     "sources",       "sinks",
+                                         "voices",    "announcements", "triggers",
+                                         "selectors", "schedules",     "locks"};
 
 template <class Device>
 Json deviceRecord(const Device& device, const FaultTimes& faults) {
@@ -136,7 +136,7 @@ Json recordsOf(const std::string& kind, const Services& services, const Caller* 
 
 Json snapshotOf(const Services& services) {
     Json snapshot = {{"status", statusOf(services)}};
-    for (const char* const kind : pageKinds) {
+    for (const char* const kind : snapshotKinds) {
         snapshot[kind] = recordsOf(kind, services);
     }
     return snapshot;

@@ -26,6 +26,8 @@ namespace {
 
 constexpr int mostRuns = 1'000;
 constexpr int usualRuns = 5;
+constexpr std::size_t mostEntries = 5'000;  // of an import
+constexpr std::size_t mostReasons = 100;    // in its answer
 
 std::string scheduleTitle(int id) {
     return "schedule " + std::to_string(id);
@@ -38,9 +40,27 @@ ApiReply put(Services& services, const ScheduleDefinition& schedule, int status)
     return {status, doneAnswer(done, effect, toJson(described(schedule)))};
 }
 
+ApiReply addByServer(Services& services, const ScheduleDefinition& schedule) {
+    if (schedule.Id != 0) {
+        failReading("the member 'Id' is not the server's choice");
+    }
+    const ScheduleNumbers::ServersChoice choice(services.scheduleNumbers);
+    ScheduleDefinition kept = schedule;
+    const Confirmation done = operate(services, "the schedule is kept", [&](const Wait& wait) {
+        const NewSchedule made = createSchedule(schedule, wait);
+        kept.Id = made.id;
+        return made.confirmation;
+    });
+    return {201, doneAnswer(done, scheduleTitle(kept.Id) + " is kept as asked",
+                            toJson(described(kept)))};
+}
+
 ApiReply addSchedule(Services& services, const ApiRequest& request) {
     requireConnected(services);
     ScheduleDefinition schedule = readSchedule(request.body);
+    if (request.queryOr("sync") == "1") {
+        return addByServer(services, schedule);
+    }
     ScheduleNumbers::Taken taken(services.scheduleNumbers, schedule.Id);
     if (gPaController.findSchedule(taken.number())) {
         throw ApiError(409, "refused", "there is a " + scheduleTitle(taken.number()) + " already");
@@ -94,8 +114,12 @@ ApiReply runsOf(const ScheduleDefinition& schedule, int count, const std::string
         after = calendar.momentOf({date.year, date.month, date.day, time.hour, time.minute}) - 1;
     }
     // Moments as ISO 8601 are in the order of their texts.
-    const bool isWholeDay = !until.empty() && !parseDateTime(until).time;
-    const std::string last = isWholeDay ? until + "T23:59" : until;
+    std::string last;
+    if (!until.empty()) {
+        const DateTime end = parseDateTime(until);
+        last = dateText(end.date.value_or(clock.date())) + 'T' +
+               timeText(end.time.value_or(TimeOfDay{23, 59}));
+    }
     Json runs = Json::array();
     for (const std::string& run :
          clock.runTexts(schedule, after, static_cast<std::size_t>(count))) {
@@ -162,6 +186,9 @@ ApiReply importAll(Services& services, const ApiRequest& request) {
     if (!request.body.is_array()) {
         failReading("the body is not a list of schedules");
     }
+    if (request.body.size() > mostEntries) {
+        failReading("the list has more than " + std::to_string(mostEntries) + " schedules");
+    }
     requireConnected(services);
     std::vector<ImportEntry> entries = readSchedules(request.body);
     const auto taken = takeNumbers(services.scheduleNumbers, entries);
@@ -169,9 +196,12 @@ ApiReply importAll(Services& services, const ApiRequest& request) {
     importSchedules(entries, request.queryOr("replace") == "1", waitOf(services), {}, result);
     Json failed = Json::array();
     for (const ImportResult::Failed& failure : result.failed) {
-        failed.push_back({{"entry", failure.entry}, {"reason", failure.reason}});
+        if (failed.size() < mostReasons) {
+            failed.push_back({{"entry", failure.entry}, {"reason", failure.reason}});
+        }
     }
-    const Json counts = {{"imported", result.imported}, {"failed", failed}};
+    const Json counts = {
+        {"imported", result.imported}, {"refused", result.failed.size()}, {"failed", failed}};
     if (result.unknownEntry) {
         const std::string entry = "entry " + std::to_string(*result.unknownEntry);
         throw ApiError(outcomeUnknown, "timed-out",
@@ -196,7 +226,7 @@ Routes scheduleRoutes() {
     return {
         {"POST", "/schedules", who, what, "add schedule", answered<addSchedule>},
         {"PUT", "/schedules/{id}", who, what, "change schedule", answered<changeSchedule>},
-        {"DELETE", "/schedules/{id}", who, what, "remove schedule", answered<removeOne>},
+        {"DELETE", "/schedules/{id}", who, what, "remove schedule", answeredWithoutBody<removeOne>},
         {"POST", "/schedules/runs", Access::Monitor, Effect::Asks, nullptr, answered<runsOfDraft>},
         {"GET", "/schedules/{id}/runs", Access::Monitor, Effect::Reads, nullptr,
          answered<runsOfSchedule>},

@@ -131,8 +131,9 @@ Routes simulationRoutes() {
         simulation("/simulation/locks", "simulate lock", answered<setLock>),
         simulation("/simulation/renewals", "simulate lost renewals", answered<ignore<renewals>>),
         simulation("/simulation/requests", "simulate lost requests", answered<ignore<requests>>),
-        simulation("/simulation/disconnect", "simulate lost connection", answered<disconnect>),
-        simulation("/simulation/restart", "restart simulated server", answered<restart>),
+        simulation("/simulation/disconnect", "simulate lost connection",
+                   answeredWithoutBody<disconnect>),
+        simulation("/simulation/restart", "restart simulated server", answeredWithoutBody<restart>),
     };
 }
 

@@ -86,10 +86,12 @@ Routes triggerRoutes() {
     constexpr Effect what = Effect::Operates;
     return {
         {"POST", "/triggers", who, what, "create trigger", answered<createTrigger>},
-        {"DELETE", "/triggers/{id}", who, what, "delete trigger", answered<deleteTrigger>},
-        {"PUT", "/triggers/{id}/active", who, what, "activate trigger", answered<activateTrigger>},
-        {"DELETE", "/triggers/{id}/active", who, what, "deactivate trigger",
-         answered<deactivateTrigger>},
+        {"DELETE", "/triggers/{id}", who, what, "delete trigger",
+         answeredWithoutBody<deleteTrigger>},
+        {"PUT", "/triggers/{id}/active", who, what, "activate trigger",
+         answeredWithoutBody<activateTrigger>},
+        {"DELETE", "/triggers/{id}/active", who, Effect::Ends, "deactivate trigger",
+         answeredWithoutBody<deactivateTrigger>},
     };
 }
 

@@ -78,7 +78,7 @@ std::int64_t AuditTrail::begin(const AuditEntry& entry) {
 }
 
 void AuditTrail::finish(std::int64_t id, const std::string& outcome, const std::string& text) {
-    const Ending ending{kept(outcome), kept(text), utcNow()};
+    const Ending ending{kept(outcome), kept(text), outcome == accepted ? 0 : utcNow()};
     try {
         writing([&] { write(id, ending); });
     } catch (const DatabaseFault& fault) {
@@ -93,9 +93,10 @@ void AuditTrail::finish(std::int64_t id, const std::string& outcome, const std::
 void AuditTrail::write(std::int64_t id, const Ending& ending) {
     // After a power failure it may be "unknown", which is true then.
     database_.run("PRAGMA synchronous = NORMAL");
-    Database::Statement update(database_,
-                               "UPDATE operation SET outcome = ?1, text = ?2, finished = ?3"
-                               " WHERE id = ?4 AND outcome IN (?5, ?6)");
+    Database::Statement update(
+        database_,
+        "UPDATE operation SET outcome = ?1, text = ?2, finished = nullif(?3, 0)"
+        " WHERE id = ?4 AND outcome IN (?5, ?6)");
     update.bind(0, ending.outcome.c_str()).bind(1, ending.text.c_str());
     update.bind(2, ending.finished).bind(3, id).bind(4, pendingOutcome).bind(5, accepted).step();
 }
@@ -174,7 +175,9 @@ bool AuditTrail::keepHouse() {
     const auto removeExpired = [&] {
         Database::Statement remove(database_,
                                    "DELETE FROM operation WHERE id IN (SELECT id FROM operation"
-                                   " WHERE time < ?1 ORDER BY time LIMIT ?2)");
+                                   " WHERE time < ?1 ORDER BY time LIMIT ?2)"
+                                   " AND (SELECT time FROM operation ORDER BY id DESC LIMIT 1)"
+                                   " >= ?1");
         remove.bind(0, utcNow() - keptMS_).bind(1, atOnce).step();
         return database_.changes() == atOnce;
     };

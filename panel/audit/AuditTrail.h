@@ -76,8 +76,9 @@ public:
     std::vector<AuditRow> find(const AuditFilter& filter, int limit);
 
     /// Writes the outcomes that could not be written before, and removes some of the operations
-    /// that are too old: not all at once, so that nobody waits for long. A failure is logged once.
-    /// For one thread.
+    /// that are too old: not all at once, so that others do not wait
+    /// for long; and none while the newest is too old, too: then the clock may be wrong. A failure
+    /// is logged once. For one thread.
     /// @return whether there may be more
     bool keepHouse();
 

@@ -43,9 +43,10 @@ Database openAudit(const fs::path& file) {
         database.migrate({std::begin(migrations), std::end(migrations)},
                          "SELECT time, finished FROM operation LIMIT 0");
         database.run("PRAGMA journal_mode = WAL");
-        Database::Statement forget(database,
-                                   "UPDATE operation SET outcome = 'unknown', text = ?1"
-                                   " WHERE outcome IN (?2, ?3)");
+        Database::Statement forget(
+            database,
+            "UPDATE operation SET finished = NULL, outcome = 'unknown', text = ?1"
+            " WHERE outcome IN (?2, ?3)");
         forget.bind(0, "papanel ended before the outcome was known");
         forget.bind(1, pendingOutcome).bind(2, AuditTrail::accepted).step();
         return database;

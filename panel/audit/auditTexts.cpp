@@ -22,6 +22,9 @@ Json withoutSecrets(const Json& json, int levels) {
     }
     Json copy = json.is_array() ? Json::array() : Json::object();
     for (const auto& item : json.items()) {
+        if (copy.size() == mostRequestBytes / 2) {
+            break;  // the text is cut before
+        }
         Json value = withoutSecrets(item.value(), levels - 1);
         if (json.is_array()) {
             copy.push_back(std::move(value));

@@ -42,6 +42,8 @@ export class Store {
     #kinds = Object.fromEntries(Object.keys(keyOf).map((kind) => [kind, new Map()]));
     #isLoaded = false;
     #gatewayAwaySince = null;  // by performance.now()
+    #closedAt = 0;
+    #isResuming = false;
     #notes = new ChangeNotes();
     #close = null;
     #timer = null;
@@ -71,14 +73,14 @@ export class Store {
         return this.#notes.subscribe(kinds, onChanges);
     }
 
-    /// What this page knows of the connection: `state` is 'loading', 'gateway-away' (no connection to
-    /// the gateway), 'server-away' (none from it to the audio server), 'syncing' or 'synced';
-    /// `awayForMs` is for how long it has been away, `reason` the gateway's text.
+    /// What this page knows of the connection: `state` is 'loading' (also when it may have been lost and is being
+    /// opened again), 'gateway-away' (no connection to the gateway), 'server-away' (none from it to the audio
+    /// server), 'syncing' or 'synced'; `awayForMs` is for how long it has been away, `reason` the gateway's text.
     link() {
         if (this.#gatewayAwaySince !== null) {
             return {state: 'gateway-away', awayForMs: performance.now() - this.#gatewayAwaySince};
         }
-        if (!this.#isLoaded || !this.status) {
+        if (!this.#isLoaded || !this.status || this.#isResuming) {
             return {state: 'loading', awayForMs: 0};
         }
         if (!this.status.connected) {
@@ -100,6 +102,13 @@ export class Store {
         });
     }
 
+    /// Opens it again when the page may have been without it for some time.
+    resume() {
+        this.#isResuming = true;
+        this.#notes.add('status', null);
+        this.open();
+    }
+
     get isOpen() {
         return this.#close !== null;
     }
@@ -107,7 +116,10 @@ export class Store {
     close() {
         clearTimeout(this.#timer);
         clearTimeout(this.#statusTimer);
-        this.#close?.();
+        if (this.#close) {
+            this.#close();
+            this.#closedAt = performance.now();
+        }
         this.#close = null;
     }
 
@@ -117,7 +129,7 @@ export class Store {
             this.onSessionEnd('');
             return;
         }
-        this.#gatewayAwaySince ??= performance.now();
+        this.#gatewayAwaySince ??= this.#isResuming ? this.#closedAt : performance.now();
         this.#notes.add('status', null);
         const pause = pauses[Math.min(this.#attempts, pauses.length - 1)];
         this.#attempts += 1;
@@ -128,6 +140,7 @@ export class Store {
     /// The gateway has answered; what was missed follows, if there is anything.
     #isThere() {
         this.#attempts = 0;
+        this.#isResuming = false;
         this.#gatewayAwaySince = null;
         this.#notes.add('status', null);
         clearTimeout(this.#statusTimer);

@@ -149,7 +149,7 @@ function saveConnection() {
             }
         }, hiddenPatience);
     } else if (app.session.loggedIn && (!app.store.isOpen || Date.now() - hiddenAt > longSleep)) {
-        app.store.open();  // also where the computer was asleep, and the connection may be lost
+        app.store.resume();  // also where the computer was asleep, and the connection may be lost
     }
 }
 

@@ -46,7 +46,7 @@ export function announce(text, urgent = false) {
     setText(region, region.textContent === text ? `${text}\u00a0` : text);
 }
 
-/// Where the focus goes when what has it is removed.
+/// What gets the focus when the element that has it is removed.
 function placeOfFocus() {
     return toasts.closest('dialog')?.querySelector('h2') ?? document.querySelector('main') ?? document.body;
 }

@@ -41,6 +41,9 @@ export async function openPage(url, {user = null, view = 'board', size = 'wide',
     const own = context ?? await (await theBrowser()).newContext({viewport: sizes[size], colorScheme: theme,
         locale, reducedMotion: 'reduce', timezoneId: 'America/New_York'});
     const page = await own.newPage();
+    if (process.env.PA_PAGE) {  // a folder with the scripts of the page, in place of those in papanel
+        await page.route(`${url}/**/*.js`, (route) => route.fulfill({path: process.env.PA_PAGE + new URL(route.request().url()).pathname}));
+    }
     page.setDefaultTimeout(patience);
     watch(page, url, expected);
     await page.goto(`${url}/#${view}`);

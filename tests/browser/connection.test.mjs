@@ -41,9 +41,10 @@ test('a server that is away greys the page out, with the time; it comes back by 
     assert.ok((now - since + 86400) % 86400 <= 30, `${since}, ${now}: not the time at the station`);
     assert.match(await page.locator('main').evaluate((main) => getComputedStyle(main).filter), /grayscale/);
     assert.ok(await page.getByRole('button', {name: 'Play now'}).isDisabled());
-    for (const view of ['live/1', 'board/Car%201', 'schedules/table']) {
+    const opened = {'live/1': 'dialog .lock-holder', 'board/Car%201': 'dialog .sink-card', 'schedules/table': '.schedule-table'};
+    for (const [view, content] of Object.entries(opened)) {
         await goTo(page, view);
-        await page.locator('h1').waitFor({state: 'attached'});
+        await page.locator(content).first().waitFor();
         assert.deepEqual(await operable(page), [], view);
         await page.keyboard.press('Escape');
     }
@@ -54,8 +55,13 @@ test('a server that is away greys the page out, with the time; it comes back by 
     // What was composed is still there, and plays.
     await page.getByRole('button', {name: 'Play now'}).click();
     await page.locator('.active-card .badge[data-state=finished]').waitFor();
-    await panel.program.stop();
+    // A server that ends in order withdraws its records: what was displayed stays, greyed out.
+    await goTo(page, 'board');
+    const tiles = await page.locator('.zone-tile').count();
     await server.stop();
+    await banner.waitFor();
+    assert.deepEqual([tiles, await page.locator('.zone-tile').count()], [8, 8]);
+    await panel.program.stop();
     await broker.program.stop();
 });
 

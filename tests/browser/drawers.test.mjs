@@ -19,8 +19,17 @@ before(async () => {
 after(() => panel?.program.stop());
 
 /// Waits until a record has a value.
-const reported = (where, member, value) => page.waitForFunction(async ([path, name, wanted]) =>
-    JSON.stringify((await (await fetch(`/api/v1${path}`)).json())[name]) === JSON.stringify(wanted), [where, member, value]);
+const reported = (where, member, value) => page.evaluate(async ([path, name, wanted]) => {
+    const end = performance.now() + 10000;
+    let is;
+    do {
+        await new Promise((resolve) => { requestAnimationFrame(resolve); });
+        is = JSON.stringify((await (await fetch(`/api/v1${path}`)).json())[name]);
+    } while (is !== wanted && performance.now() < end);
+    if (is !== wanted) {
+        throw new Error(`${path}: ${name} is ${is}, not ${wanted}`);
+    }
+}, [where, member, JSON.stringify(value)]);
 
 const drawer = () => page.getByRole('dialog').first();
 const focusIsOn = (name) => until(page, (wanted) => document.activeElement.textContent.startsWith(wanted), name);
@@ -58,6 +67,7 @@ test('a sink has the gain, the monitoring and the reset that were asked for', as
         .every((input) => input.valueAsNumber === -8));
     await drawer().getByLabel('Gain of Subway speakers 2, slider').press('ArrowRight');
     await reported('/sinks/95', 'outputGain', -5.5);
+    await reported('/sinks/95', 'monitoringEnabled', false);
     await drawer().getByLabel('Monitoring of Subway speakers 2').click();
     await reported('/sinks/95', 'monitoringEnabled', true);
     await drawer().getByRole('button', {name: 'Reset Amplifier rack 2 mixer'}).click();

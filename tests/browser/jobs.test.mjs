@@ -229,8 +229,9 @@ for (const [title, setUp] of Object.entries(setups)) {
         test('the history has what was asked for, by whom, and what came of it', async () => {
             const {omar: page} = pages;
             await goTo(page, 'history');
-            const row = page.getByRole('row', {name: /olga.*Play announcement/}).first();
-            await row.getByText('Done').waitFor();
+            await page.getByRole('row', {name: /olga.*Play announcement.*Platform 1.*Cancelled/}).first().waitFor();
+            const row = page.getByRole('row', {name: /olga.*Play announcement.*Subway.*Done/}).first();
+            await row.waitFor();
             await page.getByLabel('Outcome').selectOption({label: 'Held by others'});
             await page.getByRole('row', {name: /omar.*Take source/}).first().waitFor();
             await row.waitFor({state: 'detached'});

@@ -73,3 +73,24 @@ test('a double press plays once, and the focus stays on what is pressed while ot
     await page.keyboard.press('Escape');
     await focusIsOn(page, 'Subway');  // its tile
 });
+
+test('what had no answer is not played a second time by another press', async () => {
+    const page = await synced(await openPage(panel.url, {view: 'announce/Car Park'}));
+    let isLost = true;
+    await page.route('**/api/v1/announcements', async (route) => {
+        if (isLost && route.request().method() === 'POST') {
+            await route.fetch();
+            await route.abort();
+        } else {
+            await route.continue();
+        }
+    });
+    await page.getByLabel('Text 1').fill('The answer is lost. '.repeat(20));
+    await page.getByRole('button', {name: 'Play now'}).click();
+    await page.getByText('The panel does not answer.').first().waitFor();
+    isLost = false;
+    await page.getByRole('button', {name: 'Play now'}).click();
+    await page.getByText('The announcement has been sent.').first().waitFor();
+    const {body: {announcements}} = await call(page, 'GET', '/announcements');
+    assert.equal(announcements.filter((one) => one.zones.includes('Car Park')).length, 1);
+});

@@ -3,6 +3,7 @@
 // place of the gateway.
 
 import assert from 'node:assert/strict';
+import {readFileSync} from 'node:fs';
 import test, {after, before} from 'node:test';
 
 import {openPage, synced} from './browser.mjs';
@@ -15,6 +16,8 @@ const refusals = [
     ['not-logged-in', 401, {}, 'You are not logged in.'],
     ['forbidden', 403, {}, 'Your role does not allow this.'],
     ['csrf', 403, {}, 'The session has changed. Please try again.'],
+    ['wrong-credentials', 401, {}, 'User or password is wrong.'],
+    ['method-not-allowed', 405, {}, 'The panel does not support this.'],
     ['not-found', 404, {suggestions: ['Platform 1', 'Platform 2']}, `Not found: ${text} Nearest: Platform 1, Platform 2`],
     ['refused', 409, {}, `The audio server has refused: ${text}`],
     ['held', 409, {holder: 'olga'}, 'This source is held by olga.'],
@@ -53,6 +56,9 @@ async function operate(answer, ends = () => true) {
 }
 
 test('each refusal has its text, which is read out, too', async () => {
+    const api = readFileSync(new URL('../../docs/panel-api.yaml', import.meta.url), 'utf8');
+    const codes = api.match(/enum:\s*\[(bad-request,[^\]]*)\]/)[1].split(/,\s*/);
+    assert.deepEqual(codes.filter((code) => !refusals.some(([one]) => one === code)), []);
     for (const [code, status, details, expected] of refusals) {
         await operate((route) => route.fulfill({status, json: {error: {code, text, ...details}},
             headers: details.retryAfter ? {'Retry-After': String(details.retryAfter)} : {}}));

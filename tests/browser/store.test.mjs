@@ -197,7 +197,7 @@ test('a stream that ends is opened again after its last event; a session that is
     pass(60000);
     assert.equal(requests.length, 3);
 
-    // A stream that goes on has missed no status, but its times are old: the status is asked for again.
+    // A stream that continues has missed no status, but its times are old: the status is asked for again.
     const later = new Store();
     const asked = [status({stationTime: '2026-12-01T07:00:00'}), status({stationTime: '2026-12-01T08:00:00'})];
     later.fetchStatus = async () => asked.shift();
@@ -208,6 +208,18 @@ test('a stream that ends is opened again after its last event; a session that is
         await until(() => new Date(later.clock.wallNow()).getUTCHours() === hour);
     }
     later.close();
+
+    // Out of sight for some time: what is displayed may be old until the gateway has answered.
+    const hidden = new Store();
+    const before = stream();
+    answers = [before.answer, unreachable];
+    hidden.open();
+    before.send('snapshot', snapshot, 'e-1');
+    await until(() => hidden.link().state === 'synced');
+    hidden.resume();
+    assert.equal(hidden.link().state, 'loading');
+    await until(() => hidden.link().state === 'gateway-away');
+    hidden.close();
 
     // Nothing has come for a while: the connection is lost.
     answers = [stream().answer];

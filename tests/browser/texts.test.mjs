@@ -38,13 +38,6 @@ test('texts are translated', () => {
     assert.deepEqual([...new Set(same.map(([, text]) => text.replace(/ ?\{\w+\}/g, '')))].sort(), ['Filter', 'Live', 'Name', 'Text', 'Variable']);
 });
 
-test('every refusal of the API has a text', () => {
-    const api = readFileSync(new URL('../../docs/panel-api.yaml', import.meta.url), 'utf8');
-    const codes = api.match(/enum:\s*\[(bad-request,[^\]]*)\]/)[1].split(/,\s*/);
-    assert.ok(codes.length > 20, codes.join());
-    assert.deepEqual(codes.filter((code) => !(`error.${code}` in english)), []);
-});
-
 test('the page names no text that is missing, and no text is unused', () => {
     const code = sources(page).join('\n');
     const literal = new Set([...code.matchAll(/'([a-zA-Z]+\.[\w.-]+)'/g)].map(([, key]) => key));

@@ -101,6 +101,7 @@ TEST_F(ServerLinkTest, ALostConnectionKeepsTheCachesAndANewOneWithdrawsWhatTheyH
     EXPECT_EQ(log.text(), "E2 the connection to the server is lost: cable pulled\n");
     const std::string waiting = cancel("a");
     EXPECT_TRUE(server.operations().empty()) << "operations wait for the link";
+    EXPECT_EQ(gQXReceiver.waiting(), 1U);
     say(palink::Connected{1, 0, true, {}});  // the local server replaces the active one
     EXPECT_EQ(server.operations(1)[0], waiting);
     say(palink::Record{1, pa::RecordKind::Zone, 1, {"Hall"}});
@@ -136,14 +137,20 @@ TEST_F(ServerLinkTest, MeasuresRecordsFromTheirArrivalUntilTheirObserversHaveBee
         std::function<void(const std::string&)> onZone;
     };
     static auto& observer = *new SlowObserver;  // must outlive the controller
-    const auto sayZone = [this](const std::string& id) {
-        server.say(palink::Record{4, pa::RecordKind::Zone, 11, {id}});
+    const auto sayZone = [this](const std::string& id, int key = 11) {
+        server.say(palink::Record{4, pa::RecordKind::Zone, key, {id}});
     };
     observer.onZone = [&](const std::string& id) {
         if (id == "first") {
             sayZone("second");  // waits for 30 ms
+            for (int key = 101; key < 200; ++key) {
+                sayZone("other " + std::to_string(key), key);  // likewise, of two batches
+            }
+            EXPECT_EQ(transport.eventsWaiting(), 101U) << "with the first";
+            nowMS += 30;
+        } else if (id == "second") {
+            nowMS += 20;
         }
-        nowMS += id == "first" ? 30 : 20;
     };
     transport.waitUntilDelivered();
     gPaController.registerObserver(&observer);
@@ -154,8 +161,8 @@ TEST_F(ServerLinkTest, MeasuresRecordsFromTheirArrivalUntilTheirObserversHaveBee
     say(palink::Record{3, pa::RecordKind::Source, 1, {"1", "changed"}});
     link.waitUntilHandled();
     const palink::RecordDurations after = link.recordDurations();
-    EXPECT_EQ(after.direct.sum - before.direct.sum, 30ms + 50ms);
-    EXPECT_EQ(after.direct.counts[8] - before.direct.counts[8], 2U) << "above 25 ms, up to 50 ms";
+    EXPECT_EQ(after.direct.sum - before.direct.sum, 30ms + 100 * 50ms);
+    EXPECT_EQ(after.direct.counts[8] - before.direct.counts[8], 101U) << "above 25 ms, up to 50 ms";
     EXPECT_EQ(after.paused.sum - before.paused.sum, 107ms);
     EXPECT_EQ(after.paused.counts[10] - before.paused.counts[10], 1U) << "up to 250 ms";
 }

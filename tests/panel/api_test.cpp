@@ -105,6 +105,11 @@ TEST_F(OperationsTest, MakeSchedulesWithDifferentNumbersAtTheSameTime) {
         answer("POST", "/schedules/import", {wanted, schedule}),
         "200 refused 0 of 2 schedules are in; entry 1: there is a schedule 2 already; entry 2: "
         "the id is missing, or not above 0");
+    EXPECT_EQ(answer("POST", "/schedules/import", Json(5'001, 1)),
+              "400 bad-request the list has more than 5000 schedules");
+    const Json refused = call("POST", "/schedules/import", Json(101, 1)).body;
+    EXPECT_EQ(refused["refused"], 101);
+    EXPECT_EQ(refused["failed"].size(), 100U);
     wanted["Id"] = 5;
     EXPECT_EQ(answer("POST", "/schedules/import", {wanted, schedule}).substr(0, 42),
               "200 partly 1 of 2 schedules are in; entry ");
@@ -475,6 +480,24 @@ TEST_F(AudioTest, BelongsToItsUserForAnHour) {
     EXPECT_EQ(answer("POST", "/uploads").substr(0, 13), "413 too-large");
     EXPECT_EQ(call("POST", "/uploads", {}, "s2").status, 201);
     EXPECT_EQ(answer("POST", "/uploads", {}, "s2").substr(0, 14), "503 overloaded") << "3 files";
+    AudioStore previews;
+    const auto preview = [&] {
+        return previews.add("ann", "", bytes, AudioStore::Kind::Preview)->id;
+    };
+    const std::string oldest = preview();
+    const std::string upload = previews.add("ann", "", bytes)->id;
+    const std::string second = preview();
+    for (int i = 0; i < 4; ++i) {
+        preview();
+    }
+    EXPECT_THROW(previews.find("ann", oldest), ApiError) << "the last five are kept";
+    EXPECT_EQ(previews.find("ann", second)->id, second);
+    EXPECT_EQ(previews.find("ann", upload)->id, upload);
+    AudioStore few({10'000, 10'000, 3, 1h, 1, 1});
+    few.add("ann", "", bytes);
+    EXPECT_THROW(few.add("ann", "", bytes), ApiError);
+    few.add("bob", "", bytes);
+
     bytes = "RIFF and no more";
     pass(61min);
     EXPECT_EQ(answer("POST", "/uploads"),

@@ -59,7 +59,9 @@ TEST_F(AuditTest, WhatWasAtWorkWhenTheProcessEndedIsUnknown) {
     AuditTrail trail(folder.path() / "killed.db", 1);
     const std::string unknown = " unknown papanel ended before the outcome was known, ";
     EXPECT_EQ(rows(trail), "3 cat" + unknown + "2 bob" + unknown + "1 ann done, ");
-    EXPECT_EQ(trail.find({}, 1).front().finished, std::nullopt);
+    for (const AuditRow& row : trail.find({}, 2)) {
+        EXPECT_EQ(row.finished, std::nullopt);
+    }
     struct stat status {};
     stat(file.c_str(), &status);
     EXPECT_EQ(status.st_mode & 0777U, 0600U);
@@ -107,6 +109,10 @@ TEST_F(AuditTest, IsFoundByFiltersAndForgottenInSteps) {
     filter.until = start + 9 * hourMS;
     EXPECT_EQ(rows(trail, filter), "9 ann refused, 8 bob refused, ");
 
+    pass(48h * 365);
+    EXPECT_FALSE(trail.keepHouse());
+    EXPECT_EQ(trail.find({}, 1000).size(), 500U) << "a clock may be wrong for a moment";
+    pass(-48h * 365);
     const auto oldest = [&] { return trail.find({}, 1000).back().id; };
     EXPECT_TRUE(trail.keepHouse());
     EXPECT_EQ(oldest(), 201);

@@ -81,8 +81,7 @@ TEST(OpenApi, HasTheRoutesWithTheirRoles) {
         const bool isUnsafe = route.method != std::string("GET");
         expected.insert(line(lower(route.method), path, roles[static_cast<int>(route.access)],
                              route.contentType, isUnsafe && route.access != Access::Open,
-                             route.effect == Effect::Operates,
-                             path.find("{id}") != std::string::npos));
+                             operates(route), path.find("{id}") != std::string::npos));
     }
     std::set<std::string> described;
     std::set<std::string> ids;
@@ -301,6 +300,8 @@ TEST_F(OpenApiTest, DescribesWhatIsRefused) {
     askAll("{}", {{"content-type", "text/plain"}});
     askAll("{", {});
     askAll("[[]]", {});
+    EXPECT_EQ(ask("PUT", "/sinks/1/gain", R"({"level": -3, "level": -4})").status, 400);
+    EXPECT_EQ(ask("POST", "/schedules/import", R"([{"Id": 1}, {"Id": 2}])").status, 200);
     connection.link().stop();
     askAll("", {});
     ask("POST", "/session", R"({"user": "ann"})");

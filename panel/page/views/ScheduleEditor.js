@@ -18,7 +18,8 @@ import {timesEditor} from './schedulesTimes.js';
 const runCount = 5;
 const runsPause = 300;
 
-/// Definitions that were edited and not saved, by user and number: a dialog is closed easily, and with the session.
+/// What was edited and not saved, by user and number: a dialog is closed easily, and with the session. {definition,
+/// original}, what the server had when it was opened first.
 const unsaved = new Map();
 
 export class ScheduleEditor {
@@ -29,7 +30,9 @@ export class ScheduleEditor {
         this.first = definition;
         this.isNew = definition.Id === 0;
         this.draftKey = `${app.session.user}/${definition.Id}`;
-        this.original = this.reported();
+        const kept = unsaved.get(this.draftKey);
+        this.isContinued = kept !== undefined;
+        this.original = kept ? kept.original : this.reported();
         this.listsAbort = new AbortController();
         this.lists = fetchLists(app.api, this.listsAbort.signal);
         this.form = h('div', {class: 'schedule-editor', on: {input: () => this.showReadiness()}});
@@ -38,9 +41,9 @@ export class ScheduleEditor {
         this.note = h('p', {class: 'problem', hidden: true});
         this.reason = h('p', {class: 'note', role: 'status'});
         this.save = h('button', {type: 'button', class: 'primary', on: {click: () => this.send()}});
-        this.startOver = h('button', {type: 'button', hidden: true, on: {click: () => this.begin(this.first)}},
+        this.startOver = h('button', {type: 'button', hidden: true, on: {click: () => this.beginAgain()}},
             t('schedules.startOver'));
-        this.begin(unsaved.get(this.draftKey) ?? definition);
+        this.begin(kept?.definition ?? definition);
         this.dialog = openDialog({
             title: this.isNew ? t('schedules.newTitle') : t('schedules.editTitle', {id: String(definition.Id)}),
             content: [this.form],
@@ -72,12 +75,17 @@ export class ScheduleEditor {
                 this.runsStatus, this.runs),
             part(t('announce.zones'), this.picker.element),
             part(t('announce.content'), this.content()));
-        if (definition !== this.first) {
-            announce(t('schedules.continued'));
-        } else if (this.dialog) {
-            name.focus();
-        }
         this.change({});
+    }
+
+    beginAgain() {
+        const record = this.app.store.get('schedules', this.first.Id);
+        this.first = record ? definitionOf(record) : this.first;
+        this.original = this.reported();
+        this.isContinued = false;
+        this.begin(this.first);
+        this.takeChanges();
+        this.form.querySelector('input').focus();
     }
 
     /// What it plays can be edited when the lists of the server are there.
@@ -107,7 +115,7 @@ export class ScheduleEditor {
         this.endFollowing();
         this.picker.destroy();
         if (!this.isDone && this.isChanged) {
-            unsaved.set(this.draftKey, this.definition);
+            unsaved.set(this.draftKey, {definition: this.definition, original: this.original});
             if (this.app.session.loggedIn) {
                 toast(t('schedules.kept', {name: nameOf(this.definition)}), 'note',
                     {label: t('schedules.continue'), run: reopen});
@@ -128,14 +136,13 @@ export class ScheduleEditor {
     takeChanges() {
         const now = this.reported();
         const isOther = now !== this.original && !this.isSending;
-        if (isOther) {
-            const text = now === null ? t('schedules.deletedMeanwhile') : t('schedules.changedMeanwhile');
-            if (this.note.hidden || this.note.textContent !== text) {
-                announce(text);
-            }
-            setText(this.note, text);
+        const text = [this.isContinued && t('schedules.continued'), isOther
+            && t(now === null ? 'schedules.deletedMeanwhile' : 'schedules.changedMeanwhile')].filter(Boolean).join(' ');
+        if (text && text !== this.note.textContent) {
+            announce(text);
         }
-        set(this.note, 'hidden', !isOther);
+        setText(this.note, text);
+        set(this.note, 'hidden', text === '');
         this.isCreating = now === null;
         setText(this.save, t(this.isCreating ? 'schedules.create' : 'schedules.save'));
         this.showReadiness();

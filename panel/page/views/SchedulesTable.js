@@ -44,13 +44,13 @@ export class SchedulesTable {
         found.sort((a, b) => compareNames(nameOf(a), nameOf(b)) || a.Id - b.Id);
         const buttons = this.#buttons();
         const at = buttons.indexOf(document.activeElement);
-        const shown = found.slice(0, mostRows);
-        replace(this.#body, shown.map((schedule) => this.#row(schedule)));
+        const displayed = found.slice(0, mostRows);
+        replace(this.#body, displayed.map((schedule) => this.#row(schedule)));
         if (at >= 0) {
             this.focusAction(buttons[at].dataset.action, at);
         }
         this.#showNextRuns();
-        return {count: found.length, shown: shown.length};
+        return {count: found.length, displayed: displayed.length};
     }
 
     /// Gives the focus to the button of an action, or to what is in its place when its schedule is deleted.

@@ -203,13 +203,18 @@ class Composer {
         setText(this.reason, why ?? (this.isSending ? t('state.sending') : ''));
     }
 
-    /// What may play although the outcome is unknown is followed, too.
+    /// What may play although the outcome is unknown is followed, too. What had no answer is sent under its key
+    /// again, so that it does not play twice.
     async send(body, follow) {
+        const again = this.unanswered?.press === JSON.stringify(body) ? this.unanswered.retry : null;
         try {
-            return await this.app.api.operate('POST', '/announcements', body);
+            return await (again ? again() : this.app.api.operate('POST', '/announcements', body));
         } catch (error) {
             if (error.outcomeUnknown && error.details?.requestId) {
                 follow({requestId: error.details.requestId, state: 'unknown'});
+            }
+            if (error.code === 'unreachable') {
+                this.unanswered = {press: JSON.stringify(body), retry: error.retry};
             }
             throw error;
         }
@@ -227,6 +232,7 @@ class Composer {
         this.showReadiness();
         const follow = (answer) => {
             sent.add(answer, body.zones, title);
+            this.unanswered = null;
             recentZones.note(body.zones);
             if (body.display) {
                 recentTemplates.note(body.display.template);

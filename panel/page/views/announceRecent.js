@@ -5,7 +5,7 @@ import {choose, setting} from '../settings.js';
 
 const mostKept = 6;
 
-/// A list that the browser keeps under a name, the latest first; `isValue` tells what belongs into it.
+/// A list that the browser keeps under a name, the latest first; `isValue(value)` is whether one may be in it.
 function recentList(name, isValue) {
     const all = () => {
         try {

@@ -65,7 +65,7 @@ export function recordingEditor({app, value, onChange = () => {}}) {
     /// What the server has; null where it does not list its recordings: the path is typed in then.
     async function read() {
         try {
-            show(await listOf(app.api, 'recordings'));
+            display(await listOf(app.api, 'recordings'));
             isRead = true;
             setText(status, '');
         } catch (error) {
@@ -73,7 +73,7 @@ export function recordingEditor({app, value, onChange = () => {}}) {
         }
     }
 
-    function show(recordings) {
+    function display(recordings) {
         if (recordings === null && control?.type === 'text') {
             set(control, 'value', path);
             return;
@@ -93,7 +93,7 @@ export function recordingEditor({app, value, onChange = () => {}}) {
         }
     }
 
-    show([]);
+    display([]);
     showButtons();
     read();
     let last = currentRecording(app.store)?.id;

@@ -38,7 +38,7 @@ class History {
             from: h('input', {type: 'datetime-local', max: '9999-12-31T23:59'}),
             until: h('input', {type: 'datetime-local', max: '9999-12-31T23:59'}),
             user: h('input', {type: 'search', maxlength: 64, autocomplete: 'off', spellcheck: 'false',
-                placeholder: t('history.wholeName'), list: 'history-users'}),
+                placeholder: t('history.nameBegins'), list: 'history-users'}),
             operation: choice(t('history.any'), operationChoices()),
             outcome: choice(t('history.any'), outcomeChoices()),
         };

@@ -37,6 +37,7 @@ class Schedules {
         this.edited = '';
         this.editor = null;
         this.opener = null;
+        this.next = null;
         this.isClosed = false;
         this.day = this.today();
         this.isOperator = app.session.role === 'operator';
@@ -128,9 +129,9 @@ class Schedules {
             setText(this.note, total === 0 ? t('schedules.none') : '');
             return;
         }
-        const {count, shown} = this.table.fill(wordsOf(this.search));
+        const {count, displayed} = this.table.fill(wordsOf(this.search));
         setText(this.note, total === 0 ? t('schedules.none') : count === 0 ? t('list.noMatch')
-            : count > shown ? t('zones.more', {n: count - shown}) : t('schedules.count', {n: count}));
+            : count > displayed ? t('zones.more', {n: count - displayed}) : t('schedules.count', {n: count}));
     }
 
     // ------------------------------------------------------------------------------------ operations
@@ -138,7 +139,11 @@ class Schedules {
     /// Edits a schedule, a new one for 'new'.
     edit(id) {
         this.opener = document.activeElement;
-        this.app.go('schedules', this.form, String(id));
+        if (this.editor) {
+            this.next = id;  // it is closed, its event is to come
+        } else {
+            this.app.go('schedules', this.form, String(id));
+        }
     }
 
     /// Opens the editor that the address names, when its schedule is known.
@@ -163,6 +168,10 @@ class Schedules {
                 }
                 this.returnTo(this.opener);
                 this.openEditor();
+                if (this.next !== null) {
+                    this.app.go('schedules', this.form, String(this.next));
+                    this.next = null;
+                }
             }});
     }
 
@@ -179,8 +188,10 @@ class Schedules {
     }
 
     async remove(schedule) {
+        const opener = document.activeElement;
         const isSure = await confirm({title: t('schedules.deleteTitle'), isDangerous: true,
             text: t('schedules.deleteText', {name: nameOf(schedule)}), action: t('schedules.delete')});
+        this.returnTo(opener);
         if (isSure) {
             await attempt(() => this.app.api.operate('DELETE', path`/schedules/${schedule.Id}`), t('schedules.deleted'));
         }

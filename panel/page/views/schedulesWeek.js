@@ -2,7 +2,7 @@
 // When schedules run in a week, by the clocks of the station: seven columns, or the days below each other when
 // these do not have the space, or too much is at the same time.
 
-import {h, replace, set} from '../dom.js';
+import {h, replace, set, setText} from '../dom.js';
 import {t} from '../i18n.js';
 import {icon} from '../icons.js';
 import {addDays, clockText, layOut, minutesOfDay, mondayOf, windowsInWeek} from './schedulesModel.js';
@@ -57,7 +57,7 @@ export function weekView({store, today, open}) {
         const focused = grid.contains(document.activeElement) ? document.activeElement.dataset.event : null;
         monday ??= mondayOf(today());
         beside = 1;
-        replace(title, t('schedules.week', {from: dateText(monday), to: dateText(addDays(monday, 6))}));
+        setText(title, t('schedules.week', {from: dateText(monday), to: dateText(addDays(monday, 6))}));
         const windows = store.all('schedules').flatMap((schedule) =>
             windowsInWeek(schedule, monday).map((window) => ({...window, schedule})));
         const hours = h('div', {class: 'week-hours', 'aria-hidden': 'true'},

@@ -95,8 +95,8 @@ export class SourceDrawer {
 
     fill() {
         const source = this.#app.store.get('sources', this.#id);
-        const isGone = !source && this.#app.store.link().state === 'synced';
-        const reason = isGone ? t('source.unreported') : this.#app.whyNot();
+        const isUnreported = !source && this.#app.store.link().state === 'synced';
+        const reason = isUnreported ? t('source.unreported') : this.#app.whyNot();
         set(this.#content, 'hidden', !source);
         setText(this.#whyNot, reason ?? '');
         set(this.#whyNot, 'hidden', reason === null);

@@ -81,8 +81,8 @@ export class ZoneDrawer {
 
     #fill() {
         const zone = this.#store.get('zones', this.#id);
-        const isGone = !zone && this.#store.link().state === 'synced';
-        const reason = isGone ? t('zone.unreported') : this.#app.whyNot();
+        const isUnreported = !zone && this.#store.link().state === 'synced';
+        const reason = isUnreported ? t('zone.unreported') : this.#app.whyNot();
         set(this.#content, 'hidden', !zone);
         setText(this.#whyNot, reason ?? '');
         set(this.#whyNot, 'hidden', reason === null);

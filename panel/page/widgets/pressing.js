@@ -1,15 +1,19 @@
 // SPDX-License-Identifier: Apache-2.0
-// What holds for buttons that begin operations: a second press while the first one runs is not taken, and
-// the focus stays near a button that is removed, hidden or disabled.
+// What holds for buttons that begin operations: a press is not taken while the last one runs, nor the second one
+// of a double click, and the focus stays near a button that is removed, hidden or disabled.
 
-/// A handler that ignores calls while the last one runs.
+const doublePress = 600;
+
+/// A handler that ignores calls while the last one runs, and the second one of a double press.
 export function once(run) {
     let isRunning = false;
+    let began = -Infinity;
     return async (...given) => {
-        if (isRunning) {
+        if (isRunning || performance.now() - began < doublePress) {
             return;
         }
         isRunning = true;
+        began = performance.now();
         try {
             await run(...given);
         } finally {

@@ -13,7 +13,7 @@ export default {
     'history.address': 'Adresse',
     'history.any': 'Alle',
     'history.reload': 'Neu laden',
-    'history.wholeName': 'Ganzer Name',
+    'history.nameBegins': 'Anfang des Namens',
     'history.more': 'Mehr',
     'history.details': 'Einzelheiten',
     'history.none': 'Keine Vorgänge.',

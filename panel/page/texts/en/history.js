@@ -13,7 +13,7 @@ export default {
     'history.address': 'Address',
     'history.any': 'Any',
     'history.reload': 'Reload',
-    'history.wholeName': 'Whole name',
+    'history.nameBegins': 'Beginning of the name',
     'history.more': 'More',
     'history.details': 'Details',
     'history.none': 'No operations.',
