@@ -248,10 +248,11 @@ bool HttpConnection::send(
         handleError(1, "a stream has failed: %s", error.what());
         isComplete = false;
     }
-    if (isComplete && !isStopped_) {
-        sink.done();
+    if (!isComplete || isStopped_) {
+        return false;  // else it would be called again
     }
-    return isComplete;
+    sink.done();
+    return true;
 }
 
 /// A connection that is closed while the client still sends would lose the answer.
