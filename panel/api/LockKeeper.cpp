@@ -220,7 +220,9 @@ void LockKeeper::releaseAll(std::chrono::milliseconds limit) {
             break;  // nor would the others be released: they lapse
         }
     }
-    finishRows();
+    if (!paclient::ChangeStream::instance().isAway()) {  // else nothing is known of locks
+        finishRows();
+    }
 }
 
 void LockKeeper::releaseDue() {
