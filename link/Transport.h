@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <variant>
@@ -126,6 +127,9 @@ public:
     /// meanwhile delivers none.
     /// @return false when the link is down
     virtual bool requestRoundTrip(std::uint64_t number) = 0;
+
+    /// How many events wait to be delivered, or are being delivered.
+    [[nodiscard]] virtual std::size_t eventsWaiting() const { return 0; }
 
     /// Sends a file of this device and waits for the result.
     virtual UploadResult upload(const std::string& localPath, const std::string& serverPath) = 0;

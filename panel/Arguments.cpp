@@ -5,6 +5,7 @@
 #include <fstream>
 #include <unistd.h>
 
+#include "metrics/ListenAddress.h"
 #include "operating/options.h"
 #include "operating/serverOptions.h"
 #include "paserver/journal.h"
@@ -14,7 +15,6 @@ namespace papanel {
 
 namespace {
 
-constexpr int greatestPort = 65535;
 constexpr const char* footer =
     "Commands: user add|remove|password|role|list --users FILE, see user --help\n"
     "Exit codes: 0 stopped, 1 usage, 2 cannot start";
@@ -79,18 +79,12 @@ void define(CLI::App& app, PanelSettings& settings, Words& words) {
 
 /// @throws std::invalid_argument
 void takeListen(const std::string& text, HttpSettings& http) {
-    const std::size_t colon = text.rfind(':');
-    const std::string port = colon == std::string::npos ? "" : text.substr(colon + 1);
-    if (colon == 0 || port.empty() || port.size() > 5 ||
-        port.find_first_not_of("0123456789") != std::string::npos ||
-        std::stoi(port) > greatestPort) {
+    const auto address = pametrics::readListenAddress(text);
+    if (!address) {
         throw std::invalid_argument("--listen: '" + text + "' is not an address and a port");
     }
-    http.host = text.substr(0, colon);
-    http.port = std::stoi(port);
-    if (http.host.front() == '[' && http.host.back() == ']') {
-        http.host = http.host.substr(1, http.host.size() - 2);
-    }
+    http.host = address->host;
+    http.port = address->port;
 }
 
 /// The first line of a file that only its owner may use.

@@ -155,7 +155,11 @@ Panel::Panel(const PanelSettings& settings, std::unique_ptr<paclient::Endpoint> 
 Panel::~Panel() {
     requestStop();
     parts_->http.reset();  // no page takes a source any more
-    parts_->locks.releaseAll(std::chrono::seconds(1));
+    try {
+        parts_->locks.releaseAll(std::chrono::seconds(1));
+    } catch (const std::exception& error) {
+        handleError(1, "sources are not released: %s", error.what());
+    }
 }
 
 void Panel::requestStop() {

@@ -12,6 +12,7 @@
 #include "panel/api/records.h"
 #include "panel/events/EventHub.h"
 #include "panel/http/Router.h"
+#include "sdk/globals.h"
 
 namespace papanel {
 
@@ -23,6 +24,12 @@ namespace {
 constexpr const char* dropReasons[] = {"queueFull", "waitedTooLong", "stopped", "refused",
                                        "unlisted"};
 
+/// All but what comes several times a second while an operator looks at a meter, and what concerns
+/// one subscription.
+ChangeKinds countedChanges() {
+    return ~kinds<palink::LevelReading, Lost>();
+}
+
 /// The names of the kinds of change, by their index.
 template <std::size_t... indices>
 std::array<const char*, sizeof...(indices)> namesOf(std::index_sequence<indices...> /*all*/) {
@@ -31,6 +38,13 @@ std::array<const char*, sizeof...(indices)> namesOf(std::index_sequence<indices.
 
 double valueOf(std::uint64_t count) {
     return static_cast<double>(count);
+}
+
+void addQueues(Exposition& to, const palink::Transport& transport) {
+    to.gauge("public_address_operations_waiting", "Operations that wait to be sent",
+             valueOf(gQXReceiver.waiting()));
+    to.gauge("public_address_events_waiting", "Events that wait to be delivered",
+             valueOf(transport.eventsWaiting()));
 }
 
 void addRecordLatency(Exposition& to, const palink::ServerLink& link) {
@@ -72,8 +86,7 @@ void addPages(Exposition& to, const Services& services, const Router& router,
 
 PanelMetrics::PanelMetrics()
     : syncedAtMS_(pa::monotonicMS()),
-      listener_(~kinds<palink::LevelReading>(),
-                [this](const ChangePtr& change) { note(*change); }) {
+      listener_(countedChanges(), [this](const ChangePtr& change) { note(*change); }) {
     static_assert(std::size(dropReasons) == reasons);
 }
 
@@ -112,6 +125,9 @@ void PanelMetrics::addConnection(Exposition& to, const Services& services) const
 void PanelMetrics::addCounts(Exposition& to) const {
     const auto names = namesOf(std::make_index_sequence<std::variant_size_v<Change>>());
     for (std::size_t i = 0; i < changes_.size(); ++i) {
+        if (!countedChanges()[i]) {
+            continue;
+        }
         to.counter("public_address_changes_total", "What the audio server and the link report",
                    valueOf(changes_[i]), {{"kind", names[i]}});
     }
@@ -134,8 +150,6 @@ void PanelMetrics::addLink(Exposition& to, const LinkReport& report) {
              report.synced ? 1 : 0);
     to.gauge("public_address_link_requests_waiting", "Requests that wait for an answer",
              valueOf(report.requests));
-    to.gauge("public_address_link_events_waiting", "Events that wait to be delivered",
-             valueOf(report.queued));
     to.counter("public_address_link_requests_unanswered_total", "Requests whose outcome is unknown",
                valueOf(report.unanswered));
     to.counter("public_address_link_messages_dropped_total",
@@ -148,6 +162,7 @@ std::string PanelMetrics::text(const Services& services, const Router& router,
                                std::size_t connections) const {
     Exposition all;
     addConnection(all, services);
+    addQueues(all, services.connection.endpoint().transport());
     addRecordLatency(all, services.connection.link());
     addCounts(all);
     if (const auto report = services.connection.endpoint().report()) {

@@ -92,7 +92,7 @@ void BrokerServer::run() {
             fail(error.what());
         }
     }
-    leave();
+    leave(!settings_.keepsRecords);
     if (simulation_ != nullptr) {
         simulation_->disconnectClient();
     }
@@ -161,9 +161,9 @@ void BrokerServer::join() {
     client_->start();
 }
 
-/// Publishes what still waits, and that the server is offline; then withdraws its records, which
-/// clients do not read any more. What another server has published with this number stays.
-void BrokerServer::leave() {
+/// Publishes what still waits, and that the server is offline; then it may withdraw its records,
+/// which clients do not read any more. What another server has published with this number stays.
+void BrokerServer::leave(bool withdrawsRecords) {
     const auto publishAll = [this] {
         return publishWaiting(std::numeric_limits<std::size_t>::max(), stopLimit, stopPatience);
     };
@@ -173,7 +173,7 @@ void BrokerServer::leave() {
         palink::ServerStatus offline;
         offline.generation = generation_;
         publish(statusMessage(offline));
-        if (isTaken && !settings_.keepsRecords) {
+        if (isTaken && withdrawsRecords) {
             publications_.withdrawAll();
             isTaken = publishAll();
         }
@@ -192,7 +192,7 @@ void BrokerServer::leave() {
 
 /// Leaves the broker and joins it again.
 void BrokerServer::rejoin() {
-    leave();
+    leave(false);
     if (std::exchange(rejoin_, Rejoin::No) == Rejoin::NewGeneration) {
         generation_ = std::max(generation_ + 1, hostClockMS());
         hasRole_ = false;

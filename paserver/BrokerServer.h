@@ -118,7 +118,7 @@ private:
     void run();
     void turn();
     void join();
-    void leave();
+    void leave(bool withdrawsRecords);
     void rejoin();
     void startSimulation();
     [[nodiscard]] std::chrono::milliseconds pause() const;

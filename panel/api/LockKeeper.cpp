@@ -197,10 +197,14 @@ void LockKeeper::finishRows() {
             ++entry;
             continue;
         }
-        audit_.finish(row.id, "done",
-                      "source " + std::to_string(sourceId) + " is released: " + row.due.reason);
+        finishRow(row);
         entry = rows_.erase(entry);
     }
+}
+
+void LockKeeper::finishRow(const Row& row) {
+    audit_.finish(row.id, "done",
+                  "source " + std::to_string(row.due.sourceId) + " is released: " + row.due.reason);
 }
 
 void LockKeeper::releaseAll(std::chrono::milliseconds limit) {
@@ -217,11 +221,11 @@ void LockKeeper::releaseAll(std::chrono::milliseconds limit) {
         }
         beginRow(due);
         if (!paclient::releaseLock(due.sourceId, {limit}).holds()) {
-            break;  // nor would the others be released: they lapse
+            return;  // nor would the others be released: they lapse
         }
-    }
-    if (!paclient::ChangeStream::instance().isAway()) {  // else nothing is known of locks
-        finishRows();
+        if (const auto row = rows_.find(due.sourceId); row != rows_.end()) {
+            finishRow(row->second);
+        }
     }
 }
 

@@ -103,6 +103,7 @@ private:
     std::vector<Due> dueLocks();
     void beginRow(const Due& due);
     void finishRows();
+    void finishRow(const Row& row);
 
     AuditTrail& audit_;
     std::map<int, Row>

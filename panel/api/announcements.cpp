@@ -199,9 +199,9 @@ Routes announcementRoutes() {
         {"POST", "/announcements/check", who, Effect::Asks, nullptr, answered<dryRun>},
         {"GET", "/announcements/{id}", Access::Monitor, Effect::Reads, nullptr,
          answered<getAnnouncement>},
-        {"DELETE", "/announcements/{id}", who, what, "cancel announcement",
+        {"DELETE", "/announcements/{id}", who, Effect::Ends, "cancel announcement",
          answeredWithoutBody<cancelOne>},
-        {"DELETE", "/announcements", who, what, "cancel announcements",
+        {"DELETE", "/announcements", who, Effect::Ends, "cancel announcements",
          answeredWithoutBody<cancelType>},
     };
 }

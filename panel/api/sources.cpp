@@ -132,14 +132,14 @@ Routes sourceRoutes() {
     constexpr Effect what = Effect::Operates;
     return {
         {"PUT", "/sources/{id}/lock", who, what, "take source", answeredWithoutBody<takeSource>},
-        {"DELETE", "/sources/{id}/lock", who, what, "release source",
+        {"DELETE", "/sources/{id}/lock", who, Effect::Ends, "release source",
          answeredWithoutBody<releaseSource>},
         {"PUT", "/sources/{id}/gain", who, what, "set source gain", answered<setSourceGain>},
         {"GET", "/sources/{id}/zones", Access::Monitor, Effect::Reads, nullptr,
          answered<zonesOfSource>},
         {"PUT", "/sources/{id}/zones", who, what, "change zones of source",
          answered<setZonesOfSource>},
-        {"DELETE", "/sources/{id}/zones", who, what, "detach zones of source",
+        {"DELETE", "/sources/{id}/zones", who, Effect::Ends, "detach zones of source",
          answeredWithoutBody<detachZonesOfSource>},
     };
 }

@@ -90,7 +90,7 @@ Routes triggerRoutes() {
          answeredWithoutBody<deleteTrigger>},
         {"PUT", "/triggers/{id}/active", who, what, "activate trigger",
          answeredWithoutBody<activateTrigger>},
-        {"DELETE", "/triggers/{id}/active", who, what, "deactivate trigger",
+        {"DELETE", "/triggers/{id}/active", who, Effect::Ends, "deactivate trigger",
          answeredWithoutBody<deactivateTrigger>},
     };
 }

@@ -46,6 +46,7 @@ TlsContext makeTlsContext(const std::filesystem::path& certificate,
     }
     context.reset(SSL_CTX_new(TLS_server_method()));
     SSL_CTX_set_min_proto_version(context.get(), TLS1_2_VERSION);
+    SSL_CTX_set_cipher_list(context.get(), "ECDHE+AESGCM:ECDHE+CHACHA20");  // of TLS 1.2
     SSL_CTX_set_options(context.get(), SSL_OP_NO_RENEGOTIATION | SSL_OP_CIPHER_SERVER_PREFERENCE);
     SSL_CTX_set_mode(context.get(), SSL_MODE_ENABLE_PARTIAL_WRITE | SSL_MODE_RELEASE_BUFFERS |
                                         SSL_MODE_ACCEPT_MOVING_WRITE_BUFFER);

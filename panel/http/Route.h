@@ -75,6 +75,7 @@ enum class Effect {
     Session,   ///< logs in or out: no audit row, no idempotency key
     Asks,      ///< changes nothing, with a body: no audit row, no idempotency key
     Operates,  ///< an operation: written to the audit trail before, with its outcome after
+    Ends,      ///< an operation that ends a sound: also done when the audit trail cannot be written
 };
 
 /// A line of the tables of routes.
@@ -88,6 +89,11 @@ struct Route {
     const char* contentType = "application/json";  ///< of the body that is expected
     std::size_t maxBody = std::size_t{256} << 10U;
 };
+
+/// Whether a request to a route is an operation.
+inline bool operates(const Route& route) {
+    return route.effect == Effect::Operates || route.effect == Effect::Ends;
+}
 
 /// A table of routes.
 using Routes = std::vector<Route>;

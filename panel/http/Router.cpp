@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <chrono>
 
+#include "framework/log.h"
 #include "panel/Services.h"
 #include "panel/access/SessionCookie.h"
 #include "panel/access/Sessions.h"
@@ -68,24 +69,43 @@ std::string memberOr(const Json& object, const char* name, const std::string& ot
     return member != object.end() && member->is_string() ? member->get<std::string>() : other;
 }
 
-/// Calls the handler of an operation, which the audit trail has before it is sent.
-ApiReply operate(Services& services, const Route& route, ApiRequest& request) {
+/// The row of an operation in the audit trail; 0 without one: a microphone must not stay open
+/// because a disk is full.
+std::int64_t beginRow(Services& services, const Route& route, const ApiRequest& request) {
     const std::string body = request.bytes.empty()
                                  ? auditedRequest(request.body)
                                  : std::to_string(request.bytes.size()) + " bytes";
-    const std::int64_t row = services.audit.begin({request.caller.user, request.caller.address,
-                                                   route.operation, auditedTarget(request), body});
+    try {
+        return services.audit.begin({request.caller.user, request.caller.address, route.operation,
+                                     auditedTarget(request), body});
+    } catch (const ApiError& error) {
+        if (route.effect != Effect::Ends) {
+            throw;
+        }
+        handleError(1, "not in the audit trail: %s by user %s: %s", route.operation,
+                    request.caller.user.c_str(), error.what());
+        return 0;
+    }
+}
+
+/// Calls the handler of an operation, which the audit trail has before it is sent.
+ApiReply operate(Services& services, const Route& route, ApiRequest& request) {
+    const std::int64_t row = beginRow(services, route, request);
+    const auto finish = [&](const std::string& outcome, const std::string& text) {
+        if (row != 0) {
+            services.audit.finish(row, outcome, text);
+        }
+    };
     request.auditRow = row;
     try {
         ApiReply reply = route.handle(services, request);
-        services.audit.finish(row, memberOr(reply.body, "outcome", "done"),
-                              memberOr(reply.body, "text", ""));
+        finish(memberOr(reply.body, "outcome", "done"), memberOr(reply.body, "text", ""));
         return reply;
     } catch (const ApiError& error) {
-        services.audit.finish(row, error.code, error.what());
+        finish(error.code, error.what());
         throw;
     } catch (const std::exception& error) {
-        services.audit.finish(row, "internal", error.what());
+        finish("internal", error.what());
         throw;
     }
 }
@@ -100,9 +120,6 @@ ApiReply Router::operator()(const HttpRequest& request) {
     ApiReply answer = replyOf([&] { return reply(request, found); });
     if (answer.contentType.compare(0, 6, "audio/") == 0) {
         applyRange(request.head, answer);
-    }
-    if (settings_.isEncrypted) {
-        answer.headers.emplace_back("Strict-Transport-Security", "max-age=31536000");
     }
     const std::lock_guard guard(lock_);
     ++counts_[{found != nullptr ? found->method : "", found != nullptr ? found->pattern : "",
@@ -153,7 +170,7 @@ ApiReply Router::reply(const HttpRequest& request, const Route*& found) {
     const BodySpace::Share space =
         bodies_.take(call.caller.user, std::min(request.head.contentLength, found->maxBody));
     readBody(request, *found, call);
-    if (found->effect != Effect::Operates) {
+    if (!operates(*found)) {
         return found->handle(services_, call);
     }
     const auto begun = std::chrono::steady_clock::now();

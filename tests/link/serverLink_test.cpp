@@ -101,6 +101,7 @@ TEST_F(ServerLinkTest, ALostConnectionKeepsTheCachesAndANewOneWithdrawsWhatTheyH
     EXPECT_EQ(log.text(), "E2 the connection to the server is lost: cable pulled\n");
     const std::string waiting = cancel("a");
     EXPECT_TRUE(server.operations().empty()) << "operations wait for the link";
+    EXPECT_EQ(gQXReceiver.waiting(), 1U);
     say(palink::Connected{1, 0, true, {}});  // the local server replaces the active one
     EXPECT_EQ(server.operations(1)[0], waiting);
     say(palink::Record{1, pa::RecordKind::Zone, 1, {"Hall"}});
@@ -142,6 +143,7 @@ TEST_F(ServerLinkTest, MeasuresRecordsFromTheirArrivalUntilTheirObserversHaveBee
     observer.onZone = [&](const std::string& id) {
         if (id == "first") {
             sayZone("second");  // waits for 30 ms
+            EXPECT_EQ(transport.eventsWaiting(), 2U) << "with the first";
         }
         nowMS += id == "first" ? 30 : 20;
     };

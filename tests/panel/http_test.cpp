@@ -14,6 +14,7 @@
 #include "tests/panel/RawClient.h"
 #include "tests/support/TestFolder.h"
 #include "tests/support/tables.h"
+#include "tests/support/thrownBy.h"
 
 using namespace papanel;
 
@@ -117,13 +118,8 @@ TEST(Http, limitsTheBodiesThatAreComing) {
     constexpr std::size_t half = BodySpace::bytesOfUser / 2;
     BodySpace space;
     const auto isFree = [&](const std::string& user, std::size_t bytes) {
-        try {
-            static_cast<void>(space.take(user, bytes));
-            return true;
-        } catch (const ApiError& refused) {
-            EXPECT_EQ(refused.code, "overloaded");
-            return false;
-        }
+        const auto take = [&] { static_cast<void>(space.take(user, bytes)); };
+        return thrownBy<ApiError>(take) == "nothing thrown";
     };
     BodySpace::Share first = space.take("ann", half);
     const BodySpace::Share second = space.take("ann", half - BodySpace::longBytes);

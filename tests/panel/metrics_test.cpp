@@ -1,12 +1,15 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <httplib.h>
+#include <list>
 #include <set>
 
 #include "metrics/MetricsEndpoint.h"
 #include "panel/Panel.h"
 #include "panel/PanelMetrics.h"
 #include "panel/http/Router.h"
+#include "tests/panel/RawClient.h"
 #include "tests/panel/apiFixture.h"
+#include "tests/panel/hostTime.h"
 #include "tests/support/metricRows.h"
 
 namespace {
@@ -95,25 +98,45 @@ TEST_F(MetricsTest, CountWhatHappens) {
     EXPECT_GE(valueIn(after, "public_address_away_seconds"), 60);
 }
 
-TEST(MetricsEndpointTest, ServesWhatItIsGiven) {
-    bool isHealthy = false;
-    const pametrics::MetricsEndpoint endpoint(
-        "127.0.0.1:0", [] { return "a 1\n"; }, [&] { return isHealthy; });
-    httplib::Client client("127.0.0.1", endpoint.port());
-    EXPECT_EQ(client.Get("/metrics")->body, "a 1\n");
-    EXPECT_EQ(client.Get("/healthz")->status, 503);
-    isHealthy = true;
+struct MetricsEndpointTest : HostTimeTest {
+    bool isHealthy = true;
+    const std::string large = std::string(20'000'000, 'a') + '\n';  // more than sockets hold
+    const pametrics::MetricsEndpoint endpoint{"127.0.0.1:0", [this] { return large; },
+                                              [this] { return isHealthy; }};
+    httplib::Client client{"127.0.0.1", endpoint.port()};
+};
+
+TEST_F(MetricsEndpointTest, ServesWhatItIsGiven) {
+    EXPECT_EQ(client.Get("/metrics?now")->body, large);
     EXPECT_EQ(client.Get("/healthz")->status, 200);
+    isHealthy = false;
+    EXPECT_EQ(client.Get("/healthz")->status, 503);
     EXPECT_EQ(client.Get("/")->status, 404);
-    EXPECT_EQ(client.Post("/metrics", "x", "text/plain")->status, 413);
+    EXPECT_EQ(client.Head("/metrics")->get_header_value("Content-Length"), "20000001");
+    EXPECT_EQ(client.Post("/metrics", std::string(100'000, 'x'), "text/plain")->status, 405);
+    EXPECT_EQ(client.Get("/metrics", {{"X", std::string(9000, 'x')}})->status, 431);
     for (const std::string& address :
-         {std::string("127.0.0.1"), std::string("127.0.0.1:x"), std::string("192.0.2.1:0"),
+         {std::string("127.0.0.1"), std::string("127.0.0.1:x"), std::string(":80"),
+          std::string("127.0.0.1:65536"), std::string("192.0.2.1:0"),
           "127.0.0.1:" + std::to_string(endpoint.port())}) {
         EXPECT_THROW(pametrics::MetricsEndpoint(
                          address, [] { return ""; }, [] { return true; }),
                      std::runtime_error)
             << address;
     }
+}
+
+TEST_F(MetricsEndpointTest, WaitsForNoClient) {
+    std::list<RawClient> slow;
+    for (std::size_t i = 0; i <= pametrics::MetricsEndpoint::mostClients; ++i) {
+        slow.emplace_back(endpoint.port()).send("GET /metrics HTTP/1.1\r\n");
+    }
+    EXPECT_EQ(slow.front().receive(), "") << "one is too many";
+    slow.back().send("\r\n");  // and then it reads nothing
+    EXPECT_EQ(client.Get("/healthz")->status, 200);
+    pass(std::chrono::milliseconds(pametrics::MetricsEndpoint::limitMS));
+    EXPECT_EQ(std::next(slow.begin(), 5)->receive(), "") << "it has taken too long";
+    EXPECT_LT(slow.back().receive().size(), large.size());
 }
 
 /// A proxy on this machine passes on what comes from elsewhere.

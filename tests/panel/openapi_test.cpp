@@ -81,8 +81,7 @@ TEST(OpenApi, HasTheRoutesWithTheirRoles) {
         const bool isUnsafe = route.method != std::string("GET");
         expected.insert(line(lower(route.method), path, roles[static_cast<int>(route.access)],
                              route.contentType, isUnsafe && route.access != Access::Open,
-                             route.effect == Effect::Operates,
-                             path.find("{id}") != std::string::npos));
+                             operates(route), path.find("{id}") != std::string::npos));
     }
     std::set<std::string> described;
     std::set<std::string> ids;
