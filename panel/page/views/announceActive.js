@@ -99,10 +99,11 @@ export function activeList({app, sent}) {
             setText(title, own?.title || contentOf(app.store, records) || id);
             setText(state, stateText(word));
             set(state, 'data-state', String(word).toLowerCase());
-            setText(reason, own?.problem && !isOver ? errorText(own.problem) : own?.reason ?? '');
+            setText(reason, own?.problem && !isOver ? errorText(own.problem) : reasonBeside(word, own?.reason));
             set(reason, 'hidden', reason.textContent === '');
             replace(parts, partsOf(own, records).map((part) => h('li', {}, h('strong', {}, part.name), ' ',
-                stateText(part.state), part.reason && `: ${part.reason}`, part.since && ` (${part.since})`)));
+                stateText(part.state),
+                reasonBeside(part.state, part.reason) && `: ${part.reason}`, part.since && ` (${part.since})`)));
             showZones(zones, zoneStates, isOver);
             set(cancel, 'aria-label', t('active.cancelOf', {title: shortened(title.textContent)}));
             set(cancel, 'disabled', app.whyNot() !== null);
@@ -139,6 +140,11 @@ export function activeList({app, sent}) {
         endFollowing();
         sent.onChange = null;
     }};
+}
+
+/// The reason of a state; none when it is but the word for the state.
+function reasonBeside(state, reason) {
+    return reason && reason.toLowerCase() !== String(state).toLowerCase() ? reason : '';
 }
 
 /// "Speech: Mind the gap, Display template: Luggage"

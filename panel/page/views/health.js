@@ -9,6 +9,9 @@ import {t} from '../i18n.js';
 import {knownZone} from '../timeZones.js';
 import {faultTile} from '../widgets/faultTile.js';
 
+/// The gateway's name for the simulated server in its own process.
+const embeddedServer = 'embedded server';
+
 class HealthView {
     shortcuts;
     #app;
@@ -61,10 +64,10 @@ class HealthView {
         }
         this.#list.setEntries(entries);
         this.#list.update(null);
-        const isLoading = this.#store.link().state === 'loading';
-        setText(this.#summary, isLoading ? t('list.loading')
-            : faults.length > 0 ? t('health.summary', {n: faults.length}) : t('health.none'));
-        set(this.#summary, 'data-level', faults.length > 0 ? 'bad' : 'good');
+        const {state} = this.#store.link();
+        const textOfNone = {loading: 'list.loading', synced: 'health.none'}[state] ?? 'health.unknowable';
+        setText(this.#summary, faults.length > 0 ? t('health.summary', {n: faults.length}) : t(textOfNone));
+        set(this.#summary, 'data-level', faults.length > 0 ? 'bad' : state === 'synced' ? 'good' : null);
     }
 
     #fillLink() {
@@ -78,7 +81,8 @@ class HealthView {
         if (link.reason) {
             rows.push([t('health.reason'), link.reason]);
         }
-        rows.push([t('health.server'), [status?.server?.name, this.#app.session.server]
+        const {server} = this.#app.session;
+        rows.push([t('health.server'), [status?.server?.name, server === embeddedServer ? t('health.embedded') : server]
             .filter(Boolean).join(', ')]);
         const now = clock.wallNow();
         if (now !== null) {

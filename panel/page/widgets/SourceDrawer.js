@@ -106,7 +106,9 @@ export class SourceDrawer {
         set(this.#release, 'disabled', reason !== null || heldBy !== 'this page' || this.#isBusy);
         const isOthers = heldBy !== null && heldBy !== 'this page';
         this.#zones.fill(reason ?? (isOthers ? this.#holder.textContent : null));
-        this.#triggers.fill(reason);
+        // The audio server lets every client set a gain; the gateway keeps its pages from each other.
+        const whyNotUsed = reason ?? (heldBy === 'another page' ? this.#holder.textContent : null);
+        this.#triggers.fill(reason, whyNotUsed);
         if (!source) {
             return;
         }
@@ -120,7 +122,7 @@ export class SourceDrawer {
         setText(this.#state, t(isAttached(source) ? 'source.attached' : 'source.free'));
         this.#health.update(this.#app.store.health.level('sources', source));
         set(this.#gainSection, 'hidden', !typesWithGain.includes(source.type));
-        this.#gain.update(source.inputGain, sourceName(source), reason !== null);
+        this.#gain.update(source.inputGain, sourceName(source), whyNotUsed !== null);
     }
 
     async #lock(method, doneKey) {

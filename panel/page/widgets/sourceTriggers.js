@@ -12,7 +12,8 @@ const active = 2;
 
 export function sourceTriggers(app, id) {
     let triggers = [];
-    let whyNot = null;
+    let whyNot = null;      // why nothing can be changed
+    let whyNotUsed = null;  // why the source cannot be used
     const list = h('ul', {class: 'stack'});
     const none = h('p', {class: 'note'}, t('trigger.none'));
     const priority = h('input', {type: 'number', min: 0, max: 100, step: 1, value: 50, required: true});
@@ -41,8 +42,9 @@ export function sourceTriggers(app, id) {
     }
 
     function button(trigger, key, iconName, method, part, doneKey) {
+        const reason = part === '/active' ? whyNotUsed : whyNot;
         const where = path`/triggers/${trigger.id}` + part;
-        return h('button', {type: 'button', disabled: whyNot !== null, title: whyNot,
+        return h('button', {type: 'button', disabled: reason !== null, title: reason,
             'aria-label': `${t(key)}: ${nameOf(trigger)}`,
             on: {click: once(() => operate(method, where, doneKey))}}, icon(iconName), t(key));
     }
@@ -91,10 +93,11 @@ export function sourceTriggers(app, id) {
     return {
         element,
         read,
-        /// `reason` is why nothing can be changed now, or null.
-        fill(reason) {
-            if (reason !== whyNot) {
+        /// Why nothing can be changed now, and why the source cannot be used; null when it can.
+        fill(reason, reasonOfUse) {
+            if (reason !== whyNot || reasonOfUse !== whyNotUsed) {
                 whyNot = reason;
+                whyNotUsed = reasonOfUse;
                 fillList();
             }
         },

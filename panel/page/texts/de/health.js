@@ -14,6 +14,8 @@ export default {
     'health.countsText': '{zones} Zonen, {sinks} Ausgänge, {sources} Quellen',
     'health.summary': {one: '{n} Störung', other: '{n} Störungen'},
     'health.none': 'Es sind keine Störungen gemeldet.',
+    'health.unknowable': 'Ohne Verbindung ist über Störungen nichts bekannt.',
+    'health.embedded': 'eingebetteter Server',
     'health.zone': 'Zone ohne Ausgänge',
     'health.faultySince': 'Seit {since} ({duration})',
     'health.faultyBefore': 'Schon vor {since}',

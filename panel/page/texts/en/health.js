@@ -14,6 +14,8 @@ export default {
     'health.countsText': '{zones} zones, {sinks} sinks, {sources} sources',
     'health.summary': {one: '{n} fault', other: '{n} faults'},
     'health.none': 'No faults are reported.',
+    'health.unknowable': 'Without a connection nothing is known of faults.',
+    'health.embedded': 'embedded server',
     'health.zone': 'Zone without sinks',
     'health.faultySince': 'Since {since} ({duration})',
     'health.faultyBefore': 'Since before {since}',
