@@ -83,12 +83,15 @@ private:
             return;
         }
         const std::unique_ptr<addrinfo, decltype(&freeaddrinfo)> owned(found, freeaddrinfo);
-        const unsigned ip = found->ai_family == AF_INET6 ? MHD_USE_IPv6 : MHD_NO_FLAG;
-        daemon_ =
-            MHD_start_daemon(MHD_USE_AUTO_INTERNAL_THREAD | ip, 0, nullptr, nullptr, &handle, this,
-                             MHD_OPTION_SOCK_ADDR, found->ai_addr, MHD_OPTION_CONNECTION_LIMIT,
-                             mostClients, MHD_OPTION_CONNECTION_TIMEOUT, idleSeconds,
-                             MHD_OPTION_CONNECTION_MEMORY_LIMIT, bytesOfClient, MHD_OPTION_END);
+        for (; found != nullptr && daemon_ == nullptr; found = found->ai_next) {
+            // At "::" clients of IPv4 are served, too.
+            const unsigned ip = found->ai_family == AF_INET6 ? MHD_USE_DUAL_STACK : MHD_NO_FLAG;
+            daemon_ = MHD_start_daemon(
+                MHD_USE_AUTO_INTERNAL_THREAD | ip, 0, nullptr, nullptr, &handle, this,
+                MHD_OPTION_SOCK_ADDR, found->ai_addr, MHD_OPTION_CONNECTION_LIMIT, mostClients,
+                MHD_OPTION_CONNECTION_TIMEOUT, idleSeconds, MHD_OPTION_CONNECTION_MEMORY_LIMIT,
+                bytesOfClient, MHD_OPTION_END);
+        }
     }
 
     /// Called by the library with the head of a request.

@@ -8,10 +8,11 @@
 namespace pametrics {
 
 /// Serves /metrics and /healthz over HTTP, without any login. One thread serves every client and
-/// waits for none; one that neither sends nor reads for some seconds is left.
+/// waits for none; one that neither sends nor reads for some seconds is left. While there are
+/// `mostClients`, further ones wait.
 class MetricsEndpoint {
 public:
-    static constexpr unsigned mostClients = 64;
+    static constexpr unsigned mostClients = 500;
 
     /// Listens, and serves from then on.
     /// @param address   "127.0.0.1:9464"; port 0 is a free one

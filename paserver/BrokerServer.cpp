@@ -17,11 +17,13 @@ namespace {
 /// The size of the files in a folder; 0 when there is none.
 std::uintmax_t bytesIn(const std::filesystem::path& folder) {
     std::uintmax_t bytes = 0;
-    std::error_code ignored;
-    for (const auto& entry : std::filesystem::directory_iterator(folder, ignored)) {
-        std::error_code fault;
-        const std::uintmax_t size = entry.file_size(fault);
-        bytes += fault ? 0 : size;
+    std::error_code fault;
+    const std::filesystem::directory_iterator end;
+    for (std::filesystem::directory_iterator entry(folder, fault); entry != end;
+         entry.increment(fault)) {
+        std::error_code isGone;
+        const std::uintmax_t size = entry->file_size(isGone);
+        bytes += isGone ? 0 : size;
     }
     return bytes;
 }
@@ -69,6 +71,11 @@ ServerState BrokerServer::state() const {
     return state;
 }
 
+bool BrokerServer::isConnected() const {
+    const std::lock_guard guard(lock_);
+    return network_.connected;
+}
+
 std::string BrokerServer::failure() const {
     const std::lock_guard guard(lock_);
     return network_.failure;
@@ -92,10 +99,10 @@ void BrokerServer::run() {
             fail(error.what());
         }
     }
-    leave(!settings_.keepsRecords);
     if (simulation_ != nullptr) {
-        simulation_->disconnectClient();
+        simulation_->disconnectClient();  // or what it reports now would stay on the broker
     }
+    leave(!settings_.keepsRecords);
     ended_ = true;
 }
 
@@ -164,15 +171,17 @@ void BrokerServer::join() {
 /// Publishes what still waits, and that the server is offline; then it may withdraw its records,
 /// which clients do not read any more. What another server has published with this number stays.
 void BrokerServer::leave(bool withdrawsRecords) {
-    const auto publishAll = [this] {
-        return publishWaiting(std::numeric_limits<std::size_t>::max(), stopLimit, stopPatience);
+    const std::int64_t endMS = pa::monotonicMS() + stopLimit.count();
+    const auto publishAll = [&] {
+        const std::chrono::milliseconds left(std::max<std::int64_t>(endMS - pa::monotonicMS(), 0));
+        return publishWaiting(std::numeric_limits<std::size_t>::max(), left, stopPatience);
     };
     bool isTaken = true;
     if (joined_ != 0 && !replaced_) {
         isTaken = publishAll();
         palink::ServerStatus offline;
         offline.generation = generation_;
-        publish(statusMessage(offline));
+        isTaken = publish(statusMessage(offline)) && isTaken;
         if (isTaken && withdrawsRecords) {
             publications_.withdrawAll();
             isTaken = publishAll();

@@ -69,6 +69,9 @@ public:
     /// Whether the broker has taken everything that it holds once.
     [[nodiscard]] bool isReady() const { return ready_; }
 
+    /// Whether it is connected to the broker.
+    [[nodiscard]] bool isConnected() const;
+
     /// Why it ends by itself: the broker refuses the first connection or what it publishes for
     /// good, another server with its number has started, or it cannot start again. Empty while it
     /// does not.

@@ -72,7 +72,7 @@ int main(int argc, char** argv) {
             metrics.emplace(
                 arguments.metrics,
                 [&server] { return paserver::metricsText(server.state(), server.counters()); },
-                [&server] { return server.isReady() && server.state().isConnected; });
+                [&server] { return server.isReady() && server.isConnected(); });
         }
         serve(server, notice);
         stop(server, notice);
