@@ -6,7 +6,9 @@
 #include <set>
 
 #include "framework/log.h"
+#include "panel/Arguments.h"
 #include "panel/Housekeeping.h"
+#include "tests/support/TestFolder.h"
 #include "tests/support/tables.h"
 
 using namespace papanel;
@@ -115,6 +117,25 @@ struct Browser {
 };
 
 }  // namespace
+
+TEST(PanelArguments, refuseWhatCannotBeUsed) {
+    const TestFolder folder;
+    const std::string token = folder.path() / "token";
+    const auto refusal = [](const std::vector<std::string>& words) {
+        return readArguments(words).error;
+    };
+    const std::string option = "--metrics-token-file";
+    EXPECT_EQ(refusal({option, token}), option + ": " + token + " cannot be read");
+    folder.write("token", "0123456789abcde\n");
+    EXPECT_EQ(refusal({option, token}),
+              option + ": " + token + " has no line of 16 characters or more");
+    EXPECT_EQ(refusal({"--proxy-address", "page.example"}),
+              "--proxy-address: 'page.example' is not an IP address");
+    const Arguments arguments =
+        readArguments({"--users", "users", "--behind-proxy", "https", "--proxy-address", "0:0::1",
+                       "--proxy-address", "192.0.2.1"});
+    EXPECT_EQ(arguments.settings.http.proxies, (std::set<std::string>{"192.0.2.1", "::1"}));
+}
 
 TEST(Panel, servesThePage) {
     Panel panel(settingsOf("small.json"));
