@@ -10,8 +10,9 @@ void ProblemLog::note(const std::string& server, const std::string& problem,
     const bool isNew = problem != noted_ && problem != lost;
     noted_ = problem;
     if (isNew && !problem.empty()) {
-        handleError(2, "no connection to the audio server at %s: %s", server.c_str(),
-                    problem.c_str());
+        const bool isPlaceKnown = problem.find(server) != std::string::npos;
+        handleError(2, "no connection to the audio server%s: %s",
+                    isPlaceKnown ? "" : (" at " + server).c_str(), problem.c_str());
     }
 }
 
