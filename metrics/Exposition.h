@@ -10,7 +10,7 @@
 
 namespace pametrics {
 
-/// The values of one moment, made when somebody asks for them.
+/// The values of one moment, made when they are asked for.
 class Exposition {
 public:
     /// Names and values; each value must be one of a few, or a scraper keeps series without end.

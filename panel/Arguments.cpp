@@ -2,8 +2,11 @@
 #include "panel/Arguments.h"
 
 #include <CLI/CLI.hpp>
+#include <arpa/inet.h>
 #include <fstream>
+#include <set>
 #include <unistd.h>
+#include <utility>
 
 #include "metrics/ListenAddress.h"
 #include "operating/options.h"
@@ -38,7 +41,7 @@ void addPageOptions(CLI::App& app, PanelSettings& settings, Words& words) {
     addText(pages, "--listen", words.listen,
             "Address of the page; port 0 is a free one (default 127.0.0.1:8088)", "ADDRESS:PORT");
     addPath(pages, "--users", settings.users,
-            "Users; without it anybody on this machine is an operator", file);
+            "Users; without it everyone on this machine is an operator", file);
     CLI::Option* const certificate = addPath(pages, "--tls-cert", http.certificate,
                                              "Certificate of the page, with its chain", file);
     CLI::Option* const key = addPath(pages, "--tls-key", http.key, "Key of the certificate", file);
@@ -49,13 +52,15 @@ void addPageOptions(CLI::App& app, PanelSettings& settings, Words& words) {
         ->check(oneOf({"http", "https"}))
         ->excludes(certificate);
     addTexts(pages, "--proxy-address", words.proxies,
-             "Address of that proxy; repeatable (default 127.0.0.1 and ::1)", "ADDRESS");
+             "IP address of that proxy; repeatable (default 127.0.0.1 and ::1)", "ADDRESS");
     addPath(pages, "--audit", settings.audit,
             "Audit trail (default: the newest operations, in memory)", file);
     addWhole(pages, "--audit-days", settings.auditDays, {1, greatestDays},
              "How long an operation stays in it (default 90)");
     addPath(pages, "--metrics-token-file", words.metricsToken,
-            "Token for /metrics, which else this machine and users may read", file);
+            "Token for /metrics, which else this machine and users may read: a line of 16 "
+            "characters or more, mode 600",
+            file);
     addWhole(pages, "--max-connections", http.limits.connections, {1, greatestWhole},
              "In all (default 1000)");
     addWhole(pages, "--max-connections-per-address", http.limits.connectionsPerAddress,
@@ -95,6 +100,9 @@ std::string readToken(const std::filesystem::path& file) {
     std::string token;
     std::ifstream stream(file);
     std::getline(stream, token);
+    if (!stream.is_open() || stream.bad()) {
+        throw std::invalid_argument("--metrics-token-file: " + file.string() + " cannot be read");
+    }
     if (token.size() < shortest) {
         throw std::invalid_argument("--metrics-token-file: " + file.string() +
                                     " has no line of 16 characters or more");
@@ -106,6 +114,20 @@ std::string readToken(const std::filesystem::path& file) {
     return token;
 }
 
+/// Addresses as the system writes them: those of connections are compared with them.
+/// @throws std::invalid_argument
+void takeProxies(const std::vector<std::string>& addresses, std::set<std::string>& proxies) {
+    for (const std::string& address : addresses) {
+        const int family = address.find(':') == std::string::npos ? AF_INET : AF_INET6;
+        in6_addr number{};  // large enough for both families
+        char text[INET6_ADDRSTRLEN] = "";
+        if (inet_pton(family, address.c_str(), &number) != 1) {
+            throw std::invalid_argument("--proxy-address: '" + address + "' is not an IP address");
+        }
+        proxies.insert(inet_ntop(family, &number, text, sizeof(text)));
+    }
+}
+
 /// @throws std::invalid_argument
 void finish(PanelSettings& settings, const Words& words) {
     takeListen(words.listen, settings.http);
@@ -114,8 +136,10 @@ void finish(PanelSettings& settings, const Words& words) {
     }
     settings.isBehindProxy = !words.proxyScheme.empty();
     settings.isEncrypted = words.proxyScheme == "https" || !settings.http.certificate.empty();
+    std::set<std::string> proxies;
+    takeProxies(words.proxies, proxies);
     if (settings.isBehindProxy) {
-        settings.http.proxies.insert(words.proxies.begin(), words.proxies.end());
+        settings.http.proxies = std::move(proxies);
     }
     if (settings.users.empty() && (settings.isBehindProxy || !isLoopbackHost(settings.http.host))) {
         throw std::invalid_argument(

@@ -8,6 +8,7 @@
 #include "framework/log.h"
 #include "panel/Housekeeping.h"
 #include "panel/PanelMetrics.h"
+#include "panel/ProblemLog.h"
 #include "panel/Services.h"
 #include "panel/access/SessionCookie.h"
 #include "panel/access/Sessions.h"
@@ -115,6 +116,12 @@ struct Panel::Parts {
         return reply;
     }
 
+    void logProblem() {
+        if (const auto link = endpoint->report()) {
+            problems.note(endpoint->name(), link->problem, connection.lossReason());
+        }
+    }
+
     /// Without a connection nothing is known of locks.
     void releaseLocks() {
         if (connection.isSynced()) {
@@ -137,8 +144,10 @@ struct Panel::Parts {
     EventHub events;
     Services services{connection, events, sessions,      users.get(), audit,           answers,
                       locks,      audio,  announcements, faults,      scheduleNumbers, stop};
-    Housekeeping housekeeping{{[this] { sessions.endExpired(); }, [this] { audit.keepHouse(); },
-                               [this] { releaseLocks(); }, [this] { audio.removeExpired(); },
+    ProblemLog problems;
+    Housekeeping housekeeping{{[this] { logProblem(); }, [this] { sessions.endExpired(); },
+                               [this] { audit.keepHouse(); }, [this] { releaseLocks(); },
+                               [this] { audio.removeExpired(); },
                                [this] { finishAnnouncements(services); }}};
     const PanelMetrics metrics;
     Router router;

@@ -17,7 +17,7 @@ struct PanelSettings {
     std::filesystem::path users{};  ///< empty: everyone is an operator
     std::filesystem::path audit{};  ///< empty: in memory
     int auditDays = 90;
-    std::string metricsToken{};  ///< lets anybody who has it read the metrics; empty: none
+    std::string metricsToken{};  ///< a request that has it reads the metrics; empty: none
     bool isBehindProxy = false;  ///< `http.proxies` are then trusted
     bool isEncrypted = false;    ///< from the browser to this server, or to the proxy
 };

@@ -24,6 +24,12 @@ namespace {
 constexpr const char* dropReasons[] = {"queueFull", "waitedTooLong", "stopped", "refused",
                                        "unlisted"};
 
+/// How an announcement ends. The connection takes one that is not over out of the caches when it is
+/// lost.
+constexpr Announcement::State announcementOutcomes[] = {
+    Announcement::State::Finished, Announcement::State::Cancelled, Announcement::State::PreEmpted,
+    Announcement::State::Failed};
+
 /// All but what comes several times a second while an operator looks at a meter, and what concerns
 /// one subscription.
 ChangeKinds countedChanges() {
@@ -137,10 +143,10 @@ void PanelMetrics::addCounts(Exposition& to) const {
                    "Operations that did not reach the audio server", valueOf(dropped_[i]),
                    {{"reason", dropReasons[i]}});
     }
-    for (std::size_t i = 0; i < announcements_.size(); ++i) {
+    for (const Announcement::State outcome : announcementOutcomes) {
         to.counter("public_address_announcements_total", "Announcements that are over, by part",
-                   valueOf(announcements_[i]),
-                   {{"outcome", nameOf(static_cast<Announcement::State>(i))}});
+                   valueOf(announcements_[static_cast<std::size_t>(outcome)]),
+                   {{"outcome", nameOf(outcome)}});
     }
 }
 

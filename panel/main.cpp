@@ -7,12 +7,14 @@
 #include <iostream>
 #include <memory>
 #include <pthread.h>
+#include <string>
 #include <unistd.h>
 
 #include "framework/log.h"
 #include "framework/posixThread.h"
 #include "framework/shared.h"
 #include "panel/Arguments.h"
+#include "panel/access/UserFile.h"
 #include "panel/access/userCommand.h"
 #include "paserver/ServiceNotice.h"
 #include "paserver/journal.h"
@@ -36,13 +38,18 @@ bool hasHungUp() {
     return sigtimedwait(&set, nullptr, &atOnce) == SIGHUP;
 }
 
-void note(const char* text, bool journal) {
-    std::fprintf(stderr, "%spapanel: %s\n", journal ? "<5>" : "", text);
+void note(const std::string& text, bool journal) {
+    std::fprintf(stderr, "%spapanel: %s\n", journal ? "<5>" : "", text.c_str());
 }
 
 void noteSettings(const papanel::PanelSettings& settings, bool journal) {
     if (settings.audit.empty()) {
         note("the audit trail is in memory, --audit FILE keeps it", journal);
+    }
+    if (!settings.users.empty() && papanel::readUsers(settings.users).users().empty()) {
+        note("no one can log in: add a user with papanel user add NAME --role operator --users " +
+                 settings.users.string(),
+             journal);
     }
     if (!settings.isEncrypted && !settings.isBehindProxy &&
         !papanel::isLoopbackHost(settings.http.host)) {

@@ -23,6 +23,15 @@ Json serverInfoOf(const Services& services) {
     return server;
 }
 
+/// Why there is no connection, empty with one.
+std::string reasonOf(const Connection& connection, const std::optional<LinkReport>& link) {
+    if (connection.isSynced()) {
+        return "";
+    }
+    const std::string lost = connection.lossReason();
+    return lost.empty() && link ? link->problem : lost;
+}
+
 ApiReply status(Services& services, const ApiRequest& /*request*/) {
     return {200, statusOf(services)};
 }
@@ -50,7 +59,7 @@ Json statusOf(const Services& services) {
             {"synced", isSynced},
             {"awayForMs", away.count()},
             {"awaySince", isSynced ? Json() : Json(utcSecondText(pa::wallClock() - awaySeconds))},
-            {"reason", isSynced ? "" : connection.lossReason()},
+            {"reason", reasonOf(connection, link)},
             {"server", serverInfoOf(services)},
             {"address", services.connection.endpoint().name()},
             {"link", link ? toJson(*link) : Json()},

@@ -27,7 +27,7 @@ enum class Access { Open, Monitor, Operator };
 struct Caller {
     std::string user;  ///< "local" where there are no users
     Role role = Role::Monitor;
-    std::string sessionId;  ///< of the session's cookie; never shown to anybody
+    std::string sessionId;  ///< of the session's cookie; no answer has it
     std::string page;       ///< of the page, from the header X-Page; may be empty
     std::string address;    ///< of the client; behind a proxy, as the proxy names it
 };

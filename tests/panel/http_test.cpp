@@ -266,6 +266,12 @@ TEST(Http, encryptsWithACertificate) {
                   0);
     };
     makeCertificate();
+    HttpSettings keyless = settings;
+    keyless.key = certificate;
+    const std::string refusal = thrownBy<std::runtime_error>([&] { HttpServer(keyless, echo); });
+    EXPECT_EQ(refusal.rfind(certificate + " cannot be used: the key of the certificate is ex", 0),
+              0U)
+        << refusal;
     HttpServer server(settings, [](const HttpRequest& request) {
         EXPECT_TRUE(request.isEncrypted);
         ApiReply reply;

@@ -89,6 +89,7 @@ TEST_F(MetricsTest, CountWhatHappens) {
     for (const auto& [series, value] : expected) {
         EXPECT_EQ(valueIn(after, series), value) << series;
     }
+    EXPECT_EQ(after.find("outcome=\"playing\""), std::string::npos) << "not over";
     EXPECT_GE(valueIn(after, "public_address_synced_seconds"), 90);
     connection.link().stop();
     pass(std::chrono::seconds(60));

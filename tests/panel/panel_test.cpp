@@ -6,7 +6,9 @@
 #include <set>
 
 #include "framework/log.h"
+#include "panel/Arguments.h"
 #include "panel/Housekeeping.h"
+#include "tests/support/TestFolder.h"
 #include "tests/support/tables.h"
 
 using namespace papanel;
@@ -19,6 +21,29 @@ PanelSettings settingsOf(const std::string& station) {
     settings.server.scenario = std::string(PA_TESTS) + "/simserver/stations/" + station;
     return settings;
 }
+
+/// A server that is never reached.
+struct UnreachableServer : paclient::Endpoint, palink::Transport {
+    explicit UnreachableServer(const std::string& problem) : problem_(problem) {}
+    palink::Transport& transport() override { return *this; }
+    [[nodiscard]] std::string name() const override { return "mqtt://page.example"; }
+    [[nodiscard]] std::optional<paclient::LinkReport> report() const override {
+        paclient::LinkReport report;
+        report.problem = problem_;
+        return report;
+    }
+    void start(palink::ServerEventSink& /*sink*/) override {}
+    void stop() override {}
+    bool send(const pa::Operation& /*operation*/) override { return false; }
+    void meterLevel(bool /*subscribe*/, int /*element*/) override {}
+    bool requestRoundTrip(std::uint64_t /*number*/) override { return false; }
+    palink::UploadResult upload(const std::string& /*from*/, const std::string& /*to*/) override {
+        return {};
+    }
+
+private:
+    const std::string& problem_;
+};
 
 /// The events of a page, read on a thread of its own until the server ends them.
 class PageStream {
@@ -116,6 +141,25 @@ struct Browser {
 
 }  // namespace
 
+TEST(PanelArguments, refuseWhatCannotBeUsed) {
+    const TestFolder folder;
+    const std::string token = folder.path() / "token";
+    const auto refusal = [](const std::vector<std::string>& words) {
+        return readArguments(words).error;
+    };
+    const std::string option = "--metrics-token-file";
+    EXPECT_EQ(refusal({option, token}), option + ": " + token + " cannot be read");
+    folder.write("token", "0123456789abcde\n");
+    EXPECT_EQ(refusal({option, token}),
+              option + ": " + token + " has no line of 16 characters or more");
+    EXPECT_EQ(refusal({"--proxy-address", "page.example"}),
+              "--proxy-address: 'page.example' is not an IP address");
+    const Arguments arguments =
+        readArguments({"--users", "users", "--behind-proxy", "https", "--proxy-address", "0:0::1",
+                       "--proxy-address", "192.0.2.1"});
+    EXPECT_EQ(arguments.settings.http.proxies, (std::set<std::string>{"192.0.2.1", "::1"}));
+}
+
 TEST(Panel, servesThePage) {
     Panel panel(settingsOf("small.json"));
     Browser browser(panel);
@@ -166,6 +210,29 @@ TEST(Panel, doesEachTaskOfItsHousekeeping) {
     EXPECT_EQ(calls, 5);
     const std::string text = "housekeeping has failed: ";
     EXPECT_EQ(logged, (std::vector<std::string>{text + "full", text + "locked", text + "full"}));
+}
+
+TEST(Panel, statesWhyThereIsNoServer) {
+    std::vector<std::string> logged;
+    std::string problem = "refused";
+    Panel panel({}, std::make_unique<UnreachableServer>(problem));
+    const auto reason = [&] {
+        httplib::Client client("127.0.0.1", panel.port());
+        const std::string cookie = client.Get("/api/v1/session")->get_header_value("Set-Cookie");
+        const httplib::Headers session = {{"Cookie", cookie.substr(0, cookie.find(';'))}};
+        return Json::parse(client.Get("/api/v1/status", session)->body)["reason"];
+    };
+    EXPECT_EQ(reason(), "refused");
+    pa::setLogSink([&](const pa::LogLine& line) { logged.push_back(line.text); });
+    for (const char* const next : {"refused", "refused", "wrong password", "refused"}) {
+        problem = next;
+        panel.keepHouse();
+    }
+    pa::setLogSink({});
+    EXPECT_EQ(reason(), "refused");
+    const std::string text = "no connection to the audio server at mqtt://page.example: ";
+    EXPECT_EQ(logged, (std::vector<std::string>{text + "refused", text + "wrong password",
+                                                text + "refused"}));
 }
 
 TEST(Panel, writesOperationsToTheAuditTrailOnce) {
