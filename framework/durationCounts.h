@@ -28,7 +28,7 @@ public:
     /// @param times how often it has taken so long
     void add(std::chrono::nanoseconds duration, std::uint64_t times = 1);
 
-    [[nodiscard]] Durations read() const;
+    [[nodiscard]] Durations read() const;  ///< what has been counted so far
 
 private:
     std::array<std::atomic<std::uint64_t>, Durations::boundsUS.size() + 1> counts_{};

@@ -84,8 +84,8 @@ public:
     /// `pa::monotonicUS`, or shortly after
     /// A transport that calls them has its records measured: on the thread that delivers.
     /// @{
-    virtual void beginBatch(std::int64_t /*arrivedUS*/) {}
-    virtual void endBatch() {}
+    virtual void beginBatch(std::int64_t /*arrivedUS*/) {}  ///< before the first event
+    virtual void endBatch() {}                              ///< after the last event
     /// @}
 };
 

@@ -76,7 +76,8 @@ void define(CLI::App& app, PanelSettings& settings, Words& words) {
     paoperating::addWhole(app, "--debug", words.debug, {0, 3}, "Verbosity of the log, 0 to 3");
     app.set_config("--config",
                    pautil::userFile("XDG_CONFIG_HOME", ".config", "papanel/config.toml").string(),
-                   "File with options, as listen = \"127.0.0.1:8088\"");
+                   "File with options, as listen = \"127.0.0.1:8088\"")
+        ->type_name("FILE");
     app.allow_config_extras(CLI::config_extras_mode::error);
     app.set_version_flag("--version", "papanel " PA_VERSION);
     app.footer(footer);
