@@ -36,7 +36,7 @@ struct ScheduleEntry : ScheduleDefinition {
 
 /// The lock of a source and its holder.
 struct SourceLock : PaSourceLockStatus {
-    std::string holder;  ///< "this client", "another client" or "nobody"
+    std::string holder;  ///< "this client", "another client" or "no client"
 };
 
 template <>

@@ -71,7 +71,7 @@ std::vector<SourceLock> allLocks() {
 
 SourceLock withHolder(const PaSourceLockStatus& lock) {
     if (lock.lockedUUID.empty()) {
-        return {lock, "nobody"};
+        return {lock, "no client"};
     }
     return {lock, lock.lockedUUID == ownUUID() ? "this client" : "another client"};
 }

@@ -1,12 +1,13 @@
 # SPDX-License-Identifier: Apache-2.0
-# Writes the files below ROOT as C++: cmake -D ROOT=... -D FILES=... -D OUTPUT=... -P this
+# Writes the files below ROOT, in gzip, as C++: cmake -D ROOT=... -D FILES=... -D OUTPUT=... -P this
 cmake_minimum_required(VERSION 3.25)
 list(SORT FILES)
 set(arrays "")
 set(table "")
 set(number 0)
 foreach(file ${FILES})
-  file(READ ${ROOT}/${file} bytes HEX)
+  execute_process(COMMAND gzip -9nc ${ROOT}/${file} OUTPUT_FILE ${OUTPUT}.gz COMMAND_ERROR_IS_FATAL ANY)
+  file(READ ${OUTPUT}.gz bytes HEX)
   file(SHA256 ${ROOT}/${file} tag)
   string(SUBSTRING ${tag} 0 16 tag)
   string(REGEX REPLACE "(..)" "0x\\1," bytes "${bytes}")

@@ -5,6 +5,7 @@
 set(PA_PUBLIC_HEADERS
   framework/api.h
   framework/clock.h
+  framework/durationCounts.h
   framework/eventQueue.h
   framework/fieldEncoding.h
   framework/fork.h

@@ -12,9 +12,14 @@ std::time_t systemWallClock() {
     return std::time(nullptr);
 }
 
-std::int64_t systemMonotonicMS() {
+timespec systemMonotonic() {
     timespec now{};
     clock_gettime(CLOCK_MONOTONIC, &now);
+    return now;
+}
+
+std::int64_t systemMonotonicMS() {
+    const timespec now = systemMonotonic();
     return std::int64_t{now.tv_sec} * 1000 + now.tv_nsec / 1'000'000;
 }
 
@@ -37,6 +42,15 @@ std::time_t pa::wallClock() {
 
 std::int64_t pa::monotonicMS() {
     return monotonicInForce.load()();
+}
+
+std::int64_t pa::monotonicUS() {
+    const auto milliseconds = monotonicInForce.load();
+    if (milliseconds != systemMonotonicMS) {
+        return milliseconds() * 1000;
+    }
+    const timespec now = systemMonotonic();
+    return std::int64_t{now.tv_sec} * 1'000'000 + now.tv_nsec / 1000;
 }
 
 void sleepMS(int ms) {

@@ -18,6 +18,9 @@ namespace pa {
 /// A clock that never jumps, in ms since an arbitrary start: for ages and time limits.
 [[nodiscard]] PA_API std::int64_t monotonicMS();
 
+/// The same clock in us: for short durations. As precise as its replacement, which counts in ms.
+[[nodiscard]] PA_API std::int64_t monotonicUS();
+
 }  // namespace pa
 
 /// Sleeps the calling thread for at least `ms` milliseconds; not at all when it is 0 or negative.
@@ -29,7 +32,7 @@ namespace pa {
 /// member selects the system's own.
 struct TimeSource {
     std::time_t (*wallClock)() = nullptr;     ///< for `pa::wallClock`
-    std::int64_t (*monotonicMS)() = nullptr;  ///< for `pa::monotonicMS`
+    std::int64_t (*monotonicMS)() = nullptr;  ///< for `pa::monotonicMS` and `monotonicUS`
     void (*sleepMS)(int) = nullptr;           ///< for `::sleepMS`
 };
 

@@ -5,6 +5,7 @@
 #include <string>
 #include <utility>
 
+#include "framework/clock.h"
 #include "framework/fork.h"
 
 namespace palink {
@@ -86,6 +87,8 @@ void DeliveryQueue::add(ServerEvent event) {
 void DeliveryQueue::addWithoutWaking(ServerEvent event) {
     const std::size_t bytes = sizeof(Waiting) + std::visit(HeapBytes{}, event);
     std::unique_lock guard(lock_);
+    const std::int64_t arrivedUS =
+        full_ || queue_.size() % batch == 0 ? pa::monotonicUS() : std::int64_t{0};
     if (full_ && std::this_thread::get_id() != deliveryThread_) {
         ++heldBack_;
         arrived_.notify_one();
@@ -96,7 +99,7 @@ void DeliveryQueue::addWithoutWaking(ServerEvent event) {
         delivered_.notify_all();
         return;
     }
-    queue_.push_back({std::move(event), bytes});
+    queue_.push_back({std::move(event), bytes, arrivedUS});
     bytes_ += bytes;
     full_ = full_ || bytes_ >= maxBytes_;  // until half of it has been delivered
 }
@@ -134,20 +137,21 @@ void DeliveryQueue::run(ServerEventSink& sink) {
 /// Takes everything that waits, and delivers it. The lock is taken once for some events: threads
 /// that wait for it cost more than what it guards.
 void DeliveryQueue::deliver(ServerEventSink& sink, std::unique_lock<std::mutex>& guard) {
-    constexpr std::size_t eventsPerLock = 64;
     constexpr std::size_t mostSpare = 1024;
     std::vector<Waiting> taken;
     taken.swap(queue_);
     queue_.swap(spare_);
     delivering_ = taken.size();
     for (auto next = taken.begin(); next != taken.end() && running_;) {
-        const auto end = next + std::min<std::ptrdiff_t>(eventsPerLock, taken.end() - next);
+        const auto end = next + std::min<std::ptrdiff_t>(batch, taken.end() - next);
         std::size_t bytes = 0;
         guard.unlock();
+        sink.beginBatch(next->arrivedUS);
         for (; next != end && running_; ++next) {
             bytes += next->bytes;
             sink.deliver(std::move(next->event));
         }
+        sink.endBatch();
         guard.lock();
         delivering_ = static_cast<std::size_t>(taken.end() - next);
         bytes_ -= std::min(bytes, bytes_);

@@ -4,6 +4,7 @@
 #include <atomic>
 #include <condition_variable>
 #include <cstddef>
+#include <cstdint>
 #include <functional>
 #include <memory>
 #include <mutex>
@@ -80,9 +81,13 @@ public:
     };
 
 private:
+    /// How many events are delivered without the lock of the queue in between.
+    static constexpr std::size_t batch = 64;
+
     struct Waiting {
         ServerEvent event;
         std::size_t bytes;
+        std::int64_t arrivedUS;  // of the first one of a batch: before those after it
     };
 
     void run(ServerEventSink& sink);

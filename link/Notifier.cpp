@@ -42,6 +42,18 @@ struct Notifier::State {
     bool isIdle() const { return steps.empty() && !isRunning && leftRunning == 0; }
     bool hasSpace() const { return bytes < capacity * stepBytes; }
 
+    /// Counts a step that has run; after the last one of its batch, with the time until then.
+    void measure(const Step& step) {
+        if (step.arrivedUS == 0) {
+            return;
+        }
+        ++unmeasured;
+        if (steps.empty() || steps.front().arrivedUS != step.arrivedUS) {
+            durations.add(std::chrono::microseconds(pa::monotonicUS() - step.arrivedUS),
+                          std::exchange(unmeasured, 0));
+        }
+    }
+
     /// Waits for the time of the first step and runs it.
     /// @return false when the notifier was ended meanwhile
     bool runNext(Guard& guard) {
@@ -71,6 +83,7 @@ struct Notifier::State {
             return false;
         }
         isRunning = false;
+        measure(step);
         const auto count = counts.find(index(step.kind, step.key));
         count->second.holding -= step.holdsKey ? 1 : 0;
         holding -= step.holdsKey ? 1 : 0;
@@ -96,12 +109,14 @@ struct Notifier::State {
     std::mutex lock;
     std::condition_variable added;    // for the thread
     std::condition_variable changed;  // there is space, the last step has run, or waits are over
+    pa::DurationCounts durations;
     // Guarded by lock.
     std::pmr::unsynchronized_pool_resource blocks;  // of the containers, used again
     std::pmr::deque<Step> steps{&blocks};
     std::atomic<std::size_t> bytes{0};    // of the steps; also read without the lock
     std::atomic<std::size_t> holding{0};  // steps that hold a key; also read without the lock
     std::pmr::unordered_map<std::uint64_t, Count> counts{&blocks};
+    std::uint64_t unmeasured = 0;  // steps that have run of a batch that has not
     unsigned ends = 0;  // counts the calls of `end`: the thread of an earlier round leaves
     bool hasThread = false;
     bool isRunning = false;
@@ -176,6 +191,10 @@ bool Notifier::waitUntilIdle() {
     return state.isIdle();
 }
 
+pa::Durations Notifier::durations() const {
+    return state_->durations.read();
+}
+
 void Notifier::releaseWaiters() {
     const State::Guard guard(state_->lock);
     state_->released = true;
@@ -195,6 +214,7 @@ std::size_t Notifier::end(std::chrono::milliseconds limit) {
     state.bytes = 0;
     state.holding = 0;
     state.counts.clear();
+    state.unmeasured = 0;
     ++state.ends;
     state.hasThread = false;
     state.leftRunning += state.isRunning ? 1 : 0;

@@ -7,6 +7,7 @@
 #include <functional>
 #include <memory>
 
+#include "../framework/durationCounts.h"
 #include "../framework/fork.h"
 
 namespace palink {
@@ -33,7 +34,8 @@ public:
         std::int64_t dueMS = 0;  ///< by `monotonicMS`; one in the past is due at once
         bool holdsKey = false;   ///< later steps for the key wait for it
         Job run{};
-        std::size_t bytes = 0;  ///< additional bytes that the job holds
+        std::size_t bytes = 0;       ///< additional bytes that the job holds
+        std::int64_t arrivedUS = 0;  ///< of the batch, by `monotonicUS`; 0: it is not measured
     };
 
     /// The approximate size of a step without the bytes that its job holds.
@@ -68,6 +70,9 @@ public:
     /// Waits until no step waits or runs, nor one that `end` has left running.
     /// @return false when some do and `releaseWaiters` has been called
     bool waitUntilIdle();
+
+    /// How long steps have taken from their `arrivedUS` until the last one of the batch had run.
+    [[nodiscard]] pa::Durations durations() const;
 
     /// Ends every wait for space and for the last step, and lets none begin until `begin`.
     void releaseWaiters();

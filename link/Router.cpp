@@ -136,28 +136,32 @@ void withdraw(PAController& controller, const Withdrawal& withdrawal) {
 Router::Router(PAController& controller)
     : controller_(controller), merged_(std::make_shared<HandlerSlot<HandledRecord>>()) {}
 
-void Router::handle(Record record) {
+bool Router::handle(Record record, std::int64_t arrivedUS) {
     const std::lock_guard arrival(arrival_);
     const Route* const route = routeOf(record.kind);
     if (route == nullptr) {
         handleError(3, "record of unknown kind >%d< key >%d< dropped",
                     static_cast<int>(record.kind), record.key);
-        return;
+        return false;
     }
+    bool isHandled = false;
     guarded("record", record.kind, record.key, [&] {
         if (route->pauses()) {
-            handleWithPause(*route, record.key, std::move(record.fields));
+            handleWithPause(*route, record.key, std::move(record.fields), arrivedUS);
         } else {
             list_.assign(std::move(record.fields));
             route->handle(controller_, record.dstNo, record.key, list_.list());
             merged_->call({record.kind, record.key});
+            isHandled = true;
         }
     });
+    return isHandled;
 }
 
 // The steps outlive the router when an observer is slow; the controller outlives them, and what
 // else they use they share.
-void Router::handleWithPause(const Route& route, int key, pa::RecordFields fields) {
+void Router::handleWithPause(const Route& route, int key, pa::RecordFields fields,
+                             std::int64_t arrivedUS) {
     notifier_.waitForSpace();
     const int kind = static_cast<int>(route.kind);
     const std::int64_t due = pa::monotonicMS() + PAController::notificationPauseMS;
@@ -166,9 +170,10 @@ void Router::handleWithPause(const Route& route, int key, pa::RecordFields field
         list_.assign(std::move(fields));
         const MergeResult result = merge(controller, route, key, list_, *merged_);
         if (result != MergeResult::Dropped) {
-            notifier_.add({kind, key, due, false, [&controller, result](const Step& step) {
-                               notify(controller, step, result);
-                           }});
+            notifier_.add(
+                {kind, key, due, false,
+                 [&controller, result](const Step& step) { notify(controller, step, result); }, 0,
+                 arrivedUS});
         }
         return;
     }
@@ -183,9 +188,10 @@ void Router::handleWithPause(const Route& route, int key, pa::RecordFields field
                        });
                    },
                    bytes});
-    notifier_.add({kind, key, due, false, [&controller, held](const Step& step) {
-                       notify(controller, step, held->result);
-                   }});
+    notifier_.add(
+        {kind, key, due, false,
+         [&controller, held](const Step& step) { notify(controller, step, held->result); }, 0,
+         arrivedUS});
 }
 
 void Router::handle(const Withdrawal& withdrawal) {

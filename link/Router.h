@@ -2,6 +2,7 @@
 #pragma once
 
 #include <chrono>
+#include <cstdint>
 #include <memory>
 #include <mutex>
 #include <utility>
@@ -56,7 +57,9 @@ public:
     void setMergeHandler(MergeHandler handler) { merged_->set(std::move(handler)); }
 
     /// Merges a record, or has it wait for a withdrawal of its key.
-    void handle(Record record);
+    /// @param arrivedUS for `pausedDurations`, by `monotonicUS`; 0 leaves it out
+    /// @return whether its observers have been called; else the notifier does that
+    bool handle(Record record, std::int64_t arrivedUS = 0);
     /// Withdraws, after the notifications that wait for it.
     void handle(const Withdrawal& withdrawal);
 
@@ -65,6 +68,10 @@ public:
 
     /// Waits until everything that has arrived is handled, or `releaseWaiters` is called.
     void waitUntilIdle();
+
+    /// How long records that pause have taken from their arrival until their observers had been
+    /// called.
+    [[nodiscard]] pa::Durations pausedDurations() const { return notifier_.durations(); }
 
     /// Ends every wait for an observer, until `begin`: records are added to a full notifier, a
     /// withdrawal of everything and a reset that would have to wait are left out. For a link that
@@ -79,7 +86,8 @@ public:
     void begin();
 
 private:
-    void handleWithPause(const Route& route, int key, pa::RecordFields fields);
+    void handleWithPause(const Route& route, int key, pa::RecordFields fields,
+                         std::int64_t arrivedUS);
 
     PAController& controller_;
     std::mutex arrival_;   // held while an event is handled or added to the notifier

@@ -8,6 +8,7 @@
 #include <utility>
 #include <variant>
 
+#include "framework/clock.h"
 #include "framework/fork.h"
 #include "framework/levelMeter.h"
 #include "framework/log.h"
@@ -126,12 +127,34 @@ bool ServerLink::isConnected() const {
 }
 
 void ServerLink::deliver(ServerEvent event) {
+    if (!std::holds_alternative<Record>(event)) {
+        measureHandled();  // before it waits for the pauses of other records
+    }
     try {
         std::visit([this](auto& what) { on(std::move(what)); }, event);
     } catch (const std::exception& e) {
         // Short of memory or threads: only this event is lost.
         handleError(1, "an event of the server is lost: %s", e.what());
     }
+}
+
+void ServerLink::beginBatch(std::int64_t arrivedUS) {
+    arrivedUS_ = arrivedUS;
+}
+
+void ServerLink::endBatch() {
+    measureHandled();
+    arrivedUS_ = 0;
+}
+
+void ServerLink::measureHandled() {
+    if (const std::uint64_t handled = std::exchange(handled_, 0); handled > 0) {
+        directDurations_.add(std::chrono::microseconds(pa::monotonicUS() - arrivedUS_), handled);
+    }
+}
+
+RecordDurations ServerLink::recordDurations() const {
+    return {directDurations_.read(), router_.pausedDurations()};
 }
 
 void ServerLink::on(const Connected& connected) {
@@ -164,7 +187,9 @@ void ServerLink::lose(const std::string& reason) {
 }
 
 void ServerLink::on(Record record) {
-    router_.handle(std::move(record));
+    if (router_.handle(std::move(record), arrivedUS_) && arrivedUS_ != 0) {
+        ++handled_;
+    }
 }
 
 void ServerLink::on(const Withdrawal& withdrawal) {

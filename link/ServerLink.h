@@ -11,6 +11,7 @@
 #include <thread>
 
 #include "../framework/api.h"
+#include "../framework/durationCounts.h"
 #include "../framework/fork.h"
 #include "../sdk/AudioServer.h"
 #include "../sdk/DroppedOperation.h"
@@ -38,6 +39,15 @@ struct ConnectionChange {
     std::uint64_t number = 0;  ///< of the connection, counted from 1 in the life of the link; when
                                ///< stopped that of the last one, 0 when there was none
     std::string reason;        ///< of a disconnection
+};
+
+/// How long records have taken from their arrival at this process until all their observers had
+/// been called. A record counts with the times of the batch of up to 64 events in which it is
+/// delivered: from the arrival of the first to the end of the last record, so never with too short
+/// a time.
+struct RecordDurations {
+    pa::Durations direct;  ///< of all kinds but those that pause
+    pa::Durations paused;  ///< of sources and schedules, with the pause of 100 ms
 };
 
 /// The client's connection to its audio server: joins a transport to the controller, the send queue
@@ -137,6 +147,9 @@ public:
     /// Whether the last change that was passed to the connection handler left the link connected.
     [[nodiscard]] bool isConnected() const;
 
+    /// What a transport that delivers in batches has had measured so far.
+    [[nodiscard]] RecordDurations recordDurations() const;
+
     /// Replaces the handler of refusals; without one they are reported through `handleError`.
     void setRefusalHandler(RefusalHandler handler) { refusalHandler_.set(std::move(handler)); }
 
@@ -160,6 +173,8 @@ public:
 
 private:
     void deliver(ServerEvent event) override;                             // by the transport
+    void beginBatch(std::int64_t arrivedUS) override;                     // likewise
+    void endBatch() override;                                             // likewise
     bool sendOperation(const pa::Operation& operation) override;          // by the send queue
     void operationDropped(const pa::DroppedOperation& dropped) override;  // by the send queue
 
@@ -171,6 +186,7 @@ private:
     void on(const LevelReading& reading);
     void on(const InitialSetComplete& complete);
     void on(const RoundTripComplete& complete);
+    void measureHandled();
     void end(std::chrono::milliseconds limit);
     void lose(const std::string& reason);
     void change(ConnectionChange::State state, const std::string& reason = {});
@@ -186,6 +202,11 @@ private:
     HandlerSlot<ConnectionChange> connectionHandler_;
     HandlerSlot<HandledRecord> recordHandler_;
     HandlerSlot<pa::Operation> sentHandler_;
+    pa::DurationCounts directDurations_;
+
+    // Of the transport's thread that delivers.
+    std::int64_t arrivedUS_ = 0;  // of the batch; 0 between batches
+    std::uint64_t handled_ = 0;   // records whose observers have been called, not yet measured
 
     mutable std::mutex lock_;
     std::condition_variable changed_;

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <variant>
@@ -78,6 +79,14 @@ public:
 
     /// May block until earlier events have been handled.
     virtual void deliver(ServerEvent event) = 0;
+
+    /// @name What is delivered between these has arrived from the server at `arrivedUS`, by
+    /// `pa::monotonicUS`, or shortly after
+    /// A transport that calls them has its records measured: on the thread that delivers.
+    /// @{
+    virtual void beginBatch(std::int64_t /*arrivedUS*/) {}  ///< before the first event
+    virtual void endBatch() {}                              ///< after the last event
+    /// @}
 };
 
 /// The outcome of an upload.
@@ -118,6 +127,9 @@ public:
     /// meanwhile delivers none.
     /// @return false when the link is down
     virtual bool requestRoundTrip(std::uint64_t number) = 0;
+
+    /// How many events wait to be delivered, or are being delivered.
+    [[nodiscard]] virtual std::size_t eventsWaiting() const { return 0; }
 
     /// Sends a file of this device and waits for the result.
     virtual UploadResult upload(const std::string& localPath, const std::string& serverPath) = 0;

@@ -2,6 +2,7 @@
 #include "metrics/Exposition.h"
 
 #include <fstream>
+#include <limits>
 #include <prometheus/text_serializer.h>
 #include <sstream>
 #include <sys/resource.h>
@@ -31,8 +32,18 @@ void Exposition::counter(const char* name, const char* help, double value, const
     add(MetricType::Counter, name, help, labels).counter.value = value;
 }
 
-void Exposition::histogram(const char* name, const char* help, const DurationCounts& durations) {
-    add(MetricType::Histogram, name, help, {}).histogram = durations.histogram();
+void Exposition::histogram(const char* name, const char* help, const pa::Durations& durations,
+                           const Labels& labels) {
+    constexpr double usPerSecond = 1e6;
+    const auto& bounds = pa::Durations::boundsUS;
+    auto& histogram = add(MetricType::Histogram, name, help, labels).histogram;
+    for (std::size_t i = 0; i < durations.counts.size(); ++i) {
+        histogram.sample_count += durations.counts[i];
+        histogram.bucket.push_back({histogram.sample_count,
+                                    i < bounds.size() ? static_cast<double>(bounds[i]) / usPerSecond
+                                                      : std::numeric_limits<double>::infinity()});
+    }
+    histogram.sample_sum = std::chrono::duration<double>(durations.sum).count();
 }
 
 void Exposition::addProcess() {

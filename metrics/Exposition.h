@@ -6,11 +6,11 @@
 #include <utility>
 #include <vector>
 
-#include "metrics/DurationCounts.h"
+#include "framework/durationCounts.h"
 
 namespace pametrics {
 
-/// The values of one moment, made when somebody asks for them.
+/// The values of one moment, made when they are asked for.
 class Exposition {
 public:
     /// Names and values; each value must be one of a few, or a scraper keeps series without end.
@@ -21,7 +21,8 @@ public:
     /// @param help a sentence without an end
     void gauge(const char* name, const char* help, double value, const Labels& labels = {});
     void counter(const char* name, const char* help, double value, const Labels& labels = {});
-    void histogram(const char* name, const char* help, const DurationCounts& durations);
+    void histogram(const char* name, const char* help, const pa::Durations& durations,
+                   const Labels& labels = {});
 
     /// The processor time and the memory of this process.
     void addProcess();

@@ -1,85 +1,135 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "metrics/MetricsEndpoint.h"
 
-#include <algorithm>
-#include <httplib.h>
+#include <microhttpd.h>
+#include <netdb.h>
 #include <stdexcept>
-#include <sys/socket.h>
-#include <thread>
+#include <string_view>
+#include <utility>
 
 #include "metrics/Exposition.h"
+#include "metrics/ListenAddress.h"
 
 namespace pametrics {
 
-struct MetricsEndpoint::Server {
-    httplib::Server http;
-    int port = 0;
-    std::thread thread;
-};
-
 namespace {
 
-/// @return the port, 0 when the address cannot be used
-int bindTo(httplib::Server& http, const std::string& address) {
-    const std::size_t colon = address.rfind(':');
-    const std::string digits = colon == std::string::npos ? "" : address.substr(colon + 1);
-    if (digits.empty() || digits.size() > 5 ||
-        digits.find_first_not_of("0123456789") != std::string::npos) {
-        return 0;
+constexpr unsigned idleSeconds = 5;
+constexpr std::size_t bytesOfClient = 16384;  // of its request's head, and of what answers it
+constexpr const char* plain = "text/plain; charset=utf-8";
+
+struct Answer {
+    unsigned status;
+    std::string body{};
+    const char* type = plain;
+};
+
+using Response = std::unique_ptr<MHD_Response, decltype(&MHD_destroy_response)>;
+
+MHD_Result send(MHD_Connection* connection, const Answer& answer) {
+    // The library copies the body, in spite of the type.
+    const Response response(
+        MHD_create_response_from_buffer(answer.body.size(),
+                                        const_cast<char*>(answer.body.data()),  // NOLINT
+                                        MHD_RESPMEM_MUST_COPY),
+        MHD_destroy_response);
+    if (response == nullptr) {
+        return MHD_NO;
     }
-    std::string host = address.substr(0, colon);
-    if (host.size() > 1 && host.front() == '[' && host.back() == ']') {
-        host = host.substr(1, host.size() - 2);
+    MHD_add_response_header(response.get(), MHD_HTTP_HEADER_CONTENT_TYPE, answer.type);
+    MHD_add_response_header(response.get(), "X-Content-Type-Options", "nosniff");
+    MHD_add_response_header(response.get(), MHD_HTTP_HEADER_CONNECTION, "close");
+    if (answer.status == MHD_HTTP_METHOD_NOT_ALLOWED) {
+        MHD_add_response_header(response.get(), MHD_HTTP_HEADER_ALLOW, "GET, HEAD");
     }
-    const int port = std::stoi(digits);
-    if (port == 0) {
-        return std::max(http.bind_to_any_port(host), 0);
-    }
-    return http.bind_to_port(host, port) ? port : 0;
+    return MHD_queue_response(connection, answer.status, response.get());
 }
 
 }  // namespace
 
+class MetricsEndpoint::Server {
+public:
+    Server(const std::string& where, std::function<std::string()> text,
+           std::function<bool()> isHealthy)
+        : text_(std::move(text)), isHealthy_(std::move(isHealthy)) {
+        if (const auto address = readListenAddress(where)) {
+            start(*address);
+        }
+        if (daemon_ == nullptr) {
+            throw std::runtime_error("the metrics cannot be served at '" + where +
+                                     "': an address and a port that is free are expected");
+        }
+    }
+    Server(const Server&) = delete;
+    Server& operator=(const Server&) = delete;
+    ~Server() {
+        if (daemon_ != nullptr) {
+            MHD_stop_daemon(daemon_);
+        }
+    }
+
+    [[nodiscard]] int port() const {
+        return MHD_get_daemon_info(daemon_, MHD_DAEMON_INFO_BIND_PORT)->port;
+    }
+
+private:
+    void start(const ListenAddress& address) {
+        addrinfo wanted{};
+        wanted.ai_socktype = SOCK_STREAM;
+        wanted.ai_flags = AI_PASSIVE | AI_NUMERICSERV;
+        addrinfo* found = nullptr;
+        if (getaddrinfo(address.host.c_str(), std::to_string(address.port).c_str(), &wanted,
+                        &found) != 0) {
+            return;
+        }
+        const std::unique_ptr<addrinfo, decltype(&freeaddrinfo)> owned(found, freeaddrinfo);
+        for (; found != nullptr && daemon_ == nullptr; found = found->ai_next) {
+            // At "::" clients of IPv4 are served, too.
+            const unsigned ip = found->ai_family == AF_INET6 ? MHD_USE_DUAL_STACK : MHD_NO_FLAG;
+            daemon_ = MHD_start_daemon(
+                MHD_USE_AUTO_INTERNAL_THREAD | ip, 0, nullptr, nullptr, &handle, this,
+                MHD_OPTION_SOCK_ADDR, found->ai_addr, MHD_OPTION_CONNECTION_LIMIT, mostClients,
+                MHD_OPTION_CONNECTION_TIMEOUT, idleSeconds, MHD_OPTION_CONNECTION_MEMORY_LIMIT,
+                bytesOfClient, MHD_OPTION_END);
+        }
+    }
+
+    /// Called by the library with the head of a request.
+    static MHD_Result handle(void* server, MHD_Connection* connection, const char* path,
+                             const char* method, const char* /*version*/, const char* /*body*/,
+                             std::size_t* /*bodyBytes*/, void** /*request*/) {
+        return send(connection, static_cast<Server*>(server)->answerTo(method, path));
+    }
+
+    [[nodiscard]] Answer answerTo(std::string_view method, std::string_view path) const try {
+        if (method != MHD_HTTP_METHOD_GET && method != MHD_HTTP_METHOD_HEAD) {
+            return {MHD_HTTP_METHOD_NOT_ALLOWED};
+        }
+        if (path == "/metrics") {
+            return {MHD_HTTP_OK, text_(), Exposition::contentType};
+        }
+        if (path == "/healthz") {
+            return isHealthy_() ? Answer{MHD_HTTP_OK, "ok\n"}
+                                : Answer{MHD_HTTP_SERVICE_UNAVAILABLE, "not ready\n"};
+        }
+        return {MHD_HTTP_NOT_FOUND};
+    } catch (const std::exception&) {
+        return {MHD_HTTP_INTERNAL_SERVER_ERROR};
+    }
+
+    const std::function<std::string()> text_;
+    const std::function<bool()> isHealthy_;
+    MHD_Daemon* daemon_ = nullptr;
+};
+
 MetricsEndpoint::MetricsEndpoint(const std::string& address, std::function<std::string()> text,
                                  std::function<bool()> isHealthy)
-    : server_(std::make_unique<Server>()) {
-    httplib::Server& http = server_->http;
-    http.new_task_queue = [] { return new httplib::ThreadPool(1); };
-    http.set_socket_options([](int socket) {  // the library's own share the port with others
-        const int isOn = 1;
-        setsockopt(socket, SOL_SOCKET, SO_REUSEADDR, &isOn, sizeof isOn);
-    });
-    http.set_keep_alive_max_count(1);
-    http.set_read_timeout(1);
-    http.set_write_timeout(5);
-    http.set_payload_max_length(0);
-    http.Get("/metrics", [text = std::move(text)](const auto& /*request*/, auto& response) {
-        response.set_content(text(), Exposition::contentType);
-    });
-    http.Get("/healthz",
-             [isHealthy = std::move(isHealthy)](const auto& /*request*/, auto& response) {
-                 const bool isFine = isHealthy();
-                 response.status = isFine ? 200 : 503;
-                 response.set_content(isFine ? "ok\n" : "not ready\n", "text/plain; charset=utf-8");
-             });
-    server_->port = bindTo(http, address);
-    if (server_->port == 0) {
-        throw std::runtime_error("the metrics cannot be served at '" + address +
-                                 "': an address and a port that is free are expected");
-    }
-    server_->thread = std::thread([&http] { http.listen_after_bind(); });
-    while (!http.is_running()) {  // before that it cannot be stopped
-        std::this_thread::yield();
-    }
-}
+    : server_(std::make_unique<Server>(address, std::move(text), std::move(isHealthy))) {}
 
-MetricsEndpoint::~MetricsEndpoint() {
-    server_->http.stop();
-    server_->thread.join();
-}
+MetricsEndpoint::~MetricsEndpoint() = default;
 
 int MetricsEndpoint::port() const {
-    return server_->port;
+    return server_->port();
 }
 
 }  // namespace pametrics

@@ -2,9 +2,13 @@
 #include "panel/Arguments.h"
 
 #include <CLI/CLI.hpp>
+#include <arpa/inet.h>
 #include <fstream>
+#include <set>
 #include <unistd.h>
+#include <utility>
 
+#include "metrics/ListenAddress.h"
 #include "operating/options.h"
 #include "operating/serverOptions.h"
 #include "paserver/journal.h"
@@ -14,7 +18,6 @@ namespace papanel {
 
 namespace {
 
-constexpr int greatestPort = 65535;
 constexpr const char* footer =
     "Commands: user add|remove|password|role|list --users FILE, see user --help\n"
     "Exit codes: 0 stopped, 1 usage, 2 cannot start";
@@ -38,7 +41,7 @@ void addPageOptions(CLI::App& app, PanelSettings& settings, Words& words) {
     addText(pages, "--listen", words.listen,
             "Address of the page; port 0 is a free one (default 127.0.0.1:8088)", "ADDRESS:PORT");
     addPath(pages, "--users", settings.users,
-            "Users; without it anybody on this machine is an operator", file);
+            "Users; without it everyone on this machine is an operator", file);
     CLI::Option* const certificate = addPath(pages, "--tls-cert", http.certificate,
                                              "Certificate of the page, with its chain", file);
     CLI::Option* const key = addPath(pages, "--tls-key", http.key, "Key of the certificate", file);
@@ -49,13 +52,15 @@ void addPageOptions(CLI::App& app, PanelSettings& settings, Words& words) {
         ->check(oneOf({"http", "https"}))
         ->excludes(certificate);
     addTexts(pages, "--proxy-address", words.proxies,
-             "Address of that proxy; repeatable (default 127.0.0.1 and ::1)", "ADDRESS");
+             "IP address of that proxy; repeatable (default 127.0.0.1 and ::1)", "ADDRESS");
     addPath(pages, "--audit", settings.audit,
             "Audit trail (default: the newest operations, in memory)", file);
     addWhole(pages, "--audit-days", settings.auditDays, {1, greatestDays},
              "How long an operation stays in it (default 90)");
     addPath(pages, "--metrics-token-file", words.metricsToken,
-            "Token for /metrics, which else this machine and users may read", file);
+            "Token for /metrics, which else this machine and users may read: a line of 16 "
+            "characters or more, mode 600",
+            file);
     addWhole(pages, "--max-connections", http.limits.connections, {1, greatestWhole},
              "In all (default 1000)");
     addWhole(pages, "--max-connections-per-address", http.limits.connectionsPerAddress,
@@ -71,7 +76,8 @@ void define(CLI::App& app, PanelSettings& settings, Words& words) {
     paoperating::addWhole(app, "--debug", words.debug, {0, 3}, "Verbosity of the log, 0 to 3");
     app.set_config("--config",
                    pautil::userFile("XDG_CONFIG_HOME", ".config", "papanel/config.toml").string(),
-                   "File with options, as listen = \"127.0.0.1:8088\"");
+                   "File with options, as listen = \"127.0.0.1:8088\"")
+        ->type_name("FILE");
     app.allow_config_extras(CLI::config_extras_mode::error);
     app.set_version_flag("--version", "papanel " PA_VERSION);
     app.footer(footer);
@@ -79,18 +85,12 @@ void define(CLI::App& app, PanelSettings& settings, Words& words) {
 
 /// @throws std::invalid_argument
 void takeListen(const std::string& text, HttpSettings& http) {
-    const std::size_t colon = text.rfind(':');
-    const std::string port = colon == std::string::npos ? "" : text.substr(colon + 1);
-    if (colon == 0 || port.empty() || port.size() > 5 ||
-        port.find_first_not_of("0123456789") != std::string::npos ||
-        std::stoi(port) > greatestPort) {
+    const auto address = pametrics::readListenAddress(text);
+    if (!address) {
         throw std::invalid_argument("--listen: '" + text + "' is not an address and a port");
     }
-    http.host = text.substr(0, colon);
-    http.port = std::stoi(port);
-    if (http.host.front() == '[' && http.host.back() == ']') {
-        http.host = http.host.substr(1, http.host.size() - 2);
-    }
+    http.host = address->host;
+    http.port = address->port;
 }
 
 /// The first line of a file that only its owner may use.
@@ -101,6 +101,9 @@ std::string readToken(const std::filesystem::path& file) {
     std::string token;
     std::ifstream stream(file);
     std::getline(stream, token);
+    if (!stream.is_open() || stream.bad()) {
+        throw std::invalid_argument("--metrics-token-file: " + file.string() + " cannot be read");
+    }
     if (token.size() < shortest) {
         throw std::invalid_argument("--metrics-token-file: " + file.string() +
                                     " has no line of 16 characters or more");
@@ -112,6 +115,20 @@ std::string readToken(const std::filesystem::path& file) {
     return token;
 }
 
+/// Addresses as the system writes them: those of connections are compared with them.
+/// @throws std::invalid_argument
+void takeProxies(const std::vector<std::string>& addresses, std::set<std::string>& proxies) {
+    for (const std::string& address : addresses) {
+        const int family = address.find(':') == std::string::npos ? AF_INET : AF_INET6;
+        in6_addr number{};  // large enough for both families
+        char text[INET6_ADDRSTRLEN] = "";
+        if (inet_pton(family, address.c_str(), &number) != 1) {
+            throw std::invalid_argument("--proxy-address: '" + address + "' is not an IP address");
+        }
+        proxies.insert(inet_ntop(family, &number, text, sizeof(text)));
+    }
+}
+
 /// @throws std::invalid_argument
 void finish(PanelSettings& settings, const Words& words) {
     takeListen(words.listen, settings.http);
@@ -120,8 +137,10 @@ void finish(PanelSettings& settings, const Words& words) {
     }
     settings.isBehindProxy = !words.proxyScheme.empty();
     settings.isEncrypted = words.proxyScheme == "https" || !settings.http.certificate.empty();
+    std::set<std::string> proxies;
+    takeProxies(words.proxies, proxies);
     if (settings.isBehindProxy) {
-        settings.http.proxies.insert(words.proxies.begin(), words.proxies.end());
+        settings.http.proxies = std::move(proxies);
     }
     if (settings.users.empty() && (settings.isBehindProxy || !isLoopbackHost(settings.http.host))) {
         throw std::invalid_argument(
@@ -145,6 +164,9 @@ Arguments readArguments(const std::vector<std::string>& words) {
     } catch (const CLI::CallForVersion& version) {
         arguments.exitCode = stopped;
         arguments.output = std::string(version.what()) + '\n';
+    } catch (const CLI::ConfigError& error) {
+        arguments.exitCode = wrongUsage;
+        arguments.error = app.get_config_ptr()->as<std::string>() + ": " + error.what();
     } catch (const std::exception& error) {
         arguments.exitCode = wrongUsage;
         arguments.error = error.what();

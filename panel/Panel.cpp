@@ -5,15 +5,21 @@
 #include <openssl/crypto.h>
 #include <utility>
 
+#include "framework/log.h"
+#include "panel/Housekeeping.h"
 #include "panel/PanelMetrics.h"
+#include "panel/ProblemLog.h"
 #include "panel/Services.h"
+#include "panel/access/SessionCookie.h"
 #include "panel/access/Sessions.h"
 #include "panel/access/UserFile.h"
-#include "panel/access/cookie.h"
 #include "panel/api/AudioStore.h"
+#include "panel/api/FaultTimes.h"
 #include "panel/api/IdempotencyStore.h"
 #include "panel/api/LockKeeper.h"
+#include "panel/api/ScheduleNumbers.h"
 #include "panel/api/SentAnnouncements.h"
+#include "panel/api/announcementEnds.h"
 #include "panel/api/routes.h"
 #include "panel/api/sessionRoutes.h"
 #include "panel/audit/AuditTrail.h"
@@ -63,7 +69,8 @@ bool mayReadMetrics(const HttpRequest& request, const PanelSettings& settings, S
     const bool hasToken = !settings.metricsToken.empty() && given.size() == expected.size() &&
                           CRYPTO_memcmp(given.data(), expected.data(), given.size()) == 0;
     const bool isLocal = !settings.isBehindProxy && isLoopbackHost(request.address);
-    return hasToken || isLocal || sessions.find(tokenIn(request.head.header("cookie")));
+    const SessionCookie cookie(request.port, settings.isEncrypted);
+    return hasToken || isLocal || sessions.find(cookie.tokenIn(request.head.header("cookie")));
 }
 
 }  // namespace
@@ -109,6 +116,19 @@ struct Panel::Parts {
         return reply;
     }
 
+    void logProblem() {
+        if (const auto link = endpoint->report()) {
+            problems.note(endpoint->name(), link->problem, connection.lossReason());
+        }
+    }
+
+    /// Without a connection nothing is known of locks.
+    void releaseLocks() {
+        if (connection.isSynced()) {
+            locks.releaseDue();
+        }
+    }
+
     Stop stop;
     const std::unique_ptr<UserFile> users;
     AuditTrail audit;
@@ -116,12 +136,19 @@ struct Panel::Parts {
     IdempotencyStore answers;
     AudioStore audio;
     const std::unique_ptr<paclient::Endpoint> endpoint;
+    const FaultTimes faults;
     paclient::Connection connection;
-    LockKeeper locks;
+    LockKeeper locks{audit};
     SentAnnouncements announcements;
+    ScheduleNumbers scheduleNumbers;
     EventHub events;
-    Services services{connection, events, sessions, users.get(),   audit,
-                      answers,    locks,  audio,    announcements, stop};
+    Services services{connection, events, sessions,      users.get(), audit,           answers,
+                      locks,      audio,  announcements, faults,      scheduleNumbers, stop};
+    ProblemLog problems;
+    Housekeeping housekeeping{{[this] { logProblem(); }, [this] { sessions.endExpired(); },
+                               [this] { audit.keepHouse(); }, [this] { releaseLocks(); },
+                               [this] { audio.removeExpired(); },
+                               [this] { finishAnnouncements(services); }}};
     const PanelMetrics metrics;
     Router router;
     std::string url;
@@ -137,7 +164,11 @@ Panel::Panel(const PanelSettings& settings, std::unique_ptr<paclient::Endpoint> 
 Panel::~Panel() {
     requestStop();
     parts_->http.reset();  // no page takes a source any more
-    parts_->locks.releaseAll(std::chrono::seconds(1));
+    try {
+        parts_->locks.releaseAll(std::chrono::seconds(1));
+    } catch (const std::exception& error) {
+        handleError(1, "sources are not released: %s", error.what());
+    }
 }
 
 void Panel::requestStop() {
@@ -147,9 +178,18 @@ void Panel::requestStop() {
 }
 
 void Panel::keepHouse() {
-    parts_->sessions.endExpired();
-    parts_->audit.removeExpired();
-    papanel::keepHouse(parts_->services);
+    parts_->housekeeping.run();
+}
+
+bool Panel::readFiles() {
+    const bool areUsersRead = parts_->users == nullptr || parts_->users->readAgain();
+    try {
+        parts_->http->readCertificate();
+    } catch (const std::exception& error) {
+        handleError(1, "%s; the certificate is that of before", error.what());
+        return false;
+    }
+    return areUsersRead;
 }
 
 int Panel::port() const {

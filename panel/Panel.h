@@ -17,7 +17,7 @@ struct PanelSettings {
     std::filesystem::path users{};  ///< empty: everyone is an operator
     std::filesystem::path audit{};  ///< empty: in memory
     int auditDays = 90;
-    std::string metricsToken{};  ///< lets anybody who has it read the metrics; empty: none
+    std::string metricsToken{};  ///< a request that has it reads the metrics; empty: none
     bool isBehindProxy = false;  ///< `http.proxies` are then trusted
     bool isEncrypted = false;    ///< from the browser to this server, or to the proxy
 };
@@ -41,6 +41,11 @@ public:
 
     /// Ends, releases and removes what is due. To be called about once a second.
     void keepHouse();
+
+    /// Reads the certificate, its key and the users again. What cannot be used stays as it was, and
+    /// the log states why.
+    /// @return whether everything could be used
+    bool readFiles();
 
     /// Where it serves, for a browser.
     [[nodiscard]] std::string url() const;

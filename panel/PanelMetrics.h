@@ -10,6 +10,7 @@
 #include "client/ChangeStream.h"
 #include "client/Endpoint.h"
 #include "metrics/Exposition.h"
+#include "metrics/OperationCounts.h"
 
 namespace papanel {
 
@@ -35,17 +36,18 @@ private:
     using Count = std::atomic<std::uint64_t>;
 
     void note(const paclient::Change& change);
+    void addConnection(pametrics::Exposition& to, const Services& services) const;
     void addCounts(pametrics::Exposition& to) const;
 
-    static constexpr std::size_t operationKinds = 21;  // the last one is any other
-    static constexpr std::size_t states = 10;          // of announcements
-    static constexpr std::size_t reasons = 5;          // of dropped operations
+    static constexpr std::size_t states = 10;  // of announcements
+    static constexpr std::size_t reasons = 5;  // of dropped operations
 
     std::array<Count, std::variant_size_v<paclient::Change>> changes_{};
-    std::array<Count, operationKinds> sent_{};
+    pametrics::OperationCounts sent_;
     std::array<Count, reasons> dropped_{};
     std::array<Count, states> announcements_{};
-    const paclient::Listener listener_;  // the last one: it counts in the others
+    std::atomic<std::int64_t> syncedAtMS_;  // the last time, by `monotonicMS`
+    const paclient::Listener listener_;     // the last one: it counts in the others
 };
 
 }  // namespace papanel

@@ -9,8 +9,10 @@ namespace papanel {
 class AudioStore;
 class AuditTrail;
 class EventHub;
+class FaultTimes;
 class IdempotencyStore;
 class LockKeeper;
+class ScheduleNumbers;
 class SentAnnouncements;
 class Sessions;
 class UserFile;
@@ -26,6 +28,8 @@ struct Services {
     LockKeeper& locks;
     AudioStore& audio;
     SentAnnouncements& announcements;
+    const FaultTimes& faults;
+    ScheduleNumbers& scheduleNumbers;
     const Stop& stop;
 };
 

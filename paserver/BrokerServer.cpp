@@ -2,13 +2,33 @@
 #include "paserver/BrokerServer.h"
 
 #include <algorithm>
+#include <filesystem>
 #include <limits>
+#include <system_error>
 #include <utility>
 
 #include "framework/clock.h"
 #include "framework/log.h"
 
 namespace paserver {
+
+namespace {
+
+/// The size of the files in a folder; 0 when there is none.
+std::uintmax_t bytesIn(const std::filesystem::path& folder) {
+    std::uintmax_t bytes = 0;
+    std::error_code fault;
+    const std::filesystem::directory_iterator end;
+    for (std::filesystem::directory_iterator entry(folder, fault); entry != end;
+         entry.increment(fault)) {
+        std::error_code isGone;
+        const std::uintmax_t size = entry->file_size(isGone);
+        bytes += isGone ? 0 : size;
+    }
+    return bytes;
+}
+
+}  // namespace
 
 BrokerServer::BrokerServer(ServerSettings settings)
     : settings_(std::move(settings)),
@@ -31,18 +51,29 @@ void BrokerServer::requestStop() {
     wake_.wake();
 }
 
-ServerCounts BrokerServer::counts() const {
-    ServerCounts counts;
-    counts.isActive = active_;
-    counts.isReady = ready_;
-    counts.requestsWaiting = requests_.size();
-    counts.requests = taken_;
-    counts.requestsDropped = droppedRequests_;
-    counts.published = published_;
+ServerState BrokerServer::state() const {
+    constexpr double msPerSecond = 1e3;
+    ServerState state;
+    state.isActive = active_;
+    state.isReady = ready_;
+    state.generation = generation_;
+    state.requestsWaiting = requests_.size();
+    state.clients = clients_;
+    state.publications = publications_.state();
+    state.keptBytes = bytesIn(settings_.simulation.state);
     const std::lock_guard guard(lock_);
-    counts.isConnected = network_.connected;
-    counts.connections = network_.connections;
-    return counts;
+    state.isConnected = network_.connected;
+    state.connections = network_.connections;
+    if (network_.connected) {
+        state.connectedSeconds =
+            static_cast<double>(pa::monotonicMS() - network_.connectedMS) / msPerSecond;
+    }
+    return state;
+}
+
+bool BrokerServer::isConnected() const {
+    const std::lock_guard guard(lock_);
+    return network_.connected;
 }
 
 std::string BrokerServer::failure() const {
@@ -68,13 +99,10 @@ void BrokerServer::run() {
             fail(error.what());
         }
     }
-    if (!settings_.keepsRecords && !replaced_) {
-        publications_.withdrawAll();
-    }
-    leave();
     if (simulation_ != nullptr) {
-        simulation_->disconnectClient();
+        simulation_->disconnectClient();  // or what it reports now would stay on the broker
     }
+    leave(!settings_.keepsRecords);
     ended_ = true;
 }
 
@@ -100,6 +128,8 @@ void BrokerServer::turn() {
         handleError(2, "the broker takes too little: everything is published again");
     }
     uploads_->expire(pa::monotonicMS());
+    answers_.expire(pa::monotonicMS());
+    clients_ = answers_.clients();
     expireMeters();
     ++beats_;
     wake_.waitFor(pause());
@@ -122,7 +152,7 @@ std::chrono::milliseconds BrokerServer::pause() const {
 
 void BrokerServer::startSimulation() {
     simulation_ = std::make_unique<simserver::SimServer>(settings_.station, settings_.simulation);
-    uploads_ = std::make_unique<IncomingUploads>(simulation_->uploads());
+    uploads_ = std::make_unique<IncomingUploads>(simulation_->uploads(), counters_.uploads);
     publications_.beginGeneration(generation_);
     simulation_->connectClient(*this);
 }
@@ -138,15 +168,24 @@ void BrokerServer::join() {
     client_->start();
 }
 
-/// Publishes what still waits, and that the server is offline. What another server has published
-/// with this number stays.
-void BrokerServer::leave() {
+/// Publishes what still waits, and that the server is offline; then it may withdraw its records,
+/// which clients do not read any more. What another server has published with this number stays.
+void BrokerServer::leave(bool withdrawsRecords) {
+    const std::int64_t endMS = pa::monotonicMS() + stopLimit.count();
+    const auto publishAll = [&] {
+        const std::chrono::milliseconds left(std::max<std::int64_t>(endMS - pa::monotonicMS(), 0));
+        return publishWaiting(std::numeric_limits<std::size_t>::max(), left, stopPatience);
+    };
     bool isTaken = true;
     if (joined_ != 0 && !replaced_) {
-        isTaken = publishWaiting(std::numeric_limits<std::size_t>::max(), stopLimit, stopPatience);
+        isTaken = publishAll();
         palink::ServerStatus offline;
         offline.generation = generation_;
-        publish(statusMessage(offline));
+        isTaken = publish(statusMessage(offline)) && isTaken;
+        if (isTaken && withdrawsRecords) {
+            publications_.withdrawAll();
+            isTaken = publishAll();
+        }
     }
     isTaken = client_->stop(stopPatience) && isTaken;
     if (!isTaken && joined_ != 0) {
@@ -162,7 +201,7 @@ void BrokerServer::leave() {
 
 /// Leaves the broker and joins it again.
 void BrokerServer::rejoin() {
-    leave();
+    leave(false);
     if (std::exchange(rejoin_, Rejoin::No) == Rejoin::NewGeneration) {
         generation_ = std::max(generation_ + 1, hostClockMS());
         hasRole_ = false;

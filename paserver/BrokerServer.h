@@ -69,6 +69,9 @@ public:
     /// Whether the broker has taken everything that it holds once.
     [[nodiscard]] bool isReady() const { return ready_; }
 
+    /// Whether it is connected to the broker.
+    [[nodiscard]] bool isConnected() const;
+
     /// Why it ends by itself: the broker refuses the first connection or what it publishes for
     /// good, another server with its number has started, or it cannot start again. Empty while it
     /// does not.
@@ -81,7 +84,8 @@ public:
     [[nodiscard]] std::uint64_t beats() const { return beats_; }
 
     /// For the metrics.
-    [[nodiscard]] ServerCounts counts() const;
+    [[nodiscard]] ServerState state() const;
+    [[nodiscard]] const ServerCounters& counters() const { return counters_; }
 
 private:
     class Control;
@@ -92,6 +96,7 @@ private:
     struct Network {  // as its thread has noted it
         bool connected = false;
         std::uint64_t connections = 0;
+        std::int64_t connectedMS = 0;  // since when, by `monotonicMS`
         std::map<int, palink::ServerStatus> others;
         std::optional<OwnStatus> own;  // what another connection has published as this server
         std::string reason;            // of the last loss
@@ -110,12 +115,13 @@ private:
 
     // By the threads of the simulated server; in BrokerServerLink.cpp.
     void deliver(palink::ServerEvent event) override;
+    void countAnnouncement(const palink::Record& record);
 
     // By the server's own thread.
     void run();
     void turn();
     void join();
-    void leave();
+    void leave(bool withdrawsRecords);
     void rejoin();
     void startSimulation();
     [[nodiscard]] std::chrono::milliseconds pause() const;
@@ -137,6 +143,7 @@ private:
     void takeRequests();
     void carryOut(const ClientRequest& request);
     void answer(const ClientRequest& request, const std::string& payload);
+    void count(const ClientRequest& request, ServerCounters::OperationOutcome outcome);
     void notePreview(const ClientRequest& request);
     void reportFailure(const palink::Refusal& failure);
     std::optional<palink::Answer> resultOf(const ClientRequest& request);
@@ -163,12 +170,11 @@ private:
     std::atomic<bool> replaced_{false};
     std::atomic<std::uint64_t> beats_{0};
     std::atomic<bool> active_{false};
-    std::atomic<std::uint64_t> taken_{0};  // requests
-    std::atomic<std::uint64_t> droppedRequests_{0};
-    std::atomic<std::uint64_t> published_{0};
+    std::atomic<std::size_t> clients_{0};
+    ServerCounters counters_;
 
     // Of the server's own thread.
-    std::int64_t generation_;
+    std::atomic<std::int64_t> generation_;  // also read by others
     std::unique_ptr<simserver::SimServer> simulation_;
     std::unique_ptr<IncomingUploads> uploads_;
     std::unique_ptr<palink::MqttClient> client_;

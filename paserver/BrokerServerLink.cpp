@@ -26,6 +26,7 @@ void BrokerServer::onConnected() {
     const std::lock_guard guard(lock_);
     network_.connected = true;
     ++network_.connections;
+    network_.connectedMS = pa::monotonicMS();
     network_.reason.clear();
     network_.others.clear();
     network_.own.reset();
@@ -87,7 +88,7 @@ void BrokerServer::take(const palink::ReceivedMessage& message) {
     } else if (const auto dstNo = topics::readStatus(message.topic())) {
         takeStatus(*dstNo, message);
     } else if (!requests_.add(readRequest(message, dstNo_))) {
-        ++droppedRequests_;
+        ++counters_.dropped;
         faults_.report(message.topic(), "the request is dropped: too many wait");
     }
     wake_.wake();
@@ -114,6 +115,7 @@ void BrokerServer::takeStatus(int dstNo, const palink::ReceivedMessage& message)
 void BrokerServer::deliver(palink::ServerEvent event) {
     if (const auto* const record = std::get_if<palink::Record>(&event)) {
         const RecordKey key{record->kind, record->key};
+        countAnnouncement(*record);
         std::string payload = palink::encodeRecord(record->fields);
         if (payload.size() <= palink::maxRecordBytes) {
             publications_.put(key, std::move(payload));
@@ -132,6 +134,19 @@ void BrokerServer::deliver(palink::ServerEvent event) {
         publications_.add(std::move(message));
     } else if (const auto* const refusal = std::get_if<palink::Refusal>(&event)) {
         reportFailure(*refusal);
+    }
+}
+
+/// Counts an announcement that is over: its last record has a completion code.
+void BrokerServer::countAnnouncement(const palink::Record& record) {
+    constexpr std::size_t codeField = 18;
+    if (record.kind != pa::RecordKind::Announcement || record.fields.size() <= codeField) {
+        return;
+    }
+    for (std::size_t code = 0; code < counters_.announcements.size(); ++code) {
+        if (record.fields.at(codeField) == std::to_string(code)) {
+            ++counters_.announcements[code];
+        }
     }
 }
 
@@ -164,7 +179,7 @@ void BrokerServer::takeConnection() {
     hasRole_ = true;
     if (pa::load(debugLevel) > 0) {
         debug(1, "connected to %s, generation %lld", settings_.broker.url().c_str(),
-              static_cast<long long>(generation_));
+              static_cast<long long>(generation_.load()));
     }
 }
 
@@ -243,7 +258,7 @@ bool BrokerServer::publishWaiting(std::size_t most, std::chrono::milliseconds wa
 /// @return nothing when it must be published again
 std::optional<int> BrokerServer::publish(const palink::MqttMessage& message) try {
     const auto id = client_->publish(message);
-    published_ += id ? 1 : 0;
+    counters_.published += id ? 1 : 0;
     return id;
 } catch (const std::invalid_argument& fault) {
     handleError(2, "%s", fault.what());

@@ -78,8 +78,10 @@ public:
         server_.simulation_.reset();  // before the new one: it holds the state folder
         server_.simulation_ = std::make_unique<simserver::SimServer>(server_.settings_.station,
                                                                      server_.settings_.simulation);
-        server_.uploads_ = std::make_unique<IncomingUploads>(sim().uploads());
+        server_.uploads_ =
+            std::make_unique<IncomingUploads>(sim().uploads(), server_.counters_.uploads);
         server_.rejoin_ = Rejoin::NewGeneration;
+        ++server_.counters_.restarts;
     }
 
 private:
@@ -95,9 +97,13 @@ void BrokerServer::takeRequests() {
         if (!request) {
             return;
         }
-        ++taken_;
+        static_assert(static_cast<std::size_t>(ClientRequest::Kind::Control) + 1 ==
+                      std::tuple_size_v<decltype(counters_.requests)>);
+        ++counters_.requests[static_cast<std::size_t>(request->kind)];
         const bool isLate = request->deadlineMS && *request->deadlineMS < pa::monotonicMS();
-        if (!isLate) {
+        if (isLate) {
+            ++counters_.late;
+        } else {
             carryOut(*request);
         }
     }
@@ -112,15 +118,20 @@ void BrokerServer::carryOut(const ClientRequest& request) {
     }
     if (countsOnce(request)) {
         if (const std::string* const earlier = answers_.find(request, now)) {
+            ++counters_.repeated;
             answer(request, *earlier);
             return;
         }
         if (answers_.isFull()) {
+            ++counters_.dropped;
             faults_.report(request.responseTopic, "the request is dropped: too many in a minute");
             return;
         }
     }
     if (const auto result = resultOf(request)) {
+        if (request.kind == ClientRequest::Kind::Operation) {
+            count(request, result->accepted ? ServerCounters::accepted : ServerCounters::refused);
+        }
         const std::string payload = palink::encodeAnswer(*result);
         if (countsOnce(request)) {
             answers_.put(request, payload, now);
@@ -136,6 +147,11 @@ void BrokerServer::answer(const ClientRequest& request, const std::string& paylo
     message.payload = payload;
     message.correlation = request.correlation;
     publications_.add(std::move(message));
+    counters_.answers.add(std::chrono::microseconds(pa::monotonicUS() - request.arrivedUS));
+}
+
+void BrokerServer::count(const ClientRequest& request, ServerCounters::OperationOutcome outcome) {
+    counters_.operations[outcome].add(request.operation);
 }
 
 /// @return nothing when there is to be no answer
@@ -174,6 +190,7 @@ std::optional<Answer> BrokerServer::resultOf(const ClientRequest& request) try {
 
 std::optional<Answer> BrokerServer::operate(const ClientRequest& request) {
     if (simulation_->ignored().requests) {
+        count(request, ServerCounters::ignored);
         return std::nullopt;
     }
     const std::string own = std::to_string(generation_);
@@ -183,6 +200,7 @@ std::optional<Answer> BrokerServer::operate(const ClientRequest& request) {
     if (concernsAnnouncements(request.operation)) {
         if (reported_ == palink::ServerRole::Standby) {
             relay(request);
+            count(request, ServerCounters::relayed);
             return std::nullopt;
         }
         if (request.activeGeneration.value_or(own) != own) {

@@ -76,6 +76,7 @@ std::int64_t offsetOf(const palink::ReceivedMessage& message) {
 
 ClientRequest readRequest(const palink::ReceivedMessage& message, int dstNo) {
     ClientRequest request;
+    request.arrivedUS = pa::monotonicUS();
     readTopic(request, message.topic(), dstNo);
     if (message.payload().size() > maxRequestBytes) {
         throw MalformedMessage("a request whose payload is too long");

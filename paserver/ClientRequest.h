@@ -27,6 +27,7 @@ struct ClientRequest {
     std::optional<std::string> activeGeneration{};  ///< likewise
     std::string upload{};
     std::int64_t offset = 0;
+    std::int64_t arrivedUS = 0;  ///< by `monotonicUS`
 
     /// How much memory it takes.
     [[nodiscard]] std::size_t bytes() const {

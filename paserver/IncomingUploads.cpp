@@ -58,6 +58,7 @@ palink::UploadProgress IncomingUploads::begin(const std::string& id,
         throw Refused("too many files are being uploaded");
     }
     Upload& upload = uploads_.try_emplace(id, file, *place, folder_.newDraft()).first->second;
+    ++counts_.underWay;
     upload.lastMS = nowMS;
     if (file.size == 0) {
         finish(upload);
@@ -118,6 +119,8 @@ void IncomingUploads::finish(Upload& upload) {
         }
         UploadFolder::putDraft(upload.draft, upload.place);
         upload.written.reset();
+        --counts_.underWay;
+        ++counts_.stored;
     } catch (const Refused& refused) {
         end(upload, refused.what());
     }
@@ -127,6 +130,8 @@ void IncomingUploads::end(Upload& upload, const std::string& refusal) {
     if (upload.written != nullptr) {
         upload.written.reset();
         upload.refusal = refusal;
+        --counts_.underWay;
+        ++counts_.failed;
         std::error_code ignored;
         std::filesystem::remove(upload.draft, ignored);
     }

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <atomic>
 #include <cstddef>
 #include <cstdint>
 #include <filesystem>
@@ -14,6 +15,13 @@
 
 namespace paserver {
 
+/// What has become of files. Any thread counts and reads.
+struct UploadCounts {
+    std::atomic<std::uint64_t> underWay{0};
+    std::atomic<std::uint64_t> stored{0};
+    std::atomic<std::uint64_t> failed{0};
+};
+
 /// The files that clients send in pieces. Each is a draft in the upload folder until all of it is
 /// there and its checksum is right. Passive: time, in ms, is an argument that never decreases.
 class IncomingUploads {
@@ -22,8 +30,9 @@ public:
     static constexpr std::int64_t maxBytes = std::int64_t{256} << 20U;
     static constexpr std::size_t maxUnderWay = 16;
 
-    /// @param folder must outlive the object
-    explicit IncomingUploads(const simserver::UploadFolder& folder) : folder_(folder) {}
+    /// @param folder must outlive the object, as must `counts`
+    IncomingUploads(const simserver::UploadFolder& folder, UploadCounts& counts)
+        : folder_(folder), counts_(counts) {}
     IncomingUploads(const IncomingUploads&) = delete;
     IncomingUploads& operator=(const IncomingUploads&) = delete;
     /// Deletes what is not complete.
@@ -57,10 +66,11 @@ private:
     };
 
     static palink::UploadProgress progress(const Upload& upload);
-    static void finish(Upload& upload);
-    static void end(Upload& upload, const std::string& refusal);
+    void finish(Upload& upload);
+    void end(Upload& upload, const std::string& refusal);
 
     const simserver::UploadFolder& folder_;
+    UploadCounts& counts_;
     std::map<std::string, Upload> uploads_;  // by id; those that are over as well, for repetitions
 };
 

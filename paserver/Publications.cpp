@@ -108,6 +108,8 @@ void Publications::add(palink::MqttMessage message) {
     const std::lock_guard guard(lock_);
     if (bytes_ < maxBytes / 2) {
         push({std::move(message), bytes});
+    } else {
+        ++dropped_;
     }
 }
 
@@ -212,9 +214,14 @@ void Publications::acknowledged(int id) {
     }
 }
 
-std::size_t Publications::takeOverflows() {
+std::uint64_t Publications::takeOverflows() {
     const std::lock_guard guard(lock_);
-    return std::exchange(overflows_, 0);
+    return overflows_ - std::exchange(takenOverflows_, overflows_);
+}
+
+PublicationState Publications::state() const {
+    const std::lock_guard guard(lock_);
+    return {summaries_, queue_.size(), dropped_, overflows_};
 }
 
 // ---------------------------------------------------------------------------------------- status

@@ -24,6 +24,14 @@ namespace paserver {
 using RecordKey = std::pair<pa::RecordKind, int>;
 using KindSummaries = std::map<pa::RecordKind, palink::KindSummary>;
 
+/// What is held and what waits.
+struct PublicationState {
+    KindSummaries records{};
+    std::size_t waiting = 0;      ///< messages
+    std::uint64_t dropped = 0;    ///< answers and levels, so far
+    std::uint64_t overflows = 0;  ///< how often what waited was dropped
+};
+
 /// What a server has to publish: the records that it holds, and its answers and levels, in one
 /// order. Without a connection nothing waits; each connection begins with everything that is held.
 ///
@@ -74,7 +82,7 @@ public:
     void acknowledged(int id);
 
     /// How often, since the last call, what waits was dropped.
-    std::size_t takeOverflows();
+    std::uint64_t takeOverflows();
     /// @}
 
     /// @name The status, which names what is held
@@ -89,6 +97,9 @@ public:
     /// The kinds for the status that is published now.
     KindSummaries takeStatus(std::int64_t nowMS);
     /// @}
+
+    /// For the metrics.
+    [[nodiscard]] PublicationState state() const;
 
 private:
     using Payload = std::shared_ptr<const std::string>;  // null: withdrawn
@@ -130,7 +141,9 @@ private:
     std::deque<Waiting> queue_;
     std::size_t bytes_ = 0;          // of what is in queue_, but for what a connection begins with
     std::set<RecordKey> restoring_;  // in queue_ because of another connection
-    std::size_t overflows_ = 0;
+    std::uint64_t overflows_ = 0;
+    std::uint64_t takenOverflows_ = 0;
+    std::uint64_t dropped_ = 0;              // answers and levels
     std::optional<Withdrawal> taken_;        // when the message that was taken last is one
     std::map<int, Withdrawal> awaited_;      // by the id of their publication
     std::optional<std::int64_t> changedMS_;  // the first change that no status names

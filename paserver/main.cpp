@@ -39,19 +39,13 @@ void serve(const BrokerServer& server, paserver::ServiceNotice& notice) {
     }
 }
 
-/// Stops. A second signal ends the process at once, unless it comes with the first.
 void stop(BrokerServer& server, paserver::ServiceNotice& notice) {
-    constexpr std::int64_t sameMS = 100;
-    const std::int64_t startMS = pa::monotonicMS();
     notice.stopping();
     server.requestStop();
-    while (!server.hasEnded()) {
+    paserver::awaitEnd([&] {
         notice.works();
-        if (const auto signal = paserver::awaitStopSignal(tick);
-            signal && pa::monotonicMS() > startMS + sameMS) {
-            paserver::endBy(*signal);
-        }
-    }
+        return server.hasEnded();
+    });
 }
 
 }  // namespace
@@ -76,8 +70,9 @@ int main(int argc, char** argv) {
         std::optional<pametrics::MetricsEndpoint> metrics;
         if (!arguments.metrics.empty()) {
             metrics.emplace(
-                arguments.metrics, [&server] { return paserver::metricsText(server.counts()); },
-                [&server] { return server.isReady() && server.counts().isConnected; });
+                arguments.metrics,
+                [&server] { return paserver::metricsText(server.state(), server.counters()); },
+                [&server] { return server.isReady() && server.isConnected(); });
         }
         serve(server, notice);
         stop(server, notice);

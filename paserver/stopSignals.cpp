@@ -5,6 +5,8 @@
 #include <cstdio>
 #include <ctime>
 
+#include "framework/clock.h"
+
 namespace paserver {
 
 namespace {
@@ -16,6 +18,14 @@ sigset_t stopSignals() {
         sigaddset(&set, signal);
     }
     return set;
+}
+
+/// Ends the process by the signal.
+void endBy(int signal) {
+    std::signal(signal, SIG_DFL);
+    const sigset_t set = stopSignals();
+    std::raise(signal);
+    pthread_sigmask(SIG_UNBLOCK, &set, nullptr);
 }
 
 }  // namespace
@@ -33,11 +43,16 @@ std::optional<int> awaitStopSignal(std::chrono::milliseconds limit) {
     return signal > 0 ? std::optional(signal) : std::nullopt;
 }
 
-void endBy(int signal) {
-    std::signal(signal, SIG_DFL);
-    const sigset_t set = stopSignals();
-    std::raise(signal);
-    pthread_sigmask(SIG_UNBLOCK, &set, nullptr);
+void awaitEnd(const std::function<bool()>& hasEnded) {
+    constexpr std::chrono::milliseconds tick{50};
+    constexpr std::int64_t sameMS = 100;
+    const std::int64_t startMS = pa::monotonicMS();
+    while (!hasEnded()) {
+        const auto signal = awaitStopSignal(tick);
+        if (signal && pa::monotonicMS() > startMS + sameMS) {
+            endBy(*signal);
+        }
+    }
 }
 
 int refuse(const char* program, int exitCode, const std::string& error, bool journal) {

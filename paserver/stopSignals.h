@@ -2,6 +2,7 @@
 #pragma once
 
 #include <chrono>
+#include <functional>
 #include <optional>
 #include <string>
 
@@ -15,8 +16,10 @@ void blockStopSignals();
 /// A signal that asks for the end, or nothing after a while.
 std::optional<int> awaitStopSignal(std::chrono::milliseconds limit);
 
-/// Ends the process by the signal.
-void endBy(int signal);
+/// Waits for the end of a daemon that stops. A second signal ends the process at once, unless it
+/// comes with the first.
+/// @param hasEnded asked many times a second
+void awaitEnd(const std::function<bool()>& hasEnded);
 
 /// Writes in one line why the daemon `program` does not serve.
 /// @param journal whether stderr is read as that of a service, with priorities

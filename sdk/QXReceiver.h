@@ -68,6 +68,9 @@ public:
     /// How much may wait: the bytes of the payloads and 128 for each operation.
     void setMaxBytes(std::size_t bytes);
 
+    /// How many operations wait.
+    [[nodiscard]] std::size_t waiting() const;
+
     /// @name For the server link
     /// @{
 

@@ -129,7 +129,7 @@ std::string cookieOf(int port) {
     std::array<char, 4096> bytes{};
     const ssize_t count = recv(socket.number(), bytes.data(), bytes.size(), MSG_WAITALL);
     const std::string answer(bytes.data(), static_cast<std::size_t>(std::max<ssize_t>(count, 0)));
-    const std::size_t begin = answer.find("papanel=");
+    const std::size_t begin = answer.find("papanel-");
     return answer.substr(begin, answer.find(';', begin) - begin);
 }
 

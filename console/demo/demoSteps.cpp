@@ -62,7 +62,7 @@ const std::vector<DemoStep> demoSteps = {
               {"preview 'This is a preview. Only the operator hears it.' --language={language} "
                "--voice={voice} --out {preview}"}),
     operating("hold the source", "keep-alive", "renewed twice", {"wait for renewals of {source}"}),
-    operating("release it", "source lock", "is locked by nobody",
+    operating("release it", "source lock", "is locked by no client",
               {"zone detach --all --source {source}", "source detach {source}"}),
     {"Schedule",
      "schedule",

@@ -77,6 +77,7 @@ public:
     bool send(const pa::Operation& operation) override;
     void meterLevel(bool subscribe, int element) override;
     bool requestRoundTrip(std::uint64_t number) override;
+    [[nodiscard]] std::size_t eventsWaiting() const override { return queue_.size(); }
     UploadResult upload(const std::string& localPath, const std::string& serverPath) override;
 
     /// Waits until everything that the server has reported so far has been delivered. Not to be

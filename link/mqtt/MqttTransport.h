@@ -75,6 +75,7 @@ public:
     bool send(const pa::Operation& operation) override;
     void meterLevel(bool subscribe, int element) override;
     bool requestRoundTrip(std::uint64_t number) override;
+    [[nodiscard]] std::size_t eventsWaiting() const override { return queue_.size(); }
 
     /// Goes on after a connection that was lost, and gives up after 30 s without progress.
     UploadResult upload(const std::string& localPath, const std::string& serverPath) override;

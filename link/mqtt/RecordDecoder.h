@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <cstdint>
+
 #include "../Transport.h"
 #include "FaultReports.h"
 
@@ -17,6 +19,8 @@ public:
     void passTo(ServerEventSink& sink) { sink_ = &sink; }
 
     void deliver(ServerEvent event) override;
+    void beginBatch(std::int64_t arrivedUS) override { sink_->beginBatch(arrivedUS); }
+    void endBatch() override { sink_->endBatch(); }
 
 private:
     bool decode(Record& record);

@@ -42,7 +42,8 @@ std::int64_t readGeneration(const std::optional<std::string>& text) {
 
 }  // namespace
 
-ServerView::ServerView(const Destinations& wanted) : wanted_(wanted) {
+ServerView::ServerView(const Destinations& wanted)
+    : wanted_(wanted), awaySinceMS_(pa::monotonicMS()) {
     ViewChange none;
     selectServers(none);
 }
@@ -153,7 +154,6 @@ void ServerView::connect(Selection selection, ViewChange& change) {
     }
     selection_ = std::move(selection);
     problem_.clear();
-    complete_ = false;
     agrees_ = false;
     agreesSinceMS_ = now;
     compare(change);
@@ -163,6 +163,8 @@ void ServerView::disconnect(const std::string& reason, ViewChange& change) {
     if (!selection_) {
         return;
     }
+    awaySinceMS_ = isSynced() ? pa::monotonicMS() : sinceMS();
+    complete_ = false;
     change.events.emplace_back(Disconnected{reason});
     for (const auto& [dstNo, kinds] : selection_->records) {
         for (const pa::RecordKind kind : kinds) {
@@ -242,7 +244,10 @@ bool ServerView::isSynced() const {
 }
 
 std::int64_t ServerView::sinceMS() const {
-    return isSynced() ? syncedSinceMS_ : agreesSinceMS_;
+    if (isSynced()) {
+        return syncedSinceMS_;
+    }
+    return complete_ ? agreesSinceMS_ : awaySinceMS_;
 }
 
 // -------------------------------------------------------------------------- what is missing

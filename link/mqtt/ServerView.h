@@ -116,6 +116,7 @@ private:
     bool agrees_ = false;
     std::int64_t agreesSinceMS_ = 0;  // since when agrees_ is as it is
     std::int64_t syncedSinceMS_ = 0;
+    std::int64_t awaySinceMS_;  // while complete_ is false
     std::uint64_t fetches_ = 0;
     std::uint64_t outdated_ = 0;
 };

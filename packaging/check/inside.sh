@@ -42,10 +42,11 @@ for section in DESCRIPTION 'EXIT STATUS' FILES; do
 done
 complete_bash() {
   COMP_WORDS=("$@") COMP_CWORD=$(($# - 1)) COMPREPLY=()
-  _paconsole
+  "_$1"
   echo "${COMPREPLY[*]}"
 }
 source /usr/share/bash-completion/completions/paconsole
+source /usr/share/bash-completion/completions/papanel
 [ "$(complete_bash paconsole pl)" = play ] || fail 'bash does not complete a command'
 [ "$(complete_bash paconsole zone '')" = 'members attach detach' ] || fail 'bash offers more than the commands'
 [ "$(complete_bash paconsole --format json zone attach --so)" = --source ] || fail 'bash does not complete an option'
@@ -57,6 +58,8 @@ source /usr/share/bash-completion/completions/paconsole
   words=(paconsole --format json zone "") CURRENT=5
   source /usr/share/zsh/vendor-completions/_paconsole')" = '-- members attach detach' ] ||
   fail 'zsh does not complete'
+[ "$(complete_bash papanel user add ann --role '')" = 'operator monitor' ] || fail 'bash does not complete a role'
+[ "$(complete_bash papanel user list --)" = '--help --users' ] || fail 'bash offers options that a tool does not have'
 
 step 'a script'
 cat >announce.py <<'END'

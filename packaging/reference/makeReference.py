@@ -1,7 +1,9 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: Apache-2.0
-"""makeReference.py PROGRAM SECTION FOLDER [--completion]: the manual page of a program, from what
-its --help prints and the text in PROGRAM.man; the completion of its command line in bash and zsh."""
+"""makeReference.py PROGRAM SECTION FOLDER [--completion] [--tool WORD]...: the manual page of a
+program, from what its --help prints and the text in PROGRAM.man; the completion of its command line
+in bash and zsh. A tool is a command with options of its own only, which the help need not list."""
+import argparse
 import gzip
 import os
 import re
@@ -16,7 +18,7 @@ ENVIRONMENT = {"HOME": "~", "PATH": "/usr/bin:/bin", "COLUMNS": "200", "LC_ALL":
 class Command:
     """A command as its help describes it: sections of entries, each a head and its explanation."""
 
-    def __init__(self, program, path):
+    def __init__(self, program, path, tools=()):
         self.path = path
         output = subprocess.run([program, *path, "--help"], env=ENVIRONMENT, check=True,
                                 stdout=subprocess.PIPE, text=True).stdout
@@ -46,6 +48,9 @@ class Command:
                 section[-1][1] = (section[-1][1] + " " + line.strip()).strip()
         self.commands = [Command(program, [*path, head.split()[0]])
                          for head, _ in self.sections.get("Commands", [])]
+        self.tools = [Command(program, [word]) for word in tools]
+        for tool in self.tools:
+            self.sections.setdefault("Commands", []).append([tool.path[0], tool.about])
 
     @staticmethod
     def is_split(match):
@@ -66,7 +71,7 @@ class Command:
 
     def all(self):
         yield self
-        for command in self.commands:
+        for command in self.commands + self.tools:
             yield from command.all()
 
 
@@ -131,7 +136,11 @@ def manual(root, name, section, version):
     before, after = handwritten(name)
     out = [f'.TH {name.upper()} {section} "" "public-address {version}"', ".SH NAME",
            f"{name} \\- {roff(root.about[:1].lower() + root.about[1:].rstrip('.'))}",
-           ".SH SYNOPSIS", ".B " + roff(root.usage), before]
+           ".SH SYNOPSIS", ".B " + roff(root.usage)]
+    for tool in root.tools:
+        for command in list(tool.all())[1:] or [tool]:
+            out += [".br", ".B " + roff(command.usage)]
+    out.append(before)
     for title in ("Positionals", "Commands", "Options"):
         if rows := root.sections.get(title, []):
             out.append(".SH " + title.upper())
@@ -150,12 +159,14 @@ def manual(root, name, section, version):
 def shell_table(root, name):
     """Lines of the two shells' associative arrays: words and values by the path of a command."""
     words, values = [], []
-    everywhere = [option for option, _, _ in root.options()]  # also after a command
+    everywhere = [option for option, _, _ in root.options()]  # also after a command, not after a tool
+    of_tools = [command for tool in root.tools for command in tool.all()]
     for command in root.all():
         path = " ".join([name, *command.path])
         choices = [head.split()[0] for head, _ in command.sections.get("Commands", [])]
         choices += command.choices() + [option for option, _, _ in command.options()]
-        choices += [option for option in everywhere if option not in choices]
+        if command not in of_tools:
+            choices += [option for option in everywhere if option not in choices]
         words.append(f'    ["{path}"]="{" ".join(choices)}"')
         for option, kind, _ in command.options():
             if kind:
@@ -247,15 +258,20 @@ def write_page(folder, name, section, text):
 
 
 def main():
-    program, section, folder = sys.argv[1:4]
-    name = os.path.basename(program)
-    version = subprocess.run([program, "--version"], check=True, stdout=subprocess.PIPE,
+    parser = argparse.ArgumentParser()
+    for word in ("program", "section", "folder"):
+        parser.add_argument(word)
+    parser.add_argument("--completion", action="store_true")
+    parser.add_argument("--tool", action="append", default=[])
+    given = parser.parse_args()
+    name = os.path.basename(given.program)
+    version = subprocess.run([given.program, "--version"], check=True, stdout=subprocess.PIPE,
                              text=True).stdout.split()[-1]
-    root = Command(program, [])
-    write_page(folder, name, section, manual(root, name, section, version))
-    if "--completion" in sys.argv:
+    root = Command(given.program, [], given.tool)
+    write_page(given.folder, name, given.section, manual(root, name, given.section, version))
+    if given.completion:
         for template, file_name in ((BASH, name), (ZSH, "_" + name)):
-            with open(f"{folder}/{file_name}", "w", encoding="utf-8") as file:
+            with open(f"{given.folder}/{file_name}", "w", encoding="utf-8") as file:
                 file.write(completion(root, name, template))
 
 

@@ -2,11 +2,10 @@
 #include "panel/access/LoginThrottle.h"
 
 #include <algorithm>
-#include <arpa/inet.h>
-#include <array>
 
 #include "framework/clock.h"
 #include "panel/http/ApiError.h"
+#include "panel/http/networkOf.h"
 
 namespace papanel {
 
@@ -17,20 +16,6 @@ constexpr std::int64_t firstPauseMS = 1'000;
 constexpr std::int64_t longestPauseMS = 300'000;
 constexpr std::int64_t rememberedMS = 900'000;
 constexpr std::size_t longestName = 64;
-
-/// What one owner of addresses has: an IPv4 address, or 64 bits of an IPv6 address.
-std::string networkOf(const std::string& address) {
-    constexpr std::array<unsigned char, 12> mapped = {0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0xFF, 0xFF};
-    std::array<unsigned char, 16> bytes{};
-    if (inet_pton(AF_INET6, address.c_str(), bytes.data()) != 1) {
-        return address;
-    }
-    if (std::equal(mapped.begin(), mapped.end(), bytes.begin())) {
-        return std::to_string(bytes[12]) + '.' + std::to_string(bytes[13]) + '.' +
-               std::to_string(bytes[14]) + '.' + std::to_string(bytes[15]);
-    }
-    return {bytes.begin(), bytes.begin() + 8};
-}
 
 }  // namespace
 

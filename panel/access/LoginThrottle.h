@@ -15,9 +15,9 @@ namespace papanel {
 /// failure, up to five minutes. A login that is refused for that reason is no failure. A failure is
 /// forgotten a quarter of an hour after the last one.
 ///
-/// The pause of a user name does not concern an address without a failure of its own, so whoever
-/// fails again and again from elsewhere cannot keep a user out: a right password counts at the
-/// first attempt. An IPv6 address counts as its network of 64 bits. Unknown user names are treated
+/// The pause of a user name does not concern an address without a failure of its own, so failures
+/// from elsewhere, however many, do not keep a user out: a right password counts at the first
+/// attempt. An IPv6 address counts as its network of 64 bits. Unknown user names are treated
 /// as the others. May be called from any thread.
 class LoginThrottle {
 public:

@@ -111,7 +111,7 @@ void Sessions::makePlace(const std::string& user, Ended& ended) {
             }
         }
         if (count >= most && idlest != sessions_.end()) {
-            ended.emplace_back(idlest->first, "there are too many sessions");
+            ended.emplace_back(idlest->first, "displaced");
             sessions_.erase(idlest);
         }
     };
@@ -125,22 +125,22 @@ void Sessions::makePlace(const std::string& user, Ended& ended) {
 std::string Sessions::whyOver(const Kept& kept) const {
     const std::int64_t nowMS = pa::monotonicMS();
     if (nowMS - kept.usedMS >= limits_.idle.count()) {
-        return "the session was idle for too long";
+        return "idle";
     }
     if (nowMS - kept.begunMS >= limits_.absolute.count()) {
-        return "the session is too old";
+        return "old";
     }
     if (users_ == nullptr) {
         return "";
     }
     const std::optional<User> user = users_->find(kept.session.user);
     if (!user) {
-        return "the user has been removed";
+        return "removed";
     }
     if (user->role != kept.session.role) {
-        return "the user has another role";
+        return "role";
     }
-    return user->hash == kept.hash ? "" : "the user has another password";
+    return user->hash == kept.hash ? "" : "password";
 }
 
 std::optional<Session> Sessions::find(const std::string& token) {
@@ -174,6 +174,13 @@ std::optional<Session> Sessions::find(const std::string& token) {
 bool Sessions::lasts(const std::string& id) const {
     const std::lock_guard<std::mutex> lock(lock_);
     return sessions_.count(id) > 0;
+}
+
+void Sessions::notePage(const std::string& id) {
+    const std::lock_guard<std::mutex> lock(lock_);
+    if (const auto found = sessions_.find(id); found != sessions_.end()) {
+        found->second.usedMS = pa::monotonicMS();
+    }
 }
 
 void Sessions::end(const std::string& id, const std::string& reason) {

@@ -45,7 +45,8 @@ struct SessionLimits {
 
 /// Who has logged in, and who may. A session ends when it is idle or old, when its user logs out,
 /// is removed or gets another role or password, and when there are too many: then the one that has
-/// been idle for longest. All end with the process.
+/// been idle for longest. It is idle without a request and without an open page. All end with the
+/// process.
 ///
 /// Times are those of the host's monotonic clock. May be called from any thread.
 class Sessions {
@@ -55,7 +56,9 @@ public:
 
     /// Has a function called after each end of a session, without a lock held. To be set before the
     /// first session.
-    /// @param reason for people
+    /// @param reason a word for the page, which has texts for them: idle, old, removed, role,
+    /// password,
+    ///               displaced (by too many), login (again), logout
     using OnEnd = std::function<void(const std::string& id, const std::string& reason)>;
     void onEnd(OnEnd call) { onEnd_.push_back(std::move(call)); }
 
@@ -78,6 +81,9 @@ public:
 
     /// Whether a session has not ended. Does not use it.
     [[nodiscard]] bool lasts(const std::string& id) const;
+
+    /// Notes that a page of the session is open now.
+    void notePage(const std::string& id);
 
     /// Ends a session; does nothing when it has ended.
     void end(const std::string& id, const std::string& reason);

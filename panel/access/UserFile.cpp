@@ -175,6 +175,17 @@ UserLines readUsers(const fs::path& file, struct stat* stamp) {
 
 UserFile::UserFile(fs::path file) : file_(std::move(file)), users_(readUsers(file_, &stamp_)) {}
 
+bool UserFile::readAgain() {
+    {
+        const std::lock_guard<std::mutex> lock(lock_);
+        stamp_ = {};
+        fault_.clear();
+    }
+    static_cast<void>(find(""));
+    const std::lock_guard<std::mutex> lock(lock_);
+    return fault_.empty();
+}
+
 std::optional<User> UserFile::find(std::string_view name) {
     std::string fault;
     std::optional<User> found;

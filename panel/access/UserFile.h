@@ -59,6 +59,10 @@ public:
     /// The user with that name, if there is one now.
     [[nodiscard]] std::optional<User> find(std::string_view name);
 
+    /// Reads the file, changed or not, and logs what is wrong with it, again.
+    /// @return whether it is as it should be
+    bool readAgain();
+
 private:
     std::string refresh();
 

@@ -73,7 +73,7 @@ bool isPasswordHash(const std::string& text) {
 bool isPassword(const std::string& password, const std::string& hash) {
     static const std::string settingForNone = newSetting();
     if (!passwordFault(password).empty()) {
-        return false;  // whoever the user is
+        return false;  // for every user
     }
     const std::string made = hashWith(password, hash.empty() ? settingForNone : hash);
     return !hash.empty() && made.size() == hash.size() &&

@@ -56,15 +56,19 @@ StoredAudio::~StoredAudio() {
 AudioStore::AudioStore(const AudioLimits& limits) : limits_(limits), folder_("papanel") {}
 
 AudioStore::AudioPtr AudioStore::add(const std::string& user, const std::string& name,
-                                     const std::string& bytes) {
+                                     const std::string& bytes, Kind kind) {
     const auto audio = std::make_shared<StoredAudio>();
     audio->id = newId();
     audio->user = user;
     audio->name = name;
+    audio->isPreview = kind == Kind::Preview;
     audio->bytes = bytes.size();
     audio->path = folder_.path() / (plainPart(name) + audio->id + ".wav");
     const std::lock_guard guard(lock_);
     removeOld();
+    if (audio->isPreview) {
+        removeOldPreviews(user);
+    }
     requireSpace(user, bytes.size());
     std::ofstream file(audio->path, std::ios::binary);
     file << bytes;
@@ -102,12 +106,30 @@ void AudioStore::removeOld() {
     }
 }
 
+/// Makes place for one.
+void AudioStore::removeOldPreviews(const std::string& user) {
+    const auto isUsers = [&](const AudioPtr& audio) {
+        return audio->isPreview && audio->user == user;
+    };
+    auto count = static_cast<std::size_t>(std::count_if(files_.begin(), files_.end(), isUsers));
+    for (; count >= limits_.previewsOfUser; --count) {
+        files_.erase(std::find_if(files_.begin(), files_.end(), isUsers));
+    }
+}
+
 void AudioStore::requireSpace(const std::string& user, std::size_t bytes) const {
     std::size_t all = bytes;
     std::size_t ofUser = bytes;
+    std::size_t filesOfUser = 0;
     for (const AudioPtr& audio : files_) {
         all += audio->bytes;
         ofUser += audio->user == user ? audio->bytes : 0;
+        filesOfUser += audio->user == user ? 1 : 0;
+    }
+    if (filesOfUser >= limits_.filesOfUser) {
+        throw ApiError(413, "too-large",
+                       "one user may have " + std::to_string(limits_.filesOfUser) +
+                           " audio files; those of before expire in an hour");
     }
     if (ofUser > limits_.bytesOfUser) {
         throw ApiError(413, "too-large",

@@ -27,6 +27,7 @@ struct StoredAudio {
     std::string name;  ///< for people; may be hostile
     std::filesystem::path path;
     paoperating::WavFormat format{};
+    bool isPreview = false;
     std::size_t bytes = 0;
     std::int64_t expiresMS = 0;  ///< by the host's monotonic clock
 };
@@ -37,10 +38,12 @@ struct AudioLimits {
     std::size_t bytesOfUser = std::size_t{128} << 20U;  ///< of one user
     std::size_t files = 1'000;                          ///< of all
     std::chrono::milliseconds lifetime = std::chrono::hours(1);
+    std::size_t filesOfUser = 200;
+    std::size_t previewsOfUser = 5;
 };
 
 /// The WAV files that users have uploaded, and those that the server has spoken for them: in a
-/// temporary folder, each for an hour by the host's clock.
+/// temporary folder, each for an hour by the host's clock. Of previews a user keeps the newest few.
 ///
 /// Every function may be called from any thread.
 class AudioStore {
@@ -50,11 +53,14 @@ public:
     /// @throws pautil::FileError when there is no temporary folder
     explicit AudioStore(const AudioLimits& limits = {});
 
+    enum class Kind { Upload, Preview };
+
     /// Keeps a WAV file.
     /// @param name for people; what is plain of it becomes part of the file's name
     /// @throws ApiError bad-request when it is no WAV file or has no sound in it; too-large when
     ///                  the user has no space left; overloaded when there is none at all
-    AudioPtr add(const std::string& user, const std::string& name, const std::string& bytes);
+    AudioPtr add(const std::string& user, const std::string& name, const std::string& bytes,
+                 Kind kind = Kind::Upload);
 
     /// @throws ApiError not-found when the user has no such file, or not any more
     AudioPtr find(const std::string& user, const std::string& id);
@@ -64,6 +70,7 @@ public:
 
 private:
     void removeOld();
+    void removeOldPreviews(const std::string& user);
     void requireSpace(const std::string& user, std::size_t bytes) const;
 
     const AudioLimits limits_;

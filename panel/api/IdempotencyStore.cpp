@@ -22,7 +22,8 @@ std::size_t fingerprintOf(const ApiRequest& request) {
         text += '\n' + name + '=' + value;
     }
     text += '\n' + paclient::jsonLine(request.body);
-    return std::hash<std::string>()(text + request.bytes);
+    text += std::to_string(std::hash<std::string>()(request.bytes));
+    return std::hash<std::string>()(text);
 }
 
 std::string keyOf(const ApiRequest& request) {

@@ -6,6 +6,8 @@
 
 #include "client/confirmedOperations.h"
 #include "framework/clock.h"
+#include "framework/log.h"
+#include "panel/audit/AuditTrail.h"
 #include "panel/http/ApiError.h"
 
 namespace papanel {
@@ -40,8 +42,9 @@ Confirmation unlessHeldElsewhere(int sourceId, Confirmation confirmation) {
 
 }  // namespace
 
-LockKeeper::LockKeeper()
-    : listener_(paclient::kinds<LockChange>(),
+LockKeeper::LockKeeper(AuditTrail& audit)
+    : audit_(audit),
+      listener_(paclient::kinds<LockChange>(),
                 [this](const paclient::ChangePtr& change) { note(*change); }) {}
 
 /// @param isHeld whether the server has given the lock to this process
@@ -59,14 +62,31 @@ void LockKeeper::requireFree(int sourceId, const Caller& caller) const {
     refuseOthers(sourceId, caller, isHeld);
 }
 
-Confirmation LockKeeper::take(int sourceId, const Caller& caller, const Wait& wait) {
-    const bool isHeld = isHeldHere(sourceId);
-    {
-        const std::lock_guard guard(lock_);
-        refuseOthers(sourceId, caller, isHeld);
-        locks_[sourceId] = {{caller.sessionId, caller.user, caller.page}, false, 0};
-        pages_[caller.sessionId].awaySinceMS = pa::monotonicMS();
+/// From then on other sessions are refused the source. Whether this process holds it is looked up
+/// without the lock, and again when another request has changed the entry meanwhile.
+void LockKeeper::reserve(int sourceId, const Caller& caller) {
+    const auto state = [&] {  // with the lock
+        const auto found = locks_.find(sourceId);
+        return found == locks_.end() ? std::make_pair(std::uint64_t{0}, false)
+                                     : std::make_pair(found->second.number, found->second.isTaken);
+    };
+    std::unique_lock guard(lock_);
+    while (true) {
+        const auto before = state();
+        guard.unlock();
+        const bool isHeld = isHeldHere(sourceId);
+        guard.lock();
+        if (state() == before) {
+            refuseOthers(sourceId, caller, isHeld);
+            locks_[sourceId] = {{caller.sessionId, caller.user, caller.page}, false, 0, ++takings_};
+            pages_[caller.sessionId].awaySinceMS = pa::monotonicMS();
+            return;
+        }
     }
+}
+
+Confirmation LockKeeper::take(int sourceId, const Caller& caller, const Wait& wait) {
+    reserve(sourceId, caller);
     const auto end = [&](bool isKept) {
         const std::lock_guard guard(lock_);
         isKept ? (void)(locks_[sourceId].isTaken = true) : (void)locks_.erase(sourceId);
@@ -124,12 +144,12 @@ void LockKeeper::sessionEnded(const std::string& sessionId) {
     }
 }
 
-/// The sources whose locks are to be released. Also forgets sessions without pages and locks.
-std::vector<int> LockKeeper::dueSources() {
+/// The locks that are to be released. Also forgets sessions without pages and locks.
+std::vector<LockKeeper::Due> LockKeeper::dueLocks() {
     constexpr std::int64_t patienceMS = std::chrono::milliseconds(patience).count();
     constexpr std::int64_t untilRepeatedMS = 10'000;
     const std::int64_t now = pa::monotonicMS();
-    std::vector<int> due;
+    std::vector<Due> due;
     std::map<std::string, Pages> needed;
     const std::lock_guard guard(lock_);
     for (auto& [sourceId, lock] : locks_) {
@@ -137,7 +157,8 @@ std::vector<int> LockKeeper::dueSources() {
         const bool isAway = pages.open == 0 && now - pages.awaySinceMS >= patienceMS;
         if (lock.isTaken && (pages.isOver || isAway) && now >= lock.releaseAgainMS) {
             lock.releaseAgainMS = now + untilRepeatedMS;
-            due.push_back(sourceId);
+            due.push_back({sourceId, lock.number, lock.user,
+                           pages.isOver ? "the session has ended" : "no page of it is open"});
         }
     }
     for (auto entry = pages_.begin(); entry != pages_.end();) {
@@ -147,28 +168,76 @@ std::vector<int> LockKeeper::dueSources() {
     return due;
 }
 
+/// One row for a release, however often it is asked for.
+void LockKeeper::beginRow(const Due& due) {
+    if (rows_.count(due.sourceId) > 0) {
+        return;
+    }
+    try {
+        const auto id =
+            audit_.begin({due.user, "", "release source", std::to_string(due.sourceId), ""});
+        rows_.insert({due.sourceId, {id, due}});
+    } catch (const ApiError& error) {
+        handleError(1, "source %d is released without a row in the audit trail: %s", due.sourceId,
+                    error.what());
+    }
+}
+
+/// The rows of what is not held any more, or has been taken again since.
+void LockKeeper::finishRows() {
+    for (auto entry = rows_.begin(); entry != rows_.end();) {
+        const auto& [sourceId, row] = *entry;
+        bool isTakenAgain = false;
+        {
+            const std::lock_guard guard(lock_);
+            const auto found = locks_.find(sourceId);
+            isTakenAgain = found != locks_.end() && found->second.number != row.due.number;
+        }
+        if (!isTakenAgain && isHeldHere(sourceId)) {
+            ++entry;
+            continue;
+        }
+        finishRow(row);
+        entry = rows_.erase(entry);
+    }
+}
+
+void LockKeeper::finishRow(const Row& row) {
+    audit_.finish(row.id, "done",
+                  "source " + std::to_string(row.due.sourceId) + " is released: " + row.due.reason);
+}
+
 void LockKeeper::releaseAll(std::chrono::milliseconds limit) {
-    std::vector<int> sources;
+    std::vector<Due> all;
     {
         const std::lock_guard guard(lock_);
         for (const auto& [sourceId, lock] : locks_) {
-            sources.push_back(sourceId);
+            all.push_back({sourceId, lock.number, lock.user, "the panel ends"});
         }
     }
-    for (const int sourceId : sources) {
-        if (isHeldHere(sourceId) && !paclient::releaseLock(sourceId, {limit}).holds()) {
+    for (const Due& due : all) {
+        if (!isHeldHere(due.sourceId)) {
+            continue;
+        }
+        beginRow(due);
+        if (!paclient::releaseLock(due.sourceId, {limit}).holds()) {
             return;  // nor would the others be released: they lapse
+        }
+        if (const auto row = rows_.find(due.sourceId); row != rows_.end()) {
+            finishRow(row->second);
         }
     }
 }
 
 void LockKeeper::releaseDue() {
-    for (const int sourceId : dueSources()) {
-        if (isHeldHere(sourceId)) {
-            paclient::releaseLock(sourceId, {std::chrono::milliseconds(0)});
+    finishRows();
+    for (const Due& due : dueLocks()) {
+        if (isHeldHere(due.sourceId)) {
+            beginRow(due);
+            paclient::releaseLock(due.sourceId, {std::chrono::milliseconds(0)});
         } else {
             const std::lock_guard guard(lock_);
-            locks_.erase(sourceId);
+            locks_.erase(due.sourceId);
         }
     }
 }

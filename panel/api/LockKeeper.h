@@ -15,6 +15,8 @@
 
 namespace papanel {
 
+class AuditTrail;
+
 /// Which session has taken which source. To the audio server all pages are one client, which holds
 /// the locks; this class keeps the sessions from each other.
 ///
@@ -34,7 +36,8 @@ public:
         std::string page;  ///< of the request; may be empty
     };
 
-    LockKeeper();
+    /// @param audit has the releases that no page has asked for
+    explicit LockKeeper(AuditTrail& audit);
 
     /// Takes the lock of a source for the caller's session.
     /// @throws ApiError held, when another session or client has it; else as `paclient::takeLock`
@@ -60,10 +63,12 @@ public:
     /// The session is over, by a logout or in the course of time. Its locks are released by the
     /// next call of `releaseDue`.
     void sessionEnded(const std::string& sessionId);
-    /// Has the server release what is due. To be called about once a second; waits for nothing.
+    /// Has the server release what is due, with a row in the audit trail: also without one when it
+    /// cannot be written, as a microphone must not stay open. To be called about once a second by
+    /// one thread, while connected; waits for nothing.
     void releaseDue();
-    /// Releases all at the end of the gateway; waits at most `limit` for each, and
-    /// ends at the first one that is not released.
+    /// Releases all at the end of the gateway, after the last `releaseDue`; waits at most `limit`
+    /// for each, and ends at the first one that is not released.
     void releaseAll(std::chrono::milliseconds limit);
     /// @}
 
@@ -77,14 +82,36 @@ private:
     struct Lock : Holder {
         bool isTaken = false;             ///< no longer waits for the server
         std::int64_t releaseAgainMS = 0;  ///< not before
+        std::uint64_t number = 0;         ///< of this taking
+    };
+    /// A lock that the gateway releases by itself.
+    struct Due {
+        int sourceId = 0;
+        std::uint64_t number = 0;
+        std::string user;
+        const char* reason = "";
+    };
+    /// The release of a lock in the audit trail.
+    struct Row {
+        std::int64_t id;
+        Due due;
     };
 
     void note(const paclient::Change& change);
+    void reserve(int sourceId, const Caller& caller);
     void refuseOthers(int sourceId, const Caller& caller, bool isHeld) const;
-    std::vector<int> dueSources();
+    std::vector<Due> dueLocks();
+    void beginRow(const Due& due);
+    void finishRows();
+    void finishRow(const Row& row);
+
+    AuditTrail& audit_;
+    std::map<int, Row>
+        rows_;  // of releases that are not done yet, by source; for `releaseDue` only
 
     mutable std::mutex lock_;
     // Guarded by lock_.
+    std::uint64_t takings_ = 0;
     std::map<int, Lock> locks_;           // by source
     std::map<std::string, Pages> pages_;  // by session, of those with pages or locks
 

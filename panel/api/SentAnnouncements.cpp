@@ -24,13 +24,14 @@ bool isOver(const Announcement& announcement) {
 
 SentAnnouncements::Sent SentAnnouncements::send(const std::string& user,
                                                 const std::vector<std::string>& zones,
-                                                const Message& message) {
+                                                const Message& message, std::int64_t auditRow) {
     {
         const std::lock_guard guard(lock_);
         makeSpace();
     }
     // Not under the lock: a file is uploaded here.
-    Kept kept{{std::make_shared<Announcement>(zones, message), user}, pa::monotonicMS(), {}};
+    Kept kept{
+        {std::make_shared<Announcement>(zones, message), user, auditRow}, pa::monotonicMS(), {}};
     const std::lock_guard guard(lock_);
     return sent_.insert_or_assign(kept.announcement->requestId(), kept).first->second;
 }
@@ -41,18 +42,21 @@ std::optional<SentAnnouncements::Sent> SentAnnouncements::find(const std::string
     return found == sent_.end() ? std::nullopt : std::optional<Sent>(found->second);
 }
 
-void SentAnnouncements::removeOld() {
+std::vector<SentAnnouncements::Sent> SentAnnouncements::removeOld() {
+    std::vector<Sent> ended;
     const std::int64_t now = pa::monotonicMS();
     const std::lock_guard guard(lock_);
     for (auto entry = sent_.begin(); entry != sent_.end();) {
         Kept& kept = entry->second;
         if (!kept.overSinceMS && isOver(*kept.announcement)) {
             kept.overSinceMS = now;
+            ended.push_back(kept);
         }
         const bool isOld = kept.overSinceMS && now - *kept.overSinceMS >
                                                    std::chrono::milliseconds(keptAfterEnd).count();
         entry = isOld ? sent_.erase(entry) : std::next(entry);
     }
+    return ended;
 }
 
 /// Forgets the oldest one that is over, or of which the server has never reported anything, when

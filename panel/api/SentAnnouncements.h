@@ -28,18 +28,20 @@ public:
     struct Sent {
         std::shared_ptr<paclient::Announcement> announcement;
         std::string user;
+        std::int64_t auditRow = 0;  ///< of the request, in the audit trail
     };
 
     /// Sends an announcement and follows it.
     /// @throws ApiError overloaded when too many are not over yet; else as `paclient::Announcement`
     Sent send(const std::string& user, const std::vector<std::string>& zones,
-              const Message& message);
+              const Message& message, std::int64_t auditRow);
 
     /// Nothing when no page has sent it, or not lately.
     [[nodiscard]] std::optional<Sent> find(const std::string& requestId) const;
 
     /// Forgets what is over for long. To be called now and then.
-    void removeOld();
+    /// @return what is over since the call before
+    std::vector<Sent> removeOld();
 
     /// The record of the announcement that the trigger of a source has started.
     void noteStarted(int sourceId, int announcement);

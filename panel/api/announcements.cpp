@@ -2,89 +2,25 @@
 #include <algorithm>
 #include <set>
 
-#include "client/choose.h"
-#include "operating/PlayRequest.h"
+#include "client/checkMessage.h"
+#include "client/readJson.h"
 #include "operating/operations.h"
 #include "operating/simulation.h"
-#include "panel/api/AudioStore.h"
-#include "panel/api/Body.h"
+#include "panel/api/AskedAnnouncement.h"
 #include "panel/api/SentAnnouncements.h"
 #include "panel/api/outcome.h"
 #include "panel/api/records.h"
 #include "panel/api/resources.h"
 #include "panel/api/routes.h"
+#include "panel/audit/AuditTrail.h"
 
 namespace papanel {
 
 using namespace paclient;
-using paoperating::PlayRequest;
 
 namespace {
 
-constexpr int greatestWhole = std::numeric_limits<int>::max();
-using Texts = std::vector<std::string>;
 using State = Announcement::State;
-
-// --------------------------------------------------------------------------------- what is asked
-
-/// What is asked for, with what it plays.
-struct AskedAnnouncement {
-    PlayRequest play;
-    std::optional<std::string> upload;  // its id
-    AudioStore::AudioPtr audio;         // of that id
-    Texts zones;
-    Message message;
-};
-
-void readDisplay(const Json& json, PlayRequest& play) {
-    readMembers(json, [&](Body& body) {
-        play.display = body.get<std::string>("template");
-        play.variables = body.findOr("variables", play.variables);
-        play.validity = body.findWithin("validity", 0, greatestWhole).value_or(play.validity);
-        return true;
-    });
-}
-
-AskedAnnouncement readAsked(Body& body) {
-    AskedAnnouncement asked;
-    PlayRequest& play = asked.play;
-    play.zones = body.get<Texts>("zones");
-    play.audio.items = body.findOr("items", play.audio.items);
-    play.audio.repeat = body.findWithin("repeat", 1, greatestWhole);
-    play.audio.texts = body.findOr("texts", play.audio.texts);
-    play.audio.language = body.find<std::string>("language");
-    play.audio.voice = body.find<std::string>("voice");
-    play.recording = body.find<std::string>("recording");
-    asked.upload = body.find<std::string>("upload");
-    if (const auto display = body.find<Json>("display")) {
-        readDisplay(*display, play);
-    }
-    play.priority = body.findOr("priority", play.priority);
-    play.relative = body.findOr("relative", false);
-    play.preChime = body.findWithin("preChime", 0, greatestWhole).value_or(0);
-    play.postChime = body.findWithin("postChime", 0, greatestWhole).value_or(0);
-    play.gain =
-        body.findWithin("gain", -paoperating::greatestPlayGain, paoperating::greatestPlayGain);
-    play.requestId = body.find<std::string>("requestId");
-    return asked;
-}
-
-/// The request, checked, with its zones and its voice as the server calls them.
-AskedAnnouncement askedOf(Services& services, const ApiRequest& request) {
-    AskedAnnouncement asked = readMembers(request.body, readAsked);
-    if (asked.upload) {
-        asked.audio = services.audio.find(request.caller.user, *asked.upload);
-        asked.play.audio.file = asked.audio->path.string();
-    }
-    if (asked.play.zones.empty()) {
-        failReading("the member 'zones' is empty");
-    }
-    check(asked.play);
-    requireConnected(services);
-    asked.zones = chooseZones(asked.play.zones);
-    asked.message = messageFor(asked.play);
-    return asked;
-}
 
 // ------------------------------------------------------------------------------ what becomes of it
 
@@ -147,12 +83,12 @@ void requireAccepted(const Announcement& announcement) {
     }
     if (state == State::Unknown) {
         throw ApiError(
-            504, "connection-lost",
+            outcomeUnknown, "connection-lost",
             "the connection to the server was lost; the outcome of " + title + " is unknown", id);
     }
     if (state == State::Sending && announcement.partCount() > 0) {
-        throw ApiError(504, "timed-out", title + " is not accepted in time; its outcome is unknown",
-                       id);
+        throw ApiError(outcomeUnknown, "timed-out",
+                       title + " is not accepted in time; its outcome is unknown", id);
     }
 }
 
@@ -160,13 +96,14 @@ void requireAccepted(const Announcement& announcement) {
 
 ApiReply play(Services& services, const ApiRequest& request) {
     constexpr std::chrono::seconds refusalLimit{1};  // when the server answers only to refuse
-    const AskedAnnouncement asked = askedOf(services, request);
-    const auto sent = services.announcements.send(request.caller.user, asked.zones, asked.message);
+    const AskedAnnouncement asked = askedAnnouncement(services, request);
+    const auto sent = services.announcements.send(request.caller.user, asked.zones, asked.message,
+                                                  request.auditRow);
     const bool isReported = sent.announcement->partCount() > 0;
     sent.announcement->waitUntilAccepted(waitOf(services, isReported ? answerLimit : refusalLimit));
     requireAccepted(*sent.announcement);
     Json answer = jsonOf(sent);
-    answer["outcome"] = "done";
+    answer["outcome"] = AuditTrail::accepted;
     answer["text"] = "request " + sent.announcement->requestId() + " is accepted";
     return {202, answer};
 }
@@ -190,7 +127,7 @@ constexpr const char* codeOf(Finding::Kind kind) {
 }
 
 ApiReply dryRun(Services& services, const ApiRequest& request) {
-    const AskedAnnouncement asked = askedOf(services, request);
+    const AskedAnnouncement asked = askedAnnouncement(services, request);
     const auto playable = paoperating::playableAt(services.connection.endpoint());
     Json problems = Json::array();
     for (const Finding& finding : checkMessage(asked.zones, asked.message, playable)) {
@@ -262,8 +199,10 @@ Routes announcementRoutes() {
         {"POST", "/announcements/check", who, Effect::Asks, nullptr, answered<dryRun>},
         {"GET", "/announcements/{id}", Access::Monitor, Effect::Reads, nullptr,
          answered<getAnnouncement>},
-        {"DELETE", "/announcements/{id}", who, what, "cancel announcement", answered<cancelOne>},
-        {"DELETE", "/announcements", who, what, "cancel announcements", answered<cancelType>},
+        {"DELETE", "/announcements/{id}", who, Effect::Ends, "cancel announcement",
+         answeredWithoutBody<cancelOne>},
+        {"DELETE", "/announcements", who, Effect::Ends, "cancel announcements",
+         answeredWithoutBody<cancelType>},
     };
 }
 

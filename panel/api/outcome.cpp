@@ -24,9 +24,9 @@ ApiError error(int status, const char* code, const std::string& text,
 
 }  // namespace
 
-ApiError errorOf(std::exception_ptr thrown) {
+ApiError errorOf(const std::exception_ptr& thrown) {
     try {
-        std::rethrow_exception(std::move(thrown));
+        std::rethrow_exception(thrown);
     } catch (const ApiError& own) {
         return own;
     } catch (const paclient::NotFound& unknown) {
@@ -46,10 +46,30 @@ ApiError errorOf(std::exception_ptr thrown) {
     }
 }
 
+ApiError errorOf(const std::exception_ptr& thrown, const Services& services,
+                 std::uint64_t connection) {
+    try {
+        std::rethrow_exception(thrown);
+    } catch (const paclient::NotFound&) {
+        const bool isKnown = connection != 0 && services.connection.number() == connection;
+        return isKnown ? errorOf(thrown)
+                       : error(503, "not-connected",
+                               "the connection to the server is away or was lost meanwhile");
+    } catch (...) {
+        return errorOf(thrown);
+    }
+}
+
+void requireNoBody(const ApiRequest& request) {
+    if (!request.body.is_null() && request.body != Json::object()) {
+        throw error(400, "bad-request", "the request takes no body");
+    }
+}
+
 paclient::Wait waitOf(const Services& services, std::chrono::milliseconds limit) {
     return {limit, [&stop = services.stop](std::chrono::milliseconds /*waited*/) {
                 if (stop.isRequested()) {
-                    throw error(504, "connection-lost",
+                    throw error(outcomeUnknown, "connection-lost",
                                 "the gateway ends; whether it is done is unknown");
                 }
             }};
@@ -71,9 +91,11 @@ void requireConfirmed(const Confirmation& confirmation, const std::string& effec
         case Outcome::NotSent:
             throw error(503, "not-connected", "not sent: " + confirmation.reason);
         case Outcome::ConnectionLost:
-            throw error(504, "connection-lost", "the connection to the server was lost" + unknown);
+            throw error(outcomeUnknown, "connection-lost",
+                        "the connection to the server was lost" + unknown);
         case Outcome::TimedOut:
-            throw error(504, "timed-out", "the server has not confirmed it in time" + unknown);
+            throw error(outcomeUnknown, "timed-out",
+                        "the server has not confirmed it in time" + unknown);
     }
 }
 

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <chrono>
+#include <cstdint>
 #include <exception>
 #include <string>
 #include <utility>
@@ -18,17 +19,36 @@ namespace papanel {
 
 /// What an exception of an operation is for the client. One that is the gateway's own fault is
 /// thrown again.
-ApiError errorOf(std::exception_ptr thrown);
+ApiError errorOf(const std::exception_ptr& thrown);
+
+/// The same of a request that has begun with the connection of this number: a resource that is not
+/// found may only be unknown while the connection is away, and until everything is reported again.
+ApiError errorOf(const std::exception_ptr& thrown, const Services& services,
+                 std::uint64_t connection);
 
 /// A handler as a table of routes has it: what it throws is an ApiError.
 template <ApiReply (*handle)(Services&, const ApiRequest&)>
 ApiReply answered(Services& services, const ApiRequest& request) {
+    const std::uint64_t connection = services.connection.number();
     try {
         return handle(services, request);
     } catch (...) {
-        throw errorOf(std::current_exception());
+        throw errorOf(std::current_exception(), services, connection);
     }
 }
+
+/// @throws ApiError when the request has a body; an empty object is none
+void requireNoBody(const ApiRequest& request);
+
+/// The same of a route that takes no body: a client that sends one expects more than is done.
+template <ApiReply (*handle)(Services&, const ApiRequest&)>
+ApiReply answeredWithoutBody(Services& services, const ApiRequest& request) {
+    requireNoBody(request);
+    return answered<handle>(services, request);
+}
+
+/// Of errors that leave it unknown whether something is done.
+constexpr int outcomeUnknown = 504;
 
 /// How long the audio server may take to confirm something.
 constexpr std::chrono::seconds answerLimit{10};

@@ -61,7 +61,8 @@ ApiReply makePreview(Services& services, const ApiRequest& request) {
         return rendered.confirmation;
     };
     const Confirmation done = operate(services, "there is audio", speak, previewExpiry);
-    const auto audio = services.audio.add(request.caller.user, "preview", audioAt(uri));
+    const auto audio =
+        services.audio.add(request.caller.user, "preview", audioAt(uri), AudioStore::Kind::Preview);
     return {201, doneAnswer(done, "there is audio",
                             {{"id", audio->id},
                              {"url", "/api/v1/previews/" + audio->id},

@@ -56,7 +56,8 @@ Routes recordingRoutes() {
     return {
         {"POST", "/recordings/current", who, what, "start recording",
          answered<ofRecording<startAt>>},
-        {"DELETE", "/recordings/current", who, what, "stop recording", answered<stop>},
+        {"DELETE", "/recordings/current", who, Effect::Ends, "stop recording",
+         answeredWithoutBody<stop>},
         {"POST", "/recordings/preview", who, what, "play recording back",
          answered<ofRecording<playBack>>},
         {"DELETE", "/recordings", who, what, "delete recording", answered<ofRecording<deleteAt>>},

@@ -7,6 +7,7 @@
 #include "panel/api/outcome.h"
 #include "panel/api/records.h"
 #include "panel/api/routes.h"
+#include "panel/api/zoneRecords.h"
 
 namespace papanel {
 
@@ -22,8 +23,8 @@ ApiReply list(Services& services, const ApiRequest& request) {
 }
 
 template <const auto& kind>
-ApiReply getOne(Services& /*services*/, const ApiRequest& request) {
-    return {200, toJson(findOne(kind, request.parts.at(0)))};
+ApiReply getOne(Services& services, const ApiRequest& request) {
+    return {200, recordOf(findOne(kind, request.parts.at(0)), services)};
 }
 
 ApiReply getZone(Services& /*services*/, const ApiRequest& request) {
@@ -35,21 +36,32 @@ ApiReply getLock(Services& services, const ApiRequest& request) {
     return {200, recordOf(findOne(locks, request.parts.at(0)), services, &request.caller)};
 }
 
-ApiReply sinksOfZone(Services& /*services*/, const ApiRequest& request) {
+ApiReply sinksOfZone(Services& services, const ApiRequest& request) {
     const std::vector<int> ids = ZoneSinks(allSinks()).of(findOne(zones, request.parts.at(0)).id);
-    std::vector<PaSink> members = allSinks();
-    const auto isOther = [&](const PaSink& sink) {
-        return !std::binary_search(ids.begin(), ids.end(), sink.id);
-    };
-    members.erase(std::remove_if(members.begin(), members.end(), isOther), members.end());
-    return {200, {{"sinks", toJson(members)}}};
+    Json members = Json::array();
+    for (const PaSink& sink : allSinks()) {
+        if (std::binary_search(ids.begin(), ids.end(), sink.id)) {
+            members.push_back(recordOf(sink, services));
+        }
+    }
+    return {200, {{"sinks", members}}};
 }
 
 // ------------------------------------------------------------------- what no records are sent for
 
+/// @throws ApiError also when the server does not answer in time
+simserver::Contents contentsOf(const Services& services) {
+    simserver::SimControl& server = simulatedServer(services);
+    try {
+        return server.contents();
+    } catch (const NotConnected&) {
+        throw ApiError(504, "timed-out", "the server has not listed in time what it can play");
+    }
+}
+
 ApiReply listItems(const Services& services, const char* name, bool onlyChimes) {
     Json items = Json::array();
-    for (const auto& item : simulatedServer(services).contents().dictionary) {
+    for (const auto& item : contentsOf(services).dictionary) {
         if (item.chime || !onlyChimes) {
             items.push_back(paoperating::toJson(item));
         }
@@ -67,14 +79,10 @@ ApiReply listChimes(Services& services, const ApiRequest& /*request*/) {
 
 ApiReply listRecordings(Services& services, const ApiRequest& /*request*/) {
     Json recordings = Json::array();
-    for (const auto& recording : simulatedServer(services).contents().recordings) {
+    for (const auto& recording : contentsOf(services).recordings) {
         recordings.push_back(paoperating::toJson(recording));
     }
     return {200, {{"recordings", recordings}}};
-}
-
-ApiReply listTemplates(Services& /*services*/, const ApiRequest& /*request*/) {
-    throw ApiError(501, "not-supported", "no server lists its display templates");
 }
 
 Route read(const char* pattern, ApiReply (*handle)(Services&, const ApiRequest&)) {
@@ -117,7 +125,6 @@ Routes recordRoutes() {
         read("/dictionary", answered<listDictionary>),
         read("/chimes", answered<listChimes>),
         read("/recordings", answered<listRecordings>),
-        read("/templates", answered<listTemplates>),
     };
 }
 

@@ -5,6 +5,7 @@
 
 #include "client/resources.h"
 #include "panel/Services.h"
+#include "panel/api/records.h"
 #include "panel/http/Route.h"
 
 namespace simserver {
@@ -28,13 +29,14 @@ std::string titleOf(const paclient::Resource<Record>& kind, const Record& record
 
 /// A record as it is now; as it was when it has been withdrawn meanwhile.
 template <class Record>
-Json recordNow(const paclient::Resource<Record>& kind, const Record& record) {
+Json recordNow(const Services& services, const paclient::Resource<Record>& kind,
+               const Record& record) {
     for (const Record& now : kind.all()) {
         if (kind.number(now) == kind.number(record)) {
-            return paclient::toJson(now);
+            return recordOf(now, services);
         }
     }
-    return paclient::toJson(record);
+    return recordOf(record, services);
 }
 
 }  // namespace papanel

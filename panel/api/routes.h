@@ -27,8 +27,4 @@ Routes simulationRoutes();
 Routes auditRoutes();
 /// @}
 
-/// Releases, removes and forgets what is due: locks of pages that are away, audio files, what is
-/// known of announcements. To be called about once a second.
-void keepHouse(Services& services);
-
 }  // namespace papanel

@@ -1,14 +1,17 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "client/schedules.h"
 
-#include <mutex>
+#include <deque>
+#include <set>
 
 #include "client/Calendar.h"
 #include "client/StationClock.h"
 #include "client/scheduleJson.h"
 #include "client/scheduleText.h"
 #include "client/scheduleTimes.h"
+#include "client/shortened.h"
 #include "panel/api/Body.h"
+#include "panel/api/ScheduleNumbers.h"
 #include "panel/api/outcome.h"
 #include "panel/api/query.h"
 #include "panel/api/resources.h"
@@ -23,6 +26,8 @@ namespace {
 
 constexpr int mostRuns = 1'000;
 constexpr int usualRuns = 5;
+constexpr std::size_t mostEntries = 5'000;  // of an import
+constexpr std::size_t mostReasons = 100;    // in its answer
 
 std::string scheduleTitle(int id) {
     return "schedule " + std::to_string(id);
@@ -35,16 +40,40 @@ ApiReply put(Services& services, const ScheduleDefinition& schedule, int status)
     return {status, doneAnswer(done, effect, toJson(described(schedule)))};
 }
 
+ApiReply addByServer(Services& services, const ScheduleDefinition& schedule) {
+    if (schedule.Id != 0) {
+        failReading("the member 'Id' is not the server's choice");
+    }
+    const ScheduleNumbers::ServersChoice choice(services.scheduleNumbers);
+    ScheduleDefinition kept = schedule;
+    const Confirmation done = operate(services, "the schedule is kept", [&](const Wait& wait) {
+        const NewSchedule made = createSchedule(schedule, wait);
+        kept.Id = made.id;
+        return made.confirmation;
+    });
+    return {201, doneAnswer(done, scheduleTitle(kept.Id) + " is kept as asked",
+                            toJson(described(kept)))};
+}
+
 ApiReply addSchedule(Services& services, const ApiRequest& request) {
-    static std::mutex oneAtATime;  // two would choose the same number
     requireConnected(services);
     ScheduleDefinition schedule = readSchedule(request.body);
-    const std::lock_guard guard(oneAtATime);
-    if (schedule.Id != 0 && gPaController.findSchedule(schedule.Id)) {
-        throw ApiError(409, "refused", "there is a " + scheduleTitle(schedule.Id) + " already");
+    if (request.queryOr("sync") == "1") {
+        return addByServer(services, schedule);
     }
-    schedule.Id = schedule.Id != 0 ? schedule.Id : freeScheduleId();
-    return put(services, schedule, 201);
+    ScheduleNumbers::Taken taken(services.scheduleNumbers, schedule.Id);
+    if (gPaController.findSchedule(taken.number())) {
+        throw ApiError(409, "refused", "there is a " + scheduleTitle(taken.number()) + " already");
+    }
+    schedule.Id = taken.number();
+    try {
+        return put(services, schedule, 201);
+    } catch (const ApiError& error) {
+        if (error.status == outcomeUnknown) {
+            taken.leaveOut();
+        }
+        throw;
+    }
 }
 
 ApiReply changeSchedule(Services& services, const ApiRequest& request) {
@@ -85,8 +114,12 @@ ApiReply runsOf(const ScheduleDefinition& schedule, int count, const std::string
         after = calendar.momentOf({date.year, date.month, date.day, time.hour, time.minute}) - 1;
     }
     // Moments as ISO 8601 are in the order of their texts.
-    const bool isWholeDay = !until.empty() && !parseDateTime(until).time;
-    const std::string last = isWholeDay ? until + "T23:59" : until;
+    std::string last;
+    if (!until.empty()) {
+        const DateTime end = parseDateTime(until);
+        last = dateText(end.date.value_or(clock.date())) + 'T' +
+               timeText(end.time.value_or(TimeOfDay{23, 59}));
+    }
     Json runs = Json::array();
     for (const std::string& run :
          clock.runTexts(schedule, after, static_cast<std::size_t>(count))) {
@@ -119,29 +152,69 @@ ApiReply exportAll(Services& /*services*/, const ApiRequest& /*request*/) {
     return reply;
 }
 
+/// Takes the numbers of the entries. One whose number is being used fails.
+std::deque<ScheduleNumbers::Taken> takeNumbers(ScheduleNumbers& numbers,
+                                               std::vector<ImportEntry>& entries) {
+    std::deque<ScheduleNumbers::Taken> taken;
+    std::set<int> known;  // a number that is in the list twice is the import's to refuse
+    for (ImportEntry& entry : entries) {
+        try {
+            if (entry.schedule.Id > 0 && known.insert(entry.schedule.Id).second) {
+                taken.emplace_back(numbers, entry.schedule.Id);
+            }
+        } catch (const ApiError& isUsed) {
+            entry.fault = isUsed.what();
+        }
+    }
+    return taken;
+}
+
+/// What has become of an import, for people.
+std::string importText(const ImportResult& result, std::size_t entries) {
+    constexpr std::size_t mostText = 400;
+    std::string text =
+        std::to_string(result.imported) + " of " + std::to_string(entries) + " schedules are in";
+    for (const ImportResult::Failed& failure : result.failed) {
+        if (text.size() < mostText) {
+            text += "; entry " + std::to_string(failure.entry) + ": " + failure.reason;
+        }
+    }
+    return shortened(text, mostText);
+}
+
 ApiReply importAll(Services& services, const ApiRequest& request) {
     if (!request.body.is_array()) {
         failReading("the body is not a list of schedules");
     }
+    if (request.body.size() > mostEntries) {
+        failReading("the list has more than " + std::to_string(mostEntries) + " schedules");
+    }
     requireConnected(services);
+    std::vector<ImportEntry> entries = readSchedules(request.body);
+    const auto taken = takeNumbers(services.scheduleNumbers, entries);
     ImportResult result;
-    importSchedules(readSchedules(request.body), request.queryOr("replace") == "1",
-                    waitOf(services), {}, result);
+    importSchedules(entries, request.queryOr("replace") == "1", waitOf(services), {}, result);
     Json failed = Json::array();
     for (const ImportResult::Failed& failure : result.failed) {
-        failed.push_back({{"entry", failure.entry}, {"reason", failure.reason}});
+        if (failed.size() < mostReasons) {
+            failed.push_back({{"entry", failure.entry}, {"reason", failure.reason}});
+        }
     }
-    const Json counts = {{"imported", result.imported}, {"failed", failed}};
+    const Json counts = {
+        {"imported", result.imported}, {"refused", result.failed.size()}, {"failed", failed}};
     if (result.unknownEntry) {
         const std::string entry = "entry " + std::to_string(*result.unknownEntry);
-        throw ApiError(504, "timed-out",
-                       "whether " + entry + " is kept is unknown; nothing after it has been sent",
+        throw ApiError(outcomeUnknown, "timed-out",
+                       "whether " + entry +
+                           " is kept is unknown, nothing after it has been sent; " +
+                           importText(result, entries.size()),
                        counts);
     }
-    return {200, doneAnswer({},
-                            std::to_string(result.imported) + " of " +
-                                std::to_string(request.body.size()) + " schedules are in",
-                            counts)};
+    Json answer = doneAnswer({}, importText(result, entries.size()), counts);
+    if (!result.failed.empty()) {
+        answer["outcome"] = result.imported > 0 ? "partly" : "refused";
+    }
+    return {200, answer};
 }
 
 }  // namespace
@@ -153,7 +226,7 @@ Routes scheduleRoutes() {
     return {
         {"POST", "/schedules", who, what, "add schedule", answered<addSchedule>},
         {"PUT", "/schedules/{id}", who, what, "change schedule", answered<changeSchedule>},
-        {"DELETE", "/schedules/{id}", who, what, "remove schedule", answered<removeOne>},
+        {"DELETE", "/schedules/{id}", who, what, "remove schedule", answeredWithoutBody<removeOne>},
         {"POST", "/schedules/runs", Access::Monitor, Effect::Asks, nullptr, answered<runsOfDraft>},
         {"GET", "/schedules/{id}/runs", Access::Monitor, Effect::Reads, nullptr,
          answered<runsOfSchedule>},

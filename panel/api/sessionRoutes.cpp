@@ -4,8 +4,8 @@
 #include <optional>
 
 #include "panel/Services.h"
+#include "panel/access/SessionCookie.h"
 #include "panel/access/Sessions.h"
-#include "panel/access/cookie.h"
 #include "panel/http/ApiError.h"
 
 namespace papanel {
@@ -28,15 +28,24 @@ ApiReply replyWith(const Services& services, const std::optional<Session>& sessi
     return reply;
 }
 
+SessionCookie cookieOf(const ApiRequest& request) {
+    return {request.port, request.isEncrypted};
+}
+
 ApiReply replyWith(const Services& services, const ApiRequest& request, const NewSession& begun) {
     ApiReply reply = replyWith(services, begun.session);
-    reply.headers.emplace_back("Set-Cookie", setCookie(begun.token, request.isEncrypted));
+    reply.headers.emplace_back("Set-Cookie", cookieOf(request).set(begun.token));
     return reply;
 }
 
 ApiReply getSession(Services& services, const ApiRequest& request) {
-    const auto session = services.sessions.find(tokenIn(request.header("cookie")));
+    const auto session = services.sessions.find(request.token);
     if (!session && !services.sessions.areAuthenticated()) {
+        // Sessions of other pages would take the place of the operators' own ones.
+        const std::string site = request.header("sec-fetch-site");
+        if (!site.empty() && site != "same-origin" && site != "none") {
+            throw ApiError(403, "csrf", "the request comes from another page");
+        }
         return replyWith(services, request, services.sessions.beginLocal());
     }
     return replyWith(services, session);
@@ -53,17 +62,17 @@ ApiReply logIn(Services& services, const ApiRequest& request) {
     };
     const NewSession begun =
         services.sessions.logIn(textOf("user"), textOf("password"), request.caller.address);
-    if (const auto before = services.sessions.find(tokenIn(request.header("cookie")))) {
-        services.sessions.end(before->id, "the user has logged in again");
+    if (const auto before = services.sessions.find(request.token)) {
+        services.sessions.end(before->id, "login");
     }
     return replyWith(services, request, begun);
 }
 
 ApiReply logOut(Services& services, const ApiRequest& request) {
-    services.sessions.end(request.caller.sessionId, "the user has logged out");
+    services.sessions.end(request.caller.sessionId, "logout");
     ApiReply reply;
     reply.status = 204;
-    reply.headers.emplace_back("Set-Cookie", setCookie("", request.isEncrypted));
+    reply.headers.emplace_back("Set-Cookie", cookieOf(request).set(""));
     return reply;
 }
 

@@ -20,7 +20,8 @@ using simserver::SimControl;
 
 namespace {
 
-/// Does something on the server's side.
+/// Does something on the server's side. After the beginning every fault leaves it unknown whether
+/// it is done, a lost connection among them.
 template <class Act>
 void act(const Services& services, Act act) {
     SimControl& server = simulatedServer(services);
@@ -28,12 +29,12 @@ void act(const Services& services, Act act) {
         act(server);
     } catch (const simserver::Refused&) {
         throw;
-    } catch (const NotConnected&) {
-        throw;
     } catch (const paoperating::NotPossible&) {
         throw;
+    } catch (const ApiError&) {
+        throw;
     } catch (const std::runtime_error& error) {
-        throw ApiError(504, "connection-lost",
+        throw ApiError(outcomeUnknown, "connection-lost",
                        std::string("whether it is done is unknown: ") + error.what());
     }
 }
@@ -41,8 +42,10 @@ void act(const Services& services, Act act) {
 /// The same, and waits until this client knows the effects.
 template <class Act>
 void simulate(const Services& services, Act action) {
-    act(services, action);
-    services.connection.waitUntilDelivered(waitOf(services));
+    act(services, [&](SimControl& server) {
+        action(server);
+        services.connection.waitUntilDelivered(waitOf(services));
+    });
 }
 
 ApiReply setTrigger(Services& services, const ApiRequest& request) {
@@ -51,7 +54,7 @@ ApiReply setTrigger(Services& services, const ApiRequest& request) {
     const PaTrigger trigger = findOne(hardwareTriggers, request.parts.at(0));
     simulate(services, [&](SimControl& server) { server.setTrigger(trigger.id, isOn); });
     return {200, doneAnswer({}, titleOf(hardwareTriggers, trigger) + (isOn ? " is on" : " is off"),
-                            recordNow(hardwareTriggers, trigger))};
+                            recordNow(services, hardwareTriggers, trigger))};
 }
 
 ApiReply setSelector(Services& services, const ApiRequest& request) {
@@ -64,7 +67,7 @@ ApiReply setSelector(Services& services, const ApiRequest& request) {
     return {200, doneAnswer({},
                             titleOf(selectors, selector) + " is " +
                                 nameOf(gPaController.getPaSelectorState(selector.id)),
-                            recordNow(selectors, selector))};
+                            recordNow(services, selectors, selector))};
 }
 
 ApiReply setLock(Services& services, const ApiRequest& request) {
@@ -107,8 +110,8 @@ ApiReply disconnect(Services& services, const ApiRequest& /*request*/) {
 ApiReply restart(Services& services, const ApiRequest& /*request*/) {
     act(services, [&](SimControl& server) {
         paoperating::restart(services.connection, server, waitOf(services));
+        services.connection.requireConnected(waitOf(services));
     });
-    services.connection.requireConnected(waitOf(services));
     return {200, doneAnswer({}, "the server has restarted")};
 }
 
@@ -128,8 +131,9 @@ Routes simulationRoutes() {
         simulation("/simulation/locks", "simulate lock", answered<setLock>),
         simulation("/simulation/renewals", "simulate lost renewals", answered<ignore<renewals>>),
         simulation("/simulation/requests", "simulate lost requests", answered<ignore<requests>>),
-        simulation("/simulation/disconnect", "simulate lost connection", answered<disconnect>),
-        simulation("/simulation/restart", "restart simulated server", answered<restart>),
+        simulation("/simulation/disconnect", "simulate lost connection",
+                   answeredWithoutBody<disconnect>),
+        simulation("/simulation/restart", "restart simulated server", answeredWithoutBody<restart>),
     };
 }
 

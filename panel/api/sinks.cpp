@@ -18,7 +18,7 @@ ApiReply change(const Services& services, const PaSink& sink, const std::string&
                 Operation operation) {
     const std::string sentence = titleOf(sinks, sink) + effect;
     const Confirmation done = operate(services, sentence, operation);
-    return {200, doneAnswer(done, sentence, recordNow(sinks, sink))};
+    return {200, doneAnswer(done, sentence, recordNow(services, sinks, sink))};
 }
 
 PaSink sinkOf(const ApiRequest& request) {

@@ -63,7 +63,7 @@ ApiReply setSourceGain(Services& services, const ApiRequest& request) {
     const Confirmation done = operate(services, effect, [&](const Wait& wait) {
         return setGain(source, asked.level, asked.first, asked.second, wait);
     });
-    return {200, doneAnswer(done, effect, recordNow(sources, source))};
+    return {200, doneAnswer(done, effect, recordNow(services, sources, source))};
 }
 
 // ------------------------------------------------------------------------------------------ zones
@@ -131,15 +131,16 @@ Routes sourceRoutes() {
     constexpr Access who = Access::Operator;
     constexpr Effect what = Effect::Operates;
     return {
-        {"PUT", "/sources/{id}/lock", who, what, "take source", answered<takeSource>},
-        {"DELETE", "/sources/{id}/lock", who, what, "release source", answered<releaseSource>},
+        {"PUT", "/sources/{id}/lock", who, what, "take source", answeredWithoutBody<takeSource>},
+        {"DELETE", "/sources/{id}/lock", who, Effect::Ends, "release source",
+         answeredWithoutBody<releaseSource>},
         {"PUT", "/sources/{id}/gain", who, what, "set source gain", answered<setSourceGain>},
         {"GET", "/sources/{id}/zones", Access::Monitor, Effect::Reads, nullptr,
          answered<zonesOfSource>},
         {"PUT", "/sources/{id}/zones", who, what, "change zones of source",
          answered<setZonesOfSource>},
-        {"DELETE", "/sources/{id}/zones", who, what, "detach zones of source",
-         answered<detachZonesOfSource>},
+        {"DELETE", "/sources/{id}/zones", who, Effect::Ends, "detach zones of source",
+         answeredWithoutBody<detachZonesOfSource>},
     };
 }
 

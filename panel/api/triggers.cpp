@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "operating/operations.h"
 #include "panel/api/Body.h"
+#include "panel/api/LockKeeper.h"
 #include "panel/api/SentAnnouncements.h"
 #include "panel/api/outcome.h"
 #include "panel/api/resources.h"
@@ -54,6 +55,7 @@ ApiReply deleteTrigger(Services& services, const ApiRequest& request) {
 
 ApiReply activateTrigger(Services& services, const ApiRequest& request) {
     const PaSWTrigger trigger = triggerOf(request);
+    services.locks.requireFree(trigger.associatedSourceId, request.caller);
     const std::string effect = titleOf(softwareTriggers, trigger) + " is active";
     AnnouncementRequest started;
     const Confirmation done = operate(services, effect, [&](const Wait& wait) {
@@ -68,6 +70,7 @@ ApiReply activateTrigger(Services& services, const ApiRequest& request) {
 
 ApiReply deactivateTrigger(Services& services, const ApiRequest& request) {
     const PaSWTrigger trigger = triggerOf(request);
+    services.locks.requireFree(trigger.associatedSourceId, request.caller);
     const std::string effect = titleOf(softwareTriggers, trigger) + " is inactive";
     const auto started = services.announcements.startedBy(trigger.associatedSourceId);
     const Confirmation done = operate(services, effect, [&](const Wait& wait) {
@@ -83,10 +86,12 @@ Routes triggerRoutes() {
     constexpr Effect what = Effect::Operates;
     return {
         {"POST", "/triggers", who, what, "create trigger", answered<createTrigger>},
-        {"DELETE", "/triggers/{id}", who, what, "delete trigger", answered<deleteTrigger>},
-        {"PUT", "/triggers/{id}/active", who, what, "activate trigger", answered<activateTrigger>},
-        {"DELETE", "/triggers/{id}/active", who, what, "deactivate trigger",
-         answered<deactivateTrigger>},
+        {"DELETE", "/triggers/{id}", who, what, "delete trigger",
+         answeredWithoutBody<deleteTrigger>},
+        {"PUT", "/triggers/{id}/active", who, what, "activate trigger",
+         answeredWithoutBody<activateTrigger>},
+        {"DELETE", "/triggers/{id}/active", who, Effect::Ends, "deactivate trigger",
+         answeredWithoutBody<deactivateTrigger>},
     };
 }
 

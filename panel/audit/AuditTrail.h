@@ -1,8 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <atomic>
+#include <condition_variable>
 #include <cstdint>
 #include <filesystem>
+#include <map>
 #include <mutex>
 #include <optional>
 #include <string>
@@ -36,18 +39,11 @@ struct AuditRow : AuditEntry {
 struct AuditFilter {
     std::optional<std::int64_t> from;   ///< begun at this time or after
     std::optional<std::int64_t> until;  ///< begun before this time
-    std::optional<std::string> user;
+    std::optional<std::string> user;    ///< the beginning of the name
     std::optional<std::string> operation;
     std::optional<std::string> outcome;
     std::optional<std::int64_t> before;  ///< with a smaller id
 };
-
-/// The body of a request for the trail: one line of JSON without what must not be kept, as
-/// passwords, and without its end when it is long. Empty for null.
-std::string auditedRequest(const paclient::Json& body);
-
-/// The row as the API gives it.
-paclient::Json rowJson(const AuditRow& row);
 
 /// Who asked for what, when, from where, and what came of it: in an SQLite database. An operation
 /// is written, up to the disk, before it is sent. One whose end is not written when the process
@@ -55,6 +51,8 @@ paclient::Json rowJson(const AuditRow& row);
 class AuditTrail {
 public:
     static constexpr int mostInMemory = 10000;
+    /// The outcome of an operation whose end comes later.
+    static constexpr const char* accepted = "accepted";
 
     /// @param file for this process only, made if needed for its owner only; empty: in memory,
     /// where
@@ -68,26 +66,46 @@ public:
     /// @throws ApiError audit-unavailable when it cannot be written: it must not be sent then
     std::int64_t begin(const AuditEntry& entry);
 
-    /// Writes what came of it. A failure is logged.
-    /// @param outcome "done", "as-before" or the code of an error
+    /// Writes what came of it; when that fails, later. The first outcome counts, but that
+    /// `accepted` is followed by another.
+    /// @param outcome as "done", or the code of an error
     void finish(std::int64_t id, const std::string& outcome, const std::string& text);
 
-    /// The newest operations first.
+    /// The newest operations first. Operations that begin or end meanwhile do not wait for it.
     /// @throws ApiError audit-unavailable
     std::vector<AuditRow> find(const AuditFilter& filter, int limit);
 
-    /// Removes some of the operations that are too old, so that nobody waits for long.
+    /// Writes the outcomes that could not be written before, and removes some of the operations
+    /// that are too old: not all at once, so that others do not wait
+    /// for long; and none while the newest is too old, too: then the clock may be wrong. A failure
+    /// is logged once. For one thread.
     /// @return whether there may be more
-    bool removeExpired();
+    bool keepHouse();
 
 private:
+    struct Ending {
+        std::string outcome;
+        std::string text;
+        std::int64_t finished = 0;
+    };
+
     template <class Action>
-    auto guarded(Action action);
+    auto writing(Action action);
+    template <class Action>
+    auto reading(Action action);
+    void read(const AuditFilter& filter, std::int64_t oldest, int limit,
+              std::vector<AuditRow>& rows);
+    void write(std::int64_t id, const Ending& ending);
 
     const bool isInMemory_;
     const std::int64_t keptMS_;
+    bool hasFailed_ = false;       // the last `keepHouse`
+    std::atomic<int> writers_{0};  // that have the lock or wait for it
     std::mutex lock_;
-    pautil::Database database_;  // guarded by lock_
+    std::condition_variable written_;
+    // Guarded by lock_.
+    pautil::Database database_;
+    std::map<std::int64_t, Ending> unwritten_;
 };
 
 }  // namespace papanel

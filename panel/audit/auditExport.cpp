@@ -4,6 +4,8 @@
 #include <string>
 #include <string_view>
 
+#include "panel/audit/utcTime.h"
+
 namespace papanel {
 
 namespace {
@@ -54,6 +56,19 @@ std::string csvLine(const Json& record, Take take) {
 }
 
 }  // namespace
+
+Json rowJson(const AuditRow& row) {
+    return {{"id", row.id},
+            {"time", utcText(row.time)},
+            {"user", row.user},
+            {"address", row.address},
+            {"operation", row.operation},
+            {"target", row.target},
+            {"request", row.request},
+            {"outcome", row.outcome},
+            {"text", row.text},
+            {"finished", row.finished ? Json(utcText(*row.finished)) : Json()}};
+}
 
 void exportJson(AuditTrail& trail, AuditFilter filter, const Write& write) {
     std::string start = "[\n";

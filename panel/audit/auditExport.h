@@ -8,6 +8,9 @@
 
 namespace papanel {
 
+/// The row as the API gives it.
+Json rowJson(const AuditRow& row);
+
 /// Writes the operations, the newest first, as a JSON array. They are read in parts: their number
 /// has no limit.
 void exportJson(AuditTrail& trail, AuditFilter filter, const Write& write);

@@ -20,12 +20,17 @@ std::int64_t utcNow() {
 }
 
 std::string utcText(std::int64_t ms) {
-    const std::time_t seconds = ms / 1000;
+    std::array<char, 8> fraction{};
+    std::snprintf(fraction.data(), fraction.size(), ".%03dZ", static_cast<int>(ms % 1000));
+    std::string text = utcSecondText(ms / 1000);
+    return text.replace(text.size() - 1, 1, fraction.data());
+}
+
+std::string utcSecondText(std::time_t seconds) {
     std::tm utc{};
     gmtime_r(&seconds, &utc);
     std::array<char, 40> text{};
-    const std::size_t size = std::strftime(text.data(), text.size(), "%Y-%m-%dT%H:%M:%S", &utc);
-    std::snprintf(text.data() + size, text.size() - size, ".%03dZ", static_cast<int>(ms % 1000));
+    std::strftime(text.data(), text.size(), "%Y-%m-%dT%H:%M:%SZ", &utc);
     return text.data();
 }
 

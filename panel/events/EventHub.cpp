@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "panel/Services.h"
+#include "panel/api/records.h"
 
 namespace papanel {
 
@@ -17,14 +18,14 @@ constexpr std::chrono::milliseconds idleTurn{50};
 /// While the connection is about to be synced.
 constexpr std::chrono::milliseconds syncTurn{5};
 
-ChangeKinds pageKinds() {
+ChangeKinds kindsForPages() {
     return ~kinds<AttachedZonesReport, Retrieval, palink::Refusal, palink::LevelReading,
                   pa::DroppedOperation, SentOperation>();
 }
 
 }  // namespace
 
-EventHub::EventHub() : log_([this] { return snapshotOf(*services_); }), changes_(pageKinds()) {}
+EventHub::EventHub() : log_([this] { return snapshotOf(*services_); }), changes_(kindsForPages()) {}
 
 EventHub::~EventHub() {
     stop();

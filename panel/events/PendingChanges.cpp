@@ -4,6 +4,7 @@
 #include "client/recordText.h"
 #include "client/resources.h"
 #include "client/scheduleText.h"
+#include "panel/api/records.h"
 
 namespace papanel {
 
@@ -38,11 +39,11 @@ void PendingChanges::restart() {
 void PendingChanges::add(const Change& change, const Services& services) {
     const Overloaded visitor{
         [&](const Updated<PaSource>& source) {
-            update("sources", source.record.id, toJson(source.record));
+            update("sources", source.record.id, recordOf(source.record, services));
         },
         [&](const Deleted<PaSource>& source) { remove("sources", source.id); },
         [&](const Updated<PaSink>& sink) {
-            update("sinks", sink.record.id, toJson(sink.record));
+            update("sinks", sink.record.id, recordOf(sink.record, services));
             zones_.merge(sinks_.set(sink.record));
         },
         [&](const Deleted<PaSink>& sink) {
@@ -86,16 +87,6 @@ void PendingChanges::addLock(int sourceId, const Services& services) {
     update("locks", sourceId, recordOf(lockOf(sourceId), services));
 }
 
-void PendingChanges::addTrigger(int id) {
-    for (const AnyTrigger& trigger : allTriggers()) {
-        if (trigger.id == id) {
-            update("triggers", id, toJson(trigger));
-            return;
-        }
-    }
-    remove("triggers", id);
-}
-
 PendingChanges::Json PendingChanges::take() {
     std::vector<AnnouncementRequest> playing;
     if (!zones_.empty()) {
@@ -110,12 +101,27 @@ PendingChanges::Json PendingChanges::take() {
             remove("zones", id);
         }
     }
+    putTriggers();
     Json batch;
     batch["changes"] = std::move(changes_);
     changes_.clear();
     places_.clear();
     zones_.clear();
+    triggers_.clear();
     return batch;
+}
+
+/// A hardware and a software trigger may have the same number, which a page forgets first.
+void PendingChanges::putTriggers() {
+    for (const int id : triggers_) {
+        remove("triggers", id);
+    }
+    for (const AnyTrigger& trigger :
+         triggers_.empty() ? std::vector<AnyTrigger>() : allTriggers()) {
+        if (triggers_.count(trigger.id) != 0) {
+            update("triggers", trigger.kind + std::to_string(trigger.id), toJson(trigger));
+        }
+    }
 }
 
 template <class Id>

@@ -9,14 +9,15 @@
 
 #include "client/Change.h"
 #include "client/json.h"
-#include "panel/api/records.h"
+#include "panel/api/zoneRecords.h"
 
 namespace papanel {
 
 struct Services;
 
-/// The changes since the last batch, of each record the last one only. Zones are written when the
-/// batch is made: their records have members that depend on sinks and announcements.
+/// The changes since the last batch, of each record the last one only. Zones and triggers are
+/// written when the batch is made: zones have members that depend on sinks and announcements, and
+/// triggers of both kinds may have the same number.
 /// For one thread.
 class PendingChanges {
 public:
@@ -31,10 +32,12 @@ public:
 
     /// The lock of a source, as it is now.
     void addLock(int sourceId, const Services& services);
-    /// A trigger, as it is now.
-    void addTrigger(int id);
+    /// The triggers with a number.
+    void addTrigger(int id) { triggers_.insert(id); }
 
-    [[nodiscard]] bool isEmpty() const { return changes_.empty() && zones_.empty(); }
+    [[nodiscard]] bool isEmpty() const {
+        return changes_.empty() && zones_.empty() && triggers_.empty();
+    }
 
     /// The data of the event, and begins the next batch.
     Json take();
@@ -47,6 +50,7 @@ private:
     template <class Id>
     void remove(const char* kind, const Id& id);
     void put(const char* kind, const std::string& key, Json change);
+    void putTriggers();
     void setAnnouncement(const AnnouncementRequest& announcement);
     void removeAnnouncement(int id);
     void markZones(const std::vector<std::string>& zones) {
@@ -61,6 +65,7 @@ private:
     std::map<std::pair<std::string, std::string>, std::size_t>
         places_;                   // of kind and key in changes_
     std::set<std::string> zones_;  // that have changed
+    std::set<int> triggers_;       // numbers
 };
 
 }  // namespace papanel

@@ -6,7 +6,6 @@
 #include "client/resources.h"
 #include "panel/Services.h"
 #include "panel/access/Sessions.h"
-#include "panel/access/cookie.h"
 #include "panel/api/LockKeeper.h"
 #include "panel/api/outcome.h"
 #include "panel/events/EventHub.h"
@@ -23,8 +22,8 @@ using Clock = std::chrono::steady_clock;
 
 /// So often a stream looks whether its client is away.
 constexpr std::chrono::milliseconds turn{1000};
-/// A stream without an event has a comment so often, or a proxy would end it.
-constexpr std::chrono::seconds quietTime{15};
+/// A stream without an event has a comment so often, by which a page knows that it is connected.
+constexpr std::chrono::seconds quietTime{5};
 
 ApiReply eventStream(std::function<void(const Write& write, const Stopped& stopped)> stream) {
     ApiReply reply;
@@ -53,7 +52,7 @@ void writeEvents(const Write& write, const Stopped& stopped,
 
 ApiReply events(Services& services, const ApiRequest& request) {
     const std::string before = request.queryOr("after", request.header("last-event-id"));
-    const std::string token = tokenIn(request.header("cookie"));
+    const std::string token = request.token;
     const std::string session = request.caller.sessionId;
     return eventStream([=, &services](const Write& write, const Stopped& stopped) {
         EventLog::Page page(services.events.log(), before, session);
@@ -62,7 +61,8 @@ ApiReply events(Services& services, const ApiRequest& request) {
         }
         services.locks.pageOpened(session);
         const pautil::AtEnd closed([&] { services.locks.pageClosed(session); });
-        writeEvents(write, stopped, [&page](const Write& writeText) {
+        writeEvents(write, stopped, [&](const Write& writeText) {
+            services.sessions.notePage(session);
             const EventLog::Text text = page.next(turn);
             return (text == nullptr || writeText(*text)) && !page.isOver();
         });

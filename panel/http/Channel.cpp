@@ -20,14 +20,15 @@ namespace {
     throw std::runtime_error(file.string() + " cannot be used: " + reason);
 }
 
+/// @param expected what the file is to be, as a statement
 /// @throws std::runtime_error when OpenSSL has not taken the file
-void check(bool isTaken, const std::filesystem::path& file) {
+void check(bool isTaken, const std::filesystem::path& file, const std::string& expected) {
     if (!isTaken && access(file.c_str(), R_OK) != 0) {
         refuse(file, std::generic_category().message(errno));
     }
     if (!isTaken) {
         const char* const reason = ERR_reason_error_string(ERR_get_error());
-        refuse(file, reason != nullptr ? reason : "it is malformed");
+        refuse(file, expected + (reason != nullptr ? std::string(" (") + reason + ')' : ""));
     }
 }
 
@@ -46,16 +47,24 @@ TlsContext makeTlsContext(const std::filesystem::path& certificate,
     }
     context.reset(SSL_CTX_new(TLS_server_method()));
     SSL_CTX_set_min_proto_version(context.get(), TLS1_2_VERSION);
+    SSL_CTX_set_cipher_list(context.get(), "ECDHE+AESGCM:ECDHE+CHACHA20");  // of TLS 1.2
     SSL_CTX_set_options(context.get(), SSL_OP_NO_RENEGOTIATION | SSL_OP_CIPHER_SERVER_PREFERENCE);
     SSL_CTX_set_mode(context.get(), SSL_MODE_ENABLE_PARTIAL_WRITE | SSL_MODE_RELEASE_BUFFERS |
                                         SSL_MODE_ACCEPT_MOVING_WRITE_BUFFER);
-    check(SSL_CTX_use_certificate_chain_file(context.get(), certificate.c_str()) == 1, certificate);
-    check(SSL_CTX_use_PrivateKey_file(context.get(), key.c_str(), SSL_FILETYPE_PEM) == 1, key);
+    // Never asks for one at a terminal.
+    SSL_CTX_set_default_passwd_cb(context.get(), [](char*, int, int, void*) { return 0; });
+    check(SSL_CTX_use_certificate_chain_file(context.get(), certificate.c_str()) == 1, certificate,
+          "a certificate in PEM is expected");
+    check(SSL_CTX_use_PrivateKey_file(context.get(), key.c_str(), SSL_FILETYPE_PEM) == 1, key,
+          "the key of the certificate is expected, in PEM and without a password");
     return context;
 }
 
 Channel::Channel(int socket, SSL_CTX* tls)
     : socket_(socket), ssl_(tls != nullptr ? SSL_new(tls) : nullptr, SSL_free) {
+    if (tls != nullptr && ssl_ == nullptr) {
+        throw std::bad_alloc();
+    }
     if (ssl_ != nullptr) {
         SSL_set_fd(ssl_.get(), socket);
         SSL_set_accept_state(ssl_.get());

@@ -27,6 +27,7 @@ public:
 
     /// @param socket of an accepted connection, non-blocking; closed with the channel
     /// @param tls    null for none
+    /// @throws std::bad_alloc, and closes the socket
     Channel(int socket, SSL_CTX* tls);
 
     /// Before everything else. Does nothing without TLS.

@@ -9,7 +9,9 @@
 
 #include "framework/log.h"
 #include "panel/http/ApiError.h"
+#include "panel/http/contentCoding.h"
 #include "panel/http/errorReply.h"
+#include "panel/http/policyHeaders.h"
 
 namespace papanel {
 
@@ -85,10 +87,11 @@ public:
     std::function<void(httplib::Response&)> fill;
 };
 
-HttpConnection::HttpConnection(int socket, std::string address, SSL_CTX* tls,
+HttpConnection::HttpConnection(int socket, std::string address, int port, SSL_CTX* tls,
                                const HttpLimits& limits, const HttpHandler& handler)
     : channel_(socket, tls),
       address_(std::move(address)),
+      port_(port),
       isEncrypted_(tls != nullptr),
       limits_(limits),
       handler_(handler),
@@ -123,7 +126,7 @@ bool HttpConnection::serveRequest() {
     RequestHead head;
     bool isGone = false;
     bool isLast = true;
-    const ApiReply reply = replyOf([&]() -> ApiReply {
+    ApiReply reply = replyOf([&]() -> ApiReply {
         const auto text = readHead();
         if (!text) {
             isGone = true;
@@ -131,7 +134,7 @@ bool HttpConnection::serveRequest() {
         }
         head = parseHead(*text);
         bool isBodyLeft = head.contentLength > 0;
-        HttpRequest request{head, address_, isEncrypted_, {}};
+        HttpRequest request{head, address_, port_, isEncrypted_, {}};
         request.readBody = [&](std::size_t maxBytes) {
             std::string body = readBody(head, maxBytes);
             isBodyLeft = false;
@@ -145,6 +148,12 @@ bool HttpConnection::serveRequest() {
     if (isGone || isStopped_) {
         return false;
     }
+    if (reply.contentType.empty() && !reply.body.is_null()) {
+        reply.contentType = jsonType;
+        reply.bytes = reply.body.dump(-1, ' ', false, Json::error_handler_t::replace);
+    }
+    addPolicyHeaders(reply);
+    compress(head, reply);
     const bool isWritten = respond(head, reply, isLast);
     if (isLast && isWritten) {
         linger();
@@ -194,8 +203,8 @@ std::string HttpConnection::readBody(const RequestHead& head, std::size_t maxByt
             throw ApiError(408, "too-slow", "the body has not come in time");
         }
     }
-    std::string body = received_.substr(0, head.contentLength);
-    received_.erase(0, head.contentLength);
+    std::string body = std::exchange(received_, received_.substr(head.contentLength));
+    body.resize(head.contentLength);
     return body;
 }
 
@@ -205,18 +214,15 @@ bool HttpConnection::respond(const RequestHead& head, const ApiReply& reply, boo
         for (const auto& [name, value] : reply.headers) {
             response.headers.emplace(name, value);
         }
-        const std::string& type = reply.contentType.empty() ? jsonType : reply.contentType;
+        const std::string& type = reply.contentType;
         if (reply.stream) {
             const auto provide = [&](std::size_t /*offset*/, httplib::DataSink& sink) {
                 return send(reply.stream, sink);
             };
             head.isOldVersion ? response.set_content_provider(type, provide)
                               : response.set_chunked_content_provider(type, provide);
-        } else if (!reply.contentType.empty()) {
+        } else if (!type.empty()) {
             response.set_content(reply.bytes, type);
-        } else if (!reply.body.is_null()) {
-            response.set_content(reply.body.dump(-1, ' ', false, Json::error_handler_t::replace),
-                                 type);
         }
     };
     HttplibStream stream(*this, head.method == "HEAD");
@@ -242,10 +248,11 @@ bool HttpConnection::send(
         handleError(1, "a stream has failed: %s", error.what());
         isComplete = false;
     }
-    if (isComplete && !isStopped_) {
-        sink.done();
+    if (!isComplete || isStopped_) {
+        return false;  // else it would be called again
     }
-    return isComplete;
+    sink.done();
+    return true;
 }
 
 /// A connection that is closed while the client still sends would lose the answer.

@@ -23,6 +23,7 @@ namespace papanel {
 struct HttpRequest {
     RequestHead head{};
     std::string address{};  ///< of the connection's other end
+    int port = 0;           ///< of this end
     bool isEncrypted = false;
 
     /// Reads the body; once.
@@ -38,10 +39,12 @@ using HttpHandler = std::function<ApiReply(const HttpRequest&)>;
 class HttpConnection {
 public:
     /// @param socket   of an accepted connection, non-blocking; closed with the object
+    /// @param address  of its other end
+    /// @param port     of this end
     /// @param tls      null for none
     /// @param limits   outlive the object, as does the handler
-    HttpConnection(int socket, std::string address, SSL_CTX* tls, const HttpLimits& limits,
-                   const HttpHandler& handler);
+    HttpConnection(int socket, std::string address, int port, SSL_CTX* tls,
+                   const HttpLimits& limits, const HttpHandler& handler);
     HttpConnection(const HttpConnection&) = delete;
     HttpConnection& operator=(const HttpConnection&) = delete;
     ~HttpConnection();
@@ -73,6 +76,7 @@ private:
 
     Channel channel_;
     const std::string address_;
+    const int port_;
     const bool isEncrypted_;
     const HttpLimits& limits_;
     const HttpHandler& handler_;

@@ -8,6 +8,7 @@
 #include <system_error>
 
 #include "framework/log.h"
+#include "panel/http/networkOf.h"
 
 namespace papanel {
 
@@ -34,7 +35,8 @@ std::string textOf(const sockaddr_storage& address, socklen_t size) {
 /// Of httplib's server the socket that listens.
 class HttpServer::Listener : public httplib::Server {
 public:
-    explicit Listener(const HttpSettings& settings) {
+    explicit Listener(const HttpSettings& settings)
+        : unacknowledgedMS_(static_cast<unsigned>(settings.limits.unacknowledged.count())) {
         // Without SO_REUSEPORT, which its default has: another process could take the port as well.
         set_socket_options([](socket_t socket) {
             const int on = 1;
@@ -64,6 +66,9 @@ public:
         if (socket >= 0) {
             const int on = 1;
             setsockopt(socket, IPPROTO_TCP, TCP_NODELAY, &on, sizeof(on));
+            // Streams write every few seconds; by itself TCP would wait for a quarter of an hour.
+            setsockopt(socket, IPPROTO_TCP, TCP_USER_TIMEOUT, &unacknowledgedMS_,
+                       sizeof(unacknowledgedMS_));
             address = textOf(other, size);
         }
         return socket;
@@ -73,21 +78,28 @@ public:
     void end() { shutdown(svr_sock_, SHUT_RDWR); }
 
 private:
+    const unsigned unacknowledgedMS_;
     int port_ = 0;
 };
 
 HttpServer::HttpServer(const HttpSettings& settings, HttpHandler handler)
     : settings_(settings),
       handler_(std::move(handler)),
-      tls_(makeTlsContext(settings.certificate, settings.key)),
       listener_(std::make_unique<Listener>(settings)),
       port_(listener_->port()),
+      tls_(makeTlsContext(settings.certificate, settings.key)),
       acceptor_("papanel accept", [this] { acceptConnections(); }) {}
 
 HttpServer::~HttpServer() {
     requestStop();
     std::unique_lock guard(lock_);
     ended_.wait(guard, [this] { return connections_.empty(); });
+}
+
+void HttpServer::readCertificate() {
+    TlsContext read = makeTlsContext(settings_.certificate, settings_.key);
+    const std::lock_guard guard(lock_);
+    tls_.swap(read);
 }
 
 void HttpServer::requestStop() {
@@ -110,7 +122,11 @@ void HttpServer::acceptConnections() {
         std::string address;
         const int socket = listener_->accept(address);
         if (socket >= 0) {
-            begin(socket, address);
+            try {
+                begin(socket, address);
+            } catch (const std::exception& error) {
+                handleError(2, "a connection is refused: %s", error.what());
+            }
             continue;
         }
         std::unique_lock guard(lock_);
@@ -127,32 +143,32 @@ void HttpServer::acceptConnections() {
 
 void HttpServer::begin(int socket, const std::string& address) {
     const std::lock_guard guard(lock_);
-    connections_.emplace_front(socket, address, tls_.get(), settings_.limits, handler_);
+    connections_.emplace_front(socket, address, port_, tls_.get(), settings_.limits, handler_);
     const auto connection = connections_.begin();
     if (isStopping_ || !hasPlaceFor(address)) {
         connection->refuse();
         connections_.erase(connection);
         return;
     }
-    ++perAddress_[address];
+    ++perNetwork_[networkOf(address)];
     try {
         pa::PosixThread("papanel http", [this, connection] {
             connection->serve();
             end(connection);
         }).detach();
-    } catch (const std::system_error& error) {
-        handleError(2, "a connection is refused: %s", error.what());
+    } catch (const std::system_error&) {
         forget(connection);
+        throw;
     }
 }
 
 /// The connection is in the list.
 bool HttpServer::hasPlaceFor(const std::string& address) const {
     const HttpLimits& limits = settings_.limits;
-    const auto others = perAddress_.find(address);
+    const auto others = perNetwork_.find(networkOf(address));
     return static_cast<int>(connections_.size()) <= limits.connections &&
            (isLoopback(address) || settings_.proxies.count(address) != 0 ||
-            others == perAddress_.end() || others->second < limits.connectionsPerAddress);
+            others == perNetwork_.end() || others->second < limits.connectionsPerAddress);
 }
 
 void HttpServer::end(Connections::iterator connection) {
@@ -162,9 +178,9 @@ void HttpServer::end(Connections::iterator connection) {
 }
 
 void HttpServer::forget(Connections::iterator connection) {
-    const auto count = perAddress_.find(connection->address());
+    const auto count = perNetwork_.find(networkOf(connection->address()));
     if (--count->second == 0) {
-        perAddress_.erase(count);
+        perNetwork_.erase(count);
     }
     connections_.erase(connection);
 }

@@ -29,6 +29,11 @@ public:
     /// Stops and waits until no handler runs.
     ~HttpServer();
 
+    /// Reads the certificate and its key again, for the connections to come. Does nothing without
+    /// TLS.
+    /// @throws std::runtime_error when a file cannot be used; those of before then stay
+    void readCertificate();
+
     /// Listens no more and ends every connection.
     void requestStop();
 
@@ -49,16 +54,16 @@ private:
 
     const HttpSettings settings_;
     const HttpHandler handler_;
-    const TlsContext tls_;
     const std::unique_ptr<Listener> listener_;
     const int port_;
 
     mutable std::mutex lock_;
     std::condition_variable ended_;
     // Guarded by lock_.
+    TlsContext tls_;  // each of its connections keeps it alive
     bool isStopping_ = false;
     Connections connections_;
-    std::map<std::string, int> perAddress_;
+    std::map<std::string, int> perNetwork_;  // of clients
 
     pa::PosixThread acceptor_;
 };

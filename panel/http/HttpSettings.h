@@ -12,7 +12,7 @@ namespace papanel {
 /// What clients may take of the server.
 struct HttpLimits {
     int connections = 1000;
-    int connectionsPerAddress = 250;  ///< loopback addresses have no such limit
+    int connectionsPerAddress = 250;  ///< or network, see `networkOf`; not of loopback addresses
     std::size_t requestsPerConnection = 1000;
     std::size_t headBytes = std::size_t{32} << 10U;  ///< request line and headers
 
@@ -21,6 +21,8 @@ struct HttpLimits {
     std::chrono::milliseconds body{10'000};   ///< and as long as it takes at `bytesPerSecond`
     std::chrono::milliseconds write{20'000};  ///< of an answer or a part of a stream; likewise
     std::size_t bytesPerSecond = std::size_t{16} << 10U;
+    /// A client that acknowledges nothing for so long has lost its network.
+    std::chrono::milliseconds unacknowledged{40'000};
 };
 
 /// Where and how the server listens.

@@ -108,16 +108,20 @@ std::string RequestHead::joined(const std::string& name) const {
     return result;
 }
 
-bool RequestHead::hasWord(const std::string& name, const std::string& word) const {
+std::vector<std::string> RequestHead::words(const std::string& name) const {
     const std::string list = joined(name) + ',';
+    std::vector<std::string> result;
     for (std::size_t at = 0; at < list.size();) {
         const std::size_t comma = list.find(',', at);
-        if (lowered(trimmed(std::string_view(list).substr(at, comma - at))) == word) {
-            return true;
-        }
+        result.push_back(lowered(trimmed(std::string_view(list).substr(at, comma - at))));
         at = comma + 1;
     }
-    return false;
+    return result;
+}
+
+bool RequestHead::hasWord(const std::string& name, const std::string& word) const {
+    const auto all = words(name);
+    return std::find(all.begin(), all.end(), word) != all.end();
 }
 
 bool RequestHead::isOfType(std::string_view type) const {

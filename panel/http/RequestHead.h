@@ -5,6 +5,7 @@
 #include <map>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace papanel {
 
@@ -22,7 +23,10 @@ struct RequestHead {
     /// The headers with this name as one, with commas between them.
     [[nodiscard]] std::string joined(const std::string& name) const;
 
-    /// Whether one of the header's words, which commas separate, is this one, in any case.
+    /// What commas separate in the headers with this name, in small letters.
+    [[nodiscard]] std::vector<std::string> words(const std::string& name) const;
+
+    /// Whether one of these words is this one.
     [[nodiscard]] bool hasWord(const std::string& name, const std::string& word) const;
 
     /// Whether the body has this media type, whatever its parameters.

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <functional>
 #include <map>
 #include <string>
@@ -26,7 +27,7 @@ enum class Access { Open, Monitor, Operator };
 struct Caller {
     std::string user;  ///< "local" where there are no users
     Role role = Role::Monitor;
-    std::string sessionId;  ///< of the session's cookie; never shown to anybody
+    std::string sessionId;  ///< of the session's cookie; no answer has it
     std::string page;       ///< of the page, from the header X-Page; may be empty
     std::string address;    ///< of the client; behind a proxy, as the proxy names it
 };
@@ -40,8 +41,11 @@ struct ApiRequest {
     std::multimap<std::string, std::string> headers;  ///< names in small letters
     Json body;                                        ///< null without one
     std::string bytes;                                ///< a body that is not JSON
+    int port = 0;                                     ///< of this server
     bool isEncrypted = false;  ///< on the way from the browser, to this server or to a proxy
+    std::string token;         ///< in the session's cookie; may be of no session
     Caller caller;
+    std::int64_t auditRow = 0;  ///< of an operation, in the audit trail
 
     /// The query parameter, or a default.
     [[nodiscard]] std::string queryOr(const std::string& name, const std::string& other = "") const;
@@ -71,6 +75,7 @@ enum class Effect {
     Session,   ///< logs in or out: no audit row, no idempotency key
     Asks,      ///< changes nothing, with a body: no audit row, no idempotency key
     Operates,  ///< an operation: written to the audit trail before, with its outcome after
+    Ends,      ///< an operation that ends a sound: also done when the audit trail cannot be written
 };
 
 /// A line of the tables of routes.
@@ -84,6 +89,11 @@ struct Route {
     const char* contentType = "application/json";  ///< of the body that is expected
     std::size_t maxBody = std::size_t{256} << 10U;
 };
+
+/// Whether a request to a route is an operation.
+inline bool operates(const Route& route) {
+    return route.effect == Effect::Operates || route.effect == Effect::Ends;
+}
 
 /// A table of routes.
 using Routes = std::vector<Route>;

@@ -4,11 +4,13 @@
 #include <algorithm>
 #include <chrono>
 
+#include "framework/log.h"
 #include "panel/Services.h"
+#include "panel/access/SessionCookie.h"
 #include "panel/access/Sessions.h"
-#include "panel/access/cookie.h"
 #include "panel/api/IdempotencyStore.h"
 #include "panel/audit/AuditTrail.h"
+#include "panel/audit/auditTexts.h"
 #include "panel/http/ApiError.h"
 #include "panel/http/Target.h"
 #include "panel/http/byteRange.h"
@@ -21,21 +23,14 @@ namespace papanel {
 
 namespace {
 
-/// What browsers may do with an answer.
-constexpr const char* pagePolicy =
-    "default-src 'self'; object-src 'none'; base-uri 'none'; form-action 'self'; "
-    "frame-ancestors 'none'; media-src 'self' blob:; img-src 'self' data:";
-constexpr const char* dataPolicy = "default-src 'none'; frame-ancestors 'none'";
-constexpr std::pair<const char*, const char*> commonHeaders[] = {
-    {"X-Content-Type-Options", "nosniff"},
-    {"X-Frame-Options", "DENY"},
-    {"Referrer-Policy", "no-referrer"},
-    {"Cross-Origin-Opener-Policy", "same-origin"},
-    {"Cross-Origin-Resource-Policy", "same-origin"},
-};
-
 bool changesNothing(const std::string& method) {
     return method == "GET" || method == "HEAD";
+}
+
+/// Whether a page of another origin has sent the request, or has a link to it.
+bool isForeign(const RequestHead& head) {
+    const std::string site = head.header("sec-fetch-site");
+    return !site.empty() && site != "same-origin" && site != "none";
 }
 
 /// The name in a Host header, without the port.
@@ -47,8 +42,8 @@ std::string hostName(const std::string& host) {
 
 /// The session of a request becomes its caller.
 /// @throws ApiError
-void identify(ApiRequest& call, const Route& route, const std::string& token, Sessions& sessions) {
-    const auto session = sessions.find(token);
+void identify(ApiRequest& call, const Route& route, Sessions& sessions) {
+    const auto session = sessions.find(call.token);
     if (session) {
         call.caller.user = session->user;
         call.caller.role = session->role;
@@ -74,32 +69,43 @@ std::string memberOr(const Json& object, const char* name, const std::string& ot
     return member != object.end() && member->is_string() ? member->get<std::string>() : other;
 }
 
-/// What the request names in its address.
-std::string auditedTarget(const ApiRequest& request) {
-    std::string target;
-    for (const std::string& part : request.parts) {
-        target += (target.empty() ? "" : ", ") + part;
-    }
-    return target;
-}
-
-/// Calls the handler of an operation, which the audit trail has before it is sent.
-ApiReply operate(Services& services, const Route& route, const ApiRequest& request) {
+/// The row of an operation in the audit trail; 0 without one: a microphone must not stay open
+/// because a disk is full.
+std::int64_t beginRow(Services& services, const Route& route, const ApiRequest& request) {
     const std::string body = request.bytes.empty()
                                  ? auditedRequest(request.body)
                                  : std::to_string(request.bytes.size()) + " bytes";
-    const auto row = services.audit.begin({request.caller.user, request.caller.address,
-                                           route.operation, auditedTarget(request), body});
+    try {
+        return services.audit.begin({request.caller.user, request.caller.address, route.operation,
+                                     auditedTarget(request), body});
+    } catch (const ApiError& error) {
+        if (route.effect != Effect::Ends) {
+            throw;
+        }
+        handleError(1, "not in the audit trail: %s by user %s: %s", route.operation,
+                    request.caller.user.c_str(), error.what());
+        return 0;
+    }
+}
+
+/// Calls the handler of an operation, which the audit trail has before it is sent.
+ApiReply operate(Services& services, const Route& route, ApiRequest& request) {
+    const std::int64_t row = beginRow(services, route, request);
+    const auto finish = [&](const std::string& outcome, const std::string& text) {
+        if (row != 0) {
+            services.audit.finish(row, outcome, text);
+        }
+    };
+    request.auditRow = row;
     try {
         ApiReply reply = route.handle(services, request);
-        services.audit.finish(row, memberOr(reply.body, "outcome", "done"),
-                              memberOr(reply.body, "text", ""));
+        finish(memberOr(reply.body, "outcome", "done"), memberOr(reply.body, "text", ""));
         return reply;
     } catch (const ApiError& error) {
-        services.audit.finish(row, error.code, error.what());
+        finish(error.code, error.what());
         throw;
     } catch (const std::exception& error) {
-        services.audit.finish(row, "internal", error.what());
+        finish("internal", error.what());
         throw;
     }
 }
@@ -115,7 +121,6 @@ ApiReply Router::operator()(const HttpRequest& request) {
     if (answer.contentType.compare(0, 6, "audio/") == 0) {
         applyRange(request.head, answer);
     }
-    addHeaders(answer);
     const std::lock_guard guard(lock_);
     ++counts_[{found != nullptr ? found->method : "", found != nullptr ? found->pattern : "",
                answer.status}];
@@ -128,12 +133,20 @@ Router::Counts Router::counts() const {
 }
 
 ApiReply Router::reply(const HttpRequest& request, const Route*& found) {
-    checkOrigin(request.head);
+    checkHost(request.head);
     Target target = parseTarget(request.head.target);
+    const bool isCall = target.parts.front() == "api";
+    if ((isCall || !changesNothing(request.head.method)) && isForeign(request.head)) {
+        throw ApiError(403, "csrf", "the request comes from another page");
+    }
+    if (!isCall && !changesNothing(request.head.method)) {
+        throw ApiError(405, "method-not-allowed", request.head.method + " is not possible here",
+                       {{"allow", "GET, HEAD"}});
+    }
     if (const auto other = settings_.others.find(target.path); other != settings_.others.end()) {
         return other->second(request);
     }
-    if (target.parts.front() != "api") {
+    if (!isCall) {
         return pageReply(request.head, target.path);
     }
     if (target.parts.size() < 3 || target.parts[1] != "v1") {
@@ -151,9 +164,13 @@ ApiReply Router::reply(const HttpRequest& request, const Route*& found) {
     call.isEncrypted = settings_.isEncrypted;
     call.caller.address = clientOf(request);
     call.caller.page = call.header("x-page");
-    identify(call, *found, tokenIn(call.header("cookie")), services_.sessions);
+    call.port = request.port;
+    call.token = SessionCookie(call.port, call.isEncrypted).tokenIn(call.header("cookie"));
+    identify(call, *found, services_.sessions);
+    const BodySpace::Share space =
+        bodies_.take(call.caller.user, std::min(request.head.contentLength, found->maxBody));
     readBody(request, *found, call);
-    if (found->effect != Effect::Operates) {
+    if (!operates(*found)) {
         return found->handle(services_, call);
     }
     const auto begun = std::chrono::steady_clock::now();
@@ -162,14 +179,10 @@ ApiReply Router::reply(const HttpRequest& request, const Route*& found) {
     return services_.answers.answer(call, [&] { return operate(services_, *found, call); });
 }
 
-/// Refuses what a page of another origin may send.
-void Router::checkOrigin(const RequestHead& head) const {
+/// Refuses names of others, which lead to this machine.
+void Router::checkHost(const RequestHead& head) const {
     if (!settings_.hosts.empty() && settings_.hosts.count(hostName(head.header("host"))) == 0) {
         throw ApiError(403, "forbidden", "the server does not have this name");
-    }
-    const std::string site = head.header("sec-fetch-site");
-    if (!changesNothing(head.method) && !site.empty() && site != "same-origin" && site != "none") {
-        throw ApiError(403, "csrf", "the request comes from another page");
     }
 }
 
@@ -185,21 +198,6 @@ std::string Router::clientOf(const HttpRequest& request) const {
         list.erase(comma == std::string::npos ? 0 : comma);
     }
     return client;
-}
-
-void Router::addHeaders(ApiReply& answer) const {
-    const bool isPage = answer.contentType.compare(0, 9, "text/html") == 0;
-    answer.headers.emplace_back("Content-Security-Policy", isPage ? pagePolicy : dataPolicy);
-    for (const auto& [name, value] : commonHeaders) {
-        answer.headers.emplace_back(name, value);
-    }
-    const auto isAge = [](const auto& header) { return header.first == "Cache-Control"; };
-    if (std::none_of(answer.headers.begin(), answer.headers.end(), isAge)) {
-        answer.headers.emplace_back("Cache-Control", "no-store");
-    }
-    if (settings_.isEncrypted) {
-        answer.headers.emplace_back("Strict-Transport-Security", "max-age=31536000");
-    }
 }
 
 }  // namespace papanel

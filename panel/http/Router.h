@@ -8,7 +8,8 @@
 #include <string>
 #include <tuple>
 
-#include "metrics/DurationCounts.h"
+#include "framework/durationCounts.h"
+#include "panel/http/BodySpace.h"
 #include "panel/http/HttpConnection.h"
 #include "panel/http/RouteTable.h"
 
@@ -38,23 +39,23 @@ public:
     [[nodiscard]] Counts counts() const;
 
     /// How long operations have taken, whatever came of them.
-    [[nodiscard]] const pametrics::DurationCounts& operationDurations() const {
+    [[nodiscard]] const pa::DurationCounts& operationDurations() const {
         return operationDurations_;
     }
 
     [[nodiscard]] const Routes& routes() const { return table_.routes(); }
 
 private:
-    void checkOrigin(const RequestHead& head) const;
+    void checkHost(const RequestHead& head) const;
     [[nodiscard]] std::string clientOf(const HttpRequest& request) const;
     ApiReply reply(const HttpRequest& request, const Route*& found);
     ApiReply call(const Route& route, ApiRequest& request);
-    void addHeaders(ApiReply& reply) const;
 
     Services& services_;
     const RouteTable table_;
     const RouterSettings settings_;
-    pametrics::DurationCounts operationDurations_;
+    pa::DurationCounts operationDurations_;
+    BodySpace bodies_;
 
     mutable std::mutex lock_;
     Counts counts_;  // guarded by lock_

@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "panel/http/ApiError.h"
+#include "panel/http/contentCoding.h"
 
 namespace papanel {
 
@@ -40,18 +41,18 @@ ApiReply pageReply(const RequestHead& head, const std::string& path) {
     if (file == end) {
         throw ApiError(404, "not-found", "there is no such page");
     }
-    if (head.method != "GET" && head.method != "HEAD") {
-        throw ApiError(405, "method-not-allowed", head.method + " is not possible here",
-                       {{"allow", "GET, HEAD"}});
-    }
     ApiReply reply;
-    const std::string tag = '"' + std::string(file->tag) + '"';
-    reply.headers = {{"ETag", tag}, {"Cache-Control", "no-cache"}};
+    const bool isZipped = takesGzip(head);
+    const std::string tag = '"' + std::string(file->tag) + (isZipped ? "-gzip\"" : "\"");
+    reply.headers = {{"ETag", tag}, {"Cache-Control", "no-cache"}, {"Vary", "Accept-Encoding"}};
     reply.contentType = typeOf(file->path);  // also of a 304: its policy replaces the stored one
     if (head.hasWord("if-none-match", tag)) {
         reply.status = 304;
+    } else if (isZipped) {
+        reply.bytes = file->zipped;
+        reply.headers.emplace_back("Content-Encoding", "gzip");
     } else {
-        reply.bytes = file->content;
+        reply.bytes = unzipped(file->zipped);
     }
     return reply;
 }

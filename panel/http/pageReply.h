@@ -9,9 +9,9 @@ namespace papanel {
 
 /// A file of the page, which is a part of the program.
 struct PageFile {
-    std::string_view path;  ///< from the root, "/views/board.js"
-    std::string_view tag;   ///< of the content
-    std::string_view content;
+    std::string_view path;    ///< from the root, "/views/board.js"
+    std::string_view tag;     ///< of the content
+    std::string_view zipped;  ///< the content in gzip
 };
 
 /// The files, in order of their paths.
@@ -19,7 +19,7 @@ extern const PageFile pageFiles[];
 extern const std::size_t pageFileCount;
 
 /// The file that a path names, "/" as "/index.html"; not sent again when the browser has it.
-/// @throws ApiError 404, 405
+/// @throws ApiError 404
 ApiReply pageReply(const RequestHead& head, const std::string& path);
 
 }  // namespace papanel

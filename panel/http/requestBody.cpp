@@ -1,6 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "panel/http/requestBody.h"
 
+#include <set>
+#include <string>
+#include <vector>
+
 #include "panel/http/ApiError.h"
 
 namespace papanel {
@@ -9,15 +13,26 @@ namespace {
 
 constexpr int maxDepth = 32;  // JSON is written by functions that call themselves
 
+/// Refuses what is too deep, and members that are there twice: readers differ in which one counts.
 Json parsed(const std::string& text) {
-    bool isTooDeep = false;
-    const Json::parser_callback_t limit = [&isTooDeep](int depth, Json::parse_event_t, Json&) {
-        isTooDeep = isTooDeep || depth > maxDepth;
-        return !isTooDeep;
+    using Event = Json::parse_event_t;
+    bool isRight = true;
+    std::vector<std::set<std::string>> members;  // of the objects that are open
+    const Json::parser_callback_t check = [&](int depth, Event event, const Json& value) {
+        isRight = isRight && depth <= maxDepth;
+        if (event == Event::object_start) {
+            members.emplace_back();
+        } else if (event == Event::object_end) {
+            members.pop_back();
+        } else if (event == Event::key) {
+            isRight = members.back().insert(value.get<std::string>()).second && isRight;
+        }
+        return isRight;
     };
-    Json body = Json::parse(text, limit, false);
-    if (isTooDeep || body.is_discarded()) {
-        throw ApiError(400, "bad-request", "the body is not JSON, or nested too deeply");
+    Json body = Json::parse(text, check, false);
+    if (!isRight || body.is_discarded()) {
+        throw ApiError(400, "bad-request",
+                       "the body is not JSON, is nested too deeply, or has a member twice");
     }
     return body;
 }

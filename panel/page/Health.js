@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// What is faulty, and since when.
+// What is faulty. Records of faulty devices have the time since when: `faultySince`, and `faultyBefore` when the
+// fault is older than that.
 //
 // The controller keeps the health that a zone had when it was first reported, so the health of a zone
 // with sinks is that of its sinks.
@@ -28,8 +29,7 @@ function ownLevel(kind, record) {
 export class Health {
     #store;
     #zonesOfSink = new Map();
-    #zones = new Map();    // by zone: {level, faulty, total}, made when it is asked for
-    #faults = new Map();   // by "kind/key": {kind, key, since, isFirst}
+    #zones = new Map();  // by zone: {level, faulty, total}, made when it is asked for
 
     constructor(store) {
         this.#store = store;
@@ -41,33 +41,12 @@ export class Health {
         this.#zones.clear();
     }
 
-    /// After everything has been reported again: forgets the faults of what is not there any more.
-    keepKnown() {
-        for (const [id, fault] of this.#faults) {
-            if (!this.#store.get(fault.kind, fault.key)) {
-                this.#faults.delete(id);
-            }
-        }
-    }
-
     /// A record is new, has changed or is deleted (null). Returns the zones whose health changes too.
-    apply(kind, key, before, record, now, isSnapshot) {
+    apply(kind, key, before, record) {
         if (kind === 'zones') {
             this.#relate(key, before?.sinkIds ?? [], record?.sinkIds ?? []);
-            return [];
         }
-        if (kind !== 'sinks' && kind !== 'sources') {
-            return [];
-        }
-        const was = before ? ownLevel(kind, before) : null;
-        const is = record ? ownLevel(kind, record) : null;
-        const id = `${kind}/${key}`;
-        if (is === null || !isFaulty(is)) {
-            this.#faults.delete(id);
-        } else if (!this.#faults.has(id)) {
-            this.#faults.set(id, {kind, key, since: now, isFirst: isSnapshot});
-        }
-        if (kind !== 'sinks' || was === is) {
+        if (kind !== 'sinks' || before?.healthState === record?.healthState) {
             return [];
         }
         const zones = [...this.#zonesOfSink.get(key) ?? []];
@@ -75,13 +54,13 @@ export class Health {
         return zones;
     }
 
-    /// Faults of sinks and sources: {kind, key, record, level, since, isFirst}. `since` is in wall
-    /// milliseconds; with `isFirst` it is when this page first looked, the fault may be older.
+    /// What is faulty: {kind, key, record, level} of sinks, sources, and zones without sinks.
     faults() {
-        return [...this.#faults.values()].map((fault) => {
-            const record = this.#store.get(fault.kind, fault.key);
-            return {...fault, record, level: ownLevel(fault.kind, record)};
-        });
+        const of = (kind, keyOf) => this.#store.all(kind)
+            .filter((record) => isFaulty(this.level(kind, record)))
+            .map((record) => ({kind, key: keyOf(record), record, level: this.level(kind, record)}));
+        return [...of('sinks', (sink) => sink.id), ...of('sources', (source) => source.id),
+            ...of('zones', (zone) => zone.id).filter(({record}) => this.zone(record).total === 0)];
     }
 
     /// {level, faulty, total} of a zone; `faulty` counts its faulty sinks.

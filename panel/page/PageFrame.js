@@ -8,6 +8,7 @@ import {t} from './i18n.js';
 import {icon} from './icons.js';
 import {announce} from './messages.js';
 import {openSettings, openShortcuts, shortcutsAreOn} from './preferences.js';
+import {knownZone} from './timeZones.js';
 
 /// '#board/Platform%201' as ['board', 'Platform 1'].
 function partsOf(hash) {
@@ -32,8 +33,10 @@ export class PageFrame {
     #links = new Map();
     #server = h('span', {class: 'server-name', dir: 'auto'});
     #clock = h('time', {class: 'station-clock'});
-    #state = h('span', {class: 'link-state', role: 'status'});
+    #zone = h('span', {class: 'station-zone note'});
+    #state = h('span', {class: 'link-state'});
     #stateText = h('span', {});
+    #user;
     #banner = h('section', {class: 'banner', hidden: true, 'aria-label': t('frame.connection')});
     #bannerText = h('p', {});
     #lastState = '';
@@ -69,6 +72,15 @@ export class PageFrame {
         this.#mounted?.unmount();
     }
 
+    /// When there is no other place for the focus.
+    focusView() {
+        this.#main.focus();
+    }
+
+    focusSettings() {
+        this.#user.focus();
+    }
+
     /// Opens the view that an address names, the first one when there is none.
     open(hash) {
         const [id, ...parts] = partsOf(hash);
@@ -83,6 +95,7 @@ export class PageFrame {
         this.#view = view;
         replace(this.#main, h('h1', {class: 'visually-hidden'}, t(view.titleKey)));
         set(this.#main, 'class', `view-${view.id}`);
+        set(this.#main, 'aria-label', t(view.titleKey));
         const mounted = view.mount(this.#main, this.#app, parts);
         this.#mounted = typeof mounted === 'function' ? {unmount: mounted} : mounted;
         this.#links.forEach((link, name) => set(link, 'aria-current', name === view.id ? 'page' : null));
@@ -95,15 +108,13 @@ export class PageFrame {
 
     #header() {
         const {session} = this.#app;
-        return h('header', {class: 'top'},
-            this.#server,
-            h('span', {class: 'clock-part'}, this.#clock),
-            this.#state,
-            h('button', {type: 'button', class: 'quiet user-button', 'aria-haspopup': 'dialog',
+        this.#user = h('button', {type: 'button', class: 'quiet user-button', 'aria-haspopup': 'dialog',
                 'aria-label': t('frame.settings', {user: session.user, role: t(`role.${session.role}`)}),
                 on: {click: () => openSettings(this.#app)}},
                 icon('user'), h('span', {class: 'user-name', dir: 'auto'}, session.user),
-                session.role === 'monitor' && h('span', {class: 'badge'}, t('role.monitor'))));
+                session.role === 'monitor' && h('span', {class: 'badge'}, t('role.monitor')));
+        return h('header', {class: 'top'}, this.#server, h('span', {class: 'clock-part'}, this.#clock, this.#zone), this.#state,
+            this.#user);
     }
 
     #navigation() {
@@ -125,6 +136,8 @@ export class PageFrame {
         setText(this.#clock, now === null ? '' : wallTime(now));
         set(this.#clock, 'title', store.status?.timeZone ? t('frame.clock', {
             zone: store.status.timeZone, speed: store.status.speed ?? 1}) : null);
+        const zone = knownZone(store.status?.timeZone);
+        setText(this.#zone, store.status && zone !== Intl.DateTimeFormat().resolvedOptions().timeZone ? zone : '');
         setText(this.#stateText, t(`link.${link.state}`));
         set(this.#state, 'data-state', link.state);
         const isAway = ['gateway-away', 'server-away'].includes(link.state);

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // The records of the audio server, kept up to date by the gateway's events.
 
+import {ChangeNotes} from './ChangeNotes.js';
 import {Health} from './Health.js';
 import {StationClock} from './StationClock.js';
 import {openEventStream} from './eventStream.js';
@@ -25,14 +26,8 @@ function keysOfDeleted(kind, id) {
 
 const pauses = [500, 1000, 2000, 5000, 10000];
 
-/// Calls a function once before the next frame, and also while the page is hidden, when there are none.
-function beforeNextFrame(work) {
-    if (document.hidden) {
-        setTimeout(work, 100);
-    } else {
-        requestAnimationFrame(work);
-    }
-}
+const firstStatusPause = 2000;
+const statusPause = 60000;
 
 export class Store {
     clock = new StationClock();
@@ -41,15 +36,18 @@ export class Store {
     status = null;
     /// Called with the reason when the gateway ends the session.
     onSessionEnd = () => {};
+    /// Resolves to what GET /status answers.
+    fetchStatus = () => Promise.reject(new Error('the store has no gateway'));
 
     #kinds = Object.fromEntries(Object.keys(keyOf).map((kind) => [kind, new Map()]));
     #isLoaded = false;
     #gatewayAwaySince = null;  // by performance.now()
-    #subscribers = new Set();
-    #changes = new Map();      // by kind: the changed keys, null for all
-    #isDue = false;
+    #closedAt = 0;
+    #isResuming = false;
+    #notes = new ChangeNotes();
     #close = null;
     #timer = null;
+    #statusTimer = null;
     #lastId = null;
     #attempts = 0;
 
@@ -72,19 +70,17 @@ export class Store {
     /// A zone also changes when its health does. The kind 'status' is for the connection. Returns a
     /// function that ends it.
     subscribe(kinds, onChanges) {
-        const subscriber = {kinds: new Set(kinds), onChanges};
-        this.#subscribers.add(subscriber);
-        return () => this.#subscribers.delete(subscriber);
+        return this.#notes.subscribe(kinds, onChanges);
     }
 
-    /// What this page knows of the connection: `state` is 'loading', 'gateway-away' (no connection to
-    /// the gateway), 'server-away' (none from it to the audio server), 'syncing' or 'synced';
-    /// `awayForMs` is for how long it has been away, `reason` the gateway's text.
+    /// What this page knows of the connection: `state` is 'loading' (also when it may have been lost and is being
+    /// opened again), 'gateway-away' (no connection to the gateway), 'server-away' (none from it to the audio
+    /// server), 'syncing' or 'synced'; `awayForMs` is for how long it has been away, `reason` the gateway's text.
     link() {
         if (this.#gatewayAwaySince !== null) {
             return {state: 'gateway-away', awayForMs: performance.now() - this.#gatewayAwaySince};
         }
-        if (!this.#isLoaded || !this.status) {
+        if (!this.#isLoaded || !this.status || this.#isResuming) {
             return {state: 'loading', awayForMs: 0};
         }
         if (!this.status.connected) {
@@ -106,13 +102,24 @@ export class Store {
         });
     }
 
+    /// Opens it again when the page may have been without it for some time.
+    resume() {
+        this.#isResuming = true;
+        this.#notes.add('status', null);
+        this.open();
+    }
+
     get isOpen() {
         return this.#close !== null;
     }
 
     close() {
         clearTimeout(this.#timer);
-        this.#close?.();
+        clearTimeout(this.#statusTimer);
+        if (this.#close) {
+            this.#close();
+            this.#closedAt = performance.now();
+        }
         this.#close = null;
     }
 
@@ -122,8 +129,8 @@ export class Store {
             this.onSessionEnd('');
             return;
         }
-        this.#gatewayAwaySince ??= performance.now();
-        this.#mark('status', null);
+        this.#gatewayAwaySince ??= this.#isResuming ? this.#closedAt : performance.now();
+        this.#notes.add('status', null);
         const pause = pauses[Math.min(this.#attempts, pauses.length - 1)];
         this.#attempts += 1;
         // Not all pages at the same moment when a gateway is there again.
@@ -133,8 +140,25 @@ export class Store {
     /// The gateway has answered; what was missed follows, if there is anything.
     #isThere() {
         this.#attempts = 0;
+        this.#isResuming = false;
         this.#gatewayAwaySince = null;
-        this.#mark('status', null);
+        this.#notes.add('status', null);
+        clearTimeout(this.#statusTimer);
+        this.#statusTimer = setTimeout(() => this.#renewStatus(), firstStatusPause);
+    }
+
+    /// A status that was missed has the times of when it was sent, and the clocks of the station and of this
+    /// computer, which may have been asleep, differ more and more.
+    async #renewStatus() {
+        const stream = this.#close;
+        const before = this.status;
+        const status = await this.fetchStatus().catch(() => null);
+        if (stream === this.#close && stream !== null) {
+            if (status && before === this.status) {  // else an event has been faster
+                this.#setStatus(status);
+            }
+            this.#statusTimer = setTimeout(() => this.#renewStatus(), statusPause);
+        }
     }
 
     #handle(name, data, id) {
@@ -159,22 +183,17 @@ export class Store {
     #setStatus(status) {
         this.status = {...status, reportedAt: performance.now()};
         this.clock.update(status);
-        this.#mark('status', null);
+        this.#notes.add('status', null);
     }
 
     #takeSnapshot(snapshot) {
-        const now = this.clock.wallNow();
         this.health.clear();
         for (const [kind, keyOfRecord] of Object.entries(keyOf)) {
             this.#kinds[kind] = new Map((snapshot[kind] ?? [])
                 .map((record) => [keyOfRecord(record), record]));
-            this.#mark(kind, null);
+            this.#notes.add(kind, null);
         }
-        for (const kind of ['zones', 'sinks', 'sources']) {
-            this.#kinds[kind].forEach((record, key) =>
-                this.health.apply(kind, key, null, record, now, !this.#isLoaded));
-        }
-        this.health.keepKnown();
+        this.#kinds.zones.forEach((zone, key) => this.health.apply('zones', key, null, zone));
         this.#isLoaded = true;
     }
 
@@ -191,35 +210,8 @@ export class Store {
             } else {
                 records.set(key, record);
             }
-            this.#mark(kind, key);
-            this.health.apply(kind, key, before, record ?? null, this.clock.wallNow(), false)
-                .forEach((zone) => this.#mark('zones', zone));
-        }
-    }
-
-    /// Notes a change; `key` null for all.
-    #mark(kind, key) {
-        if (key === null) {
-            this.#changes.set(kind, null);
-        } else if (!this.#changes.has(kind)) {
-            this.#changes.set(kind, new Set([key]));
-        } else {
-            this.#changes.get(kind)?.add(key);
-        }
-        if (!this.#isDue) {
-            this.#isDue = true;
-            beforeNextFrame(() => this.#notify());
-        }
-    }
-
-    #notify() {
-        this.#isDue = false;
-        const changes = this.#changes;
-        this.#changes = new Map();
-        for (const {kinds, onChanges} of [...this.#subscribers]) {
-            if ([...changes.keys()].some((kind) => kinds.has(kind))) {
-                onChanges(changes);
-            }
+            this.#notes.add(kind, key);
+            this.health.apply(kind, key, before, record ?? null).forEach((zone) => this.#notes.add('zones', zone));
         }
     }
 }

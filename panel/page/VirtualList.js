@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 // A list whose rows out of sight are not in the document. Cells are made once, moved and filled again.
 
-import {ListLayout, gap, isHeading} from './ListLayout.js';
-import {h, set, setText} from './dom.js';
+import {ListCell, kindOf} from './ListCell.js';
+import {ListLayout, isHeading} from './ListLayout.js';
+import {h, set} from './dom.js';
 
 const overscan = 240;  // pixels
 
@@ -56,22 +57,23 @@ export class VirtualList {
             this.#active = next ? this.#idOf(next) : null;
         }
         this.#arrange();
-        if (focused !== null && !this.#ids.has(focused) && this.#active !== null) {
-            this.#focus(this.#ids.get(this.#active));
+        if (focused !== null && !this.#ids.has(focused)) {
+            if (this.#active === null) {
+                this.element.closest('main, .dialog-body')?.focus();
+            } else {
+                this.#focus(this.#ids.get(this.#active));
+            }
         }
     }
 
     /// Fills the cells of the keys again, all for null.
     update(keys) {
         if (keys === null) {
-            this.#cells.forEach((cell) => this.#fill(cell));
+            this.#cells.forEach((cell) => cell.fill());
             return;
         }
         for (const key of keys) {
-            const cell = this.#cells.get(`item ${key}`);
-            if (cell) {
-                this.#fill(cell);
-            }
+            this.#cells.get(`item ${key}`)?.fill();
         }
     }
 
@@ -131,62 +133,29 @@ export class VirtualList {
                 this.#pools[cell.kind].push(cell);
             }
         }
+        const focused = this.element.contains(document.activeElement) ? document.activeElement : null;
         let before = this.#space.firstChild;
         for (const [id, i] of [...wanted].sort((a, b) => a[1] - b[1])) {
             const cell = this.#cells.get(id) ?? this.#take(id, this.#entries[i]);
-            this.#place(cell, i);
+            cell.place(this.#entries, i, this.#layout, id === this.#active);
             if (cell.element === before) {
                 before = before.nextSibling;
             } else {
                 this.#space.insertBefore(cell.element, before);
             }
         }
+        if (focused !== document.activeElement) {
+            focused?.focus({preventScroll: true});  // what is moved loses it
+        }
     }
 
     /// A cell for an entry, filled.
     #take(id, entry) {
-        const kind = isHeading(entry) ? 'heading' : 'item';
-        const cell = this.#pools[kind].pop() ?? this.#make(kind);
-        cell.id = id;
-        cell.entry = entry;
+        const kind = kindOf(entry);
+        const cell = this.#pools[kind].pop() ?? new ListCell(kind, this.#options);
         this.#cells.set(id, cell);
-        this.#fill(cell);
+        cell.show(id, entry);
         return cell;
-    }
-
-    #make(kind) {
-        if (kind === 'heading') {
-            const text = h('h2', {dir: 'auto'});
-            return {kind, text, element: h('div', {class: 'virtual-heading', role: 'listitem'}, text)};
-        }
-        const content = this.#options.createCell();
-        return {kind, content, element: h('div', {class: 'virtual-item', role: 'listitem'},
-            content.element)};
-    }
-
-    #fill(cell) {
-        if (cell.kind === 'heading') {
-            setText(cell.text, cell.entry.text);
-        } else {
-            cell.content.update(cell.entry.key);
-        }
-    }
-
-    #place(cell, i) {
-        cell.entry = this.#entries[i];
-        if (cell.kind === 'heading') {
-            setText(cell.text, cell.entry.text);
-        }
-        const {style} = cell.element;
-        const {cellWidth, columns, tops} = this.#layout;
-        style.transform = `translate(${columns[i] * (cellWidth + gap)}px, ${tops[i]}px)`;
-        style.width = cell.kind === 'heading' ? '100%' : `${cellWidth}px`;
-        style.height = `${this.#options[cell.kind === 'heading' ? 'headingHeight' : 'itemHeight']}px`;
-        set(cell.element, 'aria-setsize', this.#entries.length);
-        set(cell.element, 'aria-posinset', i + 1);
-        if (cell.content?.focusable) {
-            set(cell.content.focusable, 'tabindex', cell.id === this.#active ? 0 : -1);
-        }
     }
 
     #focusedId() {
@@ -215,13 +184,13 @@ export class VirtualList {
         }
         this.#active = this.#idOf(this.#entries[index]);
         this.#render();
-        this.#cells.get(this.#active).content.focusable?.focus({preventScroll: true});
+        this.#cells.get(this.#active).focusable?.focus({preventScroll: true});
     }
 
     #onKey(event) {
         const index = this.#ids.get(this.#active);
         const cell = this.#cells.get(this.#active);
-        if (index === undefined || event.target !== cell?.content.focusable) {
+        if (index === undefined || event.target !== cell?.focusable) {
             return;
         }
         const target = this.#layout.neighbour(index, event.key, this.element.clientHeight);

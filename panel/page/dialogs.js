@@ -22,8 +22,7 @@ export function openDialog({title, kind = 'sheet', content = [], footer = [], on
         body,
         footer.length > 0 && h('footer', {class: 'dialog-footer'}, footer));
     element.addEventListener('close', () => {
-        const outer = [...document.querySelectorAll('dialog[open]')].pop();
-        moveMessages(outer ?? document.body);
+        moveMessages();
         element.remove();
         onClose(element.returnValue);
     });
@@ -35,7 +34,7 @@ export function openDialog({title, kind = 'sheet', content = [], footer = [], on
     });
     document.body.append(element);
     element.showModal();
-    moveMessages(element);
+    moveMessages();
     (element.querySelector('[data-autofocus]') ?? heading).focus();
     return {element, body, title: heading, close: (value = '') => element.close(value)};
 }

@@ -2,7 +2,7 @@
 // Builds elements. Texts become text nodes and attributes come from a fixed list, so that no text of
 // a record or of a user becomes markup.
 
-const elementNames = new Set(['a', 'article', 'audio', 'bdi', 'button', 'caption', 'code', 'dd',
+const elementNames = new Set(['a', 'article', 'audio', 'bdi', 'button', 'caption', 'code', 'datalist', 'dd',
     'details', 'dialog', 'div', 'dl', 'dt', 'em', 'fieldset', 'footer', 'form', 'h1', 'h2', 'h3', 'h4',
     'header', 'hr', 'input', 'kbd', 'label', 'legend', 'li', 'main', 'menu', 'meter', 'nav', 'ol',
     'optgroup', 'option', 'output', 'p', 'progress', 'section', 'select', 'small', 'span', 'strong',
@@ -18,8 +18,10 @@ const attributeNames = new Set(['accept', 'autocomplete', 'class', 'cols', 'cols
 const propertyNames = new Set(['checked', 'disabled', 'hidden', 'indeterminate', 'open', 'selected',
     'value']);
 
-// Control characters, and marks that turn the direction of writing.
-const invisible = /[\u0000-\u0008\u000b-\u001f\u007f-\u009f\u200e\u200f\u202a-\u202e\u2066-\u2069]/g;
+// Control characters, marks that turn the direction of writing, and what has no width, but for the joiners
+// that scripts need.
+const invisible = new RegExp('[\\u0000-\\u0008\\u000b-\\u001f\\u007f-\\u009f\\u00ad\\u061c\\u200b\\u200e\\u200f'
+    + '\\u2028-\\u202e\\u2060-\\u2069\\ufeff]', 'g');
 
 /// The text with what cannot be seen written out, as "\u{202E}".
 export function visible(text) {

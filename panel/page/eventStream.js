@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 // Server-sent events over fetch. Unlike an EventSource it reports the status of a refusal and notices a
-// connection that has become quiet: the gateway sends at least a comment every 15 s.
+// connection that has become quiet: the gateway sends at least a comment every 5 s.
 
 import {pageId, prefix} from './api.js';
 
-const longestSilence = 40000;
+const longestSilence = 12000;
 
 /// Splits what arrives into events and calls `onEvent(name, data, id)` for each.
 export function eventParser(onEvent) {

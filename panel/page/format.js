@@ -3,6 +3,7 @@
 // StationClock.js for wall milliseconds.
 
 import {locale, t} from './i18n.js';
+import {knownZone} from './timeZones.js';
 
 const formats = new Map();
 
@@ -15,13 +16,8 @@ function format(name, make) {
 }
 
 function dateFormat(options, timeZone) {
-    return format(`date ${JSON.stringify(options)} ${timeZone}`, () => {
-        try {
-            return new Intl.DateTimeFormat(locale(), {...options, timeZone});
-        } catch {
-            return new Intl.DateTimeFormat(locale(), {...options, timeZone: 'UTC'});
-        }
-    });
+    return format(`date ${JSON.stringify(options)} ${timeZone}`,
+        () => new Intl.DateTimeFormat(locale(), {...options, timeZone: knownZone(timeZone)}));
 }
 
 const timeOptions = {hour: '2-digit', minute: '2-digit', second: '2-digit', hourCycle: 'h23'};
@@ -53,7 +49,7 @@ export function utcMoment(text, timeZone) {
     const iso = String(text).replace(' ', 'T').replace(/Z?$/, 'Z');
     const moment = Date.parse(iso);
     return Number.isNaN(moment) ? String(text)
-        : dateFormat({...dateOptions, ...timeOptions}, timeZone ?? 'UTC').format(moment);
+        : dateFormat({...dateOptions, ...timeOptions}, timeZone).format(moment);
 }
 
 /// "1 h 5 min", "5 min 3 s", "3 s"

@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
 // Starts the page: the session, the store, the view that the address names.
 
-import {Api, pageId} from './api.js';
+import {Api, ApiError, pageId} from './api.js';
 import {PageFrame} from './PageFrame.js';
 import {Store} from './Store.js';
 import {closeDialogs} from './dialogs.js';
 import {h, replace} from './dom.js';
-import {preferredLanguage, setLanguage, t} from './i18n.js';
-import {errorText, messageRegions} from './messages.js';
+import {hasText, preferredLanguage, setLanguage, t} from './i18n.js';
+import {clearMessages, errorText, messageRegions} from './messages.js';
 import {choose, setting} from './settings.js';
 import login from './views/login.js';
 import {views} from './views.js';
@@ -40,11 +40,17 @@ export const app = {
         app.session = await app.api.logIn(user, password);
         app.endReason = '';
         begin();
+        frame.focusView();
     },
 
     async logOut() {
-        app.store.close();
-        await app.api.logOut();
+        app.store.close();  // before the gateway ends the stream of a session that is over
+        try {
+            await app.api.logOut();
+        } catch (error) {
+            app.store.open();
+            throw error.code === 'no-answer' ? new ApiError(0, 'still-logged-in', error.text) : error;
+        }
         app.session = {loggedIn: false, authentication: true};
         showLogin();
     },
@@ -53,6 +59,7 @@ export const app = {
         choose('language', tag);
         setLanguage(tag);
         begin();
+        frame.focusSettings();
     },
 };
 
@@ -70,6 +77,7 @@ function clearPage() {
 
 function showLogin() {
     clearPage();
+    clearMessages();
     document.title = t('login.title');
     const root = h('main', {class: 'login-page'});
     document.body.append(root);
@@ -92,7 +100,7 @@ async function findSession() {
         } catch (error) {
             if (!frame) {
                 replace(document.body, messageRegions(), h('main', {class: 'login-page'},
-                    h('p', {role: 'status'}, errorText(error))));
+                    h('p', {role: 'status'}, errorText(error)), h('p', {}, t('frame.retrying'))));
             }
             await new Promise((resolve) => { setTimeout(resolve, 2000); });
         }
@@ -110,13 +118,16 @@ async function start(reason) {
         // The gateway has been started again and needs no login.
         app.store.open();
     } else {
+        clearMessages();
         begin();
     }
 }
 
 const hiddenPatience = 60000;
+const longSleep = 20000;
 
 let hiding = null;
+let hiddenAt = 0;
 let isStarting = false;
 
 async function restart(reason) {
@@ -131,19 +142,23 @@ async function restart(reason) {
 function saveConnection() {
     clearTimeout(hiding);
     if (document.hidden) {
+        hiddenAt = Date.now();
         hiding = setTimeout(() => {
             if (!app.store.all('locks').some((lock) => lock.page === pageId())) {
                 app.store.close();
             }
         }, hiddenPatience);
-    } else if (app.session.loggedIn && !app.store.isOpen) {
-        app.store.open();
+    } else if (app.session.loggedIn && (!app.store.isOpen || Date.now() - hiddenAt > longSleep)) {
+        app.store.resume();  // also where the computer was asleep, and the connection may be lost
     }
 }
 
 app.api.onLoggedOut = () => restart(app.session.loggedIn ? t('login.expired') : '');
-app.store.onSessionEnd = (reason) => restart(reason || t('login.expired'));
+app.store.fetchStatus = () => app.api.get('/status');
+app.store.onSessionEnd = (reason) => restart(
+    t(hasText(`login.ended.${reason}`) ? `login.ended.${reason}` : 'login.expired'));
 window.addEventListener('hashchange', () => frame?.open(location.hash));
 document.addEventListener('visibilitychange', saveConnection);
+window.addEventListener('online', () => app.session.loggedIn && app.store.open());
 setLanguage(setting('language') ?? preferredLanguage());
 restart('');

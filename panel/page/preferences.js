@@ -6,14 +6,15 @@ import {openDialog} from './dialogs.js';
 import {h} from './dom.js';
 import {language, languages, t} from './i18n.js';
 import {choose, setting} from './settings.js';
+import {knownZone} from './timeZones.js';
 
 /// Whether single keys are shortcuts; who dictates by voice switches them off.
 export function shortcutsAreOn() {
     return setting('shortcuts') !== 'off';
 }
 
-function choice(label, current, options, onChoose) {
-    const select = h('select', {on: {change: () => onChoose(select.value)}},
+function choice(label, current, options, onChoose, isFirst = false) {
+    const select = h('select', {'data-autofocus': isFirst ? '' : null, on: {change: () => onChoose(select.value)}},
         options.map(([value, text]) => h('option', {value, selected: value === current}, text)));
     return h('label', {class: 'field'}, h('span', {}, label), select);
 }
@@ -22,9 +23,13 @@ export function openSettings(app) {
     const {session} = app;
     const dialog = openDialog({title: t('settings.title'), kind: 'question', content: [
         h('p', {dir: 'auto'}, t('settings.user', {user: session.user, role: t(`role.${session.role}`)})),
+        h('p', {class: 'note'}, t('frame.times', {zone: knownZone(app.store.status?.timeZone)})),
         choice(t('settings.language'), language(),
             Object.entries(languages).map(([tag, {name}]) => [tag, name]),
-            (tag) => app.setLanguage(tag)),
+            (tag) => {
+                app.setLanguage(tag);
+                openSettings(app);
+            }, true),
         choice(t('settings.theme'), setting('theme') ?? 'system',
             ['system', 'light', 'dark'].map((name) => [name, t(`theme.${name}`)]),
             (name) => {

@@ -117,6 +117,11 @@ public:
         queue_.setMaxBytes(bytes);
     }
 
+    std::size_t waiting() {
+        const std::lock_guard guard(lock_);
+        return queue_.size();
+    }
+
 private:
     /// The real time between two looks at the age of waiting operations, two attempts on a lost
     /// link, and two looks of `close` at the host's clock.
@@ -374,6 +379,10 @@ void QXReceiver::setMaxWait(std::chrono::milliseconds wait) {
 
 void QXReceiver::setMaxBytes(std::size_t bytes) {
     sending().setMaxBytes(bytes);
+}
+
+std::size_t QXReceiver::waiting() const {
+    return sending().waiting();
 }
 
 void QXReceiver::open(DropListener& listener) {

@@ -32,6 +32,7 @@ public:
     bool push(Operation&& operation, std::int64_t nowMS);
 
     bool empty() const { return waiting_.empty(); }
+    std::size_t size() const { return waiting_.size(); }
 
     /// The operation at the head, of a queue that is not empty. Its address stays the same while
     /// others are appended.

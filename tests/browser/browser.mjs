@@ -16,7 +16,7 @@ export const views = ['board', 'announce', 'live', 'schedules', 'schedules/week'
 
 const patience = 10000;
 // What the browser itself logs: connections to programs that have ended, lists that a server does not have.
-const usual = ['net::ERR_', '501 (Not Implemented)'];
+const usual = /net::ERR_|status of 501/;
 const axeSource = readFileSync(createRequire(import.meta.url).resolve('axe-core/axe.min.js'), 'utf8');
 
 /// Begins when a test asks for it and ends after the tests of the file. A promise.
@@ -35,12 +35,15 @@ after(async () => {
 });
 
 /// A page of a user of its own at an address, logged in when `user` is [name, password].
-/// `expected` are texts of errors in the browser's log that belong to the test.
+/// `expected` are the states of answers that the browser logs as errors and that belong to the test.
 export async function openPage(url, {user = null, view = 'board', size = 'wide', theme = 'light',
     locale = 'en-GB', expected = [], context = null} = {}) {
     const own = context ?? await (await theBrowser()).newContext({viewport: sizes[size], colorScheme: theme,
         locale, reducedMotion: 'reduce', timezoneId: 'America/New_York'});
     const page = await own.newPage();
+    if (process.env.PA_PAGE) {  // a folder with the scripts of the page, in place of those in papanel
+        await page.route(`${url}/**/*.js`, (route) => route.fulfill({path: process.env.PA_PAGE + new URL(route.request().url()).pathname}));
+    }
     page.setDefaultTimeout(patience);
     watch(page, url, expected);
     await page.goto(`${url}/#${view}`);
@@ -51,20 +54,20 @@ export async function openPage(url, {user = null, view = 'board', size = 'wide',
 }
 
 function watch(page, url, expected) {
-    const note = (text) => {
-        if (![...expected, ...usual].some((one) => text.includes(one))) {
-            problems.push(text);
+    const isExpected = (text) => usual.test(text) || expected.some((status) => text.includes(`status of ${status} `));
+    page.on('pageerror', (error) => problems.push(`error: ${error.message}`));
+    page.on('console', (message) => {
+        if (message.type() === 'error' && !isExpected(message.text())) {
+            problems.push(`console: ${message.text()}`);
         }
-    };
-    page.on('pageerror', (error) => note(`error: ${error.message}`));
-    page.on('console', (message) => message.type() === 'error' && note(`console: ${message.text()}`));
+    });
     page.on('dialog', (dialog) => {
-        note(`dialog: ${dialog.message()}`);
+        problems.push(`dialog: ${dialog.message()}`);
         dialog.dismiss();
     });
     page.on('request', (request) => {
         if (!request.url().startsWith(url) && !/^(data|blob):/.test(request.url())) {
-            note(`request to ${request.url()}`);
+            problems.push(`request to ${request.url()}`);
         }
     });
 }
@@ -84,6 +87,17 @@ export async function synced(page) {
 export async function goTo(page, view) {
     await page.evaluate((hash) => { location.hash = hash; }, view);
     await page.locator(`main.view-${view.split('/')[0]}`).waitFor();
+}
+
+// What only searches, filters, reads or closes.
+const harmless = /^(Search|All |Busy |Faulty |From$|Until$|User$|Operation$|Outcome$|Reload$|Close$|Display the level$|The week |This week$)/;
+
+/// The names of the controls of the view and its dialog with which something could be changed now.
+export async function operable(page) {
+    const names = await page.locator(':is(main, dialog) :is(button, input, select, textarea):enabled:not([class$="-tile"])')
+        .evaluateAll((all) => all.filter((one) => one.checkVisibility()).map((one) =>
+            (one.ariaLabel ?? one.labels?.[0]?.textContent ?? one.textContent).trim()));
+    return names.filter((name) => !harmless.test(name));
 }
 
 /// A request to the API in the session of a page; resolves to {status, body}.

@@ -4,7 +4,7 @@
 import assert from 'node:assert/strict';
 import test from 'node:test';
 
-import {call, goTo, logIn, openPage, synced} from './browser.mjs';
+import {call, goTo, logIn, openPage, operable, synced} from './browser.mjs';
 import {makeUsers, startBroker, startPanel, startServer} from './programs.mjs';
 
 const scenario = ['--scenario', new URL('../../scenarios/tram.json', import.meta.url).pathname];
@@ -32,18 +32,36 @@ test('a server that is away greys the page out, with the time; it comes back by 
     await page.getByRole('checkbox', {name: 'Car 1'}).check();
     await page.getByLabel('Text 1').fill('Next stop: Old Harbour');
     await page.getByText('No problems found.').waitFor();
-    await server.stop();
-    await page.locator('.banner', {hasText: /No connection to the audio server since .*\d\d:\d\d:\d\d/}).waitFor();
+    await server.stop('SIGKILL');  // it has not withdrawn its records
+    const banner = page.locator('.banner', {hasText: /No connection to the audio server since .*\d\d:\d\d:\d\d/});
+    await banner.waitFor();
+    const seconds = (text) => text.match(/\d\d:\d\d:\d\d/)[0].split(':').reduce((all, part) => all * 60 + Number(part), 0);
+    const since = seconds(await banner.textContent());
+    const now = seconds(await page.locator('.station-clock').textContent());
+    assert.ok((now - since + 86400) % 86400 <= 30, `${since}, ${now}: not the time at the station`);
     assert.match(await page.locator('main').evaluate((main) => getComputedStyle(main).filter), /grayscale/);
     assert.ok(await page.getByRole('button', {name: 'Play now'}).isDisabled());
+    const opened = {'live/1': 'dialog .lock-holder', 'board/Car%201': 'dialog .sink-card', 'schedules/table': '.schedule-table'};
+    for (const [view, content] of Object.entries(opened)) {
+        await goTo(page, view);
+        await page.locator(content).first().waitFor();
+        assert.deepEqual(await operable(page), [], view);
+        await page.keyboard.press('Escape');
+    }
+    await goTo(page, 'announce');
     server = await startServer(broker.url, scenario);
     await synced(page);
     await page.locator('.banner').waitFor({state: 'hidden'});
     // What was composed is still there, and plays.
     await page.getByRole('button', {name: 'Play now'}).click();
     await page.locator('.active-card .badge[data-state=finished]').waitFor();
-    await panel.program.stop();
+    // A server that ends in order withdraws its records: what was displayed stays, greyed out.
+    await goTo(page, 'board');
+    const tiles = await page.locator('.zone-tile').count();
     await server.stop();
+    await banner.waitFor();
+    assert.deepEqual([tiles, await page.locator('.zone-tile').count()], [8, 8]);
+    await panel.program.stop();
     await broker.program.stop();
 });
 
@@ -76,11 +94,14 @@ test('a session that ends in one page ends in the other; failed logins are slowe
     await first.getByRole('heading', {name: 'Log in'}).waitFor();
     await second.getByRole('heading', {name: 'Log in'}).waitFor();
 
-    const waiting = first.getByText(/Try again in \d+ second/);
-    for (let i = 0; i < 12 && !await waiting.isVisible(); ++i) {
+    const isWaiting = () => first.evaluate(() => /Try again in \d+ second/.test(document.body.innerText)
+        && document.querySelector('form button').disabled);
+    let waits = false;
+    for (let i = 0; i < 12 && !waits; ++i) {
         await logIn(first, ['olga', `wrong ${i}`]);
         await first.getByText(/User or password is wrong|Too many attempts/).waitFor();
+        waits = await isWaiting();
     }
-    assert.ok(await first.getByRole('button', {name: 'Log in'}).isDisabled());
+    assert.ok(waits);
     await panel.program.stop();
 });

@@ -29,7 +29,7 @@ function station() {
         triggers: [{id: 1, source: 1, selector: 1, label: hostile[2], type: 3, subAddress: 'key 1', priority: 600}],
         voices: [{port: 1, language: 'en', voice: hostile[1], rate: 48000, text: hostile[0], synthesizer: 'en'}],
         dictionary: hostile.map((text, i) => ({item: i + 1, text, seconds: 1, chime: i < 2})),
-        recordings: [],
+        recordings: hostile.map((path) => ({path, seconds: 1})),
     };
 }
 
@@ -37,11 +37,13 @@ test('no text of a record becomes a part of the page', async () => {
     const file = path.join(work, 'hostile.json');
     writeFileSync(file, JSON.stringify(station()));
     const panel = await startPanel(['--scenario', file]);
-    const page = await openPage(panel.url, {expected: ['40']});
+    const page = await openPage(panel.url, {expected: [400, 404, 409]});
     await synced(page);
     const elements = () => page.evaluate(() => ({hit: globalThis.hit,
         foreign: document.querySelectorAll(
             'img, script:not([src]), body svg:not(.icon), iframe, [onload], [onerror]').length}));
+
+    const noMarkup = async (view) => assert.deepEqual(await elements(), {hit: undefined, foreign: 0}, view);
 
     await call(page, 'POST', '/schedules', {descrption: hostile[0], startYear: 2026, startMonth: 1, startDay: 1, endYear: 2099,
         endMonth: 12, endDay: 31, endHour: 23, dayMask: 127, frequency: 0, paZones: [hostile[2]], announcementType: 4,
@@ -56,12 +58,29 @@ test('no text of a record becomes a part of the page', async () => {
     for (const view of [...views, ...opened]) {
         await goTo(page, view);
         if (view === 'history') {
-            await page.locator('summary').first().click();
+            await page.locator('td summary').first().click();
         }
         await page.locator('main, dialog').getByText('globalThis.hit=1').locator('visible=true').first().waitFor()
             .catch(() => assert.fail(`${view} displays none of them`));
-        assert.deepEqual(await elements(), {hit: undefined, foreign: 0}, view);
+        await noMarkup(view);
         await page.keyboard.press('Escape');
+    }
+    // Names of files, refusals, what was composed.
+    await goTo(page, 'schedules/table');
+    const bad = [{descrption: hostile[2], paZones: [hostile[1]]}, hostile[3]];
+    await page.locator('input[type=file]').setInputFiles({name: `${hostile[0]}.json`, mimeType: 'application/json',
+        buffer: Buffer.from(JSON.stringify(bad))});
+    await page.locator('.toast, dialog').first().waitFor();
+    await noMarkup('import');
+    await page.keyboard.press('Escape');
+    await page.locator('input[type=file]').setInputFiles({name: `${hostile[0]}.json`, mimeType: 'application/json',
+        buffer: Buffer.from('{')});
+    await page.locator('.toast', {hasText: 'globalThis.hit=1'}).first().waitFor();
+    await noMarkup('a file that is no list');
+    await goTo(page, 'announce');
+    for (const kind of ['Recording', 'File', 'Items']) {
+        await page.getByRole('radio', {name: kind}).check({force: true});
+        await noMarkup(kind);
     }
     // A mark that turns the direction of writing is written out.
     await goTo(page, 'board');

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// A page with 1,000 zones and 2,000 sinks of which about 200 records change each second. The times
-// between its frames are reported; they depend on the machine.
+// A page with 1,000 zones and 2,000 sinks of which about 200 records change each second, and the times
+// between its frames.
 
 import assert from 'node:assert/strict';
 import {writeFileSync} from 'node:fs';
@@ -99,8 +99,15 @@ test('frames of the board while records change', async (t) => {
         const at = (part) => frames[Math.min(Math.floor(frames.length * part), frames.length - 1)].toFixed(1);
         t.diagnostic(`${view}: ${changes.toFixed(0)} changes/s, ${frames.length} frames, `
             + `ms between them: median ${at(0.5)}, 95 % ${at(0.95)}, greatest ${at(1)}`);
-        assert.ok(changes > 50, 'records do change');
+        assert.ok(changes > 150, `${changes} changes/s`);
+        assert.ok(at(0.95) < 100, 'twice what is wanted, as other programs may need the processor');
     }
+    // A group of 250 zones without one.
+    await page.getByRole('checkbox', {name: /^Terminal /}).check();
+    await page.getByText('250 zones chosen').waitFor();
+    await page.getByRole('searchbox', {name: 'Search zones'}).fill('terminal 250');
+    await page.getByRole('checkbox', {name: /^Terminal 250/}).uncheck();
+    await page.getByText('249 zones chosen').waitFor();
     load.end();
     await panel.program.stop();
 });

@@ -5,7 +5,7 @@ import {mkdirSync} from 'node:fs';
 import path from 'node:path';
 import test from 'node:test';
 
-import {call, goTo, openPage, sizes, synced, themes} from './browser.mjs';
+import {call, goTo, logIn, openPage, sizes, synced, themes} from './browser.mjs';
 import {makeUsers, startPanel} from './programs.mjs';
 
 const folder = process.env.PA_SCREENSHOTS;
@@ -58,35 +58,52 @@ const pictures = {
     },
 };
 
+/// The audit trail has the times of the host: its picture is of a station with the same clock.
+const series = [
+    {clock: ['--clock', '2026-12-01T09:41'], names: ['login', ...Object.keys(pictures).filter((name) => name !== 'history')]},
+    {clock: [], names: ['history']},
+];
+
+/// Brings a page to what a picture is of.
+async function display(page, name) {
+    if (name === 'login') {
+        await page.getByRole('heading', {name: 'Log in'}).waitFor();
+        return;
+    }
+    if (name !== 'editor') {
+        await goTo(page, name);
+    }
+    await pictures[name](page);
+    await page.mouse.move(0, 0);  // nothing is highlighted
+    await page.evaluate(() => new Promise((resolve) => { requestAnimationFrame(() => requestAnimationFrame(resolve)); }));
+}
+
+async function take(page, names, suffix) {
+    for (const name of names) {
+        await display(page, name);
+        await page.screenshot({path: path.join(folder, `${name.replace(/\/.*/, '-open')}-${suffix}.png`)});
+        await page.keyboard.press('Escape');
+    }
+}
+
 test('pictures of every view', {skip: !folder && 'PA_SCREENSHOTS is not set'}, async () => {
     mkdirSync(folder, {recursive: true});
-    const panel = await startPanel(['--clock', '2026-12-01T09:41', '--users', makeUsers({olga: ['operator', user[1]]}),
-        '--scenario', new URL('../../scenarios/central-station.json', import.meta.url).pathname]);
-    let isFilled = false;
-    for (const size of Object.keys(sizes)) {
-        for (const theme of themes) {
-            const options = {size, theme, expected: ['401', '404']};
-            const take = (page, name) => page.screenshot({path:
-                path.join(folder, `${name.replace(/\/.*/, '-open')}-${size}-${theme}.png`)});
-            const page = await openPage(panel.url, options);
-            await page.getByRole('heading', {name: 'Log in'}).waitFor();
-            await take(page, 'login');
-            await page.close();
-            const own = await synced(await openPage(panel.url, {...options, user}));
+    const users = makeUsers({olga: ['operator', user[1]]});
+    const scenario = new URL('../../scenarios/central-station.json', import.meta.url).pathname;
+    for (const {clock, names} of series) {
+        const panel = await startPanel([...clock, '--users', users, '--scenario', scenario]);
+        let isFilled = false;
+        for (const [size, theme] of Object.keys(sizes).flatMap((one) => themes.map((other) => [one, other]))) {
+            const page = await openPage(panel.url, {size, theme, expected: [401, 404]});
+            await take(page, names.filter((name) => name === 'login'), `${size}-${theme}`);
+            await logIn(page, user);
+            await synced(page);
             if (!isFilled) {
                 isFilled = true;
-                await fill(own);
+                await fill(page);
             }
-            for (const [name, prepare] of Object.entries(pictures)) {
-                if (name !== 'editor') {
-                    await goTo(own, name);
-                }
-                await prepare(own);
-                await own.evaluate(() => new Promise((resolve) => { requestAnimationFrame(() => requestAnimationFrame(resolve)); }));
-                await take(own, name);
-                await own.keyboard.press('Escape');
-            }
+            await take(page, names.filter((name) => name !== 'login'), `${size}-${theme}`);
         }
+        await panel.program.stop();
     }
-    await panel.program.stop();
 });

@@ -32,6 +32,12 @@ test('languages have the same texts and placeholders', () => {
     }
 });
 
+test('texts are translated', () => {
+    const same = Object.entries(english).filter(([key, text]) => forms(text).some((form) =>
+        forms(languages.de.texts[key]).includes(form) && /[a-z]{4}/i.test(form.replace(/\{\w+\}/g, ''))));
+    assert.deepEqual([...new Set(same.map(([, text]) => text.replace(/ ?\{\w+\}/g, '')))].sort(), ['Filter', 'Live', 'Name', 'Text', 'Variable']);
+});
+
 test('the page names no text that is missing, and no text is unused', () => {
     const code = sources(page).join('\n');
     const literal = new Set([...code.matchAll(/'([a-zA-Z]+\.[\w.-]+)'/g)].map(([, key]) => key));

@@ -4,7 +4,7 @@
 import assert from 'node:assert/strict';
 import test from 'node:test';
 
-import {utcOf} from '../../panel/page/views/historyTimes.js';
+import {knownZone, utcText} from '../../panel/page/timeZones.js';
 import {blankSchedule, definitionOf, layOut, mondayOf, setMoment, windowsInWeek} from '../../panel/page/views/schedulesModel.js';
 import {eventParser} from '../../panel/page/eventStream.js';
 
@@ -47,11 +47,14 @@ test('a definition has no texts of its record', () => {
 });
 
 test('moments of the station in UTC', () => {
-    assert.equal(utcOf('2026-12-01T06:00', 'Europe/Berlin'), '2026-12-01T05:00:00.000Z');
-    assert.equal(utcOf('2026-07-01T00:30', 'Asia/Kolkata'), '2026-06-30T19:00:00.000Z');
-    assert.equal(utcOf('2026-10-25T02:30', 'Europe/Berlin'), '2026-10-25T00:30:00.000Z');  // twice: the first
-    assert.equal(utcOf('2026-03-29T02:30', 'Europe/Berlin'), '2026-03-29T01:30:00.000Z');  // skipped
-    assert.equal(utcOf('', 'Europe/Berlin'), '');
+    assert.equal(utcText('2026-12-01T06:00', 'Europe/Berlin'), '2026-12-01T05:00:00.000Z');
+    assert.equal(utcText('2026-07-01T00:30', 'Asia/Kolkata'), '2026-06-30T19:00:00.000Z');
+    assert.equal(utcText('2026-10-25T02:30', 'Europe/Berlin'), '2026-10-25T00:30:00.000Z');  // twice: the first
+    assert.equal(utcText('2026-03-29T02:30', 'Europe/Berlin'), '2026-03-29T01:30:00.000Z');  // skipped
+    assert.equal(utcText('2026-03-29T03:30', 'Europe/Berlin'), '2026-03-29T01:30:00.000Z');
+    assert.equal(utcText('', 'Europe/Berlin'), '');
+    assert.equal(utcText('2026-12-01T06:00', ''), '2026-12-01T06:00:00.000Z');  // the station's is not known
+    assert.deepEqual(['Asia/Kolkata', 'Mars/Base', undefined].map(knownZone), ['Asia/Kolkata', 'UTC', 'UTC']);
 });
 
 test('events are read however they are cut', () => {

@@ -31,7 +31,7 @@ TEST(Demo, endsAsItAnnounces) {
           "attach zones: source 2 has the zones Concourse, Platform 1, plays there\n",
           "trigger: software trigger 1 is deleted\n",
           "preview: preview.wav: WAV, 48000 Hz, mono, 16 bit, ", "hold the source: renewed twice\n",
-          "release it: source 2 is locked by nobody\n", "schedule: schedule 1 is removed\n"}) {
+          "release it: source 2 is locked by no client\n", "schedule: schedule 1 is removed\n"}) {
         EXPECT_TRUE(contains(steps, part)) << part << " is missing: " << steps;
     }
 }
@@ -71,7 +71,7 @@ TEST(Demo, undoesWhatItDidWhenItEndsEarly) {
     EXPECT_TRUE(contains(buffer.str(), "source 2 is locked by this client"));
     session.waitUntilDelivered();
     EXPECT_TRUE(paclient::allSchedules().empty());
-    EXPECT_EQ(paclient::lockOf(2).holder, "nobody");
+    EXPECT_EQ(paclient::lockOf(2).holder, "no client");
     for (const PaSource& source : paclient::allSources()) {
         const bool isItsOwn = source.id == 2 || source.id == 3;
         EXPECT_TRUE(!isItsOwn || source.getAttachedPaZones().empty()) << source.id;

@@ -101,6 +101,7 @@ TEST_F(ServerLinkTest, ALostConnectionKeepsTheCachesAndANewOneWithdrawsWhatTheyH
     EXPECT_EQ(log.text(), "E2 the connection to the server is lost: cable pulled\n");
     const std::string waiting = cancel("a");
     EXPECT_TRUE(server.operations().empty()) << "operations wait for the link";
+    EXPECT_EQ(gQXReceiver.waiting(), 1U);
     say(palink::Connected{1, 0, true, {}});  // the local server replaces the active one
     EXPECT_EQ(server.operations(1)[0], waiting);
     say(palink::Record{1, pa::RecordKind::Zone, 1, {"Hall"}});
@@ -126,6 +127,44 @@ TEST_F(ServerLinkTest, RecordsAreReportedWhenTheyAreInTheCaches) {
     timePasses = true;
     link.waitUntilHandled();
     EXPECT_EQ(holders, "before after ");
+}
+
+/// Time passes in the observer and in the pause of the source, nowhere else.
+TEST_F(ServerLinkTest, MeasuresRecordsFromTheirArrivalUntilTheirObserversHaveBeenCalled) {
+    struct SlowObserver : pa::PAControllerObserverAdapter {
+        void onPaZoneUpdate(PaZone zone) override { onZone(zone.id); }
+        void onPaSourceUpdate(PaSource /*source*/) override { nowMS += 7; }
+        std::function<void(const std::string&)> onZone;
+    };
+    static auto& observer = *new SlowObserver;  // must outlive the controller
+    const auto sayZone = [this](const std::string& id, int key = 11) {
+        server.say(palink::Record{4, pa::RecordKind::Zone, key, {id}});
+    };
+    observer.onZone = [&](const std::string& id) {
+        if (id == "first") {
+            sayZone("second");  // waits for 30 ms
+            for (int key = 101; key < 200; ++key) {
+                sayZone("other " + std::to_string(key), key);  // likewise, of two batches
+            }
+            EXPECT_EQ(transport.eventsWaiting(), 101U) << "with the first";
+            nowMS += 30;
+        } else if (id == "second") {
+            nowMS += 20;
+        }
+    };
+    transport.waitUntilDelivered();
+    gPaController.registerObserver(&observer);
+    const palink::RecordDurations before = link.recordDurations();
+    sayZone("first");
+    transport.waitUntilDelivered();
+    observer.onZone = [](const std::string& /*id*/) {};
+    say(palink::Record{3, pa::RecordKind::Source, 1, {"1", "changed"}});
+    link.waitUntilHandled();
+    const palink::RecordDurations after = link.recordDurations();
+    EXPECT_EQ(after.direct.sum - before.direct.sum, 30ms + 100 * 50ms);
+    EXPECT_EQ(after.direct.counts[8] - before.direct.counts[8], 101U) << "above 25 ms, up to 50 ms";
+    EXPECT_EQ(after.paused.sum - before.paused.sum, 107ms);
+    EXPECT_EQ(after.paused.counts[10] - before.paused.counts[10], 1U) << "up to 250 ms";
 }
 
 TEST_F(ServerLinkTest, StopsThoughNotificationsHaveFilledTheirQueue) {

@@ -156,6 +156,24 @@ TEST_F(ServerViewTest, WhatDiffersIsFetchedWithPausesThatDoubleUntilItAgrees) {
     EXPECT_EQ(status(1, one).unsubscribe.size(), std::size(pa::recordKinds));
 }
 
+TEST_F(ServerViewTest, TheTimeWithoutSyncBeginsWithTheLinkAndWithEachLoss) {
+    const std::int64_t start = nowMS;
+    ServerStatus one = online(ServerRole::Active, 1);
+    one.kinds[RecordKind::Zone] = {1, 5};
+    nowMS += 60'000;
+    EXPECT_EQ(view.sinceMS(), start);
+    status(1, one);
+    EXPECT_EQ(view.sinceMS(), start) << "connected, not synced";
+    one.kinds.clear();
+    status(1, one);
+    EXPECT_EQ(view.sinceMS(), start + 60'000);
+    nowMS += 60'000;
+    palink::ViewChange change;
+    view.lose("", change);
+    nowMS += 60'000;
+    EXPECT_EQ(view.sinceMS(), start + 120'000) << "lost";
+}
+
 struct RequestsTest : HostTest {
     RequestsTest() { requests.connected(); }
 

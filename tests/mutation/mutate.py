@@ -14,7 +14,9 @@ survived (a gap of the tests), missing (the old text is not in the file exactly 
 list). The exit code is 1 when a mutant survives or is missing.
 
 The lists are mutants/*.txt. A mutant is its name, its file, the test programs that should stop it,
-each with an optional filter of its tests, and lines with the old text and the new:
+each with an optional filter of its tests, and lines with the old text and the new. A program with
+the ending .mjs is a file of tests/browser, of which all tests are run, with the page of the worktree
+and the programs of build/release:
 
     [zone-activity-lost] sdk/controller/PaZones.cpp: controller_tests controller_tests:Exchanges*
     -    integer<&PaZone::activity>,
@@ -77,6 +79,10 @@ def quietly(command, **options):
                           errors="replace", **options)
 
 
+def is_page_test(program):
+    return program.endswith(".mjs")
+
+
 def prepare(tree, build):
     """Checks the last commit out and configures its build."""
     if tree.exists():
@@ -86,6 +92,9 @@ def prepare(tree, build):
         subprocess.run(["git", "worktree", "prune"], cwd=ROOT, check=True)
         subprocess.run(["git", "worktree", "add", "--quiet", "--detach", tree, head()], cwd=ROOT,
                        check=True)
+    modules = tree / "tests" / "browser" / "node_modules"  # as script/test-browser installs them
+    if not modules.exists():
+        modules.symlink_to(ROOT / "tests" / "browser" / "node_modules")
     configured = quietly(["cmake", "-S", tree, "-B", build, *CONFIGURATION])
     if configured.returncode:
         sys.exit(configured.stdout)
@@ -96,8 +105,8 @@ def head():
 
 
 def first_failure(output):
-    failed = re.search(r"\[  FAILED  \] (\S+?),? ", output)
-    return failed[1] if failed else "the program"
+    failed = re.search(r"\[  FAILED  \] (\S+?),? |^ *not ok \d+ - (.+)", output, re.MULTILINE)
+    return failed[1] or failed[2] if failed else "the program"
 
 
 def run_for(seconds, command, folder):
@@ -118,10 +127,17 @@ def run_for(seconds, command, folder):
         return code, output.read()
 
 
-def run_tests(mutant, build):
+def command_for(program, test_filter, tree, build):
+    if is_page_test(program):
+        return ["env", f"PA_PROGRAMS={ROOT}/build/release/bin", f"PA_PAGE={tree}/panel/page", "node",
+                "--test", "--test-reporter=tap", tree / "tests" / "browser" / program]
+    return [build / "bin" / program, f"--gtest_filter={test_filter or '*'}"]
+
+
+def run_tests(mutant, tree, build):
     """The outcome of the tests of a tree that is built: stopped or survived, and by what."""
     for program, _, test_filter in mutant.tests:
-        command = [build / "bin" / program, f"--gtest_filter={test_filter or '*'}"]
+        command = command_for(program, test_filter, tree, build)
         code, output = run_for(TEST_SECONDS, command, build)
         if code is None:
             return "stopped", f"{program}: does not end"
@@ -131,7 +147,8 @@ def run_tests(mutant, build):
 
 
 def build_tests(programs, build):
-    return quietly(["ninja", "-C", build, "-j2", *sorted(programs)])
+    targets = sorted(program for program in programs if not is_page_test(program))
+    return quietly(["ninja", "-C", build, "-j2", *targets] if targets else ["true"])
 
 
 def try_mutant(mutant, tree, build):
@@ -144,7 +161,7 @@ def try_mutant(mutant, tree, build):
     try:
         if build_tests({program for program, _, _ in mutant.tests}, build).returncode:
             return "unbuildable", "the compiler"
-        return run_tests(mutant, build)
+        return run_tests(mutant, tree, build)
     finally:
         path.write_text(original)
 
@@ -156,7 +173,7 @@ def check_sound(mutants, tree, build):
     if built.returncode:
         sys.exit(built.stdout)
     for program in sorted(programs):
-        if quietly([build / "bin" / program], cwd=build).returncode:
+        if quietly(command_for(program, "", tree, build), cwd=build).returncode:
             sys.exit(f"{program} fails without a fault")
 
 

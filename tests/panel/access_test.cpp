@@ -7,14 +7,15 @@
 #include <unistd.h>
 
 #include "framework/log.h"
+#include "panel/access/SessionCookie.h"
 #include "panel/access/Sessions.h"
 #include "panel/access/UserFile.h"
-#include "panel/access/cookie.h"
 #include "panel/access/userCommand.h"
 #include "panel/http/ApiError.h"
 #include "tests/panel/hostTime.h"
 #include "tests/support/TestFolder.h"
 #include "tests/support/tables.h"
+#include "tests/support/thrownBy.h"
 #include "util/Descriptor.h"
 
 namespace {
@@ -42,18 +43,6 @@ struct AccessTest : HostTimeTest {
     void write(const std::string& content) const {
         fs::remove(file);
         chmod(folder.write("panel/users", content).c_str(), 0600);
-    }
-
-    /// The code of the refusal, with the seconds to wait; or the user.
-    static std::string logIn(Sessions& sessions, const std::string& user,
-                             const std::string& password, const std::string& address) {
-        try {
-            return sessions.logIn(user, password, address).session.user;
-        } catch (const ApiError& refused) {
-            return refused.code + (refused.details.contains("retryAfter")
-                                       ? ' ' + refused.details["retryAfter"].dump()
-                                       : "");
-        }
     }
 
     const TestFolder folder;
@@ -87,6 +76,9 @@ TEST_F(AccessTest, AFileThatChangesIsReadAgainAndABrokenOneChangesNothing) {
     }
     EXPECT_EQ(logged, "the file of users " + file.string() +
                           ": line 2: NAME:ROLE:HASH is expected; the users are those of before\n");
+    const std::size_t reported = logged.size();
+    EXPECT_FALSE(users.readAgain());
+    EXPECT_EQ(logged.size(), 2 * reported);
     logged.clear();
     chmod(file.c_str(), 0640);
     EXPECT_TRUE(users.find("ann") && users.find("ann"));
@@ -96,7 +88,7 @@ TEST_F(AccessTest, AFileThatChangesIsReadAgainAndABrokenOneChangesNothing) {
     fs::remove(file);
     EXPECT_TRUE(users.find("ann"));
     write("");
-    EXPECT_FALSE(users.find("ann"));
+    EXPECT_TRUE(users.readAgain() && !users.find("ann"));
     for (const fs::path& unusable :
          {folder.path() / "missing", folder.path(), fs::path("/dev/zero")}) {
         EXPECT_THROW(UserFile{unusable}, std::runtime_error) << unusable;
@@ -201,7 +193,13 @@ TEST_F(AccessTest, APauseGrowsWithTheFailuresOfAnAddressOrAUserName) {
         std::string address;
         words >> seconds >> user >> password >> address;
         pass(std::chrono::seconds(seconds));
-        return logIn(sessions, user, password == "right" ? "correct horse" : password, address);
+        try {
+            return sessions.logIn(user, password == "right" ? "correct horse" : password, address)
+                .session.user;
+        } catch (const ApiError& refused) {  // and the seconds to wait
+            const Json pause = refused.details.value("retryAfter", Json());
+            return refused.code + (pause.is_null() ? "" : ' ' + pause.dump());
+        }
     };
     expectTable(attempt);
     EXPECT_EQ(sessions.refusedLogins(), 24U);
@@ -209,13 +207,8 @@ TEST_F(AccessTest, APauseGrowsWithTheFailuresOfAnAddressOrAUserName) {
 
 TEST_F(AccessTest, FailuresAreKeptWithinBounds) {
     LoginThrottle throttle;
-    const auto isPaused = [&](const std::string& user, const std::string& address) {
-        try {
-            throttle.check(user, address);
-            return false;
-        } catch (const ApiError&) {
-            return true;
-        }
+    const auto isPaused = [&] {
+        return thrownBy<ApiError>([&] { throttle.check("first", "first"); }) != "nothing thrown";
     };
     for (int failure = 0; failure < 12; ++failure) {
         throttle.failed("first", "first");
@@ -224,9 +217,9 @@ TEST_F(AccessTest, FailuresAreKeptWithinBounds) {
     for (std::size_t other = 1; other < LoginThrottle::mostKept; ++other) {
         throttle.failed(std::to_string(other), std::to_string(other));
     }
-    EXPECT_TRUE(isPaused("first", "first"));
+    EXPECT_TRUE(isPaused());
     throttle.failed("one more", "one more");
-    EXPECT_FALSE(isPaused("first", "first"));
+    EXPECT_FALSE(isPaused());
 }
 
 TEST_F(AccessTest, ASessionEndsWithItsTimeItsUserAndTheirNumber) {
@@ -263,44 +256,48 @@ TEST_F(AccessTest, ASessionEndsWithItsTimeItsUserAndTheirNumber) {
     }
     pass(4ms);
     EXPECT_FALSE(sessions.find(first));
-    EXPECT_EQ(ended(), "the session is too old\n");
+    EXPECT_EQ(ended(), "old\n");
     const std::string idle = begin("ann");
     pass(12h);
     sessions.endExpired();
-    EXPECT_EQ(ended(), "the session was idle for too long\n");
+    EXPECT_EQ(ended(), "idle\n");
     EXPECT_FALSE(sessions.find(idle));
 
     const std::string used = begin("ann");
-    pass(1s);
-    const std::string unused = begin("ann");
+    const std::string open = begin("ann");
+    const std::string openId = sessions.find(open)->id;
     pass(1s);
     EXPECT_TRUE(sessions.find(used));
+    pass(1s);
+    sessions.notePage(openId);
     begin("ann");  // the third of the user
-    EXPECT_TRUE(sessions.find(used) && !sessions.find(unused));
+    EXPECT_TRUE(sessions.find(open) && !sessions.find(used));
     pass(1s);
     const std::string bobs = begin("bob");
     begin("bob");  // the fourth of all
     EXPECT_EQ(sessions.count(), 3U);
-    EXPECT_EQ(ended(), "there are too many sessions\nthere are too many sessions\n");
+    EXPECT_EQ(ended(), "displaced\ndisplaced\n");
 
     write("ann:monitor:" + horse + "\nbob:monitor:" + horse + '\n');
     EXPECT_FALSE(sessions.find(bobs));
     sessions.endExpired();
     EXPECT_EQ(ended(),
-              "the user has another password\nthe user has another password\n"
-              "the user has another role\n");
+              "password\npassword\n"
+              "role\n");
     EXPECT_EQ(sessions.count(), 0U);
     begin("ann");
     write("");
     sessions.endExpired();
-    EXPECT_EQ(ended(), "the user has been removed\n");
+    EXPECT_EQ(ended(), "removed\n");
     EXPECT_THROW(sessions.beginLocal(), std::logic_error);
 }
 
 TEST(SessionCookie, IsFoundAmongOthersAndKeptFromScripts) {
-    expectTable([](const std::string& header) { return tokenIn(header); });
-    EXPECT_EQ(setCookie("t", true), "papanel=t; HttpOnly; SameSite=Strict; Path=/; Secure");
-    EXPECT_EQ(setCookie("", false), "papanel=; HttpOnly; SameSite=Strict; Path=/; Max-Age=0");
+    const SessionCookie clear(81, false);
+    expectTable([&clear](const std::string& header) { return clear.tokenIn(header); });
+    EXPECT_EQ(clear.set(""), "papanel-81=; HttpOnly; SameSite=Strict; Path=/; Max-Age=0");
+    EXPECT_EQ(SessionCookie(443, true).set("t"),
+              "__Host-papanel-443=t; HttpOnly; SameSite=Strict; Path=/; Secure");
 }
 
 }  // namespace

@@ -11,8 +11,10 @@
 #include "panel/Services.h"
 #include "panel/access/Sessions.h"
 #include "panel/api/AudioStore.h"
+#include "panel/api/FaultTimes.h"
 #include "panel/api/IdempotencyStore.h"
 #include "panel/api/LockKeeper.h"
+#include "panel/api/ScheduleNumbers.h"
 #include "panel/api/SentAnnouncements.h"
 #include "panel/api/routes.h"
 #include "panel/audit/AuditTrail.h"
@@ -20,6 +22,7 @@
 #include "panel/http/ApiError.h"
 #include "panel/http/RouteTable.h"
 #include "panel/http/Target.h"
+#include "sdk/PAController.h"
 #include "simserver/EmbeddedEndpoint.h"
 #include "tests/support/noPauses.h"
 
@@ -70,6 +73,9 @@ struct ApiTest : testing::Test {
         connection.open();
     }
     ~ApiTest() override {
+        for (const PaSWTrigger& made : gPaController.getSwPaTriggers()) {
+            gPaController.deleteSwPaTrigger(made.trigger.id);  // they outlast the connection
+        }
         connection.link().stop();
         pa::setTimeSource({});
     }
@@ -90,6 +96,7 @@ struct ApiTest : testing::Test {
         request.query = target.query;
         request.body = body;
         request.bytes = bytes;
+        request.auditRow = auditRow;
         request.caller = {session == "s2" ? "bob" : "ann", papanel::Role::Operator, session,
                           "page of " + session, "192.0.2.1"};
         return match.route->handle(services, request);
@@ -114,16 +121,19 @@ struct ApiTest : testing::Test {
 
     simserver::EmbeddedEndpoint endpoint;
     paclient::Connection connection{endpoint};
+    papanel::FaultTimes faults;
     papanel::Stop stop;
     papanel::AuditTrail audit{"", 1};
     papanel::Sessions sessions{nullptr};
     papanel::IdempotencyStore answers;
     papanel::AudioStore audio{{2'000, 1'000, 3, std::chrono::hours(1)}};
-    papanel::LockKeeper locks;
+    papanel::LockKeeper locks{audit};
     papanel::SentAnnouncements announcements;
+    papanel::ScheduleNumbers scheduleNumbers;
     papanel::EventHub events;
-    papanel::Services services{connection, events, sessions, nullptr,       audit,
-                               answers,    locks,  audio,    announcements, stop};
+    papanel::Services services{connection, events, sessions,      nullptr, audit,           answers,
+                               locks,      audio,  announcements, faults,  scheduleNumbers, stop};
     const papanel::RouteTable table{papanel::resourceRoutes()};
-    std::string bytes;  // body of the next calls
+    std::string bytes;          // body of the next calls
+    std::int64_t auditRow = 0;  // likewise
 };

@@ -6,9 +6,13 @@
 #include "client/confirmedOperations.h"
 #include "client/resources.h"
 #include "client/scheduleJson.h"
+#include "panel/api/announcementEnds.h"
 #include "panel/api/contentText.h"
 #include "panel/api/records.h"
+#include "panel/api/sessionRoutes.h"
+#include "panel/api/zoneRecords.h"
 #include "tests/panel/apiFixture.h"
+#include "tests/panel/hostTime.h"
 #include "tests/support/schedules.h"
 #include "tests/support/tables.h"
 
@@ -51,11 +55,68 @@ TEST_F(OperationsTest, EndWithTheGatewayAndNeedAConnection) {
     EXPECT_EQ(waiting.get().substr(0, 19), "504 connection-lost");
 
     connection.link().stop();
-    EXPECT_EQ(answer("PUT", "/sources/1/lock").substr(0, 17), "503 not-connected");
+    for (const char* const source : {"1", "3"}) {
+        EXPECT_EQ(answer("PUT", std::string("/sources/") + source + "/lock").substr(0, 17),
+                  "503 not-connected");
+    }
     EXPECT_EQ(call("GET", "/status").body["synced"], false);
 }
 
+TEST_F(OperationsTest, BeginNoSessionForOtherPages) {
+    const auto isLoggedIn = [&](const char* site) {
+        ApiRequest request;
+        request.headers = {{"sec-fetch-site", site}};
+        return sessionRoutes().front().handle(services, request).body["loggedIn"] == true;
+    };
+    EXPECT_TRUE(isLoggedIn("same-origin"));
+    EXPECT_TRUE(isLoggedIn("none"));
+    EXPECT_THROW(isLoggedIn("same-site"), ApiError);
+    EXPECT_THROW(isLoggedIn("cross-site"), ApiError);
+}
+
+TEST_F(OperationsTest, MakeSchedulesWithDifferentNumbersAtTheSameTime) {
+    const Json schedule = {
+        {"startYear", 2030},      {"startMonth", 1},     {"startDay", 1},
+        {"endYear", 2030},        {"endMonth", 1},       {"endDay", 9},
+        {"dayMask", 1},           {"paZones", {"Hall"}}, {"announcementType", AT_TEV},
+        {"dictionaryItems", {12}}};
+    call("POST", "/simulation/requests", {{"received", false}});
+    paclient::Subscription sent(paclient::kinds<paclient::SentOperation>());
+    const auto add = [&] { return answer("POST", "/schedules", schedule); };
+    auto first = std::async(std::launch::async, add);
+    auto second = std::async(std::launch::async, add);
+    sent.next(10s);
+    EXPECT_NE(sent.next(10s), nullptr) << "one waits for the other";
+    Json wanted = schedule;
+    wanted["Id"] = 2;
+    EXPECT_EQ(answer("POST", "/schedules", wanted),
+              "409 refused a schedule 2 is being made already");
+    EXPECT_EQ(answer("POST", "/schedules/import", Json::array({wanted})),
+              "200 refused 0 of 1 schedules are in; entry 1: a schedule 2 is being made already");
+    while (first.wait_for(1ms) == std::future_status::timeout ||
+           second.wait_for(1ms) == std::future_status::timeout) {
+        pass(1s);
+    }
+    EXPECT_EQ(first.get().substr(0, 13), "504 timed-out");
+    call("POST", "/simulation/requests", {{"received", true}});
+    EXPECT_EQ(add(), "201 done schedule 3 is kept as asked") << "1 and 2 may be kept later";
+    EXPECT_EQ(answer("POST", "/schedules", wanted), "201 done schedule 2 is kept as asked");
+    EXPECT_EQ(
+        answer("POST", "/schedules/import", {wanted, schedule}),
+        "200 refused 0 of 2 schedules are in; entry 1: there is a schedule 2 already; entry 2: "
+        "the id is missing, or not above 0");
+    EXPECT_EQ(answer("POST", "/schedules/import", Json(5'001, 1)),
+              "400 bad-request the list has more than 5000 schedules");
+    const Json refused = call("POST", "/schedules/import", Json(101, 1)).body;
+    EXPECT_EQ(refused["refused"], 101);
+    EXPECT_EQ(refused["failed"].size(), 100U);
+    wanted["Id"] = 5;
+    EXPECT_EQ(answer("POST", "/schedules/import", {wanted, schedule}).substr(0, 42),
+              "200 partly 1 of 2 schedules are in; entry ");
+}
+
 TEST_F(OperationsTest, FollowAnAnnouncementToItsEnd) {
+    auditRow = audit.begin({});
     const Json sent = call("POST", "/announcements",
                            {{"zones", {"Hall", "yard"}},
                             {"items", {12}},
@@ -68,6 +129,11 @@ TEST_F(OperationsTest, FollowAnAnnouncementToItsEnd) {
     EXPECT_EQ(now["zones"][1]["id"], "Yard");
     EXPECT_EQ(now["isOver"], false);
     EXPECT_EQ(answer("DELETE", where, {}, "s2"), "200 done request " + id + " is cancelled");
+    audit.finish(auditRow, "accepted", "");
+    finishAnnouncements(services);
+    const AuditRow audited = audit.find({}, 1).front();
+    EXPECT_EQ(audited.outcome + ": " + audited.text,
+              "cancelled: request " + id + " is over: cancelled");
     now = call("GET", where).body;
     EXPECT_EQ(now["state"], "cancelled");
     EXPECT_EQ(now["parts"].size(), 2U);
@@ -84,7 +150,6 @@ TEST_F(OperationsTest, FollowAnAnnouncementToItsEnd) {
     EXPECT_EQ(call("DELETE", others).body["ended"].size(), 1U);
     EXPECT_EQ(answer("GET", others).substr(0, 13), "404 not-found");
 
-    announcements.removeOld();
     pass(2h);
     announcements.removeOld();
     EXPECT_EQ(answer("GET", where).substr(0, 13), "404 not-found");
@@ -142,6 +207,79 @@ TEST(ContentText, IsForPeople) {
     });
 }
 
+// ----------------------------------------------------------------------------------------- faults
+
+/// What the controller reports of sink 1 and source 1.
+struct FaultTimesTest : HostTimeTest {
+    using Link = palink::ConnectionChange;
+
+    template <class Record>
+    static Record device(int health) {
+        Record record;
+        record.id = 1;
+        record.healthState = static_cast<typename Record::HealthState>(health);
+        return record;
+    }
+    static void publish(paclient::Change change) {
+        pass(10s);
+        paclient::ChangeStream::instance().publish(std::move(change));
+    }
+    template <class Record = PaSink>
+    static void report(int health) {
+        publish(paclient::Updated<Record>{device<Record>(health)});
+    }
+    /// Ends the connection and begins another one; `report` is what comes over it.
+    template <class Report>
+    static void connectAgain(Report report) {
+        publish(paclient::Deleted<PaSink>{1});
+        publish(Link{Link::State::Disconnected, 1, ""});
+        publish(Link{Link::State::Connected, 2, ""});
+        publish(paclient::Deleted<PaSource>{1});
+        report();
+        publish(Link{Link::State::Synced, 2, ""});
+    }
+    /// Seconds since the fault was reported, with "older".
+    template <class Record = PaSink>
+    std::string fault() {
+        const FaultTimes::Fault fault = times.of(device<Record>(PaSink::MINOR_FAULT));
+        return std::to_string(ms / 1000 - fault.since) + (fault.isOlder ? " older" : "");
+    }
+
+    FaultTimes times;
+};
+
+TEST_F(FaultTimesTest, AreThoseOfTheReportsOverAllConnections) {
+    EXPECT_EQ(fault(), "0 older") << "not reported yet";
+    report(PaSink::INACTIVE);
+    report(PaSink::MINOR_FAULT);
+    EXPECT_EQ(fault(), "10 older") << "since the first report";
+    report<PaSource>(PaSource::HEALTHY);
+    report<PaSource>(PaSource::FAULTY);
+    EXPECT_EQ(fault<PaSource>(), "0");
+    connectAgain([] {
+        report(PaSink::MAJOR_FAULT);
+        report<PaSource>(PaSource::FAULTY);
+    });
+    EXPECT_EQ(fault(), "100 older");
+    EXPECT_EQ(fault<PaSource>(), "70");
+
+    report(PaSink::UNKNOWN_HEALTHSTATE);
+    EXPECT_EQ(fault(), "0") << "the report of the fault is not there yet";
+    connectAgain([] { report(PaSink::MAJOR_FAULT); });
+    EXPECT_EQ(fault(), "10") << "faulty since the connection was away";
+    EXPECT_EQ(fault<PaSource>(), "0 older") << "the server has it no more";
+}
+
+TEST_F(OperationsTest, ReportSinceWhenADeviceIsFaulty) {
+    const Json inactive = call("GET", "/sinks").body["sinks"][1];
+    EXPECT_EQ(inactive["faultyBefore"], true);
+    EXPECT_EQ(call("GET", "/zones/Yard/sinks").body["sinks"][0], inactive);
+    EXPECT_FALSE(call("GET", "/sinks/1").body.contains("faultySince"));
+    const Json reset = call("POST", "/sinks/9/reset", {{"untilBack", false}}).body;
+    EXPECT_EQ(reset["faultyBefore"], false);
+    EXPECT_EQ(reset["faultySince"].get<std::string>().size(), 20U) << "2026-12-01T05:59:10Z";
+}
+
 // ------------------------------------------------------------------------------------------ locks
 
 using LocksTest = ApiTest;
@@ -149,13 +287,18 @@ using LocksTest = ApiTest;
 TEST_F(LocksTest, BelongToOneSession) {
     EXPECT_EQ(answer("PUT", "/sources/1/lock"), "200 done source 1 is taken");
     EXPECT_EQ(answer("PUT", "/sources/1/lock"), "200 as-before source 1 is taken, as before");
+    const std::string trigger =
+        "/triggers/" +
+        call("POST", "/triggers", {{"sourceId", 1}, {"priority", 1}}).body["id"].dump() + "/active";
     for (const auto& [method, target, body] :
          std::vector<std::tuple<std::string, std::string, Json>>{
              {"PUT", "/sources/1/lock", {}},
              {"DELETE", "/sources/1/lock", {}},
              {"PUT", "/sources/1/gain", {{"level", 1}}},
              {"PUT", "/sources/1/zones", {{"zones", {"Yard"}}, {"mode", "add"}}},
-             {"DELETE", "/sources/1/zones", {}}}) {
+             {"DELETE", "/sources/1/zones", {}},
+             {"PUT", trigger, {}},
+             {"DELETE", trigger, {}}}) {
         EXPECT_EQ(answer(method, target, body, "s2"), "409 held source 1 is taken by ann");
     }
     EXPECT_EQ(answer("PUT", "/sources/1/lock", {}, "s3"), "409 held source 1 is taken by ann")
@@ -213,8 +356,18 @@ TEST_F(LocksTest, AreReleasedWithoutTheirPages) {
     awaitRelease(1);
 
     call("PUT", "/sources/1/lock");
+    locks.releaseDue();
     locks.releaseAll(10s);
     EXPECT_EQ(paclient::lockHolder(1), "");
+    std::string trail;
+    for (const papanel::AuditRow& row : audit.find({}, 10)) {
+        trail += row.user + ", " + row.operation + ' ' + row.target + ", " + row.outcome + ", " +
+                 row.text + '\n';
+    }
+    EXPECT_EQ(trail,
+              "ann, release source 1, done, source 1 is released: the panel ends\n"
+              "bob, release source 1, done, source 1 is released: the session has ended\n"
+              "ann, release source 1, done, source 1 is released: no page of it is open\n");
 }
 
 TEST_F(LocksTest, AreForgottenWhenTheServerHasTakenThem) {
@@ -327,6 +480,24 @@ TEST_F(AudioTest, BelongsToItsUserForAnHour) {
     EXPECT_EQ(answer("POST", "/uploads").substr(0, 13), "413 too-large");
     EXPECT_EQ(call("POST", "/uploads", {}, "s2").status, 201);
     EXPECT_EQ(answer("POST", "/uploads", {}, "s2").substr(0, 14), "503 overloaded") << "3 files";
+    AudioStore previews;
+    const auto preview = [&] {
+        return previews.add("ann", "", bytes, AudioStore::Kind::Preview)->id;
+    };
+    const std::string oldest = preview();
+    const std::string upload = previews.add("ann", "", bytes)->id;
+    const std::string second = preview();
+    for (int i = 0; i < 4; ++i) {
+        preview();
+    }
+    EXPECT_THROW(previews.find("ann", oldest), ApiError) << "the last five are kept";
+    EXPECT_EQ(previews.find("ann", second)->id, second);
+    EXPECT_EQ(previews.find("ann", upload)->id, upload);
+    AudioStore few({10'000, 10'000, 3, 1h, 1, 1});
+    few.add("ann", "", bytes);
+    EXPECT_THROW(few.add("ann", "", bytes), ApiError);
+    few.add("bob", "", bytes);
+
     bytes = "RIFF and no more";
     pass(61min);
     EXPECT_EQ(answer("POST", "/uploads"),

@@ -4,6 +4,7 @@
 #include <sys/stat.h>
 
 #include "panel/audit/auditExport.h"
+#include "panel/audit/auditTexts.h"
 #include "panel/audit/utcTime.h"
 #include "panel/http/ApiError.h"
 #include "tests/panel/hostTime.h"
@@ -41,20 +42,26 @@ struct AuditTest : HostTimeTest {
 TEST_F(AuditTest, WhatWasAtWorkWhenTheProcessEndedIsUnknown) {
     {
         AuditTrail trail(file, 1);
-        trail.finish(trail.begin(entry()), "done", "");
-        trail.begin(entry("bob"));
+        const std::int64_t first = trail.begin(entry());
+        for (const char* const outcome : {"accepted", "done", "accepted", "unknown"}) {
+            trail.finish(first, outcome, "");  // the end counts, whenever it comes
+        }
+        trail.finish(trail.begin(entry("bob")), "accepted", "");
+        trail.begin(entry("cat"));
         // As a process leaves them that is killed now.
         fs::copy(file, folder.path() / "killed.db");
         fs::copy(file.string() + "-wal", folder.path() / "killed.db-wal");
-        EXPECT_EQ(rows(trail), "2 bob pending, 1 ann done, ");
+        EXPECT_EQ(rows(trail), "3 cat pending, 2 bob accepted, 1 ann done, ");
         EXPECT_EQ(thrownBy<std::runtime_error>([this] { AuditTrail(file, 1); }),
                   "cannot keep the audit trail in \"" + file.string() +
                       "\": it is in use by another process");
     }
     AuditTrail trail(folder.path() / "killed.db", 1);
-    EXPECT_EQ(rows(trail),
-              "2 bob unknown papanel ended before the outcome was known, 1 ann done, ");
-    EXPECT_EQ(trail.find({}, 1).front().finished, std::nullopt);
+    const std::string unknown = " unknown papanel ended before the outcome was known, ";
+    EXPECT_EQ(rows(trail), "3 cat" + unknown + "2 bob" + unknown + "1 ann done, ");
+    for (const AuditRow& row : trail.find({}, 2)) {
+        EXPECT_EQ(row.finished, std::nullopt);
+    }
     struct stat status {};
     stat(file.c_str(), &status);
     EXPECT_EQ(status.st_mode & 0777U, 0600U);
@@ -70,11 +77,14 @@ TEST_F(AuditTest, WhatCannotBeWrittenIsNotToBeSent) {
     const rlimit full{0, before.rlim_max};
     setrlimit(RLIMIT_FSIZE, &full);
     const std::string refused = thrownBy<ApiError>([&] { trail.begin(entry()); });
-    trail.finish(begun, "done", "");  // which is logged
+    trail.finish(begun, "done", "");
+    EXPECT_FALSE(trail.keepHouse());
     setrlimit(RLIMIT_FSIZE, &before);
     EXPECT_EQ(refused.rfind("the audit trail cannot be used: ", 0), 0U) << refused;
     trail.begin(entry());
     EXPECT_EQ(rows(trail), "2 ann pending, 1 ann pending, ");
+    trail.keepHouse();
+    EXPECT_EQ(rows(trail), "2 ann pending, 1 ann done, ") << "written later";
 }
 
 TEST_F(AuditTest, IsFoundByFiltersAndForgottenInSteps) {
@@ -88,7 +98,7 @@ TEST_F(AuditTest, IsFoundByFiltersAndForgottenInSteps) {
     const std::int64_t start = 1'000'000'000'000;
     const std::int64_t hourMS = 3'600'000;
     AuditFilter filter;
-    filter.user = "ann";
+    filter.user = "an";
     filter.outcome = "done";
     filter.operation = "b";
     EXPECT_EQ(rows(trail, filter, 2), "499 ann done, 493 ann done, ");  // hours 498, 492
@@ -99,13 +109,25 @@ TEST_F(AuditTest, IsFoundByFiltersAndForgottenInSteps) {
     filter.until = start + 9 * hourMS;
     EXPECT_EQ(rows(trail, filter), "9 ann refused, 8 bob refused, ");
 
+    pass(48h * 365);
+    EXPECT_FALSE(trail.keepHouse());
+    EXPECT_EQ(trail.find({}, 1000).size(), 500U) << "a clock may be wrong for a moment";
+    pass(-48h * 365);
     const auto oldest = [&] { return trail.find({}, 1000).back().id; };
-    EXPECT_TRUE(trail.removeExpired());
+    EXPECT_TRUE(trail.keepHouse());
     EXPECT_EQ(oldest(), 201);
-    EXPECT_TRUE(trail.removeExpired());
-    EXPECT_FALSE(trail.removeExpired());
+    EXPECT_TRUE(trail.keepHouse());
+    EXPECT_FALSE(trail.keepHouse());
     EXPECT_EQ(oldest(), 453);  // begun 48 hours ago
     EXPECT_EQ(trail.begin(entry()), 501);
+    for (int i = 0; i < 9'000; ++i) {
+        trail.begin(entry("cat"));
+    }
+    filter = {};
+    filter.user = "bob";
+    EXPECT_EQ(rows(trail, filter, 1).substr(0, 8), "500 bob ");
+    filter.user = "dan";
+    EXPECT_EQ(rows(trail, filter), "");
 }
 
 TEST_F(AuditTest, InMemoryTheNewestAreKept) {
@@ -134,6 +156,23 @@ TEST_F(AuditTest, RequestsAreKeptWithoutPasswordsAndWithinBounds) {
     EXPECT_EQ(row.address, "\uFFFD");
     EXPECT_EQ(row.operation, "\r\n<b>");
     EXPECT_EQ(row.target, std::string(1024, 'z') + "\u2026");
+}
+
+/// Of {"parts", "query", "body"}, each of which may be missing.
+TEST_F(AuditTest, TargetsAreWhatRequestsName) {
+    const auto target = [](const Json& given) {
+        ApiRequest request;
+        request.parts = given.value("parts", request.parts);
+        const Json query = given.value("query", Json::object());
+        for (const auto& parameter : query.items()) {
+            request.query.emplace(parameter.key(), parameter.value());
+        }
+        request.body = given.value("body", Json());
+        return auditedTarget(request);
+    };
+    expectTable([&](const std::string& given) { return target(Json::parse(given)); });
+    const Json many(1000, "Platform");
+    EXPECT_EQ(target({{"body", {{"zones", many}}}}).size(), 203U) << "200 bytes and an ellipsis";
 }
 
 TEST_F(AuditTest, IsExportedInParts) {

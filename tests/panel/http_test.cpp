@@ -5,13 +5,16 @@
 #include <list>
 
 #include "panel/http/ApiError.h"
+#include "panel/http/BodySpace.h"
 #include "panel/http/HttpServer.h"
 #include "panel/http/RouteTable.h"
 #include "panel/http/Target.h"
 #include "panel/http/byteRange.h"
+#include "panel/http/contentCoding.h"
 #include "tests/panel/RawClient.h"
 #include "tests/support/TestFolder.h"
 #include "tests/support/tables.h"
+#include "tests/support/thrownBy.h"
 
 using namespace papanel;
 
@@ -96,6 +99,38 @@ TEST(Http, servesParts) {
     });
 }
 
+TEST(Http, compressesForThoseWhoTakeIt) {
+    expectTable([](const std::string& accepted) {
+        RequestHead head;
+        head.headers = {{"accept-encoding", accepted}};
+        ApiReply reply;
+        reply.contentType = "text/csv";
+        reply.bytes = std::string(5000, 'x');
+        compress(head, reply);
+        const bool isZipped = reply.headers.back().second == "gzip";
+        EXPECT_EQ(isZipped ? unzipped(reply.bytes) : reply.bytes, std::string(5000, 'x'));
+        return isZipped ? "gzip" : "as it is";
+    });
+    EXPECT_THROW(unzipped(zipped("content", 9).substr(0, 12)), std::runtime_error);
+}
+
+TEST(Http, limitsTheBodiesThatAreComing) {
+    constexpr std::size_t half = BodySpace::bytesOfUser / 2;
+    BodySpace space;
+    const auto isFree = [&](const std::string& user, std::size_t bytes) {
+        const auto take = [&] { static_cast<void>(space.take(user, bytes)); };
+        return thrownBy<ApiError>(take) == "nothing thrown";
+    };
+    BodySpace::Share first = space.take("ann", half);
+    const BodySpace::Share second = space.take("ann", half - BodySpace::longBytes);
+    EXPECT_TRUE(isFree("ann", BodySpace::longBytes) && !isFree("ann", BodySpace::longBytes + 1));
+    const BodySpace::Share third = space.take("bob", 2 * half);
+    EXPECT_FALSE(isFree("cid", BodySpace::longBytes + 1));
+    first.reset();
+    EXPECT_TRUE(isFree("cid", half) && isFree("ann", half) &&
+                !isFree("ann", half + 3 * BodySpace::longBytes));
+}
+
 TEST(Http, keepsConnectionsAndAnswersInOrder) {
     const HttpServer server(quickSettings(), echo);
     const RawClient client(server.port());
@@ -156,6 +191,7 @@ TEST(Http, limitsWhatClientsTake) {
     const auto failed = client.Get("/fault");
     EXPECT_EQ(failed->status, 500);
     EXPECT_EQ(failed->body, R"({"error":{"code":"internal","text":"the request has failed"}})");
+    EXPECT_EQ(failed->get_header_value("X-Content-Type-Options"), "nosniff");
 
     const RawClient lazy(server.port());
     lazy.send("GET /stream HTTP/1.1\r\nHost: x\r\n\r\n");
@@ -185,21 +221,26 @@ TEST(Http, endsStreamsAtAStop) {
     std::mutex lock;
     std::condition_variable changed;
     bool isStopping = false;
-    HttpServer server({}, [&](const HttpRequest&) {
+    HttpServer server({}, [&](const HttpRequest& request) {
         ApiReply reply;
         reply.contentType = "text/event-stream";
-        reply.stream = [&](const Write& write, const std::function<bool()>& stopped) {
-            write("first");
+        const bool isQuiet = request.head.target == "/quiet";
+        reply.stream = [&, isQuiet, begun = false](const Write& write,
+                                                   const std::function<bool()>& stopped) mutable {
+            EXPECT_TRUE(std::exchange(begun, true) || write("first"));
             std::unique_lock guard(lock);
             changed.wait(guard, [&] { return isStopping; });
             EXPECT_TRUE(stopped());
-            EXPECT_FALSE(write("second"));
+            EXPECT_TRUE(isQuiet || !write("second"));
         };
         return reply;
     });
     const RawClient client(server.port());
     client.send(get);
     EXPECT_NE(client.receive("first").find("Transfer-Encoding: chunked"), std::string::npos);
+    const RawClient quiet(server.port());  // its stream ends as if it were complete
+    quiet.send("GET /quiet HTTP/1.1\r\nHost: x\r\n\r\n");
+    quiet.receive("first");
     server.requestStop();
     {
         const std::lock_guard guard(lock);
@@ -216,13 +257,22 @@ TEST(Http, encryptsWithACertificate) {
     settings.certificate = certificate;
     settings.key = folder.path() / "page.key";
     EXPECT_THROW(HttpServer(settings, echo), std::runtime_error);
-    ASSERT_EQ(std::system(("openssl req -x509 -newkey ec -pkeyopt ec_paramgen_curve:P-256 -nodes "
-                           "-subj /CN=localhost -days 2 -out " +
-                           certificate + " -keyout " + settings.key.string() + " 2> " +
-                           (folder.path() / "log").string())
-                              .c_str()),
-              0);
-    const HttpServer server(settings, [](const HttpRequest& request) {
+    const auto makeCertificate = [&] {
+        ASSERT_EQ(std::system(("openssl req -x509 -newkey ec -pkeyopt ec_paramgen_curve:P-256 "
+                               "-nodes -subj /CN=localhost -days 2 -out " +
+                               certificate + " -keyout " + settings.key.string() + " 2> " +
+                               (folder.path() / "log").string())
+                                  .c_str()),
+                  0);
+    };
+    makeCertificate();
+    HttpSettings keyless = settings;
+    keyless.key = certificate;
+    const std::string refusal = thrownBy<std::runtime_error>([&] { HttpServer(keyless, echo); });
+    EXPECT_EQ(refusal.rfind(certificate + " cannot be used: the key of the certificate is ex", 0),
+              0U)
+        << refusal;
+    HttpServer server(settings, [](const HttpRequest& request) {
         EXPECT_TRUE(request.isEncrypted);
         ApiReply reply;
         reply.contentType = "text/plain";
@@ -237,4 +287,24 @@ TEST(Http, encryptsWithACertificate) {
     const RawClient clear(server.port());
     clear.send(get);
     EXPECT_EQ(clear.receive().find("HTTP"), std::string::npos);
+
+    // Another certificate is for connections to come; one that cannot be used, for none.
+    client.set_keep_alive(true);
+    const auto works = [&](const std::string& trusted) {
+        httplib::SSLClient other("localhost", server.port());
+        other.set_ca_cert_path(trusted.c_str());
+        return static_cast<bool>(other.Get("/"));
+    };
+    EXPECT_TRUE(client.Get("/"));
+    const std::string first = folder.path() / "first.crt";
+    std::filesystem::copy(certificate, first);
+    makeCertificate();
+    server.readCertificate();
+    EXPECT_TRUE(works(certificate) && !works(first));
+    const std::string second = folder.path() / "second.crt";
+    std::filesystem::rename(certificate, second);
+    std::filesystem::rename(first, certificate);  // not that of the key
+    EXPECT_THROW(server.readCertificate(), std::runtime_error);
+    EXPECT_TRUE(works(second) && !works(certificate));
+    EXPECT_TRUE(client.Get("/"));  // on its first connection: it trusts the first one only
 }

@@ -1,65 +1,27 @@
 // SPDX-License-Identifier: Apache-2.0
-#include <fstream>
 #include <httplib.h>
+#include <list>
 #include <set>
-#include <sstream>
 
 #include "metrics/MetricsEndpoint.h"
 #include "panel/Panel.h"
 #include "panel/PanelMetrics.h"
 #include "panel/http/Router.h"
-#include "paserver/serverMetrics.h"
+#include "tests/panel/RawClient.h"
 #include "tests/panel/apiFixture.h"
+#include "tests/panel/hostTime.h"
+#include "tests/support/metricRows.h"
 
 namespace {
 
 using namespace papanel;
-
-/// Name, type and labels of each metric, as a row of the table in the documentation begins.
-std::set<std::string> rowsOf(const std::string& text) {
-    std::map<std::string, std::string> types;
-    std::map<std::string, std::set<std::string>> labels;
-    std::istringstream lines(text);
-    for (std::string line; std::getline(lines, line);) {
-        std::smatch parts;
-        if (std::regex_match(line, parts, std::regex("# TYPE (\\S+) (\\S+)"))) {
-            types[parts[1]] = parts[2];
-        } else if (line.front() != '#') {
-            std::string name = line.substr(0, line.find_first_of("{ "));
-            if (types.count(name) == 0) {  // of a part of a histogram
-                name.erase(name.rfind('_'));
-            }
-            EXPECT_EQ(types.count(name), 1U) << line;
-            const std::regex label("[{,](\\w+)=");
-            for (std::sregex_iterator at(line.begin(), line.end(), label), end; at != end; ++at) {
-                labels[name].insert((*at)[1]);
-            }
-        }
-    }
-    std::set<std::string> rows;
-    for (const auto& [name, type] : types) {
-        std::string names;
-        for (const std::string& label : labels[name]) {
-            names += (names.empty() ? " `" : ", `") + label + '`';
-        }
-        rows.insert("| `" + name + "` | " + type + " |" + names + " |");
-    }
-    return rows;
-}
-
-/// The value of a line that begins so.
-double valueIn(const std::string& text, const std::string& series) {
-    const std::size_t at = text.find('\n' + series + ' ');
-    EXPECT_NE(at, std::string::npos) << series;
-    return at == std::string::npos ? -1 : std::stod(text.substr(at + series.size() + 2));
-}
 
 struct MetricsTest : ApiTest {
     ApiReply ask(const std::string& method, const std::string& path, const std::string& body = "") {
         HttpRequest request;
         request.head.method = method;
         request.head.target = "/api/v1" + path;
-        request.head.headers = {{"cookie", "papanel=" + begun.token},
+        request.head.headers = {{"cookie", "papanel-0=" + begun.token},
                                 {"x-csrf-token", begun.session.csrf},
                                 {"idempotency-key", std::to_string(++asked)},
                                 {"content-type", "application/json"}};
@@ -80,15 +42,8 @@ TEST_F(MetricsTest, AreThoseOfTheDocumentation) {
     PanelMetrics::addLink(link, {});
     std::set<std::string> rows = rowsOf(metrics.text(services, router, 0));
     rows.merge(rowsOf(link.text()));
-    rows.merge(rowsOf(paserver::metricsText({})));
-    std::set<std::string> documented;
-    std::ifstream page(PA_TESTS "/../docs/metrics.md");
-    for (std::string line; std::getline(page, line);) {
-        std::smatch row;
-        if (std::regex_search(line, row, std::regex("^(\\| `\\w+` \\| \\w+ \\|[^|]*\\|)"))) {
-            documented.insert(row[1]);
-        }
-    }
+    std::set<std::string> documented = documentedRows("## All panels");
+    documented.merge(documentedRows("## Panels whose audio server is on a broker"));
     EXPECT_EQ(rows, documented);
 }
 
@@ -98,6 +53,9 @@ TEST_F(MetricsTest, CountWhatHappens) {
     const char* const overCount = "public_address_changes_total{kind=\"announcementDelete\"}";
     const std::string before = metrics.text(services, router, 7);
     EXPECT_EQ(valueIn(before, "public_address_synced"), 1);
+    EXPECT_EQ(valueIn(before, "public_address_record_latency_seconds_count{pause=\"yes\"}"), 3);
+    EXPECT_GE(valueIn(before, "public_address_record_latency_seconds_count{pause=\"no\"}"), 9);
+    pass(std::chrono::seconds(90));
     EXPECT_EQ(valueIn(before, "public_address_records{kind=\"zones\"}"), 6);
     EXPECT_EQ(valueIn(before, "public_address_panel_http_connections"), 7);
 
@@ -131,29 +89,54 @@ TEST_F(MetricsTest, CountWhatHappens) {
     for (const auto& [series, value] : expected) {
         EXPECT_EQ(valueIn(after, series), value) << series;
     }
+    EXPECT_EQ(after.find("outcome=\"playing\""), std::string::npos) << "not over";
+    EXPECT_GE(valueIn(after, "public_address_synced_seconds"), 90);
     connection.link().stop();
-    EXPECT_EQ(valueIn(metrics.text(services, router, 0), "public_address_synced"), 0);
+    pass(std::chrono::seconds(60));
+    after = metrics.text(services, router, 0);
+    EXPECT_EQ(valueIn(after, "public_address_synced"), 0);
+    EXPECT_EQ(valueIn(after, "public_address_synced_seconds"), 0);
+    EXPECT_GE(valueIn(after, "public_address_away_seconds"), 60);
 }
 
-TEST(MetricsEndpointTest, ServesWhatItIsGiven) {
-    bool isHealthy = false;
-    const pametrics::MetricsEndpoint endpoint(
-        "127.0.0.1:0", [] { return "a 1\n"; }, [&] { return isHealthy; });
-    httplib::Client client("127.0.0.1", endpoint.port());
-    EXPECT_EQ(client.Get("/metrics")->body, "a 1\n");
-    EXPECT_EQ(client.Get("/healthz")->status, 503);
-    isHealthy = true;
+struct MetricsEndpointTest : testing::Test {
+    bool isHealthy = true;
+    const std::string large = std::string(20'000'000, 'a') + '\n';  // more than sockets hold
+    const pametrics::MetricsEndpoint endpoint{"127.0.0.1:0", [this] { return large; },
+                                              [this] { return isHealthy; }};
+    httplib::Client client{"127.0.0.1", endpoint.port()};
+};
+
+TEST_F(MetricsEndpointTest, ServesWhatItIsGiven) {
+    EXPECT_EQ(client.Get("/metrics?now")->body, large);
     EXPECT_EQ(client.Get("/healthz")->status, 200);
+    isHealthy = false;
+    EXPECT_EQ(client.Get("/healthz")->status, 503);
     EXPECT_EQ(client.Get("/")->status, 404);
-    EXPECT_EQ(client.Post("/metrics", "x", "text/plain")->status, 413);
+    EXPECT_EQ(client.Head("/metrics")->get_header_value("Content-Length"), "20000001");
+    EXPECT_EQ(client.Post("/metrics", "x", "text/plain")->status, 405);
+    EXPECT_EQ(client.Get("/metrics", {{"X", std::string(20'000, 'x')}})->status, 431);
+    const pametrics::MetricsEndpoint other(
+        "[::1]:0", [] { return "6"; }, [] { return true; });
+    EXPECT_EQ(httplib::Client("::1", other.port()).Get("/metrics")->body, "6");
     for (const std::string& address :
-         {std::string("127.0.0.1"), std::string("127.0.0.1:x"), std::string("192.0.2.1:0"),
+         {std::string("127.0.0.1"), std::string("127.0.0.1:x"), std::string(":80"),
+          std::string("127.0.0.1:65536"), std::string("192.0.2.1:0"),
           "127.0.0.1:" + std::to_string(endpoint.port())}) {
         EXPECT_THROW(pametrics::MetricsEndpoint(
                          address, [] { return ""; }, [] { return true; }),
                      std::runtime_error)
             << address;
     }
+}
+
+TEST_F(MetricsEndpointTest, WaitsForNoClient) {
+    std::list<RawClient> slow;
+    for (unsigned i = 0; i < pametrics::MetricsEndpoint::mostClients / 4; ++i) {
+        slow.emplace_back(endpoint.port()).send("GET /metrics HTTP/1.1\r\n");
+    }
+    slow.back().send("Host: a\r\n\r\n");  // and then it reads nothing
+    EXPECT_EQ(client.Get("/healthz")->status, 200);
 }
 
 /// A proxy on this machine passes on what comes from elsewhere.
@@ -178,18 +161,21 @@ TEST(PanelMetricsTest, AreForThisMachineAndForTheToken) {
 }
 
 TEST(DurationCounts, AddUp) {
-    using std::chrono::milliseconds;
-    pametrics::DurationCounts durations;
-    for (const int ms : {1, 2, 3, 20'000}) {
-        durations.add(milliseconds(ms));
+    using std::chrono::microseconds;
+    pa::DurationCounts durations;
+    for (const int us : {99, 100, 101, 20'000'000}) {
+        durations.add(microseconds(us));
     }
-    const auto histogram = durations.histogram();
-    EXPECT_EQ(histogram.bucket[0].cumulative_count, 1U) << "a bound is within its bucket";
-    EXPECT_EQ(histogram.bucket[1].cumulative_count, 2U);
-    EXPECT_EQ(histogram.bucket[2].cumulative_count, 3U);
-    EXPECT_EQ(histogram.bucket[12].cumulative_count, 3U);
-    EXPECT_EQ(histogram.bucket[13].cumulative_count, 4U);
-    EXPECT_DOUBLE_EQ(histogram.sample_sum, 20.006);
+    durations.add(microseconds(400), 3);
+    pametrics::Exposition all;
+    all.histogram("a", "A", durations.read(), {{"b", "c"}});
+    const std::string text = all.text();
+    const std::pair<const char*, double> expected[] = {
+        {"0.0001", 2}, {"0.00025", 3}, {"0.0005", 6}, {"10", 6}, {"+Inf", 7}};
+    for (const auto& [bound, count] : expected) {
+        EXPECT_EQ(valueIn(text, std::string("a_bucket{b=\"c\",le=\"") + bound + "\"}"), count);
+    }
+    EXPECT_NEAR(valueIn(text, "a_sum{b=\"c\"}"), 20.0015, 1e-9);
 }
 
 }  // namespace

@@ -5,7 +5,10 @@
 #include <httplib.h>
 #include <set>
 
-#include "panel/http/Target.h"
+#include "framework/log.h"
+#include "panel/Arguments.h"
+#include "panel/Housekeeping.h"
+#include "tests/support/TestFolder.h"
 #include "tests/support/tables.h"
 
 using namespace papanel;
@@ -18,6 +21,29 @@ PanelSettings settingsOf(const std::string& station) {
     settings.server.scenario = std::string(PA_TESTS) + "/simserver/stations/" + station;
     return settings;
 }
+
+/// A server that is never reached.
+struct UnreachableServer : paclient::Endpoint, palink::Transport {
+    explicit UnreachableServer(const std::string& problem) : problem_(problem) {}
+    palink::Transport& transport() override { return *this; }
+    [[nodiscard]] std::string name() const override { return "mqtt://page.example"; }
+    [[nodiscard]] std::optional<paclient::LinkReport> report() const override {
+        paclient::LinkReport report;
+        report.problem = problem_;
+        return report;
+    }
+    void start(palink::ServerEventSink& /*sink*/) override {}
+    void stop() override {}
+    bool send(const pa::Operation& /*operation*/) override { return false; }
+    void meterLevel(bool /*subscribe*/, int /*element*/) override {}
+    bool requestRoundTrip(std::uint64_t /*number*/) override { return false; }
+    palink::UploadResult upload(const std::string& /*from*/, const std::string& /*to*/) override {
+        return {};
+    }
+
+private:
+    const std::string& problem_;
+};
 
 /// The events of a page, read on a thread of its own until the server ends them.
 class PageStream {
@@ -115,6 +141,25 @@ struct Browser {
 
 }  // namespace
 
+TEST(PanelArguments, refuseWhatCannotBeUsed) {
+    const TestFolder folder;
+    const std::string token = folder.path() / "token";
+    const auto refusal = [](const std::vector<std::string>& words) {
+        return readArguments(words).error;
+    };
+    const std::string option = "--metrics-token-file";
+    EXPECT_EQ(refusal({option, token}), option + ": " + token + " cannot be read");
+    folder.write("token", "0123456789abcde\n");
+    EXPECT_EQ(refusal({option, token}),
+              option + ": " + token + " has no line of 16 characters or more");
+    EXPECT_EQ(refusal({"--proxy-address", "page.example"}),
+              "--proxy-address: 'page.example' is not an IP address");
+    const Arguments arguments =
+        readArguments({"--users", "users", "--behind-proxy", "https", "--proxy-address", "0:0::1",
+                       "--proxy-address", "192.0.2.1"});
+    EXPECT_EQ(arguments.settings.http.proxies, (std::set<std::string>{"192.0.2.1", "::1"}));
+}
+
 TEST(Panel, servesThePage) {
     Panel panel(settingsOf("small.json"));
     Browser browser(panel);
@@ -129,14 +174,65 @@ TEST(Panel, servesThePage) {
     EXPECT_NE(policy.find("frame-ancestors 'none'"), std::string::npos);
     const std::string tag = page->get_header_value("ETag");
     EXPECT_EQ(client.Get("/index.html", {{"If-None-Match", tag}})->status, 304);
+    const httplib::Headers zipped = {{"Accept-Encoding", "gzip"}, {"If-None-Match", tag}};
+    const auto other = client.Get("/", zipped);  // which the client unpacks
+    EXPECT_EQ(other->get_header_value("Content-Encoding"), "gzip");
+    EXPECT_EQ(other->get_header_value("Vary"), "Accept-Encoding");
+    EXPECT_NE(other->get_header_value("ETag"), tag);
+    EXPECT_EQ(other->body, page->body);
     const auto head = client.Head("/");
     EXPECT_EQ(head->get_header_value("Content-Length"), std::to_string(page->body.size()));
     EXPECT_EQ(client.Post("/")->status, 405);
+    EXPECT_EQ(client.Post("/metrics")->get_header_value("Allow"), "GET, HEAD");
     EXPECT_EQ(client.Get("/nothing.js")->status, 404);
     EXPECT_EQ(client.Get("/healthz")->body, "ok\n");
     const auto rebound = client.Get("/", {{"Host", "page.example:8088"}});
     EXPECT_EQ(rebound->status, 403);
     EXPECT_EQ(client.Get("/", {{"Host", "localhost:1"}})->status, 200);
+}
+
+TEST(Panel, doesEachTaskOfItsHousekeeping) {
+    std::vector<std::string> logged;
+    pa::setLogSink([&](const pa::LogLine& line) { logged.push_back(line.text); });
+    std::string failure = "full";
+    int calls = 0;
+    Housekeeping housekeeping({[&] {
+                                   if (!failure.empty()) {
+                                       throw std::runtime_error(failure);
+                                   }
+                               },
+                               [&] { ++calls; }});
+    for (const char* const next : {"full", "full", "locked", "", "full"}) {
+        failure = next;
+        housekeeping.run();
+    }
+    pa::setLogSink({});
+    EXPECT_EQ(calls, 5);
+    const std::string text = "housekeeping has failed: ";
+    EXPECT_EQ(logged, (std::vector<std::string>{text + "full", text + "locked", text + "full"}));
+}
+
+TEST(Panel, statesWhyThereIsNoServer) {
+    std::vector<std::string> logged;
+    std::string problem = "refused";
+    Panel panel({}, std::make_unique<UnreachableServer>(problem));
+    const auto reason = [&] {
+        httplib::Client client("127.0.0.1", panel.port());
+        const std::string cookie = client.Get("/api/v1/session")->get_header_value("Set-Cookie");
+        const httplib::Headers session = {{"Cookie", cookie.substr(0, cookie.find(';'))}};
+        return Json::parse(client.Get("/api/v1/status", session)->body)["reason"];
+    };
+    EXPECT_EQ(reason(), "refused");
+    pa::setLogSink([&](const pa::LogLine& line) { logged.push_back(line.text); });
+    for (const char* const next : {"refused", "refused", "wrong password", "refused"}) {
+        problem = next;
+        panel.keepHouse();
+    }
+    pa::setLogSink({});
+    EXPECT_EQ(reason(), "refused");
+    const std::string text = "no connection to the audio server at mqtt://page.example: ";
+    EXPECT_EQ(logged, (std::vector<std::string>{text + "refused", text + "wrong password",
+                                                text + "refused"}));
 }
 
 TEST(Panel, writesOperationsToTheAuditTrailOnce) {
@@ -180,7 +276,6 @@ TEST(Panel, believesItsProxy) {
         const auto answer = browser.client.Get("/api/v1/audit", browser.session);
         EXPECT_EQ(Json::parse(answer->body)["entries"][0]["address"],
                   isTrusted ? "2.2.2.2" : "127.0.0.1");
-        EXPECT_TRUE(answer->has_header("Strict-Transport-Security"));
     }
 }
 
@@ -217,6 +312,32 @@ TEST(Panel, sendsWhatChangesToAllPages) {
                         "application/json");
     EXPECT_EQ(first.next({"snapshot"})["sinks"].size(), sinks) << "when it is back";
     browser.client.Delete("/api/v1/session", browser.session);
-    EXPECT_EQ(second.next({"session"})["ends"], "the user has logged out");
+    EXPECT_EQ(second.next({"session"})["ends"], "logout");
     EXPECT_TRUE(first.next({"changes after the end"}).is_null());
+}
+
+TEST(Panel, sendsTriggersOfBothKindsWithTheSameNumber) {
+    Panel panel(settingsOf("operated.json"));
+    Browser browser(panel);
+    PageStream page(panel.port(), browser.session);
+    page.next({"snapshot"});
+    const auto changed = [&] {
+        std::string text;
+        Json batch;
+        while (text.empty() && !(batch = page.next({"changes"})).is_null()) {
+            for (const Json& change : batch["changes"]) {
+                const bool isDeleted = change["op"] == "delete";
+                const Json& record = isDeleted ? change : change["record"];
+                if (change["kind"] == "triggers" && record["id"] == 1) {
+                    text += isDeleted ? "deleted " : record["kind"].get<std::string>() + ' ';
+                }
+            }
+        }
+        return text;
+    };
+    browser.client.Post("/api/v1/triggers", browser.withKey("make"),
+                        R"({"sourceId": 9, "priority": 1})", "application/json");
+    EXPECT_EQ(changed(), "deleted hardware software ");
+    browser.client.Delete("/api/v1/triggers/1", browser.withKey("delete"));
+    EXPECT_EQ(changed(), "deleted hardware ");
 }

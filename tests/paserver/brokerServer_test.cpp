@@ -3,6 +3,7 @@
 #include <thread>
 
 #include "tests/paserver/BrokerServerTest.h"
+#include "tests/support/metricRows.h"
 
 namespace {
 
@@ -122,6 +123,79 @@ TEST_F(BrokerServerTest, StartsAgainAsANewGeneration) {
     EXPECT_EQ(client.ask(client.request(topics::control(3, "dropClient"), "{}")), "accepted");
     EXPECT_TRUE(client.waitFor([&] { return client.isActive(3) && client.isSynced(3); }));
     EXPECT_EQ(client.status(3).generation, second);
+}
+
+TEST(AnswerLogTest, KnowsTheClientsOfTheLastMinute) {
+    paserver::AnswerLog log;
+    const auto answer = [&log](const char* topic, const char* correlation, std::int64_t ms) {
+        paserver::ClientRequest request;
+        request.responseTopic = topic;
+        request.correlation = correlation;
+        log.put(request, "yes", ms);
+    };
+    answer("a", "1", 0);
+    answer("b", "1", 0);
+    answer("a", "2", 10);
+    EXPECT_EQ(log.clients(), 2U);
+    log.expire(paserver::AnswerLog::lifeMS);
+    EXPECT_EQ(log.clients(), 1U);
+    log.expire(paserver::AnswerLog::lifeMS + 10);
+    EXPECT_EQ(log.clients(), 0U);
+}
+
+TEST_F(BrokerServerTest, CountsWhatItIsAskedForAndWhatBecomesOfIt) {
+    start();
+    const auto text = [this] { return metricsText(server->state(), server->counters()); };
+    EXPECT_EQ(valueIn(text(), "public_address_server_announcements_total{outcome=\"cancelled\"}"),
+              0);
+    const palink::MqttMessage play = client.operation(playMessage, playOf("request-1"));
+    EXPECT_EQ(client.ask(play), "accepted");
+    EXPECT_EQ(client.ask(play), "accepted");
+    EXPECT_NE(askFor(playMessage, playOf("request-1")), "accepted");
+    EXPECT_EQ(askFor(cancelMessage, R"("request-1")"), "accepted");
+    for (const char* const id : {"whole", "part"}) {
+        client.ask(client.request(
+            topics::uploadBegin(3),
+            R"({"name": "/home/quillon/tmp/a.wav", "size": 1, "sha256": ")" +
+                std::string("2d711642b726b04401627ca9fbac32f5c8530fb1903cc4db02258717921a4881") +
+                "\"}",
+            {{"upload", id}}));
+    }
+    client.ask(client.request(topics::uploadData(3), "x", {{"upload", "whole"}, {"offset", "0"}}));
+    EXPECT_TRUE(client.sync());
+    const std::string counted = text();
+    const auto kinds = client.status(3).kinds;
+    const std::pair<const char*, double> expected[] = {
+        {"announcements_total{outcome=\"cancelled\"}", 1},
+        {"announcements_total{outcome=\"finished\"}", 0},
+        {"clients", 1},
+        {"connected", 1},
+        {"operations_total{outcome=\"accepted\",operation=\"playMessage\"}", 1},
+        {"operations_total{outcome=\"refused\",operation=\"playMessage\"}", 1},
+        {"operations_total{outcome=\"accepted\",operation=\"cancelMessage\"}", 1},
+        {"records{kind=\"zone\"}", static_cast<double>(kinds.at(RecordKind::Zone).count)},
+        {"records{kind=\"announcement\"}", 0},
+        {"request_duration_seconds_count", 7},
+        {"requests_repeated_total", 1},
+        {"requests_total{kind=\"operation\"}", 4},
+        {"requests_total{kind=\"uploadBegin\"}", 2},
+        {"restarts_total", 0},
+        {"uploads", 1},
+        {"uploads_total{outcome=\"stored\"}", 1},
+    };
+    for (const auto& [series, value] : expected) {
+        EXPECT_EQ(valueIn(counted, std::string("public_address_server_") + series), value)
+            << series;
+    }
+    EXPECT_EQ(client.ask(client.request(topics::control(3, "restart"), "{}")), "accepted");
+    EXPECT_EQ(valueIn(text(), "public_address_server_restarts_total"), 1);
+    EXPECT_EQ(valueIn(text(), "public_address_server_uploads"), 0);
+    EXPECT_EQ(valueIn(text(), "public_address_server_uploads_total{outcome=\"failed\"}"), 1);
+    std::set<std::string> rows = rowsOf(counted);
+    for (const std::string& row : documentedRows("## All panels")) {  // has those of the process
+        rows.erase(row);
+    }
+    EXPECT_EQ(rows, documentedRows("## Simulated servers"));
 }
 
 TEST_F(BrokerServerTest, RefusesControlMessagesThatAreMalformed) {

@@ -36,8 +36,10 @@ TEST_F(DaemonTest, WithdrawsItsRecordsWhenItStops) {
         EXPECT_EQ(process->end(SIGINT), 0);  // one end, not two
         EXPECT_LT(pa::monotonicMS() - startMS, 2000);
         EXPECT_TRUE(client.waitFor([this] { return !client.isOnline(3); }));
-        const auto zone = client.record(3, pa::RecordKind::Zone, 1);
-        EXPECT_EQ(zone.empty(), !keeps);
+        const auto isWithdrawn = [this] {
+            return client.record(3, pa::RecordKind::Zone, 1).empty();
+        };
+        EXPECT_EQ(keeps ? isWithdrawn() : client.waitFor(isWithdrawn), !keeps);
     }
 }
 

@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
+#include <numeric>
+
 #include "client/Announcement.h"
 #include "client/Connection.h"
 #include "client/confirmedOperations.h"
@@ -50,6 +52,14 @@ TEST_F(RemoteClientTest, AnAnnouncementOfAnUploadedFileIsSeenByEveryClient) {
     connection.waitUntilDelivered({limit});
     ASSERT_EQ(gPaController.getAnnouncementRequests().size(), 1U);
     EXPECT_EQ(gPaController.getAnnouncementRequests()[0].getRequestID(), "request-1");
+
+    const auto measured = connection.link().recordDurations();
+    const auto totalOf = [](const pa::Durations& durations) {
+        return std::accumulate(durations.counts.begin(), durations.counts.end(), std::uint64_t{0});
+    };
+    EXPECT_EQ(totalOf(measured.paused), gPaController.getPaSources().size());
+    EXPECT_GE(totalOf(measured.direct), gPaController.getPaSinks().size() + 4);
+    EXPECT_GE(measured.paused.sum, std::chrono::milliseconds(100)) << "the pause is part of it";
 
     Announcement refused({"Moon"}, message());
     EXPECT_EQ(refused.wait({limit}), Announcement::State::Refused);

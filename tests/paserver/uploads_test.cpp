@@ -39,7 +39,8 @@ struct IncomingUploadsTest : testing::Test {
 
     TestFolder folder;
     simserver::UploadFolder spool{folder.path()};
-    IncomingUploads uploads{spool};
+    paserver::UploadCounts counts;
+    IncomingUploads uploads{spool, counts};
     std::int64_t nowMS = 1000;
 };
 

@@ -2,35 +2,40 @@
 // Composes and plays announcements, and lists what plays.
 
 import {h, replace, set, setText} from '../dom.js';
-import {hasText, t} from '../i18n.js';
+import {t} from '../i18n.js';
 import {icon} from '../icons.js';
-import {attempt, errorText} from '../messages.js';
+import {attempt, errorText, toast} from '../messages.js';
 import {zonePicker} from '../widgets/zonePicker.js';
+import {isWithin} from '../widgets/zoneTile.js';
 import {activeList} from './announceActive.js';
+import {DryRun} from './announceCheck.js';
 import {contentEditor, fetchLists} from './announceContent.js';
+import {keepDraft, keptDraft} from './announceDraft.js';
 import {emptyDraft, requestOf, titleOf, whatIsMissing} from './announceModel.js';
-import {noteZones, recentZones} from './announceRecent.js';
+import {hasWrongNumber} from './announceParts.js';
+import {recentTemplates, recentZones} from './announceRecent.js';
 import {SentAnnouncements} from './announceSent.js';
 
-const checkPause = 400;
-const noLists = {dictionary: null, chimes: null, recordings: null, templates: null};
+const noLists = {dictionary: null, chimes: null};
+const doublePress = 2000;
 
 // Outlive the view, but not the user.
 let draft = emptyDraft();
 let sent = null;
 let user = null;
+let composer = null;  // of the view that is open
 
 function prepare(app) {
     if (sent === null || user !== app.session.user) {
         sent?.close();
         sent = new SentAnnouncements(app.api, app.store);
-        draft = emptyDraft();
         user = app.session.user;
+        draft = keptDraft(user);
     }
 }
 
 function panel(title, name, ...content) {
-    return h('section', {class: `panel announce-${name}`, 'aria-label': title}, h('h2', {}, title), content);
+    return h('section', {class: `panel announce-${name}`, 'aria-label': title}, h('h2', {tabindex: -1}, title), content);
 }
 
 /// `zone` of the address, as from the board, is chosen in place of others.
@@ -46,23 +51,25 @@ function mount(root, app, [zone]) {
         root.append(h('p', {class: 'note'}, t('announce.monitor')), activePanel);
         return active.destroy;
     }
-    const composer = new Composer(app);
+    composer = new Composer(app);
     root.append(h('div', {class: 'announce'},
         panel(t('announce.zones'), 'zones', composer.recent, composer.picker.element),
         h('div', {class: 'announce-compose'},
             panel(t('announce.content'), 'content', composer.content),
-            panel(t('announce.play'), 'play', composer.problems, composer.bar)),
+            panel(t('announce.play'), 'play', composer.check.verdict, composer.check.list, composer.bar)),
         activePanel));
     return {unmount: () => {
         composer.close();
+        composer = null;
         active.destroy();
     }, shortcuts: [{key: '/', text: t('announce.searchZones'), run: () => composer.picker.search.focus()}]};
 }
 
-/// In the language of the user where that has a text for it.
-function problemText(problem) {
-    const key = `announce.problem.${problem.code}`;
-    return hasText(key) ? t(key, problem) : problem.text;
+/// The view may have been left in the meantime.
+function restore(before) {
+    draft = before;
+    keepDraft(user, draft);
+    composer?.setDraft(before);
 }
 
 class Composer {
@@ -70,47 +77,46 @@ class Composer {
         this.app = app;
         this.lists = noLists;
         this.abort = new AbortController();
-        this.checking = null;
-        this.timer = null;
         this.picker = zonePicker({store: app.store, chosen: draft.zones, onChange: (zones) => {
             draft.zones = zones;
             this.change();
         }});
         this.recent = h('div', {class: 'recent'});
-        this.content = h('div', {});
-        this.problems = h('div', {class: 'problems', role: 'status'});
+        this.content = h('div', {on: {input: () => this.change()}});
+        this.check = new DryRun(app.api, () => requestOf(draft));
         this.button = h('button', {type: 'button', class: 'primary', on: {click: () => this.play()}},
             icon('play'), t('announce.playNow'));
-        this.reason = h('span', {class: 'note'});
+        this.reason = h('span', {class: 'note', role: 'status'});
         this.bar = h('div', {class: 'play-bar'}, this.button,
             h('button', {type: 'button', class: 'quiet', on: {click: () => this.clear()}}, t('announce.clear')),
             this.reason);
         this.endFollowing = app.store.subscribe(['zones', 'status', 'voices'], (changes) => this.take(changes));
         this.showRecent();
-        this.showContent();
         this.fetch();
         this.change();
     }
 
     close() {
         this.abort.abort();
-        this.checking?.abort();
-        clearTimeout(this.timer);
+        this.check.close();
         this.endFollowing();
         this.picker.destroy();
     }
 
+    /// The editors need the lists of the server. They are not made again for them while they are in use.
     async fetch() {
         if (this.app.store.link().state !== 'synced') {
+            replace(this.content, h('p', {class: 'note'}, t('access.away')));
             return;
         }
+        this.areListsThere = true;
         try {
             this.lists = await fetchLists(this.app.api, this.abort.signal);
-            this.areListsThere = true;
             this.showContent();
         } catch (error) {
             if (error.name !== 'AbortError') {
-                setText(this.reason, errorText(error));
+                this.areListsThere = false;
+                replace(this.content, h('p', {class: 'note', role: 'status'}, errorText(error)));
             }
         }
     }
@@ -121,7 +127,7 @@ class Composer {
     }
 
     showRecent() {
-        const lists = recentZones();
+        const lists = recentZones.all();
         replace(this.recent, lists.length > 0 && [h('h3', {}, t('announce.recent')),
             h('ul', {class: 'chips'}, lists.map((zones) => h('li', {}, h('button', {type: 'button', dir: 'auto',
                 on: {click: () => {
@@ -132,102 +138,112 @@ class Composer {
                 : zones.join(', ')))))]);
     }
 
+    /// What is cleared can be had back for some seconds.
     clear() {
-        draft = emptyDraft();
-        this.picker.setValue([]);
-        this.showContent();
+        const before = draft;
+        const isEmpty = JSON.stringify(before) === JSON.stringify({...emptyDraft(), voice: before.voice});
+        this.setDraft(emptyDraft());
+        if (!isEmpty) {
+            toast(t('announce.cleared'), 'note', {label: t('announce.undo'), run: () => restore(before)});
+        }
+    }
+
+    setDraft(next) {
+        draft = next;
+        this.picker.setValue(draft.zones);
+        if (this.lists !== noLists) {
+            this.showContent();
+        }
         this.change();
     }
 
     take(changes) {
-        if (changes.has('voices') && this.app.store.count('voices') !== this.voiceCount) {
+        if (this.lists !== noLists && this.app.store.count('voices') !== this.voiceCount
+            && !this.content.contains(document.activeElement)) {
             this.showContent();
         }
         if (changes.has('status') && !this.areListsThere) {
             this.fetch();
         }
-        if (changes.has('zones')) {
-            this.check();
+        if (this.concerns(changes.get('zones')) || changes.has('status')) {
+            this.checkSoon();
         }
         this.showReadiness();
+    }
+
+    /// Whether one of the zones that have changed is chosen or part of a chosen one.
+    concerns(zones) {
+        return zones === null || [...zones ?? []].some((zone) => draft.zones.some((one) => isWithin(zone, one)));
     }
 
     /// The draft has changed.
     change() {
+        keepDraft(user, draft);
         this.showReadiness();
-        this.check();
+        this.checkSoon();
+    }
+
+    /// Why the composition cannot be played now; null when it can.
+    whyNot() {
+        const missing = whatIsMissing(draft) ?? (hasWrongNumber(this.content) ? 'announce.missing.numbers' : null);
+        return this.app.whyNot() ?? (missing && t(missing));
+    }
+
+    checkSoon() {
+        if (this.whyNot() === null) {
+            this.check.ask();
+        } else {
+            this.check.clear();
+        }
     }
 
     showReadiness() {
-        const missing = whatIsMissing(draft);
-        const why = this.app.whyNot() ?? (missing && t(missing));
-        set(this.button, 'disabled', why !== null || this.isSending);
-        setText(this.reason, why ?? '');
+        const why = this.whyNot();
+        set(this.button, 'disabled', why !== null);
+        setText(this.reason, why ?? (this.isSending ? t('state.sending') : ''));
     }
 
-    /// Asks for problems a moment after the last change.
-    check() {
-        if (whatIsMissing(draft) || this.app.whyNot()) {
-            this.checking?.abort();
-            clearTimeout(this.timer);
-            this.timer = null;
-            replace(this.problems);
-            return;
-        }
-        this.timer ??= setTimeout(() => {
-            this.timer = null;
-            this.checkNow();
-        }, checkPause);
-    }
-
-    async checkNow() {
-        this.checking?.abort();
-        const checking = new AbortController();
-        this.checking = checking;
-        try {
-            const {problems} = await this.app.api.ask('/announcements/check', requestOf(draft),
-                {signal: checking.signal});
-            this.showProblems(problems);
-        } catch (error) {
-            if (error.name !== 'AbortError' && !checking.signal.aborted) {
-                replace(this.problems,
-                    h('p', {class: 'problem prevents', dir: 'auto'}, icon('warning'), errorText(error)));
-            }
-        }
-    }
-
-    showProblems(problems) {
-        replace(this.problems, problems.length === 0
-            ? h('p', {class: 'no-problem'}, icon('check'), t('announce.noProblem'))
-            : h('ul', {}, problems.map((problem) => h('li', {class: problem.prevents ? 'problem prevents' : 'problem',
-                dir: 'auto'}, icon('warning'), problemText(problem)))));
-    }
-
-    /// What may play although the outcome is unknown is followed, too.
+    /// What may play although the outcome is unknown is followed, too. What had no answer is sent under its key
+    /// again, so that it does not play twice.
     async send(body, follow) {
+        const again = this.unanswered?.press === JSON.stringify(body) ? this.unanswered.retry : null;
         try {
-            return await this.app.api.operate('POST', '/announcements', body);
+            return await (again ? again() : this.app.api.operate('POST', '/announcements', body));
         } catch (error) {
             if (error.outcomeUnknown && error.details?.requestId) {
                 follow({requestId: error.details.requestId, state: 'unknown'});
+            }
+            if (error.code === 'unreachable') {
+                this.unanswered = {press: JSON.stringify(body), retry: error.retry};
             }
             throw error;
         }
     }
 
+    /// A double click is one press.
     async play() {
         const body = requestOf(draft);
-        const title = titleOf(draft);
+        const title = titleOf(draft, this.lists.dictionary);
+        const press = JSON.stringify(body);
+        if (this.isSending || (press === this.lastPress && performance.now() - this.sentAt < doublePress)) {
+            return;
+        }
         this.isSending = true;
         this.showReadiness();
         const follow = (answer) => {
             sent.add(answer, body.zones, title);
-            noteZones(body.zones);
+            this.unanswered = null;
+            recentZones.note(body.zones);
+            if (body.display) {
+                recentTemplates.note(body.display.template);
+            }
             this.showRecent();
             return t('announce.sent');
         };
-        await attempt(() => this.send(body, follow), follow);
+        const answer = await attempt(() => this.send(body, follow), follow);
         this.isSending = false;
+        this.lastPress = answer && press;
+        this.sentAt = performance.now();
         this.showReadiness();
     }
 }

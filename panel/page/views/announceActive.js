@@ -7,15 +7,19 @@ import {utcMoment} from '../format.js';
 import {hasText, t} from '../i18n.js';
 import {icon} from '../icons.js';
 import {announce, attempt, errorText} from '../messages.js';
-import {partType} from '../widgets/contentType.js';
+import {partLine, partOf} from '../widgets/contentType.js';
+import {keepFocus, once} from '../widgets/pressing.js';
+import {shortened} from './announceModel.js';
 
 const mostZones = 60;
 const noPart = 7;  // the type of a part that is not there
 
-/// The records of the store by the announcement that they are parts of, the newest first.
+/// The records of the store by the announcement that they are parts of, the newest first. A recording that is
+/// being made has no parts.
 function activeRequests(store) {
     const requests = new Map();
-    for (const record of store.all('announcements')) {
+    const isPart = (record) => [record.audioMessageType, record.visualMessageType].some((type) => type !== noPart);
+    for (const record of store.all('announcements').filter(isPart)) {
         if (!requests.has(record.requestId)) {
             requests.set(record.requestId, []);
         }
@@ -39,6 +43,7 @@ export function activeList({app, sent}) {
     const canCancel = app.session.role === 'operator';
 
     const fill = () => {
+        const focused = document.activeElement?.closest('.active-card');
         const own = new Map(sent.all().map((one) => [one.requestId, one]));
         const active = new Map(activeRequests(app.store));
         const ids = [...new Set([...own.keys(), ...active.keys()])];
@@ -59,6 +64,9 @@ export function activeList({app, sent}) {
             }
         });
         set(empty, 'hidden', ids.length > 0);
+        if (focused) {
+            keepFocus(focused.querySelector('h3'), list.querySelector('h3'), element.parentElement.querySelector('h2'));
+        }
     };
 
     function makeCard(id) {
@@ -67,7 +75,7 @@ export function activeList({app, sent}) {
         const reason = h('p', {class: 'note', dir: 'auto'});
         const parts = h('ul', {class: 'part-list'});
         const zones = h('ul', {class: 'zone-progress', 'aria-label': t('active.zones')});
-        const cancel = h('button', {type: 'button', class: 'danger', on: {click: () => end(id, cancel)}},
+        const cancel = h('button', {type: 'button', class: 'danger', on: {click: once(() => end(id))}},
             icon('stop'), t('active.cancel'));
         const close = h('button', {type: 'button', class: 'quiet icon-button', 'aria-label': t('active.forget'),
             on: {click: () => {
@@ -80,7 +88,7 @@ export function activeList({app, sent}) {
         let displayed = '';
         const update = (own, records) => {
             const zoneStates = zonesOf(own, records, app.store);
-            const next = JSON.stringify([own, records, zoneStates, own?.problem?.code]);
+            const next = JSON.stringify([own, records, zoneStates, own?.problem?.code, app.whyNot()]);
             if (next === displayed) {
                 return;
             }
@@ -88,19 +96,22 @@ export function activeList({app, sent}) {
             const isOver = own ? own.isOver && records.length === 0 : false;
             const word = own ? own.state : records.some((record) => record.stateText === 'Playing') ? 'playing'
                 : records[0].stateText;
-            setText(title, own?.title || contentOf(records) || id);
+            setText(title, own?.title || contentOf(app.store, records) || id);
             setText(state, stateText(word));
             set(state, 'data-state', String(word).toLowerCase());
-            setText(reason, own?.problem && !isOver ? errorText(own.problem) : own?.reason ?? '');
+            setText(reason, own?.problem && !isOver ? errorText(own.problem) : reasonBeside(word, own?.reason));
             set(reason, 'hidden', reason.textContent === '');
             replace(parts, partsOf(own, records).map((part) => h('li', {}, h('strong', {}, part.name), ' ',
-                stateText(part.state), part.reason && `: ${part.reason}`, part.since && ` (${part.since})`)));
+                stateText(part.state),
+                reasonBeside(part.state, part.reason) && `: ${part.reason}`, part.since && ` (${part.since})`)));
             showZones(zones, zoneStates, isOver);
+            set(cancel, 'aria-label', t('active.cancelOf', {title: shortened(title.textContent)}));
+            set(cancel, 'disabled', app.whyNot() !== null);
             set(cancel, 'hidden', isOver || !canCancel);
             set(close, 'hidden', !isOver);
             if (own && read !== word) {
                 read = word;
-                announce(t('active.read', {title: title.textContent, state: stateText(word)}));
+                announce(t('active.read', {title: shortened(title.textContent), state: stateText(word)}));
             }
         };
         return {element, update};
@@ -112,16 +123,14 @@ export function activeList({app, sent}) {
     function partsOf(own, records) {
         if (records.length > 0) {
             return records.map((record) => ({state: record.stateText, reason: record.completionMsg,
-                name: t(record.audioMessageType === noPart ? 'active.visual' : 'active.audio'), since: startOf(record)}));
+                name: t(`active.${partOf(record)}`), since: startOf(record)}));
         }
         return (own?.parts ?? []).map((part) => ({state: part.state, reason: part.reason,
-            name: t((part.part ?? part.name) === 'visual' ? 'active.visual' : 'active.audio'), since: null}));
+            name: t(`active.${part.part}`), since: null}));
     }
 
-    async function end(id, button) {
-        set(button, 'disabled', true);
+    async function end(id) {
         await attempt(() => app.api.operate('DELETE', path`/announcements/${id}`), t('active.cancelled'));
-        set(button, 'disabled', false);
     }
 
     sent.onChange = fill;
@@ -129,13 +138,18 @@ export function activeList({app, sent}) {
     const endFollowing = app.store.subscribe(['announcements', 'zones', 'status'], fill);
     return {element, destroy: () => {
         endFollowing();
-        sent.onChange = () => {};
+        sent.onChange = null;
     }};
 }
 
-/// "Speech, Display template"
-function contentOf(records) {
-    return [...new Set(records.map(partType))].join(', ');
+/// The reason of a state; none when it is but the word for the state.
+function reasonBeside(state, reason) {
+    return reason && reason.toLowerCase() !== String(state).toLowerCase() ? reason : '';
+}
+
+/// "Speech: Mind the gap, Display template: Luggage"
+function contentOf(store, records) {
+    return [...new Set(records.map((record) => partLine(store, record)))].join(', ');
 }
 
 /// The zones of a request, and whether it plays there now.
@@ -144,7 +158,9 @@ function zonesOf(own, records, store) {
         return own.zones;
     }
     const names = [...new Set(records.flatMap((record) => record.zones))];
-    return names.map((id) => ({id, isPlaying: store.get('zones', id)?.announcement?.requestId === records[0].requestId}));
+    const isPlaying = (id) => store.get('zones', id)?.activity !== 0
+        && records.some((record) => record.stateText === 'Playing' && record.zones.includes(id));
+    return names.map((id) => ({id, isPlaying: isPlaying(id)}));
 }
 
 function showZones(list, zones, isOver) {
@@ -152,5 +168,5 @@ function showZones(list, zones, isOver) {
     replace(list, listed.map((zone) => {
         const word = zone.isPlaying ? 'playing' : isOver ? 'over' : 'waiting';
         return h('li', {'data-state': word}, h('bdi', {}, zone.id), ' ', h('small', {}, t(`active.zone.${word}`)));
-    }), zones.length > listed.length && h('li', {}, t('zones.more', {n: zones.length - listed.length})));
+    }), zones.length > listed.length && h('li', {}, t('active.moreZones', {n: zones.length - listed.length})));
 }

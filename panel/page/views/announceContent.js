@@ -4,14 +4,14 @@
 import {h, replace, set} from '../dom.js';
 import {t} from '../i18n.js';
 import {itemsEditor} from './announceItems.js';
-import {displayEditor, field, listOf, numberField, recordingEditor, speechEditor, uploadEditor}
-    from './announceParts.js';
+import {displayEditor, field, listOf, numberField, speechEditor, uploadEditor} from './announceParts.js';
+import {recordingEditor} from './announceRecordings.js';
 
 const kinds = ['texts', 'items', 'recording', 'upload', 'none'];
 
 /// What the server can play, as far as it lists it.
 export async function fetchLists(api, signal) {
-    const names = ['dictionary', 'chimes', 'recordings', 'templates'];
+    const names = ['dictionary', 'chimes'];
     const lists = await Promise.all(names.map((name) => listOf(api, name, signal)));
     return Object.fromEntries(names.map((name, i) => [name, lists[i]]));
 }
@@ -23,8 +23,8 @@ const editors = {
         numberField(t('compose.repeat'), draft.repeat, {min: 1, max: 1000},
             (repeat) => change({repeat})),
     ],
-    recording: ({app, lists, draft, change}) => recordingEditor({app, recordings: lists.recordings,
-        value: draft.recording, onChange: (recording) => change({recording})}),
+    recording: ({app, draft, change}) => recordingEditor({app, value: draft.recording,
+        onChange: (recording) => change({recording})}),
     upload: ({app, draft, change}) => uploadEditor({app, value: draft.upload, onChange: (upload) => change({upload})}),
     none: () => [],
 };
@@ -50,8 +50,6 @@ function chimeField(label, chimes, value, onChange) {
 }
 
 function options(lists, draft, change) {
-    const gain = h('input', {type: 'number', min: -96, max: 42, step: 0.5, value: draft.gain ?? '',
-        on: {input: () => gain.validity.valid && change({gain: gain.value === '' ? null : gain.valueAsNumber})}});
     const relative = h('input', {type: 'checkbox', checked: draft.isRelative,
         on: {change: () => change({isRelative: relative.checked})}});
     return h('details', {class: 'options'}, h('summary', {}, t('compose.options')),
@@ -61,7 +59,8 @@ function options(lists, draft, change) {
             h('label', {class: 'check'}, relative, h('span', {}, t('compose.relative'))),
             chimeField(t('compose.preChime'), lists.chimes, draft.preChime, (preChime) => change({preChime})),
             chimeField(t('compose.postChime'), lists.chimes, draft.postChime, (postChime) => change({postChime})),
-            field(t('compose.gain'), gain, t('compose.gainNote'))));
+            numberField(t('compose.gain'), draft.gain, {min: -96, max: 42, step: 0.1, isOptional: true,
+                note: t('compose.gainNote')}, (gain) => change({gain}))));
 }
 
 /// Builds the editors of a draft, which they change; `onChange()` is called afterwards.
@@ -73,8 +72,7 @@ export function contentEditor({app, lists, draft, onChange}) {
     const audio = h('div', {class: 'compose-audio'});
     const showAudio = () => replace(audio, editors[draft.audio]({app, lists, draft, change}));
     const display = h('div', {class: 'compose-display', hidden: !draft.hasDisplay}, displayEditor({
-        templates: lists.templates, value: draft, onChange: ({template, variables, validity}) =>
-            change({template, variables, validity})}));
+        value: draft, onChange: ({template, variables, validity}) => change({template, variables, validity})}));
     const hasDisplay = h('input', {type: 'checkbox', checked: draft.hasDisplay, on: {change: () => {
         set(display, 'hidden', !hasDisplay.checked);
         change({hasDisplay: hasDisplay.checked});

@@ -4,6 +4,7 @@
 import {h, newId, replace, set, setText} from '../dom.js';
 import {t} from '../i18n.js';
 import {icon} from '../icons.js';
+import {matches, wordsOf} from '../widgets/search.js';
 import {field, secondsText} from './announceParts.js';
 
 const mostFound = 50;
@@ -77,6 +78,7 @@ function textFinder(dictionary, add) {
     const input = h('input', {type: 'search', role: 'combobox', autocomplete: 'off', maxlength: 200,
         'aria-expanded': true, 'aria-controls': listId, 'aria-autocomplete': 'list',
         on: {input: () => find(), keydown: (event) => press(event)}});
+    const note = h('p', {class: 'note', role: 'status'});
     const mark = (index) => {
         at = Math.min(Math.max(index, 0), found.length - 1);
         [...options.querySelectorAll('[role=option]')].forEach((option, i) => {
@@ -88,9 +90,11 @@ function textFinder(dictionary, add) {
         });
     };
     const find = () => {
-        const words = input.value.trim().toLocaleLowerCase().split(/\s+/);
-        found = dictionary.filter(({item, text}) =>
-            words.every((word) => text.toLocaleLowerCase().includes(word) || String(item) === word)).slice(0, mostFound);
+        const words = wordsOf(input);
+        const all = dictionary.filter(({item, text}) => matches(words, text) || String(item) === words.join(' '));
+        found = all.slice(0, mostFound);
+        setText(note, all.length === 0 ? t('list.noMatch')
+            : all.length > found.length ? t('zones.more', {n: all.length - found.length}) : '');
         replace(options, found.map((entry) => h('li', {id: newId(), role: 'option', 'aria-selected': false,
             on: {click: () => add(entry.item)}}, h('bdi', {}, entry.text),
         h('small', {}, secondsText(entry.seconds)))));
@@ -109,5 +113,5 @@ function textFinder(dictionary, add) {
         }
     };
     find();
-    return h('div', {class: 'item-finder'}, field(t('compose.findItem'), input, t('compose.findItemNote')), options);
+    return h('div', {class: 'item-finder'}, field(t('compose.findItem'), input, t('compose.findItemNote')), options, note);
 }

@@ -75,14 +75,19 @@ export function whatIsMissing(draft) {
 
 const longestTitle = 60;
 
-/// What the composition is called in lists.
-export function titleOf(draft) {
+export function shortened(text) {
+    return text.length > longestTitle ? `${text.slice(0, longestTitle)}…` : text;
+}
+
+/// What the composition is called in lists; `dictionary` has the texts of items where the server lists them.
+export function titleOf(draft, dictionary = null) {
+    const textOf = (item) => dictionary?.find((entry) => entry.item === item)?.text ?? String(item);
     const audio = {
         none: () => draft.template,
         texts: () => draft.texts.find((text) => text.trim()) ?? '',
-        items: () => draft.items.join(', '),
+        items: () => draft.items.map(textOf).join(', '),
         recording: () => draft.recording,
         upload: () => draft.upload?.name ?? '',
     }[draft.audio]();
-    return audio.length > longestTitle ? `${audio.slice(0, longestTitle)}…` : audio;
+    return shortened(audio);
 }

@@ -6,8 +6,9 @@ import {h, newId, replace, set} from '../dom.js';
 import {duration} from '../format.js';
 import {t} from '../i18n.js';
 import {icon} from '../icons.js';
-import {attempt, errorText} from '../messages.js';
+import {errorText} from '../messages.js';
 import {audioPlayer} from '../widgets/audioPlayer.js';
+import {recentTemplates} from './announceRecent.js';
 
 /// A list that only some servers give: null where this one does not.
 export async function listOf(api, kind, signal) {
@@ -33,11 +34,26 @@ export function field(label, control, note = null) {
         note && h('small', {}, note));
 }
 
-/// A field for a whole number, which is not reported while it is none.
-export function numberField(label, value, {min, max, note = null}, onChange) {
-    const input = h('input', {type: 'number', min, max, step: 1, required: true, value,
-        on: {input: () => input.validity.valid && onChange(input.valueAsNumber)}});
-    return field(label, input, note);
+/// A field for a number, which is reported when it is valid; null when it may be empty and is.
+export function numberField(label, value, {min, max, step = 1, isOptional = false, note = null}, onChange) {
+    const error = h('small', {class: 'field-error', id: newId(), hidden: true}, t('compose.range', {min, max}));
+    const input = h('input', {type: 'number', min, max, step, required: !isOptional, value: value ?? '',
+        'aria-describedby': error.id, on: {input: () => {
+            const isValid = input.validity.valid;
+            set(input, 'aria-invalid', isValid ? null : 'true');
+            set(error, 'hidden', isValid);
+            if (isValid) {
+                onChange(input.value === '' ? null : input.valueAsNumber);
+            }
+        }}});
+    const element = field(label, input, note);
+    element.append(error);
+    return element;
+}
+
+/// Whether a number in an element is not the one that its field displays.
+export function hasWrongNumber(element) {
+    return [...element.querySelectorAll('[aria-invalid=true]')].some((input) => input.getClientRects().length > 0);
 }
 
 function iconButton(name, label, click, isEnabled = true) {
@@ -98,7 +114,6 @@ export function speechEditor({app, texts, voice, onChange}) {
     }
     const textRow = (text, changeText, i) => {
         const input = h('textarea', {rows: 3, maxlength: 4000, dir: 'auto', value: text,
-            'aria-label': t('compose.textNumber', {n: i + 1}),
             on: {input: () => {
                 player.clear();
                 player.setEnabled(input.value.trim() !== '');
@@ -108,7 +123,7 @@ export function speechEditor({app, texts, voice, onChange}) {
             load: (signal) => preview(app.api, {text: input.value, ...value.voice}, signal)});
         player.setEnabled(text.trim() !== '');
         players.add(player);
-        return h('div', {class: 'speech-text'}, input, player.element);
+        return h('div', {class: 'speech-text'}, field(t('compose.textNumber', {n: i + 1}), input), player.element);
     };
     return h('div', {class: 'stack'},
         field(t('compose.voice'), select),
@@ -120,31 +135,10 @@ function preview(api, body, signal) {
     return api.operate('POST', '/previews', body, {signal});
 }
 
-/// A recording of the server; its path. `recordings` is null where the server does not list them.
-export function recordingEditor({app, recordings, value, onChange}) {
-    const control = recordings === null
-        ? h('input', {type: 'text', maxlength: 1000, spellcheck: 'false', value,
-            on: {input: () => choose(control.value)}})
-        : h('select', {value, on: {change: () => choose(control.value)}},
-            h('option', {value: ''}, t('compose.chooseRecording')),
-            value !== '' && !recordings.some((one) => one.path === value) && h('option', {value}, value),
-            recordings.map((one) => h('option', {value: one.path},
-                `${one.path} (${secondsText(one.seconds)})`)));
-    const playBack = h('button', {type: 'button', on: {click: () => attempt(
-        () => app.api.operate('POST', '/recordings/preview', {path: control.value}), t('compose.playedBack'))}},
-    icon('speaker'), t('compose.playBack'));
-    const choose = (next) => {
-        set(playBack, 'disabled', next === '');
-        onChange(next);
-    };
-    set(playBack, 'disabled', value === '');
-    return h('div', {class: 'stack'}, field(t('compose.recordingPath'), control), h('div', {}, playBack));
-}
-
 /// A WAV file of this computer, sent to the gateway when it is chosen; what the gateway has answered.
 export function uploadEditor({app, value, onChange}) {
     let url = null;
-    let file = null;
+    let file = value?.file ?? null;
     const status = h('output', {class: 'upload-status'});
     const player = audioPlayer({label: t('compose.file'), textOf: errorText, load: async () => {
         url ??= URL.createObjectURL(file);
@@ -172,7 +166,7 @@ export function uploadEditor({app, value, onChange}) {
             if (file === chosen) {
                 describe(upload);
                 player.setEnabled(true);
-                onChange(upload);
+                onChange({...upload, file});
             }
         } catch (error) {
             if (file === chosen) {
@@ -181,27 +175,22 @@ export function uploadEditor({app, value, onChange}) {
         }
     };
     const input = h('input', {type: 'file', accept: '.wav,audio/wav,audio/x-wav', on: {change: take}});
-    player.setEnabled(false);
+    player.setEnabled(file !== null);
     describe(value);
     return h('div', {class: 'stack'}, field(t('compose.file'), input, t('compose.fileNote')), status, player.element);
 }
 
-/// A template of a text to display with its variables: {template, variables: [[key, text]], validity}.
-export function displayEditor({templates, value, onChange}) {
+/// A template of a text to display with its variables: {template, variables: [[key, text]], validity}. The
+/// server does not list its templates: those that this browser has used are offered.
+export function displayEditor({value, onChange}) {
     let current = value;
     const change = (part) => {
         current = {...current, ...part};
         onChange(current);
     };
-    const names = (templates ?? []).map((one) => one.name ?? one);
-    const template = names.length > 0
-        ? h('select', {value: value.template, on: {change: () => change({template: template.value})}},
-            h('option', {value: ''}, t('compose.chooseTemplate')),
-            value.template !== '' && !names.includes(value.template)
-                && h('option', {value: value.template}, value.template),
-            names.map((name) => h('option', {value: name}, name)))
-        : h('input', {type: 'text', maxlength: 200, value: value.template, dir: 'auto',
-            on: {input: () => change({template: template.value})}});
+    const used = h('datalist', {id: newId()}, recentTemplates.all().map((name) => h('option', {value: name})));
+    const template = h('input', {type: 'text', maxlength: 200, value: value.template, dir: 'auto', list: used.id,
+        autocomplete: 'off', spellcheck: 'false', on: {input: () => change({template: template.value})}});
     const variable = ([key, text], changeVariable, i) => {
         const keyInput = h('input', {type: 'text', maxlength: 200, value: key, placeholder: t('compose.key'),
             'aria-label': t('compose.keyNumber', {n: i + 1}), on: {input: report}});
@@ -213,7 +202,7 @@ export function displayEditor({templates, value, onChange}) {
         return h('div', {class: 'variable'}, keyInput, textInput);
     };
     return h('div', {class: 'stack'},
-        field(t('compose.template'), template),
+        field(t('compose.template'), template), used,
         rows({values: value.variables, make: variable, blank: () => ['', ''], addLabel: t('compose.addVariable'),
             removeLabel: (i) => t('compose.removeVariable', {n: i + 1}), least: 0,
             onChange: (variables) => change({variables})}),

@@ -11,7 +11,7 @@ const pause = 300;  // between two looks at one announcement
 export class SentAnnouncements {
     /// Called when something has changed, with the announcement: {requestId, state, reason, parts,
     /// zones, isOver, title, problem}.
-    onChange = () => {};
+    onChange = null;
 
     #api;
     #sent = new Map();
@@ -40,7 +40,7 @@ export class SentAnnouncements {
         while (this.#sent.size > mostKept) {
             this.#sent.delete(this.#sent.keys().next().value);
         }
-        this.onChange(one);
+        this.onChange?.(one);
         this.#look(one);
         return one;
     }
@@ -73,7 +73,7 @@ export class SentAnnouncements {
             one.problem = error;
             one.isOver ||= error.code === 'not-found';
         }
-        this.onChange(one);
+        this.onChange?.(one);
         setTimeout(() => {
             one.isLooking = false;
             if (one.isDue && this.#sent.has(one.requestId)) {

@@ -8,6 +8,8 @@ import {t} from '../i18n.js';
 import {icon} from '../icons.js';
 import {groupsOf} from '../zoneGroups.js';
 import {ZoneDrawer} from '../widgets/ZoneDrawer.js';
+import {keepFocus} from '../widgets/pressing.js';
+import {matches, wordsOf} from '../widgets/search.js';
 import {isBusy, zoneTile} from '../widgets/zoneTile.js';
 
 const filters = {
@@ -57,7 +59,10 @@ class Board {
     /// The address names a zone, or none.
     update([zone]) {
         this.#drawer?.close();
-        this.#drawer = zone ? new ZoneDrawer(this.#app, zone, () => this.#list.focus(zone)) : null;
+        this.#drawer = zone ? new ZoneDrawer(this.#app, zone, () => {
+            this.#list.focus(zone);
+            keepFocus(this.#search);
+        }) : null;
     }
 
     #tools() {
@@ -99,20 +104,20 @@ class Board {
 
     /// Counts the zones of each filter, and lists those of the one that is chosen.
     #fill(countOnly = false) {
-        const text = this.#search.value.trim().toLocaleLowerCase();
+        const words = wordsOf(this.#search);
         const zones = [...this.#groupOf.keys()].map((id) => this.#store.get('zones', id));
-        for (const [filter, matches] of Object.entries(filters)) {
-            const count = zones.filter((zone) => matches(zone, this.#store)).length;
+        for (const [filter, belongs] of Object.entries(filters)) {
+            const count = zones.filter((zone) => belongs(zone, this.#store)).length;
             setText(this.#counts[filter], t(`board.${filter}`, {n: count}));
         }
         if (countOnly) {
             return;
         }
-        const matches = filters[this.#filter];
+        const isWanted = filters[this.#filter];
         const entries = [];
         let group = null;
         for (const zone of zones) {
-            if (matches(zone, this.#store) && zone.id.toLocaleLowerCase().includes(text)) {
+            if (isWanted(zone, this.#store) && matches(words, zone.id)) {
                 if (this.#groupOf.get(zone.id) !== group) {
                     group = this.#groupOf.get(zone.id);
                     entries.push({heading: group, text: group});

@@ -2,11 +2,15 @@
 // The state of the connection, and what is faulty since when.
 
 import {VirtualList} from '../VirtualList.js';
-import {compareUrgency, isFaulty} from '../Health.js';
+import {compareUrgency} from '../Health.js';
 import {h, replace, set, setText} from '../dom.js';
-import {compareNames, duration, wallMoment} from '../format.js';
+import {compareNames, duration, wallDate, wallMoment, wallTime} from '../format.js';
 import {t} from '../i18n.js';
+import {knownZone} from '../timeZones.js';
 import {faultTile} from '../widgets/faultTile.js';
+
+/// The gateway's name for the simulated server in its own process.
+const embeddedServer = 'embedded server';
 
 class HealthView {
     shortcuts;
@@ -21,7 +25,7 @@ class HealthView {
     constructor(root, app) {
         this.#app = app;
         this.#store = app.store;
-        this.#list = new VirtualList({label: t('health.list'), itemHeight: 84,
+        this.#list = new VirtualList({label: t('health.list'), itemHeight: 108,
             isGroup: true, createCell: () => faultTile(app, (id) => this.#faults.get(id))});
         root.append(h('div', {class: 'card'}, this.#link),
             this.#summary, this.#list.element);
@@ -44,13 +48,9 @@ class HealthView {
 
     #fill() {
         this.#fillLink();
-        const {health} = this.#store;
-        // A zone without sinks has a health of its own.
-        const zones = this.#store.all('zones')
-            .map((zone) => ({kind: 'zones', key: zone.id, record: zone, ...health.zone(zone)}))
-            .filter(({level, total}) => isFaulty(level) && total === 0);
-        const faults = [...health.faults(), ...zones].sort((a, b) => compareUrgency(a.level, b.level)
-            || (b.since ?? 0) - (a.since ?? 0)
+        const since = ({record}) => record.faultySince ?? '';
+        const faults = this.#store.health.faults().sort((a, b) => compareUrgency(a.level, b.level)
+            || compareNames(since(b), since(a))
             || compareNames(a.record.label ?? a.key, b.record.label ?? b.key));
         this.#faults = new Map(faults.map((fault) => [`${fault.kind}/${fault.key}`, fault]));
         const entries = [];
@@ -64,10 +64,10 @@ class HealthView {
         }
         this.#list.setEntries(entries);
         this.#list.update(null);
-        const isLoading = this.#store.link().state === 'loading';
-        setText(this.#summary, isLoading ? t('list.loading')
-            : faults.length > 0 ? t('health.summary', {n: faults.length}) : t('health.none'));
-        set(this.#summary, 'data-level', faults.length > 0 ? 'bad' : 'good');
+        const {state} = this.#store.link();
+        const textOfNone = {loading: 'list.loading', synced: 'health.none'}[state] ?? 'health.unknowable';
+        setText(this.#summary, faults.length > 0 ? t('health.summary', {n: faults.length}) : t(textOfNone));
+        set(this.#summary, 'data-level', faults.length > 0 ? 'bad' : state === 'synced' ? 'good' : null);
     }
 
     #fillLink() {
@@ -81,8 +81,14 @@ class HealthView {
         if (link.reason) {
             rows.push([t('health.reason'), link.reason]);
         }
-        rows.push([t('health.server'), [status?.server?.name, this.#app.session.server]
+        const {server} = this.#app.session;
+        rows.push([t('health.server'), [status?.server?.name, server === embeddedServer ? t('health.embedded') : server]
             .filter(Boolean).join(', ')]);
+        const now = clock.wallNow();
+        if (now !== null) {
+            rows.push([t('health.time'), t('health.timeText', {time: `${wallDate(now)} ${wallTime(now)}`,
+                zone: knownZone(status.timeZone)})]);
+        }
         if (status?.counts) {
             rows.push([t('health.counts'), t('health.countsText', {
                 zones: this.#store.count('zones'), sinks: this.#store.count('sinks'),

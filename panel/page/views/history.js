@@ -4,37 +4,24 @@
 import {prefix, withQuery} from '../api.js';
 import {h, newId, replace, set, setText} from '../dom.js';
 import {utcMoment} from '../format.js';
-import {hasText, t} from '../i18n.js';
+import {t} from '../i18n.js';
 import {icon} from '../icons.js';
-import {announce, errorText} from '../messages.js';
-import {utcOf} from './historyTimes.js';
+import {errorText} from '../messages.js';
+import {knownZone, utcText} from '../timeZones.js';
+import {operationChoices, operationText, outcomeChoices, outcomeText, targetOf} from './historyTexts.js';
 
 const pageSize = 100;
 const inputPause = 300;
 const columns = ['time', 'user', 'operation', 'target', 'outcome', 'address'];
-const outcomes = ['done', 'as-before', 'refused', 'held', 'not-found', 'bad-request', 'not-connected',
-    'timed-out', 'connection-lost', 'pending', 'unknown'];
 
-const outcomeText = (outcome) => hasText(`outcome.${outcome}`) ? t(`outcome.${outcome}`) : outcome;
-
-/// What an operation is done to: as the gateway names it, else what its request names.
-function targetOf(entry) {
-    if (entry.target) {
-        return entry.target;
-    }
-    try {
-        const {zones, paZones, path, text} = JSON.parse(entry.request);
-        return [zones ?? paZones ?? path ?? text ?? ''].flat().join(', ');
-    } catch {
-        return '';  // a long request is cut
-    }
-}
+const choice = (all, choices) => h('select', {}, h('option', {value: ''}, all),
+    choices.map(([value, text]) => h('option', {value}, text)));
 
 function mount(root, app) {
     const history = new History(app);
     root.append(history.element);
     return {unmount: () => history.close(), shortcuts: [
-        {key: '/', text: t('history.filter'), run: () => history.filters.user.focus()},
+        {key: '/', text: t('history.filter'), run: () => history.focusFilters()},
         {key: 'r', text: t('history.reload'), run: () => history.reload()},
     ]};
 }
@@ -45,32 +32,28 @@ class History {
         this.abort = null;
         this.timer = null;
         this.isMore = false;
+        this.hasFailed = false;
         this.lastId = null;
         this.filters = {
             from: h('input', {type: 'datetime-local', max: '9999-12-31T23:59'}),
             until: h('input', {type: 'datetime-local', max: '9999-12-31T23:59'}),
-            user: h('input', {type: 'search', maxlength: 64, autocomplete: 'off', spellcheck: 'false'}),
-            operation: h('input', {type: 'search', maxlength: 64, autocomplete: 'off', spellcheck: 'false'}),
-            outcome: h('select', {}, h('option', {value: ''}, t('history.anyOutcome')),
-                outcomes.map((outcome) => h('option', {value: outcome}, outcomeText(outcome)))),
+            user: h('input', {type: 'search', maxlength: 64, autocomplete: 'off', spellcheck: 'false',
+                placeholder: t('history.nameBegins'), list: 'history-users'}),
+            operation: choice(t('history.any'), operationChoices()),
+            outcome: choice(t('history.any'), outcomeChoices()),
         };
         this.exports = ['csv', 'json'].map((format) => h('a', {class: 'button', download: `history.${format}`,
             'data-format': format}, icon('download'), format.toUpperCase()));
         this.body = h('tbody', {});
         this.status = h('p', {class: 'note', role: 'status'});
-        this.more = h('button', {type: 'button', on: {click: () => this.load(false)}}, t('history.more'));
+        this.more = h('button', {type: 'button', on: {click: () => this.loadMore()}}, t('history.more'));
+        this.users = h('datalist', {id: 'history-users'});
+        this.zone = h('p', {class: 'note'});
         this.element = h('div', {class: 'history'},
-            h('form', {class: 'filters', 'aria-label': t('history.filter'), on: {
-                submit: (event) => event.preventDefault(), input: () => this.reloadSoon()}},
-            Object.entries(this.filters).map(([name, control]) => {
-                control.id = newId();
-                return h('div', {class: 'field'}, h('label', {for: control.id}, t(`history.${name}`)), control);
-            }),
-            h('div', {class: 'row'}, h('button', {type: 'button', on: {click: () => this.reload()}}, t('history.reload')),
-                this.exports)),
+            this.filterFrame(), this.users, this.zone,
             h('div', {class: 'table-frame', role: 'region', 'aria-label': t('history.title'), tabindex: '0'},
                 h('table', {class: 'history-table'}, h('thead', {}, h('tr', {},
-                    columns.map((name) => h('th', {scope: 'col'}, t(`history.${name}`))))), this.body)),
+                    columns.map((name) => h('th', {scope: 'col', 'data-column': name}, t(`history.${name}`))))), this.body)),
             this.status, this.more);
         this.observer = new IntersectionObserver((entries) => {
             if (entries.some((entry) => entry.isIntersecting) && this.isMore && !this.abort) {
@@ -78,15 +61,38 @@ class History {
             }
         }, {rootMargin: '400px'});
         this.observer.observe(this.more);
-        this.endFollowing = app.store.subscribe(['status'], () => this.takeTimeZone());
-        this.timeZone = app.store.status?.timeZone;
-        this.reload();
+        this.endFollowing = app.store.subscribe(['status'], () => this.takeStatus());
+        this.takeStatus();
     }
 
-    /// Times are displayed again when the station's zone is known.
-    takeTimeZone() {
-        if (this.timeZone !== this.app.store.status?.timeZone) {
-            this.timeZone = this.app.store.status?.timeZone;
+    /// On narrow pages the filters are folded.
+    filterFrame() {
+        const fields = Object.entries(this.filters).map(([name, control]) => {
+            control.id = newId();
+            return h('div', {class: 'field', 'data-filter': name},
+                h('label', {for: control.id}, t(`history.${name}`)), control);
+        });
+        this.frame = h('details', {class: 'filter-frame', open: matchMedia('(min-width: 720px)').matches},
+            h('summary', {}, t('history.filter')),
+            h('form', {class: 'filters', 'aria-label': t('history.filter'), on: {
+                submit: (event) => event.preventDefault(), input: () => this.reloadSoon()}}, fields,
+            h('div', {class: 'row'}, h('button', {type: 'button', on: {click: () => this.reload()}}, t('history.reload')),
+                this.exports)));
+        return this.frame;
+    }
+
+    focusFilters() {
+        set(this.frame, 'open', true);
+        this.filters.user.focus();
+    }
+
+    /// Loads when the station's zone is known, and again after a failure.
+    takeStatus() {
+        const timeZone = knownZone(this.app.store.status?.timeZone);
+        const isAgain = this.hasFailed && this.app.store.link().state !== 'gateway-away';
+        if (timeZone !== this.timeZone || isAgain) {
+            this.timeZone = timeZone;
+            setText(this.zone, t('frame.times', {zone: timeZone}));
             this.reload();
         }
     }
@@ -100,9 +106,8 @@ class History {
 
     query() {
         const {from, until, user, operation, outcome} = this.filters;
-        const zone = this.timeZone ?? 'UTC';
-        return {from: utcOf(from.value, zone), until: utcOf(until.value, zone), user: user.value.trim(),
-            operation: operation.value.trim(), outcome: outcome.value};
+        return {from: utcText(from.value, this.timeZone), until: utcText(until.value, this.timeZone), user: user.value.trim(),
+            operation: operation.value, outcome: outcome.value};
     }
 
     reloadSoon() {
@@ -115,9 +120,23 @@ class History {
         this.abort = null;
         this.lastId = null;
         const query = this.query();
+        if (query.from && query.until && query.from > query.until) {
+            replace(this.body);
+            this.isMore = false;
+            set(this.more, 'hidden', true);
+            setText(this.status, t('history.order'));
+            return null;
+        }
         this.exports.forEach((link) =>
             set(link, 'href', prefix + withQuery('/audit/export', {format: link.dataset.format, ...query})));
         return this.load(true);
+    }
+
+    /// The button that has the focus may disappear.
+    async loadMore() {
+        const count = this.body.children.length;
+        await this.load(false);
+        this.body.children[count]?.querySelector('summary')?.focus();
     }
 
     async load(isFirst) {
@@ -126,6 +145,7 @@ class History {
         }
         const abort = new AbortController();
         this.abort = abort;
+        this.hasFailed = false;
         try {
             const {entries, more} = await this.app.api.get('/audit',
                 {query: {...this.query(), before: this.lastId, limit: pageSize}, signal: abort.signal});
@@ -134,7 +154,11 @@ class History {
             if (abort.signal.aborted) {
                 return;
             }
+            if (isFirst) {
+                replace(this.body);
+            }
             setText(this.status, errorText(error));
+            this.hasFailed = true;
             this.isMore = false;
         }
         this.abort = null;
@@ -149,12 +173,17 @@ class History {
             replace(this.body);
         }
         this.body.append(...entries.map((entry) => this.row(entry)));
+        entries.forEach(({user}) => this.offerUser(user));
         this.lastId = entries.at(-1)?.id ?? this.lastId;
         this.isMore = more && entries.length > 0;
         const count = this.body.children.length;
-        setText(this.status, count === 0 ? t('history.none') : t('history.count', {n: count}));
-        if (!isFirst) {
-            announce(this.status.textContent);
+        setText(this.status, count === 0 ? t('history.none')
+            : t(this.isMore ? 'history.countMore' : 'history.count', {n: count}));
+    }
+
+    offerUser(user) {
+        if (![...this.users.children].some(({value}) => value === user)) {
+            this.users.append(h('option', {value: user}));
         }
     }
 
@@ -164,7 +193,7 @@ class History {
         return h('tr', {},
             cell('time', h('time', {}, utcMoment(entry.time, this.timeZone))),
             cell('user', h('bdi', {}, entry.user)),
-            cell('operation', entry.operation),
+            cell('operation', operationText(entry.operation)),
             cell('target', h('bdi', {}, targetOf(entry))),
             cell('outcome', h('span', {class: 'badge', 'data-outcome': entry.outcome}, outcomeText(entry.outcome)),
                 details.length > 0 && h('details', {}, h('summary', {}, t('history.details')),

@@ -8,6 +8,8 @@ import {t} from '../i18n.js';
 import {icon} from '../icons.js';
 import {LockHolders} from '../widgets/LockHolders.js';
 import {SourceDrawer} from '../widgets/SourceDrawer.js';
+import {keepFocus} from '../widgets/pressing.js';
+import {matches, wordsOf} from '../widgets/search.js';
 import {sourceTile} from '../widgets/sourceTile.js';
 
 class Live {
@@ -58,8 +60,10 @@ class Live {
     update([source]) {
         this.#drawer?.close();
         const id = Number(source);
-        this.#drawer = id > 0 ? new SourceDrawer(this.#app, this.#locks, id, () => this.#list.focus(id))
-            : null;
+        this.#drawer = id > 0 ? new SourceDrawer(this.#app, this.#locks, id, () => {
+            this.#list.focus(id);
+            keepFocus(this.#search);
+        }) : null;
     }
 
     #take(changes) {
@@ -70,15 +74,14 @@ class Live {
     }
 
     #fill() {
-        const text = this.#search.value.trim().toLocaleLowerCase();
+        const words = wordsOf(this.#search);
         const sources = this.#store.all('sources')
-            .filter((source) => [source.label, source.location, String(source.id)]
-                .some((one) => one.toLocaleLowerCase().includes(text)))
+            .filter((source) => matches(words, source.label, source.location, String(source.id)))
             .sort((a, b) => compareNames(a.location, b.location) || compareNames(a.label, b.label)
                 || a.id - b.id);
         this.#list.setEntries(sources.map((source) => ({key: source.id})));
         const isLoading = this.#store.link().state === 'loading';
-        setText(this.#empty, t(isLoading ? 'list.loading' : text ? 'list.noMatch' : 'list.empty'));
+        setText(this.#empty, t(isLoading ? 'list.loading' : words.length > 0 ? 'list.noMatch' : 'list.empty'));
         set(this.#empty, 'hidden', sources.length > 0);
     }
 }

@@ -47,14 +47,14 @@ export function audioOf(definition) {
         : stored.includes(type) ? 'recording' : 'none';
 }
 
-/// The definition with another kind of audio part; what the server saves stays saved.
+/// What changes for another kind of audio part; what the server saves stays saved.
 export function withAudio(definition, kind) {
     if (audioOf(definition) === kind) {
-        return definition;
+        return {};
     }
     const announcementType = {items: PartType.Items, texts: PartType.Speech, recording: PartType.StoredData,
         none: PartType.None}[kind];
-    return {...definition, announcementType};
+    return {announcementType};
 }
 
 /// The definition as it is sent: without what does not belong to its parts.
@@ -84,6 +84,10 @@ export function whatIsMissing(definition) {
     if (definition.dayMask === 0) {
         return 'schedules.missing.days';
     }
+    const [start, end] = ['start', 'end'].map((which) => Object.values(momentOf(definition, which)).join('T'));
+    if (end < start) {
+        return 'schedules.missing.order';
+    }
     if (hasDisplay && !definition.displayTemplateName) {
         return 'announce.missing.template';
     }
@@ -109,11 +113,11 @@ export function momentOf(definition, which) {
     };
 }
 
-/// Puts a moment into a definition.
+/// Puts a moment into a definition, which it returns.
 export function setMoment(definition, which, {date, time}) {
     const [year, month, day] = date.split('-').map(Number);
     const [hour, minute] = time.split(':').map(Number);
-    Object.assign(definition, {
+    return Object.assign(definition, {
         [`${which}Year`]: year, [`${which}Month`]: month, [`${which}Day`]: day,
         [`${which}Hour`]: hour, [`${which}Minute`]: minute,
     });

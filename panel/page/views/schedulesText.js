@@ -4,7 +4,7 @@
 import {wallDate} from '../format.js';
 import {locale, t} from '../i18n.js';
 import {wallOf} from '../StationClock.js';
-import {PartType, addDays, audioOf, momentOf} from './schedulesModel.js';
+import {PartType, addDays, audioOf, clockText, momentOf} from './schedulesModel.js';
 
 const someMonday = '2024-01-01';
 const farDate = '2099-01-01';  // what ends then has no end in mind
@@ -63,6 +63,12 @@ export function timesText(schedule) {
         : t('schedules.every', {from, to: momentOf(schedule, 'end').time, n: schedule.frequency});
 }
 
+/// "06:00", "22:00–24:00, every 15 min"; of one of windowsInWeek()
+export function windowText({from, to, every}) {
+    return every <= 0 || from === to ? clockText(from)
+        : t('schedules.every', {from: clockText(from), to: clockText(to), n: every});
+}
+
 /// "30/11/2026 – 31/12/2026"
 export function periodText(schedule) {
     const [first, last] = ['start', 'end'].map((which) => momentOf(schedule, which).date);
@@ -75,7 +81,7 @@ export function periodText(schedule) {
 export function contentText(schedule) {
     const audio = {
         items: () => t('schedules.items', {items: schedule.dictionaryItems.join(', ')}),
-        texts: () => schedule.ttsList.map((spoken) => `“${spoken.text}”`).join(' '),
+        texts: () => schedule.ttsList.map(({text}) => t('schedules.quoted', {text: text.trim()})).join(' '),
         recording: () => schedule.storedDataFilePath,
         none: () => '',
     }[audioOf(schedule)]();

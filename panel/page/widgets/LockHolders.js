@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // Who holds the lock of each source. The events are the same for all pages, so that the locks are read
-// again when one has changed: only the answer tells this page's locks from those of others.
+// again when one has changed: only the answer has which locks are those of this page.
 
 import {t} from '../i18n.js';
 

@@ -3,10 +3,11 @@
 
 import {path} from '../api.js';
 import {openDialog} from '../dialogs.js';
-import {h, set, setText} from '../dom.js';
+import {h, replace, set, setText} from '../dom.js';
 import {t} from '../i18n.js';
 import {icon} from '../icons.js';
 import {attempt} from '../messages.js';
+import {recordingEditor} from '../views/announceRecordings.js';
 import {gainControl} from './gain.js';
 import {healthBadge} from './healthBadge.js';
 import {levelMeter} from './levelMeter.js';
@@ -21,12 +22,14 @@ export class SourceDrawer {
     #app;
     #locks;
     #id;
+    #content;
+    #hasZones = false;
     #whyNot = h('p', {class: 'why-not', hidden: true});
     #type = h('dd', {});
     #location = h('dd', {dir: 'auto'});
     #state = h('dd', {});
     #health = healthBadge();
-    #holder = h('p', {class: 'lock-holder', dir: 'auto'});
+    #holder = h('p', {class: 'lock-holder', role: 'status', dir: 'auto'});
     #take;
     #release;
     #gain;
@@ -54,29 +57,27 @@ export class SourceDrawer {
         this.#triggers = sourceTriggers(app, id);
         const address = location.hash;
         const unsubscribe = app.store.subscribe(['sources', 'triggers', 'status'], (changes) => {
-            if (changes.has('sources')) {
-                this.#zones.read();
-            }
+            this.#hasZones &&= !changes.has('sources');
             if (changes.has('triggers')) {
                 this.#triggers.read();
             }
             this.fill();
         });
-        this.#dialog = openDialog({title: source ? sourceName(source) : t('source.number', {n: id}),
-            kind: 'drawer', content: [
-                this.#whyNot,
-                h('dl', {class: 'facts'},
-                    h('dt', {}, t('source.type')), this.#type,
-                    h('dt', {}, t('source.location')), this.#location,
-                    h('dt', {}, t('source.state')), this.#state,
-                    h('dt', {}, t('zone.health')), h('dd', {}, this.#health.element)),
-                section('lock.title', this.#holder, h('div', {class: 'row'}, this.#take, this.#release),
-                    h('p', {class: 'note'}, t('lock.note'))),
-                section('source.zones', this.#zones.element),
-                this.#gainSection,
-                section('level.title', this.#meter.element),
-                section('trigger.title', this.#triggers.element),
-            ], onClose: () => {
+        this.#content = h('div', {class: 'drawer-content'},
+            h('dl', {class: 'facts'},
+                h('dt', {}, t('source.type')), this.#type,
+                h('dt', {}, t('source.location')), this.#location,
+                h('dt', {}, t('source.state')), this.#state,
+                h('dt', {}, t('zone.health')), h('dd', {}, this.#health.element)),
+            section('lock.title', this.#holder, h('div', {class: 'row'}, this.#take, this.#release),
+                h('p', {class: 'note'}, t('lock.note'))),
+            section('source.zones', this.#zones.element),
+            this.#gainSection,
+            section('level.title', this.#meter.element),
+            section('trigger.title', this.#triggers.element),
+            recordings(app));
+        this.#dialog = openDialog({title: source ? sourceName(source) : t('source.number', {n: String(id)}),
+            kind: 'drawer', content: [this.#whyNot, this.#content], onClose: () => {
                 unsubscribe();
                 this.#meter.unmount();
                 this.#gain.release();
@@ -94,8 +95,9 @@ export class SourceDrawer {
 
     fill() {
         const source = this.#app.store.get('sources', this.#id);
-        const reason = source || this.#app.store.link().state === 'loading' ? this.#app.whyNot()
-            : t('source.unreported');
+        const isUnreported = !source && this.#app.store.link().state === 'synced';
+        const reason = isUnreported ? t('source.unreported') : this.#app.whyNot();
+        set(this.#content, 'hidden', !source);
         setText(this.#whyNot, reason ?? '');
         set(this.#whyNot, 'hidden', reason === null);
         const heldBy = this.#locks.heldBy(this.#id);
@@ -104,9 +106,15 @@ export class SourceDrawer {
         set(this.#release, 'disabled', reason !== null || heldBy !== 'this page' || this.#isBusy);
         const isOthers = heldBy !== null && heldBy !== 'this page';
         this.#zones.fill(reason ?? (isOthers ? this.#holder.textContent : null));
-        this.#triggers.fill(reason);
+        // The audio server lets every client set a gain; the gateway keeps its pages from each other.
+        const whyNotUsed = reason ?? (heldBy === 'another page' ? this.#holder.textContent : null);
+        this.#triggers.fill(reason, whyNotUsed);
         if (!source) {
             return;
+        }
+        if (!this.#hasZones) {
+            this.#hasZones = true;
+            this.#zones.read();
         }
         setText(this.#dialog.title, sourceName(source));
         setText(this.#type, sourceType(source));
@@ -114,7 +122,7 @@ export class SourceDrawer {
         setText(this.#state, t(isAttached(source) ? 'source.attached' : 'source.free'));
         this.#health.update(this.#app.store.health.level('sources', source));
         set(this.#gainSection, 'hidden', !typesWithGain.includes(source.type));
-        this.#gain.update(source.inputGain, sourceName(source), reason !== null);
+        this.#gain.update(source.inputGain, sourceName(source), whyNotUsed !== null);
     }
 
     async #lock(method, doneKey) {
@@ -133,4 +141,14 @@ export class SourceDrawer {
 
 function section(titleKey, ...content) {
     return h('section', {class: 'stack'}, h('h3', {}, t(titleKey)), content);
+}
+
+/// Read when the operator opens them.
+function recordings(app) {
+    const content = h('div', {});
+    return h('section', {}, h('details', {on: {toggle: (event) => {
+        if (event.target.open && !content.firstChild) {
+            replace(content, recordingEditor({app, value: ''}));
+        }
+    }}}, h('summary', {}, t('record.title')), content));
 }

@@ -4,13 +4,15 @@
 import {VirtualList} from '../VirtualList.js';
 import {path} from '../api.js';
 import {openDialog} from '../dialogs.js';
-import {h, replace, set, setText} from '../dom.js';
+import {h, set, setText} from '../dom.js';
 import {compareNames, utcMoment} from '../format.js';
 import {t} from '../i18n.js';
 import {icon} from '../icons.js';
 import {attempt} from '../messages.js';
 import {stateText} from '../views/announceActive.js';
-import {partType} from './contentType.js';
+import {shortened} from '../views/announceModel.js';
+import {partLine, priorityLine} from './contentType.js';
+import {keepFocus, once} from './pressing.js';
 import {healthBadge} from './healthBadge.js';
 import {sinkCard} from './sinkCard.js';
 import {activityText, announcementsOf, zoneHealthText} from './zoneTile.js';
@@ -22,7 +24,9 @@ export class ZoneDrawer {
     #activity = h('dd', {dir: 'auto'});
     #health = healthBadge();
     #whyNot = h('p', {class: 'why-not', hidden: true});
-    #announcements = h('ul', {class: 'stack'});
+    #content;
+    #announcements = h('ul', {class: 'stack', 'aria-label': t('zone.announcements')});
+    #cards = new Map();  // by the number of the announcement's record
     #announceLink;
     #persistent = h('input', {type: 'checkbox'});
     #sinksTitle = h('h3', {});
@@ -40,17 +44,16 @@ export class ZoneDrawer {
         const address = location.hash;
         const unsubscribe = this.#store.subscribe(['zones', 'sinks', 'announcements', 'status'],
             (changes) => this.#take(changes));
-        this.#dialog = openDialog({title: id, kind: 'drawer', content: [
-            this.#whyNot,
+        this.#content = h('div', {class: 'drawer-content'},
             h('dl', {class: 'facts'},
                 h('dt', {}, t('zone.activity')), this.#activity,
                 h('dt', {}, t('zone.health')), h('dd', {}, this.#health.element)),
             this.#announcements,
-            h('div', {class: 'row'}, this.#announceLink),
+            this.#announceLink,
             h('div', {class: 'row sinks-head'}, this.#sinksTitle,
                 h('label', {class: 'check'}, this.#persistent, h('span', {}, t('sink.persistent')))),
-            this.#list.element,
-        ], onClose: () => {
+            this.#list.element);
+        this.#dialog = openDialog({title: id, kind: 'drawer', content: [this.#whyNot, this.#content], onClose: () => {
             unsubscribe();
             this.#list.unmount();
             if (location.hash === address) {
@@ -78,20 +81,38 @@ export class ZoneDrawer {
 
     #fill() {
         const zone = this.#store.get('zones', this.#id);
-        const isLoading = this.#store.link().state === 'loading';
-        const reason = zone || isLoading ? this.#app.whyNot() : t('zone.unreported');
+        const isUnreported = !zone && this.#store.link().state === 'synced';
+        const reason = isUnreported ? t('zone.unreported') : this.#app.whyNot();
+        set(this.#content, 'hidden', !zone);
         setText(this.#whyNot, reason ?? '');
         set(this.#whyNot, 'hidden', reason === null);
         set(this.#persistent, 'disabled', reason !== null);
         set(this.#announceLink, 'hidden', reason !== null);
         if (zone) {
             const health = this.#store.health.zone(zone);
-            setText(this.#activity, activityText(zone));
+            setText(this.#activity, activityText(this.#store, zone));
             this.#health.update(health.level, zoneHealthText(health));
         }
-        replace(this.#announcements, zone ? announcementsOf(this.#store, zone)
-            .map((one) => this.#announcement(one, reason)) : []);
-        set(this.#announcements, 'hidden', !this.#announcements.firstChild);
+        this.#fillAnnouncements(zone ? announcementsOf(this.#store, zone) : [], reason);
+    }
+
+    /// Cards are kept while their announcements are there, so that the focus stays on a button.
+    #fillAnnouncements(announcements, reason) {
+        const before = this.#cards;
+        const hadFocus = this.#announcements.contains(document.activeElement);
+        this.#cards = new Map(announcements.map((one) => [one.id, before.get(one.id) ?? this.#makeCard(one.requestId)]));
+        before.forEach((card, id) => this.#cards.has(id) || card.element.remove());
+        announcements.forEach((one, i) => {
+            const card = this.#cards.get(one.id);
+            card.update(one, reason);
+            if (this.#announcements.children[i] !== card.element) {
+                this.#announcements.insertBefore(card.element, this.#announcements.children[i] ?? null);
+            }
+        });
+        set(this.#announcements, 'hidden', announcements.length === 0);
+        if (hadFocus) {
+            keepFocus(this.#dialog.title);
+        }
     }
 
     #fillSinks() {
@@ -102,15 +123,24 @@ export class ZoneDrawer {
         this.#list.setEntries(sinks.map((sink) => ({key: sink.id})));
     }
 
-    #announcement(one, reason) {
-        return h('li', {class: 'card row'},
-            h('div', {class: 'grow'},
-                h('strong', {dir: 'auto'}, [partType(one), stateText(one.stateText)].join(', ')),
-                h('p', {class: 'note', dir: 'auto'}, t('announcement.line', {
-                    start: utcMoment(one.startDateTime, this.#store.status?.timeZone),
-                    priority: one.priorityText}))),
-            h('button', {type: 'button', disabled: reason !== null, on: {click: () =>
-                attempt(() => this.#app.api.operate('DELETE', path`/announcements/${one.requestId}`),
-                    t('announcement.cancelled'))}}, icon('stop'), t('announcement.cancel')));
+    #makeCard(requestId) {
+        const title = h('strong', {dir: 'auto'});
+        const facts = h('p', {class: 'note', dir: 'auto'});
+        const cancel = h('button', {type: 'button', on: {click: once(async () => {
+            await attempt(() => this.#app.api.operate('DELETE', path`/announcements/${requestId}`),
+                t('announcement.cancelled'));
+            keepFocus(this.#dialog.title);
+        })}}, icon('stop'), t('announcement.cancel'));
+        return {
+            element: h('li', {class: 'card row'}, h('div', {class: 'grow'}, title, facts), cancel),
+            update: (one, reason) => {
+                setText(title, partLine(this.#store, one));
+                setText(facts, [stateText(one.stateText), one.startDateTime && t('active.since',
+                    {time: utcMoment(one.startDateTime, this.#store.status?.timeZone)}),
+                priorityLine(one.priorityText)].filter(Boolean).join(' \u00b7 '));
+                set(cancel, 'aria-label', t('active.cancelOf', {title: shortened(title.textContent)}));
+                set(cancel, 'disabled', reason !== null);
+            },
+        };
     }
 }

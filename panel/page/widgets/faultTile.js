@@ -26,6 +26,15 @@ function open(app, {kind, record}) {
     }
 }
 
+function sinceText(clock, {faultySince, faultyBefore}) {
+    if (!faultySince) {
+        return '';
+    }
+    const age = clock.ageOf(faultySince);
+    return t(faultyBefore ? 'health.faultyBefore' : 'health.faultySince',
+        {since: wallMoment(clock.wallBefore(age), clock.wallNow()), duration: duration(age)});
+}
+
 /// A cell of a VirtualList; `faultOf(id)` finds what it displays.
 export function faultTile(app, faultOf) {
     let fault = null;
@@ -44,13 +53,7 @@ export function faultTile(app, faultOf) {
             setText(name, title);
             setText(facts, rest.filter(Boolean).join(' \u00b7 '));
             health.update(fault.level);
-            const now = app.store.clock.wallNow();
-            if (fault.since === undefined || fault.since === null) {
-                setText(since, '');
-            } else {
-                setText(since, t(fault.isFirst ? 'health.seenSince' : 'health.faultySince', {
-                    since: wallMoment(fault.since, now), duration: duration(now - fault.since)}));
-            }
+            setText(since, sinceText(app.store.clock, fault.record));
         },
     };
 }

@@ -18,7 +18,7 @@ export function levelMeter(id) {
     const bar = h('div', {class: 'level-bar'});
     const meter = h('div', {class: 'level-meter', role: 'meter', 'aria-label': t('level.title'),
         'aria-valuemin': lowest, 'aria-valuemax': 0, 'aria-valuenow': lowest}, bar);
-    const number = h('output', {class: 'level-number'});
+    const number = h('span', {class: 'level-number'});
     const button = h('button', {type: 'button', 'aria-pressed': 'false', on: {click: () =>
         (close ? stop() : start())}}, icon('speaker'), t('level.display'));
     const element = h('div', {class: 'row'}, button, meter, number);
@@ -60,6 +60,12 @@ export function levelMeter(id) {
         display();
     }
 
+    // A page that is out of sight gives its connections back.
+    const onVisibility = () => document.hidden && stop();
+    document.addEventListener('visibilitychange', onVisibility);
     display();
-    return {element, unmount: stop};
+    return {element, unmount: () => {
+        document.removeEventListener('visibilitychange', onVisibility);
+        stop();
+    }};
 }

@@ -21,6 +21,10 @@ export function sinkType(sink) {
     return sink.type > 0 && sink.type <= mostTypes ? t(`sinkType.${sink.type}`) : t('type.unknown');
 }
 
+export function sinkName(sink) {
+    return sink.label || t('sink.number', {n: String(sink.id)});
+}
+
 /// A cell of a VirtualList; `isPersistent()` is whether gains are to outlive a restart.
 export function sinkCard(app, isPersistent) {
     const {store, api} = app;
@@ -41,9 +45,9 @@ export function sinkCard(app, isPersistent) {
     const reset = h('button', {type: 'button', on: {click: async () => {
         const sink = store.get('sinks', id);
         if (await confirm({title: t('sink.reset'), action: t('sink.reset'), isDangerous: true,
-            text: t('sink.resetQuestion', {name: sink.label})})) {
+            text: t('sink.resetQuestion', {name: sinkName(sink)})})) {
             attempt(() => api.operate('POST', path`/sinks/${sink.id}/reset`, {untilBack: false}),
-                t('sink.resetDone', {name: sink.label}));
+                t('sink.resetDone', {name: sinkName(sink)}));
         }
     }}}, t('sink.reset'));
     const element = h('div', {class: 'card sink-card'},
@@ -61,19 +65,20 @@ export function sinkCard(app, isPersistent) {
             id = key;
         }
         const reason = app.whyNot();
-        setText(label, sink.label || t('sink.number', {n: sink.id}));
+        setText(label, sinkName(sink));
+        set(label, 'title', sinkName(sink));
         setText(state, [sinkType(sink), sink.location,
             t(sink.state === active ? 'sink.active' : 'sink.idle'),
             muted.includes(sink.muteState) && t('sink.muted')].filter(Boolean).join(' \u00b7 '));
         health.update(store.health.level('sinks', sink));
         set(gain.element, 'hidden', !typesWithGain.includes(sink.type));
-        gain.update(sink.outputGain, sink.label, reason !== null);
+        gain.update(sink.outputGain, sinkName(sink), reason !== null);
         set(monitoring, 'checked', sink.monitoringEnabled);
         set(monitoring, 'disabled', reason !== null);
-        set(monitoring, 'aria-label', t('sink.monitoringOf', {name: sink.label}));
+        set(monitoring, 'aria-label', t('sink.monitoringOf', {name: sinkName(sink)}));
         set(reset, 'hidden', !typesWithReset.includes(sink.type));
         set(reset, 'disabled', reason !== null);
-        set(reset, 'aria-label', t('sink.resetOf', {name: sink.label}));
+        set(reset, 'aria-label', t('sink.resetOf', {name: sinkName(sink)}));
     }
     return {element, update};
 }

@@ -19,7 +19,7 @@ export function isAttached(source) {
 }
 
 export function sourceName(source) {
-    return source.label || t('source.number', {n: source.id});
+    return source.label || t('source.number', {n: String(source.id)});
 }
 
 /// A cell of a VirtualList; `onOpen(id)` is called when the user chooses it.

@@ -6,22 +6,25 @@ import {h, replace, set, setText} from '../dom.js';
 import {t} from '../i18n.js';
 import {icon} from '../icons.js';
 import {attempt} from '../messages.js';
+import {keepFocus, once, refill} from './pressing.js';
 
 const active = 2;
 
 export function sourceTriggers(app, id) {
     let triggers = [];
-    let whyNot = null;
+    let whyNot = null;      // why nothing can be changed
+    let whyNotUsed = null;  // why the source cannot be used
     const list = h('ul', {class: 'stack'});
     const none = h('p', {class: 'note'}, t('trigger.none'));
     const priority = h('input', {type: 'number', min: 0, max: 100, step: 1, value: 50, required: true});
     const chime = h('input', {type: 'text', maxlength: 200, autocomplete: 'off'});
     const display = h('input', {type: 'text', maxlength: 2000, autocomplete: 'off'});
     const create = h('button', {type: 'submit'}, icon('plus'), t('trigger.create'));
+    const submit = once(() => operate('POST', '/triggers', 'trigger.created', {sourceId: id,
+        priority: priority.valueAsNumber, preChime: chime.value, displayText: display.value}));
     const form = h('form', {class: 'stack', on: {submit: (event) => {
         event.preventDefault();
-        operate('POST', '/triggers', 'trigger.created', {sourceId: id,
-            priority: priority.valueAsNumber, preChime: chime.value, displayText: display.value});
+        submit();
     }}},
     field('trigger.priority', priority), field('trigger.preChime', chime),
     field('trigger.displayText', display), h('div', {class: 'row'}, create));
@@ -34,19 +37,22 @@ export function sourceTriggers(app, id) {
 
     async function operate(method, where, doneKey, body = null) {
         await attempt(() => app.api.operate(method, where, body), t(doneKey));
+        await read();
+        keepFocus(list.querySelector('button'), element.querySelector('summary'));
     }
 
     function button(trigger, key, iconName, method, part, doneKey) {
+        const reason = part === '/active' ? whyNotUsed : whyNot;
         const where = path`/triggers/${trigger.id}` + part;
-        return h('button', {type: 'button', disabled: whyNot !== null, title: whyNot,
+        return h('button', {type: 'button', disabled: reason !== null, title: reason,
             'aria-label': `${t(key)}: ${nameOf(trigger)}`,
-            on: {click: () => operate(method, where, doneKey)}}, icon(iconName), t(key));
+            on: {click: once(() => operate(method, where, doneKey))}}, icon(iconName), t(key));
     }
 
     function nameOf(trigger) {
         // The label of a software trigger is the same for all.
         return (trigger.kind === 'hardware' && trigger.label)
-            || t(`trigger.${trigger.kind}`, {n: trigger.id});
+            || t(`trigger.${trigger.kind}`, {n: String(trigger.id)});
     }
 
     function row(trigger) {
@@ -66,7 +72,7 @@ export function sourceTriggers(app, id) {
 
     function fillList() {
         const own = triggers.filter((trigger) => trigger.associatedSourceId === id);
-        replace(list, own.map(row));
+        refill(list, () => replace(list, own.map(row)));
         set(list, 'hidden', own.length === 0);
         set(none, 'hidden', own.length > 0);
         [priority, chime, display, create].forEach((control) =>
@@ -87,10 +93,11 @@ export function sourceTriggers(app, id) {
     return {
         element,
         read,
-        /// `reason` is why nothing can be changed now, or null.
-        fill(reason) {
-            if (reason !== whyNot) {
+        /// Why nothing can be changed now, and why the source cannot be used; null when it can.
+        fill(reason, reasonOfUse) {
+            if (reason !== whyNot || reasonOfUse !== whyNotUsed) {
                 whyNot = reason;
+                whyNotUsed = reasonOfUse;
                 fillList();
             }
         },

@@ -2,11 +2,14 @@
 // Chooses zones: by search, by group, one by one. Arrow keys move within the list, space chooses.
 
 import {h, newId, replace, set, setText} from '../dom.js';
-import {compareNames} from '../format.js';
 import {t} from '../i18n.js';
 import {isFaulty} from '../Health.js';
+import {groupsOf} from '../zoneGroups.js';
+import {refill} from './pressing.js';
+import {matches, wordsOf} from './search.js';
 
 const mostFound = 200;
+const mostChips = 30;
 
 /// `chosen` are names of zones; `onChange(names)` is called when the user has changed them. The
 /// element is to be removed with `destroy()`.
@@ -29,17 +32,20 @@ class ZonePicker {
         this.openGroups = new Set();
         this.rows = new Map();    // by zone: what is in the document of it
         this.groups = new Map();  // by group: its checkbox and count
+        this.sort();
 
         const searchId = newId();
         this.search = h('input', {id: searchId, type: 'search', autocomplete: 'off', maxlength: 200,
             placeholder: t('zones.search'), on: {input: () => this.fill()}});
         this.count = h('output', {class: 'zone-count'});
-        this.chips = h('ul', {class: 'chips', 'aria-label': t('zones.chosen')});
+        this.none = h('button', {type: 'button', class: 'quiet', on: {click: () => this.removeAll()}},
+            t('zones.removeAll'));
+        this.chips = h('ul', {class: 'chips', 'aria-label': t('zones.chosen'), on: moving()});
         this.list = h('div', {class: 'zone-list', role: 'group', 'aria-label': t('zones.all'),
-            on: {keydown: (event) => this.move(event), focusin: (event) => this.focusOn(event.target)}});
+            on: moving()});
         this.element = h('div', {class: 'zone-picker'},
             h('label', {for: searchId, class: 'visually-hidden'}, t('zones.search')),
-            this.search, this.chips, this.count, this.list);
+            this.search, h('div', {class: 'row zone-chosen'}, this.count, this.none), this.chips, this.list);
         this.fill();
     }
 
@@ -48,43 +54,39 @@ class ZonePicker {
         this.showChosen();
     }
 
-    /// The zones by group, in the order of their names.
-    grouped(zones) {
-        const byGroup = new Map();
-        for (const zone of [...zones].sort((a, b) => compareNames(a.id, b.id))) {
-            const group = zone.group || t('zones.noGroup');
-            if (!byGroup.has(group)) {
-                byGroup.set(group, []);
-            }
-            byGroup.get(group).push(zone);
-        }
-        return [...byGroup].sort(([a], [b]) => compareNames(a, b));
-    }
-
+    /// Lists the zones that match the search, by group.
     fill() {
-        const words = this.search.value.trim().toLocaleLowerCase().split(/\s+/);
-        const zones = this.store.all('zones');
-        const found = zones.filter((zone) => words.every((word) => zone.id.toLocaleLowerCase().includes(word)));
-        const isSearch = words[0] !== '';
+        const words = wordsOf(this.search);
+        const isSearch = words.length > 0;
+        const found = this.grouped.map(({name, zones}) => ({name, zones: zones.filter((zone) => matches(words, zone.id))}))
+            .filter(({zones}) => zones.length > 0);
         this.rows.clear();
         this.groups.clear();
-        const listed = isSearch ? found.slice(0, mostFound) : found;
-        replace(this.list, this.grouped(listed).map(([group, members]) => this.group(group, members, isSearch)),
-            found.length > listed.length && h('p', {class: 'note'}, t('zones.more', {n: found.length - listed.length})),
-            found.length === 0 && h('p', {class: 'note'}, t(zones.length === 0 ? 'zones.none' : 'zones.notFound')));
+        let more = 0;
+        let left = isSearch ? mostFound : Infinity;
+        const listed = found.map(({name, zones}) => {
+            const its = zones.slice(0, left);
+            left -= its.length;
+            more += zones.length - its.length;
+            return its.length > 0 && this.group(name, zones, its, isSearch);
+        });
+        replace(this.list, listed,
+            more > 0 && h('p', {class: 'note'}, t('zones.more', {n: more})),
+            found.length === 0 && h('p', {class: 'note'}, t(this.grouped.length === 0 ? 'zones.none' : 'zones.notFound')));
         this.showChosen();
-        this.focusOn(this.boxes()[0] ?? null);
+        focusOn(this.list, stops(this.list)[0]);
     }
 
-    group(name, zones, isSearch) {
+    /// `zones` belong to the group, `listed` are those of them for which there is a row.
+    group(name, zones, listed, isSearch) {
         const isOpen = isSearch || zones.length === 1 || this.openGroups.has(name);
         const names = zones.map((zone) => zone.id);
         const members = h('ul', {class: 'zone-members', id: newId(), hidden: !isOpen},
-            isOpen && zones.map((zone) => this.row(zone)));
+            isOpen && listed.map((zone) => this.row(zone)));
         if (zones.length === 1) {
             return members;
         }
-        const box = h('input', {type: 'checkbox', tabindex: -1,
+        const box = h('input', {type: 'checkbox', tabindex: -1, 'data-key': `group ${name}`,
             on: {change: () => this.choose(names, box.checked)}});
         const count = h('span', {class: 'zone-group-count'});
         const toggle = h('button', {type: 'button', class: 'zone-group-toggle', 'aria-expanded': isOpen,
@@ -93,7 +95,7 @@ class ZonePicker {
                 const opens = members.hidden;
                 this.openGroups[opens ? 'add' : 'delete'](name);
                 if (opens && !members.firstChild) {
-                    replace(members, zones.map((zone) => this.row(zone)));
+                    replace(members, listed.map((zone) => this.row(zone)));
                     this.showChosen();
                 }
                 set(members, 'hidden', !opens);
@@ -106,7 +108,7 @@ class ZonePicker {
     }
 
     row(zone) {
-        const box = h('input', {type: 'checkbox', tabindex: -1,
+        const box = h('input', {type: 'checkbox', tabindex: -1, 'data-key': `zone ${zone.id}`,
             on: {change: () => this.choose([zone.id], box.checked)}});
         const state = h('span', {class: 'zone-state'});
         this.rows.set(zone.id, {box, state});
@@ -138,21 +140,50 @@ class ZonePicker {
             setText(count, t(some > 0 ? 'zones.groupChosen' : 'zones.groupCount', {n: names.length, some}));
         }
         setText(this.count, t('zones.count', {n: this.chosen.size}));
-        replace(this.chips, [...this.chosen].map((name) => h('li', {}, h('button', {type: 'button',
-            'aria-label': t('zones.remove', {zone: name}), on: {click: () => this.removeChip(name)}},
-        h('bdi', {}, name), h('span', {'aria-hidden': 'true'}, ' ×')))));
+        set(this.none, 'hidden', this.chosen.size === 0);
+        this.showChips();
     }
 
-    removeChip(name) {
+    showChips() {
+        const listed = [...this.chosen].slice(0, mostChips);
+        const displayed = JSON.stringify([listed, this.chosen.size]);
+        if (displayed === this.displayed) {
+            return;
+        }
+        this.displayed = displayed;
+        const more = this.chosen.size - listed.length;
+        replace(this.chips, listed.map((name, i) => h('li', {}, h('button', {type: 'button', tabindex: i === 0 ? 0 : -1,
+            'aria-label': t('zones.remove', {zone: name}), on: {click: () => this.removeChip(name, i)}},
+        h('bdi', {}, name), h('span', {'aria-hidden': 'true'}, ' ×')))),
+        more > 0 && h('li', {class: 'note'}, t('zones.moreChosen', {n: more})));
+    }
+
+    removeChip(name, index) {
         this.choose([name], false);
-        (this.chips.querySelector('button') ?? this.search).focus();
+        const chips = stops(this.chips);
+        (chips[Math.min(index, chips.length - 1)] ?? this.search).focus();
+    }
+
+    removeAll() {
+        this.choose([...this.chosen], false);
+        this.search.focus();
+    }
+
+    /// Whether other zones are there than before, or they have other groups.
+    sort() {
+        const zones = this.store.all('zones');
+        const names = zones.map((zone) => `${zone.group}\n${zone.id}`).join('\n');
+        if (names === this.known) {
+            return false;
+        }
+        this.known = names;
+        this.grouped = groupsOf(zones);
+        return true;
     }
 
     take(changes) {
-        const names = this.store.all('zones').map((zone) => `${zone.group}\n${zone.id}`).join('\n');
-        if (names !== this.known) {
-            this.known = names;
-            this.fill();
+        if (this.sort()) {
+            refill(this.list, () => this.fill());
             return;
         }
         for (const zone of changes.get('zones') ?? this.rows.keys()) {
@@ -161,30 +192,34 @@ class ZonePicker {
             }
         }
     }
+}
 
-    // --------------------------------------------------------------------------------- the keyboard
+// ------------------------------------------------------------------------------------- the keyboard
 
-    /// What the arrow keys move between: one of them is in the order of the Tab key.
-    boxes() {
-        return [...this.list.querySelectorAll('input, .zone-group-toggle')]
-            .filter((element) => !element.closest('[hidden]'));
+/// What the arrow keys move between in a list: one of them is in the order of the Tab key.
+function stops(list) {
+    return [...list.querySelectorAll('input, button')].filter((element) => !element.closest('[hidden]'));
+}
+
+function focusOn(list, element) {
+    list.querySelectorAll('[tabindex="0"]').forEach((one) => set(one, 'tabindex', -1));
+    if (element) {
+        set(element, 'tabindex', 0);
     }
+}
 
-    focusOn(element) {
-        this.list.querySelectorAll('[tabindex="0"]').forEach((one) => set(one, 'tabindex', -1));
-        if (element && element !== this.list) {
-            set(element, 'tabindex', 0);
-        }
+function move(event) {
+    const all = stops(event.currentTarget);
+    const at = all.indexOf(document.activeElement);
+    const to = {ArrowDown: at + 1, ArrowUp: at - 1, ArrowRight: at + 1, ArrowLeft: at - 1,
+        Home: 0, End: all.length - 1}[event.key];
+    if (to !== undefined && at >= 0) {
+        event.preventDefault();
+        all[Math.min(Math.max(to, 0), all.length - 1)].focus();
     }
+}
 
-    move(event) {
-        const boxes = this.boxes();
-        const at = boxes.indexOf(document.activeElement);
-        const to = {ArrowDown: at + 1, ArrowUp: at - 1, ArrowRight: at + 1, ArrowLeft: at - 1,
-            Home: 0, End: boxes.length - 1}[event.key];
-        if (to !== undefined && at >= 0) {
-            event.preventDefault();
-            boxes[Math.min(Math.max(to, 0), boxes.length - 1)].focus();
-        }
-    }
+/// The handlers of a list with one Tab stop.
+function moving() {
+    return {keydown: move, focusin: (event) => focusOn(event.currentTarget, event.target)};
 }

@@ -4,7 +4,7 @@
 import {h, set, setText} from '../dom.js';
 import {t} from '../i18n.js';
 import {isFaulty} from '../Health.js';
-import {contentType} from './contentType.js';
+import {contentType, partLine, partOf} from './contentType.js';
 import {healthBadge} from './healthBadge.js';
 
 export function isBusy(zone) {
@@ -24,12 +24,14 @@ export function announcementsOf(store, zone) {
 }
 
 /// What a zone does, in a line.
-export function activityText(zone) {
+export function activityText(store, zone) {
     if (!isBusy(zone)) {
         return t('zone.idle');
     }
-    const type = contentType(zone.announcementType, zone.announcementTypeText);
-    return t('zone.plays', {what: type || zone.activityText});
+    const {requestId, part} = zone.announcement ?? {};
+    const playing = store.all('announcements').find((one) => one.requestId === requestId && partOf(one) === part);
+    return playing ? partLine(store, playing)
+        : contentType(zone.announcementType, zone.announcementTypeText) || zone.activityText;
 }
 
 /// "2 of 12 faulty", or the level.
@@ -56,7 +58,8 @@ export function zoneTile(store, onOpen) {
             id = key;
             const its = store.health.zone(zone);
             setText(name, zone.id);
-            setText(activity, activityText(zone));
+            set(name, 'title', zone.id);
+            setText(activity, activityText(store, zone));
             set(button, 'data-activity', isBusy(zone) ? 'busy' : 'idle');
             health.update(its.level, zoneHealthText(its));
         },
