@@ -19,7 +19,7 @@ constexpr int nothingIsDone = 503;
 std::size_t fingerprintOf(const ApiRequest& request) {
     std::string text = request.method + ' ' + request.path;
     for (const auto& [name, value] : request.query) {
-        text += '\n' + name + '=' + value;
+        text.append("\n").append(name).append("=").append(value);
     }
     text += '\n' + paclient::jsonLine(request.body);
     text += std::to_string(std::hash<std::string>()(request.bytes));

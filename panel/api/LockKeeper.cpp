@@ -92,7 +92,7 @@ Confirmation LockKeeper::take(int sourceId, const Caller& caller, const Wait& wa
         isKept ? (void)(locks_[sourceId].isTaken = true) : (void)locks_.erase(sourceId);
     };
     try {
-        const Confirmation confirmation =
+        Confirmation confirmation =
             unlessHeldElsewhere(sourceId, paclient::takeLock(sourceId, wait));
         end(confirmation.holds() || confirmation.isUnknown());
         return confirmation;
