@@ -10,14 +10,12 @@
 #include <string>
 #include <unistd.h>
 
-#include "framework/log.h"
 #include "framework/posixThread.h"
-#include "framework/shared.h"
 #include "panel/Arguments.h"
 #include "panel/access/UserFile.h"
 #include "panel/access/userCommand.h"
 #include "paserver/ServiceNotice.h"
-#include "paserver/journal.h"
+#include "paserver/daemonStart.h"
 #include "paserver/stopSignals.h"
 
 namespace {
@@ -115,16 +113,9 @@ int main(int argc, char** argv) {
     std::signal(SIGPIPE, SIG_IGN);  // a client that is away is an error of its socket
     limitStacks();
     const papanel::Arguments arguments = papanel::readArguments(words);
-    if (arguments.exitCode) {
-        std::fputs(arguments.output.c_str(), stdout);
-        return arguments.error.empty() ? *arguments.exitCode
-                                       : paserver::refuse("papanel", *arguments.exitCode,
-                                                          arguments.error, arguments.journal);
+    if (const auto exitCode = paserver::beginDaemon("papanel", arguments)) {
+        return *exitCode;
     }
-    if (arguments.journal) {
-        paserver::logToJournal();
-    }
-    pa::store(debugLevel, arguments.debug);
     try {
         paserver::ServiceNotice notice;  // before there are threads: it changes the environment
         auto panel = std::make_unique<papanel::Panel>(arguments.settings);

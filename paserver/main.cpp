@@ -4,12 +4,10 @@
 #include <optional>
 
 #include "framework/clock.h"
-#include "framework/log.h"
-#include "framework/shared.h"
 #include "metrics/MetricsEndpoint.h"
 #include "paserver/Arguments.h"
 #include "paserver/ServiceNotice.h"
-#include "paserver/journal.h"
+#include "paserver/daemonStart.h"
 #include "paserver/stopSignals.h"
 
 namespace {
@@ -54,16 +52,9 @@ int main(int argc, char** argv) {
     paserver::blockStopSignals();  // the main thread waits for them
     const std::vector<std::string> words(argv + (argc > 0 ? 1 : 0), argv + argc);
     paserver::Arguments arguments = paserver::readArguments(words);
-    if (arguments.exitCode) {
-        std::fputs(arguments.output.c_str(), stdout);
-        return arguments.error.empty() ? *arguments.exitCode
-                                       : paserver::refuse("paserver", *arguments.exitCode,
-                                                          arguments.error, arguments.journal);
+    if (const auto exitCode = paserver::beginDaemon("paserver", arguments)) {
+        return *exitCode;
     }
-    if (arguments.journal) {
-        paserver::logToJournal();
-    }
-    pa::store(debugLevel, arguments.debug);
     try {
         paserver::ServiceNotice notice;  // before there are threads: it changes the environment
         BrokerServer server(std::move(arguments.settings));

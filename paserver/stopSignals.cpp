@@ -2,7 +2,6 @@
 #include "paserver/stopSignals.h"
 
 #include <csignal>
-#include <cstdio>
 #include <ctime>
 
 #include "framework/clock.h"
@@ -53,11 +52,6 @@ void awaitEnd(const std::function<bool()>& hasEnded) {
             endBy(*signal);
         }
     }
-}
-
-int refuse(const char* program, int exitCode, const std::string& error, bool journal) {
-    std::fprintf(stderr, "%s%s: %s\n", journal ? "<3>" : "", program, error.c_str());
-    return exitCode;
 }
 
 }  // namespace paserver

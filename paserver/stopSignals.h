@@ -4,7 +4,6 @@
 #include <chrono>
 #include <functional>
 #include <optional>
-#include <string>
 
 namespace paserver {
 
@@ -20,10 +19,5 @@ std::optional<int> awaitStopSignal(std::chrono::milliseconds limit);
 /// comes with the first.
 /// @param hasEnded asked many times a second
 void awaitEnd(const std::function<bool()>& hasEnded);
-
-/// Writes in one line why the daemon `program` does not serve.
-/// @param journal whether stderr is read as that of a service, with priorities
-/// @return the exit code
-int refuse(const char* program, int exitCode, const std::string& error, bool journal);
 
 }  // namespace paserver

@@ -18,14 +18,15 @@ constexpr std::chrono::milliseconds idleTurn{50};
 /// While the connection is about to be synced.
 constexpr std::chrono::milliseconds syncTurn{5};
 
-ChangeKinds kindsForPages() {
+ChangeKinds changesForPages() {
     return ~kinds<AttachedZonesReport, Retrieval, palink::Refusal, palink::LevelReading,
                   pa::DroppedOperation, SentOperation>();
 }
 
 }  // namespace
 
-EventHub::EventHub() : log_([this] { return snapshotOf(*services_); }), changes_(kindsForPages()) {}
+EventHub::EventHub()
+    : log_([this] { return snapshotOf(*services_); }), changes_(changesForPages()) {}
 
 EventHub::~EventHub() {
     stop();

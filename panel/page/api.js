@@ -4,7 +4,7 @@
 export const prefix = '/api/v1';
 
 /// A random text for identifiers; crypto.randomUUID exists only on https and loopback.
-export function randomId() {
+function randomId() {
     const bytes = crypto.getRandomValues(new Uint8Array(16));
     return Array.from(bytes, (byte) => byte.toString(16).padStart(2, '0')).join('');
 }

@@ -24,7 +24,7 @@ const invisible = new RegExp('[\\u0000-\\u0008\\u000b-\\u001f\\u007f-\\u009f\\u0
     + '\\u2028-\\u202e\\u2060-\\u2069\\ufeff]', 'g');
 
 /// The text with what cannot be seen written out, as "\u{202E}".
-export function visible(text) {
+function visible(text) {
     return String(text).replace(invisible,
         (one) => `\\u{${one.codePointAt(0).toString(16).toUpperCase().padStart(4, '0')}}`);
 }

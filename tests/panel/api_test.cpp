@@ -9,7 +9,6 @@
 #include "panel/api/announcementEnds.h"
 #include "panel/api/contentText.h"
 #include "panel/api/records.h"
-#include "panel/api/sessionRoutes.h"
 #include "panel/api/zoneRecords.h"
 #include "tests/panel/apiFixture.h"
 #include "tests/panel/hostTime.h"
@@ -60,18 +59,6 @@ TEST_F(OperationsTest, EndWithTheGatewayAndNeedAConnection) {
                   "503 not-connected");
     }
     EXPECT_EQ(call("GET", "/status").body["synced"], false);
-}
-
-TEST_F(OperationsTest, BeginNoSessionForOtherPages) {
-    const auto isLoggedIn = [&](const char* site) {
-        ApiRequest request;
-        request.headers = {{"sec-fetch-site", site}};
-        return sessionRoutes().front().handle(services, request).body["loggedIn"] == true;
-    };
-    EXPECT_TRUE(isLoggedIn("same-origin"));
-    EXPECT_TRUE(isLoggedIn("none"));
-    EXPECT_THROW(isLoggedIn("same-site"), ApiError);
-    EXPECT_THROW(isLoggedIn("cross-site"), ApiError);
 }
 
 TEST_F(OperationsTest, MakeSchedulesWithDifferentNumbersAtTheSameTime) {

@@ -258,6 +258,18 @@ TEST(Panel, writesOperationsToTheAuditTrailOnce) {
     EXPECT_EQ(entries[1]["address"], "127.0.0.1");
 }
 
+/// They would take the place of the operators' own ones.
+TEST(Panel, beginsNoSessionForOtherPages) {
+    Panel panel(settingsOf("small.json"));
+    Browser browser(panel);
+    for (const auto& [site, status] : {std::pair("same-origin", 200), std::pair("none", 200),
+                                       std::pair("same-site", 403), std::pair("cross-site", 403)}) {
+        const auto answer = browser.client.Get("/api/v1/session", {{"Sec-Fetch-Site", site}});
+        EXPECT_EQ(answer->status, status) << site;
+        EXPECT_EQ(answer->has_header("Set-Cookie"), status == 200);
+    }
+}
+
 /// The address that a proxy names counts when the proxy is trusted, and the last such only.
 TEST(Panel, believesItsProxy) {
     for (const bool isTrusted : {true, false}) {

@@ -12,7 +12,7 @@ import {keepFocus, once} from '../widgets/pressing.js';
 import {field, listOf, secondsText} from './announceParts.js';
 
 /// The record of the recording that is being made, or undefined.
-export function currentRecording(store) {
+function currentRecording(store) {
     return store.all('announcements').find((one) => one.stateText === 'Recording');
 }
 

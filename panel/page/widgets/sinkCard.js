@@ -21,7 +21,7 @@ export function sinkType(sink) {
     return sink.type > 0 && sink.type <= mostTypes ? t(`sinkType.${sink.type}`) : t('type.unknown');
 }
 
-export function sinkName(sink) {
+function sinkName(sink) {
     return sink.label || t('sink.number', {n: String(sink.id)});
 }
 
